@@ -1,0 +1,14 @@
+# Two interface targets every target of the project links: the warnings, and the sanitizers.
+add_library(qvs_warnings INTERFACE)
+target_compile_options(qvs_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wmissing-declarations
+    $<$<COMPILE_LANGUAGE:CXX>:-Wextra-semi -Wnon-virtual-dtor>
+    $<$<BOOL:${QVS_WERROR}>:-Werror>)
+
+# The interposer and the emulated shell run inside programs that have no sanitizer; they never link this.
+add_library(qvs_sanitize INTERFACE)
+if(QVS_SANITIZE)
+    target_compile_options(qvs_sanitize INTERFACE
+        -fsanitize=${QVS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(qvs_sanitize INTERFACE -fsanitize=${QVS_SANITIZE})
+endif()

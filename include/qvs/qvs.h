@@ -1,0 +1,12 @@
+/* All public headers of the library. */
+#ifndef QVS_QVS_H
+#define QVS_QVS_H
+
+#include <qvs/dvs.h>
+#include <qvs/hyp.h>
+#include <qvs/mesh_public.h>
+#include <qvs/netdvs.h>
+#include <qvs/vsdvs.h>
+#include <qvs/vshyp.h>
+
+#endif
