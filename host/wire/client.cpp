@@ -1,0 +1,96 @@
+// A blocking client of the emulated kernel.
+#include "wire/client.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+namespace qvs::wire {
+
+Client::Client(Client &&other) noexcept {
+    *this = std::move(other);
+}
+
+Client &Client::operator=(Client &&other) noexcept {
+    if (this == &other) return *this;
+    close();
+    begin_ = 0;
+    end_ = other.end_ - other.begin_;
+    std::memcpy(buffered_, other.buffered_ + other.begin_, end_);
+    socket_ = std::exchange(other.socket_, -1);
+    other.begin_ = other.end_ = 0;
+    return *this;
+}
+
+bool Client::connect(const char *path, int timeoutSeconds) {
+    close();
+    socket_ = connectTo(path, SOCK_CLOEXEC, timeoutSeconds);
+    return connected();
+}
+
+bool Client::connectToHost(int timeoutSeconds) {
+    const char *path = std::getenv(kSocketVariable);
+    if (path == nullptr || *path == '\0') return fail(ENOENT);
+    return connect(path, timeoutSeconds);
+}
+
+void Client::close() {
+    if (connected()) ::close(socket_);
+    socket_ = -1;
+    begin_ = end_ = 0;
+}
+
+bool Client::fail(int reason) {
+    close();
+    errno = reason;
+    return false;
+}
+
+bool Client::send(Writer &message) {
+    if (!connected()) return fail(ENOTCONN);
+    const std::string_view bytes = message.bytes();
+    return sendAll(socket_, bytes.data(), bytes.size()) || fail(errno);
+}
+
+bool Client::receiveBytes(void *data, size_t size) {
+    if (!connected()) return fail(ENOTCONN);
+    auto *target = static_cast<char *>(data);
+    while (size != 0) {
+        if (begin_ == end_ && size >= sizeof buffered_) {
+            return receiveAll(socket_, target, size) || fail(errno);
+        }
+        if (begin_ == end_) {
+            begin_ = 0;
+            end_ = receiveSome(socket_, buffered_, sizeof buffered_);
+            if (end_ == 0) return fail(errno);
+        }
+        const size_t step = std::min(size, end_ - begin_);
+        std::memcpy(target, buffered_ + begin_, step);
+        begin_ += step;
+        target += step;
+        size -= step;
+    }
+    return true;
+}
+
+bool Client::receiveHead(Kind kind, uint32_t *length) {
+    Head head;
+    if (!receiveBytes(&head, sizeof head)) return false;
+    if (head.kind != static_cast<uint32_t>(kind)) return fail(EPROTO);
+    *length = head.length;
+    return true;
+}
+
+bool Client::receive(Kind kind, std::string *payload) {
+    uint32_t length = 0;
+    if (!receiveHead(kind, &length)) return false;
+    payload->resize(length);
+    return receiveBytes(payload->data(), length);
+}
+
+}  // namespace qvs::wire

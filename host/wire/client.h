@@ -1,0 +1,55 @@
+// A blocking client of the emulated kernel: what the state library, the shell, the launcher and the tests
+// use.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "wire/message.h"
+#include "wire/stream.h"
+
+namespace qvs::wire {
+
+// One connection, one thread at a time. Failures leave their reason in errno: ENOENT when no socket is named,
+// EPROTO for an answer that makes no sense, else what the socket said; after one the connection is closed.
+class Client {
+  public:
+    Client() = default;
+    Client(const Client &) = delete;
+    Client &operator=(const Client &) = delete;
+    Client(Client &&other) noexcept;
+    Client &operator=(Client &&other) noexcept;
+    ~Client() { close(); }
+
+    // Connects to the socket at `path`, or to the one that $QVS_HOST_SOCKET names.
+    bool connect(const char *path, int timeoutSeconds = kTimeoutSeconds);
+    bool connectToHost(int timeoutSeconds = kTimeoutSeconds);
+    bool connected() const { return socket_ >= 0; }
+    int socket() const { return socket_; }
+    void close();
+
+    bool send(Writer &message);
+    // Receives a whole message of the given kind. The payload is replaced.
+    bool receive(Kind kind, std::string *payload);
+    // A request and its reply.
+    bool call(Writer &request, std::string *payload) {
+        return send(request) && receive(Kind::Reply, payload);
+    }
+
+    // Receiving piece by piece, into memory of the caller's choice: first the head, then exactly `length`
+    // bytes.
+    bool receiveHead(Kind kind, uint32_t *length);
+    bool receiveBytes(void *data, size_t size);
+
+  private:
+    bool fail(int reason);
+
+    int socket_ = -1;
+    // Small answers arrive whole in one system call.
+    size_t begin_ = 0;
+    size_t end_ = 0;
+    char buffered_[2048];
+};
+
+}  // namespace qvs::wire

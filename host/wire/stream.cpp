@@ -1,0 +1,106 @@
+// The socket underneath a connection to the emulated kernel.
+#include "wire/stream.h"
+
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace qvs::wire {
+
+bool socketAddress(const char *path, sockaddr_un *address) {
+    const size_t length = strlen(path);
+    if (length >= sizeof address->sun_path) {
+        errno = ENAMETOOLONG;
+        return false;
+    }
+    memset(address, 0, sizeof *address);
+    address->sun_family = AF_UNIX;
+    memcpy(address->sun_path, path, length);
+    return true;
+}
+
+int connectTo(const char *path, int flags, int timeoutSeconds) {
+    sockaddr_un address;
+    if (!socketAddress(path, &address)) return -1;
+    const int connection = socket(AF_UNIX, SOCK_STREAM | flags, 0);
+    if (connection < 0) return -1;
+
+    const timeval timeout = {timeoutSeconds, 0};
+    setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+    setsockopt(connection, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
+    int result = 0;
+    do {
+        result = connect(connection, reinterpret_cast<const sockaddr *>(&address), sizeof address);
+    } while (result < 0 && errno == EINTR);
+    if (result == 0) return connection;
+
+    const int reason = errno;
+    close(connection);
+    errno = reason;
+    return -1;
+}
+
+bool sendAll(int socket, iovec *parts, size_t count) {
+    msghdr message = {};
+    message.msg_iov = parts;
+    message.msg_iovlen = count;
+    while (message.msg_iovlen != 0) {
+        if (message.msg_iov->iov_len == 0) {
+            ++message.msg_iov;
+            --message.msg_iovlen;
+            continue;
+        }
+        ssize_t sent = sendmsg(socket, &message, MSG_NOSIGNAL);
+        if (sent < 0 && errno == EINTR) continue;
+        if (sent < 0) {
+            if (errno == EAGAIN) errno = ETIMEDOUT;
+            return false;
+        }
+        while (sent > 0) {
+            iovec &part = *message.msg_iov;
+            const size_t step =
+                part.iov_len < static_cast<size_t>(sent) ? part.iov_len : static_cast<size_t>(sent);
+            part.iov_base = static_cast<char *>(part.iov_base) + step;
+            part.iov_len -= step;
+            sent -= static_cast<ssize_t>(step);
+            if (part.iov_len == 0) {
+                ++message.msg_iov;
+                --message.msg_iovlen;
+            }
+        }
+    }
+    return true;
+}
+
+bool sendAll(int socket, const void *data, size_t size) {
+    iovec part = {const_cast<void *>(data), size};
+    return sendAll(socket, &part, 1);
+}
+
+size_t receiveSome(int socket, void *data, size_t size) {
+    for (;;) {
+        const ssize_t received = recv(socket, data, size, 0);
+        if (received > 0) return static_cast<size_t>(received);
+        if (received < 0 && errno == EINTR) continue;
+        if (received == 0) errno = ECONNRESET;
+        if (received < 0 && errno == EAGAIN) errno = ETIMEDOUT;
+        return 0;
+    }
+}
+
+bool receiveAll(int socket, void *data, size_t size) {
+    auto *bytes = static_cast<char *>(data);
+    while (size != 0) {
+        const size_t received = receiveSome(socket, bytes, size);
+        if (received == 0) return false;
+        bytes += received;
+        size -= received;
+    }
+    return true;
+}
+
+}  // namespace qvs::wire
