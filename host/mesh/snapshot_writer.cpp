@@ -1,0 +1,112 @@
+// Writes the State blob of state.fbs.
+#include "mesh/snapshot_writer.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <numeric>
+
+namespace qvs::mesh {
+namespace {
+
+template <size_t Size>
+std::array<uint8_t, Size> padded(std::string_view id) {
+    std::array<uint8_t, Size> field{};
+    std::memcpy(field.data(), id.data(), std::min(id.size(), Size - 1));
+    return field;
+}
+
+template <size_t Size>
+flatbuffers::span<const uint8_t, Size> view(const std::array<uint8_t, Size> &field) {
+    return flatbuffers::span<const uint8_t, Size>(field);
+}
+
+}  // namespace
+
+uint32_t SnapshotWriter::append(std::string_view value) {
+    // A reader may cast what it finds: values begin where records may.
+    bytes_.resize((bytes_.size() + 7) & ~size_t{7});
+    const auto position = static_cast<uint32_t>(bytes_.size());
+    bytes_.insert(bytes_.end(), value.begin(), value.end());
+    bytes_.push_back(0);
+    return position;
+}
+
+uint32_t SnapshotWriter::text(std::string_view value) {
+    const auto found = texts_.find(value);
+    if (found != texts_.end()) return found->second;
+    return texts_.emplace(value, append(value)).first->second;
+}
+
+bool SnapshotWriter::equals(const Property &property, uint32_t key, std::string_view value,
+                            uint32_t type) const {
+    return property.key() == key && property.type() == type && property.length() == value.size() &&
+           std::equal(value.begin(), value.end(), bytes_.data() + property.value(),
+                      [](char a, uint8_t b) { return static_cast<uint8_t>(a) == b; });
+}
+
+uint32_t SnapshotWriter::property(std::string_view key, std::string_view value, uint32_t type) {
+    const uint32_t keyPosition = text(key);
+    const size_t hash = std::hash<std::string_view>{}(value) ^ (size_t{keyPosition} << 32 | type);
+    const auto [begin, end] = known_.equal_range(hash);
+    const auto same = std::find_if(begin, end, [&](const auto &entry) {
+        return equals(properties_[entry.second], keyPosition, value, type);
+    });
+    if (same != end) return same->second;
+
+    const auto index = static_cast<uint32_t>(properties_.size());
+    const uint32_t valuePosition = append(value);
+    properties_.emplace_back(keyPosition, type, valuePosition, static_cast<uint32_t>(value.size()));
+    known_.emplace(hash, index);
+    return index;
+}
+
+Range SnapshotWriter::list(std::span<const uint32_t> properties) {
+    const Range range(static_cast<uint32_t>(lists_.size()), static_cast<uint32_t>(properties.size()));
+    lists_.insert(lists_.end(), properties.begin(), properties.end());
+    return range;
+}
+
+void SnapshotWriter::addSwitch(std::string_view id, std::string_view className, uint32_t maxPorts,
+                               uint32_t version, std::span<const uint32_t> globals,
+                               std::span<const uint32_t> hosts) {
+    const Range noPortsYet(static_cast<uint32_t>(ports_.size()), 0);
+    switches_.emplace_back(view(padded<64>(id)), text(className), maxPorts, version, list(globals),
+                           list(hosts), noPortsYet);
+}
+
+void SnapshotWriter::addPort(std::string_view id, uint32_t state, std::span<const uint32_t> properties) {
+    ports_.emplace_back(view(padded<48>(id)), state, list(properties));
+    Range &range = switches_.back().mutable_ports();
+    range = Range(range.first(), range.count() + 1);
+}
+
+std::vector<uint32_t> SnapshotWriter::portOrder() const {
+    std::vector<uint32_t> order(ports_.size());
+    std::iota(order.begin(), order.end(), 0u);
+    const auto byId = [this](uint32_t a, uint32_t b) {
+        return std::memcmp(ports_[a].id()->data(), ports_[b].id()->data(), ports_[a].id()->size()) < 0;
+    };
+    for (const Switch &sw : switches_) {
+        const auto begin = order.begin() + sw.ports().first();
+        std::sort(begin, begin + sw.ports().count(), byId);
+    }
+    return order;
+}
+
+flatbuffers::DetachedBuffer SnapshotWriter::finish() {
+    bytes_.push_back(0);
+    const std::vector<uint32_t> order = portOrder();
+    const size_t size = bytes_.size() + properties_.size() * sizeof(Property) +
+                        (lists_.size() + order.size()) * sizeof(uint32_t) + ports_.size() * sizeof(Port) +
+                        switches_.size() * sizeof(Switch);
+    flatbuffers::FlatBufferBuilder builder(size + 256);
+    FinishStateBuffer(
+        builder,
+        CreateState(builder, builder.CreateVector(bytes_), builder.CreateVectorOfStructs(properties_),
+                    builder.CreateVector(lists_), builder.CreateVectorOfStructs(ports_),
+                    builder.CreateVector(order), builder.CreateVectorOfStructs(switches_)));
+    return builder.Release();
+}
+
+}  // namespace qvs::mesh
