@@ -49,7 +49,8 @@ typedef uint32_t HYP_ReturnStatus;
 #define HYP_NO_MEMORY ((HYP_ReturnStatus)0xbad0014u)      /* "Out of memory" */
 #define HYP_NOT_SUPPORTED ((HYP_ReturnStatus)0xbad0020u)  /* "Not supported" */
 
-/* A switch identifier: at most 63 characters and a NUL; byte 63 of a buffer the library fills is always NUL. */
+/* A switch identifier: at most 63 characters and a NUL; byte 63 of a buffer the library fills is always NUL.
+ */
 typedef char SwitchIdString[64];
 
 /* An alias or a portset name. A name of 128 characters or more fills the buffer WITHOUT a NUL. */
@@ -63,8 +64,8 @@ typedef char SwitchAliasName[128];
  *   argument    the request record, owned by the caller; the kernel reads and writes it in place
  *
  * Returns 0 when ioctl answered 0 or more, otherwise the status of the errno that open or ioctl left
- * (an errno without a status of its own, and EINVAL, give HYP_FAILURE); HYP_BAD_PARAM for a null devicePath.
- * Never retried, never printed. Safe from any thread.
+ * (an errno without a status of its own, and EINVAL, give HYP_FAILURE). Null pointers are the kernel's to
+ * judge. Never retried, never printed. Safe from any thread.
  *
  *   struct Frame frame = {...};
  *   HYP_ReturnStatus status = HYPIoctl("/dev/vswitch", 0x1026, &frame);

@@ -29,8 +29,8 @@ typedef struct DVSSwitch DVSSwitch;
 typedef struct DVSPort DVSPort;
 typedef struct DVSData DVSData;
 
-/* The snapshot: discarded, built from a blob of DVSHYP_StateGet, searched. A walk ends when a callback answers
- * non-zero. What a lookup yields belongs to the snapshot and is not freed. */
+/* The snapshot: discarded, built from a blob of DVSHYP_StateGet, searched. A walk ends when a callback
+ * answers non-zero. What a lookup yields belongs to the snapshot and is not freed. */
 QVS_API HYP_ReturnStatus DVSState_ConfigReset(void);
 QVS_API HYP_ReturnStatus DVSState_ConfigDeserialize(const void *buffer, uint32_t length);
 QVS_API DVSSwitch *DVSState_SwitchFindByAlias(const char *alias);

@@ -3,7 +3,9 @@
 #define QVS_QVS_H
 
 #include <qvs/dvs.h>
+#include <qvs/healthcheck.h>
 #include <qvs/hyp.h>
+#include <qvs/ipfixdvs.h>
 #include <qvs/mesh_public.h>
 #include <qvs/netdvs.h>
 #include <qvs/vsdvs.h>

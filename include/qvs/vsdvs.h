@@ -1,10 +1,10 @@
 /*
  * Switches, ports, uplinks and their stored properties.
  *
- * Every change goes to the kernel at once and is not seen by the snapshot (dvs.h) until the next DVSLoadConfig.
- * A switch is named by its alias, which must be known to the snapshot and of class "vswitch"; otherwise
- * HYP_NOT_FOUND or HYP_BAD_PARAM. Null arguments that an operation needs give HYP_BAD_PARAM. What the state
- * library answers is returned unchanged.
+ * Every change goes to the kernel at once and is not seen by the snapshot (dvs.h) until the next
+ * DVSLoadConfig. A switch is named by its alias, which must be known to the snapshot and of class "vswitch";
+ * otherwise HYP_NOT_FOUND or HYP_BAD_PARAM. Null arguments that an operation needs give HYP_BAD_PARAM. What
+ * the state library answers is returned unchanged.
  */
 #ifndef QVS_VSDVS_H
 #define QVS_VSDVS_H
@@ -13,11 +13,9 @@
 
 QVS_EXTERN_C_BEGIN
 
-/* Releases a value that a VSDVS getter handed out (never with free); null is passed on to the state library. */
+/* Releases a value that a VSDVS getter handed out (never with free); null is passed on to the state library.
+ */
 QVS_API void VSDVS_FreeMemory(void *pointer);
-/* The same for the HealthCheck_ and IPFIXDVS_ families. */
-QVS_API void HealthCheck_FreeMemory(void *pointer);
-QVS_API void IPFIXDVS_FreeMemory(void *pointer);
 
 /* ------------------------------------------------------------------------------------------------------- *
  * Properties by key
@@ -34,9 +32,8 @@ QVS_API void IPFIXDVS_FreeMemory(void *pointer);
 
 /*
  * The buffer of the generic getters.
- *   length  in: capacity of data in bytes, or 0 to ask for the value's length; out: that length, and nothing is
- *           written to it by any other call
- *   data    the caller's buffer; not read when length is 0
+ *   length  in: capacity of data in bytes, or 0 to ask for the value's length; out: that length, and nothing
+ * is written to it by any other call data    the caller's buffer; not read when length is 0
  */
 typedef struct QVS_PACKED VSDVS_PropBuffer {
     int32_t length;
@@ -56,8 +53,8 @@ QVS_API HYP_ReturnStatus VSDVS_GetGlobProp(const char *alias, const char *key, V
                                            const char *switchId, uint8_t useAlias);
 
 /*
- * Stores a property of class CONFIG; VSDVS_SetRuntimeHostProp one of class RUNTIME. The value, length bytes, is
- * copied; a length of 0 stores an empty value and value may then be null.
+ * Stores a property of class CONFIG; VSDVS_SetRuntimeHostProp one of class RUNTIME. The value, length bytes,
+ * is copied; a length of 0 stores an empty value and value may then be null.
  */
 QVS_API HYP_ReturnStatus VSDVS_SetPortProp(const char *alias, const char *portId, const char *key,
                                            const void *value, uint32_t length, const char *switchId,
@@ -87,8 +84,8 @@ QVS_API HYP_ReturnStatus VSDVS_ClearGlobProp(const char *alias, const char *key,
  * ------------------------------------------------------------------------------------------------------- */
 
 /*
- * Creates a switch: its portset in the kernel, its record and properties, its uplinks "uplink0" onward and its
- * ports "port0" onward (connection id 1). A step that fails undoes the ones before it.
+ * Creates a switch: its portset in the kernel, its record and properties, its uplinks "uplink0" onward and
+ * its ports "port0" onward (connection id 1). A step that fails undoes the ones before it.
  *
  *   alias        readable name
  *   switchId     identifier, or null to have one made from the alias
@@ -98,8 +95,9 @@ QVS_API HYP_ReturnStatus VSDVS_ClearGlobProp(const char *alias, const char *key,
  *   maxPorts     port capacity; 0 means 128
  *   numUplinks, numPorts  how many to create
  *
- * HYP_BAD_PARAM: null alias, or a portset name that the kernel's shell or its node paths would interpret or that
- * is too long for a command line; nothing is run then. HYP_FAILURE: the shell command failed. HYP_NO_MEMORY.
+ * HYP_BAD_PARAM: null alias, or a portset name that the kernel's shell or its node paths would interpret or
+ * that is too long for a command line; nothing is run then. HYP_FAILURE: the shell command failed.
+ * HYP_NO_MEMORY.
  */
 QVS_API HYP_ReturnStatus VSDVS_CreateVSwitch(const char *alias, const char *switchId, const char *portsetName,
                                              uint32_t version, uint8_t opaque, uint32_t maxPorts,
@@ -121,8 +119,8 @@ QVS_API HYP_ReturnStatus VSDVS_RemoveDVPort(const char *alias, const char *portI
 /* ------------------------------------------------------------------------------------------------------- *
  * Uplinks
  *
- * Two lists with the same count describe them, both a 32-bit count followed by the entries, packed: the global
- * list holds the uplink names, the host list the ports that carry them here, in the same order.
+ * Two lists with the same count describe them, both a 32-bit count followed by the entries, packed: the
+ * global list holds the uplink names, the host list the ports that carry them here, in the same order.
  *
  *   void *names = NULL, *ports = NULL;
  *   if (VSDVS_GetSwitchUplinkPorts("sw1", &names, &ports) == HYP_OK) ...
@@ -147,14 +145,14 @@ QVS_ASSERT_SIZE(VSDVS_UplinkPort, 48);
  * VSDVS_FreeMemory. The switch is resolved by the kernel, not by the snapshot.
  *
  * HYP_FAILURE: a malformed list, unequal counts, or a port whose alias is no uplink name. HYP_NOT_FOUND: the
- * switch has no lists. When memory for sorting runs out both outputs are null and the status is HYP_OK. A failed
- * resolution leaves the outputs untouched, every other failure makes them null.
+ * switch has no lists. When memory for sorting runs out both outputs are null and the status is HYP_OK. A
+ * failed resolution leaves the outputs untouched, every other failure makes them null.
  */
 QVS_API HYP_ReturnStatus VSDVS_GetSwitchUplinkPorts(const char *alias, void **globalList, void **hostList);
 
 /*
- * Creates an uplink port for each entry of hostList, then stores both lists as given. A failure removes the ports
- * again and, when the host list could not be stored, clears the global one.
+ * Creates an uplink port for each entry of hostList, then stores both lists as given. A failure removes the
+ * ports again and, when the host list could not be stored, clears the global one.
  */
 QVS_API HYP_ReturnStatus VSDVS_SetSwitchUplinkPorts(const char *alias, const void *globalList,
                                                     const void *hostList);
@@ -172,7 +170,8 @@ QVS_API HYP_ReturnStatus VSDVS_AddSwitchUplinkPort(const char *alias, const char
  * uplink that is in neither list is a success that changes nothing. */
 QVS_API HYP_ReturnStatus VSDVS_RemoveSwitchUplinkPort(const char *alias, const char *portId);
 
-/* Clears both lists and leaves the uplink ports where they are. Returns the status of the resolution alone. */
+/* Clears both lists and leaves the uplink ports where they are. Returns the status of the resolution alone.
+ */
 QVS_API HYP_ReturnStatus VSDVS_ClearSwitchUplinkPorts(const char *alias);
 
 QVS_EXTERN_C_END

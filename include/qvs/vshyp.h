@@ -3,8 +3,8 @@
  *
  * Names are the kernel's own and are cut, never refused, when they do not fit the request: a switch name (its
  * portset name) at 127 characters, an uplink name at 31. A device or a request that fails gives the status of
- * its errno. What comes back through a pointer is malloc'd and is released with VSHYP_FreeMemory; the records in
- * it are the kernel's own and are passed on as they are. Safe from any thread.
+ * its errno. What comes back through a pointer is malloc'd and is released with VSHYP_FreeMemory; the records
+ * in it are the kernel's own and are passed on as they are. Safe from any thread.
  *
  * A counted list is a VSHYP_ListHeader followed by count entries, back to back; a list without entries is a
  * header that says so, never null. Its pointer is untouched when the first request fails and null after every
@@ -35,8 +35,8 @@ QVS_ASSERT_SIZE(VSHYP_ListHeader, 8);
 #define VSHYP_PORT_INFO_SIZE 1458u
 #define VSHYP_TEAM_UPLINK_HINT_SIZE 32u
 #define VSHYP_UPLINK_DV_PORT_ID_SIZE 48u
-#define VSHYP_SWITCH_NAME_ENTRY_SIZE 128u  /* VSHYP_GetSwitches with selector 1 */
-#define VSHYP_SWITCH_ALIAS_ENTRY_SIZE 81u  /* VSHYP_GetSwitches with any other */
+#define VSHYP_SWITCH_NAME_ENTRY_SIZE 128u /* VSHYP_GetSwitches with selector 1 */
+#define VSHYP_SWITCH_ALIAS_ENTRY_SIZE 81u /* VSHYP_GetSwitches with any other */
 #define VSHYP_SELECT_SWITCH_NAMES 1u
 
 /* Releases any buffer of this family; null is fine. */
@@ -47,7 +47,8 @@ QVS_API HYP_ReturnStatus VSHYP_GetUplinks(const char *switchName, void **uplinks
 
 /* Whether an uplink's link, or its LACP link, is up: 1 or 0; untouched on failure. HYP_BAD_PARAM: null
  * argument. */
-QVS_API HYP_ReturnStatus VSHYP_GetUplinkLinkState(const char *switchName, const char *uplinkName, uint32_t *up);
+QVS_API HYP_ReturnStatus VSHYP_GetUplinkLinkState(const char *switchName, const char *uplinkName,
+                                                  uint32_t *up);
 QVS_API HYP_ReturnStatus VSHYP_GetUplinkLACPLinkState(const char *switchName, const char *uplinkName,
                                                       uint32_t *up);
 
@@ -65,8 +66,8 @@ QVS_API HYP_ReturnStatus VSHYP_GetVSInfo(const char *switchName, void *info);
 QVS_API HYP_ReturnStatus VSHYP_GetSwitchPortInfo(const char *alias, void **ports);
 QVS_API HYP_ReturnStatus VSHYP_GetPortInfo(const char *alias, const char *dvPortId, void **info);
 
-/* The uplink that teaming would choose for the port with this kernel number: 32 bytes into the caller's buffer,
- * which is cleared first. HYP_BAD_PARAM: null buffer. */
+/* The uplink that teaming would choose for the port with this kernel number: 32 bytes into the caller's
+ * buffer, which is cleared first. HYP_BAD_PARAM: null buffer. */
 QVS_API HYP_ReturnStatus VSHYP_PortGetTeamUplinkHint(uint32_t portId, void *hint);
 
 /* The port identifier behind an uplink: 48 bytes into the caller's buffer, which is cleared first and begins
@@ -74,8 +75,8 @@ QVS_API HYP_ReturnStatus VSHYP_PortGetTeamUplinkHint(uint32_t portId, void *hint
 QVS_API HYP_ReturnStatus VSHYP_GetUplinkDVPortID(const char *uplinkName, void *identity);
 
 /* The switches of the host, a counted list: kernel names of 128 bytes for selector VSHYP_SELECT_SWITCH_NAMES,
- * aliases of 81 bytes for any other. The pointer is null first and after every failure. HYP_FAILURE: the kernel
- * did not answer. */
+ * aliases of 81 bytes for any other. The pointer is null first and after every failure. HYP_FAILURE: the
+ * kernel did not answer. */
 QVS_API HYP_ReturnStatus VSHYP_GetSwitches(uint32_t selector, void **switches);
 
 /* The identifier the kernel has for an alias (80 characters of it are sent): a SwitchIdString of the caller,

@@ -1,0 +1,23 @@
+// Resolving the names of a switch, for use inside the library.
+#pragma once
+
+#include "qvs/dvs.h"
+
+namespace qvs {
+
+// A resolved switch identifier, always terminated.
+struct SwitchId {
+    SwitchIdString text = {};
+
+    // Of the switch of class "vswitch" that has this alias.
+    HYP_ReturnStatus resolve(const char *alias) { return DVSAliasToSwitchId(alias, text); }
+};
+
+// The portset name behind an alias, terminated even when it fills its 128 bytes.
+struct PortsetName {
+    char text[sizeof(SwitchAliasName) + 1] = {};
+
+    HYP_ReturnStatus resolve(const char *alias) { return DVSAliasToPortsetName(alias, text); }
+};
+
+}  // namespace qvs

@@ -1,0 +1,55 @@
+// A value that the state library handed out.
+#pragma once
+
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "core/text.h"
+#include "qvs/mesh_public.h"
+
+namespace qvs {
+
+// Owns one value and gives it back through DVSHYP_DataFree, unless it is released to the caller.
+class MeshValue {
+  public:
+    MeshValue() = default;
+    MeshValue(const MeshValue &) = delete;
+    MeshValue &operator=(const MeshValue &) = delete;
+    ~MeshValue() { reset(); }
+
+    // The pair of outputs for a DVSHYP_...Get call; what was held before is given back.
+    void **dataOut() {
+        reset();
+        return &data_;
+    }
+    uint32_t *lengthOut() { return &length_; }
+
+    const uint8_t *data() const { return static_cast<const uint8_t *>(data_); }
+    uint8_t *data() { return static_cast<uint8_t *>(data_); }
+    uint32_t length() const { return data_ != nullptr ? length_ : 0; }
+    std::string_view text() const { return data_ != nullptr ? textOf(data_, length_) : std::string_view(); }
+
+    // The number of type T at an offset, little-endian and unaligned; the caller has checked the length.
+    template <typename T>
+    T at(size_t offset) const {
+        T number;
+        std::memcpy(&number, data() + offset, sizeof number);
+        return number;
+    }
+
+    // Hands the value over to the caller, who gives it back through the family's FreeMemory.
+    void *release() { return std::exchange(data_, nullptr); }
+
+    // Gives the value back now. Whether null may be given back is the state library's business; none is.
+    void reset() {
+        if (data_ != nullptr) DVSHYP_DataFree(release());
+        length_ = 0;
+    }
+
+  private:
+    void *data_ = nullptr;
+    uint32_t length_ = 0;
+};
+
+}  // namespace qvs

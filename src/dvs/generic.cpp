@@ -1,0 +1,129 @@
+// The exported property operations by key, for a switch named by its alias or by its identifier.
+#include <algorithm>
+#include <cstring>
+
+#include "core/text.h"
+#include "dvs/property.h"
+#include "qvs/vsdvs.h"
+
+namespace qvs {
+namespace {
+
+// The switch as the generic operations name it: one of the two names is used, the other one ignored.
+struct SwitchRef {
+    const char *alias;
+    const char *switchId;
+    uint8_t useAlias;
+
+    HYP_ReturnStatus resolve(SwitchId &out) const {
+        if ((useAlias != 0 ? alias : switchId) == nullptr) return HYP_BAD_PARAM;
+        if (useAlias != 0) return out.resolve(alias);
+        if (strnlen(switchId, sizeof out.text) >= sizeof out.text) return HYP_BAD_PARAM;
+        copyText(out.text, switchId);
+        return HYP_OK;
+    }
+};
+
+HYP_ReturnStatus get(const SwitchRef &ref, const char *portId, const Property &property,
+                     VSDVS_PropBuffer *buffer) {
+    SwitchId id;
+    if (const HYP_ReturnStatus status = ref.resolve(id); status != HYP_OK) return status;
+    MeshValue value;
+    const HYP_ReturnStatus status = getProperty({id.text, portId}, property, value);
+    if (status != HYP_OK) return status;
+
+    if (buffer == nullptr) return HYP_BAD_PARAM;
+    if (buffer->length == 0) {
+        buffer->length = static_cast<int32_t>(value.length());
+        return HYP_OK;
+    }
+    // Signed: a negative capacity is too small for everything.
+    if (int64_t{buffer->length} < int64_t{value.length()}) return HYP_NO_MEMORY;
+    if (buffer->data == nullptr) return HYP_BAD_PARAM;
+    const auto capacity = static_cast<uint32_t>(buffer->length);
+    auto *out = static_cast<uint8_t *>(buffer->data);
+    std::copy_n(value.data(), value.length(), out);
+    std::memset(out + value.length(), 0, capacity - value.length());
+    return HYP_OK;
+}
+
+HYP_ReturnStatus set(const SwitchRef &ref, const char *portId, const Property &property, const void *value,
+                     uint32_t length) {
+    SwitchId id;
+    if (const HYP_ReturnStatus status = ref.resolve(id); status != HYP_OK) return status;
+    return setProperty({id.text, portId}, property, value, length);
+}
+
+HYP_ReturnStatus clear(const SwitchRef &ref, const char *portId, const Property &property) {
+    SwitchId id;
+    if (const HYP_ReturnStatus status = ref.resolve(id); status != HYP_OK) return status;
+    return clearProperty({id.text, portId}, property);
+}
+
+constexpr Property port(const char *key) {
+    return {key, Scope::Port, DVS_PROP_CONFIG};
+}
+constexpr Property host(const char *key) {
+    return {key, Scope::Host, DVS_PROP_CONFIG};
+}
+constexpr Property global(const char *key) {
+    return {key, Scope::Global, DVS_PROP_CONFIG};
+}
+
+}  // namespace
+}  // namespace qvs
+
+using namespace qvs;
+
+extern "C" HYP_ReturnStatus VSDVS_GetPortProp(const char *alias, const char *portId, const char *key,
+                                              VSDVS_PropBuffer *buffer, const char *switchId,
+                                              uint8_t useAlias) {
+    return get({alias, switchId, useAlias}, portId, port(key), buffer);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_GetHostProp(const char *alias, const char *key, VSDVS_PropBuffer *buffer,
+                                              const char *switchId, uint8_t useAlias) {
+    return get({alias, switchId, useAlias}, nullptr, host(key), buffer);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_GetGlobProp(const char *alias, const char *key, VSDVS_PropBuffer *buffer,
+                                              const char *switchId, uint8_t useAlias) {
+    return get({alias, switchId, useAlias}, nullptr, global(key), buffer);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetPortProp(const char *alias, const char *portId, const char *key,
+                                              const void *value, uint32_t length, const char *switchId,
+                                              uint8_t useAlias) {
+    return set({alias, switchId, useAlias}, portId, port(key), value, length);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetHostProp(const char *alias, const char *key, const void *value,
+                                              uint32_t length, const char *switchId, uint8_t useAlias) {
+    return set({alias, switchId, useAlias}, nullptr, host(key), value, length);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetRuntimeHostProp(const char *alias, const char *key, const void *value,
+                                                     uint32_t length, const char *switchId,
+                                                     uint8_t useAlias) {
+    return set({alias, switchId, useAlias}, nullptr, {key, Scope::Host, DVS_PROP_RUNTIME}, value, length);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetGlobProp(const char *alias, const char *key, const void *value,
+                                              uint32_t length, const char *switchId, uint8_t useAlias) {
+    return set({alias, switchId, useAlias}, nullptr, global(key), value, length);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_ClearPortProp(const char *alias, const char *portId, const char *key,
+                                                const char *switchId, uint8_t useAlias) {
+    return clear({alias, switchId, useAlias}, portId, port(key));
+}
+
+extern "C" HYP_ReturnStatus VSDVS_ClearHostProp(const char *alias, const char *key, const char *switchId,
+                                                uint8_t useAlias) {
+    return clear({alias, switchId, useAlias}, nullptr, host(key));
+}
+
+extern "C" HYP_ReturnStatus VSDVS_ClearGlobProp(const char *alias, const char *key, const char *switchId,
+                                                uint8_t useAlias) {
+    return clear({alias, switchId, useAlias}, nullptr, global(key));
+}

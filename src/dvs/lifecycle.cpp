@@ -1,0 +1,179 @@
+// Creating and destroying switches, adding and removing ports.
+#include <cstdio>
+#include <cstring>
+
+#include "core/identity.h"
+#include "core/keys.h"
+#include "dvs/new_port.h"
+#include "dvs/property.h"
+#include "dvs/shell.h"
+#include "qvs/vsdvs.h"
+
+namespace qvs {
+namespace {
+
+constexpr uint32_t kDefaultMaxPorts = 128;
+constexpr uint32_t kFirstConnectId = 1;
+
+constexpr Property kAlias{key::kAlias, Scope::Global, DVS_PROP_CONFIG};
+constexpr Property kVersion{"com.quillon.common.version", Scope::Global, DVS_PROP_CONFIG};
+constexpr Property kOpaque{"com.quillon.common.opaqueDvs", Scope::Global, DVS_PROP_CONFIG};
+constexpr Property kPortset{key::kHostPortset, Scope::Host, DVS_PROP_CONFIG};
+constexpr Property kExternalId{"com.quillon.port.extraConfig.vnic.external.id", Scope::Port, DVS_PROP_CONFIG};
+
+// The argument after the portset name is a number and a newline inside quotes; the kernel's node wants it so.
+bool formatCreate(ShellCommand &command, const char *portsetName, uint32_t maxPorts) {
+    return command.format("/bin/treesh -e set /net/create %s \"%d\n\" %s 2>/dev/null", portsetName,
+                          static_cast<int>(maxPorts), "vswitch");
+}
+
+bool formatDestroy(ShellCommand &command, const char *portsetName) {
+    return isPlainNodeName(portsetName) &&
+           command.format("/bin/treesh -e set /net/portsets/%s/destroy destroy 2> /dev/null", portsetName);
+}
+
+// The first 15 characters of the alias as 16 hex bytes, in two halves: "73 77 31 00 00 00 00 00-00 ...".
+void generateSwitchId(const char *alias, SwitchId &id) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    char bytes[16] = {};
+    std::memcpy(bytes, alias, strnlen(alias, sizeof bytes - 1));
+    char *out = id.text;
+    for (size_t i = 0; i < sizeof bytes; ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        if (i != 0) *out++ = i == sizeof bytes / 2 ? '-' : ' ';
+        *out++ = kDigits[byte >> 4];
+        *out++ = kDigits[byte & 0xf];
+    }
+    *out = '\0';
+}
+
+struct NewSwitch {
+    const char *alias;
+    const char *switchId;
+    const char *portsetName;
+    uint32_t version;
+    bool opaque;
+    uint32_t maxPorts;
+    uint32_t numUplinks;
+    uint32_t numPorts;
+};
+
+HYP_ReturnStatus storeText(const Place &place, const Property &property, const char *text) {
+    return setProperty(place, property, text, static_cast<uint32_t>(std::strlen(text) + 1));
+}
+
+HYP_ReturnStatus storeSwitchProperties(const NewSwitch &sw) {
+    const Place place{sw.switchId};
+    HYP_ReturnStatus status = storeText(place, kAlias, sw.alias);
+    if (status == HYP_OK) status = setProperty(place, kVersion, &sw.version, sizeof sw.version);
+    if (status == HYP_OK) status = storeText(place, kOpaque, sw.opaque ? "true" : "false");
+    if (status == HYP_OK) status = storeText(place, kPortset, sw.portsetName);
+    return status;
+}
+
+HYP_ReturnStatus addFirstPorts(const NewSwitch &sw) {
+    if (sw.numUplinks != 0) {
+        const HYP_ReturnStatus status = SetNumSwitchUplinkPortsByUUID(sw.switchId, sw.numUplinks);
+        if (status != HYP_OK) return status;
+    }
+    for (uint32_t i = 0; i < sw.numPorts; ++i) {
+        char name[32];
+        snprintf(name, sizeof name, "port%u", i);
+        const HYP_ReturnStatus status = addPort(sw.switchId, name, kFirstConnectId, PortKind::Ordinary);
+        if (status != HYP_OK) return status;
+    }
+    return HYP_OK;
+}
+
+// Each of the next three undoes its own steps when a later one fails; the first failure is what counts.
+HYP_ReturnStatus associateAndFill(const NewSwitch &sw) {
+    if (const HYP_ReturnStatus status = DVSHYP_SwitchAssociate(sw.switchId); status != HYP_OK) return status;
+    const HYP_ReturnStatus status = addFirstPorts(sw);
+    if (status != HYP_OK) static_cast<void>(DVSHYP_SwitchDissociate(sw.switchId));
+    return status;
+}
+
+HYP_ReturnStatus addSwitch(const NewSwitch &sw) {
+    HYP_ReturnStatus status = DVSHYP_SwitchAdd(sw.switchId, "vswitch", sw.maxPorts, sw.version);
+    if (status != HYP_OK) return status;
+    status = storeSwitchProperties(sw);
+    if (status == HYP_OK) status = associateAndFill(sw);
+    if (status != HYP_OK) static_cast<void>(DVSHYP_SwitchRemove(sw.switchId));
+    return status;
+}
+
+HYP_ReturnStatus createSwitch(const NewSwitch &sw) {
+    // Both lines are made before anything runs: a portset that could not be destroyed is not created either.
+    ShellCommand create;
+    ShellCommand destroy;
+    if (!formatDestroy(destroy, sw.portsetName) || !formatCreate(create, sw.portsetName, sw.maxPorts)) {
+        return HYP_BAD_PARAM;
+    }
+    if (!create.run()) return HYP_FAILURE;
+    const HYP_ReturnStatus status = addSwitch(sw);
+    if (status != HYP_OK) static_cast<void>(destroy.run());
+    return status;
+}
+
+}  // namespace
+}  // namespace qvs
+
+using namespace qvs;
+
+extern "C" HYP_ReturnStatus VSDVS_CreateVSwitch(const char *alias, const char *switchId,
+                                                const char *portsetName, uint32_t version, uint8_t opaque,
+                                                uint32_t maxPorts, uint32_t numUplinks, uint32_t numPorts) {
+    if (alias == nullptr) return HYP_BAD_PARAM;
+    SwitchId generated;
+    if (switchId == nullptr) generateSwitchId(alias, generated);
+    return createSwitch({
+        .alias = alias,
+        .switchId = switchId != nullptr ? switchId : generated.text,
+        .portsetName = portsetName != nullptr ? portsetName : alias,
+        .version = version,
+        .opaque = opaque != 0,
+        .maxPorts = maxPorts != 0 ? maxPorts : kDefaultMaxPorts,
+        .numUplinks = numUplinks,
+        .numPorts = numPorts,
+    });
+}
+
+extern "C" HYP_ReturnStatus VSDVS_DestroyVSwitch(const char *alias) {
+    PortsetName portset;
+    if (const HYP_ReturnStatus status = portset.resolve(alias); status != HYP_OK) return status;
+    SwitchId id;
+    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
+    ShellCommand destroy;
+    if (!formatDestroy(destroy, portset.text)) return HYP_BAD_PARAM;
+
+    if (const HYP_ReturnStatus status = DVSHYP_SwitchDissociate(id.text); status != HYP_OK) return status;
+    if (const HYP_ReturnStatus status = DVSHYP_SwitchRemove(id.text); status != HYP_OK) return status;
+    return destroy.run() ? HYP_OK : HYP_FAILURE;
+}
+
+extern "C" HYP_ReturnStatus VSDVS_AddDVPort(const char *alias, const char *portId, uint32_t connectId) {
+    SwitchId id;
+    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
+    if (portId == nullptr) return HYP_BAD_PARAM;
+    return addPort(id.text, portId, connectId, PortKind::Ordinary);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_AddOpaqueDVPort(const char *alias, const char *portId,
+                                                  const char *externalId) {
+    SwitchId id;
+    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
+    if (portId == nullptr || externalId == nullptr) return HYP_BAD_PARAM;
+
+    HYP_ReturnStatus status = addPort(id.text, portId, kFirstConnectId, PortKind::Ordinary);
+    if (status != HYP_OK) return status;
+    status = storeText({id.text, portId}, kExternalId, externalId);
+    if (status != HYP_OK) static_cast<void>(DVSHYP_PortRemove(id.text, portId));
+    return status;
+}
+
+extern "C" HYP_ReturnStatus VSDVS_RemoveDVPort(const char *alias, const char *portId) {
+    SwitchId id;
+    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
+    if (portId == nullptr) return HYP_BAD_PARAM;
+    return DVSHYP_PortRemove(id.text, portId);
+}

@@ -1,0 +1,77 @@
+// The initial properties of a port, gathered in a container and handed to the kernel in one piece.
+#include "dvs/new_port.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "qvs/mesh_public.h"
+
+namespace qvs {
+namespace {
+
+constexpr uint8_t kNoStatistics[128] = {};
+constexpr uint8_t kNoVlan[8] = {};
+// Flags 1 (trunk), no VLAN id, one range: 0x0ffe0001, that is 1 to 4094.
+constexpr uint8_t kUplinkVlan[12] = {1, 0, 0, 0, 0, 0, 1, 0, 0x01, 0x00, 0xfe, 0x0f};
+
+struct Initial {
+    const char *key;
+    const void *value;
+    size_t length;
+    uint32_t propType;
+};
+
+class Container {
+  public:
+    Container() = default;
+    Container(const Container &) = delete;
+    Container &operator=(const Container &) = delete;
+    ~Container() {
+        if (data_ != nullptr) DVSData_Free(data_);
+    }
+
+    HYP_ReturnStatus allocate() { return DVSData_Alloc(&data_, std::malloc, std::free); }
+    HYP_ReturnStatus add(const Initial &property) {
+        return DVSData_Update(data_, property.key, property.value, static_cast<uint32_t>(property.length),
+                              property.propType);
+    }
+    HYP_ReturnStatus serialise(void **buffer, uint32_t *length) {
+        return DVSData_Serialize(data_, buffer, length, DVS_DATA_FORMAT);
+    }
+
+  private:
+    DVSData *data_ = nullptr;
+};
+
+HYP_ReturnStatus serialiseInitial(const char *name, uint32_t connectId, PortKind kind, void **buffer,
+                                  uint32_t *length) {
+    const bool uplink = kind == PortKind::Uplink;
+    const Initial properties[] = {
+        {"com.quillon.common.port.alias", name, std::strlen(name) + 1, DVS_PROP_CONFIG},
+        {"com.quillon.common.port.connectid", &connectId, sizeof connectId, DVS_PROP_CONFIG},
+        {"com.quillon.common.port.block", "false", sizeof "false", DVS_PROP_CONFIG},
+        {"com.quillon.common.port.statistics", kNoStatistics, sizeof kNoStatistics, DVS_PROP_RUNTIME},
+        {"com.quillon.vswitch.port.vlan", uplink ? kUplinkVlan : kNoVlan,
+         uplink ? sizeof kUplinkVlan : sizeof kNoVlan, DVS_PROP_POLICY},
+    };
+    Container container;
+    if (const HYP_ReturnStatus status = container.allocate(); status != HYP_OK) return status;
+    for (const Initial &property : properties) {
+        if (const HYP_ReturnStatus status = container.add(property); status != HYP_OK) return status;
+    }
+    return container.serialise(buffer, length);
+}
+
+}  // namespace
+
+HYP_ReturnStatus addPort(const char *switchId, const char *name, uint32_t connectId, PortKind kind) {
+    void *buffer = nullptr;
+    uint32_t length = 0;
+    HYP_ReturnStatus status = serialiseInitial(name, connectId, kind, &buffer, &length);
+    if (status != HYP_OK) return status;
+    status = DVSHYP_PortAdd(switchId, name, buffer, length);
+    std::free(buffer);
+    return status;
+}
+
+}  // namespace qvs

@@ -1,0 +1,53 @@
+// The layout of the two uplink lists: a 32-bit count and that many texts of fixed size, packed.
+#pragma once
+
+#include <cstring>
+
+#include "core/mesh_value.h"
+#include "core/text.h"
+#include "qvs/vsdvs.h"
+
+namespace qvs {
+
+// A view of one list in memory that somebody else owns and whose size has been checked.
+template <typename Entry>
+class UplinkList {
+  public:
+    static constexpr uint64_t sizeFor(uint64_t count) { return sizeof(uint32_t) + sizeof(Entry) * count; }
+
+    explicit UplinkList(void *bytes) : bytes_(static_cast<char *>(bytes)) {}
+
+    // True when a stored value is exactly as long as its count says.
+    static bool wellFormed(const MeshValue &value) {
+        return value.length() >= sizeof(uint32_t) && value.length() == sizeFor(value.at<uint32_t>(0));
+    }
+
+    uint32_t count() const {
+        uint32_t number;
+        std::memcpy(&number, bytes_, sizeof number);
+        return number;
+    }
+    uint32_t size() const { return static_cast<uint32_t>(sizeFor(count())); }
+    const void *data() const { return bytes_; }
+
+    Entry &entry(uint32_t index) { return *reinterpret_cast<Entry *>(bytes_ + sizeFor(index)); }
+
+    // The text of an entry, which need not be terminated when it is full.
+    std::string_view text(uint32_t index) { return textOf(&entry(index), sizeof(Entry)); }
+
+    void setCount(uint32_t count) { std::memcpy(bytes_, &count, sizeof count); }
+
+    void erase(uint32_t index) {
+        const uint32_t last = count() - 1;
+        std::memmove(&entry(index), bytes_ + sizeFor(uint64_t{index} + 1), sizeof(Entry) * (last - index));
+        setCount(last);
+    }
+
+  private:
+    char *bytes_;
+};
+
+using UplinkNames = UplinkList<VSDVS_UplinkName>;
+using UplinkPorts = UplinkList<VSDVS_UplinkPort>;
+
+}  // namespace qvs

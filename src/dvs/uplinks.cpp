@@ -1,0 +1,298 @@
+// The uplinks of a switch: the list of their names, the list of the ports that carry them here, and the
+// ports.
+#include <cstdio>
+#include <cstring>
+
+#include "core/heap.h"
+#include "core/identity.h"
+#include "dvs/new_port.h"
+#include "dvs/property.h"
+#include "dvs/uplink_list.h"
+#include "qvs/vsdvs.h"
+#include "qvs/vshyp.h"
+
+namespace qvs {
+namespace {
+
+constexpr uint32_t kConnectId = 1;
+
+constexpr Property kNames{"com.quillon.common.uplinkPorts", Scope::Global, DVS_PROP_CONFIG};
+constexpr Property kPorts{"com.quillon.common.host.uplinkPorts", Scope::Host, DVS_PROP_CONFIG};
+constexpr Property kPortAlias{"com.quillon.common.port.alias", Scope::Port, DVS_PROP_CONFIG};
+
+// Both stored lists, checked against each other.
+struct StoredLists {
+    MeshValue names;
+    MeshValue ports;
+    bool absent = false;  // one of the two keys was never set
+};
+
+template <typename List>
+HYP_ReturnStatus readList(const Place &place, const Property &property, MeshValue &value, bool &absent) {
+    const HYP_ReturnStatus status = getProperty(place, property, value);
+    if (status == HYP_NOT_FOUND) absent = true;
+    if (status != HYP_OK) return status;
+    return List::wellFormed(value) ? HYP_OK : HYP_FAILURE;
+}
+
+// An uplink name and the alias of a port are equal when name and NUL are the whole value.
+bool isAlias(std::string_view name, const MeshValue &alias) {
+    return alias.length() == name.size() + 1 && std::memcmp(alias.data(), name.data(), name.size()) == 0 &&
+           alias.data()[name.size()] == 0;
+}
+
+bool findName(UplinkNames names, const MeshValue &alias, uint32_t &index) {
+    for (index = 0; index < names.count(); ++index) {
+        if (isAlias(names.text(index), alias)) return true;
+    }
+    return false;
+}
+
+// Puts the names in the order of the ports, by the ports' aliases. Memory that runs out leaves no lists at
+// all, which counts as success.
+HYP_ReturnStatus sortNames(const char *switchId, StoredLists &lists) {
+    UplinkNames names(lists.names.data());
+    UplinkPorts ports(lists.ports.data());
+    const HeapBytes scratch = allocateZeroed(names.size());
+    if (scratch == nullptr) {
+        lists.names.reset();
+        lists.ports.reset();
+        return HYP_OK;
+    }
+    UplinkNames sorted(scratch.get());
+    for (uint32_t i = 0; i < ports.count(); ++i) {
+        char portId[sizeof(VSDVS_UplinkPort) + 1];
+        copyText(portId, ports.text(i));
+        MeshValue alias;
+        const HYP_ReturnStatus status = getProperty({switchId, portId}, kPortAlias, alias);
+        if (status != HYP_OK) return status;
+        uint32_t match = 0;
+        if (!findName(names, alias, match)) return HYP_FAILURE;
+        sorted.entry(i) = names.entry(match);
+    }
+    sorted.setCount(names.count());
+    std::memcpy(lists.names.data(), scratch.get(), names.size());
+    return HYP_OK;
+}
+
+HYP_ReturnStatus readLists(const char *switchId, StoredLists &lists) {
+    const Place place{switchId};
+    HYP_ReturnStatus status = readList<UplinkNames>(place, kNames, lists.names, lists.absent);
+    if (status != HYP_OK) return status;
+    status = readList<UplinkPorts>(place, kPorts, lists.ports, lists.absent);
+    if (status != HYP_OK) return status;
+    if (lists.names.at<uint32_t>(0) != lists.ports.at<uint32_t>(0)) return HYP_FAILURE;
+    return sortNames(switchId, lists);
+}
+
+// The kernel, not the snapshot, says which switch has the alias when lists are read.
+HYP_ReturnStatus resolveInKernel(const char *alias, SwitchId &id) {
+    const HYP_ReturnStatus status = VSHYP_DVSAliasToSwitchId(alias, id.text);
+    id.text[sizeof id.text - 1] = '\0';
+    return status;
+}
+
+void removePorts(const char *switchId, UplinkPorts ports, uint32_t count) {
+    while (count-- > 0) {
+        char portId[sizeof(VSDVS_UplinkPort) + 1];
+        copyText(portId, ports.text(count));
+        static_cast<void>(DVSHYP_PortRemove(switchId, portId));
+    }
+}
+
+HYP_ReturnStatus createPorts(const char *switchId, UplinkPorts ports, uint32_t &created) {
+    for (created = 0; created < ports.count(); ++created) {
+        char portId[sizeof(VSDVS_UplinkPort) + 1];
+        copyText(portId, ports.text(created));
+        const HYP_ReturnStatus status = addPort(switchId, portId, kConnectId, PortKind::Uplink);
+        if (status != HYP_OK) return status;
+    }
+    return HYP_OK;
+}
+
+template <typename List>
+HYP_ReturnStatus storeList(const Place &place, const Property &property, const List &list) {
+    return setProperty(place, property, list.data(), list.size());
+}
+
+// The whole of setting both lists, undone when a step fails.
+HYP_ReturnStatus setLists(const char *switchId, UplinkNames names, UplinkPorts ports) {
+    const Place place{switchId};
+    uint32_t created = 0;
+    HYP_ReturnStatus status = createPorts(switchId, ports, created);
+    if (status == HYP_OK) status = storeList(place, kNames, names);
+    if (status == HYP_OK) {
+        status = storeList(place, kPorts, ports);
+        if (status != HYP_OK) static_cast<void>(clearProperty(place, kNames));
+    }
+    if (status != HYP_OK) removePorts(switchId, ports, created);
+    return status;
+}
+
+// Copies of both lists with room for one more uplink, and that uplink in it.
+struct LongerLists {
+    HeapBytes names;
+    HeapBytes ports;
+
+    HYP_ReturnStatus build(const StoredLists &old, const char *name) {
+        const uint32_t count = old.absent ? 0 : old.ports.at<uint32_t>(0);
+        names = allocateZeroed(UplinkNames::sizeFor(uint64_t{count} + 1));
+        ports = allocateZeroed(UplinkPorts::sizeFor(uint64_t{count} + 1));
+        if (names == nullptr || ports == nullptr) return HYP_NO_MEMORY;
+        if (!old.absent) {
+            std::memcpy(names.get(), old.names.data(), old.names.length());
+            std::memcpy(ports.get(), old.ports.data(), old.ports.length());
+        }
+        UplinkNames newNames(names.get());
+        UplinkPorts newPorts(ports.get());
+        newNames.setCount(count + 1);
+        newPorts.setCount(count + 1);
+        copyText(newNames.entry(count).name, name);
+        copyText(newPorts.entry(count).portId, name);
+        return HYP_OK;
+    }
+};
+
+bool carriesUplink(UplinkPorts ports, const char *portId, uint32_t &index) {
+    for (index = 0; index < ports.count(); ++index) {
+        if (std::strncmp(ports.entry(index).portId, portId, sizeof(VSDVS_UplinkPort)) == 0) return true;
+    }
+    return false;
+}
+
+// Stores the list with one uplink more, and puts back what was there when that fails half way.
+HYP_ReturnStatus storeLonger(const Place &place, const StoredLists &old, LongerLists &longer) {
+    HYP_ReturnStatus status = storeList(place, kNames, UplinkNames(longer.names.get()));
+    if (status != HYP_OK) return status;
+    status = storeList(place, kPorts, UplinkPorts(longer.ports.get()));
+    if (status == HYP_OK) return HYP_OK;
+    if (old.names.data() != nullptr) {
+        static_cast<void>(setProperty(place, kNames, old.names.data(), old.names.length()));
+    } else {
+        static_cast<void>(clearProperty(place, kNames));
+    }
+    return status;
+}
+
+template <typename List>
+HYP_ReturnStatus storeShorter(const Place &place, const Property &property, const List &list) {
+    return list.count() != 0 ? storeList(place, property, list) : clearProperty(place, property);
+}
+
+}  // namespace
+}  // namespace qvs
+
+using namespace qvs;
+
+extern "C" HYP_ReturnStatus VSDVS_GetSwitchUplinkPorts(const char *alias, void **globalList,
+                                                       void **hostList) {
+    SwitchId id;
+    if (const HYP_ReturnStatus status = resolveInKernel(alias, id); status != HYP_OK) return status;
+    if (globalList == nullptr || hostList == nullptr) return HYP_BAD_PARAM;
+
+    StoredLists lists;
+    const HYP_ReturnStatus status = readLists(id.text, lists);
+    *globalList = status == HYP_OK ? lists.names.release() : nullptr;
+    *hostList = status == HYP_OK ? lists.ports.release() : nullptr;
+    return status;
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetSwitchUplinkPorts(const char *alias, const void *globalList,
+                                                       const void *hostList) {
+    SwitchId id;
+    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
+    if (globalList == nullptr || hostList == nullptr) return HYP_BAD_PARAM;
+
+    // The views only read here.
+    const UplinkNames names(const_cast<void *>(globalList));
+    const UplinkPorts ports(const_cast<void *>(hostList));
+    if (UplinkNames::sizeFor(names.count()) > UINT32_MAX ||
+        UplinkPorts::sizeFor(ports.count()) > UINT32_MAX) {
+        return HYP_BAD_PARAM;
+    }
+    return setLists(id.text, names, ports);
+}
+
+extern "C" HYP_ReturnStatus SetNumSwitchUplinkPortsByUUID(const char *switchId, uint32_t count) {
+    if (switchId == nullptr) return HYP_BAD_PARAM;
+    const HeapBytes nameBytes = allocateZeroed(UplinkNames::sizeFor(count));
+    const HeapBytes portBytes = allocateZeroed(UplinkPorts::sizeFor(count));
+    if (nameBytes == nullptr || portBytes == nullptr) return HYP_NO_MEMORY;
+
+    UplinkNames names(nameBytes.get());
+    UplinkPorts ports(portBytes.get());
+    names.setCount(count);
+    ports.setCount(count);
+    for (uint32_t i = 0; i < count; ++i) {
+        char name[32];
+        snprintf(name, sizeof name, "uplink%u", i);
+        copyText(names.entry(i).name, name);
+        copyText(ports.entry(i).portId, name);
+    }
+    return setLists(switchId, names, ports);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_AddSwitchUplinkPort(const char *alias, const char *uplinkName) {
+    SwitchId id;
+    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
+    if (uplinkName == nullptr) return HYP_BAD_PARAM;
+
+    SwitchId inKernel;
+    if (const HYP_ReturnStatus status = resolveInKernel(alias, inKernel); status != HYP_OK) return status;
+    StoredLists old;
+    HYP_ReturnStatus status = readLists(inKernel.text, old);
+    if (status != HYP_OK && !old.absent) return status;
+    if (!old.absent) {
+        if (old.ports.data() == nullptr) return HYP_NO_MEMORY;  // sorting ran out of memory
+        uint32_t taken = 0;
+        if (carriesUplink(UplinkPorts(old.ports.data()), uplinkName, taken)) return HYP_EXISTS;
+    }
+
+    LongerLists longer;
+    if (status = longer.build(old, uplinkName); status != HYP_OK) return status;
+    UplinkPorts ports(longer.ports.get());
+    const char *portId = ports.entry(ports.count() - 1).portId;
+    if (status = addPort(id.text, portId, kConnectId, PortKind::Uplink); status != HYP_OK) return status;
+    status = storeLonger({id.text}, old, longer);
+    if (status != HYP_OK) static_cast<void>(DVSHYP_PortRemove(id.text, portId));
+    return status;
+}
+
+extern "C" HYP_ReturnStatus VSDVS_RemoveSwitchUplinkPort(const char *alias, const char *portId) {
+    SwitchId id;
+    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
+    SwitchId inKernel;
+    if (const HYP_ReturnStatus status = resolveInKernel(alias, inKernel); status != HYP_OK) return status;
+    StoredLists lists;
+    if (const HYP_ReturnStatus status = readLists(inKernel.text, lists); status != HYP_OK) return status;
+    if (lists.names.data() == nullptr) return HYP_NO_MEMORY;  // sorting ran out of memory
+
+    if (portId == nullptr) return HYP_BAD_PARAM;
+    MeshValue portAlias;
+    HYP_ReturnStatus status = getProperty({id.text, portId}, kPortAlias, portAlias);
+    if (status != HYP_OK) return status;
+
+    // An uplink that is not in the lists is removed already.
+    UplinkNames names(lists.names.data());
+    UplinkPorts ports(lists.ports.data());
+    uint32_t nameIndex = 0;
+    uint32_t portIndex = 0;
+    if (!findName(names, portAlias, nameIndex) || !carriesUplink(ports, portId, portIndex)) return HYP_OK;
+    names.erase(nameIndex);
+    ports.erase(portIndex);
+
+    const Place place{id.text};
+    status = DVSHYP_PortRemove(id.text, portId);
+    if (status == HYP_OK) status = storeShorter(place, kNames, names);
+    if (status == HYP_OK) status = storeShorter(place, kPorts, ports);
+    return status;
+}
+
+extern "C" HYP_ReturnStatus VSDVS_ClearSwitchUplinkPorts(const char *alias) {
+    SwitchId id;
+    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
+    // Whatever comes of the two clears is ignored; the ports stay.
+    static_cast<void>(clearProperty({id.text}, kPorts));
+    static_cast<void>(clearProperty({id.text}, kNames));
+    return HYP_OK;
+}

@@ -1,0 +1,186 @@
+// Switches, ports, uplinks and links as the kernel's switch device reports them.
+#include <cstring>
+
+#include "core/heap.h"
+#include "core/identity.h"
+#include "core/text.h"
+#include "qvs/vshyp.h"
+#include "vswitch/request.h"
+
+namespace qvs {
+namespace {
+
+// Of the alias that GetSwitches and AliasToSwitchId know, 80 characters count.
+constexpr size_t kAliasSize = 81;
+
+SwitchRequest forSwitch(const char *switchName) {
+    SwitchRequest request;
+    copyText(request.switchName, switchName);
+    return request;
+}
+
+SwitchRequest forUplink(const char *switchName, const char *uplinkName) {
+    SwitchRequest request = forSwitch(switchName);
+    copyText(request.uplinkName, uplinkName);
+    return request;
+}
+
+// The request record of a switch named by alias.
+HYP_ReturnStatus forAlias(const char *alias, SwitchRequest &request) {
+    PortsetName name;
+    if (const HYP_ReturnStatus status = name.resolve(alias); status != HYP_OK) return status;
+    copyText(request.switchName, name.text);
+    return HYP_OK;
+}
+
+// A record that the kernel writes into a local area and that only then becomes a buffer of the caller.
+template <uint32_t Size>
+HYP_ReturnStatus fetchRecord(SwitchCommand command, const SwitchRequest &request, void **record) {
+    uint8_t area[Size] = {};
+    const HYP_ReturnStatus status = switchRequest(command, request, area, Size);
+    if (status != HYP_OK) return status;
+    if (record == nullptr) return HYP_BAD_PARAM;
+    HeapBytes buffer = allocateZeroed(Size);
+    if (buffer != nullptr) std::memcpy(buffer.get(), area, Size);
+    *record = buffer.release();
+    return *record != nullptr ? HYP_OK : HYP_NO_MEMORY;
+}
+
+HYP_ReturnStatus readLinkState(SwitchCommand command, const char *switchName, const char *uplinkName,
+                               uint32_t *up) {
+    if (switchName == nullptr || up == nullptr || uplinkName == nullptr) return HYP_BAD_PARAM;
+    uint32_t state = 0;
+    const HYP_ReturnStatus status =
+        switchRequest(command, forUplink(switchName, uplinkName), &state, sizeof state);
+    if (status == HYP_OK) *up = state != 0 ? 1 : 0;
+    return status;
+}
+
+}  // namespace
+}  // namespace qvs
+
+using namespace qvs;
+
+extern "C" HYP_ReturnStatus VSHYP_GetUplinks(const char *switchName, void **uplinks) {
+    if (switchName == nullptr || uplinks == nullptr) return HYP_BAD_PARAM;
+    return fetchCountedList(SwitchCommand::GetUplinks, forSwitch(switchName), VSHYP_UPLINK_ENTRY_SIZE,
+                            uplinks);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetUplinkLinkState(const char *switchName, const char *uplinkName,
+                                                     uint32_t *up) {
+    return readLinkState(SwitchCommand::GetUplinkLinkState, switchName, uplinkName, up);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetUplinkLACPLinkState(const char *switchName, const char *uplinkName,
+                                                         uint32_t *up) {
+    return readLinkState(SwitchCommand::GetUplinkLacpLinkState, switchName, uplinkName, up);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetLAGTable(const char *switchName, void **lagTable) {
+    if (switchName == nullptr || lagTable == nullptr) return HYP_BAD_PARAM;
+    HeapBytes table = allocateZeroed(VSHYP_LAG_TABLE_SIZE);
+    if (table == nullptr) return HYP_NO_MEMORY;
+    const HYP_ReturnStatus status =
+        switchRequest(SwitchCommand::GetLagTable, forSwitch(switchName), table.get(), VSHYP_LAG_TABLE_SIZE);
+    if (status == HYP_OK) *lagTable = table.release();
+    return status;
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetSwitchInfo(const char *alias, void **info) {
+    if (alias == nullptr || info == nullptr) return HYP_BAD_PARAM;
+    SwitchRequest request;
+    if (const HYP_ReturnStatus status = forAlias(alias, request); status != HYP_OK) return status;
+    return fetchRecord<VSHYP_SWITCH_INFO_SIZE>(SwitchCommand::GetSwitchInfo, request, info);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetVSInfo(const char *switchName, void *info) {
+    if (info == nullptr) return HYP_BAD_PARAM;
+    std::memset(info, 0, VSHYP_SWITCH_INFO_SIZE);
+    if (switchName == nullptr) return HYP_BAD_PARAM;
+    return switchRequest(SwitchCommand::GetSwitchInfo, forSwitch(switchName), info, VSHYP_SWITCH_INFO_SIZE);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetSwitchPortInfo(const char *alias, void **ports) {
+    if (alias == nullptr || ports == nullptr) return HYP_BAD_PARAM;
+    SwitchRequest request;
+    if (const HYP_ReturnStatus status = forAlias(alias, request); status != HYP_OK) return status;
+    return fetchCountedList(SwitchCommand::GetSwitchPortInfo, request, VSHYP_PORT_INFO_SIZE, ports);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetPortInfo(const char *alias, const char *dvPortId, void **info) {
+    SwitchRequest request;
+    const HYP_ReturnStatus status = VSDVS_DvPortIDToPortID(alias, dvPortId, &request.portId);
+    if (status != HYP_OK) return status;
+    return fetchRecord<VSHYP_PORT_INFO_SIZE>(SwitchCommand::GetPortInfo, request, info);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_PortGetTeamUplinkHint(uint32_t portId, void *hint) {
+    if (hint == nullptr) return HYP_BAD_PARAM;
+    std::memset(hint, 0, VSHYP_TEAM_UPLINK_HINT_SIZE);
+    SwitchRequest request;
+    request.portId = portId;
+    return switchRequest(SwitchCommand::GetTeamUplinkHint, request, hint, VSHYP_TEAM_UPLINK_HINT_SIZE);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetUplinkDVPortID(const char *uplinkName, void *identity) {
+    if (identity == nullptr) return HYP_BAD_PARAM;
+    std::memset(identity, 0, VSHYP_UPLINK_DV_PORT_ID_SIZE);
+    if (uplinkName == nullptr) return HYP_BAD_PARAM;
+    const HYP_ReturnStatus status = switchRequest(SwitchCommand::GetUplinkDvPortId, forUplink("", uplinkName),
+                                                  identity, VSHYP_UPLINK_DV_PORT_ID_SIZE);
+    // A failing kernel may have written something; the identity is empty all the same.
+    if (status != HYP_OK) *static_cast<char *>(identity) = '\0';
+    return status;
+}
+
+// A list of its own making: the selector is the input, the first status is ignored, and the count word that
+// the kernel did not touch is what tells that nobody answered.
+extern "C" HYP_ReturnStatus VSHYP_GetSwitches(uint32_t selector, void **switches) {
+    constexpr uint32_t kNoAnswer = 0xffffffff;
+    if (switches == nullptr) return HYP_BAD_PARAM;
+    *switches = nullptr;
+
+    VSHYP_ListHeader header = {kNoAnswer, 0};
+    static_cast<void>(
+        switchRequest(SwitchCommand::GetSwitches, &selector, sizeof selector, &header, sizeof header));
+    if (header.count == kNoAnswer) return HYP_FAILURE;
+
+    const uint32_t entrySize =
+        selector == VSHYP_SELECT_SWITCH_NAMES ? VSHYP_SWITCH_NAME_ENTRY_SIZE : VSHYP_SWITCH_ALIAS_ENTRY_SIZE;
+    const uint64_t size = uint64_t{header.count} * entrySize + sizeof header;
+    HeapBytes buffer = allocateZeroed(size);
+    if (buffer == nullptr) return HYP_NO_MEMORY;
+    if (header.count == 0) {
+        header.word = selector;
+        std::memcpy(buffer.get(), &header, sizeof header);
+    } else {
+        const HYP_ReturnStatus status = switchRequest(SwitchCommand::GetSwitches, &selector, sizeof selector,
+                                                      buffer.get(), static_cast<uint32_t>(size));
+        if (status != HYP_OK) return status;
+    }
+    *switches = buffer.release();
+    return HYP_OK;
+}
+
+extern "C" HYP_ReturnStatus VSHYP_DVSAliasToSwitchId(const char *alias, void *switchId) {
+    if (alias == nullptr || switchId == nullptr) return HYP_BAD_PARAM;
+    std::memset(switchId, 0, sizeof(SwitchIdString));
+    char shortAlias[kAliasSize];
+    copyText(shortAlias, alias);
+    return switchRequest(SwitchCommand::AliasToSwitchId, forSwitch(shortAlias), switchId,
+                         sizeof(SwitchIdString));
+}
+
+extern "C" HYP_ReturnStatus VSHYP_SetUplinkAdminLinkState(const char *switchName, const char *uplinkName,
+                                                          int32_t state) {
+    if (switchName == nullptr || uplinkName == nullptr) return HYP_BAD_PARAM;
+    SwitchRequest request = forUplink(switchName, uplinkName);
+    request.linkState = state != 0 ? 1 : 0;
+    return switchRequest(SwitchCommand::SetUplinkAdminLinkState, request, nullptr, 0);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_RefreshDevNUMAInfo(const char *switchName) {
+    if (switchName == nullptr) return HYP_BAD_PARAM;
+    return switchRequest(SwitchCommand::RefreshDevNumaInfo, forSwitch(switchName), nullptr, 0);
+}
