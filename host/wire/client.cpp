@@ -1,6 +1,7 @@
 // A blocking client of the emulated kernel.
 #include "wire/client.h"
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -41,8 +42,19 @@ bool Client::connectToHost(int timeoutSeconds) {
 
 void Client::close() {
     if (connected()) ::close(socket_);
+    abandon();
+}
+
+void Client::abandon() {
     socket_ = -1;
     begin_ = end_ = 0;
+}
+
+void Client::moveAbove(int lowest) {
+    const int moved = fcntl(socket_, F_DUPFD_CLOEXEC, lowest);
+    if (moved < 0) return;
+    ::close(socket_);
+    socket_ = moved;
 }
 
 bool Client::fail(int reason) {

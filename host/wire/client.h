@@ -28,6 +28,10 @@ class Client {
     bool connected() const { return socket_ >= 0; }
     int socket() const { return socket_; }
     void close();
+    // Forgets the descriptor without closing it: it is somebody else's by now.
+    void abandon();
+    // Moves the descriptor out of the low numbers, which programs take for their own. Best effort.
+    void moveAbove(int lowest);
 
     bool send(Writer &message);
     // Receives a whole message of the given kind. The payload is replaced.

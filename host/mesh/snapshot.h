@@ -1,0 +1,57 @@
+// The process's snapshot: a verified copy of a State blob, searched in place.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "state_generated.h"
+
+namespace qvs::mesh {
+
+constexpr char kAliasKey[] = "com.quillon.common.alias";
+
+// Empty until loaded. The handles of the public interface are pointers into the blob: the `own...` functions
+// turn them back, and answer null for what does not lie in the present one, a handle from before a reload
+// included.
+class Snapshot {
+  public:
+    enum class Result { Loaded, Malformed, NoMemory };
+
+    // Replaces what is there; after a failure the snapshot is empty. The blob may come from anywhere and
+    // stand at any address.
+    Result load(const void *blob, uint32_t length);
+    void reset();
+    // Changes with every load and reset, so that a walk notices when a callback pulled the blob away.
+    uint64_t generation() const { return generation_; }
+
+    std::span<const Switch> switches() const { return switches_; }
+    std::span<const Port> ports(const Switch &sw) const;
+    std::span<const uint32_t> list(const Range &range) const;
+    const Property &property(uint32_t index) const { return properties_[index]; }
+    const char *text(uint32_t position) const { return reinterpret_cast<const char *>(&bytes_[position]); }
+
+    const Switch *findSwitch(const char *id) const;
+    const Switch *findAlias(std::string_view alias) const;
+    const Port *findPort(const Switch &sw, const char *id) const;
+    const Property *findProperty(const Range &range, std::string_view key) const;
+
+    const Switch *ownSwitch(const void *handle) const;
+    const Port *ownPort(const void *handle) const;
+    const Property *ownProperty(const void *handle) const;
+
+  private:
+    bool read(const uint8_t *blob, uint32_t length);
+    bool consistent() const;
+
+    void *blob_ = nullptr;
+    uint64_t generation_ = 0;
+    std::span<const uint8_t> bytes_;
+    std::span<const Property> properties_;
+    std::span<const uint32_t> lists_;
+    std::span<const Port> ports_;
+    std::span<const uint32_t> portsById_;
+    std::span<const Switch> switches_;
+};
+
+}  // namespace qvs::mesh
