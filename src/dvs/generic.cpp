@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/text.h"
 #include "dvs/property.h"
 #include "qvs/vsdvs.h"
 
@@ -15,21 +14,22 @@ struct SwitchRef {
     const char *switchId;
     uint8_t useAlias;
 
-    HYP_ReturnStatus resolve(SwitchId &out) const {
-        if ((useAlias != 0 ? alias : switchId) == nullptr) return HYP_BAD_PARAM;
-        if (useAlias != 0) return out.resolve(alias);
-        if (strnlen(switchId, sizeof out.text) >= sizeof out.text) return HYP_BAD_PARAM;
-        copyText(out.text, switchId);
-        return HYP_OK;
+    // False when the name that counts is null or an identifier too long.
+    bool valid() const {
+        if (useAlias != 0) return alias != nullptr;
+        return switchId != nullptr && strnlen(switchId, sizeof(SwitchIdString)) < sizeof(SwitchIdString);
+    }
+
+    Place place(const char *portId) const {
+        return useAlias != 0 ? Place::ofAlias(alias, portId) : Place::ofSwitchId(switchId, portId);
     }
 };
 
 HYP_ReturnStatus get(const SwitchRef &ref, const char *portId, const Property &property,
                      VSDVS_PropBuffer *buffer) {
-    SwitchId id;
-    if (const HYP_ReturnStatus status = ref.resolve(id); status != HYP_OK) return status;
+    if (!ref.valid()) return HYP_BAD_PARAM;
     MeshValue value;
-    const HYP_ReturnStatus status = getProperty({id.text, portId}, property, value);
+    const HYP_ReturnStatus status = getProperty(ref.place(portId), property, value);
     if (status != HYP_OK) return status;
 
     if (buffer == nullptr) return HYP_BAD_PARAM;
@@ -49,15 +49,11 @@ HYP_ReturnStatus get(const SwitchRef &ref, const char *portId, const Property &p
 
 HYP_ReturnStatus set(const SwitchRef &ref, const char *portId, const Property &property, const void *value,
                      uint32_t length) {
-    SwitchId id;
-    if (const HYP_ReturnStatus status = ref.resolve(id); status != HYP_OK) return status;
-    return setProperty({id.text, portId}, property, value, length);
+    return ref.valid() ? setProperty(ref.place(portId), property, value, length) : HYP_BAD_PARAM;
 }
 
 HYP_ReturnStatus clear(const SwitchRef &ref, const char *portId, const Property &property) {
-    SwitchId id;
-    if (const HYP_ReturnStatus status = ref.resolve(id); status != HYP_OK) return status;
-    return clearProperty({id.text, portId}, property);
+    return ref.valid() ? clearProperty(ref.place(portId), property) : HYP_BAD_PARAM;
 }
 
 constexpr Property port(const char *key) {

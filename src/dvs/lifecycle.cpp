@@ -58,16 +58,12 @@ struct NewSwitch {
     uint32_t numPorts;
 };
 
-HYP_ReturnStatus storeText(const Place &place, const Property &property, const char *text) {
-    return setProperty(place, property, text, static_cast<uint32_t>(std::strlen(text) + 1));
-}
-
 HYP_ReturnStatus storeSwitchProperties(const NewSwitch &sw) {
-    const Place place{sw.switchId};
-    HYP_ReturnStatus status = storeText(place, kAlias, sw.alias);
+    const Place place = Place::ofSwitchId(sw.switchId);
+    HYP_ReturnStatus status = setText(place, kAlias, sw.alias);
     if (status == HYP_OK) status = setProperty(place, kVersion, &sw.version, sizeof sw.version);
-    if (status == HYP_OK) status = storeText(place, kOpaque, sw.opaque ? "true" : "false");
-    if (status == HYP_OK) status = storeText(place, kPortset, sw.portsetName);
+    if (status == HYP_OK) status = setText(place, kOpaque, sw.opaque ? "true" : "false");
+    if (status == HYP_OK) status = setText(place, kPortset, sw.portsetName);
     return status;
 }
 
@@ -79,7 +75,8 @@ HYP_ReturnStatus addFirstPorts(const NewSwitch &sw) {
     for (uint32_t i = 0; i < sw.numPorts; ++i) {
         char name[32];
         snprintf(name, sizeof name, "port%u", i);
-        const HYP_ReturnStatus status = addPort(sw.switchId, name, kFirstConnectId, PortKind::Ordinary);
+        const Place port = Place::ofSwitchId(sw.switchId, name);
+        const HYP_ReturnStatus status = addPort(port, kFirstConnectId, PortKind::Ordinary);
         if (status != HYP_OK) return status;
     }
     return HYP_OK;
@@ -152,28 +149,21 @@ extern "C" HYP_ReturnStatus VSDVS_DestroyVSwitch(const char *alias) {
 }
 
 extern "C" HYP_ReturnStatus VSDVS_AddDVPort(const char *alias, const char *portId, uint32_t connectId) {
-    SwitchId id;
-    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
-    if (portId == nullptr) return HYP_BAD_PARAM;
-    return addPort(id.text, portId, connectId, PortKind::Ordinary);
+    const Place place = Place::ofAlias(alias, portId);
+    return addPort(place, connectId, PortKind::Ordinary);
 }
 
 extern "C" HYP_ReturnStatus VSDVS_AddOpaqueDVPort(const char *alias, const char *portId,
                                                   const char *externalId) {
-    SwitchId id;
-    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
-    if (portId == nullptr || externalId == nullptr) return HYP_BAD_PARAM;
-
-    HYP_ReturnStatus status = addPort(id.text, portId, kFirstConnectId, PortKind::Ordinary);
+    const Place place = Place::ofAlias(alias, portId);
+    if (place.status() == HYP_OK && externalId == nullptr) return HYP_BAD_PARAM;
+    HYP_ReturnStatus status = addPort(place, kFirstConnectId, PortKind::Ordinary);
     if (status != HYP_OK) return status;
-    status = storeText({id.text, portId}, kExternalId, externalId);
-    if (status != HYP_OK) static_cast<void>(DVSHYP_PortRemove(id.text, portId));
+    status = setText(place, kExternalId, externalId);
+    if (status != HYP_OK) static_cast<void>(removePort(place));
     return status;
 }
 
 extern "C" HYP_ReturnStatus VSDVS_RemoveDVPort(const char *alias, const char *portId) {
-    SwitchId id;
-    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
-    if (portId == nullptr) return HYP_BAD_PARAM;
-    return DVSHYP_PortRemove(id.text, portId);
+    return removePort(Place::ofAlias(alias, portId));
 }

@@ -62,16 +62,27 @@ HYP_ReturnStatus serialiseInitial(const char *name, uint32_t connectId, PortKind
     return container.serialise(buffer, length);
 }
 
+HYP_ReturnStatus checkPort(const Place &port) {
+    if (port.status() != HYP_OK) return port.status();
+    return port.portId() != nullptr ? HYP_OK : HYP_BAD_PARAM;
+}
+
 }  // namespace
 
-HYP_ReturnStatus addPort(const char *switchId, const char *name, uint32_t connectId, PortKind kind) {
+HYP_ReturnStatus addPort(const Place &port, uint32_t connectId, PortKind kind) {
+    if (const HYP_ReturnStatus status = checkPort(port); status != HYP_OK) return status;
     void *buffer = nullptr;
     uint32_t length = 0;
-    HYP_ReturnStatus status = serialiseInitial(name, connectId, kind, &buffer, &length);
+    HYP_ReturnStatus status = serialiseInitial(port.portId(), connectId, kind, &buffer, &length);
     if (status != HYP_OK) return status;
-    status = DVSHYP_PortAdd(switchId, name, buffer, length);
+    status = DVSHYP_PortAdd(port.switchId(), port.portId(), buffer, length);
     std::free(buffer);
     return status;
+}
+
+HYP_ReturnStatus removePort(const Place &port) {
+    if (const HYP_ReturnStatus status = checkPort(port); status != HYP_OK) return status;
+    return DVSHYP_PortRemove(port.switchId(), port.portId());
 }
 
 }  // namespace qvs

@@ -1,15 +1,15 @@
-// Making a port with its first properties.
+// Making a port with its first properties, and removing one.
 #pragma once
 
-#include <cstdint>
-
-#include "qvs/hyp.h"
+#include "dvs/property.h"
 
 namespace qvs {
 
 enum class PortKind : uint8_t { Ordinary, Uplink };
 
-// Adds a port called name, which is also its alias. An uplink port starts as a trunk of all VLANs from 1 on.
-HYP_ReturnStatus addPort(const char *switchId, const char *name, uint32_t connectId, PortKind kind);
+// Adds the port of a place; its identifier is also its alias. An uplink port starts as a trunk of all VLANs
+// from 1 on. Both answer the place's status first, and HYP_BAD_PARAM for a place without a port.
+HYP_ReturnStatus addPort(const Place &port, uint32_t connectId, PortKind kind);
+HYP_ReturnStatus removePort(const Place &port);
 
 }  // namespace qvs

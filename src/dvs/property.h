@@ -1,5 +1,5 @@
-// The property access frame: a property described once, the place where it is stored, and the three things
-// one does with it. Every typed operation is written in these words.
+// The property access frame: a property described once, the place where it is stored, and the few things one
+// does with it. Every typed operation is written in these words and reads as its own description.
 #pragma once
 
 #include "core/identity.h"
@@ -16,17 +16,52 @@ struct Property {
     uint32_t propType;
 };
 
-// A switch, or a port of it, by their identifiers; both borrowed.
-struct Place {
-    const char *switchId;
-    const char *portId = nullptr;
+// A switch, or a port of it. A place that could not be resolved carries the status why, and whatever is done
+// with it answers that status; so an operation resolves, acts and returns.
+class Place {
+  public:
+    // The switch that has this alias.
+    static Place ofAlias(const char *alias, const char *portId = nullptr) {
+        Place place;
+        place.portId_ = portId;
+        place.status_ = place.id_.resolve(alias);
+        return place;
+    }
+
+    // The same for a port that must be in the snapshot: HYP_NOT_FOUND when it is not.
+    static Place ofExistingPort(const char *alias, const char *portId);
+
+    // A switch identifier exactly as given, borrowed; it is not looked up.
+    static Place ofSwitchId(const char *switchId, const char *portId = nullptr);
+
+    HYP_ReturnStatus status() const { return status_; }
+    const char *switchId() const { return given_ != nullptr ? given_ : id_.text; }
+    const char *portId() const { return portId_; }
+
+  private:
+    SwitchId id_;
+    const char *given_ = nullptr;   // the identifier when it was given, borrowed
+    const char *portId_ = nullptr;  // borrowed
+    HYP_ReturnStatus status_ = HYP_OK;
 };
 
-// Each answers the state library's status, or HYP_BAD_PARAM when the key, or the port of a port property, is
-// null.
+// Each answers the place's status or the state library's; HYP_BAD_PARAM when the key, the port of a port
+// property or a value of some length is null.
 HYP_ReturnStatus getProperty(const Place &place, const Property &property, MeshValue &value);
 HYP_ReturnStatus setProperty(const Place &place, const Property &property, const void *value,
                              uint32_t length);
 HYP_ReturnStatus clearProperty(const Place &place, const Property &property);
+
+// A key that is not there is cleared already.
+HYP_ReturnStatus clearIfPresent(const Place &place, const Property &property);
+
+// A value of exactly this size; any other is HYP_FAILURE and leaves value empty.
+HYP_ReturnStatus getSized(const Place &place, const Property &property, uint32_t size, MeshValue &value);
+
+// A value of exactly this size copied into memory of the caller, which is untouched after a failure.
+HYP_ReturnStatus readRecord(const Place &place, const Property &property, void *record, uint32_t size);
+
+// Stores a text with its NUL; HYP_BAD_PARAM when it is null.
+HYP_ReturnStatus setText(const Place &place, const Property &property, const char *text);
 
 }  // namespace qvs

@@ -24,7 +24,14 @@ constexpr Property kPortAlias{"com.quillon.common.port.alias", Scope::Port, DVS_
 struct StoredLists {
     MeshValue names;
     MeshValue ports;
-    bool absent = false;  // one of the two keys was never set
+    bool resolved = false;  // the kernel knows the alias
+    bool absent = false;    // one of the two keys was never set
+};
+
+// The text of a host entry as a port identifier, terminated.
+struct PortId {
+    char text[sizeof(VSDVS_UplinkPort) + 1];
+    PortId(UplinkPorts &ports, uint32_t index) { copyText(text, ports.text(index)); }
 };
 
 template <typename List>
@@ -48,6 +55,13 @@ bool findName(UplinkNames names, const MeshValue &alias, uint32_t &index) {
     return false;
 }
 
+bool findPort(UplinkPorts ports, const char *portId, uint32_t &index) {
+    for (index = 0; index < ports.count(); ++index) {
+        if (std::strncmp(ports.entry(index).portId, portId, sizeof(VSDVS_UplinkPort)) == 0) return true;
+    }
+    return false;
+}
+
 // Puts the names in the order of the ports, by the ports' aliases. Memory that runs out leaves no lists at
 // all, which counts as success.
 HYP_ReturnStatus sortNames(const char *switchId, StoredLists &lists) {
@@ -61,10 +75,10 @@ HYP_ReturnStatus sortNames(const char *switchId, StoredLists &lists) {
     }
     UplinkNames sorted(scratch.get());
     for (uint32_t i = 0; i < ports.count(); ++i) {
-        char portId[sizeof(VSDVS_UplinkPort) + 1];
-        copyText(portId, ports.text(i));
+        const PortId port(ports, i);
         MeshValue alias;
-        const HYP_ReturnStatus status = getProperty({switchId, portId}, kPortAlias, alias);
+        const HYP_ReturnStatus status =
+            getProperty(Place::ofSwitchId(switchId, port.text), kPortAlias, alias);
         if (status != HYP_OK) return status;
         uint32_t match = 0;
         if (!findName(names, alias, match)) return HYP_FAILURE;
@@ -75,36 +89,34 @@ HYP_ReturnStatus sortNames(const char *switchId, StoredLists &lists) {
     return HYP_OK;
 }
 
-HYP_ReturnStatus readLists(const char *switchId, StoredLists &lists) {
-    const Place place{switchId};
-    HYP_ReturnStatus status = readList<UplinkNames>(place, kNames, lists.names, lists.absent);
+// Reads and sorts both lists. The kernel, not the snapshot, says which switch has the alias.
+HYP_ReturnStatus readLists(const char *alias, StoredLists &lists) {
+    SwitchId id;
+    HYP_ReturnStatus status = VSHYP_DVSAliasToSwitchId(alias, id.text);
+    lists.resolved = status == HYP_OK;
     if (status != HYP_OK) return status;
-    status = readList<UplinkPorts>(place, kPorts, lists.ports, lists.absent);
+    id.text[sizeof id.text - 1] = '\0';
+
+    const Place place = Place::ofSwitchId(id.text);
+    status = readList<UplinkNames>(place, kNames, lists.names, lists.absent);
+    if (status == HYP_OK) status = readList<UplinkPorts>(place, kPorts, lists.ports, lists.absent);
     if (status != HYP_OK) return status;
     if (lists.names.at<uint32_t>(0) != lists.ports.at<uint32_t>(0)) return HYP_FAILURE;
-    return sortNames(switchId, lists);
-}
-
-// The kernel, not the snapshot, says which switch has the alias when lists are read.
-HYP_ReturnStatus resolveInKernel(const char *alias, SwitchId &id) {
-    const HYP_ReturnStatus status = VSHYP_DVSAliasToSwitchId(alias, id.text);
-    id.text[sizeof id.text - 1] = '\0';
-    return status;
+    return sortNames(id.text, lists);
 }
 
 void removePorts(const char *switchId, UplinkPorts ports, uint32_t count) {
     while (count-- > 0) {
-        char portId[sizeof(VSDVS_UplinkPort) + 1];
-        copyText(portId, ports.text(count));
-        static_cast<void>(DVSHYP_PortRemove(switchId, portId));
+        const PortId port(ports, count);
+        static_cast<void>(removePort(Place::ofSwitchId(switchId, port.text)));
     }
 }
 
 HYP_ReturnStatus createPorts(const char *switchId, UplinkPorts ports, uint32_t &created) {
     for (created = 0; created < ports.count(); ++created) {
-        char portId[sizeof(VSDVS_UplinkPort) + 1];
-        copyText(portId, ports.text(created));
-        const HYP_ReturnStatus status = addPort(switchId, portId, kConnectId, PortKind::Uplink);
+        const PortId port(ports, created);
+        const HYP_ReturnStatus status =
+            addPort(Place::ofSwitchId(switchId, port.text), kConnectId, PortKind::Uplink);
         if (status != HYP_OK) return status;
     }
     return HYP_OK;
@@ -116,16 +128,15 @@ HYP_ReturnStatus storeList(const Place &place, const Property &property, const L
 }
 
 // The whole of setting both lists, undone when a step fails.
-HYP_ReturnStatus setLists(const char *switchId, UplinkNames names, UplinkPorts ports) {
-    const Place place{switchId};
+HYP_ReturnStatus setLists(const Place &place, UplinkNames names, UplinkPorts ports) {
     uint32_t created = 0;
-    HYP_ReturnStatus status = createPorts(switchId, ports, created);
+    HYP_ReturnStatus status = createPorts(place.switchId(), ports, created);
     if (status == HYP_OK) status = storeList(place, kNames, names);
     if (status == HYP_OK) {
         status = storeList(place, kPorts, ports);
         if (status != HYP_OK) static_cast<void>(clearProperty(place, kNames));
     }
-    if (status != HYP_OK) removePorts(switchId, ports, created);
+    if (status != HYP_OK) removePorts(place.switchId(), ports, created);
     return status;
 }
 
@@ -153,14 +164,7 @@ struct LongerLists {
     }
 };
 
-bool carriesUplink(UplinkPorts ports, const char *portId, uint32_t &index) {
-    for (index = 0; index < ports.count(); ++index) {
-        if (std::strncmp(ports.entry(index).portId, portId, sizeof(VSDVS_UplinkPort)) == 0) return true;
-    }
-    return false;
-}
-
-// Stores the list with one uplink more, and puts back what was there when that fails half way.
+// Stores the lists with one uplink more, and puts back what was there when that fails half way.
 HYP_ReturnStatus storeLonger(const Place &place, const StoredLists &old, LongerLists &longer) {
     HYP_ReturnStatus status = storeList(place, kNames, UplinkNames(longer.names.get()));
     if (status != HYP_OK) return status;
@@ -186,12 +190,10 @@ using namespace qvs;
 
 extern "C" HYP_ReturnStatus VSDVS_GetSwitchUplinkPorts(const char *alias, void **globalList,
                                                        void **hostList) {
-    SwitchId id;
-    if (const HYP_ReturnStatus status = resolveInKernel(alias, id); status != HYP_OK) return status;
     if (globalList == nullptr || hostList == nullptr) return HYP_BAD_PARAM;
-
     StoredLists lists;
-    const HYP_ReturnStatus status = readLists(id.text, lists);
+    const HYP_ReturnStatus status = readLists(alias, lists);
+    if (!lists.resolved) return status;
     *globalList = status == HYP_OK ? lists.names.release() : nullptr;
     *hostList = status == HYP_OK ? lists.ports.release() : nullptr;
     return status;
@@ -199,8 +201,8 @@ extern "C" HYP_ReturnStatus VSDVS_GetSwitchUplinkPorts(const char *alias, void *
 
 extern "C" HYP_ReturnStatus VSDVS_SetSwitchUplinkPorts(const char *alias, const void *globalList,
                                                        const void *hostList) {
-    SwitchId id;
-    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
+    const Place place = Place::ofAlias(alias);
+    if (place.status() != HYP_OK) return place.status();
     if (globalList == nullptr || hostList == nullptr) return HYP_BAD_PARAM;
 
     // The views only read here.
@@ -210,7 +212,7 @@ extern "C" HYP_ReturnStatus VSDVS_SetSwitchUplinkPorts(const char *alias, const 
         UplinkPorts::sizeFor(ports.count()) > UINT32_MAX) {
         return HYP_BAD_PARAM;
     }
-    return setLists(id.text, names, ports);
+    return setLists(place, names, ports);
 }
 
 extern "C" HYP_ReturnStatus SetNumSwitchUplinkPortsByUUID(const char *switchId, uint32_t count) {
@@ -229,70 +231,65 @@ extern "C" HYP_ReturnStatus SetNumSwitchUplinkPortsByUUID(const char *switchId, 
         copyText(names.entry(i).name, name);
         copyText(ports.entry(i).portId, name);
     }
-    return setLists(switchId, names, ports);
+    return setLists(Place::ofSwitchId(switchId), names, ports);
 }
 
 extern "C" HYP_ReturnStatus VSDVS_AddSwitchUplinkPort(const char *alias, const char *uplinkName) {
-    SwitchId id;
-    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
+    const Place place = Place::ofAlias(alias);
+    if (place.status() != HYP_OK) return place.status();
     if (uplinkName == nullptr) return HYP_BAD_PARAM;
 
-    SwitchId inKernel;
-    if (const HYP_ReturnStatus status = resolveInKernel(alias, inKernel); status != HYP_OK) return status;
     StoredLists old;
-    HYP_ReturnStatus status = readLists(inKernel.text, old);
+    HYP_ReturnStatus status = readLists(alias, old);
     if (status != HYP_OK && !old.absent) return status;
     if (!old.absent) {
         if (old.ports.data() == nullptr) return HYP_NO_MEMORY;  // sorting ran out of memory
         uint32_t taken = 0;
-        if (carriesUplink(UplinkPorts(old.ports.data()), uplinkName, taken)) return HYP_EXISTS;
+        if (findPort(UplinkPorts(old.ports.data()), uplinkName, taken)) return HYP_EXISTS;
     }
 
     LongerLists longer;
     if (status = longer.build(old, uplinkName); status != HYP_OK) return status;
     UplinkPorts ports(longer.ports.get());
-    const char *portId = ports.entry(ports.count() - 1).portId;
-    if (status = addPort(id.text, portId, kConnectId, PortKind::Uplink); status != HYP_OK) return status;
-    status = storeLonger({id.text}, old, longer);
-    if (status != HYP_OK) static_cast<void>(DVSHYP_PortRemove(id.text, portId));
+    const PortId portId(ports, ports.count() - 1);
+    const Place port = Place::ofSwitchId(place.switchId(), portId.text);
+    if (status = addPort(port, kConnectId, PortKind::Uplink); status != HYP_OK) return status;
+    status = storeLonger(place, old, longer);
+    if (status != HYP_OK) static_cast<void>(removePort(port));
     return status;
 }
 
 extern "C" HYP_ReturnStatus VSDVS_RemoveSwitchUplinkPort(const char *alias, const char *portId) {
-    SwitchId id;
-    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
-    SwitchId inKernel;
-    if (const HYP_ReturnStatus status = resolveInKernel(alias, inKernel); status != HYP_OK) return status;
+    const Place port = Place::ofAlias(alias, portId);
+    if (port.status() != HYP_OK) return port.status();
     StoredLists lists;
-    if (const HYP_ReturnStatus status = readLists(inKernel.text, lists); status != HYP_OK) return status;
+    HYP_ReturnStatus status = readLists(alias, lists);
+    if (status != HYP_OK) return status;
     if (lists.names.data() == nullptr) return HYP_NO_MEMORY;  // sorting ran out of memory
 
-    if (portId == nullptr) return HYP_BAD_PARAM;
     MeshValue portAlias;
-    HYP_ReturnStatus status = getProperty({id.text, portId}, kPortAlias, portAlias);
-    if (status != HYP_OK) return status;
+    if (status = getProperty(port, kPortAlias, portAlias); status != HYP_OK) return status;
 
     // An uplink that is not in the lists is removed already.
     UplinkNames names(lists.names.data());
     UplinkPorts ports(lists.ports.data());
     uint32_t nameIndex = 0;
     uint32_t portIndex = 0;
-    if (!findName(names, portAlias, nameIndex) || !carriesUplink(ports, portId, portIndex)) return HYP_OK;
+    if (!findName(names, portAlias, nameIndex) || !findPort(ports, portId, portIndex)) return HYP_OK;
     names.erase(nameIndex);
     ports.erase(portIndex);
 
-    const Place place{id.text};
-    status = DVSHYP_PortRemove(id.text, portId);
-    if (status == HYP_OK) status = storeShorter(place, kNames, names);
-    if (status == HYP_OK) status = storeShorter(place, kPorts, ports);
+    status = removePort(port);
+    if (status == HYP_OK) status = storeShorter(port, kNames, names);
+    if (status == HYP_OK) status = storeShorter(port, kPorts, ports);
     return status;
 }
 
 extern "C" HYP_ReturnStatus VSDVS_ClearSwitchUplinkPorts(const char *alias) {
-    SwitchId id;
-    if (const HYP_ReturnStatus status = id.resolve(alias); status != HYP_OK) return status;
+    const Place place = Place::ofAlias(alias);
+    if (place.status() != HYP_OK) return place.status();
     // Whatever comes of the two clears is ignored; the ports stay.
-    static_cast<void>(clearProperty({id.text}, kPorts));
-    static_cast<void>(clearProperty({id.text}, kNames));
+    static_cast<void>(clearProperty(place, kPorts));
+    static_cast<void>(clearProperty(place, kNames));
     return HYP_OK;
 }
