@@ -1,0 +1,60 @@
+/* A C99 program as a user would write it, built against the installed headers and library alone. */
+#include <qvs/qvs.h>
+#include <stdio.h>
+#include <string.h>
+
+static int failed;
+
+static void expect(int good, const char *text) {
+    if (!good) {
+        fprintf(stderr, "program: %s\n", text);
+        failed = 1;
+    }
+}
+#define EXPECT(condition) expect((condition), #condition)
+
+static int countPort(DVSPort *port, void *context) {
+    (void)port;
+    ++*(int *)context;
+    return 0;
+}
+
+int main(void) {
+    static const char kId[] = "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00";
+    static const char kDumpStart[] =
+        "switch 73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00 (vswitch)\n"
+        "\tmax ports: 128\n"
+        "\tglobal properties:\n"
+        "\t\tcom.quillon.common.alias = sw1 , \tpropType = CONFIG \n";
+    SwitchIdString id = "";
+    VSDVS_PropBuffer version = {4, NULL};
+    unsigned char word[4] = {0};
+    void *uplinks = NULL;
+    char *text = NULL;
+    int ports = 0;
+
+    EXPECT(VSDVS_CreateVSwitch("sw1", NULL, NULL, 105, 0, 0, 2, 3) == HYP_OK);
+    EXPECT(DVSAliasToSwitchId("sw1", id) == 0xbad0003); /* the snapshot is older */
+    EXPECT(DVSLoadConfig() == HYP_OK);
+    EXPECT(DVSAliasToSwitchId("sw1", id) == HYP_OK && strcmp(id, kId) == 0);
+    EXPECT(DVPortExist(id, "port2") == 1 && DVPortExist(id, "port3") == 0);
+
+    version.data = word;
+    EXPECT(VSDVS_GetGlobProp("sw1", "com.quillon.common.version", &version, NULL, 1) == HYP_OK);
+    EXPECT(memcmp(word, "\x69\0\0\0", 4) == 0);
+
+    EXPECT(VSHYP_GetUplinks("sw1", &uplinks) == HYP_OK);
+    EXPECT(uplinks != NULL && memcmp(uplinks, "\2\0\0\0", 4) == 0);
+    VSHYP_FreeMemory(uplinks);
+
+    DVSState_PortForEach(DVSState_SwitchFindByAlias("sw1"), countPort, &ports);
+    EXPECT(ports == 5);
+
+    EXPECT(NetDVS_Dump(NULL, &text) == HYP_OK);
+    EXPECT(text != NULL && strncmp(text, kDumpStart, sizeof kDumpStart - 1) == 0);
+    NetDVS_FreeMemory(text);
+
+    EXPECT(VSDVS_CreateVSwitch("sw1", NULL, NULL, 105, 0, 0, 0, 0) == 0xbad0001);
+    EXPECT(strcmp(ReturnStatusToString(0xbad0001), "Failure") == 0);
+    return failed;
+}
