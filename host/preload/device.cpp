@@ -1,0 +1,280 @@
+// A device of the emulated kernel. Everything here runs inside other people's programs, in forked and vforked
+// children and in signal handlers: no allocation, and errno changes on failure alone.
+#include "preload/device.h"
+
+#include <fcntl.h>
+#include <pthread.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "wire/protocol.h"
+#include "wire/stream.h"
+
+namespace qvs::preload {
+namespace {
+
+using wire::Head;
+using wire::Kind;
+using wire::receiveAll;
+using wire::sendAll;
+
+// Threads that share a descriptor take turns: one dialogue at a time. (A mutex of the C library is born
+// zero.)
+pthread_mutex_t turns[64];
+
+void resetTurns() {
+    for (pthread_mutex_t &turn : turns)
+        turn = PTHREAD_MUTEX_INITIALIZER;
+}
+
+__attribute__((constructor)) void prepareTurns() {
+    // The thread that had its turn does not exist in the child.
+    pthread_atfork(nullptr, nullptr, resetTurns);
+}
+
+class Turn {
+  public:
+    explicit Turn(int descriptor) : mutex_(&turns[static_cast<unsigned>(descriptor) % 64]) {
+        // A real ioctl is no cancellation point.
+        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState_);
+        pthread_mutex_lock(mutex_);
+    }
+    ~Turn() {
+        pthread_mutex_unlock(mutex_);
+        pthread_setcancelstate(cancelState_, nullptr);
+    }
+    Turn(const Turn &) = delete;
+    Turn &operator=(const Turn &) = delete;
+
+  private:
+    pthread_mutex_t *mutex_;
+    int cancelState_ = 0;
+};
+
+// Memory for one piece of data: on the stack when it is small, mapped when it is not.
+class Scratch {
+  public:
+    explicit Scratch(size_t size) : size_(size) {
+        if (size_ <= sizeof small_) return;
+        void *mapped = mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        data_ = mapped == MAP_FAILED ? nullptr : mapped;
+    }
+    ~Scratch() {
+        if (data_ != nullptr && data_ != small_) munmap(data_, size_);
+    }
+    Scratch(const Scratch &) = delete;
+    Scratch &operator=(const Scratch &) = delete;
+
+    void *data() { return data_; }
+
+  private:
+    char small_[2048];
+    void *data_ = small_;
+    size_t size_;
+};
+
+int finish(int result, int savedErrno) {
+    if (result >= 0) errno = savedErrno;
+    return result;
+}
+
+int fail(int reason) {
+    errno = reason;
+    return -1;
+}
+
+// What a program sees when the kernel vanishes under it.
+int failLost() {
+    return fail(errno == ETIMEDOUT ? ETIMEDOUT : EIO);
+}
+
+// Copies like the kernel does: an address that cannot be read is an error, not a crash. A sandbox may forbid
+// the call; a plain copy then serves every program that passes good addresses.
+int copyFromProgram(void *target, uint64_t address, size_t size) {
+    auto *bytes = static_cast<char *>(target);
+    while (size != 0) {
+        const iovec local = {bytes, size};
+        const iovec remote = {reinterpret_cast<void *>(address), size};
+        const ssize_t copied = process_vm_readv(getpid(), &local, 1, &remote, 1, 0);
+        if (copied < 0 && (errno == EPERM || errno == ENOSYS)) {
+            memcpy(bytes, remote.iov_base, size);
+            return 0;
+        }
+        if (copied <= 0) return EFAULT;
+        bytes += copied;
+        address += static_cast<uint64_t>(copied);
+        size -= static_cast<size_t>(copied);
+    }
+    return 0;
+}
+
+bool sendCopied(int descriptor, uint32_t error, void *data, uint32_t size) {
+    struct {
+        Head head;
+        uint32_t error;
+        uint32_t size;
+    } message = {{size + 8, static_cast<uint32_t>(Kind::Copied)}, error, size};
+    iovec parts[] = {{&message, sizeof message}, {data, size}};
+    return sendAll(descriptor, parts, 2);
+}
+
+// The kernel reads the program's memory.
+bool serveCopyIn(int descriptor, uint32_t payload) {
+    struct __attribute__((packed)) {
+        uint64_t address;
+        uint32_t size;
+    } wanted;
+    if (payload != sizeof wanted || !receiveAll(descriptor, &wanted, sizeof wanted)) return false;
+    if (wanted.size > wire::kMaxRequest) return sendCopied(descriptor, EFAULT, nullptr, 0);
+    Scratch scratch(wanted.size);
+    if (scratch.data() == nullptr) return sendCopied(descriptor, ENOMEM, nullptr, 0);
+    const int error = copyFromProgram(scratch.data(), wanted.address, wanted.size);
+    if (error != 0) return sendCopied(descriptor, static_cast<uint32_t>(error), nullptr, 0);
+    return sendCopied(descriptor, 0, scratch.data(), wanted.size);
+}
+
+// The kernel writes the program's memory: straight from the socket, which fails with EFAULT where a copy by
+// the kernel would, and leaves what it could not deliver to be read.
+bool serveCopyOut(int descriptor, uint32_t payload) {
+    struct __attribute__((packed)) {
+        uint64_t address;
+        uint32_t size;
+    } given;
+    if (payload < sizeof given || !receiveAll(descriptor, &given, sizeof given)) return false;
+    if (given.size != payload - sizeof given) return false;
+
+    uint64_t address = given.address;
+    uint32_t left = given.size;
+    uint32_t error = 0;
+    while (left != 0) {
+        char discarded[2048];
+        const size_t most = error != 0 && left > sizeof discarded ? sizeof discarded : left;
+        void *target = error == 0 ? reinterpret_cast<void *>(address) : discarded;
+        const size_t received = wire::receiveSome(descriptor, target, most);
+        if (received == 0 && (errno != EFAULT || error != 0)) return false;
+        if (received == 0) error = EFAULT;
+        address += received;
+        left -= static_cast<uint32_t>(received);
+    }
+    return sendCopied(descriptor, error, nullptr, 0);
+}
+
+// Serves the kernel's copies until it answers. False when it is gone or talks nonsense.
+bool converse(int descriptor, int *result, int *error) {
+    for (;;) {
+        Head head;
+        if (!receiveAll(descriptor, &head, sizeof head)) return false;
+        bool good = false;
+        switch (static_cast<Kind>(head.kind)) {
+            case Kind::CopyIn:
+                good = serveCopyIn(descriptor, head.length);
+                break;
+            case Kind::CopyOut:
+                good = serveCopyOut(descriptor, head.length);
+                break;
+            case Kind::Reply: {
+                int32_t answer[2];
+                if (head.length != sizeof answer || !receiveAll(descriptor, answer, sizeof answer))
+                    return false;
+                *result = answer[0];
+                *error = answer[1];
+                return true;
+            }
+            default:
+                break;
+        }
+        if (!good) return false;
+    }
+}
+
+const char *hostSocket() {
+    const char *path = getenv(wire::kSocketVariable);
+    return path == nullptr || *path == '\0' ? nullptr : path;
+}
+
+bool sendOpen(int connection, const char *path) {
+    const auto length = static_cast<uint32_t>(strlen(path));
+    struct {
+        Head head;
+        uint32_t length;
+    } message = {{length + 4, static_cast<uint32_t>(Kind::DeviceOpen)}, length};
+    iovec parts[] = {{&message, sizeof message}, {const_cast<char *>(path), length}};
+    return sendAll(connection, parts, 2);
+}
+
+// The kernel's errno, or EIO when there is no sensible answer.
+int receiveOpened(int connection) {
+    struct {
+        Head head;
+        uint32_t error;
+    } reply;
+    if (!receiveAll(connection, &reply, sizeof reply)) return EIO;
+    if (reply.head.kind != static_cast<uint32_t>(Kind::Reply) || reply.head.length != 4) return EIO;
+    return static_cast<int>(reply.error);
+}
+
+}  // namespace
+
+bool isDevicePath(const char *path) {
+    // Nearly every path is dismissed by its second letter.
+    if (path == nullptr || path[0] != '/' || (path[1] != 'd' && path[1] != 'c')) return false;
+    for (const char *device : wire::kDevicePaths) {
+        if (strcmp(path, device) == 0) return hostSocket() != nullptr;
+    }
+    return false;
+}
+
+int openDevice(const char *path, int flags) {
+    const int savedErrno = errno;
+    const int connection = wire::connectTo(hostSocket(), (flags & O_CLOEXEC) != 0 ? SOCK_CLOEXEC : 0);
+    if (connection < 0) {
+        // Nobody listens: to the program, a machine without this device.
+        return errno == ECONNREFUSED || errno == ENAMETOOLONG ? fail(ENOENT) : -1;
+    }
+    const int error = sendOpen(connection, path) ? receiveOpened(connection) : EIO;
+    if (error == 0) return finish(connection, savedErrno);
+    close(connection);
+    return fail(error);
+}
+
+bool isDevice(int descriptor) {
+    const char *path = hostSocket();
+    if (path == nullptr) return false;
+    const int savedErrno = errno;
+    sockaddr_un peer;
+    socklen_t length = sizeof peer;
+    memset(&peer, 0, sizeof peer);
+    const bool connected = getpeername(descriptor, reinterpret_cast<sockaddr *>(&peer), &length) == 0;
+    errno = savedErrno;
+    return connected && peer.sun_family == AF_UNIX && strncmp(peer.sun_path, path, sizeof peer.sun_path) == 0;
+}
+
+int controlDevice(int descriptor, unsigned long request, uint64_t argument) {
+    const int savedErrno = errno;
+    const Turn turn(descriptor);
+    struct __attribute__((packed)) {
+        uint32_t request;
+        uint64_t argument;
+    } call = {static_cast<uint32_t>(request), argument};
+    Head head = {sizeof call, static_cast<uint32_t>(Kind::DeviceIoctl)};
+    iovec parts[] = {{&head, sizeof head}, {&call, sizeof call}};
+    int result = -1;
+    int error = 0;
+    if (!sendAll(descriptor, parts, 2) || !converse(descriptor, &result, &error)) {
+        // Half a dialogue must not be taken for the next one's beginning.
+        const int reason = errno;
+        shutdown(descriptor, SHUT_RDWR);
+        errno = reason;
+        return failLost();
+    }
+    if (result < 0) return fail(error);
+    return finish(result, savedErrno);
+}
+
+}  // namespace qvs::preload

@@ -1,0 +1,208 @@
+// The functions of the C library that the interposer stands in for. Each does its own work for the host's
+// devices and for its shell, and passes everything else to the next library's function of that name.
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/ioctl.h>
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdlib>
+#include <cstring>
+
+#include "preload/device.h"
+#include "wire/protocol.h"
+
+namespace {
+
+using Arguments = char *const[];
+using SpawnFunction = int(pid_t *, const char *, const posix_spawn_file_actions_t *,
+                          const posix_spawnattr_t *, char *const *, char *const *);
+
+// What comes after us in the order of libraries.
+struct Next {
+    int (*open)(const char *, int, ...);
+    int (*open64)(const char *, int, ...);
+    int (*openat)(int, const char *, int, ...);
+    int (*openat64)(int, const char *, int, ...);
+    int (*open2)(const char *, int);
+    int (*open642)(const char *, int);
+    int (*openat2)(int, const char *, int);
+    int (*openat642)(int, const char *, int);
+    int (*ioctl)(int, unsigned long, ...);
+    int (*execve)(const char *, char *const *, char *const *);
+    int (*execv)(const char *, char *const *);
+    int (*execvp)(const char *, char *const *);
+    int (*execvpe)(const char *, char *const *, char *const *);
+    SpawnFunction *spawn;
+    SpawnFunction *spawnp;
+};
+Next found;
+std::atomic<bool> searched;
+
+template <typename Function>
+void find(Function *&function, const char *name) {
+    function = reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+// At load, or at the first call from a library that is initialised earlier; racing threads find the same.
+__attribute__((constructor)) void findAll() {
+    find(found.open, "open");
+    find(found.open64, "open64");
+    find(found.openat, "openat");
+    find(found.openat64, "openat64");
+    find(found.open2, "__open_2");
+    find(found.open642, "__open64_2");
+    find(found.openat2, "__openat_2");
+    find(found.openat642, "__openat64_2");
+    find(found.ioctl, "ioctl");
+    find(found.execve, "execve");
+    find(found.execv, "execv");
+    find(found.execvp, "execvp");
+    find(found.execvpe, "execvpe");
+    find(found.spawn, "posix_spawn");
+    find(found.spawnp, "posix_spawnp");
+    searched.store(true, std::memory_order_release);
+}
+
+const Next &next() {
+    if (!searched.load(std::memory_order_acquire)) findAll();
+    return found;
+}
+
+// The shell lives under a fixed name that this machine does not have.
+const char *program(const char *path) {
+    if (path == nullptr || strcmp(path, "/bin/treesh") != 0) return path;
+    const char *shell = getenv(qvs::wire::kTreeshVariable);
+    return shell == nullptr || *shell == '\0' ? path : shell;
+}
+
+// The mode is there only when a file may be created.
+mode_t modeOf(int flags, va_list arguments) {
+    if ((flags & O_CREAT) == 0 && (flags & O_TMPFILE) != O_TMPFILE) return 0;
+    return va_arg(arguments, mode_t);
+}
+
+// Requests that the kernel serves itself for every descriptor, before any device sees them.
+bool concernsDescriptor(unsigned long request) {
+    return request == FIOCLEX || request == FIONCLEX;
+}
+
+}  // namespace
+
+// The headers declare these functions with attributes and redirections of their own (a path that is "never
+// null"), so ours have other names here and get theirs from the assembler.
+#pragma GCC visibility push(default)
+extern "C" {
+int interposedOpen(const char *path, int flags, ...) __asm__("open");
+int interposedOpen64(const char *path, int flags, ...) __asm__("open64");
+int interposedOpenat(int directory, const char *path, int flags, ...) __asm__("openat");
+int interposedOpenat64(int directory, const char *path, int flags, ...) __asm__("openat64");
+int interposedOpen2(const char *path, int flags) __asm__("__open_2");
+int interposedOpen642(const char *path, int flags) __asm__("__open64_2");
+int interposedOpenat2(int directory, const char *path, int flags) __asm__("__openat_2");
+int interposedOpenat642(int directory, const char *path, int flags) __asm__("__openat64_2");
+int interposedIoctl(int descriptor, unsigned long request, ...) __asm__("ioctl");
+int interposedExecve(const char *path, Arguments arguments, Arguments environment) __asm__("execve");
+int interposedExecv(const char *path, Arguments arguments) __asm__("execv");
+int interposedExecvp(const char *path, Arguments arguments) __asm__("execvp");
+int interposedExecvpe(const char *path, Arguments arguments, Arguments environment) __asm__("execvpe");
+SpawnFunction interposedSpawn __asm__("posix_spawn");
+SpawnFunction interposedSpawnp __asm__("posix_spawnp");
+}
+#pragma GCC visibility pop
+
+using qvs::preload::controlDevice;
+using qvs::preload::isDevice;
+using qvs::preload::isDevicePath;
+using qvs::preload::openDevice;
+
+int interposedOpen(const char *path, int flags, ...) {
+    if (isDevicePath(path)) return openDevice(path, flags);
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = modeOf(flags, arguments);
+    va_end(arguments);
+    return next().open(path, flags, mode);
+}
+
+int interposedOpen64(const char *path, int flags, ...) {
+    if (isDevicePath(path)) return openDevice(path, flags);
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = modeOf(flags, arguments);
+    va_end(arguments);
+    return next().open64(path, flags, mode);
+}
+
+// A device path is absolute, so the directory does not matter.
+int interposedOpenat(int directory, const char *path, int flags, ...) {
+    if (isDevicePath(path)) return openDevice(path, flags);
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = modeOf(flags, arguments);
+    va_end(arguments);
+    return next().openat(directory, path, flags, mode);
+}
+
+int interposedOpenat64(int directory, const char *path, int flags, ...) {
+    if (isDevicePath(path)) return openDevice(path, flags);
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = modeOf(flags, arguments);
+    va_end(arguments);
+    return next().openat64(directory, path, flags, mode);
+}
+
+// What programs call that were compiled with buffer checks.
+int interposedOpen2(const char *path, int flags) {
+    return isDevicePath(path) ? openDevice(path, flags) : next().open2(path, flags);
+}
+
+int interposedOpen642(const char *path, int flags) {
+    return isDevicePath(path) ? openDevice(path, flags) : next().open642(path, flags);
+}
+
+int interposedOpenat2(int directory, const char *path, int flags) {
+    return isDevicePath(path) ? openDevice(path, flags) : next().openat2(directory, path, flags);
+}
+
+int interposedOpenat642(int directory, const char *path, int flags) {
+    return isDevicePath(path) ? openDevice(path, flags) : next().openat642(directory, path, flags);
+}
+
+int interposedIoctl(int descriptor, unsigned long request, ...) {
+    va_list arguments;
+    va_start(arguments, request);
+    void *argument = va_arg(arguments, void *);
+    va_end(arguments);
+    if (concernsDescriptor(request) || !isDevice(descriptor))
+        return next().ioctl(descriptor, request, argument);
+    return controlDevice(descriptor, request, reinterpret_cast<uint64_t>(argument));
+}
+
+int interposedExecve(const char *path, Arguments arguments, Arguments environment) {
+    return next().execve(program(path), arguments, environment);
+}
+
+int interposedExecv(const char *path, Arguments arguments) {
+    return next().execv(program(path), arguments);
+}
+
+int interposedExecvp(const char *path, Arguments arguments) {
+    return next().execvp(program(path), arguments);
+}
+
+int interposedExecvpe(const char *path, Arguments arguments, Arguments environment) {
+    return next().execvpe(program(path), arguments, environment);
+}
+
+int interposedSpawn(pid_t *pid, const char *path, const posix_spawn_file_actions_t *actions,
+                    const posix_spawnattr_t *attributes, char *const *arguments, char *const *environment) {
+    return next().spawn(pid, program(path), actions, attributes, arguments, environment);
+}
+
+int interposedSpawnp(pid_t *pid, const char *path, const posix_spawn_file_actions_t *actions,
+                     const posix_spawnattr_t *attributes, char *const *arguments, char *const *environment) {
+    return next().spawnp(pid, program(path), actions, attributes, arguments, environment);
+}

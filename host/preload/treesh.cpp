@@ -1,0 +1,49 @@
+// treesh: the kernel information shell. It carries its arguments to the emulated kernel, prints what comes
+// back and exits with the kernel's code. Programs run it several times per operation, so it does nothing
+// else.
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <string>
+
+#include "wire/client.h"
+
+namespace {
+
+void print(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = write(descriptor, text.data(), text.size());
+        if (written < 0 && errno != EINTR) return;
+        if (written > 0) text.remove_prefix(static_cast<size_t>(written));
+    }
+}
+
+int complain(std::string_view text) {
+    print(STDERR_FILENO, text);
+    return 1;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    using namespace qvs::wire;
+    Client kernel;
+    if (!kernel.connectToHost()) return complain("treesh: no hypercore\n");
+
+    Writer request(Kind::Shell);
+    request.u32(argc > 0 ? static_cast<uint32_t>(argc - 1) : 0);
+    for (int i = 1; i < argc; ++i)
+        request.text(argv[i]);
+    std::string payload;
+    if (!kernel.call(request, &payload)) return complain("treesh: connection lost\n");
+
+    Reader reply(payload);
+    const uint32_t code = reply.u32();
+    const std::string_view output = reply.text();
+    const std::string_view errors = reply.text();
+    if (!reply.complete()) return complain("treesh: broken answer\n");
+    print(STDOUT_FILENO, output);
+    print(STDERR_FILENO, errors);
+    return static_cast<int>(code);
+}
