@@ -1,0 +1,121 @@
+// How creating, loading, dumping and listing grow with the number of ports of a switch.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <qvs/qvs.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+extern char **environ;
+
+namespace {
+
+constexpr char kAlias[] = "big";
+constexpr uint32_t kVersion = 105;
+
+void require(HYP_ReturnStatus status, const char *what) {
+    if (status == HYP_OK) return;
+    fprintf(stderr, "growth: %s: %s (0x%x)\n", what, ReturnStatusToString(status), status);
+    exit(1);
+}
+
+void create(uint32_t ports) {
+    require(VSDVS_CreateVSwitch(kAlias, nullptr, nullptr, kVersion, 0, ports, 0, ports), "create");
+}
+
+void destroy() {
+    require(DVSLoadConfig(), "load");
+    require(VSDVS_DestroyVSwitch(kAlias), "destroy");
+}
+
+// The one switch of the host, with this many ports, freshly loaded. Cases of one size run one after another
+// and share it.
+void hold(uint32_t ports) {
+    static uint32_t held = 0;
+    if (held == ports) return;
+    if (held != 0) destroy();
+    if (ports != 0) create(ports);
+    require(DVSLoadConfig(), "load");
+    held = ports;
+}
+
+uint32_t portsOf(const benchmark::State &state) {
+    return static_cast<uint32_t>(state.range(0));
+}
+
+void createSwitch(benchmark::State &state) {
+    hold(0);
+    for (auto _ : state) {
+        create(portsOf(state));
+        state.PauseTiming();
+        destroy();
+        state.ResumeTiming();
+    }
+}
+
+// The kernel keeps its snapshot until something changes; a change before each load makes it build a new one.
+void loadSnapshot(benchmark::State &state) {
+    hold(portsOf(state));
+    unsigned char change = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        ++change;
+        require(VSDVS_SetGlobProp(kAlias, "bench.change", &change, 1, nullptr, 1), "change");
+        state.ResumeTiming();
+        require(DVSLoadConfig(), "load");
+    }
+}
+
+void dumpSwitch(benchmark::State &state) {
+    hold(portsOf(state));
+    for (auto _ : state) {
+        char *text = nullptr;
+        require(NetDVS_Dump(kAlias, &text), "dump");
+        NetDVS_FreeMemory(text);
+    }
+}
+
+// A whole process of the tool, from its start to its end.
+void listPorts(benchmark::State &state) {
+    hold(portsOf(state));
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    for (auto _ : state) {
+        const char *const words[] = {"qvs", "port", "list", kAlias, nullptr};
+        pid_t child = 0;
+        int result =
+            posix_spawnp(&child, "qvs", &actions, nullptr, const_cast<char *const *>(words), environ);
+        if (result != 0 || waitpid(child, &result, 0) != child || result != 0) {
+            state.SkipWithError("qvs port list failed");
+            break;
+        }
+    }
+    posix_spawn_file_actions_destroy(&actions);
+}
+
+void addCase(const char *name, void (*function)(benchmark::State &), int ports, int repetitions) {
+    benchmark::RegisterBenchmark(name, function)
+        ->Arg(ports)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime()
+        ->Iterations(1)
+        ->Repetitions(repetitions);
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    benchmark::Initialize(&argc, argv);
+    for (const int ports : {1000, 10000, 100000}) {
+        addCase("growth/create", createSwitch, ports, 3);
+        addCase("growth/load", loadSnapshot, ports, 15);
+        addCase("growth/dump", dumpSwitch, ports, 15);
+        if (ports == 10000) addCase("growth/qvs port list", listPorts, ports, 31);
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
