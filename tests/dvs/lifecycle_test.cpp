@@ -1,0 +1,333 @@
+// Switches: what creating one stores and runs, what a failing step undoes, which names are refused,
+// destroying.
+#include <gtest/gtest.h>
+#include <qvs/dvs.h>
+#include <qvs/mesh_public.h>
+#include <qvs/netdvs.h>
+#include <qvs/vsdvs.h>
+
+#include <string>
+#include <vector>
+
+#include "support/bytes.h"
+#include "support/host.h"
+#include "support/intercept.h"
+
+namespace qvs::test {
+namespace {
+
+const std::string kZeros128(256, '0');
+
+std::string ordinaryPort(const std::string &name, const std::string &nameHex) {
+    const std::string port = "id port " + name;
+    return port + "\n" + port + " com.quillon.common.port.alias 16 " + nameHex + "\n" +  //
+           port + " com.quillon.common.port.block 16 66616c736500\n" +                   //
+           port + " com.quillon.common.port.connectid 16 01000000\n" +                   //
+           port + " com.quillon.common.port.statistics 32 " + kZeros128 + "\n" +         //
+           port + " com.quillon.vswitch.port.vlan 8 0000000000000000\n";
+}
+
+std::string uplinkPort(const std::string &name, const std::string &nameHex) {
+    std::string lines = ordinaryPort(name, nameHex);
+    // A trunk of one range, VLANs 1 to 4094.
+    return lines.replace(lines.size() - 17, 16,
+                         "0100000000000100"
+                         "0100fe0f");
+}
+
+TEST(Switch, StoredFromNothingButAnAlias) {
+    CallsReset reset;
+    ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", nullptr, nullptr, 105, 0, 0, 0, 0), 0);
+    ASSERT_EQ(calls().commands.size(), 1u);
+    EXPECT_EQ(calls().commands[0], "/bin/treesh -e set /net/create sw1 \"128\n\" vswitch 2>/dev/null");
+    EXPECT_EQ(
+        hostState(),
+        "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00 global com.quillon.common.alias 16 73773100\n"
+        "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00 global com.quillon.common.opaqueDvs 16 "
+        "66616c736500\n"
+        "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00 global com.quillon.common.version 16 69000000\n"
+        "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00 host com.quillon.common.host.portset 16 73773100\n"
+        "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00 vswitch 128 105\n"
+        "portset sw1\n");
+}
+
+TEST(Switch, StoredWithEverythingGiven) {
+    CallsReset reset;
+    ASSERT_STATUS(VSDVS_CreateVSwitch("sw 1", "id", "ps.1", 0x01020304, 0x80, 4, 2, 2), 0);
+    ASSERT_EQ(calls().commands.size(), 1u);
+    EXPECT_EQ(calls().commands[0], "/bin/treesh -e set /net/create ps.1 \"4\n\" vswitch 2>/dev/null");
+    const std::string zeros74(148, '0'), zeros41(82, '0');
+    EXPECT_EQ(hostState(),
+              "id global com.quillon.common.alias 16 7377203100\n"
+              "id global com.quillon.common.opaqueDvs 16 7472756500\n"
+              "id global com.quillon.common.uplinkPorts 16 02000000"
+              "75706c696e6b30" +
+                  zeros74 + "75706c696e6b31" + zeros74 +
+                  "\n"
+                  "id global com.quillon.common.version 16 04030201\n"
+                  "id host com.quillon.common.host.portset 16 70732e3100\n"
+                  "id host com.quillon.common.host.uplinkPorts 16 02000000"
+                  "75706c696e6b30" +
+                  zeros41 + "75706c696e6b31" + zeros41 + "\n" + ordinaryPort("port0", "706f72743000") +
+                  ordinaryPort("port1", "706f72743100") + uplinkPort("uplink0", "75706c696e6b3000") +
+                  uplinkPort("uplink1", "75706c696e6b3100") +
+                  "id vswitch 4 16909060\n"
+                  "portset ps.1\n");
+}
+
+// The requests of creating "sw1" with two uplinks and two ports, in order. Each line stands for itself and
+// for what undoes it when the line after it fails.
+constexpr const char *kCreation[] = {
+    R"(shell treesh -e set /net/create sw1 "128\n" vswitch)",
+    R"(state SwitchAdd switch="id" class="vswitch" maxPorts=128 version=105)",
+    R"(state GlobalPropSet switch="id" key="com.quillon.common.alias" length=4 type=16)",
+    R"(state GlobalPropSet switch="id" key="com.quillon.common.version" length=4 type=16)",
+    R"(state GlobalPropSet switch="id" key="com.quillon.common.opaqueDvs" length=6 type=16)",
+    R"(state HostPropSet switch="id" key="com.quillon.common.host.portset" length=4 type=16)",
+    R"(state SwitchAssociate switch="id")",
+    R"(state PortAdd switch="id" port="uplink0" length=*)",
+    R"(state PortAdd switch="id" port="uplink1" length=*)",
+    R"(state GlobalPropSet switch="id" key="com.quillon.common.uplinkPorts" length=166 type=16)",
+    R"(state HostPropSet switch="id" key="com.quillon.common.host.uplinkPorts" length=100 type=16)",
+    R"(state PortAdd switch="id" port="port0" length=*)",
+    R"(state PortAdd switch="id" port="port1" length=*)",
+};
+
+constexpr const char *kDestroyPortset = "shell treesh -e set /net/portsets/sw1/destroy destroy";
+constexpr const char *kRemoveSwitch = R"(state SwitchRemove switch="id")";
+constexpr const char *kDissociate = R"(state SwitchDissociate switch="id")";
+constexpr const char *kClearNames =
+    R"(state GlobalPropClear switch="id" key="com.quillon.common.uplinkPorts")";
+constexpr const char *kRemoveUplink0 = R"(state PortRemove switch="id" port="uplink0")";
+constexpr const char *kRemoveUplink1 = R"(state PortRemove switch="id" port="uplink1")";
+
+// What follows the failure of each line of kCreation.
+const std::vector<const char *> kUndo[] = {
+    {},
+    {kDestroyPortset},
+    {kRemoveSwitch, kDestroyPortset},
+    {kRemoveSwitch, kDestroyPortset},
+    {kRemoveSwitch, kDestroyPortset},
+    {kRemoveSwitch, kDestroyPortset},
+    {kRemoveSwitch, kDestroyPortset},
+    {kDissociate, kRemoveSwitch, kDestroyPortset},
+    {kRemoveUplink0, kDissociate, kRemoveSwitch, kDestroyPortset},
+    {kRemoveUplink1, kRemoveUplink0, kDissociate, kRemoveSwitch, kDestroyPortset},
+    {kClearNames, kRemoveUplink1, kRemoveUplink0, kDissociate, kRemoveSwitch, kDestroyPortset},
+    {kDissociate, kRemoveSwitch, kDestroyPortset},
+    {kDissociate, kRemoveSwitch, kDestroyPortset},
+};
+static_assert(std::size(kCreation) == std::size(kUndo));
+
+uint32_t create() {
+    return VSDVS_CreateVSwitch("sw1", "id", nullptr, 105, 0, 0, 2, 2);
+}
+
+// The trace without answers.
+std::vector<std::string> requests() {
+    const std::string trace = maskLengths(takeTrace(), "PortAdd");
+    std::vector<std::string> lines;
+    for (size_t begin = 0, end; (end = trace.find('\n', begin)) != std::string::npos; begin = end + 1) {
+        lines.push_back(trace.substr(begin, trace.find(" -> ", begin) - begin));
+    }
+    return lines;
+}
+
+TEST(Switch, EachFailingStepIsUndone) {
+    ASSERT_STATUS(VSDVS_CreateVSwitch("bystander", nullptr, nullptr, 105, 0, 0, 1, 1), 0);
+    const std::string before = hostState();
+    for (size_t step = 0; step < std::size(kCreation); ++step) {
+        for (const int count : {1, kFromThenOn}) {
+            SCOPED_TRACE(std::string(kCreation[step]) + (count == 1 ? "" : ", from then on"));
+            const bool shell = step == 0;
+            if (shell) {
+                addFault("shell", R"("exit":1)", 1, count);
+            } else {
+                addFault("state ", R"("status":"0xbad00d7")", static_cast<int>(step), count);
+                if (count == kFromThenOn) addFault("shell", R"("exit":1)", 2, count);
+            }
+            clearTrace();
+            EXPECT_STATUS(create(), shell ? 0xbad0001 : 0xbad00d7);
+
+            std::vector<std::string> expected(kCreation, kCreation + step + 1);
+            expected.insert(expected.end(), kUndo[step].begin(), kUndo[step].end());
+            EXPECT_EQ(requests(), expected);
+            if (count == 1) {
+                EXPECT_EQ(hostState(), before);
+            } else {
+                resetHost();
+                ASSERT_STATUS(VSDVS_CreateVSwitch("bystander", nullptr, nullptr, 105, 0, 0, 1, 1), 0);
+            }
+        }
+    }
+    // And without a fault all of it happens, in this order.
+    clearFaults();
+    clearTrace();
+    EXPECT_STATUS(create(), 0);
+    EXPECT_EQ(requests(), std::vector<std::string>(std::begin(kCreation), std::end(kCreation)));
+}
+
+TEST(Switch, EveryResultOfTheShellButZeroIsAFailure) {
+    CallsReset reset;
+    for (const int result : {-1, 1 << 8, 127 << 8, 9, 1 << 16}) {
+        calls().systemResult = result;
+        EXPECT_STATUS(VSDVS_CreateVSwitch("sw1", nullptr, nullptr, 105, 0, 0, 0, 0), 0xbad0001) << result;
+    }
+    EXPECT_EQ(takeTrace().find("SwitchAdd"), std::string::npos);
+}
+
+TEST(Switch, TakenNamesLeaveTheirOwnerAlone) {
+    ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", "id", nullptr, 105, 0, 0, 1, 1), 0);
+    const std::string before = hostState();
+    EXPECT_STATUS(VSDVS_CreateVSwitch("sw1", "id2", nullptr, 105, 0, 0, 0, 0), 0xbad0001);
+    EXPECT_EQ(hostState(), before);
+    EXPECT_STATUS(VSDVS_CreateVSwitch("sw2", "id", nullptr, 105, 0, 0, 0, 0), 0xbad0005);
+    EXPECT_EQ(hostState(), before);
+    // More ports than there is room for.
+    EXPECT_STATUS(VSDVS_CreateVSwitch("sw3", "id3", nullptr, 105, 0, 3, 2, 2), 0xbad0006);
+    EXPECT_EQ(hostState(), before);
+}
+
+TEST(Switch, GeneratedIdentifierSpellsTheAlias) {
+    constexpr struct {
+        const char *alias, *id;
+    } kRows[] = {
+        {"a", "61 00 00 00 00 00 00 00-00 00 00 00 00 00 00 00"},
+        {"12345678", "31 32 33 34 35 36 37 38-00 00 00 00 00 00 00 00"},
+        {"abcdefghijklmno", "61 62 63 64 65 66 67 68-69 6a 6b 6c 6d 6e 6f 00"},
+        {"Abcdefghijklmnop", "41 62 63 64 65 66 67 68-69 6a 6b 6c 6d 6e 6f 00"},
+        {"\x80\xff\xc3\xa4", "80 ff c3 a4 00 00 00 00-00 00 00 00 00 00 00 00"},
+    };
+    for (const auto &[alias, id] : kRows) {
+        ASSERT_STATUS(VSDVS_CreateVSwitch(alias, nullptr, nullptr, 105, 0, 0, 0, 0), 0);
+        EXPECT_EQ(globalProp(id, "com.quillon.common.alias"), text(alias));
+        ASSERT_STATUS(DVSLoadConfig(), 0);
+        SwitchIdString found;
+        EXPECT_STATUS(DVSAliasToSwitchId(alias, found), 0);
+        EXPECT_STREQ(found, id);
+    }
+}
+
+// What would mean something to the shell or to the node path is refused before anything happens.
+TEST(Switch, PortsetNamesThatTheShellWouldInterpret) {
+    const std::string name300(300, 'n');
+    // The create line holds 58 characters beside the name, of 255; with a capacity of ten digits it holds 65.
+    const std::string name198(198, 'n'), name191(191, 'n');
+    const std::string before = hostState();
+    CallsReset reset;
+    for (const std::string name : {"",
+                                   " ",
+                                   "a b",
+                                   "a\tb",
+                                   "a\nb",
+                                   "a\x01"
+                                   "b",
+                                   "a\x7f"
+                                   "b",
+                                   "a'b",
+                                   "a\"b",
+                                   "a`id`",
+                                   "a;b",
+                                   "a&b",
+                                   "a|b",
+                                   "a<b",
+                                   "a>b",
+                                   "a(b",
+                                   "a)b",
+                                   "a$b",
+                                   "a\\b",
+                                   "a*b",
+                                   "a?b",
+                                   "a[b",
+                                   "a/b",
+                                   "/",
+                                   "-a",
+                                   "~a",
+                                   "#a",
+                                   ".",
+                                   "..",
+                                   name300.c_str(),
+                                   name198.c_str()}) {
+        SCOPED_TRACE(name);
+        EXPECT_STATUS(VSDVS_CreateVSwitch("sw1", nullptr, name.c_str(), 105, 0, 0, 1, 1), 0xbad0007);
+        EXPECT_STATUS(VSDVS_CreateVSwitch(name.c_str(), "id", nullptr, 105, 0, 0, 1, 1), 0xbad0007);
+    }
+    EXPECT_STATUS(VSDVS_CreateVSwitch("sw1", nullptr, name191.c_str(), 105, 0, 1234567890, 1, 1), 0xbad0007);
+    EXPECT_STATUS(VSDVS_CreateVSwitch(nullptr, "id", "ps", 105, 0, 0, 1, 1), 0xbad0007);
+    EXPECT_EQ(takeTrace(), "");
+    EXPECT_TRUE(calls().commands.empty());
+    EXPECT_EQ(hostState(), before);
+}
+
+TEST(Switch, PortsetNamesThatWork) {
+    const std::string name193(193, 'n');
+    const std::string before = hostState();
+    for (const std::string name :
+         {"a-b", "a.b", "a..b", ".a", "a~", "a#b", "a=b", "a]b", "a{b}", "a,b", "a:b", "a!b", "a%sb", "a@b",
+          "a^b", "schalter-\xc3\xa4\xff", name193.c_str()}) {
+        SCOPED_TRACE(name);
+        ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", "id", name.c_str(), 105, 0, 0, 1, 1), 0);
+        EXPECT_NE(hostState().find("portset " + name + "\n"), std::string::npos);
+        SwitchAliasName found;
+        EXPECT_STATUS(DVSPortsetNameToAlias(name.c_str(), found), 0);
+        EXPECT_STREQ(found, "sw1");
+        // A name of more than 127 characters does not come back whole.
+        if (name.size() < 128) {
+            EXPECT_STATUS(VSDVS_DestroyVSwitch("sw1"), 0);
+            EXPECT_EQ(hostState(), before);
+        } else {
+            resetHost();
+        }
+    }
+}
+
+TEST(Switch, DestroyingStopsAtTheFirstFailure) {
+    constexpr const char *kSteps[] = {kDissociate, kRemoveSwitch, kDestroyPortset};
+    for (size_t step = 0; step < std::size(kSteps); ++step) {
+        SCOPED_TRACE(kSteps[step]);
+        resetHost();
+        ASSERT_STATUS(create(), 0);
+        ASSERT_STATUS(DVSLoadConfig(), 0);
+        addFault(kSteps[step], step < 2 ? R"("status":"0xbad00d7")" : R"("exit":1)");
+        clearTrace();
+        EXPECT_STATUS(VSDVS_DestroyVSwitch("sw1"), step < 2 ? 0xbad00d7 : 0xbad0001);
+        EXPECT_EQ(requests(), std::vector<std::string>(kSteps, kSteps + step + 1));
+    }
+}
+
+TEST(Switch, DestroyingFromItsNames) {
+    const std::string before = hostState();
+    ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", "id", "ps1", 105, 0, 0, 2, 2), 0);
+    EXPECT_STATUS(VSDVS_DestroyVSwitch("sw1"), 0xbad0003);  // the snapshot does not know it yet
+    ASSERT_STATUS(DVSLoadConfig(), 0);
+    CallsReset reset;
+    EXPECT_STATUS(VSDVS_DestroyVSwitch("sw1"), 0);
+    ASSERT_EQ(calls().commands.size(), 1u);
+    EXPECT_EQ(calls().commands[0], "/bin/treesh -e set /net/portsets/ps1/destroy destroy 2> /dev/null");
+    EXPECT_EQ(hostState(), before);
+
+    // A switch of another class, and a stored name that nobody made through this library.
+    ASSERT_STATUS(DVSHYP_SwitchAdd("hub", "etherswitch", 8, 105), 0);
+    ASSERT_STATUS(DVSHYP_GlobalPropSet("hub", "com.quillon.common.alias", "hub", 4, 16), 0);
+    ASSERT_STATUS(DVSHYP_SwitchAdd("bad", "vswitch", 8, 105), 0);
+    ASSERT_STATUS(DVSHYP_GlobalPropSet("bad", "com.quillon.common.alias", "bad", 4, 16), 0);
+    ASSERT_STATUS(DVSHYP_HostPropSet("bad", "com.quillon.common.host.portset", "a;b", 4, 16), 0);
+    ASSERT_STATUS(DVSLoadConfig(), 0);
+    clearTrace();
+    EXPECT_STATUS(VSDVS_DestroyVSwitch("hub"), 0xbad0007);
+    EXPECT_STATUS(VSDVS_DestroyVSwitch("bad"), 0xbad0007);
+    EXPECT_STATUS(VSDVS_DestroyVSwitch("sw9"), 0xbad0003);
+    EXPECT_STATUS(VSDVS_DestroyVSwitch(nullptr), 0xbad0007);
+    EXPECT_EQ(takeTrace(), "");
+}
+
+// The capacity is printed as a signed number, which the kernel refuses.
+TEST(Switch, CapacityBeyondTheSignedRange) {
+    CallsReset reset;
+    EXPECT_STATUS(VSDVS_CreateVSwitch("sw1", nullptr, nullptr, 105, 0, 0xffffffff, 0, 0), 0xbad0001);
+    ASSERT_EQ(calls().commands.size(), 1u);
+    EXPECT_EQ(calls().commands[0], "/bin/treesh -e set /net/create sw1 \"-1\n\" vswitch 2>/dev/null");
+}
+
+}  // namespace
+}  // namespace qvs::test

@@ -1,0 +1,426 @@
+// The two uplink lists: bytes, order, limits, malformed lists, and undoing what cannot be finished.
+#include <gtest/gtest.h>
+#include <qvs/dvs.h>
+#include <qvs/mesh_public.h>
+#include <qvs/vsdvs.h>
+
+#include <string>
+#include <vector>
+
+#include "support/alloc_fault.h"
+#include "support/bytes.h"
+#include "support/host.h"
+
+namespace qvs::test {
+namespace {
+
+constexpr char kNamesKey[] = "com.quillon.common.uplinkPorts";
+constexpr char kPortsKey[] = "com.quillon.common.host.uplinkPorts";
+constexpr char kAliasKey[] = "com.quillon.common.port.alias";
+
+using Names = std::vector<std::string>;
+
+std::string list(const Names &entries, size_t entrySize) {
+    std::string bytes = u32(static_cast<uint32_t>(entries.size()));
+    for (const std::string &entry : entries)
+        bytes += field(entry, entrySize);
+    return bytes;
+}
+std::string names(const Names &entries) {
+    return list(entries, 81);
+}
+std::string ports(const Names &entries) {
+    return list(entries, 48);
+}
+
+class Uplinks : public testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", "id", nullptr, 105, 0, 16, 0, 1), 0);
+        ASSERT_STATUS(DVSLoadConfig(), 0);
+        clearTrace();
+    }
+
+    static void setUplinks(const Names &entries) {
+        ASSERT_STATUS(VSDVS_SetSwitchUplinkPorts("sw1", names(entries).data(), ports(entries).data()), 0);
+        clearTrace();
+    }
+
+    static void store(const std::optional<std::string> &nameList,
+                      const std::optional<std::string> &portList) {
+        const auto put = [](auto set, const char *key, const std::optional<std::string> &value) {
+            if (!value) return;
+            ASSERT_STATUS(set("id", key, value->data(), static_cast<uint32_t>(value->size()), 16), 0);
+        };
+        put(DVSHYP_GlobalPropSet, kNamesKey, nameList);
+        put(DVSHYP_HostPropSet, kPortsKey, portList);
+        clearTrace();
+    }
+
+    // What the getter answers: its status and the two lists ("-" for null, "?" for untouched).
+    static void expectGet(uint32_t status, const std::string &nameList, const std::string &portList) {
+        char untouched;
+        void *gotNames = &untouched, *gotPorts = &untouched;
+        EXPECT_STATUS(VSDVS_GetSwitchUplinkPorts("sw1", &gotNames, &gotPorts), status);
+        const auto shown = [&](void *value, size_t size) {
+            if (value == &untouched) return std::string("?");
+            return value == nullptr ? std::string("-") : bytesAt(value, size);
+        };
+        EXPECT_BYTES(shown(gotNames, nameList.size()), nameList);
+        EXPECT_BYTES(shown(gotPorts, portList.size()), portList);
+        if (gotNames != &untouched) VSDVS_FreeMemory(gotNames);
+        if (gotPorts != &untouched) VSDVS_FreeMemory(gotPorts);
+    }
+
+    static void expectStored(const std::optional<std::string> &nameList,
+                             const std::optional<std::string> &portList) {
+        EXPECT_BYTES(globalProp("id", kNamesKey).value_or("-"), nameList.value_or("-"));
+        EXPECT_BYTES(hostProp("id", kPortsKey).value_or("-"), portList.value_or("-"));
+    }
+};
+
+TEST_F(Uplinks, SettingStoresBothListsAndCreatesThePorts) {
+    const std::string name80(80, 'n'), port47(47, 'p');
+    const std::string nameList = names({"left", name80}), portList = ports({"left", port47});
+    ASSERT_STATUS(VSDVS_SetSwitchUplinkPorts("sw1", nameList.data(), portList.data()), 0);
+    EXPECT_EQ(
+        maskLengths(takeTrace(), "PortAdd"),
+        "state PortAdd switch=\"id\" port=\"left\" length=* -> 0x0\n"
+        "state PortAdd switch=\"id\" port=\"" +
+            port47 +
+            "\" length=* -> 0x0\n"
+            "state GlobalPropSet switch=\"id\" key=\"com.quillon.common.uplinkPorts\" length=166 type=16 -> "
+            "0x0\n"
+            "state HostPropSet switch=\"id\" key=\"com.quillon.common.host.uplinkPorts\" length=100 type=16 "
+            "-> 0x0\n");
+    expectStored(nameList, portList);
+    EXPECT_EQ(portProp("id", "left", kAliasKey), text("left"));
+    EXPECT_EQ(portProp("id", port47.c_str(), kAliasKey), text(port47));
+    EXPECT_EQ(portProp("id", "left", "com.quillon.common.port.connectid"), u32(1));
+    EXPECT_BYTES(*portProp("id", "left", "com.quillon.vswitch.port.vlan"),
+                 hex("0100 0000 0000 0100 0100fe0f"));
+}
+
+TEST_F(Uplinks, SettingANumberMakesTheNames) {
+    ASSERT_STATUS(SetNumSwitchUplinkPortsByUUID("id", 3), 0);
+    expectStored(names({"uplink0", "uplink1", "uplink2"}), ports({"uplink0", "uplink1", "uplink2"}));
+    ASSERT_STATUS(VSDVS_CreateVSwitch("sw2", "id2", nullptr, 105, 0, 0, 0, 0), 0);
+    ASSERT_STATUS(SetNumSwitchUplinkPortsByUUID("id2", 0), 0);
+    EXPECT_EQ(globalProp("id2", kNamesKey), zeros(4));
+    EXPECT_EQ(hostProp("id2", kPortsKey), zeros(4));
+    EXPECT_STATUS(SetNumSwitchUplinkPortsByUUID("id9", 1), 0xbad0003);
+    EXPECT_STATUS(SetNumSwitchUplinkPortsByUUID(nullptr, 1), 0xbad0007);
+    // Lists whose 32-bit size would wrap.
+    clearTrace();
+    for (const uint32_t count : {0x03291620u, 0x05555556u, 0xffffffffu}) {
+        EXPECT_STATUS(SetNumSwitchUplinkPortsByUUID("id2", count), 0xbad0014);
+    }
+    EXPECT_EQ(takeTrace(), "");
+}
+
+TEST_F(Uplinks, FailingStepOfSettingIsUndone) {
+    const std::string before = hostState();
+    const std::string add0 = "state PortAdd switch=\"id\" port=\"a\" length=*";
+    const std::string add1 = "state PortAdd switch=\"id\" port=\"b\" length=*";
+    const std::string setNames =
+        "state GlobalPropSet switch=\"id\" key=\"com.quillon.common.uplinkPorts\" "
+        "length=166 type=16";
+    const std::string setPorts =
+        "state HostPropSet switch=\"id\" key=\"com.quillon.common.host.uplinkPorts\" "
+        "length=100 type=16";
+    const std::string clearNames =
+        "state GlobalPropClear switch=\"id\" key=\"com.quillon.common.uplinkPorts\"";
+    const std::string remove0 = "state PortRemove switch=\"id\" port=\"a\"";
+    const std::string remove1 = "state PortRemove switch=\"id\" port=\"b\"";
+    const std::vector<std::string> rows[] = {
+        {add0},
+        {add0, add1, remove0},
+        {add0, add1, setNames, remove1, remove0},
+        {add0, add1, setNames, setPorts, clearNames, remove1, remove0},
+    };
+    for (int nth = 1; nth <= 4; ++nth) {
+        for (const int count : {1, kFromThenOn}) {
+            SCOPED_TRACE(std::to_string(nth) + (count == 1 ? "" : ", from then on"));
+            addFault("state", R"("status":"0xbad00d7")", nth, count);
+            clearTrace();
+            EXPECT_STATUS(
+                VSDVS_SetSwitchUplinkPorts("sw1", names({"a", "b"}).data(), ports({"a", "b"}).data()),
+                0xbad00d7);
+            const auto &lines = rows[nth - 1];
+            std::string expected;
+            for (size_t i = 0; i < lines.size(); ++i) {
+                const bool fails = i + 1 == static_cast<size_t>(nth) ||
+                                   (count == kFromThenOn && i + 1 > static_cast<size_t>(nth));
+                expected += lines[i] + (fails ? " -> 0xbad00d7\n" : " -> 0x0\n");
+            }
+            EXPECT_EQ(maskLengths(takeTrace(), "PortAdd"), expected);
+            if (count == 1) {
+                EXPECT_EQ(hostState(), before);
+            } else {
+                resetHost();
+                SetUp();
+            }
+        }
+    }
+}
+
+TEST_F(Uplinks, GettingPutsTheNamesInPortOrder) {
+    setUplinks({"a", "b", "c"});
+    expectGet(0, names({"a", "b", "c"}), ports({"a", "b", "c"}));
+    EXPECT_EQ(takeTrace().find("state StateGet"), std::string::npos);
+
+    // The ports were given other names behind the lists' back: a carries c, b carries a, c carries b.
+    for (const auto &[port, alias] : {std::pair{"a", "c"}, {"b", "a"}, {"c", "b"}}) {
+        ASSERT_STATUS(VSDVS_SetPortProp("sw1", port, kAliasKey, alias, 2, nullptr, 1), 0);
+    }
+    expectGet(0, names({"c", "a", "b"}), ports({"a", "b", "c"}));
+    expectStored(names({"a", "b", "c"}), ports({"a", "b", "c"}));
+
+    // Length and bytes must agree: not a prefix, and not without the NUL.
+    for (const std::string &alias : {text("cc"), std::string("c"), text("")}) {
+        ASSERT_STATUS(VSDVS_SetPortProp("sw1", "a", kAliasKey, alias.data(),
+                                        static_cast<uint32_t>(alias.size()), nullptr, 1),
+                      0);
+        expectGet(0xbad0001, "-", "-");
+    }
+    ASSERT_STATUS(VSDVS_ClearPortProp("sw1", "a", kAliasKey, nullptr, 1), 0);
+    expectGet(0xbad0003, "-", "-");
+}
+
+TEST_F(Uplinks, MalformedListsAreAFailure) {
+    const std::string goodNames = names({"a", "b"}), goodPorts = ports({"a", "b"});
+    struct {
+        const char *name;
+        std::optional<std::string> nameList, portList;
+        uint32_t status;
+    } const rows[] = {
+        {"no lists", std::nullopt, std::nullopt, 0xbad0003},
+        {"no ports", goodNames, std::nullopt, 0xbad0003},
+        {"no names", std::nullopt, goodPorts, 0xbad0003},
+        {"empty names", "", goodPorts, 0xbad0001},
+        {"three bytes of names", zeros(3), goodPorts, 0xbad0001},
+        {"names one byte short", goodNames.substr(0, 165), goodPorts, 0xbad0001},
+        {"names one byte long", goodNames + '\0', goodPorts, 0xbad0001},
+        {"three bytes of ports", goodNames, zeros(3), 0xbad0001},
+        {"ports one byte short", goodNames, goodPorts.substr(0, 99), 0xbad0001},
+        {"ports one byte long", goodNames, goodPorts + '\0', 0xbad0001},
+        {"other counts", goodNames, ports({"a"}), 0xbad0001},
+        {"count whose size wraps to the stored one", u32(0x781948b1) + zeros(1), goodPorts, 0xbad0001},
+        {"largest count", u32(0xffffffff), u32(0xffffffff), 0xbad0001},
+    };
+    for (const auto &[name, nameList, portList, status] : rows) {
+        SCOPED_TRACE(name);
+        resetHost();
+        SetUp();
+        store(nameList, portList);
+        expectGet(status, "-", "-");
+        const std::string before = hostState();
+        if (status == 0xbad0001) {
+            EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", "new"), 0xbad0001);
+        }
+        EXPECT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "a"), status);
+        EXPECT_EQ(hostState(), before);
+    }
+}
+
+TEST_F(Uplinks, EmptyListsAreLists) {
+    store(zeros(4), zeros(4));
+    expectGet(0, zeros(4), zeros(4));
+    EXPECT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "a"), 0xbad0003);  // the port has no alias to read
+    EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", "a"), 0);
+    expectStored(names({"a"}), ports({"a"}));
+}
+
+// The kernel is asked for the identifier; the snapshot is not.
+TEST_F(Uplinks, GettingResolvesThroughTheKernel) {
+    setUplinks({"a"});
+    addFault("device ioctl", R"("errno":"EBUSY")");
+    expectGet(0xbad0004, "?", "?");
+    clearTrace();
+    expectGet(0, names({"a"}), ports({"a"}));
+    EXPECT_EQ(
+        takeTrace(),
+        "device open \"/dev/vswitch\" -> 0\n"
+        "device ioctl \"/dev/vswitch\" 0x1027 DVSAliasToSwitchId in=268 out=64 input=[0:737731] -> 0\n"
+        "device close \"/dev/vswitch\"\n"
+        "state GlobalPropGet switch=\"id\" key=\"com.quillon.common.uplinkPorts\" -> 0x0 length=85\n"
+        "state HostPropGet switch=\"id\" key=\"com.quillon.common.host.uplinkPorts\" -> 0x0 length=52\n"
+        "state PortDataGet switch=\"id\" port=\"a\" key=\"com.quillon.common.port.alias\" -> 0x0 length=2\n");
+    for (const char *step : {"GlobalPropGet", "HostPropGet", "PortDataGet"}) {
+        SCOPED_TRACE(step);
+        addFault(step, R"("status":"0xbad00d7")");
+        expectGet(0xbad00d7, "-", "-");
+    }
+}
+
+TEST_F(Uplinks, GettingWithoutMemoryIsAnEmptySuccess) {
+    SKIP_WITHOUT_ALLOC_FAULT();
+    setUplinks({"a", "b"});
+    {
+        AllocFault fault(1);
+        expectGet(0, "-", "-");
+        EXPECT_EQ(fault.seen(), 1);
+    }
+    const std::string before = hostState();
+    {
+        AllocFault fault(1);
+        EXPECT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "a"), 0xbad0014);
+    }
+    EXPECT_EQ(hostState(), before);
+}
+
+TEST_F(Uplinks, AddingAppendsToBothLists) {
+    ASSERT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", "a"), 0);
+    expectStored(names({"a"}), ports({"a"}));
+    clearTrace();
+    ASSERT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", "b"), 0);
+    const std::string trace = maskLengths(takeTrace(), "PortAdd");
+    EXPECT_EQ(
+        trace.substr(trace.find("state PortAdd")),
+        "state PortAdd switch=\"id\" port=\"b\" length=* -> 0x0\n"
+        "state GlobalPropSet switch=\"id\" key=\"com.quillon.common.uplinkPorts\" length=166 type=16 -> 0x0\n"
+        "state HostPropSet switch=\"id\" key=\"com.quillon.common.host.uplinkPorts\" length=100 type=16 "
+        "-> 0x0\n");
+    const std::string name47(47, 'n');
+    ASSERT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", name47.c_str()), 0);
+    expectStored(names({"a", "b", name47}), ports({"a", "b", name47}));
+    expectGet(0, names({"a", "b", name47}), ports({"a", "b", name47}));
+    EXPECT_BYTES(*portProp("id", "b", "com.quillon.vswitch.port.vlan"), hex("0100 0000 0000 0100 0100fe0f"));
+
+    const std::string before = hostState();
+    for (const std::string &taken : {std::string("a"), std::string("b"), name47}) {
+        EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", taken.c_str()), 0xbad0005);
+    }
+    EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", "port0"), 0xbad0005);  // taken by a port that is no uplink
+    EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", nullptr), 0xbad0007);
+    EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw9", "x"), 0xbad0003);
+    EXPECT_EQ(hostState(), before);
+}
+
+TEST_F(Uplinks, FailingStepOfAddingIsUndone) {
+    for (const bool first : {true, false}) {
+        resetHost();
+        SetUp();
+        if (!first) setUplinks({"a"});
+        const std::string before = hostState();
+        const std::string oldNames =
+            first ? "state GlobalPropClear switch=\"id\" "
+                    "key=\"com.quillon.common.uplinkPorts\" -> 0x0\n"
+                  : "state GlobalPropSet switch=\"id\" "
+                    "key=\"com.quillon.common.uplinkPorts\" length=85 type=16 -> 0x0\n";
+        const std::string remove = "state PortRemove switch=\"id\" port=\"new\" -> 0x0\n";
+        struct {
+            const char *match;
+            std::string undo;
+        } const rows[] = {
+            {"state GlobalPropGet", ""},
+            {"state HostPropGet", ""},
+            {"state PortAdd", ""},
+            {"state GlobalPropSet", remove},
+            {"state HostPropSet", oldNames + remove},
+        };
+        for (const auto &[match, undo] : rows) {
+            SCOPED_TRACE(std::string(match) + (first ? ", first uplink" : ""));
+            addFault(match, R"("status":"0xbad00d7")");
+            clearTrace();
+            EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", "new"), 0xbad00d7);
+            const std::string trace = takeTrace();
+            const std::string failure = " -> 0xbad00d7\n";
+            ASSERT_NE(trace.find(failure), std::string::npos);
+            EXPECT_EQ(trace.substr(trace.find(failure) + failure.size()), undo);
+            EXPECT_EQ(hostState(), before);
+        }
+        // No allocation fails without the same.
+#ifndef QVS_TEST_SANITIZED
+        int allocations = 0;
+        {
+            AllocFault counting(0);
+            EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", "new"), 0);
+            allocations = counting.seen();
+        }
+        ASSERT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "new"), 0);
+        for (int nth = 1; nth <= allocations; ++nth) {
+            AllocFault fault(nth);
+            EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", "new"), 0xbad0014) << nth;
+        }
+        EXPECT_EQ(hostState(), before);
+#endif
+    }
+}
+
+TEST_F(Uplinks, RemovingMovesTheOthersUp) {
+    setUplinks({"a", "b", "c"});
+    ASSERT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "b"), 0);
+    const std::string trace = takeTrace();
+    EXPECT_EQ(
+        trace.substr(trace.find("state PortRemove")),
+        "state PortRemove switch=\"id\" port=\"b\" -> 0x0\n"
+        "state GlobalPropSet switch=\"id\" key=\"com.quillon.common.uplinkPorts\" length=166 type=16 -> 0x0\n"
+        "state HostPropSet switch=\"id\" key=\"com.quillon.common.host.uplinkPorts\" length=100 type=16 "
+        "-> 0x0\n");
+    expectStored(names({"a", "c"}), ports({"a", "c"}));
+    ASSERT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "a"), 0);
+    expectStored(names({"c"}), ports({"c"}));
+
+    // A port that is no uplink: a success that changes nothing.
+    const std::string before = hostState();
+    EXPECT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "port0"), 0);
+    // One whose alias is an uplink's name, but which is not in the host list.
+    ASSERT_STATUS(VSDVS_SetPortProp("sw1", "port0", kAliasKey, "c", 2, nullptr, 1), 0);
+    EXPECT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "port0"), 0);
+    ASSERT_STATUS(VSDVS_SetPortProp("sw1", "port0", kAliasKey, "port0", 6, nullptr, 1), 0);
+    EXPECT_EQ(hostState(), before);
+    EXPECT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "b"), 0xbad0003);  // no such port, so no alias
+    EXPECT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw9", "c"), 0xbad0003);
+    EXPECT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", nullptr), 0xbad0007);
+
+    clearTrace();
+    ASSERT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "c"), 0);
+    EXPECT_NE(takeTrace().find(
+                  "state PortRemove switch=\"id\" port=\"c\" -> 0x0\n"
+                  "state GlobalPropClear switch=\"id\" key=\"com.quillon.common.uplinkPorts\" -> 0x0\n"
+                  "state HostPropClear switch=\"id\" key=\"com.quillon.common.host.uplinkPorts\" -> 0x0\n"),
+              std::string::npos);
+    expectStored(std::nullopt, std::nullopt);
+    expectGet(0xbad0003, "-", "-");
+    EXPECT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "c"), 0xbad0003);
+}
+
+// The name is found by the port's alias, the port by its identifier.
+TEST_F(Uplinks, RemovingARenamedUplink) {
+    setUplinks({"a", "b", "c"});
+    for (const auto &[port, alias] : {std::pair{"a", "c"}, {"b", "a"}, {"c", "b"}}) {
+        ASSERT_STATUS(VSDVS_SetPortProp("sw1", port, kAliasKey, alias, 2, nullptr, 1), 0);
+    }
+    ASSERT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "b"), 0);
+    expectStored(names({"c", "b"}), ports({"a", "c"}));
+}
+
+TEST_F(Uplinks, RemovingStopsAtTheFirstFailure) {
+    for (const char *match : {"state PortRemove", "state GlobalPropSet", "state HostPropSet"}) {
+        SCOPED_TRACE(match);
+        resetHost();
+        SetUp();
+        setUplinks({"a", "b"});
+        addFault(match, R"("status":"0xbad00d7")");
+        EXPECT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "a"), 0xbad00d7);
+        const std::string trace = takeTrace();
+        EXPECT_EQ(trace.rfind("-> 0xbad00d7\n"), trace.size() - 13);
+    }
+}
+
+TEST_F(Uplinks, ClearingLeavesThePortsAndForgivesEverything) {
+    setUplinks({"a"});
+    ASSERT_STATUS(VSDVS_ClearSwitchUplinkPorts("sw1"), 0);
+    EXPECT_EQ(takeTrace(),
+              "state HostPropClear switch=\"id\" key=\"com.quillon.common.host.uplinkPorts\" -> 0x0\n"
+              "state GlobalPropClear switch=\"id\" key=\"com.quillon.common.uplinkPorts\" -> 0x0\n");
+    EXPECT_EQ(portProp("id", "a", kAliasKey), text("a"));
+    EXPECT_STATUS(VSDVS_ClearSwitchUplinkPorts("sw1"), 0);
+    addFault("PropClear", R"("status":"0xbad00d7")", 1, kFromThenOn);
+    EXPECT_STATUS(VSDVS_ClearSwitchUplinkPorts("sw1"), 0);
+    EXPECT_STATUS(VSDVS_ClearSwitchUplinkPorts("sw9"), 0xbad0003);
+}
+
+}  // namespace
+}  // namespace qvs::test

@@ -1,0 +1,91 @@
+// The program's own malloc, calloc and realloc: the C library's, but for the call that is to fail.
+#include "support/alloc_fault.h"
+
+#include <link.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+namespace qvs::test {
+namespace {
+
+// Where libqvs's code lies.
+uintptr_t textBegin = 0;
+uintptr_t textEnd = 0;
+
+std::atomic<bool> armed = false;
+std::atomic<int> countdown = 0;
+std::atomic<bool> fromThenOn = false;
+std::atomic<int> calls = 0;
+
+int findLibrary(dl_phdr_info *info, size_t, void *) {
+    if (std::strstr(info->dlpi_name, "/libqvs.so") == nullptr) return 0;
+    for (int i = 0; i < info->dlpi_phnum; ++i) {
+        const auto &segment = info->dlpi_phdr[i];
+        if (segment.p_type != PT_LOAD || (segment.p_flags & PF_X) == 0) continue;
+        textBegin = info->dlpi_addr + segment.p_vaddr;
+        textEnd = textBegin + segment.p_memsz;
+    }
+    return 1;
+}
+
+// Whether the allocation that returns to `caller` is to fail.
+[[maybe_unused]] bool allocationFails(const void *caller) {
+    if (!armed.load(std::memory_order_relaxed)) return false;
+    const auto address = reinterpret_cast<uintptr_t>(caller);
+    if (address < textBegin || address >= textEnd) return false;
+    ++calls;
+    const int left = --countdown;
+    if (left > 0 || (left < 0 && !fromThenOn)) return false;
+    errno = ENOMEM;
+    return true;
+}
+
+}  // namespace
+
+AllocFault::AllocFault(int nth, Mode mode) {
+    dl_iterate_phdr(findLibrary, nullptr);
+    calls = 0;
+    countdown = nth == 0 ? 1 << 30 : nth;
+    fromThenOn = mode == kFromThenOn;
+    armed = true;
+}
+
+AllocFault::~AllocFault() {
+    armed = false;
+}
+
+int AllocFault::seen() const {
+    return calls;
+}
+
+}  // namespace qvs::test
+
+#ifndef QVS_TEST_SANITIZED
+
+using qvs::test::allocationFails;
+
+extern "C" {
+
+void *__libc_malloc(size_t size);
+void *__libc_calloc(size_t count, size_t size);
+void *__libc_realloc(void *block, size_t size);
+
+__attribute__((visibility("default"))) void *malloc(size_t size) noexcept {
+    return allocationFails(__builtin_return_address(0)) ? nullptr : __libc_malloc(size);
+}
+
+__attribute__((visibility("default"))) void *calloc(size_t count, size_t size) noexcept {
+    return allocationFails(__builtin_return_address(0)) ? nullptr : __libc_calloc(count, size);
+}
+
+__attribute__((visibility("default"))) void *realloc(void *block, size_t size) noexcept {
+    return allocationFails(__builtin_return_address(0)) ? nullptr : __libc_realloc(block, size);
+}
+
+}  // extern "C"
+
+#endif

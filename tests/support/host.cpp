@@ -1,0 +1,180 @@
+// The emulated host as a test sees it.
+#include "support/host.h"
+
+#include <dirent.h>
+#include <gtest/gtest.h>
+#include <qvs/dvs.h>
+#include <qvs/mesh_public.h>
+
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <set>
+
+#include "support/bytes.h"
+#include "wire/client.h"
+
+namespace qvs::test {
+namespace {
+
+using nlohmann::json;
+
+// Where in the trace file the lines begin that no test has taken.
+size_t tracePosition = 0;
+
+std::string traceFile() {
+    // A control request is answered after everything before it is in the trace, closed devices included.
+    control(R"({"op":"status"})");
+    std::ifstream file("trace", std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+template <typename Get, typename... Where>
+std::optional<std::string> storedValue(Get get, Where... where) {
+    void *value = nullptr;
+    uint32_t length = 0;
+    if (get(where..., &value, &length) != HYP_OK) return std::nullopt;
+    std::string bytes = bytesAt(value, length);
+    DVSHYP_DataFree(value);
+    return bytes;
+}
+
+// A walk through a snapshot, one line for each thing there is.
+struct Walk {
+    std::set<std::string> *lines;
+    std::string path;
+
+    Walk at(std::string_view place) const { return {lines, path + " " + std::string(place)}; }
+};
+
+int addProperty(DVSData *data, void *context) {
+    const auto &walk = *static_cast<Walk *>(context);
+    const std::string key = DVSData_Name(data);
+    // What the kernel keeps up to date itself is its own business.
+    if (key.find(".volatile.") != std::string::npos) return 0;
+    const void *value = nullptr;
+    const uint32_t length = DVSData_Data(data, &value);
+    walk.lines->insert(walk.path + " " + key + " " + std::to_string(DVSData_PropType(data)) + " " +
+                       toHex(bytesAt(value, length)));
+    return 0;
+}
+
+int addPort(DVSPort *port, void *context) {
+    Walk walk = static_cast<Walk *>(context)->at(std::string("port ") + DVS_PortId(port));
+    walk.lines->insert(walk.path);
+    DVSState_PortDataForEach(port, addProperty, &walk);
+    return 0;
+}
+
+int addSwitch(DVSSwitch *sw, void *context) {
+    const Walk walk = {static_cast<std::set<std::string> *>(context), DVS_SwitchId(sw)};
+    walk.lines->insert(walk.path + " " + DVS_ClassName(sw) + " " + std::to_string(DVS_GetMaxPorts(sw)) + " " +
+                       std::to_string(DVS_Version(sw)));
+    Walk global = walk.at("global"), host = walk.at("host"), ports = walk;
+    DVSState_GlobalPropForEach(sw, addProperty, &global);
+    DVSState_HostPropForEach(sw, addProperty, &host);
+    DVSState_PortForEach(sw, addPort, &ports);
+    return 0;
+}
+
+}  // namespace
+
+std::string control(std::string_view request) {
+    static wire::Client client;
+    wire::Writer message(wire::Kind::Control);
+    message.text(request);
+    std::string payload;
+    if ((!client.connected() && !client.connectToHost()) || !client.call(message, &payload)) {
+        ADD_FAILURE() << "no answer from the host to " << request;
+        return "{}";
+    }
+    wire::Reader reader(payload);
+    std::string answer(reader.text());
+    if (!json::parse(answer).value("ok", false)) ADD_FAILURE() << request << ": " << answer;
+    return answer;
+}
+
+void addFault(std::string_view match, std::string_view action, int nth, int count) {
+    json request = json::parse("{" + std::string(action) + "}");
+    request["op"] = "fault.add";
+    request["match"] = match;
+    request["nth"] = nth;
+    request["count"] = count;
+    control(request.dump());
+}
+
+void clearFaults() {
+    control(R"({"op":"fault.clear"})");
+}
+
+void seed(std::string_view labJson) {
+    control(json{{"op", "seed"}, {"lab", json::parse(labJson)}}.dump());
+}
+
+void resetHost() {
+    clearFaults();
+    control(R"({"op":"reset"})");
+    EXPECT_EQ(DVSLoadConfig(), HYP_OK);
+    clearTrace();
+}
+
+std::string takeTrace() {
+    std::string trace = traceFile();
+    const size_t begin = std::min(tracePosition, trace.size());
+    tracePosition = trace.size();
+    return trace.substr(begin);
+}
+
+void clearTrace() {
+    takeTrace();
+}
+
+std::string maskLengths(std::string_view trace, std::string_view operation) {
+    const std::regex length("(" + std::string(operation) + " .*length=)[0-9]+");
+    return std::regex_replace(std::string(trace), length, "$1*");
+}
+
+std::string hostState() {
+    clearFaults();
+    EXPECT_EQ(DVSLoadConfig(), HYP_OK);
+    std::set<std::string> lines;
+    if (FILE *listing = popen("/bin/treesh -e ls /net/portsets", "r")) {
+        char name[512];
+        while (fgets(name, sizeof name, listing) != nullptr) {
+            lines.insert("portset " + std::string(name, strcspn(name, "/\n")));
+        }
+        pclose(listing);
+    }
+    DVSState_SwitchForEach(addSwitch, &lines);
+    clearTrace();
+    std::string state;
+    for (const std::string &line : lines)
+        state += line + "\n";
+    return state;
+}
+
+std::optional<std::string> globalProp(const char *switchId, const char *key) {
+    return storedValue(DVSHYP_GlobalPropGet, switchId, key);
+}
+
+std::optional<std::string> hostProp(const char *switchId, const char *key) {
+    return storedValue(DVSHYP_HostPropGet, switchId, key);
+}
+
+std::optional<std::string> portProp(const char *switchId, const char *portId, const char *key) {
+    return storedValue(DVSHYP_PortDataGet, switchId, portId, key);
+}
+
+int openDescriptors() {
+    int count = 0;
+    DIR *directory = opendir("/proc/self/fd");
+    while (readdir(directory) != nullptr)
+        ++count;
+    closedir(directory);
+    return count;
+}
+
+}  // namespace qvs::test
