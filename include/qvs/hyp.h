@@ -30,6 +30,15 @@
 #else
 #define QVS_ASSERT_SIZE(type, size) struct QvsLayoutNotChecked
 #endif
+#if defined(__cplusplus)
+#define QVS_ASSERT_OFFSET(type, member, offset) \
+    static_assert(offsetof(type, member) == (offset), "layout of " #type)
+#elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
+#define QVS_ASSERT_OFFSET(type, member, offset) \
+    _Static_assert(offsetof(type, member) == (offset), "layout of " #type)
+#else
+#define QVS_ASSERT_OFFSET(type, member, offset) struct QvsLayoutNotChecked
+#endif
 
 QVS_EXTERN_C_BEGIN
 

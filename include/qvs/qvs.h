@@ -2,6 +2,7 @@
 #ifndef QVS_QVS_H
 #define QVS_QVS_H
 
+#include <qvs/discovery.h>
 #include <qvs/dvs.h>
 #include <qvs/healthcheck.h>
 #include <qvs/hyp.h>

@@ -174,6 +174,406 @@ QVS_API HYP_ReturnStatus VSDVS_RemoveSwitchUplinkPort(const char *alias, const c
  */
 QVS_API HYP_ReturnStatus VSDVS_ClearSwitchUplinkPorts(const char *alias);
 
+/* ------------------------------------------------------------------------------------------------------- *
+ * What the typed operations below have in common
+ *
+ * They store packed little-endian records whose layouts are given here; the first line of each family names
+ * the keys and their class. A stored record of the wrong size gives HYP_FAILURE. A getter that hands out a
+ * pointer hands out the state library's own value, to be given back with VSDVS_FreeMemory; the pointer is
+ * null after a failure. A getter that fills a record of the caller touches it only on success, unless it says
+ * otherwise. A getter whose key was never set answers the default it names, or HYP_NOT_FOUND where it names
+ * none. Clearing what is not there is a success unless it says "as is".
+ * ------------------------------------------------------------------------------------------------------- */
+
+/* ------------------------------------------------------------------------------------------------------- *
+ * MTU: in the kernel's portset and on each of its NICs, and as two global numbers, class CONFIG
+ * ------------------------------------------------------------------------------------------------------- */
+
+/* The MTU of the portset in bytes, as the kernel's shell tells it. HYP_FAILURE: the shell told no number. */
+QVS_API HYP_ReturnStatus VSDVS_GetMTU(const char *alias, int *mtu);
+
+/*
+ * Sets the MTU, 1280 to 9000 bytes, on the first 32 NICs, then on the portset, then in the properties. A step
+ * that fails puts the old value back, last first. HYP_BAD_PARAM: out of range; nothing is done. HYP_FAILURE:
+ * a shell command failed.
+ */
+QVS_API HYP_ReturnStatus VSDVS_SetMTU(const char *alias, uint32_t mtu);
+
+/* ------------------------------------------------------------------------------------------------------- *
+ * Mirror sessions: one list for a port, one for the host's uplinks; class POLICY
+ *
+ * A list is a header, the sessions, and the entities of all sessions: 20 + 232 * sessions + 52 * entities
+ * bytes. The entities of a session are contiguous: destinations, sources of ingress, sources of egress. In
+ * all five operations a null or empty port means the list of the uplinks.
+ * ------------------------------------------------------------------------------------------------------- */
+
+#define VSDVS_MIRROR_MAGIC 0xfacebeefu
+#define VSDVS_MIRROR_VERSION 2u          /* typed sessions, which this library writes */
+#define VSDVS_MIRROR_VERSION_WILDCARD 1u /* the older form: masks in place of a type */
+
+/* Session types. */
+#define VSDVS_MIRROR_MIXDST 0u
+#define VSDVS_MIRROR_DVPORT 1u
+#define VSDVS_MIRROR_RMIRROR_SRC 2u
+#define VSDVS_MIRROR_RMIRROR_DST 3u
+#define VSDVS_MIRROR_ERMIRROR_SRC 4u
+#define VSDVS_MIRROR_LOGICAL_SPAN 5u
+
+/* Session flags. */
+#define VSDVS_MIRROR_DST_NO_OUTPUT 0x1u
+#define VSDVS_MIRROR_DST_NO_INPUT 0x2u
+#define VSDVS_MIRROR_DST_ORIG_VLAN 0x4u
+#define VSDVS_MIRROR_DST_ENCAP 0x8u
+#define VSDVS_MIRROR_LEGACY 0x10u
+#define VSDVS_MIRROR_DISABLED 0x20u
+
+/* Masks of the wildcard form. */
+#define VSDVS_MIRROR_WILD_VMM 0x1u
+#define VSDVS_MIRROR_WILD_PNIC 0x2u
+#define VSDVS_MIRROR_WILD_COS 0x4u
+#define VSDVS_MIRROR_WILD_TCPIP 0x8u
+#define VSDVS_MIRROR_WILD_TEST 0x10u
+
+typedef struct QVS_PACKED VSDVS_MirrorHeader {
+    uint32_t magic;
+    uint32_t version;
+    uint32_t sessionCount;
+    uint32_t entityCount;
+    uint32_t reserved; /* 0 */
+} VSDVS_MirrorHeader;
+QVS_ASSERT_SIZE(VSDVS_MirrorHeader, 20);
+
+typedef struct QVS_PACKED VSDVS_MirrorSession {
+    char sessionId[32];   /* zeros behind; no NUL when all 32 are used */
+    char displayName[84]; /* NUL-terminated */
+    uint32_t type;
+    int32_t snapLength; /* bytes kept of each frame; -1 keeps all */
+    uint32_t flags;
+    uint16_t encapVlan; /* with VSDVS_MIRROR_DST_ENCAP */
+    uint16_t wildIn;    /* wildcard form only */
+    uint16_t wildOut;   /* wildcard form only */
+    uint8_t reserved1[2];
+    uint32_t samplingRate;
+    uint8_t reserved2[8];
+    uint8_t mirrorStack; /* with VSDVS_MIRROR_ERMIRROR_SRC: non-zero is true */
+    uint8_t reserved3[67];
+    uint32_t dstEntities;
+    uint32_t srcInEntities;
+    uint32_t srcOutEntities;
+    uint32_t firstEntity; /* index of the session's first entity in the list's array */
+} VSDVS_MirrorSession;
+QVS_ASSERT_SIZE(VSDVS_MirrorSession, 232);
+QVS_ASSERT_OFFSET(VSDVS_MirrorSession, samplingRate, 136);
+QVS_ASSERT_OFFSET(VSDVS_MirrorSession, dstEntities, 216);
+
+/*
+ * What value holds depends on the session's type. Destinations: a NUL-terminated port or uplink name (MIXDST,
+ * DVPORT, RMIRROR_DST), 32 characters of text (RMIRROR_SRC), an address (ERMIRROR_SRC: byte 0 non-zero for
+ * IPv6, the 4 or 16 bytes from byte 4 in network order), 6 bytes of MAC address (LOGICAL_SPAN). Sources: a
+ * 16-bit VLAN id (RMIRROR_DST), otherwise a NUL-terminated port or uplink name.
+ */
+typedef struct QVS_PACKED VSDVS_MirrorEntity {
+    uint32_t word; /* not interpreted here */
+    uint8_t value[48];
+} VSDVS_MirrorEntity;
+QVS_ASSERT_SIZE(VSDVS_MirrorEntity, 52);
+
+/* Hands out the stored list. HYP_FAILURE also when the alias does not resolve. */
+QVS_API HYP_ReturnStatus VSDVS_GetDVMirrorSessions(const char *alias, const char *port, void **list);
+
+/* Replaces the list. HYP_BAD_PARAM, before the alias is resolved: a group of entities outside the array, or
+ * an entity count that is not the sum of the groups. */
+QVS_API HYP_ReturnStatus VSDVS_SetDVMirrorSessions(const char *alias, const char *port, const void *list);
+
+QVS_API HYP_ReturnStatus VSDVS_ClearDVMirrorSessions(const char *alias, const char *port);
+
+/* Adds the sessions of list, which stays as it is, behind the stored ones. HYP_EXISTS: one of the identifiers
+ * is stored already. HYP_BAD_PARAM as for setting. HYP_NO_MEMORY. Nothing is stored after a failure. */
+QVS_API HYP_ReturnStatus VSDVS_AppendDVMirrorSessions(const char *alias, const char *port, const void *list);
+
+/* Removes the first session with this identifier (32 characters are compared) and its entities; with the last
+ * session the key goes, as is. HYP_NOT_FOUND: no list or no such session. */
+QVS_API HYP_ReturnStatus VSDVS_RemoveDVMirrorSession(const char *alias, const char *port,
+                                                     const char *sessionId);
+
+/* ------------------------------------------------------------------------------------------------------- *
+ * VLAN: map, policy and priority of class POLICY, nested tagging of class CONFIG
+ * ------------------------------------------------------------------------------------------------------- */
+
+/* Port types of a private VLAN. */
+#define VSDVS_PVLAN_PROMISCUOUS 1u
+#define VSDVS_PVLAN_ISOLATED 2u
+#define VSDVS_PVLAN_COMMUNITY 3u
+
+typedef struct QVS_PACKED VSDVS_PrivateVLAN {
+    uint16_t primary;
+    uint16_t secondary;
+    uint8_t type;
+    uint8_t reserved[3];
+} VSDVS_PrivateVLAN;
+QVS_ASSERT_SIZE(VSDVS_PrivateVLAN, 8);
+
+typedef struct QVS_PACKED VSDVS_VLANRange {
+    uint16_t first;
+    uint16_t last; /* inclusive; equal to first for a single VLAN */
+} VSDVS_VLANRange;
+QVS_ASSERT_SIZE(VSDVS_VLANRange, 4);
+
+#define VSDVS_VLAN_TRUNK 0x1u    /* guest VLAN tagging */
+#define VSDVS_VLAN_PRIVATE 0x2u  /* the VLAN id is one of a private VLAN */
+#define VSDVS_VLAN_PRIORITY 0x4u /* a priority is stored beside the policy */
+
+/* The policy of a port; rangeCount trunk ranges of type VSDVS_VLANRange follow. */
+typedef struct QVS_PACKED VSDVS_PortVLAN {
+    uint16_t flags;
+    uint16_t vlan; /* 0 without a flag: no VLAN */
+    uint16_t reserved;
+    uint16_t rangeCount;
+} VSDVS_PortVLAN;
+QVS_ASSERT_SIZE(VSDVS_PortVLAN, 8);
+
+#define VSDVS_NO_PRIORITY 0xffffffffu
+
+/* Hands out the private-VLAN map and its number of entries. */
+QVS_API HYP_ReturnStatus VSDVS_GetPrivateVLANMap(const char *alias, void **map, uint32_t *count);
+
+/* Stores a map of count entries; a count of 0 clears it, as is. */
+QVS_API HYP_ReturnStatus VSDVS_SetPrivateVLANMap(const char *alias, const void *map, uint32_t count);
+
+/* Hands out the policy and fills in the priority, 0 when there is none. */
+QVS_API HYP_ReturnStatus VSDVS_GetPortVLANPolicy(const char *alias, const char *port, void **policy,
+                                                 uint32_t *priority);
+
+/*
+ * Stores a policy and keeps the priority in step.
+ *
+ *   vlan         VLAN id, not checked
+ *   priority     priority tag, 32 bits, or VSDVS_NO_PRIORITY
+ *   trunk        non-zero: guest VLAN tagging; without ranges all VLANs from 0 to 4094
+ *   privateVlan  non-zero: the id is one of a private VLAN
+ *   ranges       rangeCount VSDVS_VLANRange; stored with or without trunk
+ *
+ * HYP_NO_MEMORY. A priority that cannot be stored leaves the policy stored.
+ */
+QVS_API HYP_ReturnStatus VSDVS_SetPortVLANPolicy(const char *alias, const char *port, uint16_t vlan,
+                                                 uint32_t priority, uint8_t trunk, uint8_t privateVlan,
+                                                 const void *ranges, uint16_t rangeCount);
+
+/* Stores an empty policy and removes the priority. HYP_NO_MEMORY. */
+QVS_API HYP_ReturnStatus VSDVS_ClearPortVLANPolicy(const char *alias, const char *port);
+
+/* Whether nested VLAN tagging is on: 1 or 0, one byte; off when never set. */
+QVS_API HYP_ReturnStatus VSDVS_GetPortNestedVLANTagging(const char *alias, const char *port,
+                                                        uint8_t *enabled);
+QVS_API HYP_ReturnStatus VSDVS_SetPortNestedVLANTagging(const char *alias, const char *port, uint8_t enabled);
+
+/* ------------------------------------------------------------------------------------------------------- *
+ * Port security and the extra Ethernet filter, class CONFIG
+ * ------------------------------------------------------------------------------------------------------- */
+
+/* A set bit denies. */
+#define VSDVS_SECURITY_DENY_PROMISCUOUS 0x1u
+#define VSDVS_SECURITY_DENY_MAC_CHANGE 0x2u
+#define VSDVS_SECURITY_DENY_FORGED 0x4u
+
+/* What a filter lets in. */
+#define VSDVS_FILTER_UNICAST 0x1u
+#define VSDVS_FILTER_MULTICAST 0x2u
+#define VSDVS_FILTER_ALLMULTI 0x4u
+#define VSDVS_FILTER_BROADCAST 0x8u
+#define VSDVS_FILTER_PROMISC 0x10u
+#define VSDVS_FILTER_USE_LADRF 0x20u
+#define VSDVS_FILTER_SINK 0x10000u /* the port is a sink port */
+
+typedef struct QVS_PACKED VSDVS_ExtraEthFilter {
+    uint32_t flags;
+    uint16_t addressCount; /* with VSDVS_FILTER_MULTICAST */
+    uint8_t addresses[32][6];
+    uint8_t reserved[2];
+} VSDVS_ExtraEthFilter;
+QVS_ASSERT_SIZE(VSDVS_ExtraEthFilter, 200);
+
+/* The security mask; VSDVS_SECURITY_DENY_PROMISCUOUS when never set. */
+QVS_API HYP_ReturnStatus VSDVS_GetPortSecurity(const char *alias, const char *port, uint32_t *mask);
+
+/* HYP_BAD_PARAM, before the alias is resolved: a mask above 7. */
+QVS_API HYP_ReturnStatus VSDVS_SetPortSecurity(const char *alias, const char *port, const uint32_t *mask);
+
+/* Reads the filter into a VSDVS_ExtraEthFilter of the caller. HYP_FAILURE also when the alias does not
+ * resolve. */
+QVS_API HYP_ReturnStatus VSDVS_GetExtraEthFilter(const char *alias, const char *port, void *filter);
+QVS_API HYP_ReturnStatus VSDVS_SetExtraEthFilter(const char *alias, const char *port, const void *filter);
+QVS_API HYP_ReturnStatus VSDVS_ClearExtraEthFilter(const char *alias, const char *port);
+
+/* Whether the filter's sink bit is set: 1 or 0, one byte; off without a filter. */
+QVS_API HYP_ReturnStatus VSDVS_IsSinkPortEnabled(const char *alias, const char *port, uint8_t *enabled);
+
+/* Sets or clears the sink bit; a port without a filter gets one, of zeros when disabling. */
+QVS_API HYP_ReturnStatus VSDVS_ConfigureSinkPort(const char *alias, const char *port, uint8_t enable);
+
+/* ------------------------------------------------------------------------------------------------------- *
+ * Teaming, class CONFIG
+ * ------------------------------------------------------------------------------------------------------- */
+
+/* Load balancing. */
+#define VSDVS_BALANCE_NONE 0u
+#define VSDVS_BALANCE_SOURCE_IP 1u
+#define VSDVS_BALANCE_SOURCE_MAC 2u
+#define VSDVS_BALANCE_SOURCE_PORT 3u
+#define VSDVS_BALANCE_EXPLICIT 4u
+#define VSDVS_BALANCE_PORT_LOAD 5u
+
+/* What makes an uplink usable. */
+#define VSDVS_SELECT_LINK_STATE 0x80u
+#define VSDVS_SELECT_BEACON_STATE 0x20u
+
+/* What happens when the uplink changes. */
+#define VSDVS_BEHAVE_NOTIFY_SWITCH 0x20u
+#define VSDVS_BEHAVE_ROLLING_FAILOVER 0x08u
+#define VSDVS_BEHAVE_BEST_EFFORT 0x04u
+#define VSDVS_BEHAVE_SHOTGUN 0x10u
+
+#define VSDVS_TEAMING_MAX_UPLINKS 32u
+#define VSDVS_TEAMING_OVERRIDE_SIZE 81u
+#define VSDVS_LS_TEAMING_NAME_SIZE 136u
+#define VSDVS_LS_TEAMING_ENTRY_SIZE 2748u
+
+typedef struct QVS_PACKED VSDVS_TeamingPolicy {
+    uint32_t loadBalancing;
+    uint32_t linkSelection;
+    uint32_t word; /* not interpreted here, kept as given */
+    uint32_t linkBehaviour;
+    uint32_t activeCount;
+    uint32_t standbyCount; /* active and standby together at most 32 */
+    /* The active uplinks in order of preference, then the standby ones; each NUL-terminated. */
+    char uplinks[VSDVS_TEAMING_MAX_UPLINKS][81];
+} VSDVS_TeamingPolicy;
+QVS_ASSERT_SIZE(VSDVS_TeamingPolicy, 2616);
+
+/* The policy of a switch, a VSDVS_TeamingPolicy of the caller, by alias or by switch identifier. */
+QVS_API HYP_ReturnStatus VSDVS_GetTeamingPolicyFromDVSID(const char *switchId, void *policy);
+QVS_API HYP_ReturnStatus VSDVS_GetTeamingPolicy(const char *alias, void *policy);
+QVS_API HYP_ReturnStatus VSDVS_SetTeamingPolicy(const char *alias, const void *policy);
+QVS_API HYP_ReturnStatus VSDVS_ClearTeamingPolicy(const char *alias);
+
+/* The policy of a port. A stored record of 8 bytes or more is read as far as it goes, at most 2616 bytes of
+ * it. */
+QVS_API HYP_ReturnStatus VSDVS_GetPortTeamingPolicy(const char *alias, const char *port, void *policy);
+QVS_API HYP_ReturnStatus VSDVS_SetPortTeamingPolicy(const char *alias, const char *port, const void *policy);
+QVS_API HYP_ReturnStatus VSDVS_ClearPortTeamingPolicy(const char *alias, const char *port);
+
+/* The name of the policy that overrides a port's own: into 81 bytes of the caller, always terminated, and the
+ * empty name after a failure. A name to be set is stored whatever its length. */
+QVS_API HYP_ReturnStatus VSDVS_GetPortTeamingOverride(const char *alias, const char *port, char *name);
+QVS_API HYP_ReturnStatus VSDVS_SetPortTeamingOverride(const char *alias, const char *port, const char *name);
+QVS_API HYP_ReturnStatus VSDVS_ClearPortTeamingOverride(const char *alias, const char *port);
+
+/* The table of logical-switch policies: a 32-bit count and that many entries of 2748 bytes, not looked into.
+ */
+QVS_API HYP_ReturnStatus VSDVS_GetLSTeamingPolicyTableFromDVSID(const char *switchId, void **table);
+QVS_API HYP_ReturnStatus VSDVS_GetLSTeamingPolicyTable(const char *alias, void **table);
+QVS_API HYP_ReturnStatus VSDVS_SetLSTeamingPolicy(const char *alias, const void *table);
+QVS_API HYP_ReturnStatus VSDVS_ClearLSTeamingPolicy(const char *alias);
+
+/* A port's choice in that table: into 136 bytes of the caller, all zeros after a failure; a stored name that
+ * fills them has no NUL. */
+QVS_API HYP_ReturnStatus VSDVS_GetPortLSTeamingPolicyName(const char *alias, const char *port, char *name);
+QVS_API HYP_ReturnStatus VSDVS_SetPortLSTeamingPolicy(const char *alias, const char *port, const char *name);
+QVS_API HYP_ReturnStatus VSDVS_ClearPortLSTeamingPolicy(const char *alias, const char *port);
+
+/* Whether the port always transmits through its uplink: 1 or 0, one byte. */
+QVS_API HYP_ReturnStatus VSDVS_GetTxUplinkAlways(const char *alias, const char *port, uint8_t *always);
+QVS_API HYP_ReturnStatus VSDVS_SetTxUplinkAlways(const char *alias, const char *port, uint8_t always);
+
+/* ------------------------------------------------------------------------------------------------------- *
+ * MAC learning, class CONFIG; kept per host, but the port's own per port
+ * ------------------------------------------------------------------------------------------------------- */
+
+typedef struct QVS_PACKED VSDVS_MACLearning {
+    uint8_t agingTime[3]; /* 24 bits, seconds, at most 1000000 */
+    uint8_t reserved;     /* not interpreted here */
+    uint32_t macLimit;
+} VSDVS_MACLearning;
+QVS_ASSERT_SIZE(VSDVS_MACLearning, 8);
+
+typedef struct QVS_PACKED VSDVS_PortMACLearning {
+    uint8_t learning; /* non-zero: enabled */
+    uint8_t flooding; /* non-zero: enabled */
+    uint32_t macLimit;
+    uint32_t macLimitPolicy; /* 0: allow beyond the limit */
+} VSDVS_PortMACLearning;
+QVS_ASSERT_SIZE(VSDVS_PortMACLearning, 10);
+
+/* The record under the port's key; the operations exchange its last 10 bytes. */
+typedef struct QVS_PACKED VSDVS_PortMACManagement {
+    uint8_t macChange; /* non-zero: allowed; follows the port's security when it is stored */
+    VSDVS_PortMACLearning learning;
+} VSDVS_PortMACManagement;
+QVS_ASSERT_SIZE(VSDVS_PortMACManagement, 11);
+
+/* A VSDVS_MACLearning of the caller; never set: 600 seconds, 65536 addresses, and the reserved byte as it
+ * was. */
+QVS_API HYP_ReturnStatus VSDVS_GetMACLearning(const char *alias, void *record);
+/* HYP_BAD_PARAM, before the alias is resolved: an agingTime above 1000000. */
+QVS_API HYP_ReturnStatus VSDVS_SetMACLearning(const char *alias, const void *record);
+QVS_API HYP_ReturnStatus VSDVS_ClearMACLearning(const char *alias);
+
+/* A VSDVS_PortMACLearning of the caller; never set: off, off, 4096, allow. HYP_NOT_FOUND: no such port in the
+ * snapshot. Setting does not look. */
+QVS_API HYP_ReturnStatus VSDVS_GetPortMACLearning(const char *alias, const char *port, void *value);
+QVS_API HYP_ReturnStatus VSDVS_SetPortMACLearning(const char *alias, const char *port, const void *value);
+
+/* Learning of static addresses, caching for the overlay, and acceptance of static addresses: 1 or 0, one
+ * byte; off when never set. Clearing learnStatic and staticMACAllow is as is. */
+QVS_API HYP_ReturnStatus VSDVS_GetLearnStatic(const char *alias, uint8_t *enabled);
+QVS_API HYP_ReturnStatus VSDVS_SetLearnStatic(const char *alias, uint8_t enable);
+QVS_API HYP_ReturnStatus VSDVS_ClearLearnStatic(const char *alias);
+QVS_API HYP_ReturnStatus VSDVS_SetCaching(const char *alias, uint8_t enable);
+QVS_API HYP_ReturnStatus VSDVS_ClearCaching(const char *alias);
+QVS_API HYP_ReturnStatus VSDVS_GetStaticMACAllow(const char *alias, uint8_t *enabled);
+QVS_API HYP_ReturnStatus VSDVS_SetStaticMACAllow(const char *alias, uint8_t enable);
+QVS_API HYP_ReturnStatus VSDVS_ClearStaticMACAllow(const char *alias);
+
+/* ------------------------------------------------------------------------------------------------------- *
+ * Multicast, class CONFIG
+ *
+ * An address list is a count byte, at most 25, and that many 6-byte MAC addresses. The operations on the
+ * lists answer HYP_BAD_PARAM for an alias that does not resolve and for a port that is not in the snapshot.
+ * ------------------------------------------------------------------------------------------------------- */
+
+#define VSDVS_MCAST_LEGACY 0u
+#define VSDVS_MCAST_SNOOPING 1u
+#define VSDVS_MCAST_MAX_ADDRESSES 25u
+
+#define VSDVS_RCF_CBPF 0u
+#define VSDVS_RCF_EBPF 1u
+
+/* The filter mode; never set, the running switch is asked. HYP_FAILURE: a stored mode that nobody knows. */
+QVS_API HYP_ReturnStatus VSDVS_GetMcastFilterMode(const char *alias, uint32_t *mode);
+
+/* HYP_BAD_PARAM, before the alias is resolved: no such mode. HYP_NOT_SUPPORTED: a switch of version 107 or
+ * later. */
+QVS_API HYP_ReturnStatus VSDVS_SetMcastFilterMode(const char *alias, uint32_t mode);
+
+/* The instruction type of the receive filter; VSDVS_RCF_CBPF unless it is stored and known. The output is 0
+ * after a failure. */
+QVS_API HYP_ReturnStatus VSDVS_GetRCFType(const char *alias, uint32_t *type);
+/* HYP_BAD_PARAM, before the alias is resolved: no such type. */
+QVS_API HYP_ReturnStatus VSDVS_SetRCFType(const char *alias, uint32_t type);
+
+/* The list of a switch. HYP_LIMIT_EXCEEDED, before anything else: a count above 25. Clearing is as is. */
+QVS_API HYP_ReturnStatus VSDVS_GetMcastUserLegacyEntries(const char *alias, void **list);
+QVS_API HYP_ReturnStatus VSDVS_SetMcastUserLegacyEntries(const char *alias, uint32_t count,
+                                                         const void *addresses);
+QVS_API HYP_ReturnStatus VSDVS_ClearMcastUserLegacyEntries(const char *alias);
+
+/* The list of a port, which overrides the switch's. */
+QVS_API HYP_ReturnStatus VSDVS_GetPortMcastUserLegacyEntries(const char *alias, const char *port,
+                                                             void **list);
+QVS_API HYP_ReturnStatus VSDVS_SetPortMcastUserLegacyEntries(const char *alias, const char *port,
+                                                             uint32_t count, const void *addresses);
+QVS_API HYP_ReturnStatus VSDVS_ClearPortMcastUserLegacyEntries(const char *alias, const char *port);
+
 QVS_EXTERN_C_END
 
 #endif

@@ -90,6 +90,10 @@ QVS_API HYP_ReturnStatus VSHYP_SetUplinkAdminLinkState(const char *switchName, c
 /* Has the kernel place the devices of a switch on NUMA nodes anew. HYP_BAD_PARAM: null name. */
 QVS_API HYP_ReturnStatus VSHYP_RefreshDevNUMAInfo(const char *switchName);
 
+/* The multicast filter mode that the running switch has, as the kernel numbers it; untouched on failure.
+ * HYP_BAD_PARAM: null argument. */
+QVS_API HYP_ReturnStatus VSHYP_GetMcastFilterMode(const char *switchName, uint32_t *mode);
+
 QVS_EXTERN_C_END
 
 #endif

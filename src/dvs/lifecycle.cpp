@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "core/identity.h"
-#include "core/keys.h"
+#include "dvs/keys.h"
 #include "dvs/new_port.h"
 #include "dvs/property.h"
 #include "dvs/shell.h"
@@ -16,7 +16,6 @@ constexpr uint32_t kDefaultMaxPorts = 128;
 constexpr uint32_t kFirstConnectId = 1;
 
 constexpr Property kAlias{key::kAlias, Scope::Global, DVS_PROP_CONFIG};
-constexpr Property kVersion{"com.quillon.common.version", Scope::Global, DVS_PROP_CONFIG};
 constexpr Property kOpaque{"com.quillon.common.opaqueDvs", Scope::Global, DVS_PROP_CONFIG};
 constexpr Property kPortset{key::kHostPortset, Scope::Host, DVS_PROP_CONFIG};
 constexpr Property kExternalId{"com.quillon.port.extraConfig.vnic.external.id", Scope::Port, DVS_PROP_CONFIG};

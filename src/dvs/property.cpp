@@ -100,6 +100,12 @@ HYP_ReturnStatus readRecord(const Place &place, const Property &property, void *
     return HYP_OK;
 }
 
+HYP_ReturnStatus readOrDefault(const Place &place, const Property &property, void *record, uint32_t size) {
+    if (place.status() != HYP_OK) return place.status();
+    const HYP_ReturnStatus status = readRecord(place, property, record, size);
+    return status == HYP_NOT_FOUND ? HYP_OK : status;
+}
+
 HYP_ReturnStatus setText(const Place &place, const Property &property, const char *text) {
     if (place.status() != HYP_OK) return place.status();
     if (text == nullptr) return HYP_BAD_PARAM;

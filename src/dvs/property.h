@@ -61,6 +61,9 @@ HYP_ReturnStatus getSized(const Place &place, const Property &property, uint32_t
 // A value of exactly this size copied into memory of the caller, which is untouched after a failure.
 HYP_ReturnStatus readRecord(const Place &place, const Property &property, void *record, uint32_t size);
 
+// The same for a key that has a default: absent, the record keeps what the caller put there.
+HYP_ReturnStatus readOrDefault(const Place &place, const Property &property, void *record, uint32_t size);
+
 // Stores a text with its NUL; HYP_BAD_PARAM when it is null.
 HYP_ReturnStatus setText(const Place &place, const Property &property, const char *text);
 

@@ -13,14 +13,8 @@ namespace {
 // Of the alias that GetSwitches and AliasToSwitchId know, 80 characters count.
 constexpr size_t kAliasSize = 81;
 
-SwitchRequest forSwitch(const char *switchName) {
-    SwitchRequest request;
-    copyText(request.switchName, switchName);
-    return request;
-}
-
 SwitchRequest forUplink(const char *switchName, const char *uplinkName) {
-    SwitchRequest request = forSwitch(switchName);
+    SwitchRequest request = SwitchRequest::named(switchName);
     copyText(request.uplinkName, uplinkName);
     return request;
 }
@@ -63,8 +57,8 @@ using namespace qvs;
 
 extern "C" HYP_ReturnStatus VSHYP_GetUplinks(const char *switchName, void **uplinks) {
     if (switchName == nullptr || uplinks == nullptr) return HYP_BAD_PARAM;
-    return fetchCountedList(SwitchCommand::GetUplinks, forSwitch(switchName), VSHYP_UPLINK_ENTRY_SIZE,
-                            uplinks);
+    return fetchCountedList(SwitchCommand::GetUplinks, SwitchRequest::named(switchName),
+                            VSHYP_UPLINK_ENTRY_SIZE, uplinks);
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetUplinkLinkState(const char *switchName, const char *uplinkName,
@@ -81,8 +75,8 @@ extern "C" HYP_ReturnStatus VSHYP_GetLAGTable(const char *switchName, void **lag
     if (switchName == nullptr || lagTable == nullptr) return HYP_BAD_PARAM;
     HeapBytes table = allocateZeroed(VSHYP_LAG_TABLE_SIZE);
     if (table == nullptr) return HYP_NO_MEMORY;
-    const HYP_ReturnStatus status =
-        switchRequest(SwitchCommand::GetLagTable, forSwitch(switchName), table.get(), VSHYP_LAG_TABLE_SIZE);
+    const HYP_ReturnStatus status = switchRequest(
+        SwitchCommand::GetLagTable, SwitchRequest::named(switchName), table.get(), VSHYP_LAG_TABLE_SIZE);
     if (status == HYP_OK) *lagTable = table.release();
     return status;
 }
@@ -98,7 +92,8 @@ extern "C" HYP_ReturnStatus VSHYP_GetVSInfo(const char *switchName, void *info) 
     if (info == nullptr) return HYP_BAD_PARAM;
     std::memset(info, 0, VSHYP_SWITCH_INFO_SIZE);
     if (switchName == nullptr) return HYP_BAD_PARAM;
-    return switchRequest(SwitchCommand::GetSwitchInfo, forSwitch(switchName), info, VSHYP_SWITCH_INFO_SIZE);
+    return switchRequest(SwitchCommand::GetSwitchInfo, SwitchRequest::named(switchName), info,
+                         VSHYP_SWITCH_INFO_SIZE);
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetSwitchPortInfo(const char *alias, void **ports) {
@@ -168,7 +163,7 @@ extern "C" HYP_ReturnStatus VSHYP_DVSAliasToSwitchId(const char *alias, void *sw
     std::memset(switchId, 0, sizeof(SwitchIdString));
     char shortAlias[kAliasSize];
     copyText(shortAlias, alias);
-    return switchRequest(SwitchCommand::AliasToSwitchId, forSwitch(shortAlias), switchId,
+    return switchRequest(SwitchCommand::AliasToSwitchId, SwitchRequest::named(shortAlias), switchId,
                          sizeof(SwitchIdString));
 }
 
@@ -182,5 +177,5 @@ extern "C" HYP_ReturnStatus VSHYP_SetUplinkAdminLinkState(const char *switchName
 
 extern "C" HYP_ReturnStatus VSHYP_RefreshDevNUMAInfo(const char *switchName) {
     if (switchName == nullptr) return HYP_BAD_PARAM;
-    return switchRequest(SwitchCommand::RefreshDevNumaInfo, forSwitch(switchName), nullptr, 0);
+    return switchRequest(SwitchCommand::RefreshDevNumaInfo, SwitchRequest::named(switchName), nullptr, 0);
 }

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "core/text.h"
 #include "qvs/hyp.h"
 
 namespace qvs {
@@ -30,12 +31,20 @@ struct SwitchRequest {
     uint32_t linkState = 0;
     uint8_t unused[52] = {};
     uint32_t portNumber = 0;
+
+    // A record that names a switch, cut to 127 characters.
+    static SwitchRequest named(const char *switchName) {
+        SwitchRequest request;
+        copyText(request.switchName, switchName);
+        return request;
+    }
 };
 static_assert(sizeof(SwitchRequest) == 268);
 static_assert(offsetof(SwitchRequest, portName) == 128 && offsetof(SwitchRequest, uplinkName) == 176);
 static_assert(offsetof(SwitchRequest, linkState) == 208 && offsetof(SwitchRequest, portNumber) == 264);
 
 enum class SwitchCommand : int {
+    GetMcastFilterMode = 0x1007,
     GetUplinks = 0x100b,
     GetUplinkLinkState = 0x100c,
     GetUplinkLacpLinkState = 0x100d,

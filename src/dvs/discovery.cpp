@@ -1,0 +1,33 @@
+// The discovery protocol of a switch and what it does.
+#include "qvs/discovery.h"
+
+#include "dvs/property.h"
+
+namespace qvs {
+namespace {
+
+constexpr Property kDiscovery{"com.quillon.etherswitch.cdp", Scope::Global, DVS_PROP_CONFIG};
+
+}  // namespace
+}  // namespace qvs
+
+using namespace qvs;
+
+extern "C" HYP_ReturnStatus Discovery_GetParam(const char *alias, uint8_t *record) {
+    const Place place = Place::ofAlias(alias);
+    const HYP_ReturnStatus status = readRecord(place, kDiscovery, record, sizeof(Discovery_Param));
+    if (place.status() != HYP_OK || status != HYP_NOT_FOUND) return status;
+    if (record == nullptr) return HYP_BAD_PARAM;
+    // Never set: it does nothing, and the protocol stays what the caller had.
+    record[offsetof(Discovery_Param, operation)] = DISCOVERY_DOWN;
+    return HYP_OK;
+}
+
+extern "C" HYP_ReturnStatus Discovery_SetParam(const char *alias, const uint8_t *record) {
+    const Place place = Place::ofAlias(alias);
+    if (place.status() != HYP_OK) return place.status();
+    if (record == nullptr) return HYP_BAD_PARAM;
+    if (record[offsetof(Discovery_Param, operation)] == DISCOVERY_DOWN)
+        return clearProperty(place, kDiscovery);
+    return setProperty(place, kDiscovery, record, sizeof(Discovery_Param));
+}

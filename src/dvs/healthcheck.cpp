@@ -1,0 +1,113 @@
+// Health checks: where they are deployed, their parameters, and the results the kernel leaves on ports.
+#include "qvs/healthcheck.h"
+
+#include <cstring>
+
+#include "dvs/property.h"
+
+namespace qvs {
+namespace {
+
+constexpr Property kTeamDeploy{"com.quillon.common.teamcheck.deploy", Scope::Global, DVS_PROP_CONFIG};
+constexpr Property kTeamParam{"com.quillon.mesh.teamcheck.param", Scope::Global, DVS_PROP_POLICY};
+constexpr Property kVlanMtuDeploy{"com.quillon.common.vlanmtucheck.deploy", Scope::Global, DVS_PROP_CONFIG};
+constexpr Property kVlanMtuParam{"com.quillon.mesh.vlanmtucheck.param", Scope::Global, DVS_PROP_POLICY};
+// Written by the kernel alone.
+constexpr Property kVlanResult{"com.quillon.common.port.volatile.vlanchkresult", Scope::Port,
+                               DVS_PROP_VOLATILE};
+constexpr Property kMtuResult{"com.quillon.common.port.volatile.mtuchkresult", Scope::Port,
+                              DVS_PROP_VOLATILE};
+
+HYP_ReturnStatus getFixed(const char *alias, const Property &property, uint8_t *record, uint32_t size) {
+    const Place place = Place::ofAlias(alias);
+    const HYP_ReturnStatus status = readRecord(place, property, record, size);
+    if (place.status() != HYP_OK || status != HYP_NOT_FOUND) return status;
+    if (record == nullptr) return HYP_BAD_PARAM;
+    std::memset(record, 0, size);
+    return HYP_OK;
+}
+
+// A deployment that is not enabled is no deployment: its key goes.
+HYP_ReturnStatus deploy(const char *alias, const Property &property, const uint8_t *record) {
+    const Place place = Place::ofAlias(alias);
+    if (place.status() != HYP_OK) return place.status();
+    if (record == nullptr) return HYP_BAD_PARAM;
+    return record[0] != 0 ? setProperty(place, property, record, sizeof(HealthCheck_Deployment))
+                          : clearProperty(place, property);
+}
+
+HYP_ReturnStatus clearCheck(const char *alias, const Property &deployment, const Property &parameter) {
+    const Place place = Place::ofAlias(alias);
+    const HYP_ReturnStatus status = clearIfPresent(place, deployment);
+    return status == HYP_OK ? clearIfPresent(place, parameter) : status;
+}
+
+// Two counts and that many ranges: 4 * (A + B + 1) bytes.
+HYP_ReturnStatus getResult(const char *alias, const char *port, const Property &property, void **result) {
+    MeshValue value;
+    const HYP_ReturnStatus status = getProperty(Place::ofAlias(alias, port), property, value);
+    if (status != HYP_OK) return status;
+    constexpr uint32_t kSlot = 4;
+    if (value.length() < kSlot ||
+        value.length() != kSlot * (uint32_t{value.at<uint16_t>(0)} + value.at<uint16_t>(2) + 1)) {
+        return HYP_FAILURE;
+    }
+    if (result == nullptr) return HYP_BAD_PARAM;
+    *result = value.release();
+    return HYP_OK;
+}
+
+}  // namespace
+}  // namespace qvs
+
+using namespace qvs;
+
+extern "C" HYP_ReturnStatus HealthCheck_GetTeamCheckDeploy(const char *alias, uint8_t *record) {
+    return getFixed(alias, kTeamDeploy, record, sizeof(HealthCheck_Deployment));
+}
+
+extern "C" HYP_ReturnStatus HealthCheck_DeployTeamCheck(const char *alias, const uint8_t *record) {
+    return deploy(alias, kTeamDeploy, record);
+}
+
+extern "C" HYP_ReturnStatus HealthCheck_GetTeamCheckParam(const char *alias, uint8_t *value) {
+    return getFixed(alias, kTeamParam, value, sizeof *value);
+}
+
+extern "C" HYP_ReturnStatus HealthCheck_SetTeamCheckParam(const char *alias, uint8_t value) {
+    return setProperty(Place::ofAlias(alias), kTeamParam, &value, sizeof value);
+}
+
+extern "C" HYP_ReturnStatus HealthCheck_ClearTeamCheck(const char *alias) {
+    return clearCheck(alias, kTeamDeploy, kTeamParam);
+}
+
+extern "C" HYP_ReturnStatus HealthCheck_GetVLANMTUCheckDeploy(const char *alias, uint8_t *record) {
+    return getFixed(alias, kVlanMtuDeploy, record, sizeof(HealthCheck_Deployment));
+}
+
+extern "C" HYP_ReturnStatus HealthCheck_DeployVLANMTUCheck(const char *alias, const uint8_t *record) {
+    return deploy(alias, kVlanMtuDeploy, record);
+}
+
+extern "C" HYP_ReturnStatus HealthCheck_GetVLANMTUCheckParam(const char *alias, uint8_t *block) {
+    return getFixed(alias, kVlanMtuParam, block, HEALTHCHECK_VLAN_MTU_PARAM_SIZE);
+}
+
+extern "C" HYP_ReturnStatus HealthCheck_SetVLANMTUCheckParam(const char *alias, const void *block) {
+    return setProperty(Place::ofAlias(alias), kVlanMtuParam, block, HEALTHCHECK_VLAN_MTU_PARAM_SIZE);
+}
+
+extern "C" HYP_ReturnStatus HealthCheck_ClearVLANMTUCheck(const char *alias) {
+    return clearCheck(alias, kVlanMtuDeploy, kVlanMtuParam);
+}
+
+extern "C" HYP_ReturnStatus HealthCheck_GetVLANCheckResult(const char *alias, const char *port,
+                                                           void **result) {
+    return getResult(alias, port, kVlanResult, result);
+}
+
+extern "C" HYP_ReturnStatus HealthCheck_GetMTUCheckResult(const char *alias, const char *port,
+                                                          void **result) {
+    return getResult(alias, port, kMtuResult, result);
+}

@@ -1,0 +1,62 @@
+// IPFIX flow sampling of a port.
+#include "qvs/ipfixdvs.h"
+
+#include <cstring>
+
+#include "dvs/property.h"
+
+namespace qvs {
+namespace {
+
+constexpr Property kPortIpfix{"com.quillon.net.ipfix.port", Scope::Port, DVS_PROP_POLICY};
+constexpr size_t kObsIdLengthOffset = offsetof(IPFIXDVS_Port, virtualObsIDLength);
+
+// A switch of another class has no sampling; the two operations say so in a status of their own.
+HYP_ReturnStatus resolvePort(const char *alias, const char *port, Place &place) {
+    if (alias == nullptr || port == nullptr) return HYP_BAD_PARAM;
+    if (place = Place::ofAlias(alias, port); place.status() == HYP_BAD_PARAM) return HYP_NOT_SUPPORTED;
+    if (place.status() != HYP_OK) return place.status();
+    return DVPortExist(place.switchId(), port) != 0 ? HYP_OK : HYP_NOT_FOUND;
+}
+
+HYP_ReturnStatus clearSampling(const Place &place) {
+    MeshValue value;
+    const HYP_ReturnStatus status = getProperty(place, kPortIpfix, value);
+    if (status == HYP_NOT_FOUND) return HYP_OK;
+    value.reset();
+    return status == HYP_OK ? clearProperty(place, kPortIpfix) : status;
+}
+
+}  // namespace
+}  // namespace qvs
+
+using namespace qvs;
+
+extern "C" HYP_ReturnStatus IPFIXDVS_GetIpfixGranular(const char *alias, const char *port, void **record) {
+    Place place = Place::ofSwitchId(nullptr);
+    if (const HYP_ReturnStatus status = resolvePort(alias, port, place); status != HYP_OK) return status;
+    if (record == nullptr) return HYP_BAD_PARAM;
+    MeshValue value;
+    const HYP_ReturnStatus status = getProperty(place, kPortIpfix, value);
+    if (status == HYP_NOT_FOUND) {
+        *record = nullptr;
+        return HYP_OK;
+    }
+    if (status != HYP_OK) return status;
+    if (value.length() < sizeof(IPFIXDVS_Port) ||
+        value.length() != sizeof(IPFIXDVS_Port) + value.at<uint16_t>(kObsIdLengthOffset)) {
+        return HYP_FAILURE;
+    }
+    *record = value.release();
+    return HYP_OK;
+}
+
+extern "C" HYP_ReturnStatus IPFIXDVS_SetIpfixGranular(const char *alias, const char *port,
+                                                      const void *record) {
+    Place place = Place::ofSwitchId(nullptr);
+    if (const HYP_ReturnStatus status = resolvePort(alias, port, place); status != HYP_OK) return status;
+    if (record == nullptr) return clearSampling(place);
+    uint16_t obsIdLength;
+    std::memcpy(&obsIdLength, static_cast<const uint8_t *>(record) + kObsIdLengthOffset, sizeof obsIdLength);
+    return setProperty(place, kPortIpfix, record, static_cast<uint32_t>(sizeof(IPFIXDVS_Port) + obsIdLength));
+}

@@ -1,0 +1,138 @@
+// MAC learning: the host's settings for a switch, a port's own, and three switches of the host.
+#include <cstring>
+
+#include "dvs/keys.h"
+#include "dvs/property.h"
+#include "qvs/vsdvs.h"
+
+namespace qvs {
+namespace {
+
+constexpr Property kLearning{"com.quillon.vswitch.macLearning", Scope::Host, DVS_PROP_CONFIG};
+constexpr Property kManagement{"com.quillon.vswitch.port.macManagement", Scope::Port, DVS_PROP_CONFIG};
+constexpr Property kLearnStatic{"com.quillon.vswitch.macLearning.learnStatic", Scope::Host, DVS_PROP_CONFIG};
+constexpr Property kOverlayCache{"com.quillon.vswitch.macLearning.overlay.cache", Scope::Host,
+                                 DVS_PROP_CONFIG};
+constexpr Property kStaticAllow{"com.quillon.vswitch.macLearning.staticMACAllow", Scope::Host,
+                                DVS_PROP_CONFIG};
+
+constexpr uint32_t kMostAgingTime = 1000000;
+constexpr VSDVS_PortMACLearning kPortDefault = {0, 0, 4096, 0};
+
+// The three low bytes; the fourth one of the record is nobody's here.
+uint32_t agingTimeOf(const VSDVS_MACLearning &record) {
+    return record.agingTime[0] | record.agingTime[1] << 8 | record.agingTime[2] << 16;
+}
+
+// A key that was never set is cleared already; one that cannot be read is not touched.
+HYP_ReturnStatus clearIfReadable(const char *alias, const Property &property) {
+    const Place place = Place::ofAlias(alias);
+    if (place.status() != HYP_OK) return place.status();
+    MeshValue value;
+    const HYP_ReturnStatus status = getProperty(place, property, value);
+    if (status == HYP_NOT_FOUND) return HYP_OK;
+    value.reset();
+    return status == HYP_OK ? clearProperty(place, property) : status;
+}
+
+// "true" in its first four characters is on, anything else and nothing at all is off.
+HYP_ReturnStatus getSwitch(const char *alias, const Property &property, uint8_t *enabled) {
+    const Place place = Place::ofAlias(alias);
+    if (place.status() != HYP_OK) return place.status();
+    MeshValue value;
+    const HYP_ReturnStatus status = getProperty(place, property, value);
+    if (status != HYP_OK && status != HYP_NOT_FOUND) return status;
+    if (enabled == nullptr) return HYP_BAD_PARAM;
+    *enabled = status == HYP_OK && value.text().starts_with("true") ? 1 : 0;
+    return HYP_OK;
+}
+
+HYP_ReturnStatus setSwitch(const char *alias, const Property &property, uint8_t enable) {
+    return setText(Place::ofAlias(alias), property, enable != 0 ? "true" : "false");
+}
+
+// Whether the port may change its MAC address: only where its security record is there and does not deny it.
+bool mayChangeMac(const Place &place) {
+    uint32_t mask = 0;
+    return readRecord(place, kPortSecurity, &mask, sizeof mask) == HYP_OK &&
+           (mask & VSDVS_SECURITY_DENY_MAC_CHANGE) == 0;
+}
+
+}  // namespace
+}  // namespace qvs
+
+using namespace qvs;
+
+extern "C" HYP_ReturnStatus VSDVS_GetMACLearning(const char *alias, void *record) {
+    const Place place = Place::ofAlias(alias);
+    const HYP_ReturnStatus status = readRecord(place, kLearning, record, sizeof(VSDVS_MACLearning));
+    if (place.status() != HYP_OK || status != HYP_NOT_FOUND) return status;
+    if (record == nullptr) return HYP_BAD_PARAM;
+    auto &learning = *static_cast<VSDVS_MACLearning *>(record);
+    constexpr uint8_t kDefaultAging[3] = {600 & 0xff, 600 >> 8, 0};
+    std::memcpy(learning.agingTime, kDefaultAging, sizeof kDefaultAging);
+    learning.macLimit = 65536;
+    return HYP_OK;
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetMACLearning(const char *alias, const void *record) {
+    if (record == nullptr) return HYP_BAD_PARAM;
+    if (agingTimeOf(*static_cast<const VSDVS_MACLearning *>(record)) > kMostAgingTime) return HYP_BAD_PARAM;
+    return setProperty(Place::ofAlias(alias), kLearning, record, sizeof(VSDVS_MACLearning));
+}
+
+extern "C" HYP_ReturnStatus VSDVS_ClearMACLearning(const char *alias) {
+    return clearIfReadable(alias, kLearning);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_GetPortMACLearning(const char *alias, const char *port, void *value) {
+    VSDVS_PortMACManagement stored = {0, kPortDefault};
+    const HYP_ReturnStatus status =
+        readOrDefault(Place::ofExistingPort(alias, port), kManagement, &stored, sizeof stored);
+    if (status != HYP_OK) return status;
+    if (value == nullptr) return HYP_BAD_PARAM;
+    std::memcpy(value, &stored.learning, sizeof stored.learning);
+    return HYP_OK;
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetPortMACLearning(const char *alias, const char *port, const void *value) {
+    const Place place = Place::ofAlias(alias, port);
+    if (place.status() != HYP_OK) return place.status();
+    if (value == nullptr) return HYP_BAD_PARAM;
+    VSDVS_PortMACManagement record = {};
+    record.macChange = mayChangeMac(place) ? 1 : 0;
+    std::memcpy(&record.learning, value, sizeof record.learning);
+    return setProperty(place, kManagement, &record, sizeof record);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_GetLearnStatic(const char *alias, uint8_t *enabled) {
+    return getSwitch(alias, kLearnStatic, enabled);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetLearnStatic(const char *alias, uint8_t enable) {
+    return setSwitch(alias, kLearnStatic, enable);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_ClearLearnStatic(const char *alias) {
+    return clearProperty(Place::ofAlias(alias), kLearnStatic);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetCaching(const char *alias, uint8_t enable) {
+    return setSwitch(alias, kOverlayCache, enable);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_ClearCaching(const char *alias) {
+    return clearIfReadable(alias, kOverlayCache);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_GetStaticMACAllow(const char *alias, uint8_t *enabled) {
+    return getSwitch(alias, kStaticAllow, enabled);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetStaticMACAllow(const char *alias, uint8_t enable) {
+    return setSwitch(alias, kStaticAllow, enable);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_ClearStaticMACAllow(const char *alias) {
+    return clearProperty(Place::ofAlias(alias), kStaticAllow);
+}

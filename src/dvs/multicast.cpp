@@ -1,0 +1,143 @@
+// Multicast: the filter mode of a switch, its receive-filter instruction type, and the legacy address lists.
+#include <cstring>
+#include <string_view>
+
+#include "core/heap.h"
+#include "dvs/keys.h"
+#include "dvs/property.h"
+#include "qvs/vsdvs.h"
+#include "qvs/vshyp.h"
+
+namespace qvs {
+namespace {
+
+constexpr Property kFilterMode{"com.quillon.vswitch.multicastFilter", Scope::Global, DVS_PROP_CONFIG};
+constexpr Property kRcfType{"com.quillon.vswitch.rcf.INSNType", Scope::Global, DVS_PROP_CONFIG};
+constexpr Property kAddresses{"com.quillon.vswitch.mcast.user.addresses", Scope::Host, DVS_PROP_CONFIG};
+constexpr Property kPortAddresses{"com.quillon.vswitch.port.mcast.user.addresses.override", Scope::Port,
+                                  DVS_PROP_CONFIG};
+
+// The texts of a setting, by its number.
+using Names = const char *const[2];
+constexpr Names kModes = {"legacyFiltering", "snooping"};
+constexpr Names kTypes = {"cbpf", "ebpf"};
+
+constexpr uint32_t kLastSettableVersion = 106;
+constexpr uint32_t kMostAddresses = 25;
+constexpr uint32_t kAddressSize = 6;
+
+bool numberOf(const Names &names, std::string_view text, uint32_t &number) {
+    for (uint32_t i = 0; i < std::size(names); ++i) {
+        if (text == names[i]) {
+            number = i;
+            return true;
+        }
+    }
+    return false;
+}
+
+// All three list operations answer a bad parameter for a switch or port that they do not find.
+Place known(const Place &place) {
+    return place.status() == HYP_OK ? place : Place::ofSwitchId(nullptr);
+}
+
+HYP_ReturnStatus getAddresses(const Place &place, const Property &property, void **list) {
+    if (list != nullptr) *list = nullptr;
+    MeshValue value;
+    const HYP_ReturnStatus status = getProperty(place, property, value);
+    if (status != HYP_OK) return status;
+    if (value.length() == 0 || value.length() != 1 + kAddressSize * value.data()[0]) return HYP_FAILURE;
+    if (list == nullptr) return HYP_BAD_PARAM;
+    *list = value.release();
+    return HYP_OK;
+}
+
+HYP_ReturnStatus setAddresses(const Place &place, const Property &property, uint32_t count,
+                              const void *addresses) {
+    if (place.status() != HYP_OK) return place.status();
+    if (addresses == nullptr && count != 0) return HYP_BAD_PARAM;
+    const uint32_t size = 1 + kAddressSize * count;
+    const HeapBytes list = allocateZeroed(size);
+    if (list == nullptr) return HYP_NO_MEMORY;
+    list[0] = static_cast<uint8_t>(count);
+    if (count != 0) std::memcpy(list.get() + 1, addresses, size - 1);
+    return setProperty(place, property, list.get(), size);
+}
+
+}  // namespace
+}  // namespace qvs
+
+using namespace qvs;
+
+extern "C" HYP_ReturnStatus VSDVS_GetMcastFilterMode(const char *alias, uint32_t *mode) {
+    const Place place = Place::ofAlias(alias);
+    if (place.status() != HYP_OK) return place.status();
+    if (mode == nullptr) return HYP_BAD_PARAM;
+    MeshValue value;
+    const HYP_ReturnStatus status = getProperty(place, kFilterMode, value);
+    if (status == HYP_OK) return numberOf(kModes, value.text(), *mode) ? HYP_OK : HYP_FAILURE;
+    if (status != HYP_NOT_FOUND) return status;
+
+    // Never set: the running switch knows.
+    PortsetName portset;
+    if (const HYP_ReturnStatus resolved = portset.resolve(alias); resolved != HYP_OK) return resolved;
+    return VSHYP_GetMcastFilterMode(portset.text, mode);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetMcastFilterMode(const char *alias, uint32_t mode) {
+    if (mode >= std::size(kModes)) return HYP_BAD_PARAM;
+    const Place place = Place::ofAlias(alias);
+    MeshValue version;
+    const HYP_ReturnStatus status = getProperty(place, kVersion, version);
+    if (status != HYP_OK) return status;
+    if (version.length() < sizeof(uint32_t)) return HYP_FAILURE;
+    // The mode of newer switches is not set here.
+    if (version.at<uint32_t>(0) > kLastSettableVersion) return HYP_NOT_SUPPORTED;
+    return setText(place, kFilterMode, kModes[mode]);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_GetRCFType(const char *alias, uint32_t *type) {
+    if (type != nullptr) *type = 0;
+    const Place place = Place::ofAlias(alias);
+    if (place.status() != HYP_OK) return place.status();
+    if (type == nullptr) return HYP_BAD_PARAM;
+    // A type that cannot be read, or that nobody knows, is type 0.
+    MeshValue value;
+    if (getProperty(place, kRcfType, value) == HYP_OK)
+        static_cast<void>(numberOf(kTypes, value.text(), *type));
+    return HYP_OK;
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetRCFType(const char *alias, uint32_t type) {
+    if (type >= std::size(kTypes)) return HYP_BAD_PARAM;
+    return setText(Place::ofAlias(alias), kRcfType, kTypes[type]);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_GetMcastUserLegacyEntries(const char *alias, void **list) {
+    return getAddresses(known(Place::ofAlias(alias)), kAddresses, list);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetMcastUserLegacyEntries(const char *alias, uint32_t count,
+                                                            const void *addresses) {
+    if (count > kMostAddresses) return HYP_LIMIT_EXCEEDED;
+    return setAddresses(known(Place::ofAlias(alias)), kAddresses, count, addresses);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_ClearMcastUserLegacyEntries(const char *alias) {
+    return clearProperty(known(Place::ofAlias(alias)), kAddresses);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_GetPortMcastUserLegacyEntries(const char *alias, const char *port,
+                                                                void **list) {
+    return getAddresses(known(Place::ofExistingPort(alias, port)), kPortAddresses, list);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_SetPortMcastUserLegacyEntries(const char *alias, const char *port,
+                                                                uint32_t count, const void *addresses) {
+    if (count > kMostAddresses) return HYP_LIMIT_EXCEEDED;
+    return setAddresses(known(Place::ofExistingPort(alias, port)), kPortAddresses, count, addresses);
+}
+
+extern "C" HYP_ReturnStatus VSDVS_ClearPortMcastUserLegacyEntries(const char *alias, const char *port) {
+    return clearProperty(known(Place::ofExistingPort(alias, port)), kPortAddresses);
+}
