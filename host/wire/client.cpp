@@ -101,6 +101,7 @@ bool Client::receiveHead(Kind kind, uint32_t *length) {
 bool Client::receive(Kind kind, std::string *payload) {
     uint32_t length = 0;
     if (!receiveHead(kind, &length)) return false;
+    if (length > kMaxRequest) return fail(EPROTO);
     payload->resize(length);
     return receiveBytes(payload->data(), length);
 }

@@ -34,7 +34,7 @@ class Client {
     void moveAbove(int lowest);
 
     bool send(Writer &message);
-    // Receives a whole message of the given kind. The payload is replaced.
+    // Receives a whole message of the given kind, of at most kMaxRequest bytes. The payload is replaced.
     bool receive(Kind kind, std::string *payload);
     // A request and its reply.
     bool call(Writer &request, std::string *payload) {
