@@ -1,0 +1,114 @@
+// The command table: one row per command. Parsing, help, completion and the manual are made from these rows.
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace qvs::cli {
+
+class Output;
+
+// What a word stands for, so that completion can offer it.
+enum class Kind { Word, Switch, Port, Uplink, File, Shell };
+
+struct Argument {
+    const char *name;
+    const char *summary;
+    Kind kind = Kind::Word;
+    bool optional = false;
+    bool repeated = false;  // the last one of a row only
+};
+
+struct Option {
+    const char *name;
+    const char *value;  // what the value is called, or null for a flag
+    const char *summary;
+    Kind kind = Kind::Word;
+};
+
+// Reads and Writes need a host; Local commands run anywhere.
+enum class Access { Reads, Writes, Local };
+
+// The words of one call, taken apart as its row says.
+class Arguments {
+  public:
+    bool given(std::string_view name) const;
+    // The value of an argument or option that is there.
+    const std::string &text(std::string_view name) const;
+    const std::vector<std::string> &all(std::string_view name) const;
+    // The value or null, as the library takes names that may be left out.
+    const char *orNull(std::string_view name) const;
+    // A 32-bit number in decimal or, after 0x, hexadecimal; anything else is a usage failure.
+    uint32_t number(std::string_view name, uint32_t absent) const;
+
+    void add(std::string_view name, std::vector<std::string> values);
+
+  private:
+    const std::vector<std::string> *find(std::string_view name) const;
+
+    std::vector<std::pair<std::string_view, std::vector<std::string>>> values_;
+};
+
+struct Command {
+    const char *noun;
+    const char *verb;  // null for a command of one word
+    Access access;
+    bool json;  // --json is understood; refused otherwise
+    const char *summary;
+    std::initializer_list<Argument> arguments;
+    std::initializer_list<Option> options;
+    const char *details;  // more for the manual, or null
+    const char *example;
+    void (*run)(const Arguments &, Output &);
+};
+
+struct Noun {
+    const char *name;
+    const char *summary;
+    std::span<const Command> commands;
+};
+
+// Every noun with its rows, in the order of the help.
+std::span<const Noun> nouns();
+
+extern const std::span<const Command> kSwitchCommands;
+extern const std::span<const Command> kPortCommands;
+extern const std::span<const Command> kUplinkCommands;
+extern const std::span<const Command> kPropCommands;
+extern const std::span<const Command> kDumpCommands;
+extern const std::span<const Command> kStatusCommands;
+extern const std::span<const Command> kToolCommands;
+
+// Options and arguments that many rows share.
+inline constexpr Argument kSwitchArgument{"SWITCH", "alias of the switch", Kind::Switch};
+inline constexpr Argument kPortArgument{"PORT", "identifier of the port", Kind::Port};
+inline constexpr Option kMayExist{"--may-exist", nullptr,
+                                  "succeed when it is there already and agrees with what is given"};
+inline constexpr Option kIfExists{"--if-exists", nullptr, "succeed when it is not there"};
+inline constexpr Option kRaw{"--raw", "FILE",
+                             "write the kernel's bytes to FILE (- for standard output) instead", Kind::File};
+inline constexpr Option kNames{"--names", nullptr, "print the names alone, one a line"};
+
+// Options that every command takes.
+struct GlobalOptions {
+    bool json = false;
+    bool trace = false;
+    bool help = false;
+    bool version = false;
+};
+inline constexpr Option kGlobalOptions[] = {
+    {"--json", nullptr, "print JSON"},
+    {"--trace", nullptr, "print each library call, its status and its time to standard error"},
+    {"--help", nullptr, "print the help of the command"},
+};
+
+// Takes the words behind the command's own apart. Throws a usage failure.
+Arguments parseArguments(const Command &command, std::span<const std::string> words, GlobalOptions &global);
+
+}  // namespace qvs::cli

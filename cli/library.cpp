@@ -1,0 +1,60 @@
+#include "library.h"
+
+#include <malloc.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
+
+#include "failure.h"
+
+namespace qvs::cli {
+namespace trace {
+
+void line(std::string_view name, const std::string &arguments, HYP_ReturnStatus status,
+          std::chrono::steady_clock::duration elapsed) {
+    auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(elapsed).count();
+    fmt::print(stderr, "qvs: {}({}) -> 0x{:x} ({}), {} us\n", name, arguments, status,
+               ReturnStatusToString(status), microseconds);
+}
+
+}  // namespace trace
+
+Bytes KernelList::entry(uint32_t index) const {
+    const auto *entries = static_cast<const uint8_t *>(buffer.get()) + sizeof(VSHYP_ListHeader);
+    return {entries + index * entrySize, entrySize};
+}
+
+KernelList boundedList(VshypBuffer buffer, size_t entrySize, std::string_view what) {
+    KernelList list{std::move(buffer), entrySize, 0};
+    VSHYP_ListHeader header{};
+    std::memcpy(&header, list.buffer.get(), sizeof header);
+    list.count = header.count;
+
+    // The count word is the one of the second answer, the size of the buffer follows from the first. Only the
+    // allocator knows that size: what it grants may be a little larger, never smaller.
+    size_t room = (malloc_usable_size(list.buffer.get()) - sizeof header) / entrySize;
+    if (header.count <= room) return list;
+
+    // Behind the entries of the first answer there is at most a rest of zeros.
+    list.count = static_cast<uint32_t>(room);
+    auto empty = [&](Bytes bytes) {
+        return std::all_of(bytes.begin(), bytes.end(), [](uint8_t b) { return b == 0; });
+    };
+    while (list.count > 0 && empty(list.entry(list.count - 1)))
+        list.count--;
+    fmt::print(stderr, "qvs: warning: the kernel counts {} {}, but handed over {}\n", header.count, what,
+               list.count);
+    return list;
+}
+
+std::string portsetOf(const std::string &alias) {
+    // A name of 128 characters fills the buffer without a NUL.
+    std::array<char, sizeof(SwitchAliasName) + 1> name{};
+    require(call("DVSAliasToPortsetName", DVSAliasToPortsetName, alias.c_str(), name.data()),
+            "switch " + inQuotes(alias));
+    return name.data();
+}
+
+}  // namespace qvs::cli

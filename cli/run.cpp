@@ -1,0 +1,172 @@
+#include "run.h"
+
+#include <qvs/qvs.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <new>
+
+#include "help.h"
+#include "library.h"
+#include "output.h"
+#include "snapshot.h"
+#include "text.h"
+
+namespace qvs::cli {
+
+std::span<const Noun> nouns() {
+    static const Noun table[] = {
+        {"switch", "distributed switches", kSwitchCommands},
+        {"port", "ports of a switch", kPortCommands},
+        {"uplink", "uplinks of a switch and their links", kUplinkCommands},
+        {"prop", "stored properties of a switch, this host's part of it, and its ports", kPropCommands},
+        {"dump", "the whole state as text", kDumpCommands},
+        {"status", "statuses of the library", kStatusCommands},
+        {"tool", "the tool itself", kToolCommands},
+    };
+    return table;
+}
+
+namespace {
+
+const Noun *findNoun(std::string_view name) {
+    for (const Noun &noun : nouns()) {
+        for (const Command &command : noun.commands) {
+            if (command.noun == name) return &noun;
+        }
+    }
+    return nullptr;
+}
+
+// The command whose words come first, and how many words they are; null when there is none.
+const Command *findCommand(std::span<const std::string> words, size_t &taken) {
+    if (words.empty()) return nullptr;
+    const Noun *noun = findNoun(words[0]);
+    if (noun == nullptr) fail(Exit::Usage, "no such noun: {}; 'qvs help' lists them", inQuotes(words[0]));
+    for (const Command &command : noun->commands) {
+        if (command.noun != words[0]) continue;
+        taken = command.verb == nullptr ? 1 : 2;
+        if (command.verb == nullptr || (words.size() > 1 && command.verb == words[1])) return &command;
+    }
+    if (words.size() > 1) {
+        fail(Exit::Usage, "no such command: {} {}; 'qvs help {}' lists them", shown(words[0]),
+             inQuotes(words[1]), words[0]);
+    }
+    return nullptr;
+}
+
+// Options that stand before the noun or between noun and verb.
+size_t takeLeading(std::vector<std::string> &words, GlobalOptions &global) {
+    size_t plain = 0;
+    auto it = words.begin();
+    while (it != words.end() && plain < 2 && (plain == 0 || it->starts_with("-"))) {
+        if (*it == "--json") {
+            global.json = true;
+        } else if (*it == "--trace") {
+            global.trace = true;
+        } else if (*it == "--help" || *it == "-h") {
+            global.help = true;
+        } else if (*it == "--version" && plain == 0) {
+            global.version = true;
+        } else if (it->starts_with("-")) {
+            if (plain == 0) fail(Exit::Usage, "no such option: {}", inQuotes(*it));
+            return plain;
+        } else {
+            plain++;
+            ++it;
+            continue;
+        }
+        it = words.erase(it);
+    }
+    return plain;
+}
+
+// Whether the kernel answers at all; one request. How many switches it has comes with the answer.
+bool kernelAnswers(uint32_t &count) {
+    VshypBuffer buffer;
+    HYP_ReturnStatus status = fetch("VSHYP_GetSwitches", VSHYP_GetSwitches, buffer, 0u);
+    if (status == HYP_FAILURE) return false;
+    if (buffer) count = static_cast<const VSHYP_ListHeader *>(buffer.get())->count;
+    return true;
+}
+
+Failure noHost() {
+    return {Exit::NoHost,
+            "no hypercore on this machine: the kernel's switch device does not answer\n"
+            "qvs: an emulated host to try this on: qvs-host run -- qvs ..."};
+}
+
+// An empty snapshot is an empty host, no host, or a host whose state could not be loaded.
+void requireHost() {
+    if (!snapshotEmpty()) return;
+    uint32_t switches = 0;
+    if (!kernelAnswers(switches)) throw noHost();
+    if (switches > 0) fail(Exit::Failed, "the kernel has switches, but their state could not be loaded");
+}
+
+void execute(const Command &command, const Arguments &arguments, Output &out) {
+    if (command.access != Access::Local) requireHost();
+    try {
+        command.run(arguments, out);
+    } catch (const Failure &failure) {
+        // What was done before the failure is reported, and the failure after it.
+        out.flush();
+        uint32_t switches = 0;
+        if (failure.fromLibrary && !kernelAnswers(switches)) throw noHost();
+        throw;
+    }
+    out.flush();
+}
+
+void runWords(std::vector<std::string> words) {
+    GlobalOptions global;
+    takeLeading(words, global);
+    Output plain(false);
+    if (global.version) {
+        plain.write(fmt::format("qvs {}\n", QVS_VERSION));
+        return plain.flush();
+    }
+    size_t taken = 0;
+    const Command *command = findCommand(words, taken);
+    if (command == nullptr && !global.help) {
+        fmt::print(stderr, "{}", helpFor(words));
+        throw Failure{Exit::Usage, ""};
+    }
+    Arguments arguments;
+    if (!global.help) {
+        arguments = parseArguments(*command, std::span<const std::string>(words).subspan(taken), global);
+    }
+    if (global.help) {
+        plain.write(helpFor(words));
+        return plain.flush();
+    }
+    if (global.json && !command->json) fail(Exit::Usage, "qvs {} has no JSON", cli::words(*command));
+    tracing = global.trace;
+    if (global.json && arguments.given("--raw")) fail(Exit::Usage, "--raw and --json exclude each other");
+    Output out(global.json);
+    execute(*command, arguments, out);
+}
+
+}  // namespace
+
+std::string helpFor(std::span<const std::string> words) {
+    size_t taken = 0;
+    const Command *command = findCommand(words, taken);
+    if (command != nullptr) return commandHelp(*command);
+    return words.empty() ? toolHelp() : nounHelp(*findNoun(words[0]));
+}
+
+Exit run(std::span<const std::string> words) {
+    try {
+        runWords({words.begin(), words.end()});
+        return Exit::Success;
+    } catch (const Failure &failure) {
+        if (!failure.message.empty()) fmt::print(stderr, "qvs: {}\n", failure.message);
+        return failure.exit;
+    } catch (const std::bad_alloc &) {
+        std::fputs("qvs: Out of memory\n", stderr);
+        return Exit::Failed;
+    }
+}
+
+}  // namespace qvs::cli

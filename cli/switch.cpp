@@ -1,0 +1,393 @@
+// qvs switch: distributed switches and what the kernel knows about them.
+#include <qvs/qvs.h>
+
+#include <array>
+#include <cstring>
+#include <string>
+
+#include "command.h"
+#include "failure.h"
+#include "library.h"
+#include "output.h"
+#include "snapshot.h"
+
+namespace qvs::cli {
+namespace {
+
+constexpr uint32_t kDefaultVersion = 105;
+constexpr uint32_t kDefaultMaxPorts = 128;
+
+std::string named(std::string_view alias) {
+    return "switch " + inQuotes(alias);
+}
+
+// What is known about a switch from the snapshot.
+struct SwitchView {
+    explicit SwitchView(DVSSwitch *handle)
+        : sw(handle),
+          alias(findText({Scope::Global, handle}, key::kAlias)),
+          id(boundedText(DVS_SwitchId(handle), sizeof(SwitchIdString))),
+          className(DVS_ClassName(handle)),
+          portset(findText({Scope::Host, handle}, key::kPortset)),
+          version(DVS_Version(handle)),
+          maxPorts(DVS_GetMaxPorts(handle)),
+          ports(countPorts(handle)),
+          uplinks(static_cast<uint32_t>(uplinkPorts(handle).size())),
+          opaque(findText({Scope::Global, handle}, key::kOpaque) == "true") {}
+
+    DVSSwitch *sw;
+    std::optional<std::string_view> alias;
+    std::string_view id;
+    std::string_view className;
+    std::optional<std::string_view> portset;
+    uint32_t version;
+    uint32_t maxPorts;
+    uint32_t ports;  // those of the uplinks among them
+    uint32_t uplinks;
+    bool opaque;
+};
+
+// --- create ---
+
+// Throws when an attribute that was given is not the one the switch has.
+void requireSame(const SwitchView &sw, const Arguments &arguments, const std::string &alias) {
+    auto differs = [&](std::string_view what, const auto &has, const auto &wanted) {
+        fail(Exit::Differs, "{}: exists with {} {}, not {}", named(alias), what, has, wanted);
+    };
+    auto number = [&](const char *option, std::string_view what, uint32_t has, uint32_t wanted) {
+        if (arguments.given(option) && has != wanted) differs(what, has, wanted);
+    };
+    auto text = [&](const char *option, std::string_view what, std::string_view has) {
+        if (arguments.given(option) && has != arguments.text(option)) {
+            differs(what, inQuotes(has), inQuotes(arguments.text(option)));
+        }
+    };
+    if (sw.className != "vswitch") differs("class", inQuotes(sw.className), "'vswitch'");
+    text("--id", "identifier", sw.id);
+    text("--portset", "portset", sw.portset.value_or(""));
+    number("--version", "version", sw.version, arguments.number("--version", 0));
+    uint32_t maxPorts = arguments.number("--max-ports", 0);
+    number("--max-ports", "max ports", sw.maxPorts, maxPorts == 0 ? kDefaultMaxPorts : maxPorts);
+    if (arguments.given("--opaque") && !sw.opaque) differs("opaque", "no", "yes");
+    number("--uplinks", "number of uplinks", sw.uplinks, arguments.number("--uplinks", 0));
+    number("--ports", "number of ordinary ports", sw.ports - std::min(sw.uplinks, sw.ports),
+           arguments.number("--ports", 0));
+}
+
+// A switch that stands in the way of a new one, and what to do about it.
+void requireFree(const std::string &portset, const Arguments &arguments, const std::string &alias) {
+    forEachSwitch([&](DVSSwitch *sw) {
+        std::string owner = inQuotes(findText({Scope::Global, sw}, key::kAlias).value_or("-"));
+        if (findText({Scope::Host, sw}, key::kPortset) == portset) {
+            throw libraryFailure(named(alias) + ": portset " + inQuotes(portset), HYP_EXISTS,
+                                 "it belongs to switch " + owner + ", name another with --portset");
+        }
+        if (arguments.given("--id") && DVS_SwitchId(sw) == arguments.text("--id")) {
+            throw libraryFailure(named(alias) + ": identifier " + inQuotes(arguments.text("--id")),
+                                 HYP_EXISTS, "it belongs to switch " + owner);
+        }
+        return true;
+    });
+}
+
+std::string_view hintFor(HYP_ReturnStatus status, const Arguments &arguments) {
+    switch (status) {
+        case HYP_BAD_PARAM:
+            return "the kernel's shell would interpret the portset name, give a plain one with --portset";
+        case HYP_EXISTS:
+            return arguments.given("--id") ? ""
+                                           : "the identifier is made from the first 15 characters, "
+                                             "give another with --id";
+        case HYP_LIMIT_EXCEEDED:
+            return "--max-ports has to hold uplinks and ports";
+        default:
+            return {};
+    }
+}
+
+void create(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("ALIAS");
+    const std::string portset = arguments.given("--portset") ? arguments.text("--portset") : alias;
+    requireFits(kAliasLimit, alias);
+    requireFits(kPortsetLimit, portset);
+    if (arguments.given("--id")) requireFits(kSwitchIdLimit, arguments.text("--id"));
+    uint32_t version = arguments.number("--version", kDefaultVersion);
+    uint32_t maxPorts = arguments.number("--max-ports", 0);
+    uint32_t uplinks = arguments.number("--uplinks", 0);
+    uint32_t ports = arguments.number("--ports", 0);
+
+    DVSSwitch *existing = DVSState_SwitchFindByAlias(alias.c_str());
+    if (existing != nullptr && !arguments.given("--may-exist"))
+        throw libraryFailure(named(alias), HYP_EXISTS);
+    if (existing != nullptr) {
+        requireSame(SwitchView(existing), arguments, alias);
+    } else {
+        requireFree(portset, arguments, alias);
+        HYP_ReturnStatus status = call("VSDVS_CreateVSwitch", VSDVS_CreateVSwitch, alias.c_str(),
+                                       arguments.orNull("--id"), arguments.orNull("--portset"), version,
+                                       arguments.given("--opaque") ? 1 : 0, maxPorts, uplinks, ports);
+        if (status != HYP_OK) throw libraryFailure(named(alias), status, hintFor(status, arguments));
+    }
+    reportChange(out, alias, {{"switch", alias}}, existing == nullptr);
+}
+
+void destroy(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    bool there = !arguments.given("--if-exists") || DVSState_SwitchFindByAlias(alias.c_str()) != nullptr;
+    if (there) {
+        findVswitch(alias);
+        require(call("VSDVS_DestroyVSwitch", VSDVS_DestroyVSwitch, alias.c_str()), named(alias));
+    }
+    reportChange(out, alias, {{"switch", alias}}, there);
+}
+
+// --- list, show, find ---
+
+void listKernelNames(Listing &listing, const char *kind, uint32_t selector, uint32_t entrySize) {
+    VshypBuffer buffer;
+    require(fetch("VSHYP_GetSwitches", VSHYP_GetSwitches, buffer, selector), "switches of the kernel");
+    KernelList list = boundedList(std::move(buffer), entrySize, "switches");
+    for (uint32_t i = 0; i < list.count; i++) {
+        listing.row(std::string_view(kind), boundedText(list.entry(i).data(), entrySize));
+    }
+}
+
+void listKernel(Output &out) {
+    Listing listing(out, {{"kind", "KIND"}, {"name", "NAME"}});
+    listKernelNames(listing, "portset", VSHYP_SELECT_SWITCH_NAMES, VSHYP_SWITCH_NAME_ENTRY_SIZE);
+    listKernelNames(listing, "alias", VSHYP_SELECT_SWITCH_NAMES - 1, VSHYP_SWITCH_ALIAS_ENTRY_SIZE);
+    listing.finish();
+}
+
+void list(const Arguments &arguments, Output &out) {
+    if (arguments.given("--kernel")) return listKernel(out);
+    if (arguments.given("--names")) {
+        NameList names(out);
+        forEachSwitch([&](DVSSwitch *sw) {
+            if (auto alias = findText({Scope::Global, sw}, key::kAlias)) names.add(*alias);
+            return true;
+        });
+        return names.finish();
+    }
+    Listing listing(out, {{"alias", "ALIAS"},
+                          {"id", "ID"},
+                          {"class", "CLASS"},
+                          {"version", "VERSION"},
+                          {"maxPorts", nullptr},
+                          {"ports", "PORTS"},
+                          {"uplinks", "UPLINKS"},
+                          {"portset", "PORTSET"},
+                          {"opaque", nullptr}});
+    forEachSwitch([&](DVSSwitch *handle) {
+        SwitchView sw(handle);
+        listing.row(sw.alias, sw.id, sw.className, sw.version, sw.maxPorts, sw.ports, sw.uplinks, sw.portset,
+                    Flag{sw.opaque});
+        return true;
+    });
+    listing.finish();
+}
+
+// The kernel's information block; none for a switch that is not on this host.
+VshypBuffer switchInfo(const std::string &alias) {
+    VshypBuffer info;
+    HYP_ReturnStatus status = fetch("VSHYP_GetSwitchInfo", VSHYP_GetSwitchInfo, info, alias.c_str());
+    if (status == HYP_NOT_FOUND) return nullptr;
+    require(status, named(alias));
+    return info;
+}
+
+std::optional<Bytes> blockOf(const VshypBuffer &buffer, size_t size) {
+    if (!buffer) return std::nullopt;
+    return Bytes(static_cast<const uint8_t *>(buffer.get()), size);
+}
+
+void show(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    SwitchView sw(findSwitch(alias));
+    VshypBuffer buffer = switchInfo(alias);
+    std::optional<Bytes> info = blockOf(buffer, VSHYP_SWITCH_INFO_SIZE);
+    if (arguments.given("--raw")) {
+        if (!info) throw libraryFailure(named(alias) + ": kernel information", HYP_NOT_FOUND);
+        return writeRaw(out, arguments.text("--raw"), *info);
+    }
+    Record record(out);
+    record.field("alias", "alias", sw.alias);
+    record.field("id", "id", sw.id);
+    record.field("class", "class", sw.className);
+    record.field("version", "version", sw.version);
+    record.field("maxPorts", "max ports", sw.maxPorts);
+    record.field("ports", "ports", sw.ports);
+    record.field("uplinks", "uplinks", sw.uplinks);
+    record.field("portset", "portset", sw.portset);
+    record.field("opaque", "opaque", Flag{sw.opaque});
+    record.block("info", "kernel information", info);
+    record.finish();
+}
+
+void info(const Arguments &arguments, Output &out) {
+    const std::string &portset = arguments.text("PORTSET");
+    requireFits(kPortsetLimit, portset);
+    std::array<uint8_t, VSHYP_SWITCH_INFO_SIZE> block{};
+    require(call("VSHYP_GetVSInfo", VSHYP_GetVSInfo, portset.c_str(), block.data()),
+            "portset " + inQuotes(portset));
+    if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), block);
+    Record record(out);
+    record.field("portset", "portset", portset);
+    record.block("info", "kernel information", Bytes(block));
+    record.finish();
+}
+
+// The identifier that the kernel has for an alias, which it knows only on its own host.
+std::optional<std::string> kernelId(const std::string &alias) {
+    if (alias.size() > kAliasLimit.characters) return std::nullopt;
+    SwitchIdString id{};
+    HYP_ReturnStatus status = call("VSHYP_DVSAliasToSwitchId", VSHYP_DVSAliasToSwitchId, alias.c_str(), id);
+    if (status == HYP_NOT_FOUND) return std::nullopt;
+    require(status, named(alias));
+    return std::string(boundedText(id, sizeof id));
+}
+
+std::string aliasOfPortset(const std::string &portset) {
+    SwitchAliasName alias{};
+    require(call("DVSPortsetNameToAlias", DVSPortsetNameToAlias, portset.c_str(), alias),
+            "portset " + inQuotes(portset));
+    if (alias[0] == '\0') throw libraryFailure("portset " + inQuotes(portset), HYP_NOT_FOUND);
+    return std::string(boundedText(alias, sizeof alias));
+}
+
+void find(const Arguments &arguments, Output &out) {
+    if (arguments.given("--portset") == arguments.given("--alias")) {
+        fail(Exit::Usage, "one of --portset and --alias is needed");
+    }
+    const std::string alias =
+        arguments.given("--alias") ? arguments.text("--alias") : aliasOfPortset(arguments.text("--portset"));
+    SwitchView sw(findSwitch(alias));
+    std::optional<std::string> fromKernel = kernelId(alias);
+    Record record(out);
+    record.field("alias", "alias", sw.alias);
+    record.field("id", "id", sw.id);
+    record.field("kernelId", "kernel id", std::optional<std::string_view>(fromKernel));
+    record.field("portset", "portset", portsetOf(alias));
+    record.finish();
+}
+
+// --- kernel requests ---
+
+void lagTable(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    findSwitch(alias);
+    VshypBuffer table;
+    require(fetch("VSHYP_GetLAGTable", VSHYP_GetLAGTable, table, portsetOf(alias).c_str()), named(alias));
+    std::optional<Bytes> bytes = blockOf(table, VSHYP_LAG_TABLE_SIZE);
+    if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), *bytes);
+    Record record(out);
+    record.field("switch", "switch", alias);
+    record.block("lagTable", "link aggregation table", bytes);
+    record.finish();
+}
+
+void refreshNuma(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    findVswitch(alias);
+    require(call("VSHYP_RefreshDevNUMAInfo", VSHYP_RefreshDevNUMAInfo, portsetOf(alias).c_str()),
+            named(alias));
+    reportChange(out, alias, {{"switch", alias}}, true);
+}
+
+const Command kRows[] = {
+    {.noun = "switch",
+     .verb = "create",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "create a switch, its uplinks uplink0, uplink1... and its ports port0, port1...",
+     .arguments = {{"ALIAS", "name of the new switch, at most 80 characters"}},
+     .options = {{"--id", "ID", "identifier, at most 63 characters (made from the alias)"},
+                 {"--portset", "NAME",
+                  "name of the data path on this host, at most 127 characters (the alias)"},
+                 {"--version", "N", "version of the switch (105)"},
+                 {"--opaque", nullptr, "its ports are managed from outside"},
+                 {"--max-ports", "N", "port capacity (128)"},
+                 {"--uplinks", "N", "uplinks to create (0)"},
+                 {"--ports", "N", "ports to create (0)"},
+                 kMayExist},
+     .details = "A switch that exists is left as it is by --may-exist, and compared in what is given.",
+     .example = "qvs switch create sw1 --uplinks 2 --ports 8",
+     .run = create},
+    {.noun = "switch",
+     .verb = "destroy",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "destroy a switch with its ports and its portset",
+     .arguments = {kSwitchArgument},
+     .options = {kIfExists},
+     .details = nullptr,
+     .example = "qvs switch destroy sw1 --if-exists",
+     .run = destroy},
+    {.noun = "switch",
+     .verb = "list",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list the switches",
+     .arguments = {},
+     .options = {kNames, {"--kernel", nullptr, "list the portset names and aliases the kernel answers"}},
+     .details = "PORTS counts all ports, those of the uplinks among them.",
+     .example = "qvs switch list --json",
+     .run = list},
+    {.noun = "switch",
+     .verb = "show",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show a switch and the kernel's information block",
+     .arguments = {kSwitchArgument},
+     .options = {kRaw},
+     .details = "The block is the kernel's own, 220 bytes, and is shown as it is.",
+     .example = "qvs switch show sw1",
+     .run = show},
+    {.noun = "switch",
+     .verb = "find",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "find a switch by portset name or alias",
+     .arguments = {},
+     .options = {{"--portset", "NAME", "the switch whose portset name NAME begins with"},
+                 {"--alias", "NAME", "the switch with this alias", Kind::Switch}},
+     .details = "The kernel id is the identifier that the kernel has for the alias on this host.",
+     .example = "qvs switch find --portset sw1",
+     .run = find},
+    {.noun = "switch",
+     .verb = "info",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the kernel's information block of a portset",
+     .arguments = {{"PORTSET", "name of the data path"}},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs switch info sw1 --raw sw1.bin",
+     .run = info},
+    {.noun = "switch",
+     .verb = "lag-table",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the kernel's link aggregation table",
+     .arguments = {kSwitchArgument},
+     .options = {kRaw},
+     .details = "The table is the kernel's own, 35588 bytes, and is shown as it is.",
+     .example = "qvs switch lag-table sw1 --raw lag.bin",
+     .run = lagTable},
+    {.noun = "switch",
+     .verb = "refresh-numa",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "have the kernel place the devices of a switch on NUMA nodes anew",
+     .arguments = {kSwitchArgument},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs switch refresh-numa sw1",
+     .run = refreshNuma},
+};
+
+}  // namespace
+
+const std::span<const Command> kSwitchCommands = kRows;
+
+}  // namespace qvs::cli

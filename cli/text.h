@@ -1,0 +1,54 @@
+// Text on its way in and out: names shown safely, numbers and bytes read strictly, lengths checked.
+#pragma once
+
+#include <fmt/format.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qvs::cli {
+
+using Bytes = std::span<const uint8_t>;
+
+// A name as a terminal may see it: control characters, backslashes and what is not UTF-8 are escaped.
+void appendShown(fmt::memory_buffer &out, std::string_view name);
+std::string shown(std::string_view name);
+// The same in single quotes and cut to a readable length, for messages.
+std::string inQuotes(std::string_view name);
+
+// Text in a fixed field that may lack its NUL.
+std::string_view boundedText(const void *field, size_t size);
+// The text of a value that is one printable C string with its NUL and nothing else.
+std::optional<std::string_view> printableText(Bytes value);
+
+std::string hex(Bytes bytes);
+std::string base64(Bytes bytes);
+// Lines of 16 bytes with their offset; lines like the one before are left out and marked by "*".
+void appendHexDump(fmt::memory_buffer &out, Bytes bytes);
+
+std::optional<uint32_t> parseNumber(std::string_view text);
+// Hexadecimal digits in pairs; blanks, colons and a leading 0x are allowed.
+std::optional<std::vector<uint8_t>> parseHex(std::string_view text);
+
+// What the records that hold a name have room for.
+struct Limit {
+    const char *what;
+    size_t characters;
+};
+inline constexpr Limit kAliasLimit{"alias", 80};
+inline constexpr Limit kSwitchIdLimit{"switch identifier", 63};
+inline constexpr Limit kPortsetLimit{"portset name", 127};
+inline constexpr Limit kPortIdLimit{"port identifier", 47};
+// An uplink's name is also the identifier of its port, which is the shorter of the two records.
+inline constexpr Limit kUplinkLimit{"uplink name", 47};
+inline constexpr Limit kLinkUplinkLimit{"uplink name in a link request", 31};
+
+// A usage failure when the name is empty or too long for its record.
+void requireFits(const Limit &limit, std::string_view name);
+
+}  // namespace qvs::cli

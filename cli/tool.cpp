@@ -1,0 +1,66 @@
+// qvs help, completion and manual: what the tool says about itself.
+#include "command.h"
+#include "failure.h"
+#include "help.h"
+#include "output.h"
+#include "run.h"
+#include "text.h"
+
+namespace qvs::cli {
+namespace {
+
+void help(const Arguments &arguments, Output &out) {
+    if (!arguments.given("NOUN")) return out.write(toolHelp());
+    std::vector<std::string> asked = {arguments.text("NOUN")};
+    if (arguments.given("VERB")) asked.push_back(arguments.text("VERB"));
+    out.write(helpFor(asked));
+}
+
+void completion(const Arguments &arguments, Output &out) {
+    if (arguments.text("SHELL") != "bash")
+        fail(Exit::Usage, "SHELL: {} is not 'bash'", inQuotes(arguments.text("SHELL")));
+    out.write(bashCompletion());
+}
+
+void manual(const Arguments &arguments, Output &out) {
+    out.write(arguments.given("--markdown") ? markdownManual() : manualPage());
+}
+
+const Command kRows[] = {
+    {.noun = "help",
+     .verb = nullptr,
+     .access = Access::Local,
+     .json = false,
+     .summary = "print the help of the tool, a noun or a command",
+     .arguments = {{"NOUN", "the noun", Kind::Word, true}, {"VERB", "the verb", Kind::Word, true}},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs help switch create",
+     .run = help},
+    {.noun = "completion",
+     .verb = nullptr,
+     .access = Access::Local,
+     .json = false,
+     .summary = "print the completion of a shell",
+     .arguments = {{"SHELL", "bash", Kind::Shell}},
+     .options = {},
+     .details = nullptr,
+     .example = "source <(qvs completion bash)",
+     .run = completion},
+    {.noun = "manual",
+     .verb = nullptr,
+     .access = Access::Local,
+     .json = false,
+     .summary = "print the manual page",
+     .arguments = {},
+     .options = {{"--markdown", nullptr, "print it as Markdown instead of troff"}},
+     .details = nullptr,
+     .example = "qvs manual | man -l -",
+     .run = manual},
+};
+
+}  // namespace
+
+const std::span<const Command> kToolCommands = kRows;
+
+}  // namespace qvs::cli
