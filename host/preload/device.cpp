@@ -94,13 +94,18 @@ int failLost() {
     return fail(errno == ETIMEDOUT ? ETIMEDOUT : EIO);
 }
 
+// The kernel names the program's memory by number.
+void *pointer(uint64_t address) {
+    return reinterpret_cast<void *>(address);  // NOLINT(performance-no-int-to-ptr)
+}
+
 // Copies like the kernel does: an address that cannot be read is an error, not a crash. A sandbox may forbid
 // the call; a plain copy then serves every program that passes good addresses.
 int copyFromProgram(void *target, uint64_t address, size_t size) {
     auto *bytes = static_cast<char *>(target);
     while (size != 0) {
         const iovec local = {bytes, size};
-        const iovec remote = {reinterpret_cast<void *>(address), size};
+        const iovec remote = {pointer(address), size};
         const ssize_t copied = process_vm_readv(getpid(), &local, 1, &remote, 1, 0);
         if (copied < 0 && (errno == EPERM || errno == ENOSYS)) {
             memcpy(bytes, remote.iov_base, size);
@@ -155,7 +160,7 @@ bool serveCopyOut(int descriptor, uint32_t payload) {
     while (left != 0) {
         char discarded[2048];
         const size_t most = error != 0 && left > sizeof discarded ? sizeof discarded : left;
-        void *target = error == 0 ? reinterpret_cast<void *>(address) : discarded;
+        void *target = error == 0 ? pointer(address) : discarded;
         const size_t received = wire::receiveSome(descriptor, target, most);
         if (received == 0 && (errno != EFAULT || error != 0)) return false;
         if (received == 0) error = EFAULT;

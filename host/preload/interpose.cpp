@@ -6,7 +6,6 @@
 #include <sys/ioctl.h>
 
 #include <atomic>
-#include <cstdarg>
 #include <cstdlib>
 #include <cstring>
 
@@ -77,12 +76,6 @@ const char *program(const char *path) {
     return shell == nullptr || *shell == '\0' ? path : shell;
 }
 
-// The mode is there only when a file may be created.
-mode_t modeOf(int flags, va_list arguments) {
-    if ((flags & O_CREAT) == 0 && (flags & O_TMPFILE) != O_TMPFILE) return 0;
-    return va_arg(arguments, mode_t);
-}
-
 // Requests that the kernel serves itself for every descriptor, before any device sees them.
 bool concernsDescriptor(unsigned long request) {
     return request == FIOCLEX || request == FIONCLEX;
@@ -91,18 +84,19 @@ bool concernsDescriptor(unsigned long request) {
 }  // namespace
 
 // The headers declare these functions with attributes and redirections of their own (a path that is "never
-// null"), so ours have other names here and get theirs from the assembler.
+// null"), so ours have other names here and get theirs from the assembler. Where the headers say "...", the
+// one argument that may follow arrives in its register like any other, and is passed on unread.
 #pragma GCC visibility push(default)
 extern "C" {
-int interposedOpen(const char *path, int flags, ...) __asm__("open");
-int interposedOpen64(const char *path, int flags, ...) __asm__("open64");
-int interposedOpenat(int directory, const char *path, int flags, ...) __asm__("openat");
-int interposedOpenat64(int directory, const char *path, int flags, ...) __asm__("openat64");
+int interposedOpen(const char *path, int flags, mode_t mode) __asm__("open");
+int interposedOpen64(const char *path, int flags, mode_t mode) __asm__("open64");
+int interposedOpenat(int directory, const char *path, int flags, mode_t mode) __asm__("openat");
+int interposedOpenat64(int directory, const char *path, int flags, mode_t mode) __asm__("openat64");
 int interposedOpen2(const char *path, int flags) __asm__("__open_2");
 int interposedOpen642(const char *path, int flags) __asm__("__open64_2");
 int interposedOpenat2(int directory, const char *path, int flags) __asm__("__openat_2");
 int interposedOpenat642(int directory, const char *path, int flags) __asm__("__openat64_2");
-int interposedIoctl(int descriptor, unsigned long request, ...) __asm__("ioctl");
+int interposedIoctl(int descriptor, unsigned long request, void *argument) __asm__("ioctl");
 int interposedExecve(const char *path, Arguments arguments, Arguments environment) __asm__("execve");
 int interposedExecv(const char *path, Arguments arguments) __asm__("execv");
 int interposedExecvp(const char *path, Arguments arguments) __asm__("execvp");
@@ -117,40 +111,24 @@ using qvs::preload::isDevice;
 using qvs::preload::isDevicePath;
 using qvs::preload::openDevice;
 
-int interposedOpen(const char *path, int flags, ...) {
+int interposedOpen(const char *path, int flags, mode_t mode) {
     if (isDevicePath(path)) return openDevice(path, flags);
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = modeOf(flags, arguments);
-    va_end(arguments);
     return next().open(path, flags, mode);
 }
 
-int interposedOpen64(const char *path, int flags, ...) {
+int interposedOpen64(const char *path, int flags, mode_t mode) {
     if (isDevicePath(path)) return openDevice(path, flags);
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = modeOf(flags, arguments);
-    va_end(arguments);
     return next().open64(path, flags, mode);
 }
 
 // A device path is absolute, so the directory does not matter.
-int interposedOpenat(int directory, const char *path, int flags, ...) {
+int interposedOpenat(int directory, const char *path, int flags, mode_t mode) {
     if (isDevicePath(path)) return openDevice(path, flags);
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = modeOf(flags, arguments);
-    va_end(arguments);
     return next().openat(directory, path, flags, mode);
 }
 
-int interposedOpenat64(int directory, const char *path, int flags, ...) {
+int interposedOpenat64(int directory, const char *path, int flags, mode_t mode) {
     if (isDevicePath(path)) return openDevice(path, flags);
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = modeOf(flags, arguments);
-    va_end(arguments);
     return next().openat64(directory, path, flags, mode);
 }
 
@@ -171,11 +149,7 @@ int interposedOpenat642(int directory, const char *path, int flags) {
     return isDevicePath(path) ? openDevice(path, flags) : next().openat642(directory, path, flags);
 }
 
-int interposedIoctl(int descriptor, unsigned long request, ...) {
-    va_list arguments;
-    va_start(arguments, request);
-    void *argument = va_arg(arguments, void *);
-    va_end(arguments);
+int interposedIoctl(int descriptor, unsigned long request, void *argument) {
     if (concernsDescriptor(request) || !isDevice(descriptor))
         return next().ioctl(descriptor, request, argument);
     return controlDevice(descriptor, request, reinterpret_cast<uint64_t>(argument));

@@ -41,8 +41,8 @@ class Writer {
     std::string buffer_;
 };
 
-// A payload being read. A field that is not there reads as zero or empty and makes the reader bad for good, so
-// that a caller checks once, at the end.
+// A payload being read. A field that is not there reads as zero or empty and makes the reader bad for good,
+// so that a caller checks once, at the end.
 class Reader {
   public:
     explicit Reader(std::string_view payload) : rest_(payload) {}

@@ -1,9 +1,9 @@
 // What travels over the Unix socket between the emulated kernel (qvs-hostd) and everything that talks to it:
 // the state library, the interposer, the emulated shell and the launcher.
 //
-// A message is an 8-byte head (payload length, kind; both u32) and a payload of fields in the order given below.
-// Integers are little-endian; text and bytes are a u32 length and that many bytes. One connection carries one
-// request at a time; every request is answered by exactly one Reply, except where noted.
+// A message is an 8-byte head (payload length, kind; both u32) and a payload of fields in the order given
+// below. Integers are little-endian; text and bytes are a u32 length and that many bytes. One connection
+// carries one request at a time; every request is answered by exactly one Reply, except where noted.
 #pragma once
 
 #include <cstdint>
@@ -24,23 +24,24 @@ enum class Kind : uint32_t {
     Reply = 1,
 
     // State library. Replies begin with a u32 status (HYP_ReturnStatus).
-    StateGet = 10,         // {} -> {status, bytes blob}
-    PropGet = 11,          // {u8 scope, text switchId, text portId, text key} -> {status, bytes value}
-    PropSet = 12,          // {u8 scope, text switchId, text portId, text key, bytes value, u32 type} -> {status}
-    PropClear = 13,        // {u8 scope, text switchId, text portId, text key} -> {status}
-    SwitchAdd = 14,        // {text switchId, text className, u32 maxPorts, u32 version} -> {status}
-    SwitchAssociate = 15,  // {text switchId} -> {status}
-    SwitchDissociate = 16, // {text switchId} -> {status}
-    SwitchRemove = 17,     // {text switchId} -> {status}
-    PortAdd = 18,          // {text switchId, text portId, bytes properties} -> {status}
-    PortRemove = 19,       // {text switchId, text portId} -> {status}
+    StateGet = 10,   // {} -> {status, bytes blob}
+    PropGet = 11,    // {u8 scope, text switchId, text portId, text key} -> {status, bytes value}
+    PropSet = 12,    // {u8 scope, text switchId, text portId, text key, bytes value, u32 type} -> {status}
+    PropClear = 13,  // {u8 scope, text switchId, text portId, text key} -> {status}
+    SwitchAdd = 14,  // {text switchId, text className, u32 maxPorts, u32 version} -> {status}
+    SwitchAssociate = 15,   // {text switchId} -> {status}
+    SwitchDissociate = 16,  // {text switchId} -> {status}
+    SwitchRemove = 17,      // {text switchId} -> {status}
+    PortAdd = 18,           // {text switchId, text portId, bytes properties} -> {status}
+    PortRemove = 19,        // {text switchId, text portId} -> {status}
 
     // Interposer. A connection is one open device; closing it closes the device.
-    DeviceOpen = 30,   // {text path} -> {u32 errno}
-    DeviceIoctl = 31,  // {u32 request, u64 argument} -> any number of CopyIn and CopyOut, then {i32 result, u32 errno}
-    CopyIn = 32,       // daemon to client: {u64 address, u32 length}; answered by Copied with the bytes
-    CopyOut = 33,      // daemon to client: {u64 address, bytes data}; answered by Copied without bytes
-    Copied = 34,       // client to daemon: {u32 errno, bytes data}
+    DeviceOpen = 30,  // {text path} -> {u32 errno}
+    DeviceIoctl =
+        31,  // {u32 request, u64 argument} -> any number of CopyIn and CopyOut, then {i32 result, u32 errno}
+    CopyIn = 32,   // daemon to client: {u64 address, u32 length}; answered by Copied with the bytes
+    CopyOut = 33,  // daemon to client: {u64 address, bytes data}; answered by Copied without bytes
+    Copied = 34,   // client to daemon: {u32 errno, bytes data}
 
     // Emulated shell: {u32 argc, argc * text} -> {u32 exit code, bytes standard output, bytes standard error}
     Shell = 40,
@@ -58,8 +59,8 @@ enum class Kind : uint32_t {
 enum class Scope : uint8_t { Global = 0, Host = 1, Port = 2 };
 
 // What clients are told by the launcher.
-constexpr char kSocketVariable[] = "QVS_HOST_SOCKET";   // the daemon's socket
-constexpr char kTreeshVariable[] = "QVS_HOST_TREESH";   // the emulated shell that stands in for /bin/treesh
+constexpr char kSocketVariable[] = "QVS_HOST_SOCKET";  // the daemon's socket
+constexpr char kTreeshVariable[] = "QVS_HOST_TREESH";  // the emulated shell that stands in for /bin/treesh
 
 // The eight device paths that belong to the emulated kernel.
 constexpr const char *kDevicePaths[] = {
