@@ -2,13 +2,19 @@
 #ifndef QVS_QVS_H
 #define QVS_QVS_H
 
+#include <qvs/bfd.h>
 #include <qvs/discovery.h>
 #include <qvs/dvs.h>
 #include <qvs/healthcheck.h>
 #include <qvs/hyp.h>
 #include <qvs/ipfixdvs.h>
+#include <qvs/ipfixhyp.h>
+#include <qvs/kcp.h>
+#include <qvs/livetracehyp.h>
 #include <qvs/mesh_public.h>
 #include <qvs/netdvs.h>
+#include <qvs/spfhyp.h>
+#include <qvs/tfhyp.h>
 #include <qvs/vsdvs.h>
 #include <qvs/vshyp.h>
 

@@ -90,9 +90,143 @@ QVS_API HYP_ReturnStatus VSHYP_SetUplinkAdminLinkState(const char *switchName, c
 /* Has the kernel place the devices of a switch on NUMA nodes anew. HYP_BAD_PARAM: null name. */
 QVS_API HYP_ReturnStatus VSHYP_RefreshDevNUMAInfo(const char *switchName);
 
+/* ------------------------------------------------------------------------------------------------------- *
+ * MAC tables and MAC learning
+ *
+ * A switch is named by its alias unless a parameter is called switchName. A distributed port is addressed by
+ * its text (47 characters are sent), and its switch must then be of class "vswitch".
+ * ------------------------------------------------------------------------------------------------------- */
+
+#define VSHYP_MAC_ENTRY_SIZE 86u
+#define VSHYP_STATIC_LECTX_SIZE 529u
+#define VSHYP_L2_SECURITY_SIZE 8u
+#define VSHYP_PORT_MAC_LEARNING_SIZE 14u
+#define VSHYP_MAC_LEARNING_STATS_SIZE 52u
+#define VSHYP_MAC_LEARNING_INFO_SIZE 88u
+
+/* What the kernel keeps for all switches of the host. */
+typedef struct QVS_PACKED VSHYP_GlobalMACLearningProps {
+    uint64_t first;
+    uint16_t second;
+} VSHYP_GlobalMACLearningProps;
+QVS_ASSERT_SIZE(VSHYP_GlobalMACLearningProps, 10);
+
+/* Counted lists of MAC entries, 86 bytes each: of a switch, of its team, of a port. The selector byte is the
+ * kernel's. HYP_BAD_PARAM: null argument. */
+QVS_API HYP_ReturnStatus VSHYP_GetMACTable(const char *alias, uint8_t tableSelector, void **table);
+QVS_API HYP_ReturnStatus VSHYP_GetTeamMACTable(const char *alias, uint8_t tableSelector, void **table);
+QVS_API HYP_ReturnStatus VSHYP_GetPortMACTable(const char *alias, const char *dvPortId, uint8_t tableSelector,
+                                               void **table);
+
+/* Counted lists of static learning contexts, 529 bytes each: of a switch, of a port. */
+QVS_API HYP_ReturnStatus VSHYP_GetStaticLectx(const char *alias, void **table);
+QVS_API HYP_ReturnStatus VSHYP_GetPortStaticLectx(const char *alias, const char *dvPortId, void **table);
+
+/* Counted lists of a switch: learning per port (14 bytes each), learning statistics (52), layer-2 security
+ * (8). */
+QVS_API HYP_ReturnStatus VSHYP_GetMACLearningAllPorts(const char *alias, void **ports);
+QVS_API HYP_ReturnStatus VSHYP_GetSwitchMACLearningStats(const char *alias, void **stats);
+QVS_API HYP_ReturnStatus VSHYP_GetL2Security(const char *alias, void **table);
+
+/* Learning statistics of a port - named first, its switch second - 52 bytes into the caller's buffer, which
+ * is cleared first. */
+QVS_API HYP_ReturnStatus VSHYP_GetPortMACLearningStats(const char *dvPortId, const char *alias, void *stats);
+
+/* Learning information of a switch: 88 bytes into the caller's buffer, untouched on failure. */
+QVS_API HYP_ReturnStatus VSHYP_GetSwitchMACLearningInfo(const char *switchName, void *info);
+
+/* The host-wide learning properties, a VSHYP_GlobalMACLearningProps of the caller. */
+QVS_API HYP_ReturnStatus VSHYP_GetGlobalMACLearningProps(void *props);
+QVS_API HYP_ReturnStatus VSHYP_SetGlobalMACLearningProps(const void *props);
+
+/*
+ * Adds an entry, 86 bytes, to a port's MAC table, or removes it. The port goes by dvPortId, or when that is
+ * null by its kernel number; only then is portNumber used.
+ */
+QVS_API HYP_ReturnStatus VSHYP_SetPortMACTable(const char *alias, const char *dvPortId, uint32_t portNumber,
+                                               const void *macEntry);
+QVS_API HYP_ReturnStatus VSHYP_ClearPortMACTable(const char *alias, const char *dvPortId, uint32_t portNumber,
+                                                 const void *macEntry);
+
+/* ------------------------------------------------------------------------------------------------------- *
+ * Mirror sessions, multicast, teaming and options at run time
+ * ------------------------------------------------------------------------------------------------------- */
+
+#define VSHYP_RARP_STATS_SIZE 16u
+#define VSHYP_SERVICE_PORT_TEAMING_STATS_SIZE 48u
+#define VSHYP_RUNTIME_OPTIONS_SIZE 4096u
+#define VSHYP_PROMISC_DST_SIZE 4u
+#define VSHYP_MIRROR_SESSION_ID_SIZE 32u
+#define VSHYP_MIRROR_STATS_SIZE 121u
+#define VSHYP_MIRROR_AGENT_STATS_SIZE 76u
+#define VSHYP_SWITCH_MCAST_FILTER_SIZE 20u
+#define VSHYP_LS_TEAMING_NAME_SIZE 136u
+#define VSHYP_LS_TEAMING_ENTRY_SIZE 2748u
+
+/* Kinds of multicast filters, and with them the size of an address: 6, 4 or 16 bytes. */
+#define VSHYP_MCAST_MAC 0
+#define VSHYP_MCAST_IPV4 2
+#define VSHYP_MCAST_IPV6 3
+
+/* Reverse-ARP statistics (16 bytes) and service-port teaming statistics (48) of a switch, by its kernel name,
+ * into the caller's buffer, which is cleared first. */
+QVS_API HYP_ReturnStatus VSHYP_GetRARPStats(const char *switchName, void *stats);
+QVS_API HYP_ReturnStatus VSHYP_GetServicePortTeamingStats(const char *switchName, void *stats);
+
+/* The options named by count identifiers, or all of them when there are none: a block of 4096 bytes. The
+ * pointer is null after a failure. */
+QVS_API HYP_ReturnStatus VSHYP_GetRuntimeOptions(const uint16_t *optionIds, uint16_t count, void **options);
+
+/* Changes options; the first word of the block is its length in bytes. */
+QVS_API HYP_ReturnStatus VSHYP_SetRuntimeOptions(const uint32_t *block);
+
+/* Counted lists of a switch: active destinations of its promiscuous session (4 bytes each), identifiers of
+ * its mirror sessions (32). */
+QVS_API HYP_ReturnStatus VSHYP_GetPromiscSessionActiveDsts(const char *alias, void **dsts);
+QVS_API HYP_ReturnStatus VSHYP_GetDVMirrorSessionIDs(const char *alias, void **ids);
+
+/* Statistics of one mirror session (31 characters of its name are sent), 121 bytes, and of the mirror agent,
+ * 76 bytes, into the caller's buffer. */
+QVS_API HYP_ReturnStatus VSHYP_GetDVMirrorSessionStats(const char *alias, const char *sessionName,
+                                                       void *stats);
+QVS_API HYP_ReturnStatus VSHYP_GetDVMirrorAgentWorldStats(void *stats);
+
 /* The multicast filter mode that the running switch has, as the kernel numbers it; untouched on failure.
  * HYP_BAD_PARAM: null argument. */
 QVS_API HYP_ReturnStatus VSHYP_GetMcastFilterMode(const char *switchName, uint32_t *mode);
+
+/* The multicast filters of a port, a counted list of addresses of the kind asked for. HYP_BAD_PARAM: null
+ * argument, or no such kind (the kernel is asked for the count all the same). */
+QVS_API HYP_ReturnStatus VSHYP_GetMcastFilters(const char *switchName, uint32_t filterPort,
+                                               int32_t filterType, void **filters);
+
+/* The multicast filters of a switch, a counted list of 20-byte entries; value is the kernel's. */
+QVS_API HYP_ReturnStatus VSHYP_GetSwitchMcastFilters(const char *switchName, uint32_t value, void **filters);
+
+/* Statistics of one group (4 or 16 bytes): a 28-byte header with a 32-bit count at byte 20, and that many
+ * addresses. HYP_BAD_PARAM: null argument, or another kind than IPv4 and IPv6. */
+QVS_API HYP_ReturnStatus VSHYP_GetMcastFilterStats(const char *switchName, uint32_t filterPort,
+                                                   int32_t filterType, const void *group, void **stats);
+
+/* The teaming policy of the port with this kernel number: a name of 136 bytes into the caller's buffer, which
+ * is cleared first and begins with NUL after a failure. */
+QVS_API HYP_ReturnStatus VSHYP_GetPortLSTeamingPolicyName(uint32_t portId, char *name);
+
+/* The logical-switch teaming policies of a switch: a 32-bit count and that many entries of 2748 bytes. */
+QVS_API HYP_ReturnStatus VSHYP_GetLSTeamingPolicyTable(const char *alias, void **table);
+
+/* ------------------------------------------------------------------------------------------------------- *
+ * Route table
+ * ------------------------------------------------------------------------------------------------------- */
+
+/* Sends a block to the route-table module under a command of 32 bits; a block starts with a 32-bit count and
+ * is count * 136 + 9 bytes long for an operation, count * 5 + 132 for a modification. HYP_BAD_PARAM: null
+ * block, or one longer than 32 bits can say. */
+QVS_API HYP_ReturnStatus VSHYP_RTMOp(const uint32_t *block, uint32_t command);
+QVS_API HYP_ReturnStatus VSHYP_RTMModOp(const uint32_t *block, uint32_t command);
+
+/* An operation on a port: two words and a flag byte, sent as given. */
+QVS_API HYP_ReturnStatus VSHYP_RTMPortOp(uint32_t first, uint32_t second, uint8_t flag);
 
 QVS_EXTERN_C_END
 

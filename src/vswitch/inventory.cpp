@@ -15,16 +15,8 @@ constexpr size_t kAliasSize = 81;
 
 SwitchRequest forUplink(const char *switchName, const char *uplinkName) {
     SwitchRequest request = SwitchRequest::named(switchName);
-    copyText(request.uplinkName, uplinkName);
+    copyText(request.link.uplinkName, uplinkName);
     return request;
-}
-
-// The request record of a switch named by alias.
-HYP_ReturnStatus forAlias(const char *alias, SwitchRequest &request) {
-    PortsetName name;
-    if (const HYP_ReturnStatus status = name.resolve(alias); status != HYP_OK) return status;
-    copyText(request.switchName, name.text);
-    return HYP_OK;
 }
 
 // A record that the kernel writes into a local area and that only then becomes a buffer of the caller.
@@ -57,8 +49,8 @@ using namespace qvs;
 
 extern "C" HYP_ReturnStatus VSHYP_GetUplinks(const char *switchName, void **uplinks) {
     if (switchName == nullptr || uplinks == nullptr) return HYP_BAD_PARAM;
-    return fetchCountedList(SwitchCommand::GetUplinks, SwitchRequest::named(switchName),
-                            VSHYP_UPLINK_ENTRY_SIZE, uplinks);
+    return fetchSwitchList(SwitchCommand::GetUplinks, SwitchRequest::named(switchName),
+                           {VSHYP_UPLINK_ENTRY_SIZE}, uplinks);
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetUplinkLinkState(const char *switchName, const char *uplinkName,
@@ -84,7 +76,7 @@ extern "C" HYP_ReturnStatus VSHYP_GetLAGTable(const char *switchName, void **lag
 extern "C" HYP_ReturnStatus VSHYP_GetSwitchInfo(const char *alias, void **info) {
     if (alias == nullptr || info == nullptr) return HYP_BAD_PARAM;
     SwitchRequest request;
-    if (const HYP_ReturnStatus status = forAlias(alias, request); status != HYP_OK) return status;
+    if (const HYP_ReturnStatus status = request.nameByAlias(alias); status != HYP_OK) return status;
     return fetchRecord<VSHYP_SWITCH_INFO_SIZE>(SwitchCommand::GetSwitchInfo, request, info);
 }
 
@@ -97,10 +89,7 @@ extern "C" HYP_ReturnStatus VSHYP_GetVSInfo(const char *switchName, void *info) 
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetSwitchPortInfo(const char *alias, void **ports) {
-    if (alias == nullptr || ports == nullptr) return HYP_BAD_PARAM;
-    SwitchRequest request;
-    if (const HYP_ReturnStatus status = forAlias(alias, request); status != HYP_OK) return status;
-    return fetchCountedList(SwitchCommand::GetSwitchPortInfo, request, VSHYP_PORT_INFO_SIZE, ports);
+    return fetchListByAlias(SwitchCommand::GetSwitchPortInfo, alias, {VSHYP_PORT_INFO_SIZE}, ports);
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetPortInfo(const char *alias, const char *dvPortId, void **info) {
@@ -137,8 +126,8 @@ extern "C" HYP_ReturnStatus VSHYP_GetSwitches(uint32_t selector, void **switches
     *switches = nullptr;
 
     VSHYP_ListHeader header = {kNoAnswer, 0};
-    static_cast<void>(
-        switchRequest(SwitchCommand::GetSwitches, &selector, sizeof selector, &header, sizeof header));
+    const Area input = {&selector, sizeof selector};
+    static_cast<void>(switchRequest(SwitchCommand::GetSwitches, input, Area{&header, sizeof header}));
     if (header.count == kNoAnswer) return HYP_FAILURE;
 
     const uint32_t entrySize =
@@ -150,8 +139,8 @@ extern "C" HYP_ReturnStatus VSHYP_GetSwitches(uint32_t selector, void **switches
         header.word = selector;
         std::memcpy(buffer.get(), &header, sizeof header);
     } else {
-        const HYP_ReturnStatus status = switchRequest(SwitchCommand::GetSwitches, &selector, sizeof selector,
-                                                      buffer.get(), static_cast<uint32_t>(size));
+        const HYP_ReturnStatus status =
+            switchRequest(SwitchCommand::GetSwitches, input, Area{buffer.get(), static_cast<uint32_t>(size)});
         if (status != HYP_OK) return status;
     }
     *switches = buffer.release();
@@ -171,11 +160,11 @@ extern "C" HYP_ReturnStatus VSHYP_SetUplinkAdminLinkState(const char *switchName
                                                           int32_t state) {
     if (switchName == nullptr || uplinkName == nullptr) return HYP_BAD_PARAM;
     SwitchRequest request = forUplink(switchName, uplinkName);
-    request.linkState = state != 0 ? 1 : 0;
-    return switchRequest(SwitchCommand::SetUplinkAdminLinkState, request, nullptr, 0);
+    request.link.linkState = state != 0 ? 1 : 0;
+    return switchRequest(SwitchCommand::SetUplinkAdminLinkState, request);
 }
 
 extern "C" HYP_ReturnStatus VSHYP_RefreshDevNUMAInfo(const char *switchName) {
     if (switchName == nullptr) return HYP_BAD_PARAM;
-    return switchRequest(SwitchCommand::RefreshDevNumaInfo, SwitchRequest::named(switchName), nullptr, 0);
+    return switchRequest(SwitchCommand::RefreshDevNumaInfo, SwitchRequest::named(switchName));
 }

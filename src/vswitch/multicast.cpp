@@ -1,6 +1,35 @@
 // The running multicast state of a switch.
+#include <cstring>
+
 #include "qvs/vshyp.h"
 #include "vswitch/request.h"
+
+namespace qvs {
+namespace {
+
+// The size of an address of a filter: a MAC, an IPv4 or an IPv6 address; 0 for a type that there is not.
+uint32_t addressSize(int32_t filterType) {
+    switch (filterType) {
+        case VSHYP_MCAST_MAC:
+            return 6;
+        case VSHYP_MCAST_IPV4:
+            return 4;
+        case VSHYP_MCAST_IPV6:
+            return 16;
+        default:
+            return 0;
+    }
+}
+
+SwitchRequest forFilter(const char *switchName, uint32_t port, uint32_t type) {
+    SwitchRequest request = SwitchRequest::named(switchName);
+    request.filter.port = port;
+    request.filter.type = type;
+    return request;
+}
+
+}  // namespace
+}  // namespace qvs
 
 using namespace qvs;
 
@@ -11,4 +40,34 @@ extern "C" HYP_ReturnStatus VSHYP_GetMcastFilterMode(const char *switchName, uin
                                                   SwitchRequest::named(switchName), &answer, sizeof answer);
     if (status == HYP_OK) *mode = answer;
     return status;
+}
+
+// The type is judged only after the kernel has been asked for the count.
+extern "C" HYP_ReturnStatus VSHYP_GetMcastFilters(const char *switchName, uint32_t filterPort,
+                                                  int32_t filterType, void **filters) {
+    if (switchName == nullptr || filters == nullptr) return HYP_BAD_PARAM;
+    return fetchSwitchList(SwitchCommand::GetMcastFilters,
+                           forFilter(switchName, filterPort, static_cast<uint32_t>(filterType)),
+                           {addressSize(filterType)}, filters);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetSwitchMcastFilters(const char *switchName, uint32_t value,
+                                                        void **filters) {
+    if (switchName == nullptr || filters == nullptr) return HYP_BAD_PARAM;
+    return fetchSwitchList(SwitchCommand::GetSwitchMcastFilters, forFilter(switchName, 0, value),
+                           {VSHYP_SWITCH_MCAST_FILTER_SIZE}, filters);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetMcastFilterStats(const char *switchName, uint32_t filterPort,
+                                                      int32_t filterType, const void *group, void **stats) {
+    if (switchName == nullptr || group == nullptr || stats == nullptr) return HYP_BAD_PARAM;
+    if (filterType != VSHYP_MCAST_IPV4 && filterType != VSHYP_MCAST_IPV6) return HYP_BAD_PARAM;
+    const uint32_t size = addressSize(filterType);
+    SwitchRequest request = forFilter(switchName, filterPort, static_cast<uint32_t>(filterType));
+    std::memcpy(request.filter.group, group, size);
+    constexpr uint32_t kHeaderSize = 28;
+    constexpr uint32_t kCountOffset = 20;
+    return fetchSwitchList(SwitchCommand::GetMcastFilterStats, request,
+                           {.entrySize = size, .headerSize = kHeaderSize, .countOffset = kCountOffset},
+                           stats);
 }

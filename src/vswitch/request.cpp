@@ -1,42 +1,46 @@
 // Sending requests to /dev/vswitch.
 #include "vswitch/request.h"
 
-#include <cstring>
-
-#include "core/heap.h"
-#include "qvs/vshyp.h"
+#include "core/identity.h"
 
 namespace qvs {
 
-HYP_ReturnStatus switchRequest(SwitchCommand command, const void *in, uint32_t inLength, void *out,
-                               uint32_t outLength) {
-    RequestFrame frame = {
-        .inLength = inLength,
-        .outLength = outLength,
-        .inAddress = reinterpret_cast<uintptr_t>(in),
-        .outAddress = reinterpret_cast<uintptr_t>(out),
-    };
-    return HYPIoctl("/dev/vswitch", static_cast<int>(command), &frame);
+HYP_ReturnStatus SwitchRequest::nameByAlias(const char *alias) {
+    PortsetName portset;
+    const HYP_ReturnStatus status = portset.resolve(alias);
+    if (status == HYP_OK) copyText(switchName, portset.text);
+    return status;
 }
 
-HYP_ReturnStatus fetchCountedList(SwitchCommand command, const SwitchRequest &request, uint32_t entrySize,
-                                  void **list) {
-    VSHYP_ListHeader header = {};
-    HYP_ReturnStatus status = switchRequest(command, request, &header, sizeof header);
-    if (status != HYP_OK) return status;
+HYP_ReturnStatus SwitchRequest::identifyByAlias(const char *alias) {
+    SwitchId id;
+    const HYP_ReturnStatus status = id.resolve(alias);
+    if (status == HYP_OK) copyText(switchName, id.text);
+    return status;
+}
 
-    *list = nullptr;
-    const uint64_t size = uint64_t{header.count} * entrySize + sizeof header;
-    HeapBytes buffer = allocateZeroed(size);
-    if (buffer == nullptr) return HYP_NO_MEMORY;
-    if (header.count == 0) {
-        std::memcpy(buffer.get(), &header, sizeof header);
-    } else {
-        status = switchRequest(command, request, buffer.get(), static_cast<uint32_t>(size));
-        if (status != HYP_OK) return status;
-    }
-    *list = buffer.release();
-    return HYP_OK;
+HYP_ReturnStatus switchRequest(SwitchCommand command, Area in, Area out) {
+    return request<AlignedFrame>("/dev/vswitch", static_cast<uint32_t>(command), in, out);
+}
+
+HYP_ReturnStatus fetchSwitchList(SwitchCommand command, const SwitchRequest &request, const ListShape &shape,
+                                 void **list) {
+    const auto ask = [&](ListPhase, Area out) {
+        return switchRequest(command, Area{&request, sizeof request}, out);
+    };
+    HeapBytes buffer;
+    bool counted = false;
+    const HYP_ReturnStatus status = fetchList(shape, ask, buffer, counted);
+    if (counted) *list = buffer.release();
+    return status;
+}
+
+HYP_ReturnStatus fetchListByAlias(SwitchCommand command, const char *alias, const ListShape &shape,
+                                  void **list) {
+    if (alias == nullptr || list == nullptr) return HYP_BAD_PARAM;
+    SwitchRequest request;
+    if (const HYP_ReturnStatus status = request.nameByAlias(alias); status != HYP_OK) return status;
+    return fetchSwitchList(command, request, shape, list);
 }
 
 }  // namespace qvs

@@ -1,50 +1,22 @@
-// Requests on /dev/vswitch: the frame that every request travels in, the input record that nearly all share,
-// and the two ways of asking: once, or for a count first and then for a list.
+// Requests on /dev/vswitch: their commands, the input record that nearly all share, and asking.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-
+#include "core/request.h"
 #include "core/text.h"
-#include "qvs/hyp.h"
 
 namespace qvs {
 
-// The ioctl argument; addresses are user addresses, 0 where there is no area.
-struct RequestFrame {
-    uint32_t inLength;
-    uint32_t outLength;
-    uint64_t inAddress;
-    uint64_t outAddress;
-};
-static_assert(sizeof(RequestFrame) == 24);
-static_assert(offsetof(RequestFrame, inAddress) == 8 && offsetof(RequestFrame, outAddress) == 16);
-
-// The input record. It starts as zeros; a request fills what it names with copyText or plain numbers.
-struct SwitchRequest {
-    char switchName[128] = {};
-    union {
-        char portName[48] = {};  // a distributed port's identifier,
-        uint32_t portId;         // or the kernel's port number
-    };
-    char uplinkName[32] = {};
-    uint32_t linkState = 0;
-    uint8_t unused[52] = {};
-    uint32_t portNumber = 0;
-
-    // A record that names a switch, cut to 127 characters.
-    static SwitchRequest named(const char *switchName) {
-        SwitchRequest request;
-        copyText(request.switchName, switchName);
-        return request;
-    }
-};
-static_assert(sizeof(SwitchRequest) == 268);
-static_assert(offsetof(SwitchRequest, portName) == 128 && offsetof(SwitchRequest, uplinkName) == 176);
-static_assert(offsetof(SwitchRequest, linkState) == 208 && offsetof(SwitchRequest, portNumber) == 264);
-
-enum class SwitchCommand : int {
+enum class SwitchCommand : uint32_t {
+    GetRarpStats = 0x1001,
+    GetServicePortTeamingStats = 0x1002,
+    GetRuntimeOptions = 0x1003,
+    GetPromiscSessionActiveDsts = 0x1004,
+    GetMirrorSessionIds = 0x1005,
+    GetMirrorSessionStats = 0x1006,
     GetMcastFilterMode = 0x1007,
+    GetMcastFilters = 0x1008,
+    GetSwitchMcastFilters = 0x1009,
+    GetMcastFilterStats = 0x100a,
     GetUplinks = 0x100b,
     GetUplinkLinkState = 0x100c,
     GetUplinkLacpLinkState = 0x100d,
@@ -52,26 +24,100 @@ enum class SwitchCommand : int {
     GetSwitchInfo = 0x1010,
     GetSwitchPortInfo = 0x1013,
     GetPortInfo = 0x1014,
+    GetMacTable = 0x1017,
+    GetStaticLectx = 0x1018,
+    GetPortMacTable = 0x1019,
+    GetPortStaticLectx = 0x101a,
+    GetTeamMacTable = 0x101b,
+    GetPortMacLearningStats = 0x101c,
+    GetGlobalMacLearningProps = 0x101d,
+    GetSwitchMacLearningInfo = 0x101e,
+    GetMacLearningAllPorts = 0x101f,
+    GetSwitchMacLearningStats = 0x1020,
+    GetL2Security = 0x1021,
     GetTeamUplinkHint = 0x1022,
     GetUplinkDvPortId = 0x1023,
+    GetPortLsTeamingPolicyName = 0x1024,
+    GetLsTeamingPolicyTable = 0x1025,
     GetSwitches = 0x1026,
     AliasToSwitchId = 0x1027,
+    SetRuntimeOptions = 0x2001,
     SetUplinkAdminLinkState = 0x2002,
+    SetPortMacTable = 0x2003,
+    ClearPortMacTable = 0x2004,
+    SetGlobalMacLearningProps = 0x2005,
     RefreshDevNumaInfo = 0x2006,
+    GetMirrorAgentWorldStats = 0x2007,  // only reads, whatever its number says
 };
 
-// Issues one request; either area may be null with length 0.
-HYP_ReturnStatus switchRequest(SwitchCommand command, const void *in, uint32_t inLength, void *out,
-                               uint32_t outLength);
-inline HYP_ReturnStatus switchRequest(SwitchCommand command, const SwitchRequest &request, void *out,
-                                      uint32_t outLength) {
-    return switchRequest(command, &request, sizeof request, out, outLength);
+// The input record. It starts as zeros; a request fills what it names. Text that does not fit is cut.
+struct SwitchRequest {
+    char switchName[128] = {};  // the kernel's name; where a distributed port is addressed, the identifier
+    union {
+        char dvPortId[48] = {};  // a distributed port's identifier,
+        uint32_t portId;         // or the kernel's port number
+    };
+    // Each command reads the rest its own way.
+    union {
+        uint8_t area[88] = {};
+        struct {
+            char uplinkName[32];
+            uint32_t linkState;
+        } link;
+        uint8_t macEntry[86];
+        struct {
+            uint8_t unused[6];
+            uint8_t selector;
+        } table;
+        struct QVS_PACKED {
+            uint64_t first;
+            uint16_t second;
+        } learning;
+        char mirrorSession[32];
+        struct {
+            uint32_t port;
+            uint32_t type;
+            uint8_t group[16];
+        } filter;
+    };
+    uint32_t portNumber = 0;
+
+    // A record that names a switch.
+    static SwitchRequest named(const char *switchName) {
+        SwitchRequest request;
+        copyText(request.switchName, switchName);
+        return request;
+    }
+
+    // Names the switch that has this alias, by the name of its portset.
+    HYP_ReturnStatus nameByAlias(const char *alias);
+
+    // Names the switch that has this alias by its identifier, as requests on a distributed port do.
+    HYP_ReturnStatus identifyByAlias(const char *alias);
+};
+static_assert(sizeof(SwitchRequest) == 268);
+static_assert(offsetof(SwitchRequest, dvPortId) == 128 && offsetof(SwitchRequest, area) == 176);
+static_assert(offsetof(SwitchRequest, link.linkState) == 208);
+static_assert(offsetof(SwitchRequest, table.selector) == 182);
+static_assert(offsetof(SwitchRequest, learning.second) == 184);
+static_assert(offsetof(SwitchRequest, filter.type) == 180 && offsetof(SwitchRequest, filter.group) == 184);
+static_assert(offsetof(SwitchRequest, portNumber) == 264);
+
+// Issues one request with input and output areas of any kind.
+HYP_ReturnStatus switchRequest(SwitchCommand command, Area in, Area out);
+
+// Issues one request with the common record; `out`, if any, is filled by the kernel.
+inline HYP_ReturnStatus switchRequest(SwitchCommand command, const SwitchRequest &request,
+                                      void *out = nullptr, uint32_t outLength = 0) {
+    return switchRequest(command, Area{&request, sizeof request}, Area{out, outLength});
 }
 
-// Count, then fetch: asks for the count, allocates *list for it and asks again, once. *list is untouched when
-// the first request fails, null after any later failure; without entries it is the header alone. The count in
-// the fetched buffer is whatever the kernel wrote there.
-HYP_ReturnStatus fetchCountedList(SwitchCommand command, const SwitchRequest &request, uint32_t entrySize,
+// Fetches a list. *list is untouched when the first request fails, and null after any later failure.
+HYP_ReturnStatus fetchSwitchList(SwitchCommand command, const SwitchRequest &request, const ListShape &shape,
+                                 void **list);
+
+// The same for a list that is asked for by alias; HYP_BAD_PARAM for null arguments.
+HYP_ReturnStatus fetchListByAlias(SwitchCommand command, const char *alias, const ListShape &shape,
                                   void **list);
 
 }  // namespace qvs

@@ -1,0 +1,96 @@
+// Requests on the kernel's devices: one type per frame layout, and count-then-fetch for all lists.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+#include "core/heap.h"
+#include "qvs/hyp.h"
+
+namespace qvs {
+
+// An input or output area of a request; null with length 0 where there is none.
+struct Area {
+    const void *bytes = nullptr;
+    uint32_t length = 0;
+
+    uint64_t address() const { return reinterpret_cast<uintptr_t>(bytes); }
+};
+
+// The frame of the switch, route-table, IPFIX and SPF devices.
+struct AlignedFrame {
+    uint32_t inLength;
+    uint32_t outLength;
+    uint64_t inAddress;
+    uint64_t outAddress;
+
+    AlignedFrame(Area in, Area out)
+        : inLength(in.length), outLength(out.length), inAddress(in.address()), outAddress(out.address()) {}
+};
+static_assert(sizeof(AlignedFrame) == 24);
+static_assert(offsetof(AlignedFrame, inAddress) == 8 && offsetof(AlignedFrame, outAddress) == 16);
+
+// The frame of the traceflow, live-trace and BFD devices: each length is followed by its address.
+struct QVS_PACKED PackedFrame {
+    uint32_t inLength;
+    uint64_t inAddress;
+    uint32_t outLength;
+    uint64_t outAddress;
+
+    PackedFrame(Area in, Area out)
+        : inLength(in.length), inAddress(in.address()), outLength(out.length), outAddress(out.address()) {}
+};
+static_assert(sizeof(PackedFrame) == 24);
+static_assert(offsetof(PackedFrame, inAddress) == 4 && offsetof(PackedFrame, outAddress) == 16);
+
+// One request through HYPIoctl.
+template <typename Frame>
+HYP_ReturnStatus request(const char *device, uint32_t command, Area in, Area out) {
+    Frame frame(in, out);
+    return HYPIoctl(device, static_cast<int>(command), &frame);
+}
+
+// What a list looks like: a header with the count in it, and entries of one size behind the header.
+struct ListShape {
+    uint32_t entrySize;  // 0: there is no such list, which shows only once the count is known
+    uint32_t headerSize = 8;
+    uint32_t countOffset = 0;
+    uint32_t countLength = headerSize;  // of the area that the count request fills
+    bool presetCount = false;           // the count stands in the buffer before it is fetched
+    bool fetchEmpty = false;            // an empty list is fetched like any other
+
+    static constexpr uint32_t kMaxHeader = 28;
+};
+
+enum class ListPhase : uint8_t { Count, Fetch };
+
+// Count, then fetch, once: `ask` is called with the phase and the output area and answers a status. `counted`
+// tells whether the first request succeeded. The list is null after every failure; its count is whatever the
+// kernel wrote there.
+template <typename Ask>
+HYP_ReturnStatus fetchList(const ListShape &shape, Ask ask, HeapBytes &list, bool &counted) {
+    uint8_t header[ListShape::kMaxHeader] = {};
+    HYP_ReturnStatus status = ask(ListPhase::Count, Area{header, shape.countLength});
+    counted = status == HYP_OK;
+    if (status != HYP_OK) return status;
+    if (shape.entrySize == 0) return HYP_BAD_PARAM;
+
+    uint32_t count;
+    std::memcpy(&count, header + shape.countOffset, sizeof count);
+    const uint64_t size = uint64_t{count} * shape.entrySize + shape.headerSize;
+    HeapBytes buffer = allocateZeroed(size);
+    if (buffer == nullptr) return HYP_NO_MEMORY;
+    if (shape.presetCount) std::memcpy(buffer.get() + shape.countOffset, &count, sizeof count);
+    if (count == 0 && !shape.fetchEmpty) {
+        std::memcpy(buffer.get(), header, shape.headerSize);
+    } else {
+        status = ask(ListPhase::Fetch, Area{buffer.get(), static_cast<uint32_t>(size)});
+        if (status != HYP_OK) return status;
+    }
+    list = std::move(buffer);
+    return HYP_OK;
+}
+
+}  // namespace qvs

@@ -1,0 +1,137 @@
+// Forwarding tables of a switch and the state of its MAC learning.
+#include <cstring>
+
+#include "qvs/vshyp.h"
+#include "vswitch/request.h"
+
+namespace qvs {
+namespace {
+
+// A table of a switch, chosen by a selector byte.
+HYP_ReturnStatus selectTable(SwitchCommand command, const char *alias, uint8_t selector, void **table) {
+    if (alias == nullptr || table == nullptr) return HYP_BAD_PARAM;
+    SwitchRequest request;
+    if (const HYP_ReturnStatus status = request.nameByAlias(alias); status != HYP_OK) return status;
+    request.table.selector = selector;
+    return fetchSwitchList(command, request, {VSHYP_MAC_ENTRY_SIZE}, table);
+}
+
+// The request record for one distributed port.
+HYP_ReturnStatus forPort(const char *alias, const char *dvPortId, SwitchRequest &request) {
+    if (const HYP_ReturnStatus status = request.identifyByAlias(alias); status != HYP_OK) return status;
+    if (dvPortId == nullptr) return HYP_BAD_PARAM;
+    copyText(request.dvPortId, dvPortId);
+    return HYP_OK;
+}
+
+// A port is addressed by its text, or by its kernel number when there is no text.
+void addressPort(SwitchRequest &request, const char *dvPortId, uint32_t portNumber) {
+    if (dvPortId != nullptr) {
+        copyText(request.dvPortId, dvPortId);
+    } else {
+        request.portNumber = portNumber;
+    }
+}
+
+}  // namespace
+}  // namespace qvs
+
+using namespace qvs;
+
+extern "C" HYP_ReturnStatus VSHYP_GetMACTable(const char *alias, uint8_t tableSelector, void **table) {
+    return selectTable(SwitchCommand::GetMacTable, alias, tableSelector, table);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetTeamMACTable(const char *alias, uint8_t tableSelector, void **table) {
+    return selectTable(SwitchCommand::GetTeamMacTable, alias, tableSelector, table);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetPortMACTable(const char *alias, const char *dvPortId,
+                                                  uint8_t tableSelector, void **table) {
+    if (table == nullptr) return HYP_BAD_PARAM;
+    SwitchRequest request;
+    if (const HYP_ReturnStatus status = forPort(alias, dvPortId, request); status != HYP_OK) return status;
+    request.table.selector = tableSelector;
+    return fetchSwitchList(SwitchCommand::GetPortMacTable, request, {VSHYP_MAC_ENTRY_SIZE}, table);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetStaticLectx(const char *alias, void **table) {
+    return fetchListByAlias(SwitchCommand::GetStaticLectx, alias, {VSHYP_STATIC_LECTX_SIZE}, table);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetPortStaticLectx(const char *alias, const char *dvPortId, void **table) {
+    if (table == nullptr) return HYP_BAD_PARAM;
+    SwitchRequest request;
+    if (const HYP_ReturnStatus status = forPort(alias, dvPortId, request); status != HYP_OK) return status;
+    return fetchSwitchList(SwitchCommand::GetPortStaticLectx, request, {VSHYP_STATIC_LECTX_SIZE}, table);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetMACLearningAllPorts(const char *alias, void **ports) {
+    return fetchListByAlias(SwitchCommand::GetMacLearningAllPorts, alias, {VSHYP_PORT_MAC_LEARNING_SIZE},
+                            ports);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetSwitchMACLearningStats(const char *alias, void **stats) {
+    return fetchListByAlias(SwitchCommand::GetSwitchMacLearningStats, alias, {VSHYP_MAC_LEARNING_STATS_SIZE},
+                            stats);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetL2Security(const char *alias, void **table) {
+    return fetchListByAlias(SwitchCommand::GetL2Security, alias, {VSHYP_L2_SECURITY_SIZE}, table);
+}
+
+// Port first, alias second: the order is the interface's.
+extern "C" HYP_ReturnStatus VSHYP_GetPortMACLearningStats(const char *dvPortId, const char *alias,
+                                                          void *stats) {
+    if (stats == nullptr) return HYP_BAD_PARAM;
+    SwitchRequest request;
+    if (const HYP_ReturnStatus status = forPort(alias, dvPortId, request); status != HYP_OK) return status;
+    std::memset(stats, 0, VSHYP_MAC_LEARNING_STATS_SIZE);
+    return switchRequest(SwitchCommand::GetPortMacLearningStats, request, stats,
+                         VSHYP_MAC_LEARNING_STATS_SIZE);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetSwitchMACLearningInfo(const char *switchName, void *info) {
+    if (switchName == nullptr || info == nullptr) return HYP_BAD_PARAM;
+    return switchRequest(SwitchCommand::GetSwitchMacLearningInfo, SwitchRequest::named(switchName), info,
+                         VSHYP_MAC_LEARNING_INFO_SIZE);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetGlobalMACLearningProps(void *props) {
+    if (props == nullptr) return HYP_BAD_PARAM;
+    return switchRequest(SwitchCommand::GetGlobalMacLearningProps, SwitchRequest(), props,
+                         sizeof(VSHYP_GlobalMACLearningProps));
+}
+
+extern "C" HYP_ReturnStatus VSHYP_SetGlobalMACLearningProps(const void *props) {
+    if (props == nullptr) return HYP_BAD_PARAM;
+    VSHYP_GlobalMACLearningProps given;
+    std::memcpy(&given, props, sizeof given);
+    SwitchRequest request;
+    request.learning.first = given.first;
+    request.learning.second = given.second;
+    return switchRequest(SwitchCommand::SetGlobalMacLearningProps, request);
+}
+
+// Without a port text the switch goes by its portset name here, and by its identifier in the clear below.
+extern "C" HYP_ReturnStatus VSHYP_SetPortMACTable(const char *alias, const char *dvPortId,
+                                                  uint32_t portNumber, const void *macEntry) {
+    if (macEntry == nullptr) return HYP_BAD_PARAM;
+    SwitchRequest request;
+    const HYP_ReturnStatus status =
+        dvPortId != nullptr ? request.identifyByAlias(alias) : request.nameByAlias(alias);
+    if (status != HYP_OK) return status;
+    addressPort(request, dvPortId, portNumber);
+    std::memcpy(request.macEntry, macEntry, sizeof request.macEntry);
+    return switchRequest(SwitchCommand::SetPortMacTable, request);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_ClearPortMACTable(const char *alias, const char *dvPortId,
+                                                    uint32_t portNumber, const void *macEntry) {
+    if (macEntry == nullptr) return HYP_BAD_PARAM;
+    SwitchRequest request;
+    if (const HYP_ReturnStatus status = request.identifyByAlias(alias); status != HYP_OK) return status;
+    addressPort(request, dvPortId, portNumber);
+    std::memcpy(request.macEntry, macEntry, sizeof request.macEntry);
+    return switchRequest(SwitchCommand::ClearPortMacTable, request);
+}

@@ -1,0 +1,29 @@
+// The running mirror sessions of a switch.
+#include "qvs/vshyp.h"
+#include "vswitch/request.h"
+
+using namespace qvs;
+
+extern "C" HYP_ReturnStatus VSHYP_GetPromiscSessionActiveDsts(const char *alias, void **dsts) {
+    return fetchListByAlias(SwitchCommand::GetPromiscSessionActiveDsts, alias, {VSHYP_PROMISC_DST_SIZE},
+                            dsts);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetDVMirrorSessionIDs(const char *alias, void **ids) {
+    return fetchListByAlias(SwitchCommand::GetMirrorSessionIds, alias, {VSHYP_MIRROR_SESSION_ID_SIZE}, ids);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetDVMirrorSessionStats(const char *alias, const char *sessionName,
+                                                          void *stats) {
+    if (alias == nullptr || sessionName == nullptr || stats == nullptr) return HYP_BAD_PARAM;
+    SwitchRequest request;
+    if (const HYP_ReturnStatus status = request.nameByAlias(alias); status != HYP_OK) return status;
+    copyText(request.mirrorSession, sessionName);
+    return switchRequest(SwitchCommand::GetMirrorSessionStats, request, stats, VSHYP_MIRROR_STATS_SIZE);
+}
+
+extern "C" HYP_ReturnStatus VSHYP_GetDVMirrorAgentWorldStats(void *stats) {
+    if (stats == nullptr) return HYP_BAD_PARAM;
+    return switchRequest(SwitchCommand::GetMirrorAgentWorldStats, Area{},
+                         Area{stats, VSHYP_MIRROR_AGENT_STATS_SIZE});
+}
