@@ -21,7 +21,9 @@ constexpr VSDVS_PortMACLearning kPortDefault = {0, 0, 4096, 0};
 
 // The three low bytes; the fourth one of the record is nobody's here.
 uint32_t agingTimeOf(const VSDVS_MACLearning &record) {
-    return record.agingTime[0] | record.agingTime[1] << 8 | record.agingTime[2] << 16;
+    uint32_t seconds = 0;
+    std::memcpy(&seconds, record.agingTime, sizeof record.agingTime);
+    return seconds;
 }
 
 // A key that was never set is cleared already; one that cannot be read is not touched.

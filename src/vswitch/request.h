@@ -50,6 +50,25 @@ enum class SwitchCommand : uint32_t {
     GetMirrorAgentWorldStats = 0x2007,  // only reads, whatever its number says
 };
 
+// What the commands read behind the names, each its own way.
+struct LinkFields {
+    char uplinkName[32];
+    uint32_t linkState;
+};
+struct TableFields {
+    uint8_t unused[6];
+    uint8_t selector;
+};
+struct QVS_PACKED LearningFields {
+    uint64_t first;
+    uint16_t second;
+};
+struct FilterFields {
+    uint32_t port;
+    uint32_t type;
+    uint8_t group[16];
+};
+
 // The input record. It starts as zeros; a request fills what it names. Text that does not fit is cut.
 struct SwitchRequest {
     char switchName[128] = {};  // the kernel's name; where a distributed port is addressed, the identifier
@@ -57,28 +76,14 @@ struct SwitchRequest {
         char dvPortId[48] = {};  // a distributed port's identifier,
         uint32_t portId;         // or the kernel's port number
     };
-    // Each command reads the rest its own way.
     union {
         uint8_t area[88] = {};
-        struct {
-            char uplinkName[32];
-            uint32_t linkState;
-        } link;
+        LinkFields link;
         uint8_t macEntry[86];
-        struct {
-            uint8_t unused[6];
-            uint8_t selector;
-        } table;
-        struct QVS_PACKED {
-            uint64_t first;
-            uint16_t second;
-        } learning;
+        TableFields table;
+        LearningFields learning;
         char mirrorSession[32];
-        struct {
-            uint32_t port;
-            uint32_t type;
-            uint8_t group[16];
-        } filter;
+        FilterFields filter;
     };
     uint32_t portNumber = 0;
 
