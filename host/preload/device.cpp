@@ -9,9 +9,11 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 
 #include "wire/protocol.h"
 #include "wire/stream.h"
@@ -203,6 +205,36 @@ const char *hostSocket() {
     return path == nullptr || *path == '\0' ? nullptr : path;
 }
 
+// The connection gets a name of its own in the abstract namespace. By its beginning it is known for a device
+// wherever it is inherited or passed to, whatever the environment there and however the daemon's path is
+// spelled.
+constexpr char kDeviceMark[11] = {'\0', 'q', 'v', 's', '-', 'd', 'e', 'v', 'i', 'c', 'e'};
+
+struct DeviceName {
+    sa_family_t family = AF_UNIX;
+    char mark[sizeof kDeviceMark];
+    char number[17];  // so that every name is another one
+};
+
+bool nameDevice(int connection) {
+    static std::atomic<uint64_t> counter;
+    DeviceName name;
+    memcpy(name.mark, kDeviceMark, sizeof kDeviceMark);
+    for (int attempts = 0; attempts < 100; ++attempts) {
+        timespec now;
+        clock_gettime(CLOCK_MONOTONIC, &now);
+        uint64_t number = counter.fetch_add(1, std::memory_order_relaxed) << 52 ^
+                          static_cast<uint64_t>(getpid()) << 32 ^ static_cast<uint64_t>(now.tv_nsec);
+        for (char &digit : name.number) {
+            digit = static_cast<char>('a' + number % 16);
+            number /= 16;
+        }
+        if (bind(connection, reinterpret_cast<const sockaddr *>(&name), sizeof name) == 0) return true;
+        if (errno != EADDRINUSE) return false;
+    }
+    return false;
+}
+
 bool sendOpen(int connection, const char *path) {
     const auto length = static_cast<uint32_t>(strlen(path));
     struct {
@@ -242,22 +274,21 @@ int openDevice(const char *path, int flags) {
         // Nobody listens: to the program, a machine without this device.
         return errno == ECONNREFUSED || errno == ENAMETOOLONG ? fail(ENOENT) : -1;
     }
-    const int error = sendOpen(connection, path) ? receiveOpened(connection) : EIO;
+    const bool asked = nameDevice(connection) && sendOpen(connection, path);
+    const int error = asked ? receiveOpened(connection) : EIO;
     if (error == 0) return finish(connection, savedErrno);
     close(connection);
     return fail(error);
 }
 
 bool isDevice(int descriptor) {
-    const char *path = hostSocket();
-    if (path == nullptr) return false;
     const int savedErrno = errno;
-    sockaddr_un peer;
-    socklen_t length = sizeof peer;
-    memset(&peer, 0, sizeof peer);
-    const bool connected = getpeername(descriptor, reinterpret_cast<sockaddr *>(&peer), &length) == 0;
+    sockaddr_un own;
+    socklen_t length = sizeof own;
+    const bool named = getsockname(descriptor, reinterpret_cast<sockaddr *>(&own), &length) == 0;
     errno = savedErrno;
-    return connected && peer.sun_family == AF_UNIX && strncmp(peer.sun_path, path, sizeof peer.sun_path) == 0;
+    return named && length == sizeof(DeviceName) && own.sun_family == AF_UNIX &&
+           memcmp(own.sun_path, kDeviceMark, sizeof kDeviceMark) == 0;
 }
 
 int controlDevice(int descriptor, unsigned long request, uint64_t argument) {
