@@ -1,0 +1,287 @@
+// Messages of a client, and the requests that are one message and one reply.
+#include "kernel/connection.h"
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstring>
+
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+#include <asio/buffer.hpp>
+#include <asio/write.hpp>
+
+#include "kernel/control.h"
+#include "kernel/state_requests.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr size_t kChunk = 16 << 10;
+// A follower that does not read is let go before its lines fill the memory.
+constexpr size_t kMaxPendingLines = 64u << 20;
+
+}  // namespace
+
+Connection::Connection(Socket socket, Server &server)
+    : socket_(std::move(socket)), server_(server), timer_(server.io()), chunk_(kChunk) {}
+
+Connection::~Connection() {
+    if (follower_) kernel().trace.unfollow(*follower_);
+}
+
+void Connection::next() {
+    wire::Head head;
+    const size_t available = received_.size() - taken_;
+    if (available < sizeof head) return receiveMore();
+    std::memcpy(&head, received_.data() + taken_, sizeof head);
+    if (head.length > wire::kMaxRequest) return drop(fmt::format("a message of {} bytes", head.length));
+    if (available < sizeof head + head.length) return receiveMore();
+    std::string payload = received_.substr(taken_ + sizeof head, head.length);
+    taken_ += sizeof head + head.length;
+    handle(static_cast<Kind>(head.kind), std::move(payload));
+}
+
+void Connection::receiveMore() {
+    received_.erase(0, taken_);
+    taken_ = 0;
+    socket_.async_read_some(asio::buffer(chunk_),
+                            [self = shared_from_this()](const asio::error_code &error, size_t size) {
+                                if (error) return self->ended();
+                                self->received_.append(self->chunk_.data(), size);
+                                self->next();
+                            });
+}
+
+void Connection::handle(Kind kind, std::string payload) {
+    if (copied_) {
+        wire::Reader reader(payload);
+        const auto error = static_cast<int>(reader.u32());
+        const std::string_view data = reader.text();
+        const size_t expected = error == 0 ? copiedLength_ : 0;
+        if (kind != Kind::Copied || !reader.complete() || data.size() != expected) {
+            return drop("an answer to a copy that makes no sense");
+        }
+        return std::exchange(copied_, {})(error, data);
+    }
+    if (isStateRequest(kind)) return serveState(kind, payload);
+    switch (kind) {
+        case Kind::DeviceOpen:
+            return serveOpen(payload);
+        case Kind::DeviceIoctl:
+            return serveIoctl(payload);
+        case Kind::Shell:
+            return serveShell(payload);
+        case Kind::Control:
+            return serveControl(payload);
+        case Kind::TraceFollow:
+            return serveFollow();
+        case Kind::Lease:
+            return serveLease();
+        default:
+            return drop(fmt::format("a message of kind {}", static_cast<uint32_t>(kind)));
+    }
+}
+
+void Connection::ended() {
+    if (received_.size() != taken_) spdlog::info("client left in the middle of a message");
+    if (device_ != nullptr) {
+        if (kernel().trace.active())
+            kernel().trace.write(fmt::format("device close {}", quote(device_->path)));
+        device_ = nullptr;
+    }
+    if (!leased_) return;
+    leased_ = false;
+    if (server_.leaseClosed()) {
+        server_.keepUntilExit(shared_from_this());
+    } else {
+        send(wire::Writer(Kind::Reply), [] {});
+    }
+}
+
+void Connection::drop(std::string_view reason) {
+    spdlog::info("connection closed: {}", reason);
+    received_.clear();
+    taken_ = 0;
+    copied_ = {};
+    ended();
+    asio::error_code ignored;
+    socket_.close(ignored);
+}
+
+void Connection::send(wire::Writer message, std::function<void()> then) {
+    sendParts(std::string(message.bytes()), {}, std::move(then));
+}
+
+void Connection::sendParts(std::string message, Blob tail, std::function<void()> then) {
+    sending_ = std::move(message);
+    sendingTail_ = std::move(tail);
+    const std::array<asio::const_buffer, 2> parts = {
+        asio::buffer(sending_), asio::buffer(sendingTail_.bytes.data(), sendingTail_.bytes.size())};
+    asio::async_write(
+        socket_, parts,
+        [self = shared_from_this(), then = std::move(then)](const asio::error_code &error, size_t) {
+            self->sendingTail_ = {};
+            if (error) return self->ended();
+            if (then) return then();
+            self->next();
+        });
+}
+
+bool Connection::watched() const {
+    return kernel().trace.active() || !kernel().faults.empty();
+}
+
+void Connection::underFaults(const std::string &line, std::function<void(const Effect &)> perform) {
+    if (kernel().faults.empty()) return perform(Effect{});
+    Effect effect = kernel().faults.match(line);
+    if (effect.delayMs == 0) {
+        begin(effect);
+        return perform(effect);
+    }
+    timer_.expires_after(std::chrono::milliseconds(effect.delayMs));
+    timer_.async_wait(
+        [self = shared_from_this(), effect, perform = std::move(perform)](const asio::error_code &error) {
+            if (error) return;
+            self->begin(effect);
+            perform(effect);
+        });
+}
+
+void Connection::begin(const Effect &effect) {
+    if (effect.kill == Effect::Kill::Before) raise(SIGKILL);
+    for (const auto &lab : effect.labs) {
+        try {
+            applyLab(*lab, kernel().model, kernel().store);
+        } catch (const std::exception &error) {
+            spdlog::info("fault: the lab change failed: {}", error.what());
+        }
+    }
+    kernel().store.dieAtCommit(effect.kill == Effect::Kill::Middle);
+}
+
+void Connection::carriedOut(const Effect &effect) {
+    // A request that had nothing to commit dies here.
+    if (effect.kill == Effect::Kill::Middle) raise(SIGKILL);
+    if (effect.kill == Effect::Kill::After) raise(SIGKILL);
+}
+
+void Connection::record(const std::string &line) {
+    if (kernel().trace.active()) kernel().trace.write(line);
+}
+
+void Connection::serveState(Kind kind, const std::string &payload) {
+    const auto parsed = parseStateRequest(kind, payload);
+    if (!parsed) return drop(fmt::format("a malformed request of kind {}", static_cast<uint32_t>(kind)));
+    const std::string line = watched() ? describe(*parsed) : std::string();
+    const auto reply = [self = shared_from_this()](const StateAnswer &answer) {
+        wire::Writer message(Kind::Reply);
+        message.u32(static_cast<uint32_t>(answer.status));
+        if (answer.blob.owner == nullptr) {
+            if (answer.hasValue) message.text(answer.value);
+            return self->send(std::move(message));
+        }
+        // The head already counts what follows it.
+        const size_t whole =
+            message.bytes().size() - sizeof(wire::Head) + sizeof(uint32_t) + answer.blob.bytes.size();
+        message.u32(static_cast<uint32_t>(answer.blob.bytes.size()));
+        std::string start(message.bytes());
+        const auto length = static_cast<uint32_t>(whole);
+        std::memcpy(start.data() + offsetof(wire::Head, length), &length, sizeof length);
+        self->sendParts(std::move(start), answer.blob, {});
+    };
+    underFaults(line, [this, kind, payload, line, reply](const Effect &effect) {
+        const StateRequest request = *parseStateRequest(kind, payload);
+        StateAnswer answer = effect.fails() ? failed(request, effect.statusOr()) : execute(request, kernel());
+        carriedOut(effect);
+        changeValue(effect, &answer);
+        if (kernel().trace.active()) record(line + describe(answer));
+        reply(answer);
+    });
+}
+
+void Connection::serveShell(const std::string &payload) {
+    wire::Reader reader(payload);
+    const uint32_t count = reader.u32();
+    std::vector<std::string> words;
+    for (uint32_t i = 0; i < count && words.size() * sizeof(uint32_t) < payload.size(); ++i) {
+        words.emplace_back(reader.text());
+    }
+    if (!reader.complete() || words.size() != count) return drop("a malformed shell request");
+    std::string line = "shell treesh";
+    for (const std::string &word : words)
+        line += " " + shellWord(word);
+    underFaults(line, [this, self = shared_from_this(), words, line](const Effect &effect) {
+        ShellResult result;
+        if (effect.fails()) {
+            result = {effect.exitOr(), {}, "treesh: this failure was asked for\n"};
+        } else {
+            result = runGuarded(words);
+        }
+        carriedOut(effect);
+        effect.change(&result.out, wire::kMaxRequest);
+        record(fmt::format("{} -> exit {}", line, result.exitCode));
+        wire::Writer message(Kind::Reply);
+        message.u32(static_cast<uint32_t>(result.exitCode)).text(result.out).text(result.err);
+        send(std::move(message));
+    });
+}
+
+ShellResult Connection::runGuarded(const std::vector<std::string> &words) try {
+    return runShell(kernel().model, {words.begin(), words.end()});
+} catch (const StoreError &error) {
+    logStoreFailure(kernel().store, error);
+    return {1, {}, fmt::format("treesh: {}\n", error.what())};
+}
+
+void Connection::serveControl(const std::string &payload) {
+    wire::Reader reader(payload);
+    const std::string_view text = reader.text();
+    if (!reader.complete()) return drop("a malformed control request");
+    const ControlAnswer answer = runControl(text, server_);
+    wire::Writer message(Kind::Reply);
+    message.text(answer.json);
+    if (!answer.stops) return send(std::move(message));
+    send(std::move(message), [self = shared_from_this()] {
+        self->server_.keepUntilExit(self);
+        self->server_.stop();
+    });
+}
+
+void Connection::serveFollow() {
+    if (follower_) return drop("a second request to follow the trace");
+    send(wire::Writer(Kind::Reply), [self = shared_from_this()] {
+        // The trace holds no connection: one that goes away takes its follower along.
+        self->follower_ = self->kernel().trace.follow([connection = self.get()](std::string_view line) {
+            connection->lines_ += wire::Writer(Kind::TraceLine).text(line).bytes();
+            if (connection->lines_.size() > kMaxPendingLines) {
+                asio::error_code ignored;
+                connection->socket_.shutdown(Socket::shutdown_both, ignored);
+                connection->lines_.clear();
+            }
+            connection->flushLines();
+        });
+        self->next();
+    });
+}
+
+void Connection::flushLines() {
+    if (flushing_ || lines_.empty()) return;
+    flushing_ = true;
+    sending_ = std::exchange(lines_, {});
+    asio::async_write(socket_, asio::buffer(sending_),
+                      [self = shared_from_this()](const asio::error_code &error, size_t) {
+                          self->flushing_ = false;
+                          if (!error) self->flushLines();
+                      });
+}
+
+void Connection::serveLease() {
+    if (leased_) return drop("a second lease on one connection");
+    leased_ = true;
+    server_.leaseOpened();
+    send(wire::Writer(Kind::Reply));
+}
+
+}  // namespace qvs::kernel

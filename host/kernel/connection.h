@@ -1,0 +1,93 @@
+// One client: its messages in order, each answered before the next is looked at.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kernel/device.h"
+#include "kernel/server.h"
+#include "kernel/shell.h"
+#include "wire/message.h"
+
+namespace qvs::kernel {
+
+class Connection : public std::enable_shared_from_this<Connection> {
+  public:
+    using Socket = asio::local::stream_protocol::socket;
+
+    Connection(Socket socket, Server &server);
+    ~Connection();
+    Connection(const Connection &) = delete;
+    Connection &operator=(const Connection &) = delete;
+
+    void start() { next(); }
+
+  private:
+    using Kind = wire::Kind;
+    // What the client answers to CopyIn and CopyOut.
+    using Copied = std::function<void(int error, std::string_view data)>;
+    struct Ioctl;
+
+    // Messages: taken from the buffer, or waited for.
+    void next();
+    void receiveMore();
+    void handle(Kind kind, std::string payload);
+    void ended();
+    // One log line, and the connection is closed.
+    void drop(std::string_view reason);
+
+    // Sends a message and goes on with `then`, by default with the client's next message.
+    void send(wire::Writer message, std::function<void()> then = {});
+    void sendParts(std::string message, Blob tail, std::function<void()> then);
+
+    // Runs `perform` with what fault injection has in mind for the request that `line` describes.
+    void underFaults(const std::string &line, std::function<void(const Effect &)> perform);
+    void begin(const Effect &effect);
+    // To be called when the request was carried out: the moment to die for a fault that says so.
+    void carriedOut(const Effect &effect);
+    void record(const std::string &line);
+    bool watched() const;
+
+    void serveState(Kind kind, const std::string &payload);
+    void serveShell(const std::string &payload);
+    ShellResult runGuarded(const std::vector<std::string> &words);
+    void serveControl(const std::string &payload);
+    void serveFollow();
+    void serveLease();
+    void flushLines();
+
+    void serveOpen(const std::string &payload);
+    void serveIoctl(const std::string &payload);
+    void fetchInput(std::shared_ptr<Ioctl> ioctl);
+    void perform(std::shared_ptr<Ioctl> ioctl);
+    Result callDevice(const Command &command, const Call &call);
+    void deliver(std::shared_ptr<Ioctl> ioctl, size_t sent);
+    void finishIoctl(const Ioctl &ioctl, int error);
+    void copyIn(uint64_t address, uint32_t length, Copied then);
+    void copyOut(uint64_t address, std::string_view data, Copied then);
+
+    Kernel &kernel() const { return server_.kernel(); }
+
+    Socket socket_;
+    Server &server_;
+    asio::steady_timer timer_;
+    std::vector<char> chunk_;
+    std::string received_;
+    size_t taken_ = 0;
+    std::string sending_;
+    Blob sendingTail_;
+
+    const Device *device_ = nullptr;
+    Copied copied_;  // set while an answer of the client is awaited
+    uint32_t copiedLength_ = 0;
+    bool leased_ = false;
+    std::optional<uint64_t> follower_;
+    std::string lines_;  // trace lines on their way to a follower
+    bool flushing_ = false;
+};
+
+}  // namespace qvs::kernel

@@ -1,0 +1,153 @@
+// Control requests: a table of operations.
+#include "kernel/control.h"
+
+#include <unistd.h>
+
+#include <cstring>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "kernel/json_members.h"
+#include "kernel/lab.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+using nlohmann::json;
+
+json describeSwitch(const Model &model, const Switch &sw) {
+    auto uplinks = json::array();
+    for (const Nic *nic : model.boundNics(sw))
+        uplinks.push_back({{"nic", nic->name}, {"port", nic->port->id}});
+    return {{"id", sw.id},
+            {"alias", sw.alias()},
+            {"class", sw.className},
+            {"version", sw.version},
+            {"maxPorts", sw.maxPorts},
+            {"portset", sw.portset == nullptr ? json() : json(sw.portset->name)},
+            {"ports", sw.ports.size()},
+            {"uplinks", uplinks}};
+}
+
+json describeNic(const Nic &nic) {
+    const auto &mac = nic.mac;
+    return {{"name", nic.name},
+            {"link", nic.link ? "up" : "down"},
+            {"admin", nic.admin ? "up" : "down"},
+            {"speedMbps", nic.speedMbps},
+            {"mtu", nic.mtu},
+            {"mac", fmt::format("{:02x}:{:02x}:{:02x}:{:02x}:{:02x}:{:02x}", mac[0], mac[1], mac[2], mac[3],
+                                mac[4], mac[5])},
+            {"switch", nic.port == nullptr ? json() : json(nic.port->owner->id)},
+            {"port", nic.port == nullptr ? json() : json(nic.port->id)}};
+}
+
+json status(Members, Server &server) {
+    const Kernel &kernel = server.kernel();
+    const Model &model = kernel.model;
+    auto switches = json::array();
+    for (const auto &[row, sw] : model.switches())
+        switches.push_back(describeSwitch(model, *sw));
+    auto portsets = json::array();
+    for (const auto &[number, portset] : model.portsets()) {
+        portsets.push_back({{"name", portset->name},
+                            {"number", number},
+                            {"capacity", portset->capacity},
+                            {"mtu", portset->mtu},
+                            {"switch", portset->owner == nullptr ? json() : json(portset->owner->id)}});
+    }
+    auto nics = json::array();
+    for (const auto &nic : model.nics())
+        nics.push_back(describeNic(*nic));
+    return {{"pid", getpid()},
+            {"uptimeSeconds", server.uptime().count()},
+            {"state", server.options().directory},
+            {"staysWithoutLease", !server.options().whileLeased},
+            {"leases", server.leases()},
+            {"trace", kernel.trace.file().empty() ? json() : json(kernel.trace.file())},
+            {"switches", switches},
+            {"ports", model.portCount()},
+            {"portsets", portsets},
+            {"nics", nics},
+            {"faults", kernel.faults.list()}};
+}
+
+json reset(Members members, Server &server) {
+    members.any("op");
+    members.finish();
+    server.kernel().model.reset();
+    return json::object();
+}
+
+json seed(Members members, Server &server) {
+    members.any("op");
+    const json *lab = members.any("lab");
+    if (lab == nullptr) members.fail("lab", "is missing");
+    members.finish();
+    applyLab(parseLab(*lab), server.kernel().model, server.kernel().store);
+    return json::object();
+}
+
+json traceFile(Members members, Server &server) {
+    members.any("op");
+    const std::string path = members.text("path");
+    members.finish();
+    if (const int error = server.kernel().trace.openFile(path); error != 0) {
+        throw JsonError(fmt::format("the trace {} cannot be opened: {}", path, std::strerror(error)));
+    }
+    return json::object();
+}
+
+struct Operation {
+    std::string_view name;
+    json (*run)(Members members, Server &server);
+};
+
+constexpr Operation kOperations[] = {
+    {"status", status}, {"reset", reset},          {"stop", [](Members, Server &) { return json::object(); }},
+    {"seed", seed},     {"trace.file", traceFile},
+};
+
+json runFault(std::string_view name, const json &request, Faults &faults) {
+    if (name == "fault.add") return {{"id", faults.add(request)}};
+    if (name == "fault.list") return {{"faults", faults.list()}};
+    if (name == "fault.clear") faults.clear();
+    return json::object();
+}
+
+}  // namespace
+
+ControlAnswer runControl(std::string_view request, Server &server) {
+    ControlAnswer answer;
+    json reply;
+    try {
+        const json parsed = json::parse(request);
+        Members members(parsed, "request");
+        const std::string name = members.text("op");
+        bool known = false;
+        for (const Operation &operation : kOperations) {
+            if (operation.name != name) continue;
+            reply = operation.run(members, server);
+            known = true;
+        }
+        if (name == "fault.add" || name == "fault.list" || name == "fault.clear") {
+            reply = runFault(name, parsed, server.kernel().faults);
+            known = true;
+        }
+        if (!known) members.fail("op", "is not an operation: " + name);
+        reply["ok"] = true;
+        answer.stops = name == "stop";
+    } catch (const StoreError &error) {
+        logStoreFailure(server.kernel().store, error);
+        reply = {{"ok", false}, {"error", error.what()}};
+    } catch (const std::exception &error) {
+        reply = {{"ok", false}, {"error", error.what()}};
+    }
+    // Names may hold any bytes; JSON is UTF-8.
+    answer.json = reply.dump(-1, ' ', false, json::error_handler_t::replace);
+    return answer;
+}
+
+}  // namespace qvs::kernel

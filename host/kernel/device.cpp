@@ -1,0 +1,82 @@
+// The table of devices, and reading and writing of wire records.
+#include "kernel/device.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "wire/protocol.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+template <typename T>
+T numberAt(std::string_view bytes, size_t offset) {
+    T value{};
+    if (offset + sizeof value <= bytes.size()) std::memcpy(&value, bytes.data() + offset, sizeof value);
+    return value;
+}
+
+std::span<const Device> devices() {
+    static const Device kDevices[] = {
+        {"/dev/vswitch", kNaturalFrame, vswitchCommands()},
+        {"/dev/ipfix", kNaturalFrame, {}},
+        {"/dev/traceflow", kPackedFrame, {}},
+        {"/dev/livetrace", kPackedFrame, {}},
+        {"/crate/devices/char/hypdriver/rtm", kNaturalFrame, {}},
+        {"/crate/devices/char/hypdriver/tarn_bfd", kPackedFrame, {}},
+        {"/crate/devices/char/hypdriver/kcp", kOutputFrame, {}},
+        {"/crate/devices/char/hypdriver/tarn-spf", kNaturalFrame, {}},
+    };
+    static_assert(std::size(kDevices) == std::size(wire::kDevicePaths));
+    return kDevices;
+}
+
+}  // namespace
+
+const Device *findDevice(std::string_view path) {
+    for (const Device &device : devices()) {
+        if (path == device.path) return &device;
+    }
+    return nullptr;
+}
+
+const Command *Device::find(uint32_t number) const {
+    const auto found = std::find_if(commands.begin(), commands.end(),
+                                    [&](const Command &command) { return command.number == number; });
+    return found == commands.end() ? nullptr : &*found;
+}
+
+Frame readFrame(const FrameLayout &layout, std::string_view bytes) {
+    Frame frame;
+    if (layout.inLength != FrameLayout::kNone) {
+        frame.inLength = u32At(bytes, layout.inLength);
+        frame.inAddress = u64At(bytes, layout.inAddress);
+    }
+    frame.outLength = u32At(bytes, layout.outLength);
+    frame.outAddress = u64At(bytes, layout.outAddress);
+    return frame;
+}
+
+uint32_t u32At(std::string_view bytes, size_t offset) {
+    return numberAt<uint32_t>(bytes, offset);
+}
+
+uint64_t u64At(std::string_view bytes, size_t offset) {
+    return numberAt<uint64_t>(bytes, offset);
+}
+
+std::string_view textAt(std::string_view bytes, size_t offset, size_t width) {
+    return offset >= bytes.size() ? std::string_view{} : untilNul(bytes.substr(offset, width));
+}
+
+Record &Record::text(size_t offset, size_t width, std::string_view value) {
+    return bytes(offset, value.substr(0, width - 1));
+}
+
+Record &Record::bytes(size_t offset, std::string_view value) {
+    bytes_.replace(offset, value.size(), value);
+    return *this;
+}
+
+}  // namespace qvs::kernel

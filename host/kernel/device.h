@@ -1,0 +1,118 @@
+// The emulated kernel's devices: the layout of each one's request frame, and a table of commands.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "kernel/model.h"
+
+namespace qvs::kernel {
+
+// One request as a handler sees it: frame and input were fetched from the client's memory.
+struct Call {
+    Model &model;
+    uint32_t command = 0;
+    std::string_view input;  // at least as long as the command says
+    uint32_t outLength = 0;  // what the client has room for
+};
+
+// What goes back. Output beyond the client's room is dropped by the caller.
+struct Result {
+    int error = 0;
+    std::string output;
+};
+
+struct Command {
+    uint32_t number = 0;
+    const char *name = nullptr;
+    uint32_t minInput = 0;
+    Result (*handle)(const Call &call) = nullptr;
+};
+
+// Offsets of the frame's fields: u32 lengths, u64 addresses. A frame without an input has kNone there.
+struct FrameLayout {
+    static constexpr size_t kNone = SIZE_MAX;
+    size_t size = 0;
+    size_t inLength = kNone;
+    size_t inAddress = kNone;
+    size_t outLength = 0;
+    size_t outAddress = 0;
+};
+
+constexpr FrameLayout kNaturalFrame = {
+    .size = 24, .inLength = 0, .inAddress = 8, .outLength = 4, .outAddress = 16};
+constexpr FrameLayout kPackedFrame = {
+    .size = 24, .inLength = 0, .inAddress = 4, .outLength = 12, .outAddress = 16};
+constexpr FrameLayout kOutputFrame = {.size = 16, .outLength = 4, .outAddress = 8};
+
+struct Frame {
+    uint32_t inLength = 0;
+    uint64_t inAddress = 0;
+    uint32_t outLength = 0;
+    uint64_t outAddress = 0;
+};
+Frame readFrame(const FrameLayout &layout, std::string_view bytes);
+
+struct Device {
+    const char *path = nullptr;
+    FrameLayout frame;
+    std::span<const Command> commands;
+
+    const Command *find(uint32_t number) const;
+};
+
+// Null for a path that is none of ours.
+const Device *findDevice(std::string_view path);
+
+// The commands of each device with a model; the table of devices is in device.cpp.
+std::span<const Command> vswitchCommands();
+
+// Fields of fetched records and frames; what lies beyond the end reads as zero.
+uint32_t u32At(std::string_view bytes, size_t offset);
+uint64_t u64At(std::string_view bytes, size_t offset);
+// A text field: up to its NUL or its end.
+std::string_view textAt(std::string_view bytes, size_t offset, size_t width);
+
+// A record to be answered: zeros until a field is put.
+class Record {
+  public:
+    explicit Record(size_t size) : bytes_(size, '\0') {}
+
+    template <typename T>
+    Record &put(size_t offset, T value) {
+        bytes_.replace(offset, sizeof value, reinterpret_cast<const char *>(&value), sizeof value);
+        return *this;
+    }
+    // At most width - 1 bytes, so that a NUL remains.
+    Record &text(size_t offset, size_t width, std::string_view value);
+    Record &bytes(size_t offset, std::string_view value);
+    std::string take() { return std::move(bytes_); }
+    const std::string &view() const { return bytes_; }
+
+  private:
+    std::string bytes_;
+};
+
+// The answer to a counted list: u32 count, u32 second word, entries. A client with room for the two words
+// alone learns how many there are; any other gets as many as fit, and that number.
+template <typename Entries, typename Fill>
+Result countedList(const Call &call, uint32_t second, size_t entrySize, const Entries &entries,
+                   const Fill &fill) {
+    constexpr size_t kHeader = 8;
+    const bool countOnly = call.outLength <= kHeader;
+    const size_t room = countOnly ? 0 : (call.outLength - kHeader) / entrySize;
+    const size_t count = countOnly ? entries.size() : std::min(room, entries.size());
+    Result result;
+    result.output = Record(kHeader).put(0, static_cast<uint32_t>(count)).put(4, second).take();
+    if (countOnly) return result;
+    result.output.reserve(kHeader + count * entrySize);
+    for (size_t i = 0; i < count; ++i)
+        result.output += fill(entries[i]).view();
+    return result;
+}
+
+}  // namespace qvs::kernel

@@ -1,0 +1,28 @@
+// Everything the emulated kernel holds, in the order in which it depends on each other.
+#pragma once
+
+#include <string>
+
+#include "kernel/fault.h"
+#include "kernel/model.h"
+#include "kernel/snapshot.h"
+#include "kernel/store.h"
+#include "kernel/trace.h"
+
+namespace qvs::kernel {
+
+struct Kernel {
+    explicit Kernel(const std::string &database) : store(database) {}
+
+    Store store;
+    Model model{store};
+    Snapshot snapshot{model};
+    Trace trace;
+    Faults faults;
+};
+
+// Puts a change that could not be stored into the log: a full disk under a cap was asked for, all else is
+// trouble.
+void logStoreFailure(const Store &store, const StoreError &error);
+
+}  // namespace qvs::kernel

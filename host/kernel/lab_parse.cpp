@@ -1,0 +1,105 @@
+// Reading the lab JSON; every unknown member and every wrong type is named.
+#include <cstdio>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "kernel/json_members.h"
+#include "kernel/lab.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+using nlohmann::json;
+
+bool linkState(const Members &members, const std::string &text) {
+    if (text != "up" && text != "down") members.fail("link", "is neither \"up\" nor \"down\"");
+    return text == "up";
+}
+
+std::array<uint8_t, 6> macAddress(const Members &members, const std::string &text) {
+    std::array<uint8_t, 6> mac{};
+    int length = 0;
+    const int parts = std::sscanf(text.c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx%n", &mac[0], &mac[1],
+                                  &mac[2], &mac[3], &mac[4], &mac[5], &length);
+    if (parts != 6 || text.size() != 17 || length != 17)
+        members.fail("mac", "is not an address like 02:00:00:00:00:01");
+    return mac;
+}
+
+Lab::NicPart parseNic(Members members) {
+    Lab::NicPart nic;
+    nic.name = members.text("name");
+    if (const auto link = members.maybeText("link")) nic.link = linkState(members, *link);
+    nic.speedMbps = members.maybeNumber("speedMbps");
+    nic.mtu = members.maybeNumber("mtu");
+    if (const auto mac = members.maybeText("mac")) nic.mac = macAddress(members, *mac);
+    members.finish();
+    return nic;
+}
+
+Lab::Client parseClient(Members members) {
+    Lab::Client client;
+    client.sw = members.text("switch");
+    client.port = members.text("port");
+    client.name = members.text("name");
+    if (const auto link = members.maybeText("link")) client.link = linkState(members, *link);
+    members.finish();
+    return client;
+}
+
+Lab::PropertyPart parseProperty(Members members) {
+    Lab::PropertyPart property;
+    const std::string scope = members.text("scope");
+    if (scope == "host") {
+        property.scope = Scope::Host;
+    } else if (scope == "port") {
+        property.scope = Scope::Port;
+    } else if (scope != "global") {
+        members.fail("scope", "is none of \"global\", \"host\" and \"port\"");
+    }
+    if (property.scope == Scope::Port) property.port = members.text("port");
+    property.key = members.text("key");
+    const auto text = members.maybeText("text");
+    const auto hex = members.maybeText("hex");
+    if (text.has_value() == hex.has_value())
+        members.fail("key", "has to come with either \"text\" or \"hex\"");
+    if (text) property.value = *text;
+    if (hex) property.value = members.bytes("hex", *hex);
+    property.type = members.maybeNumber("type").value_or(kConfig);
+    members.finish();
+    return property;
+}
+
+Lab::SwitchPart parseSwitch(Members members) {
+    Lab::SwitchPart sw;
+    sw.alias = members.text("alias");
+    sw.id = members.maybeText("id").value_or("");
+    sw.className = members.maybeText("class");
+    sw.portset = members.maybeText("portset");
+    sw.version = members.maybeNumber("version");
+    sw.maxPorts = members.maybeNumber("maxPorts");
+    sw.uplinks = members.texts("uplinks");
+    sw.ports = members.texts("ports");
+    members.each("properties", [&](Members part) { sw.properties.push_back(parseProperty(part)); });
+    members.finish();
+    return sw;
+}
+
+}  // namespace
+
+Lab parseLab(const json &value) try {
+    Lab lab;
+    Members members(value, "lab");
+    if (members.has("pnics")) lab.nics.emplace();
+    members.each("pnics", [&](Members part) { lab.nics->push_back(parseNic(part)); });
+    members.each("switches", [&](Members part) { lab.switches.push_back(parseSwitch(part)); });
+    members.each("clients", [&](Members part) { lab.clients.push_back(parseClient(part)); });
+    members.finish();
+    return lab;
+} catch (const JsonError &error) {
+    throw LabError(error.what());
+}
+
+}  // namespace qvs::kernel

@@ -1,0 +1,198 @@
+// qvs-hostd: the emulated kernel. Serves one state directory.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <fmt/format.h>
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/spdlog.h>
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include "kernel/server.h"
+#include "wire/stream.h"
+
+#include <asio/signal_set.hpp>
+
+namespace qvs::kernel {
+
+void logStoreFailure(const Store &store, const StoreError &error) {
+    const bool wanted = store.limited() && error.full();
+    spdlog::log(wanted ? spdlog::level::info : spdlog::level::warn, "a change was not stored: {}",
+                error.what());
+}
+
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kServedAlready = 3;
+
+struct Options {
+    std::string directory;
+    std::string lab;
+    std::string trace;
+    uint32_t maxStateMib = 0;
+    int readyDescriptor = -1;
+    bool whileLeased = false;
+};
+
+// Why the daemon does not start, and the exit code that says so.
+class StartError : public std::runtime_error {
+  public:
+    explicit StartError(const std::string &message, int exitCode = kFailed)
+        : std::runtime_error(message), exitCode_(exitCode) {}
+    int exitCode() const { return exitCode_; }
+
+  private:
+    int exitCode_;
+};
+
+std::string reason() {
+    return std::strerror(errno);
+}
+
+// The lock that makes this the one daemon of the directory; its pid is inside for whoever comes second.
+int takeLock(const std::string &directory) {
+    const std::string path = directory + "/lock";
+    const int lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    if (lock < 0) throw StartError(fmt::format("cannot write to {}: {}", directory, reason()));
+    if (flock(lock, LOCK_EX | LOCK_NB) != 0) {
+        std::string pid;
+        std::ifstream(path) >> pid;
+        throw StartError(
+            fmt::format("{} is served already, by process {}", directory, pid.empty() ? "?" : pid),
+            kServedAlready);
+    }
+    const std::string pid = fmt::format("{}\n", getpid());
+    if (ftruncate(lock, 0) != 0 || write(lock, pid.data(), pid.size()) != static_cast<ssize_t>(pid.size())) {
+        throw StartError(fmt::format("cannot write {}: {}", path, reason()));
+    }
+    return lock;
+}
+
+// A socket file that is there belongs to a daemon that is gone: the lock is ours.
+int listenOn(const std::string &path) {
+    sockaddr_un address;
+    if (!wire::socketAddress(path.c_str(), &address)) {
+        throw StartError(
+            fmt::format("{}: the path is longer than the {} bytes a socket may have; use a shorter "
+                        "state directory",
+                        path, sizeof address.sun_path - 1));
+    }
+    unlink(path.c_str());
+    const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (listener < 0 || bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 ||
+        listen(listener, SOMAXCONN) != 0) {
+        throw StartError(fmt::format("cannot listen on {}: {}", path, reason()));
+    }
+    return listener;
+}
+
+void applyLabFile(const std::string &path, Kernel &kernel) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) throw StartError(fmt::format("cannot read the lab {}: {}", path, reason()));
+    std::stringstream text;
+    text << file.rdbuf();
+    try {
+        applyLab(parseLab(nlohmann::json::parse(text.str())), kernel.model, kernel.store);
+    } catch (const std::exception &error) {
+        throw StartError(fmt::format("the lab {} cannot be used: {}", path, error.what()));
+    }
+}
+
+void openLog(const std::string &path) {
+    auto logger = spdlog::basic_logger_mt("hostd", path);
+    logger->set_pattern("%l %v");
+    logger->flush_on(spdlog::level::info);
+    spdlog::set_default_logger(std::move(logger));
+}
+
+// Each client is a descriptor.
+void raiseDescriptorLimit() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+// Tells the launcher how the start went: one 'R', or the message.
+void report(int descriptor, std::string_view text) {
+    if (descriptor < 0) return;
+    [[maybe_unused]] const ssize_t written = write(descriptor, text.data(), text.size());
+    close(descriptor);
+}
+
+void run(const Options &options) {
+    std::filesystem::create_directories(options.directory);
+    const int lock = takeLock(options.directory);
+    openLog(options.directory + "/log");
+    const std::string socketPath = options.directory + "/socket";
+    const int listener = listenOn(socketPath);
+
+    asio::io_context io(1);
+    Kernel kernel(options.directory + "/hypercore.db");
+    kernel.store.limitTo(options.maxStateMib);
+    if (!options.lab.empty()) applyLabFile(options.lab, kernel);
+    if (!options.trace.empty()) {
+        if (const int error = kernel.trace.openFile(options.trace); error != 0) {
+            throw StartError(
+                fmt::format("cannot open the trace {}: {}", options.trace, std::strerror(error)));
+        }
+    }
+    Server server(io, kernel, listener, {options.directory, options.whileLeased});
+    asio::signal_set signals(io, SIGTERM, SIGINT);
+    signals.async_wait([&](const asio::error_code &error, int) {
+        if (!error) server.stop();
+    });
+    spdlog::info("serving {} as process {}: {} switches, {} ports", options.directory, getpid(),
+                 kernel.model.switches().size(), kernel.model.portCount());
+    report(options.readyDescriptor, "R");
+    io.run();
+
+    spdlog::info("ending");
+    unlink(socketPath.c_str());
+    kernel.store.close();
+    close(lock);
+}
+
+}  // namespace
+
+}  // namespace qvs::kernel
+
+int main(int argc, char **argv) {
+    using namespace qvs::kernel;
+    Options options;
+    CLI::App app("The emulated kernel of qvs-host; started by it.", "qvs-hostd");
+    app.add_option("--state", options.directory, "The directory that holds the state")->required();
+    app.add_option("--lab", options.lab, "A lab to apply at the start");
+    app.add_option("--trace", options.trace, "A file to append the trace to");
+    app.add_option("--max-state-mib", options.maxStateMib, "Cap on the size of the database");
+    app.add_option("--ready-fd", options.readyDescriptor, "Where to say that the daemon serves");
+    app.add_flag("--while-leased", options.whileLeased, "End with the last lease");
+    CLI11_PARSE(app, argc, argv);
+
+    signal(SIGPIPE, SIG_IGN);
+    raiseDescriptorLimit();
+    try {
+        run(options);
+        return 0;
+    } catch (const StartError &error) {
+        report(options.readyDescriptor, error.what());
+        if (options.readyDescriptor < 0) fmt::print(stderr, "qvs-hostd: {}\n", error.what());
+        return error.exitCode();
+    } catch (const std::exception &error) {
+        report(options.readyDescriptor, error.what());
+        if (options.readyDescriptor < 0) fmt::print(stderr, "qvs-hostd: {}\n", error.what());
+        return kFailed;
+    }
+}

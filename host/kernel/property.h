@@ -1,0 +1,81 @@
+// Properties of switches, hosts and ports. Equal ones are one object, however many ports carry them.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+namespace qvs::kernel {
+
+// Bits of a property's type.
+constexpr uint32_t kVolatile = 4;
+constexpr uint32_t kConfig = 16;
+
+struct PropertyView {
+    std::string_view key;
+    std::string_view value;
+    uint32_t type = 0;
+
+    bool operator==(const PropertyView &) const = default;
+};
+
+struct Property : std::enable_shared_from_this<Property> {
+    explicit Property(const PropertyView &view) : key(view.key), value(view.value), type(view.type) {}
+    PropertyView view() const { return {key, value, type}; }
+
+    const std::string key;
+    const std::string value;
+    const uint32_t type;
+};
+using PropertyRef = std::shared_ptr<const Property>;
+
+// Hands out the one object of each distinct property; it must outlive them all.
+class PropertyPool {
+  public:
+    PropertyPool() = default;
+    PropertyPool(const PropertyPool &) = delete;
+    PropertyPool &operator=(const PropertyPool &) = delete;
+
+    PropertyRef intern(const PropertyView &view);
+
+  private:
+    static PropertyView viewOf(const PropertyView &view) { return view; }
+    static PropertyView viewOf(const Property *property) { return property->view(); }
+    struct Hash {
+        using is_transparent = void;
+        size_t operator()(const auto &property) const { return hash(viewOf(property)); }
+        static size_t hash(const PropertyView &view);
+    };
+    struct Equal {
+        using is_transparent = void;
+        bool operator()(const auto &a, const auto &b) const { return viewOf(a) == viewOf(b); }
+    };
+
+    std::unordered_set<const Property *, Hash, Equal> known_;
+};
+
+// The properties of one place, sorted by key.
+class PropertyList {
+  public:
+    const Property *find(std::string_view key) const;
+    // The value up to its first NUL, or nothing.
+    std::string_view text(std::string_view key) const;
+    void set(PropertyRef property);
+    void clear(std::string_view key);
+
+    auto begin() const { return properties_.begin(); }
+    auto end() const { return properties_.end(); }
+
+  private:
+    std::vector<PropertyRef>::iterator position(std::string_view key);
+
+    std::vector<PropertyRef> properties_;
+};
+
+// Bytes up to the first NUL: how the kernel reads the text of records and values.
+std::string_view untilNul(std::string_view bytes);
+
+}  // namespace qvs::kernel

@@ -1,0 +1,31 @@
+// The blob that StateGet answers: built when it is asked for, kept until the next change.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "kernel/model.h"
+
+namespace qvs::kernel {
+
+// Bytes and whoever owns them; they stay while a slow client still receives an older state.
+struct Blob {
+    std::shared_ptr<const void> owner;
+    std::string_view bytes;
+};
+
+class Snapshot {
+  public:
+    explicit Snapshot(const Model &model) : model_(model) {}
+
+    // Without an owner when the state is too large for a blob.
+    const Blob &get();
+
+  private:
+    const Model &model_;
+    Blob blob_;
+    uint64_t generation_ = 0;
+};
+
+}  // namespace qvs::kernel

@@ -1,0 +1,20 @@
+// The statuses with which the kernel answers the state library.
+#pragma once
+
+#include <cstdint>
+
+namespace qvs::kernel {
+
+enum class Status : uint32_t {
+    Ok = 0,
+    Failure = 0xbad0001,
+    NotFound = 0xbad0003,
+    Busy = 0xbad0004,
+    Exists = 0xbad0005,
+    LimitExceeded = 0xbad0006,
+    BadParameter = 0xbad0007,
+    NoMemory = 0xbad0014,
+    NoSpace = 0xbad00d7,
+};
+
+}  // namespace qvs::kernel

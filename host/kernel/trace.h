@@ -1,0 +1,48 @@
+// The record of requests: one line each, to a file and to whoever follows.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace qvs::kernel {
+
+// "text" with \n, \", \\ and \xHH.
+std::string quote(std::string_view text);
+// A word as it is when it is plain, else quoted.
+std::string shellWord(std::string_view text);
+// Runs of non-zero bytes as "offset:hex", one blank between.
+std::string hexRuns(std::string_view bytes);
+// "ENOENT"; 0 is "0".
+std::string errnoName(int error);
+
+class Trace {
+  public:
+    using Follower = std::function<void(std::string_view line)>;
+
+    Trace() = default;
+    ~Trace();
+    Trace(const Trace &) = delete;
+    Trace &operator=(const Trace &) = delete;
+
+    // Appends to the file from now on; an error number when it cannot be opened. It replaces the one before.
+    int openFile(const std::string &path);
+    const std::string &file() const { return path_; }
+
+    // Nothing needs to be formatted while this is false.
+    bool active() const { return file_ >= 0 || !followers_.empty(); }
+    void write(const std::string &line);
+
+    uint64_t follow(Follower follower);
+    void unfollow(uint64_t id) { followers_.erase(id); }
+
+  private:
+    int file_ = -1;
+    std::string path_;
+    std::map<uint64_t, Follower> followers_;
+    uint64_t nextFollower_ = 0;
+};
+
+}  // namespace qvs::kernel
