@@ -1,0 +1,205 @@
+// Devices and the shell as programs meet them on an emulated host: descriptors, errno, memory, children.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/ioctl.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/bytes.h"
+
+namespace qvs::test {
+namespace {
+
+constexpr unsigned long kGetUplinks = 0x100b;
+constexpr unsigned long kGetLagTable = 0x100e;
+constexpr size_t kLagTable = 35588;
+
+struct Frame {
+    uint32_t inLength, outLength;
+    const void *in;
+    void *out;
+};
+
+std::string request(std::string_view switchName) {
+    return field(switchName, 268);
+}
+
+// errno of a request, 0 for success; the calls leave errno alone when they succeed.
+int control(int device, unsigned long command, const void *frame) {
+    errno = ELOOP;
+    const int result = ioctl(device, command, frame);
+    if (result != 0) return errno;
+    EXPECT_EQ(errno, ELOOP);
+    return 0;
+}
+
+class Interposer : public testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_EQ(std::system("/bin/treesh -e set /net/create net1 '8\n' vswitch"), 0);
+        device_ = open("/dev/vswitch", O_RDWR);
+        ASSERT_GE(device_, 0);
+    }
+    void TearDown() override { close(device_); }
+
+    // What the kernel answers a count request on net1: no uplinks, so eight zero bytes.
+    int countUplinks(int device) {
+        const std::string input = request("net1");
+        char output[8];
+        std::memset(output, 0xee, sizeof output);
+        const Frame frame = {268, 8, input.data(), output};
+        const int error = control(device, kGetUplinks, &frame);
+        EXPECT_BYTES(bytesAt(output, 8), error == 0 ? zeros(8) : std::string(8, '\xee'));
+        return error;
+    }
+
+    int device_ = -1;
+};
+
+TEST_F(Interposer, OpensTheDevicesAndNothingElse) {
+    for (const char *path : {"/dev/vswitch", "/dev/ipfix", "/dev/traceflow", "/dev/livetrace",
+                             "/crate/devices/char/hypdriver/rtm", "/crate/devices/char/hypdriver/tarn_bfd",
+                             "/crate/devices/char/hypdriver/kcp", "/crate/devices/char/hypdriver/tarn-spf"}) {
+        errno = ELOOP;
+        const int plain = open(path, O_RDWR);
+        const int closing = openat(-1, path, O_RDWR | O_CLOEXEC);
+        EXPECT_EQ(errno, ELOOP) << path;
+        EXPECT_EQ(fcntl(plain, F_GETFD), 0) << path;
+        EXPECT_EQ(fcntl(closing, F_GETFD), FD_CLOEXEC) << path;
+        EXPECT_EQ(ioctl(plain, FIOCLEX), 0);
+        EXPECT_EQ(fcntl(plain, F_GETFD), FD_CLOEXEC);
+        close(plain);
+        close(closing);
+    }
+    for (const char *path : {"/dev/vswitch2", "/dev//vswitch", "/crate/devices"}) {
+        EXPECT_EQ(open(path, O_RDWR), -1);
+        EXPECT_EQ(errno, ENOENT) << path;
+    }
+    const int file = open("created", O_RDWR | O_CREAT, 0600);
+    EXPECT_EQ(ioctl(file, kGetUplinks, nullptr), -1);
+    EXPECT_EQ(errno, ENOTTY);
+    close(file);
+    EXPECT_EQ(ioctl(file, kGetUplinks, nullptr), -1);
+    EXPECT_EQ(errno, EBADF);
+}
+
+TEST_F(Interposer, AnswersWithTheKernelsErrno) {
+    const std::string known = request("net1");
+    const std::string unknown = request("net2");
+    const void *nowhere = reinterpret_cast<void *>(1);
+    static const char readOnly[8] = {};
+    char output[8];
+    const struct {
+        const char *what;
+        unsigned long command;
+        Frame frame;
+        int error;
+    } cases[] = {
+        {"good", kGetUplinks, {268, 8, known.data(), output}, 0},
+        {"unknown switch", kGetUplinks, {268, 8, unknown.data(), output}, ENOENT},
+        {"short input", kGetUplinks, {267, 8, known.data(), output}, EINVAL},
+        {"unknown command", 0x7777, {268, 8, known.data(), output}, ENOTTY},
+        {"input nowhere", kGetUplinks, {268, 8, nowhere, output}, EFAULT},
+        {"output nowhere", kGetUplinks, {268, 8, known.data(), const_cast<void *>(nowhere)}, EFAULT},
+        {"output read-only", kGetUplinks, {268, 8, known.data(), const_cast<char *>(readOnly)}, EFAULT},
+        {"no room", kGetUplinks, {268, 0, known.data(), nullptr}, 0},
+    };
+    for (const auto &[what, command, frame, error] : cases) {
+        EXPECT_EQ(control(device_, command, &frame), error) << what;
+    }
+    EXPECT_EQ(control(device_, kGetUplinks, nowhere), EFAULT);
+    EXPECT_EQ(control(device_, kGetUplinks, nullptr), EFAULT);
+    EXPECT_EQ(countUplinks(device_), 0);
+}
+
+// A large answer that runs into memory that is not there.
+TEST_F(Interposer, ChecksEveryPageOfAnAnswer) {
+    constexpr size_t kPage = 4096;
+    constexpr size_t kPages = 10;
+    auto *pages = static_cast<char *>(
+        mmap(nullptr, kPages * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    std::memset(pages, 0xee, kPages * kPage);
+    const std::string input = request("net1");
+    const Frame frame = {268, kLagTable, input.data(), pages};
+    EXPECT_EQ(control(device_, kGetLagTable, &frame), 0);
+    EXPECT_BYTES(bytesAt(pages + kLagTable - 1, 2), hex("00 ee"));
+    for (const size_t missing : {size_t{0}, size_t{4}, kPages - 2}) {
+        mprotect(pages + missing * kPage, kPage, PROT_NONE);
+        EXPECT_EQ(control(device_, kGetLagTable, &frame), EFAULT) << missing;
+        mprotect(pages + missing * kPage, kPage, PROT_READ | PROT_WRITE);
+    }
+    EXPECT_EQ(control(device_, kGetLagTable, &frame), 0);
+    munmap(pages, kPages * kPage);
+}
+
+TEST_F(Interposer, SharesADeviceAmongThreadsDescriptorsAndChildren) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([this] {
+            for (int turn = 0; turn < 100; ++turn)
+                EXPECT_EQ(countUplinks(device_), 0);
+        });
+    }
+    // A child that is made while other threads are in the middle of a request opens a device of its own.
+    for (int i = 0; i < 20; ++i) {
+        const pid_t child = fork();
+        if (child == 0) _exit(countUplinks(open("/dev/vswitch", O_RDWR)));
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+
+    const int copy = dup(device_);
+    EXPECT_EQ(countUplinks(copy), 0);
+    close(copy);
+    const pid_t child = fork();
+    if (child == 0) _exit(clearenv() == 0 ? countUplinks(device_) : 1);
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(countUplinks(device_), 0);
+}
+
+TEST_F(Interposer, RunsTheShellUnderItsOneName) {
+    const auto output = [](const char *line) {
+        FILE *pipe = popen(line, "r");
+        char text[256] = {};
+        const size_t size = fread(text, 1, sizeof text, pipe);
+        return std::string(text, size) + std::to_string(WEXITSTATUS(pclose(pipe)));
+    };
+    EXPECT_EQ(output("/bin/treesh -e get /net/portsets/net1/mtu"), "mtu:1500\n0");
+    EXPECT_EQ(output("treesh -e ls /net//portsets"), "net1/\n0");
+    EXPECT_EQ(output("/bin/treesh -e get /net/portsets/net2/mtu 2>/dev/null"), "1");
+    EXPECT_EQ(output("/bin/./treesh 2>/dev/null"), "127");
+    EXPECT_EQ(output("QVS_HOST_SOCKET= /bin/treesh -e ls /net 2>&1"), "treesh: no hypercore\n1");
+
+    char *const arguments[] = {const_cast<char *>("/bin/treesh"), const_cast<char *>("-e"),
+                               const_cast<char *>("ls"), const_cast<char *>("/nowhere"), nullptr};
+    pid_t child = -1;
+    int status = -1;
+    ASSERT_EQ(posix_spawn(&child, "/bin/treesh", nullptr, nullptr, arguments, environ), 0);
+    waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 1);
+    child = fork();
+    if (child == 0) {
+        execv("/bin/treesh", arguments);
+        _exit(99);
+    }
+    waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 1);
+}
+
+}  // namespace
+}  // namespace qvs::test
