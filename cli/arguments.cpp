@@ -7,6 +7,7 @@
 
 #include "command.h"
 #include "failure.h"
+#include "help.h"
 #include "text.h"
 
 namespace qvs::cli {
@@ -56,11 +57,22 @@ struct Slot {
     bool flag = false;
 };
 
-// Values are taken as they come: CLI11 would make a list of "[a,b]" and drop what follows a value twice
-// given.
+// CLI11 makes a list of a word like "[a,b]" where several words are taken, but a name may look like that. A
+// guard behind the bracket keeps it from doing so, and is taken away again afterwards.
+constexpr char kGuard = '\x01';
+
+std::string guarded(std::string word) {
+    if (word.ends_with(']') || word.ends_with(kGuard)) word += kGuard;
+    return word;
+}
+
+void unguard(std::string &word) {
+    if (word.ends_with(kGuard)) word.pop_back();
+}
+
 void configure(CLI::Option &option, bool repeated) {
     option.expected(1, repeated ? CLI::detail::expected_max_vector_size : 1);
-    option.allow_extra_args(false);
+    option.allow_extra_args(repeated);
     option.multi_option_policy(repeated ? CLI::MultiOptionPolicy::TakeAll : CLI::MultiOptionPolicy::Throw);
 }
 
@@ -83,6 +95,28 @@ void addOption(CLI::App &app, std::deque<Slot> &slots, const Option &option) {
     configure(*slot.option, false);
 }
 
+// The first word that looks like an option and is none.
+const std::string *unknownOption(const CLI::App &app, std::span<const std::string> words) {
+    for (const std::string &word : words) {
+        if (word == "--") break;
+        bool looks = word.size() > 1 && word.front() == '-';
+        if (looks && app.get_option_no_throw(word.substr(0, word.find('='))) == nullptr) return &word;
+    }
+    return nullptr;
+}
+
+[[noreturn]] void failParse(const CLI::App &app, const Command &command, std::span<const std::string> words,
+                            std::string message) {
+    std::erase(message, kGuard);
+    if (const std::string *word = unknownOption(app, words)) {
+        message =
+            fmt::format("no such option: {}; a name that begins with a dash goes behind --", inQuotes(*word));
+    } else {
+        message = shown(message);
+    }
+    fail(Exit::Usage, "{}\nqvs: usage: {}", message, usageLine(command));
+}
+
 }  // namespace
 
 Arguments parseArguments(const Command &command, std::span<const std::string> words, GlobalOptions &global) {
@@ -91,25 +125,30 @@ Arguments parseArguments(const Command &command, std::span<const std::string> wo
     std::deque<Slot> slots;
     app.add_flag("--json", global.json);
     app.add_flag("--trace", global.trace);
-    for (const Argument &argument : command.arguments)
+    for (const Argument &argument : command.arguments) {
         addArgument(app, slots, argument);
-    for (const Option &option : command.options)
+    }
+    for (const Option &option : command.options) {
         addOption(app, slots, option);
+    }
 
     // CLI11 takes the words in reverse.
     std::vector<std::string> reversed(words.rbegin(), words.rend());
+    std::transform(reversed.begin(), reversed.end(), reversed.begin(), guarded);
     try {
         app.parse(std::move(reversed));
     } catch (const CLI::CallForHelp &) {
         global.help = true;
         return {};
     } catch (const CLI::ParseError &error) {
-        fail(Exit::Usage, "{}", shown(error.what()));
+        failParse(app, command, words, error.what());
     }
 
     Arguments arguments;
     for (Slot &slot : slots) {
-        if (slot.option->count() > 0) arguments.add(slot.name, std::move(slot.values));
+        if (slot.option->count() == 0 || (slot.values.empty() && !slot.flag)) continue;
+        std::for_each(slot.values.begin(), slot.values.end(), unguard);
+        arguments.add(slot.name, std::move(slot.values));
     }
     return arguments;
 }

@@ -118,6 +118,15 @@ void execute(const Command &command, const Arguments &arguments, Output &out) {
     out.flush();
 }
 
+// Options that say what is printed.
+void requireExclusive(const Arguments &arguments, const GlobalOptions &global) {
+    auto exclude = [](bool both, const char *first, const char *second) {
+        if (both) fail(Exit::Usage, "{} and {} exclude each other", first, second);
+    };
+    exclude(global.json && arguments.given("--raw"), "--json", "--raw");
+    exclude(arguments.given("--names") && arguments.given("--kernel"), "--names", "--kernel");
+}
+
 void runWords(std::vector<std::string> words) {
     GlobalOptions global;
     takeLeading(words, global);
@@ -142,7 +151,7 @@ void runWords(std::vector<std::string> words) {
     }
     if (global.json && !command->json) fail(Exit::Usage, "qvs {} has no JSON", cli::words(*command));
     tracing = global.trace;
-    if (global.json && arguments.given("--raw")) fail(Exit::Usage, "--raw and --json exclude each other");
+    requireExclusive(arguments, global);
     Output out(global.json);
     execute(*command, arguments, out);
 }
