@@ -44,6 +44,7 @@ struct Options {
     uint32_t maxStateMib = 0;
     int readyDescriptor = -1;
     bool whileLeased = false;
+    bool isPrivate = false;
 };
 
 // Why the daemon does not start, and the exit code that says so.
@@ -162,6 +163,7 @@ void run(const Options &options) {
     spdlog::info("ending");
     unlink(socketPath.c_str());
     kernel.store.close();
+    if (options.isPrivate) std::filesystem::remove_all(options.directory);
     close(lock);
 }
 
@@ -179,6 +181,7 @@ int main(int argc, char **argv) {
     app.add_option("--max-state-mib", options.maxStateMib, "Cap on the size of the database");
     app.add_option("--ready-fd", options.readyDescriptor, "Where to say that the daemon serves");
     app.add_flag("--while-leased", options.whileLeased, "End with the last lease");
+    app.add_flag("--private", options.isPrivate, "Remove the directory at the end");
     CLI11_PARSE(app, argc, argv);
 
     signal(SIGPIPE, SIG_IGN);

@@ -1,0 +1,49 @@
+// Where the parts of the emulated host lie.
+#include "launcher/layout.h"
+
+#include <filesystem>
+
+#include <fmt/format.h>
+
+#include "launcher/error.h"
+
+namespace qvs::launcher {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The launcher is in the prefix's program directory; the way up is as long as that directory's name.
+fs::path findPrefix() {
+    std::error_code error;
+    fs::path prefix = fs::read_symlink("/proc/self/exe", error).parent_path();
+    if (error) throw Error("cannot read /proc/self/exe: " + error.message());
+    for ([[maybe_unused]] const auto &step : fs::path(QVS_BINDIR))
+        prefix = prefix.parent_path();
+    return prefix;
+}
+
+}  // namespace
+
+Layout findLayout() {
+    const fs::path prefix = findPrefix();
+    Layout layout;
+    layout.bin = prefix / QVS_BINDIR;
+    layout.lib = prefix / QVS_LIBDIR;
+    layout.toolPath = prefix / QVS_LIBEXECDIR / "bin";
+    layout.daemon = prefix / QVS_LIBEXECDIR / "qvs-hostd";
+    layout.treesh = layout.toolPath + "/treesh";
+    layout.preload = layout.lib + "/qvs/libqvs-host-preload.so";
+    for (const std::string &part : {layout.daemon, layout.treesh, layout.preload}) {
+        if (!fs::exists(part))
+            throw Error(part + " is missing; install or build the emulated host completely");
+    }
+    // The dynamic linker takes both for separators.
+    if (layout.preload.find_first_of(" :") != std::string::npos) {
+        throw Error(layout.preload +
+                    ": a path with a blank or a colon cannot be preloaded; move the installation");
+    }
+    return layout;
+}
+
+}  // namespace qvs::launcher

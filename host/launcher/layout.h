@@ -1,0 +1,20 @@
+// Where the parts of the emulated host lie: beside the launcher, in the build tree as in an installed one.
+#pragma once
+
+#include <string>
+
+namespace qvs::launcher {
+
+struct Layout {
+    std::string bin;
+    std::string lib;
+    std::string toolPath;  // of the emulated shell
+    std::string daemon;
+    std::string treesh;
+    std::string preload;
+};
+
+// Throws when a part is missing.
+Layout findLayout();
+
+}  // namespace qvs::launcher

@@ -1,0 +1,267 @@
+// qvs-host: gives a command an emulated host, and manages one that stays up.
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include "launcher/error.h"
+#include "launcher/host.h"
+#include "launcher/layout.h"
+#include "launcher/report.h"
+#include "launcher/run.h"
+
+namespace qvs::launcher {
+
+namespace {
+
+using nlohmann::json;
+
+std::string absolute(const std::string &path) {
+    return path.empty() ? path : std::filesystem::absolute(path).lexically_normal().string();
+}
+
+void withHostOptions(CLI::App *command, HostOptions *options, bool stateRequired) {
+    auto *state = command->add_option("--state", options->directory, "Directory that holds the host's state");
+    if (stateRequired) state->required();
+    command->add_option("--lab", options->lab, "Lab to set up (JSON)");
+    command->add_option("--trace", options->trace, "File to which a line for each request is appended");
+    command->add_option("--max-state-mib", options->maxStateMib, "Cap on the database, to try a full disk");
+}
+
+HostOptions resolved(HostOptions options) {
+    if (options.directory.size() > 1 && options.directory.back() == '/') options.directory.pop_back();
+    for (std::string *path : {&options.directory, &options.lab, &options.trace})
+        *path = absolute(*path);
+    return options;
+}
+
+// The socket of the host that a command is about.
+std::string socketOf(const std::string &directory) {
+    if (!directory.empty()) return absolute(directory) + "/socket";
+    const char *socket = getenv(wire::kSocketVariable);
+    if (socket != nullptr && socket[0] != '\0') return socket;
+    throw Error("no host is named: give --state DIR, or run this on a host", kExitUsage);
+}
+
+int start(const HostOptions &options) {
+    const pid_t daemon = startDaemon(findLayout().daemon, options);
+    fmt::print("serving {} (pid {})\n", options.directory, daemon);
+    return 0;
+}
+
+int stop(const std::string &socket) {
+    wire::Client client;
+    connectTo(&client, socket, 0);
+    wire::Writer message(wire::Kind::Control);
+    message.text(R"({"op":"stop"})");
+    std::string payload;
+    if (!client.call(message, &payload)) throw Error("the host did not answer");
+    // The connection lasts as long as the daemon does.
+    client.receive(wire::Kind::Reply, &payload);
+    return 0;
+}
+
+int status(const std::string &socket, bool asJson) {
+    const json answer = control(socket, {{"op", "status"}});
+    if (asJson) {
+        fmt::print("{}\n", answer.dump(2));
+    } else {
+        printStatus(answer);
+    }
+    return 0;
+}
+
+int followTrace(const std::string &socket) {
+    wire::Client client;
+    connectTo(&client, socket, 0);
+    wire::Writer message(wire::Kind::TraceFollow);
+    std::string payload;
+    if (!client.call(message, &payload)) throw Error("the host did not answer");
+    while (client.receive(wire::Kind::TraceLine, &payload)) {
+        const std::string_view line = wire::Reader(payload).text();
+        fmt::print("{}\n", line);
+        if (fflush(stdout) != 0) return 0;
+    }
+    return 0;
+}
+
+struct FaultOptions {
+    std::string match;
+    uint32_t nth = 1;
+    uint32_t count = 1;
+    bool forEver = false;
+    std::string error;
+    std::string status;
+    std::optional<uint32_t> exit;
+    uint32_t delay = 0;
+    std::string kill;
+    std::vector<std::string> output;
+    std::optional<uint32_t> truncate;
+    std::string lab;
+};
+
+json patchOf(const std::string &argument) {
+    uint32_t offset = 0;
+    int length = 0;
+    if (sscanf(argument.c_str(), "%u:%n", &offset, &length) != 1 || length == 0) {
+        throw Error(fmt::format("--output {}: not like 0:ffffffff", argument), kExitUsage);
+    }
+    return {{"offset", offset}, {"hex", argument.substr(static_cast<size_t>(length))}};
+}
+
+int addFault(const std::string &socket, const FaultOptions &options) {
+    json request = {{"op", "fault.add"},
+                    {"match", options.match},
+                    {"nth", options.nth},
+                    {"count", options.forEver ? 0 : options.count}};
+    if (!options.error.empty()) request["errno"] = options.error;
+    if (!options.status.empty()) request["status"] = options.status;
+    if (options.exit) request["exit"] = *options.exit;
+    if (options.delay != 0) request["delayMs"] = options.delay;
+    if (!options.kill.empty()) request["kill"] = options.kill;
+    for (const std::string &patch : options.output)
+        request["output"].push_back(patchOf(patch));
+    if (options.truncate) request["truncate"] = *options.truncate;
+    if (!options.lab.empty()) request["lab"] = readJson(options.lab);
+    control(socket, request);
+    return 0;
+}
+
+// Each command with its options, and what is to be done once they are read.
+class CommandLine {
+  public:
+    explicit CommandLine(const std::vector<std::string> &command) : command_(command) {
+        app_.require_subcommand(1);
+        app_.set_help_all_flag("--help-all", "Print the help of all commands");
+        addRunning();
+        addManaging();
+        addFaults();
+    }
+
+    int parseAndRun(std::vector<std::string> arguments) {
+        std::reverse(arguments.begin(), arguments.end());
+        try {
+            app_.parse(arguments);
+        } catch (const CLI::ParseError &error) {
+            if (error.get_exit_code() == 0) return app_.exit(error);
+            throw Error(fmt::format("{}\nTry \"qvs-host --help\".", error.what()), kExitUsage);
+        }
+        return action_();
+    }
+
+  private:
+    CLI::App *add(CLI::App *parent, const char *name, const char *help, std::function<int()> action) {
+        CLI::App *command = parent->add_subcommand(name, help);
+        command->final_callback([this, action = std::move(action)] { action_ = action; });
+        return command;
+    }
+
+    // A command about a host that is up.
+    CLI::App *addManaged(CLI::App *parent, const char *name, const char *help,
+                         std::function<int(const std::string &socket)> action) {
+        CLI::App *command = add(parent, name, help,
+                                [this, action = std::move(action)] { return action(socketOf(directory_)); });
+        command->add_option("--state", directory_, "Directory of the host (default: the host this runs on)");
+        return command;
+    }
+
+    void addRunning() {
+        CLI::App *run = add(&app_, "run", "Run a command on a host: run [OPTIONS] -- COMMAND...", [this] {
+            if (command_.empty()) throw Error("the command to run follows \"--\"", kExitUsage);
+            return runCommand(resolved(options_), command_);
+        });
+        withHostOptions(run, &options_, false);
+        CLI::App *shell = add(&app_, "shell", "Open a shell on a host", [this] {
+            const char *program = getenv("SHELL");
+            return runCommand(resolved(options_),
+                              {program != nullptr && program[0] != '\0' ? program : "/bin/sh"});
+        });
+        withHostOptions(shell, &options_, false);
+        CLI::App *begin =
+            add(&app_, "start", "Start a host that stays up", [this] { return start(resolved(options_)); });
+        withHostOptions(begin, &options_, true);
+    }
+
+    void addManaging() {
+        addManaged(&app_, "stop", "Stop a host that was started", stop);
+        addManaged(&app_, "status", "Show what a host holds", [this](const std::string &socket) {
+            return status(socket, asJson_);
+        })->add_flag("--json", asJson_, "Print JSON");
+        addManaged(&app_, "reset", "Make a host empty, as new", [](const std::string &socket) {
+            control(socket, {{"op", "reset"}});
+            return 0;
+        });
+        addManaged(&app_, "trace", "Print each request as it happens", followTrace);
+    }
+
+    void addFaults() {
+        CLI::App *group = app_.add_subcommand("fault", "Make requests fail")->require_subcommand(1);
+        CLI::App *command = addManaged(group, "add", "Add a fault", [this](const std::string &socket) {
+            return addFault(socket, fault_);
+        });
+        command->add_option("MATCH", fault_.match, "Part of a trace line; * and ? stand for other text")
+            ->required();
+        command->add_option("--nth", fault_.nth, "Begin with the N-th match (default 1)");
+        command->add_option("--count", fault_.count, "How many matches (default 1)");
+        command->add_flag("--forever", fault_.forEver, "All matches from then on");
+        command->add_option("--errno", fault_.error, "Device requests fail with this error, such as EIO");
+        command->add_option("--status", fault_.status,
+                            "State requests fail with this status, such as 0xbad0014");
+        command->add_option("--exit", fault_.exit, "treesh fails with this exit code");
+        command->add_option("--delay", fault_.delay, "Wait so many milliseconds first");
+        command->add_option("--kill", fault_.kill, "The host dies: before, middle (of the change) or after");
+        command->add_option("--output", fault_.output, "Overwrite bytes of the answer: OFFSET:HEX");
+        command->add_option("--truncate", fault_.truncate, "Cut the answer to so many bytes");
+        command->add_option("--lab", fault_.lab, "Apply this lab just before the request");
+        addManaged(group, "list", "List the faults", [this](const std::string &socket) {
+            const json faults = control(socket, {{"op", "fault.list"}})["faults"];
+            if (asJson_) {
+                fmt::print("{}\n", faults.dump(2));
+            } else {
+                printFaults(faults);
+            }
+            return 0;
+        })->add_flag("--json", asJson_, "Print JSON");
+        addManaged(group, "clear", "Remove all faults", [](const std::string &socket) {
+            control(socket, {{"op", "fault.clear"}});
+            return 0;
+        });
+    }
+
+    CLI::App app_{"Emulated hosts for qvs: run commands on one, keep one up, look into it, make it fail.",
+                  "qvs-host"};
+    const std::vector<std::string> &command_;
+    std::function<int()> action_;
+    HostOptions options_;
+    std::string directory_;
+    bool asJson_ = false;
+    FaultOptions fault_;
+};
+
+}  // namespace
+
+}  // namespace qvs::launcher
+
+int main(int argc, char **argv) {
+    using namespace qvs::launcher;
+    // What follows "--" is the command, to the letter.
+    const std::vector<std::string> words(argv + 1, argv + argc);
+    const auto mark = std::find(words.begin(), words.end(), "--");
+    const std::vector<std::string> command(mark == words.end() ? mark : mark + 1, words.end());
+    try {
+        return CommandLine(command).parseAndRun({words.begin(), mark});
+    } catch (const Error &error) {
+        fmt::print(stderr, "qvs-host: {}\n", error.what());
+        return error.exitCode();
+    } catch (const std::exception &error) {
+        fmt::print(stderr, "qvs-host: {}\n", error.what());
+        return kExitFailed;
+    }
+}

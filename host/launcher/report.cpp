@@ -1,0 +1,76 @@
+// The host's state for people.
+#include "launcher/report.h"
+
+#include <string>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace qvs::launcher {
+
+namespace {
+
+using nlohmann::json;
+
+std::string text(const json &value, const char *member) {
+    const auto found = value.find(member);
+    if (found == value.end() || found->is_null()) return "-";
+    return found->is_string() ? found->get<std::string>() : found->dump();
+}
+
+std::string duration(uint64_t seconds) {
+    return fmt::format("{}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60);
+}
+
+void printSwitch(const json &sw) {
+    std::string uplinks;
+    for (const json &uplink : sw["uplinks"]) {
+        uplinks +=
+            fmt::format("{}{} ({})", uplinks.empty() ? "" : ", ", text(uplink, "port"), text(uplink, "nic"));
+    }
+    fmt::print("  {}: {} of {} ports, version {}, class {}, portset {}\n    identifier {}\n    uplinks {}\n",
+               text(sw, "alias"), text(sw, "ports"), text(sw, "maxPorts"), text(sw, "version"),
+               text(sw, "class"), text(sw, "portset"), text(sw, "id"), uplinks.empty() ? "-" : uplinks);
+}
+
+}  // namespace
+
+void printFaults(const json &faults) {
+    for (const json &fault : faults) {
+        json action = fault;
+        for (const char *member : {"id", "match", "nth", "count", "matched", "fired"})
+            action.erase(member);
+        const std::string times =
+            fault["count"] == 0 ? "from then on" : fmt::format("{} times", text(fault, "count"));
+        fmt::print("  {}: \"{}\" from match {}, {}: {}; matched {}, fired {}\n", text(fault, "id"),
+                   text(fault, "match"), text(fault, "nth"), times, action.dump(), text(fault, "matched"),
+                   text(fault, "fired"));
+    }
+}
+
+void printStatus(const json &status) {
+    fmt::print("pid {}, up {}, state {}\n", text(status, "pid"), duration(status.value("uptimeSeconds", 0u)),
+               text(status, "state"));
+    fmt::print(
+        "{} leases, {}, trace {}\n", text(status, "leases"),
+        status.value("staysWithoutLease", false) ? "stays until it is stopped" : "ends with the last one",
+        text(status, "trace"));
+    fmt::print("switches {}, ports {}\n", status["switches"].size(), text(status, "ports"));
+    for (const json &sw : status["switches"])
+        printSwitch(sw);
+    fmt::print("portsets {}\n", status["portsets"].size());
+    for (const json &portset : status["portsets"]) {
+        fmt::print("  {}: number {}, capacity {}, MTU {}\n", text(portset, "name"), text(portset, "number"),
+                   text(portset, "capacity"), text(portset, "mtu"));
+    }
+    fmt::print("NICs {}\n", status["nics"].size());
+    for (const json &nic : status["nics"]) {
+        fmt::print("  {}: link {}, admin {}, {} Mb/s, MTU {}, {}, port {}\n", text(nic, "name"),
+                   text(nic, "link"), text(nic, "admin"), text(nic, "speedMbps"), text(nic, "mtu"),
+                   text(nic, "mac"), text(nic, "port"));
+    }
+    fmt::print("faults {}\n", status["faults"].size());
+    printFaults(status["faults"]);
+}
+
+}  // namespace qvs::launcher
