@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
+#include "dump/format.h"
 #include "qvs/hyp.h"
 
 namespace qvs {
@@ -18,13 +20,62 @@ struct NetDVSDumpCtx {
 };
 
 constexpr int32_t kDumpInitialCapacity = 4096;
-constexpr size_t kDumpPieceSize = 4096;  // a piece holds one character less
+constexpr size_t kDumpPieceSize = 4095;  // a longer piece is cut
 
-// Appends one formatted piece, cut to 4095 characters. Memory that runs out drops the piece and nothing else.
-__attribute__((format(printf, 2, 3))) void NetDVSDumpPrintf(NetDVSDumpCtx *ctx, const char *format, ...);
+// Where a piece of at most this length may be written: the end of the text, or null when memory runs out and
+// the piece is lost. The text grows by doubling, once.
+char *dumpReserve(NetDVSDumpCtx *ctx, size_t length);
+void dumpCommit(NetDVSDumpCtx *ctx, const char *end);
+
+// A piece that may be too long for the text as it is, gathered and cut before it is appended.
+class LongPiece {
+  public:
+    void append(std::string_view text);
+    void flush(NetDVSDumpCtx *ctx) const;
+
+  private:
+    char text_[kDumpPieceSize];
+    size_t length_ = 0;
+};
+
+// A converted argument as a text of its own.
+template <Conversion C, typename Argument>
+void appendArgument(LongPiece &piece, const Argument &argument) {
+    if constexpr (C == Conversion::Text) {
+        piece.append(argument);
+    } else {
+        char digits[24];
+        const char *end = writeArgument<C>(digits, argument);
+        piece.append({digits, static_cast<size_t>(end - digits)});
+    }
+}
+
+template <Format F, size_t... I, typename... Arguments>
+void dumpPiece(NetDVSDumpCtx *ctx, std::index_sequence<I...>, const Arguments &...arguments) {
+    constexpr const auto &kKinds = kParsedFormat<F>.kind;
+    const size_t most = sizeof F.text + (size_t{0} + ... + longest(arguments));
+    if (most <= kDumpPieceSize && most < static_cast<size_t>(ctx->capacity - ctx->length)) {
+        char *out = ctx->text + ctx->length;
+        ((out = writeArgument<kKinds[I]>(writeText(out, literalOf<F, I>()), arguments)), ...);
+        dumpCommit(ctx, writeText(out, literalOf<F, sizeof...(I)>()));
+    } else {
+        LongPiece piece;
+        ((piece.append(literalOf<F, I>()), appendArgument<kKinds[I]>(piece, arguments)), ...);
+        piece.append(literalOf<F, sizeof...(I)>());
+        piece.flush(ctx);
+    }
+}
+
+// Appends one formatted piece, cut to 4095 characters: NetDVSDumpPrintf<"\t%s = %d\n">(ctx, name, number).
+// Memory that runs out drops the piece and nothing else.
+template <Format F, typename... Arguments>
+void NetDVSDumpPrintf(NetDVSDumpCtx *ctx, const Arguments &...arguments) {
+    static_assert(kParsedFormat<F>.kind.size() == sizeof...(Arguments), "one argument for each conversion");
+    dumpPiece<F>(ctx, std::index_sequence_for<Arguments...>(), formatArgument(arguments)...);
+}
 
 // The words of the class bits, each with its trailing blank: "CONFIG RUNTIME VOLATILE POLICY ".
 constexpr size_t kPropTypeSize = 32;
-void NetDVSPropTypeStr(uint32_t propType, char (&words)[kPropTypeSize]);
+std::string_view NetDVSPropTypeStr(uint32_t propType, char (&words)[kPropTypeSize]);
 
 }  // namespace qvs

@@ -20,8 +20,9 @@ int NetDVSDumpProp(DVSData *data, void *context) {
     const char *key = DVSData_Name(data);
     const void *value = nullptr;
     const uint32_t length = DVSData_Data(data, &value);
+    const PrintJob job = {key, RecordView(value, length), DVSData_PropType(data), ctx};
     const NetDVSPrinter printer = findPrinter(key);
-    (printer != nullptr ? printer : printGeneric)(key, value, length, DVSData_PropType(data), ctx);
+    (printer != nullptr ? printer : printGeneric)(job);
     return 0;
 }
 
@@ -44,8 +45,8 @@ const char *portMark(uint32_t state) {
 }
 
 int dumpPort(DVSPort *port, void *context) {
-    NetDVSDumpPrintf(static_cast<NetDVSDumpCtx *>(context), "\tport %s%s:\n", DVS_PortId(port),
-                     portMark(DVS_PortState(port)));
+    NetDVSDumpPrintf<"\tport %s%s:\n">(static_cast<NetDVSDumpCtx *>(context), DVS_PortId(port),
+                                       portMark(DVS_PortState(port)));
     DVSState_PortDataForEach(port, NetDVSDumpProp, context);
     return 0;
 }
@@ -54,12 +55,12 @@ int dumpSwitch(DVSSwitch *sw, void *context) {
     auto *ctx = static_cast<NetDVSDumpCtx *>(context);
     if (ctx->switchFilter != nullptr && std::strcmp(ctx->switchFilter, DVS_SwitchId(sw)) != 0) return 0;
 
-    NetDVSDumpPrintf(ctx, "switch %s (%s)\n", DVS_SwitchId(sw), DVS_ClassName(sw));
-    NetDVSDumpPrintf(ctx, "\tmax ports: %d\n", static_cast<int>(DVS_GetMaxPorts(sw)));
-    NetDVSDumpPrintf(ctx, "\tglobal properties:\n");
+    NetDVSDumpPrintf<"switch %s (%s)\n">(ctx, DVS_SwitchId(sw), DVS_ClassName(sw));
+    NetDVSDumpPrintf<"\tmax ports: %d\n">(ctx, static_cast<int>(DVS_GetMaxPorts(sw)));
+    NetDVSDumpPrintf<"\tglobal properties:\n">(ctx);
     ctx->newLayout = DVS_Version(sw) > kLastVersionWithOldLayout ? 1 : 0;
     DVSState_GlobalPropForEach(sw, NetDVSDumpProp, ctx);
-    NetDVSDumpPrintf(ctx, "\thost properties:\n");
+    NetDVSDumpPrintf<"\thost properties:\n">(ctx);
     DVSState_HostPropForEach(sw, NetDVSDumpProp, ctx);
     DVSState_PortForEach(sw, dumpPort, ctx);
     return ctx->switchFilter != nullptr ? 1 : 0;  // the wanted switch ends the walk

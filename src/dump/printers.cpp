@@ -1,49 +1,92 @@
-// The printers of single values: numbers, and whatever has no layout of its own.
+// The printers of single values, and what several printers share.
 #include "dump/printers.h"
 
-#include "dump/record.h"
-
 namespace qvs {
-namespace {
 
-// Printable as in the C locale, whatever the locale is.
-bool isPrintable(unsigned char byte) {
-    return byte >= 0x20 && byte <= 0x7e;
-}
-
-bool isPrintableString(const unsigned char *bytes, uint32_t length) {
+bool isPrintableString(const RecordView &record) {
+    const uint32_t length = record.length();
+    const unsigned char *bytes = record.bytes();
     uint32_t i = 0;
     while (i < length && isPrintable(bytes[i]))
         ++i;
     return length != 0 && i == length - 1 && bytes[i] == '\0';
 }
 
-}  // namespace
-
-int printNumber(const char *key, const void *value, uint32_t length, uint32_t propType, NetDVSDumpCtx *ctx) {
-    char words[kPropTypeSize];
-    NetDVSPropTypeStr(propType, words);
-    NetDVSDumpPrintf(ctx, "\t\t%s = %d , \tpropType = %s\n", key, RecordView(value, length).at<int32_t>(0),
-                     words);
-    return 0;
+void printRanges(const PrintJob &job, uint64_t offset, uint64_t count) {
+    const RecordView &record = job.record;
+    const uint64_t entries = record.entries(count, offset, 4);
+    for (uint64_t i = 0; i < entries; ++i) {
+        const uint16_t first = record.u16(offset + 4 * i);
+        const uint16_t last = record.u16(offset + 4 * i + 2);
+        if (first == last) {
+            job.print<" %u">(first);
+        } else {
+            job.print<" %u-%u">(first, last);
+        }
+    }
 }
 
-int printGeneric(const char *key, const void *value, uint32_t length, uint32_t propType, NetDVSDumpCtx *ctx) {
+void printIPv4(const PrintJob &job, uint64_t offset) {
+    const RecordView &r = job.record;
+    job.print<"%u.%u.%u.%u">(r.u8(offset), r.u8(offset + 1), r.u8(offset + 2), r.u8(offset + 3));
+}
+
+void printIPv6(const PrintJob &job, uint64_t offset) {
+    for (uint64_t i = 0; i < 16; i += 2) {
+        if (i != 0) job.print<":">();
+        job.print<"%02x%02x">(job.record.u8(offset + i), job.record.u8(offset + i + 1));
+    }
+}
+
+void printMac(const PrintJob &job, uint64_t offset) {
+    const RecordView &r = job.record;
+    job.print<"%02x:%02x:%02x:%02x:%02x:%02x">(r.u8(offset), r.u8(offset + 1), r.u8(offset + 2),
+                                               r.u8(offset + 3), r.u8(offset + 4), r.u8(offset + 5));
+}
+
+// Connection ids and MTUs: one 32-bit number, shown as signed.
+void printNumber(const PrintJob &job) {
     char words[kPropTypeSize];
-    NetDVSPropTypeStr(propType, words);
-    const auto *bytes = static_cast<const unsigned char *>(value);
-    if (isPrintableString(bytes, length)) {
-        NetDVSDumpPrintf(ctx, "\t\t%s = %s , \tpropType = %s\n", key, reinterpret_cast<const char *>(bytes),
-                         words);
-        return 0;
+    job.print<"\t\t%s = %d , \tpropType = %s\n">(job.key, job.record.at<int32_t>(0),
+                                                 NetDVSPropTypeStr(job.propType, words));
+}
+
+// Any value without a printer of its own: as text when it is one printable string, else as bytes.
+void printGeneric(const PrintJob &job) {
+    if (isPrintableString(job.record)) {
+        char words[kPropTypeSize];
+        job.print<"\t\t%s = %s , \tpropType = %s\n">(job.key, job.record.text(0),
+                                                     NetDVSPropTypeStr(job.propType, words));
+        return;
     }
     // The first byte is there even when the length is 0; bytes are padded with a blank, not with a zero.
-    NetDVSDumpPrintf(ctx, "\t\t%s = 0x%2x", key, bytes[0]);
-    for (uint32_t i = 1; i < length; ++i)
-        NetDVSDumpPrintf(ctx, ".%2x", bytes[i]);
-    NetDVSDumpPrintf(ctx, "\n");
-    NetDVSDumpPrintf(ctx, "\t\t\tpropType = %s\n", words);
-    return 0;
+    const unsigned char *bytes = job.record.bytes();
+    job.print<"\t\t%s = 0x%2x">(job.key, bytes[0]);
+    for (uint32_t i = 1; i < job.record.length(); ++i)
+        job.print<".%2x">(bytes[i]);
+    job.print<"\n">();
+    job.classLine();
+}
+
+// Records whose layout is the business of others: their length, then the text or 16 bytes a line.
+void printOpaque(const PrintJob &job) {
+    const RecordView &record = job.record;
+    job.print<"\t\t%s:\n\t\t\tlength = %u\n">(job.key, record.length());
+    if (isPrintableString(record)) {
+        job.print<"\t\t\ttext = %s\n">(record.text(0));
+    } else {
+        for (uint32_t i = 0; i < record.length(); ++i) {
+            if (i % 16 == 0) job.print<"\t\t\t">();
+            job.print<"%02x">(record.bytes()[i]);
+            const bool endsLine = i % 16 == 15 || i + 1 == record.length();
+            if (endsLine) {
+                job.print<"\n">();
+            } else {
+                job.print<" ">();
+            }
+        }
+    }
+    job.classLine();
 }
 
 }  // namespace qvs

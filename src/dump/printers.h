@@ -1,15 +1,66 @@
-// The printers of the registry. Each is a NetDVSPrinter; their results are read by nobody.
+// The printers of the registry, each the picture of its output, and what they share.
 #pragma once
 
-#include "dump/context.h"
+#include "dump/registry.h"
 
 namespace qvs {
 
-// One 32-bit number, shown as signed: connection ids and MTUs.
-int printNumber(const char *key, const void *value, uint32_t length, uint32_t propType, NetDVSDumpCtx *ctx);
+// Single values.
+void printGeneric(const PrintJob &job);
+void printNumber(const PrintJob &job);
+void printOpaque(const PrintJob &job);
 
-// Any value without a printer of its own: as text when it is one printable string with its NUL, else as
-// bytes.
-int printGeneric(const char *key, const void *value, uint32_t length, uint32_t propType, NetDVSDumpCtx *ctx);
+// What the kernel publishes.
+void printPortStatus(const PrintJob &job);
+void printPassThroughStatus(const PrintJob &job);
+void printPortStatistics(const PrintJob &job);
+void printHostStatus(const PrintJob &job);
+void printLinkStatus(const PrintJob &job);
+void printOverlay(const PrintJob &job);
+void printPortOverlay(const PrintJob &job);
+void printVlanInForce(const PrintJob &job);
+void printUplinkNames(const PrintJob &job);
+void printUplinkPorts(const PrintJob &job);
+
+// Policies.
+void printTeaming(const PrintJob &job);
+void printVlan(const PrintJob &job);
+void printPrivateVlanMap(const PrintJob &job);
+void printShaper(const PrintJob &job);
+void printSecurity(const PrintJob &job);
+void printExtraEthFilter(const PrintJob &job);
+void printDiscovery(const PrintJob &job);
+void printIPv4Address(const PrintJob &job);
+void printSwitchIpfix(const PrintJob &job);
+void printPortIpfix(const PrintJob &job);
+void printSwitchLacp(const PrintJob &job);
+void printPortLacp(const PrintJob &job);
+
+// Settings and results.
+void printMirrorSessions(const PrintJob &job);
+void printVlanCheckResult(const PrintJob &job);
+void printMtuCheckResult(const PrintJob &job);
+void printTeamCheckDeployment(const PrintJob &job);
+void printTeamCheckParameter(const PrintJob &job);
+void printMacLearning(const PrintJob &job);
+void printMacLearningSwitch(const PrintJob &job);
+void printMacManagement(const PrintJob &job);
+void printMulticastAddresses(const PrintJob &job);
+
+// Printable as in the C locale, whatever the locale is.
+inline bool isPrintable(unsigned char byte) {
+    return byte >= 0x20 && byte <= 0x7e;
+}
+
+// True when a record is exactly one printable text with its NUL.
+bool isPrintableString(const RecordView &record);
+
+// " first" or " first-last" for ranges of two 16-bit numbers; the last is shown whenever it differs.
+void printRanges(const PrintJob &job, uint64_t offset, uint64_t count);
+
+// The addresses in a record: IPv4 with points, IPv6 in eight full groups, MAC with colons.
+void printIPv4(const PrintJob &job, uint64_t offset);
+void printIPv6(const PrintJob &job, uint64_t offset);
+void printMac(const PrintJob &job, uint64_t offset);
 
 }  // namespace qvs

@@ -1,32 +1,55 @@
 // A stored record as a printer reads it.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace qvs {
 
-// A view that cannot be read beyond its end: what is not there reads as zero.
+// A view that cannot be read beyond its end: numbers that are not there are zero, texts end, and no more
+// entries are counted than there are bytes for.
 class RecordView {
   public:
     RecordView(const void *bytes, uint32_t length)
         : bytes_(static_cast<const unsigned char *>(bytes)), length_(length) {}
 
+    uint32_t length() const { return length_; }
+    const unsigned char *bytes() const { return bytes_; }
+
     // The number of type T at an offset, little-endian and unaligned.
     template <typename T>
-    T at(size_t offset) const {
+    T at(uint64_t offset) const {
         T number = 0;
         if (offset < length_) {
-            const size_t rest = length_ - offset;
-            std::memcpy(&number, bytes_ + offset, rest < sizeof number ? rest : sizeof number);
+            const size_t rest = static_cast<size_t>(length_ - offset);
+            std::memcpy(&number, bytes_ + offset, std::min(rest, sizeof number));
         }
         return number;
+    }
+    uint8_t u8(uint64_t offset) const { return at<uint8_t>(offset); }
+    uint16_t u16(uint64_t offset) const { return at<uint16_t>(offset); }
+    uint32_t u32(uint64_t offset) const { return at<uint32_t>(offset); }
+    uint64_t u64(uint64_t offset) const { return at<uint64_t>(offset); }
+
+    // The text in a field: up to a NUL, the end of the field or the end of the record.
+    std::string_view text(uint64_t offset, size_t fieldSize = SIZE_MAX) const {
+        if (offset >= length_) return {};
+        const char *start = reinterpret_cast<const char *>(bytes_ + offset);
+        return {start, strnlen(start, std::min(fieldSize, static_cast<size_t>(length_ - offset)))};
+    }
+
+    // How many of `count` entries begin inside the record, the first of them at an offset.
+    uint64_t entries(uint64_t count, uint64_t offset, uint64_t entrySize) const {
+        if (offset >= length_) return 0;
+        return std::min(count, (length_ - offset + entrySize - 1) / entrySize);
     }
 
   private:
     const unsigned char *bytes_;
-    size_t length_;
+    uint32_t length_;
 };
 
 }  // namespace qvs

@@ -1,0 +1,143 @@
+// Formats that are taken apart while the library is compiled, so that printing one costs copying its texts
+// and writing its numbers.
+#pragma once
+
+#include <array>
+#include <charconv>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <type_traits>
+
+namespace qvs {
+
+// A format as a template argument. The conversions are those of printf that the dump needs: %s; %d and %u for
+// numbers of any width; %x with a width of 2, padded with blanks ("%2x") or zeros ("%02x"), or without.
+template <size_t Size>
+struct Format {
+    char text[Size]{};
+    constexpr Format(
+        const char (&literal)[Size]) {  // NOLINT(google-explicit-constructor): a literal is a format
+        for (size_t i = 0; i < Size; ++i)
+            text[i] = literal[i];
+    }
+};
+
+enum class Conversion : uint8_t { Text, Decimal, Hex, HexBlank2, HexZero2 };
+
+// A format taken apart: literal pieces around the conversions.
+template <size_t Conversions>
+struct ParsedFormat {
+    std::array<size_t, Conversions + 1>
+        begin{};  // of the literal before each conversion, and of the last one
+    std::array<size_t, Conversions + 1> size{};
+    std::array<Conversion, Conversions> kind{};
+};
+
+// Never defined: calling it while a format is parsed is what makes a wrong one a compile-time error.
+void unknownConversion();
+
+template <Format F>
+consteval size_t countConversions() {
+    size_t count = 0;
+    for (const char c : F.text)
+        count += c == '%' ? 1 : 0;
+    return count;
+}
+
+template <Format F>
+consteval auto parseFormat() {
+    ParsedFormat<countConversions<F>()> parsed;
+    const std::string_view text(F.text, sizeof F.text - 1);
+    size_t at = 0;
+    for (size_t i = 0; i < parsed.kind.size(); ++i) {
+        const size_t percent = text.find('%', at);
+        parsed.begin[i] = at;
+        parsed.size[i] = percent - at;
+        const std::string_view rest = text.substr(percent + 1);
+        if (rest.starts_with("02x")) {
+            parsed.kind[i] = Conversion::HexZero2;
+            at = percent + 4;
+        } else if (rest.starts_with("2x")) {
+            parsed.kind[i] = Conversion::HexBlank2;
+            at = percent + 3;
+        } else {
+            const char letter = rest.at(0);
+            if (letter != 's' && letter != 'd' && letter != 'u' && letter != 'x') unknownConversion();
+            parsed.kind[i] = letter == 's'   ? Conversion::Text
+                             : letter == 'x' ? Conversion::Hex
+                                             : Conversion::Decimal;
+            at = percent + 2;
+        }
+    }
+    parsed.begin.back() = at;
+    parsed.size.back() = text.size() - at;
+    return parsed;
+}
+
+template <Format F>
+inline constexpr auto kParsedFormat = parseFormat<F>();
+
+// The literal text before conversion I, or the last one.
+template <Format F, size_t I>
+constexpr std::string_view literalOf() {
+    return {F.text + kParsedFormat<F>.begin[I], kParsedFormat<F>.size[I]};
+}
+
+// How an argument is carried to the writer: texts as views, numbers in 64 bits with their sign.
+inline std::string_view formatArgument(const char *text) {
+    return text;
+}
+inline std::string_view formatArgument(std::string_view text) {
+    return text;
+}
+template <std::signed_integral T>
+int64_t formatArgument(T number) {
+    return number;
+}
+template <std::unsigned_integral T>
+uint64_t formatArgument(T number) {
+    return number;
+}
+
+// The longest a converted argument can be.
+inline size_t longest(std::string_view text) {
+    return text.size();
+}
+inline size_t longest(int64_t) {
+    return 20;
+}
+inline size_t longest(uint64_t) {
+    return 20;
+}
+
+inline char *writeText(char *out, std::string_view text) {
+    std::memcpy(out, text.data(), text.size());
+    return out + text.size();
+}
+
+template <Conversion C>
+char *writeArgument(char *out, std::string_view text) {
+    static_assert(C == Conversion::Text, "a text needs %s");
+    return writeText(out, text);
+}
+
+template <Conversion C, typename Number>
+requires std::integral<Number>
+char *writeArgument(char *out, Number number) {
+    static_assert(C != Conversion::Text, "%s needs a text");
+    constexpr size_t kRoom = 20;
+    if constexpr (C == Conversion::Decimal) {
+        return std::to_chars(out, out + kRoom, number).ptr;
+    } else {
+        const auto bits = static_cast<uint64_t>(number);
+        if constexpr (C != Conversion::Hex) {
+            if (bits < 0x10) *out++ = C == Conversion::HexZero2 ? '0' : ' ';
+        }
+        return std::to_chars(out, out + kRoom, bits, 16).ptr;
+    }
+}
+
+}  // namespace qvs
