@@ -66,7 +66,13 @@ struct Command {
     const char *details;  // more for the manual, or null
     const char *example;
     void (*run)(const Arguments &, Output &);
+    // What a change touches, and all that it looks at, as paths from the switch down; null: everything. A
+    // batch loads the snapshot again only before a command that looks at what was touched.
+    std::vector<std::string> (*touches)(const Arguments &) = nullptr;
 };
+
+// A path of names, which may contain any character but NUL.
+std::string touchedPath(std::initializer_list<std::string_view> names);
 
 struct Noun {
     const char *name;
@@ -83,6 +89,7 @@ extern const std::span<const Command> kUplinkCommands;
 extern const std::span<const Command> kPropCommands;
 extern const std::span<const Command> kDumpCommands;
 extern const std::span<const Command> kStatusCommands;
+extern const std::span<const Command> kBatchCommands;
 extern const std::span<const Command> kToolCommands;
 
 // Options and arguments that many rows share.

@@ -114,6 +114,14 @@ void remove(const Arguments &arguments, Output &out) {
     }
 }
 
+std::vector<std::string> touchedPorts(const Arguments &arguments) {
+    std::vector<std::string> paths;
+    for (const std::string &port : arguments.all("PORT")) {
+        paths.push_back(touchedPath({arguments.text("SWITCH"), "port", port}));
+    }
+    return paths;
+}
+
 // --- list, show, number ---
 
 void listKernel(const std::string &alias, Output &out) {
@@ -268,7 +276,8 @@ const Command kRows[] = {
                  kMayExist},
      .details = "All ports are checked before the first is added.",
      .example = "qvs port add sw1 web db --connect-id 7",
-     .run = add},
+     .run = add,
+     .touches = touchedPorts},
     {.noun = "port",
      .verb = "remove",
      .access = Access::Writes,
@@ -279,7 +288,8 @@ const Command kRows[] = {
      .details =
          "All ports are checked before the first is removed. A port that carries an uplink is refused.",
      .example = "qvs port remove sw1 web db",
-     .run = remove},
+     .run = remove,
+     .touches = touchedPorts},
     {.noun = "port",
      .verb = "list",
      .access = Access::Reads,

@@ -259,6 +259,17 @@ void clearProperty(const Arguments &arguments, Output &out) {
     report(out, target, !absent);
 }
 
+// By identifier it could be any switch.
+std::vector<std::string> touchedProperty(const Arguments &arguments) {
+    if (arguments.given("--by-id")) return {touchedPath({})};
+    const std::string &name = arguments.text("SWITCH");
+    const std::string &key = arguments.text("KEY");
+    if (arguments.given("--port")) return {touchedPath({name, "port", arguments.text("--port"), key})};
+    // Names, portset and uplinks of a switch are properties too.
+    if (key.starts_with("com.quillon.common.")) return {touchedPath({})};
+    return {touchedPath({name, arguments.given("--host") ? "host" : "global", key})};
+}
+
 // --- list ---
 
 // In the table a long value is cut; JSON has all of it.
@@ -340,7 +351,8 @@ const Command kRows[] = {
                  {"--runtime", nullptr, "class RUNTIME, for host properties"}},
      .details = "A property that has this value and class already is left alone.",
      .example = "qvs prop set sw1 com.example.rack --text b12",
-     .run = setProperty},
+     .run = setProperty,
+     .touches = touchedProperty},
     {.noun = "prop",
      .verb = "clear",
      .access = Access::Writes,
@@ -350,7 +362,8 @@ const Command kRows[] = {
      .options = {kHost, kPort, kById, kIfExists},
      .details = nullptr,
      .example = "qvs prop clear sw1 com.example.rack --if-exists",
-     .run = clearProperty},
+     .run = clearProperty,
+     .touches = touchedProperty},
     {.noun = "prop",
      .verb = "list",
      .access = Access::Reads,

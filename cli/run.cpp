@@ -22,6 +22,7 @@ std::span<const Noun> nouns() {
         {"prop", "stored properties of a switch, this host's part of it, and its ports", kPropCommands},
         {"dump", "the whole state as text", kDumpCommands},
         {"status", "statuses of the library", kStatusCommands},
+        {"batch", "many commands in one run", kBatchCommands},
         {"tool", "the tool itself", kToolCommands},
     };
     return table;
@@ -90,32 +91,16 @@ bool kernelAnswers(uint32_t &count) {
     return true;
 }
 
-Failure noHost() {
-    return {Exit::NoHost,
-            "no hypercore on this machine: the kernel's switch device does not answer\n"
-            "qvs: an emulated host to try this on: qvs-host run -- qvs ..."};
-}
+constexpr const char *kNoHost =
+    "no hypercore on this machine: the kernel's switch device does not answer\n"
+    "qvs: an emulated host to try this on: qvs-host run -- qvs ...";
 
 // An empty snapshot is an empty host, no host, or a host whose state could not be loaded.
 void requireHost() {
     if (!snapshotEmpty()) return;
     uint32_t switches = 0;
-    if (!kernelAnswers(switches)) throw noHost();
+    if (!kernelAnswers(switches)) throw Failure{Exit::NoHost, kNoHost};
     if (switches > 0) fail(Exit::Failed, "the kernel has switches, but their state could not be loaded");
-}
-
-void execute(const Command &command, const Arguments &arguments, Output &out) {
-    if (command.access != Access::Local) requireHost();
-    try {
-        command.run(arguments, out);
-    } catch (const Failure &failure) {
-        // What was done before the failure is reported, and the failure after it.
-        out.flush();
-        uint32_t switches = 0;
-        if (failure.fromLibrary && !kernelAnswers(switches)) throw noHost();
-        throw;
-    }
-    out.flush();
 }
 
 // Options that say what is printed.
@@ -136,27 +121,49 @@ void runWords(std::vector<std::string> words) {
         return plain.flush();
     }
     size_t taken = 0;
-    const Command *command = findCommand(words, taken);
-    if (command == nullptr && !global.help) {
+    if (!global.help && findCommand(words, taken) == nullptr) {
         fmt::print(stderr, "{}", helpFor(words));
         throw Failure{Exit::Usage, ""};
     }
-    Arguments arguments;
-    if (!global.help) {
-        arguments = parseArguments(*command, std::span<const std::string>(words).subspan(taken), global);
-    }
-    if (global.help) {
+    Call call = global.help ? Call{} : parseCall(words, global);
+    if (call.global.help || global.help) {
         plain.write(helpFor(words));
         return plain.flush();
     }
-    if (global.json && !command->json) fail(Exit::Usage, "qvs {} has no JSON", cli::words(*command));
-    tracing = global.trace;
-    requireExclusive(arguments, global);
-    Output out(global.json);
-    execute(*command, arguments, out);
+    execute(call);
 }
 
 }  // namespace
+
+Call parseCall(std::vector<std::string> words, GlobalOptions global) {
+    takeLeading(words, global);
+    size_t taken = 0;
+    const Command *command = findCommand(words, taken);
+    if (command == nullptr) fail(Exit::Usage, "a noun and a verb are needed; 'qvs help' lists them");
+    Call call{command, {}, global};
+    call.arguments =
+        parseArguments(*command, std::span<const std::string>(words).subspan(taken), call.global);
+    if (call.global.help) return call;
+    if (call.global.json && !command->json) fail(Exit::Usage, "qvs {} has no JSON", cli::words(*command));
+    requireExclusive(call.arguments, call.global);
+    return call;
+}
+
+void execute(const Call &call) {
+    tracing = call.global.trace;
+    if (call.command->access != Access::Local) requireHost();
+    Output out(call.global.json);
+    try {
+        call.command->run(call.arguments, out);
+    } catch (const Failure &failure) {
+        // What was done before the failure is reported, and the failure after it.
+        out.flush();
+        uint32_t switches = 0;
+        if (!failure.fromLibrary || kernelAnswers(switches)) throw;
+        throw Failure{Exit::NoHost, fmt::format("{}\nqvs: {}", failure.message, kNoHost)};
+    }
+    out.flush();
+}
 
 std::string helpFor(std::span<const std::string> words) {
     size_t taken = 0;

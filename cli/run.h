@@ -10,6 +10,19 @@
 
 namespace qvs::cli {
 
+// A command with its arguments.
+struct Call {
+    const Command *command = nullptr;
+    Arguments arguments;
+    GlobalOptions global;
+};
+
+// Takes words apart; global holds what was set before them. Throws a usage failure.
+Call parseCall(std::vector<std::string> words, GlobalOptions global);
+
+// Runs a call and writes out what it prints. Throws what fails.
+void execute(const Call &call);
+
 // Runs the command that the words name. Messages go to standard error.
 Exit run(std::span<const std::string> words);
 
