@@ -260,24 +260,19 @@ TEST(Switch, PortsetNamesThatTheShellWouldInterpret) {
 }
 
 TEST(Switch, PortsetNamesThatWork) {
-    const std::string name193(193, 'n');
+    const std::string name127(127, 'n');
     const std::string before = hostState();
     for (const std::string name :
          {"a-b", "a.b", "a..b", ".a", "a~", "a#b", "a=b", "a]b", "a{b}", "a,b", "a:b", "a!b", "a%sb", "a@b",
-          "a^b", "schalter-\xc3\xa4\xff", name193.c_str()}) {
+          "a^b", "schalter-\xc3\xa4\xff", name127.c_str()}) {
         SCOPED_TRACE(name);
         ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", "id", name.c_str(), 105, 0, 0, 1, 1), 0);
         EXPECT_NE(hostState().find("portset " + name + "\n"), std::string::npos);
         SwitchAliasName found;
         EXPECT_STATUS(DVSPortsetNameToAlias(name.c_str(), found), 0);
         EXPECT_STREQ(found, "sw1");
-        // A name of more than 127 characters does not come back whole.
-        if (name.size() < 128) {
-            EXPECT_STATUS(VSDVS_DestroyVSwitch("sw1"), 0);
-            EXPECT_EQ(hostState(), before);
-        } else {
-            resetHost();
-        }
+        EXPECT_STATUS(VSDVS_DestroyVSwitch("sw1"), 0);
+        EXPECT_EQ(hostState(), before);
     }
 }
 
@@ -301,6 +296,7 @@ TEST(Switch, DestroyingFromItsNames) {
     EXPECT_STATUS(VSDVS_DestroyVSwitch("sw1"), 0xbad0003);  // the snapshot does not know it yet
     ASSERT_STATUS(DVSLoadConfig(), 0);
     CallsReset reset;
+    calls().commands.clear();
     EXPECT_STATUS(VSDVS_DestroyVSwitch("sw1"), 0);
     ASSERT_EQ(calls().commands.size(), 1u);
     EXPECT_EQ(calls().commands[0], "/bin/treesh -e set /net/portsets/ps1/destroy destroy 2> /dev/null");

@@ -12,7 +12,7 @@
 namespace qvs::test {
 namespace {
 
-// Where libqvs's code lies.
+// Where the library's code lies.
 uintptr_t textBegin = 0;
 uintptr_t textEnd = 0;
 
@@ -21,8 +21,10 @@ std::atomic<int> countdown = 0;
 std::atomic<bool> fromThenOn = false;
 std::atomic<int> calls = 0;
 
-int findLibrary(dl_phdr_info *info, size_t, void *) {
-    if (std::strstr(info->dlpi_name, "/libqvs.so") == nullptr) return 0;
+int findLibrary(dl_phdr_info *info, size_t, void *library) {
+    const char *slash = std::strrchr(info->dlpi_name, '/');
+    const auto *name = static_cast<const char *>(library);
+    if (slash == nullptr || std::strncmp(slash + 1, name, std::strlen(name)) != 0) return 0;
     for (int i = 0; i < info->dlpi_phnum; ++i) {
         const auto &segment = info->dlpi_phdr[i];
         if (segment.p_type != PT_LOAD || (segment.p_flags & PF_X) == 0) continue;
@@ -46,8 +48,10 @@ int findLibrary(dl_phdr_info *info, size_t, void *) {
 
 }  // namespace
 
-AllocFault::AllocFault(int nth, Mode mode) {
-    dl_iterate_phdr(findLibrary, nullptr);
+AllocFault::AllocFault(int nth, Mode mode, const char *library) {
+    textBegin = textEnd = 0;
+    dl_iterate_phdr(findLibrary, const_cast<char *>(library));
+    EXPECT_NE(textEnd, 0u) << library << " is not loaded";
     calls = 0;
     countdown = nth == 0 ? 1 << 30 : nth;
     fromThenOn = mode == kFromThenOn;

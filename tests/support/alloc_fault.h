@@ -11,7 +11,7 @@ class AllocFault {
     enum Mode { kOnce, kFromThenOn };
 
     // The nth allocation from now on fails, the first being 1; 0 only counts.
-    explicit AllocFault(int nth, Mode mode = kOnce);
+    explicit AllocFault(int nth, Mode mode = kOnce, const char *library = "libqvs.so");
     AllocFault(const AllocFault &) = delete;
     AllocFault &operator=(const AllocFault &) = delete;
     ~AllocFault();

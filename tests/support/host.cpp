@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <qvs/dvs.h>
 #include <qvs/mesh_public.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
@@ -15,6 +16,7 @@
 #include <set>
 
 #include "support/bytes.h"
+#include "support/intercept.h"
 #include "wire/client.h"
 
 namespace qvs::test {
@@ -26,10 +28,31 @@ using nlohmann::json;
 size_t tracePosition = 0;
 
 std::string traceFile() {
-    // A control request is answered after everything before it is in the trace, closed devices included.
-    control(R"({"op":"status"})");
     std::ifstream file("trace", std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+size_t linesThatStart(std::string_view trace, std::string_view start, std::string_view end) {
+    size_t count = 0;
+    for (size_t at = 0; at < trace.size(); at = trace.find('\n', at) + 1) {
+        const std::string_view line = trace.substr(at, trace.find('\n', at) - at);
+        if (line.starts_with(start) && line.ends_with(end)) ++count;
+    }
+    return count;
+}
+
+// The kernel hears of a close when it gets to it, so the trace is complete when every device is closed again.
+std::string completeTrace() {
+    control(R"({"op":"status"})");
+    for (int tries = 0; tries < 2000; ++tries) {
+        std::string trace = traceFile();
+        if (linesThatStart(trace, "device open", "-> 0") == linesThatStart(trace, "device close", "")) {
+            return trace;
+        }
+        usleep(1000);
+    }
+    ADD_FAILURE() << "a device is still open";
+    return traceFile();
 }
 
 template <typename Get, typename... Where>
@@ -122,10 +145,11 @@ void resetHost() {
 }
 
 std::string takeTrace() {
-    std::string trace = traceFile();
+    const std::string trace = completeTrace();
     const size_t begin = std::min(tracePosition, trace.size());
     tracePosition = trace.size();
-    return trace.substr(begin);
+    static const std::regex close("device close [^\n]*\n");
+    return std::regex_replace(trace.substr(begin), close, "");
 }
 
 void clearTrace() {
@@ -141,6 +165,7 @@ std::string hostState() {
     clearFaults();
     EXPECT_EQ(DVSLoadConfig(), HYP_OK);
     std::set<std::string> lines;
+    const std::vector<std::string> commands = calls().commands;
     if (FILE *listing = popen("/bin/treesh -e ls /net/portsets", "r")) {
         char name[512];
         while (fgets(name, sizeof name, listing) != nullptr) {
@@ -148,6 +173,7 @@ std::string hostState() {
         }
         pclose(listing);
     }
+    calls().commands = commands;
     DVSState_SwitchForEach(addSwitch, &lines);
     clearTrace();
     std::string state;

@@ -21,7 +21,9 @@ void seed(std::string_view labJson);
 // An empty host without faults, an empty snapshot and a fresh trace.
 void resetHost();
 
-// The trace lines since the last call of either function, each with its line end.
+// The trace lines since the last call of either function, each with its line end, but for the lines that tell
+// of closed devices: the kernel notices those in its own time. That every device is closed again is checked
+// instead.
 std::string takeTrace();
 void clearTrace();
 // Lengths that the state library's own format decides, replaced by "*".

@@ -21,7 +21,7 @@ namespace {
 // The trace of one device request.
 std::string request(const std::string &line, const std::string &answer = "0") {
     return "device open \"/dev/vswitch\" -> 0\ndevice ioctl \"/dev/vswitch\" " + line + " -> " + answer +
-           "\ndevice close \"/dev/vswitch\"\n";
+           "\n";
 }
 
 // Hexadecimal digits of a character repeated.
@@ -65,23 +65,23 @@ TEST_F(Inventory, SingleRequestsByteForByte) {
         uint32_t status = 0;
     } const rows[] = {
         {[&] { return VSHYP_GetUplinkLinkState("ps1", "pnic0", &up); },
-         "0x100c GetUplinkLinkState in=268 out=4 input=[0:707331,176:706e696330]"},
+         "0x100c GetUplinkLinkState in=268 out=4 input=[0:707331 176:706e696330]"},
         {[&] { return VSHYP_GetUplinkLACPLinkState("ps1", "pnic0", &up); },
-         "0x100d GetUplinkLACPLinkState in=268 out=4 input=[0:707331,176:706e696330]"},
+         "0x100d GetUplinkLACPLinkState in=268 out=4 input=[0:707331 176:706e696330]"},
         {[&] { return VSHYP_GetVSInfo("ps1", area.bytes); },
          "0x1010 GetSwitchInfo in=268 out=220 input=[0:707331]"},
         {[&] { return VSHYP_PortGetTeamUplinkHint(0x4000003, area.bytes); },
-         "0x1022 PortGetTeamUplinkHint in=268 out=32 input=[128:03,131:04]"},
+         "0x1022 PortGetTeamUplinkHint in=268 out=32 input=[128:03 131:04]"},
         {[&] { return VSHYP_GetUplinkDVPortID("pnic1", area.bytes); },
          "0x1023 GetUplinkDVPortID in=268 out=48 input=[176:706e696331]"},
         {[&] { return VSHYP_DVSAliasToSwitchId("sw1", area.bytes); },
          "0x1027 DVSAliasToSwitchId in=268 out=64 input=[0:737731]"},
         {[&] { return VSHYP_SetUplinkAdminLinkState("ps1", "pnic1", 5); },
-         "0x2002 SetUplinkAdminLinkState in=268 out=0 input=[0:707331,176:706e696331,208:01]"},
+         "0x2002 SetUplinkAdminLinkState in=268 out=0 input=[0:707331 176:706e696331 208:01]"},
         {[&] { return VSHYP_SetUplinkAdminLinkState("ps1", "pnic1", INT32_MIN); },
-         "0x2002 SetUplinkAdminLinkState in=268 out=0 input=[0:707331,176:706e696331,208:01]"},
+         "0x2002 SetUplinkAdminLinkState in=268 out=0 input=[0:707331 176:706e696331 208:01]"},
         {[&] { return VSHYP_SetUplinkAdminLinkState("ps1", "pnic1", 0); },
-         "0x2002 SetUplinkAdminLinkState in=268 out=0 input=[0:707331,176:706e696331]"},
+         "0x2002 SetUplinkAdminLinkState in=268 out=0 input=[0:707331 176:706e696331]"},
         {[&] { return VSHYP_RefreshDevNUMAInfo("ps1"); },
          "0x2006 RefreshDevNUMAInfo in=268 out=0 input=[0:707331]"},
         // Names are cut, never refused.
@@ -89,7 +89,7 @@ TEST_F(Inventory, SingleRequestsByteForByte) {
          "0x1010 GetSwitchInfo in=268 out=220 input=[0:" + repeated("6e", 127) + "]", "ENOENT", 0xbad0003},
         {[&] { return VSHYP_GetUplinkLinkState(long200.c_str(), uplink40.c_str(), &up); },
          "0x100c GetUplinkLinkState in=268 out=4 input=[0:" + repeated("6e", 127) +
-             ",176:" + repeated("75", 31) + "]",
+             " 176:" + repeated("75", 31) + "]",
          "ENOENT", 0xbad0003},
         {[&] { return VSHYP_DVSAliasToSwitchId(alias90.c_str(), area.bytes); },
          "0x1027 DVSAliasToSwitchId in=268 out=64 input=[0:" + repeated("61", 80) + "]", "ENOENT", 0xbad0003},
@@ -124,15 +124,17 @@ TEST_F(Inventory, RequestsByAlias) {
               "state PortDataGet switch=\"id\" port=\"port0\" "
               "key=\"com.quillon.common.port.volatile.status\"");
     EXPECT_EQ(trace.substr(trace.find("device")),
-              request("0x1014 GetPortInfo in=268 out=1458 input=[128:03,131:04]"));
+              request("0x1014 GetPortInfo in=268 out=1458 input=[128:03 131:04]"));
     EXPECT_BYTES(bytesAt(portInfo, 4), u32(0x4000003));
     VSHYP_FreeMemory(portInfo);
 
     // A portset name of more than 127 characters has no NUL in its own buffer.
-    ASSERT_STATUS(VSDVS_CreateVSwitch("long", nullptr, std::string(180, 'n').c_str(), 105, 0, 0, 0, 0), 0);
+    const std::string name(180, 'n');
+    ASSERT_STATUS(VSDVS_SetHostProp("sw1", "com.quillon.common.host.portset", name.c_str(), 181, nullptr, 1),
+                  0);
     ASSERT_STATUS(DVSLoadConfig(), 0);
     clearTrace();
-    EXPECT_STATUS(VSHYP_GetSwitchInfo("long", &info), 0xbad0003);
+    EXPECT_STATUS(VSHYP_GetSwitchInfo("sw1", &info), 0xbad0003);
     EXPECT_EQ(takeTrace(),
               request("0x1010 GetSwitchInfo in=268 out=220 input=[0:" + repeated("6e", 127) + "]", "ENOENT"));
 }
