@@ -55,6 +55,7 @@ struct Slot {
     CLI::Option *option = nullptr;
     std::vector<std::string> values;
     bool flag = false;
+    bool repeated = false;
 };
 
 // CLI11 makes a list of a word like "[a,b]" where several words are taken, but a name may look like that. A
@@ -73,7 +74,7 @@ void unguard(std::string &word) {
 void configure(CLI::Option &option, bool repeated) {
     option.expected(1, repeated ? CLI::detail::expected_max_vector_size : 1);
     option.allow_extra_args(repeated);
-    option.multi_option_policy(repeated ? CLI::MultiOptionPolicy::TakeAll : CLI::MultiOptionPolicy::Throw);
+    option.multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
 void addArgument(CLI::App &app, std::deque<Slot> &slots, const Argument &argument) {
@@ -82,6 +83,7 @@ void addArgument(CLI::App &app, std::deque<Slot> &slots, const Argument &argumen
     slot.option = app.add_option(argument.name, slot.values);
     configure(*slot.option, argument.repeated);
     slot.option->required(!argument.optional);
+    slot.repeated = argument.repeated;
 }
 
 void addOption(CLI::App &app, std::deque<Slot> &slots, const Option &option) {
@@ -105,6 +107,10 @@ const std::string *unknownOption(const CLI::App &app, std::span<const std::strin
     return nullptr;
 }
 
+[[noreturn]] void failUsage(const Command &command, std::string_view message) {
+    fail(Exit::Usage, "{}\nqvs: usage: {}", shown(message), usageLine(command));
+}
+
 [[noreturn]] void failParse(const CLI::App &app, const Command &command, std::span<const std::string> words,
                             std::string message) {
     std::erase(message, kGuard);
@@ -114,7 +120,7 @@ const std::string *unknownOption(const CLI::App &app, std::span<const std::strin
     } else {
         message = shown(message);
     }
-    fail(Exit::Usage, "{}\nqvs: usage: {}", message, usageLine(command));
+    failUsage(command, message);
 }
 
 }  // namespace
@@ -147,6 +153,8 @@ Arguments parseArguments(const Command &command, std::span<const std::string> wo
     Arguments arguments;
     for (Slot &slot : slots) {
         if (slot.option->count() == 0 || (slot.values.empty() && !slot.flag)) continue;
+        if (slot.values.size() > 1 && !slot.repeated)
+            failUsage(command, fmt::format("{}: given twice", slot.name));
         std::for_each(slot.values.begin(), slot.values.end(), unguard);
         arguments.add(slot.name, std::move(slot.values));
     }

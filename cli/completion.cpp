@@ -80,7 +80,7 @@ constexpr const char *kTail = R"bash(        *) COMPREPLY=($(compgen -W "$nouns"
         at=$((${#offered[@]} - 1))
         [[ ${offered[at]} == *+ ]] || return
     fi
-    local switch=${plain[taken]}
+    local switch=${plain[taken]-}
     _qvs_offer "${offered[at]%+}"
 }
 
@@ -136,7 +136,7 @@ std::string bashCompletion() {
                    fmt::join(valued, " | "));
     script += "        esac\n    done\n";
     fmt::format_to(put, "    local nouns=\"{}\"\n", nounWords);
-    script += "    if [[ $skip ]]; then\n        local switch=${plain[2]}\n        case $previous in\n";
+    script += "    if [[ $skip ]]; then\n        local switch=${plain[2]-}\n        case $previous in\n";
     fmt::format_to(put, "            {}) _qvs_offer file ;;\n", fmt::join(files, " | "));
     fmt::format_to(put, "            {}) _qvs_offer port ;;\n", fmt::join(ports, " | "));
     script +=

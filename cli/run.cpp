@@ -144,7 +144,8 @@ Call parseCall(std::vector<std::string> words, GlobalOptions global) {
     call.arguments =
         parseArguments(*command, std::span<const std::string>(words).subspan(taken), call.global);
     if (call.global.help) return call;
-    if (call.global.json && !command->json) fail(Exit::Usage, "qvs {} has no JSON", cli::words(*command));
+    if (call.global.json && !command->json)
+        fail(Exit::Usage, "--json: qvs {} has none", cli::words(*command));
     requireExclusive(call.arguments, call.global);
     return call;
 }

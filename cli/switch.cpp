@@ -1,6 +1,7 @@
 // qvs switch: distributed switches and what the kernel knows about them.
 #include <qvs/qvs.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <string>
@@ -51,26 +52,26 @@ struct SwitchView {
 
 // Throws when an attribute that was given is not the one the switch has.
 void requireSame(const SwitchView &sw, const Arguments &arguments, const std::string &alias) {
-    auto differs = [&](std::string_view what, const auto &has, const auto &wanted) {
-        fail(Exit::Differs, "{}: exists with {} {}, not {}", named(alias), what, has, wanted);
-    };
-    auto number = [&](const char *option, std::string_view what, uint32_t has, uint32_t wanted) {
-        if (arguments.given(option) && has != wanted) differs(what, has, wanted);
+    auto differs = [&](const std::string &has, const auto &wanted) {
+        fail(Exit::Differs, "{}: exists with {}, not {}", named(alias), has, wanted);
     };
     auto text = [&](const char *option, std::string_view what, std::string_view has) {
-        if (arguments.given(option) && has != arguments.text(option)) {
-            differs(what, inQuotes(has), inQuotes(arguments.text(option)));
-        }
+        if (!arguments.given(option) || has == arguments.text(option)) return;
+        differs(fmt::format("{} {}", what, inQuotes(has)), inQuotes(arguments.text(option)));
     };
-    if (sw.className != "vswitch") differs("class", inQuotes(sw.className), "'vswitch'");
+    auto number = [&](const char *option, fmt::format_string<uint32_t &> format, uint32_t has,
+                      uint32_t wanted) {
+        if (arguments.given(option) && has != wanted) differs(fmt::format(format, has), wanted);
+    };
+    if (sw.className != "vswitch") differs("class " + inQuotes(sw.className), "'vswitch'");
     text("--id", "identifier", sw.id);
     text("--portset", "portset", sw.portset.value_or(""));
-    number("--version", "version", sw.version, arguments.number("--version", 0));
+    number("--version", "version {}", sw.version, arguments.number("--version", 0));
     uint32_t maxPorts = arguments.number("--max-ports", 0);
-    number("--max-ports", "max ports", sw.maxPorts, maxPorts == 0 ? kDefaultMaxPorts : maxPorts);
-    if (arguments.given("--opaque") && !sw.opaque) differs("opaque", "no", "yes");
-    number("--uplinks", "number of uplinks", sw.uplinks, arguments.number("--uplinks", 0));
-    number("--ports", "number of ordinary ports", sw.ports - std::min(sw.uplinks, sw.ports),
+    number("--max-ports", "room for {} ports", sw.maxPorts, maxPorts == 0 ? kDefaultMaxPorts : maxPorts);
+    if (arguments.given("--opaque") && !sw.opaque) differs("opaque false", "true");
+    number("--uplinks", "{} uplinks", sw.uplinks, arguments.number("--uplinks", 0));
+    number("--ports", "{} ordinary ports", sw.ports - std::min(sw.uplinks, sw.ports),
            arguments.number("--ports", 0));
 }
 

@@ -1,0 +1,53 @@
+Every line is read before the first runs.
+
+  $ printf 'switch create sw1\nswitch crate sw2\n' | qvs batch -
+  qvs: line 2: no such command: switch 'crate'; 'qvs help switch' lists them
+  ? 2
+  $ printf 'switch create sw1\n\n# more\nport add sw1 "open\n' | qvs batch -
+  qvs: line 4: a quote is not closed
+  ? 2
+  $ printf 'switch create sw1 --json\ndump --json\n' | qvs batch -
+  qvs: line 2: qvs dump has no JSON
+  ? 2
+  $ printf 'batch -\n' | qvs batch -
+  qvs: line 1: neither help nor a batch can be asked for in a batch
+  ? 2
+  $ qvs batch nix
+  qvs: file 'nix': No such file or directory
+  ? 1
+  $ qvs batch .
+  qvs: the commands could not be read
+  ? 1
+  $ qvs switch list --names
+
+Each command sees what the ones before it did; the first failure ends the run.
+
+  $ printf '%s\n' 'qvs switch create sw1 --ports 1   # the first' 'port add sw1 "a b" c\ d' "port add sw1 'e' --may-exist" >changes
+  $ printf '%s\n' 'port add sw1 e --may-exist' 'prop set sw1 k v --port e' 'prop set sw1 k v --port e' 'port remove sw1 e' >>changes
+  $ printf '%s\n' 'port remove sw1 e --if-exists' 'prop get sw1 k --port e' 'port add sw1 never' >>changes
+  $ qvs batch changes
+  sw1: changed
+  sw1/a b: changed
+  sw1/c d: changed
+  sw1/e: changed
+  sw1/e: unchanged
+  sw1/e k: changed
+  sw1/e k: unchanged
+  sw1/e: changed
+  sw1/e: unchanged
+  qvs: line 9: switch 'sw1': port 'e': Not found (0xbad0003)
+  ? 3
+  $ qvs port list sw1 --names
+  port0
+  a b
+  c d
+  $ printf 'port add sw1 j\nswitch list --names\n' | qvs batch - --json
+  {"switch":"sw1","changed":true,"ports":[{"port":"j","changed":true}]}
+  ["sw1"]
+
+Ports that have nothing to do with one another are added without loading the state again.
+
+  $ for i in $(seq 50); do echo "port add sw1 p$i"; done >many
+  $ before=$(grep -c StateGet ../trace); qvs batch many | wc -l; echo $(($(grep -c StateGet ../trace) - before))
+  50
+  1

@@ -1,0 +1,125 @@
+Standard output that cannot be written is a failure, and never a signal.
+
+  $ qvs switch create sw1 --uplinks 1 --ports 2
+  sw1: changed
+  $ qvs port list sw1 >/dev/full
+  qvs: standard output: No space left on device
+  ? 1
+  $ qvs port list sw1 >&-
+  qvs: standard output: Bad file descriptor
+  ? 1
+  $ { qvs port list sw1 --kernel; echo "? $?" >status; } | true; cat status
+  qvs: standard output: Broken pipe
+  ? 1
+  $ qvs prop get sw1 com.quillon.common.alias --raw /dev/full
+  qvs: file '/dev/full': No space left on device
+  ? 1
+  $ qvs port add sw1 late >/dev/full; qvs port list sw1 --names
+  qvs: standard output: No space left on device
+  uplink0
+  port0
+  port1
+  late
+
+Each library call is traced.
+
+  $ qvs --trace port add sw1 traced 2>&1 | sed 's/[0-9]* us/N us/'
+  qvs: DVSAliasToSwitchId("sw1", ...) -> 0x0 (Success), N us
+  qvs: VSDVS_AddDVPort("sw1", "traced", 1) -> 0x0 (Success), N us
+  sw1/traced: changed
+  $ qvs port remove sw1 traced --trace --json 2>/dev/null
+  {"switch":"sw1","changed":true,"ports":[{"port":"traced","changed":true}]}
+  $ qvs --trace uplink down sw1 nix 2>&1 | sed 's/[0-9]* us/N us/'
+  qvs: DVSAliasToSwitchId("sw1", ...) -> 0x0 (Success), N us
+  qvs: DVSAliasToPortsetName("sw1", ...) -> 0x0 (Success), N us
+  qvs: VSHYP_GetUplinkLinkState("sw1", "nix", ...) -> 0xbad0003 (Not found), N us
+  qvs: VSHYP_GetSwitches(0, ...) -> 0x0 (Success), N us
+  qvs: switch 'sw1': uplink 'nix': Not found (0xbad0003)
+
+What was done before a failure is reported, and the failure after it.
+
+  $ qvs-host fault add 'PortAdd*"b"' --status 0xbad0014
+  $ qvs port add sw1 a b c
+  sw1/a: changed
+  qvs: switch 'sw1': port 'b': Out of memory (0xbad0014)
+  ? 1
+  $ qvs-host fault add 'PortAdd*"e"' --status 0xbad0014
+  $ qvs port add sw1 d e f --json
+  {"switch":"sw1","changed":true,"ports":[{"port":"d","changed":true}]}
+  qvs: switch 'sw1': port 'e': Out of memory (0xbad0014)
+  ? 1
+  $ qvs port list sw1 --names
+  uplink0
+  port0
+  port1
+  late
+  a
+  d
+
+Statuses of the kernel and of the state library pass through.
+
+  $ qvs-host fault add 0x1010 --errno EIO; qvs switch show sw1
+  qvs: switch 'sw1': Metadata read error (0xbad0008)
+  ? 1
+  $ qvs-host fault clear
+  $ qvs-host fault add 0x1010 --errno ENOENT; qvs switch show sw1 | tail -n 1
+  kernel information:  -
+  $ qvs-host fault add 0x1014 --errno EBUSY; qvs port show sw1 port0
+  qvs: switch 'sw1': port 'port0': Busy (0xbad0004)
+  ? 1
+
+The kernel's counts are not trusted, and its texts need not end.
+
+  $ qvs-host fault add 'GetSwitchPortInfo' --nth 2 --output 0:ffffffff; qvs port list sw1 --kernel --json | cut -c 1-11
+  qvs: warning: the kernel counts 4294967295 ports, but handed over 6
+  [
+  {"index":0,
+  {"index":1,
+  {"index":2,
+  {"index":3,
+  {"index":4,
+  {"index":5,
+  ]
+  $ qvs-host fault add 'GetUplinks' --nth 2 --output 0:ff00; qvs uplink list sw1 --kernel
+  qvs: warning: the kernel counts 255 uplinks, but handed over 1
+  INDEX  ENTRY
+  0      706e69633000000000000000000000000000000000000000000000000000000001000004
+  $ qvs-host fault add 'GetSwitches' --nth 2 --output 0:10000000; qvs switch list --kernel
+  qvs: warning: the kernel counts 16 switches, but handed over 1
+  KIND     NAME
+  portset  sw1
+  alias    sw1
+  $ qvs-host fault add GetSwitches --nth 2 --output "8:$(printf '78%.0s' $(seq 128))"; qvs switch list --kernel --json | head -n 2 | wc -c
+  160
+  $ qvs-host fault clear
+
+Clearing that did not happen is no success.
+
+  $ qvs-host fault add GlobalPropClear --forever --status 0xbad0014; qvs uplink clear sw1; qvs-host fault clear
+  qvs: switch 'sw1': uplink lists: Failure (0xbad0001)
+
+A host whose state cannot be loaded is not an empty host; one that is gone is none.
+
+  $ qvs-host fault add StateGet --status 0xbad0014; qvs switch list
+  qvs: the kernel has switches, but their state could not be loaded
+  ? 1
+  $ qvs-host fault clear
+
+A switch of another class is shown, and not changed.
+
+  $ echo '{"switches":[{"alias":"old","id":"id-old","class":"etherswitch","version":1,"maxPorts":8,"portset":"old","ports":["p"]}]}' >lab
+  $ qvs-host run --state ../state --lab lab -- qvs switch list
+  ALIAS  ID                                               CLASS        VERSION  PORTS  UPLINKS  PORTSET
+  sw1    73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00  vswitch      105      6      0        sw1
+  old    id-old                                           etherswitch  1        1      0        old
+  $ qvs switch create old --may-exist
+  qvs: switch 'old': exists with class 'etherswitch', not 'vswitch'
+  ? 4
+  $ qvs port add old p2
+  qvs: switch 'old': class is 'etherswitch', not 'vswitch'
+  ? 1
+  $ qvs port list old --names
+  p
+  $ qvs switch destroy old
+  qvs: switch 'old': class is 'etherswitch', not 'vswitch'
+  ? 1

@@ -1,0 +1,128 @@
+Names that a shell, a terminal or a parser would interpret are names like any other.
+
+  $ qvs switch create 'a b' --portset ab
+  a b: changed
+  $ qvs port add 'a b' '$(touch x)' ';touch x;' '[a,b]' '{c}' "it's" 'back\slash' $'tab\tnew\nline\x1b[31m' $'\xff\xc3\xa9' -- -dash --json
+  a b/$(touch x): changed
+  a b/;touch x;: changed
+  a b/[a,b]: changed
+  a b/{c}: changed
+  a b/it's: changed
+  a b/back\\slash: changed
+  a b/tab\tnew\nline\x1b[31m: changed
+  a b/\xffé: changed
+  a b/-dash: changed
+  a b/--json: changed
+  $ qvs port list 'a b'
+  PORT                    NUMBER    IN USE  LINK  CLIENT  CONNECT ID
+  $(touch x)              67108865  no      down  -       1
+  ;touch x;               67108866  no      down  -       1
+  [a,b]                   67108867  no      down  -       1
+  {c}                     67108868  no      down  -       1
+  it's                    67108869  no      down  -       1
+  back\\slash             67108870  no      down  -       1
+  tab\tnew\nline\x1b[31m  67108871  no      down  -       1
+  \xffé                   67108872  no      down  -       1
+  -dash                   67108873  no      down  -       1
+  --json                  67108874  no      down  -       1
+  $ qvs port list 'a b' --json | tail -n 5
+  {"port":"tab\tnew\nline\u001b[31m","number":67108871,"inUse":false,"linkUp":false,"client":null,"connectId":1},
+  {"port":"�é","number":67108872,"inUse":false,"linkUp":false,"client":null,"connectId":1},
+  {"port":"-dash","number":67108873,"inUse":false,"linkUp":false,"client":null,"connectId":1},
+  {"port":"--json","number":67108874,"inUse":false,"linkUp":false,"client":null,"connectId":1}
+  ]
+  $ qvs port remove 'a b' $'tab\tnew\nline\x1b[31m' '[a,b]' -- -dash
+  a b/tab\tnew\nline\x1b[31m: changed
+  a b/[a,b]: changed
+  a b/-dash: changed
+  $ qvs port remove 'a b' $'tab\tnew\nline\x1b[31m'
+  qvs: switch 'a b': port 'tab\tnew\nline\x1b[31m': Not found (0xbad0003)
+  ? 3
+  $ qvs uplink set 'a b' 'c d' '*' && qvs uplink list 'a b'
+  a b: changed
+  UPLINK  PORT  LINK  LACP  NIC    KERNEL PORT
+  c d     c d   up    down  pnic0  c d
+  *       *     up    down  pnic1  *
+  $ qvs prop set 'a b' '$k' '`touch x`' --port "it's"; qvs prop get 'a b' '$k' --port "it's"
+  a b/it's $k: changed
+  `touch x`
+  $ qvs dump 'a b' | grep -F 'touch x' | head -n 2
+  	port $(touch x):
+  		com.quillon.common.port.alias = $(touch x) , 	propType = CONFIG 
+  $ ls
+
+Portset names are words of a command line of the kernel's shell, and refused when it would interpret them.
+
+  $ for name in 'c d' '$(touch x)' 'a;b' 'a"b' '*' '..' '/' '-e'; do qvs switch create -- "$name"; echo "$name: $?"; done 2>&1 | grep -v ';'
+  c d: 2
+  $(touch x): 2
+  a"b: 2
+  *: 2
+  ..: 2
+  /: 2
+  -e: 2
+  $ ls; qvs switch list --names
+  a b
+
+Too long for the record: refused before anything is done.
+
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch create "$(x 81)"
+  qvs: alias 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 81 characters, at most 80 fit
+  ? 2
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch create sw1 --portset "$(x 128)"
+  qvs: portset name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 128 characters, at most 127 fit
+  ? 2
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch create sw1 --id "$(x 64)"
+  qvs: switch identifier 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 64 characters, at most 63 fit
+  ? 2
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs port add 'a b' ok "$(x 48)"
+  qvs: port identifier 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 characters, at most 47 fit
+  ? 2
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs uplink add 'a b' ok "$(x 48)"
+  qvs: uplink name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 characters, at most 47 fit
+  ? 2
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs uplink down 'a b' "$(x 32)"
+  qvs: uplink name in a link request 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 32 characters, at most 31 fit
+  ? 2
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch info "$(x 128)"
+  qvs: portset name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 128 characters, at most 127 fit
+  ? 2
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs prop get "$(x 64)" k --by-id
+  qvs: switch identifier 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 64 characters, at most 63 fit
+  ? 2
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch show "$(x 300)"
+  qvs: switch 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...': Not found (0xbad0003)
+  ? 3
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch create "$(x 80)" --id "$(x 63)" --portset "$(x 127)" && qvs switch destroy "$(x 80)"
+  xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed
+  xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs port add 'a b' "$(x 47)" && qvs port remove 'a b' "$(x 47)"
+  a b/xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed
+  a b/xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed
+  $ qvs switch create ''
+  qvs: alias: may not be empty
+  ? 2
+  $ qvs port add 'a b' ''
+  qvs: port identifier: may not be empty
+  ? 2
+  $ qvs port add 'a b' twice twice
+  qvs: port 'twice': given twice
+  ? 2
+  $ qvs port list 'a b' --names | grep -c ok
+  0
+  ? 1
+
+Numbers have 32 bits.
+
+  $ qvs port add 'a b' n --connect-id 4294967296
+  qvs: --connect-id: '4294967296' is not a number from 0 to 4294967295
+  ? 2
+  $ qvs port add 'a b' n --connect-id -1
+  qvs: --connect-id: '-1' is not a number from 0 to 4294967295
+  ? 2
+  $ qvs port add 'a b' n --connect-id 1x
+  qvs: --connect-id: '1x' is not a number from 0 to 4294967295
+  ? 2
+  $ qvs port add 'a b' n --connect-id 0xffffffff && qvs port show 'a b' n --json | cut -c 1-78
+  a b/n: changed
+  {"switch":"a b","port":"n","alias":"n","state":"live","connectId":4294967295,"

@@ -1,0 +1,138 @@
+  $ qvs switch create sw1 --uplinks 1 --ports 1
+  sw1: changed
+
+Added several at a time, all checked first.
+
+  $ qvs port add sw1 web db --connect-id 7
+  sw1/web: changed
+  sw1/db: changed
+  $ qvs port add sw1 new web
+  qvs: switch 'sw1': port 'web': Already exists (0xbad0005)
+  ? 4
+  $ qvs port add sw1 vm --external-id vif-1 --json
+  {"switch":"sw1","changed":true,"ports":[{"port":"vm","changed":true}]}
+  $ qvs port add sw9 web
+  qvs: switch 'sw9': Not found (0xbad0003)
+  ? 3
+  $ qvs port list sw1
+  PORT     NUMBER    IN USE  LINK  CLIENT  CONNECT ID
+  uplink0  67108865  yes     up    pnic0   1
+  port0    67108866  no      down  -       1
+  web      67108867  no      down  -       7
+  db       67108868  no      down  -       7
+  vm       67108869  no      down  -       1
+  $ qvs port list sw1 --json
+  [
+  {"port":"uplink0","number":67108865,"inUse":true,"linkUp":true,"client":"pnic0","connectId":1},
+  {"port":"port0","number":67108866,"inUse":false,"linkUp":false,"client":null,"connectId":1},
+  {"port":"web","number":67108867,"inUse":false,"linkUp":false,"client":null,"connectId":7},
+  {"port":"db","number":67108868,"inUse":false,"linkUp":false,"client":null,"connectId":7},
+  {"port":"vm","number":67108869,"inUse":false,"linkUp":false,"client":null,"connectId":1}
+  ]
+  $ qvs port list sw1 --names
+  uplink0
+  port0
+  web
+  db
+  vm
+
+What exists is compared in what is given.
+
+  $ qvs port add sw1 web new --may-exist
+  sw1/web: unchanged
+  sw1/new: changed
+  $ qvs port add sw1 web vm --may-exist --json
+  {"switch":"sw1","changed":false,"ports":[{"port":"web","changed":false},{"port":"vm","changed":false}]}
+  $ qvs port add sw1 web --may-exist --connect-id 0x7
+  sw1/web: unchanged
+  $ qvs port add sw1 newer web --may-exist --connect-id 8
+  qvs: switch 'sw1': port 'web': exists with connect id 7, not 8
+  ? 4
+  $ qvs port add sw1 vm --may-exist --external-id vif-2
+  qvs: switch 'sw1': port 'vm': exists with external id 'vif-1', not 'vif-2'
+  ? 4
+  $ qvs port add sw1 web --may-exist --external-id vif-1
+  qvs: switch 'sw1': port 'web': exists with external id '', not 'vif-1'
+  ? 4
+  $ qvs port list sw1 --names --json
+  ["uplink0","port0","web","db","vm","new"]
+
+One port, with what the kernel says about it.
+
+  $ qvs port show sw1 vm
+  switch:             sw1
+  port:               vm
+  alias:              vm
+  state:              live
+  connect id:         1
+  external id:        vif-1
+  blocked:            no
+  number:             67108869
+  in use:             no
+  link:               down
+  blocked by kernel:  no
+  client:             -
+  team uplink hint (32 bytes):
+    0000 70 6e 69 63 30 00 00 00 00 00 00 00 00 00 00 00
+    0010 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+  kernel information (1458 bytes):
+    0000 05 00 00 04 00 00 00 00 76 6d 00 00 00 00 00 00
+    0010 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+    *
+    0140 01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+    0150 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+    *
+    05b0 00 00
+  $ qvs port show sw1 uplink0 --json | sed 's/"info":.*/.../'
+  {"switch":"sw1","port":"uplink0","alias":"uplink0","state":"live","connectId":1,"externalId":null,"blocked":false,"number":67108865,"inUse":true,"linkUp":true,"kernelBlocked":false,"client":"pnic0","teamHint":"cG5pYzAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=",...
+  $ qvs port show sw1 vm --raw - | wc -c
+  1458
+  $ qvs port number sw1 db
+  67108868
+  $ qvs port number "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00" db --by-id --json
+  {"switch":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","port":"db","number":67108868}
+  $ qvs port show sw1 nix
+  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
+  ? 3
+  $ qvs port number sw1 nix
+  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
+  ? 3
+  $ qvs port list sw1 --kernel | head -n 4
+  port 0 (1458 bytes):
+    0000 01 00 00 04 03 00 00 00 75 70 6c 69 6e 6b 30 00
+    0010 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+    *
+  $ qvs port list sw1 --kernel --json | cut -c 1-40
+  [
+  {"index":0,"info":"AQAABAMAAAB1cGxpbmswA
+  {"index":1,"info":"AgAABAAAAABwb3J0MAAAA
+  {"index":2,"info":"AwAABAAAAAB3ZWIAAAAAA
+  {"index":3,"info":"BAAABAAAAABkYgAAAAAAA
+  {"index":4,"info":"BQAABAAAAAB2bQAAAAAAA
+  {"index":5,"info":"BgAABAAAAABuZXcAAAAAA
+  ]
+
+A listing asks the kernel for the state and for nothing else, however many ports there are.
+
+  $ lines=$(wc -l <../trace); qvs port list sw1 >/dev/null; tail -n +$((lines + 1)) ../trace | sed 's/length=.*//'
+  state StateGet -> 0x0 
+
+Removed; uplinks stay.
+
+  $ qvs port remove sw1 web nix
+  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
+  ? 3
+  $ qvs port remove sw1 web uplink0
+  qvs: switch 'sw1': port 'uplink0': carries an uplink; remove that with 'qvs uplink remove'
+  ? 1
+  $ qvs port remove sw1 web nix --if-exists
+  sw1/web: changed
+  sw1/nix: unchanged
+  $ qvs port remove sw1 web nix --if-exists --json
+  {"switch":"sw1","changed":false,"ports":[{"port":"web","changed":false},{"port":"nix","changed":false}]}
+  $ qvs port list sw1 --names
+  uplink0
+  port0
+  db
+  vm
+  new

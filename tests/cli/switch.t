@@ -1,0 +1,175 @@
+A host without switches.
+
+  $ qvs switch list
+  ALIAS  ID  CLASS  VERSION  PORTS  UPLINKS  PORTSET
+  $ qvs switch list --json
+  []
+  $ qvs switch list --names
+  $ qvs dump
+
+Created with uplinks and ports, listed and shown.
+
+  $ qvs switch create sw1 --uplinks 2 --ports 3
+  sw1: changed
+  $ qvs switch create sw2 --id id-2 --portset data2 --version 99 --opaque --max-ports 7 --json
+  {"switch":"sw2","changed":true}
+  $ qvs switch list
+  ALIAS  ID                                               CLASS    VERSION  PORTS  UPLINKS  PORTSET
+  sw1    73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00  vswitch  105      5      2        sw1
+  sw2    id-2                                             vswitch  99       0      0        data2
+  $ qvs switch list --json
+  [
+  {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","class":"vswitch","version":105,"maxPorts":128,"ports":5,"uplinks":2,"portset":"sw1","opaque":false},
+  {"alias":"sw2","id":"id-2","class":"vswitch","version":99,"maxPorts":7,"ports":0,"uplinks":0,"portset":"data2","opaque":true}
+  ]
+  $ qvs switch list --names --json
+  ["sw1","sw2"]
+  $ qvs switch list --kernel
+  KIND     NAME
+  portset  sw1
+  portset  data2
+  alias    sw1
+  alias    sw2
+  $ qvs switch list --kernel --json
+  [
+  {"kind":"portset","name":"sw1"},
+  {"kind":"portset","name":"data2"},
+  {"kind":"alias","name":"sw1"},
+  {"kind":"alias","name":"sw2"}
+  ]
+  $ qvs switch show sw2
+  alias:      sw2
+  id:         id-2
+  class:      vswitch
+  version:    99
+  max ports:  7
+  ports:      0
+  uplinks:    0
+  portset:    data2
+  opaque:     yes
+  kernel information (220 bytes):
+    0000 02 00 00 00 07 00 00 00 00 00 00 00 00 00 00 00
+    0010 dc 05 00 00 63 00 00 00 69 64 2d 32 00 00 00 00
+    0020 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+    *
+    0050 00 00 00 00 00 00 00 00 64 61 74 61 32 00 00 00
+    0060 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+    *
+    00d0 00 00 00 00 00 00 00 00 00 00 00 00
+  $ qvs switch show sw2 --json
+  {"alias":"sw2","id":"id-2","class":"vswitch","version":99,"maxPorts":7,"ports":0,"uplinks":0,"portset":"data2","opaque":true,"info":"AgAAAAcAAAAAAAAAAAAAANwFAABjAAAAaWQtMgAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAGRhdGEyAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=="}
+  $ qvs switch show sw2 --raw block && od -A d -t u4 -N 20 block
+  0000000          2          7          0          0
+  0000016       1500
+  0000020
+  $ qvs switch info data2 --raw - | cmp - block
+  $ qvs switch info data2 --json | head -c 30; qvs switch info nix
+  {"portset":"data2","info":"AgAqvs: portset 'nix': Not found (0xbad0003)
+  ? 3
+  $ qvs switch find --portset data2
+  alias:      sw2
+  id:         id-2
+  kernel id:  id-2
+  portset:    data2
+  $ qvs switch find --portset data23 --json
+  {"alias":"sw2","id":"id-2","kernelId":"id-2","portset":"data2"}
+  $ qvs switch find --alias sw1 --json
+  {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","kernelId":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","portset":"sw1"}
+  $ qvs switch find --portset nix
+  qvs: portset 'nix': Not found (0xbad0003)
+  ? 3
+  $ qvs switch find
+  qvs: one of --portset and --alias is needed
+  ? 2
+  $ qvs switch find --alias sw1 --portset sw1
+  qvs: one of --portset and --alias is needed
+  ? 2
+  $ qvs switch lag-table sw1
+  switch:  sw1
+  link aggregation table (35588 bytes):
+    0000 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+    *
+    8b00 00 00 00 00
+  $ qvs switch lag-table sw1 --raw - | wc -c
+  35588
+  $ qvs switch refresh-numa sw1
+  sw1: changed
+
+What exists is compared in what is given, and in nothing else.
+
+  $ qvs switch create sw1
+  qvs: switch 'sw1': Already exists (0xbad0005)
+  ? 4
+  $ qvs switch create sw1 --may-exist
+  sw1: unchanged
+  $ qvs switch create sw1 --may-exist --version 105 --max-ports 0 --portset sw1 --uplinks 2 --ports 3 --json
+  {"switch":"sw1","changed":false}
+  $ qvs switch create sw1 --may-exist --version 106
+  qvs: switch 'sw1': exists with version 105, not 106
+  ? 4
+  $ qvs switch create sw1 --may-exist --max-ports 127
+  qvs: switch 'sw1': exists with room for 128 ports, not 127
+  ? 4
+  $ qvs switch create sw1 --may-exist --opaque
+  qvs: switch 'sw1': exists with opaque false, not true
+  ? 4
+  $ qvs switch create sw1 --may-exist --id other
+  qvs: switch 'sw1': exists with identifier '73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00', not 'other'
+  ? 4
+  $ qvs switch create sw1 --may-exist --portset other
+  qvs: switch 'sw1': exists with portset 'sw1', not 'other'
+  ? 4
+  $ qvs switch create sw1 --may-exist --uplinks 1
+  qvs: switch 'sw1': exists with 2 uplinks, not 1
+  ? 4
+  $ qvs switch create sw1 --may-exist --ports 5
+  qvs: switch 'sw1': exists with 3 ordinary ports, not 5
+  ? 4
+  $ qvs switch create sw2 --may-exist --opaque --id id-2
+  sw2: unchanged
+
+Identifiers and portsets of others, more than the switch holds; nothing is left behind.
+
+  $ qvs switch create sw3 --portset data2
+  qvs: switch 'sw3': portset 'data2': Already exists (0xbad0005); it belongs to switch 'sw2', name another with --portset
+  ? 4
+  $ qvs switch create sw3 --id id-2
+  qvs: switch 'sw3': identifier 'id-2': Already exists (0xbad0005); it belongs to switch 'sw2'
+  ? 4
+  $ qvs switch create fifteen-letters-a && qvs switch create fifteen-letters-b
+  fifteen-letters-a: changed
+  qvs: switch 'fifteen-letters-b': Already exists (0xbad0005); the identifier is made from the first 15 characters, give another with --id
+  ? 4
+  $ qvs switch create sw3 --max-ports 2 --ports 3
+  qvs: switch 'sw3': Limit exceeded (0xbad0006); --max-ports has to hold uplinks and ports
+  ? 1
+  $ qvs switch create sw3 --max-ports 2 --uplinks 3
+  qvs: switch 'sw3': Limit exceeded (0xbad0006); --max-ports has to hold uplinks and ports
+  ? 1
+  $ qvs switch list --names
+  sw1
+  sw2
+  fifteen-letters-a
+  $ treesh -e ls /net/portsets
+  sw1/
+  data2/
+  fifteen-letters-a/
+
+Destroyed.
+
+  $ qvs switch destroy sw9
+  qvs: switch 'sw9': Not found (0xbad0003)
+  ? 3
+  $ qvs switch destroy sw9 --if-exists
+  sw9: unchanged
+  $ qvs switch destroy sw1 --if-exists --json
+  {"switch":"sw1","changed":true}
+  $ qvs switch destroy sw1 --if-exists --json
+  {"switch":"sw1","changed":false}
+  $ qvs switch destroy sw2
+  sw2: changed
+  $ qvs switch list --names
+  fifteen-letters-a
+  $ qvs switch show sw1
+  qvs: switch 'sw1': Not found (0xbad0003)
+  ? 3

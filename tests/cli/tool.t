@@ -1,0 +1,134 @@
+Without a host.
+
+  $ qvs switch list
+  qvs: no hypercore on this machine: the kernel's switch device does not answer
+  qvs: an emulated host to try this on: qvs-host run -- qvs ...
+  ? 5
+  $ qvs switch create sw1 --json
+  qvs: no hypercore on this machine: the kernel's switch device does not answer
+  qvs: an emulated host to try this on: qvs-host run -- qvs ...
+  ? 5
+  $ qvs batch /dev/null
+  qvs: no hypercore on this machine: the kernel's switch device does not answer
+  qvs: an emulated host to try this on: qvs-host run -- qvs ...
+  ? 5
+  $ qvs status 0xbad0003
+  0xbad0003: Not found
+  $ qvs status 195887108 --json
+  {"status":195887108,"hex":"0xbad0004","text":"Busy"}
+  $ qvs status 0xbad
+  0xbad: General error
+  $ qvs status bad
+  qvs: CODE: 'bad' is not a number from 0 to 4294967295
+  ? 2
+
+Usage.
+
+  $ qvs --version
+  qvs 1.0.0
+  $ qvs 2>&1 | head -n 1; qvs >/dev/null 2>&1
+  usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
+  ? 2
+  $ qvs switch 2>&1 | head -n 1
+  qvs switch: distributed switches
+  $ qvs nix
+  qvs: no such noun: 'nix'; 'qvs help' lists them
+  ? 2
+  $ qvs switch nix
+  qvs: no such command: switch 'nix'; 'qvs help switch' lists them
+  ? 2
+  $ qvs --nix switch list
+  qvs: no such option: '--nix'
+  ? 2
+  $ qvs switch list --nix
+  qvs: no such option: '--nix'; a name that begins with a dash goes behind --
+  qvs: usage: qvs switch list [--names] [--kernel]
+  ? 2
+  $ qvs port add sw1
+  qvs: PORT is required
+  qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
+  ? 2
+  $ qvs port add sw1 -x
+  qvs: no such option: '-x'; a name that begins with a dash goes behind --
+  qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
+  ? 2
+  $ qvs port list sw1 more
+  qvs: The following argument was not expected: more
+  qvs: usage: qvs port list SWITCH [--names] [--kernel]
+  ? 2
+  $ qvs port add sw1 p --connect-id 1 --connect-id 2
+  qvs: --connect-id: given twice
+  qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
+  ? 2
+  $ qvs dump --json
+  qvs: --json: qvs dump has none
+  ? 2
+  $ qvs switch show sw1 --raw file --json
+  qvs: --json and --raw exclude each other
+  ? 2
+  $ qvs port list sw1 --names --kernel
+  qvs: --names and --kernel exclude each other
+  ? 2
+  $ qvs completion zsh
+  qvs: SHELL: 'zsh' is not 'bash'
+  ? 2
+
+Help, manual and completion come from the table.
+
+  $ qvs switch destroy --help
+  usage: qvs switch destroy SWITCH [--if-exists]
+  
+    destroy a switch with its ports and its portset
+  
+  arguments:
+    SWITCH  alias of the switch
+  
+  options:
+    --if-exists  succeed when it is not there
+    --json       print JSON
+    --trace      print each library call, its status and its time to standard error
+    --help       print the help of the command
+  
+  example:
+    qvs switch destroy sw1 --if-exists
+  $ qvs help switch destroy | cmp - <(qvs switch destroy -h)
+  $ qvs switch --help | sed -n 3p
+    qvs switch create        create a switch, its uplinks uplink0, uplink1... and its ports port0, port1...
+  $ qvs help switch nix
+  qvs: no such command: switch 'nix'; 'qvs help switch' lists them
+  ? 2
+  $ qvs manual | sed -n '1,5p'
+  .TH QVS 1 "" "qvs 1.0.0" "User Commands"
+  .SH NAME
+  qvs \- control the distributed virtual switches of a hypervisor host
+  .SH SYNOPSIS
+  \fBqvs\fR \fINOUN VERB\fR [\fIARGUMENT\fR...] [\fIOPTION\fR...]
+  $ qvs help | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; qvs manual | grep -qF "${command//-/\\-}" || echo "$command"; done
+  $ qvs manual --markdown | sed -n '/### qvs switch destroy/,/Example/p'
+  ### qvs switch destroy
+  
+  destroy a switch with its ports and its portset.
+  
+      qvs switch destroy SWITCH [--if-exists]
+  
+  - `SWITCH`: alias of the switch
+  - `--if-exists`: succeed when it is not there
+  
+  Example: `qvs switch destroy sw1 --if-exists`
+  $ qvs help >/dev/full
+  qvs: standard output: No space left on device
+  ? 1
+
+The completion offers nouns, verbs, options and names, and runs nothing.
+
+  $ try() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvs; echo "${COMPREPLY[@]}"; }; . <(qvs completion bash); try qvs s; try qvs uplink ''; try qvs switch create --m; try qvs --json dump -; try qvs completion ''
+  switch status
+  list add remove set clear up down
+  --max-ports --may-exist
+  --trace --help
+  bash
+  $ qvs() { printf '%s\n' 'a b' 'abc' '$(touch x)'; }; . <(command qvs completion bash); try() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvs; echo "${COMPREPLY[@]}"; }; try qvs switch show a; try qvs port show sw1 ''; try qvs prop get sw1 k --port '$'; try qvs port add sw1 ''; ls
+  a\ b abc
+  a\ b abc \$\(touch\ x\)
+  \$\(touch\ x\)
+  
