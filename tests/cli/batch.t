@@ -7,7 +7,7 @@ Every line is read before the first runs.
   qvs: line 4: a quote is not closed
   ? 2
   $ printf 'switch create sw1 --json\ndump --json\n' | qvs batch -
-  qvs: line 2: qvs dump has no JSON
+  qvs: line 2: --json: qvs dump has none
   ? 2
   $ printf 'batch -\n' | qvs batch -
   qvs: line 1: neither help nor a batch can be asked for in a batch
