@@ -130,7 +130,10 @@ Store::Store(const std::string &path) try {
     verify();
     prepare();
 } catch (const std::exception &error) {
-    throw StoreError(fmt::format("cannot use {}: {}", path, error.what()), false);
+    throw StoreError(
+        fmt::format("cannot use {}: {}; put back a copy, or move it away to begin with an empty host", path,
+                    error.what()),
+        false);
 }
 
 void Store::Close::operator()(sqlite3 *database) const {

@@ -38,10 +38,16 @@ Layout findLayout() {
         if (!fs::exists(part))
             throw Error(part + " is missing; install or build the emulated host completely");
     }
-    // The dynamic linker takes both for separators.
-    if (layout.preload.find_first_of(" :") != std::string::npos) {
-        throw Error(layout.preload +
-                    ": a path with a blank or a colon cannot be preloaded; move the installation");
+    // The dynamic linker's lists are divided by these, and nothing quotes them.
+    if (layout.lib.find_first_of(":;") != std::string::npos) {
+        throw Error(layout.lib +
+                    ": libraries cannot be found by a path with a colon or a semicolon; move the "
+                    "installation");
+    }
+    // LD_PRELOAD is divided by blanks as well; a name without a path is searched for like any library.
+    if (layout.preload.find(' ') != std::string::npos) {
+        layout.lib += ':' + fs::path(layout.preload).parent_path().string();
+        layout.preload = fs::path(layout.preload).filename();
     }
     return layout;
 }

@@ -7,11 +7,11 @@ namespace qvs::launcher {
 
 struct Layout {
     std::string bin;
-    std::string lib;
+    std::string lib;       // what the dynamic linker is to search
     std::string toolPath;  // of the emulated shell
     std::string daemon;
     std::string treesh;
-    std::string preload;
+    std::string preload;  // as the dynamic linker is to be given it
 };
 
 // Throws when a part is missing.

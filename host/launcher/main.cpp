@@ -24,7 +24,10 @@ namespace {
 using nlohmann::json;
 
 std::string absolute(const std::string &path) {
-    return path.empty() ? path : std::filesystem::absolute(path).lexically_normal().string();
+    if (path.empty()) return path;
+    std::string whole = std::filesystem::absolute(path).lexically_normal();
+    if (whole.size() > 1 && whole.back() == '/') whole.pop_back();
+    return whole;
 }
 
 void withHostOptions(CLI::App *command, HostOptions *options, bool stateRequired) {
@@ -36,7 +39,6 @@ void withHostOptions(CLI::App *command, HostOptions *options, bool stateRequired
 }
 
 HostOptions resolved(HostOptions options) {
-    if (options.directory.size() > 1 && options.directory.back() == '/') options.directory.pop_back();
     for (std::string *path : {&options.directory, &options.lab, &options.trace})
         *path = absolute(*path);
     return options;
