@@ -113,9 +113,9 @@ inline size_t longest(uint64_t) {
     return 20;
 }
 
+// An empty text may have no address, which copy bears and memcpy does not.
 inline char *writeText(char *out, std::string_view text) {
-    std::memcpy(out, text.data(), text.size());
-    return out + text.size();
+    return out + text.copy(out, text.size());
 }
 
 template <Conversion C>
