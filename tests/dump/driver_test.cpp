@@ -284,7 +284,7 @@ TEST(Dump, PieceThatFindsNoMemoryIsDroppedAlone) {
 TEST(Dump, LongPieceIsCut) {
     ASSERT_STATUS(DVSHYP_SwitchAdd("id", "vswitch", 16, 105), 0);
     const std::string start = "\t\tcom.example.key = ", end = " , \tpropType = CONFIG \n";
-    for (const size_t size : {4052, 4053, 4095, 4096, 5000, 100000}) {
+    for (const size_t size : {4052u, 4053u, 4095u, 4096u, 5000u, 100000u}) {
         setGlobal("id", "com.example.key", text(std::string(size, 'v')));
         const std::string piece = start + std::string(size, 'v') + end;
         EXPECT_EQ(dump(), kHead + piece.substr(0, 4095) + kHost) << size;
