@@ -12,3 +12,8 @@ if(QVS_SANITIZE)
         -fsanitize=${QVS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(qvs_sanitize INTERFACE -fsanitize=${QVS_SANITIZE})
 endif()
+if(QVS_FUZZ)
+    # What is fuzzed tells the fuzzer where it has been.
+    target_compile_options(qvs_sanitize INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(qvs_sanitize INTERFACE -fsanitize=fuzzer-no-link)
+endif()

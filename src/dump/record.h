@@ -36,7 +36,7 @@ class RecordView {
 
     // The text in a field: up to a NUL, the end of the field or the end of the record.
     std::string_view text(uint64_t offset, size_t fieldSize = SIZE_MAX) const {
-        if (offset >= length_) return {};
+        if (offset >= length_) return "";
         const char *start = reinterpret_cast<const char *>(bytes_ + offset);
         return {start, strnlen(start, std::min(fieldSize, static_cast<size_t>(length_ - offset)))};
     }

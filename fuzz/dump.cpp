@@ -1,0 +1,74 @@
+// Dumps a switch whose properties are made from the input: every printer with records of any length and
+// content.
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "mesh/snapshot_writer.h"
+#include "qvs/qvs.h"
+
+namespace {
+
+constexpr const char *kKeys[] = {
+#include "keys.inc"
+};
+
+// The input taken apart from the front; what is missing is zero.
+class Bytes {
+  public:
+    Bytes(const uint8_t *data, size_t size) : data_(data), size_(size) {}
+    bool empty() const { return size_ == 0; }
+    uint8_t u8() {
+        if (size_ == 0) return 0;
+        --size_;
+        return *data_++;
+    }
+    std::string_view take(size_t length) {
+        if (length > size_) length = size_;
+        const std::string_view bytes(reinterpret_cast<const char *>(data_), length);
+        data_ += length;
+        size_ -= length;
+        return bytes;
+    }
+
+  private:
+    const uint8_t *data_;
+    size_t size_;
+};
+
+void require(bool condition) {
+    if (!condition) std::abort();
+}
+
+}  // namespace
+
+// A property is a byte for its key, one for its class, two for its length, and the value; one byte in front
+// of all chooses the switch's version and the port's state.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    Bytes input(data, size);
+    const uint8_t head = input.u8();
+    const uint32_t version = (head & 1) != 0 ? 105 : 99;
+    qvs::mesh::SnapshotWriter writer;
+    std::vector<uint32_t> properties;
+    while (!input.empty()) {
+        const char *key = kKeys[input.u8() % std::size(kKeys)];
+        const uint32_t propType = input.u8();
+        const size_t length = static_cast<size_t>(input.u8() | input.u8() << 8);
+        properties.push_back(writer.property(key, input.take(length), propType));
+    }
+    writer.addSwitch("fuzz", "vswitch", 128, version, properties, {});
+    writer.addPort("port", head >> 1, properties);
+    const auto blob = writer.finish();
+    require(DVSState_ConfigDeserialize(blob.data(), static_cast<uint32_t>(blob.size())) == HYP_OK);
+
+    char *text = nullptr;
+    require(NetDVS_Dump(nullptr, &text) == HYP_OK);
+    // Bounded by the input: a property has its lines, and a byte of a record becomes a few characters.
+    require(std::strlen(text) <= 200 + 2 * (2000 * properties.size() + 40 * size));
+    NetDVS_FreeMemory(text);
+    return 0;
+}

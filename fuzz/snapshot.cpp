@@ -1,0 +1,12 @@
+// Loads any bytes as a snapshot and dumps what comes of it.
+#include <cstdint>
+
+#include "qvs/qvs.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    if (DVSState_ConfigDeserialize(data, static_cast<uint32_t>(size)) != HYP_OK) return 0;
+    char *text = nullptr;
+    if (NetDVS_Dump(nullptr, &text) == HYP_OK) NetDVS_FreeMemory(text);
+    return 0;
+}
