@@ -15,7 +15,7 @@
 namespace qvs::cli {
 namespace {
 
-constexpr size_t kDrainAt = 64 * 1024;
+constexpr size_t kDrainAt = size_t{64} * 1024;
 
 void put(fmt::memory_buffer &out, std::string_view text) {
     out.append(text);

@@ -107,8 +107,11 @@ void remove(const Arguments &arguments, Output &out) {
     ChangeList changes(out, alias, "ports", "port");
     for (size_t i = 0; i < ports.size(); i++) {
         if (there[i]) {
-            require(call("VSDVS_RemoveDVPort", VSDVS_RemoveDVPort, alias.c_str(), ports[i].c_str()),
-                    named(alias, ports[i]));
+            HYP_ReturnStatus status =
+                call("VSDVS_RemoveDVPort", VSDVS_RemoveDVPort, alias.c_str(), ports[i].c_str());
+            // Another process may have been quicker.
+            if (status == HYP_NOT_FOUND && arguments.given("--if-exists")) there[i] = false;
+            if (there[i]) require(status, named(alias, ports[i]));
         }
         changes.add(ports[i], there[i]);
     }

@@ -98,10 +98,10 @@ Clearing that did not happen is no success.
   $ qvs-host fault add GlobalPropClear --forever --status 0xbad0014; qvs uplink clear sw1; qvs-host fault clear
   qvs: switch 'sw1': uplink lists: Failure (0xbad0001)
 
-A host whose state cannot be loaded is not an empty host; one that is gone is none.
+A host whose state cannot be loaded is not an empty host.
 
-  $ qvs-host fault add StateGet --status 0xbad0014; qvs switch list
-  qvs: the kernel has switches, but their state could not be loaded
+  $ qvs-host fault add StateGet --forever --status 0xbad0014; qvs switch list
+  qvs: switch state: Out of memory (0xbad0014)
   ? 1
   $ qvs-host fault clear
 
