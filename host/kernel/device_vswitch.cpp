@@ -143,7 +143,10 @@ Result getSwitchPortInfo(const Call &call) {
     const Portset *portset = requestedPortset(call);
     if (portset == nullptr) return failure(ENOENT);
     std::vector<const Port *> ports;
-    if (portset->owner != nullptr) ports = portset->owner->portsByNumber();
+    if (portset->owner != nullptr) {
+        for (const auto &[number, port] : portset->owner->ports)
+            ports.push_back(port.get());
+    }
     return countedList(call, 0, kPortInfo, ports, [](const Port *port) { return portInfo(*port); });
 }
 

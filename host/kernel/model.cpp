@@ -48,18 +48,8 @@ std::string Port::statusRecord() const {
 }
 
 Port *Switch::port(std::string_view portId) const {
-    const auto found = ports.find(portId);
-    return found == ports.end() ? nullptr : found->second.get();
-}
-
-std::vector<const Port *> Switch::portsByNumber() const {
-    std::vector<const Port *> sorted;
-    sorted.reserve(ports.size());
-    for (const auto &entry : ports)
-        sorted.push_back(entry.second.get());
-    std::sort(sorted.begin(), sorted.end(),
-              [](const Port *a, const Port *b) { return a->number < b->number; });
-    return sorted;
+    const auto found = portsById.find(portId);
+    return found == portsById.end() ? nullptr : found->second;
 }
 
 Switch *Model::findSwitch(std::string_view id) const {
@@ -173,7 +163,7 @@ Status Model::removeSwitch(std::string_view id) {
     if (sw->portset != nullptr) return Status::Busy;
 
     Transaction transaction(store_);
-    for (const Port *port : sw->portsByNumber())
+    for (const auto &[number, port] : sw->ports)
         removeStoredPort(*port);
     if (!sw->ports.empty()) store_.run(Sql::SetNextPort, nextPort_);
     store_.run(Sql::RemoveSwitchProperties, sw->row);
@@ -181,8 +171,8 @@ Status Model::removeSwitch(std::string_view id) {
     transaction.commit();
 
     eraseAlias(*sw);
-    for (const auto &[portId, port] : sw->ports)
-        ports_.erase(port->number);
+    for (const auto &[number, port] : sw->ports)
+        ports_.erase(number);
     switchesById_.erase(sw->id);
     switches_.erase(sw->row);
     changed();
@@ -195,7 +185,8 @@ Port &Model::insertPort(Switch &sw, uint32_t number, std::string_view id) {
     port->owner = &sw;
     port->id = id;
     ports_.emplace(number, port.get());
-    return *sw.ports.emplace(port->id, std::move(port)).first->second;
+    sw.portsById.emplace(port->id, port.get());
+    return *sw.ports.emplace_hint(sw.ports.end(), number, std::move(port))->second;
 }
 
 Status Model::addPort(std::string_view switchId, std::string_view portId,
@@ -247,8 +238,10 @@ Status Model::removePort(std::string_view switchId, std::string_view portId) {
     transaction.commit();
 
     applyBindings(bindings);
-    ports_.erase(port->number);
-    sw->ports.erase(port->id);
+    const uint32_t number = port->number;
+    ports_.erase(number);
+    sw->portsById.erase(port->id);
+    sw->ports.erase(number);
     changed();
     return Status::Ok;
 }

@@ -96,15 +96,15 @@ struct Switch {
     uint32_t version = 0;
     PropertyList global;
     PropertyList host;
-    Portset *portset = nullptr;  // while associated
-    std::unordered_map<std::string_view, std::unique_ptr<Port>> ports;
+    Portset *portset = nullptr;                       // while associated
+    std::map<uint32_t, std::unique_ptr<Port>> ports;  // by number: in the order of their creation
+    std::unordered_map<std::string_view, Port *> portsById;
     // The entries of the uplink list, in order and for look-up.
     std::vector<std::string> uplinks;
     std::unordered_set<std::string> uplinkSet;
 
     void setUplinks(std::vector<std::string> names);
     Port *port(std::string_view portId) const;
-    std::vector<const Port *> portsByNumber() const;
     std::string_view alias() const { return global.text(kAliasKey); }
 };
 

@@ -29,6 +29,10 @@ struct Property : std::enable_shared_from_this<Property> {
     const std::string key;
     const std::string value;
     const uint32_t type;
+
+    // Where the snapshot with this mark has put it: finding that out is most of the work of building one.
+    mutable uint64_t snapshotMark = 0;
+    mutable uint32_t snapshotName = 0;
 };
 using PropertyRef = std::shared_ptr<const Property>;
 

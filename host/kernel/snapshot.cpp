@@ -1,7 +1,6 @@
 // Builds the state blob from the model.
 #include "kernel/snapshot.h"
 
-#include <unordered_map>
 #include <vector>
 
 #include "mesh/snapshot_writer.h"
@@ -16,11 +15,13 @@ constexpr uint64_t kMaxBytes = 1'900'000'000;
 
 class Builder {
   public:
+    explicit Builder(uint64_t mark) : mark_(mark) {}
+
     // False when the state does not fit.
     bool add(const Switch &sw) {
         const std::vector<uint32_t> globals = names(sw.global);
         writer_.addSwitch(sw.id, sw.className, sw.maxPorts, sw.version, globals, names(sw.host));
-        for (const Port *port : sw.portsByNumber()) {
+        for (const auto &[number, port] : sw.ports) {
             std::vector<uint32_t> properties = names(port->properties);
             if (port->statusFrom == Port::StatusFrom::Kernel) {
                 properties.push_back(name({kPortStatusKey, port->statusRecord(), kVolatile}));
@@ -39,22 +40,24 @@ class Builder {
 
     uint32_t name(const PropertyView &view) {
         size_ += view.key.size() + view.value.size() + kPropertySize;
-        return writer_.property(view.key, view.value, view.type);
+        return writer_.newProperty(view.key, view.value, view.type);
     }
 
     std::vector<uint32_t> names(const PropertyList &list) {
         std::vector<uint32_t> result;
         for (const PropertyRef &property : list) {
-            const auto [known, fresh] = known_.try_emplace(property.get(), 0);
-            if (fresh) known->second = name(property->view());
-            result.push_back(known->second);
+            // Equal properties are one object in the model, so looking at the object is enough.
+            if (property->snapshotMark != mark_) {
+                property->snapshotName = name(property->view());
+                property->snapshotMark = mark_;
+            }
+            result.push_back(property->snapshotName);
         }
         return result;
     }
 
     qvs::mesh::SnapshotWriter writer_;
-    // Equal properties are one object in the model, so its address is enough to find it again.
-    std::unordered_map<const Property *, uint32_t> known_;
+    uint64_t mark_;
     uint64_t size_ = 0;
 };
 
@@ -64,7 +67,7 @@ const Blob &Snapshot::get() {
     if (generation_ == model_.generation()) return blob_;
     blob_ = {};
     generation_ = model_.generation();
-    Builder builder;
+    Builder builder(generation_);
     for (const auto &[row, sw] : model_.switches()) {
         if (!builder.add(*sw)) return blob_;
     }

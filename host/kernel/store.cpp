@@ -1,6 +1,7 @@
 // The SQLite side of the store: schema, statements, and which files are refused.
 #include "kernel/store.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -180,6 +181,7 @@ void Store::verify() {
         return 0;
     };
     check(sqlite3_exec(database_.get(), "PRAGMA quick_check(1)", keep, &verdict, nullptr));
+    std::replace(verdict.begin(), verdict.end(), '\n', ' ');
     if (verdict != "ok") throw StoreError("the file is damaged: " + verdict, false);
 }
 

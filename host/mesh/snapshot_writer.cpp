@@ -54,10 +54,16 @@ uint32_t SnapshotWriter::property(std::string_view key, std::string_view value, 
     });
     if (same != end) return same->second;
 
+    const uint32_t index = newProperty(key, value, type);
+    known_.emplace(hash, index);
+    return index;
+}
+
+uint32_t SnapshotWriter::newProperty(std::string_view key, std::string_view value, uint32_t type) {
     const auto index = static_cast<uint32_t>(properties_.size());
+    const uint32_t keyPosition = text(key);
     const uint32_t valuePosition = append(value);
     properties_.emplace_back(keyPosition, type, valuePosition, static_cast<uint32_t>(value.size()));
-    known_.emplace(hash, index);
     return index;
 }
 

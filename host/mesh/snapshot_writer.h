@@ -18,6 +18,8 @@ class SnapshotWriter {
   public:
     // Names a property for the lists below. Equal properties are stored once and have one name.
     uint32_t property(std::string_view key, std::string_view value, uint32_t type);
+    // The same for a caller who knows that this one is new.
+    uint32_t newProperty(std::string_view key, std::string_view value, uint32_t type);
 
     // Begins a switch; the ports added next are its own.
     void addSwitch(std::string_view id, std::string_view className, uint32_t maxPorts, uint32_t version,
