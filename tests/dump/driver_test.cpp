@@ -280,6 +280,21 @@ TEST(Dump, PieceThatFindsNoMemoryIsDroppedAlone) {
     }
 }
 
+// 4095 characters and their NUL fit the first buffer, one more needs the next.
+TEST(Dump, FirstBufferIsFilledToTheLastByte) {
+    ASSERT_STATUS(DVSHYP_SwitchAdd("id", "vswitch", 16, 105), 0);
+    for (const size_t size : {3997u, 3998u}) {
+        setGlobal("id", "com.example.key", text(std::string(size, 'v')));
+        const std::string piece =
+            "\t\tcom.example.key = " + std::string(size, 'v') + " , \tpropType = CONFIG \n";
+        EXPECT_EQ(dump(), kHead + piece + kHost);
+#ifndef QVS_TEST_SANITIZED
+        AllocFault fault(2, AllocFault::kFromThenOn);
+        EXPECT_EQ(dump(), kHead + (size == 3997 ? piece : kHost));
+#endif
+    }
+}
+
 // A piece is cut at 4095 characters; what follows comes right behind it.
 TEST(Dump, LongPieceIsCut) {
     ASSERT_STATUS(DVSHYP_SwitchAdd("id", "vswitch", 16, 105), 0);

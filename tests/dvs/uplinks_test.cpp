@@ -177,7 +177,7 @@ TEST_F(Uplinks, GettingPutsTheNamesInPortOrder) {
     expectStored(names({"a", "b", "c"}), ports({"a", "b", "c"}));
 
     // Length and bytes must agree: not a prefix, and not without the NUL.
-    for (const std::string &alias : {text("cc"), std::string("c"), text("")}) {
+    for (const std::string &alias : {text("cc"), text("c") + "c", std::string("c"), text("")}) {
         ASSERT_STATUS(VSDVS_SetPortProp("sw1", "a", kAliasKey, alias.data(),
                                         static_cast<uint32_t>(alias.size()), nullptr, 1),
                       0);
@@ -294,6 +294,14 @@ TEST_F(Uplinks, AddingAppendsToBothLists) {
     EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", nullptr), 0xbad0007);
     EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw9", "x"), 0xbad0003);
     EXPECT_EQ(hostState(), before);
+
+    // Only a list that is not there is an empty one: not an alias that is gone, not a switch the kernel does
+    // not know.
+    ASSERT_STATUS(VSDVS_ClearPortProp("sw1", "a", kAliasKey, nullptr, 1), 0);
+    EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", "x"), 0xbad0003);
+    addFault("device ioctl", R"("errno":"ENOENT")");
+    EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", "x"), 0xbad0003);
+    expectStored(names({"a", "b", name47}), ports({"a", "b", name47}));
 }
 
 TEST_F(Uplinks, FailingStepOfAddingIsUndone) {
