@@ -27,10 +27,6 @@ constexpr size_t kMaxPendingLines = 64u << 20;
 Connection::Connection(Socket socket, Server &server)
     : socket_(std::move(socket)), server_(server), timer_(server.io()), chunk_(kChunk) {}
 
-Connection::~Connection() {
-    if (follower_) kernel().trace.unfollow(*follower_);
-}
-
 void Connection::next() {
     wire::Head head;
     const size_t available = received_.size() - taken_;
@@ -65,6 +61,7 @@ void Connection::handle(Kind kind, std::string payload) {
         }
         return std::exchange(copied_, {})(error, data);
     }
+    if (follower_) return drop("a request of a client that follows the trace");
     if (isStateRequest(kind)) return serveState(kind, payload);
     switch (kind) {
         case Kind::DeviceOpen:
@@ -91,6 +88,7 @@ void Connection::ended() {
             kernel().trace.write(fmt::format("device close {}", quote(device_->path)));
         device_ = nullptr;
     }
+    if (follower_) kernel().trace.unfollow(*std::exchange(follower_, {}));
     if (!leased_) return;
     leased_ = false;
     if (server_.leaseClosed()) {
@@ -250,9 +248,8 @@ void Connection::serveControl(const std::string &payload) {
 }
 
 void Connection::serveFollow() {
-    if (follower_) return drop("a second request to follow the trace");
     send(wire::Writer(Kind::Reply), [self = shared_from_this()] {
-        // The trace holds no connection: one that goes away takes its follower along.
+        // It is taken back when the connection ends.
         self->follower_ = self->kernel().trace.follow([connection = self.get()](std::string_view line) {
             connection->lines_ += wire::Writer(Kind::TraceLine).text(line).bytes();
             if (connection->lines_.size() > kMaxPendingLines) {

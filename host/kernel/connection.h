@@ -20,7 +20,6 @@ class Connection : public std::enable_shared_from_this<Connection> {
     using Socket = asio::local::stream_protocol::socket;
 
     Connection(Socket socket, Server &server);
-    ~Connection();
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
 

@@ -133,6 +133,18 @@ void report(int descriptor, std::string_view text) {
     close(descriptor);
 }
 
+// A request that fails in a way nobody thought of costs its client the connection, not the others their host.
+void serve(asio::io_context &io) {
+    for (;;) {
+        try {
+            io.run();
+            return;
+        } catch (const std::exception &error) {
+            spdlog::error("a request failed: {}", error.what());
+        }
+    }
+}
+
 void run(const Options &options) {
     std::filesystem::create_directories(options.directory);
     const int lock = takeLock(options.directory);
@@ -158,7 +170,7 @@ void run(const Options &options) {
     spdlog::info("serving {} as process {}: {} switches, {} ports", options.directory, getpid(),
                  kernel.model.switches().size(), kernel.model.portCount());
     report(options.readyDescriptor, "R");
-    io.run();
+    serve(io);
 
     spdlog::info("ending");
     unlink(socketPath.c_str());
