@@ -32,9 +32,11 @@ flatbuffers::DetachedBuffer packProperties(std::span<const PropertyView> propert
     }
 
     flatbuffers::FlatBufferBuilder builder(size + entries.size() * sizeof(Property) + 64);
-    const auto *data = reinterpret_cast<const uint8_t *>(bytes.data());
-    builder.Finish(CreatePropertyList(builder, builder.CreateVector(data, bytes.size()),
-                                      builder.CreateVectorOfStructs(entries)));
+    // One after the other: as arguments of one call their order would be the compiler's choice.
+    const auto entryVector = builder.CreateVectorOfStructs(entries);
+    const auto byteVector =
+        builder.CreateVector(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
+    builder.Finish(CreatePropertyList(builder, byteVector, entryVector));
     return builder.Release();
 }
 

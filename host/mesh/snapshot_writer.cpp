@@ -107,11 +107,15 @@ flatbuffers::DetachedBuffer SnapshotWriter::finish() {
                         (lists_.size() + order.size()) * sizeof(uint32_t) + ports_.size() * sizeof(Port) +
                         switches_.size() * sizeof(Switch);
     flatbuffers::FlatBufferBuilder builder(size + 256);
-    FinishStateBuffer(
-        builder,
-        CreateState(builder, builder.CreateVector(bytes_), builder.CreateVectorOfStructs(properties_),
-                    builder.CreateVector(lists_), builder.CreateVectorOfStructs(ports_),
-                    builder.CreateVector(order), builder.CreateVectorOfStructs(switches_)));
+    // One after the other, last field first: as arguments of one call their order would be the compiler's
+    // choice.
+    const auto switches = builder.CreateVectorOfStructs(switches_);
+    const auto portsById = builder.CreateVector(order);
+    const auto ports = builder.CreateVectorOfStructs(ports_);
+    const auto lists = builder.CreateVector(lists_);
+    const auto properties = builder.CreateVectorOfStructs(properties_);
+    const auto bytes = builder.CreateVector(bytes_);
+    FinishStateBuffer(builder, CreateState(builder, bytes, properties, lists, ports, portsById, switches));
     return builder.Release();
 }
 
