@@ -95,6 +95,7 @@ void addOption(CLI::App &app, std::deque<Slot> &slots, const Option &option) {
     }
     slot.option = app.add_option(option.name, slot.values);
     configure(*slot.option, false);
+    slot.repeated = option.repeated;
 }
 
 // The first word that looks like an option and is none.

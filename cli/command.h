@@ -30,6 +30,7 @@ struct Option {
     const char *value;  // what the value is called, or null for a flag
     const char *summary;
     Kind kind = Kind::Word;
+    bool repeated = false;  // may be given several times
 };
 
 // Reads and Writes need a host; Local commands run anywhere.
@@ -57,7 +58,7 @@ class Arguments {
 
 struct Command {
     const char *noun;
-    const char *verb;  // null for a command of one word
+    const char *verb;  // one word or two ("vlan get"); null for a command of one word
     Access access;
     bool json;  // --json is understood; refused otherwise
     const char *summary;
@@ -74,13 +75,17 @@ struct Command {
 // A path of names, which may contain any character but NUL.
 std::string touchedPath(std::initializer_list<std::string_view> names);
 
+// The words that call a command, one by one.
+std::vector<std::string_view> wordsOf(const Command &command);
+
+// Commands that the help lists together. Rows of one noun may stand in several groups.
 struct Noun {
     const char *name;
     const char *summary;
     std::span<const Command> commands;
 };
 
-// Every noun with its rows, in the order of the help.
+// Every group with its rows, in the order of the help.
 std::span<const Noun> nouns();
 
 extern const std::span<const Command> kSwitchCommands;

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <iterator>
+#include <map>
 #include <set>
 
 #include "help.h"
@@ -108,6 +109,23 @@ std::string kindWords(const Command &command) {
     return text;
 }
 
+// The words that may come behind others, in the order of the table.
+std::map<std::string, std::string> followingWords() {
+    std::map<std::string, std::string> following;
+    for (const Noun &noun : nouns()) {
+        for (const Command &command : noun.commands) {
+            std::string before;
+            for (std::string_view word : wordsOf(command)) {
+                std::string &list = following[before];
+                if (fmt::format(" {} ", list).find(fmt::format(" {} ", word)) == std::string::npos)
+                    list += fmt::format("{}{}", list.empty() ? "" : " ", word);
+                before += fmt::format("{}{}", before.empty() ? "" : " ", word);
+            }
+        }
+    }
+    return following;
+}
+
 }  // namespace
 
 std::string bashCompletion() {
@@ -117,51 +135,39 @@ std::string bashCompletion() {
     std::set<std::string> valued;
     std::set<std::string> files;
     std::set<std::string> ports;
-    std::string nounWords;
+    std::string rows;
     for (const Noun &noun : nouns()) {
         for (const Command &command : noun.commands) {
-            if (nounWords.find(command.noun) == std::string::npos)
-                nounWords += std::string(command.noun) + " ";
             for (const Option &option : command.options) {
                 if (option.value == nullptr) continue;
                 valued.insert(option.name);
                 if (option.kind == Kind::File) files.insert(option.name);
                 if (option.kind == Kind::Port) ports.insert(option.name);
             }
+            rows += fmt::format("        \"{0}\" | \"{0} \"*) taken={1} options=\"{2}\" kinds=\"{3}\" ;;\n",
+                                words(command), wordsOf(command).size(), optionWords(command),
+                                kindWords(command));
         }
     }
-    nounWords.pop_back();
+    std::map<std::string, std::string> following = followingWords();
     fmt::format_to(put,
                    "            {}) skip=1 ;;\n            -*) ;;\n            *) plain+=(\"$word\") ;;\n",
                    fmt::join(valued, " | "));
     script += "        esac\n    done\n";
-    fmt::format_to(put, "    local nouns=\"{}\"\n", nounWords);
+    fmt::format_to(put, "    local nouns=\"{}\"\n", following.extract("").mapped());
     script += "    if [[ $skip ]]; then\n        local switch=${plain[2]-}\n        case $previous in\n";
     fmt::format_to(put, "            {}) _qvs_offer file ;;\n", fmt::join(files, " | "));
     fmt::format_to(put, "            {}) _qvs_offer port ;;\n", fmt::join(ports, " | "));
     script +=
-        "        esac\n        return\n    fi\n    local options= kinds= taken=2\n    case "
-        "\"${plain[*]:0:2}\" in\n";
-
-    for (const Noun &noun : nouns()) {
-        std::string verbs;
-        std::string heading;
-        for (const Command &command : noun.commands) {
-            const char *pattern = command.verb == nullptr ? " | \"{0} \"*" : "";
-            fmt::format_to(put, "        \"{0}\"{1}) {2}options=\"{3}\" kinds=\"{4}\" ;;\n", words(command),
-                           fmt::format(fmt::runtime(pattern), command.noun),
-                           command.verb == nullptr ? "taken=1 " : "", optionWords(command),
-                           kindWords(command));
-            if (command.verb == nullptr) continue;
-            verbs += std::string(verbs.empty() ? "" : " ") + command.verb;
-            heading = command.noun;
-        }
-        if (!verbs.empty()) {
-            fmt::format_to(
-                put,
-                "        \"{0}\" | \"{0} \"*) COMPREPLY=($(compgen -W \"{1}\" -- \"$cur\")); return ;;\n",
-                heading, verbs);
-        }
+        "        esac\n        return\n    fi\n    local options= kinds= taken=\n    case "
+        "\"${plain[*]:0:3}\" "
+        "in\n";
+    script += rows;
+    // Words of a command that lack the last, longer ones first.
+    for (auto entry = following.rbegin(); entry != following.rend(); ++entry) {
+        fmt::format_to(
+            put, "        \"{0}\" | \"{0} \"*) COMPREPLY=($(compgen -W \"{1}\" -- \"$cur\")); return ;;\n",
+            entry->first, entry->second);
     }
     script += kTail;
     return script;

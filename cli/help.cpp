@@ -28,7 +28,23 @@ std::string argumentWords(const Argument &argument) {
     return argument.optional ? "[" + text + "]" : text;
 }
 
+bool beginsWith(const Command &command, std::span<const std::string> words) {
+    std::vector<std::string_view> own = wordsOf(command);
+    return own.size() >= words.size() && std::equal(words.begin(), words.end(), own.begin());
+}
+
 }  // namespace
+
+std::vector<std::string_view> wordsOf(const Command &command) {
+    std::vector<std::string_view> words = {command.noun};
+    std::string_view rest = command.verb == nullptr ? "" : command.verb;
+    while (!rest.empty()) {
+        size_t blank = std::min(rest.find(' '), rest.size());
+        words.push_back(rest.substr(0, blank));
+        rest.remove_prefix(std::min(blank + 1, rest.size()));
+    }
+    return words;
+}
 
 std::string words(const Command &command) {
     return command.verb == nullptr ? command.noun : fmt::format("{} {}", command.noun, command.verb);
@@ -39,7 +55,7 @@ std::string usageLine(const Command &command) {
     for (const Argument &argument : command.arguments)
         line += " " + argumentWords(argument);
     for (const Option &option : command.options)
-        line += " [" + optionWords(option) + "]";
+        line += " [" + optionWords(option) + "]" + (option.repeated ? "..." : "");
     return line;
 }
 
@@ -62,12 +78,18 @@ std::string toolHelp() {
     return text;
 }
 
-std::string nounHelp(const Noun &noun) {
-    std::string text = fmt::format("qvs {}: {}\n\n", noun.name, noun.summary);
-    std::vector<std::pair<std::string, std::string>> lines;
-    for (const Command &command : noun.commands)
-        lines.emplace_back("qvs " + words(command), command.summary);
-    appendAligned(text, lines);
+std::string nounHelp(std::span<const std::string> asked) {
+    std::string text;
+    for (const Noun &noun : nouns()) {
+        std::vector<std::pair<std::string, std::string>> lines;
+        for (const Command &command : noun.commands) {
+            if (beginsWith(command, asked)) lines.emplace_back("qvs " + words(command), command.summary);
+        }
+        if (lines.empty()) continue;
+        if (!text.empty()) text += "\n";
+        text += fmt::format("qvs {}: {}\n\n", noun.name, noun.summary);
+        appendAligned(text, lines);
+    }
     return text;
 }
 

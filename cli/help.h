@@ -1,6 +1,7 @@
 // What is made from the command table for people and shells.
 #pragma once
 
+#include <span>
 #include <string>
 
 #include "command.h"
@@ -11,7 +12,8 @@ std::string words(const Command &command);      // "switch create"
 std::string usageLine(const Command &command);  // "qvs switch create ALIAS [--id ID] ..."
 
 std::string toolHelp();
-std::string nounHelp(const Noun &noun);
+// The commands that begin with these words.
+std::string nounHelp(std::span<const std::string> words);
 std::string commandHelp(const Command &command);
 
 std::string bashCompletion();

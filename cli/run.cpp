@@ -30,37 +30,34 @@ std::span<const Noun> nouns() {
 
 namespace {
 
-const Noun *findNoun(std::string_view name) {
-    for (const Noun &noun : nouns()) {
-        for (const Command &command : noun.commands) {
-            if (command.noun == name) return &noun;
-        }
-    }
-    return nullptr;
-}
-
-// The command whose words come first, and how many words they are; null when there is none.
+// The command whose words come first, and how many words they are; null when more words are needed.
 const Command *findCommand(std::span<const std::string> words, size_t &taken) {
     if (words.empty()) return nullptr;
-    const Noun *noun = findNoun(words[0]);
-    if (noun == nullptr) fail(Exit::Usage, "no such noun: {}; 'qvs help' lists them", inQuotes(words[0]));
-    for (const Command &command : noun->commands) {
-        if (command.noun != words[0]) continue;
-        taken = command.verb == nullptr ? 1 : 2;
-        if (command.verb == nullptr || (words.size() > 1 && command.verb == words[1])) return &command;
+    size_t known = 0;  // words that some command begins with
+    for (const Noun &noun : nouns()) {
+        for (const Command &command : noun.commands) {
+            std::vector<std::string_view> own = wordsOf(command);
+            auto differs = std::mismatch(own.begin(), own.end(), words.begin(), words.end()).first;
+            taken = static_cast<size_t>(differs - own.begin());
+            if (taken == own.size()) return &command;
+            known = std::max(known, taken);
+        }
     }
-    if (words.size() > 1) {
-        fail(Exit::Usage, "no such command: {} {}; 'qvs help {}' lists them", shown(words[0]),
-             inQuotes(words[1]), words[0]);
+    if (known == 0) fail(Exit::Usage, "no such noun: {}; 'qvs help' lists them", inQuotes(words[0]));
+    if (known < words.size()) {
+        std::string begin = fmt::format("{}", fmt::join(words.first(known), " "));
+        fail(Exit::Usage, "no such command: {} {}; 'qvs help {}' lists them", begin, inQuotes(words[known]),
+             begin);
     }
     return nullptr;
 }
 
-// Options that stand before the noun or between noun and verb.
-size_t takeLeading(std::vector<std::string> &words, GlobalOptions &global) {
+// Options that stand before or between the words of the command.
+void takeLeading(std::vector<std::string> &words, GlobalOptions &global) {
+    constexpr size_t kMostWords = 3;
     size_t plain = 0;
     auto it = words.begin();
-    while (it != words.end() && plain < 2 && (plain == 0 || it->starts_with("-"))) {
+    while (it != words.end() && plain < kMostWords) {
         if (*it == "--json") {
             global.json = true;
         } else if (*it == "--trace") {
@@ -71,7 +68,7 @@ size_t takeLeading(std::vector<std::string> &words, GlobalOptions &global) {
             global.version = true;
         } else if (it->starts_with("-")) {
             if (plain == 0) fail(Exit::Usage, "no such option: {}", inQuotes(*it));
-            return plain;
+            return;
         } else {
             plain++;
             ++it;
@@ -79,7 +76,6 @@ size_t takeLeading(std::vector<std::string> &words, GlobalOptions &global) {
         }
         it = words.erase(it);
     }
-    return plain;
 }
 
 // Whether the kernel answers at all; one request. How many switches it has comes with the answer.
@@ -171,7 +167,7 @@ std::string helpFor(std::span<const std::string> words) {
     size_t taken = 0;
     const Command *command = findCommand(words, taken);
     if (command != nullptr) return commandHelp(*command);
-    return words.empty() ? toolHelp() : nounHelp(*findNoun(words[0]));
+    return words.empty() ? toolHelp() : nounHelp(words);
 }
 
 Exit run(std::span<const std::string> words) {

@@ -12,7 +12,8 @@ namespace {
 void help(const Arguments &arguments, Output &out) {
     if (!arguments.given("NOUN")) return out.write(toolHelp());
     std::vector<std::string> asked = {arguments.text("NOUN")};
-    if (arguments.given("VERB")) asked.push_back(arguments.text("VERB"));
+    for (const std::string &word : arguments.all("VERB"))
+        asked.push_back(word);
     out.write(helpFor(asked));
 }
 
@@ -32,7 +33,7 @@ const Command kRows[] = {
      .access = Access::Local,
      .json = false,
      .summary = "print the help of the tool, a noun or a command",
-     .arguments = {{"NOUN", "the noun", Kind::Word, true}, {"VERB", "the verb", Kind::Word, true}},
+     .arguments = {{"NOUN", "the noun", Kind::Word, true}, {"VERB", "the verb", Kind::Word, true, true}},
      .options = {},
      .details = nullptr,
      .example = "qvs help switch create",
