@@ -36,12 +36,12 @@ expect 'its name' "$(cat out)" "$PWD/odd dir"
 
 # A host is gone with its command, whatever happened to the launcher.
 expect 'directory left' "$(ls tmp)" ''
-qvs-host run -- sh -c 'echo $$; exec sleep 30' >command &
-while [ ! -s command ]; do sleep 0.01; done
+qvs-host run -- sh -c 'echo $$; exec sleep 30' >./command &
+while [ ! -s ./command ]; do sleep 0.01; done
 kill -9 $!
 for i in 1 2 3 4 5 6 7 8 9; do [ -z "$(ls tmp)" ] || sleep 0.$i; done
 expect 'directory left by a killed launcher' "$(ls tmp)" ''
-kill "$(cat command)"
+kill "$(cat ./command)"
 expect 'killed host' "$(code qvs-host run -- sh -c 'kill -9 $(cat $QVS_HOST_STATE/lock); exit 3')" 3
 expect 'directory left by a killed host' "$(ls tmp)" ''
 
