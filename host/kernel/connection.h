@@ -61,10 +61,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     void serveOpen(const std::string &payload);
     void serveIoctl(const std::string &payload);
-    void fetchInput(std::shared_ptr<Ioctl> ioctl);
-    void perform(std::shared_ptr<Ioctl> ioctl);
+    void fetchInput(const std::shared_ptr<Ioctl> &ioctl);
+    void perform(const std::shared_ptr<Ioctl> &ioctl);
     Result callDevice(const Command &command, const Call &call);
-    void deliver(std::shared_ptr<Ioctl> ioctl, size_t sent);
+    void deliver(const std::shared_ptr<Ioctl> &ioctl, size_t sent);
     void finishIoctl(const Ioctl &ioctl, int error);
     void copyIn(uint64_t address, uint32_t length, Copied then);
     void copyOut(uint64_t address, std::string_view data, Copied then);

@@ -61,7 +61,7 @@ void Connection::serveIoctl(const std::string &payload) {
     });
 }
 
-void Connection::fetchInput(std::shared_ptr<Ioctl> ioctl) {
+void Connection::fetchInput(const std::shared_ptr<Ioctl> &ioctl) {
     const Frame &frame = ioctl->frame;
     if (frame.inLength > kMaxInput) return finishIoctl(*ioctl, EINVAL);
     copyIn(frame.inAddress, frame.inLength,
@@ -73,7 +73,7 @@ void Connection::fetchInput(std::shared_ptr<Ioctl> ioctl) {
            });
 }
 
-void Connection::perform(std::shared_ptr<Ioctl> ioctl) {
+void Connection::perform(const std::shared_ptr<Ioctl> &ioctl) {
     underFaults(ioctl->line, [this, self = shared_from_this(), ioctl](const Effect &effect) {
         const uint32_t room = ioctl->frame.outLength;
         Result result;
@@ -103,7 +103,7 @@ Result Connection::callDevice(const Command &command, const Call &call) try {
 }
 
 // Large answers go in pieces, so that neither side needs to hold them twice and other clients get their turn.
-void Connection::deliver(std::shared_ptr<Ioctl> ioctl, size_t sent) {
+void Connection::deliver(const std::shared_ptr<Ioctl> &ioctl, size_t sent) {
     const std::string_view rest = std::string_view(ioctl->output).substr(sent);
     if (rest.empty()) return finishIoctl(*ioctl, 0);
     const std::string_view piece = rest.substr(0, kCopyPiece);

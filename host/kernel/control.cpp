@@ -44,7 +44,7 @@ json describeNic(const Nic &nic) {
             {"port", nic.port == nullptr ? json() : json(nic.port->id)}};
 }
 
-json status(Members, Server &server) {
+json status(Members &, Server &server) {
     const Kernel &kernel = server.kernel();
     const Model &model = kernel.model;
     auto switches = json::array();
@@ -66,7 +66,7 @@ json status(Members, Server &server) {
             {"state", server.options().directory},
             {"staysWithoutLease", !server.options().whileLeased},
             {"leases", server.leases()},
-            {"trace", kernel.trace.file().empty() ? json() : json(kernel.trace.file())},
+            {"trace", kernel.trace.files()},
             {"switches", switches},
             {"ports", model.portCount()},
             {"portsets", portsets},
@@ -74,15 +74,13 @@ json status(Members, Server &server) {
             {"faults", kernel.faults.list()}};
 }
 
-json reset(Members members, Server &server) {
-    members.any("op");
+json reset(Members &members, Server &server) {
     members.finish();
     server.kernel().model.reset();
     return json::object();
 }
 
-json seed(Members members, Server &server) {
-    members.any("op");
+json seed(Members &members, Server &server) {
     const json *lab = members.any("lab");
     if (lab == nullptr) members.fail("lab", "is missing");
     members.finish();
@@ -90,8 +88,7 @@ json seed(Members members, Server &server) {
     return json::object();
 }
 
-json traceFile(Members members, Server &server) {
-    members.any("op");
+json traceFile(Members &members, Server &server) {
     const std::string path = members.text("path");
     members.finish();
     if (const int error = server.kernel().trace.openFile(path); error != 0) {
@@ -100,21 +97,47 @@ json traceFile(Members members, Server &server) {
     return json::object();
 }
 
-struct Operation {
-    std::string_view name;
-    json (*run)(Members members, Server &server);
-};
-
-constexpr Operation kOperations[] = {
-    {"status", status}, {"reset", reset},          {"stop", [](Members, Server &) { return json::object(); }},
-    {"seed", seed},     {"trace.file", traceFile},
-};
-
-json runFault(std::string_view name, const json &request, Faults &faults) {
-    if (name == "fault.add") return {{"id", faults.add(request)}};
-    if (name == "fault.list") return {{"faults", faults.list()}};
-    if (name == "fault.clear") faults.clear();
+// The answer is all there is to it; the rest happens once it is sent.
+json nothing(Members &, Server &) {
     return json::object();
+}
+
+json addFault(Members &members, Server &server) {
+    return {{"id", server.kernel().faults.add(&members)}};
+}
+
+json listFaults(Members &, Server &server) {
+    return {{"faults", server.kernel().faults.list()}};
+}
+
+json clearFaults(Members &members, Server &server) {
+    members.finish();
+    server.kernel().faults.clear();
+    return json::object();
+}
+
+constexpr struct {
+    std::string_view name;
+    json (*run)(Members &members, Server &server);
+} kOperations[] = {
+    {"status", status},         {"reset", reset},
+    {"stop", nothing},          {"seed", seed},
+    {"trace.file", traceFile},  {"fault.add", addFault},
+    {"fault.list", listFaults}, {"fault.clear", clearFaults},
+};
+
+json perform(const json &request, Server &server, bool *stops) {
+    Members members(request, "request");
+    const std::string name = members.text("op");
+    for (const auto &operation : kOperations) {
+        if (operation.name != name) continue;
+        json reply = operation.run(members, server);
+        // For the operations that look at nothing else.
+        members.finish();
+        *stops = name == "stop";
+        return reply;
+    }
+    members.fail("op", "is not an operation: " + name);
 }
 
 }  // namespace
@@ -123,22 +146,8 @@ ControlAnswer runControl(std::string_view request, Server &server) {
     ControlAnswer answer;
     json reply;
     try {
-        const json parsed = json::parse(request);
-        Members members(parsed, "request");
-        const std::string name = members.text("op");
-        bool known = false;
-        for (const Operation &operation : kOperations) {
-            if (operation.name != name) continue;
-            reply = operation.run(members, server);
-            known = true;
-        }
-        if (name == "fault.add" || name == "fault.list" || name == "fault.clear") {
-            reply = runFault(name, parsed, server.kernel().faults);
-            known = true;
-        }
-        if (!known) members.fail("op", "is not an operation: " + name);
+        reply = perform(json::parse(request), server, &answer.stops);
         reply["ok"] = true;
-        answer.stops = name == "stop";
     } catch (const StoreError &error) {
         logStoreFailure(server.kernel().store, error);
         reply = {{"ok", false}, {"error", error.what()}};

@@ -28,8 +28,8 @@ struct Result {
 
 struct Command {
     uint32_t number = 0;
-    const char *name = nullptr;
     uint32_t minInput = 0;
+    const char *name = nullptr;
     Result (*handle)(const Call &call) = nullptr;
 };
 

@@ -215,19 +215,19 @@ Result refreshDevNumaInfo(const Call &call) {
 }
 
 constexpr Command kCommands[] = {
-    {0x100b, "GetUplinks", kRequestSize, getUplinks},
-    {0x100c, "GetUplinkLinkState", kRequestSize, getUplinkLinkState},
-    {0x100d, "GetUplinkLACPLinkState", kRequestSize, getUplinkLacpLinkState},
-    {0x100e, "GetLAGTable", kRequestSize, getLagTable},
-    {0x1010, "GetSwitchInfo", kRequestSize, getSwitchInfo},
-    {0x1013, "GetSwitchPortInfo", kRequestSize, getSwitchPortInfo},
-    {0x1014, "GetPortInfo", kRequestSize, getPortInfo},
-    {0x1022, "PortGetTeamUplinkHint", kRequestSize, getTeamUplinkHint},
-    {0x1023, "GetUplinkDVPortID", kRequestSize, getUplinkDvPortId},
-    {0x1026, "GetSwitches", sizeof(uint32_t), getSwitches},
-    {0x1027, "DVSAliasToSwitchId", kRequestSize, aliasToSwitchId},
-    {0x2002, "SetUplinkAdminLinkState", kRequestSize, setUplinkAdminLinkState},
-    {0x2006, "RefreshDevNUMAInfo", kRequestSize, refreshDevNumaInfo},
+    {0x100b, kRequestSize, "GetUplinks", getUplinks},
+    {0x100c, kRequestSize, "GetUplinkLinkState", getUplinkLinkState},
+    {0x100d, kRequestSize, "GetUplinkLACPLinkState", getUplinkLacpLinkState},
+    {0x100e, kRequestSize, "GetLAGTable", getLagTable},
+    {0x1010, kRequestSize, "GetSwitchInfo", getSwitchInfo},
+    {0x1013, kRequestSize, "GetSwitchPortInfo", getSwitchPortInfo},
+    {0x1014, kRequestSize, "GetPortInfo", getPortInfo},
+    {0x1022, kRequestSize, "PortGetTeamUplinkHint", getTeamUplinkHint},
+    {0x1023, kRequestSize, "GetUplinkDVPortID", getUplinkDvPortId},
+    {0x1026, sizeof(uint32_t), "GetSwitches", getSwitches},
+    {0x1027, kRequestSize, "DVSAliasToSwitchId", aliasToSwitchId},
+    {0x2002, kRequestSize, "SetUplinkAdminLinkState", setUplinkAdminLinkState},
+    {0x2006, kRequestSize, "RefreshDevNUMAInfo", refreshDevNumaInfo},
 };
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <charconv>
 #include <cstring>
 
-#include "kernel/json_members.h"
 #include "kernel/trace.h"
 
 namespace qvs::kernel {
@@ -64,7 +63,7 @@ Effect parseEffect(Members &members) {
     effect.delayMs = members.maybeNumber("delayMs").value_or(0);
     if (effect.delayMs > kMaxDelayMs) members.fail("delayMs", "is above ten minutes");
     if (const auto when = members.maybeText("kill")) effect.kill = parseKill(members, *when);
-    members.each("output", [&](Members part) { effect.patches.push_back(parsePatch(part)); });
+    members.each("output", [&](Members part) { effect.patches.push_back(parsePatch(std::move(part))); });
     effect.truncate = members.maybeNumber("truncate");
     if (const auto *lab = members.any("lab"))
         effect.labs.push_back(std::make_shared<const Lab>(parseLab(*lab)));
@@ -98,9 +97,8 @@ void Effect::add(const Effect &other) {
     labs.insert(labs.end(), other.labs.begin(), other.labs.end());
 }
 
-uint64_t Faults::add(const nlohmann::json &request) {
-    Members members(request, "fault");
-    members.any("op");
+uint64_t Faults::add(Members *request) {
+    Members &members = *request;
     Rule rule;
     rule.pattern = "*" + members.text("match") + "*";
     rule.nth = members.maybeNumber("nth").value_or(1);
@@ -113,7 +111,7 @@ uint64_t Faults::add(const nlohmann::json &request) {
         !effect.changesOutput() && effect.labs.empty()) {
         members.fail("match", "comes without anything to do");
     }
-    rule.given = request;
+    rule.given = members.object();
     rule.given.erase("op");
     rule.id = nextId_++;
     rules_.push_back(std::move(rule));

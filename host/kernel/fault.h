@@ -11,6 +11,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "kernel/json_members.h"
 #include "kernel/lab.h"
 #include "kernel/status.h"
 
@@ -49,7 +50,7 @@ class Faults {
     bool empty() const { return rules_.empty(); }
     // Adds a rule as the control request "fault.add" gives it; throws JsonError or LabError. Returns its
     // number.
-    uint64_t add(const nlohmann::json &request);
+    uint64_t add(Members *request);
     void clear() { rules_.clear(); }
     // Each rule as it was given, with its number and how often it matched and fired.
     nlohmann::json list() const;

@@ -25,6 +25,7 @@ class Members {
     // `where` names the object in messages.
     Members(const nlohmann::json &object, std::string where);
 
+    const nlohmann::json &object() const { return *object_; }
     bool has(const char *name) const { return object_->contains(name); }
     std::string text(const char *name);
     std::optional<std::string> maybeText(const char *name);

@@ -82,7 +82,8 @@ Lab::SwitchPart parseSwitch(Members members) {
     sw.maxPorts = members.maybeNumber("maxPorts");
     sw.uplinks = members.texts("uplinks");
     sw.ports = members.texts("ports");
-    members.each("properties", [&](Members part) { sw.properties.push_back(parseProperty(part)); });
+    members.each("properties",
+                 [&](Members part) { sw.properties.push_back(parseProperty(std::move(part))); });
     members.finish();
     return sw;
 }
@@ -93,9 +94,9 @@ Lab parseLab(const json &value) try {
     Lab lab;
     Members members(value, "lab");
     if (members.has("pnics")) lab.nics.emplace();
-    members.each("pnics", [&](Members part) { lab.nics->push_back(parseNic(part)); });
-    members.each("switches", [&](Members part) { lab.switches.push_back(parseSwitch(part)); });
-    members.each("clients", [&](Members part) { lab.clients.push_back(parseClient(part)); });
+    members.each("pnics", [&](Members part) { lab.nics->push_back(parseNic(std::move(part))); });
+    members.each("switches", [&](Members part) { lab.switches.push_back(parseSwitch(std::move(part))); });
+    members.each("clients", [&](Members part) { lab.clients.push_back(parseClient(std::move(part))); });
     members.finish();
     return lab;
 } catch (const JsonError &error) {

@@ -66,29 +66,38 @@ std::string errnoName(int error) {
 }
 
 Trace::~Trace() {
-    if (file_ >= 0) close(file_);
+    for (const auto &[path, file] : files_)
+        close(file);
 }
 
 int Trace::openFile(const std::string &path) {
     const int file = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
     if (file < 0) return errno;
-    if (file_ >= 0) close(file_);
-    file_ = file;
-    path_ = path;
+    const auto [known, fresh] = files_.try_emplace(path, file);
+    if (fresh) return 0;
+    // The file of that name may be another one by now.
+    close(known->second);
+    known->second = file;
     return 0;
 }
 
+std::vector<std::string> Trace::files() const {
+    std::vector<std::string> paths;
+    for (const auto &[path, file] : files_)
+        paths.push_back(path);
+    return paths;
+}
+
 void Trace::write(const std::string &line) {
-    if (file_ >= 0) {
-        // One write a line: lines of several daemons on one file do not mix, and none is lost with the
-        // process.
-        const std::string whole = line + '\n';
-        if (::write(file_, whole.data(), whole.size()) != static_cast<ssize_t>(whole.size())) {
-            spdlog::warn("the trace {} cannot be written and ends here: {}", path_, std::strerror(errno));
-            close(file_);
-            file_ = -1;
-        }
-    }
+    // One write a line: lines of several daemons on one file do not mix, and none is lost with the process.
+    const std::string whole = line + '\n';
+    std::erase_if(files_, [&whole](const auto &entry) {
+        const auto &[path, file] = entry;
+        if (::write(file, whole.data(), whole.size()) == static_cast<ssize_t>(whole.size())) return false;
+        spdlog::warn("the trace {} cannot be written and ends here: {}", path, std::strerror(errno));
+        close(file);
+        return true;
+    });
     for (const auto &[id, follower] : followers_)
         follower(line);
 }

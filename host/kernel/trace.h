@@ -6,6 +6,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace qvs::kernel {
 
@@ -27,20 +28,19 @@ class Trace {
     Trace(const Trace &) = delete;
     Trace &operator=(const Trace &) = delete;
 
-    // Appends to the file from now on; an error number when it cannot be opened. It replaces the one before.
+    // Appends to this file, too, from now on; an error number when it cannot be opened.
     int openFile(const std::string &path);
-    const std::string &file() const { return path_; }
+    std::vector<std::string> files() const;
 
     // Nothing needs to be formatted while this is false.
-    bool active() const { return file_ >= 0 || !followers_.empty(); }
+    bool active() const { return !files_.empty() || !followers_.empty(); }
     void write(const std::string &line);
 
     uint64_t follow(Follower follower);
     void unfollow(uint64_t id) { followers_.erase(id); }
 
   private:
-    int file_ = -1;
-    std::string path_;
+    std::map<std::string, int> files_;  // descriptors by path
     std::map<uint64_t, Follower> followers_;
     uint64_t nextFollower_ = 0;
 };

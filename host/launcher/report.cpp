@@ -49,12 +49,15 @@ void printFaults(const json &faults) {
 }
 
 void printStatus(const json &status) {
+    std::string traces;
+    for (const json &path : status["trace"])
+        traces += (traces.empty() ? "" : ", ") + path.get<std::string>();
     fmt::print("pid {}, up {}, state {}\n", text(status, "pid"), duration(status.value("uptimeSeconds", 0u)),
                text(status, "state"));
     fmt::print(
         "{} leases, {}, trace {}\n", text(status, "leases"),
         status.value("staysWithoutLease", false) ? "stays until it is stopped" : "ends with the last one",
-        text(status, "trace"));
+        traces.empty() ? "-" : traces);
     fmt::print("switches {}, ports {}\n", status["switches"].size(), text(status, "ports"));
     for (const json &sw : status["switches"])
         printSwitch(sw);
