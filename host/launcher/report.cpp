@@ -55,7 +55,7 @@ void printStatus(const json &status) {
     fmt::print("pid {}, up {}, state {}\n", text(status, "pid"), duration(status.value("uptimeSeconds", 0u)),
                text(status, "state"));
     fmt::print(
-        "{} leases, {}, trace {}\n", text(status, "leases"),
+        "leases {}, {}, trace {}\n", text(status, "leases"),
         status.value("staysWithoutLease", false) ? "stays until it is stopped" : "ends with the last one",
         traces.empty() ? "-" : traces);
     fmt::print("switches {}, ports {}\n", status["switches"].size(), text(status, "ports"));
