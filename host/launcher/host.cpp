@@ -152,9 +152,8 @@ Host::Host(const std::string &program, const HostOptions &options) : socket_(opt
 bool Host::join() {
     wire::Writer request(wire::Kind::Lease);
     std::string nothing;
-    // The daemon may take its time over somebody else's request, and at its end over the database.
-    constexpr int kForEver = 0;
-    if (lease_.connect(socket_.c_str(), kForEver)) return lease_.call(request, &nothing);
+    if (lease_.connect(socket_.c_str()) && lease_.call(request, &nothing)) return true;
+    if (errno == ETIMEDOUT) throw Error(fmt::format("the host at {} does not answer", socket_));
     if (errno == ENAMETOOLONG) {
         throw Error(
             fmt::format("{}: the path is longer than the 107 bytes a socket may have; use a shorter state "

@@ -1,11 +1,13 @@
 // qvs-host: gives a command an emulated host, and manages one that stays up.
 #include <unistd.h>
 
-#include <csignal>
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <optional>
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
@@ -60,13 +62,14 @@ int start(const HostOptions &options) {
 
 int stop(const std::string &socket) {
     wire::Client client;
-    connectTo(&client, socket, 0);
+    connectTo(&client, socket);
     wire::Writer message(wire::Kind::Control);
     message.text(R"({"op":"stop"})");
     std::string payload;
     if (!client.call(message, &payload)) throw Error("the host did not answer");
     // The connection lasts as long as the daemon does.
     client.receive(wire::Kind::Reply, &payload);
+    if (errno == ETIMEDOUT) throw Error(fmt::format("the host at {} does not end", socket));
     return 0;
 }
 
