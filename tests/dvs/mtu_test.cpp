@@ -1,0 +1,117 @@
+// The MTU of a switch: its command lines, and what is put back when one of them fails.
+#include <gtest/gtest.h>
+#include <qvs/dvs.h>
+#include <qvs/mesh_public.h>
+#include <qvs/vsdvs.h>
+
+#include <string>
+
+#include "support/bytes.h"
+#include "support/host.h"
+
+namespace qvs::test {
+namespace {
+
+std::string get(const std::string &rest = " -> exit 0\n") {
+    return "shell treesh -e get /net/portsets/sw1/mtu" + rest;
+}
+std::string list(const std::string &rest = " -> exit 0\n") {
+    return "shell treesh -e ls /net/portsets/sw1/uplinks" + rest;
+}
+// The entry ends in "/" and the line adds none; the line that puts back adds one.
+std::string nic(int number, int mtu, const std::string &rest = " -> exit 0\n") {
+    return "shell treesh -e set /net/pNics/pnic" + std::to_string(number) + "/mtu " + std::to_string(mtu) +
+           rest;
+}
+std::string back(int number) {
+    return "shell treesh -e set /net/pNics/pnic" + std::to_string(number) + "//mtu 1500 -> exit 0\n";
+}
+std::string portset(int mtu, const std::string &rest = " -> exit 0\n") {
+    return "shell treesh -e set /net/portsets/sw1/mtu " + std::to_string(mtu) + rest;
+}
+std::string property(const char *key, const std::string &rest = " -> 0x0\n") {
+    return std::string(R"(state GlobalPropSet switch="id" key="com.quillon.)") + key +
+           R"(.mtu" length=4 type=16)" + rest;
+}
+
+class Mtu : public testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", "id", nullptr, 105, 0, 0, 4, 0), 0);
+        ASSERT_STATUS(DVSLoadConfig(), 0);
+        clearTrace();
+    }
+};
+
+TEST_F(Mtu, IsSetOnNicsThenPortsetThenProperties) {
+    const std::string nics = nic(0, 9000) + nic(1, 9000) + nic(2, 9000) + nic(3, 9000);
+    EXPECT_STATUS(VSDVS_SetMTU("sw1", 9000), 0);
+    EXPECT_EQ(takeTrace(),
+              get() + list() + nics + portset(9000) + property("vswitch") + property("etherswitch"));
+    EXPECT_BYTES(*globalProp("id", "com.quillon.vswitch.mtu"), u32(9000));
+    EXPECT_BYTES(*globalProp("id", "com.quillon.etherswitch.mtu"), u32(9000));
+    int mtu = 0;
+    EXPECT_STATUS(VSDVS_GetMTU("sw1", &mtu), 0);
+    EXPECT_EQ(mtu, 9000);
+    // The second property is a courtesy.
+    addFault("etherswitch.mtu", R"("status":"0xbad0014")");
+    EXPECT_STATUS(VSDVS_SetMTU("sw1", 1280), 0);
+}
+
+TEST_F(Mtu, PutsBackLastFirstWhatWasSet) {
+    const std::string nics = nic(0, 1600) + nic(1, 1600) + nic(2, 1600) + nic(3, 1600);
+    const std::string allBack = back(3) + back(2) + back(1) + back(0);
+    struct {
+        const char *match;
+        const char *action;
+        uint32_t status;
+        std::string trace;
+    } const rows[] = {
+        {"get /net", R"("exit":1)", 0xbad0001, get(" -> exit 1\n")},
+        {"pnic0/mtu 1600", R"("exit":1)", 0xbad0001, get() + list() + nic(0, 1600, " -> exit 1\n")},
+        {"pnic2/mtu 1600", R"("exit":1)", 0xbad0001,
+         get() + list() + nic(0, 1600) + nic(1, 1600) + nic(2, 1600, " -> exit 1\n") + back(1) + back(0)},
+        {"sw1/mtu 1600", R"("exit":1)", 0xbad0001,
+         get() + list() + nics + portset(1600, " -> exit 1\n") + allBack},
+        {"vswitch.mtu", R"("status":"0xbad0014")", 0xbad0014,
+         get() + list() + nics + portset(1600) + property("vswitch", " -> 0xbad0014\n") + portset(1500) +
+             allBack},
+    };
+    const std::string before = hostState();
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.match);
+        clearTrace();
+        addFault(row.match, row.action);
+        EXPECT_STATUS(VSDVS_SetMTU("sw1", 1600), row.status);
+        EXPECT_EQ(takeTrace(), row.trace);
+        clearFaults();
+        int mtu = 0;
+        EXPECT_STATUS(VSDVS_GetMTU("sw1", &mtu), 0);
+        EXPECT_EQ(mtu, 1500);
+        EXPECT_EQ(hostState(), before);
+    }
+}
+
+TEST_F(Mtu, LastNumberInTheAnswerCounts) {
+    struct {
+        const char *hex;
+        uint32_t status;
+        int mtu;
+    } const rows[] = {
+        {"313530303a390a0000", 0, 9},            // 1500:9
+        {"6d74753a783a370d0a", 0, 7},            // mtu:x:7, carriage return and line end
+        {"6d74753a78787878780a", 0xbad0001, 5},  // no number at all
+    };
+    for (const auto &row : rows) {
+        addFault("get /net", std::string(R"("output":[{"offset":0,"hex":")") + row.hex + "\"}]");
+        int mtu = 5;
+        EXPECT_STATUS(VSDVS_GetMTU("sw1", &mtu), row.status) << row.hex;
+        EXPECT_EQ(mtu, row.mtu) << row.hex;
+    }
+    addFault("get /net", R"("truncate":0)");
+    int mtu = 5;
+    EXPECT_STATUS(VSDVS_GetMTU("sw1", &mtu), 0xbad0001);
+}
+
+}  // namespace
+}  // namespace qvs::test
