@@ -2,7 +2,7 @@
  * The snapshot of the switch state, and the three names of a switch: the alias an administrator types, the
  * portset name of its data path on this host, and the identifier by which kernel and state library know it.
  *
- * These functions read the snapshot alone: a switch or alias made after the last DVSLoadConfig is not seen
+ * Names are looked up in the snapshot alone: a switch or alias made after the last DVSLoadConfig is not seen
  * until the next one. DVSLoadConfig must not run while another thread looks something up.
  *
  *   SwitchIdString id;

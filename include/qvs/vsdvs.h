@@ -4,7 +4,8 @@
  * Every change goes to the kernel at once and is not seen by the snapshot (dvs.h) until the next
  * DVSLoadConfig. A switch is named by its alias, which must be known to the snapshot and of class "vswitch";
  * otherwise HYP_NOT_FOUND or HYP_BAD_PARAM. Null arguments that an operation needs give HYP_BAD_PARAM. What
- * the state library answers is returned unchanged.
+ * the state library answers is returned unchanged. Operations that run the kernel's shell refuse a portset
+ * name that the shell or a node path would interpret with HYP_BAD_PARAM, before anything is run or changed.
  */
 #ifndef QVS_VSDVS_H
 #define QVS_VSDVS_H
@@ -30,14 +31,10 @@ QVS_API void VSDVS_FreeMemory(void *pointer);
  *   VSDVS_GetGlobProp("sw1", "com.quillon.common.version", &buffer, NULL, 1);
  * ------------------------------------------------------------------------------------------------------- */
 
-/*
- * The buffer of the generic getters.
- *   length  in: capacity of data in bytes, or 0 to ask for the value's length; out: that length, and nothing
- * is written to it by any other call data    the caller's buffer; not read when length is 0
- */
+/* The buffer of the generic getters. */
 typedef struct QVS_PACKED VSDVS_PropBuffer {
-    int32_t length;
-    void *data;
+    int32_t length; /* capacity of data in bytes; 0 asks for the value's length, which is written here */
+    void *data;     /* the caller's; not looked at when length is 0 */
 } VSDVS_PropBuffer;
 QVS_ASSERT_SIZE(VSDVS_PropBuffer, 12);
 
@@ -95,16 +92,15 @@ QVS_API HYP_ReturnStatus VSDVS_ClearGlobProp(const char *alias, const char *key,
  *   maxPorts     port capacity; 0 means 128
  *   numUplinks, numPorts  how many to create
  *
- * HYP_BAD_PARAM: null alias, or a portset name that the kernel's shell or its node paths would interpret or
- * that is too long for a command line; nothing is run then. HYP_FAILURE: the shell command failed.
- * HYP_NO_MEMORY.
+ * HYP_BAD_PARAM: null alias, or a portset name that is refused or too long (193 characters fit every command
+ * line). HYP_FAILURE: the shell command failed. HYP_NO_MEMORY.
  */
 QVS_API HYP_ReturnStatus VSDVS_CreateVSwitch(const char *alias, const char *switchId, const char *portsetName,
                                              uint32_t version, uint8_t opaque, uint32_t maxPorts,
                                              uint32_t numUplinks, uint32_t numPorts);
 
 /* Removes a switch, its ports and its portset; the first step that fails ends it and gives the status
- * (HYP_FAILURE for the shell command). */
+ * (HYP_FAILURE for the shell command). HYP_BAD_PARAM also for a portset name that is refused. */
 QVS_API HYP_ReturnStatus VSDVS_DestroyVSwitch(const char *alias);
 
 /* Adds a port with a 32-bit connection id. */
@@ -152,22 +148,27 @@ QVS_API HYP_ReturnStatus VSDVS_GetSwitchUplinkPorts(const char *alias, void **gl
 
 /*
  * Creates an uplink port for each entry of hostList, then stores both lists as given. A failure removes the
- * ports again and, when the host list could not be stored, clears the global one.
+ * ports again and, when the host list could not be stored, clears the global one. HYP_BAD_PARAM also for a
+ * count whose list would be longer than 32 bits can say.
  */
 QVS_API HYP_ReturnStatus VSDVS_SetSwitchUplinkPorts(const char *alias, const void *globalList,
                                                     const void *hostList);
 
-/* The same with count uplinks named "uplink0" onward, for the switch with this identifier. */
+/* The same with count uplinks named "uplink0" onward, for the switch with this identifier. HYP_NO_MEMORY. */
 QVS_API HYP_ReturnStatus SetNumSwitchUplinkPortsByUUID(const char *switchId, uint32_t count);
 
 /*
- * Appends one uplink (80 characters are kept of its name, 47 of its port's) and creates its port.
- * HYP_EXISTS: a host entry with that name; nothing changes. A failure puts everything back.
+ * Appends one uplink (80 characters are kept of its name, 47 of its port's) and creates its port. Keep names
+ * to 47 characters: a longer one differs from its port's alias, and the lists cannot be read afterwards.
+ *
+ * HYP_EXISTS: a host entry with that name; nothing changes. HYP_FAILURE: malformed stored lists.
+ * HYP_NO_MEMORY. A failure puts everything back.
  */
 QVS_API HYP_ReturnStatus VSDVS_AddSwitchUplinkPort(const char *alias, const char *uplinkName);
 
 /* Removes the uplink that portId carries, its port, and its entries; a list that becomes empty is cleared. An
- * uplink that is in neither list is a success that changes nothing. */
+ * uplink that is missing from either list is a success that changes nothing. HYP_NOT_FOUND: the switch has no
+ * lists, or there is no such port. HYP_FAILURE: malformed lists. HYP_NO_MEMORY. */
 QVS_API HYP_ReturnStatus VSDVS_RemoveSwitchUplinkPort(const char *alias, const char *portId);
 
 /* Clears both lists and leaves the uplink ports where they are. Returns the status of the resolution alone.
@@ -189,7 +190,8 @@ QVS_API HYP_ReturnStatus VSDVS_ClearSwitchUplinkPorts(const char *alias);
  * MTU: in the kernel's portset and on each of its NICs, and as two global numbers, class CONFIG
  * ------------------------------------------------------------------------------------------------------- */
 
-/* The MTU of the portset in bytes, as the kernel's shell tells it. HYP_FAILURE: the shell told no number. */
+/* The MTU of the portset in bytes, as the kernel's shell tells it; of a switch of any class. HYP_FAILURE: the
+ * shell told no number. */
 QVS_API HYP_ReturnStatus VSDVS_GetMTU(const char *alias, int *mtu);
 
 /*

@@ -57,12 +57,13 @@ QVS_API HYP_ReturnStatus VSHYP_GetUplinkLACPLinkState(const char *switchName, co
 QVS_API HYP_ReturnStatus VSHYP_GetLAGTable(const char *switchName, void **lagTable);
 
 /* The information block of a switch, 220 bytes: by alias into a new buffer, by kernel name into the caller's,
- * which is cleared first. HYP_BAD_PARAM: null argument. */
+ * which is cleared first. HYP_BAD_PARAM: null argument. The pointer is untouched when the request fails and
+ * null when memory runs out. */
 QVS_API HYP_ReturnStatus VSHYP_GetSwitchInfo(const char *alias, void **info);
 QVS_API HYP_ReturnStatus VSHYP_GetVSInfo(const char *switchName, void *info);
 
-/* The ports of a switch, a counted list of 1458-byte blocks, and the block of one port. HYP_BAD_PARAM: null
- * argument. */
+/* The ports of a switch, a counted list of 1458-byte blocks, and the block of one port, whose pointer is
+ * untouched when the request fails and null when memory runs out. HYP_BAD_PARAM: null argument. */
 QVS_API HYP_ReturnStatus VSHYP_GetSwitchPortInfo(const char *alias, void **ports);
 QVS_API HYP_ReturnStatus VSHYP_GetPortInfo(const char *alias, const char *dvPortId, void **info);
 

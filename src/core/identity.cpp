@@ -129,8 +129,9 @@ extern "C" HYP_ReturnStatus VSDVS_DvPortIDToPortIDFromDVSID(const char *switchId
     if (switchId == nullptr || portId == nullptr) return HYP_BAD_PARAM;
 
     MeshValue value;
-    const HYP_ReturnStatus status =
-        DVSHYP_PortDataGet(switchId, portId, key::kPortStatus, value.dataOut(), value.lengthOut());
+    const HYP_ReturnStatus status = value.fetch([&](void **data, uint32_t *length) {
+        return DVSHYP_PortDataGet(switchId, portId, key::kPortStatus, data, length);
+    });
     if (status != HYP_OK) return status;
     if (value.length() < kPortNumberOffset + sizeof *portNumber) return HYP_FAILURE;
     if (portNumber == nullptr) return HYP_BAD_PARAM;

@@ -18,12 +18,15 @@ class MeshValue {
     MeshValue &operator=(const MeshValue &) = delete;
     ~MeshValue() { reset(); }
 
-    // The pair of outputs for a DVSHYP_...Get call; what was held before is given back.
-    void **dataOut() {
+    // Takes what a DVSHYP_...Get call hands out: fetch([](void **data, uint32_t *length) { return status; }).
+    // What was held before is given back; a call that failed handed out nothing, whatever it left behind.
+    template <typename Get>
+    HYP_ReturnStatus fetch(Get get) {
         reset();
-        return &data_;
+        const HYP_ReturnStatus status = get(&data_, &length_);
+        if (status != HYP_OK) data_ = nullptr;
+        return status;
     }
-    uint32_t *lengthOut() { return &length_; }
 
     const uint8_t *data() const { return static_cast<const uint8_t *>(data_); }
     uint8_t *data() { return static_cast<uint8_t *>(data_); }

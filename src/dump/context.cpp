@@ -9,9 +9,7 @@
 namespace qvs {
 
 void LongPiece::append(std::string_view text) {
-    const std::string_view fits = text.substr(0, kDumpPieceSize - length_);
-    std::memcpy(text_ + length_, fits.data(), fits.size());
-    length_ += fits.size();
+    length_ += text.copy(text_ + length_, kDumpPieceSize - length_);
 }
 
 void LongPiece::flush(NetDVSDumpCtx *ctx) const {

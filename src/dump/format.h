@@ -53,7 +53,9 @@ consteval auto parseFormat() {
     const std::string_view text(F.text, sizeof F.text - 1);
     size_t at = 0;
     for (size_t i = 0; i < parsed.kind.size(); ++i) {
-        const size_t percent = text.find('%', at);
+        size_t percent = at;
+        while (F.text[percent] != '%')
+            ++percent;
         parsed.begin[i] = at;
         parsed.size[i] = percent - at;
         const std::string_view rest = text.substr(percent + 1);

@@ -30,7 +30,11 @@ class Container {
         if (data_ != nullptr) DVSData_Free(data_);
     }
 
-    HYP_ReturnStatus allocate() { return DVSData_Alloc(&data_, std::malloc, std::free); }
+    HYP_ReturnStatus allocate() {
+        const HYP_ReturnStatus status = DVSData_Alloc(&data_, std::malloc, std::free);
+        if (status != HYP_OK) data_ = nullptr;
+        return status;
+    }
     HYP_ReturnStatus add(const Initial &property) {
         return DVSData_Update(data_, property.key, property.value, static_cast<uint32_t>(property.length),
                               property.propType);

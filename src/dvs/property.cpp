@@ -36,17 +36,17 @@ Place Place::ofSwitchId(const char *switchId, const char *portId) {
 
 HYP_ReturnStatus getProperty(const Place &place, const Property &property, MeshValue &value) {
     if (const HYP_ReturnStatus status = check(place, property); status != HYP_OK) return status;
-    void **data = value.dataOut();
-    uint32_t *length = value.lengthOut();
-    switch (property.scope) {
-        case Scope::Global:
-            return DVSHYP_GlobalPropGet(place.switchId(), property.key, data, length);
-        case Scope::Host:
-            return DVSHYP_HostPropGet(place.switchId(), property.key, data, length);
-        case Scope::Port:
-            return DVSHYP_PortDataGet(place.switchId(), place.portId(), property.key, data, length);
-    }
-    return HYP_BAD_PARAM;
+    return value.fetch([&](void **data, uint32_t *length) {
+        switch (property.scope) {
+            case Scope::Global:
+                return DVSHYP_GlobalPropGet(place.switchId(), property.key, data, length);
+            case Scope::Host:
+                return DVSHYP_HostPropGet(place.switchId(), property.key, data, length);
+            case Scope::Port:
+                return DVSHYP_PortDataGet(place.switchId(), place.portId(), property.key, data, length);
+        }
+        return HYP_BAD_PARAM;
+    });
 }
 
 HYP_ReturnStatus setProperty(const Place &place, const Property &property, const void *value,

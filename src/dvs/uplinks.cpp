@@ -190,10 +190,10 @@ using namespace qvs;
 
 extern "C" HYP_ReturnStatus VSDVS_GetSwitchUplinkPorts(const char *alias, void **globalList,
                                                        void **hostList) {
-    if (globalList == nullptr || hostList == nullptr) return HYP_BAD_PARAM;
     StoredLists lists;
     const HYP_ReturnStatus status = readLists(alias, lists);
     if (!lists.resolved) return status;
+    if (globalList == nullptr || hostList == nullptr) return HYP_BAD_PARAM;
     *globalList = status == HYP_OK ? lists.names.release() : nullptr;
     *hostList = status == HYP_OK ? lists.ports.release() : nullptr;
     return status;

@@ -43,7 +43,7 @@ extern "C" HYP_ReturnStatus VSDVS_GetPrivateVLANMap(const char *alias, void **ma
     if (status != HYP_OK) return status;
     if (value.length() % sizeof(VSDVS_PrivateVLAN) != 0) return HYP_FAILURE;
     if (map == nullptr || count == nullptr) return HYP_BAD_PARAM;
-    *count = value.length() / sizeof(VSDVS_PrivateVLAN);
+    *count = value.length() / uint32_t{sizeof(VSDVS_PrivateVLAN)};
     *map = value.release();
     return HYP_OK;
 }

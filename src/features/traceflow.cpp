@@ -84,7 +84,10 @@ extern "C" HYP_ReturnStatus TFHYP_ClearTraceflowConfig(const char *alias) {
     SwitchId id;
     if (const HYP_ReturnStatus status = resolve(alias, id); status != HYP_OK) return status;
     MeshValue value;
-    if (DVSHYP_HostPropGet(id.text, kEnabledKey, value.dataOut(), value.lengthOut()) == HYP_OK) {
+    const HYP_ReturnStatus stored = value.fetch([&](void **data, uint32_t *length) {
+        return DVSHYP_HostPropGet(id.text, kEnabledKey, data, length);
+    });
+    if (stored == HYP_OK) {
         value.reset();
         return DVSHYP_HostPropClear(id.text, kEnabledKey);
     }
