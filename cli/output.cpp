@@ -116,7 +116,10 @@ void appendText(fmt::memory_buffer &out, Flag flag) {
 }
 
 void appendText(fmt::memory_buffer &out, const Words &words) {
-    fmt::format_to(std::back_inserter(out), "{}", fmt::join(words.words, " "));
+    for (size_t i = 0; i < words.words.size(); i++) {
+        if (i > 0) out.push_back(' ');
+        appendShown(out, words.words[i]);
+    }
 }
 
 void appendText(fmt::memory_buffer &out, Bytes bytes) {
