@@ -25,8 +25,8 @@ QVS_API void *BFD_GetSessions(uint8_t flags);
 /* The log level of the module; BFD_NO_LOG_LEVEL after a failure. */
 QVS_API uint32_t BFD_GetLogLevel(void);
 
-/* Sets the log level: 0, 1, 3 or 5. 0 when the kernel took it, -1 when not. Any other level is refused with
- * -1 and the line "Not a valid log level." on standard output; the kernel is not asked. */
+/* Sets the log level: 0, 1, 3 or 5. 0 or more when the kernel took it, -1 when not. Any other level is
+ * refused with -1 and the line "Not a valid log level." on standard output; the kernel is not asked. */
 QVS_API int32_t BFD_SetLogLevel(uint32_t level);
 
 /* The statistics, 64 bytes. */

@@ -407,7 +407,8 @@ QVS_API HYP_ReturnStatus VSDVS_GetExtraEthFilter(const char *alias, const char *
 QVS_API HYP_ReturnStatus VSDVS_SetExtraEthFilter(const char *alias, const char *port, const void *filter);
 QVS_API HYP_ReturnStatus VSDVS_ClearExtraEthFilter(const char *alias, const char *port);
 
-/* Whether the filter's sink bit is set: 1 or 0, one byte; off without a filter. */
+/* Whether the filter's sink bit is set: 1 or 0, one byte; off without a filter. This and the next answer
+ * HYP_FAILURE for an alias that does not resolve. */
 QVS_API HYP_ReturnStatus VSDVS_IsSinkPortEnabled(const char *alias, const char *port, uint8_t *enabled);
 
 /* Sets or clears the sink bit; a port without a filter gets one, of zeros when disabling. */
@@ -569,7 +570,7 @@ QVS_API HYP_ReturnStatus VSDVS_SetMcastUserLegacyEntries(const char *alias, uint
                                                          const void *addresses);
 QVS_API HYP_ReturnStatus VSDVS_ClearMcastUserLegacyEntries(const char *alias);
 
-/* The list of a port, which overrides the switch's. */
+/* The list of a port, which overrides the switch's; limit and clearing as above. */
 QVS_API HYP_ReturnStatus VSDVS_GetPortMcastUserLegacyEntries(const char *alias, const char *port,
                                                              void **list);
 QVS_API HYP_ReturnStatus VSDVS_SetPortMcastUserLegacyEntries(const char *alias, const char *port,

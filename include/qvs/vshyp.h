@@ -4,7 +4,8 @@
  * Names are the kernel's own and are cut, never refused, when they do not fit the request: a switch name (its
  * portset name) at 127 characters, an uplink name at 31. A device or a request that fails gives the status of
  * its errno. What comes back through a pointer is malloc'd and is released with VSHYP_FreeMemory; the records
- * in it are the kernel's own and are passed on as they are. Safe from any thread.
+ * in it are the kernel's own and are passed on as they are. Safe from any thread; those that take an alias
+ * look it up in the snapshot (dvs.h) and answer HYP_NOT_FOUND for one that is not there.
  *
  * A counted list is a VSHYP_ListHeader followed by count entries, back to back; a list without entries is a
  * header that says so, never null. Its pointer is untouched when the first request fails and null after every

@@ -52,6 +52,16 @@ HYP_ReturnStatus request(const char *device, uint32_t command, Area in, Area out
     return HYPIoctl(device, static_cast<int>(command), &frame);
 }
 
+// A record of a fixed size for the caller's memory, which is untouched when the request fails: `ask` is
+// called with the area to fill and answers a status.
+template <uint32_t Size, typename Ask>
+HYP_ReturnStatus fetchInto(void *record, Ask ask) {
+    uint8_t area[Size] = {};
+    const HYP_ReturnStatus status = ask(Area{area, Size});
+    if (status == HYP_OK) std::memcpy(record, area, Size);
+    return status;
+}
+
 // What a list looks like: a header with the count in it, and entries of one size behind the header.
 struct ListShape {
     uint32_t entrySize;  // 0: there is no such list, which shows only once the count is known

@@ -193,7 +193,8 @@ void printPortIpfix(const PrintJob &job) {
     job.print<"\t\t\tobsDomainID = %u\n">(record.u32(16));
     job.print<"\t\t\tsrcIPv4 = ">();
     printIPv4(job, 20);
-    job.print<"\n\t\t\tvirtualObsID = '%s'\n">(obsIdText);
+    job.print<"\n">();
+    job.print<"\t\t\tvirtualObsID = '%s'\n">(obsIdText);
     job.print<"\t\t\tcollectorCount = %u\n">(record.u8(13));
     const uint64_t used = record.u8(13) < kMostCollectors ? record.u8(13) : kMostCollectors;
     const uint64_t count = record.entries(used, kCollectors, kCollectorSize);

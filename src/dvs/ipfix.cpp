@@ -13,9 +13,10 @@ constexpr size_t kObsIdLengthOffset = offsetof(IPFIXDVS_Port, virtualObsIDLength
 
 // A switch of another class has no sampling; the two operations say so in a status of their own.
 HYP_ReturnStatus resolvePort(const char *alias, const char *port, Place &place) {
-    if (alias == nullptr || port == nullptr) return HYP_BAD_PARAM;
+    if (alias == nullptr) return HYP_BAD_PARAM;
     if (place = Place::ofAlias(alias, port); place.status() == HYP_BAD_PARAM) return HYP_NOT_SUPPORTED;
     if (place.status() != HYP_OK) return place.status();
+    if (port == nullptr) return HYP_BAD_PARAM;
     return DVPortExist(place.switchId(), port) != 0 ? HYP_OK : HYP_NOT_FOUND;
 }
 
@@ -35,10 +36,10 @@ using namespace qvs;
 extern "C" HYP_ReturnStatus IPFIXDVS_GetIpfixGranular(const char *alias, const char *port, void **record) {
     Place place = Place::ofSwitchId(nullptr);
     if (const HYP_ReturnStatus status = resolvePort(alias, port, place); status != HYP_OK) return status;
-    if (record == nullptr) return HYP_BAD_PARAM;
     MeshValue value;
     const HYP_ReturnStatus status = getProperty(place, kPortIpfix, value);
     if (status == HYP_NOT_FOUND) {
+        if (record == nullptr) return HYP_BAD_PARAM;
         *record = nullptr;
         return HYP_OK;
     }
@@ -47,6 +48,7 @@ extern "C" HYP_ReturnStatus IPFIXDVS_GetIpfixGranular(const char *alias, const c
         value.length() != sizeof(IPFIXDVS_Port) + value.at<uint16_t>(kObsIdLengthOffset)) {
         return HYP_FAILURE;
     }
+    if (record == nullptr) return HYP_BAD_PARAM;
     *record = value.release();
     return HYP_OK;
 }

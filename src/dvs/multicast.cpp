@@ -72,10 +72,15 @@ using namespace qvs;
 extern "C" HYP_ReturnStatus VSDVS_GetMcastFilterMode(const char *alias, uint32_t *mode) {
     const Place place = Place::ofAlias(alias);
     if (place.status() != HYP_OK) return place.status();
-    if (mode == nullptr) return HYP_BAD_PARAM;
     MeshValue value;
     const HYP_ReturnStatus status = getProperty(place, kFilterMode, value);
-    if (status == HYP_OK) return numberOf(kModes, value.text(), *mode) ? HYP_OK : HYP_FAILURE;
+    if (status == HYP_OK) {
+        uint32_t stored = 0;
+        if (!numberOf(kModes, value.text(), stored)) return HYP_FAILURE;
+        if (mode == nullptr) return HYP_BAD_PARAM;
+        *mode = stored;
+        return HYP_OK;
+    }
     if (status != HYP_NOT_FOUND) return status;
 
     // Never set: the running switch knows.

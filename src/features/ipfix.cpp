@@ -16,8 +16,10 @@ struct IpfixRequest {
 static_assert(sizeof(IpfixRequest) == 176);
 
 HYP_ReturnStatus getStats(IpfixCommand command, const IpfixRequest &input, void *stats) {
-    return request<AlignedFrame>("/dev/ipfix", static_cast<uint32_t>(command), Area{&input, sizeof input},
-                                 Area{stats, IPFIXHYP_STATS_SIZE});
+    return fetchInto<IPFIXHYP_STATS_SIZE>(stats, [&](Area out) {
+        return request<AlignedFrame>("/dev/ipfix", static_cast<uint32_t>(command), Area{&input, sizeof input},
+                                     out);
+    });
 }
 
 }  // namespace

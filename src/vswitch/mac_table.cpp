@@ -93,14 +93,17 @@ extern "C" HYP_ReturnStatus VSHYP_GetPortMACLearningStats(const char *dvPortId, 
 
 extern "C" HYP_ReturnStatus VSHYP_GetSwitchMACLearningInfo(const char *switchName, void *info) {
     if (switchName == nullptr || info == nullptr) return HYP_BAD_PARAM;
-    return switchRequest(SwitchCommand::GetSwitchMacLearningInfo, SwitchRequest::named(switchName), info,
-                         VSHYP_MAC_LEARNING_INFO_SIZE);
+    const SwitchRequest request = SwitchRequest::named(switchName);
+    return fetchInto<VSHYP_MAC_LEARNING_INFO_SIZE>(
+        info, [&](Area out) { return switchRequest(SwitchCommand::GetSwitchMacLearningInfo, request, out); });
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetGlobalMACLearningProps(void *props) {
     if (props == nullptr) return HYP_BAD_PARAM;
-    return switchRequest(SwitchCommand::GetGlobalMacLearningProps, SwitchRequest(), props,
-                         sizeof(VSHYP_GlobalMACLearningProps));
+    const SwitchRequest request;
+    return fetchInto<sizeof(VSHYP_GlobalMACLearningProps)>(props, [&](Area out) {
+        return switchRequest(SwitchCommand::GetGlobalMacLearningProps, request, out);
+    });
 }
 
 extern "C" HYP_ReturnStatus VSHYP_SetGlobalMACLearningProps(const void *props) {

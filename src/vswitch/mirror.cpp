@@ -19,11 +19,12 @@ extern "C" HYP_ReturnStatus VSHYP_GetDVMirrorSessionStats(const char *alias, con
     SwitchRequest request;
     if (const HYP_ReturnStatus status = request.nameByAlias(alias); status != HYP_OK) return status;
     copyText(request.mirrorSession, sessionName);
-    return switchRequest(SwitchCommand::GetMirrorSessionStats, request, stats, VSHYP_MIRROR_STATS_SIZE);
+    return fetchInto<VSHYP_MIRROR_STATS_SIZE>(
+        stats, [&](Area out) { return switchRequest(SwitchCommand::GetMirrorSessionStats, request, out); });
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetDVMirrorAgentWorldStats(void *stats) {
     if (stats == nullptr) return HYP_BAD_PARAM;
-    return switchRequest(SwitchCommand::GetMirrorAgentWorldStats, Area{},
-                         Area{stats, VSHYP_MIRROR_AGENT_STATS_SIZE});
+    return fetchInto<VSHYP_MIRROR_AGENT_STATS_SIZE>(
+        stats, [](Area out) { return switchRequest(SwitchCommand::GetMirrorAgentWorldStats, Area{}, out); });
 }

@@ -112,9 +112,12 @@ static_assert(offsetof(SwitchRequest, portNumber) == 264);
 HYP_ReturnStatus switchRequest(SwitchCommand command, Area in, Area out);
 
 // Issues one request with the common record; `out`, if any, is filled by the kernel.
-inline HYP_ReturnStatus switchRequest(SwitchCommand command, const SwitchRequest &request,
-                                      void *out = nullptr, uint32_t outLength = 0) {
-    return switchRequest(command, Area{&request, sizeof request}, Area{out, outLength});
+inline HYP_ReturnStatus switchRequest(SwitchCommand command, const SwitchRequest &request, Area out = {}) {
+    return switchRequest(command, Area{&request, sizeof request}, out);
+}
+inline HYP_ReturnStatus switchRequest(SwitchCommand command, const SwitchRequest &request, void *out,
+                                      uint32_t outLength) {
+    return switchRequest(command, request, Area{out, outLength});
 }
 
 // Fetches a list. *list is untouched when the first request fails, and null after any later failure.
