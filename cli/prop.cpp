@@ -1,12 +1,7 @@
 // qvs prop: the stored properties of a switch by key.
-#include <fcntl.h>
 #include <qvs/qvs.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <limits>
 #include <string>
 
 #include "command.h"
@@ -14,6 +9,7 @@
 #include "library.h"
 #include "output.h"
 #include "snapshot.h"
+#include "values.h"
 
 namespace qvs::cli {
 namespace {
@@ -161,27 +157,6 @@ void getProperty(const Arguments &arguments, Output &out) {
 }
 
 // --- set, clear ---
-
-std::vector<uint8_t> readFile(const std::string &path) {
-    std::string what = "file " + inQuotes(path);
-    int fd = path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    std::vector<uint8_t> bytes;
-    ssize_t got = fd < 0 ? -1 : 1;
-    while (got > 0) {
-        size_t size = bytes.size();
-        bytes.resize(size + 65536);
-        got = read(fd, &bytes[size], 65536);
-        bytes.resize(size + static_cast<size_t>(std::max<ssize_t>(got, 0)));
-        if (bytes.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
-            close(fd);
-            fail(Exit::Usage, "{}: a property holds at most 2147483647 bytes", what);
-        }
-    }
-    int error = errno;
-    if (fd >= 0) close(fd);
-    if (got < 0) fail(Exit::Failed, "{}: {}", what, std::strerror(error));
-    return bytes;
-}
 
 // Text is stored as the system stores its own, with the NUL.
 std::vector<uint8_t> textValue(const std::string &text) {

@@ -1,0 +1,77 @@
+#include "values.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <limits>
+
+#include "failure.h"
+
+namespace qvs::cli {
+
+uint32_t chosen(const Arguments &arguments, std::string_view name, Names names) {
+    const std::string &text = arguments.text(name);
+    auto it = std::find(names.begin(), names.end(), text);
+    if (it == names.end())
+        fail(Exit::Usage, "{}: {} is none of {}", name, inQuotes(text), fmt::join(names, ", "));
+    return static_cast<uint32_t>(it - names.begin());
+}
+
+std::string nameOf(Names names, uint32_t number) {
+    return number < names.size() ? names[number] : fmt::to_string(number);
+}
+
+std::vector<std::string> splitList(std::string_view text) {
+    std::vector<std::string> items;
+    if (text.empty()) return items;
+    for (;;) {
+        size_t comma = text.find(',');
+        items.emplace_back(text.substr(0, comma));
+        if (comma == std::string_view::npos) return items;
+        text.remove_prefix(comma + 1);
+    }
+}
+
+std::optional<MacAddress> parseMac(std::string_view text) {
+    constexpr size_t kLength = 17;
+    MacAddress address{};
+    if (text.size() != kLength) return std::nullopt;
+    for (size_t i = 0; i < address.size(); i++) {
+        std::optional<std::vector<uint8_t>> byte = parseHex(text.substr(3 * i, 2));
+        if (!byte || byte->size() != 1) return std::nullopt;
+        if (i > 0 && text[3 * i - 1] != ':') return std::nullopt;
+        address[i] = byte->front();
+    }
+    return address;
+}
+
+std::string macText(Bytes address) {
+    return fmt::format("{:02x}", fmt::join(address.begin(), address.end(), ":"));
+}
+
+std::vector<uint8_t> readFile(const std::string &path) {
+    std::string what = "file " + inQuotes(path);
+    int fd = path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    std::vector<uint8_t> bytes;
+    ssize_t got = fd < 0 ? -1 : 1;
+    while (got > 0) {
+        size_t size = bytes.size();
+        bytes.resize(size + 65536);
+        got = read(fd, &bytes[size], 65536);
+        bytes.resize(size + static_cast<size_t>(std::max<ssize_t>(got, 0)));
+        if (bytes.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
+            close(fd);
+            fail(Exit::Usage, "{}: a property holds at most 2147483647 bytes", what);
+        }
+    }
+    int error = errno;
+    if (fd >= 0) close(fd);
+    if (got < 0) fail(Exit::Failed, "{}: {}", what, std::strerror(error));
+    return bytes;
+}
+
+}  // namespace qvs::cli

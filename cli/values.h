@@ -1,0 +1,38 @@
+// Values as people write them: choices, lists, addresses, files.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "command.h"
+#include "text.h"
+
+namespace qvs::cli {
+
+// The names of a setting's values, by number.
+using Names = std::span<const char *const>;
+
+inline constexpr const char *kOffOn[] = {"off", "on"};
+
+// The number of the name that an argument or option holds; any other text is a usage failure.
+uint32_t chosen(const Arguments &arguments, std::string_view name, Names names);
+// The name of a number, or its digits when it has none.
+std::string nameOf(Names names, uint32_t number);
+
+// "a,b,c" taken apart; an empty text is an empty list.
+std::vector<std::string> splitList(std::string_view text);
+
+using MacAddress = std::array<uint8_t, 6>;
+// Six pairs of hexadecimal digits with colons between.
+std::optional<MacAddress> parseMac(std::string_view text);
+std::string macText(Bytes address);
+
+// Reads all of a file, or of standard input for "-".
+std::vector<uint8_t> readFile(const std::string &path);
+
+}  // namespace qvs::cli

@@ -1,0 +1,248 @@
+  $ qvs switch create sw1 --uplinks 1 --ports 3
+  sw1: changed
+
+Sessions of every type, on a port.
+
+  $ qvs mirror list sw1 --port port0; qvs mirror list sw1 --port port0 --json
+  SESSION  NAME  TYPE  FLAGS  DESTINATIONS  INGRESS  EGRESS
+  []
+  $ qvs mirror add sw1 mix --port port0 --type mixdst --dst uplink0 --dst port1 --src-in port0 --src-out port0 --src-out port2 --flag no-input --flag disabled --sampling-rate 10
+  sw1/port0 mix: changed
+  $ qvs mirror add sw1 dv --port port0 --type dvport --name "to the probe" --snap-length 96 --dst port1 --src-in port0 --json
+  {"switch":"sw1","port":"port0","session":"dv","changed":true}
+  $ qvs mirror add sw1 rsrc --port port0 --type rmirror-src --encap-vlan 4094 --dst 12345678901234567890123456789012 --src-in port0
+  sw1/port0 rsrc: changed
+  $ qvs mirror add sw1 rdst --port port0 --type rmirror-dst --dst port1 --src-in 100 --src-in 0x65 --src-out 0
+  sw1/port0 rdst: changed
+  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --stack --dst 192.0.2.7 --dst 2001:DB8:0:0::1 --src-in port0
+  sw1/port0 er4: changed
+  $ qvs mirror add sw1 12345678901234567890123456789012 --port port0 --type logical-span --dst 02:00:00:00:00:AA
+  sw1/port0 12345678901234567890123456789012: changed
+  $ qvs mirror list sw1 --port port0
+  SESSION                           NAME          TYPE          FLAGS              DESTINATIONS                      INGRESS  EGRESS
+  mix                               -             mixdst        no-input disabled  uplink0 port1                     port0    port0 port2
+  dv                                to the probe  dvport        -                  port1                             port0    -
+  rsrc                              -             rmirror-src   encap              12345678901234567890123456789012  port0    -
+  rdst                              -             rmirror-dst   -                  port1                             100 101  0
+  er4                               -             ermirror-src  -                  192.0.2.7 2001:db8::1             port0    -
+  12345678901234567890123456789012  -             logical-span  -                  02:00:00:00:00:aa                 -        -
+  $ qvs mirror list sw1 --port port0 --json
+  [
+  {"session":"mix","name":null,"type":"mixdst","snapLength":null,"flags":["no-input","disabled"],"encapVlan":0,"samplingRate":10,"stack":false,"destinations":["uplink0","port1"],"sourcesIn":["port0"],"sourcesOut":["port0","port2"],"wildIn":[],"wildOut":[]},
+  {"session":"dv","name":"to the probe","type":"dvport","snapLength":96,"flags":[],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["port1"],"sourcesIn":["port0"],"sourcesOut":[],"wildIn":[],"wildOut":[]},
+  {"session":"rsrc","name":null,"type":"rmirror-src","snapLength":null,"flags":["encap"],"encapVlan":4094,"samplingRate":0,"stack":false,"destinations":["12345678901234567890123456789012"],"sourcesIn":["port0"],"sourcesOut":[],"wildIn":[],"wildOut":[]},
+  {"session":"rdst","name":null,"type":"rmirror-dst","snapLength":null,"flags":[],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["port1"],"sourcesIn":["100","101"],"sourcesOut":["0"],"wildIn":[],"wildOut":[]},
+  {"session":"er4","name":null,"type":"ermirror-src","snapLength":null,"flags":[],"encapVlan":0,"samplingRate":0,"stack":true,"destinations":["192.0.2.7","2001:db8::1"],"sourcesIn":["port0"],"sourcesOut":[],"wildIn":[],"wildOut":[]},
+  {"session":"12345678901234567890123456789012","name":null,"type":"logical-span","snapLength":null,"flags":[],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["02:00:00:00:00:aa"],"sourcesIn":[],"sourcesOut":[],"wildIn":[],"wildOut":[]}
+  ]
+  $ qvs mirror show sw1 er4 --port port0
+  switch:           sw1
+  port:             port0
+  session:          er4
+  name:             -
+  type:             ermirror-src
+  snap length:      full
+  flags:            -
+  encap VLAN:       0
+  sampling rate:    0
+  mirror stack:     yes
+  destinations:     192.0.2.7 2001:db8::1
+  ingress sources:  port0
+  egress sources:   -
+  ingress mask:     -
+  egress mask:      -
+  $ qvs mirror show sw1 dv --port port0 --json
+  {"switch":"sw1","port":"port0","session":"dv","name":"to the probe","type":"dvport","snapLength":96,"flags":[],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["port1"],"sourcesIn":["port0"],"sourcesOut":[],"wildIn":[],"wildOut":[]}
+  $ qvs mirror list sw1 --port port0 --names --json
+  ["mix","dv","rsrc","rdst","er4","12345678901234567890123456789012"]
+  $ qvs mirror list sw1
+  SESSION  NAME  TYPE  FLAGS  DESTINATIONS  INGRESS  EGRESS
+
+The list is given back byte by byte, and moved to the uplinks.
+
+  $ qvs prop get sw1 com.quillon.vswitch.port.mirrorSessions --port port0 --raw before; qvs mirror list sw1 --port port0 --json >all; qvs mirror set sw1 all --port port0; qvs mirror clear sw1 --port port0; qvs mirror set sw1 - --port port0 --json <all
+  sw1/port0: unchanged
+  sw1/port0: changed
+  {"switch":"sw1","port":"port0","changed":true}
+  $ qvs prop get sw1 com.quillon.vswitch.port.mirrorSessions --port port0 --raw - | cmp before -
+  $ qvs mirror set sw1 all; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host --raw - | cmp before -; qvs prop list sw1 --host --json | grep -c '"class":\["POLICY"\]'
+  sw1: changed
+  1
+
+The bytes of one session with one entity of each group.
+
+  $ qvs mirror clear sw1 --json; qvs mirror add sw1 s --name n --type rmirror-dst --snap-length 1 --flag legacy --encap-vlan 2 --sampling-rate 3 --dst d --src-in 4 --src-out 5; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host --raw raw; od -A d -t x1 raw
+  {"switch":"sw1","port":null,"changed":true}
+  sw1 s: changed
+  0000000 ef be ce fa 02 00 00 00 01 00 00 00 03 00 00 00
+  0000016 00 00 00 00 73 00 00 00 00 00 00 00 00 00 00 00
+  0000032 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+  0000048 00 00 00 00 6e 00 00 00 00 00 00 00 00 00 00 00
+  0000064 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+  *
+  0000128 00 00 00 00 00 00 00 00 03 00 00 00 01 00 00 00
+  0000144 18 00 00 00 02 00 00 00 00 00 00 00 03 00 00 00
+  0000160 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+  *
+  0000224 00 00 00 00 00 00 00 00 00 00 00 00 01 00 00 00
+  0000240 01 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00
+  0000256 64 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+  0000272 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+  *
+  0000304 00 00 00 00 04 00 00 00 00 00 00 00 00 00 00 00
+  0000320 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+  *
+  0000352 00 00 00 00 00 00 00 00 05 00 00 00 00 00 00 00
+  0000368 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+  *
+  0000400 00 00 00 00 00 00 00 00
+  0000408
+
+Existing, absent, and removed sessions.
+
+  $ qvs mirror add sw1 rdst --port port0 --type dvport
+  qvs: switch 'sw1': port 'port0': mirror sessions: 'rdst': Already exists (0xbad0005)
+  ? 4
+  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --stack --dst 192.0.2.7 --dst 2001:db8::1 --src-in port0 --may-exist
+  sw1/port0 er4: unchanged
+  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --dst 192.0.2.7 --dst 2001:db8::1 --src-in port0 --may-exist
+  qvs: switch 'sw1': port 'port0': mirror sessions: 'er4': exists and differs
+  ? 4
+  $ qvs mirror remove sw1 mix --port port0; qvs mirror remove sw1 er4 --port port0 --json; qvs mirror list sw1 --port port0
+  sw1/port0 mix: changed
+  {"switch":"sw1","port":"port0","session":"er4","changed":true}
+  SESSION                           NAME          TYPE          FLAGS  DESTINATIONS                      INGRESS  EGRESS
+  dv                                to the probe  dvport        -      port1                             port0    -
+  rsrc                              -             rmirror-src   encap  12345678901234567890123456789012  port0    -
+  rdst                              -             rmirror-dst   -      port1                             100 101  0
+  12345678901234567890123456789012  -             logical-span  -      02:00:00:00:00:aa                 -        -
+  $ qvs mirror remove sw1 mix --port port0
+  qvs: switch 'sw1': port 'port0': mirror sessions: 'mix': Not found (0xbad0003)
+  ? 3
+  $ qvs mirror remove sw1 mix --port port0 --if-exists
+  sw1/port0 mix: unchanged
+  $ qvs mirror show sw1 mix --port port0
+  qvs: switch 'sw1': port 'port0': mirror sessions: 'mix': Not found (0xbad0003)
+  ? 3
+  $ qvs mirror remove sw1 s; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host
+  sw1 s: changed
+  qvs: switch 'sw1': host property 'com.quillon.vswitch.uplinkMirrorSessions': Not found (0xbad0003)
+  ? 3
+  $ qvs mirror list sw1 --port nix
+  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
+  ? 3
+  $ qvs mirror list sw9
+  qvs: switch 'sw9': Not found (0xbad0003)
+  ? 3
+
+What the records cannot hold is refused, and nothing stored.
+
+  $ fit() { qvs mirror add sw1 "$@"; echo "? $?"; }; long=$(printf 'x%.0s' $(seq 84)); fit ${long:0:33} --type dvport; fit s --type dvport --name $long; fit s --type dvport --dst ${long:0:48}; fit s --type dvport --src-out ${long:0:48}; fit s --type rmirror-src --dst ${long:0:33}; fit s --type dvport --dst ''
+  qvs: mirror session 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 33 characters, at most 32 fit
+  ? 2
+  qvs: display name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 84 characters, at most 83 fit
+  ? 2
+  qvs: port or uplink name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 characters, at most 47 fit
+  ? 2
+  qvs: port or uplink name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 characters, at most 47 fit
+  ? 2
+  qvs: destination 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 33 characters, at most 32 fit
+  ? 2
+  qvs: port or uplink name: may not be empty
+  ? 2
+  $ fit() { qvs mirror add sw1 s --type "$@"; echo "? $?"; }; fit rmirror-dst --src-in 4095; fit rmirror-dst --src-out port0; fit ermirror-src --dst 192.0.2.256; fit ermirror-src --dst port0; fit logical-span --dst 02:00:00:00:00; fit dvport --encap-vlan 4095; fit dvport --snap-length 2147483648; fit dvport --sampling-rate 4294967296; fit dvport --stack; fit other; fit dvport --flag other
+  qvs: source: '4095' is no VLAN id, which go from 0 to 4094
+  ? 2
+  qvs: source: 'port0' is no VLAN id, which go from 0 to 4094
+  ? 2
+  qvs: destination '192.0.2.256': neither an IPv4 nor an IPv6 address
+  ? 2
+  qvs: destination 'port0': neither an IPv4 nor an IPv6 address
+  ? 2
+  qvs: destination '02:00:00:00:00': no MAC address like 02:00:00:00:00:01
+  ? 2
+  qvs: --encap-vlan: '4095' is no VLAN id, which go from 0 to 4094
+  ? 2
+  qvs: snap length: 2147483648, at most 2147483647 fit
+  ? 2
+  qvs: --sampling-rate: '4294967296' is not a number from 0 to 4294967295
+  ? 2
+  qvs: --stack: only sessions of type ermirror-src have one
+  ? 2
+  qvs: --type: 'other' is none of mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src, logical-span
+  ? 2
+  qvs: --flag: 'other' is none of no-output, no-input, orig-vlan, encap, legacy, disabled
+  ? 2
+  $ qvs mirror add sw1 s
+  qvs: --type is needed: one of mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src, logical-span
+  ? 2
+  $ qvs mirror list sw1 --json
+  []
+  $ fit() { echo "$1" | qvs mirror set sw1 -; echo "? $?"; }; fit '{}'; fit '[1]'; fit '[{"session":"a"}]'; fit '[{"session":"a","type":"mixdst"},{"session":"a","type":"mixdst"}]'; fit '[{"session":"a","type":"mixdst","flags":["b"]}]'; fit '[{"session":"a","type":"mixdst","stack":1}]'; fit '[{"session":"a","type":"mixdst","encapVlan":4095}]'; fit '[{"session":"a","type":"mixdst","more":1}]'; fit '[{"session":"a","type":"mixdst","samplingRate":-1}]'; fit '[{"session":"a","type":"mixdst","wildIn":["vmm"]}]'; fit '[{"session":"a","type":"mixdst"},{"session":"b","type":"ermirror-src","destinations":["x"]}]'
+  qvs: file '-': the sessions are no JSON array
+  ? 2
+  qvs: file '-': session 0 of the array: a session is an object
+  ? 2
+  qvs: file '-': session 0 of the array: type: is missing; sessions of the older form cannot be stored
+  ? 2
+  qvs: file '-': mirror session 'a': given twice
+  ? 2
+  qvs: file '-': session 0 of the array: flags: flag: 'b' is none of no-output, no-input, orig-vlan, encap, legacy, disabled
+  ? 2
+  qvs: file '-': session 0 of the array: stack: 1 is of the wrong kind
+  ? 2
+  qvs: file '-': session 0 of the array: encap VLAN: 4095 is no VLAN id, which go from 0 to 4094
+  ? 2
+  qvs: file '-': session 0 of the array: more: no such member
+  ? 2
+  qvs: file '-': session 0 of the array: samplingRate: -1 is not a number from 0 to 4294967295
+  ? 2
+  qvs: file '-': session 0 of the array: wildIn: masks of the older form cannot be stored
+  ? 2
+  qvs: file '-': session 1 of the array: destination 'x': neither an IPv4 nor an IPv6 address
+  ? 2
+  $ echo '[]' | qvs mirror set sw1 -; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host; qvs mirror list sw1 --json; qvs mirror clear sw1; qvs mirror clear sw1
+  sw1: changed
+  efbecefa02000000000000000000000000000000
+  []
+  sw1: changed
+  sw1: unchanged
+
+Stored lists of the older form, of unknown types, and of entities that are not there.
+
+  $ patch() { printf "$2" | dd of=$3 bs=1 seek=$1 conv=notrunc status=none; qvs prop set sw1 com.quillon.vswitch.uplinkMirrorSessions --host --file $3; qvs mirror list sw1 --json; }; cp raw type; patch 136 '\t' type; cp raw first; patch 248 '\001' first; cp raw counts; patch 236 '\377\377\377\377' counts; cp raw short; patch 8 '\002' short; cp raw old; patch 4 '\001' old; patch 150 '\003\000\020' old
+  sw1 host com.quillon.vswitch.uplinkMirrorSessions: changed
+  [
+  {"session":"s","name":"n","type":"9","snapLength":1,"flags":["encap","legacy"],"encapVlan":2,"samplingRate":3,"stack":false,"destinations":["640000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000"],"sourcesIn":["\u0004"],"sourcesOut":["\u0005"],"wildIn":[],"wildOut":[]}
+  ]
+  sw1 host com.quillon.vswitch.uplinkMirrorSessions: changed
+  qvs: mirror session 's': its entities end at 4, but the list has 3
+  sw1 host com.quillon.vswitch.uplinkMirrorSessions: changed
+  qvs: mirror session 's': its entities end at 4294967297, but the list has 3
+  sw1 host com.quillon.vswitch.uplinkMirrorSessions: changed
+  qvs: switch 'sw1': mirror sessions: Failure (0xbad0001)
+  sw1 host com.quillon.vswitch.uplinkMirrorSessions: changed
+  [
+  {"session":"s","name":"n","type":null,"snapLength":1,"flags":["encap","legacy"],"encapVlan":2,"samplingRate":3,"stack":false,"destinations":["d"],"sourcesIn":["\u0004"],"sourcesOut":["\u0005"],"wildIn":[],"wildOut":[]}
+  ]
+  sw1 host com.quillon.vswitch.uplinkMirrorSessions: changed
+  [
+  {"session":"s","name":"n","type":null,"snapLength":1,"flags":["encap","legacy"],"encapVlan":2,"samplingRate":3,"stack":false,"destinations":["d"],"sourcesIn":["\u0004"],"sourcesOut":["\u0005"],"wildIn":["vmm","pnic"],"wildOut":["test"]}
+  ]
+  $ qvs mirror list sw1 --json | qvs mirror set sw1 -
+  qvs: file '-': session 0 of the array: wildIn: masks of the older form cannot be stored
+  ? 2
+  $ qvs mirror add sw1 t --type dvport
+  qvs: switch 'sw1': mirror sessions: the list is of the older form, which has no types; clear it first
+  ? 1
+  $ qvs mirror remove sw1 s && qvs mirror add sw1 t --type dvport
+  sw1 s: changed
+  sw1 t: changed
+
+A batch sees its own changes.
+
+  $ printf '%s\n' 'mirror add sw1 b1 --port port2 --type dvport' 'mirror list sw1 --port port2 --names' 'mirror clear sw1 --port port2' 'mirror list sw1 --port port2 --names' 'mirror list sw1 --names' | qvs batch -
+  sw1/port2 b1: changed
+  b1
+  sw1/port2: changed
+  t

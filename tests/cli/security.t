@@ -1,0 +1,109 @@
+  $ qvs switch create sw1 --ports 2
+  sw1: changed
+
+What a port may do. Without a record the default is told, and nothing is stored by that.
+
+  $ qvs port security get sw1 port0
+  switch:              sw1
+  port:                port0
+  promiscuous mode:    deny
+  MAC address change:  allow
+  forged transmits:    allow
+  stored:              no
+  $ qvs port security set sw1 port0 --forged deny --mac-change deny --json
+  {"switch":"sw1","port":"port0","changed":true}
+  $ qvs port security set sw1 port0 --promiscuous deny
+  sw1/port0: unchanged
+  $ qvs port security set sw1 port0 --promiscuous allow; qvs prop list sw1 --port port0 | grep security
+  sw1/port0: changed
+  port   port0  com.quillon.vswitch.port.security        CONFIG    4       06000000
+  $ qvs port security get sw1 port0 --json
+  {"switch":"sw1","port":"port0","promiscuous":"allow","macChange":"deny","forged":"deny","stored":true}
+  $ qvs port security set sw1 port1 --promiscuous deny; qvs prop get sw1 com.quillon.vswitch.port.security --port port1
+  sw1/port1: changed
+  01000000
+  $ qvs port security set sw1 port0 --forged maybe
+  qvs: --forged: 'maybe' is none of allow, deny
+  ? 2
+  $ qvs port security set sw1 port0
+  qvs: at least one of --promiscuous, --mac-change, --forged is needed
+  ? 2
+  $ qvs port security get sw1 nix
+  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
+  ? 3
+  $ qvs prop set sw1 com.quillon.vswitch.port.security --hex ff --port port1; qvs port security get sw1 port1
+  sw1/port1 com.quillon.vswitch.port.security: changed
+  qvs: switch 'sw1': port 'port1': security: Failure (0xbad0001)
+  ? 1
+
+What a port receives.
+
+  $ qvs port filter get sw1 port0
+  qvs: switch 'sw1': port 'port0': receive filter: Not found (0xbad0003)
+  ? 3
+  $ qvs port filter set sw1 port0 unicast multicast use-ladrf --address 01:00:5e:00:00:FB --address 33:33:00:00:00:01
+  sw1/port0: changed
+  $ qvs port filter set sw1 port0 use-ladrf multicast unicast --address 01:00:5e:00:00:fb --address 33:33:00:00:00:01 --json
+  {"switch":"sw1","port":"port0","changed":false}
+  $ qvs prop list sw1 --port port0 --json | grep FRP | sed 's/A*"}/"}/'
+  {"scope":"port","port":"port0","key":"com.quillon.vswitch.port.extraEthFRP","class":["CONFIG"],"length":200,"text":null,"value":"IwAAAAIAAQBeAAD7MzMAAAABAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA="},
+  $ qvs port filter get sw1 port0
+  switch:     sw1
+  port:       port0
+  flags:      unicast multicast use-ladrf
+  addresses:  01:00:5e:00:00:fb 33:33:00:00:00:01
+  $ qvs port filter get sw1 port0 --json
+  {"switch":"sw1","port":"port0","flags":["unicast","multicast","use-ladrf"],"addresses":["01:00:5e:00:00:fb","33:33:00:00:00:01"]}
+  $ qvs port filter set sw1 port0 multicast $(printf -- '--address 01:00:00:00:00:%02x ' $(seq 32)); qvs port filter get sw1 port0 | grep -o ..:..:..:..:..:.. | tail -n 1
+  sw1/port0: changed
+  01:00:00:00:00:20
+  $ qvs port filter set sw1 port0 multicast $(printf -- '--address 01:00:00:00:00:%02x ' $(seq 33))
+  qvs: --address: 33 addresses, at most 32 fit
+  ? 2
+  $ qvs port filter set sw1 port0 unicast --address 01:00:00:00:00:01
+  qvs: --address: addresses count only with the flag multicast
+  ? 2
+  $ qvs port filter set sw1 port0 multicast --address 01:00:00:00:00
+  qvs: --address: '01:00:00:00:00' is no MAC address like 01:00:5e:00:00:01
+  ? 2
+  $ qvs port filter set sw1 port0 multicast --address 01:00:00:00:00:0g
+  qvs: --address: '01:00:00:00:00:0g' is no MAC address like 01:00:5e:00:00:01
+  ? 2
+  $ qvs port filter set sw1 port0 everything
+  qvs: FLAG: 'everything' is none of unicast, multicast, allmulti, broadcast, promisc, use-ladrf, sink
+  ? 2
+  $ qvs prop set sw1 com.quillon.vswitch.port.extraEthFRP --port port0 --hex "42000000ffff$(printf '02%.0s' $(seq 194))"; qvs port filter get sw1 port0 2>&1 | cut -c 1-80
+  sw1/port0 com.quillon.vswitch.port.extraEthFRP: changed
+  qvs: warning: the filter counts 65535 addresses, but has room for 32
+  switch:     sw1
+  port:       port0
+  flags:      multicast 0x40
+  addresses:  02:02:02:02:02:02 02:02:02:02:02:02 02:02:02:02:02:02 02:02:02:02:02
+  $ qvs prop set sw1 com.quillon.vswitch.port.extraEthFRP --port port0 --hex "42000000ffff$(printf '02%.0s' $(seq 193))"; qvs port filter get sw1 port0
+  sw1/port0 com.quillon.vswitch.port.extraEthFRP: changed
+  qvs: switch 'sw1': port 'port0': receive filter: Failure (0xbad0001)
+  ? 1
+  $ qvs port filter clear sw1 port0; qvs port filter clear sw1 port0 --json
+  sw1/port0: changed
+  {"switch":"sw1","port":"port0","changed":false}
+
+The sink switch is a bit of the filter. Switching off what is off stores nothing.
+
+  $ qvs port sink get sw1 port0; qvs port sink set sw1 port0 off; qvs port filter get sw1 port0
+  off
+  sw1/port0: unchanged
+  qvs: switch 'sw1': port 'port0': receive filter: Not found (0xbad0003)
+  ? 3
+  $ qvs port filter set sw1 port0 broadcast; qvs port sink set sw1 port0 on; qvs port sink set sw1 port0 on --json
+  sw1/port0: changed
+  sw1/port0: changed
+  {"switch":"sw1","port":"port0","changed":false}
+  $ qvs port sink get sw1 port0 --json; qvs port filter get sw1 port0 --json
+  {"switch":"sw1","port":"port0","enabled":true,"stored":true}
+  {"switch":"sw1","port":"port0","flags":["broadcast","sink"],"addresses":[]}
+  $ qvs port sink set sw1 port0 off; qvs port filter get sw1 port0 --json
+  sw1/port0: changed
+  {"switch":"sw1","port":"port0","flags":["broadcast"],"addresses":[]}
+  $ qvs port sink set sw1 port0 1
+  qvs: STATE: '1' is none of off, on
+  ? 2
