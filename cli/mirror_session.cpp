@@ -173,15 +173,15 @@ void readText(const Json &value, std::string &text) {
     if (!value.is_null()) text = value.get<std::string>();
 }
 
-void readNumber(const Json &value, uint32_t &number) {
+void readNumber(const std::string &key, const Json &value, uint32_t &number) {
     if (!value.is_number_unsigned() || value.get<uint64_t>() > UINT32_MAX)
-        fail(Exit::Usage, "{} is not a number from 0 to 4294967295", shown(value.dump()));
+        fail(Exit::Usage, "{}: {} is not a number from 0 to 4294967295", key, shown(value.dump()));
     number = value.get<uint32_t>();
 }
 
 void readFlags(const Json &value, std::span<const FlagName> names, uint32_t &flags) {
     for (const std::string &name : value.get<std::vector<std::string>>())
-        flags |= flagNamed("flag", names, name);
+        flags |= flagNamed("flags", names, name);
 }
 
 void readMember(MirrorSession &session, const std::string &key, const Json &value) {
@@ -192,13 +192,13 @@ void readMember(MirrorSession &session, const std::string &key, const Json &valu
     } else if (key == "type") {
         if (!value.is_null()) session.type = mirrorType("type", value.get<std::string>());
     } else if (key == "snapLength") {
-        if (!value.is_null()) readNumber(value, session.snapLength.emplace());
+        if (!value.is_null()) readNumber(key, value, session.snapLength.emplace());
     } else if (key == "flags") {
         readFlags(value, kMirrorFlags, session.flags);
     } else if (key == "encapVlan") {
-        readNumber(value, session.encapVlan);
+        readNumber(key, value, session.encapVlan);
     } else if (key == "samplingRate") {
-        readNumber(value, session.samplingRate);
+        readNumber(key, value, session.samplingRate);
     } else if (key == "stack") {
         session.stack = value.get<bool>();
     } else if (key == "destinations") {
@@ -208,9 +208,9 @@ void readMember(MirrorSession &session, const std::string &key, const Json &valu
     } else if (key == "sourcesOut") {
         session.sourcesOut = value.get<std::vector<std::string>>();
     } else if (key == "wildIn" || key == "wildOut") {
-        if (!value.empty()) fail(Exit::Usage, "masks of the older form cannot be stored");
+        if (!value.empty()) fail(Exit::Usage, "{}: masks of the older form cannot be stored", key);
     } else {
-        fail(Exit::Usage, "no such member");
+        fail(Exit::Usage, "{}: no such member", shown(key));
     }
 }
 
@@ -222,8 +222,6 @@ MirrorSession parseSession(const Json &object) {
             readMember(session, key, value);
         } catch (const Json::exception &) {
             fail(Exit::Usage, "{}: {} is of the wrong kind", shown(key), shown(value.dump()));
-        } catch (const Failure &failure) {
-            fail(failure.exit, "{}: {}", shown(key), failure.message);
         }
     }
     return session;

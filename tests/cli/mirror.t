@@ -187,7 +187,7 @@ What the records cannot hold is refused, and nothing stored.
   ? 2
   qvs: file '-': mirror session 'a': given twice
   ? 2
-  qvs: file '-': session 0 of the array: flags: flag: 'b' is none of no-output, no-input, orig-vlan, encap, legacy, disabled
+  qvs: file '-': session 0 of the array: flags: 'b' is none of no-output, no-input, orig-vlan, encap, legacy, disabled
   ? 2
   qvs: file '-': session 0 of the array: stack: 1 is of the wrong kind
   ? 2

@@ -121,8 +121,8 @@ Help, manual and completion come from the table.
 
 The completion offers nouns, verbs, options and names, and runs nothing.
 
-  $ try() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvs; echo "${COMPREPLY[@]}"; }; . <(qvs completion bash); try qvs s; try qvs uplink ''; try qvs switch create --m; try qvs --json dump -; try qvs completion ''
-  switch status
+  $ try() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvs; echo "${COMPREPLY[@]}"; }; . <(qvs completion bash); try qvs p; try qvs uplink ''; try qvs switch create --m; try qvs --json dump -; try qvs completion ''
+  port pvlan prop
   list add remove set clear up down
   --max-ports --may-exist
   --trace --help
