@@ -34,9 +34,9 @@ void Connection::next() {
     std::memcpy(&head, received_.data() + taken_, sizeof head);
     if (head.length > wire::kMaxRequest) return drop(fmt::format("a message of {} bytes", head.length));
     if (available < sizeof head + head.length) return receiveMore();
-    std::string payload = received_.substr(taken_ + sizeof head, head.length);
+    const std::string payload = received_.substr(taken_ + sizeof head, head.length);
     taken_ += sizeof head + head.length;
-    handle(static_cast<Kind>(head.kind), std::move(payload));
+    handle(static_cast<Kind>(head.kind), payload);
 }
 
 void Connection::receiveMore() {
@@ -50,7 +50,7 @@ void Connection::receiveMore() {
                             });
 }
 
-void Connection::handle(Kind kind, std::string payload) {
+void Connection::handle(Kind kind, const std::string &payload) {
     if (copied_) {
         wire::Reader reader(payload);
         const auto error = static_cast<int>(reader.u32());

@@ -34,7 +34,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     // Messages: taken from the buffer, or waited for.
     void next();
     void receiveMore();
-    void handle(Kind kind, std::string payload);
+    void handle(Kind kind, const std::string &payload);
     void ended();
     // One log line, and the connection is closed.
     void drop(std::string_view reason);

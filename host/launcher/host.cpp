@@ -51,6 +51,7 @@ struct ServedAlready : Error {
     unsetenv("LD_PRELOAD");
     if (chdir("/") != 0) _exit(1);
     std::vector<char *> arguments;
+    arguments.reserve(words.size() + 1);
     for (const std::string &word : words)
         arguments.push_back(const_cast<char *>(word.c_str()));
     arguments.push_back(nullptr);
@@ -189,7 +190,7 @@ json control(const std::string &socket, const json &request) {
     if (!client.call(message, &payload)) {
         throw Error(fmt::format("the host at {} did not answer: {}", socket, strerror(errno)));
     }
-    const json answer = json::parse(wire::Reader(payload).text(), nullptr, false);
+    json answer = json::parse(wire::Reader(payload).text(), nullptr, false);
     if (!answer.is_object()) throw Error("the host's answer makes no sense; are both of one version?");
     if (!answer.value("ok", false)) throw Error(answer.value("error", "the host refused"));
     return answer;

@@ -105,6 +105,7 @@ int runChild(const std::vector<std::string> &command) {
     posix_spawnattr_init(&attributes);
     signals.prepare(&attributes);
     std::vector<char *> words;
+    words.reserve(command.size() + 1);
     for (const std::string &word : command)
         words.push_back(const_cast<char *>(word.c_str()));
     words.push_back(nullptr);
