@@ -100,7 +100,7 @@ extern "C" HYP_ReturnStatus VSHYP_GetSwitchMACLearningInfo(const char *switchNam
 
 extern "C" HYP_ReturnStatus VSHYP_GetGlobalMACLearningProps(void *props) {
     if (props == nullptr) return HYP_BAD_PARAM;
-    const SwitchRequest request;
+    const SwitchRequest request = {};
     return fetchInto<sizeof(VSHYP_GlobalMACLearningProps)>(props, [&](Area out) {
         return switchRequest(SwitchCommand::GetGlobalMacLearningProps, request, out);
     });
