@@ -27,7 +27,9 @@ build() {
         rm -f "$directory.log"
     fi
     # A terminal gets Ninja's one moving line, a log file nothing but what goes wrong.
-    local quiet=()
-    [ -t 1 ] || quiet=(--quiet)
-    ninja -C "$directory" "${quiet[@]}" "$@" || die "building $root/$directory failed; the output is above"
+    if [ -t 1 ]; then
+        ninja -C "$directory" "$@"
+    else
+        ninja -C "$directory" --quiet "$@" | { grep -vx 'ninja: no work to do.' || true; }
+    fi || die "building $root/$directory failed; the output is above"
 }

@@ -24,7 +24,7 @@ find_package(qvs 1 CONFIG REQUIRED)
 add_executable(tool ${SOURCE})
 target_link_libraries(tool PRIVATE qvs::qvs)
 END
-cmake -S . -B tool -DCMAKE_PREFIX_PATH="$PWD/prefix" -DSOURCE="$source/program.c" >cmake.log
+cmake -S . -B tool -G Ninja -DCMAKE_PREFIX_PATH="$PWD/prefix" -DSOURCE="$source/program.c" >cmake.log
 cmake --build tool >>cmake.log || { cat cmake.log; exit 1; }
 qvs-host run -- tool/tool
 
