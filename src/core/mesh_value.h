@@ -36,7 +36,7 @@ class MeshValue {
     // The number of type T at an offset, little-endian and unaligned; the caller has checked the length.
     template <typename T>
     T at(size_t offset) const {
-        T number;
+        T number = 0;
         std::memcpy(&number, data() + offset, sizeof number);
         return number;
     }

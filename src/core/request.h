@@ -87,7 +87,7 @@ HYP_ReturnStatus fetchList(const ListShape &shape, Ask ask, HeapBytes &list, boo
     if (status != HYP_OK) return status;
     if (shape.entrySize == 0) return HYP_BAD_PARAM;
 
-    uint32_t count;
+    uint32_t count = 0;
     std::memcpy(&count, header + shape.countOffset, sizeof count);
     const uint64_t size = uint64_t{count} * shape.entrySize + shape.headerSize;
     HeapBytes buffer = allocateZeroed(size);

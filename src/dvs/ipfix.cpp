@@ -58,7 +58,7 @@ extern "C" HYP_ReturnStatus IPFIXDVS_SetIpfixGranular(const char *alias, const c
     Place place = Place::ofSwitchId(nullptr);
     if (const HYP_ReturnStatus status = resolvePort(alias, port, place); status != HYP_OK) return status;
     if (record == nullptr) return clearSampling(place);
-    uint16_t obsIdLength;
+    uint16_t obsIdLength = 0;
     std::memcpy(&obsIdLength, static_cast<const uint8_t *>(record) + kObsIdLengthOffset, sizeof obsIdLength);
     return setProperty(place, kPortIpfix, record, static_cast<uint32_t>(sizeof(IPFIXDVS_Port) + obsIdLength));
 }

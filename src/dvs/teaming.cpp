@@ -114,7 +114,7 @@ extern "C" HYP_ReturnStatus VSDVS_SetLSTeamingPolicy(const char *alias, const vo
     const Place place = Place::ofAlias(alias);
     if (place.status() != HYP_OK) return place.status();
     if (table == nullptr) return HYP_BAD_PARAM;
-    uint32_t count;
+    uint32_t count = 0;
     std::memcpy(&count, table, sizeof count);
     const uint64_t size = kTableEntrySize * count + sizeof count;
     if (size > UINT32_MAX) return HYP_BAD_PARAM;

@@ -23,7 +23,7 @@ class UplinkList {
     }
 
     uint32_t count() const {
-        uint32_t number;
+        uint32_t number = 0;
         std::memcpy(&number, bytes_, sizeof number);
         return number;
     }

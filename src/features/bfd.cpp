@@ -44,7 +44,7 @@ extern "C" uint32_t BFD_GetLogLevel(void) {
     if (area == nullptr) return BFD_NO_LOG_LEVEL;
     const int result = bfdRequest(BfdCommand::GetLogLevel, Area{}, Area{area.get(), sizeof(uint32_t)});
     if (result < 0) return static_cast<uint32_t>(result);
-    uint32_t level;
+    uint32_t level = 0;
     std::memcpy(&level, area.get(), sizeof level);
     return level;
 }

@@ -37,7 +37,7 @@ void *fetchKcpList(uint32_t countCommand, uint32_t entrySize, uint32_t headerSiz
     const auto ask = [&](ListPhase phase, Area area) -> HYP_ReturnStatus {
         if (phase == ListPhase::Fetch) return kcpRequest(countCommand + 1, area);
         const HYP_ReturnStatus status = kcpRequest(countCommand, area);
-        uint32_t count;
+        uint32_t count = 0;
         std::memcpy(&count, area.bytes, sizeof count);
         return status == HYP_OK && count == 0 ? HYP_NOT_FOUND : status;
     };

@@ -25,7 +25,7 @@ extern "C" HYP_ReturnStatus VSHYP_GetRuntimeOptions(const uint16_t *optionIds, u
 
 extern "C" HYP_ReturnStatus VSHYP_SetRuntimeOptions(const uint32_t *block) {
     if (block == nullptr) return HYP_BAD_PARAM;
-    uint32_t length;
+    uint32_t length = 0;
     std::memcpy(&length, block, sizeof length);
     return switchRequest(SwitchCommand::SetRuntimeOptions, Area{block, length}, Area{});
 }

@@ -20,7 +20,7 @@ static_assert(sizeof(PortOperation) == 9);
 // A block whose length follows from the count in front of it.
 HYP_ReturnStatus sendBlock(const uint32_t *block, uint32_t command, uint32_t perEntry, uint32_t fixed) {
     if (block == nullptr) return HYP_BAD_PARAM;
-    uint32_t count;
+    uint32_t count = 0;
     std::memcpy(&count, block, sizeof count);
     const uint64_t length = uint64_t{count} * perEntry + fixed;
     if (length > UINT32_MAX) return HYP_BAD_PARAM;
