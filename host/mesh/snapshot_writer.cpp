@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <numeric>
 
 namespace qvs::mesh {
 namespace {
@@ -19,6 +18,14 @@ std::array<uint8_t, Size> padded(std::string_view id) {
 template <size_t Size>
 flatbuffers::span<const uint8_t, Size> view(const std::array<uint8_t, Size> &field) {
     return flatbuffers::span<const uint8_t, Size>(field);
+}
+
+// Eight bytes as a number that orders as they do.
+uint64_t bigEndian(const uint8_t *bytes) {
+    uint64_t number = 0;
+    for (size_t i = 0; i < sizeof number; ++i)
+        number = number << 8 | bytes[i];
+    return number;
 }
 
 }  // namespace
@@ -87,15 +94,31 @@ void SnapshotWriter::addPort(std::string_view id, uint32_t state, std::span<cons
     range = Range(range.first(), range.count() + 1);
 }
 
+// Ordering compares the beginnings of the identifiers, which lie side by side; the ports themselves, far
+// apart, are looked at only where those are equal.
 std::vector<uint32_t> SnapshotWriter::portOrder() const {
-    std::vector<uint32_t> order(ports_.size());
-    std::iota(order.begin(), order.end(), 0u);
-    const auto byId = [this](uint32_t a, uint32_t b) {
-        return std::memcmp(ports_[a].id()->data(), ports_[b].id()->data(), ports_[a].id()->size()) < 0;
+    struct Entry {
+        std::array<uint64_t, 2> beginning;
+        uint32_t port;
     };
+    const auto before = [this](const Entry &a, const Entry &b) {
+        if (a.beginning != b.beginning) return a.beginning < b.beginning;
+        const auto *id = ports_[a.port].id();
+        return std::memcmp(id->data(), ports_[b.port].id()->data(), id->size()) < 0;
+    };
+    std::vector<uint32_t> order;
+    order.reserve(ports_.size());
+    std::vector<Entry> entries;
     for (const Switch &sw : switches_) {
-        const auto begin = order.begin() + sw.ports().first();
-        std::sort(begin, begin + sw.ports().count(), byId);
+        entries.clear();
+        for (uint32_t i = 0; i < sw.ports().count(); ++i) {
+            const uint32_t port = sw.ports().first() + i;
+            const uint8_t *id = ports_[port].id()->data();
+            entries.push_back({{bigEndian(id), bigEndian(id + sizeof(uint64_t))}, port});
+        }
+        std::sort(entries.begin(), entries.end(), before);
+        for (const Entry &entry : entries)
+            order.push_back(entry.port);
     }
     return order;
 }
