@@ -10,8 +10,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-extern char **environ;
-
 namespace {
 
 constexpr char kAlias[] = "big";
