@@ -1,0 +1,86 @@
+// qvs discovery: the discovery protocol of a switch.
+#include <qvs/qvs.h>
+
+#include <string>
+
+#include "command.h"
+#include "failure.h"
+#include "library.h"
+#include "output.h"
+#include "policy.h"
+#include "values.h"
+
+namespace qvs::cli {
+namespace {
+
+constexpr Policy kDiscovery{"discovery", "com.quillon.etherswitch.cdp", Scope::Global};
+
+constexpr const char *kProtocols[] = {"cdp", "lldp"};
+constexpr const char *kOperations[] = {"down", "listen", "advertise", "both"};
+
+Discovery_Param readParam(const PolicyPlace &place) {
+    uint8_t record[sizeof(Discovery_Param)] = {DISCOVERY_CDP, DISCOVERY_DOWN};
+    require(call("Discovery_GetParam", Discovery_GetParam, place.name(), record), place.named());
+    return {record[0], record[1]};
+}
+
+void get(const Arguments &arguments, Output &out) {
+    PolicyPlace place(kDiscovery, arguments);
+    Discovery_Param param = readParam(place);
+    std::optional<std::string> protocol;
+    if (place.stored()) protocol = nameOf(kProtocols, param.protocol);
+    Record record(out);
+    place.describe(record);
+    record.field("protocol", "protocol", protocol);
+    record.field("operation", "operation", std::string_view(nameOf(kOperations, param.operation)));
+    record.finish();
+}
+
+void set(const Arguments &arguments, Output &out) {
+    if (!arguments.given("--operation")) fail(Exit::Usage, "--operation is needed");
+    uint32_t operation = chosen(arguments, "--operation", kOperations);
+    std::optional<uint32_t> protocol;
+    if (arguments.given("--protocol")) protocol = chosen(arguments, "--protocol", kProtocols);
+    PolicyPlace place(kDiscovery, arguments);
+    Discovery_Param param = readParam(place);
+    param.protocol = static_cast<uint8_t>(protocol.value_or(param.protocol));
+    param.operation = static_cast<uint8_t>(operation);
+    auto store = [&] {
+        return call("Discovery_SetParam", Discovery_SetParam, place.name(), &param.protocol);
+    };
+    // Down is what is not stored.
+    if (operation == DISCOVERY_DOWN) return clearPolicy(out, place, store);
+    storePolicy(out, place, place.holds(bytesOf(param)), store);
+}
+
+const Command kRows[] = {
+    {.noun = "discovery",
+     .verb = "get",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the discovery protocol of a switch and what it does",
+     .arguments = {kSwitchArgument},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs discovery get sw1",
+     .run = get,
+     .touches = touches<kDiscovery>},
+    {.noun = "discovery",
+     .verb = "set",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "store the discovery protocol of a switch and what it does",
+     .arguments = {kSwitchArgument},
+     .options = {{"--protocol", "NAME", "cdp or lldp (as it is; cdp)"},
+                 {"--operation", "NAME", "down, listen, advertise or both"}},
+     .details = "Down removes what is stored.",
+     .example = "qvs discovery set sw1 --protocol lldp --operation both",
+     .run = set,
+     .touches = touches<kDiscovery>},
+};
+
+}  // namespace
+
+const std::span<const Command> kDiscoveryCommands = kRows;
+
+}  // namespace qvs::cli
