@@ -61,17 +61,23 @@ json status(Members &, Server &server) {
     auto nics = json::array();
     for (const auto &nic : model.nics())
         nics.push_back(describeNic(*nic));
-    return {{"pid", getpid()},
-            {"uptimeSeconds", server.uptime().count()},
-            {"state", server.options().directory},
-            {"staysWithoutLease", !server.options().whileLeased},
-            {"leases", server.leases()},
-            {"trace", kernel.trace.files()},
-            {"switches", switches},
-            {"ports", model.portCount()},
-            {"portsets", portsets},
-            {"nics", nics},
-            {"faults", kernel.faults.list()}};
+    json answer = {{"pid", getpid()},
+                   {"uptimeSeconds", server.uptime().count()},
+                   {"state", server.options().directory},
+                   {"staysWithoutLease", !server.options().whileLeased},
+                   {"leases", server.leases()},
+                   {"trace", kernel.trace.files()},
+                   {"switches", switches},
+                   {"ports", model.portCount()},
+                   {"portsets", portsets},
+                   {"nics", nics},
+                   {"faults", kernel.faults.list()}};
+    for (const Device &device : devices()) {
+        for (const DevicePart *part : device.parts) {
+            if (part->describe != nullptr) part->describe(model, &answer);
+        }
+    }
+    return answer;
 }
 
 json reset(Members &members, Server &server) {

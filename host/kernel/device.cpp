@@ -1,7 +1,6 @@
 // The table of devices, and reading and writing of wire records.
 #include "kernel/device.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "wire/protocol.h"
@@ -17,9 +16,11 @@ T numberAt(std::string_view bytes, size_t offset) {
     return value;
 }
 
+}  // namespace
+
 std::span<const Device> devices() {
     static const Device kDevices[] = {
-        {"/dev/vswitch", kNaturalFrame, vswitchCommands()},
+        {"/dev/vswitch", kNaturalFrame, {&kVswitchInventory, &kVswitchMulticast}},
         {"/dev/ipfix", kNaturalFrame, {}},
         {"/dev/traceflow", kPackedFrame, {}},
         {"/dev/livetrace", kPackedFrame, {}},
@@ -32,8 +33,6 @@ std::span<const Device> devices() {
     return kDevices;
 }
 
-}  // namespace
-
 const Device *findDevice(std::string_view path) {
     for (const Device &device : devices()) {
         if (path == device.path) return &device;
@@ -42,9 +41,14 @@ const Device *findDevice(std::string_view path) {
 }
 
 const Command *Device::find(uint32_t number) const {
-    const auto found = std::find_if(commands.begin(), commands.end(),
-                                    [&](const Command &command) { return command.number == number; });
-    return found == commands.end() ? nullptr : &*found;
+    for (const uint32_t wanted : {number, Command::kAny}) {
+        for (const DevicePart *part : parts) {
+            for (const Command &command : part->commands) {
+                if (command.number == wanted) return &command;
+            }
+        }
+    }
+    return nullptr;
 }
 
 Frame readFrame(const FrameLayout &layout, std::string_view bytes) {

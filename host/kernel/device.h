@@ -7,6 +7,9 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include <nlohmann/json_fwd.hpp>
 
 #include "kernel/model.h"
 
@@ -27,6 +30,9 @@ struct Result {
 };
 
 struct Command {
+    // Stands for every number that no other row has.
+    static constexpr uint32_t kAny = UINT32_MAX;
+
     uint32_t number = 0;
     uint32_t minInput = 0;
     const char *name = nullptr;
@@ -57,19 +63,41 @@ struct Frame {
 };
 Frame readFrame(const FrameLayout &layout, std::string_view bytes);
 
+// A member of the lab JSON that a device understands.
+struct LabMember {
+    const char *name = nullptr;
+    // Puts it onto the host, all or with an exception (JsonError, LabError) part of it: what was done is
+    // rolled back. Switches, ports and NICs of the lab are there already.
+    void (*apply)(const nlohmann::json &value, Model &model) = nullptr;
+};
+
+// What one source file adds to a device.
+struct DevicePart {
+    std::span<const Command> commands = {};
+    std::span<const LabMember> lab = {};
+    // Adds members to the host's status; may be null.
+    void (*describe)(const Model &model, nlohmann::json *status) = nullptr;
+};
+
 struct Device {
     const char *path = nullptr;
     FrameLayout frame;
-    std::span<const Command> commands;
+    std::vector<const DevicePart *> parts;
 
     const Command *find(uint32_t number) const;
 };
 
+std::span<const Device> devices();
 // Null for a path that is none of ours.
 const Device *findDevice(std::string_view path);
 
-// The commands of each device with a model; the table of devices is in device.cpp.
-std::span<const Command> vswitchCommands();
+// The parts with a model, one a file; the table of devices is in device.cpp.
+extern const DevicePart kVswitchInventory;
+extern const DevicePart kVswitchMulticast;
+
+inline Result failure(int error) {
+    return {error, {}};
+}
 
 // Fields of fetched records and frames; what lies beyond the end reads as zero.
 uint32_t u32At(std::string_view bytes, size_t offset);

@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include "kernel/json_members.h"
+
 namespace qvs::kernel {
 
 namespace {
@@ -84,6 +86,9 @@ class Laboratory {
             setUpSwitch(part);
         for (const auto &client : lab.clients)
             attach(client);
+        if (lab.seed) model_.seedCounters(*lab.seed);
+        for (const auto &[member, value] : lab.deviceMembers)
+            member->apply(value, model_);
     }
 
   private:
@@ -206,6 +211,9 @@ void applyLab(const Lab &lab, Model &model, Store &store) {
         entered = true;
         Laboratory(model).apply(lab);
         transaction.commit();
+    } catch (const JsonError &error) {
+        model.load();
+        throw LabError(error.what());
     } catch (...) {
         // Memory ran ahead of the transaction that is now rolled back.
         if (entered) model.load();

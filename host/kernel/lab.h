@@ -6,10 +6,12 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include <nlohmann/json_fwd.hpp>
+#include <nlohmann/json.hpp>
 
+#include "kernel/device.h"
 #include "kernel/model.h"
 
 namespace qvs::kernel {
@@ -56,6 +58,8 @@ struct Lab {
     std::optional<std::vector<NicPart>> nics;
     std::vector<SwitchPart> switches;
     std::vector<Client> clients;
+    std::optional<uint32_t> seed;  // of the counters
+    std::vector<std::pair<const LabMember *, nlohmann::json>> deviceMembers;
 };
 
 // Throws LabError.

@@ -97,6 +97,15 @@ Lab parseLab(const json &value) try {
     members.each("pnics", [&](Members part) { lab.nics->push_back(parseNic(std::move(part))); });
     members.each("switches", [&](Members part) { lab.switches.push_back(parseSwitch(std::move(part))); });
     members.each("clients", [&](Members part) { lab.clients.push_back(parseClient(std::move(part))); });
+    lab.seed = members.maybeNumber("seed");
+    for (const Device &device : devices()) {
+        for (const DevicePart *part : device.parts) {
+            for (const LabMember &member : part->lab) {
+                if (const json *given = members.any(member.name))
+                    lab.deviceMembers.emplace_back(&member, *given);
+            }
+        }
+    }
     members.finish();
     return lab;
 } catch (const JsonError &error) {

@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include <fmt/format.h>
+
+#include "kernel/health_check.h"
 #include "kernel/stored_properties.h"
 
 namespace qvs::kernel {
@@ -260,9 +263,14 @@ Status Model::property(const Place &place, std::string_view key, std::string *va
         }
         list = &port->properties;
     }
-    const Property *found = list->find(key);
-    if (found == nullptr) return Status::NotFound;
-    *value = found->value;
+    if (const Property *found = list->find(key)) {
+        *value = found->value;
+        return Status::Ok;
+    }
+    std::optional<std::string> result;
+    if (place.scope == Scope::Port) result = checkResult(*this, *sw->port(place.portId), key);
+    if (!result) return Status::NotFound;
+    *value = std::move(*result);
     return Status::Ok;
 }
 
@@ -321,7 +329,10 @@ Status Model::changeSwitchProperty(Switch &sw, Scope scope, std::string_view key
 Status Model::changePortProperty(Port &port, std::string_view key, const PropertyView *property) {
     const bool isStatus = key == kPortStatusKey;
     const bool fromKernel = isStatus && port.statusFrom == Port::StatusFrom::Kernel;
-    if (property == nullptr && !fromKernel && port.properties.find(key) == nullptr) return Status::NotFound;
+    if (property == nullptr && !fromKernel && port.properties.find(key) == nullptr) {
+        // A result of a check that is cleared is found again at once.
+        return checkResult(*this, port, key) ? Status::Ok : Status::NotFound;
+    }
 
     const bool isBlock = key == kPortBlockKey;
     Transaction transaction(store_);
@@ -434,6 +445,11 @@ void Model::clearDeviceValue(std::string_view device, std::string_view key) {
     store_.run(Sql::RemoveDeviceValue, device, key);
     transaction.commit();
     deviceValues_[std::string(device)].erase(std::string(key));
+}
+
+void Model::seedCounters(uint32_t seed) {
+    setDeviceValue(kHostValues, kSeedValue, fmt::format("{}", seed));
+    counters_.seed(seed);
 }
 
 }  // namespace qvs::kernel

@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "kernel/counters.h"
 #include "kernel/property.h"
 #include "kernel/status.h"
 #include "kernel/store.h"
@@ -28,6 +29,9 @@ constexpr char kPortsetKey[] = "com.quillon.common.host.portset";
 constexpr char kUplinkPortsKey[] = "com.quillon.common.host.uplinkPorts";
 constexpr char kPortBlockKey[] = "com.quillon.common.port.block";
 constexpr char kPortStatusKey[] = "com.quillon.common.port.volatile.status";
+// What the host itself keeps among the values of devices.
+constexpr char kHostValues[] = "host";
+constexpr char kSeedValue[] = "seed";
 constexpr size_t kMaxSwitchId = 63;
 constexpr size_t kMaxPortId = 47;
 constexpr size_t kMaxPortsetName = 127;
@@ -177,6 +181,10 @@ class Model {
     void setDeviceValue(std::string_view device, std::string_view key, std::string_view value);
     void clearDeviceValue(std::string_view device, std::string_view key);
 
+    // What the counters of an object stand at now; each look moves them on.
+    CounterRow readCounters(std::string_view object) { return counters_.read(object); }
+    void seedCounters(uint32_t seed);
+
   private:
     // Which NIC is to serve which port number (0: none), where that changes.
     using Bindings = std::vector<std::pair<Nic *, uint32_t>>;
@@ -215,6 +223,7 @@ class Model {
     std::unordered_map<uint32_t, Port *> ports_;
     std::vector<std::unique_ptr<Nic>> nics_;
     std::map<std::string, DeviceValues, std::less<>> deviceValues_;
+    Counters counters_;
     uint32_t nextPort_ = 0;
     uint64_t generation_ = 0;
 };

@@ -1,5 +1,6 @@
 // The model read from the store, and an empty host.
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include <fmt/format.h>
@@ -72,6 +73,9 @@ void Model::load() {
     loadNics();
     store_.each(Sql::AllDeviceValues,
                 [this](const Row &row) { deviceValues_[row.text(0)].emplace(row.text(1), row.text(2)); });
+    const DeviceValues &host = deviceValues(kHostValues);
+    const auto seed = host.find(kSeedValue);
+    counters_.seed(seed == host.end() ? 1 : std::strtoul(seed->second.c_str(), nullptr, 10));
 }
 
 void Model::loadSwitches() {

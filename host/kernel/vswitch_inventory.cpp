@@ -39,10 +39,6 @@ constexpr size_t kSwitchId = 64;
 constexpr size_t kPortsetNameEntry = 128;
 constexpr size_t kAliasEntry = 81;
 
-Result failure(int error) {
-    return {error, {}};
-}
-
 Result word(uint32_t value) {
     return {0, Record(sizeof value).put(0, value).take()};
 }
@@ -232,8 +228,6 @@ constexpr Command kCommands[] = {
 
 }  // namespace
 
-std::span<const Command> vswitchCommands() {
-    return kCommands;
-}
+constexpr DevicePart kVswitchInventory = {.commands = kCommands};
 
 }  // namespace qvs::kernel
