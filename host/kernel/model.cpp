@@ -253,22 +253,26 @@ Status Model::property(const Place &place, std::string_view key, std::string *va
     if (key.empty()) return Status::BadParameter;
     const Switch *sw = findSwitch(place.switchId);
     if (sw == nullptr) return Status::NotFound;
-    const PropertyList *list = place.scope == Scope::Global ? &sw->global : &sw->host;
     if (place.scope == Scope::Port) {
         const Port *port = sw->port(place.portId);
-        if (port == nullptr) return Status::NotFound;
-        if (key == kPortStatusKey && port->statusFrom == Port::StatusFrom::Kernel) {
-            *value = port->statusRecord();
-            return Status::Ok;
-        }
-        list = &port->properties;
+        return port == nullptr ? Status::NotFound : portProperty(*port, key, value);
     }
-    if (const Property *found = list->find(key)) {
+    const Property *found = (place.scope == Scope::Global ? sw->global : sw->host).find(key);
+    if (found == nullptr) return Status::NotFound;
+    *value = found->value;
+    return Status::Ok;
+}
+
+Status Model::portProperty(const Port &port, std::string_view key, std::string *value) const {
+    if (key == kPortStatusKey && port.statusFrom == Port::StatusFrom::Kernel) {
+        *value = port.statusRecord();
+        return Status::Ok;
+    }
+    if (const Property *found = port.properties.find(key)) {
         *value = found->value;
         return Status::Ok;
     }
-    std::optional<std::string> result;
-    if (place.scope == Scope::Port) result = checkResult(*this, *sw->port(place.portId), key);
+    std::optional<std::string> result = checkResult(*this, port, key);
     if (!result) return Status::NotFound;
     *value = std::move(*result);
     return Status::Ok;

@@ -200,6 +200,7 @@ class Model {
     void applyStatusReturn(Port &port);
 
     Port &insertPort(Switch &sw, uint32_t number, std::string_view id);
+    Status portProperty(const Port &port, std::string_view key, std::string *value) const;
     void insertAlias(Switch &sw);
     void eraseAlias(Switch &sw);
     // `property` is null when the key is cleared.

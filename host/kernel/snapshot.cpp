@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "kernel/health_check.h"
 #include "mesh/snapshot_writer.h"
 
 namespace qvs::kernel {
@@ -15,14 +16,19 @@ constexpr uint64_t kMaxBytes = 1'900'000'000;
 
 class Builder {
   public:
-    explicit Builder(uint64_t mark) : mark_(mark) {}
+    Builder(const Model &model, uint64_t mark) : model_(model), mark_(mark) {}
 
     // False when the state does not fit.
     bool add(const Switch &sw) {
         const std::vector<uint32_t> globals = names(sw.global);
         writer_.addSwitch(sw.id, sw.className, sw.maxPorts, sw.version, globals, names(sw.host));
+        const HealthCheck check(model_, sw);
         for (const auto &[number, port] : sw.ports) {
             std::vector<uint32_t> properties = names(port->properties);
+            if (const auto results = check.resultsOf(*port)) {
+                addResult(*port, kVlanResultKey, results->vlan, &properties);
+                addResult(*port, kMtuResultKey, results->mtu, &properties);
+            }
             if (port->statusFrom == Port::StatusFrom::Kernel) {
                 properties.push_back(name({kPortStatusKey, port->statusRecord(), kVolatile}));
             }
@@ -56,6 +62,13 @@ class Builder {
         return result;
     }
 
+    // A value that a client has stored stands in the kernel's place.
+    void addResult(const Port &port, std::string_view key, std::string_view value,
+                   std::vector<uint32_t> *properties) {
+        if (port.properties.find(key) == nullptr) properties->push_back(name({key, value, kVolatile}));
+    }
+
+    const Model &model_;
     qvs::mesh::SnapshotWriter writer_;
     uint64_t mark_;
     uint64_t size_ = 0;
@@ -67,7 +80,7 @@ const Blob &Snapshot::get() {
     if (generation_ == model_.generation()) return blob_;
     blob_ = {};
     generation_ = model_.generation();
-    Builder builder(generation_);
+    Builder builder(model_, generation_);
     for (const auto &[row, sw] : model_.switches()) {
         if (!builder.add(*sw)) return blob_;
     }
