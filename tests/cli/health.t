@@ -1,0 +1,257 @@
+  $ qvs switch create sw1 --uplinks 2 --ports 3
+  sw1: changed
+
+The check of teaming: u8 deployed, u32 minutes; beside it u8 what is expected.
+
+  $ qvs health team get sw1; qvs health team clear sw1
+  switch:            sw1
+  enabled:           no
+  interval minutes:  0
+  expected teaming:  other
+  sw1: unchanged
+  $ qvs health team deploy sw1 --interval 5; qvs health team deploy sw1 --interval 5 --json; qvs health team param sw1 ip-hash; qvs health team param sw1 ip-hash --json
+  sw1: changed
+  {"switch":"sw1","changed":false}
+  sw1: changed
+  {"switch":"sw1","changed":false}
+  $ qvs prop list sw1 | grep teamcheck; qvs health team get sw1 --json
+  global  -     com.quillon.common.teamcheck.deploy  CONFIG  5       0105000000
+  global  -     com.quillon.mesh.teamcheck.param     POLICY  1       01
+  {"switch":"sw1","enabled":true,"interval":5,"expected":"ip-hash"}
+  $ qvs health team deploy sw1 --off; qvs health team deploy sw1 --off; qvs health team get sw1 --json
+  sw1: changed
+  sw1: unchanged
+  {"switch":"sw1","enabled":false,"interval":0,"expected":"ip-hash"}
+  $ qvs health team deploy sw1
+  qvs: either --interval or --off is needed
+  ? 2
+  $ qvs health team deploy sw1 --off --interval 1
+  qvs: either --interval or --off is needed
+  ? 2
+  $ qvs health team deploy sw1 --interval 4294967296
+  qvs: --interval: '4294967296' is not a number from 0 to 4294967295
+  ? 2
+  $ qvs health team param sw1 hash
+  qvs: TEAMING: 'hash' is none of other, ip-hash
+  ? 2
+  $ qvs health team param sw1 other; qvs prop get sw1 com.quillon.mesh.teamcheck.param --hex; qvs health team clear sw1 --json; qvs health team clear sw1; qvs prop list sw1 | grep teamcheck
+  sw1: changed
+  00
+  {"switch":"sw1","changed":true}
+  sw1: unchanged
+  ? 1
+  $ qvs prop set sw1 com.quillon.common.teamcheck.deploy --hex 01000000; qvs health team get sw1
+  sw1 com.quillon.common.teamcheck.deploy: changed
+  qvs: switch 'sw1': team check: Failure (0xbad0001)
+  ? 1
+
+The check of VLANs and MTU, with a parameter of 512 bytes.
+
+  $ qvs health vlan-mtu get sw1; qvs health vlan-mtu get sw1 --raw - | cmp -n 512 - /dev/zero
+  switch:            sw1
+  enabled:           no
+  interval minutes:  0
+  parameter:         -
+  $ printf 'p%.0s' $(seq 512) >param; qvs health vlan-mtu param sw1 --file param; qvs health vlan-mtu param sw1 --file - --json <param; qvs health vlan-mtu get sw1
+  sw1: changed
+  {"switch":"sw1","changed":false}
+  switch:            sw1
+  enabled:           no
+  interval minutes:  0
+  parameter (512 bytes):
+    0000 70 70 70 70 70 70 70 70 70 70 70 70 70 70 70 70
+    *
+    01f0 70 70 70 70 70 70 70 70 70 70 70 70 70 70 70 70
+  $ qvs prop list sw1 --json | grep -o 'vlanmtucheck.param.*"length":[0-9]*'; qvs health vlan-mtu get sw1 --raw - | cmp - param; qvs health vlan-mtu get sw1 --json | cut -c -70
+  vlanmtucheck.param","class":["POLICY"],"length":512
+  {"switch":"sw1","enabled":false,"interval":0,"param":"cHBwcHBwcHBwcHBw
+  $ head -c 511 param >short; qvs health vlan-mtu param sw1 --file short
+  qvs: file 'short': 511 bytes, but the parameter has 512
+  ? 2
+  $ qvs health vlan-mtu param sw1
+  qvs: --file is needed
+  ? 2
+
+What the kernel finds: the VLANs of ports whose policy names some, and the MTUs, good and bad.
+
+  $ qvs port vlan set sw1 port0 --id 100; qvs port vlan set sw1 port1 --trunk 1-100,200; qvs health result sw1 port0
+  sw1/port0: changed
+  sw1/port1: changed
+  qvs: switch 'sw1': port 'port0': check result: Not found (0xbad0003)
+  ? 3
+  $ qvs health vlan-mtu deploy sw1 --interval 1; qvs prop get sw1 com.quillon.common.vlanmtucheck.deploy
+  sw1: changed
+  0101000000
+  $ for port in port0 port1 port2; do qvs health result sw1 $port; done; qvs health result sw1 port1 --json
+  switch:             sw1
+  port:               port0
+  VLANs trunked:      100
+  VLANs not trunked:  -
+  MTUs allowed:       1280-1500
+  MTUs not allowed:   1501-9000
+  switch:             sw1
+  port:               port1
+  VLANs trunked:      1-100 200
+  VLANs not trunked:  -
+  MTUs allowed:       1280-1500
+  MTUs not allowed:   1501-9000
+  qvs: switch 'sw1': port 'port2': check result: Not found (0xbad0003)
+  {"switch":"sw1","port":"port1","trunkedVlans":["1-100","200"],"untrunkedVlans":[],"allowedMtus":["1280-1500"],"disallowedMtus":["1501-9000"]}
+  $ results() { for key in vlan mtu; do qvs prop get sw1 com.quillon.common.port.volatile.${key}chkresult --port $1; done; }; qvs prop list sw1 --port port0 | grep chkresult; results port1; results uplink0
+  port   port0  com.quillon.common.port.volatile.vlanchkresult  VOLATILE  8       0100000064006400
+  port   port0  com.quillon.common.port.volatile.mtuchkresult   VOLATILE  12      010001000005dc05dd052823
+  0200000001006400c800c800
+  010001000005dc05dd052823
+  010000000100fe0f
+  010001000005dc05dd052823
+
+They follow the uplinks and their MTU.
+
+  $ treesh -e set /net/pNics/pnic1/mtu 1400; results() { for key in vlan mtu; do qvs prop get sw1 com.quillon.common.port.volatile.${key}chkresult --port $1; done; }; results port0; qvs uplink down sw1 uplink1; results port0; qvs uplink down sw1 uplink0; results port0; qvs health result sw1 port1
+  0100000064006400
+  010001000005780579052823
+  sw1/uplink1: changed
+  0100000064006400
+  010001000005dc05dd052823
+  sw1/uplink0: changed
+  0000010064006400
+  0000010000052823
+  switch:             sw1
+  port:               port1
+  VLANs trunked:      -
+  VLANs not trunked:  1-100 200
+  MTUs allowed:       -
+  MTUs not allowed:   1280-9000
+  $ qvs uplink up sw1 uplink0; qvs mtu set sw1 9000; qvs health result sw1 port1 --json
+  sw1/uplink0: changed
+  sw1: changed
+  {"switch":"sw1","port":"port1","trunkedVlans":["1-100","200"],"untrunkedVlans":[],"allowedMtus":["1280-9000"],"disallowedMtus":[]}
+
+A value that a client stores stands in their place until it is cleared; with the deployment they go.
+
+  $ key=com.quillon.common.port.volatile.vlanchkresult; qvs prop set sw1 $key --hex 010001000100020003000400 --port port0; qvs health result sw1 port0 --json; qvs prop clear sw1 $key --port port0; qvs prop get sw1 $key --port port0
+  sw1/port0 com.quillon.common.port.volatile.vlanchkresult: changed
+  {"switch":"sw1","port":"port0","trunkedVlans":["1-2"],"untrunkedVlans":["3-4"],"allowedMtus":["1280-9000"],"disallowedMtus":[]}
+  sw1/port0 com.quillon.common.port.volatile.vlanchkresult: changed
+  0100000064006400
+  $ key=com.quillon.common.port.volatile.vlanchkresult; for hex in 0000 00000000 0100010001000200 ffffffff01000200; do qvs prop set sw1 $key --hex $hex --port port0 >/dev/null; qvs health result sw1 port0 --json; done; qvs prop clear sw1 $key --port port0
+  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001)
+  {"switch":"sw1","port":"port0","trunkedVlans":[],"untrunkedVlans":[],"allowedMtus":["1280-9000"],"disallowedMtus":[]}
+  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001)
+  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001)
+  sw1/port0 com.quillon.common.port.volatile.vlanchkresult: changed
+  $ qvs port vlan clear sw1 port0; qvs health result sw1 port0; qvs health vlan-mtu clear sw1; qvs health result sw1 port1; qvs prop list sw1 --all | grep -c vlanmtucheck
+  sw1/port0: changed
+  qvs: switch 'sw1': port 'port0': check result: Not found (0xbad0003)
+  sw1: changed
+  qvs: switch 'sw1': port 'port1': check result: Not found (0xbad0003)
+  0
+  ? 1
+
+The discovery protocol: u8 protocol, u8 what it does.
+
+  $ qvs discovery get sw1; qvs discovery set sw1 --operation down
+  switch:     sw1
+  protocol:   -
+  operation:  down
+  sw1: unchanged
+  $ qvs discovery set sw1 --operation listen; qvs discovery get sw1 --json; qvs discovery set sw1 --protocol lldp --operation both; qvs prop list sw1 | grep cdp; qvs discovery get sw1
+  sw1: changed
+  {"switch":"sw1","protocol":"cdp","operation":"listen"}
+  sw1: changed
+  global  -     com.quillon.etherswitch.cdp          CONFIG  2       0103
+  switch:     sw1
+  protocol:   lldp
+  operation:  both
+  $ qvs discovery set sw1 --operation advertise; qvs discovery set sw1 --operation advertise --json; qvs prop get sw1 com.quillon.etherswitch.cdp; qvs discovery set sw1 --operation down; qvs discovery get sw1 --json
+  sw1: changed
+  {"switch":"sw1","changed":false}
+  0102
+  sw1: changed
+  {"switch":"sw1","protocol":null,"operation":"down"}
+  $ qvs discovery set sw1 --protocol lldp
+  qvs: --operation is needed
+  ? 2
+  $ qvs discovery set sw1 --protocol edp --operation both
+  qvs: --protocol: 'edp' is none of cdp, lldp
+  ? 2
+  $ qvs prop set sw1 com.quillon.etherswitch.cdp --hex 0904; qvs discovery get sw1; qvs prop set sw1 com.quillon.etherswitch.cdp --hex 010203; qvs discovery get sw1
+  sw1 com.quillon.etherswitch.cdp: changed
+  switch:     sw1
+  protocol:   9
+  operation:  4
+  sw1 com.quillon.etherswitch.cdp: changed
+  qvs: switch 'sw1': discovery: Failure (0xbad0001)
+  ? 1
+
+Flow sampling of a port: times, rate, flags, counts, domain, source; eight collectors; the id.
+
+  $ qvs port ipfix get sw1 port0; qvs port ipfix clear sw1 port0
+  qvs: switch 'sw1': port 'port0': flow sampling: Not found (0xbad0003)
+  sw1/port0: unchanged
+  $ qvs port ipfix set sw1 port0 --idle 30 --active 60 --rate 100 --internal-only --vnic-only --obs-domain 7 --source 192.0.2.1 --obs-id host-3 --collector 192.0.2.9:4739 --collector '[2001:db8::9]:65535'
+  sw1/port0: changed
+  $ qvs prop get sw1 com.quillon.net.ipfix.port --port port0 --raw - | xxd -a -c 20 | sed 's/  .*//'; qvs prop list sw1 --port port0 | grep -o 'ipfix.*POLICY *[0-9]*'
+  00000000: 1e00 0000 3c00 0000 6400 0000 0302 0600 0700 0000
+  00000014: c000 0201 c000 0209 0000 0000 0000 0000 0000 0000
+  00000028: 8312 0000 2001 0db8 0000 0000 0000 0000 0000 0009
+  0000003c: ffff 0100 0000 0000 0000 0000 0000 0000 0000 0000
+  00000050: 0000 0000 0000 0000 0000 0000 0000 0000 0000 0000
+  *
+  000000b4: 0000 0000 686f 7374 2d33
+  ipfix.port               POLICY    190
+  $ qvs port ipfix get sw1 port0
+  switch:               sw1
+  port:                 port0
+  idle seconds:         30
+  active seconds:       60
+  sampling rate:        100
+  internal flows only:  yes
+  vNICs only:           yes
+  observation domain:   7
+  source address:       192.0.2.1
+  observation id:       host-3
+  collectors:           192.0.2.9:4739 [2001:db8::9]:65535
+  $ qvs port ipfix get sw1 port0 --json
+  {"switch":"sw1","port":"port0","idle":30,"active":60,"rate":100,"internalOnly":true,"vnicOnly":true,"obsDomain":7,"source":"192.0.2.1","obsId":"host-3","collectors":["192.0.2.9:4739","[2001:db8::9]:65535"]}
+  $ qvs port ipfix set sw1 port0; qvs port ipfix set sw1 port0 --json; qvs port ipfix get sw1 port0 --json
+  sw1/port0: changed
+  {"switch":"sw1","port":"port0","changed":false}
+  {"switch":"sw1","port":"port0","idle":0,"active":0,"rate":0,"internalOnly":false,"vnicOnly":false,"obsDomain":0,"source":"0.0.0.0","obsId":"","collectors":[]}
+  $ qvs port ipfix set sw1 port0 --collector 192.0.2.9
+  qvs: --collector: '192.0.2.9' is neither IPV4:PORT nor [IPV6]:PORT
+  ? 2
+  $ qvs port ipfix set sw1 port0 --collector 2001:db8::9:1
+  qvs: --collector: '2001:db8::9:1' is neither IPV4:PORT nor [IPV6]:PORT
+  ? 2
+  $ qvs port ipfix set sw1 port0 --collector '[192.0.2.9]:1'
+  qvs: --collector: '[192.0.2.9]:1' is neither IPV4:PORT nor [IPV6]:PORT
+  ? 2
+  $ qvs port ipfix set sw1 port0 --collector 192.0.2.9:65536
+  qvs: --collector: '192.0.2.9:65536' has no port from 0 to 65535
+  ? 2
+  $ qvs port ipfix set sw1 port0 $(printf -- '--collector 192.0.2.%d:1 ' $(seq 9))
+  qvs: 9 collectors, at most 8 fit
+  ? 2
+  $ qvs port ipfix set sw1 port0 --source 192.0.2
+  qvs: --source: '192.0.2' is no IPv4 address
+  ? 2
+  $ qvs port ipfix set sw1 port0 --obs-id "$(head -c 65536 /dev/zero | tr '\0' x)" 2>&1 | sed 's/xx*/x/'
+  qvs: observation id 'x...': 65536 characters, at most 65535 fit
+  $ qvs port ipfix set sw1 nix --rate 1
+  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
+  ? 3
+  $ qvs port ipfix set sw1 port0 --obs-id "$(head -c 65535 /dev/zero | tr '\0' x)" $(printf -- '--collector 192.0.2.%d:1 ' $(seq 8)); qvs prop get sw1 com.quillon.net.ipfix.port --port port0 --raw - | wc -c; qvs port ipfix get sw1 port0 | tail -n 1
+  sw1/port0: changed
+  65719
+  collectors:           192.0.2.1:1 192.0.2.2:1 192.0.2.3:1 192.0.2.4:1 192.0.2.5:1 192.0.2.6:1 192.0.2.7:1 192.0.2.8:1
+  $ qvs prop set sw1 com.quillon.net.ipfix.port --port port0 --hex "$(head -c 184 /dev/zero | xxd -p -c 0 | sed 's/^\(.\{26\}\)00/\1ff/')"; qvs port ipfix get sw1 port0 --json | grep -o '0.0.0.0:0' | wc -l
+  sw1/port0 com.quillon.net.ipfix.port: changed
+  8
+  $ qvs prop set sw1 com.quillon.net.ipfix.port --port port0 --hex "$(head -c 185 /dev/zero | xxd -p -c 0)"; qvs port ipfix get sw1 port0
+  sw1/port0 com.quillon.net.ipfix.port: changed
+  qvs: switch 'sw1': port 'port0': flow sampling: Failure (0xbad0001)
+  ? 1
+  $ qvs port ipfix clear sw1 port0 --json; qvs port ipfix clear sw1 port0
+  {"switch":"sw1","port":"port0","changed":true}
+  sw1/port0: unchanged
