@@ -1,0 +1,53 @@
+// What several device models read alike: the head of the switch request record, and places in a lab.
+#pragma once
+
+#include "kernel/device.h"
+#include "kernel/json_members.h"
+
+namespace qvs::kernel {
+
+// The record that requests on /dev/vswitch begin with.
+struct SwitchRequest {
+    static constexpr uint32_t kSize = 268;
+    static constexpr size_t kNameAt = 0;
+    static constexpr size_t kNameWidth = 128;
+    static constexpr size_t kPortNumberAt = 128;
+    static constexpr size_t kOwnAt = 176;  // from here on each command has fields of its own
+};
+
+// The portset that a request names; null for an unknown one.
+inline const Portset *requestedPortset(const Call &call) {
+    return call.model.findPortset(textAt(call.input, SwitchRequest::kNameAt, SwitchRequest::kNameWidth));
+}
+
+// The switch that a lab calls by its alias or identifier in the member "switch".
+inline Switch &switchOf(Members &members, const Model &model) {
+    const std::string name = members.text("switch");
+    Switch *sw = model.findAlias(name);
+    if (sw == nullptr) sw = model.findSwitch(name);
+    if (sw == nullptr) members.fail("switch", "is not a switch of this host: " + name);
+    return *sw;
+}
+
+// The port of the members "switch" and "port".
+inline Port &portOf(Members &members, const Model &model) {
+    const Switch &sw = switchOf(members, model);
+    const std::string name = members.text("port");
+    Port *port = sw.port(name);
+    if (port == nullptr) members.fail("port", "is not a port of the switch: " + name);
+    return *port;
+}
+
+// Visits the objects of a member that is a list of them.
+template <typename Visit>
+void eachOf(const nlohmann::json &list, const char *name, const Visit &visit) {
+    if (!list.is_array()) throw JsonError(std::string("lab: \"") + name + "\" is not a list");
+    size_t index = 0;
+    for (const nlohmann::json &element : list) {
+        Members members(element, std::string("lab.") + name + '[' + std::to_string(index++) + ']');
+        visit(members);
+        members.finish();
+    }
+}
+
+}  // namespace qvs::kernel
