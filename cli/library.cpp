@@ -12,30 +12,37 @@
 namespace qvs::cli {
 namespace trace {
 
-void line(std::string_view name, const std::string &arguments, HYP_ReturnStatus status,
+void line(std::string_view name, const std::string &arguments, const std::string &outcome,
           std::chrono::steady_clock::duration elapsed) {
     auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(elapsed).count();
-    fmt::print(stderr, "qvs: {}({}) -> 0x{:x} ({}), {} us\n", name, arguments, status,
-               ReturnStatusToString(status), microseconds);
+    fmt::print(stderr, "qvs: {}({}) -> {}, {} us\n", name, arguments, outcome, microseconds);
+}
+
+std::string statusText(HYP_ReturnStatus status) {
+    return fmt::format("0x{:x} ({})", status, ReturnStatusToString(status));
 }
 
 }  // namespace trace
 
 Bytes KernelList::entry(uint32_t index) const {
-    const auto *entries = static_cast<const uint8_t *>(buffer.get()) + sizeof(VSHYP_ListHeader);
-    return {entries + index * entrySize, entrySize};
+    return {static_cast<const uint8_t *>(buffer.get()) + headerSize + index * entrySize, entrySize};
 }
 
-KernelList boundedList(VshypBuffer buffer, size_t entrySize, std::string_view what) {
-    KernelList list{std::move(buffer), entrySize, 0};
-    VSHYP_ListHeader header{};
-    std::memcpy(&header, list.buffer.get(), sizeof header);
-    list.count = header.count;
+Bytes KernelList::bytes() const {
+    return {static_cast<const uint8_t *>(buffer.get()), headerSize + count * entrySize};
+}
+
+KernelList boundedList(std::shared_ptr<void> buffer, size_t entrySize, std::string_view what,
+                       size_t headerSize) {
+    KernelList list{std::move(buffer), entrySize, headerSize, 0};
+    uint32_t counted = 0;
+    std::memcpy(&counted, list.buffer.get(), sizeof counted);
+    list.count = counted;
 
     // The count word is the one of the second answer, the size of the buffer follows from the first. Only the
     // allocator knows that size: what it grants may be a little larger, never smaller.
-    size_t room = (malloc_usable_size(list.buffer.get()) - sizeof header) / entrySize;
-    if (header.count <= room) return list;
+    size_t room = (malloc_usable_size(list.buffer.get()) - headerSize) / entrySize;
+    if (counted <= room) return list;
 
     // Behind the entries of the first answer there is at most a rest of zeros.
     list.count = static_cast<uint32_t>(room);
@@ -44,7 +51,7 @@ KernelList boundedList(VshypBuffer buffer, size_t entrySize, std::string_view wh
     };
     while (list.count > 0 && empty(list.entry(list.count - 1)))
         list.count--;
-    fmt::print(stderr, "qvs: warning: the kernel counts {} {}, but handed over {}\n", header.count, what,
+    fmt::print(stderr, "qvs: warning: the kernel counts {} {}, but handed over {}\n", counted, what,
                list.count);
     return list;
 }

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <qvs/qvs.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -29,8 +30,9 @@ using NetdvsText = std::unique_ptr<char, Releaser<NetDVS_FreeMemory>>;
 
 namespace trace {
 
-void line(std::string_view name, const std::string &arguments, HYP_ReturnStatus status,
+void line(std::string_view name, const std::string &arguments, const std::string &outcome,
           std::chrono::steady_clock::duration elapsed);
+std::string statusText(HYP_ReturnStatus status);
 
 // Numbers and texts that go in are shown; records and whatever comes out is not.
 template <typename Value>
@@ -46,18 +48,28 @@ std::string shownArgument(const Value &value) {
 
 }  // namespace trace
 
-// Calls function, which is called name, and with --trace says so.
+// Calls function, which is called name, and with --trace says so; `outcome` puts the result in words. The
+// errno that the function left stays.
+template <typename Result, typename... Parameters>
+Result traced(std::string_view name, std::string (*outcome)(Result), Result (*function)(Parameters...),
+              std::type_identity_t<Parameters>... arguments) {
+    if (!tracing) return function(arguments...);
+    auto start = std::chrono::steady_clock::now();
+    Result result = function(arguments...);
+    auto elapsed = std::chrono::steady_clock::now() - start;
+    int error = errno;
+    std::string text;
+    ((text += text.empty() ? "" : ", ", text += trace::shownArgument<Parameters>(arguments)), ...);
+    trace::line(name, text, outcome(result), elapsed);
+    errno = error;
+    return result;
+}
+
+// The same for a function that answers a status.
 template <typename... Parameters>
 HYP_ReturnStatus call(std::string_view name, HYP_ReturnStatus (*function)(Parameters...),
                       std::type_identity_t<Parameters>... arguments) {
-    if (!tracing) return function(arguments...);
-    auto start = std::chrono::steady_clock::now();
-    HYP_ReturnStatus status = function(arguments...);
-    auto elapsed = std::chrono::steady_clock::now() - start;
-    std::string text;
-    ((text += text.empty() ? "" : ", ", text += trace::shownArgument<Parameters>(arguments)), ...);
-    trace::line(name, text, status, elapsed);
-    return status;
+    return traced(name, trace::statusText, function, arguments...);
 }
 
 // One of the VSHYP calls that hand out a buffer: call(name, function, arguments..., &buffer).
@@ -70,17 +82,21 @@ HYP_ReturnStatus fetch(std::string_view name, Function function, VshypBuffer &bu
     return status;
 }
 
-// A counted list of the kernel: a header and entries of one size.
+// A counted list of the kernel: a header with the count in front, and entries of one size.
 struct KernelList {
-    VshypBuffer buffer;
+    std::shared_ptr<void> buffer;
     size_t entrySize = 0;
+    size_t headerSize = 0;
     uint32_t count = 0;  // of the entries that were really handed over
 
     Bytes entry(uint32_t index) const;
+    // The header and the entries that were handed over.
+    Bytes bytes() const;
 };
 
 // Bounds the count that the kernel wrote by what the buffer holds, and warns when it claims more.
-KernelList boundedList(VshypBuffer buffer, size_t entrySize, std::string_view what);
+KernelList boundedList(std::shared_ptr<void> buffer, size_t entrySize, std::string_view what,
+                       size_t headerSize = sizeof(VSHYP_ListHeader));
 
 // The portset name, by which the kernel knows the switch.
 std::string portsetOf(const std::string &alias);

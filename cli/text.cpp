@@ -52,6 +52,19 @@ int hexDigit(char c) {
     return -1;
 }
 
+template <typename Number>
+std::optional<Number> parseUnsigned(std::string_view text) {
+    int base = 10;
+    if (text.starts_with("0x") || text.starts_with("0X")) {
+        base = 16;
+        text.remove_prefix(2);
+    }
+    Number value = 0;
+    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
 }  // namespace
 
 void appendShown(fmt::memory_buffer &out, std::string_view name) {
@@ -157,15 +170,11 @@ void appendHexDump(fmt::memory_buffer &out, Bytes bytes) {
 }
 
 std::optional<uint32_t> parseNumber(std::string_view text) {
-    int base = 10;
-    if (text.starts_with("0x") || text.starts_with("0X")) {
-        base = 16;
-        text.remove_prefix(2);
-    }
-    uint32_t value = 0;
-    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return value;
+    return parseUnsigned<uint32_t>(text);
+}
+
+std::optional<uint64_t> parseWideNumber(std::string_view text) {
+    return parseUnsigned<uint64_t>(text);
 }
 
 std::optional<std::vector<uint8_t>> parseHex(std::string_view text) {

@@ -32,6 +32,7 @@ std::string base64(Bytes bytes);
 void appendHexDump(fmt::memory_buffer &out, Bytes bytes);
 
 std::optional<uint32_t> parseNumber(std::string_view text);
+std::optional<uint64_t> parseWideNumber(std::string_view text);
 // Hexadecimal digits in pairs; blanks, colons and a leading 0x are allowed.
 std::optional<std::vector<uint8_t>> parseHex(std::string_view text);
 
