@@ -1,0 +1,214 @@
+// /crate/devices/char/hypdriver/tarn-spf: the ports that are plumbed into the SPF data path.
+//
+// Requests about a switch or port carry a switch name at 0 (128 bytes: portset name or switch identifier), a
+// port identifier at 128 (48 bytes) and a MAC address as text at 176 (18 bytes); requests for the statistics
+// of one port carry its number alone. The records that go back are this kernel's own:
+//
+//   list entry 8              u32 port number, u32 flags (1 in use, 2 link up, 4 blocked)
+//   guest port 256            u32 port number, u32 flags, thirty-one u64 counters at 8
+//   service port 104          u32 port number, u32 flags, mac[6], eleven u64 counters at 16
+//   switch 80                 u32 plumbed ports, u32 0, nine u64 counters at 8
+//   configuration failures 8  u32 failed plumbs, u32 failed unplumbs; kept over restarts
+#include <cerrno>
+#include <cstdio>
+
+#include <fmt/format.h>
+
+#include "kernel/device_request.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr uint32_t kRequestSize = 194;
+constexpr size_t kSwitchWidth = 128;
+constexpr size_t kPortAt = 128;
+constexpr size_t kPortWidth = 48;
+constexpr size_t kMacAt = 176;
+constexpr size_t kMacWidth = 18;
+constexpr size_t kEntry = 8;
+constexpr size_t kGuestStats = 256;
+constexpr size_t kServiceStats = 104;
+constexpr size_t kSwitchStats = 80;
+constexpr size_t kFailures = 8;
+constexpr size_t kMacSize = 6;
+
+// A row for each plumbed port: its number in hexadecimal, and its address.
+constexpr char kPlumbed[] = "tarn-spf ports";
+// How often each kind of change was refused, as answered.
+constexpr char kCounts[] = "tarn-spf";
+constexpr char kFailuresKey[] = "failures";
+constexpr char kMember[] = "spfPorts";
+
+std::string rowOf(const Port &port) {
+    return fmt::format("{:08x}", port.number);
+}
+
+const std::string *plumbedMac(const Model &model, const Port &port) {
+    const auto &rows = model.deviceValues(kPlumbed);
+    const auto row = rows.find(rowOf(port));
+    return row == rows.end() ? nullptr : &row->second;
+}
+
+// The plumbed ports that there still are; nobody unplumbs a port before it is removed.
+std::vector<const Port *> plumbedPorts(const Model &model, const Switch *sw) {
+    std::vector<const Port *> ports;
+    for (const auto &[row, mac] : model.deviceValues(kPlumbed)) {
+        uint32_t number = 0;
+        std::sscanf(row.c_str(), "%8x", &number);
+        const Port *port = model.findPort(number);
+        if (port != nullptr && port->owner == sw) ports.push_back(port);
+    }
+    return ports;
+}
+
+// Both kinds of names are taken: a portset name need not fit the field of all requests.
+const Switch *requestedSwitch(const Call &call) {
+    const std::string_view name = textAt(call.input, 0, kSwitchWidth);
+    const Portset *portset = call.model.findPortset(name);
+    return portset != nullptr && portset->owner != nullptr ? portset->owner : call.model.findSwitch(name);
+}
+
+const Port *requestedPort(const Call &call) {
+    const Switch *sw = requestedSwitch(call);
+    return sw == nullptr ? nullptr : sw->port(textAt(call.input, kPortAt, kPortWidth));
+}
+
+void putCounters(CounterRow counters, size_t at, size_t size, Record *record) {
+    for (; at < size; at += sizeof(uint64_t))
+        record->put(at, counters.next());
+}
+
+// --- reading ---
+
+Result getPortsList(const Call &call) {
+    const Portset *portset = call.model.findPortset(textAt(call.input, 0, kSwitchWidth));
+    if (portset == nullptr) return failure(ENOENT);
+    std::vector<const Port *> ports;
+    if (portset->owner != nullptr) ports = plumbedPorts(call.model, portset->owner);
+    return countedList(call, 0, kEntry, ports, [](const Port *port) {
+        return Record(kEntry).put(0, port->number).put(4, port->flags());
+    });
+}
+
+// A guest's port is any that is neither an uplink nor plumbed.
+Result getGuestPortStats(const Call &call) {
+    const Port *port = call.model.findPort(u32At(call.input, 0));
+    if (port == nullptr || port->owner->uplinkSet.contains(port->id) ||
+        plumbedMac(call.model, *port) != nullptr)
+        return failure(ENOENT);
+    Record stats(kGuestStats);
+    stats.put(0, port->number).put(4, port->flags());
+    putCounters(call.model.readCounters("spf guest port " + rowOf(*port)), 8, kGuestStats, &stats);
+    return {0, stats.take()};
+}
+
+Result getServicePortStats(const Call &call) {
+    const Port *port = call.model.findPort(u32At(call.input, 0));
+    const std::string *mac = port == nullptr ? nullptr : plumbedMac(call.model, *port);
+    if (mac == nullptr) return failure(ENOENT);
+    Record stats(kServiceStats);
+    stats.put(0, port->number).put(4, port->flags()).bytes(8, *mac);
+    putCounters(call.model.readCounters("spf service port " + rowOf(*port)), 16, kServiceStats, &stats);
+    return {0, stats.take()};
+}
+
+Result getSwitchStats(const Call &call) {
+    const Portset *portset = call.model.findPortset(textAt(call.input, 0, kSwitchWidth));
+    if (portset == nullptr) return failure(ENOENT);
+    size_t plumbed = 0;
+    if (portset->owner != nullptr) plumbed = plumbedPorts(call.model, portset->owner).size();
+    Record stats(kSwitchStats);
+    stats.put(0, static_cast<uint32_t>(plumbed));
+    putCounters(call.model.readCounters("spf switch " + portset->name), 8, kSwitchStats, &stats);
+    return {0, stats.take()};
+}
+
+std::string failures(const Model &model) {
+    const auto &counts = model.deviceValues(kCounts);
+    const auto found = counts.find(kFailuresKey);
+    return found == counts.end() ? std::string(kFailures, '\0') : found->second;
+}
+
+Result getConfigFailureStats(const Call &call) {
+    return {0, failures(call.model)};
+}
+
+// --- changing ---
+
+// Empty for what is not the address of a station.
+std::string parseMac(const std::string &text) {
+    std::string mac(kMacSize, '\0');
+    auto *const bytes = reinterpret_cast<uint8_t *>(mac.data());
+    int length = 0;
+    const int parts = std::sscanf(text.c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx%n", &bytes[0], &bytes[1],
+                                  &bytes[2], &bytes[3], &bytes[4], &bytes[5], &length);
+    const bool whole = parts == 6 && length == 17 && text.size() == 17;
+    return whole && (bytes[0] & 1) == 0 && mac != std::string(kMacSize, '\0') ? mac : "";
+}
+
+// A port is plumbed once, and an address is that of one plumbed port of its switch.
+int plumb(Model &model, const Port &port, const std::string &mac) {
+    if (plumbedMac(model, port) != nullptr) return EEXIST;
+    for (const Port *other : plumbedPorts(model, port.owner)) {
+        if (*plumbedMac(model, *other) == mac) return EEXIST;
+    }
+    model.setDeviceValue(kPlumbed, rowOf(port), mac);
+    return 0;
+}
+
+// Counts a refusal in the word at `offset`.
+Result answerChange(const Call &call, size_t offset, int error) {
+    if (error != 0) {
+        const std::string before = failures(call.model);
+        Record record(kFailures);
+        record.bytes(0, before).put(offset, u32At(before, offset) + 1);
+        call.model.setDeviceValue(kCounts, kFailuresKey, record.view());
+    }
+    return failure(error);
+}
+
+Result plumbPort(const Call &call) {
+    const Port *port = requestedPort(call);
+    const std::string mac = parseMac(std::string(textAt(call.input, kMacAt, kMacWidth)));
+    const int error = port == nullptr ? ENOENT : mac.empty() ? EINVAL : plumb(call.model, *port, mac);
+    return answerChange(call, 0, error);
+}
+
+Result unplumbPort(const Call &call) {
+    const Port *port = requestedPort(call);
+    const bool plumbed = port != nullptr && plumbedMac(call.model, *port) != nullptr;
+    if (plumbed) call.model.clearDeviceValue(kPlumbed, rowOf(*port));
+    return answerChange(call, 4, plumbed ? 0 : ENOENT);
+}
+
+constexpr Command kCommands[] = {
+    {4097, kRequestSize, "GetPortsList", getPortsList},
+    {4098, sizeof(uint32_t), "GetGVMPortStats", getGuestPortStats},
+    {4099, sizeof(uint32_t), "GetSVMPortStats", getServicePortStats},
+    {4100, kRequestSize, "GetSPFPortStats", getSwitchStats},
+    {8193, kRequestSize, "PlumbSpfPort", plumbPort},
+    {8194, kRequestSize, "UnPlumbSpfPort", unplumbPort},
+    {8195, 0, "GetConfigFailureStats", getConfigFailureStats},
+};
+
+// A port that is plumbed already gets the lab's address.
+void applyPort(Members &members, Model &model) {
+    const Port &port = portOf(members, model);
+    const std::string mac = parseMac(members.text("mac"));
+    if (mac.empty()) members.fail("mac", "is not the address of a station");
+    model.clearDeviceValue(kPlumbed, rowOf(port));
+    if (plumb(model, port, mac) != 0) members.fail("mac", "is the address of another port");
+}
+
+void applyPorts(const nlohmann::json &value, Model &model) {
+    eachOf(value, kMember, [&](Members &members) { applyPort(members, model); });
+}
+
+constexpr LabMember kLab[] = {{kMember, applyPorts}};
+
+}  // namespace
+
+constexpr DevicePart kSpf = {.commands = kCommands, .lab = kLab};
+
+}  // namespace qvs::kernel

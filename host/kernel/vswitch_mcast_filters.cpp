@@ -1,0 +1,227 @@
+// /dev/vswitch: the multicast groups that ports have joined, which a lab says.
+//
+// Requests carry the portset name at 0 (128 bytes), the port at 176 (its number; 0: all of the switch), the
+// type at 180 (0 MAC, 2 IPv4, 3 IPv6) and the group at 184. A filter is an address of 6, 4 or 16 bytes. The
+// other records are this kernel's own:
+//
+//   switch filter 20          group (6, 4 or 16 bytes, zeros), u32 ports that have joined it at 16
+//   group statistics 28 + n   u64 frames let in, u64 frames dropped, u32 1 when sources are named at 16, u32
+//                             number of sources at 20, u32 ports that have joined it at 24; the sources (4 or
+//                             16 bytes)
+#include <arpa/inet.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <set>
+
+#include <fmt/format.h>
+
+#include "kernel/device_request.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+// A row for each port and group: "PORT TYPE GROUP" in hexadecimal, the value is the sources' addresses.
+constexpr char kJoined[] = "multicast groups";
+constexpr char kMember[] = "mcastFilters";
+
+constexpr size_t kPortAt = SwitchRequest::kOwnAt;
+constexpr size_t kTypeAt = SwitchRequest::kOwnAt + 4;
+constexpr size_t kGroupAt = SwitchRequest::kOwnAt + 8;
+constexpr size_t kSwitchFilter = 20;
+constexpr size_t kPortsAt = 16;
+constexpr size_t kStatsHead = 28;
+
+enum Type : uint32_t { Mac = 0, IPv4 = 2, IPv6 = 3 };
+
+// Nothing for a number that is no type.
+size_t addressSize(uint32_t type) {
+    return type == Mac ? 6 : type == IPv4 ? 4 : type == IPv6 ? 16 : 0;
+}
+
+struct Address {
+    Type type = Mac;
+    std::string bytes;  // in network order
+
+    auto operator<=>(const Address &) const = default;
+};
+
+std::string keyBegin(uint32_t port, uint32_t type) {
+    return fmt::format("{:08x} {} ", port, type);
+}
+
+std::string keyOf(uint32_t port, const Address &group) {
+    std::string key = keyBegin(port, group.type);
+    for (const char c : group.bytes)
+        fmt::format_to(std::back_inserter(key), "{:02x}", static_cast<uint8_t>(c));
+    return key;
+}
+
+// What ports have joined of one type, over all the ports asked for.
+struct Group {
+    uint32_t ports = 0;
+    std::set<std::string> sources;
+};
+using Groups = std::map<std::string, Group>;
+
+std::string bytesOf(std::string_view hex) {
+    std::string bytes;
+    for (; hex.size() >= 2; hex.remove_prefix(2)) {
+        const auto digit = [](char c) { return c <= '9' ? c - '0' : c - 'a' + 10; };
+        bytes += static_cast<char>(digit(hex[0]) << 4 | digit(hex[1]));
+    }
+    return bytes;
+}
+
+void addGroups(const Model &model, const Port &port, uint32_t type, Groups *groups) {
+    const Model::DeviceValues &rows = model.deviceValues(kJoined);
+    const std::string begin = keyBegin(port.number, type);
+    for (auto row = rows.lower_bound(begin); row != rows.end() && row->first.starts_with(begin); ++row) {
+        Group &group = (*groups)[bytesOf(std::string_view(row->first).substr(begin.size()))];
+        ++group.ports;
+        for (size_t at = 0; at < row->second.size(); at += addressSize(type))
+            group.sources.insert(row->second.substr(at, addressSize(type)));
+    }
+}
+
+// Each port of the switch that has joined anything: there are fewer of them than ports.
+void addGroupsOfSwitch(const Model &model, const Switch &sw, uint32_t type, Groups *groups) {
+    const Model::DeviceValues &rows = model.deviceValues(kJoined);
+    for (auto row = rows.begin(); row != rows.end();) {
+        uint32_t number = 0;
+        std::sscanf(row->first.c_str(), "%8x", &number);
+        const Port *port = model.findPort(number);
+        if (port != nullptr && port->owner == &sw) addGroups(model, *port, type, groups);
+        row = rows.lower_bound(fmt::format("{:08x}!", number));  // "!" is what follows the blank
+    }
+}
+
+// What a request asks for. An errno, or 0.
+int findGroups(const Call &call, uint32_t number, Groups *groups) {
+    const Portset *portset = requestedPortset(call);
+    if (portset == nullptr) return ENOENT;
+    const uint32_t type = u32At(call.input, kTypeAt);
+    if (addressSize(type) == 0) return EINVAL;
+    if (number == 0) {
+        if (portset->owner != nullptr) addGroupsOfSwitch(call.model, *portset->owner, type, groups);
+        return 0;
+    }
+    const Port *port = call.model.findPort(number);
+    if (port == nullptr || port->owner != portset->owner) return ENOENT;
+    addGroups(call.model, *port, type, groups);
+    return 0;
+}
+
+Result getMcastFilters(const Call &call) {
+    Groups groups;
+    if (const int error = findGroups(call, u32At(call.input, kPortAt), &groups)) return failure(error);
+    const std::vector<std::pair<std::string, Group>> list(groups.begin(), groups.end());
+    const size_t size = addressSize(u32At(call.input, kTypeAt));
+    return countedList(call, 0, size, list,
+                       [&](const auto &group) { return Record(size).bytes(0, group.first); });
+}
+
+// The port field is not part of this request.
+Result getSwitchMcastFilters(const Call &call) {
+    Groups groups;
+    if (const int error = findGroups(call, 0, &groups)) return failure(error);
+    const std::vector<std::pair<std::string, Group>> list(groups.begin(), groups.end());
+    return countedList(call, 0, kSwitchFilter, list, [](const auto &group) {
+        return Record(kSwitchFilter).bytes(0, group.first).put(kPortsAt, group.second.ports);
+    });
+}
+
+Result getMcastFilterStats(const Call &call) {
+    const uint32_t type = u32At(call.input, kTypeAt);
+    if (type == Mac) return failure(EINVAL);
+    const uint32_t number = u32At(call.input, kPortAt);
+    Groups groups;
+    if (const int error = findGroups(call, number, &groups)) return failure(error);
+    const size_t size = addressSize(type);
+    const std::string address(call.input.substr(kGroupAt, size));
+    const auto found = groups.find(address);
+    if (found == groups.end()) return failure(ENOENT);
+
+    const Portset &portset = *requestedPortset(call);
+    const Address group{static_cast<Type>(type), address};
+    CounterRow counters = call.model.readCounters("multicast " + portset.name + "/" + keyOf(number, group));
+    const std::set<std::string> &sources = found->second.sources;
+    const bool headOnly = call.outLength <= kStatsHead;
+    const size_t room = headOnly ? sources.size() : (call.outLength - kStatsHead) / size;
+    const size_t count = std::min(room, sources.size());
+    Record head(kStatsHead);
+    head.put(0, counters.next()).put(8, counters.next()).put(16, uint32_t{!sources.empty()});
+    head.put(20, static_cast<uint32_t>(count)).put(24, found->second.ports);
+    Result result;
+    result.output = head.take();
+    if (headOnly) return result;
+    std::for_each_n(sources.begin(), count, [&](const std::string &source) { result.output += source; });
+    return result;
+}
+
+constexpr Command kCommands[] = {
+    {0x1008, SwitchRequest::kSize, "GetMcastFilters", getMcastFilters},
+    {0x1009, SwitchRequest::kSize, "GetSwitchMcastFilters", getSwitchMcastFilters},
+    {0x100a, SwitchRequest::kSize, "GetMcastFilterStats", getMcastFilterStats},
+};
+
+// --- the lab ---
+
+Address parseAddress(const Members &members, const char *name, const std::string &text) {
+    std::string bytes(16, '\0');
+    if (inet_pton(AF_INET, text.c_str(), bytes.data()) == 1) return {IPv4, bytes.substr(0, 4)};
+    if (inet_pton(AF_INET6, text.c_str(), bytes.data()) == 1) return {IPv6, bytes};
+    std::array<uint8_t, 6> mac{};
+    int length = 0;
+    const int parts = std::sscanf(text.c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx%n", &mac[0], &mac[1],
+                                  &mac[2], &mac[3], &mac[4], &mac[5], &length);
+    if (parts != 6 || text.size() != 17 || length != 17)
+        members.fail(name, "is none of a MAC, IPv4 and IPv6 address: " + text);
+    return {Mac, {mac.begin(), mac.end()}};
+}
+
+bool isMulticast(const Address &address) {
+    const auto first = static_cast<uint8_t>(address.bytes[0]);
+    return address.type == Mac ? (first & 1) != 0 : address.type == IPv4 ? first >> 4 == 0xe : first == 0xff;
+}
+
+// The address behind this one, of the last 32 bits.
+void advance(Address *address) {
+    size_t at = address->bytes.size();
+    for (int i = 0; i < 4 && ++address->bytes[--at] == 0; ++i) {
+    }
+}
+
+void applyFilter(Members &members, Model &model) {
+    const Port &port = portOf(members, model);
+    Address group = parseAddress(members, "group", members.text("group"));
+    if (!isMulticast(group)) members.fail("group", "is not a group");
+    std::string sources;
+    for (const std::string &text : members.texts("sources")) {
+        const Address source = parseAddress(members, "sources", text);
+        if (group.type == Mac || source.type != group.type)
+            members.fail("sources", "holds an address of another type");
+        sources += source.bytes;
+    }
+    for (uint32_t left = members.maybeNumber("count").value_or(1); left != 0; --left) {
+        model.setDeviceValue(kJoined, keyOf(port.number, group), sources);
+        advance(&group);
+    }
+}
+
+// A lab that says anything about groups says all of it.
+void applyFilters(const nlohmann::json &value, Model &model) {
+    while (!model.deviceValues(kJoined).empty())
+        model.clearDeviceValue(kJoined, std::string(model.deviceValues(kJoined).begin()->first));
+    eachOf(value, kMember, [&](Members &members) { applyFilter(members, model); });
+}
+
+constexpr LabMember kLab[] = {{kMember, applyFilters}};
+
+}  // namespace
+
+constexpr DevicePart kVswitchMcastFilters = {.commands = kCommands, .lab = kLab};
+
+}  // namespace qvs::kernel
