@@ -20,11 +20,13 @@ T numberAt(std::string_view bytes, size_t offset) {
 
 std::span<const Device> devices() {
     static const Device kDevices[] = {
-        {"/dev/vswitch", kNaturalFrame, {&kVswitchInventory, &kVswitchMulticast}},
+        {"/dev/vswitch",
+         kNaturalFrame,
+         {&kVswitchInventory, &kVswitchMac, &kVswitchLearning, &kVswitchOptions, &kVswitchMulticast}},
         {"/dev/ipfix", kNaturalFrame, {}},
         {"/dev/traceflow", kPackedFrame, {}},
         {"/dev/livetrace", kPackedFrame, {}},
-        {"/crate/devices/char/hypdriver/rtm", kNaturalFrame, {}},
+        {"/crate/devices/char/hypdriver/rtm", kNaturalFrame, {&kRouteTable}},
         {"/crate/devices/char/hypdriver/tarn_bfd", kPackedFrame, {}},
         {"/crate/devices/char/hypdriver/kcp", kOutputFrame, {}},
         {"/crate/devices/char/hypdriver/tarn-spf", kNaturalFrame, {}},
@@ -60,6 +62,10 @@ Frame readFrame(const FrameLayout &layout, std::string_view bytes) {
     frame.outLength = u32At(bytes, layout.outLength);
     frame.outAddress = u64At(bytes, layout.outAddress);
     return frame;
+}
+
+uint16_t u16At(std::string_view bytes, size_t offset) {
+    return numberAt<uint16_t>(bytes, offset);
 }
 
 uint32_t u32At(std::string_view bytes, size_t offset) {

@@ -93,6 +93,10 @@ const Device *findDevice(std::string_view path);
 
 // The parts with a model, one a file; the table of devices is in device.cpp.
 extern const DevicePart kVswitchInventory;
+extern const DevicePart kVswitchMac;
+extern const DevicePart kVswitchLearning;
+extern const DevicePart kVswitchOptions;
+extern const DevicePart kRouteTable;
 extern const DevicePart kVswitchMulticast;
 
 inline Result failure(int error) {
@@ -100,6 +104,7 @@ inline Result failure(int error) {
 }
 
 // Fields of fetched records and frames; what lies beyond the end reads as zero.
+uint16_t u16At(std::string_view bytes, size_t offset);
 uint32_t u32At(std::string_view bytes, size_t offset);
 uint64_t u64At(std::string_view bytes, size_t offset);
 // A text field: up to its NUL or its end.

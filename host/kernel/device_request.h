@@ -12,12 +12,24 @@ struct SwitchRequest {
     static constexpr size_t kNameAt = 0;
     static constexpr size_t kNameWidth = 128;
     static constexpr size_t kPortNumberAt = 128;
+    static constexpr size_t kPortIdAt = 128;
     static constexpr size_t kOwnAt = 176;  // from here on each command has fields of its own
 };
 
 // The portset that a request names; null for an unknown one.
 inline const Portset *requestedPortset(const Call &call) {
     return call.model.findPortset(textAt(call.input, SwitchRequest::kNameAt, SwitchRequest::kNameWidth));
+}
+
+// The switch that a request names by its identifier, not by its portset.
+inline const Switch *requestedSwitchById(const Call &call) {
+    return call.model.findSwitch(textAt(call.input, SwitchRequest::kNameAt, 64));
+}
+
+// The distributed port of such a switch.
+inline const Port *requestedDvPort(const Call &call) {
+    const Switch *sw = requestedSwitchById(call);
+    return sw == nullptr ? nullptr : sw->port(textAt(call.input, SwitchRequest::kPortIdAt, 48));
 }
 
 // The switch that a lab calls by its alias or identifier in the member "switch".

@@ -2,6 +2,7 @@
 #include "kernel/json_members.h"
 
 #include <charconv>
+#include <cstdio>
 
 #include <fmt/format.h>
 
@@ -43,6 +44,18 @@ std::optional<uint32_t> Members::maybeNumber(const char *name) {
         fail(name, "is not a number from 0 to 4294967295");
     }
     return value->get<uint32_t>();
+}
+
+std::optional<std::array<uint8_t, 6>> Members::maybeMac(const char *name) {
+    const auto given = maybeText(name);
+    if (!given) return std::nullopt;
+    std::array<uint8_t, 6> mac{};
+    int length = 0;
+    const int parts = std::sscanf(given->c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx%n", &mac[0], &mac[1],
+                                  &mac[2], &mac[3], &mac[4], &mac[5], &length);
+    if (parts != 6 || given->size() != 17 || length != 17)
+        fail(name, "is not an address like 02:00:00:00:00:01");
+    return mac;
 }
 
 std::vector<std::string> Members::texts(const char *name) {

@@ -2,6 +2,7 @@
 // named.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -31,6 +32,8 @@ class Members {
     std::optional<std::string> maybeText(const char *name);
     // An unsigned 32-bit number.
     std::optional<uint32_t> maybeNumber(const char *name);
+    // An address like "02:00:00:00:00:01".
+    std::optional<std::array<uint8_t, 6>> maybeMac(const char *name);
     std::vector<std::string> texts(const char *name);
     // The member itself, or null.
     const nlohmann::json *any(const char *name);

@@ -1,6 +1,4 @@
 // Reading the lab JSON; every unknown member and every wrong type is named.
-#include <cstdio>
-
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
@@ -18,23 +16,13 @@ bool linkState(const Members &members, const std::string &text) {
     return text == "up";
 }
 
-std::array<uint8_t, 6> macAddress(const Members &members, const std::string &text) {
-    std::array<uint8_t, 6> mac{};
-    int length = 0;
-    const int parts = std::sscanf(text.c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx%n", &mac[0], &mac[1],
-                                  &mac[2], &mac[3], &mac[4], &mac[5], &length);
-    if (parts != 6 || text.size() != 17 || length != 17)
-        members.fail("mac", "is not an address like 02:00:00:00:00:01");
-    return mac;
-}
-
 Lab::NicPart parseNic(Members members) {
     Lab::NicPart nic;
     nic.name = members.text("name");
     if (const auto link = members.maybeText("link")) nic.link = linkState(members, *link);
     nic.speedMbps = members.maybeNumber("speedMbps");
     nic.mtu = members.maybeNumber("mtu");
-    if (const auto mac = members.maybeText("mac")) nic.mac = macAddress(members, *mac);
+    nic.mac = members.maybeMac("mac");
     members.finish();
     return nic;
 }

@@ -438,17 +438,31 @@ const Model::DeviceValues &Model::deviceValues(std::string_view device) const {
 }
 
 void Model::setDeviceValue(std::string_view device, std::string_view key, std::string_view value) {
-    Transaction transaction(store_);
-    store_.run(Sql::SetDeviceValue, device, key, value);
-    transaction.commit();
-    deviceValues_[std::string(device)].insert_or_assign(std::string(key), std::string(value));
+    setDeviceValues(device, {{std::string(key), std::string(value)}});
 }
 
 void Model::clearDeviceValue(std::string_view device, std::string_view key) {
+    clearDeviceValues(device, {std::string(key)});
+}
+
+void Model::setDeviceValues(std::string_view device, const DeviceValues &values) {
     Transaction transaction(store_);
-    store_.run(Sql::RemoveDeviceValue, device, key);
+    for (const auto &[key, value] : values)
+        store_.run(Sql::SetDeviceValue, device, std::string_view(key), std::string_view(value));
     transaction.commit();
-    deviceValues_[std::string(device)].erase(std::string(key));
+    DeviceValues &own = deviceValues_[std::string(device)];
+    for (const auto &[key, value] : values)
+        own.insert_or_assign(key, value);
+}
+
+void Model::clearDeviceValues(std::string_view device, const std::vector<std::string> &keys) {
+    Transaction transaction(store_);
+    for (const std::string &key : keys)
+        store_.run(Sql::RemoveDeviceValue, device, std::string_view(key));
+    transaction.commit();
+    DeviceValues &own = deviceValues_[std::string(device)];
+    for (const std::string &key : keys)
+        own.erase(key);
 }
 
 void Model::seedCounters(uint32_t seed) {

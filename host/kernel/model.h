@@ -180,6 +180,9 @@ class Model {
     const DeviceValues &deviceValues(std::string_view device) const;
     void setDeviceValue(std::string_view device, std::string_view key, std::string_view value);
     void clearDeviceValue(std::string_view device, std::string_view key);
+    // Several values as one change.
+    void setDeviceValues(std::string_view device, const DeviceValues &values);
+    void clearDeviceValues(std::string_view device, const std::vector<std::string> &keys);
 
     // What the counters of an object stand at now; each look moves them on.
     CounterRow readCounters(std::string_view object) { return counters_.read(object); }
