@@ -92,6 +92,29 @@ TEST_F(Mtu, PutsBackLastFirstWhatWasSet) {
     }
 }
 
+TEST_F(Mtu, UsesTheUplinksThatAreListed) {
+    std::string lines;
+    for (int i = 0; i < 33; ++i)
+        lines += toHex("pnic0/\n");
+    struct {
+        std::string fault;
+        int uplinks;
+    } const rows[] = {
+        {R"("output":[{"offset":0,"hex":")" + lines + "\"}]", 32},
+        {R"("truncate":0)", 0},
+    };
+    for (const auto &[fault, uplinks] : rows) {
+        clearTrace();
+        addFault("ls /net", fault);
+        EXPECT_STATUS(VSDVS_SetMTU("sw1", 1600), 0);
+        std::string nics;
+        for (int i = 0; i < uplinks; ++i)
+            nics += nic(0, 1600);
+        EXPECT_EQ(takeTrace(),
+                  get() + list() + nics + portset(1600) + property("vswitch") + property("etherswitch"));
+    }
+}
+
 TEST_F(Mtu, LastNumberInTheAnswerCounts) {
     struct {
         const char *hex;

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "places.h"
 #include "support/bytes.h"
 #include "support/host.h"
 
@@ -25,46 +26,10 @@ class Policy : public testing::Test {
     }
 };
 
-enum Where { Global, Host, Port };
-
 std::string line(Where where, const char *verb, const std::string &key, const std::string &rest) {
     const char *const calls[] = {"GlobalProp", "HostProp", "PortData"};
     return "state " + std::string(calls[where]) + verb + R"( switch="id")" +
            (where == Port ? R"( port="port0")" : "") + " key=\"" + key + "\"" + rest + "\n";
-}
-
-std::optional<std::string> stored(Where where, const std::string &key) {
-    switch (where) {
-        case Global:
-            return globalProp("id", key.c_str());
-        case Host:
-            return hostProp("id", key.c_str());
-        default:
-            return portProp("id", "port0", key.c_str());
-    }
-}
-
-HYP_ReturnStatus clear(Where where, const std::string &key) {
-    switch (where) {
-        case Global:
-            return DVSHYP_GlobalPropClear("id", key.c_str());
-        case Host:
-            return DVSHYP_HostPropClear("id", key.c_str());
-        default:
-            return DVSHYP_PortDataClear("id", "port0", key.c_str());
-    }
-}
-
-HYP_ReturnStatus store(Where where, const std::string &key, const std::string &value) {
-    const auto size = static_cast<uint32_t>(value.size());
-    switch (where) {
-        case Global:
-            return DVSHYP_GlobalPropSet("id", key.c_str(), value.data(), size, 16);
-        case Host:
-            return DVSHYP_HostPropSet("id", key.c_str(), value.data(), size, 16);
-        default:
-            return DVSHYP_PortDataSet("id", "port0", key.c_str(), value.data(), size, 16);
-    }
 }
 
 const std::string kTeamingRecord = u32(1) + u32(0xa0) + u32(7) + u32(0x2c) + u32(1) + u32(1) +
@@ -232,7 +197,7 @@ TEST_F(Policy, AbsentKeysGiveTheDefaultAndWrongSizesFail) {
         EXPECT_STATUS(row.get(out.data()), row.absent);
         EXPECT_EQ(takeTrace(), line(row.where, "Get", row.key, " -> 0xbad0003"));
         EXPECT_BYTES(out.substr(0, row.fallback.size()), row.fallback);
-        for (const size_t size : {size_t{0}, size_t{1}, row.size - 1, row.size, row.size + 1}) {
+        for (size_t size = 0; size <= row.size + 1; ++size) {
             ASSERT_STATUS(store(row.where, row.key, std::string(size, 3)), 0);
             out.assign(2700, '\xee');
             EXPECT_STATUS(row.get(out.data()), size == row.size ? 0 : 0xbad0001) << size;
