@@ -126,6 +126,15 @@ void setPort(const Arguments &arguments, Output &out) {
     });
 }
 
+// The library has no clear for this one but the one of all properties.
+void clearPort(const Arguments &arguments, Output &out) {
+    PolicyPlace place(kPortLearning, arguments);
+    clearPolicy(out, place, [&] {
+        return call("VSDVS_ClearPortProp", VSDVS_ClearPortProp, place.name(), place.port(), kPortLearning.key,
+                    nullptr, uint8_t{1});
+    });
+}
+
 // --- the three switches of a host ---
 
 void getSwitch(const Policy &policy, const Arguments &arguments, Output &out, std::string_view name,
@@ -220,6 +229,17 @@ const Command kRows[] = {
      .example = "qvs port mac-learning set sw1 port0 --learning on --limit 128 --limit-policy deny",
      .run = setPort,
      .touches = touches<kPortLearning, kPortSecurity>},
+    {.noun = "port",
+     .verb = "mac-learning clear",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "go back to the default for how a port learns addresses",
+     .arguments = {kSwitchArgument, kPortArgument},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs port mac-learning clear sw1 port0",
+     .run = clearPort,
+     .touches = touches<kPortLearning>},
     {.noun = "learn-static",
      .verb = "get",
      .access = Access::Reads,

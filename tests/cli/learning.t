@@ -89,6 +89,10 @@ The same of a port. The first byte is what the port's security says when the rec
   sw1/port0 com.quillon.vswitch.port.macManagement: changed
   qvs: switch 'sw1': port 'port0': MAC learning: Failure (0xbad0001)
   ? 1
+  $ qvs port mac-learning clear sw1 port0 --json; qvs port mac-learning clear sw1 port0; qvs port mac-learning get sw1 port0 --json
+  {"switch":"sw1","port":"port0","changed":true}
+  sw1/port0: unchanged
+  {"switch":"sw1","port":"port0","learning":false,"flooding":false,"limit":4096,"limitPolicy":"allow","stored":false}
 
 The switches of a host.
 
