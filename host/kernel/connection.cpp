@@ -1,6 +1,8 @@
 // Messages of a client, and the requests that are one message and one reply.
 #include "kernel/connection.h"
 
+#include <sys/socket.h>
+
 #include <algorithm>
 #include <array>
 #include <csignal>
@@ -127,6 +129,25 @@ void Connection::sendParts(std::string message, Blob tail, std::function<void()>
         });
 }
 
+// A client that has its answers read has room for so short a message; one that has not gets the long form.
+bool Connection::sendFile(wire::Writer &message, int file) {
+    const std::string_view bytes = message.bytes();
+    iovec part = {const_cast<char *>(bytes.data()), bytes.size()};
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof file)] = {};
+    msghdr header = {};
+    header.msg_iov = &part;
+    header.msg_iovlen = 1;
+    header.msg_control = control;
+    header.msg_controllen = sizeof control;
+    cmsghdr *beside = CMSG_FIRSTHDR(&header);
+    beside->cmsg_level = SOL_SOCKET;
+    beside->cmsg_type = SCM_RIGHTS;
+    beside->cmsg_len = CMSG_LEN(sizeof file);
+    std::memcpy(CMSG_DATA(beside), &file, sizeof file);
+    const ssize_t sent = sendmsg(socket_.native_handle(), &header, MSG_NOSIGNAL | MSG_DONTWAIT);
+    return sent == static_cast<ssize_t>(bytes.size());
+}
+
 bool Connection::watched() const {
     return kernel().trace.active() || !kernel().faults.empty();
 }
@@ -173,17 +194,17 @@ void Connection::serveState(Kind kind, const std::string &payload) {
     const auto parsed = parseStateRequest(kind, payload);
     if (!parsed) return drop(fmt::format("a malformed request of kind {}", static_cast<uint32_t>(kind)));
     const std::string line = watched() ? describe(*parsed) : std::string();
-    const auto reply = [self = shared_from_this()](const StateAnswer &answer) {
+    const auto reply = [self = shared_from_this(), asFile = parsed->asFile](const StateAnswer &answer) {
         wire::Writer message(Kind::Reply);
         message.u32(static_cast<uint32_t>(answer.status));
         if (answer.blob.owner == nullptr) {
             if (answer.hasValue) message.text(answer.value);
             return self->send(std::move(message));
         }
-        // The head already counts what follows it.
-        const size_t whole =
-            message.bytes().size() - sizeof(wire::Head) + sizeof(uint32_t) + answer.blob.bytes.size();
         message.u32(static_cast<uint32_t>(answer.blob.bytes.size()));
+        if (asFile && answer.blob.file >= 0 && self->sendFile(message, answer.blob.file)) return self->next();
+        // The head already counts what follows it.
+        const size_t whole = message.bytes().size() - sizeof(wire::Head) + answer.blob.bytes.size();
         std::string start(message.bytes());
         const auto length = static_cast<uint32_t>(whole);
         std::memcpy(start.data() + offsetof(wire::Head, length), &length, sizeof length);

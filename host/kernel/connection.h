@@ -42,6 +42,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
     // Sends a message and goes on with `then`, by default with the client's next message.
     void send(wire::Writer message, std::function<void()> then = {});
     void sendParts(std::string message, Blob tail, std::function<void()> then);
+    // Sends a short message with a file beside it; false when nothing was sent.
+    bool sendFile(wire::Writer &message, int file);
 
     // Runs `perform` with what fault injection has in mind for the request that `line` describes.
     void underFaults(const std::string &line, std::function<void(const Effect &)> perform);

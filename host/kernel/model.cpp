@@ -33,9 +33,17 @@ std::vector<std::string> parseUplinkPorts(std::string_view value) {
     return names;
 }
 
+void Port::set(PropertyRef property) {
+    if (property->key == kPortBlockKey) blocked = untilNul(property->value) == "true";
+    properties.set(std::move(property));
+}
+
+void Port::clear(std::string_view key) {
+    if (key == kPortBlockKey) blocked = false;
+    properties.clear(key);
+}
+
 uint32_t Port::flags() const {
-    const Property *block = properties.find(kPortBlockKey);
-    const bool blocked = block != nullptr && untilNul(block->value) == "true";
     return (inUse() ? kPortInUse : 0) | (linkUp() ? kPortLinkUp : 0) | (blocked ? kPortBlocked : 0);
 }
 
@@ -214,7 +222,7 @@ Status Model::addPort(std::string_view switchId, std::string_view portId,
 
     Port &port = insertPort(*sw, number, portId);
     for (const PropertyView &property : properties) {
-        if (property.key != kPortStatusKey) port.properties.set(pool_.intern(property));
+        if (property.key != kPortStatusKey) port.set(pool_.intern(property));
     }
     ++nextPort_;
     applyBindings(bindings);
@@ -351,9 +359,9 @@ Status Model::changePortProperty(Port &port, std::string_view key, const Propert
     port.changed = true;
     if (isStatus) port.statusFrom = Port::StatusFrom::Client;
     if (property != nullptr) {
-        port.properties.set(pool_.intern(*property));
+        port.set(pool_.intern(*property));
     } else {
-        port.properties.clear(key);
+        port.clear(key);
     }
     if (isBlock) applyStatusReturn(port);
     changed();
@@ -367,7 +375,7 @@ void Model::storeStatusReturn(const Port &port) {
 }
 
 void Model::applyStatusReturn(Port &port) {
-    port.properties.clear(kPortStatusKey);
+    port.clear(kPortStatusKey);
     port.statusFrom = Port::StatusFrom::Kernel;
 }
 

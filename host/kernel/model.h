@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <memory_resource>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -77,13 +78,16 @@ struct Port {
     uint32_t number = 0;
     Switch *owner = nullptr;
     std::string id;
-    PropertyList properties;
+    PropertyList properties;  // changed by set and clear below
+    bool blocked = false;     // as one of them says
     std::string client;
     bool clientLink = false;
     StatusFrom statusFrom = StatusFrom::Kernel;
     bool changed = false;  // has rows of its own among the stored properties
     const Nic *nic = nullptr;
 
+    void set(PropertyRef property);
+    void clear(std::string_view key);
     bool inUse() const { return nic != nullptr || !client.empty(); }
     bool linkUp() const { return nic != nullptr ? nic->up() : !client.empty() && clientLink; }
     std::string_view clientName() const { return nic != nullptr ? nic->name : client; }
@@ -100,8 +104,9 @@ struct Switch {
     uint32_t version = 0;
     PropertyList global;
     PropertyList host;
-    Portset *portset = nullptr;                       // while associated
-    std::map<uint32_t, std::unique_ptr<Port>> ports;  // by number: in the order of their creation
+    Portset *portset = nullptr;                   // while associated
+    std::pmr::unsynchronized_pool_resource pool;  // keeps what a walk over the ports visits together
+    std::pmr::map<uint32_t, std::unique_ptr<Port>> ports{&pool};  // by number: in the order of their creation
     std::unordered_map<std::string_view, Port *> portsById;
     // The entries of the uplink list, in order and for look-up.
     std::vector<std::string> uplinks;
@@ -187,6 +192,11 @@ class Model {
     // What the counters of an object stand at now; each look moves them on.
     CounterRow readCounters(std::string_view object) { return counters_.read(object); }
     void seedCounters(uint32_t seed);
+    // Someone is about to look at the statistics of a port, at a property, or at everything: the statistics
+    // of busy ports have grown.
+    void look(Port &port);
+    void look(const Place &place, std::string_view key);
+    void lookAtAll();
 
   private:
     // Which NIC is to serve which port number (0: none), where that changes.

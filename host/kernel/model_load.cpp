@@ -124,7 +124,7 @@ void Model::loadPorts() {
         port.client = row.text(3);
         port.clientLink = row.integer(4) != 0;
         const bool whole = unpackStored(row.bytes(5), [&](const PropertyView &property) {
-            if (property.key != kPortStatusKey) port.properties.set(pool_.intern(property));
+            if (property.key != kPortStatusKey) port.set(pool_.intern(property));
         });
         if (!whole) damaged(fmt::format("the properties of port {:#x} are damaged", number));
         nextPort_ = std::max(nextPort_, number + 1);
@@ -136,10 +136,10 @@ void Model::loadPorts() {
         port->changed = true;
         if (key == kPortStatusKey) port->statusFrom = Port::StatusFrom::Client;
         if (row.null(2)) {
-            port->properties.clear(key);
+            port->clear(key);
         } else {
             // The key is passed on before the value's column is read, and both stay valid for this row.
-            port->properties.set(pool_.intern({key, row.bytes(2), row.u32(3)}));
+            port->set(pool_.intern({key, row.bytes(2), row.u32(3)}));
         }
     });
 }

@@ -14,12 +14,29 @@ size_t PropertyPool::Hash::hash(const PropertyView &view) {
 
 PropertyRef PropertyPool::intern(const PropertyView &view) {
     if (const auto found = known_.find(view); found != known_.end()) return (*found)->shared_from_this();
-    auto fresh = std::make_unique<const Property>(view);
+    auto fresh = std::make_unique<const Property>(takeKey(view.key), view);
     known_.insert(fresh.get());
     return PropertyRef(fresh.release(), [this](const Property *property) {
         known_.erase(property);
+        returnKey(property->key);
         delete property;
     });
+}
+
+std::string_view PropertyPool::takeKey(std::string_view key) {
+    auto found = keys_.find(key);
+    if (found == keys_.end()) {
+        auto text = std::make_unique<std::string>(key);
+        const std::string_view pooled = *text;
+        found = keys_.emplace(pooled, std::pair(std::move(text), 0)).first;
+    }
+    ++found->second.second;
+    return found->first;
+}
+
+void PropertyPool::returnKey(std::string_view key) {
+    const auto found = keys_.find(key);
+    if (--found->second.second == 0) keys_.erase(found);
 }
 
 std::vector<PropertyRef>::iterator PropertyList::position(std::string_view key) {

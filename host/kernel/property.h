@@ -5,7 +5,9 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace qvs::kernel {
@@ -23,10 +25,11 @@ struct PropertyView {
 };
 
 struct Property : std::enable_shared_from_this<Property> {
-    explicit Property(const PropertyView &view) : key(view.key), value(view.value), type(view.type) {}
+    Property(std::string_view pooledKey, const PropertyView &view)
+        : key(pooledKey), value(view.value), type(view.type) {}
     PropertyView view() const { return {key, value, type}; }
 
-    const std::string key;
+    const std::string_view key;  // the pool's
     const std::string value;
     const uint32_t type;
 
@@ -58,7 +61,12 @@ class PropertyPool {
         bool operator()(const auto &a, const auto &b) const { return viewOf(a) == viewOf(b); }
     };
 
+    // There are few keys and many properties: looking at one touches no memory of its own for the key.
+    std::string_view takeKey(std::string_view key);
+    void returnKey(std::string_view key);
+
     std::unordered_set<const Property *, Hash, Equal> known_;
+    std::unordered_map<std::string_view, std::pair<std::unique_ptr<std::string>, size_t>> keys_;  // and uses
 };
 
 // The properties of one place, sorted by key.

@@ -9,10 +9,12 @@
 
 namespace qvs::kernel {
 
-// Bytes and whoever owns them; they stay while a slow client still receives an older state.
+// Bytes and whoever owns them; they stay while a slow client still receives an older state. Large ones are
+// also a sealed file in memory, which clients read on their own.
 struct Blob {
     std::shared_ptr<const void> owner;
     std::string_view bytes;
+    int file = -1;  // the owner's
 };
 
 class Snapshot {

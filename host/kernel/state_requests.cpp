@@ -92,6 +92,7 @@ std::optional<StateRequest> parseStateRequest(Kind kind, std::string_view payloa
         if (scope > static_cast<uint8_t>(Scope::Port)) return std::nullopt;
         request.place.scope = static_cast<Scope>(scope);
     }
+    if (kind == Kind::StateGet) request.asFile = reader.u8() != 0;
     if (kind != Kind::StateGet) request.place.switchId = reader.text();
     if (isPort) request.place.portId = reader.text();
     if (isProperty || kind == Kind::SwitchAdd) request.key = reader.text();
@@ -146,9 +147,11 @@ StateAnswer execute(const StateRequest &request, Kernel &kernel) try {
     StateAnswer answer;
     answer.hasValue = readsValue(request.kind);
     if (request.kind == Kind::StateGet) {
+        kernel.model.lookAtAll();
         answer.blob = kernel.snapshot.get();
         if (answer.blob.owner == nullptr) answer.status = Status::NoMemory;
     } else if (request.kind == Kind::PropGet) {
+        kernel.model.look(request.place, request.key);
         answer.status = kernel.model.property(request.place, request.key, &answer.value);
     } else {
         answer.status = change(request, kernel.model);

@@ -18,6 +18,7 @@ struct StateRequest {
     std::string_view value;  // or the container of a new port
     uint32_t type = 0;       // or the capacity of a switch
     uint32_t version = 0;
+    bool asFile = false;  // the client takes a large blob as a file
 };
 
 struct StateAnswer {

@@ -8,6 +8,7 @@
 
 using qvs::mesh::request;
 using qvs::mesh::requestBytes;
+using qvs::mesh::requestState;
 using qvs::wire::Kind;
 using qvs::wire::Scope;
 using qvs::wire::Writer;
@@ -95,10 +96,7 @@ HYP_ReturnStatus onSwitch(Kind kind, const char *switchId) {
 
 HYP_ReturnStatus DVSHYP_StateGet(void **buffer, uint32_t *length) {
     if (buffer == nullptr || length == nullptr) return HYP_BAD_PARAM;
-    return guarded([&] {
-        Writer message(Kind::StateGet);
-        return requestBytes(message, buffer, length);
-    });
+    return guarded([&] { return requestState(buffer, length); });
 }
 
 HYP_ReturnStatus DVSHYP_PortDataGet(const char *switchId, const char *portId, const char *key, void **value,

@@ -84,19 +84,39 @@ HYP_ReturnStatus broken() {
     return HYP_FAILURE;
 }
 
-// Reads the rest of a reply that carries bytes.
+// A status of ours alone: the reply's file did not arrive, because the program has no descriptor left.
+constexpr HYP_ReturnStatus kFileLost = 1;
+
+// The whole file behind a descriptor of the link's, which it closes.
+bool readFile(void *bytes, size_t size) {
+    const int file = link.client->takeFile();
+    auto *target = static_cast<char *>(bytes);
+    size_t taken = 0;
+    while (taken < size) {
+        const ssize_t step = pread(file, target + taken, size - taken, static_cast<off_t>(taken));
+        if (step < 0 && errno == EINTR) continue;
+        if (step <= 0) break;
+        taken += static_cast<size_t>(step);
+    }
+    const bool gotten = file >= 0 && taken == size;
+    if (file >= 0) close(file);
+    return gotten;
+}
+
+// Reads the rest of a reply that carries bytes, in itself or in a file beside it.
 HYP_ReturnStatus receiveValue(uint32_t rest, void **bytes, uint32_t *length) {
     uint32_t size = 0;
     if (rest < sizeof size) return broken();
     if (!link.client->receiveBytes(&size, sizeof size)) return lost();
-    if (size != rest - sizeof size) return broken();
+    const bool inFile = size != 0 && rest == sizeof size;
+    if (!inFile && size != rest - sizeof size) return broken();
     auto *value = static_cast<char *>(std::malloc(size_t{size} + 1));
     if (value == nullptr) {
         link.client->close();
         return HYP_NO_MEMORY;
     }
-    if (!link.client->receiveBytes(value, size)) {
-        const HYP_ReturnStatus status = lost();
+    if (inFile ? !readFile(value, size) : !link.client->receiveBytes(value, size)) {
+        const HYP_ReturnStatus status = inFile ? kFileLost : lost();
         std::free(value);
         return status;
     }
@@ -135,6 +155,15 @@ HYP_ReturnStatus requestBytes(wire::Writer &message, void **bytes, uint32_t *len
     *bytes = nullptr;
     *length = 0;
     return exchange(message, bytes, length);
+}
+
+HYP_ReturnStatus requestState(void **bytes, uint32_t *length) {
+    for (const bool asFile : {true, false}) {
+        wire::Writer message(wire::Kind::StateGet);
+        const HYP_ReturnStatus status = requestBytes(message.u8(asFile), bytes, length);
+        if (status != kFileLost) return status;
+    }
+    return HYP_FAILURE;
 }
 
 }  // namespace qvs::mesh

@@ -18,4 +18,7 @@ HYP_ReturnStatus request(wire::Writer &message);
 // After a failure the outputs are null and 0.
 HYP_ReturnStatus requestBytes(wire::Writer &message, void **bytes, uint32_t *length);
 
+// The same for the whole state.
+HYP_ReturnStatus requestState(void **bytes, uint32_t *length);
+
 }  // namespace qvs::mesh

@@ -94,15 +94,29 @@ void SnapshotWriter::addPort(std::string_view id, uint32_t state, std::span<cons
     range = Range(range.first(), range.count() + 1);
 }
 
-// Ordering compares the beginnings of the identifiers, which lie side by side; the ports themselves, far
-// apart, are looked at only where those are equal.
+// What the identifiers of all these ports begin with, but for as much as an Entry below takes.
+size_t SnapshotWriter::commonBeginning(std::span<const Port> ports) {
+    if (ports.empty()) return 0;
+    const auto &first = *ports.front().id();
+    size_t common = first.size() - 2 * sizeof(uint64_t);
+    for (const Port &port : ports) {
+        const auto same = std::mismatch(first.data(), first.data() + common, port.id()->data()).first;
+        common = static_cast<size_t>(same - first.data());
+    }
+    return common;
+}
+
+// Ordering compares what the identifiers have of their own, side by side; the ports themselves, far apart,
+// are looked at only where that is equal.
 std::vector<uint32_t> SnapshotWriter::portOrder() const {
     struct Entry {
-        std::array<uint64_t, 2> beginning;
+        uint64_t high;
+        uint64_t low;
         uint32_t port;
     };
     const auto before = [this](const Entry &a, const Entry &b) {
-        if (a.beginning != b.beginning) return a.beginning < b.beginning;
+        if (a.high != b.high) return a.high < b.high;
+        if (a.low != b.low) return a.low < b.low;
         const auto *id = ports_[a.port].id();
         return std::memcmp(id->data(), ports_[b.port].id()->data(), id->size()) < 0;
     };
@@ -110,11 +124,13 @@ std::vector<uint32_t> SnapshotWriter::portOrder() const {
     order.reserve(ports_.size());
     std::vector<Entry> entries;
     for (const Switch &sw : switches_) {
+        const size_t common =
+            commonBeginning(std::span(ports_).subspan(sw.ports().first(), sw.ports().count()));
         entries.clear();
         for (uint32_t i = 0; i < sw.ports().count(); ++i) {
             const uint32_t port = sw.ports().first() + i;
-            const uint8_t *id = ports_[port].id()->data();
-            entries.push_back({{bigEndian(id), bigEndian(id + sizeof(uint64_t))}, port});
+            const uint8_t *id = ports_[port].id()->data() + common;
+            entries.push_back({bigEndian(id), bigEndian(id + sizeof(uint64_t)), port});
         }
         std::sort(entries.begin(), entries.end(), before);
         for (const Entry &entry : entries)

@@ -38,6 +38,7 @@ class SnapshotWriter {
     uint32_t text(std::string_view value);
     Range list(std::span<const uint32_t> properties);
     bool equals(const Property &property, uint32_t key, std::string_view value, uint32_t type) const;
+    static size_t commonBeginning(std::span<const Port> ports);
     std::vector<uint32_t> portOrder() const;
 
     std::vector<uint8_t> bytes_;

@@ -24,6 +24,7 @@ Client &Client::operator=(Client &&other) noexcept {
     end_ = other.end_ - other.begin_;
     std::memcpy(buffered_, other.buffered_ + other.begin_, end_);
     socket_ = std::exchange(other.socket_, -1);
+    file_ = other.takeFile();
     other.begin_ = other.end_ = 0;
     return *this;
 }
@@ -42,6 +43,7 @@ bool Client::connectToHost(int timeoutSeconds) {
 
 void Client::close() {
     if (connected()) ::close(socket_);
+    if (file_ >= 0) ::close(takeFile());
     abandon();
 }
 
@@ -78,7 +80,7 @@ bool Client::receiveBytes(void *data, size_t size) {
         }
         if (begin_ == end_) {
             begin_ = 0;
-            end_ = receiveSome(socket_, buffered_, sizeof buffered_);
+            end_ = receiveSome(socket_, buffered_, sizeof buffered_, &file_);
             if (end_ == 0) return fail(errno);
         }
         const size_t step = std::min(size, end_ - begin_);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "wire/message.h"
 #include "wire/stream.h"
@@ -45,11 +46,14 @@ class Client {
     // bytes.
     bool receiveHead(Kind kind, uint32_t *length);
     bool receiveBytes(void *data, size_t size);
+    // The descriptor that came along with what was received, now the caller's; -1 when there was none.
+    int takeFile() { return std::exchange(file_, -1); }
 
   private:
     bool fail(int reason);
 
     int socket_ = -1;
+    int file_ = -1;
     // Small answers arrive whole in one system call.
     size_t begin_ = 0;
     size_t end_ = 0;

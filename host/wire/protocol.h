@@ -24,7 +24,10 @@ enum class Kind : uint32_t {
     Reply = 1,
 
     // State library. Replies begin with a u32 status (HYP_ReturnStatus).
-    StateGet = 10,   // {} -> {status, bytes blob}
+    // {u8 file} -> {status, bytes blob}. When `file` is not 0, a large blob may come as a sealed file
+    // instead:
+    // {status, u32 length} with its descriptor beside it.
+    StateGet = 10,
     PropGet = 11,    // {u8 scope, text switchId, text portId, text key} -> {status, bytes value}
     PropSet = 12,    // {u8 scope, text switchId, text portId, text key, bytes value, u32 type} -> {status}
     PropClear = 13,  // {u8 scope, text switchId, text portId, text key} -> {status}

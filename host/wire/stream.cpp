@@ -82,9 +82,30 @@ bool sendAll(int socket, const void *data, size_t size) {
 }
 
 size_t receiveSome(int socket, void *data, size_t size) {
+    int file = -1;
+    const size_t received = receiveSome(socket, data, size, &file);
+    if (file >= 0) close(file);
+    return received;
+}
+
+size_t receiveSome(int socket, void *data, size_t size, int *file) {
+    iovec part = {data, size};
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))];
     for (;;) {
-        const ssize_t received = recv(socket, data, size, 0);
-        if (received > 0) return static_cast<size_t>(received);
+        msghdr message = {};
+        message.msg_iov = &part;
+        message.msg_iovlen = 1;
+        message.msg_control = control;
+        message.msg_controllen = sizeof control;
+        const ssize_t received = recvmsg(socket, &message, MSG_CMSG_CLOEXEC);
+        if (received > 0) {
+            const cmsghdr *beside = CMSG_FIRSTHDR(&message);
+            if (beside != nullptr && beside->cmsg_type == SCM_RIGHTS) {
+                if (*file >= 0) close(*file);
+                memcpy(file, CMSG_DATA(beside), sizeof *file);
+            }
+            return static_cast<size_t>(received);
+        }
         if (received < 0 && errno == EINTR) continue;
         if (received == 0) errno = ECONNRESET;
         if (received < 0 && errno == EAGAIN) errno = ETIMEDOUT;

@@ -26,7 +26,9 @@ bool sendAll(int socket, iovec *parts, size_t count);
 bool sendAll(int socket, const void *data, size_t size);
 bool receiveAll(int socket, void *data, size_t size);
 
-// Receives at least one byte; the number of bytes, or 0 on failure.
+// Receives at least one byte; the number of bytes, or 0 on failure. A descriptor that comes along is stored
+// in `file`, in place of one that is there already.
 size_t receiveSome(int socket, void *data, size_t size);
+size_t receiveSome(int socket, void *data, size_t size, int *file);
 
 }  // namespace qvs::wire
