@@ -2,6 +2,7 @@
 #include <qvs/qvs.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <string>
 
 #include "command.h"
@@ -16,17 +17,15 @@ namespace {
 
 constexpr Policy kEnabled{"traceflow", "com.quillon.tarnData.traceflow.enabled", Scope::Host};
 
-uint64_t wideNumber(const Arguments &arguments, std::string_view name) {
-    if (!arguments.given(name)) return 0;
-    const std::string &text = arguments.text(name);
-    std::optional<uint64_t> number = parseWideNumber(text);
-    if (!number) fail(Exit::Usage, "{}: {} is not a number of 64 bits", name, inQuotes(text));
-    return *number;
-}
-
+// As the library reads them, with groups of one digit, too; it would not say which of the two is wrong.
 const std::string &address(const Arguments &arguments, std::string_view name) {
     const std::string &text = arguments.text(name);
-    if (!parseMac(text)) fail(Exit::Usage, "{}: {} is not a MAC address", name, inQuotes(text));
+    MacAddress mac{};
+    int length = 0;
+    int groups = std::sscanf(text.c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx%n", &mac[0], &mac[1], &mac[2],
+                             &mac[3], &mac[4], &mac[5], &length);
+    if (groups != 6 || static_cast<size_t>(length) != text.size())
+        fail(Exit::Usage, "{}: {} is not a MAC address", name, inQuotes(text));
     return text;
 }
 

@@ -22,14 +22,15 @@ std::span<const Device> devices() {
     static const Device kDevices[] = {
         {"/dev/vswitch",
          kNaturalFrame,
-         {&kVswitchInventory, &kVswitchMac, &kVswitchLearning, &kVswitchOptions, &kVswitchMulticast}},
-        {"/dev/ipfix", kNaturalFrame, {}},
-        {"/dev/traceflow", kPackedFrame, {}},
-        {"/dev/livetrace", kPackedFrame, {}},
+         {&kVswitchInventory, &kVswitchMac, &kVswitchLearning, &kVswitchOptions, &kVswitchMulticast,
+          &kVswitchMcastFilters, &kVswitchMirror, &kVswitchTeaming, &kBusyPorts}},
+        {"/dev/ipfix", kNaturalFrame, {&kIpfix}},
+        {"/dev/traceflow", kPackedFrame, {&kTraceflow}},
+        {"/dev/livetrace", kPackedFrame, {&kLivetrace}},
         {"/crate/devices/char/hypdriver/rtm", kNaturalFrame, {&kRouteTable}},
-        {"/crate/devices/char/hypdriver/tarn_bfd", kPackedFrame, {}},
-        {"/crate/devices/char/hypdriver/kcp", kOutputFrame, {}},
-        {"/crate/devices/char/hypdriver/tarn-spf", kNaturalFrame, {}},
+        {"/crate/devices/char/hypdriver/tarn_bfd", kPackedFrame, {&kBfd}},
+        {"/crate/devices/char/hypdriver/kcp", kOutputFrame, {&kKcp}},
+        {"/crate/devices/char/hypdriver/tarn-spf", kNaturalFrame, {&kSpf}},
     };
     static_assert(std::size(kDevices) == std::size(wire::kDevicePaths));
     return kDevices;

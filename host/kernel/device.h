@@ -98,6 +98,16 @@ extern const DevicePart kVswitchLearning;
 extern const DevicePart kVswitchOptions;
 extern const DevicePart kRouteTable;
 extern const DevicePart kVswitchMulticast;
+extern const DevicePart kVswitchMcastFilters;
+extern const DevicePart kVswitchMirror;
+extern const DevicePart kVswitchTeaming;
+extern const DevicePart kBusyPorts;
+extern const DevicePart kIpfix;
+extern const DevicePart kSpf;
+extern const DevicePart kTraceflow;
+extern const DevicePart kLivetrace;
+extern const DevicePart kBfd;
+extern const DevicePart kKcp;
 
 inline Result failure(int error) {
     return {error, {}};

@@ -1,0 +1,127 @@
+// /dev/traceflow: trace requests, which are kept until they are cleared, telemetry, and statistics of ports.
+//
+// A trace request carries the switch identifier at 0 (64 bytes), the port identifier at 64 (48), source and
+// destination address at 112 and 118, and five values of the caller's: u32 at 124 and 128, u16 at 132, u64 at
+// 134 and 142. Clearing names the switch at 0.
+//
+//   port statistics 64  eight u64 counters: requests, packets traced, received, forwarded, delivered,
+//   dropped,
+//                       copied, reports sent
+//   telemetry 6         what was written last; zeros on a new host
+#include <cerrno>
+
+#include <nlohmann/json.hpp>
+
+#include "kernel/device.h"
+#include "kernel/record_table.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr char kRequests[] = "traceflow.requests";
+constexpr char kSettings[] = "traceflow";
+constexpr char kTelemetry[] = "telemetry";
+
+constexpr uint32_t kRequest = 150;
+constexpr uint32_t kClear = 112;
+constexpr size_t kSwitchId = 64;
+constexpr size_t kPortAt = 64;
+constexpr size_t kPortId = 48;
+constexpr size_t kStats = 64;
+constexpr uint32_t kTelemetrySize = 6;
+constexpr size_t kRoom = 1024;
+
+// A request as it is kept: u32 port number and what came.
+constexpr size_t kKeptAt = 4;
+
+const Switch *requestedSwitch(const Call &call) {
+    return call.model.findSwitch(textAt(call.input, 0, kSwitchId));
+}
+
+Result createRequest(const Call &call) {
+    if (call.input.size() != kRequest) return failure(EINVAL);
+    const Switch *sw = requestedSwitch(call);
+    const Port *port = sw == nullptr ? nullptr : sw->port(textAt(call.input, kPortAt, kPortId));
+    if (port == nullptr) return failure(ENOENT);
+    dropDeadRecords(call.model, kRequests);
+    if (call.model.deviceValues(kRequests).size() >= kRoom) return failure(ENOSPC);
+    appendRecord(call.model, kRequests,
+                 Record(kKeptAt + kRequest).put(0, port->number).bytes(kKeptAt, call.input).view());
+    return {};
+}
+
+Result clearRequests(const Call &call) {
+    const Switch *sw = requestedSwitch(call);
+    if (sw == nullptr) return failure(ENOENT);
+    dropDeadRecords(call.model, kRequests);
+    removeRecords(call.model, kRequests,
+                  [&](std::string_view kept) { return call.model.findPort(u32At(kept, 0))->owner == sw; });
+    return {};
+}
+
+Result getPortStats(const Call &call) {
+    const uint32_t number = u32At(call.input, 0);
+    if (call.model.findPort(number) == nullptr) return failure(ENOENT);
+    Record stats(kStats);
+    CounterRow counters = call.model.readCounters(fmt::format("traceflow {}", number));
+    for (size_t at = 0; at < kStats; at += sizeof(uint64_t))
+        stats.put(at, counters.next());
+    return {0, stats.take()};
+}
+
+std::string telemetry(const Model &model) {
+    const auto &settings = model.deviceValues(kSettings);
+    const auto config = settings.find(kTelemetry);
+    return config == settings.end() ? std::string(kTelemetrySize, '\0') : config->second;
+}
+
+Result setTelemetry(const Call &call) {
+    if (call.input.size() != kTelemetrySize) return failure(EINVAL);
+    call.model.setDeviceValue(kSettings, kTelemetry, call.input);
+    return {};
+}
+
+Result getTelemetry(const Call &call) {
+    return {0, telemetry(call.model)};
+}
+
+constexpr Command kCommands[] = {
+    {0, kRequest, "CreateRequest", createRequest},
+    {1, kClear, "ClearConfig", clearRequests},
+    {2, sizeof(uint32_t), "GetPortStats", getPortStats},
+    {3, kTelemetrySize, "SetINTConfig", setTelemetry},
+    {4, 0, "GetINTConfig", getTelemetry},
+};
+
+std::string hexOf(std::string_view bytes, const char *between) {
+    return fmt::format("{:02x}", fmt::join(bytes.begin(), bytes.end(), between));
+}
+
+nlohmann::json describeRequest(const Port &port, uint32_t number, std::string_view request) {
+    return {{"number", number},
+            {"switch", port.owner->id},
+            {"port", port.id},
+            {"source", hexOf(request.substr(112, 6), ":")},
+            {"destination", hexOf(request.substr(118, 6), ":")},
+            {"word1", u32At(request, 124)},
+            {"word2", u32At(request, 128)},
+            {"short", u16At(request, 132)},
+            {"value1", u64At(request, 134)},
+            {"value2", u64At(request, 142)}};
+}
+
+void describe(const Model &model, nlohmann::json *status) {
+    auto requests = nlohmann::json::array();
+    eachRecord(model, kRequests, [&](uint32_t number, std::string_view kept) {
+        const Port &port = *model.findPort(u32At(kept, 0));
+        requests.push_back(describeRequest(port, number, kept.substr(kKeptAt)));
+    });
+    (*status)["traceflow"] = {{"requests", requests}, {"telemetry", hexOf(telemetry(model), "")}};
+}
+
+}  // namespace
+
+constexpr DevicePart kTraceflow = {.commands = kCommands, .describe = describe};
+
+}  // namespace qvs::kernel
