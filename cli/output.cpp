@@ -84,6 +84,10 @@ void appendJson(fmt::memory_buffer &out, uint32_t number) {
     fmt::format_to(std::back_inserter(out), "{}", number);
 }
 
+void appendJson(fmt::memory_buffer &out, uint64_t number) {
+    fmt::format_to(std::back_inserter(out), "{}", number);
+}
+
 void appendJson(fmt::memory_buffer &out, Flag flag) {
     put(out, flag.value ? "true" : "false");
 }
@@ -108,6 +112,10 @@ void appendText(fmt::memory_buffer &out, std::string_view text) {
 }
 
 void appendText(fmt::memory_buffer &out, uint32_t number) {
+    fmt::format_to(std::back_inserter(out), "{}", number);
+}
+
+void appendText(fmt::memory_buffer &out, uint64_t number) {
     fmt::format_to(std::back_inserter(out), "{}", number);
 }
 

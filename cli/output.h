@@ -54,12 +54,14 @@ struct Words {
 
 void appendJson(fmt::memory_buffer &out, std::string_view text);
 void appendJson(fmt::memory_buffer &out, uint32_t number);
+void appendJson(fmt::memory_buffer &out, uint64_t number);
 void appendJson(fmt::memory_buffer &out, Flag flag);
 void appendJson(fmt::memory_buffer &out, const Words &words);
 void appendJson(fmt::memory_buffer &out, Bytes bytes);  // base64
 
 void appendText(fmt::memory_buffer &out, std::string_view text);
 void appendText(fmt::memory_buffer &out, uint32_t number);
+void appendText(fmt::memory_buffer &out, uint64_t number);
 void appendText(fmt::memory_buffer &out, Flag flag);
 void appendText(fmt::memory_buffer &out, const Words &words);
 void appendText(fmt::memory_buffer &out, Bytes bytes);  // hexadecimal

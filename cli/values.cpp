@@ -25,6 +25,14 @@ std::string nameOf(Names names, uint32_t number) {
     return number < names.size() ? names[number] : fmt::to_string(number);
 }
 
+uint64_t wideNumber(const Arguments &arguments, std::string_view name) {
+    if (!arguments.given(name)) return 0;
+    const std::string &text = arguments.text(name);
+    std::optional<uint64_t> number = parseWideNumber(text);
+    if (!number) fail(Exit::Usage, "{}: {} is not a number of 64 bits", name, inQuotes(text));
+    return *number;
+}
+
 std::vector<std::string> splitList(std::string_view text) {
     std::vector<std::string> items;
     if (text.empty()) return items;
@@ -72,6 +80,20 @@ std::vector<uint8_t> readFile(const std::string &path) {
     if (fd >= 0) close(fd);
     if (got < 0) fail(Exit::Failed, "{}: {}", what, std::strerror(error));
     return bytes;
+}
+
+std::vector<uint8_t> bytesGiven(const Arguments &arguments, const char *argument) {
+    if (arguments.given("--file")) {
+        if (arguments.given(argument)) fail(Exit::Usage, "{} and --file exclude each other", argument);
+        return readFile(arguments.text("--file"));
+    }
+    if (!arguments.given(argument)) fail(Exit::Usage, "either {} or --file is needed", argument);
+    std::optional<std::vector<uint8_t>> bytes = parseHex(arguments.text(argument));
+    if (!bytes) {
+        fail(Exit::Usage, "{}: {} is not a row of pairs of digits", argument,
+             inQuotes(arguments.text(argument)));
+    }
+    return *bytes;
 }
 
 }  // namespace qvs::cli

@@ -24,6 +24,9 @@ uint32_t chosen(const Arguments &arguments, std::string_view name, Names names);
 // The name of a number, or its digits when it has none.
 std::string nameOf(Names names, uint32_t number);
 
+// A 64-bit number like Arguments::number; 0 when it is not given.
+uint64_t wideNumber(const Arguments &arguments, std::string_view name);
+
 // "a,b,c" taken apart; an empty text is an empty list.
 std::vector<std::string> splitList(std::string_view text);
 
@@ -34,5 +37,8 @@ std::string macText(Bytes address);
 
 // Reads all of a file, or of standard input for "-".
 std::vector<uint8_t> readFile(const std::string &path);
+
+// The bytes that an argument writes as hexadecimal digits, or those of --file.
+std::vector<uint8_t> bytesGiven(const Arguments &arguments, const char *argument);
 
 }  // namespace qvs::cli

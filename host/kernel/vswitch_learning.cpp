@@ -154,25 +154,8 @@ constexpr Command kCommands[] = {
     {0x2005, kRequest, "SetGlobalMACLearningProps", setGlobalMacLearningProps},
 };
 
-// --- in a lab ---
-
-void applyMacLearning(const nlohmann::json &value, Model &model) {
-    Members members(value, "lab.macLearning");
-    LearningProps props = learningProps(model);
-    if (const auto aging = members.maybeNumber("aging")) props.aging = *aging;
-    const uint32_t limit = members.maybeNumber("limit").value_or(props.limit);
-    if (limit > UINT16_MAX) members.fail("limit", "is not a number from 0 to 65535");
-    props.limit = static_cast<uint16_t>(limit);
-    const auto clock = members.maybeNumber("clock");
-    members.finish();
-    setLearningProps(model, props);
-    if (clock) stopLearningClock(model, *clock);
-}
-
-constexpr LabMember kLab[] = {{"macLearning", applyMacLearning}};
-
 }  // namespace
 
-constexpr DevicePart kVswitchLearning = {.commands = kCommands, .lab = kLab};
+constexpr DevicePart kVswitchLearning = {.commands = kCommands};
 
 }  // namespace qvs::kernel

@@ -193,6 +193,19 @@ constexpr Command kCommands[] = {
 
 // --- in a lab ---
 
+void applyMacLearning(const nlohmann::json &value, Model &model) {
+    Members members(value, "lab.macLearning");
+    LearningProps props = learningProps(model);
+    if (const auto aging = members.maybeNumber("aging")) props.aging = *aging;
+    const uint32_t limit = members.maybeNumber("limit").value_or(props.limit);
+    if (limit > UINT16_MAX) members.fail("limit", "is not a number from 0 to 65535");
+    props.limit = static_cast<uint16_t>(limit);
+    const auto clock = members.maybeNumber("clock");
+    members.finish();
+    setLearningProps(model, props);
+    if (clock) stopLearningClock(model, *clock);
+}
+
 void applyMacEntry(Members &members, Model &model, MacTable &table) {
     const Port &port = portOf(members, model);
     const auto mac = members.maybeMac("mac");
@@ -218,7 +231,9 @@ void applyMacEntries(const nlohmann::json &value, Model &model) {
     eachOf(value, "macEntries", [&](Members &members) { applyMacEntry(members, model, table); });
 }
 
+// In this order: ages are counted from the clock.
 constexpr LabMember kLab[] = {
+    {"macLearning", applyMacLearning},
     {"macEntries", applyMacEntries},
 };
 
