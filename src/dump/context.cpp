@@ -1,7 +1,15 @@
 // Writing the text of the dump.
 #include "dump/context.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 #include "qvs/mesh_public.h"
@@ -17,26 +25,60 @@ void LongPiece::flush(NetDVSDumpCtx *ctx) const {
     if (out != nullptr) dumpCommit(ctx, writeText(out, {text_, length_}));
 }
 
-// One doubling is always enough: a piece is shorter than the smallest buffer.
+namespace {
+
+// Memory that the kernel gives page by page costs more than what is written to it. A large text asks for huge
+// pages, the others for a stretch of pages at a time; both are wishes, refused without consequence.
+constexpr int32_t kStretch = 128 << 10;
+constexpr int32_t kWorthHugePages = 4 << 20;
+
+// Takes in the whole of the pages at both ends: a mapping of which one part has the wish and another has not
+// is two, and realloc could no longer grow it without a copy.
+void advise(char *text, int32_t size, int advice) {
+    static const auto pageSize = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+    const uintptr_t offset = reinterpret_cast<uintptr_t>(text) & (pageSize - 1);
+    madvise(text - offset, static_cast<size_t>(size) + offset, advice);
+}
+
+bool grow(NetDVSDumpCtx *ctx) {
+    if (ctx->capacity > std::numeric_limits<int32_t>::max() / 2) return false;
+    const int32_t capacity = ctx->capacity * 2;
+    auto *text = static_cast<char *>(std::realloc(ctx->text, static_cast<size_t>(capacity)));
+    if (text == nullptr) return false;
+    ctx->text = text;
+    ctx->capacity = capacity;
+    if (capacity >= kWorthHugePages) advise(text, capacity, MADV_HUGEPAGE);
+    return true;
+}
+
+void prepareStretch(NetDVSDumpCtx *ctx) {
+    const int32_t size = std::min(kStretch, ctx->capacity - ctx->prepared);
+    if (ctx->capacity > kStretch) advise(ctx->text + ctx->prepared, size, MADV_POPULATE_WRITE);
+    ctx->prepared += size;
+}
+
+}  // namespace
+
+// One doubling is always enough: a piece is shorter than the smallest buffer, and than a stretch.
 char *dumpReserve(NetDVSDumpCtx *ctx, size_t length) {
-    if (static_cast<size_t>(ctx->length) + 1 + length > static_cast<size_t>(ctx->capacity)) {
-        if (ctx->capacity > std::numeric_limits<int32_t>::max() / 2) return nullptr;
-        const int32_t capacity = ctx->capacity * 2;
-        auto *text = static_cast<char *>(std::realloc(ctx->text, static_cast<size_t>(capacity)));
-        if (text == nullptr) return nullptr;
-        ctx->text = text;
-        ctx->capacity = capacity;
-    }
+    const size_t needed = static_cast<size_t>(ctx->length) + 1 + length;
+    if (needed > static_cast<size_t>(ctx->capacity) && !grow(ctx)) return nullptr;
+    if (needed > static_cast<size_t>(ctx->prepared)) prepareStretch(ctx);
     return ctx->text + ctx->length;
 }
 
-void dumpCommit(NetDVSDumpCtx *ctx, const char *end) {
-    ctx->length = static_cast<int32_t>(end - ctx->text);
-    ctx->text[ctx->length] = '\0';
-}
+namespace {
 
-std::string_view NetDVSPropTypeStr(uint32_t propType, char (&words)[kPropTypeSize]) {
-    static_assert(sizeof "CONFIG RUNTIME VOLATILE POLICY " <= kPropTypeSize);
+// The words of each combination of class bits, which are next to one another: bits 2 to 5.
+constexpr size_t kClassBits = DVS_PROP_CONFIG | DVS_PROP_RUNTIME | DVS_PROP_VOLATILE | DVS_PROP_POLICY;
+constexpr size_t kFirstClassBit = std::countr_zero(kClassBits);
+
+struct ClassWords {
+    char words[kPropTypeSize]{};
+    size_t length = 0;
+};
+
+constexpr auto kClassWords = [] {
     struct Class {
         uint32_t bit;
         std::string_view word;
@@ -47,12 +89,24 @@ std::string_view NetDVSPropTypeStr(uint32_t propType, char (&words)[kPropTypeSiz
         {DVS_PROP_VOLATILE, "VOLATILE "},
         {DVS_PROP_POLICY, "POLICY "},
     };
-    char *end = words;
-    for (const Class &c : kClasses) {
-        if ((propType & c.bit) != 0) end = writeText(end, c.word);
+    std::array<ClassWords, (kClassBits >> kFirstClassBit) + 1> rows;
+    for (size_t i = 0; i < rows.size(); ++i) {
+        ClassWords &row = rows[i];
+        for (const Class &c : kClasses) {
+            if ((i << kFirstClassBit & c.bit) == 0) continue;
+            for (const char letter : c.word)
+                row.words[row.length++] = letter;
+        }
     }
-    *end = '\0';
-    return {words, static_cast<size_t>(end - words)};
+    return rows;
+}();
+
+}  // namespace
+
+std::string_view NetDVSPropTypeStr(uint32_t propType, char (&words)[kPropTypeSize]) {
+    const ClassWords &row = kClassWords[(propType & kClassBits) >> kFirstClassBit];
+    std::memcpy(words, row.words, kPropTypeSize);
+    return {words, row.length};
 }
 
 }  // namespace qvs

@@ -15,6 +15,7 @@ struct NetDVSDumpCtx {
     char *text;      // owned, always terminated
     int32_t length;  // characters written, without the NUL
     int32_t capacity;
+    int32_t prepared;          // the part of the capacity that may be written to
     int32_t newLayout;         // 1 while the switch being printed has a version above 99
     const char *switchFilter;  // the one identifier to print, or null
 };
@@ -25,7 +26,10 @@ constexpr size_t kDumpPieceSize = 4095;  // a longer piece is cut
 // Where a piece of at most this length may be written: the end of the text, or null when memory runs out and
 // the piece is lost. The text grows by doubling, once.
 char *dumpReserve(NetDVSDumpCtx *ctx, size_t length);
-void dumpCommit(NetDVSDumpCtx *ctx, const char *end);
+inline void dumpCommit(NetDVSDumpCtx *ctx, char *end) {
+    ctx->length = static_cast<int32_t>(end - ctx->text);
+    *end = '\0';
+}
 
 // A piece that may be too long for the text as it is, gathered and cut before it is appended.
 class LongPiece {
@@ -54,7 +58,7 @@ template <Format F, size_t... I, typename... Arguments>
 void dumpPiece(NetDVSDumpCtx *ctx, std::index_sequence<I...>, const Arguments &...arguments) {
     constexpr const auto &kKinds = kParsedFormat<F>.kind;
     const size_t most = sizeof F.text + (size_t{0} + ... + longest(arguments));
-    if (most <= kDumpPieceSize && most < static_cast<size_t>(ctx->capacity - ctx->length)) {
+    if (most <= kDumpPieceSize && most < static_cast<size_t>(ctx->prepared - ctx->length)) {
         char *out = ctx->text + ctx->length;
         ((out = writeArgument<kKinds[I]>(writeText(out, literalOf<F, I>()), arguments)), ...);
         dumpCommit(ctx, writeText(out, literalOf<F, sizeof...(I)>()));

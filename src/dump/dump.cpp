@@ -15,14 +15,18 @@ namespace {
 
 constexpr uint32_t kLastVersionWithOldLayout = 99;
 
+// What the walk hands on from switch to port to property.
+struct Walk {
+    NetDVSDumpCtx ctx;
+    PrinterCache printers;
+};
+
 int NetDVSDumpProp(DVSData *data, void *context) {
-    auto *ctx = static_cast<NetDVSDumpCtx *>(context);
-    const char *key = DVSData_Name(data);
+    auto *walk = static_cast<Walk *>(context);
+    const std::string_view key = DVSData_Name(data);
     const void *value = nullptr;
     const uint32_t length = DVSData_Data(data, &value);
-    const PrintJob job = {key, RecordView(value, length), DVSData_PropType(data), ctx};
-    const NetDVSPrinter printer = findPrinter(key);
-    (printer != nullptr ? printer : printGeneric)(job);
+    walk->printers.find(key)({key, RecordView(value, length), DVSData_PropType(data), &walk->ctx});
     return 0;
 }
 
@@ -45,24 +49,24 @@ const char *portMark(uint32_t state) {
 }
 
 int dumpPort(DVSPort *port, void *context) {
-    NetDVSDumpPrintf<"\tport %s%s:\n">(static_cast<NetDVSDumpCtx *>(context), DVS_PortId(port),
+    NetDVSDumpPrintf<"\tport %s%s:\n">(&static_cast<Walk *>(context)->ctx, DVS_PortId(port),
                                        portMark(DVS_PortState(port)));
     DVSState_PortDataForEach(port, NetDVSDumpProp, context);
     return 0;
 }
 
 int dumpSwitch(DVSSwitch *sw, void *context) {
-    auto *ctx = static_cast<NetDVSDumpCtx *>(context);
+    NetDVSDumpCtx *ctx = &static_cast<Walk *>(context)->ctx;
     if (ctx->switchFilter != nullptr && std::strcmp(ctx->switchFilter, DVS_SwitchId(sw)) != 0) return 0;
 
     NetDVSDumpPrintf<"switch %s (%s)\n">(ctx, DVS_SwitchId(sw), DVS_ClassName(sw));
     NetDVSDumpPrintf<"\tmax ports: %d\n">(ctx, static_cast<int>(DVS_GetMaxPorts(sw)));
     NetDVSDumpPrintf<"\tglobal properties:\n">(ctx);
     ctx->newLayout = DVS_Version(sw) > kLastVersionWithOldLayout ? 1 : 0;
-    DVSState_GlobalPropForEach(sw, NetDVSDumpProp, ctx);
+    DVSState_GlobalPropForEach(sw, NetDVSDumpProp, context);
     NetDVSDumpPrintf<"\thost properties:\n">(ctx);
-    DVSState_HostPropForEach(sw, NetDVSDumpProp, ctx);
-    DVSState_PortForEach(sw, dumpPort, ctx);
+    DVSState_HostPropForEach(sw, NetDVSDumpProp, context);
+    DVSState_PortForEach(sw, dumpPort, context);
     return ctx->switchFilter != nullptr ? 1 : 0;  // the wanted switch ends the walk
 }
 
@@ -72,10 +76,13 @@ int dumpSwitch(DVSSwitch *sw, void *context) {
 using namespace qvs;
 
 extern "C" HYP_ReturnStatus NetDVS_Dump(const char *alias, char **text) {
-    NetDVSDumpCtx ctx = {
+    Walk walk;
+    NetDVSDumpCtx &ctx = walk.ctx;
+    ctx = {
         .text = static_cast<char *>(std::malloc(kDumpInitialCapacity)),
         .length = 0,
         .capacity = kDumpInitialCapacity,
+        .prepared = kDumpInitialCapacity,
         .newLayout = 0,
         .switchFilter = nullptr,
     };
@@ -93,7 +100,7 @@ extern "C" HYP_ReturnStatus NetDVS_Dump(const char *alias, char **text) {
         std::free(ctx.text);
         return status;
     }
-    DVSState_SwitchForEach(dumpSwitch, &ctx);
+    DVSState_SwitchForEach(dumpSwitch, &walk);
     *text = ctx.text;
     return HYP_OK;
 }

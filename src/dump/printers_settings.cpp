@@ -71,12 +71,16 @@ void printMacLearningSwitch(const PrintJob &job) {
 
 void printMacManagement(const PrintJob &job) {
     const RecordView &record = job.record;
-    job.print<"\t\t%s:\n">(job.key);
-    job.print<"\t\t\tmac change = %s\n">(record.u8(0) != 0 ? "allow" : "deny");
-    job.print<"\t\t\tlearning = %s\n">(record.u8(1) != 0 ? "enabled" : "disabled");
-    job.print<"\t\t\tflooding = %s\n">(record.u8(2) != 0 ? "enabled" : "disabled");
-    job.print<"\t\t\tmacLimit = %u\n">(record.u32(3));
-    job.print<"\t\t\tmacLimitPolicy = %s\n">(record.u32(7) == 0 ? "allow" : "not allow");
+    job.print<
+        "\t\t%s:\n"
+        "\t\t\tmac change = %s\n"
+        "\t\t\tlearning = %s\n"
+        "\t\t\tflooding = %s\n"
+        "\t\t\tmacLimit = %u\n"
+        "\t\t\tmacLimitPolicy = %s\n">(job.key, record.u8(0) != 0 ? "allow" : "deny",
+                                       record.u8(1) != 0 ? "enabled" : "disabled",
+                                       record.u8(2) != 0 ? "enabled" : "disabled", record.u32(3),
+                                       record.u32(7) == 0 ? "allow" : "not allow");
     job.classLine();
 }
 

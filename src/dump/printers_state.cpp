@@ -88,23 +88,27 @@ void printPassThroughStatus(const PrintJob &job) {
 
 void printPortStatistics(const PrintJob &job) {
     const auto counter = [&](uint64_t index) { return job.record.u64(8 * index); };
-    job.print<"\t\t%s:\n">(job.key);
-    job.print<"\t\t\tpktsInUnicast = %u\n">(counter(0));
-    job.print<"\t\t\tbytesInUnicast = %u\n">(counter(1));
-    job.print<"\t\t\tpktsInMulticast = %u\n">(counter(2));
-    job.print<"\t\t\tbytesInMulticast = %u\n">(counter(3));
-    job.print<"\t\t\tpktsInBroadcast = %u\n">(counter(4));
-    job.print<"\t\t\tbytesInBroadcast = %u\n">(counter(5));
-    job.print<"\t\t\tpktsOutUnicast = %u\n">(counter(6));
-    job.print<"\t\t\tbytesOutUnicast = %u\n">(counter(7));
-    job.print<"\t\t\tpktsOutMulticast = %u\n">(counter(8));
-    job.print<"\t\t\tbytesOutMulticast = %u\n">(counter(9));
-    job.print<"\t\t\tpktsOutBroadcast = %u\n">(counter(10));
-    job.print<"\t\t\tbytesOutBroadcast = %u\n">(counter(11));
-    job.print<"\t\t\tpktsInDropped = %u\n">(counter(12));
-    job.print<"\t\t\tpktsOutDropped = %u\n">(counter(13));
-    job.print<"\t\t\tpktsInException = %u\n">(counter(14));
-    job.print<"\t\t\tpktsOutException = %u\n">(counter(15));
+    job.print<
+        "\t\t%s:\n"
+        "\t\t\tpktsInUnicast = %u\n"
+        "\t\t\tbytesInUnicast = %u\n"
+        "\t\t\tpktsInMulticast = %u\n"
+        "\t\t\tbytesInMulticast = %u\n"
+        "\t\t\tpktsInBroadcast = %u\n"
+        "\t\t\tbytesInBroadcast = %u\n"
+        "\t\t\tpktsOutUnicast = %u\n"
+        "\t\t\tbytesOutUnicast = %u\n"
+        "\t\t\tpktsOutMulticast = %u\n"
+        "\t\t\tbytesOutMulticast = %u\n"
+        "\t\t\tpktsOutBroadcast = %u\n"
+        "\t\t\tbytesOutBroadcast = %u\n"
+        "\t\t\tpktsInDropped = %u\n"
+        "\t\t\tpktsOutDropped = %u\n"
+        "\t\t\tpktsInException = %u\n"
+        "\t\t\tpktsOutException = %u\n">(job.key, counter(0), counter(1), counter(2), counter(3), counter(4),
+                                         counter(5), counter(6), counter(7), counter(8), counter(9),
+                                         counter(10), counter(11), counter(12), counter(13), counter(14),
+                                         counter(15));
     job.classLine();
 }
 

@@ -23,9 +23,10 @@ class RecordView {
     template <typename T>
     T at(uint64_t offset) const {
         T number = 0;
-        if (offset < length_) {
-            const size_t rest = static_cast<size_t>(length_ - offset);
-            std::memcpy(&number, bytes_ + offset, std::min(rest, sizeof number));
+        if (offset < length_ && length_ - offset >= sizeof number) {
+            std::memcpy(&number, bytes_ + offset, sizeof number);
+        } else if (offset < length_) {
+            std::memcpy(&number, bytes_ + offset, static_cast<size_t>(length_ - offset));
         }
         return number;
     }

@@ -1,6 +1,8 @@
 // The printer registry and the initialiser that sorts it.
 #include "dump/registry.h"
 
+#include <bit>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
@@ -89,7 +91,25 @@ NetDVSPrinter findPrinter(const char *key) {
     const NetDVSPrinterEntry wanted = {key, nullptr};
     const void *found = std::bsearch(&wanted, NetDVSPrinterTable, std::size(NetDVSPrinterTable),
                                      sizeof(NetDVSPrinterEntry), compareKeys);
-    return found != nullptr ? static_cast<const NetDVSPrinterEntry *>(found)->printer : nullptr;
+    return found != nullptr ? static_cast<const NetDVSPrinterEntry *>(found)->printer : printGeneric;
+}
+
+// Keys differ most at their ends.
+size_t PrinterCache::slotOf(std::string_view key) {
+    constexpr uint64_t kGoldenRatio = 0x9e3779b97f4a7c15;
+    uint64_t tail = 0;
+    std::memcpy(&tail, key.data() + key.size() - sizeof tail, sizeof tail);
+    return static_cast<size_t>((tail ^ key.size()) * kGoldenRatio >> (64 - std::bit_width(kSlots - 1)));
+}
+
+NetDVSPrinter PrinterCache::find(std::string_view key) {
+    if (key.size() < sizeof(uint64_t) || key.size() > kLongestKey) return findPrinter(key.data());
+    Slot &slot = slots_[slotOf(key)];
+    if (std::string_view(slot.key, slot.length) != key) {
+        slot.length = static_cast<uint32_t>(key.copy(slot.key, kLongestKey));
+        slot.printer = findPrinter(key.data());
+    }
+    return slot.printer;
 }
 
 }  // namespace qvs
