@@ -13,12 +13,20 @@ uint64_t nextRandom(uint64_t *state) {
     return z ^ (z >> 31);
 }
 
+uint64_t stepOf(uint64_t random) {
+    constexpr uint64_t kMostPerLook = 1000;
+    return 1 + random % kMostPerLook;
+}
+
 }  // namespace
 
+uint64_t CounterRow::nextStep() {
+    return stepOf(nextRandom(&state_));
+}
+
 uint64_t CounterRow::next() {
-    constexpr uint64_t kMostPerLook = 1000;
     const uint64_t random = nextRandom(&state_);
-    const uint64_t step = 1 + random % kMostPerLook;
+    const uint64_t step = stepOf(random);
     return look_ * step + (random >> 32) % step;
 }
 

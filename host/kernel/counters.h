@@ -16,6 +16,8 @@ class CounterRow {
 
     // Counter n stands at look * step(n) + a remainder below step(n): it never falls, and always grows.
     uint64_t next();
+    // What counter n grows by from one look to the next.
+    uint64_t nextStep();
 
   private:
     uint64_t state_;

@@ -44,6 +44,12 @@ std::string rowOf(const Port &port) {
     return fmt::format("{:08x}", port.number);
 }
 
+uint32_t numberOf(const std::string &row) {
+    uint32_t number = 0;
+    std::sscanf(row.c_str(), "%8x", &number);
+    return number;
+}
+
 const std::string *plumbedMac(const Model &model, const Port &port) {
     const auto &rows = model.deviceValues(kPlumbed);
     const auto row = rows.find(rowOf(port));
@@ -54,9 +60,7 @@ const std::string *plumbedMac(const Model &model, const Port &port) {
 std::vector<const Port *> plumbedPorts(const Model &model, const Switch *sw) {
     std::vector<const Port *> ports;
     for (const auto &[row, mac] : model.deviceValues(kPlumbed)) {
-        uint32_t number = 0;
-        std::sscanf(row.c_str(), "%8x", &number);
-        const Port *port = model.findPort(number);
+        const Port *port = model.findPort(numberOf(row));
         if (port != nullptr && port->owner == sw) ports.push_back(port);
     }
     return ports;
@@ -147,12 +151,22 @@ std::string parseMac(const std::string &text) {
     return whole && (bytes[0] & 1) == 0 && mac != std::string(kMacSize, '\0') ? mac : "";
 }
 
+// Rows of ports that are gone are in nobody's way but would heap up.
+void forgetRemovedPorts(Model &model) {
+    std::vector<std::string> gone;
+    for (const auto &[row, mac] : model.deviceValues(kPlumbed)) {
+        if (model.findPort(numberOf(row)) == nullptr) gone.push_back(row);
+    }
+    if (!gone.empty()) model.clearDeviceValues(kPlumbed, gone);
+}
+
 // A port is plumbed once, and an address is that of one plumbed port of its switch.
 int plumb(Model &model, const Port &port, const std::string &mac) {
     if (plumbedMac(model, port) != nullptr) return EEXIST;
     for (const Port *other : plumbedPorts(model, port.owner)) {
         if (*plumbedMac(model, *other) == mac) return EEXIST;
     }
+    forgetRemovedPorts(model);
     model.setDeviceValue(kPlumbed, rowOf(port), mac);
     return 0;
 }

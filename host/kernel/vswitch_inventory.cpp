@@ -140,15 +140,19 @@ Result getSwitchPortInfo(const Call &call) {
     if (portset == nullptr) return failure(ENOENT);
     std::vector<const Port *> ports;
     if (portset->owner != nullptr) {
-        for (const auto &[number, port] : portset->owner->ports)
+        for (const auto &[number, port] : portset->owner->ports) {
+            call.model.look(*port);
             ports.push_back(port.get());
+        }
     }
     return countedList(call, 0, kPortInfo, ports, [](const Port *port) { return portInfo(*port); });
 }
 
 Result getPortInfo(const Call &call) {
-    const Port *port = call.model.findPort(u32At(call.input, kPortNumberAt));
-    return port == nullptr ? failure(ENOENT) : Result{0, portInfo(*port).take()};
+    Port *port = call.model.findPort(u32At(call.input, kPortNumberAt));
+    if (port == nullptr) return failure(ENOENT);
+    call.model.look(*port);
+    return {0, portInfo(*port).take()};
 }
 
 // Ports are spread over the uplinks that have a link, by port number.

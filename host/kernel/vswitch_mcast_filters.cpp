@@ -62,6 +62,7 @@ std::string keyOf(uint32_t port, const Address &group) {
 // What ports have joined of one type, over all the ports asked for.
 struct Group {
     uint32_t ports = 0;
+    bool everybody = false;  // some port has joined it whoever sends
     std::set<std::string> sources;
 };
 using Groups = std::map<std::string, Group>;
@@ -81,8 +82,10 @@ void addGroups(const Model &model, const Port &port, uint32_t type, Groups *grou
     for (auto row = rows.lower_bound(begin); row != rows.end() && row->first.starts_with(begin); ++row) {
         Group &group = (*groups)[bytesOf(std::string_view(row->first).substr(begin.size()))];
         ++group.ports;
+        group.everybody = group.everybody || row->second.empty();
         for (size_t at = 0; at < row->second.size(); at += addressSize(type))
             group.sources.insert(row->second.substr(at, addressSize(type)));
+        if (group.everybody) group.sources.clear();
     }
 }
 
@@ -205,16 +208,20 @@ void applyFilter(Members &members, Model &model) {
             members.fail("sources", "holds an address of another type");
         sources += source.bytes;
     }
+    Model::DeviceValues rows;
     for (uint32_t left = members.maybeNumber("count").value_or(1); left != 0; --left) {
-        model.setDeviceValue(kJoined, keyOf(port.number, group), sources);
+        rows.insert_or_assign(keyOf(port.number, group), sources);
         advance(&group);
     }
+    model.setDeviceValues(kJoined, rows);
 }
 
 // A lab that says anything about groups says all of it.
 void applyFilters(const nlohmann::json &value, Model &model) {
-    while (!model.deviceValues(kJoined).empty())
-        model.clearDeviceValue(kJoined, std::string(model.deviceValues(kJoined).begin()->first));
+    std::vector<std::string> before;
+    for (const auto &[key, sources] : model.deviceValues(kJoined))
+        before.push_back(key);
+    model.clearDeviceValues(kJoined, before);
     eachOf(value, kMember, [&](Members &members) { applyFilter(members, model); });
 }
 
