@@ -33,10 +33,10 @@ Bytes KernelList::bytes() const {
 }
 
 KernelList boundedList(std::shared_ptr<void> buffer, size_t entrySize, std::string_view what,
-                       size_t headerSize) {
+                       size_t headerSize, size_t countAt) {
     KernelList list{std::move(buffer), entrySize, headerSize, 0};
     uint32_t counted = 0;
-    std::memcpy(&counted, list.buffer.get(), sizeof counted);
+    std::memcpy(&counted, static_cast<const uint8_t *>(list.buffer.get()) + countAt, sizeof counted);
     list.count = counted;
 
     // The count word is the one of the second answer, the size of the buffer follows from the first. Only the

@@ -94,9 +94,10 @@ struct KernelList {
     Bytes bytes() const;
 };
 
-// Bounds the count that the kernel wrote by what the buffer holds, and warns when it claims more.
+// Bounds the count that the kernel wrote, into the header at countAt, by what the buffer holds, and warns
+// when it claims more.
 KernelList boundedList(std::shared_ptr<void> buffer, size_t entrySize, std::string_view what,
-                       size_t headerSize = sizeof(VSHYP_ListHeader));
+                       size_t headerSize = sizeof(VSHYP_ListHeader), size_t countAt = 0);
 
 // The portset name, by which the kernel knows the switch.
 std::string portsetOf(const std::string &alias);

@@ -36,8 +36,33 @@ size_t storedLength(const PolicyPlace &place, bool byId) {
     return static_cast<size_t>(std::max(length.length, 0));
 }
 
+void showEntries(const Arguments &arguments, Output &out, Bytes entries) {
+    if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), entries);
+    auto count = static_cast<uint32_t>(entries.size() / kEntrySize);
+    if (out.json()) {
+        Listing listing(out, {{"index", "INDEX"}, {"entry", "ENTRY"}});
+        for (uint32_t i = 0; i < count; i++)
+            listing.row(i, entries.subspan(i * kEntrySize, kEntrySize));
+        return listing.finish();
+    }
+    for (uint32_t i = 0; i < count; i++) {
+        fmt::format_to(std::back_inserter(out.buffer()), "entry {} ({} bytes):\n", i, kEntrySize);
+        appendHexDump(out.buffer(), entries.subspan(i * kEntrySize, kEntrySize));
+        out.drain();
+    }
+}
+
+void getFromKernel(const Arguments &arguments, Output &out, const PolicyPlace &place) {
+    VshypBuffer buffer;
+    require(fetch("VSHYP_GetLSTeamingPolicyTable", VSHYP_GetLSTeamingPolicyTable, buffer, place.name()),
+            place.named());
+    KernelList table = boundedList(std::move(buffer), VSHYP_LS_TEAMING_ENTRY_SIZE, "entries", kCountSize);
+    showEntries(arguments, out, table.bytes().subspan(kCountSize));
+}
+
 void get(const Arguments &arguments, Output &out) {
     PolicyPlace place(kTable, arguments);
+    if (arguments.given("--kernel")) return getFromKernel(arguments, out, place);
     bool byId = arguments.given("--by-id");
     void *raw = nullptr;
     HYP_ReturnStatus status =
@@ -53,20 +78,7 @@ void get(const Arguments &arguments, Output &out) {
     if (count > there)
         fmt::print(stderr, "qvs: warning: the table counts {} entries and holds {}\n", count, there);
     auto shown = static_cast<uint32_t>(std::min<size_t>(count, there));
-    Bytes entries(static_cast<const uint8_t *>(table.get()) + kCountSize, shown * kEntrySize);
-    if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), entries);
-
-    if (out.json()) {
-        Listing listing(out, {{"index", "INDEX"}, {"entry", "ENTRY"}});
-        for (uint32_t i = 0; i < shown; i++)
-            listing.row(i, entries.subspan(i * kEntrySize, kEntrySize));
-        return listing.finish();
-    }
-    for (uint32_t i = 0; i < shown; i++) {
-        fmt::format_to(std::back_inserter(out.buffer()), "entry {} ({} bytes):\n", i, kEntrySize);
-        appendHexDump(out.buffer(), entries.subspan(i * kEntrySize, kEntrySize));
-        out.drain();
-    }
+    showEntries(arguments, out, {static_cast<const uint8_t *>(table.get()) + kCountSize, shown * kEntrySize});
 }
 
 void set(const Arguments &arguments, Output &out) {
@@ -97,10 +109,19 @@ void clear(const Arguments &arguments, Output &out) {
 
 void getChoice(const Arguments &arguments, Output &out) {
     PolicyPlace place(kChoice, arguments);
-    char name[VSDVS_LS_TEAMING_NAME_SIZE];
-    require(call("VSDVS_GetPortLSTeamingPolicyName", VSDVS_GetPortLSTeamingPolicyName, place.name(),
-                 place.port(), name),
-            place.named());
+    char name[VSDVS_LS_TEAMING_NAME_SIZE] = {};
+    if (arguments.given("--kernel")) {
+        uint32_t number = 0;
+        require(call("VSDVS_DvPortIDToPortID", VSDVS_DvPortIDToPortID, place.name(), place.port(), &number),
+                place.named());
+        require(call("VSHYP_GetPortLSTeamingPolicyName", VSHYP_GetPortLSTeamingPolicyName, number, name),
+                place.named());
+        if (name[0] == '\0') place.failAbsent();
+    } else {
+        require(call("VSDVS_GetPortLSTeamingPolicyName", VSDVS_GetPortLSTeamingPolicyName, place.name(),
+                     place.port(), name),
+                place.named());
+    }
     printValue(out, place, "policy", boundedText(name, sizeof name));
 }
 
@@ -129,7 +150,7 @@ const Command kRows[] = {
      .json = true,
      .summary = "show the logical-switch teaming policies of a switch",
      .arguments = {kSwitchArgument},
-     .options = {kById, kRaw},
+     .options = {kById, {"--kernel", nullptr, "show the table that is in force"}, kRaw},
      .details = "Entries have 2748 bytes each and are shown as they are.",
      .example = "qvs ls-teaming get sw1 --raw policies.bin",
      .run = get,
@@ -164,7 +185,7 @@ const Command kRows[] = {
      .json = true,
      .summary = "print the logical-switch teaming policy a port has chosen",
      .arguments = {kSwitchArgument, kPortArgument},
-     .options = {},
+     .options = {{"--kernel", nullptr, "print the one that is in force"}},
      .details = nullptr,
      .example = "qvs port ls-teaming get sw1 port0",
      .run = getChoice,

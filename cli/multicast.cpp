@@ -30,7 +30,12 @@ constexpr const char *kRcfTypes[] = {"cbpf", "ebpf"};
 void getMode(const Arguments &arguments, Output &out) {
     PolicyPlace place(kMode, arguments);
     uint32_t mode = 0;
-    require(call("VSDVS_GetMcastFilterMode", VSDVS_GetMcastFilterMode, place.name(), &mode), place.named());
+    HYP_ReturnStatus status =
+        arguments.given("--kernel")
+            ? call("VSHYP_GetMcastFilterMode", VSHYP_GetMcastFilterMode, portsetOf(place.name()).c_str(),
+                   &mode)
+            : call("VSDVS_GetMcastFilterMode", VSDVS_GetMcastFilterMode, place.name(), &mode);
+    require(status, place.named());
     printValue(out, place, "mode", std::string_view(nameOf(kModes, mode)));
 }
 
@@ -158,7 +163,7 @@ const Command kRows[] = {
      .json = true,
      .summary = "print how a switch filters multicast: legacy or snooping",
      .arguments = {kSwitchArgument},
-     .options = {},
+     .options = {{"--kernel", nullptr, "ask the running switch, whatever is stored"}},
      .details = "Never stored, it is what the running switch answers.",
      .example = "qvs mcast mode get sw1",
      .run = getMode,

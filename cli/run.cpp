@@ -21,17 +21,22 @@ std::span<const Noun> nouns() {
         {"uplink", "uplinks of a switch and their links", kUplinkCommands},
         {"mtu", "the MTU of a switch", kMtuCommands},
         {"mirror", "mirror sessions of a port, or of the uplinks of this host", kMirrorCommands},
+        {"mirror runtime", "mirror sessions as the kernel runs them", kMirrorRuntimeCommands},
         {"pvlan", "the private VLANs of a switch", kPrivateVlanCommands},
         {"port vlan", "the VLANs of a port", kPortVlanCommands},
         {"port security", "what a port may do and receive", kPortSecurityCommands},
         {"teaming", "how a switch and its ports spread traffic over the uplinks", kTeamingCommands},
+        {"rarp", "what the kernel counted when it moved ports between uplinks", kTeamingStatsCommands},
         {"ls-teaming", "teaming policies of logical switches", kLsTeamingCommands},
         {"mac-learning", "how MAC addresses are learned", kMacLearningCommands},
         {"mac", "the MAC tables of the running switch, and how it learns", kMacCommands},
         {"mcast", "multicast filtering and the receive filter", kMulticastCommands},
+        {"mcast filters", "the multicast groups that the kernel lets in", kMulticastFilterCommands},
         {"health", "checks of teaming, VLANs and MTU", kHealthCommands},
         {"discovery", "the discovery protocol of a switch", kDiscoveryCommands},
         {"port ipfix", "flow sampling of a port", kIpfixCommands},
+        {"ipfix", "what the kernel counted when it sampled flows", kIpfixStatsCommands},
+        {"spf", "the ports of the SPF data path", kSpfCommands},
         {"bfd", "forwarding detection between tunnel ends", kBfdCommands},
         {"kcp", "lists and status of the kernel control plane", kKcpCommands},
         {"trace", "tracing of flows", kTraceCommands},
@@ -127,6 +132,7 @@ void requireExclusive(const Arguments &arguments, const GlobalOptions &global) {
     };
     exclude(global.json && arguments.given("--raw"), "--json", "--raw");
     exclude(arguments.given("--names") && arguments.given("--kernel"), "--names", "--kernel");
+    exclude(arguments.given("--by-id") && arguments.given("--kernel"), "--by-id", "--kernel");
 }
 
 void runWords(std::vector<std::string> words) {
