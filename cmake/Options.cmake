@@ -13,7 +13,7 @@ if(QVS_SANITIZE)
     target_link_options(qvs_sanitize INTERFACE -fsanitize=${QVS_SANITIZE})
 endif()
 if(QVS_FUZZ)
-    # What is fuzzed tells the fuzzer where it has been.
-    target_compile_options(qvs_sanitize INTERFACE -fsanitize=fuzzer-no-link)
+    # What is fuzzed tells the fuzzer where it has been, and is fast enough to be there often.
+    target_compile_options(qvs_sanitize INTERFACE -fsanitize=fuzzer-no-link -O1)
     target_link_options(qvs_sanitize INTERFACE -fsanitize=fuzzer-no-link)
 endif()

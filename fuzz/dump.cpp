@@ -1,8 +1,11 @@
 // Dumps a switch whose properties are made from the input: every printer with records of any length and
 // content.
+#include <dlfcn.h>
+
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,6 +47,18 @@ void require(bool condition) {
 }
 
 }  // namespace
+
+// Stands before the state library's: the library reads each record from a copy with nothing behind it, so
+// that the sanitizer sees what is read too far. Of an empty record one byte is readable.
+uint32_t DVSData_Data(const DVSData *data, const void **value) {
+    static const auto real = reinterpret_cast<decltype(&DVSData_Data)>(dlsym(RTLD_NEXT, "DVSData_Data"));
+    static std::unique_ptr<char[]> copy;
+    const uint32_t length = real(data, value);
+    copy = std::make_unique<char[]>(length != 0 ? length : 1);
+    std::memcpy(copy.get(), *value, length);
+    *value = copy.get();
+    return length;
+}
 
 // A property is a byte for its key, one for its class, two for its length, and the value; one byte in front
 // of all chooses the switch's version and the port's state.

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "dump/printed_keys.h"
 #include "support/alloc_fault.h"
 #include "support/bytes.h"
 #include "support/host.h"
@@ -15,67 +16,6 @@
 
 namespace qvs::test {
 namespace {
-
-// Every key that does not go to the generic printer.
-constexpr const char *kPrintedKeys[] = {
-    "com.quillon.common.port.connectid",
-    "com.quillon.common.port.volatile.status",
-    "com.quillon.common.port.volatile.ptstatus",
-    "com.quillon.common.port.statistics",
-    "com.quillon.common.host.volatile.status",
-    "com.quillon.common.uplinkPorts",
-    "com.quillon.common.host.uplinkPorts",
-    "com.quillon.common.overlay",
-    "com.quillon.common.port.overlay",
-    "com.quillon.etherswitch.port.teaming",
-    "com.quillon.vswitch.teaming",
-    "com.quillon.vswitch.port.teaming.policy",
-    "com.quillon.common.port.volatile.vlan",
-    "com.quillon.etherswitch.port.vlan",
-    "com.quillon.vswitch.port.vlan",
-    "com.quillon.etherswitch.pvlanMap",
-    "com.quillon.vswitch.pvlanMap",
-    "com.quillon.common.port.shaper.input",
-    "com.quillon.common.port.shaper.output",
-    "com.quillon.common.port.shaper.broadcast",
-    "com.quillon.etherswitch.ipfix",
-    "com.quillon.net.ipfix.port",
-    "com.quillon.etherswitch.ipv4addr",
-    "com.quillon.etherswitch.mirrorSessions",
-    "com.quillon.etherswitch.port.mirrorSessions",
-    "com.quillon.vswitch.port.mirrorSessions",
-    "com.quillon.common.port.linkstatus",
-    "com.quillon.etherswitch.port.security",
-    "com.quillon.vswitch.port.security",
-    "com.quillon.etherswitch.mtu",
-    "com.quillon.vswitch.mtu",
-    "com.quillon.etherswitch.cdp",
-    "com.quillon.common.port.dvfilter",
-    "com.quillon.common.port.respools.cfg",
-    "com.quillon.common.port.respool.assoc",
-    "com.quillon.common.respools.list",
-    "com.quillon.common.respools.cfg",
-    "com.quillon.common.respools.sched",
-    "com.quillon.common.port.volatile.vlanchkresult",
-    "com.quillon.common.port.volatile.mtuchkresult",
-    "com.quillon.common.teamcheck.deploy",
-    "com.quillon.mesh.teamcheck.param",
-    "com.quillon.etherswitch.port.extraEthFRP",
-    "com.quillon.vswitch.port.extraEthFRP",
-    "com.quillon.etherswitch.port.lacp",
-    "com.quillon.etherswitch.lacp",
-    "com.quillon.common.serviceinstance",
-    "com.quillon.common.port.serviceprofile",
-    "com.quillon.vswitch.macLearning",
-    "com.quillon.vswitch.macLearning.learnStatic",
-    "com.quillon.vswitch.port.macManagement",
-    "com.quillon.vswitch.macLearning.staticMACAllow",
-    "com.quillon.vswitch.port.priority.retain",
-    "com.quillon.vswitch.mcast.user.addresses",
-    "com.quillon.vswitch.port.mcast.user.addresses",
-    "com.quillon.vswitch.port.mcast.user.addresses.override",
-};
-static_assert(std::size(kPrintedKeys) == 56);
 
 void setGlobal(const char *id, const char *key, const std::string &value, uint32_t type = 16) {
     ASSERT_STATUS(DVSHYP_GlobalPropSet(id, key, value.data(), static_cast<uint32_t>(value.size()), type), 0);

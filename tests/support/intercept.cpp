@@ -76,6 +76,15 @@ uint32_t DVS_PortState(const DVSPort *port) {
     return found != calls().portStates.end() ? found->second : real(port);
 }
 
+uint32_t DVSData_Data(const DVSData *data, const void **value) {
+    static const auto real = next(&DVSData_Data, "DVSData_Data");
+    const uint32_t length = real(data, value);
+    if (!calls().record) return length;
+    const auto record = calls().record(DVSData_Name(data), {static_cast<const char *>(*value), length});
+    *value = record.data();
+    return static_cast<uint32_t>(record.size());
+}
+
 const char *DVS_SwitchId(const DVSSwitch *sw) {
     static const auto real = next(&DVS_SwitchId, "DVS_SwitchId");
     if (calls().longIds.empty()) return real(sw);

@@ -4,9 +4,11 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qvs::test {
@@ -19,6 +21,9 @@ struct Calls {
     int descriptor = -1;           // of the last ioctl
     int descriptorFlags = -1;      // its F_GETFD
     int closeErrno = 0;            // close succeeds, but leaves this in errno
+
+    // DVSData_Data answers for a property what this says of its key and its value.
+    std::function<std::string_view(const char *key, std::string_view value)> record;
 
     std::map<std::string, uint32_t> portStates;     // DVS_PortState by port identifier
     std::map<std::string, std::string> longIds;     // DVS_SwitchId: what stands for an identifier
