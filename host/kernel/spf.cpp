@@ -11,6 +11,8 @@
 //   configuration failures 8  u32 failed plumbs, u32 failed unplumbs; kept over restarts
 #include <cerrno>
 #include <cstdio>
+#include <set>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -31,6 +33,8 @@ constexpr size_t kGuestStats = 256;
 constexpr size_t kServiceStats = 104;
 constexpr size_t kSwitchStats = 80;
 constexpr size_t kFailures = 8;
+constexpr size_t kFailedPlumbs = 0;
+constexpr size_t kFailedUnplumbs = 4;
 constexpr size_t kMacSize = 6;
 
 // A row for each plumbed port: its number in hexadecimal, and its address.
@@ -160,40 +164,43 @@ void forgetRemovedPorts(Model &model) {
     if (!gone.empty()) model.clearDeviceValues(kPlumbed, gone);
 }
 
-// A port is plumbed once, and an address is that of one plumbed port of its switch.
-int plumb(Model &model, const Port &port, const std::string &mac) {
-    if (plumbedMac(model, port) != nullptr) return EEXIST;
-    for (const Port *other : plumbedPorts(model, port.owner)) {
-        if (*plumbedMac(model, *other) == mac) return EEXIST;
+// The addresses of all plumbed ports; an address is taken within its switch.
+using Addresses = std::set<std::pair<const Switch *, std::string>>;
+
+Addresses takenAddresses(const Model &model) {
+    Addresses taken;
+    for (const auto &[row, mac] : model.deviceValues(kPlumbed)) {
+        if (const Port *port = model.findPort(numberOf(row))) taken.emplace(port->owner, mac);
     }
-    forgetRemovedPorts(model);
-    model.setDeviceValue(kPlumbed, rowOf(port), mac);
-    return 0;
+    return taken;
 }
 
-// Counts a refusal in the word at `offset`.
-Result answerChange(const Call &call, size_t offset, int error) {
-    if (error != 0) {
-        const std::string before = failures(call.model);
-        Record record(kFailures);
-        record.bytes(0, before).put(offset, u32At(before, offset) + 1);
-        call.model.setDeviceValue(kCounts, kFailuresKey, record.view());
-    }
+// Refuses a change, and counts that in the word at `offset`.
+Result refuse(const Call &call, size_t offset, int error) {
+    const std::string before = failures(call.model);
+    Record record(kFailures);
+    record.bytes(0, before).put(offset, u32At(before, offset) + 1);
+    call.model.setDeviceValue(kCounts, kFailuresKey, record.view());
     return failure(error);
 }
 
 Result plumbPort(const Call &call) {
     const Port *port = requestedPort(call);
     const std::string mac = parseMac(std::string(textAt(call.input, kMacAt, kMacWidth)));
-    const int error = port == nullptr ? ENOENT : mac.empty() ? EINVAL : plumb(call.model, *port, mac);
-    return answerChange(call, 0, error);
+    if (port == nullptr) return refuse(call, kFailedPlumbs, ENOENT);
+    if (mac.empty()) return refuse(call, kFailedPlumbs, EINVAL);
+    if (plumbedMac(call.model, *port) != nullptr || takenAddresses(call.model).contains({port->owner, mac}))
+        return refuse(call, kFailedPlumbs, EEXIST);
+    forgetRemovedPorts(call.model);
+    call.model.setDeviceValue(kPlumbed, rowOf(*port), mac);
+    return {};
 }
 
 Result unplumbPort(const Call &call) {
     const Port *port = requestedPort(call);
     const bool plumbed = port != nullptr && plumbedMac(call.model, *port) != nullptr;
     if (plumbed) call.model.clearDeviceValue(kPlumbed, rowOf(*port));
-    return answerChange(call, 4, plumbed ? 0 : ENOENT);
+    return plumbed ? Result{} : refuse(call, kFailedUnplumbs, ENOENT);
 }
 
 constexpr Command kCommands[] = {
@@ -207,16 +214,18 @@ constexpr Command kCommands[] = {
 };
 
 // A port that is plumbed already gets the lab's address.
-void applyPort(Members &members, Model &model) {
+void applyPort(Members &members, Model &model, Addresses *taken) {
     const Port &port = portOf(members, model);
     const std::string mac = parseMac(members.text("mac"));
     if (mac.empty()) members.fail("mac", "is not the address of a station");
-    model.clearDeviceValue(kPlumbed, rowOf(port));
-    if (plumb(model, port, mac) != 0) members.fail("mac", "is the address of another port");
+    if (const std::string *before = plumbedMac(model, port)) taken->erase({port.owner, *before});
+    if (!taken->emplace(port.owner, mac).second) members.fail("mac", "is the address of another port");
+    model.setDeviceValue(kPlumbed, rowOf(port), mac);
 }
 
 void applyPorts(const nlohmann::json &value, Model &model) {
-    eachOf(value, kMember, [&](Members &members) { applyPort(members, model); });
+    Addresses taken = takenAddresses(model);
+    eachOf(value, kMember, [&](Members &members) { applyPort(members, model, &taken); });
 }
 
 constexpr LabMember kLab[] = {{kMember, applyPorts}};
