@@ -138,15 +138,16 @@ std::string hex(Bytes bytes) {
 
 std::string base64(Bytes bytes) {
     constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string out;
-    out.reserve((bytes.size() + 2) / 3 * 4);
+    std::string out((bytes.size() + 2) / 3 * 4, '=');
+    char *to = out.data();
     for (size_t i = 0; i < bytes.size(); i += 3) {
         size_t here = std::min<size_t>(3, bytes.size() - i);
-        uint32_t group = 0;
-        for (size_t j = 0; j < 3; j++)
-            group = group << 8 | (j < here ? bytes[i + j] : 0u);
-        for (size_t j = 0; j < 4; j++)
-            out += j <= here ? kDigits[group >> (18 - 6 * j) & 63] : '=';
+        uint32_t group = uint32_t{bytes[i]} << 16;
+        if (here > 1) group |= uint32_t{bytes[i + 1]} << 8;
+        if (here > 2) group |= bytes[i + 2];
+        for (size_t j = 0; j <= here; j++)
+            to[j] = kDigits[group >> (18 - 6 * j) & 63];
+        to += 4;
     }
     return out;
 }

@@ -19,6 +19,7 @@
 
 #include "kernel/device_request.h"
 #include "kernel/record_table.h"
+#include "kernel/trace.h"
 
 namespace qvs::kernel {
 
@@ -150,11 +151,10 @@ void describe(const Model &model, nlohmann::json *status) {
     auto sessions = nlohmann::json::array();
     eachRecord(model, kSessions, [&](uint32_t number, std::string_view kept) {
         const Port &port = *model.findPort(u32At(kept, 0));
-        sessions.push_back(
-            {{"number", number},
-             {"switch", port.owner->id},
-             {"port", port.id},
-             {"definition", fmt::format("{:02x}", fmt::join(kept.begin() + kDefinitionAt, kept.end(), ""))}});
+        sessions.push_back({{"number", number},
+                            {"switch", port.owner->id},
+                            {"port", port.id},
+                            {"definition", hexDigits(kept.substr(kDefinitionAt))}});
     });
     (*status)["liveTrace"] = sessions;
 }

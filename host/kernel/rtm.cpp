@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "kernel/device.h"
+#include "kernel/trace.h"
 
 namespace qvs::kernel {
 
@@ -79,7 +80,7 @@ nlohmann::json describeOperation(uint32_t command, std::string_view input) {
     }
     operation["kind"] = formOf(input)->kind;
     operation["count"] = u32At(input, 0);
-    operation["hex"] = fmt::format("{:02x}", fmt::join(input.begin(), input.end(), ""));
+    operation["hex"] = hexDigits(input);
     return operation;
 }
 

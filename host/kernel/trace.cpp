@@ -49,6 +49,13 @@ std::string shellWord(std::string_view text) {
     return isPlain ? std::string(text) : quote(text);
 }
 
+std::string hexDigits(std::string_view bytes, std::string_view between) {
+    std::string result;
+    for (const char c : bytes)
+        result += fmt::format("{}{:02x}", result.empty() ? "" : between, static_cast<uint8_t>(c));
+    return result;
+}
+
 std::string hexRuns(std::string_view bytes) {
     std::string result;
     for (size_t at = 0; at < bytes.size(); ++at) {

@@ -14,6 +14,8 @@ namespace qvs::kernel {
 std::string quote(std::string_view text);
 // A word as it is when it is plain, else quoted.
 std::string shellWord(std::string_view text);
+// All bytes as pairs of digits, with a text between the pairs.
+std::string hexDigits(std::string_view bytes, std::string_view between = {});
 // Runs of non-zero bytes as "offset:hex", one blank between.
 std::string hexRuns(std::string_view bytes);
 // "ENOENT"; 0 is "0".

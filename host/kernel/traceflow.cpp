@@ -14,6 +14,7 @@
 
 #include "kernel/device.h"
 #include "kernel/record_table.h"
+#include "kernel/trace.h"
 
 namespace qvs::kernel {
 
@@ -94,16 +95,12 @@ constexpr Command kCommands[] = {
     {4, 0, "GetINTConfig", getTelemetry},
 };
 
-std::string hexOf(std::string_view bytes, const char *between) {
-    return fmt::format("{:02x}", fmt::join(bytes.begin(), bytes.end(), between));
-}
-
 nlohmann::json describeRequest(const Port &port, uint32_t number, std::string_view request) {
     return {{"number", number},
             {"switch", port.owner->id},
             {"port", port.id},
-            {"source", hexOf(request.substr(112, 6), ":")},
-            {"destination", hexOf(request.substr(118, 6), ":")},
+            {"source", hexDigits(request.substr(112, 6), ":")},
+            {"destination", hexDigits(request.substr(118, 6), ":")},
             {"word1", u32At(request, 124)},
             {"word2", u32At(request, 128)},
             {"short", u16At(request, 132)},
@@ -117,7 +114,7 @@ void describe(const Model &model, nlohmann::json *status) {
         const Port &port = *model.findPort(u32At(kept, 0));
         requests.push_back(describeRequest(port, number, kept.substr(kKeptAt)));
     });
-    (*status)["traceflow"] = {{"requests", requests}, {"telemetry", hexOf(telemetry(model), "")}};
+    (*status)["traceflow"] = {{"requests", requests}, {"telemetry", hexDigits(telemetry(model))}};
 }
 
 }  // namespace
