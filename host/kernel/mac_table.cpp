@@ -2,9 +2,10 @@
 // says behind which port it is, and when it was learnt if it was.
 #include "kernel/mac_table.h"
 
+#include <algorithm>
 #include <charconv>
 #include <ctime>
-#include <limits>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -143,7 +144,12 @@ MacTable::MacTable(Model &model) : model_(model), now_(learningClock(model)) {
         entries_.emplace_hint(entries_.end(), readKey(key), entry);
         count(entry, 1);
     }
-    if (!gone.empty()) model.clearDeviceValues(kTable, gone);
+    if (gone.empty()) return;
+    try {
+        model.clearDeviceValues(kTable, gone);
+    } catch (const StoreError &) {
+        // Whoever only looks needs no room on the disk; the next one tries again.
+    }
 }
 
 bool MacTable::expired(const MacEntry &entry) const {
