@@ -7,10 +7,10 @@
 #include <sstream>
 #include <string>
 
-#include "places.h"
 #include "support/alloc_fault.h"
 #include "support/bytes.h"
 #include "support/host.h"
+#include "support/places.h"
 
 namespace qvs::test {
 namespace {

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "places.h"
 #include "support/bytes.h"
 #include "support/host.h"
+#include "support/places.h"
 
 namespace qvs::test {
 namespace {
