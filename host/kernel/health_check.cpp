@@ -3,7 +3,6 @@
 #include "kernel/health_check.h"
 
 #include <algorithm>
-#include <cstring>
 #include <vector>
 
 #include "kernel/device.h"
@@ -30,8 +29,11 @@ Ranges vlansOf(std::string_view policy) {
     if (policy.size() != kHead + count * sizeof(Range)) return {};
     const auto id = static_cast<uint16_t>(flagsAndId >> 16);
     if ((flagsAndId & kTrunk) == 0) return id == 0 ? Ranges{} : Ranges{{id, id}};
-    Ranges ranges(count);
-    std::memcpy(ranges.data(), policy.data() + kHead, count * sizeof(Range));
+    Ranges ranges;
+    for (size_t i = 0; i < count; ++i) {
+        const uint32_t range = u32At(policy, kHead + i * sizeof(Range));
+        ranges.push_back({static_cast<uint16_t>(range), static_cast<uint16_t>(range >> 16)});
+    }
     return ranges;
 }
 
