@@ -77,15 +77,15 @@ struct ListShape {
 enum class ListPhase : uint8_t { Count, Fetch };
 
 // Count, then fetch, once: `ask` is called with the phase and the output area and answers a status. `counted`
-// tells whether the first request succeeded. The list is null after every failure; its count is whatever the
-// kernel wrote there.
+// becomes true when the first request succeeded and there is such a list. The list is null after every
+// failure; its count is whatever the kernel wrote there.
 template <typename Ask>
 HYP_ReturnStatus fetchList(const ListShape &shape, Ask ask, HeapBytes &list, bool &counted) {
     uint8_t header[ListShape::kMaxHeader] = {};
     HYP_ReturnStatus status = ask(ListPhase::Count, Area{header, shape.countLength});
-    counted = status == HYP_OK;
     if (status != HYP_OK) return status;
     if (shape.entrySize == 0) return HYP_BAD_PARAM;
+    counted = true;
 
     uint32_t count = 0;
     std::memcpy(&count, header + shape.countOffset, sizeof count);

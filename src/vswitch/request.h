@@ -120,7 +120,8 @@ inline HYP_ReturnStatus switchRequest(SwitchCommand command, const SwitchRequest
     return switchRequest(command, request, Area{out, outLength});
 }
 
-// Fetches a list. *list is untouched when the first request fails, and null after any later failure.
+// Fetches a list. *list is untouched when the first request fails or there is no such list, and null after
+// any later failure.
 HYP_ReturnStatus fetchSwitchList(SwitchCommand command, const SwitchRequest &request, const ListShape &shape,
                                  void **list);
 

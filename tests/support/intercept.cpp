@@ -55,6 +55,7 @@ __attribute__((visibility("default"))) int ioctl(int descriptor, unsigned long r
     static const auto real = reinterpret_cast<int (*)(int, unsigned long, ...)>(dlsym(RTLD_NEXT, "ioctl"));
     calls().descriptor = descriptor;
     calls().descriptorFlags = fcntl(descriptor, F_GETFD);
+    if (calls().onIoctl) calls().onIoctl(request, argument);
     const int result = real(descriptor, request, argument);
     if (calls().ioctlResults.empty()) return result;
     const int answer = calls().ioctlResults.front();

@@ -1,0 +1,67 @@
+// The lab behind the tests of device requests.
+#include "features/runtime_host.h"
+
+#include <qvs/dvs.h>
+
+#include "support/bytes.h"
+#include "support/host.h"
+
+namespace qvs::test {
+namespace {
+
+// The sessions "one" and "two"; the first one mirrors to port0 and to uplink0.
+std::string mirrorSessions() {
+    const std::string head = u32(0xfacebeef) + u32(2) + u32(2) + u32(2) + u32(0);
+    const std::string one = field("one", 116) + u32(1) + zeros(96) + u32(2) + zeros(12);
+    const std::string two = field("two", 116) + u32(1) + zeros(108) + u32(2);
+    return head + one + two + u32(0) + field("port0", 48) + u32(0) + field("uplink0", 48);
+}
+
+std::string lab() {
+    const std::string policies = u32(2) + zeros(2 * 2748);
+    return R"({"switches":[
+      {"alias":"sw1","id":"id","portset":"ps1","maxPorts":16,"uplinks":["uplink0","uplink1"],"ports":["port0"],
+       "properties":[{"scope":"global","key":"com.quillon.vswitch.logicalswitch.teaming","hex":")" +
+           toHex(policies) + R"("},
+                     {"scope":"port","port":"port0","key":"com.quillon.vswitch.port.mirrorSessions","hex":")" +
+           toHex(mirrorSessions()) + R"("}]},
+      {"alias":"two","ports":["a","b"]}],
+     "clients":[{"switch":"sw1","port":"port0","name":"web.eth0"}],
+     "macEntries":[
+      {"switch":"sw1","port":"port0","mac":"02:00:00:00:00:01","count":2,"kind":"static"},
+      {"switch":"sw1","port":"uplink1","mac":"02:00:00:00:00:09","kind":"static"},
+      {"switch":"sw1","port":"uplink0","mac":"02:00:00:00:01:00","count":2}],
+     "mcastFilters":[
+      {"switch":"sw1","port":"port0","group":"01:00:5e:00:00:01","count":3},
+      {"switch":"sw1","port":"port0","group":"224.1.2.251","count":3,
+       "sources":["10.0.0.1","10.0.0.2","10.0.0.3","10.0.0.4","10.0.0.5"]},
+      {"switch":"sw1","port":"port0","group":"ff02::fb","count":3,
+       "sources":["2001:db8::1","2001:db8::2","2001:db8::3","2001:db8::4","2001:db8::5"]}],
+     "spfPorts":[{"switch":"two","port":"a","mac":"02:00:00:00:02:01"},
+                 {"switch":"two","port":"b","mac":"02:00:00:00:02:02"}],
+     "liveTrace":[{"switch":"sw1","port":"port0"},{"switch":"two","port":"a"}],
+     "kcp":{"interfaces":[{"name":"vif","count":2}],"containerInterfaces":[{"name":"cif","count":2}],
+            "hypervisorInterfaces":[{"name":"hyp","count":2}],"hypervisorNics":[{"name":"nic","count":3}],
+            "containers":[{"count":2}]}})";
+}
+
+}  // namespace
+
+void RuntimeHost::SetUp() {
+    seed(lab());
+    ASSERT_STATUS(DVSLoadConfig(), 0);
+    clearTrace();
+}
+
+std::string request(const std::string &path, const std::string &line, const std::string &answer) {
+    return "device open \"" + path + "\" -> 0\ndevice ioctl \"" + path + "\" " + line + " -> " + answer +
+           "\n";
+}
+
+void patchAnswer(const std::string &path, uint32_t offset, const std::string &bytes, int nth) {
+    addFault("device ioctl \"" + path,
+             R"("output":[{"offset":)" + std::to_string(offset) + R"(,"hex":")" + toHex(bytes) + R"("}])",
+             nth);
+}
+
+}  // namespace qvs::test
