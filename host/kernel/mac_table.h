@@ -1,11 +1,11 @@
 // The forwarding table of the emulated kernel: which address is behind which port.
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 
 #include "kernel/model.h"
@@ -42,7 +42,9 @@ struct MacKey {
     uint16_t vlan = 0;
     int64_t switchRow = 0;
 
-    auto operator<=>(const MacKey &) const = default;
+    bool operator<(const MacKey &other) const {
+        return std::tie(address, vlan, switchRow) < std::tie(other.address, other.vlan, other.switchRow);
+    }
 };
 
 struct MacEntry {
