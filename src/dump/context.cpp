@@ -9,7 +9,6 @@
 #include <bit>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 
 #include "qvs/mesh_public.h"
@@ -74,7 +73,7 @@ constexpr size_t kClassBits = DVS_PROP_CONFIG | DVS_PROP_RUNTIME | DVS_PROP_VOLA
 constexpr size_t kFirstClassBit = std::countr_zero(kClassBits);
 
 struct ClassWords {
-    char words[kPropTypeSize]{};
+    char text[32]{};
     size_t length = 0;
 };
 
@@ -95,7 +94,7 @@ constexpr auto kClassWords = [] {
         for (const Class &c : kClasses) {
             if ((i << kFirstClassBit & c.bit) == 0) continue;
             for (const char letter : c.word)
-                row.words[row.length++] = letter;
+                row.text[row.length++] = letter;
         }
     }
     return rows;
@@ -103,10 +102,9 @@ constexpr auto kClassWords = [] {
 
 }  // namespace
 
-std::string_view NetDVSPropTypeStr(uint32_t propType, char (&words)[kPropTypeSize]) {
+std::string_view NetDVSPropTypeStr(uint32_t propType) {
     const ClassWords &row = kClassWords[(propType & kClassBits) >> kFirstClassBit];
-    std::memcpy(words, row.words, kPropTypeSize);
-    return {words, row.length};
+    return {row.text, row.length};
 }
 
 }  // namespace qvs

@@ -79,7 +79,6 @@ void NetDVSDumpPrintf(NetDVSDumpCtx *ctx, const Arguments &...arguments) {
 }
 
 // The words of the class bits, each with its trailing blank: "CONFIG RUNTIME VOLATILE POLICY ".
-constexpr size_t kPropTypeSize = 32;
-std::string_view NetDVSPropTypeStr(uint32_t propType, char (&words)[kPropTypeSize]);
+std::string_view NetDVSPropTypeStr(uint32_t propType);
 
 }  // namespace qvs

@@ -46,17 +46,15 @@ void printMac(const PrintJob &job, uint64_t offset) {
 
 // Connection ids and MTUs: one 32-bit number, shown as signed.
 void printNumber(const PrintJob &job) {
-    char words[kPropTypeSize];
     job.print<"\t\t%s = %d , \tpropType = %s\n">(job.key, job.record.at<int32_t>(0),
-                                                 NetDVSPropTypeStr(job.propType, words));
+                                                 NetDVSPropTypeStr(job.propType));
 }
 
 // Any value without a printer of its own: as text when it is one printable string, else as bytes.
 void printGeneric(const PrintJob &job) {
     if (isPrintableString(job.record)) {
-        char words[kPropTypeSize];
         job.print<"\t\t%s = %s , \tpropType = %s\n">(job.key, job.record.text(0),
-                                                     NetDVSPropTypeStr(job.propType, words));
+                                                     NetDVSPropTypeStr(job.propType));
         return;
     }
     // The first byte is there even when the length is 0; bytes are padded with a blank, not with a zero.

@@ -3,6 +3,9 @@
 #include "dump/printers.h"
 
 namespace qvs {
+
+using namespace std::string_view_literals;
+
 namespace {
 
 // A word for a number that is an index, or the word for none.
@@ -111,7 +114,7 @@ void printShaper(const PrintJob &job) {
 
 void printSecurity(const PrintJob &job) {
     const uint32_t mask = job.record.u32(0);
-    const auto word = [mask](unsigned bit) { return (mask >> bit & 1) != 0 ? "deny" : "allow"; };
+    const auto word = [mask](unsigned bit) { return (mask >> bit & 1) != 0 ? "deny"sv : "allow"sv; };
     job.print<"\t\t%s = %s promiscuous; %s mac change; %s forged frames\n">(job.key, word(0), word(1),
                                                                             word(2));
     job.classLine();
@@ -123,7 +126,9 @@ void printExtraEthFilter(const PrintJob &job) {
     constexpr uint64_t kAddressSize = 6;
     const RecordView &record = job.record;
     const uint32_t flags = record.u32(0);
-    const auto text = [flags](unsigned bit, const char *name) { return (flags >> bit & 1) != 0 ? name : ""; };
+    const auto text = [flags](unsigned bit, std::string_view name) {
+        return (flags >> bit & 1) != 0 ? name : "";
+    };
     job.print<"\t\t%s = %s%s%s%s%s%s%s\n">(job.key, text(0, "  UNICAST"), text(1, "  MULTICAST"),
                                            text(2, "  ALLMULTI"), text(3, "  BROADCAST"),
                                            text(4, "  PROMISC"), text(5, "  USE_LADRF"), text(16, "  SINK"));
@@ -147,10 +152,9 @@ void printDiscovery(const PrintJob &job) {
 }
 
 void printIPv4Address(const PrintJob &job) {
-    char words[kPropTypeSize];
     job.print<"\t\t%s = ">(job.key);
     printIPv4(job, 0);
-    job.print<", \tpropType = %s\n">(NetDVSPropTypeStr(job.propType, words));
+    job.print<", \tpropType = %s\n">(NetDVSPropTypeStr(job.propType));
 }
 
 void printSwitchIpfix(const PrintJob &job) {

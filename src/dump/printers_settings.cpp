@@ -2,10 +2,16 @@
 #include "dump/printers.h"
 
 namespace qvs {
+
+using namespace std::string_view_literals;
+
 namespace {
 
-const char *yesNo(bool yes) {
+std::string_view yesNo(bool yes) {
     return yes ? "true" : "false";
+}
+std::string_view enabled(bool yes) {
+    return yes ? "enabled" : "disabled";
 }
 
 // One kind of ranges of a check result.
@@ -77,10 +83,9 @@ void printMacManagement(const PrintJob &job) {
         "\t\t\tlearning = %s\n"
         "\t\t\tflooding = %s\n"
         "\t\t\tmacLimit = %u\n"
-        "\t\t\tmacLimitPolicy = %s\n">(job.key, record.u8(0) != 0 ? "allow" : "deny",
-                                       record.u8(1) != 0 ? "enabled" : "disabled",
-                                       record.u8(2) != 0 ? "enabled" : "disabled", record.u32(3),
-                                       record.u32(7) == 0 ? "allow" : "not allow");
+        "\t\t\tmacLimitPolicy = %s\n">(job.key, record.u8(0) != 0 ? "allow"sv : "deny"sv,
+                                       enabled(record.u8(1) != 0), enabled(record.u8(2) != 0), record.u32(3),
+                                       record.u32(7) == 0 ? "allow"sv : "not allow"sv);
     job.classLine();
 }
 

@@ -66,24 +66,22 @@ void printPortStatus(const PrintJob &job) {
         job.print<" free\n">();
         return;
     }
-    char words[kPropTypeSize];
     job.print<" inUse">();
     if ((flags & kLinkUp) != 0) job.print<" linkUp">();
     if ((flags & kBlocked) != 0) job.print<" blocked">();
     job.print<" portID=%u %s">(job.record.u32(16), job.record.text(20));
-    job.print<" propType = %s\n">(NetDVSPropTypeStr(job.propType, words));
+    job.print<" propType = %s\n">(NetDVSPropTypeStr(job.propType));
 }
 
 void printPassThroughStatus(const PrintJob &job) {
     constexpr uint64_t kActive = 1u << 3;
-    char words[kPropTypeSize];
     job.print<"\t\t%s =">(job.key);
     if ((job.record.u64(0) & kActive) != 0) {
         job.print<" passthru, ">();
     } else {
         job.print<" noPassthruReason = %u, ">(job.record.u64(8));
     }
-    job.print<"\tpropType = %s\n">(NetDVSPropTypeStr(job.propType, words));
+    job.print<"\tpropType = %s\n">(NetDVSPropTypeStr(job.propType));
 }
 
 void printPortStatistics(const PrintJob &job) {
@@ -116,8 +114,7 @@ void printPortStatistics(const PrintJob &job) {
 void printHostStatus(const PrintJob &job) {
     constexpr const char *kColours[] = {"green", "yellow", "red"};
     const uint32_t health = job.record.u32(0);
-    char words[kPropTypeSize];
-    const std::string_view classes = NetDVSPropTypeStr(job.propType, words);
+    const std::string_view classes = NetDVSPropTypeStr(job.propType);
     job.print<"\t\t%s = ">(job.key);
     if (health < std::size(kColours)) {
         job.print<"%s %s, \tpropType = %s\n">(kColours[health], job.record.text(4), classes);

@@ -22,10 +22,7 @@ struct PrintJob {
     }
 
     // The line that ends nearly every printer's output.
-    void classLine() const {
-        char words[kPropTypeSize];
-        print<"\t\t\tpropType = %s\n">(NetDVSPropTypeStr(propType, words));
-    }
+    void classLine() const { print<"\t\t\tpropType = %s\n">(NetDVSPropTypeStr(propType)); }
 };
 
 using NetDVSPrinter = void (*)(const PrintJob &job);
