@@ -269,6 +269,28 @@ TEST(Printers, Branches) {
     }
 }
 
+// Megabytes, for which the text asks for memory in other ways.
+TEST(Printers, LargeText) {
+    CallsReset reset;
+    ASSERT_STATUS(DVSHYP_SwitchAdd(kNew, "vswitch", 16, 105), 0);
+    ASSERT_STATUS(DVSHYP_GlobalPropSet(kNew, "com.quillon.common.serviceinstance", "", 0, 16), 0);
+    ASSERT_STATUS(DVSLoadConfig(), 0);
+    std::string bytes, lines;
+    for (uint64_t i = 0; i < 90000; ++i) {
+        const std::string line = u64(i) + u64(~i);
+        bytes += line;
+        lines += "\t\t";
+        for (const char byte : line)
+            lines += (lines.back() == '\t' ? "\t" : " ") + toHex({&byte, 1});
+        lines += '\n';
+    }
+    calls().record = [&](const char *, std::string_view) { return std::string_view(bytes); };
+    EXPECT_TRUE(dumpLoaded() ==
+                "switch new (vswitch)\n\tmax ports: 16\n\tglobal properties:\n"
+                "\t\tcom.quillon.common.serviceinstance:\n\t\t\tlength = 1440000\n" +
+                    lines + "\t\t\tpropType = CONFIG \n\thost properties:\n");
+}
+
 // Records of any length that end where the readable memory ends.
 class LastReadableBytes {
   public:
