@@ -37,20 +37,27 @@ KernelList boundedList(std::shared_ptr<void> buffer, size_t entrySize, std::stri
     KernelList list{std::move(buffer), entrySize, headerSize, 0};
     uint32_t counted = 0;
     std::memcpy(&counted, static_cast<const uint8_t *>(list.buffer.get()) + countAt, sizeof counted);
-    list.count = counted;
 
     // The count word is the one of the second answer, the size of the buffer follows from the first. Only the
-    // allocator knows that size: what it grants may be a little larger, never smaller.
-    size_t room = (malloc_usable_size(list.buffer.get()) - headerSize) / entrySize;
-    if (counted <= room) return list;
+    // allocator knows that size: what it grants may be a little larger, by whole pages for a large one, never
+    // smaller.
+    constexpr size_t kPage = 4096;
+    size_t granted = malloc_usable_size(list.buffer.get());
+    size_t slack = granted < 16 * kPage ? 32 : kPage;
+    size_t room = (granted - headerSize) / entrySize;
+    size_t sure = 0;
+    if (counted <= room && granted >= headerSize + slack) {
+        sure = (granted - headerSize - slack) / entrySize + 1;
+    }
+    list.count = static_cast<uint32_t>(std::min<size_t>(counted, room));
 
     // Behind the entries of the first answer there is at most a rest of zeros.
-    list.count = static_cast<uint32_t>(room);
-    auto empty = [&](Bytes bytes) {
+    auto empty = [](Bytes bytes) {
         return std::all_of(bytes.begin(), bytes.end(), [](uint8_t b) { return b == 0; });
     };
-    while (list.count > 0 && empty(list.entry(list.count - 1)))
+    while (list.count > sure && empty(list.entry(list.count - 1)))
         list.count--;
+    if (list.count == counted) return list;
     fmt::print(stderr, "qvs: warning: the kernel counts {} {}, but handed over {}\n", counted, what,
                list.count);
     return list;

@@ -96,7 +96,7 @@ void remove(const Arguments &arguments, Output &out) {
 
     std::vector<bool> there;
     for (const std::string &port : ports) {
-        there.push_back(lookUpPort(sw, port) != nullptr);
+        there.push_back(DVPortExist(DVS_SwitchId(sw), port.c_str()) != 0);
         if (!there.back() && !arguments.given("--if-exists")) findPort(sw, alias, port);
         // Its entries in the uplink lists would be left behind, and the lists could not be read any more.
         if (there.back() && std::find(uplinks.begin(), uplinks.end(), port) != uplinks.end()) {
