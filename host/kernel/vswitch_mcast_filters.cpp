@@ -36,9 +36,12 @@ constexpr size_t kStatsHead = 28;
 
 enum Type : uint32_t { Mac = 0, IPv4 = 2, IPv6 = 3 };
 
-// Nothing for a number that is no type.
+bool isType(uint32_t number) {
+    return number == Mac || number == IPv4 || number == IPv6;
+}
+
 size_t addressSize(uint32_t type) {
-    return type == Mac ? 6 : type == IPv4 ? 4 : type == IPv6 ? 16 : 0;
+    return type == Mac ? 6 : type == IPv4 ? 4 : 16;
 }
 
 struct Address {
@@ -106,7 +109,7 @@ int findGroups(const Call &call, uint32_t number, Groups *groups) {
     const Portset *portset = requestedPortset(call);
     if (portset == nullptr) return ENOENT;
     const uint32_t type = u32At(call.input, kTypeAt);
-    if (addressSize(type) == 0) return EINVAL;
+    if (!isType(type)) return EINVAL;
     if (number == 0) {
         if (portset->owner != nullptr) addGroupsOfSwitch(call.model, *portset->owner, type, groups);
         return 0;
