@@ -67,7 +67,7 @@ void Model::look(Port &port) {
         std::memcpy(value.data() + at, &grown, sizeof grown);
     }
     port.properties.set(pool_.intern({kStatisticsKey, value, statistics->type}));
-    changed();
+    touch(port);
 }
 
 void Model::look(const Place &place, std::string_view key) {

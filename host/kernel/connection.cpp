@@ -217,6 +217,7 @@ void Connection::serveState(Kind kind, const std::string &payload) {
         changeValue(effect, &answer);
         if (kernel().trace.active()) record(line + describe(answer));
         reply(answer);
+        kernel().snapshot.dropOutdated();
     });
 }
 

@@ -11,7 +11,6 @@ namespace qvs::kernel {
 
 namespace {
 
-constexpr char kDeployKey[] = "com.quillon.common.vlanmtucheck.deploy";
 constexpr char kVlanKey[] = "com.quillon.vswitch.port.vlan";
 
 struct Range {
@@ -64,7 +63,7 @@ std::string packMtus(uint32_t most) {
 
 HealthCheck::HealthCheck(const Model &model, const Switch &sw) {
     constexpr size_t kDeployment = 5;  // u8 enabled, u32 minutes
-    const Property *deployment = sw.global.find(kDeployKey);
+    const Property *deployment = sw.global.find(kCheckDeployKey);
     deployed_ = sw.portset != nullptr && deployment != nullptr && deployment->value.size() == kDeployment &&
                 deployment->value[0] != 0;
     if (!deployed_) return;

@@ -9,6 +9,7 @@
 
 namespace qvs::kernel {
 
+constexpr char kCheckDeployKey[] = "com.quillon.common.vlanmtucheck.deploy";
 constexpr char kVlanResultKey[] = "com.quillon.common.port.volatile.vlanchkresult";
 constexpr char kMtuResultKey[] = "com.quillon.common.port.volatile.mtuchkresult";
 

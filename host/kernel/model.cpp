@@ -334,7 +334,11 @@ Status Model::changeSwitchProperty(Switch &sw, Scope scope, std::string_view key
     if (isAlias) insertAlias(sw);
     if (isUplinks) sw.setUplinks(std::move(uplinks));
     applyBindings(bindings);
-    changed();
+    if (isUplinks || key == kCheckDeployKey) {
+        changed();
+    } else {
+        touch(sw);
+    }
     return Status::Ok;
 }
 
@@ -364,8 +368,31 @@ Status Model::changePortProperty(Port &port, std::string_view key, const Propert
         port.clear(key);
     }
     if (isBlock) applyStatusReturn(port);
-    changed();
+    touch(port);
     return Status::Ok;
+}
+
+void Model::changed() {
+    ++generation_;
+    touched_ = {};
+}
+
+void Model::touch(const Switch &sw) {
+    ++generation_;
+    if (!touched_.anything) touched_.switches.push_back(&sw);
+    limitTouched();
+}
+
+void Model::touch(const Port &port) {
+    ++generation_;
+    if (!touched_.anything) touched_.ports.push_back(&port);
+    limitTouched();
+}
+
+// To look at so many one by one is no less than to look at everything.
+void Model::limitTouched() {
+    constexpr size_t kFew = 16;
+    if (touched_.switches.size() + touched_.ports.size() > kFew + ports_.size() / 4) changed();
 }
 
 void Model::storeStatusReturn(const Port &port) {

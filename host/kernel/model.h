@@ -85,6 +85,7 @@ struct Port {
     StatusFrom statusFrom = StatusFrom::Kernel;
     bool changed = false;  // has rows of its own among the stored properties
     const Nic *nic = nullptr;
+    mutable uint32_t snapshotIndex = 0;  // where the snapshot has put it
 
     void set(PropertyRef property);
     void clear(std::string_view key);
@@ -111,6 +112,7 @@ struct Switch {
     // The entries of the uplink list, in order and for look-up.
     std::vector<std::string> uplinks;
     std::unordered_set<std::string> uplinkSet;
+    mutable uint32_t snapshotIndex = 0;
 
     void setUplinks(std::vector<std::string> names);
     Port *port(std::string_view portId) const;
@@ -142,6 +144,15 @@ class Model {
 
     // Grows with every change: what was derived from the model is stale when this differs.
     uint64_t generation() const { return generation_; }
+    // What was changed since this was last asked for: properties of these alone, or anything.
+    struct Touched {
+        bool anything = true;
+        std::vector<const Switch *> switches;
+        std::vector<const Port *> ports;
+    };
+    Touched takeTouched() {
+        return std::exchange(touched_, Touched{.anything = false, .switches = {}, .ports = {}});
+    }
 
     Status addSwitch(std::string_view id, std::string_view className, uint32_t maxPorts, uint32_t version);
     Status associate(std::string_view id);
@@ -221,7 +232,10 @@ class Model {
     Status changeSwitchProperty(Switch &sw, Scope scope, std::string_view key, const PropertyView *property);
     Status changePortProperty(Port &port, std::string_view key, const PropertyView *property);
     void removeStoredPort(const Port &port);
-    void changed() { ++generation_; }
+    void changed();
+    void touch(const Switch &sw);
+    void touch(const Port &port);
+    void limitTouched();
 
     void loadSwitches();
     void loadPorts();
@@ -240,6 +254,7 @@ class Model {
     Counters counters_;
     uint32_t nextPort_ = 0;
     uint64_t generation_ = 0;
+    Touched touched_;
 };
 
 }  // namespace qvs::kernel

@@ -19,14 +19,23 @@ struct Blob {
 
 class Snapshot {
   public:
-    explicit Snapshot(const Model &model) : model_(model) {}
+    explicit Snapshot(Model &model);
+    ~Snapshot();
 
     // Without an owner when the state is too large for a blob.
     const Blob &get();
+    // To be called when the answer is on its way: giving back a large blob takes as long as making one.
+    void dropOutdated() { outdated_ = {}; }
 
   private:
-    const Model &model_;
+    class Builder;
+
+    bool update();
+
+    Model &model_;
+    std::unique_ptr<Builder> builder_;  // knows the last blob; null when there is none
     Blob blob_;
+    Blob outdated_;
     uint64_t generation_ = 0;
 };
 

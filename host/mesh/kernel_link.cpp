@@ -10,6 +10,7 @@
 #include <mutex>
 #include <new>
 
+#include "mesh/block.h"
 #include "wire/client.h"
 
 namespace qvs::mesh {
@@ -110,7 +111,7 @@ HYP_ReturnStatus receiveValue(uint32_t rest, void **bytes, uint32_t *length) {
     if (!link.client->receiveBytes(&size, sizeof size)) return lost();
     const bool inFile = size != 0 && rest == sizeof size;
     if (!inFile && size != rest - sizeof size) return broken();
-    auto *value = static_cast<char *>(std::malloc(size_t{size} + 1));
+    auto *value = static_cast<char *>(allocateBlock(size_t{size} + 1));
     if (value == nullptr) {
         link.client->close();
         return HYP_NO_MEMORY;

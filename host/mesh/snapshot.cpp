@@ -6,6 +6,7 @@
 #include <cstring>
 #include <functional>
 
+#include "mesh/block.h"
 #include "mesh/property_list.h"
 
 namespace qvs::mesh {
@@ -58,7 +59,7 @@ const T *own(std::span<const T> all, const void *handle) {
 Snapshot::Result Snapshot::load(const void *blob, uint32_t length) {
     reset();
     if (length == 0) return Result::Malformed;
-    blob_ = std::malloc(length);
+    blob_ = allocateBlock(length);
     if (blob_ == nullptr) return Result::NoMemory;
     std::memcpy(blob_, blob, length);
     if (read(static_cast<const uint8_t *>(blob_), length) && consistent()) return Result::Loaded;

@@ -94,6 +94,16 @@ void SnapshotWriter::addPort(std::string_view id, uint32_t state, std::span<cons
     range = Range(range.first(), range.count() + 1);
 }
 
+void SnapshotWriter::replaceSwitch(uint32_t index, std::span<const uint32_t> globals,
+                                   std::span<const uint32_t> hosts) {
+    switches_[index].mutable_globals() = list(globals);
+    switches_[index].mutable_hosts() = list(hosts);
+}
+
+void SnapshotWriter::replacePort(uint32_t index, std::span<const uint32_t> properties) {
+    ports_[index].mutable_properties() = list(properties);
+}
+
 // What the identifiers of all these ports begin with, but for as much as an Entry below takes.
 size_t SnapshotWriter::commonBeginning(std::span<const Port> ports) {
     if (ports.empty()) return 0;
@@ -139,17 +149,20 @@ std::vector<uint32_t> SnapshotWriter::portOrder() const {
     return order;
 }
 
+size_t SnapshotWriter::size() const {
+    return bytes_.size() + properties_.size() * sizeof(Property) +
+           (lists_.size() + portsById_.size()) * sizeof(uint32_t) + ports_.size() * sizeof(Port) +
+           switches_.size() * sizeof(Switch);
+}
+
 flatbuffers::DetachedBuffer SnapshotWriter::finish() {
-    bytes_.push_back(0);
-    const std::vector<uint32_t> order = portOrder();
-    const size_t size = bytes_.size() + properties_.size() * sizeof(Property) +
-                        (lists_.size() + order.size()) * sizeof(uint32_t) + ports_.size() * sizeof(Port) +
-                        switches_.size() * sizeof(Switch);
-    flatbuffers::FlatBufferBuilder builder(size + 256);
+    if (bytes_.empty()) bytes_.push_back(0);
+    if (portsById_.size() != ports_.size()) portsById_ = portOrder();
+    flatbuffers::FlatBufferBuilder builder(size() + 256);
     // One after the other, last field first: as arguments of one call their order would be the compiler's
     // choice.
     const auto switches = builder.CreateVectorOfStructs(switches_);
-    const auto portsById = builder.CreateVector(order);
+    const auto portsById = builder.CreateVector(portsById_);
     const auto ports = builder.CreateVectorOfStructs(ports_);
     const auto lists = builder.CreateVector(lists_);
     const auto properties = builder.CreateVectorOfStructs(properties_);

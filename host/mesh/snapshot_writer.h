@@ -25,8 +25,13 @@ class SnapshotWriter {
     void addSwitch(std::string_view id, std::string_view className, uint32_t maxPorts, uint32_t version,
                    std::span<const uint32_t> globals, std::span<const uint32_t> hosts);
     void addPort(std::string_view id, uint32_t state, std::span<const uint32_t> properties);
+    // Other lists for what was added; both count from 0. The old ones stay behind unused.
+    void replaceSwitch(uint32_t index, std::span<const uint32_t> globals, std::span<const uint32_t> hosts);
+    void replacePort(uint32_t index, std::span<const uint32_t> properties);
+    uint32_t switchCount() const { return static_cast<uint32_t>(switches_.size()); }
+    uint32_t portCount() const { return static_cast<uint32_t>(ports_.size()); }
 
-    // The blob; the writer is used up.
+    // The blob. More may be added for the next one.
     flatbuffers::DetachedBuffer finish();
 
   private:
@@ -40,11 +45,13 @@ class SnapshotWriter {
     bool equals(const Property &property, uint32_t key, std::string_view value, uint32_t type) const;
     static size_t commonBeginning(std::span<const Port> ports);
     std::vector<uint32_t> portOrder() const;
+    size_t size() const;
 
     std::vector<uint8_t> bytes_;
     std::vector<Property> properties_;
     std::vector<uint32_t> lists_;
     std::vector<Port> ports_;
+    std::vector<uint32_t> portsById_;  // of as many ports as there were at the last blob
     std::vector<Switch> switches_;
     std::unordered_map<std::string, uint32_t, TextHash, std::equal_to<>> texts_;
     std::unordered_multimap<size_t, uint32_t> known_;  // hash of key, value and type; index of properties_

@@ -347,6 +347,44 @@ class RawDevice {
     std::string memory, input, output;
 };
 
+// What a snapshot keeps of the one before is as if it had been built from nothing, which a change of portsets
+// makes it be.
+TEST(Snapshot, IsAfterSmallChangesAsBuiltAnew) {
+    resetHost();
+    seed(R"({"switches":[{"alias":"a","id":"a","uplinks":["u0"],"ports":["p0","p1"]},
+                         {"alias":"b","id":"b","ports":["q"]}]})");
+    const auto global = [](const char *id, const char *key, const std::string &value) {
+        return DVSHYP_GlobalPropSet(id, key, value.data(), static_cast<uint32_t>(value.size()), 16);
+    };
+    const auto port = [](const char *id, const char *name, const char *key, const std::string &value) {
+        return DVSHYP_PortDataSet(id, name, key, value.data(), static_cast<uint32_t>(value.size()), 8);
+    };
+    const std::function<uint32_t()> changes[] = {
+        [&] { return global("a", "k", "1"); },
+        [&] { return global("a", "k", "2") | global("b", "k", "1"); },
+        [&] { return DVSHYP_HostPropSet("b", "k", "1", 1, 16); },
+        [&] { return port("b", "q", "k", "1") | port("b", "q", "k", "2"); },
+        [&] { return port("a", "p0", "com.quillon.common.port.block", text("true")); },
+        [&] { return port("a", "p1", kStatusKey, "mine"); },
+        [&] { return port("a", "p1", "com.quillon.vswitch.port.vlan", hex("0000 0500 0000 0000")); },
+        [&] { return global("a", "com.quillon.common.vlanmtucheck.deploy", hex("01 0a000000")); },
+        [&] { return port("a", "p0", "com.quillon.vswitch.port.vlan", hex("0000 0600 0000 0000")); },
+        [&] { return DVSHYP_PortDataClear("b", "q", "k"); },
+        [&] { return DVSHYP_GlobalPropClear("a", "k"); },
+        [&] { return global("a", "com.quillon.common.alias", text("c")); },
+    };
+    std::string before = hostState(true);
+    for (const auto &change : changes) {
+        ASSERT_STATUS(change(), HYP_OK);
+        const std::string after = hostState(true);
+        EXPECT_NE(after, before) << "change " << &change - changes;
+        EXPECT_EQ(treesh({"-e", "set", "/net/create", "x", "8", "vswitch"}).exitCode, 0);
+        EXPECT_EQ(treesh({"-e", "set", "/net/portsets/x/destroy", "destroy"}).exitCode, 0);
+        EXPECT_EQ(after, hostState(true)) << "change " << &change - changes;
+        before = after;
+    }
+}
+
 TEST(Device, JudgesFramesAndAddresses) {
     treesh({"-e", "set", "/net/create", "ps1", "8", "vswitch"});
     RawDevice device;

@@ -68,16 +68,19 @@ std::optional<std::string> storedValue(Get get, Where... where) {
 // A walk through a snapshot, one line for each thing there is.
 struct Walk {
     std::set<std::string> *lines;
+    bool withVolatile;
     std::string path;
 
-    Walk at(std::string_view place) const { return {lines, path + " " + std::string(place)}; }
+    Walk at(std::string_view place) const {
+        return {lines, withVolatile, path + (path.empty() ? "" : " ") + std::string(place)};
+    }
 };
 
 int addProperty(DVSData *data, void *context) {
     const auto &walk = *static_cast<Walk *>(context);
     const std::string key = DVSData_Name(data);
     // What the kernel keeps up to date itself is its own business.
-    if (key.find(".volatile.") != std::string::npos) return 0;
+    if (!walk.withVolatile && key.find(".volatile.") != std::string::npos) return 0;
     const void *value = nullptr;
     const uint32_t length = DVSData_Data(data, &value);
     walk.lines->insert(walk.path + " " + key + " " + std::to_string(DVSData_PropType(data)) + " " +
@@ -93,7 +96,7 @@ int addPort(DVSPort *port, void *context) {
 }
 
 int addSwitch(DVSSwitch *sw, void *context) {
-    const Walk walk = {static_cast<std::set<std::string> *>(context), DVS_SwitchId(sw)};
+    const Walk walk = static_cast<Walk *>(context)->at(DVS_SwitchId(sw));
     walk.lines->insert(walk.path + " " + DVS_ClassName(sw) + " " + std::to_string(DVS_GetMaxPorts(sw)) + " " +
                        std::to_string(DVS_Version(sw)));
     Walk global = walk.at("global"), host = walk.at("host"), ports = walk;
@@ -161,7 +164,7 @@ std::string maskLengths(std::string_view trace, std::string_view operation) {
     return std::regex_replace(std::string(trace), length, "$1*");
 }
 
-std::string hostState() {
+std::string hostState(bool withVolatile) {
     clearFaults();
     EXPECT_EQ(DVSLoadConfig(), HYP_OK);
     std::set<std::string> lines;
@@ -174,7 +177,8 @@ std::string hostState() {
         pclose(listing);
     }
     calls().commands = commands;
-    DVSState_SwitchForEach(addSwitch, &lines);
+    Walk walk = {&lines, withVolatile, ""};
+    DVSState_SwitchForEach(addSwitch, &walk);
     clearTrace();
     std::string state;
     for (const std::string &line : lines)

@@ -31,8 +31,8 @@ std::string maskLengths(std::string_view trace, std::string_view operation);
 
 // Everything the host holds, in sorted lines: "portset NAME", "ID CLASS MAXPORTS VERSION", "ID global KEY
 // TYPE HEX", "ID host KEY TYPE HEX", "ID port PORT" and "ID port PORT KEY TYPE HEX", but for the volatile
-// properties. Clears faults and trace and leaves a current snapshot behind.
-std::string hostState();
+// properties unless they are asked for. Clears faults and trace and leaves a current snapshot behind.
+std::string hostState(bool withVolatile = false);
 
 // Stored properties, read from the kernel side; nothing when there is none.
 std::optional<std::string> globalProp(const char *switchId, const char *key);
