@@ -18,10 +18,12 @@ struct Calls {
     std::optional<int> systemResult;    // system answers this and runs nothing
 
     std::deque<int> ioctlResults;  // the next calls of ioctl answer these once the kernel has answered
-    std::function<void(unsigned long request, const void *argument)> onIoctl;  // told of each ioctl first
     int descriptor = -1;           // of the last ioctl
     int descriptorFlags = -1;      // its F_GETFD
     int closeErrno = 0;            // close succeeds, but leaves this in errno
+
+    // Told of each ioctl before the kernel is.
+    std::function<void(unsigned long request, const void *argument)> onIoctl;
 
     // DVSData_Data answers for a property what this says of its key and its value.
     std::function<std::string_view(const char *key, std::string_view value)> record;
