@@ -54,15 +54,21 @@ void appendArgument(LongPiece &piece, const Argument &argument) {
     }
 }
 
+// A piece where there is room for it; returns its end.
 template <Format F, size_t... I, typename... Arguments>
-void dumpPiece(NetDVSDumpCtx *ctx, std::index_sequence<I...>, const Arguments &...arguments) {
+char *writePiece(char *out, std::index_sequence<I...>, const Arguments &...arguments) {
     constexpr const auto &kKinds = kParsedFormat<F>.kind;
+    ((out = writeArgument<kKinds[I]>(writeText(out, literalOf<F, I>()), arguments)), ...);
+    return writeText(out, literalOf<F, sizeof...(I)>());
+}
+
+template <Format F, size_t... I, typename... Arguments>
+void dumpPiece(NetDVSDumpCtx *ctx, std::index_sequence<I...> indexes, const Arguments &...arguments) {
     const size_t most = sizeof F.text + (size_t{0} + ... + longest(arguments));
     if (most <= kDumpPieceSize && most < static_cast<size_t>(ctx->prepared - ctx->length)) {
-        char *out = ctx->text + ctx->length;
-        ((out = writeArgument<kKinds[I]>(writeText(out, literalOf<F, I>()), arguments)), ...);
-        dumpCommit(ctx, writeText(out, literalOf<F, sizeof...(I)>()));
+        dumpCommit(ctx, writePiece<F>(ctx->text + ctx->length, indexes, arguments...));
     } else {
+        constexpr const auto &kKinds = kParsedFormat<F>.kind;
         LongPiece piece;
         ((piece.append(literalOf<F, I>()), appendArgument<kKinds[I]>(piece, arguments)), ...);
         piece.append(literalOf<F, sizeof...(I)>());
@@ -76,6 +82,21 @@ template <Format F, typename... Arguments>
 void NetDVSDumpPrintf(NetDVSDumpCtx *ctx, const Arguments &...arguments) {
     static_assert(kParsedFormat<F>.kind.size() == sizeof...(Arguments), "one argument for each conversion");
     dumpPiece<F>(ctx, std::index_sequence_for<Arguments...>(), formatArgument(arguments)...);
+}
+
+// Appends a piece for each number, all of them at once where there is room. When memory runs out, each piece
+// is dropped or kept by itself.
+template <Format... F, typename... Numbers>
+requires(std::integral<Numbers> &&...) void NetDVSDumpPrintEach(NetDVSDumpCtx *ctx,
+                                                                const Numbers &...numbers) {
+    const size_t most = (size_t{0} + ... + (sizeof F.text + longest(formatArgument(numbers))));
+    if (most < static_cast<size_t>(ctx->prepared - ctx->length)) {
+        char *out = ctx->text + ctx->length;
+        ((out = writePiece<F>(out, std::index_sequence<0>(), formatArgument(numbers))), ...);
+        dumpCommit(ctx, out);
+    } else {
+        (NetDVSDumpPrintf<F>(ctx, numbers), ...);
+    }
 }
 
 // The words of the class bits, each with its trailing blank: "CONFIG RUNTIME VOLATILE POLICY ".

@@ -18,30 +18,34 @@ void printRanges(const PrintJob &job, uint64_t offset, uint64_t count) {
     for (uint64_t i = 0; i < entries; ++i) {
         const uint16_t first = record.u16(offset + 4 * i);
         const uint16_t last = record.u16(offset + 4 * i + 2);
-        if (first == last) {
-            job.print<" %u">(first);
-        } else {
-            job.print<" %u-%u">(first, last);
-        }
+        job.print<" %u">(first);
+        if (first != last) job.print<"-%u">(last);
     }
 }
 
-void printIPv4(const PrintJob &job, uint64_t offset) {
-    const RecordView &r = job.record;
-    job.print<"%u.%u.%u.%u">(r.u8(offset), r.u8(offset + 1), r.u8(offset + 2), r.u8(offset + 3));
+template <Format F, typename... Bytes>
+AddressText AddressText::of(Bytes... bytes) {
+    AddressText address;
+    const char *end = writePiece<F>(address.text_, std::index_sequence_for<Bytes...>(), bytes...);
+    address.length_ = static_cast<size_t>(end - address.text_);
+    return address;
 }
 
-void printIPv6(const PrintJob &job, uint64_t offset) {
-    for (uint64_t i = 0; i < 16; i += 2) {
-        if (i != 0) job.print<":">();
-        job.print<"%02x%02x">(job.record.u8(offset + i), job.record.u8(offset + i + 1));
-    }
+AddressText AddressText::ofIPv4(const RecordView &record, uint64_t offset) {
+    const auto byte = [&](uint64_t i) { return record.u8(offset + i); };
+    return of<"%u.%u.%u.%u">(byte(0), byte(1), byte(2), byte(3));
 }
 
-void printMac(const PrintJob &job, uint64_t offset) {
-    const RecordView &r = job.record;
-    job.print<"%02x:%02x:%02x:%02x:%02x:%02x">(r.u8(offset), r.u8(offset + 1), r.u8(offset + 2),
-                                               r.u8(offset + 3), r.u8(offset + 4), r.u8(offset + 5));
+AddressText AddressText::ofIPv6(const RecordView &record, uint64_t offset) {
+    const auto byte = [&](uint64_t i) { return record.u8(offset + i); };
+    return of<"%02x%02x:%02x%02x:%02x%02x:%02x%02x:%02x%02x:%02x%02x:%02x%02x:%02x%02x">(
+        byte(0), byte(1), byte(2), byte(3), byte(4), byte(5), byte(6), byte(7), byte(8), byte(9), byte(10),
+        byte(11), byte(12), byte(13), byte(14), byte(15));
+}
+
+AddressText AddressText::ofMac(const RecordView &record, uint64_t offset) {
+    const auto byte = [&](uint64_t i) { return record.u8(offset + i); };
+    return of<"%02x:%02x:%02x:%02x:%02x:%02x">(byte(0), byte(1), byte(2), byte(3), byte(4), byte(5));
 }
 
 // Connection ids and MTUs: one 32-bit number, shown as signed.

@@ -58,9 +58,21 @@ bool isPrintableString(const RecordView &record);
 // " first" or " first-last" for ranges of two 16-bit numbers; the last is shown whenever it differs.
 void printRanges(const PrintJob &job, uint64_t offset, uint64_t count);
 
-// The addresses in a record: IPv4 with points, IPv6 in eight full groups, MAC with colons.
-void printIPv4(const PrintJob &job, uint64_t offset);
-void printIPv6(const PrintJob &job, uint64_t offset);
-void printMac(const PrintJob &job, uint64_t offset);
+// An address in a record as a text, so that the line it stands in is one piece: IPv4 with points, IPv6 in
+// eight full groups, MAC with colons.
+class AddressText {
+  public:
+    static AddressText ofIPv4(const RecordView &record, uint64_t offset);
+    static AddressText ofIPv6(const RecordView &record, uint64_t offset);
+    static AddressText ofMac(const RecordView &record, uint64_t offset);
+    std::string_view view() const { return {text_, length_}; }
+
+  private:
+    template <Format F, typename... Bytes>
+    static AddressText of(Bytes... bytes);
+
+    char text_[64];  // an IPv6 address has 39 characters; writing a number may touch some behind it
+    size_t length_;
+};
 
 }  // namespace qvs

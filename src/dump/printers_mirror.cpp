@@ -32,16 +32,12 @@ void printDestination(const PrintJob &job, uint32_t type, uint64_t value) {
             job.print<" %s">(job.record.text(value, 32));
             return;
         case ERMirrorSrc:
-            job.print<" ">();
-            if (job.record.u8(value) != 0) {
-                printIPv6(job, value + 4);
-            } else {
-                printIPv4(job, value + 4);
-            }
+            job.print<" %s">((job.record.u8(value) != 0 ? AddressText::ofIPv6(job.record, value + 4)
+                                                        : AddressText::ofIPv4(job.record, value + 4))
+                                 .view());
             return;
         case LogicalSpan:
-            job.print<" ">();
-            printMac(job, value);
+            job.print<" %s">(AddressText::ofMac(job.record, value).view());
             return;
         default:
             job.print<" %s">(job.record.text(value, 48));

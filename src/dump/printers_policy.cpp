@@ -19,18 +19,6 @@ const char *lacpMode(uint32_t mode) {
     return nameAt(kModes, mode, "none");
 }
 
-// An IPFIX collector: 16 address bytes, and the port elsewhere.
-void printCollector(const PrintJob &job, bool isIPv6, uint64_t address, uint16_t port) {
-    if (isIPv6) {
-        job.print<"[">();
-        printIPv6(job, address);
-        job.print<"]:%u\n">(port);
-    } else {
-        printIPv4(job, address);
-        job.print<":%u\n">(port);
-    }
-}
-
 // Some of the uplink names of a teaming record, from one index to another.
 void printTeam(const PrintJob &job, uint64_t from, uint64_t to) {
     constexpr uint64_t kNames = 24;
@@ -53,7 +41,9 @@ void printTeaming(const PrintJob &job) {
     const uint64_t active = record.u32(16);
     const uint64_t standby = record.u32(20);
 
-    job.print<"\t\t%s:\n\t\t\tload balancing = %s">(job.key, nameAt(kBalance, record.u32(0), ""));
+    job.print<"\t\t%s:\n\t\t\t">(job.key);
+    job.print<"load balancing = ">();
+    job.print<"%s">(nameAt(kBalance, record.u32(0), ""));
     job.print<"\n\t\t\tlink selection =">();
     if ((selection & 0x80) != 0) job.print<" link state up;">();
     if ((selection & 0x20) != 0) job.print<" beacon state ok;">();
@@ -98,8 +88,8 @@ void printPrivateVlanMap(const PrintJob &job) {
     const RecordView &record = job.record;
     job.print<"\t\t%s:\n">(job.key);
     for (uint64_t entry = 0; entry + 8 <= record.length(); entry += 8) {
-        job.print<"\t\t\t(%u, %u) - %s\n">(record.u16(entry), record.u16(entry + 2),
-                                           nameAt(kTypes, record.u8(entry + 4), "unknown"));
+        job.print<"\t\t\t(%u, %u) - ">(record.u16(entry), record.u16(entry + 2));
+        job.print<"%s\n">(nameAt(kTypes, record.u8(entry + 4), "unknown"));
     }
     job.classLine();
 }
@@ -135,9 +125,8 @@ void printExtraEthFilter(const PrintJob &job) {
     if ((flags & kMulticast) != 0) {
         const uint64_t count = record.entries(record.u16(4), kAddresses, kAddressSize);
         for (uint64_t i = 0; i < count; ++i) {
-            job.print<"\t\tmulticastAddr[%d] = ">(i);
-            printMac(job, kAddresses + kAddressSize * i);
-            job.print<"\n">();
+            job.print<"\t\tmulticastAddr[%d] = %s\n">(
+                i, AddressText::ofMac(record, kAddresses + kAddressSize * i).view());
         }
     }
     job.classLine();
@@ -152,9 +141,8 @@ void printDiscovery(const PrintJob &job) {
 }
 
 void printIPv4Address(const PrintJob &job) {
-    job.print<"\t\t%s = ">(job.key);
-    printIPv4(job, 0);
-    job.print<", \tpropType = %s\n">(NetDVSPropTypeStr(job.propType));
+    job.print<"\t\t%s = %s, \tpropType = %s\n">(job.key, AddressText::ofIPv4(job.record, 0).view(),
+                                                NetDVSPropTypeStr(job.propType));
 }
 
 void printSwitchIpfix(const PrintJob &job) {
@@ -163,8 +151,11 @@ void printSwitchIpfix(const PrintJob &job) {
     job.print<"\t\t\tidle timeout = %u seconds\n">(record.u32(0));
     job.print<"\t\t\tactive timeout = %u seconds\n">(record.u32(4));
     job.print<"\t\t\tsampling rate = %u\n">(record.u32(26));
-    job.print<"\t\t\tcollector = ">();
-    printCollector(job, record.u8(31) != 0, 8, record.u16(24));
+    if (record.u8(31) != 0) {
+        job.print<"\t\t\tcollector = [%s]:%u\n">(AddressText::ofIPv6(record, 8).view(), record.u16(24));
+    } else {
+        job.print<"\t\t\tcollector = %s:%u\n">(AddressText::ofIPv4(record, 8).view(), record.u16(24));
+    }
     job.print<"\t\t\tinternal flows only = %s\n">(record.u8(30) != 0 ? "true" : "false");
     job.print<"\t\t\tobsDomainID = %u\n">(record.u32(32));
     job.classLine();
@@ -195,17 +186,21 @@ void printPortIpfix(const PrintJob &job) {
     job.print<"\t\t\tinternal flows only = %s\n">((flags & 1) != 0 ? "true" : "false");
     job.print<"\t\t\tvNIC sampling only = %s\n">((flags & 2) != 0 ? "true" : "false");
     job.print<"\t\t\tobsDomainID = %u\n">(record.u32(16));
-    job.print<"\t\t\tsrcIPv4 = ">();
-    printIPv4(job, 20);
-    job.print<"\n">();
+    job.print<"\t\t\tsrcIPv4 = %s\n">(AddressText::ofIPv4(record, 20).view());
     job.print<"\t\t\tvirtualObsID = '%s'\n">(obsIdText);
     job.print<"\t\t\tcollectorCount = %u\n">(record.u8(13));
     const uint64_t used = record.u8(13) < kMostCollectors ? record.u8(13) : kMostCollectors;
     const uint64_t count = record.entries(used, kCollectors, kCollectorSize);
     for (uint64_t i = 0; i < count; ++i) {
         const uint64_t slot = kCollectors + kCollectorSize * i;
-        job.print<"\t\t\t\t%dth collector = ">(i);  // "th" for each of them
-        printCollector(job, record.u8(slot + 18) != 0, slot, record.u16(slot + 16));
+        const uint16_t port = record.u16(slot + 16);
+        // "th" for each of them.
+        if (record.u8(slot + 18) != 0) {
+            job.print<"\t\t\t\t%dth collector = [%s]:%u\n">(i, AddressText::ofIPv6(record, slot).view(),
+                                                            port);
+        } else {
+            job.print<"\t\t\t\t%dth collector = %s:%u\n">(i, AddressText::ofIPv4(record, slot).view(), port);
+        }
     }
     job.classLine();
 }
@@ -250,7 +245,8 @@ void printSwitchLacp(const PrintJob &job) {
 // The one printer without a class line besides that of a free port.
 void printPortLacp(const PrintJob &job) {
     const bool enabled = job.record.u32(0) == 1;
-    job.print<"\t\t%s:\n\t\t\tstatus = %s\n">(job.key, enabled ? "enabled" : "disabled");
+    job.print<"\t\t%s:\n">(job.key);
+    job.print<"\t\t\tstatus = %s\n">(enabled ? "enabled" : "disabled");
     if (enabled) job.print<"\t\t\tmode = %s\n">(lacpMode(job.record.u32(4)));
 }
 

@@ -96,9 +96,7 @@ void printMulticastAddresses(const PrintJob &job) {
     job.print<"\t\t\tcount = %u\n">(count);
     const uint64_t entries = job.record.entries(count, 1, kAddressSize);
     for (uint64_t i = 0; i < entries; ++i) {
-        job.print<"\t\t\taddress = ">();
-        printMac(job, 1 + kAddressSize * i);
-        job.print<"\n">();
+        job.print<"\t\t\taddress = %s\n">(AddressText::ofMac(job.record, 1 + kAddressSize * i).view());
     }
     job.classLine();
 }

@@ -86,24 +86,14 @@ void printPassThroughStatus(const PrintJob &job) {
 
 void printPortStatistics(const PrintJob &job) {
     const auto counter = [&](uint64_t index) { return job.record.u64(8 * index); };
-    job.print<
-        "\t\t%s:\n"
-        "\t\t\tpktsInUnicast = %u\n"
-        "\t\t\tbytesInUnicast = %u\n"
-        "\t\t\tpktsInMulticast = %u\n"
-        "\t\t\tbytesInMulticast = %u\n"
-        "\t\t\tpktsInBroadcast = %u\n"
-        "\t\t\tbytesInBroadcast = %u\n"
-        "\t\t\tpktsOutUnicast = %u\n"
-        "\t\t\tbytesOutUnicast = %u\n"
-        "\t\t\tpktsOutMulticast = %u\n"
-        "\t\t\tbytesOutMulticast = %u\n"
-        "\t\t\tpktsOutBroadcast = %u\n"
-        "\t\t\tbytesOutBroadcast = %u\n"
-        "\t\t\tpktsInDropped = %u\n"
-        "\t\t\tpktsOutDropped = %u\n"
-        "\t\t\tpktsInException = %u\n"
-        "\t\t\tpktsOutException = %u\n">(job.key, counter(0), counter(1), counter(2), counter(3), counter(4),
+    job.print<"\t\t%s:\n">(job.key);
+    NetDVSDumpPrintEach<
+        "\t\t\tpktsInUnicast = %u\n", "\t\t\tbytesInUnicast = %u\n", "\t\t\tpktsInMulticast = %u\n",
+        "\t\t\tbytesInMulticast = %u\n", "\t\t\tpktsInBroadcast = %u\n", "\t\t\tbytesInBroadcast = %u\n",
+        "\t\t\tpktsOutUnicast = %u\n", "\t\t\tbytesOutUnicast = %u\n", "\t\t\tpktsOutMulticast = %u\n",
+        "\t\t\tbytesOutMulticast = %u\n", "\t\t\tpktsOutBroadcast = %u\n", "\t\t\tbytesOutBroadcast = %u\n",
+        "\t\t\tpktsInDropped = %u\n", "\t\t\tpktsOutDropped = %u\n", "\t\t\tpktsInException = %u\n",
+        "\t\t\tpktsOutException = %u\n">(job.ctx, counter(0), counter(1), counter(2), counter(3), counter(4),
                                          counter(5), counter(6), counter(7), counter(8), counter(9),
                                          counter(10), counter(11), counter(12), counter(13), counter(14),
                                          counter(15));

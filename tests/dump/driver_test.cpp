@@ -220,6 +220,22 @@ TEST(Dump, PieceThatFindsNoMemoryIsDroppedAlone) {
     }
 }
 
+// Each counter is a piece, and so is the whole of a line with an address.
+TEST(Dump, PiecesThatFindNoMemoryAreLinesOfPrinters) {
+    SKIP_WITHOUT_ALLOC_FAULT();
+    const std::string kept =
+        "\t\tcom.quillon.common.port.statistics:\n\t\t\tpktsInUnicast = 0\n\t\t\tbytesInUnicast = 0\n" +
+        kHost;
+    const std::string start = "\t\tcom.example.key = ", end = " , \tpropType = CONFIG \n";
+    const std::string value(4095 - kHead.size() - start.size() - end.size() - kept.size(), 'v');
+    ASSERT_STATUS(DVSHYP_SwitchAdd("id", "vswitch", 16, 105), 0);
+    setGlobal("id", "com.example.key", text(value));
+    setGlobal("id", "com.quillon.common.port.statistics", std::string(128, '\0'));
+    setGlobal("id", "com.quillon.etherswitch.ipv4addr", hex("0a000001"));
+    AllocFault fault(2, AllocFault::kFromThenOn);
+    EXPECT_EQ(dump(), kHead + start + value + end + kept);
+}
+
 // 4095 characters and their NUL fit the first buffer, one more needs the next.
 TEST(Dump, FirstBufferIsFilledToTheLastByte) {
     ASSERT_STATUS(DVSHYP_SwitchAdd("id", "vswitch", 16, 105), 0);
