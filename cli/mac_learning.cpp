@@ -39,7 +39,8 @@ void requireOneOf(const Arguments &arguments, const char *const (&options)[Count
 // --- of a switch ---
 
 uint32_t agingOf(const VSDVS_MACLearning &record) {
-    return record.agingTime[0] | record.agingTime[1] << 8u | record.agingTime[2] << 16u;
+    const uint8_t *bytes = record.agingTime;
+    return uint32_t{bytes[0]} | uint32_t{bytes[1]} << 8u | uint32_t{bytes[2]} << 16u;
 }
 
 VSDVS_MACLearning readLearning(const PolicyPlace &place) {

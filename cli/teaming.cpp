@@ -154,7 +154,9 @@ void get(const Arguments &arguments, Output &out) {
 void keepWord(VSDVS_TeamingPolicy &policy, const PolicyPlace &place) {
     std::optional<Property> stored = place.stored();
     if (!stored || stored->value.size() != sizeof policy) return;
-    std::memcpy(&policy.word, &stored->value[offsetof(VSDVS_TeamingPolicy, word)], sizeof policy.word);
+    uint32_t word = 0;
+    std::memcpy(&word, &stored->value[offsetof(VSDVS_TeamingPolicy, word)], sizeof word);
+    policy.word = word;
 }
 
 void set(const Arguments &arguments, Output &out) {
