@@ -17,3 +17,11 @@ if(QVS_FUZZ)
     target_compile_options(qvs_sanitize INTERFACE -fsanitize=fuzzer-no-link -O1)
     target_link_options(qvs_sanitize INTERFACE -fsanitize=fuzzer-no-link)
 endif()
+
+# The second compiler reads the large headers of other projects once for a target, not once for each source; GCC
+# sees each source as it is, so that a missing include shows.
+function(qvs_precompile target)
+    if(QVS_PRECOMPILE)
+        target_precompile_headers(${target} PRIVATE ${ARGN})
+    endif()
+endfunction()
