@@ -179,7 +179,7 @@ void applyLab(const nlohmann::json &value, Model &model) {
         if (!isLogLevel(*level)) members.fail("logLevel", "is none of 0, 1, 3 and 5");
         keepLogLevel(model, *level);
     }
-    if (members.has("sessions")) clearRecords(model, kSessions);
+    if (members.has("sessions")) clearTable(model, kSessions);
     members.each("sessions", [&](Members session) {
         addSessions(session, model);
         session.finish();

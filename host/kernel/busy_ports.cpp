@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "kernel/device_request.h"
+#include "kernel/record_table.h"
 
 namespace qvs::kernel {
 
@@ -43,10 +44,7 @@ void rest(Model &model, const Port &port) {
 void applyBusy(const nlohmann::json &value, Model &model) {
     for (const Port *port : busyPorts(model))
         rest(model, *port);
-    std::vector<std::string> before;
-    for (const auto &[row, nothing] : model.deviceValues(kBusy))
-        before.push_back(row);
-    model.clearDeviceValues(kBusy, before);
+    clearTable(model, kBusy);
     eachOf(value, kMember,
            [&](Members &members) { model.setDeviceValue(kBusy, rowOf(portOf(members, model)), ""); });
 }
@@ -66,7 +64,7 @@ void Model::look(Port &port) {
         const uint64_t grown = u64At(value, at) + counters.nextStep();
         std::memcpy(value.data() + at, &grown, sizeof grown);
     }
-    port.properties.set(pool_.intern({kStatisticsKey, value, statistics->type}));
+    port.set(pool_.intern({kStatisticsKey, value, statistics->type}));
     touch(port);
 }
 

@@ -263,7 +263,7 @@ void applyStatus(const nlohmann::json &value, Model &model) {
 void applyLab(const nlohmann::json &value, Model &model) {
     Members members(value, "lab.kcp");
     for (const LabList &list : kLabLists) {
-        if (members.has(list.member)) clearRecords(model, list.table);
+        if (members.has(list.member)) clearTable(model, list.table);
         members.each(list.member, [&](Members entry) {
             list.add(entry, model, list.table);
             entry.finish();

@@ -135,7 +135,7 @@ constexpr Command kCommands[] = {
 
 // The sessions of a lab replace those that are there.
 void applySessions(const nlohmann::json &value, Model &model) {
-    clearRecords(model, kSessions);
+    clearTable(model, kSessions);
     eachOf(value, "liveTrace", [&](Members &members) {
         const Port &port = portOf(members, model);
         const std::string definition =

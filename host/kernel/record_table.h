@@ -1,4 +1,4 @@
-// Numbered records that a device keeps: a table among the values of devices, with the number as its key. Each
+// Tables among the values of devices, and those of numbered records, with the number as their key: each
 // record begins with the kernel's number of the port that it belongs to, 0 for none: it goes when that port
 // goes.
 #pragma once
@@ -40,23 +40,23 @@ inline void appendRecord(Model &model, std::string_view table, std::string_view 
     model.setDeviceValue(table, fmt::format("{:010}", number), record);
 }
 
+// The rows of any table that the condition finds by key and value go, as one change.
 template <typename Condition>
-void removeRecords(Model &model, std::string_view table, const Condition &condition) {
+void removeRows(Model &model, std::string_view table, const Condition &condition) {
     std::vector<std::string> gone;
-    for (const auto &[number, record] : model.deviceValues(table)) {
-        if (condition(record)) gone.push_back(number);
+    for (const auto &[key, value] : model.deviceValues(table)) {
+        if (condition(key, value)) gone.push_back(key);
     }
-    for (const std::string &number : gone)
-        model.clearDeviceValue(table, number);
+    if (!gone.empty()) model.clearDeviceValues(table, gone);
 }
 
-inline void clearRecords(Model &model, std::string_view table) {
-    removeRecords(model, table, [](std::string_view) { return true; });
+inline void clearTable(Model &model, std::string_view table) {
+    removeRows(model, table, [](const auto &, const auto &) { return true; });
 }
 
-// Those whose port is gone make room.
+// Records whose port is gone make room.
 inline void dropDeadRecords(Model &model, std::string_view table) {
-    removeRecords(model, table, [&](std::string_view record) { return !isAlive(model, record); });
+    removeRows(model, table, [&](const auto &, std::string_view record) { return !isAlive(model, record); });
 }
 
 }  // namespace qvs::kernel

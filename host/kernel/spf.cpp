@@ -17,6 +17,7 @@
 #include <fmt/format.h>
 
 #include "kernel/device_request.h"
+#include "kernel/record_table.h"
 
 namespace qvs::kernel {
 
@@ -157,11 +158,9 @@ std::string parseMac(const std::string &text) {
 
 // Rows of ports that are gone are in nobody's way but would heap up.
 void forgetRemovedPorts(Model &model) {
-    std::vector<std::string> gone;
-    for (const auto &[row, mac] : model.deviceValues(kPlumbed)) {
-        if (model.findPort(numberOf(row)) == nullptr) gone.push_back(row);
-    }
-    if (!gone.empty()) model.clearDeviceValues(kPlumbed, gone);
+    removeRows(model, kPlumbed, [&](const std::string &row, const auto &) {
+        return model.findPort(numberOf(row)) == nullptr;
+    });
 }
 
 // The addresses of all plumbed ports; an address is taken within its switch.

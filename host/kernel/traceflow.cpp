@@ -56,8 +56,9 @@ Result clearRequests(const Call &call) {
     const Switch *sw = requestedSwitch(call);
     if (sw == nullptr) return failure(ENOENT);
     dropDeadRecords(call.model, kRequests);
-    removeRecords(call.model, kRequests,
-                  [&](std::string_view kept) { return call.model.findPort(u32At(kept, 0))->owner == sw; });
+    removeRows(call.model, kRequests, [&](const auto &, std::string_view kept) {
+        return call.model.findPort(u32At(kept, 0))->owner == sw;
+    });
     return {};
 }
 

@@ -18,6 +18,7 @@
 #include <fmt/format.h>
 
 #include "kernel/device_request.h"
+#include "kernel/record_table.h"
 
 namespace qvs::kernel {
 
@@ -221,10 +222,7 @@ void applyFilter(Members &members, Model &model) {
 
 // A lab that says anything about groups says all of it.
 void applyFilters(const nlohmann::json &value, Model &model) {
-    std::vector<std::string> before;
-    for (const auto &[key, sources] : model.deviceValues(kJoined))
-        before.push_back(key);
-    model.clearDeviceValues(kJoined, before);
+    clearTable(model, kJoined);
     eachOf(value, kMember, [&](Members &members) { applyFilter(members, model); });
 }
 
