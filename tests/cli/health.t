@@ -22,23 +22,17 @@ The check of teaming: u8 deployed, u32 minutes; beside it u8 what is expected.
   sw1: changed
   sw1: unchanged
   {"switch":"sw1","enabled":false,"interval":0,"expected":"ip-hash"}
-  $ qvs health team deploy sw1
+  $ qvs health team deploy sw1; qvs health team deploy sw1 --off --interval 1
   qvs: either --interval or --off is needed
-  ? 2
-  $ qvs health team deploy sw1 --off --interval 1
   qvs: either --interval or --off is needed
-  ? 2
-  $ qvs health team deploy sw1 --interval 4294967296
-  qvs: --interval: '4294967296' is not a number from 0 to 4294967295
   ? 2
   $ qvs health team param sw1 hash
   qvs: TEAMING: 'hash' is none of other, ip-hash
   ? 2
-  $ qvs health team param sw1 other; qvs prop get sw1 com.quillon.mesh.teamcheck.param --hex; qvs health team clear sw1 --json; qvs health team clear sw1; qvs prop list sw1 | grep teamcheck
+  $ qvs health team param sw1 other; qvs prop get sw1 com.quillon.mesh.teamcheck.param --hex; qvs health team clear sw1; qvs prop list sw1 | grep teamcheck
   sw1: changed
   00
-  {"switch":"sw1","changed":true}
-  sw1: unchanged
+  sw1: changed
   ? 1
   $ qvs prop set sw1 com.quillon.common.teamcheck.deploy --hex 01000000; qvs health team get sw1
   sw1 com.quillon.common.teamcheck.deploy: changed
@@ -52,12 +46,9 @@ The check of VLANs and MTU, with a parameter of 512 bytes.
   enabled:           no
   interval minutes:  0
   parameter:         -
-  $ printf 'p%.0s' $(seq 512) >param; qvs health vlan-mtu param sw1 --file param; qvs health vlan-mtu param sw1 --file - --json <param; qvs health vlan-mtu get sw1
+  $ printf 'p%.0s' $(seq 512) >param; qvs health vlan-mtu param sw1 --file param; qvs health vlan-mtu param sw1 --file - --json <param; qvs health vlan-mtu get sw1 | tail -n 4
   sw1: changed
   {"switch":"sw1","changed":false}
-  switch:            sw1
-  enabled:           no
-  interval minutes:  0
   parameter (512 bytes):
     0000 70 70 70 70 70 70 70 70 70 70 70 70 70 70 70 70
     *
@@ -82,16 +73,10 @@ What the kernel finds: the VLANs of ports whose policy names some, and the MTUs,
   $ qvs health vlan-mtu deploy sw1 --interval 1; qvs prop get sw1 com.quillon.common.vlanmtucheck.deploy
   sw1: changed
   0101000000
-  $ for port in port0 port1 port2; do qvs health result sw1 $port; done; qvs health result sw1 port1 --json
+  $ for port in port0 port2; do qvs health result sw1 $port; done; qvs health result sw1 port1 --json
   switch:             sw1
   port:               port0
   VLANs trunked:      100
-  VLANs not trunked:  -
-  MTUs allowed:       1280-1500
-  MTUs not allowed:   1501-9000
-  switch:             sw1
-  port:               port1
-  VLANs trunked:      1-100 200
   VLANs not trunked:  -
   MTUs allowed:       1280-1500
   MTUs not allowed:   1501-9000
@@ -107,7 +92,7 @@ What the kernel finds: the VLANs of ports whose policy names some, and the MTUs,
 
 They follow the uplinks and their MTU.
 
-  $ treesh -e set /net/pNics/pnic1/mtu 1400; results() { for key in vlan mtu; do qvs prop get sw1 com.quillon.common.port.volatile.${key}chkresult --port $1; done; }; results port0; qvs uplink down sw1 uplink1; results port0; qvs uplink down sw1 uplink0; results port0; qvs health result sw1 port1
+  $ treesh -e set /net/pNics/pnic1/mtu 1400; results() { for key in vlan mtu; do qvs prop get sw1 com.quillon.common.port.volatile.${key}chkresult --port $1; done; }; results port0; qvs uplink down sw1 uplink1; results port0; qvs uplink down sw1 uplink0; results port0; qvs health result sw1 port1 --json
   0100000064006400
   010001000005780579052823
   sw1/uplink1: changed
@@ -116,12 +101,7 @@ They follow the uplinks and their MTU.
   sw1/uplink0: changed
   0000010064006400
   0000010000052823
-  switch:             sw1
-  port:               port1
-  VLANs trunked:      -
-  VLANs not trunked:  1-100 200
-  MTUs allowed:       -
-  MTUs not allowed:   1280-9000
+  {"switch":"sw1","port":"port1","trunkedVlans":[],"untrunkedVlans":["1-100","200"],"allowedMtus":[],"disallowedMtus":["1280-9000"]}
   $ qvs uplink up sw1 uplink0; qvs mtu set sw1 9000; qvs health result sw1 port1 --json
   sw1/uplink0: changed
   sw1: changed
@@ -160,31 +140,23 @@ The discovery protocol: u8 protocol, u8 what it does.
   protocol:   -
   operation:  down
   sw1: unchanged
-  $ qvs discovery set sw1 --operation listen; qvs discovery get sw1 --json; qvs discovery set sw1 --protocol lldp --operation both; qvs prop list sw1 | grep cdp; qvs discovery get sw1
+  $ qvs discovery set sw1 --operation listen; qvs discovery get sw1 --json; qvs discovery set sw1 --protocol lldp --operation both; qvs prop list sw1 | grep cdp
   sw1: changed
   {"switch":"sw1","protocol":"cdp","operation":"listen"}
   sw1: changed
   global  -     com.quillon.etherswitch.cdp          CONFIG  2       0103
-  switch:     sw1
-  protocol:   lldp
-  operation:  both
   $ qvs discovery set sw1 --operation advertise; qvs discovery set sw1 --operation advertise --json; qvs prop get sw1 com.quillon.etherswitch.cdp; qvs discovery set sw1 --operation down; qvs discovery get sw1 --json
   sw1: changed
   {"switch":"sw1","changed":false}
   0102
   sw1: changed
   {"switch":"sw1","protocol":null,"operation":"down"}
-  $ qvs discovery set sw1 --protocol lldp
-  qvs: --operation is needed
-  ? 2
   $ qvs discovery set sw1 --protocol edp --operation both
   qvs: --protocol: 'edp' is none of cdp, lldp
   ? 2
-  $ qvs prop set sw1 com.quillon.etherswitch.cdp --hex 0904; qvs discovery get sw1; qvs prop set sw1 com.quillon.etherswitch.cdp --hex 010203; qvs discovery get sw1
+  $ qvs prop set sw1 com.quillon.etherswitch.cdp --hex 0904; qvs discovery get sw1 --json; qvs prop set sw1 com.quillon.etherswitch.cdp --hex 010203; qvs discovery get sw1
   sw1 com.quillon.etherswitch.cdp: changed
-  switch:     sw1
-  protocol:   9
-  operation:  4
+  {"switch":"sw1","protocol":"9","operation":"4"}
   sw1 com.quillon.etherswitch.cdp: changed
   qvs: switch 'sw1': discovery: Failure (0xbad0001)
   ? 1
@@ -219,20 +191,14 @@ Flow sampling of a port: times, rate, flags, counts, domain, source; eight colle
   collectors:           192.0.2.9:4739 [2001:db8::9]:65535
   $ qvs port ipfix get sw1 port0 --json
   {"switch":"sw1","port":"port0","idle":30,"active":60,"rate":100,"internalOnly":true,"vnicOnly":true,"obsDomain":7,"source":"192.0.2.1","obsId":"host-3","collectors":["192.0.2.9:4739","[2001:db8::9]:65535"]}
-  $ qvs port ipfix set sw1 port0; qvs port ipfix set sw1 port0 --json; qvs port ipfix get sw1 port0 --json
+  $ qvs port ipfix set sw1 port0; qvs port ipfix set sw1 port0; qvs port ipfix get sw1 port0 --json
   sw1/port0: changed
-  {"switch":"sw1","port":"port0","changed":false}
+  sw1/port0: unchanged
   {"switch":"sw1","port":"port0","idle":0,"active":0,"rate":0,"internalOnly":false,"vnicOnly":false,"obsDomain":0,"source":"0.0.0.0","obsId":"","collectors":[]}
-  $ qvs port ipfix set sw1 port0 --collector 192.0.2.9
+  $ for collector in 192.0.2.9 2001:db8::9:1 '[192.0.2.9]:1' 192.0.2.9:65536; do qvs port ipfix set sw1 port0 --collector $collector; done
   qvs: --collector: '192.0.2.9' is neither IPV4:PORT nor [IPV6]:PORT
-  ? 2
-  $ qvs port ipfix set sw1 port0 --collector 2001:db8::9:1
   qvs: --collector: '2001:db8::9:1' is neither IPV4:PORT nor [IPV6]:PORT
-  ? 2
-  $ qvs port ipfix set sw1 port0 --collector '[192.0.2.9]:1'
   qvs: --collector: '[192.0.2.9]:1' is neither IPV4:PORT nor [IPV6]:PORT
-  ? 2
-  $ qvs port ipfix set sw1 port0 --collector 192.0.2.9:65536
   qvs: --collector: '192.0.2.9:65536' has no port from 0 to 65535
   ? 2
   $ qvs port ipfix set sw1 port0 $(printf -- '--collector 192.0.2.%d:1 ' $(seq 9))
@@ -243,9 +209,6 @@ Flow sampling of a port: times, rate, flags, counts, domain, source; eight colle
   ? 2
   $ qvs port ipfix set sw1 port0 --obs-id "$(head -c 65536 /dev/zero | tr '\0' x)" 2>&1 | sed 's/xx*/x/'
   qvs: observation id 'x...': 65536 characters, at most 65535 fit
-  $ qvs port ipfix set sw1 nix --rate 1
-  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
-  ? 3
   $ qvs port ipfix set sw1 port0 --obs-id "$(head -c 65535 /dev/zero | tr '\0' x)" $(printf -- '--collector 192.0.2.%d:1 ' $(seq 8)); qvs prop get sw1 com.quillon.net.ipfix.port --port port0 --raw - | wc -c; qvs port ipfix get sw1 port0 | tail -n 1
   sw1/port0: changed
   65719
@@ -253,10 +216,3 @@ Flow sampling of a port: times, rate, flags, counts, domain, source; eight colle
   $ qvs prop set sw1 com.quillon.net.ipfix.port --port port0 --hex "$(head -c 184 /dev/zero | xxd -p -c 0 | sed 's/^\(.\{26\}\)00/\1ff/')"; qvs port ipfix get sw1 port0 --json | grep -o '0.0.0.0:0' | wc -l
   sw1/port0 com.quillon.net.ipfix.port: changed
   8
-  $ qvs prop set sw1 com.quillon.net.ipfix.port --port port0 --hex "$(head -c 185 /dev/zero | xxd -p -c 0)"; qvs port ipfix get sw1 port0
-  sw1/port0 com.quillon.net.ipfix.port: changed
-  qvs: switch 'sw1': port 'port0': flow sampling: Failure (0xbad0001)
-  ? 1
-  $ qvs port ipfix clear sw1 port0 --json; qvs port ipfix clear sw1 port0
-  {"switch":"sw1","port":"port0","changed":true}
-  sw1/port0: unchanged

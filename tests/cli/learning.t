@@ -10,35 +10,25 @@ How long addresses are kept, and how many. The record: 24 bits of seconds, a byt
   stored:         no
   {"switch":"sw1","aging":600,"limit":65536,"stored":false}
   sw1: unchanged
-  $ qvs mac-learning set sw1 --aging 600; qvs prop list sw1 --host | grep macLearning
+  $ qvs mac-learning set sw1 --aging 600; qvs mac-learning set sw1 --limit 65536; qvs prop list sw1 --host | grep macLearning
   sw1: changed
+  sw1: unchanged
   host   -     com.quillon.vswitch.macLearning  CONFIG  8       5802000000000100
-  $ qvs mac-learning set sw1 --limit 65536 --json
-  {"switch":"sw1","changed":false}
   $ qvs mac-learning set sw1 --aging 1000000 --limit 4294967295; qvs prop get sw1 com.quillon.vswitch.macLearning --host
   sw1: changed
   40420f00ffffffff
-  $ qvs prop set sw1 com.quillon.vswitch.macLearning --hex 2c0100ff01000000 --host; qvs mac-learning get sw1
+  $ qvs prop set sw1 com.quillon.vswitch.macLearning --hex 2c0100ff01000000 --host; qvs mac-learning get sw1 --json
   sw1 host com.quillon.vswitch.macLearning: changed
-  switch:         sw1
-  aging seconds:  300
-  limit:          1
-  stored:         yes
+  {"switch":"sw1","aging":300,"limit":1,"stored":true}
   $ qvs mac-learning set sw1 --aging 301; qvs prop get sw1 com.quillon.vswitch.macLearning --host
   sw1: changed
   2d0100ff01000000
   $ qvs mac-learning set sw1 --aging 1000001
   qvs: --aging: 1000001 seconds, at most 1000000 fit
   ? 2
-  $ qvs mac-learning set sw1 --limit 4294967296
-  qvs: --limit: '4294967296' is not a number from 0 to 4294967295
-  ? 2
   $ qvs mac-learning set sw1
   qvs: at least one of --aging, --limit is needed
   ? 2
-  $ qvs mac-learning clear sw1 --json; qvs mac-learning get sw1 --json
-  {"switch":"sw1","changed":true}
-  {"switch":"sw1","aging":600,"limit":65536,"stored":false}
   $ qvs prop set sw1 com.quillon.vswitch.macLearning --hex 2c0100ff010000 --host; qvs mac-learning get sw1
   sw1 host com.quillon.vswitch.macLearning: changed
   qvs: switch 'sw1': MAC learning: Failure (0xbad0001)
@@ -46,24 +36,16 @@ How long addresses are kept, and how many. The record: 24 bits of seconds, a byt
 
 The same of a port. The first byte is what the port's security says when the record is stored.
 
-  $ qvs port mac-learning get sw1 port0; qvs port mac-learning get sw1 port0 --json
-  switch:        sw1
-  port:          port0
-  learning:      off
-  flooding:      off
-  limit:         4096
-  limit policy:  allow
-  stored:        no
+  $ qvs port mac-learning get sw1 port0 --json
   {"switch":"sw1","port":"port0","learning":false,"flooding":false,"limit":4096,"limitPolicy":"allow","stored":false}
-  $ qvs port mac-learning set sw1 port0 --learning on; qvs prop list sw1 --port port0 | grep macM
+  $ qvs port mac-learning set sw1 port0 --learning on; qvs port mac-learning set sw1 port0 --limit 4096; qvs prop list sw1 --port port0 | grep macM
   sw1/port0: changed
+  sw1/port0: unchanged
   port   port0  com.quillon.vswitch.port.macManagement   CONFIG    11      0001000010000000000000
   $ qvs port security set sw1 port0 --promiscuous deny; qvs port mac-learning set sw1 port0 --flooding on --limit 16 --limit-policy deny; qvs prop get sw1 com.quillon.vswitch.port.macManagement --port port0
   sw1/port0: changed
   sw1/port0: changed
   0101011000000001000000
-  $ qvs port mac-learning set sw1 port0 --flooding on --json
-  {"switch":"sw1","port":"port0","changed":false}
   $ qvs port security set sw1 port0 --mac-change deny; qvs port mac-learning set sw1 port0 --flooding on; qvs prop get sw1 com.quillon.vswitch.port.macManagement --port port0
   sw1/port0: changed
   sw1/port0: changed
@@ -76,47 +58,26 @@ The same of a port. The first byte is what the port's security says when the rec
   limit:         16
   limit policy:  deny
   stored:        yes
-  $ qvs port mac-learning set sw1 port0 --limit-policy drop
-  qvs: --limit-policy: 'drop' is none of allow, deny
-  ? 2
   $ qvs port mac-learning set sw1 port0
   qvs: at least one of --learning, --flooding, --limit, --limit-policy is needed
   ? 2
-  $ qvs port mac-learning get sw1 nix
-  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
-  ? 3
-  $ qvs prop set sw1 com.quillon.vswitch.port.macManagement --hex 00000000000000000000 --port port0; qvs port mac-learning get sw1 port0
-  sw1/port0 com.quillon.vswitch.port.macManagement: changed
-  qvs: switch 'sw1': port 'port0': MAC learning: Failure (0xbad0001)
-  ? 1
-  $ qvs port mac-learning clear sw1 port0 --json; qvs port mac-learning clear sw1 port0; qvs port mac-learning get sw1 port0 --json
-  {"switch":"sw1","port":"port0","changed":true}
-  sw1/port0: unchanged
-  {"switch":"sw1","port":"port0","learning":false,"flooding":false,"limit":4096,"limitPolicy":"allow","stored":false}
 
 The switches of a host.
 
-  $ for noun in learn-static overlay-cache static-mac-allow; do qvs $noun get sw1; qvs $noun clear sw1; qvs $noun set sw1 off; qvs $noun get sw1 --json; qvs $noun set sw1 on; qvs $noun set sw1 on --json; qvs $noun get sw1; done
-  off
-  sw1: unchanged
+  $ for noun in learn-static overlay-cache static-mac-allow; do qvs $noun get sw1 --json; qvs $noun set sw1 off; qvs $noun get sw1 --json; qvs $noun set sw1 on; done; qvs learn-static set sw1 on; qvs learn-static get sw1
+  {"switch":"sw1","enabled":false,"stored":false}
   sw1: changed
   {"switch":"sw1","enabled":false,"stored":true}
   sw1: changed
-  {"switch":"sw1","changed":false}
-  on
-  off
-  sw1: unchanged
+  {"switch":"sw1","enabled":false,"stored":false}
   sw1: changed
   {"switch":"sw1","enabled":false,"stored":true}
   sw1: changed
-  {"switch":"sw1","changed":false}
-  on
-  off
-  sw1: unchanged
+  {"switch":"sw1","enabled":false,"stored":false}
   sw1: changed
   {"switch":"sw1","enabled":false,"stored":true}
   sw1: changed
-  {"switch":"sw1","changed":false}
+  sw1: unchanged
   on
   $ qvs prop list sw1 --host | grep macLearning; qvs learn-static set sw1 maybe
   host   -     com.quillon.vswitch.macLearning                 CONFIG  7       2c0100ff010000
@@ -125,13 +86,6 @@ The switches of a host.
   host   -     com.quillon.vswitch.macLearning.staticMACAllow  CONFIG  5       true
   qvs: STATE: 'maybe' is none of off, on
   ? 2
-  $ for noun in learn-static overlay-cache static-mac-allow; do qvs $noun clear sw1; qvs $noun get sw1 --json; done
-  sw1: changed
-  {"switch":"sw1","enabled":false,"stored":false}
-  sw1: changed
-  {"switch":"sw1","enabled":false,"stored":false}
-  sw1: changed
-  {"switch":"sw1","enabled":false,"stored":false}
 
 How multicast is filtered. While nothing is stored the kernel says it: the old way up to version 106.
 
@@ -139,9 +93,9 @@ How multicast is filtered. While nothing is stored the kernel says it: the old w
   new: changed
   {"switch":"sw1","mode":"legacy","stored":false}
   {"switch":"new","mode":"snooping","stored":false}
-  $ qvs mcast mode set sw1 snooping; qvs mcast mode set sw1 snooping --json; qvs mcast mode get sw1; qvs prop list sw1 | grep multicastF
+  $ qvs mcast mode set sw1 snooping; qvs mcast mode set sw1 snooping; qvs mcast mode get sw1; qvs prop list sw1 | grep multicastF
   sw1: changed
-  {"switch":"sw1","changed":false}
+  sw1: unchanged
   snooping
   global  -     com.quillon.vswitch.multicastFilter  CONFIG  9       snooping
   $ qvs mcast mode set sw1 legacy; qvs mcast mode get sw1 --json; qvs prop get sw1 com.quillon.vswitch.multicastFilter
@@ -154,10 +108,6 @@ How multicast is filtered. While nothing is stored the kernel says it: the old w
   $ qvs mcast mode set sw1 flood
   qvs: MODE: 'flood' is none of legacy, snooping
   ? 2
-  $ qvs prop set sw1 com.quillon.vswitch.multicastFilter other; qvs mcast mode get sw1
-  sw1 com.quillon.vswitch.multicastFilter: changed
-  qvs: switch 'sw1': multicast filter mode: Failure (0xbad0001)
-  ? 1
   $ qvs prop clear sw1 com.quillon.vswitch.multicastFilter; qvs mcast mode get sw1; grep -c 'GetMcastFilterMode.*-> 0' ../trace
   sw1 com.quillon.vswitch.multicastFilter: changed
   legacy
@@ -168,14 +118,13 @@ Addresses that are always let in: a count and six bytes each.
   $ qvs mcast list get sw1; qvs mcast list clear sw1
   qvs: switch 'sw1': multicast addresses: Not found (0xbad0003)
   sw1: unchanged
-  $ qvs mcast list set sw1 01:00:5e:00:00:fb 33:33:00:00:00:FB; qvs mcast list set sw1 01:00:5E:00:00:fb 33:33:00:00:00:fb --json
+  $ qvs mcast list set sw1 01:00:5e:00:00:fb 33:33:00:00:00:FB; qvs mcast list set sw1 01:00:5E:00:00:fb 33:33:00:00:00:fb
   sw1: changed
-  {"switch":"sw1","changed":false}
-  $ qvs prop list sw1 --host | grep mcast; qvs mcast list get sw1; qvs mcast list get sw1 --json
-  host   -     com.quillon.vswitch.mcast.user.addresses  CONFIG  13      0201005e0000fb3333000000fb
+  sw1: unchanged
+  $ qvs prop list sw1 --host | grep mcast; qvs mcast list get sw1
+  host   -     com.quillon.vswitch.mcast.user.addresses        CONFIG  13      0201005e0000fb3333000000fb
   01:00:5e:00:00:fb
   33:33:00:00:00:fb
-  {"switch":"sw1","addresses":["01:00:5e:00:00:fb","33:33:00:00:00:fb"]}
   $ qvs mcast list set sw1 $(printf '01:00:5e:00:00:%02x ' $(seq 25)); qvs prop get sw1 com.quillon.vswitch.mcast.user.addresses --host --raw - | wc -c; qvs mcast list get sw1 | tail -n 1
   sw1: changed
   151
@@ -186,33 +135,14 @@ Addresses that are always let in: a count and six bytes each.
   $ qvs mcast list set sw1 01:00:5e:00:00
   qvs: '01:00:5e:00:00' is no MAC address, like 01:00:5e:00:00:01
   ? 2
-  $ qvs mcast list set sw1
+  $ qvs mcast list set sw1; qvs mcast list set sw1 01:00:5e:00:00:01 --empty
+  qvs: either addresses or --empty is needed
   qvs: either addresses or --empty is needed
   ? 2
-  $ qvs mcast list set sw1 01:00:5e:00:00:01 --empty
-  qvs: either addresses or --empty is needed
-  ? 2
-  $ qvs prop get sw1 com.quillon.vswitch.mcast.user.addresses --host --raw - | wc -c; qvs mcast list clear sw1 --json
-  151
-  {"switch":"sw1","changed":true}
-  $ qvs prop set sw1 com.quillon.vswitch.mcast.user.addresses --hex 0201005e0000fb --host; qvs mcast list get sw1
-  sw1 host com.quillon.vswitch.mcast.user.addresses: changed
-  qvs: switch 'sw1': multicast addresses: Failure (0xbad0001)
-  ? 1
-  $ qvs port mcast get sw1 port0
-  qvs: switch 'sw1': port 'port0': multicast addresses: Not found (0xbad0003)
-  ? 3
-  $ qvs port mcast set sw1 port0 --empty; qvs port mcast get sw1 port0; qvs prop list sw1 --port port0 | grep mcast
-  sw1/port0: changed
-  port   port0  com.quillon.vswitch.port.mcast.user.addresses.override  CONFIG    1       -
-  $ qvs port mcast set sw1 port0 01:00:5e:00:00:01 --json; qvs port mcast get sw1 port0 --json; qvs port mcast clear sw1 port0; qvs port mcast clear sw1 port0
-  {"switch":"sw1","port":"port0","changed":true}
-  {"switch":"sw1","port":"port0","addresses":["01:00:5e:00:00:01"]}
+  $ qvs port mcast set sw1 port0 --empty; qvs port mcast set sw1 port0 --empty; qvs port mcast get sw1 port0; qvs prop list sw1 --port port0 | grep mcast
   sw1/port0: changed
   sw1/port0: unchanged
-  $ qvs port mcast set sw1 nix 01:00:5e:00:00:01
-  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
-  ? 3
+  port   port0  com.quillon.vswitch.port.mcast.user.addresses.override  CONFIG    1       -
 
 The receive filter's instructions.
 
