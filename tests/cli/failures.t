@@ -38,13 +38,11 @@ Each library call is traced.
 
 What was done before a failure is reported, and the failure after it.
 
-  $ qvs-host fault add 'PortAdd*"b"' --status 0xbad0014
-  $ qvs port add sw1 a b c
+  $ qvs-host fault add 'PortAdd*"b"' --status 0xbad0014; qvs port add sw1 a b c
   sw1/a: changed
   qvs: switch 'sw1': port 'b': Out of memory (0xbad0014)
   ? 1
-  $ qvs-host fault add 'PortAdd*"e"' --status 0xbad0014
-  $ qvs port add sw1 d e f --json
+  $ qvs-host fault add 'PortAdd*"e"' --status 0xbad0014; qvs port add sw1 d e f --json
   {"switch":"sw1","changed":true,"ports":[{"port":"d","changed":true}]}
   qvs: switch 'sw1': port 'e': Out of memory (0xbad0014)
   ? 1
@@ -70,16 +68,9 @@ Statuses of the kernel and of the state library pass through.
 
 The kernel's counts are not trusted, and its texts need not end.
 
-  $ qvs-host fault add 'GetSwitchPortInfo' --nth 2 --output 0:ffffffff; qvs port list sw1 --kernel --json | cut -c 1-11
+  $ qvs-host fault add 'GetSwitchPortInfo' --nth 2 --output 0:ffffffff; qvs port list sw1 --kernel --json | wc -l
   qvs: warning: the kernel counts 4294967295 ports, but handed over 6
-  [
-  {"index":0,
-  {"index":1,
-  {"index":2,
-  {"index":3,
-  {"index":4,
-  {"index":5,
-  ]
+  8
   $ qvs-host fault add 'GetUplinks' --nth 2 --output 0:ff00; qvs uplink list sw1 --kernel
   qvs: warning: the kernel counts 255 uplinks, but handed over 1
   INDEX  ENTRY

@@ -8,9 +8,6 @@ Options of the switch module: a block with its length in front, and the module's
     *
     0ff0 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
   $ cat >on <<<'qvs-host run --state rack --trace trace $LAB -- sh -c "$1" 2>&1 | sed "s/lab .*bad/lab bad/"'
-  $ qvs-host run --state rack -- qvs options get 9
-  qvs: runtime options: Not found (0xbad0003)
-  ? 3
   $ sh on 'qvs options get 7 3 --raw - | head -c 24 | od -An -tx1 -v; qvs options get 3 9; qvs options get 65536'
    11 00 00 00 03 00 01 00 ff 07 00 04 00 01 00 00
    00 00 00 00 00 00 00 00

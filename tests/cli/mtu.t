@@ -29,19 +29,14 @@ What was left behind differs from what is set.
   $ qvs mtu set sw1 9000
   sw1: changed
 
-  $ qvs mtu set sw1 1279
+  $ for mtu in 1279 9001; do qvs mtu set sw1 $mtu; done
   qvs: MTU: 1279 is outside 1280 to 9000 bytes
-  ? 2
-  $ qvs mtu set sw1 9001
   qvs: MTU: 9001 is outside 1280 to 9000 bytes
   ? 2
   $ qvs mtu set sw1 1280 && qvs mtu get sw1
   sw1: changed
   1280
   $ qvs mtu set sw9 1500
-  qvs: switch 'sw9': Not found (0xbad0003)
-  ? 3
-  $ qvs mtu get sw9
   qvs: switch 'sw9': Not found (0xbad0003)
   ? 3
 

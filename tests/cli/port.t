@@ -11,9 +11,6 @@ Added several at a time, all checked first.
   ? 4
   $ qvs port add sw1 vm --external-id vif-1 --json
   {"switch":"sw1","changed":true,"ports":[{"port":"vm","changed":true}]}
-  $ qvs port add sw9 web
-  qvs: switch 'sw9': Not found (0xbad0003)
-  ? 3
   $ qvs port list sw1
   PORT     NUMBER    IN USE  LINK  CLIENT  CONNECT ID
   uplink0  67108865  yes     up    pnic0   1
@@ -29,12 +26,6 @@ Added several at a time, all checked first.
   {"port":"db","number":67108868,"inUse":false,"linkUp":false,"client":null,"connectId":7},
   {"port":"vm","number":67108869,"inUse":false,"linkUp":false,"client":null,"connectId":1}
   ]
-  $ qvs port list sw1 --names
-  uplink0
-  port0
-  web
-  db
-  vm
 
 What exists is compared in what is given.
 
@@ -94,23 +85,9 @@ One port, with what the kernel says about it.
   $ qvs port show sw1 nix
   qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
   ? 3
-  $ qvs port number sw1 nix
-  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
-  ? 3
-  $ qvs port list sw1 --kernel | head -n 4
-  port 0 (1458 bytes):
-    0000 01 00 00 04 03 00 00 00 75 70 6c 69 6e 6b 30 00
-    0010 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
-  $ qvs port list sw1 --kernel --json | cut -c 1-40
-  [
+  $ qvs port list sw1 --kernel --json | cut -c 1-40 | sed -n '2p; 6p'
   {"index":0,"info":"AQAABAMAAAB1cGxpbmswA
-  {"index":1,"info":"AgAABAAAAABwb3J0MAAAA
-  {"index":2,"info":"AwAABAAAAAB3ZWIAAAAAA
-  {"index":3,"info":"BAAABAAAAABkYgAAAAAAA
   {"index":4,"info":"BQAABAAAAAB2bQAAAAAAA
-  {"index":5,"info":"BgAABAAAAABuZXcAAAAAA
-  ]
 
 A listing asks the kernel for the state and for nothing else, however many ports there are.
 
@@ -128,8 +105,6 @@ Removed; uplinks stay.
   $ qvs port remove sw1 web nix --if-exists
   sw1/web: changed
   sw1/nix: unchanged
-  $ qvs port remove sw1 web nix --if-exists --json
-  {"switch":"sw1","changed":false,"ports":[{"port":"web","changed":false},{"port":"nix","changed":false}]}
   $ qvs port list sw1 --names
   uplink0
   port0
