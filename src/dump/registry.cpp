@@ -7,7 +7,6 @@
 #include <cstring>
 #include <iterator>
 
-#include "core/init_order.h"
 #include "dump/printers.h"
 #include "qvs/hyp.h"
 
@@ -114,7 +113,7 @@ NetDVSPrinter PrinterCache::find(std::string_view key) {
 
 }  // namespace qvs
 
-extern "C" __attribute__((constructor(qvs::kInitSharedObject))) void SharedObjectInit(void) {
+extern "C" void SharedObjectInit(void) {
     std::qsort(qvs::NetDVSPrinterTable, std::size(qvs::NetDVSPrinterTable), sizeof(qvs::NetDVSPrinterEntry),
                qvs::compareKeys);
 }

@@ -1,12 +1,48 @@
 // What loading the library does, reloading the snapshot, and giving buffers back.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <qvs/mesh_public.h>
 #include <qvs/qvs.h>
+
+#include <cstdlib>
+#include <cstring>
 
 #include "support/bytes.h"
 #include "support/host.h"
 
+namespace {
+
+// What the library asked for first, before this program had constructors: 's'ort, 'r'eset.
+char early[3];
+void note(char what) {
+    char *end = early + std::strlen(early);
+    if (end < early + sizeof early - 1) *end = what;
+}
+
+template <typename Function>
+Function *next(Function *, const char *name) {
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) void qsort(void *base, size_t count, size_t size,
+                                                             __compar_fn_t compare) {
+    note('s');
+    next(&qsort, "qsort")(base, count, size, compare);
+}
+
+extern "C" HYP_ReturnStatus DVSState_ConfigReset(void) {
+    note('r');
+    return next(&DVSState_ConfigReset, "DVSState_ConfigReset")();
+}
+
 namespace qvs::test {
 namespace {
+
+TEST(Startup, SortsTheRegistryBeforeItLoads) {
+    EXPECT_STREQ(early, "sr");
+}
 
 // One request has been sent before any test says so, and no other.
 TEST(Startup, LoadsTheSnapshotOnce) {
