@@ -52,13 +52,14 @@ HYP_ReturnStatus request(const char *device, uint32_t command, Area in, Area out
     return HYPIoctl(device, static_cast<int>(command), &frame);
 }
 
-// A record of a fixed size for the caller's memory, which is untouched when the request fails: `ask` is
-// called with the area to fill and answers a status.
+// A record of a fixed size that the kernel writes into the caller's memory: `ask` is called with the area to
+// fill and answers a status. The memory is not cleared, and is as it was when the request fails.
 template <uint32_t Size, typename Ask>
 HYP_ReturnStatus fetchInto(void *record, Ask ask) {
-    uint8_t area[Size] = {};
-    const HYP_ReturnStatus status = ask(Area{area, Size});
-    if (status == HYP_OK) std::memcpy(record, area, Size);
+    uint8_t before[Size];
+    std::memcpy(before, record, Size);
+    const HYP_ReturnStatus status = ask(Area{record, Size});
+    if (status != HYP_OK) std::memcpy(record, before, Size);
     return status;
 }
 

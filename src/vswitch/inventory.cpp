@@ -114,7 +114,7 @@ extern "C" HYP_ReturnStatus VSHYP_GetUplinkDVPortID(const char *uplinkName, void
     const HYP_ReturnStatus status = switchRequest(SwitchCommand::GetUplinkDvPortId, forUplink("", uplinkName),
                                                   identity, VSHYP_UPLINK_DV_PORT_ID_SIZE);
     // A failing kernel may have written something; the identity is empty all the same.
-    if (status != HYP_OK) *static_cast<char *>(identity) = '\0';
+    if (status != HYP_OK) std::memset(identity, 0, VSHYP_UPLINK_DV_PORT_ID_SIZE);
     return status;
 }
 

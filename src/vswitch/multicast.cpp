@@ -35,11 +35,9 @@ using namespace qvs;
 
 extern "C" HYP_ReturnStatus VSHYP_GetMcastFilterMode(const char *switchName, uint32_t *mode) {
     if (switchName == nullptr || mode == nullptr) return HYP_BAD_PARAM;
-    uint32_t answer = 0;
-    const HYP_ReturnStatus status = switchRequest(SwitchCommand::GetMcastFilterMode,
-                                                  SwitchRequest::named(switchName), &answer, sizeof answer);
-    if (status == HYP_OK) *mode = answer;
-    return status;
+    const SwitchRequest request = SwitchRequest::named(switchName);
+    return fetchInto<sizeof *mode>(
+        mode, [&](Area out) { return switchRequest(SwitchCommand::GetMcastFilterMode, request, out); });
 }
 
 // The type is judged only after the kernel has been asked for the count.

@@ -37,7 +37,7 @@ extern "C" HYP_ReturnStatus VSHYP_GetPortLSTeamingPolicyName(uint32_t portId, ch
     const HYP_ReturnStatus status =
         switchRequest(SwitchCommand::GetPortLsTeamingPolicyName, request, name, VSHYP_LS_TEAMING_NAME_SIZE);
     // A failing kernel may have written something; the name is empty all the same.
-    if (status != HYP_OK) name[0] = '\0';
+    if (status != HYP_OK) std::memset(name, 0, VSHYP_LS_TEAMING_NAME_SIZE);
     return status;
 }
 
