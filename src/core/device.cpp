@@ -14,7 +14,7 @@ namespace qvs {
 __attribute__((no_sanitize("nonnull-attribute"))) int rawRequest(const char *devicePath, unsigned int command,
                                                                  void *frame) {
     // O_CLOEXEC: a shell command started by another thread must not inherit the device.
-    const int fd = open(devicePath, O_RDWR | O_CLOEXEC);
+    const int fd = open(devicePath, O_RDWR | O_CLOEXEC, 0);
     if (fd < 0) return -1;
     const int result = ioctl(fd, command, frame);
     const int requestErrno = errno;
