@@ -21,6 +21,11 @@ void copyText(char (&field)[Size], std::string_view text) {
     std::memcpy(field, text.data(), length);
     std::memset(field + length, 0, Size - length);
 }
+// Looks at no more of the text than fits: a caller's SwitchAliasName need not have a NUL.
+template <size_t Size>
+void copyText(char (&field)[Size], const char *text) {
+    copyText(field, textOf(text, Size - 1));
+}
 
 // Fills a SwitchAliasName of a caller as strncpy does: a text of 128 characters or more leaves no NUL.
 inline void copyName(char *name, std::string_view text) {

@@ -59,7 +59,7 @@ void *fetchStats(SpfCommand command, Area in, uint32_t size) {
 HYP_ReturnStatus sendPort(SpfCommand command, const char *switchName, const char *portId, const char *mac) {
     constexpr size_t kSwitchNameLength = 63;
     SpfRequest input;
-    copyText(input.switchName, std::string_view(switchName).substr(0, kSwitchNameLength));
+    copyText(input.switchName, textOf(switchName, kSwitchNameLength));
     copyText(input.portId, portId);
     copyText(input.mac, mac);
     return spfRequest(command, Area{&input, sizeof input}, Area{});
