@@ -92,7 +92,7 @@ QVS_API HYP_ReturnStatus VSDVS_ClearGlobProp(const char *alias, const char *key,
  *   maxPorts     port capacity; 0 means 128
  *   numUplinks, numPorts  how many to create
  *
- * HYP_BAD_PARAM: null alias, or a portset name that is refused or too long (193 characters fit every command
+ * HYP_BAD_PARAM: null alias, or a portset name that is refused or too long (189 characters fit every command
  * line). HYP_FAILURE: the shell command failed. HYP_NO_MEMORY.
  */
 QVS_API HYP_ReturnStatus VSDVS_CreateVSwitch(const char *alias, const char *switchId, const char *portsetName,
@@ -158,8 +158,9 @@ QVS_API HYP_ReturnStatus VSDVS_SetSwitchUplinkPorts(const char *alias, const voi
 QVS_API HYP_ReturnStatus SetNumSwitchUplinkPortsByUUID(const char *switchId, uint32_t count);
 
 /*
- * Appends one uplink (80 characters are kept of its name, 47 of its port's) and creates its port. Keep names
- * to 47 characters: a longer one differs from its port's alias, and the lists cannot be read afterwards.
+ * Appends one uplink and creates its port, whose identifier and alias are the name. The lists keep 80 and 47
+ * characters of it. Keep names to 47 characters: the entry of a longer one is no port's identifier, and the
+ * lists cannot be read afterwards.
  *
  * HYP_EXISTS: a host entry with that name; nothing changes. HYP_FAILURE: malformed stored lists.
  * HYP_NO_MEMORY. A failure puts everything back.

@@ -193,10 +193,13 @@ extern "C" HYP_ReturnStatus VSDVS_GetSwitchUplinkPorts(const char *alias, void *
     StoredLists lists;
     const HYP_ReturnStatus status = readLists(alias, lists);
     if (!lists.resolved) return status;
+    if (globalList != nullptr) *globalList = nullptr;
+    if (hostList != nullptr) *hostList = nullptr;
+    if (status != HYP_OK) return status;
     if (globalList == nullptr || hostList == nullptr) return HYP_BAD_PARAM;
-    *globalList = status == HYP_OK ? lists.names.release() : nullptr;
-    *hostList = status == HYP_OK ? lists.ports.release() : nullptr;
-    return status;
+    *globalList = lists.names.release();
+    *hostList = lists.ports.release();
+    return HYP_OK;
 }
 
 extern "C" HYP_ReturnStatus VSDVS_SetSwitchUplinkPorts(const char *alias, const void *globalList,
@@ -250,9 +253,8 @@ extern "C" HYP_ReturnStatus VSDVS_AddSwitchUplinkPort(const char *alias, const c
 
     LongerLists longer;
     if (status = longer.build(old, uplinkName); status != HYP_OK) return status;
-    UplinkPorts ports(longer.ports.get());
-    const PortId portId(ports, ports.count() - 1);
-    const Place port = Place::ofSwitchId(place.switchId(), portId.text);
+    // The port has the whole name, however much of it the lists can hold.
+    const Place port = Place::ofSwitchId(place.switchId(), uplinkName);
     if (status = addPort(port, kConnectId, PortKind::Uplink); status != HYP_OK) return status;
     status = storeLonger(place, old, longer);
     if (status != HYP_OK) static_cast<void>(removePort(port));

@@ -236,6 +236,9 @@ TEST_F(Uplinks, GettingResolvesThroughTheKernel) {
     setUplinks({"a"});
     addFault("device ioctl", R"("errno":"EBUSY")");
     expectGet(0xbad0004, "?", "?");
+    void *one = this;
+    EXPECT_STATUS(VSDVS_GetSwitchUplinkPorts("sw1", &one, nullptr), 0xbad0007);
+    EXPECT_EQ(one, nullptr);
     clearTrace();
     expectGet(0, names({"a"}), ports({"a"}));
     EXPECT_EQ(
@@ -302,6 +305,17 @@ TEST_F(Uplinks, AddingAppendsToBothLists) {
     addFault("device ioctl", R"("errno":"ENOENT")");
     EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", "x"), 0xbad0003);
     expectStored(names({"a", "b", name47}), ports({"a", "b", name47}));
+}
+
+// The lists would cut a long name; the kernel is given all of it, and takes none longer than a port's.
+TEST_F(Uplinks, LongNameIsTheKernelsToJudge) {
+    const std::string name(48, 'n'), before = hostState();
+    clearTrace();
+    EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", name.c_str()), 0xbad0007);
+    const std::string trace = maskLengths(takeTrace(), "PortAdd");
+    EXPECT_EQ(trace.substr(trace.find("state PortAdd")),
+              "state PortAdd switch=\"id\" port=\"" + name + "\" length=* -> 0xbad0007\n");
+    EXPECT_EQ(hostState(), before);
 }
 
 TEST_F(Uplinks, FailingStepOfAddingIsUndone) {
