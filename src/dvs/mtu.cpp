@@ -64,16 +64,16 @@ HYP_ReturnStatus setPortsetMtu(const char *portsetName, int mtu) {
     return command.run() ? HYP_OK : HYP_FAILURE;
 }
 
-// An entry of the listing stands in a node path, "/" and all; nothing else in it may be interpreted.
+// An entry of the listing stands in a node path, "/" and all, however many of them; nothing else in it may be
+// interpreted. It may be empty: a line of just the buffer's size leaves its end for the next read.
 bool isPlainEntry(std::string_view entry) {
-    while (!entry.empty()) {
+    for (;;) {
         const size_t slash = entry.find('/');
-        if (!isPlainNodeName(entry.substr(0, slash))) return false;
+        const std::string_view name = entry.substr(0, slash);
+        if (!name.empty() && !isPlainNodeName(name)) return false;
         if (slash == std::string_view::npos) return true;
         entry.remove_prefix(slash + 1);
-        if (entry.empty()) return true;
     }
-    return false;
 }
 
 // The NICs of a portset whose MTU has been set, in order, so that it can be put back.

@@ -115,6 +115,18 @@ TEST_F(Mtu, UsesTheUplinksThatAreListed) {
     }
 }
 
+// A line as long as the buffer leaves its end for the next read: an empty entry, which is a node like any
+// other.
+TEST_F(Mtu, LongLineIsReadInPieces) {
+    const std::string entry = "pnic0" + std::string(26, '/');
+    addFault("ls /net", R"("output":[{"offset":0,"hex":")" + toHex(entry + '\n') + "\"}]");
+    EXPECT_STATUS(VSDVS_SetMTU("sw1", 1600), 0xbad0001);
+    EXPECT_EQ(takeTrace(), get() + list() + "shell treesh -e set /net/pNics/" + entry +
+                               "mtu 1600 -> exit 0\n" +
+                               "shell treesh -e set /net/pNics/mtu 1600 -> exit 1\n" +
+                               "shell treesh -e set /net/pNics/" + entry + "/mtu 1500 -> exit 0\n");
+}
+
 TEST_F(Mtu, LastNumberInTheAnswerCounts) {
     struct {
         const char *hex;
