@@ -43,7 +43,8 @@ extern "C" HYP_ReturnStatus VSDVS_GetPrivateVLANMap(const char *alias, void **ma
     if (status != HYP_OK) return status;
     if (value.length() % sizeof(VSDVS_PrivateVLAN) != 0) return HYP_FAILURE;
     if (map == nullptr || count == nullptr) return HYP_BAD_PARAM;
-    *count = value.length() / uint32_t{sizeof(VSDVS_PrivateVLAN)};
+    // Divided as a signed number: a length of 2^31 or more is what the state library made up.
+    *count = static_cast<uint32_t>(static_cast<int32_t>(value.length()) / int32_t{sizeof(VSDVS_PrivateVLAN)});
     *map = value.release();
     return HYP_OK;
 }
