@@ -215,39 +215,11 @@ TEST(Switch, PortsetNamesThatTheShellWouldInterpret) {
     const std::string name198(198, 'n'), name191(191, 'n');
     const std::string before = hostState();
     CallsReset reset;
-    for (const std::string name : {"",
-                                   " ",
-                                   "a b",
-                                   "a\tb",
-                                   "a\nb",
-                                   "a\x01"
-                                   "b",
-                                   "a\x7f"
-                                   "b",
-                                   "a'b",
-                                   "a\"b",
-                                   "a`id`",
-                                   "a;b",
-                                   "a&b",
-                                   "a|b",
-                                   "a<b",
-                                   "a>b",
-                                   "a(b",
-                                   "a)b",
-                                   "a$b",
-                                   "a\\b",
-                                   "a*b",
-                                   "a?b",
-                                   "a[b",
-                                   "a/b",
-                                   "/",
-                                   "-a",
-                                   "~a",
-                                   "#a",
-                                   ".",
-                                   "..",
-                                   name300.c_str(),
-                                   name198.c_str()}) {
+    for (const std::string name :
+         {"",     " ",     "a b",  "a\tb", "a\nb", "a\001b",        "a\177b",       "a'b",
+          "a\"b", "a`id`", "a;b",  "a&b",  "a|b",  "a<b",           "a>b",          "a(b",
+          "a)b",  "a$b",   "a\\b", "a*b",  "a?b",  "a[b",           "a/b",          "/",
+          "-a",   "~a",    "#a",   ".",    "..",   name300.c_str(), name198.c_str()}) {
         SCOPED_TRACE(name);
         EXPECT_STATUS(VSDVS_CreateVSwitch("sw1", nullptr, name.c_str(), 105, 0, 0, 1, 1), 0xbad0007);
         EXPECT_STATUS(VSDVS_CreateVSwitch(name.c_str(), "id", nullptr, 105, 0, 0, 1, 1), 0xbad0007);

@@ -32,11 +32,7 @@ std::string line(Where where, const char *verb, const std::string &key, const st
            (where == Port ? R"( port="port0")" : "") + " key=\"" + key + "\"" + rest + "\n";
 }
 
-const std::string kTeamingRecord = u32(1) + u32(0xa0) + u32(7) + u32(0x2c) + u32(1) + u32(1) +
-                                   field("uplink0", 81) + field("uplink1", 81) + zeros(30 * 81);
 const std::string kFilterRecord = u32(0x3) + u16(1) + hex("01005e000001") + zeros(31 * 6 + 2);
-const std::string kObsRecord =
-    u32(30) + u32(60) + u32(10) + hex("0300") + u16(3) + u32(7) + hex("0a000001") + zeros(160) + "obs";
 constexpr char kVlan[] = "com.quillon.vswitch.port.vlan";
 constexpr char kPriority[] = "com.quillon.vswitch.port.priority";
 constexpr char kSecurity[] = "com.quillon.vswitch.port.security";
@@ -45,8 +41,12 @@ constexpr char kManagement[] = "com.quillon.vswitch.port.macManagement";
 constexpr char kPortMcast[] = "com.quillon.vswitch.port.mcast.user.addresses.override";
 constexpr char kIpfix[] = "com.quillon.net.ipfix.port";
 
+const uint8_t *octets(const char *bytes) {
+    return reinterpret_cast<const uint8_t *>(bytes);
+}
+
+// What the tool never stores, and flags that are neither 0 nor 1; its transcripts show the bytes of the rest.
 TEST_F(Policy, SettersStoreTheseBytesWithOneRequest) {
-    const uint32_t mask = 6;
     const uint8_t ranges[] = {1, 0, 5, 0};
     struct {
         std::function<uint32_t()> set;
@@ -59,54 +59,18 @@ TEST_F(Policy, SettersStoreTheseBytesWithOneRequest) {
          "com.quillon.vswitch.pvlanMap", 8, hex("6400650002070809")},
         {[] { return VSDVS_SetPortNestedVLANTagging("sw1", "port0", 0x80); }, Port,
          "com.quillon.vswitch.port.vlanNestedTag", 16, u32(1)},
-        {[&] { return VSDVS_SetPortSecurity("sw1", "port0", &mask); }, Port, kSecurity, 16, u32(6)},
-        {[] { return VSDVS_SetExtraEthFilter("sw1", "port0", kFilterRecord.data()); }, Port, kFilter, 16,
-         kFilterRecord},
-        {[] { return VSDVS_SetTeamingPolicy("sw1", kTeamingRecord.data()); }, Global,
-         "com.quillon.vswitch.teaming", 16, kTeamingRecord},
-        {[] { return VSDVS_SetPortTeamingPolicy("sw1", "port0", kTeamingRecord.data()); }, Port,
-         "com.quillon.vswitch.port.teaming.policy", 16, kTeamingRecord},
-        {[] { return VSDVS_SetPortTeamingOverride("sw1", "port0", "gold"); }, Port,
-         "com.quillon.vswitch.port.teaming.override", 16, text("gold")},
-        {[] { return VSDVS_SetLSTeamingPolicy("sw1", "\0\0\0\0"); }, Global,
-         "com.quillon.vswitch.logicalswitch.teaming", 16, u32(0)},
-        {[] { return VSDVS_SetPortLSTeamingPolicy("sw1", "port0", "silver"); }, Port,
-         "com.quillon.vswitch.port.logicalswitch.teaming", 16, text("silver")},
         {[] { return VSDVS_SetTxUplinkAlways("sw1", "port0", 2); }, Port, "com.quillon.vswitch.port.txUplink",
          16, text("always")},
-        {[] { return VSDVS_SetTxUplinkAlways("sw1", "port0", 0); }, Port, "com.quillon.vswitch.port.txUplink",
-         16, text("normal")},
-        {[] { return VSDVS_SetMACLearning("sw1", "\x40\x42\x0f\xff\x10\0\0\0"); }, Host,
-         "com.quillon.vswitch.macLearning", 16, hex("40420fff10000000")},
         {[] { return VSDVS_SetLearnStatic("sw1", 0); }, Host, "com.quillon.vswitch.macLearning.learnStatic",
          16, text("false")},
-        {[] { return VSDVS_SetCaching("sw1", 1); }, Host, "com.quillon.vswitch.macLearning.overlay.cache", 16,
-         text("true")},
+        {[] { return VSDVS_SetCaching("sw1", 0x80); }, Host, "com.quillon.vswitch.macLearning.overlay.cache",
+         16, text("true")},
         {[] { return VSDVS_SetStaticMACAllow("sw1", 4); }, Host,
          "com.quillon.vswitch.macLearning.staticMACAllow", 16, text("true")},
-        {[] { return VSDVS_SetRCFType("sw1", 1); }, Global, "com.quillon.vswitch.rcf.INSNType", 16,
-         text("ebpf")},
-        {[] { return VSDVS_SetMcastUserLegacyEntries("sw1", 1, "\x01\0\x5e\0\0\x09"); }, Host,
-         "com.quillon.vswitch.mcast.user.addresses", 16, hex("0101005e000009")},
-        {[] { return VSDVS_SetPortMcastUserLegacyEntries("sw1", "port0", 0, nullptr); }, Port, kPortMcast, 16,
-         hex("00")},
-        {[] { return Discovery_SetParam("sw1", reinterpret_cast<const uint8_t *>("\x01\x03")); }, Global,
-         "com.quillon.etherswitch.cdp", 16, hex("0103")},
-        {[] {
-             return HealthCheck_DeployTeamCheck("sw1", reinterpret_cast<const uint8_t *>("\x01\x05\0\0\0"));
-         },
-         Global, "com.quillon.common.teamcheck.deploy", 16, hex("0105000000")},
         {[] { return HealthCheck_SetTeamCheckParam("sw1", 9); }, Global, "com.quillon.mesh.teamcheck.param",
          8, hex("09")},
-        {[] {
-             return HealthCheck_DeployVLANMTUCheck("sw1",
-                                                   reinterpret_cast<const uint8_t *>("\x02\x01\0\0\0"));
-         },
-         Global, "com.quillon.common.vlanmtucheck.deploy", 16, hex("0201000000")},
-        {[] { return HealthCheck_SetVLANMTUCheckParam("sw1", std::string(512, 'x').data()); }, Global,
-         "com.quillon.mesh.vlanmtucheck.param", 8, std::string(512, 'x')},
-        {[] { return IPFIXDVS_SetIpfixGranular("sw1", "port0", kObsRecord.data()); }, Port, kIpfix, 8,
-         kObsRecord},
+        {[] { return HealthCheck_DeployVLANMTUCheck("sw1", octets("\x02\x01\0\0\0")); }, Global,
+         "com.quillon.common.vlanmtucheck.deploy", 16, hex("0201000000")},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.key);
@@ -119,36 +83,20 @@ TEST_F(Policy, SettersStoreTheseBytesWithOneRequest) {
     }
     // Setters that ask before they store, or store two keys.
     EXPECT_STATUS(VSDVS_SetPortVLANPolicy("sw1", "port0", 9, 0, 1, 0, nullptr, 0), 0);
-    EXPECT_EQ(takeTrace(), line(Port, "Set", kVlan, " length=12 type=8 -> 0x0") +
-                               line(Port, "Set", kPriority, " length=4 type=8 -> 0x0"));
     EXPECT_BYTES(*stored(Port, kVlan), hex("0500 0900 0000 0100 0000fe0f"));
     EXPECT_BYTES(*stored(Port, kPriority), u32(0));
-    clearTrace();
     EXPECT_STATUS(VSDVS_SetPortVLANPolicy("sw1", "port0", 9, 0xffffffff, 0, 1, ranges, 1), 0);
-    EXPECT_EQ(takeTrace(), line(Port, "Set", kVlan, " length=12 type=8 -> 0x0") +
-                               line(Port, "Get", kPriority, " -> 0x0 length=4") +
-                               line(Port, "Clear", kPriority, " -> 0x0"));
     EXPECT_BYTES(*stored(Port, kVlan), hex("0200 0900 0000 0100 01000500"));
-    clearTrace();
+    EXPECT_EQ(stored(Port, kPriority), std::nullopt);
     EXPECT_STATUS(VSDVS_ClearPortVLANPolicy("sw1", "port0"), 0);
-    EXPECT_EQ(takeTrace(), line(Port, "Set", kVlan, " length=8 type=8 -> 0x0") +
-                               line(Port, "Get", kPriority, " -> 0xbad0003"));
     EXPECT_BYTES(*stored(Port, kVlan), zeros(8));
-    // The security record, mask 6 above, denies the change of addresses.
+    // The change of addresses is denied by the second bit alone.
     const std::string learning = hex("0100 40000000 01000000");
-    EXPECT_STATUS(VSDVS_SetPortMACLearning("sw1", "port0", learning.data()), 0);
-    EXPECT_BYTES(*stored(Port, kManagement), hex("00") + learning);
-    ASSERT_STATUS(store(Port, kSecurity, u32(5)), 0);
-    clearTrace();
-    EXPECT_STATUS(VSDVS_SetPortMACLearning("sw1", "port0", learning.data()), 0);
-    EXPECT_EQ(takeTrace(), line(Port, "Get", kSecurity, " -> 0x0 length=4") +
-                               line(Port, "Set", kManagement, " length=11 type=16 -> 0x0"));
-    EXPECT_BYTES(*stored(Port, kManagement), hex("01") + learning);
-    clearTrace();
-    EXPECT_STATUS(VSDVS_SetMcastFilterMode("sw1", 1), 0);
-    EXPECT_EQ(takeTrace(),
-              line(Global, "Get", "com.quillon.common.version", " -> 0x0 length=4") +
-                  line(Global, "Set", "com.quillon.vswitch.multicastFilter", " length=9 type=16 -> 0x0"));
+    for (const auto &[mask, change] : {std::pair{6u, "00"}, {5u, "01"}}) {
+        ASSERT_STATUS(store(Port, kSecurity, u32(mask)), 0);
+        EXPECT_STATUS(VSDVS_SetPortMACLearning("sw1", "port0", learning.data()), 0);
+        EXPECT_BYTES(*stored(Port, kManagement), hex(change) + learning);
+    }
 }
 
 // A getter into a buffer of the caller, which holds 0xee before.
@@ -161,11 +109,14 @@ struct GetRow {
     std::string fallback;  // and what is then in the buffer
 };
 
+// The buffer as getters of single bytes want it.
+uint8_t *octets(char *out) {
+    return reinterpret_cast<uint8_t *>(out);
+}
+
 const GetRow kGetters[] = {
-    {[](char *out) {
-         return VSDVS_GetPortNestedVLANTagging("sw1", "port0", reinterpret_cast<uint8_t *>(out));
-     },
-     Port, "com.quillon.vswitch.port.vlanNestedTag", 4, 0, hex("00 ee")},
+    {[](char *out) { return VSDVS_GetPortNestedVLANTagging("sw1", "port0", octets(out)); }, Port,
+     "com.quillon.vswitch.port.vlanNestedTag", 4, 0, hex("00 ee")},
     {[](char *out) { return VSDVS_GetPortSecurity("sw1", "port0", reinterpret_cast<uint32_t *>(out)); }, Port,
      kSecurity, 4, 0, u32(1)},
     {[](char *out) { return VSDVS_GetExtraEthFilter("sw1", "port0", out); }, Port, kFilter, 200, 0xbad0003,
@@ -178,16 +129,16 @@ const GetRow kGetters[] = {
      0, hex("580200 ee 00000100 ee")},
     {[](char *out) { return VSDVS_GetPortMACLearning("sw1", "port0", out); }, Port, kManagement, 11, 0,
      hex("0000 00100000 00000000 ee")},
-    {[](char *out) { return Discovery_GetParam("sw1", reinterpret_cast<uint8_t *>(out)); }, Global,
-     "com.quillon.etherswitch.cdp", 2, 0, hex("ee 00 ee")},
-    {[](char *out) { return HealthCheck_GetTeamCheckDeploy("sw1", reinterpret_cast<uint8_t *>(out)); },
-     Global, "com.quillon.common.teamcheck.deploy", 5, 0, hex("0000000000 ee")},
-    {[](char *out) { return HealthCheck_GetTeamCheckParam("sw1", reinterpret_cast<uint8_t *>(out)); }, Global,
+    {[](char *out) { return Discovery_GetParam("sw1", octets(out)); }, Global, "com.quillon.etherswitch.cdp",
+     2, 0, hex("ee 00 ee")},
+    {[](char *out) { return HealthCheck_GetTeamCheckDeploy("sw1", octets(out)); }, Global,
+     "com.quillon.common.teamcheck.deploy", 5, 0, hex("0000000000 ee")},
+    {[](char *out) { return HealthCheck_GetTeamCheckParam("sw1", octets(out)); }, Global,
      "com.quillon.mesh.teamcheck.param", 1, 0, hex("00 ee")},
-    {[](char *out) { return HealthCheck_GetVLANMTUCheckDeploy("sw1", reinterpret_cast<uint8_t *>(out)); },
-     Global, "com.quillon.common.vlanmtucheck.deploy", 5, 0, hex("0000000000 ee")},
-    {[](char *out) { return HealthCheck_GetVLANMTUCheckParam("sw1", reinterpret_cast<uint8_t *>(out)); },
-     Global, "com.quillon.mesh.vlanmtucheck.param", 512, 0, zeros(512) + hex("ee")},
+    {[](char *out) { return HealthCheck_GetVLANMTUCheckDeploy("sw1", octets(out)); }, Global,
+     "com.quillon.common.vlanmtucheck.deploy", 5, 0, hex("0000000000 ee")},
+    {[](char *out) { return HealthCheck_GetVLANMTUCheckParam("sw1", octets(out)); }, Global,
+     "com.quillon.mesh.vlanmtucheck.param", 512, 0, zeros(512) + hex("ee")},
 };
 
 TEST_F(Policy, AbsentKeysGiveTheDefaultAndWrongSizesFail) {
@@ -215,83 +166,48 @@ TEST_F(Policy, AbsentKeysGiveTheDefaultAndWrongSizesFail) {
     EXPECT_EQ(enabled, 1);
 }
 
-TEST_F(Policy, RecordsOfTheirOwnLengthAreHandedOutOnlyWhole) {
+// Which records are whole is hostile_test's; this is what becomes of the pointer when one is not.
+TEST_F(Policy, PointersAfterMalformedRecords) {
     void *const kBefore = reinterpret_cast<void *>(0x10);
+    static uint32_t n;
     struct {
         std::function<uint32_t(void **)> get;
         Where where;
         std::string key;
-        std::string value;
-        uint32_t status;
-        bool untouched;  // the pointer after a failure; null otherwise
+        void *after;
     } const rows[] = {
-        {[](void **out) {
-             uint32_t n;
-             return VSDVS_GetPrivateVLANMap("sw1", out, &n);
-         },
-         Global, "com.quillon.vswitch.pvlanMap", zeros(16), 0, false},
-        {[](void **out) {
-             uint32_t n;
-             return VSDVS_GetPrivateVLANMap("sw1", out, &n);
-         },
-         Global, "com.quillon.vswitch.pvlanMap", zeros(15), 0xbad0001, false},
-        {[](void **out) {
-             uint32_t n;
-             return VSDVS_GetPortVLANPolicy("sw1", "port0", out, &n);
-         },
-         Port, kVlan, zeros(6) + u16(1) + zeros(4), 0, false},
-        {[](void **out) {
-             uint32_t n;
-             return VSDVS_GetPortVLANPolicy("sw1", "port0", out, &n);
-         },
-         Port, kVlan, zeros(6) + u16(2) + zeros(4), 0xbad0001, false},
-        {[](void **out) {
-             uint32_t n;
-             return VSDVS_GetPortVLANPolicy("sw1", "port0", out, &n);
-         },
-         Port, kVlan, zeros(7), 0xbad0001, false},
-        {[](void **out) { return VSDVS_GetLSTeamingPolicyTable("sw1", out); }, Global,
-         "com.quillon.vswitch.logicalswitch.teaming", u32(0), 0, false},
+        {[](void **out) { return VSDVS_GetPrivateVLANMap("sw1", out, &n); }, Global,
+         "com.quillon.vswitch.pvlanMap", nullptr},
+        {[](void **out) { return VSDVS_GetPortVLANPolicy("sw1", "port0", out, &n); }, Port, kVlan, nullptr},
         {[](void **out) { return VSDVS_GetLSTeamingPolicyTableFromDVSID("id", out); }, Global,
-         "com.quillon.vswitch.logicalswitch.teaming", zeros(3), 0xbad0001, false},
+         "com.quillon.vswitch.logicalswitch.teaming", nullptr},
         {[](void **out) { return VSDVS_GetMcastUserLegacyEntries("sw1", out); }, Host,
-         "com.quillon.vswitch.mcast.user.addresses", hex("1a") + zeros(26 * 6), 0, false},
-        {[](void **out) { return VSDVS_GetMcastUserLegacyEntries("sw1", out); }, Host,
-         "com.quillon.vswitch.mcast.user.addresses", hex("02") + zeros(6), 0xbad0001, false},
-        {[](void **out) { return VSDVS_GetMcastUserLegacyEntries("sw1", out); }, Host,
-         "com.quillon.vswitch.mcast.user.addresses", "", 0xbad0001, false},
+         "com.quillon.vswitch.mcast.user.addresses", nullptr},
         {[](void **out) { return VSDVS_GetPortMcastUserLegacyEntries("sw1", "port0", out); }, Port,
-         kPortMcast, hex("00"), 0, false},
+         kPortMcast, nullptr},
         {[](void **out) { return HealthCheck_GetVLANCheckResult("sw1", "port0", out); }, Port,
-         "com.quillon.common.port.volatile.vlanchkresult", u16(1) + u16(1) + zeros(8), 0, true},
-        {[](void **out) { return HealthCheck_GetVLANCheckResult("sw1", "port0", out); }, Port,
-         "com.quillon.common.port.volatile.vlanchkresult", u16(1) + u16(1) + zeros(12), 0xbad0001, true},
+         "com.quillon.common.port.volatile.vlanchkresult", kBefore},
         {[](void **out) { return HealthCheck_GetMTUCheckResult("sw1", "port0", out); }, Port,
-         "com.quillon.common.port.volatile.mtuchkresult", u16(0xffff) + u16(0xffff), 0xbad0001, true},
-        {[](void **out) { return HealthCheck_GetMTUCheckResult("sw1", "port0", out); }, Port,
-         "com.quillon.common.port.volatile.mtuchkresult", zeros(3), 0xbad0001, true},
-        {[](void **out) { return IPFIXDVS_GetIpfixGranular("sw1", "port0", out); }, Port, kIpfix, kObsRecord,
-         0, true},
-        {[](void **out) { return IPFIXDVS_GetIpfixGranular("sw1", "port0", out); }, Port, kIpfix,
-         kObsRecord + "x", 0xbad0001, true},
-        {[](void **out) { return IPFIXDVS_GetIpfixGranular("sw1", "port0", out); }, Port, kIpfix, zeros(183),
-         0xbad0001, true},
+         "com.quillon.common.port.volatile.mtuchkresult", kBefore},
+        {[](void **out) { return IPFIXDVS_GetIpfixGranular("sw1", "port0", out); }, Port, kIpfix, kBefore},
     };
     for (const auto &row : rows) {
-        SCOPED_TRACE(row.key + " " + std::to_string(row.value.size()));
-        ASSERT_STATUS(store(row.where, row.key, row.value), 0);
+        SCOPED_TRACE(row.key);
+        ASSERT_STATUS(store(row.where, row.key, hex("020000")), 0);
         void *out = kBefore;
-        EXPECT_STATUS(row.get(&out), row.status);
-        if (row.status == 0) {
-            EXPECT_BYTES(bytesAt(out, row.value.size()), row.value);
-            VSDVS_FreeMemory(out);
-        } else {
-            EXPECT_EQ(out, row.untouched ? kBefore : nullptr);
-        }
+        EXPECT_STATUS(row.get(&out), 0xbad0001);
+        EXPECT_EQ(out, row.after);
     }
+    // More addresses than can be set are handed out all the same.
+    const std::string addresses = hex("1a") + zeros(26 * 6);
+    ASSERT_STATUS(store(Host, "com.quillon.vswitch.mcast.user.addresses", addresses), 0);
+    void *out = nullptr;
+    ASSERT_STATUS(VSDVS_GetMcastUserLegacyEntries("sw1", &out), 0);
+    EXPECT_BYTES(bytesAt(out, addresses.size()), addresses);
+    VSDVS_FreeMemory(out);
     // A port without sampling has no record, and that is a success.
     ASSERT_STATUS(IPFIXDVS_SetIpfixGranular("sw1", "port0", nullptr), 0);
-    void *out = kBefore;
+    out = kBefore;
     EXPECT_STATUS(IPFIXDVS_GetIpfixGranular("sw1", "port0", &out), 0);
     EXPECT_EQ(out, nullptr);
     EXPECT_STATUS(IPFIXDVS_SetIpfixGranular("sw1", "port0", nullptr), 0);
@@ -381,13 +297,8 @@ TEST_F(Policy, ClearsForgiveExactlyWhatTheyMay) {
         {"staticMACAllow", [](auto a) { return VSDVS_ClearStaticMACAllow(a); }, kAsIs},
         {"mcast", [](auto a) { return VSDVS_ClearMcastUserLegacyEntries(a); }, kAsIs},
         {"port mcast", [](auto a) { return VSDVS_ClearPortMcastUserLegacyEntries(a, "port0"); }, kAsIs},
-        {"discovery", [](auto a) { return Discovery_SetParam(a, reinterpret_cast<const uint8_t *>("\1\0")); },
-         kAsIs},
-        {"team deploy",
-         [](auto a) {
-             return HealthCheck_DeployTeamCheck(a, reinterpret_cast<const uint8_t *>("\0\1\0\0\0"));
-         },
-         kAsIs},
+        {"discovery", [](auto a) { return Discovery_SetParam(a, octets("\1\0")); }, kAsIs},
+        {"team deploy", [](auto a) { return HealthCheck_DeployTeamCheck(a, octets("\0\1\0\0\0")); }, kAsIs},
         {"team check", [](auto a) { return HealthCheck_ClearTeamCheck(a); }, kForgiven},
         {"vlan check", [](auto a) { return HealthCheck_ClearVLANMTUCheck(a); }, kForgiven},
     };
@@ -402,6 +313,8 @@ TEST_F(Policy, ClearsForgiveExactlyWhatTheyMay) {
 }
 
 TEST_F(Policy, WhatIsRefusedAsksNobody) {
+    static char area[200];
+    static void *out = nullptr;
     const uint32_t mask = 8;
     const std::string addresses = zeros(26 * 6);
     struct {
@@ -427,49 +340,14 @@ TEST_F(Policy, WhatIsRefusedAsksNobody) {
          },
          0xbad0007},
         // Statuses that are not the resolver's.
-        {"filter",
-         [] {
-             char out[200];
-             return VSDVS_GetExtraEthFilter("sw9", "port0", out);
-         },
-         0xbad0001},
-        {"mirror list",
-         [] {
-             void *out;
-             return VSDVS_GetDVMirrorSessions("hub", "", &out);
-         },
-         0xbad0001},
-        {"addresses",
-         [] {
-             void *out;
-             return VSDVS_GetMcastUserLegacyEntries("sw9", &out);
-         },
-         0xbad0007},
-        {"no port",
-         [] {
-             void *out;
-             return VSDVS_GetPortMcastUserLegacyEntries("sw1", "p9", &out);
-         },
-         0xbad0007},
-        {"learning",
-         [] {
-             char out[10];
-             return VSDVS_GetPortMACLearning("sw1", "p9", out);
-         },
-         0xbad0003},
-        {"class",
-         [] {
-             void *out;
-             return IPFIXDVS_GetIpfixGranular("hub", "port0", &out);
-         },
-         0xbad0020},
+        {"filter", [] { return VSDVS_GetExtraEthFilter("sw9", "port0", area); }, 0xbad0001},
+        {"mirror list", [] { return VSDVS_GetDVMirrorSessions("hub", "", &out); }, 0xbad0001},
+        {"addresses", [] { return VSDVS_GetMcastUserLegacyEntries("sw9", &out); }, 0xbad0007},
+        {"no port", [] { return VSDVS_GetPortMcastUserLegacyEntries("sw1", "p9", &out); }, 0xbad0007},
+        {"learning", [] { return VSDVS_GetPortMACLearning("sw1", "p9", area); }, 0xbad0003},
+        {"class", [] { return IPFIXDVS_GetIpfixGranular("hub", "port0", &out); }, 0xbad0020},
         {"class", [] { return IPFIXDVS_SetIpfixGranular("hub", "port0", nullptr); }, 0xbad0020},
-        {"ipfix port",
-         [] {
-             void *out;
-             return IPFIXDVS_GetIpfixGranular("sw1", "p9", &out);
-         },
-         0xbad0003},
+        {"ipfix port", [] { return IPFIXDVS_GetIpfixGranular("sw1", "p9", &out); }, 0xbad0003},
         // Sizes that wrap, and nulls.
         {"pvlan", [] { return VSDVS_SetPrivateVLANMap("sw1", "", 0x20000000); }, 0xbad0007},
         {"table", [] { return VSDVS_SetLSTeamingPolicy("sw1", u32(0x180000).data()); }, 0xbad0007},
