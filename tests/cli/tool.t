@@ -27,43 +27,25 @@ Usage.
   ? 2
   $ qvs switch 2>&1 | head -n 1
   qvs switch: distributed switches
-  $ qvs nix
+  $ codes=; for words in nix 'switch nix' '--nix switch list' 'switch list --nix' 'port add sw1' 'port list sw1 more' 'port add sw1 p --connect-id 1 --connect-id 2'; do qvs $words; codes="$codes $?"; done; echo $codes
   qvs: no such noun: 'nix'; 'qvs help' lists them
-  ? 2
-  $ qvs switch nix
   qvs: no such command: switch 'nix'; 'qvs help switch' lists them
-  ? 2
-  $ qvs --nix switch list
   qvs: no such option: '--nix'
-  ? 2
-  $ qvs switch list --nix
   qvs: no such option: '--nix'; a name that begins with a dash goes behind --
   qvs: usage: qvs switch list [--names] [--kernel]
-  ? 2
-  $ qvs port add sw1
   qvs: PORT is required
   qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
-  ? 2
-  $ qvs port list sw1 more
   qvs: The following argument was not expected: more
   qvs: usage: qvs port list SWITCH [--names] [--kernel]
-  ? 2
-  $ qvs port add sw1 p --connect-id 1 --connect-id 2
   qvs: --connect-id: given twice
   qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
-  ? 2
-  $ qvs dump --json
+  2 2 2 2 2 2 2
+  $ codes=; for words in 'dump --json' 'switch show sw1 --raw file --json' 'port list sw1 --names --kernel' 'completion zsh'; do qvs $words; codes="$codes $?"; done; echo $codes
   qvs: --json: qvs dump has none
-  ? 2
-  $ qvs switch show sw1 --raw file --json
   qvs: --json and --raw exclude each other
-  ? 2
-  $ qvs port list sw1 --names --kernel
   qvs: --names and --kernel exclude each other
-  ? 2
-  $ qvs completion zsh
   qvs: SHELL: 'zsh' is not 'bash'
-  ? 2
+  2 2 2 2
 
 Help, manual and completion come from the table.
 
