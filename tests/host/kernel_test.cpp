@@ -489,53 +489,6 @@ TEST(Trace, IsFollowedLive) {
     }
 }
 
-// What every family of requests answers to, so that each can be told to fail.
-TEST(Faults, FailEveryKindOfRequestAndChangeNothing) {
-    treesh({"-e", "set", "/net/create", "ps1", "8", "vswitch"});
-    ASSERT_STATUS(DVSHYP_SwitchAdd("id", "vswitch", 8, 105), 0);
-    ASSERT_STATUS(DVSHYP_HostPropSet("id", kPortsetKey, "ps1", 4, 16), 0);
-    ASSERT_STATUS(addPort("id", "p"), 0);
-    void *value = nullptr;
-    uint32_t length = 0;
-    const struct {
-        const char *match;
-        std::function<uint32_t()> call;
-    } cases[] = {
-        {"StateGet", [&] { return DVSHYP_StateGet(&value, &length); }},
-        {"PortDataGet*port=\"p\"", [&] { return DVSHYP_PortDataGet("id", "p", "k", &value, &length); }},
-        {"HostPropGet", [&] { return DVSHYP_HostPropGet("id", kPortsetKey, &value, &length); }},
-        {"GlobalPropSet*type=1?", [] { return DVSHYP_GlobalPropSet("id", "k", "v", 1, 16); }},
-        {"HostPropSet", [] { return DVSHYP_HostPropSet("id", "k", "v", 1, 16); }},
-        {"PortDataSet", [] { return DVSHYP_PortDataSet("id", "p", "k2", "v", 1, 16); }},
-        {"PortDataClear", [] { return DVSHYP_PortDataClear("id", "p", "k"); }},
-        {"SwitchAdd", [] { return DVSHYP_SwitchAdd("id2", "vswitch", 8, 105); }},
-        {"SwitchAssociate", [] { return DVSHYP_SwitchAssociate("id"); }},
-        {"SwitchDissociate", [] { return DVSHYP_SwitchDissociate("id"); }},
-        {"SwitchRemove", [] { return DVSHYP_SwitchRemove("id"); }},
-        {"PortAdd", [] { return addPort("id", "q"); }},
-        {"PortRemove", [] { return DVSHYP_PortRemove("id", "p"); }},
-    };
-    const std::string before = hostState();
-    for (const auto &[match, call] : cases) {
-        SCOPED_TRACE(match);
-        addFault(match, R"("status":"0xbad00d7")");
-        EXPECT_STATUS(call(), 0xbad00d7);
-        EXPECT_EQ(hostState(), before);
-    }
-    addFault("treesh -e set /net/create", R"("exit":7)");
-    EXPECT_EQ(treesh({"-e", "set", "/net/create", "ps2", "8", "vswitch"}).exitCode, 7);
-    addFault("open \"/dev/vswitch\"", R"("errno":"EMFILE")");
-    EXPECT_EQ(RawDevice().openError, EMFILE);
-    addFault("ioctl*0x2006*input=[0:707331]", R"("errno":"EIO")");
-    {
-        RawDevice device;
-        device.input = field("ps1", 268);
-        EXPECT_EQ(device.ioctl(0x2006, 0), EIO);
-        EXPECT_EQ(device.ioctl(0x2006, 0), 0);
-    }
-    EXPECT_EQ(hostState(), before);
-}
-
 TEST(Faults, CountPatchCutDelayAndChangeTheLab) {
     ASSERT_STATUS(DVSHYP_SwitchAdd("id", "vswitch", 8, 105), 0);
     ASSERT_STATUS(DVSHYP_GlobalPropSet("id", "k", "value", 5, 16), 0);

@@ -11,71 +11,22 @@
 #include "support/alloc_fault.h"
 #include "support/bytes.h"
 #include "support/host.h"
-#include "support/intercept.h"
 
 namespace qvs::test {
 namespace {
 
-// The trace of one device request.
-std::string request(const std::string &line, const std::string &answer = "0") {
-    return "device open \"/dev/vswitch\" -> 0\ndevice ioctl \"/dev/vswitch\" " + line + " -> " + answer +
-           "\n";
-}
-
-// A switch called sw1 whose portset is ps1: ports uplink0, uplink1, port0 have the numbers 0x4000001 to 3 and
-// the uplinks are bound to pnic0 and pnic1. A second one, bare, has nothing.
+// A switch called sw1 on portset ps1, with two uplinks on pnic0 and pnic1.
 class Inventory : public testing::Test {
   protected:
     void SetUp() override {
         ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", "id", "ps1", 105, 0, 16, 2, 1), 0);
-        ASSERT_STATUS(VSDVS_CreateVSwitch("bare", nullptr, nullptr, 105, 0, 16, 0, 0), 0);
         ASSERT_STATUS(DVSLoadConfig(), 0);
         clearTrace();
     }
-
-    CallsReset reset_;
 };
 
-// A buffer of the caller, full of what the library must clear.
-struct Area {
-    Area() { std::memset(bytes, 0xee, sizeof bytes); }
-    char bytes[256];
-};
-
-// Aliases go through the snapshot, ports through their status record; then only that is in the request.
-TEST_F(Inventory, RequestsByAlias) {
-    void *info = nullptr, *portInfo = nullptr;
-    ASSERT_STATUS(VSHYP_GetSwitchInfo("sw1", &info), 0);
-    EXPECT_EQ(takeTrace(), request("0x1010 GetSwitchInfo in=268 out=220 input=[0:707331]"));
-    char direct[220];
-    ASSERT_STATUS(VSHYP_GetVSInfo("ps1", direct), 0);
-    EXPECT_BYTES(bytesAt(info, 220), bytesAt(direct, 220));
-    EXPECT_BYTES(bytesAt(static_cast<char *>(info) + 4, 4), u32(16));  // the port capacity
-    VSHYP_FreeMemory(info);
-
-    clearTrace();
-    ASSERT_STATUS(VSHYP_GetPortInfo("sw1", "port0", &portInfo), 0);
-    const std::string trace = takeTrace();
-    EXPECT_EQ(trace.substr(0, trace.find(" -> ")),
-              "state PortDataGet switch=\"id\" port=\"port0\" "
-              "key=\"com.quillon.common.port.volatile.status\"");
-    EXPECT_EQ(trace.substr(trace.find("device")),
-              request("0x1014 GetPortInfo in=268 out=1458 input=[128:03 131:04]"));
-    EXPECT_BYTES(bytesAt(portInfo, 4), u32(0x4000003));
-    VSHYP_FreeMemory(portInfo);
-}
-
-TEST_F(Inventory, AnswersIntoTheCallersBuffer) {
-    Area switchId, identity, hint;
-    ASSERT_STATUS(VSHYP_DVSAliasToSwitchId("sw1", switchId.bytes), 0);
-    EXPECT_BYTES(bytesAt(switchId.bytes, 65), field("id", 64) + '\xee');
-    ASSERT_STATUS(VSHYP_GetUplinkDVPortID("pnic1", identity.bytes), 0);
-    EXPECT_BYTES(bytesAt(identity.bytes, 49), field("uplink1", 48) + '\xee');
-    ASSERT_STATUS(VSHYP_PortGetTeamUplinkHint(0x4000003, hint.bytes), 0);
-    EXPECT_EQ(std::string(hint.bytes, 4), "pnic");
-    EXPECT_EQ(hint.bytes[32], '\xee');
-
-    // The kernel's word is reduced to 0 or 1.
+// The kernel's word is reduced to 0 or 1.
+TEST_F(Inventory, LinkStates) {
     constexpr struct {
         const char *word;
         uint32_t up;
@@ -121,7 +72,7 @@ TEST_F(Inventory, FailuresOfSingleRequests) {
 }
 
 TEST_F(Inventory, ArgumentsThatReachNoDevice) {
-    Area area;
+    char area[256];
     uint32_t up = 0;
     char untouched;
     void *list = &untouched;
@@ -141,7 +92,7 @@ TEST_F(Inventory, ArgumentsThatReachNoDevice) {
         {"GetSwitchPortInfo alias", VSHYP_GetSwitchPortInfo("ps1", &list), 0xbad0003},
         {"GetPortInfo alias", VSHYP_GetPortInfo("sw9", "port0", &list), 0xbad0003},
         {"GetPortInfo port", VSHYP_GetPortInfo("sw1", "port9", &list), 0xbad0003},
-        {"DVSAliasToSwitchId name", VSHYP_DVSAliasToSwitchId(nullptr, area.bytes), 0xbad0007},
+        {"DVSAliasToSwitchId name", VSHYP_DVSAliasToSwitchId(nullptr, area), 0xbad0007},
         {"DVSAliasToSwitchId result", VSHYP_DVSAliasToSwitchId("sw1", nullptr), 0xbad0007},
         {"GetUplinkLinkState name", VSHYP_GetUplinkLinkState(nullptr, "pnic0", &up), 0xbad0007},
         {"GetUplinkLinkState result", VSHYP_GetUplinkLinkState("ps1", "pnic0", nullptr), 0xbad0007},
@@ -155,8 +106,8 @@ TEST_F(Inventory, ArgumentsThatReachNoDevice) {
         {"RefreshDevNUMAInfo name", VSHYP_RefreshDevNUMAInfo(nullptr), 0xbad0007},
         // Not named, but better a status than a crash.
         {"GetUplinkLinkState uplink", VSHYP_GetUplinkLinkState("ps1", nullptr, &up), 0xbad0007},
-        {"GetVSInfo name", VSHYP_GetVSInfo(nullptr, area.bytes), 0xbad0007},
-        {"GetUplinkDVPortID name", VSHYP_GetUplinkDVPortID(nullptr, area.bytes), 0xbad0007},
+        {"GetVSInfo name", VSHYP_GetVSInfo(nullptr, area), 0xbad0007},
+        {"GetUplinkDVPortID name", VSHYP_GetUplinkDVPortID(nullptr, area), 0xbad0007},
         {"GetPortInfo null alias", VSHYP_GetPortInfo(nullptr, "port0", &list), 0xbad0007},
         {"GetPortInfo null port", VSHYP_GetPortInfo("sw1", nullptr, &list), 0xbad0007},
         {"GetSwitches result", VSHYP_GetSwitches(0, nullptr), 0xbad0007},
@@ -168,24 +119,6 @@ TEST_F(Inventory, ArgumentsThatReachNoDevice) {
     EXPECT_EQ(list, &untouched);
     EXPECT_EQ(takeTrace().find("device"), std::string::npos);
     VSHYP_FreeMemory(nullptr);
-}
-
-// Two entries of each list, as the caller gets them.
-TEST_F(Inventory, Lists) {
-    void *list = nullptr;
-    ASSERT_STATUS(VSHYP_GetUplinks("ps1", &list), 0);
-    EXPECT_BYTES(bytesAt(list, 80),
-                 u32(2) + u32(0) + field("pnic0", 32) + u32(0x4000001) + field("pnic1", 32) + u32(0x4000002));
-    VSHYP_FreeMemory(list);
-    ASSERT_STATUS(VSHYP_GetUplinks("bare", &list), 0);
-    EXPECT_BYTES(bytesAt(list, 8), zeros(8));
-    VSHYP_FreeMemory(list);
-    ASSERT_STATUS(VSHYP_GetSwitches(1, &list), 0);
-    EXPECT_BYTES(bytesAt(static_cast<char *>(list) + 8, 256), field("ps1", 128) + field("bare", 128));
-    VSHYP_FreeMemory(list);
-    ASSERT_STATUS(VSHYP_GetSwitches(0, &list), 0);
-    EXPECT_BYTES(bytesAt(static_cast<char *>(list) + 8, 162), field("sw1", 81) + field("bare", 81));
-    VSHYP_FreeMemory(list);
 }
 
 }  // namespace
