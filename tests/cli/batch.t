@@ -1,21 +1,13 @@
 Every line is read before the first runs.
 
-  $ printf 'switch create sw1\nswitch crate sw2\n' | qvs batch -
+  $ for lines in 'switch create sw1\nswitch crate sw2\n' 'switch create sw1\n\n# more\nport add sw1 "open\n' 'switch create sw1 --json\ndump --json\n' 'batch -\n'; do printf "$lines" | qvs batch -; done
   qvs: line 2: no such command: switch 'crate'; 'qvs help switch' lists them
-  ? 2
-  $ printf 'switch create sw1\n\n# more\nport add sw1 "open\n' | qvs batch -
   qvs: line 4: a quote is not closed
-  ? 2
-  $ printf 'switch create sw1 --json\ndump --json\n' | qvs batch -
   qvs: line 2: --json: qvs dump has none
-  ? 2
-  $ printf 'batch -\n' | qvs batch -
   qvs: line 1: neither help nor a batch can be asked for in a batch
   ? 2
-  $ qvs batch nix
+  $ for file in nix .; do qvs batch $file; done
   qvs: file 'nix': No such file or directory
-  ? 1
-  $ qvs batch .
   qvs: the commands could not be read
   ? 1
   $ qvs switch list --names

@@ -23,10 +23,8 @@ How long addresses are kept, and how many. The record: 24 bits of seconds, a byt
   $ qvs mac-learning set sw1 --aging 301; qvs prop get sw1 com.quillon.vswitch.macLearning --host
   sw1: changed
   2d0100ff01000000
-  $ qvs mac-learning set sw1 --aging 1000001
+  $ for more in '--aging 1000001' ''; do qvs mac-learning set sw1 $more; done
   qvs: --aging: 1000001 seconds, at most 1000000 fit
-  ? 2
-  $ qvs mac-learning set sw1
   qvs: at least one of --aging, --limit is needed
   ? 2
   $ qvs prop set sw1 com.quillon.vswitch.macLearning --hex 2c0100ff010000 --host; qvs mac-learning get sw1
@@ -132,10 +130,8 @@ Addresses that are always let in: a count and six bytes each.
   $ qvs mcast list set sw1 $(printf '01:00:5e:00:00:%02x ' $(seq 26))
   qvs: 26 multicast addresses, at most 25 fit
   ? 2
-  $ qvs mcast list set sw1 01:00:5e:00:00
+  $ for more in 01:00:5e:00:00 '' '01:00:5e:00:00:01 --empty'; do qvs mcast list set sw1 $more; done
   qvs: '01:00:5e:00:00' is no MAC address, like 01:00:5e:00:00:01
-  ? 2
-  $ qvs mcast list set sw1; qvs mcast list set sw1 01:00:5e:00:00:01 --empty
   qvs: either addresses or --empty is needed
   qvs: either addresses or --empty is needed
   ? 2

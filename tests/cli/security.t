@@ -55,14 +55,10 @@ What a port receives.
   $ qvs port filter set sw1 port0 multicast $(printf -- '--address 01:00:00:00:00:%02x ' $(seq 33))
   qvs: --address: 33 addresses, at most 32 fit
   ? 2
-  $ qvs port filter set sw1 port0 unicast --address 01:00:00:00:00:01
+  $ for more in 'unicast --address 01:00:00:00:00:01' 'multicast --address 01:00:00:00:00' 'multicast --address 01:00:00:00:00:0g' everything; do qvs port filter set sw1 port0 $more; done
   qvs: --address: addresses count only with the flag multicast
-  ? 2
-  $ for mac in 01:00:00:00:00 01:00:00:00:00:0g; do qvs port filter set sw1 port0 multicast --address $mac; done
   qvs: --address: '01:00:00:00:00' is no MAC address like 01:00:5e:00:00:01
   qvs: --address: '01:00:00:00:00:0g' is no MAC address like 01:00:5e:00:00:01
-  ? 2
-  $ qvs port filter set sw1 port0 everything
   qvs: FLAG: 'everything' is none of unicast, multicast, allmulti, broadcast, promisc, use-ladrf, sink
   ? 2
   $ qvs prop set sw1 com.quillon.vswitch.port.extraEthFRP --port port0 --hex "42000000ffff$(printf '02%.0s' $(seq 194))"; qvs port filter get sw1 port0 2>&1 | cut -c 1-80

@@ -103,10 +103,8 @@ What exists is compared in what is given, and in nothing else.
 
 Identifiers and portsets of others, more than the switch holds; nothing is left behind.
 
-  $ qvs switch create sw3 --portset data2
+  $ for more in '--portset data2' '--id id-2'; do qvs switch create sw3 $more; done
   qvs: switch 'sw3': portset 'data2': Already exists (0xbad0005); it belongs to switch 'sw2', name another with --portset
-  ? 4
-  $ qvs switch create sw3 --id id-2
   qvs: switch 'sw3': identifier 'id-2': Already exists (0xbad0005); it belongs to switch 'sw2'
   ? 4
   $ qvs switch create fifteen-letters-a && qvs switch create fifteen-letters-b

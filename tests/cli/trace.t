@@ -16,16 +16,10 @@ Requests are kept by the kernel until they are cleared; all values arrive.
   $ qvs trace start sw1 nix 02:00:00:00:00:01 02:00:00:00:00:02
   qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
   ? 3
-  $ qvs trace start sw1 port0 02-00-00-00-00-01 02:00:00:00:00:02
+  $ for more in '02-00-00-00-00-01 02:00:00:00:00:02' '02:00:00:00:00:01 02:00:00:00:00' '0:0:0:0:0:1 0:0:0:0:0:2 --short 65536' '0:0:0:0:0:1 0:0:0:0:0:2 --value1 18446744073709551616'; do qvs trace start sw1 port0 $more; done
   qvs: SOURCE: '02-00-00-00-00-01' is not a MAC address
-  ? 2
-  $ qvs trace start sw1 port0 02:00:00:00:00:01 02:00:00:00:00
   qvs: DESTINATION: '02:00:00:00:00' is not a MAC address
-  ? 2
-  $ qvs trace start sw1 port0 02:00:00:00:00:01 02:00:00:00:00:02 --short 65536
   qvs: --short: 65536 is not a number of 16 bits
-  ? 2
-  $ qvs trace start sw1 port0 02:00:00:00:00:01 02:00:00:00:00:02 --value1 18446744073709551616
   qvs: --value1: '18446744073709551616' is not a number of 64 bits
   ? 2
   $ grep -c 'ioctl.*CreateRequest' ../trace

@@ -92,10 +92,8 @@ Refused, and nothing stored.
   $ qvs port vlan set sw1 port0 --trunk "$(seq -s, 1 9 | sed 's/.*/&,&,&,&/')$(printf ',1%.0s' $(seq 65500))"
   qvs: --trunk: 65536 ranges, at most 65535 fit
   ? 2
-  $ qvs port vlan set sw1 port0 --priority 8
+  $ for more in '--priority 8' --private; do qvs port vlan set sw1 port0 $more; done
   qvs: --priority: 8 is outside 0 to 7
-  ? 2
-  $ qvs port vlan set sw1 port0 --private
   qvs: at least one of --id, --trunk, --priority is needed
   ? 2
   $ qvs prop get sw1 com.quillon.vswitch.port.vlan --port port0
