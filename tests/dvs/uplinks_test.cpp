@@ -33,6 +33,22 @@ std::string ports(const Names &entries) {
     return list(entries, 48);
 }
 
+// Lines of the trace: setting lists of two uplinks, clearing lists, adding and removing a port.
+const std::string kDone = " -> 0x0\n";
+const std::string kSetNames =
+    R"(state GlobalPropSet switch="id" key="com.quillon.common.uplinkPorts" length=166 type=16)";
+const std::string kSetPorts =
+    R"(state HostPropSet switch="id" key="com.quillon.common.host.uplinkPorts" length=100 type=16)";
+const std::string kClearNames = R"(state GlobalPropClear switch="id" key="com.quillon.common.uplinkPorts")";
+const std::string kClearPorts =
+    R"(state HostPropClear switch="id" key="com.quillon.common.host.uplinkPorts")";
+std::string add(const std::string &port) {
+    return R"(state PortAdd switch="id" port=")" + port + "\" length=*";
+}
+std::string remove(const std::string &port) {
+    return R"(state PortRemove switch="id" port=")" + port + '"';
+}
+
 class Uplinks : public testing::Test {
   protected:
     void SetUp() override {
@@ -83,16 +99,8 @@ TEST_F(Uplinks, SettingStoresBothListsAndCreatesThePorts) {
     const std::string name80(80, 'n'), port47(47, 'p');
     const std::string nameList = names({"left", name80}), portList = ports({"left", port47});
     ASSERT_STATUS(VSDVS_SetSwitchUplinkPorts("sw1", nameList.data(), portList.data()), 0);
-    EXPECT_EQ(
-        maskLengths(takeTrace(), "PortAdd"),
-        "state PortAdd switch=\"id\" port=\"left\" length=* -> 0x0\n"
-        "state PortAdd switch=\"id\" port=\"" +
-            port47 +
-            "\" length=* -> 0x0\n"
-            "state GlobalPropSet switch=\"id\" key=\"com.quillon.common.uplinkPorts\" length=166 type=16 -> "
-            "0x0\n"
-            "state HostPropSet switch=\"id\" key=\"com.quillon.common.host.uplinkPorts\" length=100 type=16 "
-            "-> 0x0\n");
+    EXPECT_EQ(maskLengths(takeTrace(), "PortAdd"),
+              add("left") + kDone + add(port47) + kDone + kSetNames + kDone + kSetPorts + kDone);
     expectStored(nameList, portList);
     EXPECT_EQ(portProp("id", "left", kAliasKey), text("left"));
     EXPECT_EQ(portProp("id", port47.c_str(), kAliasKey), text(port47));
@@ -120,23 +128,11 @@ TEST_F(Uplinks, SettingANumberMakesTheNames) {
 
 TEST_F(Uplinks, FailingStepOfSettingIsUndone) {
     const std::string before = hostState();
-    const std::string add0 = "state PortAdd switch=\"id\" port=\"a\" length=*";
-    const std::string add1 = "state PortAdd switch=\"id\" port=\"b\" length=*";
-    const std::string setNames =
-        "state GlobalPropSet switch=\"id\" key=\"com.quillon.common.uplinkPorts\" "
-        "length=166 type=16";
-    const std::string setPorts =
-        "state HostPropSet switch=\"id\" key=\"com.quillon.common.host.uplinkPorts\" "
-        "length=100 type=16";
-    const std::string clearNames =
-        "state GlobalPropClear switch=\"id\" key=\"com.quillon.common.uplinkPorts\"";
-    const std::string remove0 = "state PortRemove switch=\"id\" port=\"a\"";
-    const std::string remove1 = "state PortRemove switch=\"id\" port=\"b\"";
     const std::vector<std::string> rows[] = {
-        {add0},
-        {add0, add1, remove0},
-        {add0, add1, setNames, remove1, remove0},
-        {add0, add1, setNames, setPorts, clearNames, remove1, remove0},
+        {add("a")},
+        {add("a"), add("b"), remove("a")},
+        {add("a"), add("b"), kSetNames, remove("b"), remove("a")},
+        {add("a"), add("b"), kSetNames, kSetPorts, kClearNames, remove("b"), remove("a")},
     };
     for (int nth = 1; nth <= 4; ++nth) {
         for (const int count : {1, kFromThenOn}) {
@@ -277,12 +273,8 @@ TEST_F(Uplinks, AddingAppendsToBothLists) {
     clearTrace();
     ASSERT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", "b"), 0);
     const std::string trace = maskLengths(takeTrace(), "PortAdd");
-    EXPECT_EQ(
-        trace.substr(trace.find("state PortAdd")),
-        "state PortAdd switch=\"id\" port=\"b\" length=* -> 0x0\n"
-        "state GlobalPropSet switch=\"id\" key=\"com.quillon.common.uplinkPorts\" length=166 type=16 -> 0x0\n"
-        "state HostPropSet switch=\"id\" key=\"com.quillon.common.host.uplinkPorts\" length=100 type=16 "
-        "-> 0x0\n");
+    EXPECT_EQ(trace.substr(trace.find("state PortAdd")),
+              add("b") + kDone + kSetNames + kDone + kSetPorts + kDone);
     const std::string name47(47, 'n');
     ASSERT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", name47.c_str()), 0);
     expectStored(names({"a", "b", name47}), ports({"a", "b", name47}));
@@ -313,8 +305,7 @@ TEST_F(Uplinks, LongNameIsTheKernelsToJudge) {
     clearTrace();
     EXPECT_STATUS(VSDVS_AddSwitchUplinkPort("sw1", name.c_str()), 0xbad0007);
     const std::string trace = maskLengths(takeTrace(), "PortAdd");
-    EXPECT_EQ(trace.substr(trace.find("state PortAdd")),
-              "state PortAdd switch=\"id\" port=\"" + name + "\" length=* -> 0xbad0007\n");
+    EXPECT_EQ(trace.substr(trace.find("state PortAdd")), add(name) + " -> 0xbad0007\n");
     EXPECT_EQ(hostState(), before);
 }
 
@@ -325,11 +316,10 @@ TEST_F(Uplinks, FailingStepOfAddingIsUndone) {
         if (!first) setUplinks({"a"});
         const std::string before = hostState();
         const std::string oldNames =
-            first ? "state GlobalPropClear switch=\"id\" "
-                    "key=\"com.quillon.common.uplinkPorts\" -> 0x0\n"
-                  : "state GlobalPropSet switch=\"id\" "
-                    "key=\"com.quillon.common.uplinkPorts\" length=85 type=16 -> 0x0\n";
-        const std::string remove = "state PortRemove switch=\"id\" port=\"new\" -> 0x0\n";
+            first
+                ? kClearNames
+                : R"(state GlobalPropSet switch="id" key="com.quillon.common.uplinkPorts" length=85 type=16)";
+        const std::string removed = remove("new") + kDone;
         struct {
             const char *match;
             std::string undo;
@@ -337,8 +327,8 @@ TEST_F(Uplinks, FailingStepOfAddingIsUndone) {
             {"state GlobalPropGet", ""},
             {"state HostPropGet", ""},
             {"state PortAdd", ""},
-            {"state GlobalPropSet", remove},
-            {"state HostPropSet", oldNames + remove},
+            {"state GlobalPropSet", removed},
+            {"state HostPropSet", oldNames + kDone + removed},
         };
         for (const auto &[match, undo] : rows) {
             if (first && match == std::string("state HostPropGet")) continue;  // no names: no ports either
@@ -359,12 +349,8 @@ TEST_F(Uplinks, RemovingMovesTheOthersUp) {
     setUplinks({"a", "b", "c"});
     ASSERT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "b"), 0);
     const std::string trace = takeTrace();
-    EXPECT_EQ(
-        trace.substr(trace.find("state PortRemove")),
-        "state PortRemove switch=\"id\" port=\"b\" -> 0x0\n"
-        "state GlobalPropSet switch=\"id\" key=\"com.quillon.common.uplinkPorts\" length=166 type=16 -> 0x0\n"
-        "state HostPropSet switch=\"id\" key=\"com.quillon.common.host.uplinkPorts\" length=100 type=16 "
-        "-> 0x0\n");
+    EXPECT_EQ(trace.substr(trace.find("state PortRemove")),
+              remove("b") + kDone + kSetNames + kDone + kSetPorts + kDone);
     expectStored(names({"a", "c"}), ports({"a", "c"}));
     ASSERT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "a"), 0);
     expectStored(names({"c"}), ports({"c"}));
@@ -383,10 +369,7 @@ TEST_F(Uplinks, RemovingMovesTheOthersUp) {
 
     clearTrace();
     ASSERT_STATUS(VSDVS_RemoveSwitchUplinkPort("sw1", "c"), 0);
-    EXPECT_NE(takeTrace().find(
-                  "state PortRemove switch=\"id\" port=\"c\" -> 0x0\n"
-                  "state GlobalPropClear switch=\"id\" key=\"com.quillon.common.uplinkPorts\" -> 0x0\n"
-                  "state HostPropClear switch=\"id\" key=\"com.quillon.common.host.uplinkPorts\" -> 0x0\n"),
+    EXPECT_NE(takeTrace().find(remove("c") + kDone + kClearNames + kDone + kClearPorts + kDone),
               std::string::npos);
     expectStored(std::nullopt, std::nullopt);
     expectGet(0xbad0003, "-", "-");
@@ -419,9 +402,7 @@ TEST_F(Uplinks, RemovingStopsAtTheFirstFailure) {
 TEST_F(Uplinks, ClearingLeavesThePortsAndForgivesEverything) {
     setUplinks({"a"});
     ASSERT_STATUS(VSDVS_ClearSwitchUplinkPorts("sw1"), 0);
-    EXPECT_EQ(takeTrace(),
-              "state HostPropClear switch=\"id\" key=\"com.quillon.common.host.uplinkPorts\" -> 0x0\n"
-              "state GlobalPropClear switch=\"id\" key=\"com.quillon.common.uplinkPorts\" -> 0x0\n");
+    EXPECT_EQ(takeTrace(), kClearPorts + kDone + kClearNames + kDone);
     EXPECT_EQ(portProp("id", "a", kAliasKey), text("a"));
     EXPECT_STATUS(VSDVS_ClearSwitchUplinkPorts("sw1"), 0);
     addFault("PropClear", R"("status":"0xbad00d7")", 1, kFromThenOn);
