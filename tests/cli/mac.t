@@ -95,17 +95,12 @@ Static contexts hold the static addresses of a port, 59 to a record.
   {"index":0,"entry":"AgAABAEAAQBwMQAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA
   ]
   $ cat >more.json <<<'{"macEntries": [{"switch": "sw2", "port": "p0", "mac": "02:00:00:00:01:00", "count": 60, "kind": "static"}]}'
-  $ LAB='--lab more.json' sh on 'qvs mac static sw2 | grep -A 4 context; qvs mac static sw1 --port uplink0 --json'
+  $ LAB='--lab more.json' sh on 'qvs mac static sw2 | grep -E "context|00[03]0 "; qvs mac static sw1 --port uplink0 --json'
   context 0 (529 bytes):
     0000 04 00 00 04 00 00 3b 00 70 30 00 00 00 00 00 00
-    0010 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
     0030 00 00 00 00 00 00 00 00 02 00 00 00 00 02 00 00
-  --
   context 1 (529 bytes):
     0000 04 00 00 04 00 00 02 00 70 30 00 00 00 00 00 00
-    0010 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
     0030 00 00 00 00 00 00 00 00 02 00 00 00 01 3a 00 00
   []
 
