@@ -34,7 +34,7 @@ constexpr int32_t kWorthHugePages = 4 << 20;
 // Takes in the whole of the pages at both ends: a mapping of which one part has the wish and another has not
 // is two, and realloc could no longer grow it without a copy.
 void advise(char *text, int32_t size, int advice) {
-    static const auto pageSize = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+    const auto pageSize = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
     const uintptr_t offset = reinterpret_cast<uintptr_t>(text) & (pageSize - 1);
     madvise(text - offset, static_cast<size_t>(size) + offset, advice);
 }
