@@ -81,8 +81,9 @@ QVS_API HYP_ReturnStatus VSHYP_GetUplinkDVPortID(const char *uplinkName, void *i
  * kernel did not answer. */
 QVS_API HYP_ReturnStatus VSHYP_GetSwitches(uint32_t selector, void **switches);
 
-/* The identifier the kernel has for an alias (80 characters of it are sent), into 64 bytes of the caller, cleared
- * first: all of them are the kernel's, without a NUL where it wrote none. The snapshot is not asked. HYP_BAD_PARAM: null argument. */
+/* The identifier the kernel has for an alias (80 characters of it are sent), into 64 bytes of the caller,
+ * cleared first: all of them are the kernel's, without a NUL where it wrote none. The snapshot is not asked.
+ * HYP_BAD_PARAM: null argument. */
 QVS_API HYP_ReturnStatus VSHYP_DVSAliasToSwitchId(const char *alias, void *switchId);
 
 /* Takes an uplink administratively up (state non-zero) or down. HYP_BAD_PARAM: null name. */
