@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <qvs/hyp.h>
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -22,6 +23,13 @@ struct Failure {
 template <typename... Values>
 [[noreturn]] void fail(Exit exit, fmt::format_string<Values...> format, Values &&...values) {
     throw Failure{exit, fmt::format(format, std::forward<Values>(values)...)};
+}
+
+// A line on standard error, or nothing where it cannot be written: that is no reason to stop.
+template <typename... Values>
+void complain(fmt::format_string<Values...> format, Values &&...values) {
+    const std::string line = "qvs: " + fmt::format(format, std::forward<Values>(values)...) + '\n';
+    std::fputs(line.c_str(), stderr);
 }
 
 // The failure of a library call: "switch 'sw9': Not found (0xbad0003)", with a hint behind it when there is

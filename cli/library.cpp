@@ -15,7 +15,7 @@ namespace trace {
 void line(std::string_view name, const std::string &arguments, const std::string &outcome,
           std::chrono::steady_clock::duration elapsed) {
     auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(elapsed).count();
-    fmt::print(stderr, "qvs: {}({}) -> {}, {} us\n", name, arguments, outcome, microseconds);
+    complain("{}({}) -> {}, {} us", name, arguments, outcome, microseconds);
 }
 
 std::string statusText(HYP_ReturnStatus status) {
@@ -58,8 +58,7 @@ KernelList boundedList(std::shared_ptr<void> buffer, size_t entrySize, std::stri
     while (list.count > sure && empty(list.entry(list.count - 1)))
         list.count--;
     if (list.count == counted) return list;
-    fmt::print(stderr, "qvs: warning: the kernel counts {} {}, but handed over {}\n", counted, what,
-               list.count);
+    complain("warning: the kernel counts {} {}, but handed over {}", counted, what, list.count);
     return list;
 }
 

@@ -145,7 +145,7 @@ void runWords(std::vector<std::string> words) {
     }
     size_t taken = 0;
     if (!global.help && findCommand(words, taken) == nullptr) {
-        fmt::print(stderr, "{}", helpFor(words));
+        std::fputs(helpFor(words).c_str(), stderr);
         throw Failure{Exit::Usage, ""};
     }
     Call call = global.help ? Call{} : parseCall(words, global);
@@ -201,7 +201,7 @@ Exit run(std::span<const std::string> words) {
         runWords({words.begin(), words.end()});
         return Exit::Success;
     } catch (const Failure &failure) {
-        if (!failure.message.empty()) fmt::print(stderr, "qvs: {}\n", failure.message);
+        if (!failure.message.empty()) complain("{}", failure.message);
         return failure.exit;
     } catch (const std::bad_alloc &) {
         std::fputs("qvs: Out of memory\n", stderr);

@@ -141,6 +141,12 @@ void report(int descriptor, std::string_view text) {
     close(descriptor);
 }
 
+// Why there is no host: to who waits for one, or on standard error.
+void reportFailure(int descriptor, const std::exception &error) {
+    if (descriptor >= 0) return report(descriptor, error.what());
+    std::fputs((std::string("qvs-hostd: ") + error.what() + '\n').c_str(), stderr);
+}
+
 // A request that fails in a way nobody thought of costs its client the connection, not the others their host.
 void serve(asio::io_context &io) {
     for (;;) {
@@ -211,12 +217,10 @@ int main(int argc, char **argv) {
         run(options);
         return 0;
     } catch (const StartError &error) {
-        report(options.readyDescriptor, error.what());
-        if (options.readyDescriptor < 0) fmt::print(stderr, "qvs-hostd: {}\n", error.what());
+        reportFailure(options.readyDescriptor, error);
         return error.exitCode();
     } catch (const std::exception &error) {
-        report(options.readyDescriptor, error.what());
-        if (options.readyDescriptor < 0) fmt::print(stderr, "qvs-hostd: {}\n", error.what());
+        reportFailure(options.readyDescriptor, error);
         return kFailed;
     }
 }

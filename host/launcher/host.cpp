@@ -145,8 +145,7 @@ Host::Host(const std::string &program, const HostOptions &options) : socket_(opt
     if (!options.lab.empty()) control(socket_, {{"op", "seed"}, {"lab", readJson(options.lab)}});
     if (!options.trace.empty()) control(socket_, {{"op", "trace.file"}, {"path", options.trace}});
     if (options.maxStateMib != 0) {
-        fmt::print(stderr, "qvs-host: {} is served already: --max-state-mib has no effect\n",
-                   options.directory);
+        complain("{} is served already: --max-state-mib has no effect", options.directory);
     }
 }
 
@@ -172,7 +171,7 @@ void Host::leave() {
     lease_.close();
     if (!ended || daemon_ == 0) return;
     const int status = waitForProcess(daemon_);
-    if (status != 0) fmt::print(stderr, "qvs-host: the host {}\n", endOf(status));
+    if (status != 0) complain("the host {}", endOf(status));
 }
 
 void connectTo(wire::Client *client, const std::string &socket, int timeoutSeconds) {

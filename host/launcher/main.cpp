@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -32,8 +33,14 @@ std::string absolute(const std::string &path) {
     return whole;
 }
 
+// An empty name comes from a variable that nobody set, not from who wants a host to throw away.
+std::string namesDirectory(const std::string &path) {
+    return path.empty() ? "names no directory" : "";
+}
+
 void withHostOptions(CLI::App *command, HostOptions *options, bool stateRequired) {
     auto *state = command->add_option("--state", options->directory, "Directory that holds the host's state");
+    state->check(namesDirectory);
     if (stateRequired) state->required();
     command->add_option("--lab", options->lab, "Lab to set up (JSON)");
     command->add_option("--trace", options->trace, "File to which a line for each request is appended");
@@ -154,6 +161,10 @@ class CommandLine {
         std::reverse(arguments.begin(), arguments.end());
         try {
             app_.parse(arguments);
+        } catch (const CLI::ExtrasError &) {
+            throw Error(fmt::format("\"{}\" is not expected here; a command to run follows \"--\"",
+                                    app_.remaining(true).front()),
+                        kExitUsage);
         } catch (const CLI::ParseError &error) {
             if (error.get_exit_code() == 0) return app_.exit(error);
             throw Error(fmt::format("{}\nTry \"qvs-host --help\".", error.what()), kExitUsage);
@@ -173,7 +184,8 @@ class CommandLine {
                          std::function<int(const std::string &socket)> action) {
         CLI::App *command = add(parent, name, help,
                                 [this, action = std::move(action)] { return action(socketOf(directory_)); });
-        command->add_option("--state", directory_, "Directory of the host (default: the host this runs on)");
+        command->add_option("--state", directory_, "Directory of the host (default: the host this runs on)")
+            ->check(namesDirectory);
         return command;
     }
 
@@ -261,12 +273,14 @@ int main(int argc, char **argv) {
     const auto mark = std::find(words.begin(), words.end(), "--");
     const std::vector<std::string> command(mark == words.end() ? mark : mark + 1, words.end());
     try {
-        return CommandLine(command).parseAndRun({words.begin(), mark});
+        const int exitCode = CommandLine(command).parseAndRun({words.begin(), mark});
+        if (fflush(stdout) != 0) throw Error(fmt::format("standard output: {}", strerror(errno)));
+        return exitCode;
     } catch (const Error &error) {
-        fmt::print(stderr, "qvs-host: {}\n", error.what());
+        complain("{}", error.what());
         return error.exitCode();
     } catch (const std::exception &error) {
-        fmt::print(stderr, "qvs-host: {}\n", error.what());
+        complain("{}", error.what());
         return kExitFailed;
     }
 }

@@ -113,7 +113,7 @@ int runChild(const std::vector<std::string> &command) {
     const int failure = posix_spawnp(&child, words[0], nullptr, &attributes, words.data(), environ);
     posix_spawnattr_destroy(&attributes);
     if (failure != 0) {
-        fmt::print(stderr, "qvs-host: cannot run {}: {}\n", command[0], strerror(failure));
+        complain("cannot run {}: {}", command[0], strerror(failure));
         return failure == ENOENT ? kNotFound : kNotExecutable;
     }
     signals.started(child);
@@ -157,7 +157,8 @@ class PrivateDirectory {
         size_t size = 0;
         while (getline(&line, &size, log) > 0) {
             if (std::string_view(line).starts_with("info ")) continue;
-            fmt::print(stderr, "qvs-host: the host's log: {}", line);
+            line[strcspn(line, "\n")] = '\0';
+            complain("the host's log: {}", line);
         }
         free(line);
         fclose(log);

@@ -21,6 +21,14 @@ Standard output that cannot be written is a failure, and never a signal.
   port1
   late
 
+Standard error that cannot be written changes nothing.
+
+  $ for closed in '>&-' '>/dev/full'; do sh -c "qvs port show sw1 nix 2$closed"; echo "? $?"; sh -c "qvs --trace port remove sw1 late --if-exists 2$closed"; done
+  ? 3
+  sw1/late: changed
+  ? 3
+  sw1/late: unchanged
+
 Each library call is traced.
 
   $ qvs --trace port add sw1 traced 2>&1 | sed 's/[0-9]* us/N us/'

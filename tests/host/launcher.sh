@@ -73,6 +73,8 @@ qvs-host fault add 'ls /net' --exit 3 --forever --state shared
 expect 'fault' "$(code qvs-host run --state shared -- treesh -e ls /net)" 3
 qvs-host fault list --state shared | grep -q 'matched 1, fired 1' || fail 'fault list'
 qvs-host fault clear --state shared
+expect 'no room' "$(code sh -c 'qvs-host status --state shared >/dev/full')" 125
+expect 'no name' "$(code qvs-host run --state '' -- true)" 2
 expect 'unknown errno' "$(code qvs-host fault add x --errno ENOSUCH --state shared)" 125
 expect 'fault without effect' "$(code qvs-host fault add x --state shared)" 125
 qvs-host trace --state shared >live &
