@@ -13,14 +13,15 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kDiscovery{"discovery", "com.quillon.etherswitch.cdp", Scope::Global};
+constexpr Policy kDiscovery{"discovery", "com.quillon.etherswitch.cdp", Scope::Global, DVS_PROP_CONFIG,
+                            sizeof(Discovery_Param)};
 
 constexpr const char *kProtocols[] = {"cdp", "lldp"};
 constexpr const char *kOperations[] = {"down", "listen", "advertise", "both"};
 
 Discovery_Param readParam(const PolicyPlace &place) {
     uint8_t record[sizeof(Discovery_Param)] = {DISCOVERY_CDP, DISCOVERY_DOWN};
-    require(call("Discovery_GetParam", Discovery_GetParam, place.name(), record), place.named());
+    place.requireRead(call("Discovery_GetParam", Discovery_GetParam, place.name(), record));
     return {record[0], record[1]};
 }
 
@@ -42,9 +43,10 @@ void set(const Arguments &arguments, Output &out) {
     std::optional<uint32_t> protocol;
     if (arguments.given("--protocol")) protocol = chosen(arguments, "--protocol", kProtocols);
     PolicyPlace place(kDiscovery, arguments);
-    Discovery_Param param = readParam(place);
-    param.protocol = static_cast<uint8_t>(protocol.value_or(param.protocol));
-    param.operation = static_cast<uint8_t>(operation);
+    // Down stores nothing, so what is there need not be read for it.
+    if (!protocol && operation != DISCOVERY_DOWN) protocol = readParam(place).protocol;
+    Discovery_Param param{static_cast<uint8_t>(protocol.value_or(DISCOVERY_CDP)),
+                          static_cast<uint8_t>(operation)};
     auto store = [&] {
         return call("Discovery_SetParam", Discovery_SetParam, place.name(), &param.protocol);
     };

@@ -16,13 +16,14 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kTeamDeploy{"team check", "com.quillon.common.teamcheck.deploy", Scope::Global};
+constexpr Policy kTeamDeploy{"team check", "com.quillon.common.teamcheck.deploy", Scope::Global,
+                             DVS_PROP_CONFIG, sizeof(HealthCheck_Deployment)};
 constexpr Policy kTeamParam{"team check parameter", "com.quillon.mesh.teamcheck.param", Scope::Global,
-                            DVS_PROP_POLICY};
-constexpr Policy kVlanMtuDeploy{"VLAN and MTU check", "com.quillon.common.vlanmtucheck.deploy",
-                                Scope::Global};
+                            DVS_PROP_POLICY, sizeof(uint8_t)};
+constexpr Policy kVlanMtuDeploy{"VLAN and MTU check", "com.quillon.common.vlanmtucheck.deploy", Scope::Global,
+                                DVS_PROP_CONFIG, sizeof(HealthCheck_Deployment)};
 constexpr Policy kVlanMtuParam{"VLAN and MTU check parameter", "com.quillon.mesh.vlanmtucheck.param",
-                               Scope::Global, DVS_PROP_POLICY};
+                               Scope::Global, DVS_PROP_POLICY, HEALTHCHECK_VLAN_MTU_PARAM_SIZE};
 constexpr Policy kVlanResult{"check result", "com.quillon.common.port.volatile.vlanchkresult", Scope::Port};
 constexpr Policy kMtuResult{"check result", "com.quillon.common.port.volatile.mtuchkresult", Scope::Port};
 
@@ -38,7 +39,7 @@ using StoreDeployment = HYP_ReturnStatus (*)(const char *, const uint8_t *);
 void describeDeployment(Record &record, const PolicyPlace &place, std::string_view name,
                         ReadDeployment read) {
     HealthCheck_Deployment deployment{};
-    require(call(name, read, place.name(), reinterpret_cast<uint8_t *>(&deployment)), place.named());
+    place.requireRead(call(name, read, place.name(), reinterpret_cast<uint8_t *>(&deployment)));
     place.describe(record);
     record.field("enabled", "enabled", Flag{deployment.enabled != 0});
     record.field("interval", "interval minutes", uint32_t{deployment.intervalMinutes});
@@ -70,8 +71,9 @@ void clearCheck(const Policy &deployment, const Policy &param, const Arguments &
 void getTeam(const Arguments &arguments, Output &out) {
     PolicyPlace place(kTeamDeploy, arguments);
     uint8_t ipHash = 0;
-    require(call("HealthCheck_GetTeamCheckParam", HealthCheck_GetTeamCheckParam, place.name(), &ipHash),
-            place.named());
+    PolicyPlace(kTeamParam, arguments)
+        .requireRead(
+            call("HealthCheck_GetTeamCheckParam", HealthCheck_GetTeamCheckParam, place.name(), &ipHash));
     Record record(out);
     describeDeployment(record, place, "HealthCheck_GetTeamCheckDeploy", HealthCheck_GetTeamCheckDeploy);
     record.field("expected", "expected teaming", std::string_view(kExpectations[ipHash != 0 ? 1 : 0]));
@@ -100,12 +102,12 @@ void clearTeam(const Arguments &arguments, Output &out) {
 void getVlanMtu(const Arguments &arguments, Output &out) {
     PolicyPlace place(kVlanMtuDeploy, arguments);
     std::array<uint8_t, HEALTHCHECK_VLAN_MTU_PARAM_SIZE> block{};
-    require(call("HealthCheck_GetVLANMTUCheckParam", HealthCheck_GetVLANMTUCheckParam, place.name(),
-                 block.data()),
-            place.named());
+    PolicyPlace param(kVlanMtuParam, arguments);
+    param.requireRead(call("HealthCheck_GetVLANMTUCheckParam", HealthCheck_GetVLANMTUCheckParam, place.name(),
+                           block.data()));
     if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), block);
     std::optional<Bytes> shown;
-    if (PolicyPlace(kVlanMtuParam, arguments).stored()) shown.emplace(block);
+    if (param.stored()) shown.emplace(block);
     Record record(out);
     describeDeployment(record, place, "HealthCheck_GetVLANMTUCheckDeploy", HealthCheck_GetVLANMTUCheckDeploy);
     record.block("param", "parameter", shown);
@@ -160,7 +162,7 @@ Result readResult(const PolicyPlace &place, std::string_view name, ReadResult re
     void *raw = nullptr;
     HYP_ReturnStatus status = call(name, read, place.name(), place.port(), &raw);
     if (status == HYP_NOT_FOUND) return {};
-    require(status, place.named());
+    place.requireRead(status);
     ResultBuffer buffer(raw);
     HealthCheck_Result head;
     std::memcpy(&head, raw, sizeof head);

@@ -60,8 +60,8 @@ std::string collectorText(const IPFIXDVS_Collector &collector) {
 void get(const Arguments &arguments, Output &out) {
     PolicyPlace place(kIpfix, arguments);
     void *raw = nullptr;
-    require(call("IPFIXDVS_GetIpfixGranular", IPFIXDVS_GetIpfixGranular, place.name(), place.port(), &raw),
-            place.named());
+    place.requireRead(
+        call("IPFIXDVS_GetIpfixGranular", IPFIXDVS_GetIpfixGranular, place.name(), place.port(), &raw));
     if (raw == nullptr) place.failAbsent();
     RecordBuffer buffer(raw);
     IPFIXDVS_Port port;

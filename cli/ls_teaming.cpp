@@ -69,7 +69,7 @@ void get(const Arguments &arguments, Output &out) {
         byId ? call("VSDVS_GetLSTeamingPolicyTableFromDVSID", VSDVS_GetLSTeamingPolicyTableFromDVSID,
                     place.name(), &raw)
              : call("VSDVS_GetLSTeamingPolicyTable", VSDVS_GetLSTeamingPolicyTable, place.name(), &raw);
-    require(status, place.named());
+    place.requireRead(status);
     VsdvsBuffer table(raw);
 
     uint32_t count = 0;
@@ -118,9 +118,8 @@ void getChoice(const Arguments &arguments, Output &out) {
                 place.named());
         if (name[0] == '\0') place.failAbsent();
     } else {
-        require(call("VSDVS_GetPortLSTeamingPolicyName", VSDVS_GetPortLSTeamingPolicyName, place.name(),
-                     place.port(), name),
-                place.named());
+        place.requireRead(call("VSDVS_GetPortLSTeamingPolicyName", VSDVS_GetPortLSTeamingPolicyName,
+                               place.name(), place.port(), name));
     }
     printValue(out, place, "policy", boundedText(name, sizeof name));
 }

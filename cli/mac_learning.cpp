@@ -2,6 +2,7 @@
 // learned.
 #include <qvs/qvs.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -15,8 +16,10 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kLearning{"MAC learning", "com.quillon.vswitch.macLearning", Scope::Host};
-constexpr Policy kPortLearning{"MAC learning", "com.quillon.vswitch.port.macManagement", Scope::Port};
+constexpr Policy kLearning{"MAC learning", "com.quillon.vswitch.macLearning", Scope::Host, DVS_PROP_CONFIG,
+                           sizeof(VSDVS_MACLearning)};
+constexpr Policy kPortLearning{"MAC learning", "com.quillon.vswitch.port.macManagement", Scope::Port,
+                               DVS_PROP_CONFIG, sizeof(VSDVS_PortMACManagement)};
 constexpr Policy kPortSecurity{"security", "com.quillon.vswitch.port.security", Scope::Port};
 constexpr Policy kLearnStatic{"learning of static addresses", "com.quillon.vswitch.macLearning.learnStatic",
                               Scope::Host};
@@ -28,12 +31,13 @@ constexpr Policy kStaticMacAllow{"acceptance of static addresses",
 constexpr uint32_t kMostAging = 1000000;
 constexpr const char *kLimitPolicies[] = {"allow", "deny"};
 
+// Whether all of the options are given; at least one must be.
 template <size_t Count>
-void requireOneOf(const Arguments &arguments, const char *const (&options)[Count]) {
-    for (const char *option : options) {
-        if (arguments.given(option)) return;
-    }
-    fail(Exit::Usage, "at least one of {} is needed", fmt::join(options, ", "));
+bool allGiven(const Arguments &arguments, const char *const (&options)[Count]) {
+    auto given = [&](const char *option) { return arguments.given(option); };
+    if (std::none_of(options, options + Count, given))
+        fail(Exit::Usage, "at least one of {} is needed", fmt::join(options, ", "));
+    return std::all_of(options, options + Count, given);
 }
 
 // --- of a switch ---
@@ -45,7 +49,7 @@ uint32_t agingOf(const VSDVS_MACLearning &record) {
 
 VSDVS_MACLearning readLearning(const PolicyPlace &place) {
     VSDVS_MACLearning record{};
-    require(call("VSDVS_GetMACLearning", VSDVS_GetMACLearning, place.name(), &record), place.named());
+    place.requireRead(call("VSDVS_GetMACLearning", VSDVS_GetMACLearning, place.name(), &record));
     return record;
 }
 
@@ -61,13 +65,20 @@ void get(const Arguments &arguments, Output &out) {
 }
 
 void set(const Arguments &arguments, Output &out) {
-    requireOneOf(arguments, {"--aging", "--limit"});
+    bool all = allGiven(arguments, {"--aging", "--limit"});
     uint32_t aging = arguments.number("--aging", 0);
     if (aging > kMostAging) fail(Exit::Usage, "--aging: {} seconds, at most {} fit", aging, kMostAging);
     uint32_t limit = arguments.number("--limit", 0);
     PolicyPlace place(kLearning, arguments);
-    VSDVS_MACLearning record = readLearning(place);
+    VSDVS_MACLearning record{};
+    // The byte that nobody knows is kept wherever there is one.
+    if (!all || !place.malformed()) record = readLearning(place);
     if (arguments.given("--aging")) std::memcpy(record.agingTime, &aging, sizeof record.agingTime);
+    if (agingOf(record) > kMostAging) {
+        fail(Exit::Usage,
+             "{}: the stored aging of {} seconds cannot be stored again, at most {} fit; give --aging",
+             place.named(), agingOf(record), kMostAging);
+    }
     if (arguments.given("--limit")) record.macLimit = limit;
     storePolicy(out, place, place.holds(bytesOf(record)),
                 [&] { return call("VSDVS_SetMACLearning", VSDVS_SetMACLearning, place.name(), &record); });
@@ -83,8 +94,8 @@ void clear(const Arguments &arguments, Output &out) {
 
 VSDVS_PortMACLearning readPortLearning(const PolicyPlace &place) {
     VSDVS_PortMACLearning value{};
-    require(call("VSDVS_GetPortMACLearning", VSDVS_GetPortMACLearning, place.name(), place.port(), &value),
-            place.named());
+    place.requireRead(
+        call("VSDVS_GetPortMACLearning", VSDVS_GetPortMACLearning, place.name(), place.port(), &value));
     return value;
 }
 
@@ -112,12 +123,13 @@ bool holdsPortLearning(const PolicyPlace &place, const VSDVS_PortMACLearning &va
 }
 
 void setPort(const Arguments &arguments, Output &out) {
-    requireOneOf(arguments, {"--learning", "--flooding", "--limit", "--limit-policy"});
+    bool all = allGiven(arguments, {"--learning", "--flooding", "--limit", "--limit-policy"});
     auto given = [&](const char *option, Names names, uint32_t absent) {
         return arguments.given(option) ? chosen(arguments, option, names) : absent;
     };
     PolicyPlace place(kPortLearning, arguments);
-    VSDVS_PortMACLearning value = readPortLearning(place);
+    VSDVS_PortMACLearning value{};
+    if (!all) value = readPortLearning(place);
     value.learning = static_cast<uint8_t>(given("--learning", kOffOn, value.learning));
     value.flooding = static_cast<uint8_t>(given("--flooding", kOffOn, value.flooding));
     value.macLimit = arguments.number("--limit", value.macLimit);

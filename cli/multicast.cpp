@@ -30,12 +30,13 @@ constexpr const char *kRcfTypes[] = {"cbpf", "ebpf"};
 void getMode(const Arguments &arguments, Output &out) {
     PolicyPlace place(kMode, arguments);
     uint32_t mode = 0;
-    HYP_ReturnStatus status =
-        arguments.given("--kernel")
-            ? call("VSHYP_GetMcastFilterMode", VSHYP_GetMcastFilterMode, portsetOf(place.name()).c_str(),
-                   &mode)
-            : call("VSDVS_GetMcastFilterMode", VSDVS_GetMcastFilterMode, place.name(), &mode);
-    require(status, place.named());
+    if (arguments.given("--kernel")) {
+        require(call("VSHYP_GetMcastFilterMode", VSHYP_GetMcastFilterMode, portsetOf(place.name()).c_str(),
+                     &mode),
+                place.named());
+    } else {
+        place.requireRead(call("VSDVS_GetMcastFilterMode", VSDVS_GetMcastFilterMode, place.name(), &mode));
+    }
     printValue(out, place, "mode", std::string_view(nameOf(kModes, mode)));
 }
 
@@ -87,8 +88,8 @@ void showAddresses(Output &out, const PolicyPlace &place, const void *record) {
 void getList(const Arguments &arguments, Output &out) {
     PolicyPlace place(kList, arguments);
     void *list = nullptr;
-    require(call("VSDVS_GetMcastUserLegacyEntries", VSDVS_GetMcastUserLegacyEntries, place.name(), &list),
-            place.named());
+    place.requireRead(
+        call("VSDVS_GetMcastUserLegacyEntries", VSDVS_GetMcastUserLegacyEntries, place.name(), &list));
     VsdvsBuffer buffer(list);
     showAddresses(out, place, list);
 }
@@ -112,9 +113,8 @@ void clearList(const Arguments &arguments, Output &out) {
 void getPortList(const Arguments &arguments, Output &out) {
     PolicyPlace place(kPortList, arguments);
     void *list = nullptr;
-    require(call("VSDVS_GetPortMcastUserLegacyEntries", VSDVS_GetPortMcastUserLegacyEntries, place.name(),
-                 place.port(), &list),
-            place.named());
+    place.requireRead(call("VSDVS_GetPortMcastUserLegacyEntries", VSDVS_GetPortMcastUserLegacyEntries,
+                           place.name(), place.port(), &list));
     VsdvsBuffer buffer(list);
     showAddresses(out, place, list);
 }

@@ -15,9 +15,9 @@ const std::string &portOf(const Arguments &arguments) {
 }  // namespace
 
 PolicyPlace::PolicyPlace(const Policy &policy, const Arguments &arguments)
-    : policy_(policy), switchName_(arguments.text("SWITCH")) {
+    : policy_(policy), switchName_(arguments.text("SWITCH")), byId_(arguments.given("--by-id")) {
     place_.scope = policy.scope;
-    if (arguments.given("--by-id")) {
+    if (byId_) {
         requireFits(kSwitchIdLimit, switchName_);
         place_.sw = findSwitchById(switchName_);
         return;
@@ -49,6 +49,28 @@ bool PolicyPlace::holds(Bytes record) const {
 bool PolicyPlace::holdsText(std::string_view text) const {
     std::string stored(text);
     return holds({reinterpret_cast<const uint8_t *>(stored.c_str()), stored.size() + 1});
+}
+
+std::string PolicyPlace::clearing() const {
+    std::string words = "qvs prop clear " + shown(switchName_) + " " + policy_.key;
+    if (policy_.scope == Scope::Host) words += " --host";
+    if (port_) words += " --port " + shown(*port_);
+    return byId_ ? words + " --by-id" : words;
+}
+
+bool PolicyPlace::malformed() const {
+    std::optional<Property> property = stored();
+    return property && property->value.size() != policy_.size;
+}
+
+void PolicyPlace::requireRead(HYP_ReturnStatus status) const {
+    if (status != HYP_FAILURE || !malformed()) return require(status, named());
+    size_t length = stored()->value.size();
+    std::string size = fmt::format("{} byte{}", length, length == 1 ? "" : "s");
+    if (policy_.size != 0) size += fmt::format(", not {}", policy_.size);
+    throw libraryFailure(named(), status,
+                         fmt::format("what is stored as {} is no such record ({}); '{}' removes it",
+                                     policy_.key, size, clearing()));
 }
 
 void PolicyPlace::describe(Record &record) const {

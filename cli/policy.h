@@ -16,12 +16,13 @@
 
 namespace qvs::cli {
 
-// Where the record of a policy is stored, and of which class.
+// Where the record of a policy is stored, of which class, and of what size.
 struct Policy {
     const char *what;  // in messages
     const char *key;
     Scope scope;
     uint32_t classes = DVS_PROP_CONFIG;
+    size_t size = 0;  // 0: sizes differ
 };
 
 // The switch or port whose policy a command is about. It exists, unless the switch was given by identifier,
@@ -41,6 +42,12 @@ class PolicyPlace {
     // Whether exactly this is stored already.
     bool holds(Bytes record) const;
     bool holdsText(std::string_view text) const;
+    // Whether what is stored has another size than the record.
+    bool malformed() const;
+
+    // Throws unless the record could be read. What is stored and is no record is named together with the way
+    // to be rid of it, for the verbs of the policy may not be able to replace it.
+    void requireRead(HYP_ReturnStatus status) const;
 
     // The members that tell whose policy it is.
     void describe(Record &record) const;
@@ -49,8 +56,12 @@ class PolicyPlace {
     [[noreturn]] void failAbsent() const;
 
   private:
+    // The command that removes the record.
+    std::string clearing() const;
+
     const Policy &policy_;
     std::string switchName_;
+    bool byId_;
     std::optional<std::string> port_;
     Place place_;
 };

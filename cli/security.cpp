@@ -16,8 +16,10 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kSecurity{"security", "com.quillon.vswitch.port.security", Scope::Port};
-constexpr Policy kFilter{"receive filter", "com.quillon.vswitch.port.extraEthFRP", Scope::Port};
+constexpr Policy kSecurity{"security", "com.quillon.vswitch.port.security", Scope::Port, DVS_PROP_CONFIG,
+                           sizeof(uint32_t)};
+constexpr Policy kFilter{"receive filter", "com.quillon.vswitch.port.extraEthFRP", Scope::Port,
+                         DVS_PROP_CONFIG, sizeof(VSDVS_ExtraEthFilter)};
 
 // --- security ---
 
@@ -37,8 +39,8 @@ constexpr Right kRights[] = {
 
 uint32_t readSecurity(const PolicyPlace &place) {
     uint32_t mask = 0;
-    require(call("VSDVS_GetPortSecurity", VSDVS_GetPortSecurity, place.name(), place.port(), &mask),
-            place.named());
+    place.requireRead(
+        call("VSDVS_GetPortSecurity", VSDVS_GetPortSecurity, place.name(), place.port(), &mask));
     return mask;
 }
 
@@ -65,7 +67,8 @@ void setSecurity(const Arguments &arguments, Output &out) {
     constexpr uint32_t kAll =
         VSDVS_SECURITY_DENY_PROMISCUOUS | VSDVS_SECURITY_DENY_MAC_CHANGE | VSDVS_SECURITY_DENY_FORGED;
     PolicyPlace place(kSecurity, arguments);
-    uint32_t mask = (readSecurity(place) & kAll & ~given) | denied;
+    uint32_t kept = given == kAll ? 0 : readSecurity(place) & kAll & ~given;
+    uint32_t mask = kept | denied;
     storePolicy(out, place, place.holds(bytesOf(mask)), [&] {
         return call("VSDVS_SetPortSecurity", VSDVS_SetPortSecurity, place.name(), place.port(), &mask);
     });
@@ -99,8 +102,8 @@ std::vector<std::string> addressesOf(const VSDVS_ExtraEthFilter &filter) {
 void getFilter(const Arguments &arguments, Output &out) {
     PolicyPlace place(kFilter, arguments);
     VSDVS_ExtraEthFilter filter{};
-    require(call("VSDVS_GetExtraEthFilter", VSDVS_GetExtraEthFilter, place.name(), place.port(), &filter),
-            place.named());
+    place.requireRead(
+        call("VSDVS_GetExtraEthFilter", VSDVS_GetExtraEthFilter, place.name(), place.port(), &filter));
     std::vector<std::string> flags = flagNames(kFilterFlags, filter.flags);
     std::vector<std::string> addresses = addressesOf(filter);
     Record record(out);
@@ -149,8 +152,8 @@ void clearFilter(const Arguments &arguments, Output &out) {
 
 bool isSink(const PolicyPlace &place) {
     uint8_t enabled = 0;
-    require(call("VSDVS_IsSinkPortEnabled", VSDVS_IsSinkPortEnabled, place.name(), place.port(), &enabled),
-            place.named());
+    place.requireRead(
+        call("VSDVS_IsSinkPortEnabled", VSDVS_IsSinkPortEnabled, place.name(), place.port(), &enabled));
     return enabled != 0;
 }
 

@@ -16,7 +16,8 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kTeaming{"teaming policy", "com.quillon.vswitch.teaming", Scope::Global};
+constexpr Policy kTeaming{"teaming policy", "com.quillon.vswitch.teaming", Scope::Global, DVS_PROP_CONFIG,
+                          sizeof(VSDVS_TeamingPolicy)};
 constexpr Policy kPortTeaming{"teaming policy", "com.quillon.vswitch.port.teaming.policy", Scope::Port};
 constexpr Policy kOverride{"teaming override", "com.quillon.vswitch.port.teaming.override", Scope::Port};
 constexpr Policy kTxUplink{"transmit uplink mode", "com.quillon.vswitch.port.txUplink", Scope::Port};
@@ -141,11 +142,10 @@ void get(const Arguments &arguments, Output &out) {
     PolicyPlace place(kTeaming, arguments);
     VSDVS_TeamingPolicy policy{};
     if (arguments.given("--by-id")) {
-        require(
-            call("VSDVS_GetTeamingPolicyFromDVSID", VSDVS_GetTeamingPolicyFromDVSID, place.name(), &policy),
-            place.named());
+        place.requireRead(
+            call("VSDVS_GetTeamingPolicyFromDVSID", VSDVS_GetTeamingPolicyFromDVSID, place.name(), &policy));
     } else {
-        require(call("VSDVS_GetTeamingPolicy", VSDVS_GetTeamingPolicy, place.name(), &policy), place.named());
+        place.requireRead(call("VSDVS_GetTeamingPolicy", VSDVS_GetTeamingPolicy, place.name(), &policy));
     }
     showPolicy(out, place, policy);
 }
@@ -177,9 +177,8 @@ void clear(const Arguments &arguments, Output &out) {
 void getPort(const Arguments &arguments, Output &out) {
     PolicyPlace place(kPortTeaming, arguments);
     VSDVS_TeamingPolicy policy{};
-    require(
-        call("VSDVS_GetPortTeamingPolicy", VSDVS_GetPortTeamingPolicy, place.name(), place.port(), &policy),
-        place.named());
+    place.requireRead(
+        call("VSDVS_GetPortTeamingPolicy", VSDVS_GetPortTeamingPolicy, place.name(), place.port(), &policy));
     showPolicy(out, place, policy);
 }
 
@@ -205,9 +204,8 @@ void clearPort(const Arguments &arguments, Output &out) {
 void getOverride(const Arguments &arguments, Output &out) {
     PolicyPlace place(kOverride, arguments);
     char name[VSDVS_TEAMING_OVERRIDE_SIZE];
-    require(
-        call("VSDVS_GetPortTeamingOverride", VSDVS_GetPortTeamingOverride, place.name(), place.port(), name),
-        place.named());
+    place.requireRead(
+        call("VSDVS_GetPortTeamingOverride", VSDVS_GetPortTeamingOverride, place.name(), place.port(), name));
     printValue(out, place, "override", std::string_view(name));
 }
 

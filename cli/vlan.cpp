@@ -21,7 +21,8 @@ constexpr Policy kPrivateVlans{"private VLANs", "com.quillon.vswitch.pvlanMap", 
                                DVS_PROP_POLICY};
 constexpr Policy kVlan{"VLAN policy", "com.quillon.vswitch.port.vlan", Scope::Port, DVS_PROP_POLICY};
 constexpr Policy kPriority{"VLAN policy", "com.quillon.vswitch.port.priority", Scope::Port, DVS_PROP_POLICY};
-constexpr Policy kNestedTag{"nested VLAN tagging", "com.quillon.vswitch.port.vlanNestedTag", Scope::Port};
+constexpr Policy kNestedTag{"nested VLAN tagging", "com.quillon.vswitch.port.vlanNestedTag", Scope::Port,
+                            DVS_PROP_CONFIG, sizeof(uint32_t)};
 
 // --- private VLANs ---
 
@@ -52,8 +53,7 @@ void getPrivateVlans(const Arguments &arguments, Output &out) {
     PolicyPlace place(kPrivateVlans, arguments);
     void *raw = nullptr;
     uint32_t count = 0;
-    require(call("VSDVS_GetPrivateVLANMap", VSDVS_GetPrivateVLANMap, place.name(), &raw, &count),
-            place.named());
+    place.requireRead(call("VSDVS_GetPrivateVLANMap", VSDVS_GetPrivateVLANMap, place.name(), &raw, &count));
     VsdvsBuffer map(raw);
     Listing listing(out, {{"primary", "PRIMARY"}, {"secondary", "SECONDARY"}, {"type", "TYPE"}});
     for (uint32_t i = 0; i < count; i++) {
@@ -98,9 +98,8 @@ struct VlanPolicy {
 VlanPolicy readVlan(const PolicyPlace &place) {
     VlanPolicy policy;
     void *raw = nullptr;
-    require(call("VSDVS_GetPortVLANPolicy", VSDVS_GetPortVLANPolicy, place.name(), place.port(), &raw,
-                 &policy.priority),
-            place.named());
+    place.requireRead(call("VSDVS_GetPortVLANPolicy", VSDVS_GetPortVLANPolicy, place.name(), place.port(),
+                           &raw, &policy.priority));
     VsdvsBuffer buffer(raw);
     const auto *bytes = static_cast<const uint8_t *>(raw);
     std::memcpy(&policy.record, bytes, sizeof policy.record);
@@ -213,9 +212,8 @@ void clearVlan(const Arguments &arguments, Output &out) {
 void getNestedTagging(const Arguments &arguments, Output &out) {
     PolicyPlace place(kNestedTag, arguments);
     uint8_t enabled = 0;
-    require(call("VSDVS_GetPortNestedVLANTagging", VSDVS_GetPortNestedVLANTagging, place.name(), place.port(),
-                 &enabled),
-            place.named());
+    place.requireRead(call("VSDVS_GetPortNestedVLANTagging", VSDVS_GetPortNestedVLANTagging, place.name(),
+                           place.port(), &enabled));
     printValue(out, place, "enabled", Flag{enabled != 0, "on", "off"});
 }
 

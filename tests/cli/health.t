@@ -36,7 +36,7 @@ The check of teaming: u8 deployed, u32 minutes; beside it u8 what is expected.
   ? 1
   $ qvs prop set sw1 com.quillon.common.teamcheck.deploy --hex 01000000; qvs health team get sw1
   sw1 com.quillon.common.teamcheck.deploy: changed
-  qvs: switch 'sw1': team check: Failure (0xbad0001)
+  qvs: switch 'sw1': team check: Failure (0xbad0001); what is stored as com.quillon.common.teamcheck.deploy is no such record (4 bytes, not 5); 'qvs prop clear sw1 com.quillon.common.teamcheck.deploy' removes it
   ? 1
 
 The check of VLANs and MTU, with a parameter of 512 bytes.
@@ -115,10 +115,10 @@ A value that a client stores stands in their place until it is cleared; with the
   sw1/port0 com.quillon.common.port.volatile.vlanchkresult: changed
   0100000064006400
   $ key=com.quillon.common.port.volatile.vlanchkresult; for hex in 0000 00000000 0100010001000200 ffffffff01000200; do qvs prop set sw1 $key --hex $hex --port port0 >/dev/null; qvs health result sw1 port0 --json; done; qvs prop clear sw1 $key --port port0
-  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001)
+  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001); what is stored as com.quillon.common.port.volatile.vlanchkresult is no such record (2 bytes); 'qvs prop clear sw1 com.quillon.common.port.volatile.vlanchkresult --port port0' removes it
   {"switch":"sw1","port":"port0","trunkedVlans":[],"untrunkedVlans":[],"allowedMtus":["1280-9000"],"disallowedMtus":[]}
-  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001)
-  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001)
+  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001); what is stored as com.quillon.common.port.volatile.vlanchkresult is no such record (8 bytes); 'qvs prop clear sw1 com.quillon.common.port.volatile.vlanchkresult --port port0' removes it
+  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001); what is stored as com.quillon.common.port.volatile.vlanchkresult is no such record (8 bytes); 'qvs prop clear sw1 com.quillon.common.port.volatile.vlanchkresult --port port0' removes it
   sw1/port0 com.quillon.common.port.volatile.vlanchkresult: changed
   $ for hex in 0100000000000000 01000000000001000100 0000000000; do qvs prop set sw1 com.quillon.vswitch.port.vlan --hex $hex --port port0 >/dev/null; qvs health result sw1 port0; done
   qvs: switch 'sw1': port 'port0': check result: Not found (0xbad0003)
@@ -154,12 +154,14 @@ The discovery protocol: u8 protocol, u8 what it does.
   $ qvs discovery set sw1 --protocol edp --operation both
   qvs: --protocol: 'edp' is none of cdp, lldp
   ? 2
-  $ qvs prop set sw1 com.quillon.etherswitch.cdp --hex 0904; qvs discovery get sw1 --json; qvs prop set sw1 com.quillon.etherswitch.cdp --hex 010203; qvs discovery get sw1
+  $ qvs prop set sw1 com.quillon.etherswitch.cdp --hex 0904; qvs discovery get sw1 --json; qvs prop set sw1 com.quillon.etherswitch.cdp --hex 010203; qvs discovery get sw1; qvs discovery set sw1 --operation listen; qvs discovery set sw1 --protocol lldp --operation listen; qvs prop get sw1 com.quillon.etherswitch.cdp
   sw1 com.quillon.etherswitch.cdp: changed
   {"switch":"sw1","protocol":"9","operation":"4"}
   sw1 com.quillon.etherswitch.cdp: changed
-  qvs: switch 'sw1': discovery: Failure (0xbad0001)
-  ? 1
+  qvs: switch 'sw1': discovery: Failure (0xbad0001); what is stored as com.quillon.etherswitch.cdp is no such record (3 bytes, not 2); 'qvs prop clear sw1 com.quillon.etherswitch.cdp' removes it
+  qvs: switch 'sw1': discovery: Failure (0xbad0001); what is stored as com.quillon.etherswitch.cdp is no such record (3 bytes, not 2); 'qvs prop clear sw1 com.quillon.etherswitch.cdp' removes it
+  sw1: changed
+  0101
 
 Flow sampling of a port: times, rate, flags, counts, domain, source; eight collectors; the id.
 

@@ -27,10 +27,14 @@ How long addresses are kept, and how many. The record: 24 bits of seconds, a byt
   qvs: --aging: 1000001 seconds, at most 1000000 fit
   qvs: at least one of --aging, --limit is needed
   ? 2
-  $ qvs prop set sw1 com.quillon.vswitch.macLearning --hex 2c0100ff010000 --host; qvs mac-learning get sw1
+  $ qvs prop set sw1 com.quillon.vswitch.macLearning --hex 2c0100ff010000 --host; qvs mac-learning get sw1; qvs mac-learning set sw1 --aging 5 --limit 6; qvs prop get sw1 com.quillon.vswitch.macLearning --host; qvs prop set sw1 com.quillon.vswitch.macLearning --hex ffffff0001000000 --host; qvs mac-learning set sw1 --limit 9
   sw1 host com.quillon.vswitch.macLearning: changed
-  qvs: switch 'sw1': MAC learning: Failure (0xbad0001)
-  ? 1
+  qvs: switch 'sw1': MAC learning: Failure (0xbad0001); what is stored as com.quillon.vswitch.macLearning is no such record (7 bytes, not 8); 'qvs prop clear sw1 com.quillon.vswitch.macLearning --host' removes it
+  sw1: changed
+  0500000006000000
+  sw1 host com.quillon.vswitch.macLearning: changed
+  qvs: switch 'sw1': MAC learning: the stored aging of 16777215 seconds cannot be stored again, at most 1000000 fit; give --aging
+  ? 2
 
 The same of a port. The first byte is what the port's security says when the record is stored.
 
@@ -56,6 +60,11 @@ The same of a port. The first byte is what the port's security says when the rec
   limit:         16
   limit policy:  deny
   stored:        yes
+  $ qvs prop set sw1 com.quillon.vswitch.port.macManagement --port port0 --hex 010203; qvs port mac-learning set sw1 port0 --limit 1; qvs port mac-learning set sw1 port0 --learning on --flooding off --limit 1 --limit-policy deny; qvs prop get sw1 com.quillon.vswitch.port.macManagement --port port0
+  sw1/port0 com.quillon.vswitch.port.macManagement: changed
+  qvs: switch 'sw1': port 'port0': MAC learning: Failure (0xbad0001); what is stored as com.quillon.vswitch.port.macManagement is no such record (3 bytes, not 11); 'qvs prop clear sw1 com.quillon.vswitch.port.macManagement --port port0' removes it
+  sw1/port0: changed
+  0001000100000001000000
   $ qvs port mac-learning set sw1 port0
   qvs: at least one of --learning, --flooding, --limit, --limit-policy is needed
   ? 2
@@ -78,7 +87,7 @@ The switches of a host.
   sw1: unchanged
   on
   $ qvs prop list sw1 --host | grep macLearning; qvs learn-static set sw1 maybe
-  host   -     com.quillon.vswitch.macLearning                 CONFIG  7       2c0100ff010000
+  host   -     com.quillon.vswitch.macLearning                 CONFIG  8       ffffff0001000000
   host   -     com.quillon.vswitch.macLearning.learnStatic     CONFIG  5       true
   host   -     com.quillon.vswitch.macLearning.overlay.cache   CONFIG  5       true
   host   -     com.quillon.vswitch.macLearning.staticMACAllow  CONFIG  5       true

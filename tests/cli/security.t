@@ -28,10 +28,12 @@ What a port may do. Without a record the default is told, and nothing is stored 
   $ qvs port security set sw1 port0
   qvs: at least one of --promiscuous, --mac-change, --forged is needed
   ? 2
-  $ qvs prop set sw1 com.quillon.vswitch.port.security --hex ff --port port1; qvs port security get sw1 port1
+  $ qvs prop set sw1 com.quillon.vswitch.port.security --hex ff --port port1; qvs port security get sw1 port1; qvs port security set sw1 port1 --forged deny; qvs port security set sw1 port1 --promiscuous allow --mac-change allow --forged deny; qvs prop get sw1 com.quillon.vswitch.port.security --port port1
   sw1/port1 com.quillon.vswitch.port.security: changed
-  qvs: switch 'sw1': port 'port1': security: Failure (0xbad0001)
-  ? 1
+  qvs: switch 'sw1': port 'port1': security: Failure (0xbad0001); what is stored as com.quillon.vswitch.port.security is no such record (1 byte, not 4); 'qvs prop clear sw1 com.quillon.vswitch.port.security --port port1' removes it
+  qvs: switch 'sw1': port 'port1': security: Failure (0xbad0001); what is stored as com.quillon.vswitch.port.security is no such record (1 byte, not 4); 'qvs prop clear sw1 com.quillon.vswitch.port.security --port port1' removes it
+  sw1/port1: changed
+  04000000
 
 What a port receives.
 
@@ -72,8 +74,12 @@ What a port receives.
   sw1/port0: changed
   {"switch":"sw1","port":"port0","changed":false}
 
-The sink switch is a bit of the filter. Switching off what is off stores nothing.
+The sink switch is a bit of the filter. Switching off what is off stores nothing. What is no filter must go first.
 
+  $ qvs prop set sw1 com.quillon.vswitch.port.extraEthFRP --port port0 --hex 010203; qvs port sink set sw1 port0 on; qvs prop clear sw1 com.quillon.vswitch.port.extraEthFRP --port port0
+  sw1/port0 com.quillon.vswitch.port.extraEthFRP: changed
+  qvs: switch 'sw1': port 'port0': receive filter: Failure (0xbad0001); what is stored as com.quillon.vswitch.port.extraEthFRP is no such record (3 bytes, not 200); 'qvs prop clear sw1 com.quillon.vswitch.port.extraEthFRP --port port0' removes it
+  sw1/port0 com.quillon.vswitch.port.extraEthFRP: changed
   $ qvs port sink get sw1 port0; qvs port sink set sw1 port0 off; qvs port filter get sw1 port0
   off
   sw1/port0: unchanged

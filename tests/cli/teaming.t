@@ -105,7 +105,7 @@ The policy of a port, which may be stored in part.
   $ for size in 24 8 7; do qvs prop set sw1 com.quillon.vswitch.port.teaming.policy --hex $(head -c $size stored | xxd -p) --port port0 >/dev/null; qvs port teaming get sw1 port0 --json; done
   {"switch":"sw1","port":"port0","balance":"explicit","active":[""],"standby":[""],"linkState":false,"beacon":false,"notify":true,"rolling":false,"bestEffort":false,"shotgun":false}
   {"switch":"sw1","port":"port0","balance":"explicit","active":[],"standby":[],"linkState":false,"beacon":false,"notify":false,"rolling":false,"bestEffort":false,"shotgun":false}
-  qvs: switch 'sw1': port 'port0': teaming policy: Failure (0xbad0001)
+  qvs: switch 'sw1': port 'port0': teaming policy: Failure (0xbad0001); what is stored as com.quillon.vswitch.port.teaming.policy is no such record (7 bytes); 'qvs prop clear sw1 com.quillon.vswitch.port.teaming.policy --port port0' removes it
   ? 1
 
 The name of the policy that overrides it.

@@ -102,7 +102,7 @@ Refused, and nothing stored.
   131187
   $ qvs prop set sw1 com.quillon.vswitch.port.vlan --hex 0000000000000200010001 --port port0; qvs port vlan get sw1 port0
   sw1/port0 com.quillon.vswitch.port.vlan: changed
-  qvs: switch 'sw1': port 'port0': VLAN policy: Failure (0xbad0001)
+  qvs: switch 'sw1': port 'port0': VLAN policy: Failure (0xbad0001); what is stored as com.quillon.vswitch.port.vlan is no such record (11 bytes); 'qvs prop clear sw1 com.quillon.vswitch.port.vlan --port port0' removes it
   ? 1
 
 Nested tagging.
