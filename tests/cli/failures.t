@@ -23,11 +23,13 @@ Standard output that cannot be written is a failure, and never a signal.
 
 Standard error that cannot be written changes nothing.
 
-  $ for closed in '>&-' '>/dev/full'; do sh -c "qvs port show sw1 nix 2$closed"; echo "? $?"; sh -c "qvs --trace port remove sw1 late --if-exists 2$closed"; done
+  $ for closed in '>&-' '>/dev/full'; do sh -c "qvs port show sw1 nix 2$closed"; echo "? $?"; sh -c "qvs --trace port add sw1 quiet 2$closed"; qvs port remove sw1 quiet; done
   ? 3
-  sw1/late: changed
+  sw1/quiet: changed
+  sw1/quiet: changed
   ? 3
-  sw1/late: unchanged
+  sw1/quiet: changed
+  sw1/quiet: changed
 
 Each library call is traced.
 
