@@ -55,7 +55,7 @@ VsdvsBuffer readList(const PolicyPlace &place) {
     HYP_ReturnStatus status =
         call("VSDVS_GetDVMirrorSessions", VSDVS_GetDVMirrorSessions, place.name(), place.port(), &raw);
     VsdvsBuffer list(raw);
-    if (status != HYP_NOT_FOUND) require(status, place.named());
+    if (status != HYP_NOT_FOUND) place.requireRead(status);
     return list;
 }
 
@@ -115,14 +115,15 @@ void list(const Arguments &arguments, Output &out) {
                           {"sourcesIn", "INGRESS"},
                           {"sourcesOut", "EGRESS"},
                           {"wildIn", nullptr},
-                          {"wildOut", nullptr}});
+                          {"wildOut", nullptr},
+                          {"unread", nullptr}});
     for (const MirrorSession &session : sessions) {
         Shown shown(session);
         listing.row(session.id, shown.name, shown.typeName(), session.snapLength,
                     Shown::words(shown.flagList), session.encapVlan, session.samplingRate,
                     Flag{session.stack}, Shown::words(session.destinations), Shown::words(session.sourcesIn),
                     Shown::words(session.sourcesOut), Shown::words(shown.wildInList),
-                    Shown::words(shown.wildOutList));
+                    Shown::words(shown.wildOutList), Shown::words(session.unread.texts));
     }
     listing.finish();
 }
@@ -156,6 +157,7 @@ void show(const Arguments &arguments, Output &out) {
     record.field("sourcesOut", "egress sources", Shown::words(session->sourcesOut));
     record.field("wildIn", "ingress mask", Shown::words(shown.wildInList));
     record.field("wildOut", "egress mask", Shown::words(shown.wildOutList));
+    if (out.json()) record.field("unread", "unread", Shown::words(session->unread.texts));
     record.finish();
 }
 

@@ -16,6 +16,7 @@ namespace qvs::cli {
 namespace {
 
 using EntityValue = std::array<uint8_t, sizeof(VSDVS_MirrorEntity::value)>;
+constexpr size_t kEntitySize = sizeof(VSDVS_MirrorEntity);
 
 // --- entities ---
 
@@ -165,6 +166,97 @@ void encodeEntities(std::vector<VSDVS_MirrorEntity> &entities, Form form,
     }
 }
 
+template <typename Packed>
+void append(std::vector<uint8_t> &list, const Packed &record) {
+    const auto *bytes = reinterpret_cast<const uint8_t *>(&record);
+    list.insert(list.end(), bytes, bytes + sizeof record);
+}
+
+// The list that has one session alone, without the bytes that nobody reads.
+std::vector<uint8_t> encodeRead(const MirrorSession &session) {
+    std::vector<VSDVS_MirrorEntity> entities;
+    encodeEntities(entities, destinationForm(session.type), session.destinations);
+    encodeEntities(entities, sourceForm(session.type), session.sourcesIn);
+    encodeEntities(entities, sourceForm(session.type), session.sourcesOut);
+    auto count = static_cast<uint32_t>(entities.size());
+    std::vector<uint8_t> list;
+    append(list, VSDVS_MirrorHeader{VSDVS_MIRROR_MAGIC, VSDVS_MIRROR_VERSION, 1, count, 0});
+    append(list, encodeSession(session));
+    for (const VSDVS_MirrorEntity &entity : entities)
+        append(list, entity);
+    return list;
+}
+
+// --- bytes that nobody reads ---
+
+// Where a stored session differs from what would be written. One that cannot be written has no such bytes.
+std::vector<std::string> unreadBytes(VSDVS_MirrorHeader header, VSDVS_MirrorSession stored, Bytes entities,
+                                     const MirrorSession &session) {
+    if (!session.type || *session.type >= std::size(kMirrorTypes)) return {};
+    header.sessionCount = 1;
+    header.entityCount = static_cast<uint32_t>(entities.size() / kEntitySize);
+    stored.firstEntity = 0;
+    std::vector<uint8_t> list;
+    append(list, header);
+    append(list, stored);
+    list.insert(list.end(), entities.begin(), entities.end());
+
+    std::vector<uint8_t> written;
+    try {
+        written = encodeRead(session);
+    } catch (const Failure &) {
+        return {};
+    }
+    std::vector<std::string> found;
+    for (size_t i = 0; i < list.size(); i++) {
+        size_t begin = i;
+        while (i < list.size() && list[i] != written[i])
+            i++;
+        if (i > begin)
+            found.push_back(fmt::format("{}:{}", begin, hex(Bytes(list).subspan(begin, i - begin))));
+    }
+    return found;
+}
+
+void replaceBytes(std::vector<uint8_t> &list, const std::string &text) {
+    size_t colon = text.find(':');
+    if (colon == std::string::npos) fail(Exit::Usage, "unread: {} is not OFFSET:DIGITS", inQuotes(text));
+    std::optional<uint32_t> offset = parseNumber(text.substr(0, colon));
+    std::optional<std::vector<uint8_t>> bytes = parseHex(text.substr(colon + 1));
+    if (!offset || !bytes) fail(Exit::Usage, "unread: {} is not OFFSET:DIGITS", inQuotes(text));
+    if (*offset > list.size() || bytes->size() > list.size() - *offset)
+        fail(Exit::Usage, "unread: {} is outside the session, which has {} bytes", inQuotes(text),
+             list.size());
+    std::copy(bytes->begin(), bytes->end(), list.begin() + *offset);
+}
+
+// Whether two lists of one session say the same.
+bool readAlike(const std::vector<uint8_t> &left, const std::vector<uint8_t> &right) {
+    auto counts = [](const std::vector<uint8_t> &list) {
+        VSDVS_MirrorHeader header;
+        VSDVS_MirrorSession record;
+        std::memcpy(&header, list.data(), sizeof header);
+        std::memcpy(&record, &list[sizeof header], sizeof record);
+        return std::array<uint32_t, 6>{header.sessionCount,  header.entityCount,    record.dstEntities,
+                                       record.srcInEntities, record.srcOutEntities, record.firstEntity};
+    };
+    // Wrong counts would lead outside the list.
+    if (counts(left) != counts(right)) return false;
+    return decodeMirrorList(left.data()) == decodeMirrorList(right.data());
+}
+
+// The list that has one session alone.
+std::vector<uint8_t> encodeAlone(const MirrorSession &session) {
+    std::vector<uint8_t> read = encodeRead(session);
+    std::vector<uint8_t> list = read;
+    for (const std::string &text : session.unread.texts)
+        replaceBytes(list, text);
+    if (list != read && !readAlike(list, read))
+        fail(Exit::Usage, "unread: {} changes what the other members say",
+             fmt::join(session.unread.texts, " "));
+    return list;
+}
+
 // --- JSON ---
 
 using Json = nlohmann::json;
@@ -207,6 +299,8 @@ void readMember(MirrorSession &session, const std::string &key, const Json &valu
         session.sourcesIn = value.get<std::vector<std::string>>();
     } else if (key == "sourcesOut") {
         session.sourcesOut = value.get<std::vector<std::string>>();
+    } else if (key == "unread") {
+        session.unread.texts = value.get<std::vector<std::string>>();
     } else if (key == "wildIn" || key == "wildOut") {
         if (!value.empty()) fail(Exit::Usage, "{}: masks of the older form cannot be stored", key);
     } else {
@@ -218,6 +312,11 @@ MirrorSession parseSession(const Json &object) {
     if (!object.is_object()) fail(Exit::Usage, "a session is an object");
     MirrorSession session;
     for (const auto &[key, value] : object.items()) {
+        // What a list prints for bytes that are not UTF-8.
+        if (value.dump().find("\xef\xbf\xbd") != std::string::npos)
+            fail(Exit::Usage,
+                 "{}: holds U+FFFD, which stands for bytes that JSON cannot hold; mirror add takes them",
+                 shown(key));
         try {
             readMember(session, key, value);
         } catch (const Json::exception &) {
@@ -258,31 +357,33 @@ std::vector<MirrorSession> decodeMirrorList(const void *list) {
         session.destinations = reader.take(stored.dstEntities, destinationForm(session.type));
         session.sourcesIn = reader.take(stored.srcInEntities, sourceForm(session.type));
         session.sourcesOut = reader.take(stored.srcOutEntities, sourceForm(session.type));
+        Bytes group(entities + stored.firstEntity * kEntitySize, entities + end * kEntitySize);
+        session.unread.texts = unreadBytes(header, stored, group, session);
         decoded.push_back(std::move(session));
     }
     return decoded;
 }
 
 std::vector<uint8_t> encodeMirrorList(const std::vector<MirrorSession> &sessions) {
-    std::vector<VSDVS_MirrorSession> stored;
-    std::vector<VSDVS_MirrorEntity> entities;
+    VSDVS_MirrorHeader header{VSDVS_MIRROR_MAGIC, VSDVS_MIRROR_VERSION, 0, 0, 0};
+    std::vector<uint8_t> records;
+    std::vector<uint8_t> entities;
     for (const MirrorSession &session : sessions) {
-        stored.push_back(encodeSession(session));
-        stored.back().firstEntity = static_cast<uint32_t>(entities.size());
-        encodeEntities(entities, destinationForm(session.type), session.destinations);
-        encodeEntities(entities, sourceForm(session.type), session.sourcesIn);
-        encodeEntities(entities, sourceForm(session.type), session.sourcesOut);
+        std::vector<uint8_t> alone = encodeAlone(session);
+        auto group = alone.begin() + sizeof header + sizeof(VSDVS_MirrorSession);
+        VSDVS_MirrorSession record;
+        std::memcpy(&header, alone.data(), sizeof header);
+        std::memcpy(&record, &alone[sizeof header], sizeof record);
+        record.firstEntity = static_cast<uint32_t>(entities.size() / kEntitySize);
+        append(records, record);
+        entities.insert(entities.end(), group, alone.end());
     }
-    VSDVS_MirrorHeader header{VSDVS_MIRROR_MAGIC, VSDVS_MIRROR_VERSION, static_cast<uint32_t>(stored.size()),
-                              static_cast<uint32_t>(entities.size()), 0};
+    header.sessionCount = static_cast<uint32_t>(sessions.size());
+    header.entityCount = static_cast<uint32_t>(entities.size() / kEntitySize);
     std::vector<uint8_t> list;
-    auto append = [&](const void *data, size_t size) {
-        const auto *bytes = static_cast<const uint8_t *>(data);
-        list.insert(list.end(), bytes, bytes + size);
-    };
-    append(&header, sizeof header);
-    append(stored.data(), stored.size() * sizeof(VSDVS_MirrorSession));
-    append(entities.data(), entities.size() * sizeof(VSDVS_MirrorEntity));
+    append(list, header);
+    list.insert(list.end(), records.begin(), records.end());
+    list.insert(list.end(), entities.begin(), entities.end());
     return list;
 }
 

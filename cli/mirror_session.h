@@ -31,6 +31,14 @@ inline constexpr Limit kMirrorIdLimit{"mirror session", sizeof(VSDVS_MirrorSessi
 inline constexpr Limit kMirrorNameLimit{"display name", sizeof(VSDVS_MirrorSession::displayName) - 1};
 inline constexpr uint32_t kMostSnapLength = INT32_MAX;
 
+// What is stored otherwise than it would be written, in bytes that nobody reads: "154:ff01", by their offset
+// in the list that has the session alone. Sessions that differ in nothing else are equal.
+struct UnreadBytes {
+    std::vector<std::string> texts;
+
+    bool operator==(const UnreadBytes &) const { return true; }
+};
+
 struct MirrorSession {
     std::string id;
     std::string name;
@@ -46,6 +54,7 @@ struct MirrorSession {
     std::vector<std::string> destinations;
     std::vector<std::string> sourcesIn;
     std::vector<std::string> sourcesOut;
+    UnreadBytes unread;
 
     bool operator==(const MirrorSession &) const = default;
 };

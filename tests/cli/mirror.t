@@ -24,12 +24,12 @@ Sessions of every type, on a port.
   dv                                to the probe  dvport        -                  port1                             port0    -
   $ qvs mirror list sw1 --port port0 --json
   [
-  {"session":"mix","name":null,"type":"mixdst","snapLength":null,"flags":["no-input","disabled"],"encapVlan":0,"samplingRate":10,"stack":false,"destinations":["uplink0","port1"],"sourcesIn":["port0"],"sourcesOut":["port0","port2"],"wildIn":[],"wildOut":[]},
-  {"session":"dv","name":"to the probe","type":"dvport","snapLength":96,"flags":[],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["port1"],"sourcesIn":["port0"],"sourcesOut":[],"wildIn":[],"wildOut":[]},
-  {"session":"rsrc","name":null,"type":"rmirror-src","snapLength":null,"flags":["encap"],"encapVlan":4094,"samplingRate":0,"stack":false,"destinations":["12345678901234567890123456789012"],"sourcesIn":["port0"],"sourcesOut":[],"wildIn":[],"wildOut":[]},
-  {"session":"rdst","name":null,"type":"rmirror-dst","snapLength":null,"flags":[],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["port1"],"sourcesIn":["100","101"],"sourcesOut":["0"],"wildIn":[],"wildOut":[]},
-  {"session":"er4","name":null,"type":"ermirror-src","snapLength":null,"flags":[],"encapVlan":0,"samplingRate":0,"stack":true,"destinations":["192.0.2.7","2001:db8::1"],"sourcesIn":["port0"],"sourcesOut":[],"wildIn":[],"wildOut":[]},
-  {"session":"12345678901234567890123456789012","name":null,"type":"logical-span","snapLength":null,"flags":[],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["02:00:00:00:00:aa"],"sourcesIn":[],"sourcesOut":[],"wildIn":[],"wildOut":[]}
+  {"session":"mix","name":null,"type":"mixdst","snapLength":null,"flags":["no-input","disabled"],"encapVlan":0,"samplingRate":10,"stack":false,"destinations":["uplink0","port1"],"sourcesIn":["port0"],"sourcesOut":["port0","port2"],"wildIn":[],"wildOut":[],"unread":[]},
+  {"session":"dv","name":"to the probe","type":"dvport","snapLength":96,"flags":[],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["port1"],"sourcesIn":["port0"],"sourcesOut":[],"wildIn":[],"wildOut":[],"unread":[]},
+  {"session":"rsrc","name":null,"type":"rmirror-src","snapLength":null,"flags":["encap"],"encapVlan":4094,"samplingRate":0,"stack":false,"destinations":["12345678901234567890123456789012"],"sourcesIn":["port0"],"sourcesOut":[],"wildIn":[],"wildOut":[],"unread":[]},
+  {"session":"rdst","name":null,"type":"rmirror-dst","snapLength":null,"flags":[],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["port1"],"sourcesIn":["100","101"],"sourcesOut":["0"],"wildIn":[],"wildOut":[],"unread":[]},
+  {"session":"er4","name":null,"type":"ermirror-src","snapLength":null,"flags":[],"encapVlan":0,"samplingRate":0,"stack":true,"destinations":["192.0.2.7","2001:db8::1"],"sourcesIn":["port0"],"sourcesOut":[],"wildIn":[],"wildOut":[],"unread":[]},
+  {"session":"12345678901234567890123456789012","name":null,"type":"logical-span","snapLength":null,"flags":[],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["02:00:00:00:00:aa"],"sourcesIn":[],"sourcesOut":[],"wildIn":[],"wildOut":[],"unread":[]}
   ]
   $ qvs mirror show sw1 er4 --port port0
   switch:           sw1
@@ -89,6 +89,27 @@ The bytes of one session with one entity of each group.
   *
   0000400 00 00 00 00 00 00 00 00
   0000408
+
+What nobody reads comes back as well: the header's last word, masks of a typed session, what is behind texts and addresses.
+
+  $ patched() { cp raw some; for at in "$@"; do printf "${at#*:}" | dd of=some bs=1 seek=${at%%:*} conv=notrunc status=none; done; qvs prop set sw1 com.quillon.vswitch.uplinkMirrorSessions --host --file some >/dev/null; qvs mirror list sw1 --json >all; grep -o '"unread.*' all; }; patched '16:\001' '60:tail' '150:\003' '168:\002' '252:word' '354:\001'; qvs mirror clear sw1; qvs mirror set sw1 all; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host --raw - | cmp some -; for name in '\377' '\357\277\275'; do patched 52:$name; qvs mirror set sw1 all; done
+  "unread":["16:01","60:7461696c","150:03","168:02","252:776f7264","354:01"]}
+  sw1: changed
+  sw1: changed
+  "unread":[]}
+  qvs: file 'all': session 0 of the array: name: holds U+FFFD, which stands for bytes that JSON cannot hold; mirror add takes them
+  "unread":[]}
+  qvs: file 'all': session 0 of the array: name: holds U+FFFD, which stands for bytes that JSON cannot hold; mirror add takes them
+  ? 2
+  $ for unread in 8:02 248:01 136:04 404:0000000000 408:00 56 x:00; do sed "s/\"unread\":.*\]/\"unread\":[\"$unread\"]/; s/�/n/" all | qvs mirror set sw1 -; done
+  qvs: file '-': session 0 of the array: unread: 8:02 changes what the other members say
+  qvs: file '-': session 0 of the array: unread: 248:01 changes what the other members say
+  qvs: file '-': session 0 of the array: unread: 136:04 changes what the other members say
+  qvs: file '-': session 0 of the array: unread: '404:0000000000' is outside the session, which has 408 bytes
+  qvs: file '-': session 0 of the array: unread: '408:00' is outside the session, which has 408 bytes
+  qvs: file '-': session 0 of the array: unread: '56' is not OFFSET:DIGITS
+  qvs: file '-': session 0 of the array: unread: 'x:00' is not OFFSET:DIGITS
+  ? 2
 
 Existing, absent, and removed sessions.
 
@@ -168,12 +189,12 @@ What the records cannot hold is refused, and nothing stored.
 Stored lists of the older form, of unknown types, and of entities that are not there.
 
   $ patch() { printf "$2" | dd of=$3 bs=1 seek=$1 conv=notrunc status=none; qvs prop set sw1 com.quillon.vswitch.uplinkMirrorSessions --host --file $3 >/dev/null; qvs mirror list sw1 --json | grep session; }; cp raw type; patch 136 '\t' type; cp raw first; patch 248 '\001' first; cp raw counts; patch 236 '\377\377\377\377' counts; cp raw short; patch 8 '\002' short; cp raw old; patch 4 '\001' old; patch 150 '\003\000\020' old
-  {"session":"s","name":"n","type":"9","snapLength":1,"flags":["encap","legacy"],"encapVlan":2,"samplingRate":3,"stack":false,"destinations":["640000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000"],"sourcesIn":["\u0004"],"sourcesOut":["\u0005"],"wildIn":[],"wildOut":[]}
+  {"session":"s","name":"n","type":"9","snapLength":1,"flags":["encap","legacy"],"encapVlan":2,"samplingRate":3,"stack":false,"destinations":["640000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000"],"sourcesIn":["\u0004"],"sourcesOut":["\u0005"],"wildIn":[],"wildOut":[],"unread":[]}
   qvs: mirror session 's': its entities end at 4, but the list has 3
   qvs: mirror session 's': its entities end at 4294967297, but the list has 3
-  qvs: switch 'sw1': mirror sessions: Failure (0xbad0001)
-  {"session":"s","name":"n","type":null,"snapLength":1,"flags":["encap","legacy"],"encapVlan":2,"samplingRate":3,"stack":false,"destinations":["d"],"sourcesIn":["\u0004"],"sourcesOut":["\u0005"],"wildIn":[],"wildOut":[]}
-  {"session":"s","name":"n","type":null,"snapLength":1,"flags":["encap","legacy"],"encapVlan":2,"samplingRate":3,"stack":false,"destinations":["d"],"sourcesIn":["\u0004"],"sourcesOut":["\u0005"],"wildIn":["vmm","pnic"],"wildOut":["test"]}
+  qvs: switch 'sw1': mirror sessions: Failure (0xbad0001); what is stored as com.quillon.vswitch.uplinkMirrorSessions is no such record (408 bytes); 'qvs prop clear sw1 com.quillon.vswitch.uplinkMirrorSessions --host' removes it
+  {"session":"s","name":"n","type":null,"snapLength":1,"flags":["encap","legacy"],"encapVlan":2,"samplingRate":3,"stack":false,"destinations":["d"],"sourcesIn":["\u0004"],"sourcesOut":["\u0005"],"wildIn":[],"wildOut":[],"unread":[]}
+  {"session":"s","name":"n","type":null,"snapLength":1,"flags":["encap","legacy"],"encapVlan":2,"samplingRate":3,"stack":false,"destinations":["d"],"sourcesIn":["\u0004"],"sourcesOut":["\u0005"],"wildIn":["vmm","pnic"],"wildOut":["test"],"unread":[]}
   $ qvs mirror list sw1 --json | qvs mirror set sw1 -
   qvs: file '-': session 0 of the array: wildIn: masks of the older form cannot be stored
   ? 2
