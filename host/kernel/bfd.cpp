@@ -115,29 +115,16 @@ constexpr Command kCommands[] = {
 
 // An address in the order of the network, and its family bit.
 struct Address {
-    std::string bytes = std::string(kAddress, '\0');
+    std::string bytes;
     uint8_t family = 0;
-    size_t length = 0;
-
-    void advance() {
-        for (size_t i = length; i-- > 0 && static_cast<uint8_t>(++bytes[i]) == 0;) {
-        }
-    }
 };
 
 Address addressOf(Members &members, const char *name) {
     const std::string text = members.text(name);
-    Address address;
-    if (inet_pton(AF_INET, text.c_str(), address.bytes.data()) == 1) {
-        address.family = 1;
-        address.length = 4;
-    } else if (inet_pton(AF_INET6, text.c_str(), address.bytes.data()) == 1) {
-        address.family = 2;
-        address.length = kAddress;
-    } else {
-        members.fail(name, "is not an address");
-    }
-    return address;
+    std::string bytes(kAddress, '\0');
+    if (inet_pton(AF_INET, text.c_str(), bytes.data()) == 1) return {bytes.substr(0, 4), 1};
+    if (inet_pton(AF_INET6, text.c_str(), bytes.data()) == 1) return {bytes, 2};
+    members.fail(name, "is not an address");
 }
 
 uint8_t stateOf(Members &members) {
@@ -150,7 +137,7 @@ uint8_t stateOf(Members &members) {
 
 void addSessions(Members &members, Model &model) {
     const Address local = addressOf(members, "local");
-    Address remote = addressOf(members, "remote");
+    const Address remote = addressOf(members, "remote");
     if (local.family != remote.family) members.fail("remote", "is of another family than \"local\"");
     const uint8_t state = stateOf(members);
     const uint32_t milliseconds = members.maybeNumber("intervalMs").value_or(300);
@@ -158,19 +145,16 @@ void addSessions(Members &members, Model &model) {
     if (milliseconds == 0 || milliseconds > 10000) members.fail("intervalMs", "is not 1 to 10000");
     if (multiplier == 0 || multiplier > 255) members.fail("multiplier", "is not 1 to 255");
     const uint32_t interval = milliseconds * 1000;
-    const uint32_t count = members.maybeNumber("count").value_or(1);
-    if (count > kRoom - model.deviceValues(kSessions).size())
-        members.fail("count", "is more than there is room for");
+    const uint32_t count = countOf(members, kRoom - model.deviceValues(kSessions).size());
 
     Record session(kInterfaceAt + kInterface);
     session.put(kStateAt, state).put(9, uint8_t{state == Down}).put(kFamilyAt, local.family);
     session.put(11, static_cast<uint8_t>(multiplier)).put(12, interval).put(16, interval * multiplier);
     session.bytes(kLocalAt, local.bytes);
     session.text(kInterfaceAt, kInterface, members.maybeText("interface").value_or(""));
-    for (uint32_t i = 0; i < count; ++i) {
-        appendRecord(model, kSessions, session.bytes(kRemoteAt, remote.bytes).view());
-        remote.advance();
-    }
+    eachAddress(members, count, remote.bytes, [&](const std::string &address) {
+        appendRecord(model, kSessions, session.bytes(kRemoteAt, address).view());
+    });
 }
 
 void applyLab(const nlohmann::json &value, Model &model) {

@@ -1,5 +1,8 @@
-// What several device models read alike: the head of the switch request record, and places in a lab.
+// What several device models read alike: the head of the switch request record, and places, numbers and runs
+// of addresses in a lab.
 #pragma once
+
+#include <algorithm>
 
 #include "kernel/device.h"
 #include "kernel/json_members.h"
@@ -48,6 +51,30 @@ inline Port &portOf(Members &members, const Model &model) {
     Port *port = sw.port(name);
     if (port == nullptr) members.fail("port", "is not a port of the switch: " + name);
     return *port;
+}
+
+inline uint16_t vlanOf(Members &members) {
+    const uint32_t vlan = members.maybeNumber("vlan").value_or(0);
+    if (vlan > 4094) members.fail("vlan", "is not a VLAN from 0 to 4094");
+    return static_cast<uint16_t>(vlan);
+}
+
+// How many things a lab means by one entry, of which there is room for so many.
+inline uint32_t countOf(Members &members, size_t room) {
+    const uint32_t count = members.maybeNumber("count").value_or(1);
+    if (count > room) members.fail("count", "is more than there is room for");
+    return count;
+}
+
+// Visits that many addresses one after the other, the first one given in the order of the network.
+template <typename Address, typename Visit>
+void eachAddress(const Members &members, uint32_t count, Address address, const Visit &visit) {
+    bool valid = true;
+    for (; count != 0; --count) {
+        if (!valid) members.fail("count", "leads beyond the last address");
+        visit(address);
+        valid = std::any_of(address.rbegin(), address.rend(), [](auto &byte) { return ++byte != 0; });
+    }
 }
 
 // Visits the objects of a member that is a list of them.

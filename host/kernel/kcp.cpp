@@ -187,43 +187,32 @@ constexpr Command kCommands[] = {
 // So many interfaces of a kind, or containers, fit.
 constexpr uint32_t kRoom = 10000;
 
-uint32_t countOf(Members &members, const Model &model, const char *table) {
-    const uint32_t count = members.maybeNumber("count").value_or(1);
-    if (count > kRoom - model.deviceValues(table).size())
-        members.fail("count", "is more than there is room for");
-    return count;
-}
-
-uint16_t vlanOf(Members &members) {
-    const uint32_t vlan = members.maybeNumber("vlan").value_or(0);
-    if (vlan > 4095) members.fail("vlan", "is not 0 to 4095");
-    return static_cast<uint16_t>(vlan);
-}
-
-void advance(std::array<uint8_t, 6> *mac) {
-    for (size_t i = mac->size(); i-- > 0 && ++(*mac)[i] == 0;) {
-    }
+size_t roomIn(const Model &model, const char *table) {
+    return kRoom - model.deviceValues(table).size();
 }
 
 void addInterfaces(Members &members, Model &model, const char *table) {
     const std::string name = members.text("name");
     const bool many = members.has("count");
-    const uint32_t count = countOf(members, model, table);
+    const uint32_t count = countOf(members, roomIn(model, table));
     if (name.size() + fmt::formatted_size("{}", count) > kMaxName) members.fail("name", "is too long");
-    auto mac = members.maybeMac("mac").value_or(std::array<uint8_t, 6>{2, 3, 0, 0, 0, 0});
+    const auto first = members.maybeMac("mac").value_or(std::array<uint8_t, 6>{2, 3, 0, 0, 0, 0});
     Record head(kNameAt);
     head.put(kVlanAt, vlanOf(members));
     if (members.has("port")) head.put(0, portOf(members, model).number);
     if (table == kContainerInterfaces) head.put(4, members.maybeNumber("container").value_or(0));
-    for (uint32_t i = 0; i < count; ++i, advance(&mac)) {
+    uint32_t index = 0;
+    eachAddress(members, count, first, [&](const std::array<uint8_t, 6> &mac) {
+        if ((mac[0] & 1) != 0) members.fail("mac", "leads to the address of a group");
         head.put(kMacAt, mac);
-        appendRecord(model, table, head.view() + (many ? fmt::format("{}{}", name, i) : name));
-    }
+        appendRecord(model, table, head.view() + (many ? fmt::format("{}{}", name, index++) : name));
+    });
 }
 
 void addContainers(Members &members, Model &model, const char *table) {
-    const uint32_t count = countOf(members, model, table);
+    const uint32_t count = countOf(members, roomIn(model, table));
     const uint32_t first = members.maybeNumber("number").value_or(1);
+    if (uint64_t{first} + count > uint64_t{1} << 32) members.fail("count", "leads beyond the last number");
     const uint16_t vlan = vlanOf(members);
     for (uint32_t i = 0; i < count; ++i)
         appendRecord(model, table, Record(10).put(4, first + i).put(8, vlan).view());

@@ -211,17 +211,16 @@ void applyMacEntry(Members &members, Model &model, MacTable &table) {
     const auto mac = members.maybeMac("mac");
     if (!mac) members.fail("mac", "is missing");
     const uint64_t first = addressAt({reinterpret_cast<const char *>(mac->data()), mac->size()}, 0);
-    const uint32_t vlan = members.maybeNumber("vlan").value_or(0);
-    if (vlan > kMaxVlan) members.fail("vlan", "is not a VLAN from 0 to 4094");
+    const uint16_t vlan = vlanOf(members);
     const uint32_t count = members.maybeNumber("count").value_or(1);
     const std::string kind = members.maybeText("kind").value_or("learnt");
     if (kind != "learnt" && kind != "static") members.fail("kind", "is neither \"learnt\" nor \"static\"");
     const uint64_t now = learningClock(model);
     const uint64_t since = now - std::min<uint64_t>(members.maybeNumber("age").value_or(0), now);
     for (uint64_t address = first; address < first + count; ++address) {
-        if (address > kAllOnes || !validAddress(address, static_cast<uint16_t>(vlan)))
+        if (address > kAllOnes || !validAddress(address, vlan))
             members.fail("mac", "leads to an address that no port can have");
-        if (!table.put(address, static_cast<uint16_t>(vlan), {&port, kind == "learnt", since}))
+        if (!table.put(address, vlan, {&port, kind == "learnt", since}))
             members.fail("mac", "is one address more than the port or the switch may have");
     }
 }

@@ -194,29 +194,27 @@ bool isMulticast(const Address &address) {
     return address.type == Mac ? (first & 1) != 0 : address.type == IPv4 ? first >> 4 == 0xe : first == 0xff;
 }
 
-// The address behind this one, of the last 32 bits.
-void advance(Address *address) {
-    size_t at = address->bytes.size();
-    for (int i = 0; i < 4 && ++address->bytes[--at] == 0; ++i) {
-    }
-}
+// So many groups of ports fit.
+constexpr size_t kRoom = 65536;
 
 void applyFilter(Members &members, Model &model) {
     const Port &port = portOf(members, model);
-    Address group = parseAddress(members, "group", members.text("group"));
-    if (!isMulticast(group)) members.fail("group", "is not a group");
+    const Address first = parseAddress(members, "group", members.text("group"));
+    if (!isMulticast(first)) members.fail("group", "is not a group");
     std::string sources;
     for (const std::string &text : members.texts("sources")) {
         const Address source = parseAddress(members, "sources", text);
-        if (group.type == Mac || source.type != group.type)
+        if (first.type == Mac || source.type != first.type)
             members.fail("sources", "holds an address of another type");
         sources += source.bytes;
     }
     Model::DeviceValues rows;
-    for (uint32_t left = members.maybeNumber("count").value_or(1); left != 0; --left) {
+    const uint32_t count = countOf(members, kRoom - model.deviceValues(kJoined).size());
+    eachAddress(members, count, first.bytes, [&](const std::string &bytes) {
+        const Address group{first.type, bytes};
+        if (!isMulticast(group)) members.fail("count", "leads beyond the last group");
         rows.insert_or_assign(keyOf(port.number, group), sources);
-        advance(&group);
-    }
+    });
     model.setDeviceValues(kJoined, rows);
 }
 

@@ -103,3 +103,16 @@ The completion offers nouns, verbs, options and names, and runs nothing.
   a\ b abc \$\(touch\ x\)
   \$\(touch\ x\)
   
+
+A lab that counts too far is refused.
+
+  $ cat >bad <<<'while read -r member; do echo "{\"switches\": [{\"alias\": \"sw1\", \"ports\": [\"p0\"]}], $member}" >lab.json; qvs-host run --lab lab.json -- true 2>&1 | sed "s/.*used: lab.//"; done'
+  $ sed 's/"IN"/"switch": "sw1", "port": "p0"/g' <<<'"mcastFilters": [{"IN", "group": "239.255.255.255", "count": 2}]@"mcastFilters": [{"IN", "group": "ff05::", "count": 1000000000}]@"mcastFilters": [{"IN", "group": "01:ff:ff:ff:ff:ff", "count": 2}]' | tr @ '\n' | sh bad
+  mcastFilters[0]: "count" leads beyond the last group
+  mcastFilters[0]: "count" is more than there is room for
+  mcastFilters[0]: "count" leads beyond the last group
+  $ tr @ '\n' <<<'"bfd": {"sessions": [{"local": "192.0.2.1", "remote": "255.255.255.255", "count": 2}]}@"kcp": {"interfaces": [{"name": "x", "mac": "00:ff:ff:ff:ff:ff", "count": 2}]}@"kcp": {"interfaces": [{"name": "x", "vlan": 4095}]}@"kcp": {"containers": [{"number": 4294967295, "count": 2}]}@"kcp": {"containers": [{"number": 4294967295}]}' | sh bad
+  bfd.sessions[0]: "count" leads beyond the last address
+  kcp.interfaces[0]: "mac" leads to the address of a group
+  kcp.interfaces[0]: "vlan" is not a VLAN from 0 to 4094
+  kcp.containers[0]: "count" leads beyond the last number
