@@ -120,7 +120,7 @@ void deployVlanMtu(const Arguments &arguments, Output &out) {
 
 void setVlanMtuParam(const Arguments &arguments, Output &out) {
     if (!arguments.given("--file")) fail(Exit::Usage, "--file is needed");
-    std::vector<uint8_t> block = readFile(arguments.text("--file"));
+    std::vector<uint8_t> block = readFile(arguments.text("--file"), HEALTHCHECK_VLAN_MTU_PARAM_SIZE);
     if (block.size() != HEALTHCHECK_VLAN_MTU_PARAM_SIZE) {
         fail(Exit::Usage, "file {}: {} bytes, but the parameter has {}", inQuotes(arguments.text("--file")),
              block.size(), HEALTHCHECK_VLAN_MTU_PARAM_SIZE);

@@ -83,7 +83,7 @@ void get(const Arguments &arguments, Output &out) {
 
 void set(const Arguments &arguments, Output &out) {
     if (!arguments.given("--file")) fail(Exit::Usage, "--file is needed");
-    std::vector<uint8_t> entries = readFile(arguments.text("--file"));
+    std::vector<uint8_t> entries = readFile(arguments.text("--file"), kMostValueBytes - kCountSize);
     if (entries.size() % kEntrySize != 0) {
         fail(Exit::Usage, "file {}: {} bytes, but each entry has {}", inQuotes(arguments.text("--file")),
              entries.size(), kEntrySize);
@@ -163,7 +163,7 @@ const Command kRows[] = {
      .options = {{"--file", "FILE",
                   "the entries, one behind the other, of 2748 bytes each (- for standard input)",
                   Kind::File}},
-     .details = "What ls-teaming get --raw has written can be given back.",
+     .details = "What ls-teaming get --raw has written can be given back. At most 12210 entries fit.",
      .example = "qvs ls-teaming set sw1 --file policies.bin",
      .run = set,
      .touches = touches<kTable>},

@@ -322,7 +322,7 @@ const Command kRows[] = {
                  kById,
                  {"--text", "TEXT", "text, stored with a NUL behind it"},
                  {"--hex", "DIGITS", "bytes as pairs of hexadecimal digits"},
-                 {"--file", "FILE", "the bytes of FILE (- for standard input)", Kind::File},
+                 {"--file", "FILE", "the bytes of FILE (- for standard input), at most 32 MiB", Kind::File},
                  {"--runtime", nullptr, "class RUNTIME, for host properties"}},
      .details = "A property that has this value and class already is left alone.",
      .example = "qvs prop set sw1 com.example.rack --text b12",

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <limits>
 
 #include "failure.h"
 
@@ -61,24 +60,24 @@ std::string macText(Bytes address) {
     return fmt::format("{:02x}", fmt::join(address.begin(), address.end(), ":"));
 }
 
-std::vector<uint8_t> readFile(const std::string &path) {
+std::vector<uint8_t> readFile(const std::string &path, size_t most) {
+    constexpr size_t kPiece = 65536;
     std::string what = "file " + inQuotes(path);
     int fd = path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC);
     std::vector<uint8_t> bytes;
     ssize_t got = fd < 0 ? -1 : 1;
-    while (got > 0) {
+    // One byte more than may be there tells that there is more.
+    while (got > 0 && bytes.size() <= most) {
         size_t size = bytes.size();
-        bytes.resize(size + 65536);
-        got = read(fd, &bytes[size], 65536);
+        size_t piece = std::min(kPiece, most + 1 - size);
+        bytes.resize(size + piece);
+        got = read(fd, &bytes[size], piece);
         bytes.resize(size + static_cast<size_t>(std::max<ssize_t>(got, 0)));
-        if (bytes.size() > static_cast<size_t>(std::numeric_limits<int32_t>::max())) {
-            close(fd);
-            fail(Exit::Usage, "{}: a property holds at most 2147483647 bytes", what);
-        }
     }
     int error = errno;
     if (fd >= 0) close(fd);
     if (got < 0) fail(Exit::Failed, "{}: {}", what, std::strerror(error));
+    if (bytes.size() > most) fail(Exit::Usage, "{}: more than {} bytes, which is all that fits", what, most);
     return bytes;
 }
 

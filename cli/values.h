@@ -35,8 +35,12 @@ using MacAddress = std::array<uint8_t, 6>;
 std::optional<MacAddress> parseMac(std::string_view text);
 std::string macText(Bytes address);
 
-// Reads all of a file, or of standard input for "-".
-std::vector<uint8_t> readFile(const std::string &path);
+// What a property can hold: the state library takes no more.
+inline constexpr size_t kMostValueBytes = size_t{32} << 20;
+
+// Reads all of a file, or of standard input for "-". More than `most` bytes are a usage failure, and not
+// read.
+std::vector<uint8_t> readFile(const std::string &path, size_t most = kMostValueBytes);
 
 // The bytes that an argument writes as hexadecimal digits, or those of --file.
 std::vector<uint8_t> bytesGiven(const Arguments &arguments, const char *argument);

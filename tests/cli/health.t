@@ -56,8 +56,9 @@ The check of VLANs and MTU, with a parameter of 512 bytes.
   $ qvs prop list sw1 --json | grep -o 'vlanmtucheck.param.*"length":[0-9]*'; qvs health vlan-mtu get sw1 --raw - | cmp - param; qvs health vlan-mtu get sw1 --json | cut -c -70
   vlanmtucheck.param","class":["POLICY"],"length":512
   {"switch":"sw1","enabled":false,"interval":0,"param":"cHBwcHBwcHBwcHBw
-  $ head -c 511 param >short; qvs health vlan-mtu param sw1 --file short
+  $ head -c 511 param >short; for file in short /dev/zero; do qvs health vlan-mtu param sw1 --file $file; done
   qvs: file 'short': 511 bytes, but the parameter has 512
+  qvs: file '/dev/zero': more than 512 bytes, which is all that fits
   ? 2
   $ qvs health vlan-mtu param sw1
   qvs: --file is needed

@@ -97,9 +97,13 @@ Bad values change nothing.
   $ qvs prop set sw1 '' v
   qvs: key: may not be empty
   ? 2
-  $ qvs prop set sw1 k --file nix
+  $ for file in nix . /dev/zero; do qvs prop set sw1 k --file $file; done; for more in "" x; do { head -c 33554432 /dev/zero; printf "$more"; } | qvs prop set sw1 most --file -; done; qvs prop clear sw1 most
   qvs: file 'nix': No such file or directory
-  ? 1
+  qvs: file '.': Is a directory
+  qvs: file '/dev/zero': more than 33554432 bytes, which is all that fits
+  sw1 most: changed
+  qvs: file '-': more than 33554432 bytes, which is all that fits
+  sw1 most: changed
   $ qvs prop get sw1 k
   qvs: switch 'sw1': global property 'k': Not found (0xbad0003)
   ? 3

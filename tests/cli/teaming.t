@@ -170,7 +170,7 @@ The table of logical-switch policies: a count and entries of 2748 bytes, given a
   qvs: warning: the table counts 4294967295 entries and holds 0
   qvs: warning: the table counts 2 entries and holds 1
   entry 0 (2748 bytes):
-  qvs: switch 'sw1': logical-switch teaming table: Failure (0xbad0001)
+  qvs: switch 'sw1': logical-switch teaming table: Failure (0xbad0001); what is stored as com.quillon.vswitch.logicalswitch.teaming is no such record (3 bytes); 'qvs prop clear sw1 com.quillon.vswitch.logicalswitch.teaming' removes it
 
 A port's choice.
 
