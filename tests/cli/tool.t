@@ -107,7 +107,7 @@ The completion offers nouns, verbs, options and names, and runs nothing.
 A lab that counts too far is refused.
 
   $ cat >bad <<<'while read -r member; do echo "{\"switches\": [{\"alias\": \"sw1\", \"ports\": [\"p0\"]}], $member}" >lab.json; qvs-host run --lab lab.json -- true 2>&1 | sed "s/.*used: lab.//"; done'
-  $ sed 's/"IN"/"switch": "sw1", "port": "p0"/g' <<<'"mcastFilters": [{"IN", "group": "239.255.255.255", "count": 2}]@"mcastFilters": [{"IN", "group": "ff05::", "count": 1000000000}]@"mcastFilters": [{"IN", "group": "01:ff:ff:ff:ff:ff", "count": 2}]' | tr @ '\n' | sh bad
+  $ sed 's/"IN"/"switch": "sw1", "port": "p0"/g' <<<'"mcastFilters": [{"IN", "group": "239.255.255.255", "count": 2}]@"mcastFilters": [{"IN", "group": "ff05::", "count": 65537}]@"mcastFilters": [{"IN", "group": "01:ff:ff:ff:ff:ff", "count": 2}]' | tr @ '\n' | sh bad
   mcastFilters[0]: "count" leads beyond the last group
   mcastFilters[0]: "count" is more than there is room for
   mcastFilters[0]: "count" leads beyond the last group
@@ -116,3 +116,8 @@ A lab that counts too far is refused.
   kcp.interfaces[0]: "mac" leads to the address of a group
   kcp.interfaces[0]: "vlan" is not a VLAN from 0 to 4094
   kcp.containers[0]: "count" leads beyond the last number
+
+A fault that makes no sense is a wrong usage.
+
+  $ for words in '--errno EIO --count 0' '--errno EIO --count 2 --forever' '--errno EFOO' '--status bad' '--output 4294967296:ff' '--output 0:f' '--delay 0' '--kill never' ''; do qvs-host fault add x $words --state . 2>&1 | head -n 1; done; qvs-host fault add '' --errno EIO --state .
+  $ qvs-host run -- sh -c 'qvs-host fault add ls --output 0:7065 --output 2:74 --truncate 4; treesh -e ls /; qvs-host fault list'
