@@ -36,10 +36,11 @@ const char *Arguments::orNull(std::string_view name) const {
     return given(name) ? text(name).c_str() : nullptr;
 }
 
-uint32_t Arguments::number(std::string_view name, uint32_t absent) const {
+uint32_t Arguments::number(std::string_view name, uint32_t absent, uint32_t least, uint32_t most) const {
     if (!given(name)) return absent;
     std::optional<uint32_t> value = parseNumber(text(name));
-    if (!value) fail(Exit::Usage, "{}: {} is not a number from 0 to 4294967295", name, inQuotes(text(name)));
+    if (!value || *value < least || *value > most)
+        fail(Exit::Usage, "{}: {} is not a number from {} to {}", name, inQuotes(text(name)), least, most);
     return *value;
 }
 
@@ -158,6 +159,10 @@ Arguments parseArguments(const Command &command, std::span<const std::string> wo
             failUsage(command, fmt::format("{}: given twice", slot.name));
         std::for_each(slot.values.begin(), slot.values.end(), unguard);
         arguments.add(slot.name, std::move(slot.values));
+    }
+    for (const Option &option : command.options) {
+        if (option.need == Need::Always && !arguments.given(option.name))
+            failUsage(command, fmt::format("{} is needed", option.name));
     }
     return arguments;
 }

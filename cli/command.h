@@ -25,12 +25,17 @@ struct Argument {
     bool repeated = false;  // the last one of a row only
 };
 
+// Whether a call does without an option: always, never, or when another one of its row's choice is given. A
+// choice is a run of such options; that one of them is given is for the command to see.
+enum class Need { Never, Always, Choice };
+
 struct Option {
     const char *name;
     const char *value;  // what the value is called, or null for a flag
     const char *summary;
     Kind kind = Kind::Word;
     bool repeated = false;  // may be given several times
+    Need need = Need::Never;
 };
 
 // Reads and Writes need a host; Local commands run anywhere.
@@ -45,8 +50,10 @@ class Arguments {
     const std::vector<std::string> &all(std::string_view name) const;
     // The value or null, as the library takes names that may be left out.
     const char *orNull(std::string_view name) const;
-    // A 32-bit number in decimal or, after 0x, hexadecimal; anything else is a usage failure.
-    uint32_t number(std::string_view name, uint32_t absent) const;
+    // A number in decimal or, after 0x, hexadecimal; anything else, or one beyond the bounds, is a usage
+    // failure.
+    uint32_t number(std::string_view name, uint32_t absent, uint32_t least = 0,
+                    uint32_t most = UINT32_MAX) const;
 
     void add(std::string_view name, std::vector<std::string> values);
 

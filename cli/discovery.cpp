@@ -38,7 +38,6 @@ void get(const Arguments &arguments, Output &out) {
 }
 
 void set(const Arguments &arguments, Output &out) {
-    if (!arguments.given("--operation")) fail(Exit::Usage, "--operation is needed");
     uint32_t operation = chosen(arguments, "--operation", kOperations);
     std::optional<uint32_t> protocol;
     if (arguments.given("--protocol")) protocol = chosen(arguments, "--protocol", kProtocols);
@@ -74,7 +73,7 @@ const Command kRows[] = {
      .summary = "store the discovery protocol of a switch and what it does",
      .arguments = {kSwitchArgument},
      .options = {{"--protocol", "NAME", "cdp or lldp (as it is; cdp)"},
-                 {"--operation", "NAME", "down, listen, advertise or both"}},
+                 {"--operation", "NAME", "down, listen, advertise or both", Kind::Word, false, Need::Always}},
      .details = "Down removes what is stored.",
      .example = "qvs discovery set sw1 --protocol lldp --operation both",
      .run = set,

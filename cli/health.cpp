@@ -47,8 +47,7 @@ void describeDeployment(Record &record, const PolicyPlace &place, std::string_vi
 
 void deploy(const Policy &policy, const Arguments &arguments, Output &out, std::string_view name,
             StoreDeployment store) {
-    bool off = arguments.given("--off");
-    if (off == arguments.given("--interval")) fail(Exit::Usage, "either --interval or --off is needed");
+    bool off = oneGiven(arguments, {"--interval", "--off"}) == "--off";
     HealthCheck_Deployment deployment{static_cast<uint8_t>(off ? 0 : 1), arguments.number("--interval", 0)};
     PolicyPlace place(policy, arguments);
     auto deployed = [&] { return call(name, store, place.name(), bytesOf(deployment).data()); };
@@ -119,7 +118,6 @@ void deployVlanMtu(const Arguments &arguments, Output &out) {
 }
 
 void setVlanMtuParam(const Arguments &arguments, Output &out) {
-    if (!arguments.given("--file")) fail(Exit::Usage, "--file is needed");
     std::vector<uint8_t> block = readFile(arguments.text("--file"), HEALTHCHECK_VLAN_MTU_PARAM_SIZE);
     if (block.size() != HEALTHCHECK_VLAN_MTU_PARAM_SIZE) {
         fail(Exit::Usage, "file {}: {} bytes, but the parameter has {}", inQuotes(arguments.text("--file")),
@@ -190,9 +188,11 @@ void result(const Arguments &arguments, Output &out) {
     record.finish();
 }
 
-constexpr Option kInterval{"--interval", "MINUTES",
-                           "deploy the check, with this many minutes between two runs"};
-constexpr Option kOff{"--off", nullptr, "no longer deploy the check; its parameter stays"};
+constexpr Option kInterval{
+    "--interval", "MINUTES", "deploy the check, with this many minutes between two runs",
+    Kind::Word,   false,     Need::Choice};
+constexpr Option kOff{"--off",    nullptr, "no longer deploy the check; its parameter stays",
+                      Kind::Word, false,   Need::Choice};
 
 const Command kRows[] = {
     {.noun = "health",
@@ -269,7 +269,8 @@ const Command kRows[] = {
      .json = true,
      .summary = "store the parameter of the check of VLANs and MTU",
      .arguments = {kSwitchArgument},
-     .options = {{"--file", "FILE", "the 512 bytes of the parameter (- for standard input)", Kind::File}},
+     .options = {{"--file", "FILE", "the 512 bytes of the parameter (- for standard input)", Kind::File,
+                  false, Need::Always}},
      .details = nullptr,
      .example = "qvs health vlan-mtu param sw1 --file param.bin",
      .run = setVlanMtuParam,

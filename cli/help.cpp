@@ -54,9 +54,17 @@ std::string usageLine(const Command &command) {
     std::string line = "qvs " + words(command);
     for (const Argument &argument : command.arguments)
         line += " " + argumentWords(argument);
-    for (const Option &option : command.options)
-        line += " [" + optionWords(option) + "]" + (option.repeated ? "..." : "");
-    return line;
+    bool choosing = false;
+    for (const Option &option : command.options) {
+        bool choice = option.need == Need::Choice;
+        if (choosing && !choice) line += ")";
+        line += choosing && choice ? " | " : choice ? " (" : " ";
+        choosing = choice;
+        std::string words = optionWords(option);
+        line += option.need == Need::Never ? "[" + words + "]" : words;
+        if (option.repeated) line += "...";
+    }
+    return choosing ? line + ")" : line;
 }
 
 std::string toolHelp() {

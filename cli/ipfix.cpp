@@ -162,7 +162,7 @@ const Command kRows[] = {
                  {"--vnic-only", nullptr, "sample at vNICs only"},
                  {"--obs-domain", "N", "observation domain, 32 bits (0)"},
                  {"--source", "IPV4", "source address of what is sent to the collectors (0.0.0.0)"},
-                 {"--obs-id", "TEXT", "observation id, at most 65535 characters (none)"},
+                 {"--obs-id", "TEXT", "observation id, at most 65535 bytes (none)"},
                  {"--collector", "ADDRESS:PORT", "a collector, IPV4:PORT or [IPV6]:PORT; at most 8",
                   Kind::Word, true}},
      .details = "The whole record is replaced.",

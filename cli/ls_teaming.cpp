@@ -82,7 +82,6 @@ void get(const Arguments &arguments, Output &out) {
 }
 
 void set(const Arguments &arguments, Output &out) {
-    if (!arguments.given("--file")) fail(Exit::Usage, "--file is needed");
     std::vector<uint8_t> entries = readFile(arguments.text("--file"), kMostValueBytes - kCountSize);
     if (entries.size() % kEntrySize != 0) {
         fail(Exit::Usage, "file {}: {} bytes, but each entry has {}", inQuotes(arguments.text("--file")),
@@ -161,8 +160,8 @@ const Command kRows[] = {
      .summary = "store the logical-switch teaming policies of a switch",
      .arguments = {kSwitchArgument},
      .options = {{"--file", "FILE",
-                  "the entries, one behind the other, of 2748 bytes each (- for standard input)",
-                  Kind::File}},
+                  "the entries, one behind the other, of 2748 bytes each (- for standard input)", Kind::File,
+                  false, Need::Always}},
      .details = "What ls-teaming get --raw has written can be given back. At most 12210 entries fit.",
      .example = "qvs ls-teaming set sw1 --file policies.bin",
      .run = set,
@@ -194,7 +193,7 @@ const Command kRows[] = {
      .access = Access::Writes,
      .json = true,
      .summary = "choose a logical-switch teaming policy for a port",
-     .arguments = {kSwitchArgument, kPortArgument, {"NAME", "name of the policy, at most 135 characters"}},
+     .arguments = {kSwitchArgument, kPortArgument, {"NAME", "name of the policy, at most 135 bytes"}},
      .options = {},
      .details = nullptr,
      .example = "qvs port ls-teaming set sw1 port0 storage",

@@ -73,8 +73,7 @@ void contexts(const Arguments &arguments, Output &out) {
 using EntryChange = HYP_ReturnStatus (*)(const char *, const char *, uint32_t, const void *);
 
 HYP_ReturnStatus changeEntry(const Arguments &arguments, std::string_view name, EntryChange change) {
-    if (arguments.given("--port") == arguments.given("--number"))
-        fail(Exit::Usage, "either --port or --number is needed");
+    oneGiven(arguments, {"--port", "--number"});
     const char *port = portOf(arguments);
     uint32_t number = arguments.number("--number", 0);
     std::vector<uint8_t> entry = bytesGiven(arguments, "ENTRY");
@@ -183,8 +182,9 @@ std::vector<std::string> touchesTables(const Arguments &arguments) {
 
 constexpr Option kPortOption{"--port", "PORT", "of this port instead of the switch", Kind::Port};
 constexpr Argument kEntry{"ENTRY", "the entry's bytes as pairs of hexadecimal digits"};
-constexpr Option kAtPort{"--port", "PORT", "identifier of the port", Kind::Port};
-constexpr Option kAtNumber{"--number", "N", "the kernel's number of the port"};
+constexpr Option kAtPort{"--port", "PORT", "identifier of the port", Kind::Port, false, Need::Choice};
+constexpr Option kAtNumber{"--number", "N",   "the kernel's number of the port",
+                           Kind::Word, false, Need::Choice};
 constexpr const char *kEntryDetails =
     "An entry is the kernel's own, 86 bytes as 'qvs mac table' shows them; what is not given of it is zero. "
     "Colons between the digits are allowed, so that an entry can be the address in front of it alone.";

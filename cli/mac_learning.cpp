@@ -66,8 +66,7 @@ void get(const Arguments &arguments, Output &out) {
 
 void set(const Arguments &arguments, Output &out) {
     bool all = allGiven(arguments, {"--aging", "--limit"});
-    uint32_t aging = arguments.number("--aging", 0);
-    if (aging > kMostAging) fail(Exit::Usage, "--aging: {} seconds, at most {} fit", aging, kMostAging);
+    uint32_t aging = arguments.number("--aging", 0, 0, kMostAging);
     uint32_t limit = arguments.number("--limit", 0);
     PolicyPlace place(kLearning, arguments);
     VSDVS_MACLearning record{};

@@ -166,11 +166,10 @@ void show(const Arguments &arguments, Output &out) {
 MirrorSession givenSession(const Arguments &arguments) {
     MirrorSession session;
     session.id = arguments.text("SESSION");
-    if (!arguments.given("--type"))
-        fail(Exit::Usage, "--type is needed: one of {}", fmt::join(kMirrorTypes, ", "));
     session.type = mirrorType("--type", arguments.text("--type"));
     if (arguments.given("--name")) session.name = arguments.text("--name");
-    if (arguments.given("--snap-length")) session.snapLength = arguments.number("--snap-length", 0);
+    if (arguments.given("--snap-length")) 
+        session.snapLength = arguments.number("--snap-length", 0, 0, kMostSnapLength);
     for (const std::string &flag : arguments.all("--flag"))
         session.flags |= flagNamed("--flag", kMirrorFlags, flag);
     if (arguments.given("--encap-vlan")) {
@@ -290,10 +289,10 @@ const Command kRows[] = {
      .access = Access::Writes,
      .json = true,
      .summary = "add a mirror session behind those that are there",
-     .arguments = {kSwitchArgument, {"SESSION", "identifier of a new session, at most 32 characters"}},
+     .arguments = {kSwitchArgument, {"SESSION", "identifier of a new session, at most 32 bytes"}},
      .options = {kPort,
-                 {"--type", "TYPE", "mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src or logical-span"},
-                 {"--name", "TEXT", "display name, at most 83 characters"},
+                 {"--type", "TYPE", "mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src or logical-span", Kind::Word, false, Need::Always},
+                 {"--name", "TEXT", "display name, at most 83 bytes"},
                  {"--snap-length", "BYTES", "how much of each frame is kept (all)"},
                  {"--flag", "FLAG", "no-output, no-input, orig-vlan, encap, legacy or disabled", Kind::Word,
                   true},
@@ -305,8 +304,8 @@ const Command kRows[] = {
                  {"--src-out", "ENTITY", "source whose outgoing frames are mirrored", Kind::Word, true},
                  kMayExist},
      .details =
-         "A destination is the name of a port or uplink, at most 47 characters; with type rmirror-src a "
-         "text of at most 32 characters, with ermirror-src an IPv4 or IPv6 address, with logical-span "
+         "A destination is the name of a port or uplink, at most 47 bytes; with type rmirror-src a "
+         "text of at most 32 bytes, with ermirror-src an IPv4 or IPv6 address, with logical-span "
          "a MAC address. A source is a name as well; with type rmirror-dst a VLAN id, 0 to 4094.",
      .example = "qvs mirror add sw1 monitor --type dvport --dst port1 --src-in port0 --src-out port0",
      .run = add,

@@ -82,7 +82,7 @@ const Command kRows[] = {
      .json = true,
      .summary = "show the statistics of a mirror session",
      .arguments = {kSwitchArgument,
-                   {"SESSION", "identifier of the session; the kernel is asked for its first 31 characters"}},
+                   {"SESSION", "identifier of the session; the kernel is asked for its first 31 bytes"}},
      .options = {kRaw},
      .details = "The statistics are the kernel's own, 121 bytes, and are shown as they are.",
      .example = "qvs mirror runtime stats sw1 capture",

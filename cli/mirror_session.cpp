@@ -42,7 +42,7 @@ std::string decodeValue(Form form, const EntityValue &value) {
         case Form::Name:
             return std::string(boundedText(value.data(), value.size()));
         case Form::Text:
-            return std::string(boundedText(value.data(), kEntityTextLimit.characters));
+            return std::string(boundedText(value.data(), kEntityTextLimit.bytes));
         case Form::Address: {
             char text[INET6_ADDRSTRLEN];
             inet_ntop(value[0] == 0 ? AF_INET : AF_INET6, &value[kAddressOffset], text, sizeof text);

@@ -26,7 +26,7 @@ inline constexpr FlagName kMirrorMasks[] = {
     {"tcpip", VSDVS_MIRROR_WILD_TCPIP}, {"test", VSDVS_MIRROR_WILD_TEST},
 };
 
-// All characters of an identifier may be used; a display name has its NUL.
+// All bytes of an identifier may be used; a display name has its NUL.
 inline constexpr Limit kMirrorIdLimit{"mirror session", sizeof(VSDVS_MirrorSession::sessionId)};
 inline constexpr Limit kMirrorNameLimit{"display name", sizeof(VSDVS_MirrorSession::displayName) - 1};
 inline constexpr uint32_t kMostSnapLength = INT32_MAX;

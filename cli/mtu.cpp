@@ -37,9 +37,7 @@ void get(const Arguments &arguments, Output &out) {
 
 // The NICs are not asked: one that was bound since may have another MTU, so all are set in any case.
 void set(const Arguments &arguments, Output &out) {
-    uint32_t mtu = arguments.number("MTU", 0);
-    if (mtu < kLeastMtu || mtu > kMostMtu)
-        fail(Exit::Usage, "MTU: {} is outside {} to {} bytes", mtu, kLeastMtu, kMostMtu);
+    uint32_t mtu = arguments.number("MTU", 0, kLeastMtu, kMostMtu);
     PolicyPlace place(kMtu, arguments);
     bool same = readMtu(place.name()) == static_cast<int>(mtu) && place.holds(bytesOf(mtu)) &&
                 PolicyPlace(kEtherswitchMtu, arguments).holds(bytesOf(mtu));

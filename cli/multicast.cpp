@@ -54,9 +54,8 @@ void setMode(const Arguments &arguments, Output &out) {
 // --- the addresses ---
 
 std::vector<uint8_t> givenAddresses(const Arguments &arguments) {
+    oneGiven(arguments, {"MAC", "--empty"});
     const std::vector<std::string> &words = arguments.all("MAC");
-    if (words.empty() != arguments.given("--empty"))
-        fail(Exit::Usage, "either addresses or --empty is needed");
     if (words.size() > VSDVS_MCAST_MAX_ADDRESSES) {
         fail(Exit::Usage, "{} multicast addresses, at most {} fit", words.size(), VSDVS_MCAST_MAX_ADDRESSES);
     }

@@ -273,7 +273,7 @@ const Command kRows[] = {
      .json = true,
      .summary = "add ports to a switch",
      .arguments = {kSwitchArgument,
-                   {"PORT", "identifier of a new port, at most 47 characters", Kind::Word, false, true}},
+                   {"PORT", "identifier of a new port, at most 47 bytes", Kind::Word, false, true}},
      .options = {{"--connect-id", "N", "connection id, 32 bits (1)"},
                  {"--external-id", "ID", "identifier of the interface outside that the one port is for"},
                  kMayExist},

@@ -164,18 +164,15 @@ std::vector<uint8_t> textValue(const std::string &text) {
 }
 
 std::vector<uint8_t> givenValue(const Arguments &arguments) {
-    int forms = 0;
-    for (const char *form : {"VALUE", "--text", "--hex", "--file"})
-        forms += arguments.given(form) ? 1 : 0;
-    if (forms != 1) fail(Exit::Usage, "one of VALUE, --text, --hex and --file is needed");
-    if (arguments.given("--file")) return readFile(arguments.text("--file"));
-    if (arguments.given("--hex")) {
+    std::string_view form = oneGiven(arguments, {"VALUE", "--text", "--hex", "--file"});
+    if (form == "--file") return readFile(arguments.text(form));
+    if (form == "--hex") {
         auto bytes = parseHex(arguments.text("--hex"));
         if (!bytes)
             fail(Exit::Usage, "--hex: {} is not a row of pairs of digits", inQuotes(arguments.text("--hex")));
         return *bytes;
     }
-    return textValue(arguments.text(arguments.given("--text") ? "--text" : "VALUE"));
+    return textValue(arguments.text(form));
 }
 
 HYP_ReturnStatus store(const Target &target, const std::vector<uint8_t> &value, bool runtime) {

@@ -12,6 +12,7 @@
 #include "output.h"
 #include "snapshot.h"
 
+#include "values.h"
 namespace qvs::cli {
 namespace {
 
@@ -97,7 +98,7 @@ std::string_view hintFor(HYP_ReturnStatus status, const Arguments &arguments) {
             return "the kernel's shell would interpret the portset name, give a plain one with --portset";
         case HYP_EXISTS:
             return arguments.given("--id") ? ""
-                                           : "the identifier is made from the first 15 characters, "
+                                           : "the identifier is made from the first 15 bytes, "
                                              "give another with --id";
         case HYP_LIMIT_EXCEEDED:
             return "--max-ports has to hold uplinks and ports";
@@ -240,7 +241,7 @@ void info(const Arguments &arguments, Output &out) {
 
 // The identifier that the kernel has for an alias, which it knows only on its own host.
 std::optional<std::string> kernelId(const std::string &alias) {
-    if (alias.size() > kAliasLimit.characters) return std::nullopt;
+    if (alias.size() > kAliasLimit.bytes) return std::nullopt;
     SwitchIdString id{};
     HYP_ReturnStatus status = call("VSHYP_DVSAliasToSwitchId", VSHYP_DVSAliasToSwitchId, alias.c_str(), id);
     if (status == HYP_NOT_FOUND) return std::nullopt;
@@ -257,11 +258,8 @@ std::string aliasOfPortset(const std::string &portset) {
 }
 
 void find(const Arguments &arguments, Output &out) {
-    if (arguments.given("--portset") == arguments.given("--alias")) {
-        fail(Exit::Usage, "one of --portset and --alias is needed");
-    }
-    const std::string alias =
-        arguments.given("--alias") ? arguments.text("--alias") : aliasOfPortset(arguments.text("--portset"));
+    bool byAlias = oneGiven(arguments, {"--portset", "--alias"}) == "--alias";
+    const std::string alias = byAlias ? arguments.text("--alias") : aliasOfPortset(arguments.text("--portset"));
     SwitchView sw(findSwitch(alias));
     std::optional<std::string> fromKernel = kernelId(alias);
     Record record(out);
@@ -301,10 +299,10 @@ const Command kRows[] = {
      .access = Access::Writes,
      .json = true,
      .summary = "create a switch, its uplinks uplink0, uplink1... and its ports port0, port1...",
-     .arguments = {{"ALIAS", "name of the new switch, at most 80 characters"}},
-     .options = {{"--id", "ID", "identifier, at most 63 characters (made from the alias)"},
+     .arguments = {{"ALIAS", "name of the new switch, at most 80 bytes"}},
+     .options = {{"--id", "ID", "identifier, at most 63 bytes (made from the alias)"},
                  {"--portset", "NAME",
-                  "name of the data path on this host, at most 127 characters (the alias)"},
+                  "name of the data path on this host, at most 127 bytes (the alias)"},
                  {"--version", "N", "version of the switch (105)"},
                  {"--opaque", nullptr, "its ports are managed from outside"},
                  {"--max-ports", "N", "port capacity (128)"},
@@ -350,8 +348,8 @@ const Command kRows[] = {
      .json = true,
      .summary = "find a switch by portset name or alias",
      .arguments = {},
-     .options = {{"--portset", "NAME", "the switch whose portset name NAME begins with"},
-                 {"--alias", "NAME", "the switch with this alias", Kind::Switch}},
+     .options = {{"--portset", "NAME", "the switch whose portset name NAME begins with", Kind::Word, false, Need::Choice},
+                 {"--alias", "NAME", "the switch with this alias", Kind::Switch, false, Need::Choice}},
      .details = "The kernel id is the identifier that the kernel has for the alias on this host.",
      .example = "qvs switch find --portset sw1",
      .run = find},

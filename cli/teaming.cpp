@@ -252,7 +252,7 @@ constexpr Option kBalance{"--balance", "NAME",
                           "none, source-ip, source-mac, source-port, explicit or port-load (source-port)"};
 constexpr const char *kSetDetails =
     "The whole policy is replaced: what is not given is off. Active and standby uplinks together are at most "
-    "32, their names at most 80 characters long.";
+    "32, their names at most 80 bytes long.";
 
 const Command kRows[] = {
     {.noun = "teaming",
@@ -339,7 +339,7 @@ const Command kRows[] = {
      .access = Access::Writes,
      .json = true,
      .summary = "store the name of the policy that overrides a port's own",
-     .arguments = {kSwitchArgument, kPortArgument, {"NAME", "name of the policy, at most 80 characters"}},
+     .arguments = {kSwitchArgument, kPortArgument, {"NAME", "name of the policy, at most 80 bytes"}},
      .options = {},
      .details = nullptr,
      .example = "qvs port teaming-override set sw1 port0 storage",

@@ -198,9 +198,9 @@ std::optional<std::vector<uint8_t>> parseHex(std::string_view text) {
 
 void requireFits(const Limit &limit, std::string_view name) {
     if (name.empty()) fail(Exit::Usage, "{}: may not be empty", limit.what);
-    if (name.size() > limit.characters) {
-        fail(Exit::Usage, "{} {}: {} characters, at most {} fit", limit.what, inQuotes(name), name.size(),
-             limit.characters);
+    if (name.size() > limit.bytes) {
+        fail(Exit::Usage, "{} {}: {} bytes, at most {} fit", limit.what, inQuotes(name), name.size(),
+             limit.bytes);
     }
 }
 

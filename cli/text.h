@@ -39,7 +39,7 @@ std::optional<std::vector<uint8_t>> parseHex(std::string_view text);
 // What the records that hold a name have room for.
 struct Limit {
     const char *what;
-    size_t characters;
+    size_t bytes;
 };
 inline constexpr Limit kAliasLimit{"alias", 80};
 inline constexpr Limit kSwitchIdLimit{"switch identifier", 63};

@@ -13,6 +13,7 @@
 #include "snapshot.h"
 
 namespace qvs::cli {
+#include "values.h"
 namespace {
 
 std::string named(std::string_view alias) {
@@ -135,10 +136,8 @@ std::vector<uint8_t> storedList(const std::vector<std::string> &names, size_t en
 
 // The names that were asked for: those given, or uplink0 onward.
 std::vector<std::string> wantedUplinks(const Arguments &arguments) {
-    if (arguments.given("--count") == arguments.given("UPLINK")) {
-        fail(Exit::Usage, "either uplink names or --count is needed");
-    }
-    if (arguments.given("UPLINK")) return uplinkArguments(arguments, kUplinkLimit);
+    if (oneGiven(arguments, {"UPLINK", "--count"}) == "UPLINK")
+        return uplinkArguments(arguments, kUplinkLimit);
     uint32_t count = arguments.number("--count", 0);
     std::vector<std::string> names;
     // No switch has room for more, and the comparison needs one name more than any has.
@@ -214,7 +213,7 @@ using LinkQuery = HYP_ReturnStatus (*)(const char *, const char *, uint32_t *);
 // name.
 std::optional<bool> linkOf(std::string_view name, LinkQuery query, const std::string &portset,
                            const std::string &uplink, std::string_view subject) {
-    if (uplink.size() > kLinkUplinkLimit.characters) return std::nullopt;
+    if (uplink.size() > kLinkUplinkLimit.bytes) return std::nullopt;
     uint32_t up = 0;
     HYP_ReturnStatus status = call(name, query, portset.c_str(), uplink.c_str(), &up);
     if (status == HYP_NOT_FOUND) return std::nullopt;
@@ -224,7 +223,7 @@ std::optional<bool> linkOf(std::string_view name, LinkQuery query, const std::st
 
 // The port identifier that the kernel has behind a NIC.
 std::string kernelPortOf(const std::string &nic, std::string_view subject) {
-    if (nic.empty() || nic.size() > kLinkUplinkLimit.characters) return {};
+    if (nic.empty() || nic.size() > kLinkUplinkLimit.bytes) return {};
     char identity[VSHYP_UPLINK_DV_PORT_ID_SIZE] = {};
     HYP_ReturnStatus status = call("VSHYP_GetUplinkDVPortID", VSHYP_GetUplinkDVPortID, nic.c_str(), identity);
     if (status == HYP_NOT_FOUND) return {};
@@ -321,7 +320,7 @@ void takeDown(const Arguments &arguments, Output &out) {
 
 constexpr Argument kUplinks{"UPLINK", "name of an uplink", Kind::Uplink, false, true};
 constexpr const char *kLinkDetails =
-    "UPLINK is an uplink of the switch or the NIC that carries it, at most 31 characters. The administrative "
+    "UPLINK is an uplink of the switch or the NIC that carries it, at most 31 bytes. The administrative "
     "state "
     "cannot be read: changed means that the link was not in that state.";
 
@@ -342,10 +341,17 @@ const Command kRows[] = {
      .json = true,
      .summary = "add uplinks to a switch",
      .arguments = {kSwitchArgument,
-                   {"UPLINK", "name of a new uplink and its port, at most 47 characters", Kind::Word, false,
+                   {"UPLINK", "name of a new uplink and its port, at most 47 bytes", Kind::Word, false,
                     true}},
      .options = {kMayExist},
      .details = nullptr,
+constexpr const char *kAddDetails =
+    "uplink up and uplink down take names of at most 31 bytes, and no link is shown for a longer one. "
+    "Runs "
+    "that change the uplinks of one switch at the same time store one list over the other: one may be lost.";
+constexpr const char *kRemoveDetails =
+    "Runs that change the uplinks of one switch at the same time store one list over the other: one may be "
+    "left.";
      .example = "qvs uplink add sw1 uplink2 --may-exist",
      .run = add},
     {.noun = "uplink",
@@ -364,7 +370,7 @@ const Command kRows[] = {
      .json = true,
      .summary = "give a switch without uplinks all of them at once",
      .arguments = {kSwitchArgument,
-                   {"UPLINK", "name of a new uplink and its port, at most 47 characters", Kind::Word, true,
+                   {"UPLINK", "name of a new uplink and its port, at most 47 bytes", Kind::Word, true,
                     true}},
      .options = {{"--count", "N", "this many, called uplink0, uplink1..."}},
      .details = nullptr,

@@ -43,6 +43,17 @@ std::vector<std::string> splitList(std::string_view text) {
     }
 }
 
+std::string_view oneGiven(const Arguments &arguments, std::initializer_list<const char *> names) {
+    std::string_view found;
+    for (const char *name : names) {
+        if (!arguments.given(name)) continue;
+        if (!found.empty()) fail(Exit::Usage, "{} and {} exclude each other", found, name);
+        found = name;
+    }
+    if (found.empty()) fail(Exit::Usage, "one of {} is needed", fmt::join(names, ", "));
+    return found;
+}
+
 std::optional<MacAddress> parseMac(std::string_view text) {
     constexpr size_t kLength = 17;
     MacAddress address{};
@@ -82,11 +93,7 @@ std::vector<uint8_t> readFile(const std::string &path, size_t most) {
 }
 
 std::vector<uint8_t> bytesGiven(const Arguments &arguments, const char *argument) {
-    if (arguments.given("--file")) {
-        if (arguments.given(argument)) fail(Exit::Usage, "{} and --file exclude each other", argument);
-        return readFile(arguments.text("--file"));
-    }
-    if (!arguments.given(argument)) fail(Exit::Usage, "either {} or --file is needed", argument);
+    if (oneGiven(arguments, {argument, "--file"}) == "--file") return readFile(arguments.text("--file"));
     std::optional<std::vector<uint8_t>> bytes = parseHex(arguments.text(argument));
     if (!bytes) {
         fail(Exit::Usage, "{}: {} is not a row of pairs of digits", argument,

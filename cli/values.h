@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <span>
 #include <string>
@@ -29,6 +30,9 @@ uint64_t wideNumber(const Arguments &arguments, std::string_view name);
 
 // "a,b,c" taken apart; an empty text is an empty list.
 std::vector<std::string> splitList(std::string_view text);
+
+// Which one of these arguments and options is given. None of them, or several, are a usage failure.
+std::string_view oneGiven(const Arguments &arguments, std::initializer_list<const char *> names);
 
 using MacAddress = std::array<uint8_t, 6>;
 // Six pairs of hexadecimal digits with colons between.

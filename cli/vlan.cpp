@@ -161,10 +161,8 @@ VlanPolicy givenPolicy(const Arguments &arguments) {
     VlanPolicy policy;
     if (arguments.given("--id")) policy.record.vlan = vlanId("--id", arguments.text("--id"));
     policy.ranges = givenRanges(arguments);
-    policy.priority = arguments.number("--priority", VSDVS_NO_PRIORITY);
+    policy.priority = arguments.number("--priority", VSDVS_NO_PRIORITY, 0, kMostPriority);
     bool hasPriority = arguments.given("--priority");
-    if (hasPriority && policy.priority > kMostPriority)
-        fail(Exit::Usage, "--priority: {} is outside 0 to {}", policy.priority, kMostPriority);
     policy.record.flags = static_cast<uint16_t>((trunk ? VSDVS_VLAN_TRUNK : 0u) |
                                                 (arguments.given("--private") ? VSDVS_VLAN_PRIVATE : 0u) |
                                                 (hasPriority ? VSDVS_VLAN_PRIORITY : 0u));

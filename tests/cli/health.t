@@ -211,7 +211,7 @@ Flow sampling of a port: times, rate, flags, counts, domain, source; eight colle
   qvs: --source: '192.0.2' is no IPv4 address
   ? 2
   $ qvs port ipfix set sw1 port0 --obs-id "$(head -c 65536 /dev/zero | tr '\0' x)" 2>&1 | sed 's/xx*/x/'
-  qvs: observation id 'x...': 65536 characters, at most 65535 fit
+  qvs: observation id 'x...': 65536 bytes, at most 65535 fit
   $ qvs port ipfix set sw1 port0 --obs-id "$(head -c 65535 /dev/zero | tr '\0' x)" $(printf -- '--collector 192.0.2.%d:1 ' $(seq 8)); qvs prop get sw1 com.quillon.net.ipfix.port --port port0 --raw - | wc -c; qvs port ipfix get sw1 port0 | tail -n 1
   sw1/port0: changed
   65719

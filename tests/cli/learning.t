@@ -141,8 +141,8 @@ Addresses that are always let in: a count and six bytes each.
   ? 2
   $ for more in 01:00:5e:00:00 '' '01:00:5e:00:00:01 --empty'; do qvs mcast list set sw1 $more; done
   qvs: '01:00:5e:00:00' is no MAC address, like 01:00:5e:00:00:01
-  qvs: either addresses or --empty is needed
-  qvs: either addresses or --empty is needed
+  qvs: one of MAC, --empty is needed
+  qvs: one of MAC, --empty is needed
   ? 2
   $ qvs port mcast set sw1 port0 --empty; qvs port mcast set sw1 port0 --empty; qvs port mcast get sw1 port0; qvs prop list sw1 --port port0 | grep mcast
   sw1/port0: changed

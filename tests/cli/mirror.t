@@ -141,11 +141,11 @@ Existing, absent, and removed sessions.
 What the records cannot hold is refused, and nothing stored.
 
   $ codes=; fit() { qvs mirror add sw1 "$@"; codes="$codes $?"; }; long=$(printf 'x%.0s' $(seq 84)); fit ${long:0:33} --type dvport; fit s --type dvport --name $long; fit s --type dvport --dst ${long:0:48}; fit s --type dvport --src-out ${long:0:48}; fit s --type rmirror-src --dst ${long:0:33}; fit s --type dvport --dst ''; echo $codes
-  qvs: mirror session 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 33 characters, at most 32 fit
-  qvs: display name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 84 characters, at most 83 fit
-  qvs: port or uplink name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 characters, at most 47 fit
-  qvs: port or uplink name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 characters, at most 47 fit
-  qvs: destination 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 33 characters, at most 32 fit
+  qvs: mirror session 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 33 bytes, at most 32 fit
+  qvs: display name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 84 bytes, at most 83 fit
+  qvs: port or uplink name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 bytes, at most 47 fit
+  qvs: port or uplink name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 bytes, at most 47 fit
+  qvs: destination 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 33 bytes, at most 32 fit
   qvs: port or uplink name: may not be empty
   2 2 2 2 2 2
   $ codes=; fit() { qvs mirror add sw1 s --type "$@"; codes="$codes $?"; }; fit rmirror-dst --src-in 4095; fit rmirror-dst --src-out port0; fit ermirror-src --dst 192.0.2.256; fit ermirror-src --dst port0; fit logical-span --dst 02:00:00:00:00; fit dvport --encap-vlan 4095; fit dvport --snap-length 2147483648; fit dvport --sampling-rate 4294967296; fit dvport --stack; fit other; fit dvport --flag other; echo $codes

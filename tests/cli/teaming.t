@@ -73,7 +73,7 @@ Refused, and nothing stored.
   qvs: uplink 'a': given twice
   ? 2
   $ qvs teaming set sw1 --active a,$(printf 'n%.0s' $(seq 81))
-  qvs: uplink name 'nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn': 81 characters, at most 80 fit
+  qvs: uplink name 'nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn': 81 bytes, at most 80 fit
   ? 2
   $ qvs teaming set sw1 --balance best
   qvs: --balance: 'best' is none of none, source-ip, source-mac, source-port, explicit, port-load
@@ -121,7 +121,7 @@ The name of the policy that overrides it.
   sw1/port0: changed
   nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn
   $ qvs port teaming-override set sw1 port0 $(printf 'n%.0s' $(seq 81)); qvs port teaming-override set sw1 port0 ''
-  qvs: teaming override 'nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn': 81 characters, at most 80 fit
+  qvs: teaming override 'nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn': 81 bytes, at most 80 fit
   qvs: teaming override: may not be empty
   ? 2
 
@@ -182,5 +182,5 @@ A port's choice.
   $ qvs port ls-teaming set sw1 port0 $(printf 'n%.0s' $(seq 135)); qvs port ls-teaming get sw1 port0 | wc -c; qvs port ls-teaming set sw1 port0 $(printf 'n%.0s' $(seq 136))
   sw1/port0: changed
   136
-  qvs: logical-switch teaming policy 'nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn...': 136 characters, at most 135 fit
+  qvs: logical-switch teaming policy 'nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn...': 136 bytes, at most 135 fit
   ? 2

@@ -98,5 +98,5 @@ More uplinks than NICs: the last has no link and no NIC. A name that no link req
   u3                                u3                                up    down  pnic3  u3
   a-name-of-thirty-two-characters-  a-name-of-thirty-two-characters-  -     -     -      -
   $ qvs uplink up sw1 a-name-of-thirty-two-characters-
-  qvs: uplink name in a link request 'a-name-of-thirty-two-characters-': 32 characters, at most 31 fit
+  qvs: uplink name in a link request 'a-name-of-thirty-two-characters-': 32 bytes, at most 31 fit
   ? 2
