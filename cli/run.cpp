@@ -1,9 +1,13 @@
 #include "run.h"
 
+#include <fcntl.h>
 #include <qvs/qvs.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <new>
 
 #include "help.h"
@@ -103,26 +107,29 @@ void takeLeading(std::vector<std::string> &words, GlobalOptions &global) {
     }
 }
 
-// Whether the kernel answers at all; one request. How many switches it has comes with the answer.
-bool kernelAnswers(uint32_t &count) {
-    VshypBuffer buffer;
-    HYP_ReturnStatus status = fetch("VSHYP_GetSwitches", VSHYP_GetSwitches, buffer, 0u);
-    if (status == HYP_FAILURE) return false;
-    if (buffer) count = static_cast<const VSHYP_ListHeader *>(buffer.get())->count;
+// Whether there is a kernel at all: a request that fails may have found one, so only the device can tell.
+bool kernelThere() {
+    const int device = open("/dev/vswitch", O_RDWR | O_CLOEXEC);
+    if (device < 0) return errno != ENOENT && errno != ENXIO && errno != ENODEV;
+    close(device);
     return true;
 }
 
-constexpr const char *kNoHost =
-    "no hypercore on this machine: the kernel's switch device does not answer\n"
-    "qvs: an emulated host to try this on: qvs-host run -- qvs ...";
+// What qvs-host tells the programs that it starts is there even when the host is not any more.
+const char *noHost() {
+    const char *emulated = std::getenv("QVS_HOST_SOCKET");
+    if (emulated != nullptr && *emulated != '\0')
+        return "no hypercore on this machine: the emulated host that this shell belongs to has ended";
+    return "no hypercore on this machine: the kernel's switch device does not answer\n"
+           "qvs: an emulated host to try this on: qvs-host run -- qvs ...";
+}
 
 // An empty snapshot is an empty host, no host, or a host whose state could not be loaded.
 void requireHost() {
     if (!snapshotEmpty()) return;
-    uint32_t switches = 0;
-    if (!kernelAnswers(switches)) throw Failure{Exit::NoHost, kNoHost};
+    if (!kernelThere()) throw Failure{Exit::NoHost, noHost()};
     // Loaded again, it says why, or holds what another process has made meanwhile.
-    if (switches > 0) require(call("DVSLoadConfig", DVSLoadConfig), "switch state");
+    require(call("DVSLoadConfig", DVSLoadConfig), "switch state");
 }
 
 // Options that say what is printed.
@@ -182,9 +189,8 @@ void execute(const Call &call) {
     } catch (const Failure &failure) {
         // What was done before the failure is reported, and the failure after it.
         out.flush();
-        uint32_t switches = 0;
-        if (!failure.fromLibrary || kernelAnswers(switches)) throw;
-        throw Failure{Exit::NoHost, fmt::format("{}\nqvs: {}", failure.message, kNoHost)};
+        if (!failure.fromLibrary || kernelThere()) throw;
+        throw Failure{Exit::NoHost, fmt::format("{}\nqvs: {}", failure.message, noHost())};
     }
     out.flush();
 }

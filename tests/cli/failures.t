@@ -43,7 +43,6 @@ Each library call is traced.
   qvs: DVSAliasToSwitchId("sw1", ...) -> 0x0 (Success), N us
   qvs: DVSAliasToPortsetName("sw1", ...) -> 0x0 (Success), N us
   qvs: VSHYP_GetUplinkLinkState("sw1", "nix", ...) -> 0xbad0003 (Not found), N us
-  qvs: VSHYP_GetSwitches(0, ...) -> 0x0 (Success), N us
   qvs: switch 'sw1': uplink 'nix': Not found (0xbad0003)
 
 What was done before a failure is reported, and the failure after it.
@@ -105,6 +104,19 @@ A host whose state cannot be loaded is not an empty host.
   qvs: switch state: Out of memory (0xbad0014)
   ? 1
   $ qvs-host fault clear
+  $ qvs-host run -- sh -c 'qvs switch list --json; qvs-host fault add StateGet --forever --status 0xbad0014; qvs dump'
+  []
+  qvs: switch state: Out of memory (0xbad0014)
+  ? 1
+
+A kernel that answers nonsense is no missing kernel, and a host that has ended is no machine without one.
+
+  $ qvs-host fault add 'device ioctl' --forever --output 0:ffffffff; qvs spf list sw1; qvs livetrace counts 1; qvs-host fault clear
+  qvs: switch 'sw1': Out of memory (0xbad0014)
+  qvs: live-trace action 1: no answer
+  $ qvs-host run --state gone -- sh -c 'kill -9 $(cat gone/lock); qvs switch list; echo $?' 2>&1 | grep -v qvs-host
+  qvs: no hypercore on this machine: the emulated host that this shell belongs to has ended
+  5
 
 A switch of another class is shown, and not changed.
 

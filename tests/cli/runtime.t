@@ -171,7 +171,6 @@ Ports of the SPF data path.
   $ sh on 'qvs --trace spf stats gvm sw1 uplink0 2>&1 | sed "s/, [0-9]* us//"'
   qvs: VSDVS_DvPortIDToPortID("sw1", "uplink0", ...) -> 0x0 (Success)
   qvs: SPFHYP_GetGVMPortStats(67108868) -> null, 0xbad0003 (Not found)
-  qvs: VSHYP_GetSwitches(0, ...) -> 0x0 (Success)
   qvs: switch 'sw1': port 'uplink0': Not found (0xbad0003)
 
 The statistics of a busy port grow whenever they are looked at, all others stay; one that comes to rest keeps what it has.
