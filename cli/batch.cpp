@@ -1,16 +1,15 @@
 // qvs batch: many commands in one run.
 #include <qvs/qvs.h>
 
-#include <cstring>
-#include <fstream>
-#include <iostream>
 #include <set>
+#include <sstream>
 
 #include "command.h"
 #include "failure.h"
 #include "library.h"
 #include "output.h"
 #include "run.h"
+#include "values.h"
 
 namespace qvs::cli {
 
@@ -55,6 +54,8 @@ std::vector<std::string> splitWords(std::string_view line) {
     return words;
 }
 
+constexpr size_t kMostBytes = size_t{1} << 30;
+
 struct Line {
     size_t number = 0;
     Call call;
@@ -78,7 +79,8 @@ std::vector<Line> readLines(std::istream &in, bool json) {
             global.json = json;
             global.trace = tracing;
             Call call = parseCall(words, global);
-            if (call.global.help || call.command->noun == std::string_view("batch")) {
+            std::string_view noun = call.command->noun;
+            if (call.global.help || noun == "help" || noun == "batch") {
                 fail(Exit::Usage, "neither help nor a batch can be asked for in a batch");
             }
             lines.push_back({number, std::move(call)});
@@ -86,7 +88,6 @@ std::vector<Line> readLines(std::istream &in, bool json) {
             failLine(number, failure);
         }
     }
-    if (in.bad()) fail(Exit::Failed, "the commands could not be read");
     return lines;
 }
 
@@ -120,11 +121,9 @@ class Touched {
 };
 
 void runBatch(const Arguments &arguments, Output &out) {
-    const std::string &path = arguments.text("FILE");
-    std::ifstream file;
-    if (path != "-") file.open(path);
-    if (path != "-" && !file) fail(Exit::Failed, "file {}: {}", inQuotes(path), std::strerror(errno));
-    std::vector<Line> lines = readLines(path == "-" ? std::cin : file, out.json());
+    std::vector<uint8_t> bytes = readFile(arguments.text("FILE"), kMostBytes);
+    std::istringstream text(std::string(bytes.begin(), bytes.end()));
+    std::vector<Line> lines = readLines(text, out.json());
 
     Touched touched;
     for (const Line &line : lines) {
@@ -151,10 +150,11 @@ const Command kRows[] = {
      .arguments = {{"FILE", "file of commands, or - for standard input", Kind::File}},
      .options = {},
      .details =
-         "All lines are read and their usage is checked before the first runs. Words are separated by "
-         "blanks; quotes "
-         "and backslashes work as in a shell, nothing is expanded, # begins a comment. With --json every "
-         "command prints its own JSON.",
+         "All lines are read before the first runs, and their commands, options and numbers of arguments are "
+         "checked; a value is checked when its line runs, behind the changes of the lines before it. Words "
+         "are separated by blanks; quotes and backslashes work as in a shell, nothing is expanded, # begins "
+         "a "
+         "comment. With --json every command prints its own JSON.",
      .example = "qvs batch changes.txt",
      .run = runBatch},
 };

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -70,6 +71,33 @@ template <typename... Parameters>
 HYP_ReturnStatus call(std::string_view name, HYP_ReturnStatus (*function)(Parameters...),
                       std::type_identity_t<Parameters>... arguments) {
     return traced(name, trace::statusText, function, arguments...);
+}
+
+// Interrupting, ending and hanging up wait until this is gone.
+class SignalsHeld {
+  public:
+    SignalsHeld() {
+        sigset_t held;
+        sigemptyset(&held);
+        for (int signal : {SIGINT, SIGTERM, SIGHUP})
+            sigaddset(&held, signal);
+        sigprocmask(SIG_BLOCK, &held, &before_);
+    }
+    ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsHeld(const SignalsHeld &) = delete;
+    SignalsHeld &operator=(const SignalsHeld &) = delete;
+
+  private:
+    sigset_t before_;
+};
+
+// The same for a change of several steps, which a signal may not stop half way: what is half done has no verb
+// that finishes or removes it.
+template <typename... Parameters>
+HYP_ReturnStatus callWhole(std::string_view name, HYP_ReturnStatus (*function)(Parameters...),
+                           std::type_identity_t<Parameters>... arguments) {
+    SignalsHeld held;
+    return call(name, function, arguments...);
 }
 
 // One of the VSHYP calls that hand out a buffer: call(name, function, arguments..., &buffer).

@@ -168,7 +168,7 @@ MirrorSession givenSession(const Arguments &arguments) {
     session.id = arguments.text("SESSION");
     session.type = mirrorType("--type", arguments.text("--type"));
     if (arguments.given("--name")) session.name = arguments.text("--name");
-    if (arguments.given("--snap-length")) 
+    if (arguments.given("--snap-length"))
         session.snapLength = arguments.number("--snap-length", 0, 0, kMostSnapLength);
     for (const std::string &flag : arguments.all("--flag"))
         session.flags |= flagNamed("--flag", kMirrorFlags, flag);
@@ -202,19 +202,25 @@ void add(const Arguments &arguments, Output &out) {
     PolicyPlace place(policyOf(arguments), arguments);
     VsdvsBuffer list = readList(place);
     requireTyped(place, list);
-    std::vector<MirrorSession> sessions = list ? decodeMirrorList(list.get()) : std::vector<MirrorSession>();
-    const MirrorSession *existing = find(sessions, session.id);
-    if (existing == nullptr) {
-        require(call("VSDVS_AppendDVMirrorSessions", VSDVS_AppendDVMirrorSessions, place.name(), place.port(),
-                     added.data()),
-                named(place, session.id));
-    } else {
+    auto isThere = [&](const std::vector<MirrorSession> &sessions) {
+        const MirrorSession *existing = find(sessions, session.id);
+        if (existing == nullptr) return false;
         if (!arguments.given("--may-exist")) throw libraryFailure(named(place, session.id), HYP_EXISTS);
         // An address may be written in several ways, so what was given is compared as it would be read.
         if (*existing != decodeMirrorList(added.data()).front())
             fail(Exit::Differs, "{}: exists and differs", named(place, session.id));
+        return true;
+    };
+    bool there = list && isThere(decodeMirrorList(list.get()));
+    if (!there) {
+        HYP_ReturnStatus status = call("VSDVS_AppendDVMirrorSessions", VSDVS_AppendDVMirrorSessions,
+                                       place.name(), place.port(), added.data());
+        there = status == HYP_EXISTS && arguments.given("--may-exist") && comesTrue([&] {
+                    return isThere(readSessions({policyOf(arguments), arguments}));
+                });
+        if (!there) require(status, named(place, session.id));
     }
-    report(out, place, &session.id, existing == nullptr);
+    report(out, place, &session.id, !there);
 }
 
 void remove(const Arguments &arguments, Output &out) {
@@ -291,7 +297,8 @@ const Command kRows[] = {
      .summary = "add a mirror session behind those that are there",
      .arguments = {kSwitchArgument, {"SESSION", "identifier of a new session, at most 32 bytes"}},
      .options = {kPort,
-                 {"--type", "TYPE", "mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src or logical-span", Kind::Word, false, Need::Always},
+                 {"--type", "TYPE", "mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src or logical-span",
+                  Kind::Word, false, Need::Always},
                  {"--name", "TEXT", "display name, at most 83 bytes"},
                  {"--snap-length", "BYTES", "how much of each frame is kept (all)"},
                  {"--flag", "FLAG", "no-output, no-input, orig-vlan, encap, legacy or disabled", Kind::Word,
@@ -303,10 +310,9 @@ const Command kRows[] = {
                  {"--src-in", "ENTITY", "source whose incoming frames are mirrored", Kind::Word, true},
                  {"--src-out", "ENTITY", "source whose outgoing frames are mirrored", Kind::Word, true},
                  kMayExist},
-     .details =
-         "A destination is the name of a port or uplink, at most 47 bytes; with type rmirror-src a "
-         "text of at most 32 bytes, with ermirror-src an IPv4 or IPv6 address, with logical-span "
-         "a MAC address. A source is a name as well; with type rmirror-dst a VLAN id, 0 to 4094.",
+     .details = "A destination is the name of a port or uplink, at most 47 bytes; with type rmirror-src a "
+                "text of at most 32 bytes, with ermirror-src an IPv4 or IPv6 address, with logical-span "
+                "a MAC address. A source is a name as well; with type rmirror-dst a VLAN id, 0 to 4094.",
      .example = "qvs mirror add sw1 monitor --type dvport --dst port1 --src-in port0 --src-out port0",
      .run = add,
      .touches = touchedSessions},

@@ -41,7 +41,7 @@ void set(const Arguments &arguments, Output &out) {
     PolicyPlace place(kMtu, arguments);
     bool same = readMtu(place.name()) == static_cast<int>(mtu) && place.holds(bytesOf(mtu)) &&
                 PolicyPlace(kEtherswitchMtu, arguments).holds(bytesOf(mtu));
-    require(call("VSDVS_SetMTU", VSDVS_SetMTU, place.name(), mtu), place.named());
+    require(callWhole("VSDVS_SetMTU", VSDVS_SetMTU, place.name(), mtu), place.named());
     place.report(out, !same);
 }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
@@ -63,7 +64,17 @@ void Output::flush() {
     // Emptied first: what could not be written is not tried again on the way out.
     fmt::memory_buffer waiting = std::move(buffer_);
     buffer_ = fmt::memory_buffer();
-    writeAll(STDOUT_FILENO, {waiting.data(), waiting.size()}, "standard output");
+    try {
+        writeAll(STDOUT_FILENO, {waiting.data(), waiting.size()}, "standard output");
+    } catch (const Failure &) {
+        // A reader that has seen enough hears nothing more. The signal was held off until here so that
+        // nothing but output ends the tool, and no change in the middle.
+        if (errno == EPIPE) {
+            std::signal(SIGPIPE, SIG_DFL);
+            std::raise(SIGPIPE);
+        }
+        throw;
+    }
 }
 
 void appendJson(fmt::memory_buffer &out, std::string_view text) {

@@ -54,8 +54,8 @@ void requireSame(DVSPort *port, const Arguments &arguments, const std::string &n
 
 HYP_ReturnStatus addOne(const Arguments &arguments, const std::string &alias, const std::string &port) {
     if (arguments.given("--external-id")) {
-        return call("VSDVS_AddOpaqueDVPort", VSDVS_AddOpaqueDVPort, alias.c_str(), port.c_str(),
-                    arguments.text("--external-id").c_str());
+        return callWhole("VSDVS_AddOpaqueDVPort", VSDVS_AddOpaqueDVPort, alias.c_str(), port.c_str(),
+                         arguments.text("--external-id").c_str());
     }
     return call("VSDVS_AddDVPort", VSDVS_AddDVPort, alias.c_str(), port.c_str(),
                 arguments.number("--connect-id", kDefaultConnectId));
@@ -72,18 +72,32 @@ void add(const Arguments &arguments, Output &out) {
         fail(Exit::Usage, "--external-id names one interface, so it takes one port");
     }
     DVSSwitch *sw = findVswitch(alias);
+    const uint32_t maxPorts = DVS_GetMaxPorts(sw);
+    const bool mayExist = arguments.given("--may-exist");
 
-    std::vector<bool> there;
-    for (const std::string &port : ports) {
+    auto isThere = [&](const std::string &port) {
         DVSPort *existing = lookUpPort(sw, port);
-        there.push_back(existing != nullptr);
-        if (existing == nullptr) continue;
-        if (!arguments.given("--may-exist")) throw libraryFailure(named(alias, port), HYP_EXISTS);
+        if (existing == nullptr) return false;
+        if (!mayExist) throw libraryFailure(named(alias, port), HYP_EXISTS);
         requireSame(existing, arguments, named(alias, port));
-    }
+        return true;
+    };
+    std::vector<bool> there;
+    for (const std::string &port : ports)
+        there.push_back(isThere(port));
+
+    auto nowThere = [&](const std::string &port) {
+        sw = findVswitch(alias);
+        return isThere(port);
+    };
     ChangeList changes(out, alias, "ports", "port");
     for (size_t i = 0; i < ports.size(); i++) {
-        if (!there[i]) require(addOne(arguments, alias, ports[i]), named(alias, ports[i]));
+        if (!there[i]) {
+            HYP_ReturnStatus status = addOne(arguments, alias, ports[i]);
+            there[i] = status == HYP_EXISTS && mayExist && comesTrue([&] { return nowThere(ports[i]); });
+            if (!there[i] && status != HYP_OK)
+                throw libraryFailure(named(alias, ports[i]), status, roomHint(status, maxPorts));
+        }
         changes.add(ports[i], !there[i]);
     }
 }

@@ -3,7 +3,9 @@
 #include <qvs/dvs.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 #include "failure.h"
 #include "library.h"
@@ -48,6 +50,21 @@ bool snapshotEmpty() {
     bool empty = true;
     forEachSwitch([&](DVSSwitch *) { return empty = false; });
     return empty;
+}
+
+bool comesTrue(const std::function<bool()> &made) {
+    constexpr int kLooks = 50;
+    constexpr std::chrono::milliseconds kPause(20);
+    for (int look = 1;; look++) {
+        require(call("DVSLoadConfig", DVSLoadConfig), "switch state");
+        try {
+            if (made()) return true;
+            if (look == kLooks) return false;
+        } catch (const Failure &) {
+            if (look == kLooks) throw;
+        }
+        std::this_thread::sleep_for(kPause);
+    }
 }
 
 DVSSwitch *findSwitch(const std::string &alias) {
@@ -97,6 +114,11 @@ uint32_t countPorts(DVSSwitch *sw) {
         return true;
     });
     return count;
+}
+
+std::string roomHint(HYP_ReturnStatus status, uint32_t maxPorts) {
+    if (status != HYP_LIMIT_EXCEEDED) return {};
+    return fmt::format("there is room for {} ports, those of uplinks among them", maxPorts);
 }
 
 std::vector<std::string_view> uplinkPorts(DVSSwitch *sw) {

@@ -4,6 +4,7 @@
 #include <qvs/mesh_public.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -88,6 +89,12 @@ std::optional<std::string_view> findText(const Place &place, std::string_view ke
 std::optional<uint32_t> findNumber(const Place &place, std::string_view key);
 
 bool snapshotEmpty();
+
+// Whether a change that another process was quicker to make, and may still be at, comes true: the snapshot is
+// loaded again until `made` finds it there, for a second at most. What `made` throws counts only at the end.
+// Handles from before are void.
+bool comesTrue(const std::function<bool()> &made);
+
 // The switch with this alias; a not-found failure without one.
 DVSSwitch *findSwitch(const std::string &alias);
 // The same for a switch that can be changed: one of class "vswitch".
@@ -99,6 +106,9 @@ DVSPort *lookUpPort(DVSSwitch *sw, const std::string &portId);
 DVSPort *findPort(DVSSwitch *sw, const std::string &alias, const std::string &portId);
 
 uint32_t countPorts(DVSSwitch *sw);
+// The words that tell how many ports a switch has room for when that was too few, and nothing for any other
+// status.
+std::string roomHint(HYP_ReturnStatus status, uint32_t maxPorts);
 // The identifiers of the ports that carry the uplinks of a switch, in their order.
 std::vector<std::string_view> uplinkPorts(DVSSwitch *sw);
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <limits>
 #include <string>
 
 #include "command.h"
@@ -18,6 +19,7 @@ namespace {
 
 constexpr uint32_t kDefaultVersion = 105;
 constexpr uint32_t kDefaultMaxPorts = 128;
+constexpr uint32_t kMostMaxPorts = std::numeric_limits<int32_t>::max();
 
 std::string named(std::string_view alias) {
     return "switch " + inQuotes(alias);
@@ -76,6 +78,35 @@ void requireSame(const SwitchView &sw, const Arguments &arguments, const std::st
            arguments.number("--ports", 0));
 }
 
+// Whether the switch is there as it is wanted. Throws when it is there and may not be, or differs.
+bool isThere(const Arguments &arguments, const std::string &alias) {
+    DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
+    if (sw == nullptr) return false;
+    if (!arguments.given("--may-exist")) throw libraryFailure(named(alias), HYP_EXISTS);
+    requireSame(SwitchView(sw), arguments, alias);
+    return true;
+}
+
+// A switch that lacks its portset or ports may be one that another process is still creating.
+bool isInTheMaking(const Arguments &arguments, const std::string &alias) {
+    DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
+    if (sw == nullptr || !arguments.given("--may-exist")) return false;
+    uint64_t wanted = uint64_t{arguments.number("--uplinks", 0)} + arguments.number("--ports", 0);
+    return !findText({Scope::Host, sw}, key::kPortset) || countPorts(sw) < wanted;
+}
+
+// Throws when the kernel has a portset of this name, whoever made it.
+void requireNoPortset(const std::string &portset, const std::string &alias) {
+    VshypBuffer buffer;
+    require(fetch("VSHYP_GetSwitches", VSHYP_GetSwitches, buffer, VSHYP_SELECT_SWITCH_NAMES), named(alias));
+    KernelList list = boundedList(std::move(buffer), VSHYP_SWITCH_NAME_ENTRY_SIZE, "switches");
+    for (uint32_t i = 0; i < list.count; i++) {
+        if (boundedText(list.entry(i).data(), VSHYP_SWITCH_NAME_ENTRY_SIZE) != portset) continue;
+        fail(Exit::Differs, "{}: portset {} exists in the kernel; name another with --portset", named(alias),
+             inQuotes(portset));
+    }
+}
+
 // A switch that stands in the way of a new one, and what to do about it.
 void requireFree(const std::string &portset, const Arguments &arguments, const std::string &alias) {
     forEachSwitch([&](DVSSwitch *sw) {
@@ -92,6 +123,16 @@ void requireFree(const std::string &portset, const Arguments &arguments, const s
     });
 }
 
+// The library makes lists of all uplinks, and the switch, before the first of them is refused.
+void requireRoom(const Arguments &arguments, const std::string &alias) {
+    uint32_t given = arguments.number("--max-ports", 0);
+    uint32_t maxPorts = given == 0 ? kDefaultMaxPorts : given;
+    uint64_t wanted = uint64_t{arguments.number("--uplinks", 0)} + arguments.number("--ports", 0);
+    if (wanted <= maxPorts) return;
+    throw libraryFailure(named(alias), HYP_LIMIT_EXCEEDED,
+                         fmt::format("--max-ports has to hold uplinks and ports, and is {}", maxPorts));
+}
+
 std::string_view hintFor(HYP_ReturnStatus status, const Arguments &arguments) {
     switch (status) {
         case HYP_BAD_PARAM:
@@ -100,8 +141,6 @@ std::string_view hintFor(HYP_ReturnStatus status, const Arguments &arguments) {
             return arguments.given("--id") ? ""
                                            : "the identifier is made from the first 15 bytes, "
                                              "give another with --id";
-        case HYP_LIMIT_EXCEEDED:
-            return "--max-ports has to hold uplinks and ports";
         default:
             return {};
     }
@@ -115,30 +154,38 @@ void create(const Arguments &arguments, Output &out) {
     if (arguments.given("--id")) requireFits(kSwitchIdLimit, arguments.text("--id"));
     uint32_t version = arguments.number("--version", kDefaultVersion);
     uint32_t maxPorts = arguments.number("--max-ports", 0);
-    uint32_t uplinks = arguments.number("--uplinks", 0);
-    uint32_t ports = arguments.number("--ports", 0);
-
-    DVSSwitch *existing = DVSState_SwitchFindByAlias(alias.c_str());
-    if (existing != nullptr && !arguments.given("--may-exist"))
-        throw libraryFailure(named(alias), HYP_EXISTS);
-    if (existing != nullptr) {
-        requireSame(SwitchView(existing), arguments, alias);
-    } else {
-        requireFree(portset, arguments, alias);
-        HYP_ReturnStatus status = call("VSDVS_CreateVSwitch", VSDVS_CreateVSwitch, alias.c_str(),
-                                       arguments.orNull("--id"), arguments.orNull("--portset"), version,
-                                       arguments.given("--opaque") ? 1 : 0, maxPorts, uplinks, ports);
-        if (status != HYP_OK) throw libraryFailure(named(alias), status, hintFor(status, arguments));
+    if (maxPorts > kMostMaxPorts) {
+        fail(Exit::Usage, "--max-ports: {} is more than {}, the most that the kernel takes", maxPorts,
+             kMostMaxPorts);
     }
-    reportChange(out, alias, {{"switch", alias}}, existing == nullptr);
+    auto nowThere = [&] { return isThere(arguments, alias); };
+    bool there = isInTheMaking(arguments, alias) ? comesTrue(nowThere) : nowThere();
+    if (!there) {
+        requireRoom(arguments, alias);
+        requireFree(portset, arguments, alias);
+        HYP_ReturnStatus status =
+            callWhole("VSDVS_CreateVSwitch", VSDVS_CreateVSwitch, alias.c_str(), arguments.orNull("--id"),
+                      arguments.orNull("--portset"), version, arguments.given("--opaque") ? 1 : 0, maxPorts,
+                      arguments.number("--uplinks", 0), arguments.number("--ports", 0));
+        // The kernel refuses a second portset of a name without saying why.
+        bool taken = status == HYP_EXISTS || status == HYP_FAILURE;
+        there = taken && arguments.given("--may-exist") && comesTrue(nowThere);
+        if (!there && status == HYP_FAILURE) requireNoPortset(portset, alias);
+        if (!there && status != HYP_OK)
+            throw libraryFailure(named(alias), status, hintFor(status, arguments));
+    }
+    reportChange(out, alias, {{"switch", alias}}, !there);
 }
 
 void destroy(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
-    bool there = !arguments.given("--if-exists") || DVSState_SwitchFindByAlias(alias.c_str()) != nullptr;
+    auto isGone = [&] { return DVSState_SwitchFindByAlias(alias.c_str()) == nullptr; };
+    bool there = !arguments.given("--if-exists") || !isGone();
     if (there) {
         findVswitch(alias);
-        require(call("VSDVS_DestroyVSwitch", VSDVS_DestroyVSwitch, alias.c_str()), named(alias));
+        HYP_ReturnStatus status = callWhole("VSDVS_DestroyVSwitch", VSDVS_DestroyVSwitch, alias.c_str());
+        there = !(status == HYP_NOT_FOUND && arguments.given("--if-exists") && comesTrue(isGone));
+        if (there) require(status, named(alias));
     }
     reportChange(out, alias, {{"switch", alias}}, there);
 }
@@ -259,7 +306,8 @@ std::string aliasOfPortset(const std::string &portset) {
 
 void find(const Arguments &arguments, Output &out) {
     bool byAlias = oneGiven(arguments, {"--portset", "--alias"}) == "--alias";
-    const std::string alias = byAlias ? arguments.text("--alias") : aliasOfPortset(arguments.text("--portset"));
+    const std::string alias =
+        byAlias ? arguments.text("--alias") : aliasOfPortset(arguments.text("--portset"));
     SwitchView sw(findSwitch(alias));
     std::optional<std::string> fromKernel = kernelId(alias);
     Record record(out);
@@ -301,11 +349,10 @@ const Command kRows[] = {
      .summary = "create a switch, its uplinks uplink0, uplink1... and its ports port0, port1...",
      .arguments = {{"ALIAS", "name of the new switch, at most 80 bytes"}},
      .options = {{"--id", "ID", "identifier, at most 63 bytes (made from the alias)"},
-                 {"--portset", "NAME",
-                  "name of the data path on this host, at most 127 bytes (the alias)"},
+                 {"--portset", "NAME", "name of the data path on this host, at most 127 bytes (the alias)"},
                  {"--version", "N", "version of the switch (105)"},
                  {"--opaque", nullptr, "its ports are managed from outside"},
-                 {"--max-ports", "N", "port capacity (128)"},
+                 {"--max-ports", "N", "port capacity, at most 2147483647 (128)"},
                  {"--uplinks", "N", "uplinks to create (0)"},
                  {"--ports", "N", "ports to create (0)"},
                  kMayExist},
@@ -348,7 +395,8 @@ const Command kRows[] = {
      .json = true,
      .summary = "find a switch by portset name or alias",
      .arguments = {},
-     .options = {{"--portset", "NAME", "the switch whose portset name NAME begins with", Kind::Word, false, Need::Choice},
+     .options = {{"--portset", "NAME", "the switch whose portset name NAME begins with", Kind::Word, false,
+                  Need::Choice},
                  {"--alias", "NAME", "the switch with this alias", Kind::Switch, false, Need::Choice}},
      .details = "The kernel id is the identifier that the kernel has for the alias on this host.",
      .example = "qvs switch find --portset sw1",

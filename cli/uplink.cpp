@@ -2,8 +2,10 @@
 #include <qvs/qvs.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <unordered_set>
 
 #include "command.h"
@@ -32,8 +34,16 @@ struct Uplink {
 std::vector<Uplink> readUplinks(const std::string &alias) {
     void *rawNames = nullptr;
     void *rawPorts = nullptr;
-    HYP_ReturnStatus status =
-        call("VSDVS_GetSwitchUplinkPorts", VSDVS_GetSwitchUplinkPorts, alias.c_str(), &rawNames, &rawPorts);
+    auto read = [&] {
+        return call("VSDVS_GetSwitchUplinkPorts", VSDVS_GetSwitchUplinkPorts, alias.c_str(), &rawNames,
+                    &rawPorts);
+    };
+    HYP_ReturnStatus status = read();
+    // Another process may have stored one list and not yet the other; then their counts differ.
+    for (int i = 0; status == HYP_FAILURE && i < 10; i++) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        status = read();
+    }
     VsdvsBuffer names(rawNames);
     VsdvsBuffer ports(rawPorts);
     if (status == HYP_NOT_FOUND) return {};
@@ -71,12 +81,18 @@ const std::vector<std::string> &uplinkArguments(const Arguments &arguments, cons
     return uplinks;
 }
 
+// Whether a change may have failed because another process was quicker, or was between the two lists.
+bool raced(HYP_ReturnStatus status, HYP_ReturnStatus quicker) {
+    return status == quicker || status == HYP_FAILURE;
+}
+
 // --- add, remove, set, clear ---
 
 void add(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
     const std::vector<std::string> &wanted = uplinkArguments(arguments, kUplinkLimit);
     DVSSwitch *sw = findVswitch(alias);
+    const uint32_t maxPorts = DVS_GetMaxPorts(sw);
     std::vector<Uplink> uplinks = readUplinks(alias);
 
     std::vector<bool> there;
@@ -91,9 +107,12 @@ void add(const Arguments &arguments, Output &out) {
     ChangeList changes(out, alias, "uplinks", "uplink");
     for (size_t i = 0; i < wanted.size(); i++) {
         if (!there[i]) {
-            require(call("VSDVS_AddSwitchUplinkPort", VSDVS_AddSwitchUplinkPort, alias.c_str(),
-                         wanted[i].c_str()),
-                    named(alias, wanted[i]));
+            HYP_ReturnStatus status = callWhole("VSDVS_AddSwitchUplinkPort", VSDVS_AddSwitchUplinkPort,
+                                                alias.c_str(), wanted[i].c_str());
+            there[i] = raced(status, HYP_EXISTS) && arguments.given("--may-exist") &&
+                       comesTrue([&] { return findUplink(readUplinks(alias), wanted[i]) != nullptr; });
+            if (!there[i] && status != HYP_OK)
+                throw libraryFailure(named(alias, wanted[i]), status, roomHint(status, maxPorts));
         }
         changes.add(wanted[i], !there[i]);
     }
@@ -114,12 +133,15 @@ void remove(const Arguments &arguments, Output &out) {
     }
     ChangeList changes(out, alias, "uplinks", "uplink");
     for (size_t i = 0; i < wanted.size(); i++) {
-        if (there[i] != nullptr) {
-            require(call("VSDVS_RemoveSwitchUplinkPort", VSDVS_RemoveSwitchUplinkPort, alias.c_str(),
-                         there[i]->port.c_str()),
-                    named(alias, wanted[i]));
+        bool changed = there[i] != nullptr;
+        if (changed) {
+            HYP_ReturnStatus status = callWhole("VSDVS_RemoveSwitchUplinkPort", VSDVS_RemoveSwitchUplinkPort,
+                                                alias.c_str(), there[i]->port.c_str());
+            changed = !(raced(status, HYP_NOT_FOUND) && arguments.given("--if-exists") &&
+                        comesTrue([&] { return findUplink(readUplinks(alias), wanted[i]) == nullptr; }));
+            if (changed) require(status, named(alias, wanted[i]));
         }
-        changes.add(wanted[i], there[i] != nullptr);
+        changes.add(wanted[i], changed);
     }
 }
 
@@ -159,18 +181,22 @@ void set(const Arguments &arguments, Output &out) {
             fail(Exit::Differs, "{}: has other uplinks; remove them with 'qvs uplink remove' first",
                  named(alias));
         }
+        uint32_t maxPorts = DVS_GetMaxPorts(sw);
         HYP_ReturnStatus status = HYP_OK;
-        if (arguments.given("--count")) {
-            status = call("SetNumSwitchUplinkPortsByUUID", SetNumSwitchUplinkPortsByUUID, DVS_SwitchId(sw),
-                          arguments.number("--count", 0));
+        if (arguments.number("--count", 0) > maxPorts) {
+            status = HYP_LIMIT_EXCEEDED;  // the library would make the lists first, and run out of memory
+        } else if (arguments.given("--count")) {
+            status = callWhole("SetNumSwitchUplinkPortsByUUID", SetNumSwitchUplinkPortsByUUID,
+                               DVS_SwitchId(sw), arguments.number("--count", 0));
         } else {
-            status = call("VSDVS_SetSwitchUplinkPorts", VSDVS_SetSwitchUplinkPorts, alias.c_str(),
-                          storedList(wanted, sizeof(VSDVS_UplinkName)).data(),
-                          storedList(wanted, sizeof(VSDVS_UplinkPort)).data());
+            status = callWhole("VSDVS_SetSwitchUplinkPorts", VSDVS_SetSwitchUplinkPorts, alias.c_str(),
+                               storedList(wanted, sizeof(VSDVS_UplinkName)).data(),
+                               storedList(wanted, sizeof(VSDVS_UplinkPort)).data());
         }
         if (status != HYP_OK) {
-            throw libraryFailure(named(alias), status,
-                                 status == HYP_EXISTS ? "a port has the name of an uplink" : "");
+            throw libraryFailure(
+                named(alias), status,
+                status == HYP_EXISTS ? "a port has the name of an uplink" : roomHint(status, maxPorts));
         }
     }
     reportChange(out, alias, {{"switch", alias}}, !same);
@@ -197,7 +223,7 @@ void clear(const Arguments &arguments, Output &out) {
     findVswitch(alias);
     bool there = hasLists(alias);
     if (there) {
-        require(call("VSDVS_ClearSwitchUplinkPorts", VSDVS_ClearSwitchUplinkPorts, alias.c_str()),
+        require(callWhole("VSDVS_ClearSwitchUplinkPorts", VSDVS_ClearSwitchUplinkPorts, alias.c_str()),
                 named(alias));
         // Its status is that of the name alone.
         if (hasLists(alias)) throw libraryFailure(named(alias) + ": uplink lists", HYP_FAILURE);
@@ -319,6 +345,13 @@ void takeDown(const Arguments &arguments, Output &out) {
 }
 
 constexpr Argument kUplinks{"UPLINK", "name of an uplink", Kind::Uplink, false, true};
+constexpr const char *kAddDetails =
+    "uplink up and uplink down take names of at most 31 characters, and no link is shown for a longer one. "
+    "Runs "
+    "that change the uplinks of one switch at the same time store one list over the other: one may be lost.";
+constexpr const char *kRemoveDetails =
+    "Runs that change the uplinks of one switch at the same time store one list over the other: one may be "
+    "left.";
 constexpr const char *kLinkDetails =
     "UPLINK is an uplink of the switch or the NIC that carries it, at most 31 bytes. The administrative "
     "state "
@@ -344,16 +377,18 @@ const Command kRows[] = {
                    {"UPLINK", "name of a new uplink and its port, at most 47 bytes", Kind::Word, false,
                     true}},
      .options = {kMayExist},
-     .details = nullptr,
-constexpr const char *kAddDetails =
-    "uplink up and uplink down take names of at most 31 bytes, and no link is shown for a longer one. "
-    "Runs "
-    "that change the uplinks of one switch at the same time store one list over the other: one may be lost.";
+     .details = kAddDetails,
+     constexpr const char *kAddDetails =
+         "uplink up and uplink down take names of at most 31 bytes, and no link is shown for a longer one. "
+         "Runs "
+         "that change the uplinks of one switch at the same time store one list over the other: one may be "
+         "lost.";
 constexpr const char *kRemoveDetails =
     "Runs that change the uplinks of one switch at the same time store one list over the other: one may be "
     "left.";
-     .example = "qvs uplink add sw1 uplink2 --may-exist",
-     .run = add},
+.example = "qvs uplink add sw1 uplink2 --may-exist", .run = add
+}  // namespace
+,
     {.noun = "uplink",
      .verb = "remove",
      .access = Access::Writes,
@@ -361,7 +396,7 @@ constexpr const char *kRemoveDetails =
      .summary = "remove uplinks and their ports from a switch",
      .arguments = {kSwitchArgument, kUplinks},
      .options = {kIfExists},
-     .details = nullptr,
+     .details = kRemoveDetails,
      .example = "qvs uplink remove sw1 uplink2",
      .run = remove},
     {.noun = "uplink",
@@ -370,8 +405,7 @@ constexpr const char *kRemoveDetails =
      .json = true,
      .summary = "give a switch without uplinks all of them at once",
      .arguments = {kSwitchArgument,
-                   {"UPLINK", "name of a new uplink and its port, at most 47 bytes", Kind::Word, true,
-                    true}},
+                   {"UPLINK", "name of a new uplink and its port, at most 47 bytes", Kind::Word, true, true}},
      .options = {{"--count", "N", "this many, called uplink0, uplink1..."}},
      .details = nullptr,
      .example = "qvs uplink set sw1 left right",
@@ -406,7 +440,7 @@ constexpr const char *kRemoveDetails =
      .details = kLinkDetails,
      .example = "qvs uplink down sw1 uplink0",
      .run = takeDown},
-};
+};  // namespace qvs::cli
 
 }  // namespace
 

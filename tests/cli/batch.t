@@ -8,7 +8,7 @@ Every line is read before the first runs.
   ? 2
   $ for file in nix .; do qvs batch $file; done
   qvs: file 'nix': No such file or directory
-  qvs: the commands could not be read
+  qvs: file '.': Is a directory
   ? 1
   $ qvs switch list --names
 

@@ -1,4 +1,4 @@
-Standard output that cannot be written is a failure, and never a signal.
+Standard output that cannot be written is a failure; a reader that has gone ends the tool as it ends others.
 
   $ qvs switch create sw1 --uplinks 1 --ports 2
   sw1: changed
@@ -9,8 +9,7 @@ Standard output that cannot be written is a failure, and never a signal.
   qvs: standard output: Bad file descriptor
   ? 1
   $ { qvs port list sw1 --kernel; echo "? $?" >status; } | true; cat status
-  qvs: standard output: Broken pipe
-  ? 1
+  ? 141
   $ qvs prop get sw1 com.quillon.common.alias --raw /dev/full
   qvs: file '/dev/full': No space left on device
   ? 1

@@ -112,8 +112,8 @@ Identifiers and portsets of others, more than the switch holds; nothing is left 
   qvs: switch 'fifteen-letters-b': Already exists (0xbad0005); the identifier is made from the first 15 bytes, give another with --id
   ? 4
   $ for more in '--ports 3' '--uplinks 3'; do qvs switch create sw3 --max-ports 2 $more; done
-  qvs: switch 'sw3': Limit exceeded (0xbad0006); --max-ports has to hold uplinks and ports
-  qvs: switch 'sw3': Limit exceeded (0xbad0006); --max-ports has to hold uplinks and ports
+  qvs: switch 'sw3': Limit exceeded (0xbad0006); --max-ports has to hold uplinks and ports, and is 2
+  qvs: switch 'sw3': Limit exceeded (0xbad0006); --max-ports has to hold uplinks and ports, and is 2
   ? 1
   $ qvs switch list --names
   sw1
