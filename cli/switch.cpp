@@ -12,8 +12,8 @@
 #include "library.h"
 #include "output.h"
 #include "snapshot.h"
-
 #include "values.h"
+
 namespace qvs::cli {
 namespace {
 

@@ -13,9 +13,9 @@
 #include "library.h"
 #include "output.h"
 #include "snapshot.h"
+#include "values.h"
 
 namespace qvs::cli {
-#include "values.h"
 namespace {
 
 std::string named(std::string_view alias) {
@@ -346,7 +346,7 @@ void takeDown(const Arguments &arguments, Output &out) {
 
 constexpr Argument kUplinks{"UPLINK", "name of an uplink", Kind::Uplink, false, true};
 constexpr const char *kAddDetails =
-    "uplink up and uplink down take names of at most 31 characters, and no link is shown for a longer one. "
+    "uplink up and uplink down take names of at most 31 bytes, and no link is shown for a longer one. "
     "Runs "
     "that change the uplinks of one switch at the same time store one list over the other: one may be lost.";
 constexpr const char *kRemoveDetails =
@@ -378,17 +378,8 @@ const Command kRows[] = {
                     true}},
      .options = {kMayExist},
      .details = kAddDetails,
-     constexpr const char *kAddDetails =
-         "uplink up and uplink down take names of at most 31 bytes, and no link is shown for a longer one. "
-         "Runs "
-         "that change the uplinks of one switch at the same time store one list over the other: one may be "
-         "lost.";
-constexpr const char *kRemoveDetails =
-    "Runs that change the uplinks of one switch at the same time store one list over the other: one may be "
-    "left.";
-.example = "qvs uplink add sw1 uplink2 --may-exist", .run = add
-}  // namespace
-,
+     .example = "qvs uplink add sw1 uplink2 --may-exist",
+     .run = add},
     {.noun = "uplink",
      .verb = "remove",
      .access = Access::Writes,
@@ -440,7 +431,7 @@ constexpr const char *kRemoveDetails =
      .details = kLinkDetails,
      .example = "qvs uplink down sw1 uplink0",
      .run = takeDown},
-};  // namespace qvs::cli
+};
 
 }  // namespace
 
