@@ -12,6 +12,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <sstream>
 
 #include <fmt/format.h>
@@ -91,7 +92,8 @@ int listenOn(const std::string &path) {
                         "state directory",
                         path, sizeof address.sun_path - 1));
     }
-    unlink(path.c_str());
+    if (unlink(path.c_str()) != 0 && errno != ENOENT)
+        throw StartError(fmt::format("cannot replace {}: {}", path, reason()));
     const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (listener < 0 || bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 ||
         listen(listener, SOMAXCONN) != 0) {
@@ -110,6 +112,16 @@ void applyLabFile(const std::string &path, Kernel &kernel) {
     } catch (const std::exception &error) {
         throw StartError(fmt::format("the lab {} cannot be used: {}", path, error.what()));
     }
+}
+
+std::unique_ptr<Kernel> makeKernel(const Options &options) {
+    auto kernel = std::make_unique<Kernel>(options.directory + "/hypercore.db");
+    kernel->store.limitTo(options.maxStateMib);
+    if (!options.lab.empty()) applyLabFile(options.lab, *kernel);
+    if (options.trace.empty()) return kernel;
+    if (const int error = kernel->trace.openFile(options.trace); error != 0)
+        throw StartError(fmt::format("cannot open the trace {}: {}", options.trace, std::strerror(error)));
+    return kernel;
 }
 
 void openLog(const std::string &path) {
@@ -165,17 +177,16 @@ void run(const Options &options) {
     openLog(options.directory + "/log");
     const std::string socketPath = options.directory + "/socket";
     const int listener = listenOn(socketPath);
-
-    asio::io_context io(1);
-    Kernel kernel(options.directory + "/hypercore.db");
-    kernel.store.limitTo(options.maxStateMib);
-    if (!options.lab.empty()) applyLabFile(options.lab, kernel);
-    if (!options.trace.empty()) {
-        if (const int error = kernel.trace.openFile(options.trace); error != 0) {
-            throw StartError(
-                fmt::format("cannot open the trace {}: {}", options.trace, std::strerror(error)));
-        }
+    std::unique_ptr<Kernel> whole;
+    try {
+        whole = makeKernel(options);
+    } catch (...) {
+        unlink(socketPath.c_str());
+        throw;
     }
+
+    Kernel &kernel = *whole;
+    asio::io_context io(1);
     Server server(io, kernel, listener, {options.directory, options.whileLeased});
     asio::signal_set signals(io, SIGTERM, SIGINT);
     signals.async_wait([&](const asio::error_code &error, int) {

@@ -15,8 +15,8 @@ namespace {
 constexpr uint32_t kFirstPort = 0x4000001;
 constexpr uint8_t kDefaultNics = 4;
 
-[[noreturn]] void damaged(const std::string &what) {
-    throw StoreError("the database is inconsistent: " + what, false);
+[[noreturn]] void damaged(const Store &store, const std::string &what) {
+    store.refuse("the database is inconsistent: " + what);
 }
 
 }  // namespace
@@ -88,7 +88,7 @@ void Model::loadSwitches() {
         sw->version = row.u32(4);
         if (const uint32_t number = row.u32(5); number != 0) {
             const auto portset = portsets_.find(number);
-            if (portset == portsets_.end()) damaged(fmt::format("portset {} is missing", number));
+            if (portset == portsets_.end()) damaged(store_, fmt::format("portset {} is missing", number));
             sw->portset = portset->second.get();
             sw->portset->owner = sw.get();
         }
@@ -97,7 +97,7 @@ void Model::loadSwitches() {
     });
     store_.each(Sql::AllSwitchProperties, [this](const Row &row) {
         const auto sw = switches_.find(row.integer(0));
-        if (sw == switches_.end()) damaged(fmt::format("switch {} is missing", row.integer(0)));
+        if (sw == switches_.end()) damaged(store_, fmt::format("switch {} is missing", row.integer(0)));
         PropertyList &list =
             row.u32(1) == static_cast<uint32_t>(Scope::Global) ? sw->second->global : sw->second->host;
         list.set(pool_.intern({row.bytes(2), row.bytes(3), row.u32(4)}));
@@ -117,7 +117,8 @@ void Model::loadPorts() {
         const uint32_t number = row.u32(0);
         if (owner == nullptr || owner->row != row.integer(1)) {
             const auto sw = switches_.find(row.integer(1));
-            if (sw == switches_.end()) damaged(fmt::format("port {:#x} belongs to no switch", number));
+            if (sw == switches_.end())
+                damaged(store_, fmt::format("port {:#x} belongs to no switch", number));
             owner = sw->second.get();
         }
         Port &port = insertPort(*owner, number, row.bytes(2));
@@ -126,12 +127,12 @@ void Model::loadPorts() {
         const bool whole = unpackStored(row.bytes(5), [&](const PropertyView &property) {
             if (property.key != kPortStatusKey) port.set(pool_.intern(property));
         });
-        if (!whole) damaged(fmt::format("the properties of port {:#x} are damaged", number));
+        if (!whole) damaged(store_, fmt::format("the properties of port {:#x} are damaged", number));
         nextPort_ = std::max(nextPort_, number + 1);
     });
     store_.each(Sql::AllPortProperties, [this](const Row &row) {
         Port *port = findPort(row.u32(0));
-        if (port == nullptr) damaged(fmt::format("port {:#x} is missing", row.u32(0)));
+        if (port == nullptr) damaged(store_, fmt::format("port {:#x} is missing", row.u32(0)));
         const std::string_view key = row.bytes(1);
         port->changed = true;
         if (key == kPortStatusKey) port->statusFrom = Port::StatusFrom::Client;
@@ -153,11 +154,11 @@ void Model::loadNics() {
         nic->speedMbps = row.u32(3);
         nic->mtu = row.u32(4);
         const std::string_view mac = row.bytes(5);
-        if (mac.size() != nic->mac.size()) damaged(fmt::format("the address of NIC {}", nic->name));
+        if (mac.size() != nic->mac.size()) damaged(store_, fmt::format("the address of NIC {}", nic->name));
         std::memcpy(nic->mac.data(), mac.data(), mac.size());
         if (const uint32_t number = row.u32(6); number != 0) {
             nic->port = findPort(number);
-            if (nic->port == nullptr) damaged(fmt::format("NIC {} serves no port", nic->name));
+            if (nic->port == nullptr) damaged(store_, fmt::format("NIC {} serves no port", nic->name));
             nic->port->nic = nic.get();
         }
         nics_.push_back(std::move(nic));

@@ -1,9 +1,13 @@
 // The SQLite side of the store: schema, statements, and which files are refused.
 #include "kernel/store.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 
@@ -85,7 +89,6 @@ static_assert(std::size(kStatements) == static_cast<size_t>(Sql::Count));
 void refuseForeign(const std::string &path) {
     char header[100] = {};
     std::ifstream file(path, std::ios::binary);
-    if (!file) throw StoreError("it cannot be read", false);
     file.read(header, sizeof header);
     if (file.gcount() != sizeof header ||
         std::string_view(header, 16) != std::string_view("SQLite format 3\0", 16)) {
@@ -121,20 +124,30 @@ std::string_view Row::bytes(int column) const {
     return {static_cast<const char *>(data), static_cast<size_t>(size)};
 }
 
-Store::Store(const std::string &path) try {
+Store::Store(const std::string &path) : path_(path) {
     if (!std::filesystem::exists(path)) create(path);
-    refuseForeign(path);
-    open(path);
-    // Whatever is found below, closing must not touch a damaged file.
-    sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-    execute("PRAGMA locking_mode = EXCLUSIVE; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 4000");
-    verify();
-    prepare();
-} catch (const std::exception &error) {
-    throw StoreError(
-        fmt::format("cannot use {}: {}; put back a copy, or move it away to begin with an empty host", path,
-                    error.what()),
-        false);
+    if (access(path.c_str(), R_OK | W_OK) != 0)
+        throw StoreError(fmt::format("cannot read and write {}: {}", path, std::strerror(errno)), false);
+    try {
+        refuseForeign(path);
+        open(path);
+        // Whatever is found below, closing must not touch a damaged file.
+        sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        execute(
+            "PRAGMA locking_mode = EXCLUSIVE; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 4000");
+        verify();
+        prepare();
+    } catch (const std::exception &error) {
+        refuse(error.what());
+    }
+}
+
+void Store::refuse(std::string_view reason) const {
+    // The log of one database, found beside another one, would be applied to it.
+    throw StoreError(fmt::format("cannot use {0}: {1}; put back a copy and remove {0}-wal, or move both away "
+                                 "to begin with an empty host",
+                                 path_, reason),
+                     false);
 }
 
 void Store::Close::operator()(sqlite3 *database) const {
@@ -153,7 +166,7 @@ void Store::open(const std::string &path) {
     check(code);
 }
 
-void Store::create(const std::string &path) {
+void Store::create(const std::string &path) try {
     // Made aside and moved into place, so that a file of this name always has its header.
     const std::string fresh = path + ".new";
     std::filesystem::remove(fresh);
@@ -164,6 +177,8 @@ void Store::create(const std::string &path) {
     execute(kSchema);
     database_.reset();
     std::filesystem::rename(fresh, path);
+} catch (const std::exception &error) {
+    throw StoreError(fmt::format("cannot make {}: {}", path, error.what()), false);
 }
 
 void Store::prepare() {

@@ -85,6 +85,8 @@ class Store {
     // Opens the database at `path` and makes a new one where there is none. A file that is not one of ours,
     // or is damaged, is refused with a message and left as it is.
     explicit Store(const std::string &path);
+    // Throws what a file gets that cannot be used for that reason, and the way out.
+    [[noreturn]] void refuse(std::string_view reason) const;
     Store(const Store &) = delete;
     Store &operator=(const Store &) = delete;
 
@@ -149,6 +151,7 @@ class Store {
         void operator()(sqlite3_stmt *statement) const;
     };
 
+    std::string path_;
     std::unique_ptr<sqlite3, Close> database_;
     std::vector<std::unique_ptr<sqlite3_stmt, Close>> statements_;
     int depth_ = 0;

@@ -176,8 +176,9 @@ void Host::leave() {
 
 void connectTo(wire::Client *client, const std::string &socket, int timeoutSeconds) {
     if (client->connect(socket.c_str(), timeoutSeconds)) return;
-    throw Error(fmt::format("no host answers at {} ({}); start one with \"qvs-host start --state DIR\"",
-                            socket, strerror(errno)));
+    const bool isThere = errno != ENOENT && errno != ECONNREFUSED;
+    throw Error(fmt::format("no host answers at {} ({}){}", socket, strerror(errno),
+                            isThere ? "" : "; start one with \"qvs-host start --state DIR\""));
 }
 
 json control(const std::string &socket, const json &request) {

@@ -65,6 +65,7 @@ refused() {
     expect "$1" "${message%%: *}" 'qvs-host'
     case $message in *"$2"*) ;; *) fail "$1: $message" ;; esac
     cmp state/hypercore.db kept || fail "$1: the file was changed"
+    [ ! -e state/socket ] || fail "$1: the socket is left"
 }
 cp state/hypercore.db whole
 size=$(stat -c %s whole)
@@ -78,6 +79,9 @@ refused 'text' 'not a database'
 head -c 60 whole >state/hypercore.db
 head -c 4096 /dev/zero >>state/hypercore.db
 refused 'foreign' 'a database of another program'
+cp whole state/hypercore.db
+python3 -c 'import sqlite3; d = sqlite3.connect("state/hypercore.db"); d.execute("DELETE FROM switches"); d.commit()'
+refused 'inconsistent' "cannot use $PWD/state/hypercore.db: the database is inconsistent: port 0x4000001 belongs to no switch; put back a copy and remove"
 cp whole state/hypercore.db
 start
 expect 'the whole one' "$("$QVS_PORTS" check sw "$full")" $((full + 10))
