@@ -23,8 +23,8 @@ The check of teaming: u8 deployed, u32 minutes; beside it u8 what is expected.
   sw1: unchanged
   {"switch":"sw1","enabled":false,"interval":0,"expected":"ip-hash"}
   $ qvs health team deploy sw1; qvs health team deploy sw1 --off --interval 1
-  qvs: either --interval or --off is needed
-  qvs: either --interval or --off is needed
+  qvs: one of --interval, --off is needed
+  qvs: --interval and --off exclude each other
   ? 2
   $ qvs health team param sw1 hash
   qvs: TEAMING: 'hash' is none of other, ip-hash
@@ -62,6 +62,7 @@ The check of VLANs and MTU, with a parameter of 512 bytes.
   ? 2
   $ qvs health vlan-mtu param sw1
   qvs: --file is needed
+  qvs: usage: qvs health vlan-mtu param SWITCH --file FILE
   ? 2
 
 What the kernel finds: the VLANs of ports whose policy names some, and the MTUs, good and bad.

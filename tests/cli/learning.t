@@ -24,7 +24,7 @@ How long addresses are kept, and how many. The record: 24 bits of seconds, a byt
   sw1: changed
   2d0100ff01000000
   $ for more in '--aging 1000001' ''; do qvs mac-learning set sw1 $more; done
-  qvs: --aging: 1000001 seconds, at most 1000000 fit
+  qvs: --aging: '1000001' is not a number from 0 to 1000000
   qvs: at least one of --aging, --limit is needed
   ? 2
   $ qvs prop set sw1 com.quillon.vswitch.macLearning --hex 2c0100ff010000 --host; qvs mac-learning get sw1; qvs mac-learning set sw1 --aging 5 --limit 6; qvs prop get sw1 com.quillon.vswitch.macLearning --host; qvs prop set sw1 com.quillon.vswitch.macLearning --hex ffffff0001000000 --host; qvs mac-learning set sw1 --limit 9
@@ -142,7 +142,7 @@ Addresses that are always let in: a count and six bytes each.
   $ for more in 01:00:5e:00:00 '' '01:00:5e:00:00:01 --empty'; do qvs mcast list set sw1 $more; done
   qvs: '01:00:5e:00:00' is no MAC address, like 01:00:5e:00:00:01
   qvs: one of MAC, --empty is needed
-  qvs: one of MAC, --empty is needed
+  qvs: MAC and --empty exclude each other
   ? 2
   $ qvs port mcast set sw1 port0 --empty; qvs port mcast set sw1 port0 --empty; qvs port mcast get sw1 port0; qvs prop list sw1 --port port0 | grep mcast
   sw1/port0: changed

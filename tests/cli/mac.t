@@ -74,8 +74,8 @@ An address is behind one port of a switch, and another switch may have it too.
   qvs: switch 'sw1': port 'p0': Failure (0xbad0001)
   qvs: switch 'sw1': port 'p0': Failure (0xbad0001)
   $ sh on 'qvs mac add sw1 02:00:00:00:00:03; qvs mac add sw1 02 --port p0 --number 1; qvs mac add sw1 2 --port p0; qvs mac add sw1 '$(printf '00%.0s' $(seq 87))' --port p0'
-  qvs: either --port or --number is needed
-  qvs: either --port or --number is needed
+  qvs: one of --port, --number is needed
+  qvs: --port and --number exclude each other
   qvs: ENTRY: '2' is not a row of pairs of digits
   qvs: ENTRY: 87 bytes, 1 to 86 fit
 

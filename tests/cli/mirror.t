@@ -155,14 +155,15 @@ What the records cannot hold is refused, and nothing stored.
   qvs: destination 'port0': neither an IPv4 nor an IPv6 address
   qvs: destination '02:00:00:00:00': no MAC address like 02:00:00:00:00:01
   qvs: --encap-vlan: '4095' is no VLAN id, which go from 0 to 4094
-  qvs: snap length: 2147483648, at most 2147483647 fit
+  qvs: --snap-length: '2147483648' is not a number from 0 to 2147483647
   qvs: --sampling-rate: '4294967296' is not a number from 0 to 4294967295
   qvs: --stack: only sessions of type ermirror-src have one
   qvs: --type: 'other' is none of mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src, logical-span
   qvs: --flag: 'other' is none of no-output, no-input, orig-vlan, encap, legacy, disabled
   2 2 2 2 2 2 2 2 2 2 2
   $ qvs mirror add sw1 s
-  qvs: --type is needed: one of mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src, logical-span
+  qvs: --type is needed
+  qvs: usage: qvs mirror add SWITCH SESSION [--port PORT] --type TYPE [--name TEXT] [--snap-length BYTES] [--flag FLAG]... [--encap-vlan VLAN] [--sampling-rate N] [--stack] [--dst ENTITY]... [--src-in ENTITY]... [--src-out ENTITY]... [--may-exist]
   ? 2
   $ qvs mirror list sw1 --json
   []

@@ -25,7 +25,7 @@ Options of the switch module: a block with its length in front, and the module's
   qvs: runtime options: Failure (0xbad0001)
   qvs: runtime options: Failure (0xbad0001)
   qvs: --file: 9 bytes, and the block says 10
-  qvs: either OPTIONS or --file is needed
+  qvs: one of OPTIONS, --file is needed
   qvs: OPTIONS and --file exclude each other
   qvs: OPTIONS: '9' is not a row of pairs of digits
   $ sh on "qvs options set '0100 f10f $(printf '55%.0s' $(seq 4081))'; qvs options set '0100 ec0f $(printf '55%.0s' $(seq 4076))'; qvs options get 7 --json | cut -c 1-24"

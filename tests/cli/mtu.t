@@ -30,8 +30,8 @@ What was left behind differs from what is set.
   sw1: changed
 
   $ for mtu in 1279 9001; do qvs mtu set sw1 $mtu; done
-  qvs: MTU: 1279 is outside 1280 to 9000 bytes
-  qvs: MTU: 9001 is outside 1280 to 9000 bytes
+  qvs: MTU: '1279' is not a number from 1280 to 9000
+  qvs: MTU: '9001' is not a number from 1280 to 9000
   ? 2
   $ qvs mtu set sw1 1280 && qvs mtu get sw1
   sw1: changed

@@ -83,8 +83,8 @@ By identifier, without the snapshot.
 Bad values change nothing.
 
   $ qvs prop set sw1 k; qvs prop set sw1 k v --hex 00
-  qvs: one of VALUE, --text, --hex and --file is needed
-  qvs: one of VALUE, --text, --hex and --file is needed
+  qvs: one of VALUE, --text, --hex, --file is needed
+  qvs: VALUE and --hex exclude each other
   ? 2
   $ for hex in 012 0g; do qvs prop set sw1 k --hex $hex; done
   qvs: --hex: '012' is not a row of pairs of digits

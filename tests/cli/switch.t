@@ -72,8 +72,8 @@ Created with uplinks and ports, listed and shown.
   qvs: portset 'nix': Not found (0xbad0003)
   ? 3
   $ qvs switch find; qvs switch find --alias sw1 --portset sw1
-  qvs: one of --portset and --alias is needed
-  qvs: one of --portset and --alias is needed
+  qvs: one of --portset, --alias is needed
+  qvs: --portset and --alias exclude each other
   ? 2
   $ qvs switch lag-table sw1 --raw - | wc -c
   35588

@@ -57,8 +57,8 @@ Links: changed is what the link shows; taking down is asked of the kernel each t
   $ qvs uplink set sw1 uplink0 right
   sw1: unchanged
   $ qvs uplink set sw1; qvs uplink set sw1 right --count 1
-  qvs: either uplink names or --count is needed
-  qvs: either uplink names or --count is needed
+  qvs: one of UPLINK, --count is needed
+  qvs: UPLINK and --count exclude each other
   ? 2
   $ qvs uplink remove sw1 uplink0 right --json
   {"switch":"sw1","changed":true,"uplinks":[{"uplink":"uplink0","changed":true},{"uplink":"right","changed":true}]}

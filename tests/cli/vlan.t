@@ -93,7 +93,7 @@ Refused, and nothing stored.
   qvs: --trunk: 65536 ranges, at most 65535 fit
   ? 2
   $ for more in '--priority 8' --private; do qvs port vlan set sw1 port0 $more; done
-  qvs: --priority: 8 is outside 0 to 7
+  qvs: --priority: '8' is not a number from 0 to 7
   qvs: at least one of --id, --trunk, --priority is needed
   ? 2
   $ qvs prop get sw1 com.quillon.vswitch.port.vlan --port port0
