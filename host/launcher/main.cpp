@@ -14,7 +14,9 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include "launcher/checks.h"
 #include "launcher/error.h"
+#include "launcher/fault.h"
 #include "launcher/host.h"
 #include "launcher/layout.h"
 #include "launcher/report.h"
@@ -33,18 +35,15 @@ std::string absolute(const std::string &path) {
     return whole;
 }
 
-// An empty name comes from a variable that nobody set, not from who wants a host to throw away.
-std::string namesDirectory(const std::string &path) {
-    return path.empty() ? "names no directory" : "";
-}
-
 void withHostOptions(CLI::App *command, HostOptions *options, bool stateRequired) {
     auto *state = command->add_option("--state", options->directory, "Directory that holds the host's state");
     state->check(namesDirectory);
     if (stateRequired) state->required();
-    command->add_option("--lab", options->lab, "Lab to set up (JSON)");
-    command->add_option("--trace", options->trace, "File to which a line for each request is appended");
-    command->add_option("--max-state-mib", options->maxStateMib, "Cap on the database, to try a full disk");
+    command->add_option("--lab", options->lab, "Lab to set up (JSON)")->check(namesFile);
+    command->add_option("--trace", options->trace, "File to which a line for each request is appended")
+        ->check(namesFile);
+    command->add_option("--max-state-mib", options->maxStateMib, "Cap on the database, to try a full disk")
+        ->check(isNumber(1, UINT32_MAX));
 }
 
 HostOptions resolved(HostOptions options) {
@@ -101,48 +100,6 @@ int followTrace(const std::string &socket) {
         fmt::print("{}\n", line);
         if (fflush(stdout) != 0) return 0;
     }
-    return 0;
-}
-
-struct FaultOptions {
-    std::string match;
-    uint32_t nth = 1;
-    uint32_t count = 1;
-    bool forEver = false;
-    std::string error;
-    std::string status;
-    std::optional<uint32_t> exit;
-    uint32_t delay = 0;
-    std::string kill;
-    std::vector<std::string> output;
-    std::optional<uint32_t> truncate;
-    std::string lab;
-};
-
-json patchOf(const std::string &argument) {
-    uint32_t offset = 0;
-    int length = 0;
-    if (sscanf(argument.c_str(), "%u:%n", &offset, &length) != 1 || length == 0) {
-        throw Error(fmt::format("--output {}: not like 0:ffffffff", argument), kExitUsage);
-    }
-    return {{"offset", offset}, {"hex", argument.substr(static_cast<size_t>(length))}};
-}
-
-int addFault(const std::string &socket, const FaultOptions &options) {
-    json request = {{"op", "fault.add"},
-                    {"match", options.match},
-                    {"nth", options.nth},
-                    {"count", options.forEver ? 0 : options.count}};
-    if (!options.error.empty()) request["errno"] = options.error;
-    if (!options.status.empty()) request["status"] = options.status;
-    if (options.exit) request["exit"] = *options.exit;
-    if (options.delay != 0) request["delayMs"] = options.delay;
-    if (!options.kill.empty()) request["kill"] = options.kill;
-    for (const std::string &patch : options.output)
-        request["output"].push_back(patchOf(patch));
-    if (options.truncate) request["truncate"] = *options.truncate;
-    if (!options.lab.empty()) request["lab"] = readJson(options.lab);
-    control(socket, request);
     return 0;
 }
 
@@ -221,22 +178,10 @@ class CommandLine {
     void addFaults() {
         CLI::App *group = app_.add_subcommand("fault", "Make requests fail")->require_subcommand(1);
         CLI::App *command = addManaged(group, "add", "Add a fault", [this](const std::string &socket) {
-            return addFault(socket, fault_);
+            control(socket, requestOf(fault_));
+            return 0;
         });
-        command->add_option("MATCH", fault_.match, "Part of a trace line; * and ? stand for other text")
-            ->required();
-        command->add_option("--nth", fault_.nth, "Begin with the N-th match (default 1)");
-        command->add_option("--count", fault_.count, "How many matches (default 1)");
-        command->add_flag("--forever", fault_.forEver, "All matches from then on");
-        command->add_option("--errno", fault_.error, "Device requests fail with this error, such as EIO");
-        command->add_option("--status", fault_.status,
-                            "State requests fail with this status, such as 0xbad0014");
-        command->add_option("--exit", fault_.exit, "treesh fails with this exit code");
-        command->add_option("--delay", fault_.delay, "Wait so many milliseconds first");
-        command->add_option("--kill", fault_.kill, "The host dies: before, middle (of the change) or after");
-        command->add_option("--output", fault_.output, "Overwrite bytes of the answer: OFFSET:HEX");
-        command->add_option("--truncate", fault_.truncate, "Cut the answer to so many bytes");
-        command->add_option("--lab", fault_.lab, "Apply this lab just before the request");
+        addFaultOptions(command, &fault_);
         addManaged(group, "list", "List the faults", [this](const std::string &socket) {
             const json faults = control(socket, {{"op", "fault.list"}})["faults"];
             if (asJson_) {
