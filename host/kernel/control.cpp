@@ -83,6 +83,7 @@ json status(Members &, Server &server) {
 json reset(Members &members, Server &server) {
     members.finish();
     server.kernel().model.reset();
+    server.kernel().faults.clear();
     return json::object();
 }
 

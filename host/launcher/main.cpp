@@ -103,18 +103,25 @@ int followTrace(const std::string &socket) {
     return 0;
 }
 
+constexpr char kTraceLines[] = R"(A line is the request, and behind " -> " its result:
+  device ioctl "/dev/vswitch" 0x100b GetUplinks in=268 out=8 input=[0:737731] -> 0
+  state PortAdd switch="73 77 31" port="port0" length=420 -> 0xbad0005
+  shell treesh -e set /net/create sw1 "128\n" vswitch -> exit 0)";
+
 // Each command with its options, and what is to be done once they are read.
 class CommandLine {
   public:
     explicit CommandLine(const std::vector<std::string> &command) : command_(command) {
         app_.require_subcommand(1);
         app_.set_help_all_flag("--help-all", "Print the help of all commands");
+        app_.set_version_flag("--version", "qvs-host " QVS_VERSION);
         addRunning();
         addManaging();
         addFaults();
     }
 
     int parseAndRun(std::vector<std::string> arguments) {
+        if (arguments == std::vector<std::string>{"help"}) arguments = {"--help"};
         std::reverse(arguments.begin(), arguments.end());
         try {
             app_.parse(arguments);
@@ -168,15 +175,18 @@ class CommandLine {
         addManaged(&app_, "status", "Show what a host holds", [this](const std::string &socket) {
             return status(socket, asJson_);
         })->add_flag("--json", asJson_, "Print JSON");
-        addManaged(&app_, "reset", "Make a host empty, as new", [](const std::string &socket) {
-            control(socket, {{"op", "reset"}});
-            return 0;
-        });
-        addManaged(&app_, "trace", "Print each request as it happens", followTrace);
+        addManaged(&app_, "reset", "Make a host empty, as new, and remove its faults",
+                   [](const std::string &socket) {
+                       control(socket, {{"op", "reset"}});
+                       return 0;
+                   });
+        addManaged(&app_, "trace", "Print each request as it happens", followTrace)->footer(kTraceLines);
     }
 
     void addFaults() {
         CLI::App *group = app_.add_subcommand("fault", "Make requests fail")->require_subcommand(1);
+        group->footer(
+            "\"qvs-host trace\" shows the requests, \"qvs-host fault add --help\" what can happen to them.");
         CLI::App *command = addManaged(group, "add", "Add a fault", [this](const std::string &socket) {
             control(socket, requestOf(fault_));
             return 0;

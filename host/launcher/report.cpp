@@ -2,6 +2,7 @@
 #include "launcher/report.h"
 
 #include <string>
+#include <utility>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -16,6 +17,20 @@ std::string text(const json &value, const char *member) {
     const auto found = value.find(member);
     if (found == value.end() || found->is_null()) return "-";
     return found->is_string() ? found->get<std::string>() : found->dump();
+}
+
+// What a fault does, in the options that `fault add` has for it.
+std::string actionOf(const json &fault) {
+    constexpr std::pair<const char *, const char *> kOptions[] = {
+        {"errno", "--errno"},   {"status", "--status"}, {"exit", "--exit"},
+        {"delayMs", "--delay"}, {"kill", "--kill"},     {"truncate", "--truncate"}};
+    std::string action;
+    for (const auto &[member, option] : kOptions) {
+        if (fault.contains(member)) action += fmt::format(" {} {}", option, text(fault, member));
+    }
+    for (const json &patch : fault.value("output", json::array()))
+        action += fmt::format(" --output {}:{}", patch.value("offset", 0u), text(patch, "hex"));
+    return fault.contains("lab") ? action + " --lab, a lab" : action;
 }
 
 std::string duration(uint64_t seconds) {
@@ -37,13 +52,10 @@ void printSwitch(const json &sw) {
 
 void printFaults(const json &faults) {
     for (const json &fault : faults) {
-        json action = fault;
-        for (const char *member : {"id", "match", "nth", "count", "matched", "fired"})
-            action.erase(member);
         const std::string times =
-            fault["count"] == 0 ? "from then on" : fmt::format("{} times", text(fault, "count"));
-        fmt::print("  {}: \"{}\" from match {}, {}: {}; matched {}, fired {}\n", text(fault, "id"),
-                   text(fault, "match"), text(fault, "nth"), times, action.dump(), text(fault, "matched"),
+            fault["count"] == 0 ? "--forever" : fmt::format("--count {}", text(fault, "count"));
+        fmt::print("  {}: \"{}\" --nth {} {}{}; matched {}, fired {}\n", text(fault, "id"),
+                   text(fault, "match"), text(fault, "nth"), times, actionOf(fault), text(fault, "matched"),
                    text(fault, "fired"));
     }
 }
