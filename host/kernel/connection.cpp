@@ -174,7 +174,7 @@ void Connection::begin(const Effect &effect) {
         try {
             applyLab(*lab, kernel().model, kernel().store);
         } catch (const std::exception &error) {
-            spdlog::info("fault: the lab change failed: {}", error.what());
+            spdlog::warn("fault: the lab cannot be applied: {}", error.what());
         }
     }
     kernel().store.dieAtCommit(effect.kill == Effect::Kill::Middle);

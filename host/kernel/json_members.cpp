@@ -80,12 +80,13 @@ void Members::each(const char *name, const std::function<void(Members)> &visit) 
 }
 
 std::string Members::bytes(const char *name, std::string_view hex) const {
+    if (hex.find_first_not_of("0123456789abcdefABCDEF") != std::string_view::npos)
+        fail(name, "holds something else than hexadecimal digits");
     if (hex.size() % 2 != 0) fail(name, "has an odd number of digits");
     std::string result;
     for (size_t at = 0; at < hex.size(); at += 2) {
         uint8_t byte = 0;
-        const char *end = hex.data() + at + 2;
-        if (std::from_chars(hex.data() + at, end, byte, 16).ptr != end) fail(name, "is not hexadecimal");
+        std::from_chars(hex.data() + at, hex.data() + at + 2, byte, 16);
         result += static_cast<char>(byte);
     }
     return result;

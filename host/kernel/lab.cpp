@@ -98,7 +98,8 @@ class Laboratory {
         uint8_t index = 0;
         for (const Lab::NicPart &part : parts) {
             Nic *known = fresh ? nullptr : model_.findNic(part.name);
-            if (known == nullptr && !fresh) fail("NIC " + part.name, Status::NotFound);
+            if (known == nullptr && !fresh)
+                throw LabError(fmt::format("NIC {}: NICs can be added to an empty host alone", part.name));
             Nic nic;
             if (known != nullptr) nic = *known;
             if (known == nullptr) nic.mac = {2, 0, 0, 0, 0, index++};

@@ -11,6 +11,14 @@ namespace {
 
 using nlohmann::json;
 
+std::string nameOf(Members &members, const char *member, size_t most) {
+    std::string name = members.text(member);
+    if (name.empty() || name.size() > most) {
+        members.fail(member, fmt::format("is not a name of 1 to {} characters", most));
+    }
+    return name;
+}
+
 bool linkState(const Members &members, const std::string &text) {
     if (text != "up" && text != "down") members.fail("link", "is neither \"up\" nor \"down\"");
     return text == "up";
@@ -18,10 +26,12 @@ bool linkState(const Members &members, const std::string &text) {
 
 Lab::NicPart parseNic(Members members) {
     Lab::NicPart nic;
-    nic.name = members.text("name");
+    nic.name = nameOf(members, "name", kMaxNicName);
     if (const auto link = members.maybeText("link")) nic.link = linkState(members, *link);
     nic.speedMbps = members.maybeNumber("speedMbps");
     nic.mtu = members.maybeNumber("mtu");
+    if (nic.mtu && (*nic.mtu < kMinMtu || *nic.mtu > kMaxMtu))
+        members.fail("mtu", fmt::format("is not a number from {} to {}", kMinMtu, kMaxMtu));
     nic.mac = members.maybeMac("mac");
     members.finish();
     return nic;
@@ -62,12 +72,13 @@ Lab::PropertyPart parseProperty(Members members) {
 
 Lab::SwitchPart parseSwitch(Members members) {
     Lab::SwitchPart sw;
-    sw.alias = members.text("alias");
-    sw.id = members.maybeText("id").value_or("");
+    sw.alias = nameOf(members, "alias", kMaxPortsetName);
+    if (members.has("id")) sw.id = nameOf(members, "id", kMaxSwitchId);
     sw.className = members.maybeText("class");
     sw.portset = members.maybeText("portset");
     sw.version = members.maybeNumber("version");
     sw.maxPorts = members.maybeNumber("maxPorts");
+    if (sw.maxPorts == 0u) members.fail("maxPorts", "is not a number from 1 to 4294967295");
     sw.uplinks = members.texts("uplinks");
     sw.ports = members.texts("ports");
     members.each("properties",

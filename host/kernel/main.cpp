@@ -22,6 +22,7 @@
 #include <nlohmann/json.hpp>
 
 #include "kernel/server.h"
+#include "wire/json.h"
 #include "wire/stream.h"
 
 #include <asio/signal_set.hpp>
@@ -108,7 +109,7 @@ void applyLabFile(const std::string &path, Kernel &kernel) {
     std::stringstream text;
     text << file.rdbuf();
     try {
-        applyLab(parseLab(nlohmann::json::parse(text.str())), kernel.model, kernel.store);
+        applyLab(parseLab(wire::parseJson(text.str())), kernel.model, kernel.store);
     } catch (const std::exception &error) {
         throw StartError(fmt::format("the lab {} cannot be used: {}", path, error.what()));
     }

@@ -20,6 +20,7 @@
 #include <nlohmann/json.hpp>
 
 #include "launcher/error.h"
+#include "wire/json.h"
 
 namespace qvs::launcher {
 
@@ -202,8 +203,8 @@ json readJson(const std::string &path) {
     std::stringstream text;
     text << file.rdbuf();
     try {
-        return json::parse(text.str());
-    } catch (const json::exception &error) {
+        return wire::parseJson(text.str());
+    } catch (const std::exception &error) {
         throw Error(fmt::format("{}: {}", path, error.what()));
     }
 }

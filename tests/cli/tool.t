@@ -120,4 +120,39 @@ A lab that counts too far is refused.
 A fault that makes no sense is a wrong usage.
 
   $ for words in '--errno EIO --count 0' '--errno EIO --count 2 --forever' '--errno EFOO' '--status bad' '--output 4294967296:ff' '--output 0:f' '--delay 0' '--kill never' ''; do qvs-host fault add x $words --state . 2>&1 | head -n 1; done; qvs-host fault add '' --errno EIO --state .
+  qvs-host: --count: '0' is not a number from 1 to 4294967295
+  qvs-host: --count excludes --forever
+  qvs-host: --errno: 'EFOO' is not the name of an error, such as EIO
+  qvs-host: --status: 'bad' is not a number like 0xbad0014
+  qvs-host: --output: '4294967296:ff' is not an offset and bytes, such as 0:ffffffff
+  qvs-host: --output: '0:f' is not an offset and bytes, such as 0:ffffffff
+  qvs-host: --delay: '0' is not a number from 1 to 600000
+  qvs-host: --kill: 'never' is none of before, middle and after
+  qvs-host: fault add: give what is to happen: --errno, --status, --exit, --delay, --kill, --output, --truncate or --lab
+  qvs-host: MATCH: matches nothing; * is every request
+  Try "qvs-host --help".
+  ? 2
   $ qvs-host run -- sh -c 'qvs-host fault add ls --output 0:7065 --output 2:74 --truncate 4; treesh -e ls /; qvs-host fault list'
+  pet/  1: "ls" --nth 1 --count 1 --truncate 4 --output 0:7065 --output 2:74; matched 1, fired 1
+
+The launcher's own words.
+
+  $ for option in --lab --trace --max-state-mib; do qvs-host run $option '' -- true 2>&1 | head -n 1; done; qvs-host run --max-state-mib 0 -- true; qvs-host --version; qvs-host help | head -n 1
+  qvs-host: --lab: names no file
+  qvs-host: --trace: names no file
+  qvs-host: --max-state-mib: '' is not a number from 1 to 4294967295
+  qvs-host: --max-state-mib: '0' is not a number from 1 to 4294967295
+  Try "qvs-host --help".
+  qvs-host 1.0.0
+  Emulated hosts for qvs: run commands on one, keep one up, look into it, make it fail.
+  $ echo '{' >lab.json; qvs-host run --lab lab.json -- true 2>&1 | sed 's/.*used: //'; tr @ '\n' <<<'"pnics": [{"name": "a", "mtu": 9001}]@"switches": [{"alias": ""}]@"switches": [{"alias": "a", "maxPorts": 0}]@"options": [{"id": 1, "hex": "00 01"}]' | sh bad
+  parse error at line 2, column 1: syntax error while parsing object key - unexpected end of input; expected string literal
+  pnics[0]: "mtu" is not a number from 1280 to 9000
+  switches[0]: "alias" is not a name of 1 to 127 characters
+  switches[0]: "maxPorts" is not a number from 1 to 4294967295
+  options[0]: "hex" holds something else than hexadecimal digits
+  $ qvs-host run -- sh -c 'qvs switch create sw1; echo "{\"pnics\": [{\"name\": \"pnic4\"}]}" >lab.json; qvs-host run --state $QVS_HOST_STATE --lab lab.json -- true; qvs-host fault add PortAdd --lab lab.json; qvs port add sw1 p0'
+  sw1: changed
+  qvs-host: NIC pnic4: NICs can be added to an empty host alone
+  sw1/p0: changed
+  qvs-host: the host's log: warning fault: the lab cannot be applied: NIC pnic4: NICs can be added to an empty host alone
