@@ -10,6 +10,7 @@
 #include "library.h"
 #include "opaque.h"
 #include "output.h"
+#include "snapshot.h"
 #include "values.h"
 
 namespace qvs::cli {
@@ -89,15 +90,51 @@ void report(const Arguments &arguments, Output &out, bool changed) {
     reportChange(out, alias + "/" + port, {{"switch", alias}, {"port", port}}, changed);
 }
 
+// The addresses behind a port that is given by its identifier.
+KernelList portTable(const Arguments &arguments) {
+    VshypBuffer buffer;
+    require(fetch("VSHYP_GetPortMACTable", VSHYP_GetPortMACTable, buffer, arguments.text("SWITCH").c_str(),
+                  portOf(arguments), uint8_t{0}),
+            named(arguments));
+    return boundedList(std::move(buffer), VSHYP_MAC_ENTRY_SIZE, "MAC entries");
+}
+
+// What an entry says is the kernel's, so only the table can tell whether it was new.
 void add(const Arguments &arguments, Output &out) {
+    const bool byName = arguments.given("--port");
+    const KernelList before = byName ? portTable(arguments) : KernelList{};
     require(changeEntry(arguments, "VSHYP_SetPortMACTable", VSHYP_SetPortMACTable), named(arguments));
-    report(arguments, out, true);
+    if (!byName) return report(arguments, out, true);
+    const KernelList after = portTable(arguments);
+    const Bytes was = before.bytes();
+    const Bytes is = after.bytes();
+    report(arguments, out, !std::equal(was.begin(), was.end(), is.begin(), is.end()));
+}
+
+// The kernel does not tell a port that is not there from an entry that is not there.
+void requirePort(const Arguments &arguments) {
+    if (arguments.given("--port")) {
+        portTable(arguments);
+        return;
+    }
+    const uint32_t number = arguments.number("--number", 0);
+    bool found = false;
+    forEachPort(findVswitch(arguments.text("SWITCH")), [&](DVSPort *port) {
+        found = portStatus(port).number == number;
+        return !found;
+    });
+    if (!found)
+        throw libraryFailure(fmt::format("{}: port number {}", named(arguments), number), HYP_NOT_FOUND);
 }
 
 void remove(const Arguments &arguments, Output &out) {
     HYP_ReturnStatus status = changeEntry(arguments, "VSHYP_ClearPortMACTable", VSHYP_ClearPortMACTable);
     bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
-    if (!absent) require(status, named(arguments));
+    if (absent) {
+        requirePort(arguments);
+    } else {
+        require(status, named(arguments));
+    }
     report(arguments, out, !absent);
 }
 

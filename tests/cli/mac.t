@@ -53,6 +53,10 @@ An entry goes to a port by its identifier or its number.
   qvs: switch 'sw1': Not found (0xbad0003)
   sw1/p1: unchanged
   INDEX  ENTRY
+  $ sh on 'qvs mac remove sw1 020000000009 --port nix --if-exists; qvs mac remove sw1 020000000009 --number 9 --if-exists; qvs mac remove sw1 020000000009 --number 67108866 --if-exists'
+  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
+  qvs: switch 'sw1': port number 9: Not found (0xbad0003)
+  sw1/67108866: unchanged
 
 An address is behind one port of a switch, and another switch may have it too.
 
@@ -132,7 +136,7 @@ How a switch learns: what is stored for it goes before the properties of the hos
   $ sh on 'qvs mac add sw1 02:00:00:00:02:01 --port p1; qvs mac add sw1 02:00:00:00:02:02 --port p1; qvs mac add sw1 02:00:00:00:02:01 --port p1; qvs mac add sw1 020000000203 --port p0; qvs mac add sw1 020000000204 --port p0; qvs mac add sw1 020000000205 --port p0'
   sw1/p1: changed
   qvs: switch 'sw1': port 'p1': No free pointer blocks (deprecated) (0xbad001a)
-  sw1/p1: changed
+  sw1/p1: unchanged
   sw1/p0: changed
   sw1/p0: changed
   qvs: switch 'sw1': port 'p0': No free pointer blocks (deprecated) (0xbad001a)
