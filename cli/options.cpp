@@ -30,17 +30,22 @@ std::vector<uint16_t> identifiers(const Arguments &arguments) {
     return ids;
 }
 
-void get(const Arguments &arguments, Output &out) {
-    std::vector<uint16_t> ids = identifiers(arguments);
+VshypBuffer readBlock(std::vector<uint16_t> ids) {
     VshypBuffer block;
     require(fetch("VSHYP_GetRuntimeOptions", VSHYP_GetRuntimeOptions, block, ids.data(),
                   static_cast<uint16_t>(ids.size())),
             kWhat);
+    return block;
+}
+
+void get(const Arguments &arguments, Output &out) {
+    const VshypBuffer block = readBlock(identifiers(arguments));
     printRecord(arguments, out, "options", kWhat,
                 {static_cast<const uint8_t *>(block.get()), VSHYP_RUNTIME_OPTIONS_SIZE});
 }
 
-// A block says its own length in front; of a longer file the rest is left out.
+// A block says its own length in front. A file holds all that 'options get' hands out, and the rest behind
+// that length is left out.
 std::vector<uint8_t> givenBlock(const Arguments &arguments) {
     std::vector<uint8_t> bytes = bytesGiven(arguments, "OPTIONS");
     uint32_t length = 0;
@@ -50,9 +55,12 @@ std::vector<uint8_t> givenBlock(const Arguments &arguments) {
         std::memcpy(bytes.data(), &length, sizeof length);
         return bytes;
     }
-    if (bytes.size() >= sizeof length) std::memcpy(&length, bytes.data(), sizeof length);
+    if (bytes.size() != VSHYP_RUNTIME_OPTIONS_SIZE)
+        fail(Exit::Usage, "--file: {} bytes, a block has {}", bytes.size(), VSHYP_RUNTIME_OPTIONS_SIZE);
+    std::memcpy(&length, bytes.data(), sizeof length);
     if (length < kLengthSize || length > bytes.size())
-        fail(Exit::Usage, "--file: {} bytes, and the block says {}", bytes.size(), length);
+        fail(Exit::Usage, "--file: the block says that it is {} bytes long, 4 to {} fit", length,
+             bytes.size());
     bytes.resize(length);
     return bytes;
 }
@@ -61,8 +69,11 @@ void set(const Arguments &arguments, Output &out) {
     std::vector<uint8_t> block = givenBlock(arguments);
     std::vector<uint32_t> words((block.size() + sizeof(uint32_t) - 1) / sizeof(uint32_t));
     std::memcpy(words.data(), block.data(), block.size());
+    // Which options a block changes is the module's business.
+    const VshypBuffer before = readBlock({});
     require(call("VSHYP_SetRuntimeOptions", VSHYP_SetRuntimeOptions, words.data()), kWhat);
-    reportChange(out, "host", {}, true);
+    const VshypBuffer after = readBlock({});
+    reportChange(out, "host", {}, std::memcmp(before.get(), after.get(), VSHYP_RUNTIME_OPTIONS_SIZE) != 0);
 }
 
 const Command kRows[] = {

@@ -17,14 +17,16 @@ Options of the switch module: a block with its length in front, and the module's
   host: changed
   {"options":"EgAAAAcABAABAAAACQACAKvNAAAA
   {"changed":true}
-  $ sh on 'qvs options set --file nine; qvs options get 9 | head -n 2'
+  $ sh on 'qvs options set ""; qvs options set --file nine; (cat nine; echo) | qvs options set --file -; qvs options get 9 | head -n 2'
+  host: unchanged
   host: changed
+  qvs: --file: 4097 bytes, a block has 4096
   runtime options (4096 bytes):
     0000 0a 00 00 00 09 00 02 00 ab cd 00 00 00 00 00 00
   $ sh on 'qvs options set "0900 0400 ab"; qvs options set 0900; head -c 9 nine | qvs options set --file -; qvs options set; qvs options set 09 --file nine; qvs options set 9'
   qvs: runtime options: Failure (0xbad0001)
   qvs: runtime options: Failure (0xbad0001)
-  qvs: --file: 9 bytes, and the block says 10
+  qvs: --file: 9 bytes, a block has 4096
   qvs: one of OPTIONS, --file is needed
   qvs: OPTIONS and --file exclude each other
   qvs: OPTIONS: '9' is not a row of pairs of digits
@@ -35,10 +37,10 @@ Options of the switch module: a block with its length in front, and the module's
   $ grep -oE 'RuntimeOptions in=.*' trace | head -n 4 | cut -c 1-72
   RuntimeOptions in=4 out=4096 input=[0:07 2:03] -> 0
   RuntimeOptions in=4 out=4096 input=[0:03 2:09] -> ENOENT
-  RuntimeOptions in=14 out=0 input=[0:0e 4:03 8:09 10:02 12:abcd] -> 0
   RuntimeOptions in=0 out=4096 input=[] -> 0
+  RuntimeOptions in=14 out=0 input=[0:0e 4:03 8:09 10:02 12:abcd] -> 0
   $ LAB='--lab lab.json' sh on 'qvs options set "0100 0000"; qvs options get --raw - | head -c 20 | od -An -tx1 -v'
-  host: changed
+  host: unchanged
    17 00 00 00 03 00 01 00 ff 07 00 04 00 01 00 00
    00 09 00 02
   $ sed 's/7/65536/' lab.json >bad.json; LAB='--lab bad.json' sh on true
