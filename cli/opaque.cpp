@@ -36,7 +36,8 @@ void printRecord(const Arguments &arguments, Output &out, const char *key, const
 
 void printList(const Arguments &arguments, Output &out, const KernelList &list, std::string_view label) {
     if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), list.bytes());
-    if (out.json() || list.entrySize <= kLineBytes) {
+    // An empty list shows its heading, whatever the size of its entries.
+    if (out.json() || list.entrySize <= kLineBytes || list.count == 0) {
         Listing listing(out, {{"index", "INDEX"}, {"entry", "ENTRY"}});
         for (uint32_t i = 0; i < list.count; i++)
             listing.row(i, list.entry(i));

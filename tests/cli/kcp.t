@@ -1,6 +1,7 @@
 Without a lab the control plane lists the host's own objects, and the rest is empty. Null for an empty list is no failure.
 
   $ qvs kcp switches && qvs kcp interfaces --json && qvs kcp status
+  INDEX  ENTRY
   []
   status:  010001
   $ qvs switch create sw1 --uplinks 1 --ports 2
