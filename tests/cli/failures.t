@@ -62,6 +62,14 @@ What was done before a failure is reported, and the failure after it.
   a
   d
 
+A dump is escaped on a terminal alone.
+
+  $ esc=$(printf '\033'); qvs port add sw1 "p$esc[31m"; qvs dump sw1 | grep -c "$esc.31m:"; script -qc 'qvs dump sw1' /dev/null | grep -o 'port p.*31m:'; qvs port remove sw1 "p$esc[31m"
+  sw1/p\x1b[31m: changed
+  1
+  port p\x1b[31m:
+  sw1/p\x1b[31m: changed
+
 Statuses of the kernel and of the state library pass through.
 
   $ qvs-host fault add 0x1010 --errno EIO; qvs switch show sw1
