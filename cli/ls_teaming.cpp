@@ -75,8 +75,7 @@ void get(const Arguments &arguments, Output &out) {
     uint32_t count = 0;
     std::memcpy(&count, table.get(), sizeof count);
     size_t there = (std::max(storedLength(place, byId), kCountSize) - kCountSize) / kEntrySize;
-    if (count > there)
-        fmt::print(stderr, "qvs: warning: the table counts {} entries and holds {}\n", count, there);
+    if (count > there) complain("warning: the table counts {} entries and holds {}", count, there);
     auto shown = static_cast<uint32_t>(std::min<size_t>(count, there));
     showEntries(arguments, out, {static_cast<const uint8_t *>(table.get()) + kCountSize, shown * kEntrySize});
 }

@@ -90,8 +90,7 @@ std::vector<std::string> addressesOf(const VSDVS_ExtraEthFilter &filter) {
     if ((filter.flags & VSDVS_FILTER_MULTICAST) == 0) return addresses;
     size_t count = filter.addressCount;
     if (count > kMostAddresses) {
-        fmt::print(stderr, "qvs: warning: the filter counts {} addresses, but has room for {}\n", count,
-                   kMostAddresses);
+        complain("warning: the filter counts {} addresses, but has room for {}", count, kMostAddresses);
         count = kMostAddresses;
     }
     for (size_t i = 0; i < count; i++)

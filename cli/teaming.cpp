@@ -122,8 +122,7 @@ Words uplinksOf(const VSDVS_TeamingPolicy &policy, uint32_t first, uint32_t coun
 void showPolicy(Output &out, const PolicyPlace &place, const VSDVS_TeamingPolicy &policy) {
     uint64_t uplinks = uint64_t{policy.activeCount} + policy.standbyCount;
     if (uplinks > VSDVS_TEAMING_MAX_UPLINKS) {
-        fmt::print(stderr, "qvs: warning: the record counts {} uplinks and holds {}\n", uplinks,
-                   VSDVS_TEAMING_MAX_UPLINKS);
+        complain("warning: the record counts {} uplinks and holds {}", uplinks, VSDVS_TEAMING_MAX_UPLINKS);
     }
     uint32_t firstStandby = std::min(policy.activeCount, VSDVS_TEAMING_MAX_UPLINKS);
     Record record(out);
