@@ -29,7 +29,7 @@ printf -v long '%0300d' 0
 for name in '$(touch made)' '`touch made`' 'a;touch made;' 'a|touch made' '../made' '*' '-e'; do
     expect 2 'Bad parameter (0xbad0007)' "${host[@]}" qvs switch create sw2 --portset "$name"
 done
-expect 2 '300 characters, at most 80 fit' "${host[@]}" qvs switch create "$long"
+expect 2 '300 bytes, at most 80 fit' "${host[@]}" qvs switch create "$long"
 expect 3 "qvs: switch 'sw9': Not found (0xbad0003)" "${host[@]}" qvs dump sw9
 [ ! -e made ] || fail 'a name was run'
 ! grep '^shell' trace || fail 'the shell ran'

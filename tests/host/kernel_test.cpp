@@ -540,7 +540,7 @@ TEST(Lab, IsAppliedWholeOrNotAtAll) {
     EXPECT_EQ(refused(R"({"switches":[{"alias":"sw2"},{"alias":7}]})"),
               R"({"error":"lab.switches[1]: \"alias\" is not a text","ok":false})");
     EXPECT_EQ(refused(R"({"switches":[{"alias":"sw2"}],"pnics":[{"name":"eth9"}]})"),
-              R"({"error":"NIC eth9: not found","ok":false})");
+              R"({"error":"NIC eth9: NICs can be added to an empty host alone","ok":false})");
     EXPECT_EQ(refused(R"({"switches":[{"alias":"sw2"}],"clients":[{"switch":"sw2","port":"x","name":"n"}]})"),
               R"({"error":"port x: not found","ok":false})");
     EXPECT_EQ(refused(R"({"switches":[{"alias":"sw1","id":"id","maxPorts":9}]})"),
