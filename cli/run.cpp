@@ -124,12 +124,18 @@ const char *noHost() {
            "qvs: an emulated host to try this on: qvs-host run -- qvs ...";
 }
 
+bool kernelHasSwitches() {
+    VshypBuffer buffer;
+    HYP_ReturnStatus status = fetch("VSHYP_GetSwitches", VSHYP_GetSwitches, buffer, 0u);
+    return status == HYP_OK && static_cast<const VSHYP_ListHeader *>(buffer.get())->count > 0;
+}
+
 // An empty snapshot is an empty host, no host, or a host whose state could not be loaded.
 void requireHost() {
     if (!snapshotEmpty()) return;
     if (!kernelThere()) throw Failure{Exit::NoHost, noHost()};
     // Loaded again, it says why, or holds what another process has made meanwhile.
-    require(call("DVSLoadConfig", DVSLoadConfig), "switch state");
+    if (kernelHasSwitches()) require(call("DVSLoadConfig", DVSLoadConfig), "switch state");
 }
 
 // Options that say what is printed.

@@ -111,10 +111,6 @@ A host whose state cannot be loaded is not an empty host.
   qvs: switch state: Out of memory (0xbad0014)
   ? 1
   $ qvs-host fault clear
-  $ qvs-host run -- sh -c 'qvs switch list --json; qvs-host fault add StateGet --forever --status 0xbad0014; qvs dump'
-  []
-  qvs: switch state: Out of memory (0xbad0014)
-  ? 1
 
 A kernel that answers nonsense is no missing kernel, and a host that has ended is no machine without one.
 
