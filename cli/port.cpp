@@ -82,9 +82,8 @@ void add(const Arguments &arguments, Output &out) {
         requireSame(existing, arguments, named(alias, port));
         return true;
     };
-    std::vector<bool> there;
-    for (const std::string &port : ports)
-        there.push_back(isThere(port));
+    std::vector<bool> there(ports.size());
+    std::transform(ports.begin(), ports.end(), there.begin(), isThere);
 
     auto nowThere = [&](const std::string &port) {
         sw = findVswitch(alias);
