@@ -1,6 +1,7 @@
 // The socket underneath a connection to the emulated kernel.
 #include "wire/stream.h"
 
+#include <sched.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
@@ -89,6 +90,8 @@ size_t receiveSome(int socket, void *data, size_t size) {
 }
 
 size_t receiveSome(int socket, void *data, size_t size, int *file) {
+    // Most answers come sooner than who sleeps can be woken.
+    int looks = 100;
     iovec part = {data, size};
     alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))];
     for (;;) {
@@ -97,7 +100,7 @@ size_t receiveSome(int socket, void *data, size_t size, int *file) {
         message.msg_iovlen = 1;
         message.msg_control = control;
         message.msg_controllen = sizeof control;
-        const ssize_t received = recvmsg(socket, &message, MSG_CMSG_CLOEXEC);
+        const ssize_t received = recvmsg(socket, &message, MSG_CMSG_CLOEXEC | (looks > 0 ? MSG_DONTWAIT : 0));
         if (received > 0) {
             const cmsghdr *beside = CMSG_FIRSTHDR(&message);
             if (beside != nullptr && beside->cmsg_type == SCM_RIGHTS) {
@@ -107,6 +110,10 @@ size_t receiveSome(int socket, void *data, size_t size, int *file) {
             return static_cast<size_t>(received);
         }
         if (received < 0 && errno == EINTR) continue;
+        if (received < 0 && errno == EAGAIN && looks-- > 0) {
+            sched_yield();
+            continue;
+        }
         if (received == 0) errno = ECONNRESET;
         if (received < 0 && errno == EAGAIN) errno = ETIMEDOUT;
         return 0;
