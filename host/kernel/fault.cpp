@@ -3,37 +3,23 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
-#include <cstring>
 
-#include "kernel/trace.h"
+#include "wire/fault.h"
 
 namespace qvs::kernel {
 
 namespace {
 
-constexpr int kMaxErrno = 133;
-constexpr uint32_t kMaxPatchOffset = 64u << 20;
-constexpr uint32_t kMaxDelayMs = 600'000;
-
-int parseErrno(const Members &members, const std::string &name) {
-    int number = 0;
-    const auto [end, code] = std::from_chars(name.data(), name.data() + name.size(), number);
-    if (code == std::errc() && end == name.data() + name.size() && number > 0) return number;
-    for (int error = 1; error <= kMaxErrno; ++error) {
-        if (errnoName(error) == name) return error;
-    }
-    members.fail("errno", "is not the name of an error");
+int parseErrno(const Members &members, const std::string &text) {
+    const auto error = wire::errnoOf(text);
+    if (!error) members.fail("errno", "is not the name of an error");
+    return *error;
 }
 
-Status parseStatus(const Members &members, std::string_view text) {
-    const bool hex = text.starts_with("0x");
-    if (hex) text.remove_prefix(2);
-    uint32_t status = 0;
-    const char *end = text.data() + text.size();
-    const auto [stop, code] = std::from_chars(text.data(), end, status, hex ? 16 : 10);
-    if (code != std::errc() || stop != end) members.fail("status", "is not a number like 0xbad0014");
-    return static_cast<Status>(status);
+Status parseStatus(const Members &members, const std::string &text) {
+    const auto status = wire::statusOf(text);
+    if (!status) members.fail("status", "is not a number like 0xbad0014");
+    return static_cast<Status>(*status);
 }
 
 Effect::Kill parseKill(const Members &members, const std::string &text) {
@@ -46,7 +32,7 @@ Effect::Kill parseKill(const Members &members, const std::string &text) {
 Effect::Patch parsePatch(Members members) {
     Effect::Patch patch;
     patch.offset = members.maybeNumber("offset").value_or(0);
-    if (patch.offset > kMaxPatchOffset) members.fail("offset", "is too large");
+    if (patch.offset > wire::kMaxFaultOffset) members.fail("offset", "is too large");
     patch.bytes = members.bytes("hex", members.text("hex"));
     members.finish();
     return patch;
@@ -57,11 +43,11 @@ Effect parseEffect(Members &members) {
     if (const auto name = members.maybeText("errno")) effect.error = parseErrno(members, *name);
     if (const auto text = members.maybeText("status")) effect.status = parseStatus(members, *text);
     if (const auto code = members.maybeNumber("exit")) {
-        if (*code > 255) members.fail("exit", "is above 255");
+        if (*code > wire::kMaxFaultExit) members.fail("exit", "is above 255");
         effect.exit = static_cast<int>(*code);
     }
     effect.delayMs = members.maybeNumber("delayMs").value_or(0);
-    if (effect.delayMs > kMaxDelayMs) members.fail("delayMs", "is above ten minutes");
+    if (effect.delayMs > wire::kMaxFaultDelayMs) members.fail("delayMs", "is above ten minutes");
     if (const auto when = members.maybeText("kill")) effect.kill = parseKill(members, *when);
     members.each("output", [&](Members part) { effect.patches.push_back(parsePatch(std::move(part))); });
     effect.truncate = members.maybeNumber("truncate");

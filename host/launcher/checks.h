@@ -1,11 +1,12 @@
 // Checks of what options are given: what is wrong with it, or nothing.
 #pragma once
 
-#include <charconv>
 #include <cstdint>
 #include <string>
 
 #include <fmt/format.h>
+
+#include "wire/fault.h"
 
 namespace qvs::launcher {
 
@@ -20,11 +21,10 @@ inline std::string namesFile(const std::string &path) {
 // A decimal number with nothing around it.
 inline auto isNumber(uint32_t least, uint32_t most) {
     return [least, most](const std::string &text) -> std::string {
-        uint32_t number = 0;
-        const char *end = text.data() + text.size();
-        const auto [stop, code] = std::from_chars(text.data(), end, number);
-        const bool fits = code == std::errc() && stop == end && number >= least && number <= most;
-        return fits ? "" : fmt::format("'{}' is not a number from {} to {}", text, least, most);
+        const auto number = wire::numberOf<uint32_t>(text);
+        return number && *number >= least && *number <= most
+                   ? ""
+                   : fmt::format("'{}' is not a number from {} to {}", text, least, most);
     };
 }
 

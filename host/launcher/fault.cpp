@@ -2,25 +2,19 @@
 #include "launcher/fault.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstring>
 
 #include <fmt/format.h>
 
 #include "launcher/checks.h"
 #include "launcher/error.h"
 #include "launcher/host.h"
+#include "wire/fault.h"
 
 namespace qvs::launcher {
 
 namespace {
 
 using nlohmann::json;
-
-// What the kernel takes.
-constexpr uint32_t kMaxOffset = 64u << 20;
-constexpr uint32_t kMaxDelay = 600'000;
-constexpr int kMaxErrno = 133;
 
 constexpr char kFooter[] =
     R"(MATCH is looked for in the line that "qvs-host trace" prints for a request, up to
@@ -35,20 +29,11 @@ std::string isMatch(const std::string &text) {
 }
 
 std::string isErrno(const std::string &text) {
-    if (isNumber(1, INT32_MAX)(text).empty()) return "";
-    for (int error = 1; error <= kMaxErrno; ++error) {
-        const char *name = strerrorname_np(error);
-        if (name != nullptr && text == name) return "";
-    }
-    return fmt::format("'{}' is not the name of an error, such as EIO", text);
+    return wire::errnoOf(text) ? "" : fmt::format("'{}' is not the name of an error, such as EIO", text);
 }
 
 std::string isStatus(const std::string &text) {
-    const size_t prefix = text.starts_with("0x") ? 2 : 0;
-    uint32_t status = 0;
-    const char *end = text.data() + text.size();
-    const auto [stop, code] = std::from_chars(text.data() + prefix, end, status, prefix == 0 ? 10 : 16);
-    return code == std::errc() && stop == end ? "" : fmt::format("'{}' is not a number like 0xbad0014", text);
+    return wire::statusOf(text) ? "" : fmt::format("'{}' is not a number like 0xbad0014", text);
 }
 
 std::string isMoment(const std::string &text) {
@@ -61,7 +46,7 @@ std::string isPatch(const std::string &text) {
     const std::string_view digits = std::string_view(text).substr(std::min(colon + 1, text.size()));
     const bool bytes = !digits.empty() && digits.size() % 2 == 0 &&
                        digits.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
-    const bool good = isNumber(0, kMaxOffset)(text.substr(0, colon)).empty() && bytes;
+    const bool good = isNumber(0, wire::kMaxFaultOffset)(text.substr(0, colon)).empty() && bytes;
     return good ? "" : fmt::format("'{}' is not an offset and bytes, such as 0:ffffffff", text);
 }
 
@@ -87,9 +72,9 @@ void addFaultOptions(CLI::App *command, FaultOptions *options) {
         ->add_option("--status", options->status, "A state request fails with this status, such as 0xbad0014")
         ->check(isStatus);
     command->add_option("--exit", options->exit, "A shell request (treesh) fails with this exit code")
-        ->check(isNumber(0, 255));
+        ->check(isNumber(0, wire::kMaxFaultExit));
     command->add_option("--delay", options->delay, "Any request waits so many milliseconds first")
-        ->check(isNumber(1, kMaxDelay));
+        ->check(isNumber(1, wire::kMaxFaultDelayMs));
     command->add_option("--kill", options->kill, "The host dies: before, middle (of the change) or after")
         ->check(isMoment);
     command
