@@ -53,9 +53,11 @@ inline Port &portOf(Members &members, const Model &model) {
     return *port;
 }
 
+constexpr uint16_t kMaxVlan = 4094;
+
 inline uint16_t vlanOf(Members &members) {
     const uint32_t vlan = members.maybeNumber("vlan").value_or(0);
-    if (vlan > 4094) members.fail("vlan", "is not a VLAN from 0 to 4094");
+    if (vlan > kMaxVlan) members.fail("vlan", "is not a VLAN from 0 to 4094");
     return static_cast<uint16_t>(vlan);
 }
 

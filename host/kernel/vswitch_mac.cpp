@@ -30,7 +30,6 @@ enum class MacKind : uint8_t { Any = 0, Static = 1, Learnt = 2 };
 
 constexpr uint64_t kGroupBit = uint64_t{1} << 40;
 constexpr uint64_t kAllOnes = 0xffffffffffff;
-constexpr uint16_t kMaxVlan = 4094;
 
 // --- who is asked about ---
 
