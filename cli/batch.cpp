@@ -153,8 +153,7 @@ const Command kRows[] = {
          "All lines are read before the first runs, and their commands, options and numbers of arguments are "
          "checked; a value is checked when its line runs, behind the changes of the lines before it. Words "
          "are separated by blanks; quotes and backslashes work as in a shell, nothing is expanded, # begins "
-         "a "
-         "comment. With --json every command prints its own JSON.",
+         "a comment. With --json every command prints its own JSON.",
      .example = "qvs batch changes.txt",
      .run = runBatch},
 };

@@ -153,11 +153,7 @@ void create(const Arguments &arguments, Output &out) {
     requireFits(kPortsetLimit, portset);
     if (arguments.given("--id")) requireFits(kSwitchIdLimit, arguments.text("--id"));
     uint32_t version = arguments.number("--version", kDefaultVersion);
-    uint32_t maxPorts = arguments.number("--max-ports", 0);
-    if (maxPorts > kMostMaxPorts) {
-        fail(Exit::Usage, "--max-ports: {} is more than {}, the most that the kernel takes", maxPorts,
-             kMostMaxPorts);
-    }
+    uint32_t maxPorts = arguments.number("--max-ports", 0, 0, kMostMaxPorts);
     auto nowThere = [&] { return isThere(arguments, alias); };
     bool there = isInTheMaking(arguments, alias) ? comesTrue(nowThere) : nowThere();
     if (!there) {

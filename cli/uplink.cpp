@@ -346,16 +346,14 @@ void takeDown(const Arguments &arguments, Output &out) {
 
 constexpr Argument kUplinks{"UPLINK", "name of an uplink", Kind::Uplink, false, true};
 constexpr const char *kAddDetails =
-    "uplink up and uplink down take names of at most 31 bytes, and no link is shown for a longer one. "
-    "Runs "
+    "uplink up and uplink down take names of at most 31 bytes, and no link is shown for a longer one. Runs "
     "that change the uplinks of one switch at the same time store one list over the other: one may be lost.";
 constexpr const char *kRemoveDetails =
     "Runs that change the uplinks of one switch at the same time store one list over the other: one may be "
     "left.";
 constexpr const char *kLinkDetails =
     "UPLINK is an uplink of the switch or the NIC that carries it, at most 31 bytes. The administrative "
-    "state "
-    "cannot be read: changed means that the link was not in that state.";
+    "state cannot be read: changed means that the link was not in that state.";
 
 const Command kRows[] = {
     {.noun = "uplink",
