@@ -1,5 +1,4 @@
 // What loading the library does, reloading the snapshot, and giving buffers back.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <qvs/mesh_public.h>
 #include <qvs/qvs.h>
@@ -9,6 +8,7 @@
 
 #include "support/bytes.h"
 #include "support/host.h"
+#include "support/intercept.h"
 
 namespace {
 
@@ -19,12 +19,9 @@ void note(char what) {
     if (end < early + sizeof early - 1) *end = what;
 }
 
-template <typename Function>
-Function *next(Function *, const char *name) {
-    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
+
+using qvs::test::next;
 
 extern "C" __attribute__((visibility("default"))) void qsort(void *base, size_t count, size_t size,
                                                              __compar_fn_t compare) {

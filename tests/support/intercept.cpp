@@ -1,7 +1,6 @@
 // The program's own versions of a few calls; the dynamic linker finds them before the libraries' own.
 #include "support/intercept.h"
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <qvs/mesh_public.h>
 #include <sys/ioctl.h>
@@ -20,15 +19,6 @@ Calls &calls() {
     return instance;
 }
 
-namespace {
-
-// The call that this program's version stands before.
-template <typename Function>
-Function *next(Function *, const char *name) {
-    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
-}  // namespace
 }  // namespace qvs::test
 
 using qvs::test::calls;

@@ -2,6 +2,8 @@
 // what was asked, or answer what neither the C library nor the emulated host can be made to answer.
 #pragma once
 
+#include <dlfcn.h>
+
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -34,6 +36,12 @@ struct Calls {
 };
 
 Calls &calls();
+
+// The call that this program's version stands before.
+template <typename Function>
+Function *next(Function *, const char *name) {
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
 
 // Back to passing everything on when the test ends.
 struct CallsReset {
