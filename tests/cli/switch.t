@@ -140,14 +140,14 @@ Destroyed.
 
 Four at a time agree on what one of them did; a signal waits until a switch is whole; a portset without a switch is named.
 
-  $ four() { for i in 1 2 3 4; do qvs "$@" & done | sort | uniq -c | sed 's/^ *//'; }; four switch create dd --may-exist --ports 9; four uplink add dd u --may-exist; four switch destroy dd --if-exists
+  $ four() { for i in 1 2 3 4; do qvs "$@" & done | sort | uniq -c | sed 's/^ *//'; }; four switch create dd --may-exist; four uplink add dd u --may-exist; four switch destroy dd --if-exists
   1 dd: changed
   3 dd: unchanged
   1 dd/u: changed
   3 dd/u: unchanged
   1 dd: changed
   3 dd: unchanged
-  $ qvs-host fault add SwitchAssociate --delay 2000; timeout 1 qvs switch create slow --ports 1; qvs port list slow --names; qvs switch destroy slow
+  $ qvs-host fault add SwitchAssociate --delay 4000; timeout 3 qvs switch create slow --ports 1; qvs port list slow --names; qvs switch destroy slow
   port0
   slow: changed
   $ treesh -e set /net/create orphan $'8\n' vswitch; qvs switch create orphan
