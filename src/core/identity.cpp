@@ -6,9 +6,9 @@
 #include <optional>
 #include <string_view>
 
-#include "core/keys.h"
 #include "core/mesh_value.h"
 #include "core/text.h"
+#include "qvs/keys.h"
 
 namespace qvs {
 namespace {
@@ -43,11 +43,11 @@ int PortsetMatchWalker(DVSSwitch *sw, void *context) {
     if (search.found) return 1;  // A state library may go on walking; the first match counts.
 
     const char *switchId = DVS_SwitchId(sw);
-    const auto stored = snapshotText(DVSState_HostPropLookup, switchId, key::kHostPortset);
+    const auto stored = snapshotText(DVSState_HostPropLookup, switchId, QVS_KEY_HOST_PORTSET);
     if (!stored || !std::string_view(search.portsetName).starts_with(*stored)) return 0;
 
     search.found = true;
-    if (const auto alias = snapshotText(DVSState_GlobalPropLookup, switchId, key::kAlias)) {
+    if (const auto alias = snapshotText(DVSState_GlobalPropLookup, switchId, QVS_KEY_ALIAS)) {
         copyName(search.alias, *alias);
     } else {
         copyText(search.alias, search.portsetName);
@@ -94,8 +94,8 @@ extern "C" HYP_ReturnStatus DVSAliasToPortsetName(const char *alias, char *ports
         return HYP_NOT_FOUND;
     }
     const char *switchId = DVS_SwitchId(sw);
-    auto name = snapshotText(DVSState_HostPropLookup, switchId, key::kHostPortset);
-    if (!name) name = snapshotText(DVSState_GlobalPropLookup, switchId, key::kAlias);
+    auto name = snapshotText(DVSState_HostPropLookup, switchId, QVS_KEY_HOST_PORTSET);
+    if (!name) name = snapshotText(DVSState_GlobalPropLookup, switchId, QVS_KEY_ALIAS);
     copyName(portsetName, name ? *name : textOf(switchId, sizeof(SwitchAliasName)));
     return HYP_OK;
 }
@@ -130,7 +130,7 @@ extern "C" HYP_ReturnStatus VSDVS_DvPortIDToPortIDFromDVSID(const char *switchId
 
     MeshValue value;
     const HYP_ReturnStatus status = value.fetch([&](void **data, uint32_t *length) {
-        return DVSHYP_PortDataGet(switchId, portId, key::kPortStatus, data, length);
+        return DVSHYP_PortDataGet(switchId, portId, QVS_KEY_PORT_STATUS, data, length);
     });
     if (status != HYP_OK) return status;
     if (value.length() < kPortNumberOffset + sizeof *portNumber) return HYP_FAILURE;

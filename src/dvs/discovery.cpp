@@ -6,7 +6,7 @@
 namespace qvs {
 namespace {
 
-constexpr Property kDiscovery{"com.quillon.etherswitch.cdp", Scope::Global, DVS_PROP_CONFIG};
+constexpr Property kDiscovery = propertyOf(QVS_KEY_DISCOVERY);
 
 }  // namespace
 }  // namespace qvs

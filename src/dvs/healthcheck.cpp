@@ -8,15 +8,13 @@
 namespace qvs {
 namespace {
 
-constexpr Property kTeamDeploy{"com.quillon.common.teamcheck.deploy", Scope::Global, DVS_PROP_CONFIG};
-constexpr Property kTeamParam{"com.quillon.mesh.teamcheck.param", Scope::Global, DVS_PROP_POLICY};
-constexpr Property kVlanMtuDeploy{"com.quillon.common.vlanmtucheck.deploy", Scope::Global, DVS_PROP_CONFIG};
-constexpr Property kVlanMtuParam{"com.quillon.mesh.vlanmtucheck.param", Scope::Global, DVS_PROP_POLICY};
+constexpr Property kTeamDeploy = propertyOf(QVS_KEY_TEAM_CHECK_DEPLOYMENT);
+constexpr Property kTeamParam = propertyOf(QVS_KEY_TEAM_CHECK_PARAMETER);
+constexpr Property kVlanMtuDeploy = propertyOf(QVS_KEY_VLAN_MTU_CHECK_DEPLOYMENT);
+constexpr Property kVlanMtuParam = propertyOf(QVS_KEY_VLAN_MTU_CHECK_PARAMETER);
 // Written by the kernel alone.
-constexpr Property kVlanResult{"com.quillon.common.port.volatile.vlanchkresult", Scope::Port,
-                               DVS_PROP_VOLATILE};
-constexpr Property kMtuResult{"com.quillon.common.port.volatile.mtuchkresult", Scope::Port,
-                              DVS_PROP_VOLATILE};
+constexpr Property kVlanResult = propertyOf(QVS_KEY_PORT_VLAN_CHECK_RESULT);
+constexpr Property kMtuResult = propertyOf(QVS_KEY_PORT_MTU_CHECK_RESULT);
 
 HYP_ReturnStatus getFixed(const char *alias, const Property &property, uint8_t *record, uint32_t size) {
     const Place place = Place::ofAlias(alias);

@@ -8,7 +8,7 @@
 namespace qvs {
 namespace {
 
-constexpr Property kPortIpfix{"com.quillon.net.ipfix.port", Scope::Port, DVS_PROP_POLICY};
+constexpr Property kPortIpfix = propertyOf(QVS_KEY_PORT_IPFIX);
 constexpr size_t kObsIdLengthOffset = offsetof(IPFIXDVS_Port, virtualObsIDLength);
 
 // A switch of another class has no sampling; the two operations say so in a status of their own.

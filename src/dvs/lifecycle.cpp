@@ -15,10 +15,10 @@ namespace {
 constexpr uint32_t kDefaultMaxPorts = 128;
 constexpr uint32_t kFirstConnectId = 1;
 
-constexpr Property kAlias{key::kAlias, Scope::Global, DVS_PROP_CONFIG};
-constexpr Property kOpaque{"com.quillon.common.opaqueDvs", Scope::Global, DVS_PROP_CONFIG};
-constexpr Property kPortset{key::kHostPortset, Scope::Host, DVS_PROP_CONFIG};
-constexpr Property kExternalId{"com.quillon.port.extraConfig.vnic.external.id", Scope::Port, DVS_PROP_CONFIG};
+constexpr Property kAlias = propertyOf(QVS_KEY_ALIAS);
+constexpr Property kOpaque = propertyOf(QVS_KEY_OPAQUE);
+constexpr Property kPortset = propertyOf(QVS_KEY_HOST_PORTSET);
+constexpr Property kExternalId = propertyOf(QVS_KEY_PORT_EXTERNAL_ID);
 
 // The argument after the portset name is a number and a newline inside quotes; the kernel's node wants it so.
 bool formatCreate(ShellCommand &command, const char *portsetName, uint32_t maxPorts) {

@@ -8,15 +8,12 @@
 namespace qvs {
 namespace {
 
-constexpr Property kLearning{"com.quillon.vswitch.macLearning", Scope::Host, DVS_PROP_CONFIG};
-constexpr Property kManagement{"com.quillon.vswitch.port.macManagement", Scope::Port, DVS_PROP_CONFIG};
-constexpr Property kLearnStatic{"com.quillon.vswitch.macLearning.learnStatic", Scope::Host, DVS_PROP_CONFIG};
-constexpr Property kOverlayCache{"com.quillon.vswitch.macLearning.overlay.cache", Scope::Host,
-                                 DVS_PROP_CONFIG};
-constexpr Property kStaticAllow{"com.quillon.vswitch.macLearning.staticMACAllow", Scope::Host,
-                                DVS_PROP_CONFIG};
+constexpr Property kLearning = propertyOf(QVS_KEY_MAC_LEARNING);
+constexpr Property kManagement = propertyOf(QVS_KEY_PORT_MAC_MANAGEMENT);
+constexpr Property kLearnStatic = propertyOf(QVS_KEY_LEARN_STATIC);
+constexpr Property kOverlayCache = propertyOf(QVS_KEY_OVERLAY_CACHE);
+constexpr Property kStaticAllow = propertyOf(QVS_KEY_STATIC_MAC_ALLOW);
 
-constexpr uint32_t kMostAgingTime = 1000000;
 constexpr VSDVS_PortMACLearning kPortDefault = {0, 0, 4096, 0};
 
 // The three low bytes; the fourth one of the record is nobody's here.
@@ -79,7 +76,8 @@ extern "C" HYP_ReturnStatus VSDVS_GetMACLearning(const char *alias, void *record
 
 extern "C" HYP_ReturnStatus VSDVS_SetMACLearning(const char *alias, const void *record) {
     if (record == nullptr) return HYP_BAD_PARAM;
-    if (agingTimeOf(*static_cast<const VSDVS_MACLearning *>(record)) > kMostAgingTime) return HYP_BAD_PARAM;
+    if (agingTimeOf(*static_cast<const VSDVS_MACLearning *>(record)) > QVS_MAC_AGING_MAX)
+        return HYP_BAD_PARAM;
     return setProperty(Place::ofAlias(alias), kLearning, record, sizeof(VSDVS_MACLearning));
 }
 

@@ -9,8 +9,8 @@
 namespace qvs {
 namespace {
 
-constexpr Property kPortSessions{"com.quillon.vswitch.port.mirrorSessions", Scope::Port, DVS_PROP_POLICY};
-constexpr Property kUplinkSessions{"com.quillon.vswitch.uplinkMirrorSessions", Scope::Host, DVS_PROP_POLICY};
+constexpr Property kPortSessions = propertyOf(QVS_KEY_PORT_MIRROR_SESSIONS);
+constexpr Property kUplinkSessions = propertyOf(QVS_KEY_UPLINK_MIRROR_SESSIONS);
 
 // No port, or an empty one, means the host's uplinks.
 const Property &sessionsOf(const char *port) {

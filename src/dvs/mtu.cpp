@@ -10,11 +10,8 @@
 namespace qvs {
 namespace {
 
-constexpr uint32_t kLeastMtu = 1280;
-constexpr uint32_t kMostMtu = 9000;
-
-constexpr Property kMtu{"com.quillon.vswitch.mtu", Scope::Global, DVS_PROP_CONFIG};
-constexpr Property kEtherswitchMtu{"com.quillon.etherswitch.mtu", Scope::Global, DVS_PROP_CONFIG};
+constexpr Property kMtu = propertyOf(QVS_KEY_MTU);
+constexpr Property kEtherswitchMtu = propertyOf(QVS_KEY_ETHERSWITCH_MTU);
 
 // The output of a command being read.
 class Pipe {
@@ -151,7 +148,7 @@ extern "C" HYP_ReturnStatus VSDVS_GetMTU(const char *alias, int *mtu) {
 }
 
 extern "C" HYP_ReturnStatus VSDVS_SetMTU(const char *alias, uint32_t mtu) {
-    if (mtu < kLeastMtu || mtu > kMostMtu) return HYP_BAD_PARAM;
+    if (mtu < QVS_MTU_MIN || mtu > QVS_MTU_MAX) return HYP_BAD_PARAM;
     const Place place = Place::ofAlias(alias);
     if (place.status() != HYP_OK) return place.status();
     PortsetName portset;

@@ -11,11 +11,10 @@
 namespace qvs {
 namespace {
 
-constexpr Property kFilterMode{"com.quillon.vswitch.multicastFilter", Scope::Global, DVS_PROP_CONFIG};
-constexpr Property kRcfType{"com.quillon.vswitch.rcf.INSNType", Scope::Global, DVS_PROP_CONFIG};
-constexpr Property kAddresses{"com.quillon.vswitch.mcast.user.addresses", Scope::Host, DVS_PROP_CONFIG};
-constexpr Property kPortAddresses{"com.quillon.vswitch.port.mcast.user.addresses.override", Scope::Port,
-                                  DVS_PROP_CONFIG};
+constexpr Property kFilterMode = propertyOf(QVS_KEY_MULTICAST_FILTER);
+constexpr Property kRcfType = propertyOf(QVS_KEY_RCF_TYPE);
+constexpr Property kAddresses = propertyOf(QVS_KEY_MULTICAST_ADDRESSES);
+constexpr Property kPortAddresses = propertyOf(QVS_KEY_PORT_MULTICAST_OVERRIDE);
 
 // The texts of a setting, by its number.
 using Names = const char *const[2];
@@ -23,7 +22,6 @@ constexpr Names kModes = {"legacyFiltering", "snooping"};
 constexpr Names kTypes = {"cbpf", "ebpf"};
 
 constexpr uint32_t kLastSettableVersion = 106;
-constexpr uint32_t kMostAddresses = 25;
 constexpr uint32_t kAddressSize = 6;
 
 bool numberOf(const Names &names, std::string_view text, uint32_t &number) {
@@ -124,7 +122,7 @@ extern "C" HYP_ReturnStatus VSDVS_GetMcastUserLegacyEntries(const char *alias, v
 
 extern "C" HYP_ReturnStatus VSDVS_SetMcastUserLegacyEntries(const char *alias, uint32_t count,
                                                             const void *addresses) {
-    if (count > kMostAddresses) return HYP_LIMIT_EXCEEDED;
+    if (count > VSDVS_MCAST_MAX_ADDRESSES) return HYP_LIMIT_EXCEEDED;
     return setAddresses(known(Place::ofAlias(alias)), kAddresses, count, addresses);
 }
 
@@ -139,7 +137,7 @@ extern "C" HYP_ReturnStatus VSDVS_GetPortMcastUserLegacyEntries(const char *alia
 
 extern "C" HYP_ReturnStatus VSDVS_SetPortMcastUserLegacyEntries(const char *alias, const char *port,
                                                                 uint32_t count, const void *addresses) {
-    if (count > kMostAddresses) return HYP_LIMIT_EXCEEDED;
+    if (count > VSDVS_MCAST_MAX_ADDRESSES) return HYP_LIMIT_EXCEEDED;
     return setAddresses(known(Place::ofExistingPort(alias, port)), kPortAddresses, count, addresses);
 }
 

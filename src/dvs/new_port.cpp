@@ -51,12 +51,12 @@ HYP_ReturnStatus serialiseInitial(const char *name, uint32_t connectId, PortKind
                                   uint32_t *length) {
     const bool uplink = kind == PortKind::Uplink;
     const Initial properties[] = {
-        {"com.quillon.common.port.alias", name, std::strlen(name) + 1, DVS_PROP_CONFIG},
-        {"com.quillon.common.port.connectid", &connectId, sizeof connectId, DVS_PROP_CONFIG},
-        {"com.quillon.common.port.block", "false", sizeof "false", DVS_PROP_CONFIG},
-        {"com.quillon.common.port.statistics", kNoStatistics, sizeof kNoStatistics, DVS_PROP_RUNTIME},
-        {"com.quillon.vswitch.port.vlan", uplink ? kUplinkVlan : kNoVlan,
-         uplink ? sizeof kUplinkVlan : sizeof kNoVlan, DVS_PROP_POLICY},
+        {QVS_KEY_PORT_ALIAS, name, std::strlen(name) + 1, DVS_PROP_CONFIG},
+        {QVS_KEY_PORT_CONNECT_ID, &connectId, sizeof connectId, DVS_PROP_CONFIG},
+        {QVS_KEY_PORT_BLOCK, "false", sizeof "false", DVS_PROP_CONFIG},
+        {QVS_KEY_PORT_STATISTICS, kNoStatistics, sizeof kNoStatistics, DVS_PROP_RUNTIME},
+        {QVS_KEY_PORT_VLAN, uplink ? kUplinkVlan : kNoVlan, uplink ? sizeof kUplinkVlan : sizeof kNoVlan,
+         DVS_PROP_POLICY},
     };
     Container container;
     if (const HYP_ReturnStatus status = container.allocate(); status != HYP_OK) return status;

@@ -2,12 +2,15 @@
 // does with it. Every typed operation is written in these words and reads as its own description.
 #pragma once
 
+#include <string_view>
+
 #include "core/identity.h"
 #include "core/mesh_value.h"
+#include "qvs/keys.h"
 
 namespace qvs {
 
-enum class Scope : uint8_t { Global, Host, Port };
+enum class Scope : uint8_t { Global = QVS_SCOPE_GLOBAL, Host = QVS_SCOPE_HOST, Port = QVS_SCOPE_PORT };
 
 // One key: where its values live and the class bits they are stored with.
 struct Property {
@@ -15,6 +18,19 @@ struct Property {
     Scope scope;
     uint32_t propType;
 };
+
+// Never defined: a call of it in a constant is the compiler's error.
+Property keyIsNotInTheTable();
+
+// The row of <qvs/keys.h> with this key. A key that is not there does not compile.
+consteval Property propertyOf(std::string_view key) {
+#define QVS_PROPERTY(key, scope, propType) {key, static_cast<Scope>(scope), propType},
+    constexpr Property kTable[] = {QVS_KEYS(QVS_PROPERTY)};
+#undef QVS_PROPERTY
+    for (const Property &property : kTable)
+        if (key == property.key) return property;
+    return keyIsNotInTheTable();
+}
 
 // A switch, or a port of it. A place that could not be resolved carries the status why, and whatever is done
 // with it answers that status; so an operation resolves, acts and returns.

@@ -7,7 +7,7 @@
 namespace qvs {
 namespace {
 
-constexpr Property kFilter{"com.quillon.vswitch.port.extraEthFRP", Scope::Port, DVS_PROP_CONFIG};
+constexpr Property kFilter = propertyOf(QVS_KEY_PORT_FILTER);
 
 constexpr uint32_t kAllSecurityBits =
     VSDVS_SECURITY_DENY_PROMISCUOUS | VSDVS_SECURITY_DENY_MAC_CHANGE | VSDVS_SECURITY_DENY_FORGED;

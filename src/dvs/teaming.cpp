@@ -9,16 +9,14 @@
 namespace qvs {
 namespace {
 
-constexpr Property kTeaming{"com.quillon.vswitch.teaming", Scope::Global, DVS_PROP_CONFIG};
-constexpr Property kPortTeaming{"com.quillon.vswitch.port.teaming.policy", Scope::Port, DVS_PROP_CONFIG};
-constexpr Property kOverride{"com.quillon.vswitch.port.teaming.override", Scope::Port, DVS_PROP_CONFIG};
-constexpr Property kTable{"com.quillon.vswitch.logicalswitch.teaming", Scope::Global, DVS_PROP_CONFIG};
-constexpr Property kTableChoice{"com.quillon.vswitch.port.logicalswitch.teaming", Scope::Port,
-                                DVS_PROP_CONFIG};
-constexpr Property kTxUplink{"com.quillon.vswitch.port.txUplink", Scope::Port, DVS_PROP_CONFIG};
+constexpr Property kTeaming = propertyOf(QVS_KEY_TEAMING);
+constexpr Property kPortTeaming = propertyOf(QVS_KEY_PORT_TEAMING);
+constexpr Property kOverride = propertyOf(QVS_KEY_PORT_TEAMING_OVERRIDE);
+constexpr Property kTable = propertyOf(QVS_KEY_LS_TEAMING);
+constexpr Property kTableChoice = propertyOf(QVS_KEY_PORT_LS_TEAMING);
+constexpr Property kTxUplink = propertyOf(QVS_KEY_PORT_TX_UPLINK);
 
 constexpr uint32_t kLeastPortPolicySize = 8;
-constexpr uint64_t kTableEntrySize = 2748;
 constexpr std::string_view kAlways = "always";
 
 // The name a port has under a key, in a buffer of a fixed size that starts as zeros and is the empty name
@@ -116,7 +114,7 @@ extern "C" HYP_ReturnStatus VSDVS_SetLSTeamingPolicy(const char *alias, const vo
     if (table == nullptr) return HYP_BAD_PARAM;
     uint32_t count = 0;
     std::memcpy(&count, table, sizeof count);
-    const uint64_t size = kTableEntrySize * count + sizeof count;
+    const uint64_t size = uint64_t{VSDVS_LS_TEAMING_ENTRY_SIZE} * count + sizeof count;
     if (size > UINT32_MAX) return HYP_BAD_PARAM;
     return setProperty(place, kTable, table, static_cast<uint32_t>(size));
 }

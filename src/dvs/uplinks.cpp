@@ -16,9 +16,9 @@ namespace {
 
 constexpr uint32_t kConnectId = 1;
 
-constexpr Property kNames{"com.quillon.common.uplinkPorts", Scope::Global, DVS_PROP_CONFIG};
-constexpr Property kPorts{"com.quillon.common.host.uplinkPorts", Scope::Host, DVS_PROP_CONFIG};
-constexpr Property kPortAlias{"com.quillon.common.port.alias", Scope::Port, DVS_PROP_CONFIG};
+constexpr Property kNames = propertyOf(QVS_KEY_UPLINK_NAMES);
+constexpr Property kPorts = propertyOf(QVS_KEY_UPLINK_PORTS);
+constexpr Property kPortAlias = propertyOf(QVS_KEY_PORT_ALIAS);
 
 // Both stored lists, checked against each other.
 struct StoredLists {

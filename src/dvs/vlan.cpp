@@ -8,12 +8,12 @@
 namespace qvs {
 namespace {
 
-constexpr Property kPrivateVlanMap{"com.quillon.vswitch.pvlanMap", Scope::Global, DVS_PROP_POLICY};
-constexpr Property kVlan{"com.quillon.vswitch.port.vlan", Scope::Port, DVS_PROP_POLICY};
-constexpr Property kPriority{"com.quillon.vswitch.port.priority", Scope::Port, DVS_PROP_POLICY};
-constexpr Property kNestedTag{"com.quillon.vswitch.port.vlanNestedTag", Scope::Port, DVS_PROP_CONFIG};
+constexpr Property kPrivateVlanMap = propertyOf(QVS_KEY_PRIVATE_VLAN_MAP);
+constexpr Property kVlan = propertyOf(QVS_KEY_PORT_VLAN);
+constexpr Property kPriority = propertyOf(QVS_KEY_PORT_PRIORITY);
+constexpr Property kNestedTag = propertyOf(QVS_KEY_PORT_NESTED_TAG);
 
-constexpr VSDVS_VLANRange kAllVlans = {0, 4094};
+constexpr VSDVS_VLANRange kAllVlans = {0, QVS_VLAN_MAX};
 
 constexpr uint64_t vlanRecordSize(uint16_t rangeCount) {
     return sizeof(VSDVS_PortVLAN) + sizeof(VSDVS_VLANRange) * uint64_t{rangeCount};

@@ -4,6 +4,7 @@
 #include "core/identity.h"
 #include "core/mesh_value.h"
 #include "core/request.h"
+#include "qvs/keys.h"
 #include "qvs/tfhyp.h"
 
 namespace qvs {
@@ -11,7 +12,7 @@ namespace {
 
 enum class TraceCommand : uint32_t { Create = 0, Clear = 1, GetPortStats = 2, SetInt = 3, GetInt = 4 };
 
-constexpr const char *kEnabledKey = "com.quillon.tarnData.traceflow.enabled";
+constexpr const char *kEnabledKey = QVS_KEY_TRACEFLOW_ENABLED;
 
 struct QVS_PACKED TraceRequest {
     char switchId[64] = {};
