@@ -11,13 +11,14 @@
 #include <vector>
 
 #include "mesh/snapshot_writer.h"
+#include "qvs/keys.h"
 #include "qvs/qvs.h"
 
 namespace {
 
-constexpr const char *kKeys[] = {
-#include "keys.inc"
-};
+#define QVS_KEY_ONLY(key, scope, propType) key,
+constexpr const char *kKeys[] = {QVS_KEYS(QVS_KEY_ONLY)};
+#undef QVS_KEY_ONLY
 
 // The input taken apart from the front; what is missing is zero.
 class Bytes {
