@@ -73,8 +73,10 @@ typedef char SwitchAliasName[128];
  *   argument    the request record, owned by the caller; the kernel reads and writes it in place
  *
  * Returns 0 when ioctl answered 0 or more, otherwise the status of the errno that open or ioctl left
- * (an errno without a status of its own, and EINVAL, give HYP_FAILURE). Null pointers are the kernel's to
- * judge. Never retried, never printed. Safe from any thread.
+ * (an errno without a status of its own, and EINVAL, give HYP_FAILURE). HYP_NOT_FOUND, of ENOENT, is the
+ * answer on a machine without the device, so without a host, too. Null pointers are the kernel's to judge.
+ * What the kernel writes into the argument before it fails stays there. Never retried, never printed. Safe
+ * from any thread.
  *
  *   struct Frame frame = {...};
  *   HYP_ReturnStatus status = HYPIoctl("/dev/vswitch", 0x1026, &frame);
@@ -83,22 +85,14 @@ QVS_API HYP_ReturnStatus HYPIoctl(const char *devicePath, int request, void *arg
 
 /*
  * The English text of a status: a constant NUL-terminated string that is never freed and never null.
- * Values without a text of their own give "General error".
+ * Values without a text of their own give "General error". Cannot fail.
  */
 QVS_API const char *ReturnStatusToString(HYP_ReturnStatus status);
 
 /*
- * Reporting entry points that code linked against the library may call. They look at none of their
- * arguments, write nothing, and return; Panic does too.
- */
-QVS_API void Log(const char *format, ...);
-QVS_API void Warning(const char *format, ...);
-QVS_API void Panic(const char *format, ...);
-
-/*
  * What the loader runs, in this order, when the library is loaded: SharedObjectInit sorts the printer
- * registry of the dump, LibraryInit loads the first snapshot (DVSLoadConfig) and ignores its status.
- * Calling them again does the same again.
+ * registry of the dump, LibraryInit loads the first snapshot (DVSLoadConfig) and ignores its status: without
+ * a host the snapshot is empty. Calling them again does the same again.
  */
 QVS_API void SharedObjectInit(void);
 QVS_API void LibraryInit(void);

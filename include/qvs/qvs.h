@@ -1,4 +1,4 @@
-/* All public headers of the library. */
+/* All public headers of the library but <qvs/reporting.h>, whose names are likely to be a program's own. */
 #ifndef QVS_QVS_H
 #define QVS_QVS_H
 

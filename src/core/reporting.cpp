@@ -1,5 +1,5 @@
 // The silent reporting entry points.
-#include "qvs/hyp.h"
+#include "qvs/reporting.h"
 
 // Empty on purpose: programs linked against the library call them, and the library prints nothing.
 extern "C" void Log(const char * /*format*/, ...) {}

@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <qvs/hyp.h>
+#include <qvs/reporting.h>
 #include <unistd.h>
 
 #include <cerrno>

@@ -5,9 +5,14 @@
 
 static int failed;
 
+/* A name of the program's own: <qvs/reporting.h> is not included unasked. */
+static void Log(const char *text) {
+    fprintf(stderr, "program: %s\n", text);
+}
+
 static void expect(int good, const char *text) {
     if (!good) {
-        fprintf(stderr, "program: %s\n", text);
+        Log(text);
         failed = 1;
     }
 }
