@@ -1,6 +1,9 @@
 /*
  * The hypervisor's distributed-switch state library, libmeshPublic.so: what the library and the tool expect
- * of it. Handles are opaque and belong to the snapshot; they stay valid until the snapshot is reset.
+ * of it. Handles are opaque and belong to the snapshot; they stay valid until the snapshot is reset. Statuses
+ * are the state library's; the library passes them on unchanged. The emulated host's answers HYP_NOT_FOUND
+ * for a switch, port or key that is not there, HYP_EXISTS when one that is added is there already, and
+ * 0xbad0040 (No connection) when there is no host.
  */
 #ifndef QVS_MESH_PUBLIC_H
 #define QVS_MESH_PUBLIC_H
@@ -49,6 +52,8 @@ QVS_API const char *DVS_ClassName(const DVSSwitch *sw);
 QVS_API uint32_t DVS_GetMaxPorts(const DVSSwitch *sw);
 QVS_API uint32_t DVS_Version(const DVSSwitch *sw);
 QVS_API const char *DVS_PortId(const DVSPort *port);
+/* Optional: a hypervisor's own state library may lack it. The library then takes every port for a live one; a
+ * program that must run there, too, declares it weak and tests it before the call. */
 QVS_API uint32_t DVS_PortState(const DVSPort *port);
 
 /* One property. DVSData_Data returns the value's length in bytes and yields its address; nothing promises a

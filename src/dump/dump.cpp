@@ -10,6 +10,10 @@
 #include "qvs/mesh_public.h"
 #include "qvs/netdvs.h"
 
+// An addition to the platform's interface: a state library without it must not keep this one from being
+// loaded.
+extern "C" __attribute__((weak)) uint32_t DVS_PortState(const DVSPort *port);
+
 namespace qvs {
 namespace {
 
@@ -30,9 +34,10 @@ int NetDVSDumpProp(DVSData *data, void *context) {
     return 0;
 }
 
-// What follows a port's identifier. The mark of the local cache runs straight into it.
-const char *portMark(uint32_t state) {
-    switch (state) {
+// What follows a port's identifier. The mark of the local cache runs straight into it. A state library that
+// cannot tell the state has live ports only.
+const char *portMark(const DVSPort *port) {
+    switch (DVS_PortState != nullptr ? DVS_PortState(port) : DVS_PORT_LIVE) {
         case DVS_PORT_INVALID:
             return " (INVALID)";
         case DVS_PORT_LIVE:
@@ -49,8 +54,7 @@ const char *portMark(uint32_t state) {
 }
 
 int dumpPort(DVSPort *port, void *context) {
-    NetDVSDumpPrintf<"\tport %s%s:\n">(&static_cast<Walk *>(context)->ctx, DVS_PortId(port),
-                                       portMark(DVS_PortState(port)));
+    NetDVSDumpPrintf<"\tport %s%s:\n">(&static_cast<Walk *>(context)->ctx, DVS_PortId(port), portMark(port));
     DVSState_PortDataForEach(port, NetDVSDumpProp, context);
     return 0;
 }
