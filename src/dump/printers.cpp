@@ -14,7 +14,7 @@ bool isPrintableString(const RecordView &record) {
 
 void printRanges(const PrintJob &job, uint64_t offset, uint64_t count) {
     const RecordView &record = job.record;
-    const uint64_t entries = record.entries(count, offset, 4);
+    const uint64_t entries = record.wholeEntries(count, offset, 4);
     for (uint64_t i = 0; i < entries; ++i) {
         const uint16_t first = record.u16(offset + 4 * i);
         const uint16_t last = record.u16(offset + 4 * i + 2);
@@ -70,7 +70,7 @@ void printGeneric(const PrintJob &job) {
     job.classLine();
 }
 
-// Records whose layout is the business of others: their length, then the text or 16 bytes a line.
+// Records whose layout is the business of others: their length, then the text or rows of 16 bytes.
 void printOpaque(const PrintJob &job) {
     const RecordView &record = job.record;
     job.print<"\t\t%s:\n\t\t\tlength = %u\n">(job.key, record.length());
@@ -78,7 +78,7 @@ void printOpaque(const PrintJob &job) {
         job.print<"\t\t\ttext = %s\n">(record.text(0));
     } else {
         for (uint32_t i = 0; i < record.length(); ++i) {
-            if (i % 16 == 0) job.print<"\t\t\t">();
+            if (i % 16 == 0) job.print<"\t\t\tbytes = ">();
             job.print<"%02x">(record.bytes()[i]);
             const bool endsLine = i % 16 == 15 || i + 1 == record.length();
             if (endsLine) {

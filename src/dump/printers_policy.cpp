@@ -114,6 +114,7 @@ void printExtraEthFilter(const PrintJob &job) {
     constexpr uint32_t kMulticast = 1u << 1;
     constexpr uint64_t kAddresses = 6;
     constexpr uint64_t kAddressSize = 6;
+    constexpr uint64_t kMostAddresses = 32;
     const RecordView &record = job.record;
     const uint32_t flags = record.u32(0);
     const auto text = [flags](unsigned bit, std::string_view name) {
@@ -123,7 +124,8 @@ void printExtraEthFilter(const PrintJob &job) {
                                            text(2, "  ALLMULTI"), text(3, "  BROADCAST"),
                                            text(4, "  PROMISC"), text(5, "  USE_LADRF"), text(16, "  SINK"));
     if ((flags & kMulticast) != 0) {
-        const uint64_t count = record.entries(record.u16(4), kAddresses, kAddressSize);
+        const uint64_t used = record.u16(4) < kMostAddresses ? record.u16(4) : kMostAddresses;
+        const uint64_t count = record.wholeEntries(used, kAddresses, kAddressSize);
         for (uint64_t i = 0; i < count; ++i) {
             job.print<"\t\tmulticastAddr[%d] = %s\n">(
                 i, AddressText::ofMac(record, kAddresses + kAddressSize * i).view());
@@ -190,7 +192,7 @@ void printPortIpfix(const PrintJob &job) {
     job.print<"\t\t\tvirtualObsID = '%s'\n">(obsIdText);
     job.print<"\t\t\tcollectorCount = %u\n">(record.u8(13));
     const uint64_t used = record.u8(13) < kMostCollectors ? record.u8(13) : kMostCollectors;
-    const uint64_t count = record.entries(used, kCollectors, kCollectorSize);
+    const uint64_t count = record.wholeEntries(used, kCollectors, kCollectorSize);
     for (uint64_t i = 0; i < count; ++i) {
         const uint64_t slot = kCollectors + kCollectorSize * i;
         const uint16_t port = record.u16(slot + 16);

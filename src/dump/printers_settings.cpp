@@ -94,7 +94,7 @@ void printMulticastAddresses(const PrintJob &job) {
     const uint8_t count = job.record.u8(0);
     job.print<"\t\t%s:\n">(job.key);
     job.print<"\t\t\tcount = %u\n">(count);
-    const uint64_t entries = job.record.entries(count, 1, kAddressSize);
+    const uint64_t entries = job.record.wholeEntries(count, 1, kAddressSize);
     for (uint64_t i = 0; i < entries; ++i) {
         job.print<"\t\t\taddress = %s\n">(AddressText::ofMac(job.record, 1 + kAddressSize * i).view());
     }

@@ -7,9 +7,10 @@ namespace {
 // An uplink list: names of one size behind a 32-bit count.
 void printUplinkList(const PrintJob &job, size_t nameSize) {
     const RecordView &record = job.record;
-    const uint64_t count = record.entries(record.u32(0), 4, nameSize);
+    const uint32_t stored = record.u32(0);
+    const uint64_t count = record.entriesOfRow(stored, 4, nameSize);
     job.print<"\t\t%s:\n\t\t\t">(job.key);
-    if (count == 0) job.print<"<none>\n">();
+    if (count == 0) job.print<"%s\n">(stored == 0 ? "<none>" : "");
     for (uint64_t i = 0; i < count; ++i) {
         const std::string_view name = record.text(4 + nameSize * i, nameSize);
         if (i + 1 < count) {
@@ -128,7 +129,7 @@ void printLinkStatus(const PrintJob &job) {
 void printOverlay(const PrintJob &job) {
     constexpr uint64_t kEntrySize = 36;
     const RecordView &record = job.record;
-    const uint64_t count = record.entries(record.u32(0), 4, kEntrySize);
+    const uint64_t count = record.entriesOfRow(record.u32(0), 4, kEntrySize);
     job.print<"\t\t%s =">(job.key);
     for (uint64_t i = 0; i < count; ++i) {
         const uint64_t entry = 4 + kEntrySize * i;
@@ -142,7 +143,7 @@ void printOverlay(const PrintJob &job) {
 void printPortOverlay(const PrintJob &job) {
     constexpr uint64_t kEntrySize = 12;
     const RecordView &record = job.record;
-    const uint64_t count = record.entries(record.u32(0), 4, kEntrySize);
+    const uint64_t count = record.wholeEntries(record.u32(0), 4, kEntrySize);
     job.print<"\t\t%s =">(job.key);
     for (uint64_t i = 0; i < count; ++i) {
         const uint64_t entry = 4 + kEntrySize * i;

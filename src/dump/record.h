@@ -42,10 +42,22 @@ class RecordView {
         return {start, strnlen(start, std::min(fieldSize, static_cast<size_t>(length_ - offset)))};
     }
 
-    // How many of `count` entries begin inside the record, the first of them at an offset.
+    // How many of `count` entries the record holds to their ends, the first of them at an offset. A number
+    // cut short would be another number.
+    uint64_t wholeEntries(uint64_t count, uint64_t offset, uint64_t entrySize) const {
+        if (offset >= length_) return 0;
+        return std::min(count, (length_ - offset) / entrySize);
+    }
+
+    // How many of `count` entries begin inside the record: texts, of which a part says something.
     uint64_t entries(uint64_t count, uint64_t offset, uint64_t entrySize) const {
         if (offset >= length_) return 0;
         return std::min(count, (length_ - offset + entrySize - 1) / entrySize);
+    }
+
+    // The same for entries that share a row, which stays empty when the record holds none of them whole.
+    uint64_t entriesOfRow(uint64_t count, uint64_t offset, uint64_t entrySize) const {
+        return wholeEntries(count, offset, entrySize) != 0 ? entries(count, offset, entrySize) : 0;
     }
 
   private:

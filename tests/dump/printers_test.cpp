@@ -258,13 +258,64 @@ TEST(Printers, Branches) {
         {"com.quillon.common.serviceinstance", "", ":\n\t\t\tlength = 0\n$"},
         {"com.quillon.common.serviceinstance", "00", ":\n\t\t\tlength = 1\n\t\t\ttext = \n$"},
         {"com.quillon.common.serviceinstance", "ff [15]",
-         ":\n\t\t\tlength = 16\n\t\t\tff 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n$"},
+         ":\n\t\t\tlength = 16\n\t\t\tbytes = ff 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n$"},
     };
     addSwitches();
     for (const auto &row : rows) {
         SCOPED_TRACE(row.record);
         std::string text = std::string("\t\t") + row.key + row.text;
         if (text.back() == '$') text.replace(text.size() - 1, 1, "\t\t\tpropType = CONFIG \n");
+        EXPECT_EQ(print(kNew, row.key, record(row.record), 16), text);
+    }
+}
+
+// Records that hold less than they count, or count more than there can be. A number that is cut short is not
+// printed, a text is; a row of which nothing is whole stays empty.
+TEST(Printers, CountsThatTheRecordsDoNotHold) {
+    const std::string addresses33 = "02000000 2100 [192] ffff";
+    std::string printed32;
+    for (int i = 0; i < 32; ++i)
+        printed32 += "\t\tmulticastAddr[" + std::to_string(i) + "] = 00:00:00:00:00:00\n";
+    const std::string sampling =
+        ":\n\t\t\tidle timeout = 0 seconds\n\t\t\tactive timeout = 0 seconds\n\t\t\tsampling rate = 0\n"
+        "\t\t\tinternal flows only = false\n\t\t\tvNIC sampling only = false\n\t\t\tobsDomainID = 0\n"
+        "\t\t\tsrcIPv4 = 0.0.0.0\n\t\t\tvirtualObsID = ''\n\t\t\tcollectorCount = 2\n";
+    struct {
+        const char *key;
+        std::string record, text;
+    } const rows[] = {
+        {"com.quillon.common.port.overlay", "02000000 01000000 ff00000000000000 02000000 ff", " =0xff@1 \n$"},
+        {"com.quillon.common.port.overlay", "01000000 01000000 ff000000", " =\n$"},
+        {"com.quillon.common.port.volatile.vlan", "0a00 0200 0100 0200 6400",
+         " = VLAN 10\n\t\t\tranges = 1-2\n$"},
+        {"com.quillon.common.port.volatile.vlan", "0a00 0200 6400", " = VLAN 10\n\t\t\tranges =\n$"},
+        {"com.quillon.vswitch.port.vlan", "0100 0000 0000 0100 64",
+         " = Guest VLAN tagging\n\t\t\tranges =\n$"},
+        {"com.quillon.common.port.volatile.vlanchkresult", "0100 0000 64",
+         ":\n\t\t\ttrunked =\n\t\t\tuntrunked = <none>\n$"},
+        {"com.quillon.common.port.volatile.mtuchkresult", "0200 0100 dc05 2823 dc",
+         ":\n\t\t\tallowed = 1500-9000\n\t\t\tdisallowed =\n$"},
+        {"com.quillon.vswitch.port.extraEthFRP", "02000000 0200 01005e000001 01005e0000",
+         " =   MULTICAST\n\t\tmulticastAddr[0] = 01:00:5e:00:00:01\n$"},
+        {"com.quillon.vswitch.port.extraEthFRP", addresses33, " =   MULTICAST\n" + printed32 + "$"},
+        {"com.quillon.vswitch.port.extraEthFRP", addresses33 + "ffffffff [600]",
+         " =   MULTICAST\n" + printed32 + "$"},
+        {"com.quillon.vswitch.mcast.user.addresses", "02 01005e000001 01005e0000",
+         ":\n\t\t\tcount = 2\n\t\t\taddress = 01:00:5e:00:00:01\n$"},
+        {"com.quillon.net.ipfix.port", "[12] 00 02 0000 [8] 0a000001 [12] 0100 00 00 0a000002 [12] 0100 00",
+         sampling + "\t\t\t\t0th collector = 10.0.0.1:1\n$"},
+        {"com.quillon.common.uplinkPorts", "02000000", ":\n\t\t\t\n$"},
+        {"com.quillon.common.uplinkPorts", "01000000 \"upl\"", ":\n\t\t\t\n$"},
+        {"com.quillon.common.uplinkPorts", "03000000 \"uplink0\"[81] \"upl\"", ":\n\t\t\tuplink0, upl\n$"},
+        {"com.quillon.common.host.uplinkPorts", "01000000", ":\n\t\t\t\n$"},
+        {"com.quillon.common.host.uplinkPorts", "", ":\n\t\t\t<none>\n$"},
+        {"com.quillon.common.overlay", "01000000 05000000 \"ov\"", " =\n$"},
+    };
+    addSwitches();
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.record);
+        std::string text = std::string("\t\t") + row.key + row.text;
+        text.replace(text.size() - 1, 1, "\t\t\tpropType = CONFIG \n");
         EXPECT_EQ(print(kNew, row.key, record(row.record), 16), text);
     }
 }
@@ -279,9 +330,9 @@ TEST(Printers, LargeText) {
     for (uint64_t i = 0; i < 90000; ++i) {
         const std::string line = u64(i) + u64(~i);
         bytes += line;
-        lines += "\t\t";
+        lines += "\t\t\tbytes =";
         for (const char byte : line)
-            lines += (lines.back() == '\t' ? "\t" : " ") + toHex({&byte, 1});
+            lines += " " + toHex({&byte, 1});
         lines += '\n';
     }
     calls().record = [&](const char *, std::string_view) { return std::string_view(bytes); };
