@@ -57,6 +57,12 @@ struct NewSwitch {
     uint32_t numPorts;
 };
 
+// What is longer is cut where the switch is looked up, and could never be addressed again.
+bool hasFittingNames(const NewSwitch &sw) {
+    return strnlen(sw.switchId, sizeof(SwitchIdString)) < sizeof(SwitchIdString) &&
+           strnlen(sw.portsetName, sizeof(SwitchAliasName)) < sizeof(SwitchAliasName);
+}
+
 HYP_ReturnStatus storeSwitchProperties(const NewSwitch &sw) {
     const Place place = Place::ofSwitchId(sw.switchId);
     HYP_ReturnStatus status = setText(place, kAlias, sw.alias);
@@ -99,6 +105,7 @@ HYP_ReturnStatus addSwitch(const NewSwitch &sw) {
 }
 
 HYP_ReturnStatus createSwitch(const NewSwitch &sw) {
+    if (!hasFittingNames(sw)) return HYP_BAD_PARAM;
     // Both lines are made before anything runs: a portset that could not be destroyed is not created either.
     ShellCommand create;
     ShellCommand destroy;

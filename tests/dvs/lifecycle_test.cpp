@@ -210,25 +210,51 @@ TEST(Switch, GeneratedIdentifierSpellsTheAlias) {
 
 // What would mean something to the shell or to the node path is refused before anything happens.
 TEST(Switch, PortsetNamesThatTheShellWouldInterpret) {
-    const std::string name300(300, 'n');
-    // The create line holds 58 characters beside the name, of 255; with a capacity of ten digits it holds 65.
-    const std::string name198(198, 'n'), name191(191, 'n');
     const std::string before = hostState();
     CallsReset reset;
     for (const std::string name :
-         {"",     " ",     "a b",  "a\tb", "a\nb", "a\001b",        "a\177b",       "a'b",
-          "a\"b", "a`id`", "a;b",  "a&b",  "a|b",  "a<b",           "a>b",          "a(b",
-          "a)b",  "a$b",   "a\\b", "a*b",  "a?b",  "a[b",           "a/b",          "/",
-          "-a",   "~a",    "#a",   ".",    "..",   name300.c_str(), name198.c_str()}) {
+         {"",    " ",   "a b", "a\tb", "a\nb", "a\001b", "a\177b", "a'b", "a\"b", "a`id`",
+          "a;b", "a&b", "a|b", "a<b",  "a>b",  "a(b",    "a)b",    "a$b", "a\\b", "a*b",
+          "a?b", "a[b", "a/b", "/",    "-a",   "~a",     "#a",     ".",   ".."}) {
         SCOPED_TRACE(name);
         EXPECT_STATUS(VSDVS_CreateVSwitch("sw1", nullptr, name.c_str(), 105, 0, 0, 1, 1), 0xbad0007);
         EXPECT_STATUS(VSDVS_CreateVSwitch(name.c_str(), "id", nullptr, 105, 0, 0, 1, 1), 0xbad0007);
     }
-    EXPECT_STATUS(VSDVS_CreateVSwitch("sw1", nullptr, name191.c_str(), 105, 0, 1234567890, 1, 1), 0xbad0007);
     EXPECT_STATUS(VSDVS_CreateVSwitch(nullptr, "id", "ps", 105, 0, 0, 1, 1), 0xbad0007);
     EXPECT_EQ(takeTrace(), "");
     EXPECT_TRUE(calls().commands.empty());
     EXPECT_EQ(hostState(), before);
+}
+
+// A name that a lookup would cut belongs to a switch that nobody could address again.
+TEST(Switch, NamesThatLookupsCut) {
+    const std::string name63(63, 'i'), name64(64, 'i'), name127(127, 'n'), name128(128, 'n'),
+        name300(300, 'n');
+    struct {
+        const char *alias, *id, *portset;
+        uint32_t status;
+    } const rows[] = {
+        {"sw1", name64.c_str(), "ps", 0xbad0007},    {"sw1", name300.c_str(), "ps", 0xbad0007},
+        {"sw1", "id", name128.c_str(), 0xbad0007},   {"sw1", "id", name300.c_str(), 0xbad0007},
+        {name128.c_str(), "id", nullptr, 0xbad0007}, {"sw1", name63.c_str(), name127.c_str(), 0},
+        {name127.c_str(), nullptr, nullptr, 0},      {name128.c_str(), "id", "ps", 0},
+    };
+    const std::string before = hostState();
+    for (const auto &[alias, id, portset, status] : rows) {
+        SCOPED_TRACE(std::string(alias) + ", " + (id != nullptr ? id : "-"));
+        CallsReset reset;
+        clearTrace();
+        EXPECT_STATUS(VSDVS_CreateVSwitch(alias, id, portset, 105, 0, 0, 1, 1), status);
+        if (status != HYP_OK) {
+            EXPECT_EQ(takeTrace(), "");
+            EXPECT_TRUE(calls().commands.empty());
+            continue;
+        }
+        ASSERT_STATUS(DVSLoadConfig(), 0);
+        EXPECT_STATUS(VSDVS_AddDVPort(alias, "more", 1), 0);
+        EXPECT_STATUS(VSDVS_DestroyVSwitch(alias), 0);
+        EXPECT_EQ(hostState(), before);
+    }
 }
 
 TEST(Switch, PortsetNamesThatWork) {
