@@ -63,6 +63,14 @@ HYP_ReturnStatus fetchInto(void *record, Ask ask) {
     return status;
 }
 
+// The same for memory that is cleared first: all zeros when the request fails, whatever the kernel had
+// written by then.
+template <uint32_t Size, typename Ask>
+HYP_ReturnStatus fetchIntoCleared(void *record, Ask ask) {
+    std::memset(record, 0, Size);
+    return fetchInto<Size>(record, ask);
+}
+
 // What a list looks like: a header with the count in it, and entries of one size behind the header.
 struct ListShape {
     uint32_t entrySize;  // 0: there is no such list, which shows only once the count is known

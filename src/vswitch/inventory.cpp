@@ -82,10 +82,10 @@ extern "C" HYP_ReturnStatus VSHYP_GetSwitchInfo(const char *alias, void **info) 
 
 extern "C" HYP_ReturnStatus VSHYP_GetVSInfo(const char *switchName, void *info) {
     if (info == nullptr) return HYP_BAD_PARAM;
-    std::memset(info, 0, VSHYP_SWITCH_INFO_SIZE);
-    if (switchName == nullptr) return HYP_BAD_PARAM;
-    return switchRequest(SwitchCommand::GetSwitchInfo, SwitchRequest::named(switchName), info,
-                         VSHYP_SWITCH_INFO_SIZE);
+    return fetchIntoCleared<VSHYP_SWITCH_INFO_SIZE>(info, [&](Area out) {
+        if (switchName == nullptr) return HYP_BAD_PARAM;
+        return switchRequest(SwitchCommand::GetSwitchInfo, SwitchRequest::named(switchName), out);
+    });
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetSwitchPortInfo(const char *alias, void **ports) {
@@ -101,21 +101,18 @@ extern "C" HYP_ReturnStatus VSHYP_GetPortInfo(const char *alias, const char *dvP
 
 extern "C" HYP_ReturnStatus VSHYP_PortGetTeamUplinkHint(uint32_t portId, void *hint) {
     if (hint == nullptr) return HYP_BAD_PARAM;
-    std::memset(hint, 0, VSHYP_TEAM_UPLINK_HINT_SIZE);
     SwitchRequest request;
     request.portId = portId;
-    return switchRequest(SwitchCommand::GetTeamUplinkHint, request, hint, VSHYP_TEAM_UPLINK_HINT_SIZE);
+    return fetchIntoCleared<VSHYP_TEAM_UPLINK_HINT_SIZE>(
+        hint, [&](Area out) { return switchRequest(SwitchCommand::GetTeamUplinkHint, request, out); });
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetUplinkDVPortID(const char *uplinkName, void *identity) {
     if (identity == nullptr) return HYP_BAD_PARAM;
-    std::memset(identity, 0, VSHYP_UPLINK_DV_PORT_ID_SIZE);
-    if (uplinkName == nullptr) return HYP_BAD_PARAM;
-    const HYP_ReturnStatus status = switchRequest(SwitchCommand::GetUplinkDvPortId, forUplink("", uplinkName),
-                                                  identity, VSHYP_UPLINK_DV_PORT_ID_SIZE);
-    // A failing kernel may have written something; the identity is empty all the same.
-    if (status != HYP_OK) std::memset(identity, 0, VSHYP_UPLINK_DV_PORT_ID_SIZE);
-    return status;
+    return fetchIntoCleared<VSHYP_UPLINK_DV_PORT_ID_SIZE>(identity, [&](Area out) {
+        if (uplinkName == nullptr) return HYP_BAD_PARAM;
+        return switchRequest(SwitchCommand::GetUplinkDvPortId, forUplink("", uplinkName), out);
+    });
 }
 
 // A list of its own making: the selector is the input, the first status is ignored, and the count word that
@@ -149,11 +146,11 @@ extern "C" HYP_ReturnStatus VSHYP_GetSwitches(uint32_t selector, void **switches
 
 extern "C" HYP_ReturnStatus VSHYP_DVSAliasToSwitchId(const char *alias, void *switchId) {
     if (alias == nullptr || switchId == nullptr) return HYP_BAD_PARAM;
-    std::memset(switchId, 0, sizeof(SwitchIdString));
     char shortAlias[kAliasSize];
     copyText(shortAlias, alias);
-    return switchRequest(SwitchCommand::AliasToSwitchId, SwitchRequest::named(shortAlias), switchId,
-                         sizeof(SwitchIdString));
+    return fetchIntoCleared<sizeof(SwitchIdString)>(switchId, [&](Area out) {
+        return switchRequest(SwitchCommand::AliasToSwitchId, SwitchRequest::named(shortAlias), out);
+    });
 }
 
 extern "C" HYP_ReturnStatus VSHYP_SetUplinkAdminLinkState(const char *switchName, const char *uplinkName,

@@ -86,9 +86,8 @@ extern "C" HYP_ReturnStatus VSHYP_GetPortMACLearningStats(const char *dvPortId, 
     if (stats == nullptr) return HYP_BAD_PARAM;
     SwitchRequest request;
     if (const HYP_ReturnStatus status = forPort(alias, dvPortId, request); status != HYP_OK) return status;
-    std::memset(stats, 0, VSHYP_MAC_LEARNING_STATS_SIZE);
-    return switchRequest(SwitchCommand::GetPortMacLearningStats, request, stats,
-                         VSHYP_MAC_LEARNING_STATS_SIZE);
+    return fetchIntoCleared<VSHYP_MAC_LEARNING_STATS_SIZE>(
+        stats, [&](Area out) { return switchRequest(SwitchCommand::GetPortMacLearningStats, request, out); });
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetSwitchMACLearningInfo(const char *switchName, void *info) {

@@ -1,6 +1,4 @@
 // Teaming as the kernel runs it, and the statistics around it.
-#include <cstring>
-
 #include "qvs/vshyp.h"
 #include "vswitch/request.h"
 
@@ -8,11 +6,13 @@ namespace qvs {
 namespace {
 
 // Statistics of a switch into the caller's buffer, which is cleared first.
-HYP_ReturnStatus readStats(SwitchCommand command, const char *switchName, void *stats, uint32_t size) {
+template <uint32_t Size>
+HYP_ReturnStatus readStats(SwitchCommand command, const char *switchName, void *stats) {
     if (stats == nullptr) return HYP_BAD_PARAM;
-    std::memset(stats, 0, size);
-    if (switchName == nullptr) return HYP_BAD_PARAM;
-    return switchRequest(command, SwitchRequest::named(switchName), stats, size);
+    return fetchIntoCleared<Size>(stats, [&](Area out) {
+        if (switchName == nullptr) return HYP_BAD_PARAM;
+        return switchRequest(command, SwitchRequest::named(switchName), out);
+    });
 }
 
 }  // namespace
@@ -21,24 +21,21 @@ HYP_ReturnStatus readStats(SwitchCommand command, const char *switchName, void *
 using namespace qvs;
 
 extern "C" HYP_ReturnStatus VSHYP_GetRARPStats(const char *switchName, void *stats) {
-    return readStats(SwitchCommand::GetRarpStats, switchName, stats, VSHYP_RARP_STATS_SIZE);
+    return readStats<VSHYP_RARP_STATS_SIZE>(SwitchCommand::GetRarpStats, switchName, stats);
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetServicePortTeamingStats(const char *switchName, void *stats) {
-    return readStats(SwitchCommand::GetServicePortTeamingStats, switchName, stats,
-                     VSHYP_SERVICE_PORT_TEAMING_STATS_SIZE);
+    return readStats<VSHYP_SERVICE_PORT_TEAMING_STATS_SIZE>(SwitchCommand::GetServicePortTeamingStats,
+                                                            switchName, stats);
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetPortLSTeamingPolicyName(uint32_t portId, char *name) {
     if (name == nullptr) return HYP_BAD_PARAM;
-    std::memset(name, 0, VSHYP_LS_TEAMING_NAME_SIZE);
     SwitchRequest request;
     request.portId = portId;
-    const HYP_ReturnStatus status =
-        switchRequest(SwitchCommand::GetPortLsTeamingPolicyName, request, name, VSHYP_LS_TEAMING_NAME_SIZE);
-    // A failing kernel may have written something; the name is empty all the same.
-    if (status != HYP_OK) std::memset(name, 0, VSHYP_LS_TEAMING_NAME_SIZE);
-    return status;
+    return fetchIntoCleared<VSHYP_LS_TEAMING_NAME_SIZE>(name, [&](Area out) {
+        return switchRequest(SwitchCommand::GetPortLsTeamingPolicyName, request, out);
+    });
 }
 
 // The one list whose header is the count alone.

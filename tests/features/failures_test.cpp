@@ -1,10 +1,13 @@
 // What single requests leave behind and print when they fail, or when the kernel answers nonsense.
 #include <qvs/bfd.h>
+#include <qvs/discovery.h>
+#include <qvs/healthcheck.h>
 #include <qvs/ipfixhyp.h>
 #include <qvs/kcp.h>
 #include <qvs/livetracehyp.h>
 #include <qvs/spfhyp.h>
 #include <qvs/tfhyp.h>
+#include <qvs/vsdvs.h>
 #include <qvs/vshyp.h>
 
 #include <cerrno>
@@ -73,6 +76,14 @@ TEST_F(SingleFailures, BuffersOfTheCaller) {
             EXPECT_STATUS(call(buffer), 0xbad0004);
             EXPECT_BYTES(bytesAt(buffer, size + 1), before);
         }
+        // A kernel that fails half way through its answer leaves no part of it.
+        std::memset(buffer, 0xee, sizeof buffer);
+        addFault("device ioctl",
+                 R"("output":[{"offset":0,"hex":")" + toHex(std::string(300, '\xa5')) + "\"}]");
+        calls().ioctlResults = {-1};
+        calls().ioctlErrno = EBUSY;
+        EXPECT_STATUS(call(buffer), 0xbad0004);
+        EXPECT_BYTES(bytesAt(buffer, size + 1), before);
         // All of the record is handed on, however little text there is in it.
         addFault("device ioctl",
                  R"("output":[{"offset":0,"hex":")" + toHex(std::string(300, '\xa5')) + "\"}]");
@@ -83,6 +94,65 @@ TEST_F(SingleFailures, BuffersOfTheCaller) {
         addFault("device ioctl", R"("truncate":0)");
         EXPECT_STATUS(call(buffer), 0);
         EXPECT_BYTES(bytesAt(buffer, size + 1), before);
+    }
+}
+
+// The same for what is read from the state library.
+TEST_F(SingleFailures, RecordsOfTheCaller) {
+    constexpr char kGlobal[] = "state GlobalPropGet", kHost[] = "state HostPropGet",
+                   kPort[] = "state PortDataGet";
+    static constexpr auto kByte = [](void *b) { return static_cast<uint8_t *>(b); };
+    static constexpr auto kWord = [](void *b) { return static_cast<uint32_t *>(b); };
+    static constexpr auto kText = [](void *b) { return static_cast<char *>(b); };
+    static constexpr char kSw[] = "sw1", kP[] = "port0";
+    constexpr struct {
+        const char *name, *step;
+        size_t cleared;  // bytes, when it is cleared first
+        uint32_t (*call)(void *buffer);
+    } kRows[] = {
+        {"GetParam", kGlobal, 0, [](void *b) { return Discovery_GetParam(kSw, kByte(b)); }},
+        {"GetTeamCheckDeploy", kGlobal, 0,
+         [](void *b) { return HealthCheck_GetTeamCheckDeploy(kSw, kByte(b)); }},
+        {"GetTeamCheckParam", kGlobal, 0,
+         [](void *b) { return HealthCheck_GetTeamCheckParam(kSw, kByte(b)); }},
+        {"GetVLANMTUCheckDeploy", kGlobal, 0,
+         [](void *b) { return HealthCheck_GetVLANMTUCheckDeploy(kSw, kByte(b)); }},
+        {"GetVLANMTUCheckParam", kGlobal, 0,
+         [](void *b) { return HealthCheck_GetVLANMTUCheckParam(kSw, kByte(b)); }},
+        {"GetPortNestedVLANTagging", kPort, 0,
+         [](void *b) { return VSDVS_GetPortNestedVLANTagging(kSw, kP, kByte(b)); }},
+        {"GetPortSecurity", kPort, 0, [](void *b) { return VSDVS_GetPortSecurity(kSw, kP, kWord(b)); }},
+        {"GetExtraEthFilter", kPort, 0, [](void *b) { return VSDVS_GetExtraEthFilter(kSw, kP, b); }},
+        {"IsSinkPortEnabled", kPort, 0, [](void *b) { return VSDVS_IsSinkPortEnabled(kSw, kP, kByte(b)); }},
+        {"GetTeamingPolicy", kGlobal, 0, [](void *b) { return VSDVS_GetTeamingPolicy(kSw, b); }},
+        {"GetTeamingPolicyFromDVSID", kGlobal, 0,
+         [](void *b) { return VSDVS_GetTeamingPolicyFromDVSID("id", b); }},
+        {"GetPortTeamingPolicy", kPort, 0, [](void *b) { return VSDVS_GetPortTeamingPolicy(kSw, kP, b); }},
+        {"GetPortTeamingOverride", kPort, 81,
+         [](void *b) { return VSDVS_GetPortTeamingOverride(kSw, kP, kText(b)); }},
+        {"GetPortLSTeamingPolicyName", kPort, 136,
+         [](void *b) { return VSDVS_GetPortLSTeamingPolicyName(kSw, kP, kText(b)); }},
+        {"GetTxUplinkAlways", kPort, 0, [](void *b) { return VSDVS_GetTxUplinkAlways(kSw, kP, kByte(b)); }},
+        {"GetMACLearning", kHost, 0, [](void *b) { return VSDVS_GetMACLearning(kSw, b); }},
+        {"GetPortMACLearning", kPort, 0, [](void *b) { return VSDVS_GetPortMACLearning(kSw, kP, b); }},
+        {"GetLearnStatic", kHost, 0, [](void *b) { return VSDVS_GetLearnStatic(kSw, kByte(b)); }},
+        {"GetStaticMACAllow", kHost, 0, [](void *b) { return VSDVS_GetStaticMACAllow(kSw, kByte(b)); }},
+        {"GetMcastFilterMode", kGlobal, 0, [](void *b) { return VSDVS_GetMcastFilterMode(kSw, kWord(b)); }},
+        {"GetGlobProp", kGlobal, 0,
+         [](void *b) {
+             VSDVS_PropBuffer buffer = {256, b};
+             return VSDVS_GetGlobProp(kSw, "com.quillon.common.alias", &buffer, nullptr, 1);
+         }},
+        {"DvPortIDToPortID", kPort, 0, [](void *b) { return VSDVS_DvPortIDToPortID(kSw, kP, kWord(b)); }},
+    };
+    static alignas(8) char buffer[4096];
+    for (const auto &[name, step, cleared, call] : kRows) {
+        SCOPED_TRACE(name);
+        std::memset(buffer, 0xee, sizeof buffer);
+        addFault(step, R"("status":"0xbad0004")");
+        EXPECT_STATUS(call(buffer), 0xbad0004);
+        EXPECT_EQ(bytesAt(buffer, sizeof buffer),
+                  zeros(cleared) + std::string(sizeof buffer - cleared, '\xee'));
     }
 }
 

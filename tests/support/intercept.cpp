@@ -50,6 +50,7 @@ __attribute__((visibility("default"))) int ioctl(int descriptor, unsigned long r
     if (calls().ioctlResults.empty()) return result;
     const int answer = calls().ioctlResults.front();
     calls().ioctlResults.pop_front();
+    if (answer < 0 && calls().ioctlErrno != 0) errno = calls().ioctlErrno;
     return answer;
 }
 

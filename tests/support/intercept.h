@@ -20,6 +20,7 @@ struct Calls {
     std::optional<int> systemResult;    // system answers this and runs nothing
 
     std::deque<int> ioctlResults;  // the next calls of ioctl answer these once the kernel has answered
+    int ioctlErrno = 0;            // what such an answer below 0 leaves in errno
     int descriptor = -1;           // of the last ioctl
     int descriptorFlags = -1;      // its F_GETFD
     int closeErrno = 0;            // close succeeds, but leaves this in errno
