@@ -26,13 +26,19 @@ typedef struct Discovery_Param {
 } Discovery_Param;
 QVS_ASSERT_SIZE(Discovery_Param, 2);
 
-/* Reads the 2 bytes of a Discovery_Param. Never set: the operation becomes DISCOVERY_DOWN and the protocol
- * stays as it was. HYP_FAILURE: a stored record of another size. A failure leaves the caller's bytes as they
- * were. */
+/*
+ * Reads the 2 bytes of a Discovery_Param. Never set: the operation becomes DISCOVERY_DOWN and the protocol
+ * stays as it was. A failure leaves the caller's bytes as they were.
+ *
+ * HYP_NOT_FOUND: no switch in the snapshot has the alias. HYP_BAD_PARAM: the switch is of another class than
+ * "vswitch", or null argument. HYP_FAILURE: a stored record of another size. Otherwise the status of the
+ * state library.
+ */
 QVS_API HYP_ReturnStatus Discovery_GetParam(const char *alias, uint8_t *record);
 
-/* Stores the 2 bytes; with operation DISCOVERY_DOWN clears the key instead (HYP_NOT_FOUND when there is
- * none). */
+/* Stores the 2 bytes, which are not checked; with operation DISCOVERY_DOWN clears the key instead.
+ * HYP_NOT_FOUND: no such alias, or nothing to clear. HYP_BAD_PARAM: as above. Otherwise the status of the
+ * state library. */
 QVS_API HYP_ReturnStatus Discovery_SetParam(const char *alias, const uint8_t *record);
 
 QVS_EXTERN_C_END

@@ -17,7 +17,8 @@ QVS_EXTERN_C_BEGIN
 
 /*
  * Discards the snapshot and loads the kernel's current switch state in its place. The first status that fails
- * is returned (all are the state library's); a reload that fails after the reset leaves the snapshot empty.
+ * is returned; all are the state library's, and the emulated host's answers 0xbad0040 (No connection) when
+ * there is no host. A reload that fails after the reset leaves the snapshot empty, so that no alias is found.
  */
 QVS_API HYP_ReturnStatus DVSLoadConfig(void);
 
@@ -31,7 +32,8 @@ QVS_API HYP_ReturnStatus DVSLoadConfig(void);
  */
 QVS_API HYP_ReturnStatus DVSAliasToSwitchId(const char *alias, char *switchId);
 
-/* The same for a switch of any class. */
+/* The same for a switch of any class. HYP_NOT_FOUND: no switch has the alias. HYP_BAD_PARAM: null argument.
+ */
 QVS_API HYP_ReturnStatus DVSAliasToSwitchIdAllTypes(const char *alias, char *switchId);
 
 /*
@@ -40,7 +42,8 @@ QVS_API HYP_ReturnStatus DVSAliasToSwitchIdAllTypes(const char *alias, char *swi
  *
  *   portsetName  a SwitchAliasName of the caller: 128 bytes, no NUL when the name is that long
  *
- * HYP_NOT_FOUND: no switch has the alias; the output is then the empty string. HYP_BAD_PARAM: null argument.
+ * HYP_NOT_FOUND: no switch has the alias; the output is then the empty string, with the other bytes as they
+ * were. HYP_BAD_PARAM: null argument. The class of the switch is not checked.
  */
 QVS_API HYP_ReturnStatus DVSAliasToPortsetName(const char *alias, char *portsetName);
 
@@ -55,7 +58,7 @@ QVS_API HYP_ReturnStatus DVSAliasToPortsetName(const char *alias, char *portsetN
  */
 QVS_API HYP_ReturnStatus DVSPortsetNameToAlias(const char *portsetName, char *alias);
 
-/* DVSPortsetNameToAlias under the name of the VSDVS family. */
+/* DVSPortsetNameToAlias under the name of the VSDVS family; the statuses are its own. */
 QVS_API HYP_ReturnStatus VSDVS_GetAliasFromPortset(const char *portsetName, char *alias);
 
 /* Not a status: 1 when the snapshot holds the port, else 0 (also for null arguments). */
@@ -69,8 +72,10 @@ QVS_API uint8_t DVPortExist(const char *switchId, const char *portId);
  *   portId           port identifier, NUL-terminated
  *   portNumber       receives the number, 32 bits; untouched on failure
  *
- * HYP_FAILURE: the record is too short to hold a number. HYP_BAD_PARAM: null argument. Else the status of
- * DVSAliasToSwitchId or of the state library (HYP_NOT_FOUND without such a port).
+ * By alias, first: HYP_NOT_FOUND: no switch in the snapshot has the alias. HYP_BAD_PARAM: its class is not
+ * "vswitch". Then, either way: HYP_FAILURE: the record is too short to hold a number. HYP_BAD_PARAM: null
+ * argument. Else the status of the state library (HYP_NOT_FOUND without such a port). Neither the identifier
+ * nor the port is looked up in the snapshot.
  */
 QVS_API HYP_ReturnStatus VSDVS_DvPortIDToPortID(const char *alias, const char *portId, uint32_t *portNumber);
 QVS_API HYP_ReturnStatus VSDVS_DvPortIDToPortIDFromDVSID(const char *switchId, const char *portId,

@@ -49,11 +49,19 @@ QVS_API void IPFIXDVS_FreeMemory(void *pointer);
  * IPFIXDVS_FreeMemory; a failure leaves the pointer as it was.
  *
  * HYP_NOT_SUPPORTED: the switch is of another class. HYP_NOT_FOUND: no such switch or port in the snapshot.
- * HYP_FAILURE: a stored record of the wrong size. HYP_BAD_PARAM: null argument.
+ * HYP_FAILURE: a stored record of the wrong size. HYP_BAD_PARAM: null argument. Otherwise the status of the
+ * state library.
  */
 QVS_API HYP_ReturnStatus IPFIXDVS_GetIpfixGranular(const char *alias, const char *port, void **record);
 
-/* Stores a record, or with null clears what is stored (nothing stored is a success). */
+/*
+ * Stores a record of 184 bytes and what its virtualObsIDLength adds, or with null clears what is stored
+ * (nothing stored is a success; a failure to read it is the answer).
+ *
+ * HYP_NOT_SUPPORTED: the switch is of another class. HYP_NOT_FOUND: no such switch or port in the snapshot.
+ * HYP_BAD_PARAM: null alias or port. Otherwise the status of the state library. What the record holds is not
+ * checked.
+ */
 QVS_API HYP_ReturnStatus IPFIXDVS_SetIpfixGranular(const char *alias, const char *port, const void *record);
 
 QVS_EXTERN_C_END

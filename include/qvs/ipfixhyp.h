@@ -13,9 +13,10 @@ QVS_EXTERN_C_BEGIN
 
 #define IPFIXHYP_STATS_SIZE 192u
 
-/* The statistics of a switch, or of one of its ports: 192 bytes, the kernel's own, into the caller's buffer.
- * HYP_BAD_PARAM: null argument; HYP_NOT_FOUND: no such switch; for a port, HYP_BAD_PARAM also for a switch of
- * another class than "vswitch". Otherwise the status of the request's errno. */
+/* The statistics of a switch, or of one of its ports: 192 bytes, the kernel's own, into the caller's buffer,
+ * which a failure leaves as it was. HYP_BAD_PARAM: null argument; for a port, also a switch of another class
+ * than "vswitch". HYP_NOT_FOUND: no switch in the snapshot has the alias; the port goes to the kernel unseen,
+ * 47 characters of it. Otherwise the status of the errno of the device. */
 QVS_API HYP_ReturnStatus IPFIXHYP_GetIpfixStats(const char *alias, void *stats);
 QVS_API HYP_ReturnStatus IPFIXHYP_GetIpfixGranularStats(const char *alias, const char *portId, void *stats);
 

@@ -1,9 +1,10 @@
 /*
  * The kernel control plane: its switches, interfaces, NICs and containers.
  *
- * This family answers no statuses. A null pointer means any failure, and for a list also that it is empty;
- * what is not null is malloc'd and is released with free. A list is a 32-bit count and that many entries of
- * the size given, packed; the entries are the kernel's own. The count in it is the kernel's, too.
+ * This family answers no statuses. A null pointer means any failure (no device, a request that failed, no
+ * memory, a list longer than 32 bits can say), and for a list also that it is empty; what is not null is
+ * malloc'd and is released with free. A list is a 32-bit count and that many entries of the size given,
+ * packed; the entries are the kernel's own. The count in it is the kernel's, too.
  *
  *   void *nics = KCP_GetHYPNICList();
  *   free(nics);

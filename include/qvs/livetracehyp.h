@@ -1,8 +1,8 @@
 /*
  * Live trace: sessions on a switch, counters by action, what was seen on a port.
  *
- * A null pointer means any failure, silently; what is not null is malloc'd and is released with free. The
- * records are the kernel's own.
+ * A null pointer means any failure (of the device, the request or memory), silently; what is not null is
+ * malloc'd and is released with free. The records are the kernel's own.
  *
  *   void *sessions = LIVETRACEHYP_ListSession();
  *   free(sessions);
@@ -22,11 +22,13 @@ QVS_EXTERN_C_BEGIN
 /*
  * Creates a session.
  *
- *   alias        a switch of class "vswitch": HYP_NOT_FOUND or HYP_BAD_PARAM otherwise
+ *   alias        a switch of class "vswitch"
  *   portName     47 characters of it are sent
  *   sessionData  length bytes of definition, passed on to the kernel
  *
- * HYP_BAD_PARAM: null argument. HYP_NO_MEMORY.
+ * HYP_BAD_PARAM: null argument, or a switch of another class. HYP_NOT_FOUND: no switch in the snapshot has
+ * the alias. HYP_NO_MEMORY: no memory for the request, or one longer than 32 bits can say. Otherwise the
+ * status of the errno of the device; whether the port exists is the kernel's to judge.
  */
 QVS_API HYP_ReturnStatus LIVETRACEHYP_CreateSession(const char *alias, const char *portName,
                                                     const void *sessionData, uint32_t length);

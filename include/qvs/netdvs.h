@@ -19,8 +19,9 @@ QVS_EXTERN_C_BEGIN
  *   text   receives the NUL-terminated text, possibly empty; released with NetDVS_FreeMemory; untouched on
  *          failure
  *
- * HYP_NO_MEMORY: no first buffer. HYP_BAD_PARAM: null text. HYP_NOT_FOUND or HYP_BAD_PARAM: the alias does
- * not resolve. Memory that runs out later drops the piece being written and keeps the rest.
+ * HYP_NO_MEMORY: no first buffer. HYP_NOT_FOUND: no switch has the alias. HYP_BAD_PARAM: the switch is of
+ * another class, or null text. An empty snapshot, as without a host, is a success and an empty text. Memory
+ * that runs out later drops the piece being written and keeps the rest.
  */
 QVS_API HYP_ReturnStatus NetDVS_Dump(const char *alias, char **text);
 

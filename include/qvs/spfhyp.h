@@ -22,11 +22,13 @@ QVS_EXTERN_C_BEGIN
 #define SPFHYP_SPF_STATS_SIZE 80u
 #define SPFHYP_CONFIG_FAILURE_STATS_SIZE 8u
 
-/* The plumbed ports of a switch: an 8-byte head with a 32-bit count in front, and that many entries of 8
- * bytes. */
+/* The plumbed ports of a switch of any class: an 8-byte head with a 32-bit count in front, and that many
+ * entries of 8 bytes. errno: HYP_NOT_FOUND: no switch in the snapshot has the alias; HYP_BAD_PARAM: null
+ * alias; ENOMEM, also for a list longer than 32 bits can say; else the status of the request. */
 QVS_API void *SPFHYP_GetPortsList(const char *alias);
 
-/* Statistics of a guest port (256 bytes), of a service port (104), of a switch (80). */
+/* Statistics of a guest port (256 bytes), of a service port (104), of a switch (80). errno: ENOMEM, or the
+ * status of the request; for a switch also HYP_NOT_FOUND and HYP_BAD_PARAM as above. */
 QVS_API void *SPFHYP_GetGVMPortStats(uint32_t port);
 QVS_API void *SPFHYP_GetSVMPortStats(uint32_t port);
 QVS_API void *SPFHYP_GetSPFPortStats(const char *alias);
@@ -39,13 +41,14 @@ QVS_API void *SPFHYP_GetSPFPortStats(const char *alias);
  *   unused      ignored, may be null
  *   mac         MAC address as text, 17 characters of it are sent
  *
- * HYP_BAD_PARAM: null argument. Otherwise the status of the request's errno.
+ * HYP_BAD_PARAM: null argument but the unused one. Otherwise the status of the errno of the device; neither
+ * the switch nor the port is looked up.
  */
 QVS_API HYP_ReturnStatus SPFHYP_PlumbSpfPort(const char *switchName, const char *portId, const void *unused,
                                              const char *mac);
 QVS_API HYP_ReturnStatus SPFHYP_UnPlumbSpfPort(const char *switchName, const char *portId);
 
-/* How often a configuration failed, 8 bytes. */
+/* How often a configuration failed, 8 bytes. errno: ENOMEM, or the status of the request. */
 QVS_API void *SPFHYP_GetConfigFailureStats(void);
 
 QVS_EXTERN_C_END
