@@ -172,14 +172,15 @@ Flow sampling of a port: times, rate, flags, counts, domain, source; eight colle
   sw1/port0: unchanged
   $ qvs port ipfix set sw1 port0 --idle 30 --active 60 --rate 100 --internal-only --vnic-only --obs-domain 7 --source 192.0.2.1 --obs-id host-3 --collector 192.0.2.9:4739 --collector '[2001:db8::9]:65535'
   sw1/port0: changed
-  $ qvs prop get sw1 com.quillon.net.ipfix.port --port port0 --raw - | xxd -a -c 20 | sed 's/  .*//'; qvs prop list sw1 --port port0 | grep -o 'ipfix.*POLICY *[0-9]*'
-  00000000: 1e00 0000 3c00 0000 6400 0000 0302 0600 0700 0000
-  00000014: c000 0201 c000 0209 0000 0000 0000 0000 0000 0000
-  00000028: 8312 0000 2001 0db8 0000 0000 0000 0000 0000 0009
-  0000003c: ffff 0100 0000 0000 0000 0000 0000 0000 0000 0000
-  00000050: 0000 0000 0000 0000 0000 0000 0000 0000 0000 0000
+  $ qvs prop get sw1 com.quillon.net.ipfix.port --port port0 --raw - | rows -w20; qvs prop list sw1 --port port0 | grep -o 'ipfix.*POLICY *[0-9]*'
+  000000 1e00 0000 3c00 0000 6400 0000 0302 0600 0700 0000
+  000014 c000 0201 c000 0209 0000 0000 0000 0000 0000 0000
+  000028 8312 0000 2001 0db8 0000 0000 0000 0000 0000 0009
+  00003c ffff 0100 0000 0000 0000 0000 0000 0000 0000 0000
+  000050 0000 0000 0000 0000 0000 0000 0000 0000 0000 0000
   *
-  000000b4: 0000 0000 686f 7374 2d33
+  0000b4 0000 0000 686f 7374 2d33
+  0000be
   ipfix.port               POLICY    190
   $ qvs port ipfix get sw1 port0
   switch:               sw1
@@ -217,6 +218,6 @@ Flow sampling of a port: times, rate, flags, counts, domain, source; eight colle
   sw1/port0: changed
   65719
   collectors:           192.0.2.1:1 192.0.2.2:1 192.0.2.3:1 192.0.2.4:1 192.0.2.5:1 192.0.2.6:1 192.0.2.7:1 192.0.2.8:1
-  $ qvs prop set sw1 com.quillon.net.ipfix.port --port port0 --hex "$(head -c 184 /dev/zero | xxd -p -c 0 | sed 's/^\(.\{26\}\)00/\1ff/')"; qvs port ipfix get sw1 port0 --json | grep -o '0.0.0.0:0' | wc -l
+  $ qvs prop set sw1 com.quillon.net.ipfix.port --port port0 --hex "$(head -c 184 /dev/zero | hex | sed 's/^\(.\{26\}\)00/\1ff/')"; qvs port ipfix get sw1 port0 --json | grep -o '0.0.0.0:0' | wc -l
   sw1/port0 com.quillon.net.ipfix.port: changed
   8

@@ -9,19 +9,20 @@ The policy of a switch. The record: balance, link selection, a word nobody knows
   $ qvs teaming set sw1 --active uplink1,uplink0 --standby spare --balance source-mac --link-state --beacon --notify --best-effort; qvs teaming set sw1 --active uplink1,uplink0 --standby spare --balance source-mac --link-state --beacon --notify --best-effort --json
   sw1: changed
   {"switch":"sw1","changed":false}
-  $ qvs prop get sw1 com.quillon.vswitch.teaming --raw - | tee stored | wc -c; xxd -a stored | sed 's/  .*//'; qvs prop list sw1 | grep -o 'vswitch.teaming *[A-Z]*'
+  $ qvs prop get sw1 com.quillon.vswitch.teaming --raw - | tee stored | wc -c; rows stored; qvs prop list sw1 | grep -o 'vswitch.teaming *[A-Z]*'
   2616
-  00000000: 0200 0000 a000 0000 0000 0000 2400 0000
-  00000010: 0200 0000 0100 0000 7570 6c69 6e6b 3100
-  00000020: 0000 0000 0000 0000 0000 0000 0000 0000
+  000000 0200 0000 a000 0000 0000 0000 2400 0000
+  000010 0200 0000 0100 0000 7570 6c69 6e6b 3100
+  000020 0000 0000 0000 0000 0000 0000 0000 0000
   *
-  00000060: 0000 0000 0000 0000 0075 706c 696e 6b30
-  00000070: 0000 0000 0000 0000 0000 0000 0000 0000
+  000060 0000 0000 0000 0000 0075 706c 696e 6b30
+  000070 0000 0000 0000 0000 0000 0000 0000 0000
   *
-  000000b0: 0000 0000 0000 0000 0000 7370 6172 6500
-  000000c0: 0000 0000 0000 0000 0000 0000 0000 0000
+  0000b0 0000 0000 0000 0000 0000 7370 6172 6500
+  0000c0 0000 0000 0000 0000 0000 0000 0000 0000
   *
-  00000a30: 0000 0000 0000 0000
+  000a30 0000 0000 0000 0000
+  000a38
   vswitch.teaming     CONFIG
   $ qvs teaming get sw1
   switch:            sw1
@@ -41,14 +42,15 @@ The policy of a switch. The record: balance, link selection, a word nobody knows
 
 A set replaces it all but the word.
 
-  $ qvs prop set sw1 com.quillon.vswitch.teaming --hex "$(head -c 8 stored | xxd -p)09080706$(tail -c 2604 stored | xxd -p -c 0)"
+  $ qvs prop set sw1 com.quillon.vswitch.teaming --hex "$(head -c 8 stored | hex)09080706$(tail -c 2604 stored | hex)"
   sw1 com.quillon.vswitch.teaming: changed
-  $ qvs teaming set sw1 --rolling --shotgun --balance none; qvs prop get sw1 com.quillon.vswitch.teaming --raw - | xxd -a | sed 's/  .*//'
+  $ qvs teaming set sw1 --rolling --shotgun --balance none; qvs prop get sw1 com.quillon.vswitch.teaming --raw - | rows
   sw1: changed
-  00000000: 0000 0000 0000 0000 0908 0706 1800 0000
-  00000010: 0000 0000 0000 0000 0000 0000 0000 0000
+  000000 0000 0000 0000 0000 0908 0706 1800 0000
+  000010 0000 0000 0000 0000 0000 0000 0000 0000
   *
-  00000a30: 0000 0000 0000 0000
+  000a30 0000 0000 0000 0000
+  000a38
   $ for balance in source-ip source-port explicit port-load; do qvs teaming set sw1 --balance $balance >/dev/null; qvs prop get sw1 com.quillon.vswitch.teaming | cut -c -8; done
   01000000
   03000000
@@ -95,14 +97,14 @@ The policy of a port, which may be stored in part.
   $ qvs port teaming set sw1 port0 --active uplink1 --standby uplink0 --balance explicit --notify; qvs port teaming set sw1 port0 --active uplink1 --standby uplink0 --balance explicit --notify
   sw1/port0: changed
   sw1/port0: unchanged
-  $ qvs prop get sw1 com.quillon.vswitch.port.teaming.policy --port port0 --raw - | tee stored | head -c 35 | xxd -p -c 0
+  $ qvs prop get sw1 com.quillon.vswitch.port.teaming.policy --port port0 --raw - | tee stored | head -c 35 | hex
   04000000000000000000000020000000010000000100000075706c696e6b3100000000
   $ qvs port teaming get sw1 port0 | head -n 4
   switch:            sw1
   port:              port0
   balance:           explicit
   active:            uplink1
-  $ for size in 24 8 7; do qvs prop set sw1 com.quillon.vswitch.port.teaming.policy --hex $(head -c $size stored | xxd -p) --port port0 >/dev/null; qvs port teaming get sw1 port0 --json; done
+  $ for size in 24 8 7; do qvs prop set sw1 com.quillon.vswitch.port.teaming.policy --hex $(head -c $size stored | hex) --port port0 >/dev/null; qvs port teaming get sw1 port0 --json; done
   {"switch":"sw1","port":"port0","balance":"explicit","active":[""],"standby":[""],"linkState":false,"beacon":false,"notify":true,"rolling":false,"bestEffort":false,"shotgun":false}
   {"switch":"sw1","port":"port0","balance":"explicit","active":[],"standby":[],"linkState":false,"beacon":false,"notify":false,"rolling":false,"bestEffort":false,"shotgun":false}
   qvs: switch 'sw1': port 'port0': teaming policy: Failure (0xbad0001); what is stored as com.quillon.vswitch.port.teaming.policy is no such record (7 bytes); 'qvs prop clear sw1 com.quillon.vswitch.port.teaming.policy --port port0' removes it
@@ -150,7 +152,7 @@ The table of logical-switch policies: a count and entries of 2748 bytes, given a
   $ { printf 'a%.0s' $(seq 2748); printf 'b%.0s' $(seq 2748); } >entries; qvs ls-teaming set sw1 --file entries; qvs ls-teaming set sw1 --file - --json <entries
   sw1: changed
   {"switch":"sw1","changed":false}
-  $ qvs prop get sw1 com.quillon.vswitch.logicalswitch.teaming --raw - | { head -c 4 | xxd -p; cmp - entries; }
+  $ qvs prop get sw1 com.quillon.vswitch.logicalswitch.teaming --raw - | { head -c 4 | hex; cmp - entries; }
   02000000
   $ qvs ls-teaming get sw1 | grep entry; qvs ls-teaming get sw1 --raw - | cmp - entries; qvs ls-teaming get sw1 --json | cut -c -24
   entry 0 (2748 bytes):
