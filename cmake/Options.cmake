@@ -1,4 +1,5 @@
-# Two interface targets every target of the project links: the warnings, and the sanitizers.
+# What the targets of the project share: the warnings and the sanitizers, both interface targets that every one links,
+# search paths, and precompiled headers.
 add_library(qvs_warnings INTERFACE)
 target_compile_options(qvs_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wmissing-declarations
@@ -17,6 +18,13 @@ if(QVS_FUZZ)
     target_compile_options(qvs_sanitize INTERFACE -fsanitize=fuzzer-no-link -O1)
     target_link_options(qvs_sanitize INTERFACE -fsanitize=fuzzer-no-link)
 endif()
+
+# An installed program or library finds the project's libraries in PATH, in the build tree by the same path. With
+# two different ones CMake pads the shorter with colons, and the loader takes nothing between two colons to be the
+# current directory.
+function(qvs_search_path target path)
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH ${path} BUILD_WITH_INSTALL_RPATH ON)
+endfunction()
 
 # The second compiler reads the large headers of other projects once for a target, not once for each source; GCC
 # sees each source as it is, so that a missing include shows.
