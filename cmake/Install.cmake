@@ -9,23 +9,28 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qvs DESTINATION ${CMAKE_INSTALL_
     COMPONENT development FILES_MATCHING PATTERN *.h)
 
 # CMake: find_package(qvs 1 CONFIG REQUIRED), target_link_libraries(tool PRIVATE qvs::qvs)
+# Once as installed, found from the file's own place, so that the prefix can be chosen at install time, and once for
+# the build tree, in its root, where -D CMAKE_PREFIX_PATH and -D qvs_DIR find it.
+set(QVS_AS_INSTALLED ${CMAKE_BINARY_DIR}/CMakeFiles/as-installed)
 set(QVS_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/qvs)
-configure_package_config_file(cmake/qvs-config.cmake.in ${CMAKE_BINARY_DIR}/cmake/qvs-config.cmake
-    INSTALL_DESTINATION ${QVS_CMAKE_DIR} PATH_VARS CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
-write_basic_package_version_file(${CMAKE_BINARY_DIR}/cmake/qvs-config-version.cmake
-    COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_BINARY_DIR}/cmake/qvs-config.cmake ${CMAKE_BINARY_DIR}/cmake/qvs-config-version.cmake
+function(qvs_cmake_config directory libdir includedir)
+    configure_package_config_file(cmake/qvs-config.cmake.in ${directory}/qvs-config.cmake
+        INSTALL_DESTINATION ${QVS_CMAKE_DIR} PATH_VARS libdir includedir)
+    write_basic_package_version_file(${directory}/qvs-config-version.cmake COMPATIBILITY SameMajorVersion)
+endfunction()
+qvs_cmake_config(${QVS_AS_INSTALLED} ${CMAKE_INSTALL_LIBDIR} ${CMAKE_INSTALL_INCLUDEDIR})
+qvs_cmake_config(${CMAKE_BINARY_DIR} ${CMAKE_LIBRARY_OUTPUT_DIRECTORY} ${PROJECT_SOURCE_DIR}/include)
+install(FILES ${QVS_AS_INSTALLED}/qvs-config.cmake ${QVS_AS_INSTALLED}/qvs-config-version.cmake
     DESTINATION ${QVS_CMAKE_DIR} COMPONENT development)
 
-# pkg-config, once as installed (found from the file's own place, so that the prefix can be chosen at install
-# time), and once for the build tree.
+# pkg-config, for the same two places.
 set(QVS_PC_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH up /${QVS_PC_DIR} /)
 set(QVS_PC_PREFIX "\${pcfiledir}/${up}")
 set(QVS_PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
 set(QVS_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
-configure_file(cmake/qvs.pc.in ${CMAKE_BINARY_DIR}/cmake/qvs.pc @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/cmake/qvs.pc DESTINATION ${QVS_PC_DIR} COMPONENT development)
+configure_file(cmake/qvs.pc.in ${QVS_AS_INSTALLED}/qvs.pc @ONLY)
+install(FILES ${QVS_AS_INSTALLED}/qvs.pc DESTINATION ${QVS_PC_DIR} COMPONENT development)
 
 set(QVS_PC_PREFIX ${CMAKE_BINARY_DIR})
 set(QVS_PC_LIBDIR ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
