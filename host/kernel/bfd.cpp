@@ -1,15 +1,7 @@
 // The module for Bidirectional Forwarding Detection: sessions out of a lab, log level, statistics.
-//
-//   session table 1139336  u32 sessions, u32 room, and 8901 entries of 128:
-//                          u32 number, u32 the other end's number (0 unless up), u8 state (0 down by order,
-//                          1 down, 2 beginning, 3 up), u8 reason (1 while down: nothing was heard), u8 family
-//                          (1 IPv4, 2 IPv6), u8 multiplier, u32 interval in microseconds at 12, u32 time of
-//                          detection at 16, addresses of this end at 24 and of the other at 40 (16 each),
-//                          interface[32] at 56, u64 packets sent at 88, received at 96
-//   statistics 64          eight u64 counters: packets sent, received, malformed, for no session; sessions
-//                          that came up, went down, timed out; packets that could not be sent
-//
 // The flags of a request for sessions say which families it is about.
+//
+// Records in layouts/emulated.json: bfd-sessions, bfd-stats.
 #include <arpa/inet.h>
 
 #include <cerrno>

@@ -1,11 +1,9 @@
 // /dev/ipfix: what flow sampling did.
 //
 // Requests carry the portset name at 0 (128 bytes), or the switch identifier there and the port's at 128 (48
-// bytes). The record of 192 bytes that goes back is this kernel's own:
+// bytes).
 //
-//   u32 ports that are sampled, u32 collectors they report to, twenty-three u64 at 8: flows begun, flows
-//   ended idle, active and by force, flows in the table, frames and bytes seen, frames and bytes sampled,
-//   frames without a flow, records, templates, messages and bytes sent, then nine kinds of drops.
+// Record in layouts/emulated.json: flow-stats.
 #include <cerrno>
 #include <set>
 

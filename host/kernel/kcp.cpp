@@ -1,19 +1,7 @@
 // The kernel control plane: eight lists and a status. Switches, portsets and uplinks are the host's own;
 // interfaces, NICs of the hypervisor and containers come out of a lab.
 //
-//   switch 128              switch identifier[64], alias[64]
-//   portset properties 256  u32 portset number, u32 capacity, u32 MTU, u32 ports, name[128] at 16, switch
-//                           identifier[64] at 144
-//   uplink 1237             NIC[32], u32 port number at 32, u32 flags at 36 (1: link up), u32 Mb/s at 40, u32
-//   MTU
-//                           at 44, MAC at 48, switch identifier[64] at 54, port identifier[48] at 118
-//   interface 11441, 11689  u32 number, u32 flags (1: link up), name[128] at 8, MAC at 136, u16 VLAN at 142,
-//   hypervisor NIC 1108     u32 port number at 144 (0: on no port), switch identifier[64] at 148, port
-//                           identifier[48] at 212; of a container's interface the container's u32 number at
-//                           11441
-//   container 10            u32 number, u32 interfaces, u16 VLAN
-//   status 3                u8 running, u8 connected to its manager, u8 version of its records (1)
-//
+// Records in layouts/emulated.json: those that begin with kcp-.
 // A list is u32 count and its entries; containers have a second word, 0, behind the count.
 #include <algorithm>
 #include <array>

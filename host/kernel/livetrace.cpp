@@ -4,15 +4,7 @@
 // definition of any length behind them, which is kept. Action counts are asked for by an action at 8 and a
 // phase at 9: 1 counts, 2 fetches.
 //
-//   session list 705    u8 sessions, and 8 entries of 88: u32 number, u32 port number, port identifier[48],
-//   u32
-//                       length of the definition, and 28 bytes of it
-//   action counts       u32 count, u32 action, and entries of 26: u32 session, u32 port number, u64 packets,
-//   u64
-//                       bytes, u16 action. Each session counts under the actions 0 to 3: forwarded, dropped,
-//                       delivered, copied
-//   port data 21        u32 port number, u64 packets, u64 bytes, u8 sessions
-//   statistics 96       u32 sessions, u32 room, eleven u64 counters
+// Records in layouts/emulated.json: livetrace-sessions, livetrace-count, livetrace-port, livetrace-stats.
 #include <cerrno>
 
 #include <nlohmann/json.hpp>

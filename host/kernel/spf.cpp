@@ -2,13 +2,9 @@
 //
 // Requests about a switch or port carry a switch name at 0 (128 bytes: portset name or switch identifier), a
 // port identifier at 128 (48 bytes) and a MAC address as text at 176 (18 bytes); requests for the statistics
-// of one port carry its number alone. The records that go back are this kernel's own:
+// of one port carry its number alone.
 //
-//   list entry 8              u32 port number, u32 flags (1 in use, 2 link up, 4 blocked)
-//   guest port 256            u32 port number, u32 flags, thirty-one u64 counters at 8
-//   service port 104          u32 port number, u32 flags, mac[6], eleven u64 counters at 16
-//   switch 80                 u32 plumbed ports, u32 0, nine u64 counters at 8
-//   configuration failures 8  u32 failed plumbs, u32 failed unplumbs; kept over restarts
+// Records in layouts/emulated.json: those that begin with spf-.
 #include <cerrno>
 #include <cstdio>
 #include <set>

@@ -4,10 +4,7 @@
 // destination address at 112 and 118, and five values of the caller's: u32 at 124 and 128, u16 at 132, u64 at
 // 134 and 142. Clearing names the switch at 0.
 //
-//   port statistics 64  eight u64 counters: requests, packets traced, received, forwarded, delivered,
-//   dropped,
-//                       copied, reports sent
-//   telemetry 6         what was written last; zeros on a new host
+// Records in layouts/emulated.json: trace-stats, telemetry.
 #include <cerrno>
 
 #include <nlohmann/json.hpp>

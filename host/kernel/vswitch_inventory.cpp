@@ -1,18 +1,9 @@
 // /dev/vswitch: inventory and links of the host's switches.
 //
 // Requests carry one record: switch name at 0 (128 bytes), port at 128, uplink name at 176 (32 bytes), the
-// wanted link state at 208. The layouts of the records that go back are this kernel's own:
+// wanted link state at 208.
 //
-//   uplink entry 36       nic[32], u32 port number
-//   switch info 220       u32 portset number, u32 max ports, u32 used ports, u32 uplinks, u32 mtu, u32
-//   version,
-//                         switch identifier[64], portset name[128], u32 reserved
-//   port info 1458        u32 number, u32 flags (1 in use, 2 link up, 4 blocked), port identifier[48],
-//   client[128],
-//                         mac[6], u16 vlan, sixteen u64 counters, u32 connect id, zeros
-//   LAG table 35588       u32 count (0: this host has no LAGs), zeros
-//   team uplink hint 32   nic[32]; empty while no uplink of the switch has a link
-//   uplink identity 48    port identifier[48]
+// Records in layouts/emulated.json: those from uplink to switch-alias.
 #include <cerrno>
 
 #include "kernel/device.h"

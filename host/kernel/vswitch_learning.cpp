@@ -1,18 +1,10 @@
 // /dev/vswitch: how addresses are learnt, and layer-2 security.
 //
 // Requests about a switch carry its portset name, those about a distributed port the identifiers of switch
-// and port; the properties of the host, u64 seconds of ageing and u16 limit, are set from 176. The layouts of
-// the records that go back are this kernel's own:
+// and port; the properties of the host, u64 seconds of ageing and u16 limit, are set from 176.
 //
-//   learning of a port 14    u32 port number, u32 limit, u32 addresses learnt, u8 learning, u8 flags
-//                            (1 flooding, 2 frames beyond the limit are dropped)
-//   statistics 52            u32 port number, u32 addresses, u32 limit, five u64 counters: learnt, aged,
-//                            moved, refused, flooded
-//   learning of a switch 88  u64 seconds of ageing, u32 limit, u32 addresses, u32 learnt, u32 static, u32
-//                            ports that learn, u32 flags (1 static addresses are learnt, 2 accepted,
-//                            4 overlay cache), seven u64 counters: the five and look-ups, misses
-//   layer-2 security 8       u32 port number, u32 mask of what is denied (1 promiscuous, 2 MAC change,
-//                            4 forged)
+// Records in layouts/emulated.json: port-learning, learning-stats, learning-info,
+// learning-properties, port-security.
 #include <algorithm>
 #include <cerrno>
 

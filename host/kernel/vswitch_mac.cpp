@@ -2,12 +2,9 @@
 //
 // Requests about a switch carry its portset name, those about a distributed port the identifiers of switch
 // and port; changes have the kernel's number of a port at 264 where they name none. Tables are chosen by a
-// byte at 182; an entry to be set or cleared is at 176. The layouts of the records are this kernel's own:
+// byte at 182; an entry to be set or cleared is at 176.
 //
-//   MAC entry 86        mac[6], u8 kind (1 static, 2 learnt), zero, u16 VLAN, zero[2], u32 port number,
-//                       u32 age in seconds, port identifier[48], zeros
-//   static context 529  u32 port number, u16 flags of the switch (as in its learning information), u16
-//                       addresses in this record, port identifier[48], from 56 for each: mac[6], u16 VLAN
+// Records in layouts/emulated.json: mac-entry, static-context.
 #include <algorithm>
 #include <cerrno>
 

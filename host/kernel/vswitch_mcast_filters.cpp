@@ -1,13 +1,9 @@
 // /dev/vswitch: the multicast groups that ports have joined, which a lab says.
 //
 // Requests carry the portset name at 0 (128 bytes), the port at 176 (its number; 0: all of the switch), the
-// type at 180 (0 MAC, 2 IPv4, 3 IPv6) and the group at 184. A filter is an address of 6, 4 or 16 bytes. The
-// other records are this kernel's own:
+// type at 180 (0 MAC, 2 IPv4, 3 IPv6) and the group at 184. A filter is an address of 6, 4 or 16 bytes.
 //
-//   switch filter 20          group (6, 4 or 16 bytes, zeros), u32 ports that have joined it at 16
-//   group statistics 28 + n   u64 frames let in, u64 frames dropped, u32 1 when sources are named at 16, u32
-//                             number of sources at 20, u32 ports that have joined it at 24; the sources (4 or
-//                             16 bytes)
+// Records in layouts/emulated.json: mcast-filter, mcast-group-stats.
 #include <arpa/inet.h>
 
 #include <algorithm>

@@ -1,16 +1,9 @@
 // /dev/vswitch: the mirror sessions that run, and the mirror agent.
 //
 // Requests carry the portset name at 0 (128 bytes), a session's name at 176 (32 bytes). What runs is what the
-// switch has stored. The records that go back are this kernel's own:
+// switch has stored.
 //
-//   destination 4            u32 port number
-//   session identifier 32    text, filled up with zeros
-//   session statistics 121   identifier[32], eleven u64 at 32: frames and bytes mirrored on ingress, the same
-//                            on egress, frames and bytes sent, frames cut, frames dropped for lack of memory,
-//                            of a destination, of a link, and by sampling; u8 active at 120
-//   agent statistics 76      u32 sessions of this host, nine u64 at 4: wake-ups, frames and bytes taken,
-//                            frames and bytes sent, frames dropped for lack of memory, of a route, of an
-//                            uplink, of an address
+// Records in layouts/emulated.json: those that begin with mirror-.
 #include <algorithm>
 #include <cerrno>
 #include <set>

@@ -2,7 +2,8 @@
 //
 // A block is a u32, its own length, and behind it for each option: u16 identifier, u16 length of the value,
 // value. A request for options carries their identifiers, u16 each, and none for all of them; the answer is a
-// block of 4096 bytes, so options that would not fit there are not kept.
+// block of 4096 bytes (runtime-options in layouts/emulated.json), so options that would not fit there are not
+// kept.
 #include <cerrno>
 #include <optional>
 

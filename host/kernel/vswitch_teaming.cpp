@@ -1,11 +1,9 @@
 // /dev/vswitch: what teaming did, and the logical-switch teaming policies that are in force.
 //
-// Requests carry the portset name at 0 (128 bytes) or a port number at 128. The records that go back are this
-// kernel's own, but for the policies, which are what the switch and its ports have stored:
+// Requests carry the portset name at 0 (128 bytes) or a port number at 128. The policies are what the switch
+// and its ports have stored.
 //
-//   reverse-ARP statistics 16            u64 announcements sent, u64 of them lost
-//   service-port teaming statistics 48   six u64: moves to another uplink, moves back, frames and bytes sent,
-//                                        frames received, frames dropped during a move
+// Records in layouts/emulated.json: rarp-stats, teaming-stats.
 #include <algorithm>
 #include <cerrno>
 
