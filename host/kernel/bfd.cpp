@@ -6,6 +6,7 @@
 
 #include <cerrno>
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "kernel/device_request.h"
@@ -14,10 +15,6 @@
 namespace qvs::kernel {
 
 namespace {
-
-constexpr char kSessions[] = "bfd.sessions";
-constexpr char kSettings[] = "bfd";
-constexpr char kLogLevel[] = "logLevel";
 
 constexpr size_t kTableSize = 1139336;
 constexpr size_t kTableHead = 8;
@@ -39,6 +36,25 @@ constexpr size_t kReceivedAt = 96;
 
 enum State : uint8_t { AdminDown, Down, Init, Up };
 constexpr const char *kStates[] = {"admin-down", "down", "init", "up"};
+
+bool isSession(std::string_view kept) {
+    if (kept.size() != kInterfaceAt + kInterface) return false;
+    const auto family = static_cast<uint8_t>(kept[kFamilyAt]);
+    return static_cast<uint8_t>(kept[kStateAt]) <= Up && (family == 1 || family == 2);
+}
+
+constexpr bool isLogLevel(uint32_t level) {
+    return level == 0 || level == 1 || level == 3 || level == 5;
+}
+
+bool isStoredLevel(std::string_view kept) {
+    return kept.size() == sizeof(uint32_t) && isLogLevel(u32At(kept, 0));
+}
+
+constexpr RecordTable kSessions("bfd.sessions", kRecordKey, kBytes<isSession>, kRoom);
+constexpr const char *kSettingNames[] = {"logLevel"};
+constexpr Table<std::string, std::string> kSettings("bfd", kNameOf<kSettingNames>, kBytes<isStoredLevel>);
+constexpr const AnyTable *kTables[] = {&kSessions, &kSettings};
 
 Record entryOf(Model &model, uint32_t number, std::string_view session) {
     constexpr uint32_t kOtherEnd = 0x80000000;
@@ -65,18 +81,13 @@ Result getSessions(const Call &call) {
 
 constexpr uint32_t kDefaultLevel = 1;
 
-bool isLogLevel(uint32_t level) {
-    return level == 0 || level == 1 || level == 3 || level == 5;
-}
-
 uint32_t logLevel(const Model &model) {
-    const auto &settings = model.deviceValues(kSettings);
-    const auto level = settings.find(kLogLevel);
-    return level == settings.end() ? kDefaultLevel : u32At(level->second, 0);
+    const auto &settings = model.rows(kSettings);
+    return settings.empty() ? kDefaultLevel : u32At(settings.begin()->second, 0);
 }
 
 void keepLogLevel(Model &model, uint32_t level) {
-    model.setDeviceValue(kSettings, kLogLevel, Record(sizeof level).put(0, level).view());
+    model.setRow(kSettings, kSettingNames[0], Record(sizeof level).put(0, level).take());
 }
 
 Result getLogLevel(const Call &call) {
@@ -137,7 +148,7 @@ void addSessions(Members &members, Model &model) {
     if (milliseconds == 0 || milliseconds > 10000) members.fail("intervalMs", "is not 1 to 10000");
     if (multiplier == 0 || multiplier > 255) members.fail("multiplier", "is not 1 to 255");
     const uint32_t interval = milliseconds * 1000;
-    const uint32_t count = countOf(members, kRoom - model.deviceValues(kSessions).size());
+    const uint32_t count = countOf(members, roomIn(model, kSessions));
 
     Record session(kInterfaceAt + kInterface);
     session.put(kStateAt, state).put(9, uint8_t{state == Down}).put(kFamilyAt, local.family);
@@ -171,6 +182,6 @@ void describe(const Model &model, nlohmann::json *status) {
 
 }  // namespace
 
-constexpr DevicePart kBfd = {.commands = kCommands, .lab = kLab, .describe = describe};
+constexpr DevicePart kBfd = {.commands = kCommands, .lab = kLab, .tables = kTables, .describe = describe};
 
 }  // namespace qvs::kernel

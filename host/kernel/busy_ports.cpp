@@ -1,6 +1,5 @@
 // Ports that a lab has made busy: their statistics, sixteen u64 counters, grow whenever someone looks. All
 // others keep what was stored for them.
-#include <cstdio>
 #include <cstring>
 
 #include <fmt/format.h>
@@ -15,18 +14,13 @@ namespace {
 constexpr char kStatisticsKey[] = "com.quillon.common.port.statistics";
 constexpr size_t kStatistics = 128;
 constexpr char kMember[] = "busy";
-// A row for each busy port: its number in hexadecimal, no value.
-constexpr char kBusy[] = "busy ports";
-
-std::string rowOf(const Port &port) {
-    return fmt::format("{:08x}", port.number);
-}
+// A row for each busy port, by its number, without a value.
+constexpr Table<uint32_t, std::string> kBusy("busy ports", kPortKey, kBytes<hasSize<0>>);
+constexpr const AnyTable *kTables[] = {&kBusy};
 
 std::vector<Port *> busyPorts(const Model &model) {
     std::vector<Port *> ports;
-    for (const auto &[row, nothing] : model.deviceValues(kBusy)) {
-        uint32_t number = 0;
-        std::sscanf(row.c_str(), "%8x", &number);
+    for (const auto &[number, nothing] : model.rows(kBusy)) {
         if (Port *port = model.findPort(number)) ports.push_back(port);
     }
     return ports;
@@ -45,8 +39,7 @@ void applyBusy(const nlohmann::json &value, Model &model) {
     for (const Port *port : busyPorts(model))
         rest(model, *port);
     clearTable(model, kBusy);
-    eachOf(value, kMember,
-           [&](Members &members) { model.setDeviceValue(kBusy, rowOf(portOf(members, model)), ""); });
+    eachOf(value, kMember, [&](Members &members) { model.setRow(kBusy, portOf(members, model).number, ""); });
 }
 
 constexpr LabMember kLab[] = {{kMember, applyBusy}};
@@ -54,12 +47,11 @@ constexpr LabMember kLab[] = {{kMember, applyBusy}};
 }  // namespace
 
 void Model::look(Port &port) {
-    const DeviceValues &busy = deviceValues(kBusy);
-    if (busy.empty() || !busy.contains(rowOf(port))) return;
+    if (!rows(kBusy).contains(port.number)) return;
     const Property *statistics = port.properties.find(kStatisticsKey);
     if (statistics == nullptr || statistics->value.size() != kStatistics) return;
     std::string value = statistics->value;
-    CounterRow counters = readCounters("port " + rowOf(port));
+    CounterRow counters = readCounters("port " + portKeyText(port.number));
     for (size_t at = 0; at < value.size(); at += sizeof(uint64_t)) {
         const uint64_t grown = u64At(value, at) + counters.nextStep();
         std::memcpy(value.data() + at, &grown, sizeof grown);
@@ -79,6 +71,6 @@ void Model::lookAtAll() {
         look(*port);
 }
 
-constexpr DevicePart kBusyPorts = {.lab = kLab};
+constexpr DevicePart kBusyPorts = {.lab = kLab, .tables = kTables};
 
 }  // namespace qvs::kernel

@@ -75,6 +75,8 @@ struct LabMember {
 struct DevicePart {
     std::span<const Command> commands = {};
     std::span<const LabMember> lab = {};
+    // What it keeps.
+    std::span<const AnyTable *const> tables = {};
     // Adds members to the host's status; may be null.
     void (*describe)(const Model &model, nlohmann::json *status) = nullptr;
 };

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <map>
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "kernel/device_request.h"
@@ -17,17 +18,38 @@ namespace qvs::kernel {
 
 namespace {
 
-// What is kept of a lab, by table.
-constexpr char kInterfaces[] = "kcp.interfaces";
-constexpr char kContainerInterfaces[] = "kcp.containerInterfaces";
-constexpr char kHypervisorInterfaces[] = "kcp.hypervisorInterfaces";
-constexpr char kHypervisorNics[] = "kcp.hypervisorNics";
-constexpr char kContainers[] = "kcp.containers";
-constexpr char kSettings[] = "kcp";
-constexpr char kStatus[] = "status";
-
 constexpr size_t kSwitchId = 64;
 constexpr size_t kPortId = 48;
+
+// An interface as it is kept: u32 port number, u32 container, MAC at 8, u16 VLAN at 14, name behind it.
+constexpr size_t kMacAt = 8;
+constexpr size_t kVlanAt = 14;
+constexpr size_t kNameAt = 16;
+constexpr size_t kMaxName = 127;
+
+bool isInterface(std::string_view kept) {
+    return kept.size() >= kNameAt && kept.size() <= kNameAt + kMaxName;
+}
+
+// A container as it is kept: no port, u32 number, u16 VLAN.
+bool isContainer(std::string_view kept) {
+    return kept.size() == 10 && u32At(kept, 0) == 0;
+}
+
+// What is kept of a lab. So many interfaces of a kind, or containers, fit.
+constexpr size_t kRoom = 10000;
+constexpr RecordTable interfaceTable(const char *name) {
+    return {name, kRecordKey, kBytes<isInterface>, kRoom};
+}
+constexpr RecordTable kInterfaces = interfaceTable("kcp.interfaces");
+constexpr RecordTable kContainerInterfaces = interfaceTable("kcp.containerInterfaces");
+constexpr RecordTable kHypervisorInterfaces = interfaceTable("kcp.hypervisorInterfaces");
+constexpr RecordTable kHypervisorNics = interfaceTable("kcp.hypervisorNics");
+constexpr RecordTable kContainers("kcp.containers", kRecordKey, kBytes<isContainer>, kRoom);
+constexpr const char *kSettingNames[] = {"status"};
+constexpr Table<std::string, std::string> kSettings("kcp", kNameOf<kSettingNames>, kBytes<hasSize<3>>);
+constexpr const AnyTable *kTables[] = {&kInterfaces,     &kContainerInterfaces, &kHypervisorInterfaces,
+                                       &kHypervisorNics, &kContainers,          &kSettings};
 
 // What a list's entries begin with; the rest of each is zero.
 using Heads = std::vector<std::string>;
@@ -64,12 +86,6 @@ Heads uplinks(const Model &model) {
     return heads;
 }
 
-// An interface as it is kept: u32 port number, u32 container, MAC at 8, u16 VLAN at 14, name behind it.
-constexpr size_t kMacAt = 8;
-constexpr size_t kVlanAt = 14;
-constexpr size_t kNameAt = 16;
-constexpr size_t kMaxName = 127;
-
 Record interfaceHead(const Model &model, uint32_t number, std::string_view kept, size_t size) {
     Record head(size);
     const Port *port = model.findPort(u32At(kept, 0));
@@ -83,7 +99,7 @@ Record interfaceHead(const Model &model, uint32_t number, std::string_view kept,
     return head;
 }
 
-template <const char *table>
+template <const RecordTable &table>
 Heads interfaces(const Model &model) {
     constexpr size_t kHead = 260;
     Heads heads;
@@ -103,7 +119,6 @@ Heads containerInterfaces(const Model &model) {
     return heads;
 }
 
-// A container as it is kept: no port, u32 number, u16 VLAN.
 Heads containers(const Model &model) {
     std::map<uint32_t, uint32_t> used;
     eachRecord(model, kContainerInterfaces, [&](uint32_t, std::string_view kept) { ++used[u32At(kept, 4)]; });
@@ -158,9 +173,8 @@ Result fetch(const Call &call) {
 
 Result getStatus(const Call &call) {
     constexpr std::string_view kAsNew("\1\0\1", 3);
-    const auto &settings = call.model.deviceValues(kSettings);
-    const auto status = settings.find(kStatus);
-    return {0, std::string(status == settings.end() ? kAsNew : std::string_view(status->second))};
+    const auto &settings = call.model.rows(kSettings);
+    return {0, std::string(settings.empty() ? kAsNew : std::string_view(settings.begin()->second))};
 }
 
 constexpr Command kCommands[] = {
@@ -172,14 +186,7 @@ constexpr Command kCommands[] = {
     {21, 0, "GetContainerCount", count}, {22, 0, "GetContainerList", fetch},
 };
 
-// So many interfaces of a kind, or containers, fit.
-constexpr uint32_t kRoom = 10000;
-
-size_t roomIn(const Model &model, const char *table) {
-    return kRoom - model.deviceValues(table).size();
-}
-
-void addInterfaces(Members &members, Model &model, const char *table) {
+void addInterfaces(Members &members, Model &model, const RecordTable &table) {
     const std::string name = members.text("name");
     const bool many = members.has("count");
     const uint32_t count = countOf(members, roomIn(model, table));
@@ -188,7 +195,7 @@ void addInterfaces(Members &members, Model &model, const char *table) {
     Record head(kNameAt);
     head.put(kVlanAt, vlanOf(members));
     if (members.has("port")) head.put(0, portOf(members, model).number);
-    if (table == kContainerInterfaces) head.put(4, members.maybeNumber("container").value_or(0));
+    if (&table == &kContainerInterfaces) head.put(4, members.maybeNumber("container").value_or(0));
     uint32_t index = 0;
     eachAddress(members, count, first, [&](const std::array<uint8_t, 6> &mac) {
         if ((mac[0] & 1) != 0) members.fail("mac", "leads to the address of a group");
@@ -197,7 +204,7 @@ void addInterfaces(Members &members, Model &model, const char *table) {
     });
 }
 
-void addContainers(Members &members, Model &model, const char *table) {
+void addContainers(Members &members, Model &model, const RecordTable &table) {
     const uint32_t count = countOf(members, roomIn(model, table));
     const uint32_t first = members.maybeNumber("number").value_or(1);
     if (uint64_t{first} + count > uint64_t{1} << 32) members.fail("count", "leads beyond the last number");
@@ -209,15 +216,15 @@ void addContainers(Members &members, Model &model, const char *table) {
 // A list that is given replaces the one that is there.
 struct LabList {
     const char *member;
-    const char *table;
-    void (*add)(Members &members, Model &model, const char *table);
+    const RecordTable *table;
+    void (*add)(Members &members, Model &model, const RecordTable &table);
 };
 constexpr LabList kLabLists[] = {
-    {"interfaces", kInterfaces, addInterfaces},
-    {"containerInterfaces", kContainerInterfaces, addInterfaces},
-    {"hypervisorInterfaces", kHypervisorInterfaces, addInterfaces},
-    {"hypervisorNics", kHypervisorNics, addInterfaces},
-    {"containers", kContainers, addContainers},
+    {"interfaces", &kInterfaces, addInterfaces},
+    {"containerInterfaces", &kContainerInterfaces, addInterfaces},
+    {"hypervisorInterfaces", &kHypervisorInterfaces, addInterfaces},
+    {"hypervisorNics", &kHypervisorNics, addInterfaces},
+    {"containers", &kContainers, addContainers},
 };
 
 uint8_t flagOf(Members &members, const char *name, bool absent) {
@@ -234,15 +241,15 @@ void applyStatus(const nlohmann::json &value, Model &model) {
         .put(1, flagOf(members, "connected", false))
         .put(2, uint8_t{1});
     members.finish();
-    model.setDeviceValue(kSettings, kStatus, status.view());
+    model.setRow(kSettings, kSettingNames[0], status.take());
 }
 
 void applyLab(const nlohmann::json &value, Model &model) {
     Members members(value, "lab.kcp");
     for (const LabList &list : kLabLists) {
-        if (members.has(list.member)) clearTable(model, list.table);
+        if (members.has(list.member)) clearTable(model, *list.table);
         members.each(list.member, [&](Members entry) {
-            list.add(entry, model, list.table);
+            list.add(entry, model, *list.table);
             entry.finish();
         });
     }
@@ -254,6 +261,6 @@ constexpr LabMember kLab[] = {{"kcp", applyLab}};
 
 }  // namespace
 
-constexpr DevicePart kKcp = {.commands = kCommands, .lab = kLab};
+constexpr DevicePart kKcp = {.commands = kCommands, .lab = kLab, .tables = kTables};
 
 }  // namespace qvs::kernel

@@ -7,6 +7,7 @@
 // Records in layouts/emulated.json: livetrace-sessions, livetrace-count, livetrace-port, livetrace-stats.
 #include <cerrno>
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "kernel/device_request.h"
@@ -16,8 +17,6 @@
 namespace qvs::kernel {
 
 namespace {
-
-constexpr char kSessions[] = "livetrace.sessions";
 
 constexpr uint32_t kHead = 112;
 constexpr size_t kSwitchId = 64;
@@ -40,10 +39,17 @@ constexpr size_t kStats = 96;
 // A session as it is kept: u32 port number and its definition.
 constexpr size_t kDefinitionAt = 4;
 
+bool isSession(std::string_view kept) {
+    return kept.size() >= kDefinitionAt && u32At(kept, 0) != 0;
+}
+
+constexpr RecordTable kSessions("livetrace.sessions", kRecordKey, kBytes<isSession>, kRoom);
+constexpr const AnyTable *kTables[] = {&kSessions};
+
 // False when there is no room.
 bool addSession(Model &model, const Port &port, std::string_view definition) {
     dropDeadRecords(model, kSessions);
-    if (model.deviceValues(kSessions).size() >= kRoom) return false;
+    if (roomIn(model, kSessions) == 0) return false;
     Record kept(kDefinitionAt + definition.size());
     appendRecord(model, kSessions, kept.put(0, port.number).bytes(kDefinitionAt, definition).view());
     return true;
@@ -153,6 +159,7 @@ void describe(const Model &model, nlohmann::json *status) {
 
 }  // namespace
 
-constexpr DevicePart kLivetrace = {.commands = kCommands, .lab = kLab, .describe = describe};
+constexpr DevicePart kLivetrace = {
+    .commands = kCommands, .lab = kLab, .tables = kTables, .describe = describe};
 
 }  // namespace qvs::kernel

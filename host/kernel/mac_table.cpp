@@ -3,7 +3,6 @@
 #include "kernel/mac_table.h"
 
 #include <algorithm>
-#include <charconv>
 #include <ctime>
 #include <utility>
 #include <vector>
@@ -11,16 +10,23 @@
 #include <fmt/format.h>
 
 #include "kernel/device.h"
+#include "wire/fault.h"
 
 namespace qvs::kernel {
 
 namespace {
 
-constexpr char kTable[] = "mac table";
-constexpr char kLearning[] = "mac learning";
-constexpr char kAgingValue[] = "aging";
-constexpr char kLimitValue[] = "limit";
-constexpr char kClockValue[] = "clock";
+constexpr const char *kLearningNames[] = {"aging", "limit", "clock"};
+constexpr auto &kAgingValue = kLearningNames[0];
+constexpr auto &kLimitValue = kLearningNames[1];
+constexpr auto &kClockValue = kLearningNames[2];
+
+bool fitsName(const std::string &name, const uint64_t &number) {
+    return name != kLimitValue || number <= UINT16_MAX;
+}
+
+constexpr Table<std::string, uint64_t> kLearning("mac learning", kNameOf<kLearningNames>, kDecimal, SIZE_MAX,
+                                                 fitsName);
 
 // The record that a switch has stored: 24 bits of seconds, u32 limit at 4.
 constexpr char kSwitchLearningKey[] = "com.quillon.vswitch.macLearning";
@@ -30,47 +36,57 @@ constexpr uint32_t kDefaultSwitchLimit = 65536;
 constexpr char kPortLearningKey[] = "com.quillon.vswitch.port.macManagement";
 constexpr size_t kPortLearningSize = 11;
 
-uint64_t parsed(std::string_view text, int base) {
-    uint64_t value = 0;
-    std::from_chars(text.data(), text.data() + text.size(), value, base);
-    return value;
-}
-
-std::optional<uint64_t> storedNumber(const Model &model, std::string_view name) {
-    const auto &values = model.deviceValues(kLearning);
+std::optional<uint64_t> storedNumber(const Model &model, const char *name) {
+    const auto &values = model.rows(kLearning);
     const auto found = values.find(name);
-    if (found == values.end()) return std::nullopt;
-    return parsed(found->second, 10);
+    return found == values.end() ? std::nullopt : std::optional(found->second);
 }
 
-void storeNumber(Model &model, std::string_view name, uint64_t number) {
-    model.setDeviceValue(kLearning, name, fmt::format("{}", number));
-}
+// An entry as it is kept: behind which port, and when it was learnt if it was.
+struct KeptEntry {
+    uint32_t port = 0;
+    std::optional<uint64_t> since;
+};
 
-// "02000000000a/0064/1": sorted as addresses are.
-std::string storedKey(const MacKey &key) {
+// "02000000000a/0064/1"
+std::string keyText(const MacKey &key) {
     return fmt::format("{:012x}/{:04x}/{}", key.address, key.vlan, key.switchRow);
 }
 
-// "67108865 1700000000": the port, and the time of a learnt one.
-std::string storedEntry(const MacEntry &entry) {
-    if (!entry.learnt) return fmt::format("{}", entry.port->number);
-    return fmt::format("{} {}", entry.port->number, entry.since);
+std::optional<MacKey> readKey(std::string_view text) {
+    constexpr size_t kVlanAt = 13;
+    constexpr size_t kSwitchAt = 18;
+    if (text.size() <= kSwitchAt) return std::nullopt;
+    const auto address = wire::numberOf<uint64_t>(text.substr(0, kVlanAt - 1), 16);
+    const auto vlan = wire::numberOf<uint16_t>(text.substr(kVlanAt, 4), 16);
+    const auto sw = wire::numberOf<int64_t>(text.substr(kSwitchAt));
+    if (!address || !vlan || !sw) return std::nullopt;
+    return MacKey{*address, *vlan, *sw};
 }
 
-MacKey readKey(std::string_view key) {
-    return {parsed(key.substr(0, 12), 16), static_cast<uint16_t>(parsed(key.substr(13, 4), 16)),
-            static_cast<int64_t>(parsed(key.substr(18), 10))};
+// "67108865 1700000000": the port, and the time of a learnt one.
+std::string entryText(const KeptEntry &entry) {
+    return entry.since ? fmt::format("{} {}", entry.port, *entry.since) : fmt::format("{}", entry.port);
+}
+
+std::optional<KeptEntry> readEntry(std::string_view text) {
+    const size_t blank = text.find(' ');
+    const auto port = wire::numberOf<uint32_t>(text.substr(0, blank));
+    if (!port) return std::nullopt;
+    if (blank == std::string_view::npos) return KeptEntry{*port, std::nullopt};
+    const auto since = wire::numberOf<uint64_t>(text.substr(blank + 1));
+    return since ? std::optional(KeptEntry{*port, since}) : std::nullopt;
+}
+
+constexpr Table<MacKey, KeptEntry> kTable("mac table", {keyText, readKey}, {entryText, readEntry});
+
+KeptEntry keptEntry(const MacEntry &entry) {
+    return {entry.port->number, entry.learnt ? std::optional(entry.since) : std::nullopt};
 }
 
 // Of a port that is gone the entry has none; port numbers are not used again.
-MacEntry readEntry(const Model &model, std::string_view entry) {
-    const size_t blank = entry.find(' ');
-    MacEntry result;
-    result.port = model.findPort(static_cast<uint32_t>(parsed(entry.substr(0, blank), 10)));
-    result.learnt = blank != std::string_view::npos;
-    if (result.learnt) result.since = parsed(entry.substr(blank + 1), 10);
-    return result;
+MacEntry entryOf(const Model &model, const KeptEntry &kept) {
+    return {model.findPort(kept.port), kept.since.has_value(), kept.since.value_or(0)};
 }
 
 const Property *record(const PropertyList &properties, const char *key, size_t size) {
@@ -90,8 +106,7 @@ LearningProps learningProps(const Model &model) {
 void setLearningProps(Model &model, const LearningProps &props) {
     // Addresses that are too old by now do not come back because the time is longer from now on.
     const MacTable aged(model);
-    model.setDeviceValues(kLearning, {{kAgingValue, fmt::format("{}", props.aging)},
-                                      {kLimitValue, fmt::format("{}", props.limit)}});
+    model.setRows(kLearning, {{kAgingValue, props.aging}, {kLimitValue, props.limit}});
 }
 
 uint64_t learningClock(const Model &model) {
@@ -99,7 +114,7 @@ uint64_t learningClock(const Model &model) {
 }
 
 void stopLearningClock(Model &model, uint64_t at) {
-    storeNumber(model, kClockValue, at);
+    model.setRow(kLearning, kClockValue, at);
 }
 
 uint64_t agingOf(const Model &model, const Switch &sw) {
@@ -134,19 +149,19 @@ uint32_t learningFlags(const Switch &sw) {
 }
 
 MacTable::MacTable(Model &model) : model_(model), now_(learningClock(model)) {
-    std::vector<std::string> gone;
-    for (const auto &[key, value] : model.deviceValues(kTable)) {
-        const MacEntry entry = readEntry(model, value);
+    std::vector<MacKey> gone;
+    for (const auto &[key, kept] : model.rows(kTable)) {
+        const MacEntry entry = entryOf(model, kept);
         if (entry.port == nullptr || expired(entry)) {
             gone.push_back(key);
             continue;
         }
-        entries_.emplace_hint(entries_.end(), readKey(key), entry);
+        entries_.emplace_hint(entries_.end(), key, entry);
         count(entry, 1);
     }
     if (gone.empty()) return;
     try {
-        model.clearDeviceValues(kTable, gone);
+        model.clearRows(kTable, gone);
     } catch (const StoreError &) {
         // Whoever only looks needs no room on the disk; the next one tries again.
     }
@@ -189,7 +204,7 @@ bool MacTable::put(uint64_t address, uint16_t vlan, const MacEntry &entry) {
     const std::optional<uint32_t> limit = macLimitOf(model_, *entry.port);
     if (!behindPort && limit && countBehind(*entry.port).all >= *limit) return false;
 
-    model_.setDeviceValue(kTable, storedKey(key), storedEntry(entry));
+    model_.setRow(kTable, key, keptEntry(entry));
     if (onSwitch) count(known->second, -1);
     entries_.insert_or_assign(key, entry);
     count(entry, 1);
@@ -200,10 +215,12 @@ bool MacTable::remove(uint64_t address, uint16_t vlan, const Port &port) {
     const MacKey key = {address, vlan, port.owner->row};
     const auto known = entries_.find(key);
     if (known == entries_.end() || known->second.port != &port) return false;
-    model_.clearDeviceValue(kTable, storedKey(key));
+    model_.clearRow(kTable, key);
     count(known->second, -1);
     entries_.erase(known);
     return true;
 }
+
+const AnyTable *const kMacTables[] = {&kTable, &kLearning};
 
 }  // namespace qvs::kernel

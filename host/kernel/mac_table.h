@@ -37,6 +37,9 @@ constexpr uint32_t kStaticAllowed = 2;
 constexpr uint32_t kOverlayCache = 4;
 uint32_t learningFlags(const Switch &sw);
 
+// What the forwarding table is kept in.
+extern const AnyTable *const kMacTables[2];
+
 struct MacKey {
     uint64_t address = 0;  // its first byte is the highest of the low six
     uint16_t vlan = 0;

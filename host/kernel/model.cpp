@@ -271,6 +271,18 @@ Status Model::property(const Place &place, std::string_view key, std::string *va
     return Status::Ok;
 }
 
+PropertyRef Model::sharedProperty(const Place &place, std::string_view key) const {
+    const Switch *sw = findSwitch(place.switchId);
+    if (sw == nullptr) return nullptr;
+    const Port *port = place.scope == Scope::Port ? sw->port(place.portId) : nullptr;
+    if (place.scope == Scope::Port && port == nullptr) return nullptr;
+    const PropertyList &list = port != nullptr                ? port->properties
+                               : place.scope == Scope::Global ? sw->global
+                                                              : sw->host;
+    const Property *found = list.find(key);
+    return found == nullptr ? nullptr : found->shared_from_this();
+}
+
 Status Model::portProperty(const Port &port, std::string_view key, std::string *value) const {
     if (key == kPortStatusKey && port.statusFrom == Port::StatusFrom::Kernel) {
         *value = port.statusRecord();
@@ -466,43 +478,12 @@ Status Model::setPortsetMtu(Portset &portset, uint32_t mtu) {
     return Status::Ok;
 }
 
-const Model::DeviceValues &Model::deviceValues(std::string_view device) const {
-    static const DeviceValues kNone;
-    const auto found = deviceValues_.find(device);
-    return found == deviceValues_.end() ? kNone : found->second;
+void Model::storeRow(const AnyTable &table, std::string_view key, std::string_view value) {
+    store_.run(Sql::SetDeviceValue, std::string_view(table.name()), key, value);
 }
 
-void Model::setDeviceValue(std::string_view device, std::string_view key, std::string_view value) {
-    setDeviceValues(device, {{std::string(key), std::string(value)}});
-}
-
-void Model::clearDeviceValue(std::string_view device, std::string_view key) {
-    clearDeviceValues(device, {std::string(key)});
-}
-
-void Model::setDeviceValues(std::string_view device, const DeviceValues &values) {
-    Transaction transaction(store_);
-    for (const auto &[key, value] : values)
-        store_.run(Sql::SetDeviceValue, device, std::string_view(key), std::string_view(value));
-    transaction.commit();
-    DeviceValues &own = deviceValues_[std::string(device)];
-    for (const auto &[key, value] : values)
-        own.insert_or_assign(key, value);
-}
-
-void Model::clearDeviceValues(std::string_view device, const std::vector<std::string> &keys) {
-    Transaction transaction(store_);
-    for (const std::string &key : keys)
-        store_.run(Sql::RemoveDeviceValue, device, std::string_view(key));
-    transaction.commit();
-    DeviceValues &own = deviceValues_[std::string(device)];
-    for (const std::string &key : keys)
-        own.erase(key);
-}
-
-void Model::seedCounters(uint32_t seed) {
-    setDeviceValue(kHostValues, kSeedValue, fmt::format("{}", seed));
-    counters_.seed(seed);
+void Model::removeStoredRow(const AnyTable &table, std::string_view key) {
+    store_.run(Sql::RemoveDeviceValue, std::string_view(table.name()), key);
 }
 
 }  // namespace qvs::kernel

@@ -10,12 +10,14 @@
 #include <memory_resource>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "kernel/counters.h"
+#include "kernel/device_table.h"
 #include "kernel/property.h"
 #include "kernel/status.h"
 #include "kernel/store.h"
@@ -30,9 +32,6 @@ constexpr char kPortsetKey[] = "com.quillon.common.host.portset";
 constexpr char kUplinkPortsKey[] = "com.quillon.common.host.uplinkPorts";
 constexpr char kPortBlockKey[] = "com.quillon.common.port.block";
 constexpr char kPortStatusKey[] = "com.quillon.common.port.volatile.status";
-// What the host itself keeps among the values of devices.
-constexpr char kHostValues[] = "host";
-constexpr char kSeedValue[] = "seed";
 constexpr size_t kMaxSwitchId = 63;
 constexpr size_t kMaxPortId = 47;
 constexpr size_t kMaxPortsetName = 127;
@@ -162,6 +161,8 @@ class Model {
                    const std::vector<PropertyView> &properties);
     Status removePort(std::string_view switchId, std::string_view portId);
     Status property(const Place &place, std::string_view key, std::string *value) const;
+    // The stored one as it is, to be shared; null for none, and for what the kernel itself answers.
+    PropertyRef sharedProperty(const Place &place, std::string_view key) const;
     Status setProperty(const Place &place, const PropertyView &property);
     Status clearProperty(const Place &place, std::string_view key);
     // Someone takes the port, or leaves it (empty name).
@@ -191,14 +192,39 @@ class Model {
     // The bound NICs of a switch in the order of its uplink list.
     std::vector<const Nic *> boundNics(const Switch &sw) const;
 
-    // What a device keeps beyond the model: rows of its own, stored like everything else.
-    using DeviceValues = std::map<std::string, std::string, std::less<>>;
-    const DeviceValues &deviceValues(std::string_view device) const;
-    void setDeviceValue(std::string_view device, std::string_view key, std::string_view value);
-    void clearDeviceValue(std::string_view device, std::string_view key);
-    // Several values as one change.
-    void setDeviceValues(std::string_view device, const DeviceValues &values);
-    void clearDeviceValues(std::string_view device, const std::vector<std::string> &keys);
+    // What a device keeps beyond the model: the rows of its tables, stored like everything else.
+    template <typename Key, typename Value>
+    const std::map<Key, Value> &rows(const Table<Key, Value> &table) const {
+        return storedRows(table).rows;
+    }
+    template <typename Key, typename Value>
+    void setRow(const Table<Key, Value> &table, const std::type_identity_t<Key> &key,
+                const std::type_identity_t<Value> &value) {
+        setRows(table, {{key, value}});
+    }
+    template <typename Key, typename Value>
+    void clearRow(const Table<Key, Value> &table, const std::type_identity_t<Key> &key) {
+        clearRows(table, std::vector<Key>{key});
+    }
+    // Several rows as one change.
+    template <typename Key, typename Value>
+    void setRows(const Table<Key, Value> &table, const std::type_identity_t<std::map<Key, Value>> &changed) {
+        Transaction transaction(store_);
+        for (const auto &[key, value] : changed)
+            storeRow(table, table.keyText(key), table.valueBytes(value));
+        transaction.commit();
+        for (const auto &[key, value] : changed)
+            storedRows(table).rows.insert_or_assign(key, value);
+    }
+    template <typename Key, typename Value>
+    void clearRows(const Table<Key, Value> &table, const std::type_identity_t<std::vector<Key>> &keys) {
+        Transaction transaction(store_);
+        for (const Key &key : keys)
+            removeStoredRow(table, table.keyText(key));
+        transaction.commit();
+        for (const Key &key : keys)
+            storedRows(table).rows.erase(key);
+    }
 
     // What the counters of an object stand at now; each look moves them on.
     CounterRow readCounters(std::string_view object) { return counters_.read(object); }
@@ -237,6 +263,14 @@ class Model {
     void touch(const Port &port);
     void limitTouched();
 
+    template <typename Key, typename Value>
+    typename Table<Key, Value>::Stored &storedRows(const Table<Key, Value> &table) const {
+        return static_cast<typename Table<Key, Value>::Stored &>(*tables_.find(table.name())->second);
+    }
+    void storeRow(const AnyTable &table, std::string_view key, std::string_view value);
+    void removeStoredRow(const AnyTable &table, std::string_view key);
+
+    void loadTables();
     void loadSwitches();
     void loadPorts();
     void loadNics();
@@ -250,7 +284,7 @@ class Model {
     std::unordered_map<std::string_view, Portset *> portsetsByName_;
     std::unordered_map<uint32_t, Port *> ports_;
     std::vector<std::unique_ptr<Nic>> nics_;
-    std::map<std::string, DeviceValues, std::less<>> deviceValues_;
+    std::map<std::string_view, std::unique_ptr<AnyRows>> tables_;
     Counters counters_;
     uint32_t nextPort_ = 0;
     uint64_t generation_ = 0;

@@ -1,12 +1,13 @@
 // The model read from the store, and an empty host.
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
 #include <fmt/format.h>
 
+#include "kernel/device.h"
 #include "kernel/model.h"
 #include "kernel/stored_properties.h"
+#include "kernel/trace.h"
 
 namespace qvs::kernel {
 
@@ -14,6 +15,10 @@ namespace {
 
 constexpr uint32_t kFirstPort = 0x4000001;
 constexpr uint8_t kDefaultNics = 4;
+
+// What the host itself keeps among the tables of devices: the seed of its counters.
+constexpr const char *kHostNames[] = {"seed"};
+constexpr Table<std::string, uint64_t> kHostTable("host", kNameOf<kHostNames>, kDecimal);
 
 [[noreturn]] void damaged(const Store &store, const std::string &what) {
     store.refuse("the database is inconsistent: " + what);
@@ -57,7 +62,7 @@ void Model::load() {
     nics_.clear();
     switches_.clear();
     portsets_.clear();
-    deviceValues_.clear();
+    tables_.clear();
 
     store_.each(Sql::AllPortsets, [this](const Row &row) {
         auto portset = std::make_unique<Portset>();
@@ -71,11 +76,31 @@ void Model::load() {
     loadSwitches();
     loadPorts();
     loadNics();
-    store_.each(Sql::AllDeviceValues,
-                [this](const Row &row) { deviceValues_[row.text(0)].emplace(row.text(1), row.text(2)); });
-    const DeviceValues &host = deviceValues(kHostValues);
-    const auto seed = host.find(kSeedValue);
-    counters_.seed(seed == host.end() ? 1 : std::strtoul(seed->second.c_str(), nullptr, 10));
+    loadTables();
+    const auto &host = rows(kHostTable);
+    counters_.seed(host.empty() ? 1 : host.begin()->second);
+}
+
+void Model::loadTables() {
+    tables_.emplace(kHostTable.name(), kHostTable.noRows());
+    for (const Device &device : devices()) {
+        for (const DevicePart *part : device.parts) {
+            for (const AnyTable *table : part->tables)
+                tables_.emplace(table->name(), table->noRows());
+        }
+    }
+    store_.each(Sql::AllDeviceValues, [this](const Row &row) {
+        const std::string table = row.text(0);
+        const std::string key = row.text(1);
+        const auto known = tables_.find(table);
+        if (known == tables_.end() || !known->second->read(key, row.bytes(2)))
+            damaged(store_, fmt::format("row {} of the table {} makes no sense", quote(key), quote(table)));
+    });
+}
+
+void Model::seedCounters(uint32_t seed) {
+    setRow(kHostTable, kHostNames[0], seed);
+    counters_.seed(seed);
 }
 
 void Model::loadSwitches() {

@@ -16,7 +16,6 @@ namespace qvs::kernel {
 
 namespace {
 
-constexpr char kOperations[] = "rtm";
 constexpr uint32_t kPortCommand = 10;
 constexpr uint32_t kPortSize = 9;
 constexpr uint32_t kShortest = 9;
@@ -40,15 +39,30 @@ const Form *formOf(std::string_view block) {
     return nullptr;
 }
 
-// Kept under a running number, as u32 command and the input.
+// An operation is kept under a running number, as u32 command and the input.
+constexpr size_t kInputAt = sizeof(uint32_t);
+
+std::string keyText(const uint64_t &number) {
+    return fmt::format("{:020}", number);
+}
+
+bool isOperation(std::string_view kept) {
+    if (kept.size() < kInputAt + kShortest) return false;
+    const std::string_view input = kept.substr(kInputAt);
+    return u32At(kept, 0) == kPortCommand ? input.size() == kPortSize : formOf(input) != nullptr;
+}
+
+// One more than is kept: the newest comes before the oldest goes.
+constexpr Table<uint64_t, std::string> kOperations("rtm", {keyText, readDecimal}, kBytes<isOperation>,
+                                                   kKept + 1);
+constexpr const AnyTable *kTables[] = {&kOperations};
+
 void keep(const Call &call) {
-    const auto &kept = call.model.deviceValues(kOperations);
-    const uint64_t number = kept.empty() ? 1 : std::stoull(kept.rbegin()->first) + 1;
-    call.model.setDeviceValue(
-        kOperations, fmt::format("{:020}", number),
-        Record(sizeof call.command).put(0, call.command).take() + std::string(call.input));
+    const auto &kept = call.model.rows(kOperations);
+    call.model.setRow(kOperations, nextNumber(kept),
+                      Record(kInputAt).put(0, call.command).take() + std::string(call.input));
     while (kept.size() > kKept)
-        call.model.clearDeviceValue(kOperations, std::string(kept.begin()->first));
+        call.model.clearRow(kOperations, uint64_t{kept.begin()->first});
 }
 
 Result routes(const Call &call) {
@@ -86,13 +100,14 @@ nlohmann::json describeOperation(uint32_t command, std::string_view input) {
 
 void describe(const Model &model, nlohmann::json *status) {
     auto operations = nlohmann::json::array();
-    for (const auto &[number, operation] : model.deviceValues(kOperations))
-        operations.push_back(describeOperation(u32At(operation, 0), std::string_view(operation).substr(4)));
+    for (const auto &[number, operation] : model.rows(kOperations))
+        operations.push_back(
+            describeOperation(u32At(operation, 0), std::string_view(operation).substr(kInputAt)));
     (*status)["routeTable"] = operations;
 }
 
 }  // namespace
 
-constexpr DevicePart kRouteTable = {.commands = kCommands, .describe = describe};
+constexpr DevicePart kRouteTable = {.commands = kCommands, .tables = kTables, .describe = describe};
 
 }  // namespace qvs::kernel

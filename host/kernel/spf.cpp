@@ -34,34 +34,32 @@ constexpr size_t kFailedPlumbs = 0;
 constexpr size_t kFailedUnplumbs = 4;
 constexpr size_t kMacSize = 6;
 
-// A row for each plumbed port: its number in hexadecimal, and its address.
-constexpr char kPlumbed[] = "tarn-spf ports";
-// How often each kind of change was refused, as answered.
-constexpr char kCounts[] = "tarn-spf";
-constexpr char kFailuresKey[] = "failures";
 constexpr char kMember[] = "spfPorts";
 
-std::string rowOf(const Port &port) {
-    return fmt::format("{:08x}", port.number);
+bool isStation(std::string_view mac) {
+    return mac.size() == kMacSize && (static_cast<uint8_t>(mac[0]) & 1) == 0 &&
+           mac != std::string(kMacSize, '\0');
 }
 
-uint32_t numberOf(const std::string &row) {
-    uint32_t number = 0;
-    std::sscanf(row.c_str(), "%8x", &number);
-    return number;
-}
+// A row for each plumbed port: its number, and its address.
+constexpr Table<uint32_t, std::string> kPlumbed("tarn-spf ports", kPortKey, kBytes<isStation>);
+// How often each kind of change was refused, as answered.
+constexpr const char *kCountNames[] = {"failures"};
+constexpr Table<std::string, std::string> kCounts("tarn-spf", kNameOf<kCountNames>,
+                                                  kBytes<hasSize<kFailures>>);
+constexpr const AnyTable *kTables[] = {&kPlumbed, &kCounts};
 
 const std::string *plumbedMac(const Model &model, const Port &port) {
-    const auto &rows = model.deviceValues(kPlumbed);
-    const auto row = rows.find(rowOf(port));
+    const auto &rows = model.rows(kPlumbed);
+    const auto row = rows.find(port.number);
     return row == rows.end() ? nullptr : &row->second;
 }
 
 // The plumbed ports that there still are; nobody unplumbs a port before it is removed.
 std::vector<const Port *> plumbedPorts(const Model &model, const Switch *sw) {
     std::vector<const Port *> ports;
-    for (const auto &[row, mac] : model.deviceValues(kPlumbed)) {
-        const Port *port = model.findPort(numberOf(row));
+    for (const auto &[number, mac] : model.rows(kPlumbed)) {
+        const Port *port = model.findPort(number);
         if (port != nullptr && port->owner == sw) ports.push_back(port);
     }
     return ports;
@@ -104,7 +102,8 @@ Result getGuestPortStats(const Call &call) {
         return failure(ENOENT);
     Record stats(kGuestStats);
     stats.put(0, port->number).put(4, port->flags());
-    putCounters(call.model.readCounters("spf guest port " + rowOf(*port)), 8, kGuestStats, &stats);
+    putCounters(call.model.readCounters("spf guest port " + portKeyText(port->number)), 8, kGuestStats,
+                &stats);
     return {0, stats.take()};
 }
 
@@ -114,7 +113,8 @@ Result getServicePortStats(const Call &call) {
     if (mac == nullptr) return failure(ENOENT);
     Record stats(kServiceStats);
     stats.put(0, port->number).put(4, port->flags()).bytes(8, *mac);
-    putCounters(call.model.readCounters("spf service port " + rowOf(*port)), 16, kServiceStats, &stats);
+    putCounters(call.model.readCounters("spf service port " + portKeyText(port->number)), 16, kServiceStats,
+                &stats);
     return {0, stats.take()};
 }
 
@@ -130,9 +130,8 @@ Result getSwitchStats(const Call &call) {
 }
 
 std::string failures(const Model &model) {
-    const auto &counts = model.deviceValues(kCounts);
-    const auto found = counts.find(kFailuresKey);
-    return found == counts.end() ? std::string(kFailures, '\0') : found->second;
+    const auto &counts = model.rows(kCounts);
+    return counts.empty() ? std::string(kFailures, '\0') : counts.begin()->second;
 }
 
 Result getConfigFailureStats(const Call &call) {
@@ -149,14 +148,13 @@ std::string parseMac(const std::string &text) {
     const int parts = std::sscanf(text.c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx%n", &bytes[0], &bytes[1],
                                   &bytes[2], &bytes[3], &bytes[4], &bytes[5], &length);
     const bool whole = parts == 6 && length == 17 && text.size() == 17;
-    return whole && (bytes[0] & 1) == 0 && mac != std::string(kMacSize, '\0') ? mac : "";
+    return whole && isStation(mac) ? mac : "";
 }
 
 // Rows of ports that are gone are in nobody's way but would heap up.
 void forgetRemovedPorts(Model &model) {
-    removeRows(model, kPlumbed, [&](const std::string &row, const auto &) {
-        return model.findPort(numberOf(row)) == nullptr;
-    });
+    removeRows(model, kPlumbed,
+               [&](uint32_t number, const auto &) { return model.findPort(number) == nullptr; });
 }
 
 // The addresses of all plumbed ports; an address is taken within its switch.
@@ -164,8 +162,8 @@ using Addresses = std::set<std::pair<const Switch *, std::string>>;
 
 Addresses takenAddresses(const Model &model) {
     Addresses taken;
-    for (const auto &[row, mac] : model.deviceValues(kPlumbed)) {
-        if (const Port *port = model.findPort(numberOf(row))) taken.emplace(port->owner, mac);
+    for (const auto &[number, mac] : model.rows(kPlumbed)) {
+        if (const Port *port = model.findPort(number)) taken.emplace(port->owner, mac);
     }
     return taken;
 }
@@ -175,7 +173,7 @@ Result refuse(const Call &call, size_t offset, int error) {
     const std::string before = failures(call.model);
     Record record(kFailures);
     record.bytes(0, before).put(offset, u32At(before, offset) + 1);
-    call.model.setDeviceValue(kCounts, kFailuresKey, record.view());
+    call.model.setRow(kCounts, kCountNames[0], record.take());
     return failure(error);
 }
 
@@ -187,14 +185,14 @@ Result plumbPort(const Call &call) {
     if (plumbedMac(call.model, *port) != nullptr || takenAddresses(call.model).contains({port->owner, mac}))
         return refuse(call, kFailedPlumbs, EEXIST);
     forgetRemovedPorts(call.model);
-    call.model.setDeviceValue(kPlumbed, rowOf(*port), mac);
+    call.model.setRow(kPlumbed, port->number, mac);
     return {};
 }
 
 Result unplumbPort(const Call &call) {
     const Port *port = requestedPort(call);
     const bool plumbed = port != nullptr && plumbedMac(call.model, *port) != nullptr;
-    if (plumbed) call.model.clearDeviceValue(kPlumbed, rowOf(*port));
+    if (plumbed) call.model.clearRow(kPlumbed, port->number);
     return plumbed ? Result{} : refuse(call, kFailedUnplumbs, ENOENT);
 }
 
@@ -215,7 +213,7 @@ void applyPort(Members &members, Model &model, Addresses *taken) {
     if (mac.empty()) members.fail("mac", "is not the address of a station");
     if (const std::string *before = plumbedMac(model, port)) taken->erase({port.owner, *before});
     if (!taken->emplace(port.owner, mac).second) members.fail("mac", "is the address of another port");
-    model.setDeviceValue(kPlumbed, rowOf(port), mac);
+    model.setRow(kPlumbed, port.number, mac);
 }
 
 void applyPorts(const nlohmann::json &value, Model &model) {
@@ -227,6 +225,6 @@ constexpr LabMember kLab[] = {{kMember, applyPorts}};
 
 }  // namespace
 
-constexpr DevicePart kSpf = {.commands = kCommands, .lab = kLab};
+constexpr DevicePart kSpf = {.commands = kCommands, .lab = kLab, .tables = kTables};
 
 }  // namespace qvs::kernel

@@ -7,6 +7,7 @@
 // Records in layouts/emulated.json: trace-stats, telemetry.
 #include <cerrno>
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "kernel/device.h"
@@ -16,10 +17,6 @@
 namespace qvs::kernel {
 
 namespace {
-
-constexpr char kRequests[] = "traceflow.requests";
-constexpr char kSettings[] = "traceflow";
-constexpr char kTelemetry[] = "telemetry";
 
 constexpr uint32_t kRequest = 150;
 constexpr uint32_t kClear = 112;
@@ -33,6 +30,16 @@ constexpr size_t kRoom = 1024;
 // A request as it is kept: u32 port number and what came.
 constexpr size_t kKeptAt = 4;
 
+bool isRequest(std::string_view kept) {
+    return kept.size() == kKeptAt + kRequest && u32At(kept, 0) != 0;
+}
+
+constexpr RecordTable kRequests("traceflow.requests", kRecordKey, kBytes<isRequest>, kRoom);
+constexpr const char *kSettingNames[] = {"telemetry"};
+constexpr Table<std::string, std::string> kSettings("traceflow", kNameOf<kSettingNames>,
+                                                    kBytes<hasSize<kTelemetrySize>>);
+constexpr const AnyTable *kTables[] = {&kRequests, &kSettings};
+
 const Switch *requestedSwitch(const Call &call) {
     return call.model.findSwitch(textAt(call.input, 0, kSwitchId));
 }
@@ -43,7 +50,7 @@ Result createRequest(const Call &call) {
     const Port *port = sw == nullptr ? nullptr : sw->port(textAt(call.input, kPortAt, kPortId));
     if (port == nullptr) return failure(ENOENT);
     dropDeadRecords(call.model, kRequests);
-    if (call.model.deviceValues(kRequests).size() >= kRoom) return failure(ENOSPC);
+    if (roomIn(call.model, kRequests) == 0) return failure(ENOSPC);
     appendRecord(call.model, kRequests,
                  Record(kKeptAt + kRequest).put(0, port->number).bytes(kKeptAt, call.input).view());
     return {};
@@ -70,14 +77,13 @@ Result getPortStats(const Call &call) {
 }
 
 std::string telemetry(const Model &model) {
-    const auto &settings = model.deviceValues(kSettings);
-    const auto config = settings.find(kTelemetry);
-    return config == settings.end() ? std::string(kTelemetrySize, '\0') : config->second;
+    const auto &settings = model.rows(kSettings);
+    return settings.empty() ? std::string(kTelemetrySize, '\0') : settings.begin()->second;
 }
 
 Result setTelemetry(const Call &call) {
     if (call.input.size() != kTelemetrySize) return failure(EINVAL);
-    call.model.setDeviceValue(kSettings, kTelemetry, call.input);
+    call.model.setRow(kSettings, kSettingNames[0], std::string(call.input));
     return {};
 }
 
@@ -117,6 +123,6 @@ void describe(const Model &model, nlohmann::json *status) {
 
 }  // namespace
 
-constexpr DevicePart kTraceflow = {.commands = kCommands, .describe = describe};
+constexpr DevicePart kTraceflow = {.commands = kCommands, .tables = kTables, .describe = describe};
 
 }  // namespace qvs::kernel

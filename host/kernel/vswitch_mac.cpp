@@ -234,6 +234,6 @@ constexpr LabMember kLab[] = {
 
 }  // namespace
 
-constexpr DevicePart kVswitchMac = {.commands = kCommands, .lab = kLab};
+constexpr DevicePart kVswitchMac = {.commands = kCommands, .lab = kLab, .tables = kMacTables};
 
 }  // namespace qvs::kernel

@@ -15,13 +15,13 @@
 
 #include "kernel/device_request.h"
 #include "kernel/record_table.h"
+#include "kernel/trace.h"
+#include "wire/fault.h"
 
 namespace qvs::kernel {
 
 namespace {
 
-// A row for each port and group: "PORT TYPE GROUP" in hexadecimal, the value is the sources' addresses.
-constexpr char kJoined[] = "multicast groups";
 constexpr char kMember[] = "mcastFilters";
 
 constexpr size_t kPortAt = SwitchRequest::kOwnAt;
@@ -48,16 +48,56 @@ struct Address {
     auto operator<=>(const Address &) const = default;
 };
 
-std::string keyBegin(uint32_t port, uint32_t type) {
-    return fmt::format("{:08x} {} ", port, type);
+// Which port has joined which group.
+struct Membership {
+    uint32_t port = 0;
+    Address group;
+
+    auto operator<=>(const Membership &) const = default;
+};
+
+// "PORT TYPE GROUP", the port and the group in hexadecimal.
+std::string keyOf(const Membership &key) {
+    return fmt::format("{} {} {}", portKeyText(key.port), static_cast<uint32_t>(key.group.type),
+                       hexDigits(key.group.bytes));
 }
 
-std::string keyOf(uint32_t port, const Address &group) {
-    std::string key = keyBegin(port, group.type);
-    for (const char c : group.bytes)
-        fmt::format_to(std::back_inserter(key), "{:02x}", static_cast<uint8_t>(c));
-    return key;
+std::optional<std::string> bytesOf(std::string_view hex) {
+    std::string bytes;
+    for (; !hex.empty(); hex.remove_prefix(std::min<size_t>(hex.size(), 2))) {
+        const auto byte = wire::numberOf<uint8_t>(hex.substr(0, 2), 16);
+        if (!byte) return std::nullopt;
+        bytes += static_cast<char>(*byte);
+    }
+    return bytes;
 }
+
+std::optional<Membership> readKey(std::string_view text) {
+    constexpr size_t kTypeText = 9;
+    constexpr size_t kGroupText = 11;
+    if (text.size() < kGroupText) return std::nullopt;
+    const auto port = readPortKey(text.substr(0, kTypeText - 1));
+    const auto type = wire::numberOf<uint32_t>(text.substr(kTypeText, 1));
+    const auto group = bytesOf(text.substr(kGroupText));
+    if (!port || !type || !isType(*type) || !group || group->size() != addressSize(*type))
+        return std::nullopt;
+    return Membership{*port, {static_cast<Type>(*type), *group}};
+}
+
+// Sources have the size of their group.
+bool fitsGroup(const Membership &key, const std::string &sources) {
+    return sources.size() % addressSize(key.group.type) == 0;
+}
+
+bool isAnything(std::string_view) {
+    return true;
+}
+
+// The sources' addresses by port and group, of which so many fit.
+constexpr size_t kRoom = 65536;
+constexpr Table<Membership, std::string> kJoined("multicast groups", {keyOf, readKey}, kBytes<isAnything>,
+                                                 kRoom, fitsGroup);
+constexpr const AnyTable *kTables[] = {&kJoined};
 
 // What ports have joined of one type, over all the ports asked for.
 struct Group {
@@ -67,20 +107,13 @@ struct Group {
 };
 using Groups = std::map<std::string, Group>;
 
-std::string bytesOf(std::string_view hex) {
-    std::string bytes;
-    for (; hex.size() >= 2; hex.remove_prefix(2)) {
-        const auto digit = [](char c) { return c <= '9' ? c - '0' : c - 'a' + 10; };
-        bytes += static_cast<char>(digit(hex[0]) << 4 | digit(hex[1]));
-    }
-    return bytes;
-}
-
 void addGroups(const Model &model, const Port &port, uint32_t type, Groups *groups) {
-    const Model::DeviceValues &rows = model.deviceValues(kJoined);
-    const std::string begin = keyBegin(port.number, type);
-    for (auto row = rows.lower_bound(begin); row != rows.end() && row->first.starts_with(begin); ++row) {
-        Group &group = (*groups)[bytesOf(std::string_view(row->first).substr(begin.size()))];
+    const auto &rows = model.rows(kJoined);
+    const Membership begin = {port.number, {static_cast<Type>(type), {}}};
+    for (auto row = rows.lower_bound(begin);
+         row != rows.end() && row->first.port == port.number && row->first.group.type == begin.group.type;
+         ++row) {
+        Group &group = (*groups)[row->first.group.bytes];
         ++group.ports;
         group.everybody = group.everybody || row->second.empty();
         for (size_t at = 0; at < row->second.size(); at += addressSize(type))
@@ -91,13 +124,13 @@ void addGroups(const Model &model, const Port &port, uint32_t type, Groups *grou
 
 // Each port of the switch that has joined anything: there are fewer of them than ports.
 void addGroupsOfSwitch(const Model &model, const Switch &sw, uint32_t type, Groups *groups) {
-    const Model::DeviceValues &rows = model.deviceValues(kJoined);
-    for (auto row = rows.begin(); row != rows.end();) {
-        uint32_t number = 0;
-        std::sscanf(row->first.c_str(), "%8x", &number);
-        const Port *port = model.findPort(number);
-        if (port != nullptr && port->owner == &sw) addGroups(model, *port, type, groups);
-        row = rows.lower_bound(fmt::format("{:08x}!", number));  // "!" is what follows the blank
+    const Port *last = nullptr;
+    for (const auto &[key, sources] : model.rows(kJoined)) {
+        if (last != nullptr && last->number == key.port) continue;
+        const Port *port = model.findPort(key.port);
+        if (port == nullptr || port->owner != &sw) continue;
+        addGroups(model, *port, type, groups);
+        last = port;
     }
 }
 
@@ -149,7 +182,7 @@ Result getMcastFilterStats(const Call &call) {
 
     const Portset &portset = *requestedPortset(call);
     const Address group{static_cast<Type>(type), address};
-    CounterRow counters = call.model.readCounters("multicast " + portset.name + "/" + keyOf(number, group));
+    CounterRow counters = call.model.readCounters("multicast " + portset.name + "/" + keyOf({number, group}));
     const std::set<std::string> &sources = found->second.sources;
     const bool headOnly = call.outLength <= kStatsHead;
     const size_t room = headOnly ? sources.size() : (call.outLength - kStatsHead) / size;
@@ -190,9 +223,6 @@ bool isMulticast(const Address &address) {
     return address.type == Mac ? (first & 1) != 0 : address.type == IPv4 ? first >> 4 == 0xe : first == 0xff;
 }
 
-// So many groups of ports fit.
-constexpr size_t kRoom = 65536;
-
 void applyFilter(Members &members, Model &model) {
     const Port &port = portOf(members, model);
     const Address first = parseAddress(members, "group", members.text("group"));
@@ -204,14 +234,14 @@ void applyFilter(Members &members, Model &model) {
             members.fail("sources", "holds an address of another type");
         sources += source.bytes;
     }
-    Model::DeviceValues rows;
-    const uint32_t count = countOf(members, kRoom - model.deviceValues(kJoined).size());
+    std::map<Membership, std::string> rows;
+    const uint32_t count = countOf(members, roomIn(model, kJoined));
     eachAddress(members, count, first.bytes, [&](const std::string &bytes) {
         const Address group{first.type, bytes};
         if (!isMulticast(group)) members.fail("count", "leads beyond the last group");
-        rows.insert_or_assign(keyOf(port.number, group), sources);
+        rows.insert_or_assign(Membership{port.number, group}, sources);
     });
-    model.setDeviceValues(kJoined, rows);
+    model.setRows(kJoined, rows);
 }
 
 // A lab that says anything about groups says all of it.
@@ -224,6 +254,6 @@ constexpr LabMember kLab[] = {{kMember, applyFilters}};
 
 }  // namespace
 
-constexpr DevicePart kVswitchMcastFilters = {.commands = kCommands, .lab = kLab};
+constexpr DevicePart kVswitchMcastFilters = {.commands = kCommands, .lab = kLab, .tables = kTables};
 
 }  // namespace qvs::kernel

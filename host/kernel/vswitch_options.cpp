@@ -13,8 +13,6 @@ namespace qvs::kernel {
 
 namespace {
 
-constexpr char kOptions[] = "options";
-constexpr char kPacked[] = "packed";
 constexpr size_t kBlock = 4096;
 constexpr size_t kLength = sizeof(uint32_t);
 constexpr size_t kHead = 2 * sizeof(uint16_t);
@@ -42,10 +40,18 @@ std::optional<Options> unpacked(std::string_view bytes) {
     return options;
 }
 
+std::optional<Options> readOptions(std::string_view stored) {
+    return kLength + stored.size() <= kBlock ? unpacked(stored) : std::nullopt;
+}
+
+// One row with all options.
+constexpr const char *kNames[] = {"packed"};
+constexpr Table<std::string, Options> kOptions("options", kNameOf<kNames>, {packed, readOptions});
+constexpr const AnyTable *kTables[] = {&kOptions};
+
 Options storedOptions(const Model &model) {
-    const auto &values = model.deviceValues(kOptions);
-    const auto found = values.find(kPacked);
-    return found == values.end() ? Options{} : unpacked(found->second).value_or(Options{});
+    const auto &rows = model.rows(kOptions);
+    return rows.empty() ? Options{} : rows.begin()->second;
 }
 
 // An option without a value is one that is no longer there. False when all of them do not fit.
@@ -58,9 +64,8 @@ bool changeOptions(Model &model, const Options &changes) {
             options[id] = value;
         }
     }
-    const std::string bytes = packed(options);
-    if (kLength + bytes.size() > kBlock) return false;
-    model.setDeviceValue(kOptions, kPacked, bytes);
+    if (kLength + packed(options).size() > kBlock) return false;
+    model.setRow(kOptions, kNames[0], options);
     return true;
 }
 
@@ -104,6 +109,6 @@ constexpr LabMember kLab[] = {{"options", applyOptions}};
 
 }  // namespace
 
-constexpr DevicePart kVswitchOptions = {.commands = kCommands, .lab = kLab};
+constexpr DevicePart kVswitchOptions = {.commands = kCommands, .lab = kLab, .tables = kTables};
 
 }  // namespace qvs::kernel
