@@ -21,13 +21,68 @@ namespace qvs::kernel {
 namespace {
 
 constexpr size_t kChunk = 16 << 10;
-// A follower that does not read is let go before its lines fill the memory.
-constexpr size_t kMaxPendingLines = 64u << 20;
+// Memory beyond this is given back once it is not needed.
+constexpr size_t kKept = 1 << 20;
+
+std::string traceLine(std::string_view line) {
+    return std::string(wire::Writer(wire::Kind::TraceLine).text(line).bytes());
+}
+
+void giveBack(std::string *buffer) {
+    if (buffer->capacity() > kKept) std::string().swap(*buffer);
+}
 
 }  // namespace
 
 Connection::Connection(Socket socket, Server &server)
-    : socket_(std::move(socket)), server_(server), timer_(server.io()), chunk_(kChunk) {}
+    : socket_(std::move(socket)),
+      server_(server),
+      timer_(server.io()),
+      chunk_(kChunk),
+      lines_(traceLine, server.kernel().trace.droppedCounter()) {}
+
+template <typename Work>
+void Connection::guarded(const Work &work) {
+    try {
+        work();
+    } catch (const std::exception &error) {
+        answerFailure(error);
+    }
+}
+
+void Connection::start() {
+    guarded([this] { next(); });
+}
+
+// In the middle of a message, or when the answer was on its way, there is nothing left to say.
+void Connection::answerFailure(const std::exception &error) try {
+    const Kind kind = std::exchange(request_, Kind::Reply);
+    spdlog::error("a request of kind {} failed: {}", static_cast<uint32_t>(kind), error.what());
+    copied_ = {};
+    wire::Writer reply(Kind::Reply);
+    if (isSending_ || isReceiving_) return drop("its request failed");
+    if (isStateRequest(kind)) {
+        reply.u32(static_cast<uint32_t>(Status::Failure));
+        if (kind == Kind::StateGet || kind == Kind::PropGet) reply.text("");
+    } else if (kind == Kind::DeviceOpen) {
+        reply.u32(EIO);
+    } else if (kind == Kind::DeviceIoctl) {
+        reply.i32(-1).u32(EIO);
+    } else if (kind == Kind::Shell) {
+        reply.u32(1).text("").text(fmt::format("treesh: the host failed: {}\n", error.what()));
+    } else if (kind == Kind::Control) {
+        reply.text(R"({"ok":false,"error":"the host could not carry this out; see its log"})");
+    } else {
+        return drop("its request failed");
+    }
+    send(std::move(reply));
+} catch (const std::exception &again) {
+    drop(again.what());
+}
+
+void Connection::weigh() {
+    server_.weigh(shared_from_this(), received_.capacity() + sending_.capacity() + dialogue_);
+}
 
 void Connection::next() {
     wire::Head head;
@@ -36,19 +91,25 @@ void Connection::next() {
     std::memcpy(&head, received_.data() + taken_, sizeof head);
     if (head.length > wire::kMaxRequest) return drop(fmt::format("a message of {} bytes", head.length));
     if (available < sizeof head + head.length) return receiveMore();
-    const std::string payload = received_.substr(taken_ + sizeof head, head.length);
-    taken_ += sizeof head + head.length;
-    handle(static_cast<Kind>(head.kind), payload);
+    isReceiving_ = false;
+    const size_t begin = taken_ + sizeof head;
+    taken_ = begin + head.length;
+    if (!copied_) request_ = static_cast<Kind>(head.kind);
+    handle(static_cast<Kind>(head.kind), received_.substr(begin, head.length));
 }
 
 void Connection::receiveMore() {
-    received_.erase(0, taken_);
-    taken_ = 0;
+    received_.erase(0, std::exchange(taken_, 0));
+    if (received_.empty()) giveBack(&received_);
+    weigh();
+    isReceiving_ = true;
     socket_.async_read_some(asio::buffer(chunk_),
                             [self = shared_from_this()](const asio::error_code &error, size_t size) {
                                 if (error) return self->ended();
-                                self->received_.append(self->chunk_.data(), size);
-                                self->next();
+                                self->guarded([&] {
+                                    self->received_.append(self->chunk_.data(), size);
+                                    self->next();
+                                });
                             });
 }
 
@@ -85,6 +146,9 @@ void Connection::handle(Kind kind, const std::string &payload) {
 
 void Connection::ended() {
     if (received_.size() != taken_) spdlog::info("client left in the middle of a message");
+    // It holds the connection.
+    copied_ = {};
+    server_.weigh(shared_from_this(), 0);
     if (device_ != nullptr) {
         if (kernel().trace.active())
             kernel().trace.write(fmt::format("device close {}", quote(device_->path)));
@@ -104,10 +168,10 @@ void Connection::drop(std::string_view reason) {
     spdlog::info("connection closed: {}", reason);
     received_.clear();
     taken_ = 0;
-    copied_ = {};
-    ended();
+    // First of all: nothing that follows is to be taken for an answer.
     asio::error_code ignored;
     socket_.close(ignored);
+    ended();
 }
 
 void Connection::send(wire::Writer message, std::function<void()> then) {
@@ -117,15 +181,24 @@ void Connection::send(wire::Writer message, std::function<void()> then) {
 void Connection::sendParts(std::string message, Blob tail, std::function<void()> then) {
     sending_ = std::move(message);
     sendingTail_ = std::move(tail);
+    isSending_ = true;
+    // What the next request needs is there soon enough.
+    if (received_.size() == taken_) {
+        received_.clear();
+        taken_ = 0;
+        giveBack(&received_);
+    }
+    weigh();
     const std::array<asio::const_buffer, 2> parts = {
         asio::buffer(sending_), asio::buffer(sendingTail_.bytes.data(), sendingTail_.bytes.size())};
     asio::async_write(
         socket_, parts,
         [self = shared_from_this(), then = std::move(then)](const asio::error_code &error, size_t) {
+            self->isSending_ = false;
             self->sendingTail_ = {};
+            giveBack(&self->sending_);
             if (error) return self->ended();
-            if (then) return then();
-            self->next();
+            self->guarded([&] { then ? then() : self->next(); });
         });
 }
 
@@ -163,8 +236,10 @@ void Connection::underFaults(const std::string &line, std::function<void(const E
     timer_.async_wait(
         [self = shared_from_this(), effect, perform = std::move(perform)](const asio::error_code &error) {
             if (error) return;
-            self->begin(effect);
-            perform(effect);
+            self->guarded([&] {
+                self->begin(effect);
+                perform(effect);
+            });
         });
 }
 
@@ -230,8 +305,10 @@ void Connection::serveShell(const std::string &payload) {
     }
     if (!reader.complete() || words.size() != count) return drop("a malformed shell request");
     std::string line = "shell treesh";
-    for (const std::string &word : words)
-        line += " " + shellWord(word);
+    size_t shown = 0;
+    for (; shown < words.size() && line.size() < kShownText; ++shown)
+        line += " " + shellWord(words[shown]);
+    if (shown < words.size()) line += fmt::format(" +{} words", words.size() - shown);
     underFaults(line, [this, self = shared_from_this(), words, line](const Effect &effect) {
         ShellResult result;
         if (effect.fails()) {
@@ -270,15 +347,12 @@ void Connection::serveControl(const std::string &payload) {
 }
 
 void Connection::serveFollow() {
+    // The reply to the end of a lease would stand between its lines.
+    if (leased_) return drop("the trace on the connection of a lease");
     send(wire::Writer(Kind::Reply), [self = shared_from_this()] {
         // It is taken back when the connection ends.
         self->follower_ = self->kernel().trace.follow([connection = self.get()](std::string_view line) {
-            connection->lines_ += wire::Writer(Kind::TraceLine).text(line).bytes();
-            if (connection->lines_.size() > kMaxPendingLines) {
-                asio::error_code ignored;
-                connection->socket_.shutdown(Socket::shutdown_both, ignored);
-                connection->lines_.clear();
-            }
+            connection->lines_.put(line);
             connection->flushLines();
         });
         self->next();
@@ -288,10 +362,11 @@ void Connection::serveFollow() {
 void Connection::flushLines() {
     if (flushing_ || lines_.empty()) return;
     flushing_ = true;
-    sending_ = std::exchange(lines_, {});
+    sending_ = lines_.take();
     asio::async_write(socket_, asio::buffer(sending_),
                       [self = shared_from_this()](const asio::error_code &error, size_t) {
                           self->flushing_ = false;
+                          self->lines_.sent();
                           if (!error) self->flushLines();
                       });
 }

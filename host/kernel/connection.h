@@ -11,6 +11,7 @@
 #include "kernel/device.h"
 #include "kernel/server.h"
 #include "kernel/shell.h"
+#include "kernel/trace.h"
 #include "wire/message.h"
 
 namespace qvs::kernel {
@@ -23,7 +24,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
 
-    void start() { next(); }
+    void start();
+    // One log line, and the connection is closed.
+    void drop(std::string_view reason);
 
   private:
     using Kind = wire::Kind;
@@ -36,8 +39,12 @@ class Connection : public std::enable_shared_from_this<Connection> {
     void receiveMore();
     void handle(Kind kind, const std::string &payload);
     void ended();
-    // One log line, and the connection is closed.
-    void drop(std::string_view reason);
+    // What the event loop calls: a failure that nobody thought of becomes the answer of the request.
+    template <typename Work>
+    void guarded(const Work &work);
+    void answerFailure(const std::exception &error);
+    // Tells the server how much memory this client takes up.
+    void weigh();
 
     // Sends a message and goes on with `then`, by default with the client's next message.
     void send(wire::Writer message, std::function<void()> then = {});
@@ -79,15 +86,19 @@ class Connection : public std::enable_shared_from_this<Connection> {
     std::vector<char> chunk_;
     std::string received_;
     size_t taken_ = 0;
+    Kind request_ = Kind::Reply;  // the one that waits for its reply; Reply for none
     std::string sending_;
     Blob sendingTail_;
+    bool isSending_ = false;
+    bool isReceiving_ = false;
 
     const Device *device_ = nullptr;
     Copied copied_;  // set while an answer of the client is awaited
     uint32_t copiedLength_ = 0;
+    size_t dialogue_ = 0;  // bytes of the request under way
     bool leased_ = false;
     std::optional<uint64_t> follower_;
-    std::string lines_;  // trace lines on their way to a follower
+    LineQueue lines_;  // on their way to a follower
     bool flushing_ = false;
 };
 

@@ -68,6 +68,7 @@ void Connection::fetchInput(const std::shared_ptr<Ioctl> &ioctl) {
            [this, self = shared_from_this(), ioctl](int error, std::string_view bytes) {
                if (error != 0) return finishIoctl(*ioctl, error);
                ioctl->input = bytes;
+               dialogue_ = bytes.size();
                if (watched()) ioctl->line += fmt::format(" input=[{}]", hexRuns(bytes));
                perform(ioctl);
            });
@@ -91,6 +92,7 @@ void Connection::perform(const std::shared_ptr<Ioctl> &ioctl) {
         effect.change(&result.output, room);
         if (result.output.size() > room) result.output.resize(room);
         ioctl->output = std::move(result.output);
+        dialogue_ += ioctl->output.capacity();
         deliver(ioctl, 0);
     });
 }
@@ -116,6 +118,7 @@ void Connection::deliver(const std::shared_ptr<Ioctl> &ioctl, size_t sent) {
 
 void Connection::finishIoctl(const Ioctl &ioctl, int error) {
     record(fmt::format("{} -> {}", ioctl.line, errnoName(error)));
+    dialogue_ = 0;
     wire::Writer message(Kind::Reply);
     message.i32(error == 0 ? 0 : -1).u32(static_cast<uint32_t>(error));
     send(std::move(message));

@@ -3,13 +3,12 @@
 
 #include <unistd.h>
 
-#include <cstring>
-
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "kernel/json_members.h"
 #include "kernel/lab.h"
+#include "wire/json.h"
 
 namespace qvs::kernel {
 
@@ -67,6 +66,7 @@ json status(Members &, Server &server) {
                    {"staysWithoutLease", !server.options().whileLeased},
                    {"leases", server.leases()},
                    {"trace", kernel.trace.files()},
+                   {"traceDropped", kernel.trace.dropped()},
                    {"switches", switches},
                    {"ports", model.portCount()},
                    {"portsets", portsets},
@@ -98,9 +98,8 @@ json seed(Members &members, Server &server) {
 json traceFile(Members &members, Server &server) {
     const std::string path = members.text("path");
     members.finish();
-    if (const int error = server.kernel().trace.openFile(path); error != 0) {
-        throw JsonError(fmt::format("the trace {} cannot be opened: {}", path, std::strerror(error)));
-    }
+    if (const auto problem = server.kernel().trace.openFile(path))
+        throw JsonError(fmt::format("the trace {} cannot be opened: {}", path, *problem));
     return json::object();
 }
 
@@ -153,7 +152,7 @@ ControlAnswer runControl(std::string_view request, Server &server) {
     ControlAnswer answer;
     json reply;
     try {
-        reply = perform(json::parse(request), server, &answer.stops);
+        reply = perform(wire::parseJson(request), server, &answer.stops);
         reply["ok"] = true;
     } catch (const StoreError &error) {
         logStoreFailure(server.kernel().store, error);

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
-#include <set>
 #include <string>
+#include <vector>
 
 #include <asio/io_context.hpp>
 #include <asio/local/stream_protocol.hpp>
@@ -38,12 +41,24 @@ class Server {
     // True when that was the last one and the daemon ends: the connection then stays open until the process
     // is gone, which is how a launcher knows that it is.
     bool leaseClosed();
+    // How much memory a client takes up with what it has not read, or sent in part. Beyond what there is for
+    // all of them, those that have stood still for the longest time are let go.
+    void weigh(const std::shared_ptr<Connection> &connection, size_t bytes);
+    // Calls `then` once the file can be written again.
+    void whenWritable(int file, std::function<void()> then);
     void keepUntilExit(std::shared_ptr<Connection> connection) { lasting_.push_back(std::move(connection)); }
 
   private:
     using Protocol = asio::local::stream_protocol;
 
+    struct Load {
+        std::weak_ptr<Connection> connection;
+        size_t bytes = 0;
+        uint64_t moved = 0;  // when it last changed, in the order of such moments
+    };
+
     void accept();
+    bool mayConnect(Protocol::socket &socket) const;
 
     asio::io_context &io_;
     Kernel &kernel_;
@@ -52,6 +67,9 @@ class Server {
     asio::steady_timer timer_;
     std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
     size_t leases_ = 0;
+    std::map<const Connection *, Load> loads_;
+    size_t held_ = 0;
+    uint64_t moments_ = 0;
     std::vector<std::shared_ptr<Connection>> lasting_;
 };
 

@@ -13,6 +13,7 @@ namespace {
 using wire::Kind;
 
 constexpr Status kIoError = static_cast<Status>(0xbad0008);
+constexpr size_t kShared = 64 << 10;
 
 std::string_view scopeName(const StateRequest &request) {
     switch (request.place.scope) {
@@ -152,7 +153,13 @@ StateAnswer execute(const StateRequest &request, Kernel &kernel) try {
         if (answer.blob.owner == nullptr) answer.status = Status::NoMemory;
     } else if (request.kind == Kind::PropGet) {
         kernel.model.look(request.place, request.key);
-        answer.status = kernel.model.property(request.place, request.key, &answer.value);
+        // However many clients ask for a large value, and take their time to read it, there is one of it.
+        const PropertyRef stored = kernel.model.sharedProperty(request.place, request.key);
+        if (stored != nullptr && stored->value.size() >= kShared) {
+            answer.blob = {stored, stored->value};
+        } else {
+            answer.status = kernel.model.property(request.place, request.key, &answer.value);
+        }
     } else {
         answer.status = change(request, kernel.model);
     }

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
+#include <utility>
 
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
@@ -25,11 +27,21 @@ bool plain(char c) {
            kPlain.find(c) != std::string_view::npos;
 }
 
+void appendHex(char c, std::string *result) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    *result += kDigits[static_cast<uint8_t>(c) >> 4];
+    *result += kDigits[static_cast<uint8_t>(c) & 15];
+}
+
+std::string leftOut(size_t bytes) {
+    return fmt::format("+{} bytes", bytes);
+}
+
 }  // namespace
 
 std::string quote(std::string_view text) {
     std::string result = "\"";
-    for (const char c : text) {
+    for (const char c : text.substr(0, kShownText)) {
         if (c == '\n') {
             result += "\\n";
         } else if (c == '"' || c == '\\') {
@@ -38,10 +50,13 @@ std::string quote(std::string_view text) {
         } else if (printable(c)) {
             result += c;
         } else {
-            result += fmt::format("\\x{:02x}", static_cast<uint8_t>(c));
+            result += "\\x";
+            appendHex(c, &result);
         }
     }
-    return result += '"';
+    result += '"';
+    if (text.size() > kShownText) result += leftOut(text.size() - kShownText);
+    return result;
 }
 
 std::string shellWord(std::string_view text) {
@@ -51,19 +66,26 @@ std::string shellWord(std::string_view text) {
 
 std::string hexDigits(std::string_view bytes, std::string_view between) {
     std::string result;
-    for (const char c : bytes)
-        result += fmt::format("{}{:02x}", result.empty() ? "" : between, static_cast<uint8_t>(c));
+    for (const char c : bytes) {
+        if (!result.empty()) result += between;
+        appendHex(c, &result);
+    }
     return result;
 }
 
 std::string hexRuns(std::string_view bytes) {
     std::string result;
-    for (size_t at = 0; at < bytes.size(); ++at) {
-        if (bytes[at] == 0) continue;
-        if (at == 0 || bytes[at - 1] == 0) result += fmt::format("{}{}:", result.empty() ? "" : " ", at);
-        result += fmt::format("{:02x}", static_cast<uint8_t>(bytes[at]));
+    const std::string_view shown = bytes.substr(0, kShownArea);
+    for (size_t at = 0; at < shown.size(); ++at) {
+        if (shown[at] == 0) continue;
+        if (at == 0 || shown[at - 1] == 0) {
+            if (!result.empty()) result += ' ';
+            fmt::format_to(std::back_inserter(result), "{}:", at);
+        }
+        appendHex(shown[at], &result);
     }
-    return result;
+    if (bytes.size() == shown.size()) return result;
+    return result + (result.empty() ? "" : " ") + leftOut(bytes.size() - shown.size());
 }
 
 std::string errnoName(int error) {
@@ -72,20 +94,63 @@ std::string errnoName(int error) {
     return name != nullptr ? name : std::to_string(error);
 }
 
-Trace::~Trace() {
-    for (const auto &[path, file] : files_)
-        close(file);
+void LineQueue::put(std::string_view line) {
+    if (waiting_.size() >= kRoom) {
+        ++missing_;
+        ++*dropped_;
+        return;
+    }
+    sayMissing();
+    waiting_ += form_(line);
+    ++lines_;
 }
 
-int Trace::openFile(const std::string &path) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
-    if (file < 0) return errno;
-    const auto [known, fresh] = files_.try_emplace(path, file);
-    if (fresh) return 0;
+std::string LineQueue::take() {
+    // After the last line nothing else would say it.
+    if (waiting_.empty()) sayMissing();
+    return std::exchange(waiting_, {});
+}
+
+void LineQueue::sent() {
+    if (waiting_.empty()) lines_ = said_ = 0;
+}
+
+void LineQueue::drop() {
+    *dropped_ += lines_;
+    missing_ += lines_ + said_;
+    lines_ = said_ = 0;
+    waiting_.clear();
+}
+
+void LineQueue::sayMissing() {
+    if (missing_ == 0) return;
+    waiting_ += form_(fmt::format("trace dropped lines={}", missing_));
+    said_ += std::exchange(missing_, 0);
+}
+
+Trace::~Trace() {
+    for (const auto &[path, file] : files_)
+        close(file.descriptor);
+}
+
+std::optional<std::string> Trace::openFile(const std::string &path) {
+    // Whoever may put a link into the directory would otherwise choose which file is written; and a pipe must
+    // make nobody wait, neither here nor later.
+    const int descriptor = ::open(
+        path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY, 0666);
+    if (descriptor < 0) {
+        if (errno == ELOOP) return "it is a symbolic link; name the file itself";
+        if (errno == ENXIO) return "nobody reads from it; start its reader first";
+        return std::strerror(errno);
+    }
+    const auto form = [](std::string_view line) { return std::string(line) + '\n'; };
     // The file of that name may be another one by now.
-    close(known->second);
-    known->second = file;
-    return 0;
+    if (const auto known = files_.find(path); known != files_.end()) {
+        close(known->second.descriptor);
+        files_.erase(known);
+    }
+    files_.emplace(path, File{descriptor, LineQueue(form, dropped_.get())});
+    return std::nullopt;
 }
 
 std::vector<std::string> Trace::files() const {
@@ -96,17 +161,50 @@ std::vector<std::string> Trace::files() const {
 }
 
 void Trace::write(const std::string &line) {
-    // One write a line: lines of several daemons on one file do not mix, and none is lost with the process.
-    const std::string whole = line + '\n';
-    std::erase_if(files_, [&whole](const auto &entry) {
-        const auto &[path, file] = entry;
-        if (::write(file, whole.data(), whole.size()) == static_cast<ssize_t>(whole.size())) return false;
-        spdlog::warn("the trace {} cannot be written and ends here: {}", path, std::strerror(errno));
-        close(file);
-        return true;
-    });
+    for (auto &[path, file] : files_) {
+        file.queue.put(line);
+        if (!file.waiting) flush(path);
+    }
     for (const auto &[id, follower] : followers_)
         follower(line);
+}
+
+// One write a line: lines of several daemons on one file do not mix, and none is lost with the process.
+void Trace::flush(const std::string &path) {
+    const auto found = files_.find(path);
+    if (found == files_.end()) return;
+    File &file = found->second;
+    while (!file.queue.empty()) {
+        std::string text = file.queue.take();
+        if (file.midLine && file.failing) text.insert(0, 1, '\n');
+        const ssize_t written = ::write(file.descriptor, text.data(), text.size());
+        if (written == static_cast<ssize_t>(text.size())) {
+            file.failing = file.midLine = false;
+            file.queue.sent();
+            continue;
+        }
+        if (written > 0) file.midLine = true;
+        if (written > 0 || errno == EINTR || errno == EAGAIN) {
+            const bool full = written < 0 && errno == EAGAIN;
+            file.queue.putBack(text.substr(written > 0 ? static_cast<size_t>(written) : 0));
+            if (!full) continue;
+            return waitFor(path, file);
+        }
+        if (!file.failing) spdlog::warn("the trace {} takes no lines: {}", path, std::strerror(errno));
+        file.failing = true;
+        return file.queue.drop();
+    }
+}
+
+void Trace::waitFor(const std::string &path, File &file) {
+    if (!whenWritable_) return;
+    file.waiting = true;
+    whenWritable_(file.descriptor, [this, path] {
+        const auto found = files_.find(path);
+        if (found == files_.end()) return;
+        found->second.waiting = false;
+        flush(path);
+    });
 }
 
 uint64_t Trace::follow(Follower follower) {

@@ -4,11 +4,17 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace qvs::kernel {
+
+// So much is shown of a text and of an area; what is left out is said as "+N bytes".
+constexpr size_t kShownText = 64 << 10;
+constexpr size_t kShownArea = 256 << 10;
 
 // "text" with \n, \", \\ and \xHH.
 std::string quote(std::string_view text);
@@ -21,18 +27,56 @@ std::string hexRuns(std::string_view bytes);
 // "ENOENT"; 0 is "0".
 std::string errnoName(int error);
 
+// Lines on their way to a reader who takes his time. Those that find no room are counted, and a line says how
+// many there were.
+class LineQueue {
+  public:
+    using Form = std::string (*)(std::string_view line);
+
+    // How a line goes out, and where those are counted that do not.
+    LineQueue(Form form, uint64_t *dropped) : form_(form), dropped_(dropped) {}
+
+    void put(std::string_view line);
+    // What is to go out now. Then one of these: it did, this is left of it, or nothing goes out any more.
+    std::string take();
+    void sent();
+    void putBack(std::string rest) { waiting_ = std::move(rest); }
+    void drop();
+    bool empty() const { return waiting_.empty() && missing_ == 0; }
+
+  private:
+    static constexpr size_t kRoom = 1 << 20;
+
+    void sayMissing();
+
+    Form form_;
+    uint64_t *dropped_;
+    std::string waiting_;
+    uint64_t lines_ = 0;    // that wait or are on their way
+    uint64_t said_ = 0;     // missing ones that a line on its way tells of
+    uint64_t missing_ = 0;  // of which no line tells yet
+};
+
 class Trace {
   public:
     using Follower = std::function<void(std::string_view line)>;
+    // Calls `then` when the file takes more.
+    using WhenWritable = std::function<void(int file, std::function<void()> then)>;
 
     Trace() = default;
     ~Trace();
     Trace(const Trace &) = delete;
     Trace &operator=(const Trace &) = delete;
 
-    // Appends to this file, too, from now on; an error number when it cannot be opened.
-    int openFile(const std::string &path);
+    // How to wait for files that are not always writable; without it they are tried again with the next line.
+    void waitWith(WhenWritable whenWritable) { whenWritable_ = std::move(whenWritable); }
+
+    // Appends to this file, too, from now on; what is wrong when it cannot be opened.
+    std::optional<std::string> openFile(const std::string &path);
     std::vector<std::string> files() const;
+    // Lines that files and followers did not take.
+    uint64_t dropped() const { return *dropped_; }
+    uint64_t *droppedCounter() { return dropped_.get(); }
 
     // Nothing needs to be formatted while this is false.
     bool active() const { return !files_.empty() || !followers_.empty(); }
@@ -42,8 +86,21 @@ class Trace {
     void unfollow(uint64_t id) { followers_.erase(id); }
 
   private:
-    std::map<std::string, int> files_;  // descriptors by path
+    struct File {
+        int descriptor = -1;
+        LineQueue queue;
+        bool waiting = false;
+        bool failing = false;  // which the log says once
+        bool midLine = false;
+    };
+
+    void flush(const std::string &path);
+    void waitFor(const std::string &path, File &file);
+
+    std::unique_ptr<uint64_t> dropped_ = std::make_unique<uint64_t>(0);
+    std::map<std::string, File> files_;
     std::map<uint64_t, Follower> followers_;
+    WhenWritable whenWritable_;
     uint64_t nextFollower_ = 0;
 };
 
