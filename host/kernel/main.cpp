@@ -16,12 +16,15 @@
 #include <sstream>
 
 #include <fmt/format.h>
-#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/details/null_mutex.h>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/spdlog.h>
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include "kernel/server.h"
+#include "kernel/state_directory.h"
+#include "wire/escape.h"
 #include "wire/json.h"
 #include "wire/stream.h"
 
@@ -68,8 +71,7 @@ std::string reason() {
 // The lock that makes this the one daemon of the directory; its pid is inside for whoever comes second.
 int takeLock(const std::string &directory) {
     const std::string path = directory + "/lock";
-    const int lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    if (lock < 0) throw StartError(fmt::format("cannot write to {}: {}", directory, reason()));
+    const int lock = openOwnFile(path, O_RDWR);
     if (flock(lock, LOCK_EX | LOCK_NB) != 0) {
         std::string pid;
         std::ifstream(path) >> pid;
@@ -96,10 +98,14 @@ int listenOn(const std::string &path) {
     if (unlink(path.c_str()) != 0 && errno != ENOENT)
         throw StartError(fmt::format("cannot replace {}: {}", path, reason()));
     const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (listener < 0 || bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 ||
-        listen(listener, SOMAXCONN) != 0) {
+    const mode_t before = umask(0177);
+    const bool bound =
+        listener >= 0 && bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+    const std::string problem = reason();
+    umask(before);
+    if (!bound) throw StartError(fmt::format("cannot make {}: {}", path, problem));
+    if (listen(listener, SOMAXCONN) != 0)
         throw StartError(fmt::format("cannot listen on {}: {}", path, reason()));
-    }
     return listener;
 }
 
@@ -120,14 +126,37 @@ std::unique_ptr<Kernel> makeKernel(const Options &options) {
     kernel->store.limitTo(options.maxStateMib);
     if (!options.lab.empty()) applyLabFile(options.lab, *kernel);
     if (options.trace.empty()) return kernel;
-    if (const int error = kernel->trace.openFile(options.trace); error != 0)
-        throw StartError(fmt::format("cannot open the trace {}: {}", options.trace, std::strerror(error)));
+    if (const auto problem = kernel->trace.openFile(options.trace))
+        throw StartError(fmt::format("cannot open the trace {}: {}", options.trace, *problem));
     return kernel;
 }
 
-void openLog(const std::string &path) {
-    auto logger = spdlog::basic_logger_mt("hostd", path);
-    logger->set_pattern("%l %v");
+// A line is one line, whatever names are in it.
+class LogFile : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+  public:
+    explicit LogFile(int file) : file_(file) {}
+
+  protected:
+    void sink_it_(const spdlog::details::log_msg &message) override {
+        const auto level = spdlog::level::to_string_view(message.level);
+        const std::string line = fmt::format("{} {}\n", std::string_view(level.data(), level.size()),
+                                             wire::escaped({message.payload.data(), message.payload.size()}));
+        [[maybe_unused]] const ssize_t written = write(file_, line.data(), line.size());
+    }
+    void flush_() override {}
+
+  private:
+    int file_;
+};
+
+// The log is also standard output and standard error of a daemon that a launcher has started.
+void openLog(const std::string &path, bool isStarted) {
+    const int file = openOwnFile(path, O_WRONLY | O_APPEND);
+    if (isStarted) {
+        dup2(file, STDOUT_FILENO);
+        dup2(file, STDERR_FILENO);
+    }
+    auto logger = std::make_shared<spdlog::logger>("hostd", std::make_shared<LogFile>(file));
     logger->flush_on(spdlog::level::info);
     spdlog::set_default_logger(std::move(logger));
 }
@@ -147,35 +176,39 @@ void keepMemory() {
     mallopt(M_TRIM_THRESHOLD, 256 << 20);
 }
 
-// Tells the launcher how the start went: one 'R', or the message.
-void report(int descriptor, std::string_view text) {
-    if (descriptor < 0) return;
-    [[maybe_unused]] const ssize_t written = write(descriptor, text.data(), text.size());
+// Tells the launcher how the start went: one 'R', or the message. False when it is no longer there.
+bool report(int descriptor, std::string_view text) {
+    if (descriptor < 0) return true;
+    const ssize_t written = write(descriptor, text.data(), text.size());
     close(descriptor);
+    return written == static_cast<ssize_t>(text.size());
 }
 
 // Why there is no host: to who waits for one, or on standard error.
 void reportFailure(int descriptor, const std::exception &error) {
-    if (descriptor >= 0) return report(descriptor, error.what());
-    std::fputs((std::string("qvs-hostd: ") + error.what() + '\n').c_str(), stderr);
+    if (descriptor >= 0) {
+        report(descriptor, error.what());
+        return;
+    }
+    std::fputs(("qvs-hostd: " + wire::escaped(error.what()) + '\n').c_str(), stderr);
 }
 
-// A request that fails in a way nobody thought of costs its client the connection, not the others their host.
+// What fails beside all requests must not cost anybody the host.
 void serve(asio::io_context &io) {
     for (;;) {
         try {
             io.run();
             return;
         } catch (const std::exception &error) {
-            spdlog::error("a request failed: {}", error.what());
+            spdlog::error("the host failed: {}", error.what());
         }
     }
 }
 
 void run(const Options &options) {
-    std::filesystem::create_directories(options.directory);
+    prepareDirectory(options.directory);
     const int lock = takeLock(options.directory);
-    openLog(options.directory + "/log");
+    openLog(options.directory + "/log", options.readyDescriptor >= 0);
     const std::string socketPath = options.directory + "/socket";
     const int listener = listenOn(socketPath);
     std::unique_ptr<Kernel> whole;
@@ -195,8 +228,7 @@ void run(const Options &options) {
     });
     spdlog::info("serving {} as process {}: {} switches, {} ports", options.directory, getpid(),
                  kernel.model.switches().size(), kernel.model.portCount());
-    report(options.readyDescriptor, "R");
-    serve(io);
+    if (report(options.readyDescriptor, "R")) serve(io);
 
     spdlog::info("ending");
     unlink(socketPath.c_str());
@@ -223,6 +255,8 @@ int main(int argc, char **argv) {
     CLI11_PARSE(app, argc, argv);
 
     signal(SIGPIPE, SIG_IGN);
+    // What others may read here, they may never write.
+    umask(umask(0) | 022);
     raiseDescriptorLimit();
     keepMemory();
     try {

@@ -14,6 +14,8 @@
 #include <fmt/format.h>
 #include <sqlite3.h>
 
+#include "kernel/state_directory.h"
+
 namespace qvs::kernel {
 
 namespace {
@@ -125,6 +127,8 @@ std::string_view Row::bytes(int column) const {
 }
 
 Store::Store(const std::string &path) : path_(path) {
+    for (const char *end : {"", "-wal", "-shm", "-journal"})
+        requireOwnFile(path + end);
     if (!std::filesystem::exists(path)) create(path);
     if (access(path.c_str(), R_OK | W_OK) != 0)
         throw StoreError(fmt::format("cannot read and write {}: {}", path, std::strerror(errno)), false);

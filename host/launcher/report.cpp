@@ -7,6 +7,8 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "wire/escape.h"
+
 namespace qvs::launcher {
 
 namespace {
@@ -16,7 +18,7 @@ using nlohmann::json;
 std::string text(const json &value, const char *member) {
     const auto found = value.find(member);
     if (found == value.end() || found->is_null()) return "-";
-    return found->is_string() ? found->get<std::string>() : found->dump();
+    return found->is_string() ? wire::escaped(found->get<std::string>()) : found->dump();
 }
 
 // What a fault does, in the options that `fault add` has for it.
@@ -60,10 +62,28 @@ void printFaults(const json &faults) {
     }
 }
 
+void printJson(const json &value) {
+    // JSON escapes the first of the control characters itself, and these stand in its texts alone.
+    std::string text;
+    const std::string whole = value.dump(2);
+    for (size_t at = 0; at < whole.size(); ++at) {
+        const auto byte = static_cast<uint8_t>(whole[at]);
+        const bool upper = byte == 0xc2 && static_cast<uint8_t>(whole[at + 1]) < 0xa0;
+        if (byte != 0x7f && !upper) {
+            text += whole[at];
+            continue;
+        }
+        text += fmt::format("\\u{:04x}", upper ? static_cast<uint8_t>(whole[++at]) : byte);
+    }
+    fmt::print("{}\n", text);
+}
+
 void printStatus(const json &status) {
     std::string traces;
     for (const json &path : status["trace"])
-        traces += (traces.empty() ? "" : ", ") + path.get<std::string>();
+        traces += (traces.empty() ? "" : ", ") + wire::escaped(path.get<std::string>());
+    if (const auto dropped = status.value("traceDropped", 0u); dropped != 0)
+        traces += fmt::format("{}dropped lines {}", traces.empty() ? "-, " : ", ", dropped);
     fmt::print("pid {}, up {}, state {}\n", text(status, "pid"), duration(status.value("uptimeSeconds", 0u)),
                text(status, "state"));
     fmt::print(

@@ -5,6 +5,8 @@
 
 namespace qvs::launcher {
 
+// As it is, in lines, with no character that a terminal would obey.
+void printJson(const nlohmann::json &value);
 void printStatus(const nlohmann::json &status);
 void printFaults(const nlohmann::json &faults);
 

@@ -36,7 +36,8 @@ bool Client::connect(const char *path, int timeoutSeconds) {
 }
 
 bool Client::connectToHost(int timeoutSeconds) {
-    const char *path = std::getenv(kSocketVariable);
+    // A program with privileges of its own must not be led to a host of its caller's.
+    const char *path = secure_getenv(kSocketVariable);
     if (path == nullptr || *path == '\0') return fail(ENOENT);
     return connect(path, timeoutSeconds);
 }
