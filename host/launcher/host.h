@@ -3,10 +3,12 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <string>
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "launcher/error.h"
 #include "wire/client.h"
 
 namespace qvs::launcher {
@@ -20,8 +22,16 @@ struct HostOptions {
     bool isPrivate = false;  // the daemon removes the directory when it ends
 };
 
-// Starts a daemon and waits until it serves; its process. Throws when it does not.
-pid_t startDaemon(const std::string &program, const HostOptions &options);
+// How long the launcher waits for an answer: so many seconds as $QVS_HOST_TIMEOUT says, or 10.
+std::chrono::seconds answersWithin();
+// For a daemon to begin or to end, and for a lab to be applied.
+constexpr std::chrono::seconds kBeginsWithin{30};
+constexpr std::chrono::seconds kEndsWithin{30};
+constexpr std::chrono::seconds kChangesWithin{60};
+
+// Starts a daemon and waits until it serves; its process. Throws when it does not, or when another one serves
+// the directory. One that was killed just now does not count.
+pid_t startAlone(const std::string &program, const HostOptions &options);
 
 // The host of a directory while this object lives.
 class Host {
@@ -29,23 +39,31 @@ class Host {
     // Joins the daemon that serves the directory, or starts one that ends with its last lease.
     Host(const std::string &program, const HostOptions &options);
 
-    // Gives the lease back. When it was the last one, waits until the daemon is gone.
+    // Gives the lease back. When it was the last one, waits until the daemon is gone; a private one that does
+    // not go is killed.
     void leave();
 
   private:
     bool join();
-    // False when another daemon has the directory.
-    bool start(const std::string &program, const HostOptions &options);
 
     std::string socket_;
+    std::string who_;  // serves the directory, for messages
+    bool isPrivate_;
     wire::Client lease_;
     pid_t daemon_ = 0;  // when this process started it
 };
 
 // A control request at the given socket; the answer, after its "ok" was checked.
-nlohmann::json control(const std::string &socket, const nlohmann::json &request);
+nlohmann::json control(const std::string &socket, const nlohmann::json &request,
+                       std::chrono::seconds within = answersWithin());
 // Connects or throws with the remedy.
-void connectTo(wire::Client *client, const std::string &socket, int timeoutSeconds = wire::kTimeoutSeconds);
+void connectTo(wire::Client *client, const std::string &socket);
+// From now on each wait of the client ends after so long; 0 is never.
+void waitAtMost(const wire::Client &client, std::chrono::seconds within);
+// " (process 123)", or nothing where that cannot be known.
+std::string processBehind(const wire::Client &client);
+// What to say of a host after a call failed.
+Error noAnswer(const std::string &socket, const std::string &who);
 // A file that holds JSON, such as a lab.
 nlohmann::json readJson(const std::string &path);
 

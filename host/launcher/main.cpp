@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -26,6 +27,7 @@ namespace qvs::launcher {
 
 namespace {
 
+using namespace std::chrono_literals;
 using nlohmann::json;
 
 std::string absolute(const std::string &path) {
@@ -61,7 +63,7 @@ std::string socketOf(const std::string &directory) {
 }
 
 int start(const HostOptions &options) {
-    const pid_t daemon = startDaemon(findLayout().daemon, options);
+    const pid_t daemon = startAlone(findLayout().daemon, options);
     fmt::print("serving {} (pid {})\n", options.directory, daemon);
     return 0;
 }
@@ -69,20 +71,22 @@ int start(const HostOptions &options) {
 int stop(const std::string &socket) {
     wire::Client client;
     connectTo(&client, socket);
+    const std::string who = processBehind(client);
     wire::Writer message(wire::Kind::Control);
     message.text(R"({"op":"stop"})");
     std::string payload;
-    if (!client.call(message, &payload)) throw Error("the host did not answer");
+    if (!client.call(message, &payload)) throw noAnswer(socket, who);
     // The connection lasts as long as the daemon does.
+    waitAtMost(client, kEndsWithin);
     client.receive(wire::Kind::Reply, &payload);
-    if (errno == ETIMEDOUT) throw Error(fmt::format("the host at {} does not end", socket));
+    if (errno == ETIMEDOUT) throw Error(fmt::format("the host at {}{} does not end", socket, who));
     return 0;
 }
 
 int status(const std::string &socket, bool asJson) {
     const json answer = control(socket, {{"op", "status"}});
     if (asJson) {
-        fmt::print("{}\n", answer.dump(2));
+        printJson(answer);
     } else {
         printStatus(answer);
     }
@@ -91,10 +95,13 @@ int status(const std::string &socket, bool asJson) {
 
 int followTrace(const std::string &socket) {
     wire::Client client;
-    connectTo(&client, socket, 0);
+    connectTo(&client, socket);
+    const std::string who = processBehind(client);
     wire::Writer message(wire::Kind::TraceFollow);
     std::string payload;
-    if (!client.call(message, &payload)) throw Error("the host did not answer");
+    if (!client.call(message, &payload)) throw noAnswer(socket, who);
+    // The next request may be long in coming.
+    waitAtMost(client, 0s);
     while (client.receive(wire::Kind::TraceLine, &payload)) {
         const std::string_view line = wire::Reader(payload).text();
         fmt::print("{}\n", line);
@@ -131,7 +138,7 @@ class CommandLine {
                         kExitUsage);
         } catch (const CLI::ParseError &error) {
             if (error.get_exit_code() == 0) return app_.exit(error);
-            throw Error(fmt::format("{}\nTry \"qvs-host --help\".", error.what()), kExitUsage);
+            throw Error(error.what(), kExitUsage, "Try \"qvs-host --help\".");
         }
         return action_();
     }
@@ -195,7 +202,7 @@ class CommandLine {
         addManaged(group, "list", "List the faults", [this](const std::string &socket) {
             const json faults = control(socket, {{"op", "fault.list"}})["faults"];
             if (asJson_) {
-                fmt::print("{}\n", faults.dump(2));
+                printJson(faults);
             } else {
                 printFaults(faults);
             }
@@ -233,6 +240,7 @@ int main(int argc, char **argv) {
         return exitCode;
     } catch (const Error &error) {
         complain("{}", error.what());
+        if (!error.hint().empty()) std::fputs((error.hint() + '\n').c_str(), stderr);
         return error.exitCode();
     } catch (const std::exception &error) {
         complain("{}", error.what());

@@ -69,6 +69,18 @@ class Signals {
         sigprocmask(SIG_SETMASK, &original_, nullptr);
     }
 
+    // Without the command they are meant for the launcher again, and end what it then waits for.
+    ~Signals() {
+        forwardTo = 0;
+        for (const int signal : kFromTerminal)
+            restore(signal);
+        for (const int signal : kForwarded)
+            restore(signal);
+        sigprocmask(SIG_SETMASK, &original_, nullptr);
+    }
+    Signals(const Signals &) = delete;
+    Signals &operator=(const Signals &) = delete;
+
   private:
     void set(int signal, void (*handler)(int)) {
         struct sigaction before {};
@@ -78,6 +90,10 @@ class Signals {
         action.sa_handler = handler;
         sigaction(signal, &action, nullptr);
         sigaddset(&defaults_, signal);
+    }
+
+    void restore(int signal) const {
+        if (sigismember(&defaults_, signal) == 1) ::signal(signal, SIG_DFL);
     }
 
     sigset_t original_;
@@ -120,7 +136,6 @@ int runChild(const std::vector<std::string> &command) {
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
-    forwardTo = 0;
     return WIFSIGNALED(status) ? kSignalled + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
