@@ -167,6 +167,12 @@ def trace_pipe():
         assert all(line.startswith((b"shell treesh -e ls ", b"trace dropped lines="))
                    for line in lines.rpartition(b"\n")[0].splitlines()), "lines are mixed"
     os.close(reader)
+    with host("--trace", "/dev/full"):
+        for dropped in (1, 2):
+            shell(Client("state"), "-e", "ls", "/net")
+            assert f"dropped lines {dropped}\n" in qvs_host("status", "--state", "state").stdout
+    log = pathlib.Path("state/log").read_text()
+    assert log.count("warning the trace /dev/full takes no lines: No space left on device") == 1, log
     os.symlink("elsewhere", "link")
     result = qvs_host("start", "--state", "state", "--trace", "link")
     assert result.returncode == 125 and "symbolic link" in result.stderr and not os.path.exists("elsewhere"), result
