@@ -11,7 +11,7 @@
 #include "qvs/netdvs.h"
 
 // An addition to the platform's interface: a state library without it must not keep this one from being
-// loaded.
+// loaded. NOLINTNEXTLINE(readability-redundant-declaration): it is this one that makes the reference weak
 extern "C" __attribute__((weak)) uint32_t DVS_PortState(const DVSPort *port);
 
 namespace qvs {

@@ -1,6 +1,7 @@
 // What single requests leave behind and print when they fail, or when the kernel answers nonsense.
 #include <qvs/bfd.h>
 #include <qvs/discovery.h>
+#include <qvs/dvs.h>
 #include <qvs/healthcheck.h>
 #include <qvs/ipfixhyp.h>
 #include <qvs/kcp.h>
@@ -99,8 +100,8 @@ TEST_F(SingleFailures, BuffersOfTheCaller) {
 
 // The same for what is read from the state library.
 TEST_F(SingleFailures, RecordsOfTheCaller) {
-    constexpr char kGlobal[] = "state GlobalPropGet", kHost[] = "state HostPropGet",
-                   kPort[] = "state PortDataGet";
+    static constexpr char kGlobal[] = "state GlobalPropGet", kHost[] = "state HostPropGet",
+                          kPort[] = "state PortDataGet";
     static constexpr auto kByte = [](void *b) { return static_cast<uint8_t *>(b); };
     static constexpr auto kWord = [](void *b) { return static_cast<uint32_t *>(b); };
     static constexpr auto kText = [](void *b) { return static_cast<char *>(b); };
@@ -145,7 +146,7 @@ TEST_F(SingleFailures, RecordsOfTheCaller) {
          }},
         {"DvPortIDToPortID", kPort, 0, [](void *b) { return VSDVS_DvPortIDToPortID(kSw, kP, kWord(b)); }},
     };
-    static alignas(8) char buffer[4096];
+    alignas(8) static char buffer[4096];
     for (const auto &[name, step, cleared, call] : kRows) {
         SCOPED_TRACE(name);
         std::memset(buffer, 0xee, sizeof buffer);
