@@ -14,7 +14,7 @@ if os.environ["QVS_SANITIZED"]:
     sys.exit(77)  # Python loads libqvs
 SOURCE, BIN = os.environ["QVS_SOURCE"], os.environ["QVS_BIN"]
 LAYOUT = json.load(open(BIN + "/../share/qvs/layouts/emulated.json", encoding="utf-8"))
-NUMBERS = "".join((number << 40 | number).to_bytes(8, "little").hex() for number in range(1, 17))
+NUMBERS = "".join((number * 257).to_bytes(8, "little").hex() for number in range(1, 17))
 # Of the SPF commands all but the first are refused, and counted.
 SETUP = f"""
 port vlan set tenants vm2 --id 77 | port security set tenants vm2 --mac-change deny | int set 010203040506
@@ -88,6 +88,8 @@ def read(fields, base, path, near, shown, taken, data):
             assert at + room <= len(data) and not any(taken[at:at + room]), f"{name} at {at} overlaps another field"
             taken[at:at + room] = b"\1" * room
             shown[name] = near[field["name"]] = scalar(field, data[at:at + min(used, room)], kind)
+            # None counts that far here; at a wrong offset it has zeros below or bytes of the next one on top.
+            assert "counter" not in field or shown[name] < 1 << 16, f"{name} is {shown[name]}"
             at += room
         end = max(end, at)
     return end
@@ -101,7 +103,7 @@ def decode(record, data, header, given):
         at = LAYOUT["lists"][header]["size"]
     for i in range(shown.get("count", 1)):
         end = read(fields, at, f"{i}." if header else "", given, shown, taken, data)
-        at = end if "tail" in record else at + record["size"]
+        at = max(at + record["size"], end if "tail" in record else 0)
     assert at == len(data), f"{at} bytes are described, {len(data)} came"
     loose = [offset for offset, byte in enumerate(data) if byte and not taken[offset]]
     assert not loose, f"no field holds the bytes at {loose[:8]}"
@@ -127,7 +129,8 @@ def check(row, other):
 
 def main():
     for command in SETUP.strip().replace("\n", " | ").split(" | "):
-        subprocess.run(["qvs", *command.split()], check="spf" not in command, stdout=subprocess.DEVNULL)
+        silent = subprocess.PIPE if "spf" in command else None
+        subprocess.run(["qvs", *command.split()], check=not silent, stdout=subprocess.DEVNULL, stderr=silent)
     other = {(name, "qvs " + way["command"]): False for name in LAYOUT["records"] for way in
              LAYOUT["records"][name]["commands"]}
     wrong = []
