@@ -139,6 +139,8 @@ void Connection::handle(Kind kind, const std::string &payload) {
             return serveFollow();
         case Kind::Lease:
             return serveLease();
+        case Kind::Ping:
+            return send(wire::Writer(Kind::Reply));
         default:
             return drop(fmt::format("a message of kind {}", static_cast<uint32_t>(kind)));
     }
@@ -232,6 +234,7 @@ void Connection::underFaults(const std::string &line, std::function<void(const E
         begin(effect);
         return perform(effect);
     }
+    announceDelay(effect.delayMs);
     timer_.expires_after(std::chrono::milliseconds(effect.delayMs));
     timer_.async_wait(
         [self = shared_from_this(), effect, perform = std::move(perform)](const asio::error_code &error) {
@@ -241,6 +244,14 @@ void Connection::underFaults(const std::string &line, std::function<void(const E
                 perform(effect);
             });
         });
+}
+
+// Clients give up on a host that hangs, but not on one that was asked to be slow. Who waits for an answer has
+// room for so short a message; who has gone must not keep the request from being carried out.
+void Connection::announceDelay(uint32_t milliseconds) {
+    wire::Writer message(Kind::Delay);
+    const std::string_view bytes = message.u32(milliseconds).bytes();
+    ::send(socket_.native_handle(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
 }
 
 void Connection::begin(const Effect &effect) {

@@ -54,6 +54,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     // Runs `perform` with what fault injection has in mind for the request that `line` describes.
     void underFaults(const std::string &line, std::function<void(const Effect &)> perform);
+    void announceDelay(uint32_t milliseconds);
     void begin(const Effect &effect);
     // To be called when the request was carried out: the moment to die for a fault that says so.
     void carriedOut(const Effect &effect);

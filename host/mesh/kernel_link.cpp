@@ -12,6 +12,7 @@
 
 #include "mesh/block.h"
 #include "wire/client.h"
+#include "wire/silence.h"
 
 namespace qvs::mesh {
 namespace {
@@ -26,6 +27,14 @@ struct Link {
     ino_t inode = 0;
 };
 constinit Link link;
+
+// The interposer's in a program that has one, so that a host that hangs is waited for once.
+extern "C" [[gnu::weak]] wire::Silence qvsHostSilence;
+constinit wire::Silence ownSilence;
+
+wire::Silence &silence() {
+    return &qvsHostSilence != nullptr ? qvsHostSilence : ownSilence;
+}
 
 // A thread that holds the mutex while another forks does not exist in the child.
 void forgetLockInChild() {
@@ -67,6 +76,7 @@ bool send(wire::Writer &message) {
         pthread_atfork(nullptr, nullptr, forgetLockInChild);
     }
     dropWhatIsNotOurs();
+    link.client->setTimeout(wire::hostTimeout());
     const bool kept = link.client->connected();
     if (!kept && !connect()) return false;
     if (link.client->send(message)) return true;
@@ -76,8 +86,30 @@ bool send(wire::Writer &message) {
 }
 
 HYP_ReturnStatus lost() {
-    if (errno == ETIMEDOUT) return kTimeout;
-    return errno == EPROTO ? HYP_FAILURE : kNoConnection;
+    switch (errno) {
+        case ETIMEDOUT:
+            if (const char *path = wire::hostSocket(); path != nullptr) silence().begin(path);
+            return kTimeout;
+        case EACCES:
+            return kNoAccess;
+        case EPERM:
+            return kNotPermitted;
+        case EMFILE:
+        case ENFILE:
+            return kNoDescriptor;
+        case ENOMEM:
+        case ENOBUFS:
+            return HYP_NO_MEMORY;
+        case EPROTO:
+            return HYP_FAILURE;
+        default:
+            return kNoConnection;
+    }
+}
+
+bool hostIsSilent() {
+    const char *path = wire::hostSocket();
+    return path != nullptr && silence().lasts(path);
 }
 
 HYP_ReturnStatus broken() {
@@ -131,6 +163,7 @@ HYP_ReturnStatus exchange(wire::Writer &message, void **bytes, uint32_t *length)
     const std::lock_guard<std::mutex> lock(link.mutex);
     uint32_t rest = 0;
     HYP_ReturnStatus status = HYP_OK;
+    if (hostIsSilent()) return kTimeout;
     if (!send(message) || !link.client->receiveHead(wire::Kind::Reply, &rest)) return lost();
     if (rest < sizeof status) return broken();
     if (!link.client->receiveBytes(&status, sizeof status)) return lost();

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/mman.h>
+#include <sys/random.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -14,9 +15,15 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <iterator>
 
 #include "wire/protocol.h"
+#include "wire/silence.h"
 #include "wire/stream.h"
+
+#pragma GCC visibility push(default)
+constinit qvs::wire::Silence qvsHostSilence;
+#pragma GCC visibility pop
 
 namespace qvs::preload {
 namespace {
@@ -91,9 +98,18 @@ int fail(int reason) {
     return -1;
 }
 
-// What a program sees when the kernel vanishes under it.
+// What a program sees when the kernel vanishes under it, does not answer or cannot be reached by it.
 int failLost() {
-    return fail(errno == ETIMEDOUT ? ETIMEDOUT : EIO);
+    switch (errno) {
+        case ETIMEDOUT:
+        case EACCES:
+        case EPERM:
+        case EMFILE:
+        case ENFILE:
+            return -1;
+        default:
+            return fail(EIO);
+    }
 }
 
 // The kernel names the program's memory by number.
@@ -172,11 +188,25 @@ bool serveCopyOut(int descriptor, uint32_t payload) {
     return sendCopied(descriptor, error, nullptr, 0);
 }
 
+// The next message but for what says that it will come late.
+bool receiveHead(int descriptor, Head *head, wire::LongerWait *wait) {
+    for (;;) {
+        if (!receiveAll(descriptor, head, sizeof *head)) return false;
+        if (head->kind != static_cast<uint32_t>(Kind::Delay)) return true;
+        uint32_t milliseconds = 0;
+        if (head->length != sizeof milliseconds ||
+            !receiveAll(descriptor, &milliseconds, sizeof milliseconds))
+            return false;
+        wait->extend(milliseconds);
+    }
+}
+
 // Serves the kernel's copies until it answers. False when it is gone or talks nonsense.
 bool converse(int descriptor, int *result, int *error) {
+    wire::LongerWait wait(&descriptor);
     for (;;) {
         Head head;
-        if (!receiveAll(descriptor, &head, sizeof head)) return false;
+        if (!receiveHead(descriptor, &head, &wait)) return false;
         bool good = false;
         switch (static_cast<Kind>(head.kind)) {
             case Kind::CopyIn:
@@ -200,39 +230,81 @@ bool converse(int descriptor, int *result, int *error) {
     }
 }
 
-const char *hostSocket() {
-    const char *path = getenv(wire::kSocketVariable);
-    return path == nullptr || *path == '\0' ? nullptr : path;
+// Which program in which process this is.
+std::atomic<uint64_t> known;
+
+// The process's number changes with a fork, the rest with the program.
+uint64_t thisProgram() {
+    const auto process = static_cast<uint64_t>(getpid());
+    uint64_t program = known.load(std::memory_order_relaxed);
+    while (program >> 32 != process) {
+        uint32_t random = 0;
+        if (getrandom(&random, sizeof random, GRND_NONBLOCK) != sizeof random) {
+            timespec now;
+            clock_gettime(CLOCK_MONOTONIC, &now);
+            random = static_cast<uint32_t>(now.tv_nsec);
+        }
+        const uint64_t made = process << 32 | random;
+        if (known.compare_exchange_weak(program, made, std::memory_order_relaxed)) program = made;
+    }
+    return program;
 }
 
 // The connection gets a name of its own in the abstract namespace. By its beginning it is known for a device
 // wherever it is inherited or passed to, whatever the environment there and however the daemon's path is
-// spelled.
+// spelled; by the rest, which device it is and whose.
 constexpr char kDeviceMark[11] = {'\0', 'q', 'v', 's', '-', 'd', 'e', 'v', 'i', 'c', 'e'};
 
 struct DeviceName {
     sa_family_t family = AF_UNIX;
     char mark[sizeof kDeviceMark];
-    char number[17];  // so that every name is another one
+    char device;
+    char program[16];  // that speaks on this connection, and nobody else does
+    char number[16];   // so that every name is another one
 };
 
-bool nameDevice(int connection) {
+void spell(char (&letters)[16], uint64_t number) {
+    for (char &letter : letters) {
+        letter = static_cast<char>('a' + number % 16);
+        number /= 16;
+    }
+}
+
+bool nameDevice(int connection, int device) {
     static std::atomic<uint64_t> counter;
     DeviceName name;
     memcpy(name.mark, kDeviceMark, sizeof kDeviceMark);
+    name.device = static_cast<char>('0' + device);
+    spell(name.program, thisProgram());
     for (int attempts = 0; attempts < 100; ++attempts) {
         timespec now;
         clock_gettime(CLOCK_MONOTONIC, &now);
-        uint64_t number = counter.fetch_add(1, std::memory_order_relaxed) << 52 ^
-                          static_cast<uint64_t>(getpid()) << 32 ^ static_cast<uint64_t>(now.tv_nsec);
-        for (char &digit : name.number) {
-            digit = static_cast<char>('a' + number % 16);
-            number /= 16;
-        }
+        spell(name.number,
+              counter.fetch_add(1, std::memory_order_relaxed) << 32 ^ static_cast<uint64_t>(now.tv_nsec));
         if (bind(connection, reinterpret_cast<const sockaddr *>(&name), sizeof name) == 0) return true;
         if (errno != EADDRINUSE) return false;
     }
     return false;
+}
+
+// False for what is no device of ours. Leaves errno alone.
+bool readName(int descriptor, DeviceName *name) {
+    const int savedErrno = errno;
+    sockaddr_un own;
+    socklen_t length = sizeof own;
+    const bool named = getsockname(descriptor, reinterpret_cast<sockaddr *>(&own), &length) == 0;
+    errno = savedErrno;
+    if (!named || length != sizeof *name || own.sun_family != AF_UNIX) return false;
+    memcpy(static_cast<void *>(name), &own, sizeof *name);
+    const int device = name->device - '0';
+    return memcmp(name->mark, kDeviceMark, sizeof kDeviceMark) == 0 && device >= 0 &&
+           device < static_cast<int>(std::size(wire::kDevicePaths));
+}
+
+bool belongsHere(const DeviceName &name) {
+    char here[sizeof name.program];
+    spell(here, thisProgram());
+    return memcmp(here, name.program, sizeof here) == 0;
 }
 
 bool sendOpen(int connection, const char *path) {
@@ -245,55 +317,108 @@ bool sendOpen(int connection, const char *path) {
     return sendAll(connection, parts, 2);
 }
 
-// The kernel's errno, or EIO when there is no sensible answer.
-int receiveOpened(int connection) {
-    struct {
-        Head head;
-        uint32_t error;
-    } reply;
-    if (!receiveAll(connection, &reply, sizeof reply)) return EIO;
-    if (reply.head.kind != static_cast<uint32_t>(Kind::Reply) || reply.head.length != 4) return EIO;
-    return static_cast<int>(reply.error);
+// False when there is no sensible answer, with ETIMEDOUT when there is none in time.
+bool receiveOpened(int connection, uint32_t *error) {
+    Head head;
+    wire::LongerWait wait(&connection);
+    if (!receiveHead(connection, &head, &wait)) return false;
+    if (head.kind == static_cast<uint32_t>(Kind::Reply) && head.length == sizeof *error) {
+        return receiveAll(connection, error, sizeof *error);
+    }
+    errno = EPROTO;
+    return false;
+}
+
+// A connection on which the daemon at `socket` has opened the device, or -1.
+int connectDevice(const char *socket, int device, int flags) {
+    if (qvsHostSilence.lasts(socket)) return fail(ETIMEDOUT);
+    const int connection = wire::connectTo(socket, flags, wire::hostTimeout());
+    if (connection < 0) {
+        if (errno == ETIMEDOUT) qvsHostSilence.begin(socket);
+        // Nobody listens: to the program, a machine without this device.
+        const bool nobody = errno == ECONNREFUSED || errno == ENAMETOOLONG || errno == ENOTDIR;
+        return nobody ? fail(ENOENT) : -1;
+    }
+    uint32_t error = 0;
+    const bool answered = nameDevice(connection, device) &&
+                          sendOpen(connection, wire::kDevicePaths[device]) &&
+                          receiveOpened(connection, &error);
+    if (answered && error == 0) return connection;
+    const int reason = answered ? static_cast<int>(error) : errno == ETIMEDOUT ? ETIMEDOUT : EIO;
+    close(connection);
+    if (!answered && reason == ETIMEDOUT) qvsHostSilence.begin(socket);
+    return fail(reason);
+}
+
+// The daemon that a connection leads to, whatever the environment says by now.
+bool daemonOf(int connection, sockaddr_un *daemon, const char **path) {
+    memset(daemon, 0, sizeof *daemon);
+    socklen_t length = sizeof *daemon;
+    if (getpeername(connection, reinterpret_cast<sockaddr *>(daemon), &length) != 0 ||
+        daemon->sun_path[0] != '/' || daemon->sun_path[sizeof daemon->sun_path - 1] != '\0') {
+        return false;
+    }
+    *path = daemon->sun_path;
+    return true;
+}
+
+// Two programs that share a descriptor would mix their dialogues on one connection. The daemon keeps nothing
+// for an open device but which one it is, so whoever did not open it gets a connection of its own under the
+// same number.
+bool separate(int descriptor, const DeviceName &name) {
+    sockaddr_un daemon;
+    const char *path = nullptr;
+    if (!daemonOf(descriptor, &daemon, &path)) return false;
+    const int own = connectDevice(path, name.device - '0', SOCK_CLOEXEC);
+    if (own < 0) return false;
+    const int onExec = fcntl(descriptor, F_GETFD) & FD_CLOEXEC;
+    fcntl(own, F_SETFL, fcntl(descriptor, F_GETFL));
+    const bool moved = dup3(own, descriptor, onExec != 0 ? O_CLOEXEC : 0) >= 0;
+    close(own);
+    return moved;
+}
+
+int indexOf(const char *path) {
+    // Nearly every path is dismissed by its second letter.
+    if (path == nullptr || path[0] != '/' || (path[1] != 'd' && path[1] != 'c')) return -1;
+    int device = 0;
+    for (const char *candidate : wire::kDevicePaths) {
+        if (strcmp(path, candidate) == 0) return device;
+        ++device;
+    }
+    return -1;
 }
 
 }  // namespace
 
-bool isDevicePath(const char *path) {
-    // Nearly every path is dismissed by its second letter.
-    if (path == nullptr || path[0] != '/' || (path[1] != 'd' && path[1] != 'c')) return false;
-    for (const char *device : wire::kDevicePaths) {
-        if (strcmp(path, device) == 0) return hostSocket() != nullptr;
-    }
-    return false;
+int deviceOf(const char *path) {
+    const int device = indexOf(path);
+    return device >= 0 && wire::hostSocket() != nullptr ? device : -1;
 }
 
-int openDevice(const char *path, int flags) {
-    const int savedErrno = errno;
-    const int connection = wire::connectTo(hostSocket(), (flags & O_CLOEXEC) != 0 ? SOCK_CLOEXEC : 0);
-    if (connection < 0) {
-        // Nobody listens: to the program, a machine without this device.
-        return errno == ECONNREFUSED || errno == ENAMETOOLONG ? fail(ENOENT) : -1;
-    }
-    const bool asked = nameDevice(connection) && sendOpen(connection, path);
-    const int error = asked ? receiveOpened(connection) : EIO;
-    if (error == 0) return finish(connection, savedErrno);
-    close(connection);
-    return fail(error);
+int deviceOf(int descriptor) {
+    DeviceName name;
+    return readName(descriptor, &name) ? name.device - '0' : -1;
 }
 
-bool isDevice(int descriptor) {
+int openDevice(int device, int flags) {
     const int savedErrno = errno;
-    sockaddr_un own;
-    socklen_t length = sizeof own;
-    const bool named = getsockname(descriptor, reinterpret_cast<sockaddr *>(&own), &length) == 0;
-    errno = savedErrno;
-    return named && length == sizeof(DeviceName) && own.sun_family == AF_UNIX &&
-           memcmp(own.sun_path, kDeviceMark, sizeof kDeviceMark) == 0;
+    const int connection =
+        connectDevice(wire::hostSocket(), device, (flags & O_CLOEXEC) != 0 ? SOCK_CLOEXEC : 0);
+    return finish(connection, savedErrno);
 }
 
 int controlDevice(int descriptor, unsigned long request, uint64_t argument) {
     const int savedErrno = errno;
     const Turn turn(descriptor);
+    DeviceName name;
+    sockaddr_un daemon;
+    const char *path = nullptr;
+    if (!readName(descriptor, &name)) return fail(EBADF);
+    if (qvsHostSilence.begun() && daemonOf(descriptor, &daemon, &path) && qvsHostSilence.lasts(path)) {
+        return fail(ETIMEDOUT);
+    }
+    if (!belongsHere(name) && !separate(descriptor, name)) return failLost();
     struct __attribute__((packed)) {
         uint32_t request;
         uint64_t argument;
@@ -303,8 +428,9 @@ int controlDevice(int descriptor, unsigned long request, uint64_t argument) {
     int result = -1;
     int error = 0;
     if (!sendAll(descriptor, parts, 2) || !converse(descriptor, &result, &error)) {
-        // Half a dialogue must not be taken for the next one's beginning.
         const int reason = errno;
+        if (reason == ETIMEDOUT && daemonOf(descriptor, &daemon, &path)) qvsHostSilence.begin(path);
+        // Half a dialogue must not be taken for the next one's beginning.
         shutdown(descriptor, SHUT_RDWR);
         errno = reason;
         return failLost();

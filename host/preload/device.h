@@ -5,13 +5,15 @@
 
 namespace qvs::preload {
 
-// True when this process has a host and `path` is one of its devices.
-bool isDevicePath(const char *path);
-// A descriptor, or -1 with errno as open leaves it. Of `flags` only O_CLOEXEC means anything here.
-int openDevice(const char *path, int flags);
+// Which of the host's devices a path names, in a process that has a host, or which one a descriptor is that
+// came from openDevice, in this process or in one that it was inherited from: an index of wire::kDevicePaths,
+// -1 for anything else.
+int deviceOf(const char *path);
+int deviceOf(int descriptor);
 
-// True when the descriptor came from openDevice, in this process or in one that it was inherited from.
-bool isDevice(int descriptor);
+// A descriptor, or -1 with errno as open leaves it: ENOENT when there is no host, ETIMEDOUT when it does not
+// answer, else what keeps this process from it. Of `flags` only O_CLOEXEC means anything here.
+int openDevice(int device, int flags);
 int controlDevice(int descriptor, unsigned long request, uint64_t argument);
 
 }  // namespace qvs::preload

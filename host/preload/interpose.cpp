@@ -1,6 +1,5 @@
 // The functions of the C library that the interposer stands in for. Each does its own work for the host's
 // devices and for its shell, and passes everything else to the next library's function of that name.
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/ioctl.h>
@@ -10,7 +9,8 @@
 #include <cstring>
 
 #include "preload/device.h"
-#include "wire/protocol.h"
+#include "preload/environment.h"
+#include "preload/next.h"
 
 namespace {
 
@@ -39,13 +39,9 @@ struct Next {
 Next found;
 std::atomic<bool> searched;
 
-template <typename Function>
-void find(Function *&function, const char *name) {
-    function = reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
 // At load, or at the first call from a library that is initialised earlier; racing threads find the same.
 __attribute__((constructor)) void findAll() {
+    using qvs::preload::find;
     find(found.open, "open");
     find(found.open64, "open64");
     find(found.openat, "openat");
@@ -67,13 +63,6 @@ __attribute__((constructor)) void findAll() {
 const Next &next() {
     if (!searched.load(std::memory_order_acquire)) findAll();
     return found;
-}
-
-// The shell lives under a fixed name that this machine does not have.
-const char *program(const char *path) {
-    if (path == nullptr || strcmp(path, "/bin/treesh") != 0) return path;
-    const char *shell = getenv(qvs::wire::kTreeshVariable);
-    return shell == nullptr || *shell == '\0' ? path : shell;
 }
 
 // Requests that the kernel serves itself for every descriptor, before any device sees them.
@@ -107,76 +96,93 @@ SpawnFunction interposedSpawnp __asm__("posix_spawnp");
 #pragma GCC visibility pop
 
 using qvs::preload::controlDevice;
-using qvs::preload::isDevice;
-using qvs::preload::isDevicePath;
+using qvs::preload::deviceOf;
 using qvs::preload::openDevice;
+using qvs::preload::program;
+using qvs::preload::startWith;
 
 int interposedOpen(const char *path, int flags, mode_t mode) {
-    if (isDevicePath(path)) return openDevice(path, flags);
+    if (const int device = deviceOf(path); device >= 0) return openDevice(device, flags);
     return next().open(path, flags, mode);
 }
 
 int interposedOpen64(const char *path, int flags, mode_t mode) {
-    if (isDevicePath(path)) return openDevice(path, flags);
+    if (const int device = deviceOf(path); device >= 0) return openDevice(device, flags);
     return next().open64(path, flags, mode);
 }
 
 // A device path is absolute, so the directory does not matter.
 int interposedOpenat(int directory, const char *path, int flags, mode_t mode) {
-    if (isDevicePath(path)) return openDevice(path, flags);
+    if (const int device = deviceOf(path); device >= 0) return openDevice(device, flags);
     return next().openat(directory, path, flags, mode);
 }
 
 int interposedOpenat64(int directory, const char *path, int flags, mode_t mode) {
-    if (isDevicePath(path)) return openDevice(path, flags);
+    if (const int device = deviceOf(path); device >= 0) return openDevice(device, flags);
     return next().openat64(directory, path, flags, mode);
 }
 
 // What programs call that were compiled with buffer checks.
 int interposedOpen2(const char *path, int flags) {
-    return isDevicePath(path) ? openDevice(path, flags) : next().open2(path, flags);
+    if (const int device = deviceOf(path); device >= 0) return openDevice(device, flags);
+    return next().open2(path, flags);
 }
 
 int interposedOpen642(const char *path, int flags) {
-    return isDevicePath(path) ? openDevice(path, flags) : next().open642(path, flags);
+    if (const int device = deviceOf(path); device >= 0) return openDevice(device, flags);
+    return next().open642(path, flags);
 }
 
 int interposedOpenat2(int directory, const char *path, int flags) {
-    return isDevicePath(path) ? openDevice(path, flags) : next().openat2(directory, path, flags);
+    if (const int device = deviceOf(path); device >= 0) return openDevice(device, flags);
+    return next().openat2(directory, path, flags);
 }
 
 int interposedOpenat642(int directory, const char *path, int flags) {
-    return isDevicePath(path) ? openDevice(path, flags) : next().openat642(directory, path, flags);
+    if (const int device = deviceOf(path); device >= 0) return openDevice(device, flags);
+    return next().openat642(directory, path, flags);
 }
 
 int interposedIoctl(int descriptor, unsigned long request, void *argument) {
-    if (concernsDescriptor(request) || !isDevice(descriptor))
+    if (concernsDescriptor(request) || deviceOf(descriptor) < 0)
         return next().ioctl(descriptor, request, argument);
     return controlDevice(descriptor, request, reinterpret_cast<uint64_t>(argument));
 }
 
 int interposedExecve(const char *path, Arguments arguments, Arguments environment) {
-    return next().execve(program(path), arguments, environment);
+    return startWith(environment, path,
+                     [&](char *const *given) { return next().execve(program(path), arguments, given); });
 }
 
 int interposedExecv(const char *path, Arguments arguments) {
-    return next().execv(program(path), arguments);
+    return startWith(environ, path, [&](char *const *given) {
+        return given == environ ? next().execv(program(path), arguments)
+                                : next().execve(program(path), arguments, given);
+    });
 }
 
 int interposedExecvp(const char *path, Arguments arguments) {
-    return next().execvp(program(path), arguments);
+    return startWith(environ, path, [&](char *const *given) {
+        return given == environ ? next().execvp(program(path), arguments)
+                                : next().execvpe(program(path), arguments, given);
+    });
 }
 
 int interposedExecvpe(const char *path, Arguments arguments, Arguments environment) {
-    return next().execvpe(program(path), arguments, environment);
+    return startWith(environment, path,
+                     [&](char *const *given) { return next().execvpe(program(path), arguments, given); });
 }
 
 int interposedSpawn(pid_t *pid, const char *path, const posix_spawn_file_actions_t *actions,
                     const posix_spawnattr_t *attributes, char *const *arguments, char *const *environment) {
-    return next().spawn(pid, program(path), actions, attributes, arguments, environment);
+    return startWith(environment, path, [&](char *const *given) {
+        return next().spawn(pid, program(path), actions, attributes, arguments, given);
+    });
 }
 
 int interposedSpawnp(pid_t *pid, const char *path, const posix_spawn_file_actions_t *actions,
                      const posix_spawnattr_t *attributes, char *const *arguments, char *const *environment) {
-    return next().spawnp(pid, program(path), actions, attributes, arguments, environment);
+    return startWith(environment, path, [&](char *const *given) {
+        return next().spawnp(pid, program(path), actions, attributes, arguments, given);
+    });
 }

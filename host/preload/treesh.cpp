@@ -24,19 +24,34 @@ int complain(std::string_view text) {
     return 1;
 }
 
+constexpr const char kSilent[] = "treesh: the hypercore does not answer\n";
+
+const char *whyNoHost() {
+    switch (errno) {
+        case ETIMEDOUT:
+            return kSilent;
+        case EACCES:
+        case EPERM:
+            return "treesh: no permission to reach the hypercore\n";
+        default:
+            return "treesh: no hypercore\n";
+    }
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
     using namespace qvs::wire;
     Client kernel;
-    if (!kernel.connectToHost()) return complain("treesh: no hypercore\n");
+    if (!kernel.connectToHost()) return complain(whyNoHost());
 
     Writer request(Kind::Shell);
     request.u32(argc > 0 ? static_cast<uint32_t>(argc - 1) : 0);
     for (int i = 1; i < argc; ++i)
         request.text(argv[i]);
     std::string payload;
-    if (!kernel.call(request, &payload)) return complain("treesh: connection lost\n");
+    if (!kernel.call(request, &payload))
+        return complain(errno == ETIMEDOUT ? kSilent : "treesh: connection lost\n");
 
     Reader reply(payload);
     const uint32_t code = reply.u32();

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -24,22 +23,31 @@ Client &Client::operator=(Client &&other) noexcept {
     end_ = other.end_ - other.begin_;
     std::memcpy(buffered_, other.buffered_ + other.begin_, end_);
     socket_ = std::exchange(other.socket_, -1);
+    timeoutMs_ = other.timeoutMs_;
     file_ = other.takeFile();
     other.begin_ = other.end_ = 0;
     return *this;
 }
 
 bool Client::connect(const char *path, int timeoutSeconds) {
+    return connectWithin(path, timeoutSeconds * 1000);
+}
+
+bool Client::connectToHost() {
+    const char *path = hostSocket();
+    return path == nullptr ? fail(ENOENT) : connectWithin(path, hostTimeout());
+}
+
+bool Client::connectWithin(const char *path, int timeoutMs) {
     close();
-    socket_ = connectTo(path, SOCK_CLOEXEC, timeoutSeconds);
+    socket_ = connectTo(path, SOCK_CLOEXEC, timeoutMs);
+    timeoutMs_ = timeoutMs;
     return connected();
 }
 
-bool Client::connectToHost(int timeoutSeconds) {
-    // A program with privileges of its own must not be led to a host of its caller's.
-    const char *path = secure_getenv(kSocketVariable);
-    if (path == nullptr || *path == '\0') return fail(ENOENT);
-    return connect(path, timeoutSeconds);
+void Client::setTimeout(int timeoutMs) {
+    if (connected() && timeoutMs != timeoutMs_) wire::setTimeout(socket_, timeoutMs);
+    timeoutMs_ = timeoutMs;
 }
 
 void Client::close() {
@@ -95,7 +103,15 @@ bool Client::receiveBytes(void *data, size_t size) {
 
 bool Client::receiveHead(Kind kind, uint32_t *length) {
     Head head;
-    if (!receiveBytes(&head, sizeof head)) return false;
+    LongerWait wait(&socket_);
+    for (;;) {
+        if (!receiveBytes(&head, sizeof head)) return false;
+        if (head.kind != static_cast<uint32_t>(Kind::Delay)) break;
+        uint32_t milliseconds = 0;
+        if (head.length != sizeof milliseconds) return fail(EPROTO);
+        if (!receiveBytes(&milliseconds, sizeof milliseconds)) return false;
+        wait.extend(milliseconds);
+    }
     if (head.kind != static_cast<uint32_t>(kind)) return fail(EPROTO);
     *length = head.length;
     return true;

@@ -13,7 +13,8 @@
 namespace qvs::wire {
 
 // One connection, one thread at a time. Failures leave their reason in errno: ENOENT when no socket is named,
-// EPROTO for an answer that makes no sense, else what the socket said; after one the connection is closed.
+// EPROTO for an answer that makes no sense, ETIMEDOUT for none in time, else what the socket said; after one
+// the connection is closed.
 class Client {
   public:
     Client() = default;
@@ -23,9 +24,12 @@ class Client {
     Client &operator=(Client &&other) noexcept;
     ~Client() { close(); }
 
-    // Connects to the socket at `path`, or to the one that $QVS_HOST_SOCKET names.
+    // Connects to the socket at `path`, or to the one that $QVS_HOST_SOCKET names with the timeout that
+    // programs have.
     bool connect(const char *path, int timeoutSeconds = kTimeoutSeconds);
-    bool connectToHost(int timeoutSeconds = kTimeoutSeconds);
+    bool connectToHost();
+    // For the waits from now on.
+    void setTimeout(int timeoutMs);
     bool connected() const { return socket_ >= 0; }
     int socket() const { return socket_; }
     void close();
@@ -50,9 +54,11 @@ class Client {
     int takeFile() { return std::exchange(file_, -1); }
 
   private:
+    bool connectWithin(const char *path, int timeoutMs);
     bool fail(int reason);
 
     int socket_ = -1;
+    int timeoutMs_ = 0;
     int file_ = -1;
     // Small answers arrive whole in one system call.
     size_t begin_ = 0;

@@ -22,6 +22,11 @@ constexpr uint32_t kMaxRequest = 64u << 20;
 enum class Kind : uint32_t {
     // The answer to every request. Fields depend on the request and are given there.
     Reply = 1,
+    // {} -> {}. Asks for nothing but an answer.
+    Ping = 2,
+    // Daemon to client, ahead of what it answers next: {u32 milliseconds}. It will wait that long on purpose,
+    // which the client does not hold against it. No answer.
+    Delay = 3,
 
     // State library. Replies begin with a u32 status (HYP_ReturnStatus).
     // {u8 file} -> {status, bytes blob}. When `file` is not 0, a large blob may come as a sealed file
@@ -64,6 +69,10 @@ enum class Scope : uint8_t { Global = 0, Host = 1, Port = 2 };
 // What clients are told by the launcher.
 constexpr char kSocketVariable[] = "QVS_HOST_SOCKET";  // the daemon's socket
 constexpr char kTreeshVariable[] = "QVS_HOST_TREESH";  // the emulated shell that stands in for /bin/treesh
+// How many seconds clients wait for an answer, by the user's will; see hostTimeout.
+constexpr char kTimeoutVariable[] = "QVS_HOST_TIMEOUT";
+// The interposer's mark in an environment from which the variables of the host were dropped.
+constexpr char kLostEntry[] = "QVS_HOST_LOST=1";
 
 // The eight device paths that belong to the emulated kernel.
 constexpr const char *kDevicePaths[] = {

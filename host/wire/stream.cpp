@@ -1,6 +1,7 @@
 // The socket underneath a connection to the emulated kernel.
 #include "wire/stream.h"
 
+#include <poll.h>
 #include <sched.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -8,7 +9,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <ctime>
+
+#include "wire/protocol.h"
 
 namespace qvs::wire {
 
@@ -24,22 +29,124 @@ bool socketAddress(const char *path, sockaddr_un *address) {
     return true;
 }
 
-int connectTo(const char *path, int flags, int timeoutSeconds) {
+namespace {
+
+timeval timevalOf(int milliseconds) {
+    return {milliseconds / 1000, milliseconds % 1000 * 1000};
+}
+
+// The timeout of a socket is kept in the socket, so it goes wherever the descriptor is inherited or passed
+// to.
+int timeoutOf(int socket) {
+    timeval timeout = {};
+    socklen_t size = sizeof timeout;
+    if (getsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &timeout, &size) != 0) return 0;
+    return static_cast<int>(timeout.tv_sec * 1000 + timeout.tv_usec / 1000);
+}
+
+// The end of one wait. Interruptions do not prolong it.
+class Deadline {
+  public:
+    explicit Deadline(int timeoutMs) : end_(timeoutMs == 0 ? 0 : now() + timeoutMs) {}
+
+    // What is left in milliseconds, as poll takes it: -1 is for ever.
+    int left() const {
+        if (end_ == 0) return -1;
+        const int64_t left = end_ - now();
+        return left > 0 ? static_cast<int>(left) : 0;
+    }
+
+  private:
+    static int64_t now() {
+        timespec time;
+        clock_gettime(CLOCK_MONOTONIC, &time);
+        return int64_t{time.tv_sec} * 1000 + time.tv_nsec / 1'000'000;
+    }
+
+    int64_t end_;
+};
+
+// False when the socket was not ready in time, with ETIMEDOUT, or cannot be waited for.
+bool waitFor(int socket, short events, const Deadline &deadline) {
+    for (;;) {
+        pollfd wanted = {socket, events, 0};
+        const int ready = poll(&wanted, 1, deadline.left());
+        if (ready > 0) return true;
+        if (ready < 0 && errno == EINTR) continue;
+        if (ready == 0) errno = ETIMEDOUT;
+        return false;
+    }
+}
+
+bool waitFor(int socket, short events) {
+    return waitFor(socket, events, Deadline(timeoutOf(socket)));
+}
+
+int digit(char character) {
+    return character >= '0' && character <= '9' ? character - '0' : -1;
+}
+
+}  // namespace
+
+int hostTimeout() {
+    constexpr int kDefault = 10'000;
+    constexpr int kMost = 86'400'000;
+    const char *text = secure_getenv(kTimeoutVariable);
+    if (text == nullptr) return kDefault;
+    // By hand: what strtod takes for a point depends on the program's locale.
+    int time = 0;
+    for (; digit(*text) >= 0; ++text)
+        time = time < kMost / 10 ? time * 10 + digit(*text) * 1000 : kMost;
+    if (*text == '.') ++text;
+    for (int weight = 100; digit(*text) >= 0; ++text, weight /= 10)
+        time += digit(*text) * weight;
+    if (*text != '\0' || time == 0) return kDefault;
+    return time < kMost ? time : kMost;
+}
+
+const char *hostSocket() {
+    const char *path = secure_getenv(kSocketVariable);
+    return path == nullptr || *path == '\0' ? nullptr : path;
+}
+
+void setTimeout(int socket, int timeoutMs) {
+    const timeval timeout = timevalOf(timeoutMs);
+    setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+}
+
+LongerWait::~LongerWait() {
+    if (before_ == 0) return;
+    const int reason = errno;
+    setTimeout(*socket_, before_);
+    errno = reason;
+}
+
+void LongerWait::extend(uint32_t milliseconds) {
+    constexpr uint32_t kMost = 86'400'000;
+    if (before_ == 0) before_ = timeoutOf(*socket_);
+    if (before_ == 0) return;
+    setTimeout(*socket_, before_ + static_cast<int>(milliseconds < kMost ? milliseconds : kMost));
+}
+
+int connectTo(const char *path, int flags, int timeoutMs) {
     sockaddr_un address;
     if (!socketAddress(path, &address)) return -1;
     const int connection = socket(AF_UNIX, SOCK_STREAM | flags, 0);
     if (connection < 0) return -1;
 
-    const timeval timeout = {timeoutSeconds, 0};
-    setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
-    setsockopt(connection, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
+    setTimeout(connection, timeoutMs);
+    // A daemon that hangs accepts nobody: the wait for a place in its queue is bounded, too.
+    const Deadline deadline(timeoutMs);
     int result = 0;
     do {
+        const int left = deadline.left();
+        const timeval timeout = timevalOf(left < 0 ? 0 : left > 0 ? left : 1);
+        setsockopt(connection, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
         result = connect(connection, reinterpret_cast<const sockaddr *>(&address), sizeof address);
-    } while (result < 0 && errno == EINTR);
+    } while (result < 0 && errno == EINTR && deadline.left() != 0);
     if (result == 0) return connection;
 
-    const int reason = errno;
+    const int reason = errno == EAGAIN || errno == EINTR ? ETIMEDOUT : errno;
     close(connection);
     errno = reason;
     return -1;
@@ -55,12 +162,10 @@ bool sendAll(int socket, iovec *parts, size_t count) {
             --message.msg_iovlen;
             continue;
         }
-        ssize_t sent = sendmsg(socket, &message, MSG_NOSIGNAL);
+        ssize_t sent = sendmsg(socket, &message, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent < 0 && errno == EINTR) continue;
-        if (sent < 0) {
-            if (errno == EAGAIN) errno = ETIMEDOUT;
-            return false;
-        }
+        if (sent < 0 && errno == EAGAIN && waitFor(socket, POLLOUT)) continue;
+        if (sent < 0) return false;
         while (sent > 0) {
             iovec &part = *message.msg_iov;
             const size_t step =
@@ -100,7 +205,7 @@ size_t receiveSome(int socket, void *data, size_t size, int *file) {
         message.msg_iovlen = 1;
         message.msg_control = control;
         message.msg_controllen = sizeof control;
-        const ssize_t received = recvmsg(socket, &message, MSG_CMSG_CLOEXEC | (looks > 0 ? MSG_DONTWAIT : 0));
+        const ssize_t received = recvmsg(socket, &message, MSG_CMSG_CLOEXEC | MSG_DONTWAIT);
         if (received > 0) {
             const cmsghdr *beside = CMSG_FIRSTHDR(&message);
             if (beside != nullptr && beside->cmsg_type == SCM_RIGHTS) {
@@ -114,8 +219,8 @@ size_t receiveSome(int socket, void *data, size_t size, int *file) {
             sched_yield();
             continue;
         }
+        if (received < 0 && errno == EAGAIN && waitFor(socket, POLLIN)) continue;
         if (received == 0) errno = ECONNRESET;
-        if (received < 0 && errno == EAGAIN) errno = ETIMEDOUT;
         return 0;
     }
 }

@@ -10,15 +10,40 @@
 
 namespace qvs::wire {
 
-// A daemon that stays silent for this long is treated as gone, so that nothing hangs for ever.
+// The launcher takes a daemon that stays silent for this long for one that hangs.
 constexpr int kTimeoutSeconds = 60;
+
+// How long programs wait for an answer of the daemon, in milliseconds: $QVS_HOST_TIMEOUT seconds, which may
+// have a fraction, or 10 seconds when that is not a time. Like the next one, not heeded in a program with
+// privileges of its own.
+int hostTimeout();
+// The socket that $QVS_HOST_SOCKET names, or null.
+const char *hostSocket();
 
 // Fills in the address of the Unix socket at `path`. A path that does not fit is ENAMETOOLONG.
 bool socketAddress(const char *path, sockaddr_un *address);
 
-// Connects to the Unix socket at `path` and returns the descriptor, or -1. `flags` may hold SOCK_CLOEXEC. A
-// timeout of 0 waits for ever.
-int connectTo(const char *path, int flags, int timeoutSeconds = kTimeoutSeconds);
+// Connects to the Unix socket at `path` and returns the descriptor, or -1. `flags` may hold SOCK_CLOEXEC and
+// SOCK_NONBLOCK. Each wait of the functions below, on this socket, ends after the timeout, in milliseconds; 0
+// is for ever.
+int connectTo(const char *path, int flags, int timeoutMs);
+void setTimeout(int socket, int timeoutMs);
+
+// Waits that are longer by what the daemon announced, until this object goes.
+class LongerWait {
+  public:
+    // Of a number that becomes negative when the socket is closed.
+    explicit LongerWait(const int *socket) : socket_(socket) {}
+    LongerWait(const LongerWait &) = delete;
+    LongerWait &operator=(const LongerWait &) = delete;
+    ~LongerWait();
+
+    void extend(uint32_t milliseconds);
+
+  private:
+    const int *socket_;
+    int before_ = 0;
+};
 
 // All or nothing: a signal does not interrupt, a vanished peer is EPIPE or ECONNRESET and raises no SIGPIPE,
 // a silent one ETIMEDOUT. sendAll uses the vector up as it goes.

@@ -4,6 +4,7 @@
 #include <spawn.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -11,11 +12,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "support/bytes.h"
+#include "wire/protocol.h"
 
 namespace qvs::test {
 namespace {
@@ -170,6 +173,156 @@ TEST_F(Interposer, SharesADeviceAmongThreadsDescriptorsAndChildren) {
     waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(countUplinks(device_), 0);
+}
+
+// Each process asks something else, so that an answer that reaches the wrong one shows.
+TEST_F(Interposer, SharesADescriptorWithAChildBothAtOnce) {
+    ASSERT_EQ(std::system("/bin/treesh -e set /net/create net3 '8\n' vswitch"), 0);
+    const auto ask = [this](const char *switchName, int expected) {
+        const std::string input = request(switchName);
+        std::string output(kLagTable, '\xee');
+        const Frame frame = {268, kLagTable, input.data(), output.data()};
+        int wrong = 0;
+        for (int turn = 0; turn < 300; ++turn) {
+            const int error = control(device_, kGetLagTable, &frame);
+            wrong += error != expected || output != std::string(kLagTable, error == 0 ? '\0' : '\xee');
+        }
+        return wrong;
+    };
+    fcntl(device_, F_SETFD, FD_CLOEXEC);
+    const int copy = dup(device_);
+    const pid_t children[] = {fork(), fork()};
+    for (const pid_t child : children) {
+        if (child != 0) continue;
+        int wrong = ask("net2", ENOENT);
+        wrong += fcntl(device_, F_GETFD) != FD_CLOEXEC;
+        wrong += countUplinks(copy) != 0 || fcntl(copy, F_GETFD) != 0;
+        _exit(wrong != 0);
+    }
+    EXPECT_EQ(ask("net3", 0), 0);
+    for (const pid_t child : children) {
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(countUplinks(device_), 0);
+    close(copy);
+}
+
+// What programs call that were linked with an older C library.
+extern "C" int __xstat(int version, const char *path, struct stat *status);
+extern "C" int __lxstat64(int version, const char *path, struct stat64 *status);
+extern "C" int __fxstatat(int version, int directory, const char *path, struct stat *status, int flags);
+
+TEST_F(Interposer, ShowsTheDevicesAndTheShellToWhoLooks) {
+    using Look = mode_t (*)(const char *);
+    const struct {
+        const char *name;
+        Look mode;  // 0 for what is not there
+    } looks[] = {
+        {"stat",
+         [](const char *path) {
+             struct stat s;
+             return stat(path, &s) == 0 ? s.st_mode : 0;
+         }},
+        {"stat64",
+         [](const char *path) {
+             struct stat64 s;
+             return stat64(path, &s) == 0 ? s.st_mode : 0;
+         }},
+        {"lstat",
+         [](const char *path) {
+             struct stat s;
+             return lstat(path, &s) == 0 ? s.st_mode : 0;
+         }},
+        {"lstat64",
+         [](const char *path) {
+             struct stat64 s;
+             return lstat64(path, &s) == 0 ? s.st_mode : 0;
+         }},
+        {"fstatat",
+         [](const char *path) {
+             struct stat s;
+             return fstatat(-1, path, &s, 0) == 0 ? s.st_mode : 0;
+         }},
+        {"fstatat64",
+         [](const char *path) {
+             struct stat64 s;
+             return fstatat64(AT_FDCWD, path, &s, 0) == 0 ? s.st_mode : 0;
+         }},
+        {"statx",
+         [](const char *path) {
+             struct statx s;
+             return statx(-1, path, 0, STATX_BASIC_STATS, &s) == 0 ? mode_t{s.stx_mode} : 0;
+         }},
+        {"__xstat",
+         [](const char *path) {
+             struct stat s;
+             return __xstat(1, path, &s) == 0 ? s.st_mode : 0;
+         }},
+        {"__lxstat64",
+         [](const char *path) {
+             struct stat64 s;
+             return __lxstat64(1, path, &s) == 0 ? s.st_mode : 0;
+         }},
+        {"__fxstatat",
+         [](const char *path) {
+             struct stat s;
+             return __fxstatat(1, -1, path, &s, 0) == 0 ? s.st_mode : 0;
+         }},
+        {"open and fstat",
+         [](const char *path) {
+             struct stat s;
+             const int file = open(path, O_RDONLY);
+             const int result = file < 0 ? -1 : fstat(file, &s);
+             close(file);
+             return result == 0 ? s.st_mode : 0;
+         }},
+    };
+    const struct {
+        const char *name;
+        int (*allowed)(const char *path, int mode);
+    } questions[] = {
+        {"access", [](const char *path, int mode) { return access(path, mode); }},
+        {"faccessat", [](const char *path, int mode) { return faccessat(-1, path, mode, 0); }},
+        {"AT_EACCESS", [](const char *path, int mode) { return faccessat(-1, path, mode, AT_EACCESS); }},
+        {"euidaccess", [](const char *path, int mode) { return euidaccess(path, mode); }},
+        {"eaccess", [](const char *path, int mode) { return eaccess(path, mode); }},
+    };
+    std::set<dev_t> numbers;
+    for (const char *path : wire::kDevicePaths) {
+        for (const auto &[name, mode] : looks)
+            EXPECT_EQ(mode(path), mode_t{S_IFCHR | 0600}) << name << " " << path;
+        for (const auto &[name, allowed] : questions)
+            EXPECT_EQ(allowed(path, R_OK | W_OK), 0) << name << " " << path;
+        struct stat looked, opened;
+        ASSERT_EQ(stat(path, &looked), 0);
+        const int device = open(path, O_RDWR);
+        ASSERT_EQ(fstatat(device, "", &opened, AT_EMPTY_PATH), 0);
+        close(device);
+        EXPECT_TRUE(looked.st_dev == opened.st_dev && looked.st_ino == opened.st_ino) << path;
+        EXPECT_EQ(looked.st_uid, geteuid());
+        numbers.insert(looked.st_rdev);
+    }
+    EXPECT_EQ(numbers.size(), 8u);
+    for (const auto &[name, mode] : looks) {
+        const bool opens = std::string_view(name) == "open and fstat";
+        EXPECT_EQ(mode("/bin/treesh") & 0170111, opens ? 0u : mode_t{S_IFREG | 0111}) << name;
+        EXPECT_EQ(mode("/dev/null") & S_IFMT, mode_t{S_IFCHR}) << name;
+        EXPECT_EQ(mode("/dev/vswitch2"), 0u) << name;
+    }
+    for (const auto &[name, allowed] : questions) {
+        EXPECT_EQ(allowed("/bin/treesh", X_OK), 0) << name;
+        EXPECT_EQ(allowed("/dev/vswitch2", F_OK), -1) << name;
+    }
+    EXPECT_EQ(std::system("test -c /dev/vswitch && test -w /dev/vswitch && test -x /bin/treesh && "
+                          "ls -l /dev/vswitch | grep -q '^crw-------'"),
+              0);
+    const std::string socket = std::getenv("QVS_HOST_SOCKET");
+    unsetenv("QVS_HOST_SOCKET");
+    EXPECT_EQ(access("/dev/vswitch", F_OK), -1);
+    EXPECT_EQ(errno, ENOENT);
+    setenv("QVS_HOST_SOCKET", socket.c_str(), 1);
 }
 
 TEST_F(Interposer, RunsTheShellUnderItsOneName) {
