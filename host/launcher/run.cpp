@@ -18,6 +18,7 @@
 
 #include "launcher/error.h"
 #include "launcher/layout.h"
+#include "launcher/program.h"
 #include "wire/protocol.h"
 
 namespace qvs::launcher {
@@ -106,6 +107,15 @@ void prepend(const char *variable, const std::string &value) {
     setenv(variable, (isSet ? value + ':' + before : value).c_str(), 1);
 }
 
+void append(const char *variable, const std::string &value) {
+    const char *before = getenv(variable);
+    const bool isSet = before != nullptr && before[0] != '\0';
+    setenv(variable, (isSet ? before + (':' + value) : value).c_str(), 1);
+}
+
+// The runtime of an address-sanitized program wants to be the first library, and the interposer is; it does
+// as well behind the interposer, which allocates nothing. Preloading the runtime would force it on every
+// program that the command starts.
 void setEnvironment(const Layout &layout, const std::string &directory) {
     prepend("LD_PRELOAD", layout.preload);
     prepend("LD_LIBRARY_PATH", layout.lib);
@@ -113,6 +123,8 @@ void setEnvironment(const Layout &layout, const std::string &directory) {
     setenv(wire::kSocketVariable, (directory + "/socket").c_str(), 1);
     setenv(wire::kTreeshVariable, layout.treesh.c_str(), 1);
     setenv("QVS_HOST_STATE", directory.c_str(), 1);
+    unsetenv(std::string(wire::kLostEntry, strcspn(wire::kLostEntry, "=")).c_str());
+    append("ASAN_OPTIONS", "verify_asan_link_order=0");
 }
 
 int runChild(const std::vector<std::string> &command) {
@@ -197,7 +209,10 @@ int runCommand(HostOptions options, const std::vector<std::string> &command) {
     options.whileLeased = true;
     Host host(layout.daemon, options);
     setEnvironment(layout, options.directory);
-    const int status = runChild(command);
+    if (const std::string why = whyNotOnHost(command[0], layout); !why.empty()) complain("warning: {}", why);
+    std::vector<std::string> words = command;
+    if (words[0] == "/bin/treesh") words[0] = layout.treesh;
+    const int status = runChild(words);
     host.leave();
     if (own) own->printWarnings();
     return status;
