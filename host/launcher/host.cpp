@@ -184,7 +184,7 @@ pid_t startAlone(const std::string &program, const HostOptions &options) {
         wire::Writer request(wire::Kind::Control);
         request.text(R"({"op":"fault.list"})");
         std::string answer;
-        if (!client.connect(socket.c_str(), static_cast<int>(answersWithin().count()))) return false;
+        if (!client.connect(socket.c_str())) return false;
         const std::string who = processBehind(client);
         if (client.call(request, &answer)) throw error;
         if (errno == ETIMEDOUT) throw noAnswer(socket, who);
@@ -211,7 +211,7 @@ Host::Host(const std::string &program, const HostOptions &options)
 bool Host::join() {
     wire::Writer request(wire::Kind::Lease);
     std::string nothing;
-    if (lease_.connect(socket_.c_str(), static_cast<int>(answersWithin().count()))) {
+    if (lease_.connect(socket_.c_str())) {
         who_ = processBehind(lease_);
         if (lease_.call(request, &nothing)) return true;
     }
@@ -230,7 +230,7 @@ bool Host::join() {
 void Host::leave() {
     // The daemon answers when it stays, for other leases or for good, and else keeps silent until it is gone.
     std::string nothing;
-    waitAtMost(lease_, kEndsWithin);
+    lease_.setTimeout(millisecondsOf(kEndsWithin));
     const bool sent = shutdown(lease_.socket(), SHUT_WR) == 0;
     const bool stays = sent && lease_.receive(wire::Kind::Reply, &nothing);
     const bool silent = sent && !stays && errno == ETIMEDOUT;
@@ -243,20 +243,6 @@ void Host::leave() {
     } else if (*status != 0) {
         complain("the host {}", endOf(*status));
     }
-}
-
-std::chrono::seconds answersWithin() {
-    constexpr std::chrono::seconds kDefault{10};
-    constexpr uint32_t kMost = 86400;
-    const char *given = getenv("QVS_HOST_TIMEOUT");
-    const auto seconds = given == nullptr ? std::nullopt : wire::numberOf<uint32_t>(given);
-    return seconds && *seconds != 0 && *seconds <= kMost ? std::chrono::seconds(*seconds) : kDefault;
-}
-
-void waitAtMost(const wire::Client &client, std::chrono::seconds within) {
-    const timeval limit = {within.count(), 0};
-    setsockopt(client.socket(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-    setsockopt(client.socket(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
 std::string processBehind(const wire::Client &client) {
@@ -276,18 +262,18 @@ Error noAnswer(const std::string &socket, const std::string &who) {
 }
 
 void connectTo(wire::Client *client, const std::string &socket) {
-    if (client->connect(socket.c_str(), static_cast<int>(answersWithin().count()))) return;
+    if (client->connect(socket.c_str())) return;
     const bool isThere = errno != ENOENT && errno != ECONNREFUSED;
     throw Error(fmt::format("no host answers at {} ({}){}", socket, strerror(errno),
                             isThere ? "" : "; start one with \"qvs-host start --state DIR\""));
 }
 
-json control(const std::string &socket, const json &request, std::chrono::seconds within) {
+json control(const std::string &socket, const json &request, std::chrono::milliseconds within) {
     // What was written into a request stands deeper in an answer that gives it back.
     constexpr size_t kDeepest = wire::kMaxJsonDepth + 8;
     wire::Client client;
     connectTo(&client, socket);
-    waitAtMost(client, within);
+    client.setTimeout(millisecondsOf(within));
     const std::string who = processBehind(client);
     wire::Writer message(wire::Kind::Control);
     message.text(request.dump());

@@ -22,12 +22,14 @@ struct HostOptions {
     bool isPrivate = false;  // the daemon removes the directory when it ends
 };
 
-// How long the launcher waits for an answer: so many seconds as $QVS_HOST_TIMEOUT says, or 10.
-std::chrono::seconds answersWithin();
-// For a daemon to begin or to end, and for a lab to be applied.
+// How long the launcher waits for a daemon to begin or to end, and for a lab to be applied. Other answers
+// have the wait of every client.
 constexpr std::chrono::seconds kBeginsWithin{30};
 constexpr std::chrono::seconds kEndsWithin{30};
 constexpr std::chrono::seconds kChangesWithin{60};
+inline int millisecondsOf(std::chrono::milliseconds time) {
+    return static_cast<int>(time.count());
+}
 
 // Starts a daemon and waits until it serves; its process. Throws when it does not, or when another one serves
 // the directory. One that was killed just now does not count.
@@ -55,11 +57,9 @@ class Host {
 
 // A control request at the given socket; the answer, after its "ok" was checked.
 nlohmann::json control(const std::string &socket, const nlohmann::json &request,
-                       std::chrono::seconds within = answersWithin());
+                       std::chrono::milliseconds within = std::chrono::milliseconds(wire::hostTimeout()));
 // Connects or throws with the remedy.
 void connectTo(wire::Client *client, const std::string &socket);
-// From now on each wait of the client ends after so long; 0 is never.
-void waitAtMost(const wire::Client &client, std::chrono::seconds within);
 // " (process 123)", or nothing where that cannot be known.
 std::string processBehind(const wire::Client &client);
 // What to say of a host after a call failed.

@@ -77,7 +77,7 @@ int stop(const std::string &socket) {
     std::string payload;
     if (!client.call(message, &payload)) throw noAnswer(socket, who);
     // The connection lasts as long as the daemon does.
-    waitAtMost(client, kEndsWithin);
+    client.setTimeout(millisecondsOf(kEndsWithin));
     client.receive(wire::Kind::Reply, &payload);
     if (errno == ETIMEDOUT) throw Error(fmt::format("the host at {}{} does not end", socket, who));
     return 0;
@@ -101,7 +101,7 @@ int followTrace(const std::string &socket) {
     std::string payload;
     if (!client.call(message, &payload)) throw noAnswer(socket, who);
     // The next request may be long in coming.
-    waitAtMost(client, 0s);
+    client.setTimeout(0);
     while (client.receive(wire::Kind::TraceLine, &payload)) {
         const std::string_view line = wire::Reader(payload).text();
         fmt::print("{}\n", line);

@@ -29,20 +29,16 @@ Client &Client::operator=(Client &&other) noexcept {
     return *this;
 }
 
-bool Client::connect(const char *path, int timeoutSeconds) {
-    return connectWithin(path, timeoutSeconds * 1000);
-}
-
-bool Client::connectToHost() {
-    const char *path = hostSocket();
-    return path == nullptr ? fail(ENOENT) : connectWithin(path, hostTimeout());
-}
-
-bool Client::connectWithin(const char *path, int timeoutMs) {
+bool Client::connect(const char *path, int timeoutMs) {
     close();
     socket_ = connectTo(path, SOCK_CLOEXEC, timeoutMs);
     timeoutMs_ = timeoutMs;
     return connected();
+}
+
+bool Client::connectToHost() {
+    const char *path = hostSocket();
+    return path == nullptr ? fail(ENOENT) : connect(path);
 }
 
 void Client::setTimeout(int timeoutMs) {

@@ -24,11 +24,11 @@ class Client {
     Client &operator=(Client &&other) noexcept;
     ~Client() { close(); }
 
-    // Connects to the socket at `path`, or to the one that $QVS_HOST_SOCKET names with the timeout that
-    // programs have.
-    bool connect(const char *path, int timeoutSeconds = kTimeoutSeconds);
+    // Connects to the socket at `path`, or to the one that $QVS_HOST_SOCKET names. Each wait for an answer
+    // then ends after so many milliseconds.
+    bool connect(const char *path, int timeoutMs = hostTimeout());
     bool connectToHost();
-    // For the waits from now on.
+    // For the waits from now on; 0 waits without a bound.
     void setTimeout(int timeoutMs);
     bool connected() const { return socket_ >= 0; }
     int socket() const { return socket_; }
@@ -54,7 +54,6 @@ class Client {
     int takeFile() { return std::exchange(file_, -1); }
 
   private:
-    bool connectWithin(const char *path, int timeoutMs);
     bool fail(int reason);
 
     int socket_ = -1;
