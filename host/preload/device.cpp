@@ -22,7 +22,9 @@
 #include "wire/stream.h"
 
 #pragma GCC visibility push(default)
+extern "C" {
 constinit qvs::wire::Silence qvsHostSilence;
+}
 #pragma GCC visibility pop
 
 namespace qvs::preload {

@@ -6,8 +6,9 @@
 
 namespace qvs::wire {
 
-// One in a process, which the interposer and the state library share. Zero-initialised, without constructor
-// and destructor: it is used before the one and after the other could run.
+// One in a process, the interposer's qvsHostSilence, which the state library finds by that name.
+// Zero-initialised, without constructor and destructor: it is used before the one and after the other could
+// run.
 class Silence {
   public:
     // A request to the daemon at `path` was not answered in time. Leaves errno alone.
@@ -30,6 +31,3 @@ class Silence {
 };
 
 }  // namespace qvs::wire
-
-// The interposer's, by which the state library finds it.
-extern "C" qvs::wire::Silence qvsHostSilence;

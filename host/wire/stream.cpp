@@ -32,7 +32,7 @@ bool socketAddress(const char *path, sockaddr_un *address) {
 namespace {
 
 timeval timevalOf(int milliseconds) {
-    return {milliseconds / 1000, milliseconds % 1000 * 1000};
+    return {milliseconds / 1000, suseconds_t{milliseconds % 1000} * 1000};
 }
 
 // The timeout of a socket is kept in the socket, so it goes wherever the descriptor is inherited or passed

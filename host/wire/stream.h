@@ -10,8 +10,6 @@
 
 namespace qvs::wire {
 
-// The launcher takes a daemon that stays silent for this long for one that hangs.
-
 // How long programs wait for an answer of the daemon, in milliseconds: $QVS_HOST_TIMEOUT seconds, which may
 // have a fraction, or 10 seconds when that is not a time. Like the next one, not heeded in a program with
 // privileges of its own.
