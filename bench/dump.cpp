@@ -16,7 +16,7 @@
 #include <random>
 #include <string>
 
-#include "mesh/snapshot_writer.h"
+#include "state_library/snapshot_writer.h"
 
 namespace {
 

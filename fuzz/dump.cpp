@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "mesh/snapshot_writer.h"
+#include "state_library/snapshot_writer.h"
 #include "qvs/keys.h"
 #include "qvs/qvs.h"
 

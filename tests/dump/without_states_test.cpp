@@ -6,7 +6,7 @@
 
 #include <cstdlib>
 
-#include "mesh/snapshot_writer.h"
+#include "state_library/snapshot_writer.h"
 
 namespace {
 

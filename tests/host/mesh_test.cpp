@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "mesh/property_list.h"
-#include "mesh/snapshot_writer.h"
+#include "state_library/property_list.h"
+#include "state_library/snapshot_writer.h"
 #include "support/bytes.h"
 
 namespace qvs::test {

@@ -1,0 +1,187 @@
+// The module for Bidirectional Forwarding Detection: sessions out of a lab, log level, statistics.
+// The flags of a request for sessions say which families it is about.
+//
+// Records in layouts/emulated.json: bfd-sessions, bfd-stats.
+#include <arpa/inet.h>
+
+#include <cerrno>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "daemon/devices/device_request.h"
+#include "daemon/devices/record_table.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr size_t kTableSize = 1139336;
+constexpr size_t kTableHead = 8;
+constexpr size_t kEntry = 128;
+constexpr uint32_t kRoom = (kTableSize - kTableHead) / kEntry;
+constexpr uint8_t kFamilies = 3;
+constexpr size_t kStats = 64;
+
+// A session as it is kept: the head of its entry, with its port (none) where the number will be.
+constexpr size_t kStateAt = 8;
+constexpr size_t kFamilyAt = 10;
+constexpr size_t kLocalAt = 24;
+constexpr size_t kRemoteAt = 40;
+constexpr size_t kAddress = 16;
+constexpr size_t kInterfaceAt = 56;
+constexpr size_t kInterface = 32;
+constexpr size_t kSentAt = 88;
+constexpr size_t kReceivedAt = 96;
+
+enum State : uint8_t { AdminDown, Down, Init, Up };
+constexpr const char *kStates[] = {"admin-down", "down", "init", "up"};
+
+bool isSession(std::string_view kept) {
+    if (kept.size() != kInterfaceAt + kInterface) return false;
+    const auto family = static_cast<uint8_t>(kept[kFamilyAt]);
+    return static_cast<uint8_t>(kept[kStateAt]) <= Up && (family == 1 || family == 2);
+}
+
+constexpr bool isLogLevel(uint32_t level) {
+    return level == 0 || level == 1 || level == 3 || level == 5;
+}
+
+bool isStoredLevel(std::string_view kept) {
+    return kept.size() == sizeof(uint32_t) && isLogLevel(u32At(kept, 0));
+}
+
+constexpr RecordTable kSessions("bfd.sessions", kRecordKey, kBytes<isSession>, kRoom);
+constexpr const char *kSettingNames[] = {"logLevel"};
+constexpr Table<std::string, std::string> kSettings("bfd", kNameOf<kSettingNames>, kBytes<isStoredLevel>);
+constexpr const AnyTable *kTables[] = {&kSessions, &kSettings};
+
+Record entryOf(Model &model, uint32_t number, std::string_view session) {
+    constexpr uint32_t kOtherEnd = 0x80000000;
+    Record entry(kEntry);
+    entry.bytes(0, session).put(0, number);
+    CounterRow counters = model.readCounters(fmt::format("bfd session {}", number));
+    entry.put(kSentAt, counters.next());
+    if (session[kStateAt] == Up) entry.put(4, number | kOtherEnd).put(kReceivedAt, counters.next());
+    return entry;
+}
+
+Result getSessions(const Call &call) {
+    const auto wanted = static_cast<uint8_t>(call.input[0] & kFamilies);
+    if (wanted == 0) return failure(EINVAL);
+    Record table(kTableSize);
+    uint32_t count = 0;
+    eachRecord(call.model, kSessions, [&](uint32_t number, std::string_view session) {
+        if ((session[kFamilyAt] & wanted) == 0) return;
+        table.bytes(kTableHead + count++ * kEntry, entryOf(call.model, number, session).view());
+    });
+    table.put(0, count).put(4, kRoom);
+    return {0, table.take()};
+}
+
+constexpr uint32_t kDefaultLevel = 1;
+
+uint32_t logLevel(const Model &model) {
+    const auto &settings = model.rows(kSettings);
+    return settings.empty() ? kDefaultLevel : u32At(settings.begin()->second, 0);
+}
+
+void keepLogLevel(Model &model, uint32_t level) {
+    model.setRow(kSettings, kSettingNames[0], Record(sizeof level).put(0, level).take());
+}
+
+Result getLogLevel(const Call &call) {
+    return {0, Record(sizeof(uint32_t)).put(0, logLevel(call.model)).take()};
+}
+
+Result setLogLevel(const Call &call) {
+    const uint32_t level = u32At(call.input, 0);
+    if (!isLogLevel(level)) return failure(EINVAL);
+    keepLogLevel(call.model, level);
+    return {};
+}
+
+Result getStats(const Call &call) {
+    Record stats(kStats);
+    CounterRow counters = call.model.readCounters("bfd");
+    for (size_t at = 0; at < kStats; at += sizeof(uint64_t))
+        stats.put(at, counters.next());
+    return {0, stats.take()};
+}
+
+constexpr Command kCommands[] = {
+    {2, 1, "GetSessions", getSessions},
+    {3, 0, "GetLogLevel", getLogLevel},
+    {4, sizeof(uint32_t), "SetLogLevel", setLogLevel},
+    {5, 0, "GetStats", getStats},
+};
+
+// An address in the order of the network, and its family bit.
+struct Address {
+    std::string bytes;
+    uint8_t family = 0;
+};
+
+Address addressOf(Members &members, const char *name) {
+    const std::string text = members.text(name);
+    std::string bytes(kAddress, '\0');
+    if (inet_pton(AF_INET, text.c_str(), bytes.data()) == 1) return {bytes.substr(0, 4), 1};
+    if (inet_pton(AF_INET6, text.c_str(), bytes.data()) == 1) return {bytes, 2};
+    members.fail(name, "is not an address");
+}
+
+uint8_t stateOf(Members &members) {
+    const std::string text = members.maybeText("state").value_or("up");
+    for (uint8_t state = AdminDown; state <= Up; ++state) {
+        if (text == kStates[state]) return state;
+    }
+    members.fail("state", "is none of \"admin-down\", \"down\", \"init\" and \"up\"");
+}
+
+void addSessions(Members &members, Model &model) {
+    const Address local = addressOf(members, "local");
+    const Address remote = addressOf(members, "remote");
+    if (local.family != remote.family) members.fail("remote", "is of another family than \"local\"");
+    const uint8_t state = stateOf(members);
+    const uint32_t milliseconds = members.maybeNumber("intervalMs").value_or(300);
+    const uint32_t multiplier = members.maybeNumber("multiplier").value_or(3);
+    if (milliseconds == 0 || milliseconds > 10000) members.fail("intervalMs", "is not 1 to 10000");
+    if (multiplier == 0 || multiplier > 255) members.fail("multiplier", "is not 1 to 255");
+    const uint32_t interval = milliseconds * 1000;
+    const uint32_t count = countOf(members, roomIn(model, kSessions));
+
+    Record session(kInterfaceAt + kInterface);
+    session.put(kStateAt, state).put(9, uint8_t{state == Down}).put(kFamilyAt, local.family);
+    session.put(11, static_cast<uint8_t>(multiplier)).put(12, interval).put(16, interval * multiplier);
+    session.bytes(kLocalAt, local.bytes);
+    session.text(kInterfaceAt, kInterface, members.maybeText("interface").value_or(""));
+    eachAddress(members, count, remote.bytes, [&](const std::string &address) {
+        appendRecord(model, kSessions, session.bytes(kRemoteAt, address).view());
+    });
+}
+
+void applyLab(const nlohmann::json &value, Model &model) {
+    Members members(value, "lab.bfd");
+    if (const auto level = members.maybeNumber("logLevel")) {
+        if (!isLogLevel(*level)) members.fail("logLevel", "is none of 0, 1, 3 and 5");
+        keepLogLevel(model, *level);
+    }
+    if (members.has("sessions")) clearTable(model, kSessions);
+    members.each("sessions", [&](Members session) {
+        addSessions(session, model);
+        session.finish();
+    });
+    members.finish();
+}
+
+constexpr LabMember kLab[] = {{"bfd", applyLab}};
+
+void describe(const Model &model, nlohmann::json *status) {
+    (*status)["bfd"] = {{"sessions", countRecords(model, kSessions)}, {"logLevel", logLevel(model)}};
+}
+
+}  // namespace
+
+constexpr DevicePart kBfd = {.commands = kCommands, .lab = kLab, .tables = kTables, .describe = describe};
+
+}  // namespace qvs::kernel

@@ -1,0 +1,76 @@
+// Ports that a lab has made busy: their statistics, sixteen u64 counters, grow whenever someone looks. All
+// others keep what was stored for them.
+#include <cstring>
+
+#include <fmt/format.h>
+
+#include "daemon/devices/device_request.h"
+#include "daemon/devices/record_table.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr char kStatisticsKey[] = "com.quillon.common.port.statistics";
+constexpr size_t kStatistics = 128;
+constexpr char kMember[] = "busy";
+// A row for each busy port, by its number, without a value.
+constexpr Table<uint32_t, std::string> kBusy("busy ports", kPortKey, kBytes<hasSize<0>>);
+constexpr const AnyTable *kTables[] = {&kBusy};
+
+std::vector<Port *> busyPorts(const Model &model) {
+    std::vector<Port *> ports;
+    for (const auto &[number, nothing] : model.rows(kBusy)) {
+        if (Port *port = model.findPort(number)) ports.push_back(port);
+    }
+    return ports;
+}
+
+// What has grown in memory alone is stored when the port comes to rest.
+void rest(Model &model, const Port &port) {
+    const Property *statistics = port.properties.find(kStatisticsKey);
+    if (statistics == nullptr) return;
+    const std::string value = statistics->value;
+    model.setProperty({Scope::Port, port.owner->id, port.id}, {kStatisticsKey, value, statistics->type});
+}
+
+// A lab that names busy ports names them all.
+void applyBusy(const nlohmann::json &value, Model &model) {
+    for (const Port *port : busyPorts(model))
+        rest(model, *port);
+    clearTable(model, kBusy);
+    eachOf(value, kMember, [&](Members &members) { model.setRow(kBusy, portOf(members, model).number, ""); });
+}
+
+constexpr LabMember kLab[] = {{kMember, applyBusy}};
+
+}  // namespace
+
+void Model::look(Port &port) {
+    if (!rows(kBusy).contains(port.number)) return;
+    const Property *statistics = port.properties.find(kStatisticsKey);
+    if (statistics == nullptr || statistics->value.size() != kStatistics) return;
+    std::string value = statistics->value;
+    CounterRow counters = readCounters("port " + portKeyText(port.number));
+    for (size_t at = 0; at < value.size(); at += sizeof(uint64_t)) {
+        const uint64_t grown = u64At(value, at) + counters.nextStep();
+        std::memcpy(value.data() + at, &grown, sizeof grown);
+    }
+    port.set(pool_.intern({kStatisticsKey, value, statistics->type}));
+    touch(port);
+}
+
+void Model::look(const Place &place, std::string_view key) {
+    if (place.scope != Scope::Port || key != kStatisticsKey) return;
+    const Switch *sw = findSwitch(place.switchId);
+    if (Port *port = sw == nullptr ? nullptr : sw->port(place.portId)) look(*port);
+}
+
+void Model::lookAtAll() {
+    for (Port *port : busyPorts(*this))
+        look(*port);
+}
+
+constexpr DevicePart kBusyPorts = {.lab = kLab, .tables = kTables};
+
+}  // namespace qvs::kernel

@@ -1,0 +1,139 @@
+// The emulated kernel's devices: the layout of each one's request frame, and a table of commands.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "daemon/model/bytes.h"
+#include "daemon/model/model.h"
+
+namespace qvs::kernel {
+
+// One request as a handler sees it: frame and input were fetched from the client's memory.
+struct Call {
+    Model &model;
+    uint32_t command = 0;
+    std::string_view input;  // at least as long as the command says
+    uint32_t outLength = 0;  // what the client has room for
+};
+
+// What goes back. Output beyond the client's room is dropped by the caller.
+struct Result {
+    int error = 0;
+    std::string output;
+};
+
+struct Command {
+    // Stands for every number that no other row has.
+    static constexpr uint32_t kAny = UINT32_MAX;
+
+    uint32_t number = 0;
+    uint32_t minInput = 0;
+    const char *name = nullptr;
+    Result (*handle)(const Call &call) = nullptr;
+};
+
+// Offsets of the frame's fields: u32 lengths, u64 addresses. A frame without an input has kNone there.
+struct FrameLayout {
+    static constexpr size_t kNone = SIZE_MAX;
+    size_t size = 0;
+    size_t inLength = kNone;
+    size_t inAddress = kNone;
+    size_t outLength = 0;
+    size_t outAddress = 0;
+};
+
+constexpr FrameLayout kNaturalFrame = {
+    .size = 24, .inLength = 0, .inAddress = 8, .outLength = 4, .outAddress = 16};
+constexpr FrameLayout kPackedFrame = {
+    .size = 24, .inLength = 0, .inAddress = 4, .outLength = 12, .outAddress = 16};
+constexpr FrameLayout kOutputFrame = {.size = 16, .outLength = 4, .outAddress = 8};
+
+struct Frame {
+    uint32_t inLength = 0;
+    uint64_t inAddress = 0;
+    uint32_t outLength = 0;
+    uint64_t outAddress = 0;
+};
+Frame readFrame(const FrameLayout &layout, std::string_view bytes);
+
+// A member of the lab JSON that a device understands.
+struct LabMember {
+    const char *name = nullptr;
+    // Puts it onto the host, all or with an exception (JsonError, LabError) part of it: what was done is
+    // rolled back. Switches, ports and NICs of the lab are there already.
+    void (*apply)(const nlohmann::json &value, Model &model) = nullptr;
+};
+
+// What one source file adds to a device.
+struct DevicePart {
+    std::span<const Command> commands = {};
+    std::span<const LabMember> lab = {};
+    // What it keeps.
+    std::span<const AnyTable *const> tables = {};
+    // Adds members to the host's status; may be null.
+    void (*describe)(const Model &model, nlohmann::json *status) = nullptr;
+};
+
+struct Device {
+    const char *path = nullptr;
+    FrameLayout frame;
+    std::vector<const DevicePart *> parts;
+
+    const Command *find(uint32_t number) const;
+};
+
+std::span<const Device> devices();
+// What all of them keep.
+std::vector<const AnyTable *> deviceTables();
+// Null for a path that is none of ours.
+const Device *findDevice(std::string_view path);
+
+// The parts with a model, one a file; the table of devices is in device.cpp.
+extern const DevicePart kVswitchInventory;
+extern const DevicePart kVswitchMac;
+extern const DevicePart kVswitchLearning;
+extern const DevicePart kVswitchOptions;
+extern const DevicePart kRouteTable;
+extern const DevicePart kVswitchMulticast;
+extern const DevicePart kVswitchMcastFilters;
+extern const DevicePart kVswitchMirror;
+extern const DevicePart kVswitchTeaming;
+extern const DevicePart kBusyPorts;
+extern const DevicePart kIpfix;
+extern const DevicePart kSpf;
+extern const DevicePart kTraceflow;
+extern const DevicePart kLivetrace;
+extern const DevicePart kBfd;
+extern const DevicePart kKcp;
+
+inline Result failure(int error) {
+    return {error, {}};
+}
+
+// The answer to a counted list: u32 count, u32 second word, entries. A client with room for the two words
+// alone learns how many there are; any other gets as many as fit, and that number.
+template <typename Entries, typename Fill>
+Result countedList(const Call &call, uint32_t second, size_t entrySize, const Entries &entries,
+                   const Fill &fill) {
+    constexpr size_t kHeader = 8;
+    const bool countOnly = call.outLength <= kHeader;
+    const size_t room = countOnly ? 0 : (call.outLength - kHeader) / entrySize;
+    const size_t count = countOnly ? entries.size() : std::min(room, entries.size());
+    Result result;
+    result.output = Record(kHeader).put(0, static_cast<uint32_t>(count)).put(4, second).take();
+    if (countOnly) return result;
+    result.output.reserve(kHeader + count * entrySize);
+    for (size_t i = 0; i < count; ++i)
+        result.output += fill(entries[i]).view();
+    return result;
+}
+
+}  // namespace qvs::kernel

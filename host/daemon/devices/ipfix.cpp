@@ -1,0 +1,84 @@
+// /dev/ipfix: what flow sampling did.
+//
+// Requests carry the portset name at 0 (128 bytes), or the switch identifier there and the port's at 128 (48
+// bytes).
+//
+// Record in layouts/emulated.json: flow-stats.
+#include <cerrno>
+#include <set>
+
+#include "daemon/devices/device_request.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr uint32_t kRequestSize = 176;
+constexpr size_t kSwitchWidth = 128;
+constexpr size_t kPortAt = 128;
+constexpr size_t kPortWidth = 48;
+constexpr size_t kStats = 192;
+constexpr size_t kCountersAt = 8;
+
+struct Sampling {
+    uint32_t ports = 0;
+    std::set<std::string_view> collectors;
+};
+
+// The record of a sampled port has the number of its collectors at 13 and the collectors, of 20 bytes, at 24.
+void addSampling(const Port &port, Sampling *sampling) {
+    constexpr size_t kCountAt = 13;
+    constexpr size_t kCollectorsAt = 24;
+    constexpr size_t kCollector = 20;
+    constexpr size_t kRecord = 184;
+    const Property *property = port.properties.find("com.quillon.net.ipfix.port");
+    if (property == nullptr || property->value.size() < kRecord) return;
+    ++sampling->ports;
+    const std::string_view record = property->value;
+    const auto count = static_cast<uint8_t>(record[kCountAt]);
+    for (size_t at = kCollectorsAt, i = 0; i < count && at < kRecord; ++i, at += kCollector)
+        sampling->collectors.insert(record.substr(at, kCollector));
+}
+
+// Without a sampled port nothing happens, and nothing is counted.
+Result statistics(const Call &call, const std::string &object, const Sampling &sampling) {
+    Record stats(kStats);
+    stats.put(0, sampling.ports).put(4, static_cast<uint32_t>(sampling.collectors.size()));
+    if (sampling.ports != 0) {
+        CounterRow counters = call.model.readCounters(object);
+        for (size_t at = kCountersAt; at < kStats; at += sizeof(uint64_t))
+            stats.put(at, counters.next());
+    }
+    return {0, stats.take()};
+}
+
+Result getSwitchStats(const Call &call) {
+    const Portset *portset = call.model.findPortset(textAt(call.input, 0, kSwitchWidth));
+    if (portset == nullptr) return failure(ENOENT);
+    Sampling sampling;
+    if (portset->owner != nullptr) {
+        for (const auto &[number, port] : portset->owner->ports)
+            addSampling(*port, &sampling);
+    }
+    return statistics(call, "ipfix " + portset->name, sampling);
+}
+
+Result getPortStats(const Call &call) {
+    const Switch *sw = call.model.findSwitch(textAt(call.input, 0, kSwitchWidth));
+    const Port *port = sw == nullptr ? nullptr : sw->port(textAt(call.input, kPortAt, kPortWidth));
+    if (port == nullptr) return failure(ENOENT);
+    Sampling sampling;
+    addSampling(*port, &sampling);
+    return statistics(call, "ipfix port " + std::to_string(port->number), sampling);
+}
+
+constexpr Command kCommands[] = {
+    {4097, kRequestSize, "GetIpfixStats", getSwitchStats},
+    {4098, kRequestSize, "GetIpfixGranularStats", getPortStats},
+};
+
+}  // namespace
+
+constexpr DevicePart kIpfix = {.commands = kCommands};
+
+}  // namespace qvs::kernel

@@ -1,0 +1,165 @@
+// /dev/livetrace: sessions, which stay as long as their ports, and what they count.
+//
+// A session is created by the switch identifier at 0 (64 bytes), the port identifier at 64 (48) and a
+// definition of any length behind them, which is kept. Action counts are asked for by an action at 8 and a
+// phase at 9: 1 counts, 2 fetches.
+//
+// Records in layouts/emulated.json: livetrace-sessions, livetrace-count, livetrace-port, livetrace-stats.
+#include <cerrno>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "daemon/devices/device_request.h"
+#include "daemon/devices/record_table.h"
+#include "daemon/model/text.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr uint32_t kHead = 112;
+constexpr size_t kSwitchId = 64;
+constexpr size_t kPortAt = 64;
+constexpr size_t kPortId = 48;
+
+constexpr size_t kRoom = 8;
+constexpr size_t kSession = 88;
+constexpr size_t kDefinitionShown = 28;
+constexpr size_t kList = 1 + kRoom * kSession;
+static_assert(kList == 705);
+
+constexpr uint32_t kActionRequest = 10;
+constexpr uint8_t kActions = 4;
+constexpr size_t kCountsHead = 8;
+constexpr size_t kCount = 26;
+constexpr size_t kPortData = 21;
+constexpr size_t kStats = 96;
+
+// A session as it is kept: u32 port number and its definition.
+constexpr size_t kDefinitionAt = 4;
+
+bool isSession(std::string_view kept) {
+    return kept.size() >= kDefinitionAt && u32At(kept, 0) != 0;
+}
+
+constexpr RecordTable kSessions("livetrace.sessions", kRecordKey, kBytes<isSession>, kRoom);
+constexpr const AnyTable *kTables[] = {&kSessions};
+
+// False when there is no room.
+bool addSession(Model &model, const Port &port, std::string_view definition) {
+    dropDeadRecords(model, kSessions);
+    if (roomIn(model, kSessions) == 0) return false;
+    Record kept(kDefinitionAt + definition.size());
+    appendRecord(model, kSessions, kept.put(0, port.number).bytes(kDefinitionAt, definition).view());
+    return true;
+}
+
+Result createSession(const Call &call) {
+    const Switch *sw = call.model.findSwitch(textAt(call.input, 0, kSwitchId));
+    const Port *port = sw == nullptr ? nullptr : sw->port(textAt(call.input, kPortAt, kPortId));
+    if (port == nullptr) return failure(ENOENT);
+    return failure(addSession(call.model, *port, call.input.substr(kHead)) ? 0 : ENOSPC);
+}
+
+Result listSessions(const Call &call) {
+    Record list(kList);
+    uint8_t count = 0;
+    eachRecord(call.model, kSessions, [&](uint32_t number, std::string_view kept) {
+        const size_t at = 1 + count++ * kSession;
+        const Port &port = *call.model.findPort(u32At(kept, 0));
+        const std::string_view definition = kept.substr(kDefinitionAt);
+        list.put(at, number).put(at + 4, port.number).text(at + 8, kPortId, port.id);
+        list.put(at + 56, static_cast<uint32_t>(definition.size()));
+        list.bytes(at + 60, definition.substr(0, kDefinitionShown));
+    });
+    return {0, list.put(0, count).take()};
+}
+
+Record countOf(Model &model, uint8_t action, uint32_t session, uint32_t port) {
+    CounterRow counters = model.readCounters(fmt::format("livetrace session {} action {}", session, action));
+    Record count(kCount);
+    count.put(0, session).put(4, port).put(8, counters.next()).put(16, counters.next());
+    return count.put(24, uint16_t{action});
+}
+
+Result getActionCounts(const Call &call) {
+    enum Phase : uint8_t { AskCount = 1, Fetch = 2 };
+    const auto action = static_cast<uint8_t>(call.input[8]);
+    const auto phase = static_cast<uint8_t>(call.input[9]);
+    if (phase != AskCount && phase != Fetch) return failure(EINVAL);
+    const size_t room = call.outLength < kCountsHead ? 0 : (call.outLength - kCountsHead) / kCount;
+    uint32_t count = 0;
+    std::string entries;
+    if (action < kActions) {
+        eachRecord(call.model, kSessions, [&](uint32_t session, std::string_view kept) {
+            if (phase == Fetch && count == room) return;
+            ++count;
+            if (phase == Fetch) entries += countOf(call.model, action, session, u32At(kept, 0)).view();
+        });
+    }
+    return {0, Record(kCountsHead).put(0, count).put(4, uint32_t{action}).take() + entries};
+}
+
+Result getPortData(const Call &call) {
+    const uint32_t number = u32At(call.input, 0);
+    if (call.model.findPort(number) == nullptr) return failure(ENOENT);
+    uint8_t sessions = 0;
+    eachRecord(call.model, kSessions, [&](uint32_t, std::string_view kept) {
+        if (u32At(kept, 0) == number) ++sessions;
+    });
+    CounterRow counters = call.model.readCounters(fmt::format("livetrace {}", number));
+    Record data(kPortData);
+    data.put(0, number).put(4, counters.next()).put(12, counters.next());
+    return {0, data.put(20, sessions).take()};
+}
+
+Result getStats(const Call &call) {
+    Record stats(kStats);
+    stats.put(0, static_cast<uint32_t>(countRecords(call.model, kSessions))).put(4, uint32_t{kRoom});
+    CounterRow counters = call.model.readCounters("livetrace");
+    for (size_t at = 8; at < kStats; at += sizeof(uint64_t))
+        stats.put(at, counters.next());
+    return {0, stats.take()};
+}
+
+constexpr Command kCommands[] = {
+    {0, kHead, "CreateSession", createSession},
+    {1, 0, "ListSession", listSessions},
+    {2, kActionRequest, "GetCountActionData", getActionCounts},
+    {3, sizeof(uint32_t), "GetPortData", getPortData},
+    {4, 0, "GetStats", getStats},
+};
+
+// The sessions of a lab replace those that are there.
+void applySessions(const nlohmann::json &value, Model &model) {
+    clearTable(model, kSessions);
+    eachOf(value, "liveTrace", [&](Members &members) {
+        const Port &port = portOf(members, model);
+        const std::string definition =
+            members.bytes("definition", members.maybeText("definition").value_or(""));
+        if (!addSession(model, port, definition))
+            members.fail("port", "is one too many: there is room for 8");
+    });
+}
+
+constexpr LabMember kLab[] = {{"liveTrace", applySessions}};
+
+void describe(const Model &model, nlohmann::json *status) {
+    auto sessions = nlohmann::json::array();
+    eachRecord(model, kSessions, [&](uint32_t number, std::string_view kept) {
+        const Port &port = *model.findPort(u32At(kept, 0));
+        sessions.push_back({{"number", number},
+                            {"switch", port.owner->id},
+                            {"port", port.id},
+                            {"definition", hexDigits(kept.substr(kDefinitionAt))}});
+    });
+    (*status)["liveTrace"] = sessions;
+}
+
+}  // namespace
+
+constexpr DevicePart kLivetrace = {
+    .commands = kCommands, .lab = kLab, .tables = kTables, .describe = describe};
+
+}  // namespace qvs::kernel

@@ -1,0 +1,226 @@
+// The forwarding table, its ageing and its limits. An entry is stored under its address, VLAN and switch, and
+// says behind which port it is, and when it was learnt if it was.
+#include "daemon/devices/mac_table.h"
+
+#include <algorithm>
+#include <ctime>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "daemon/devices/device.h"
+#include "wire/fault.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr const char *kLearningNames[] = {"aging", "limit", "clock"};
+constexpr auto &kAgingValue = kLearningNames[0];
+constexpr auto &kLimitValue = kLearningNames[1];
+constexpr auto &kClockValue = kLearningNames[2];
+
+bool fitsName(const std::string &name, const uint64_t &number) {
+    return name != kLimitValue || number <= UINT16_MAX;
+}
+
+constexpr Table<std::string, uint64_t> kLearning("mac learning", kNameOf<kLearningNames>, kDecimal, SIZE_MAX,
+                                                 fitsName);
+
+// The record that a switch has stored: 24 bits of seconds, u32 limit at 4.
+constexpr char kSwitchLearningKey[] = "com.quillon.vswitch.macLearning";
+constexpr size_t kSwitchLearningSize = 8;
+constexpr uint32_t kDefaultSwitchLimit = 65536;
+// The record of a port: three flags, u32 limit at 3, u32 policy at 7.
+constexpr char kPortLearningKey[] = "com.quillon.vswitch.port.macManagement";
+constexpr size_t kPortLearningSize = 11;
+
+std::optional<uint64_t> storedNumber(const Model &model, const char *name) {
+    const auto &values = model.rows(kLearning);
+    const auto found = values.find(name);
+    return found == values.end() ? std::nullopt : std::optional(found->second);
+}
+
+// An entry as it is kept: behind which port, and when it was learnt if it was.
+struct KeptEntry {
+    uint32_t port = 0;
+    std::optional<uint64_t> since;
+};
+
+// "02000000000a/0064/1"
+std::string keyText(const MacKey &key) {
+    return fmt::format("{:012x}/{:04x}/{}", key.address, key.vlan, key.switchRow);
+}
+
+std::optional<MacKey> readKey(std::string_view text) {
+    constexpr size_t kVlanAt = 13;
+    constexpr size_t kSwitchAt = 18;
+    if (text.size() <= kSwitchAt) return std::nullopt;
+    const auto address = wire::numberOf<uint64_t>(text.substr(0, kVlanAt - 1), 16);
+    const auto vlan = wire::numberOf<uint16_t>(text.substr(kVlanAt, 4), 16);
+    const auto sw = wire::numberOf<int64_t>(text.substr(kSwitchAt));
+    if (!address || !vlan || !sw) return std::nullopt;
+    return MacKey{*address, *vlan, *sw};
+}
+
+// "67108865 1700000000": the port, and the time of a learnt one.
+std::string entryText(const KeptEntry &entry) {
+    return entry.since ? fmt::format("{} {}", entry.port, *entry.since) : fmt::format("{}", entry.port);
+}
+
+std::optional<KeptEntry> readEntry(std::string_view text) {
+    const size_t blank = text.find(' ');
+    const auto port = wire::numberOf<uint32_t>(text.substr(0, blank));
+    if (!port) return std::nullopt;
+    if (blank == std::string_view::npos) return KeptEntry{*port, std::nullopt};
+    const auto since = wire::numberOf<uint64_t>(text.substr(blank + 1));
+    return since ? std::optional(KeptEntry{*port, since}) : std::nullopt;
+}
+
+constexpr Table<MacKey, KeptEntry> kTable("mac table", {keyText, readKey}, {entryText, readEntry});
+
+KeptEntry keptEntry(const MacEntry &entry) {
+    return {entry.port->number, entry.learnt ? std::optional(entry.since) : std::nullopt};
+}
+
+// Of a port that is gone the entry has none; port numbers are not used again.
+MacEntry entryOf(const Model &model, const KeptEntry &kept) {
+    return {model.findPort(kept.port), kept.since.has_value(), kept.since.value_or(0)};
+}
+
+const Property *record(const PropertyList &properties, const char *key, size_t size) {
+    const Property *found = properties.find(key);
+    return found != nullptr && found->value.size() >= size ? found : nullptr;
+}
+
+}  // namespace
+
+LearningProps learningProps(const Model &model) {
+    LearningProps props;
+    props.aging = storedNumber(model, kAgingValue).value_or(props.aging);
+    props.limit = static_cast<uint16_t>(storedNumber(model, kLimitValue).value_or(props.limit));
+    return props;
+}
+
+void setLearningProps(Model &model, const LearningProps &props) {
+    // Addresses that are too old by now do not come back because the time is longer from now on.
+    const MacTable aged(model);
+    model.setRows(kLearning, {{kAgingValue, props.aging}, {kLimitValue, props.limit}});
+}
+
+uint64_t learningClock(const Model &model) {
+    return storedNumber(model, kClockValue).value_or(static_cast<uint64_t>(std::time(nullptr)));
+}
+
+void stopLearningClock(Model &model, uint64_t at) {
+    model.setRow(kLearning, kClockValue, at);
+}
+
+uint64_t agingOf(const Model &model, const Switch &sw) {
+    const Property *stored = record(sw.host, kSwitchLearningKey, kSwitchLearningSize);
+    return stored == nullptr ? learningProps(model).aging : u32At(stored->value, 0) & 0xffffff;
+}
+
+uint32_t macLimitOf(const Switch &sw) {
+    const Property *stored = record(sw.host, kSwitchLearningKey, kSwitchLearningSize);
+    return stored == nullptr ? kDefaultSwitchLimit : u32At(stored->value, 4);
+}
+
+std::optional<uint32_t> macLimitOf(const Model &model, const Port &port) {
+    const Property *stored = record(port.properties, kPortLearningKey, kPortLearningSize);
+    if (stored != nullptr) return u32At(stored->value, 3);
+    const uint16_t limit = learningProps(model).limit;
+    if (limit == 0) return std::nullopt;
+    return limit;
+}
+
+uint32_t learningFlags(const Switch &sw) {
+    constexpr std::pair<const char *, uint32_t> kSwitches[] = {
+        {"com.quillon.vswitch.macLearning.learnStatic", kLearnStatic},
+        {"com.quillon.vswitch.macLearning.staticMACAllow", kStaticAllowed},
+        {"com.quillon.vswitch.macLearning.overlay.cache", kOverlayCache},
+    };
+    uint32_t flags = 0;
+    for (const auto &[key, flag] : kSwitches) {
+        if (sw.host.text(key) == "true") flags |= flag;
+    }
+    return flags;
+}
+
+MacTable::MacTable(Model &model) : model_(model), now_(learningClock(model)) {
+    std::vector<MacKey> gone;
+    for (const auto &[key, kept] : model.rows(kTable)) {
+        const MacEntry entry = entryOf(model, kept);
+        if (entry.port == nullptr || expired(entry)) {
+            gone.push_back(key);
+            continue;
+        }
+        entries_.emplace_hint(entries_.end(), key, entry);
+        count(entry, 1);
+    }
+    if (gone.empty()) return;
+    try {
+        model.clearRows(kTable, gone);
+    } catch (const StoreError &) {
+        // Whoever only looks needs no room on the disk; the next one tries again.
+    }
+}
+
+bool MacTable::expired(const MacEntry &entry) const {
+    const uint64_t aging = agingOf(model_, *entry.port->owner);
+    return entry.learnt && aging != 0 && ageOf(entry) > aging;
+}
+
+uint32_t MacTable::ageOf(const MacEntry &entry) const {
+    if (!entry.learnt || entry.since >= now_) return 0;
+    return static_cast<uint32_t>(std::min<uint64_t>(now_ - entry.since, UINT32_MAX));
+}
+
+MacTable::Count MacTable::countBehind(const Port &port) const {
+    const auto found = behindPort_.find(&port);
+    return found == behindPort_.end() ? Count{} : found->second;
+}
+
+MacTable::Count MacTable::countOn(const Switch &sw) const {
+    const auto found = onSwitch_.find(&sw);
+    return found == onSwitch_.end() ? Count{} : found->second;
+}
+
+void MacTable::count(const MacEntry &entry, int change) {
+    for (Count *counted : {&behindPort_[entry.port], &onSwitch_[entry.port->owner]}) {
+        counted->all += static_cast<uint32_t>(change);
+        if (entry.learnt) counted->learnt += static_cast<uint32_t>(change);
+    }
+}
+
+bool MacTable::put(uint64_t address, uint16_t vlan, const MacEntry &entry) {
+    const Switch &sw = *entry.port->owner;
+    const MacKey key = {address, vlan, sw.row};
+    const auto known = entries_.find(key);
+    const bool onSwitch = known != entries_.end();
+    const bool behindPort = onSwitch && known->second.port == entry.port;
+    if (!onSwitch && countOn(sw).all >= macLimitOf(sw)) return false;
+    const std::optional<uint32_t> limit = macLimitOf(model_, *entry.port);
+    if (!behindPort && limit && countBehind(*entry.port).all >= *limit) return false;
+
+    model_.setRow(kTable, key, keptEntry(entry));
+    if (onSwitch) count(known->second, -1);
+    entries_.insert_or_assign(key, entry);
+    count(entry, 1);
+    return true;
+}
+
+bool MacTable::remove(uint64_t address, uint16_t vlan, const Port &port) {
+    const MacKey key = {address, vlan, port.owner->row};
+    const auto known = entries_.find(key);
+    if (known == entries_.end() || known->second.port != &port) return false;
+    model_.clearRow(kTable, key);
+    count(known->second, -1);
+    entries_.erase(known);
+    return true;
+}
+
+const AnyTable *const kMacTables[] = {&kTable, &kLearning};
+
+}  // namespace qvs::kernel

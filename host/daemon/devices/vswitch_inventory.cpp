@@ -1,0 +1,228 @@
+// /dev/vswitch: inventory and links of the host's switches.
+//
+// Requests carry one record: switch name at 0 (128 bytes), port at 128, uplink name at 176 (32 bytes), the
+// wanted link state at 208.
+//
+// Records in layouts/emulated.json: those from uplink to switch-alias.
+#include <cerrno>
+
+#include "daemon/devices/device.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr uint32_t kRequestSize = 268;
+constexpr size_t kSwitchAt = 0;
+constexpr size_t kSwitchWidth = 128;
+constexpr size_t kPortNumberAt = 128;
+constexpr size_t kUplinkAt = 176;
+constexpr size_t kUplinkWidth = 32;
+constexpr size_t kLinkStateAt = 208;
+
+constexpr size_t kUplinkEntry = 36;
+constexpr size_t kSwitchInfo = 220;
+constexpr size_t kPortInfo = 1458;
+constexpr size_t kLagTable = 35588;
+constexpr size_t kHint = 32;
+constexpr size_t kIdentity = 48;
+constexpr size_t kSwitchId = 64;
+constexpr size_t kPortsetNameEntry = 128;
+constexpr size_t kAliasEntry = 81;
+
+Result word(uint32_t value) {
+    return {0, Record(sizeof value).put(0, value).take()};
+}
+
+std::string_view switchName(const Call &call) {
+    return textAt(call.input, kSwitchAt, kSwitchWidth);
+}
+
+const Portset *requestedPortset(const Call &call) {
+    return call.model.findPortset(switchName(call));
+}
+
+// An uplink of a switch: by the name of its NIC or of its port. Null for what is neither.
+const Port *findUplink(const Model &model, const Switch &sw, std::string_view name) {
+    const Nic *nic = model.findNic(name);
+    if (nic != nullptr && nic->port != nullptr && nic->port->owner == &sw) return nic->port;
+    const Port *port = sw.port(name);
+    return port != nullptr && sw.uplinkSet.contains(port->id) ? port : nullptr;
+}
+
+const Port *requestedUplink(const Call &call) {
+    const Portset *portset = requestedPortset(call);
+    if (portset == nullptr || portset->owner == nullptr) return nullptr;
+    return findUplink(call.model, *portset->owner, textAt(call.input, kUplinkAt, kUplinkWidth));
+}
+
+Result getUplinks(const Call &call) {
+    const Portset *portset = requestedPortset(call);
+    if (portset == nullptr) return failure(ENOENT);
+    std::vector<const Nic *> nics;
+    if (portset->owner != nullptr) nics = call.model.boundNics(*portset->owner);
+    return countedList(call, 0, kUplinkEntry, nics, [](const Nic *nic) {
+        return Record(kUplinkEntry).text(0, kUplinkWidth, nic->name).put(32, nic->port->number);
+    });
+}
+
+Result getUplinkLinkState(const Call &call) {
+    const Port *uplink = requestedUplink(call);
+    return uplink == nullptr ? failure(ENOENT) : word(uplink->linkUp());
+}
+
+// No uplink is a member of a LAG, so none has a link in that sense.
+Result getUplinkLacpLinkState(const Call &call) {
+    return requestedUplink(call) == nullptr ? failure(ENOENT) : word(0);
+}
+
+Result getLagTable(const Call &call) {
+    return requestedPortset(call) == nullptr ? failure(ENOENT) : Result{0, std::string(kLagTable, '\0')};
+}
+
+Result getSwitchInfo(const Call &call) {
+    const Portset *portset = requestedPortset(call);
+    if (portset == nullptr) return failure(ENOENT);
+    Record info(kSwitchInfo);
+    info.put(0, portset->number).put(4, portset->capacity).put(16, portset->mtu).text(88, 128, portset->name);
+    if (const Switch *sw = portset->owner) {
+        const size_t uplinks = call.model.boundNics(*sw).size();
+        info.put(8, static_cast<uint32_t>(sw->ports.size())).put(12, static_cast<uint32_t>(uplinks));
+        info.put(20, sw->version).text(24, 64, sw->id);
+    }
+    return {0, info.take()};
+}
+
+// The VLAN of an access port; a trunk has none of its own.
+uint16_t vlanOf(const Port &port) {
+    constexpr uint16_t kTrunk = 1;
+    const Property *vlan = port.properties.find("com.quillon.vswitch.port.vlan");
+    if (vlan == nullptr) return 0;
+    const uint32_t flagsAndId = u32At(vlan->value, 0);
+    return (flagsAndId & kTrunk) != 0 ? uint16_t{0} : static_cast<uint16_t>(flagsAndId >> 16);
+}
+
+// A bound uplink has its NIC's address, a client's port one made from the port number.
+std::string macOf(const Port &port) {
+    if (port.nic != nullptr) return {port.nic->mac.begin(), port.nic->mac.end()};
+    if (!port.inUse()) return std::string(6, '\0');
+    std::string mac = "\x02\x01";
+    for (int shift = 24; shift >= 0; shift -= 8)
+        mac += static_cast<char>(port.number >> shift);
+    return mac;
+}
+
+Record portInfo(const Port &port) {
+    constexpr size_t kCounters = 128;
+    Record info(kPortInfo);
+    info.put(0, port.number).put(4, port.flags()).text(8, 48, port.id).text(56, 128, port.clientName());
+    info.bytes(184, macOf(port)).put(190, vlanOf(port));
+    if (const Property *counters = port.properties.find("com.quillon.common.port.statistics")) {
+        info.bytes(192, std::string_view(counters->value).substr(0, kCounters));
+    }
+    if (const Property *connect = port.properties.find("com.quillon.common.port.connectid")) {
+        info.put(320, u32At(connect->value, 0));
+    }
+    return info;
+}
+
+Result getSwitchPortInfo(const Call &call) {
+    const Portset *portset = requestedPortset(call);
+    if (portset == nullptr) return failure(ENOENT);
+    std::vector<const Port *> ports;
+    if (portset->owner != nullptr) {
+        for (const auto &[number, port] : portset->owner->ports) {
+            call.model.look(*port);
+            ports.push_back(port.get());
+        }
+    }
+    return countedList(call, 0, kPortInfo, ports, [](const Port *port) { return portInfo(*port); });
+}
+
+Result getPortInfo(const Call &call) {
+    Port *port = call.model.findPort(u32At(call.input, kPortNumberAt));
+    if (port == nullptr) return failure(ENOENT);
+    call.model.look(*port);
+    return {0, portInfo(*port).take()};
+}
+
+// Ports are spread over the uplinks that have a link, by port number.
+Result getTeamUplinkHint(const Call &call) {
+    const Port *port = call.model.findPort(u32At(call.input, kPortNumberAt));
+    if (port == nullptr) return failure(ENOENT);
+    std::vector<const Nic *> nics = call.model.boundNics(*port->owner);
+    std::erase_if(nics, [](const Nic *nic) { return !nic->up(); });
+    Record hint(kHint);
+    if (!nics.empty()) hint.text(0, kHint, nics[port->number % nics.size()]->name);
+    return {0, hint.take()};
+}
+
+// The one link request without a switch name: an uplink port's name is looked for on every switch.
+Result getUplinkDvPortId(const Call &call) {
+    const std::string_view name = textAt(call.input, kUplinkAt, kUplinkWidth);
+    for (const auto &[row, sw] : call.model.switches()) {
+        if (const Port *uplink = findUplink(call.model, *sw, name)) {
+            return {0, Record(kIdentity).text(0, kIdentity, uplink->id).take()};
+        }
+    }
+    return failure(ENOENT);
+}
+
+Result getSwitches(const Call &call) {
+    constexpr uint32_t kPortsetNames = 1;
+    const uint32_t selector = u32At(call.input, 0);
+    std::vector<std::string_view> names;
+    for (const auto &[number, portset] : call.model.portsets()) {
+        if (selector == kPortsetNames) {
+            names.push_back(portset->name);
+        } else if (portset->owner != nullptr) {
+            // A switch that nobody named goes by the name of its portset.
+            const std::string_view alias = portset->owner->alias();
+            names.push_back(alias.empty() ? std::string_view(portset->name) : alias);
+        }
+    }
+    const size_t width = selector == kPortsetNames ? kPortsetNameEntry : kAliasEntry;
+    return countedList(call, selector, width, names,
+                       [&](std::string_view name) { return Record(width).text(0, width, name); });
+}
+
+Result aliasToSwitchId(const Call &call) {
+    const Switch *sw = call.model.findAlias(switchName(call));
+    return sw == nullptr ? failure(ENOENT) : Result{0, Record(kSwitchId).text(0, kSwitchId, sw->id).take()};
+}
+
+Result setUplinkAdminLinkState(const Call &call) {
+    const Port *uplink = requestedUplink(call);
+    Nic *nic = uplink == nullptr || uplink->nic == nullptr ? nullptr : call.model.findNic(uplink->nic->name);
+    if (nic == nullptr) return failure(ENOENT);
+    Nic to = *nic;
+    to.admin = u32At(call.input, kLinkStateAt) != 0;
+    call.model.setNic(*nic, to);
+    return {};
+}
+
+Result refreshDevNumaInfo(const Call &call) {
+    return failure(requestedPortset(call) == nullptr ? ENOENT : 0);
+}
+
+constexpr Command kCommands[] = {
+    {0x100b, kRequestSize, "GetUplinks", getUplinks},
+    {0x100c, kRequestSize, "GetUplinkLinkState", getUplinkLinkState},
+    {0x100d, kRequestSize, "GetUplinkLACPLinkState", getUplinkLacpLinkState},
+    {0x100e, kRequestSize, "GetLAGTable", getLagTable},
+    {0x1010, kRequestSize, "GetSwitchInfo", getSwitchInfo},
+    {0x1013, kRequestSize, "GetSwitchPortInfo", getSwitchPortInfo},
+    {0x1014, kRequestSize, "GetPortInfo", getPortInfo},
+    {0x1022, kRequestSize, "PortGetTeamUplinkHint", getTeamUplinkHint},
+    {0x1023, kRequestSize, "GetUplinkDVPortID", getUplinkDvPortId},
+    {0x1026, sizeof(uint32_t), "GetSwitches", getSwitches},
+    {0x1027, kRequestSize, "DVSAliasToSwitchId", aliasToSwitchId},
+    {0x2002, kRequestSize, "SetUplinkAdminLinkState", setUplinkAdminLinkState},
+    {0x2006, kRequestSize, "RefreshDevNUMAInfo", refreshDevNumaInfo},
+};
+
+}  // namespace
+
+constexpr DevicePart kVswitchInventory = {.commands = kCommands};
+
+}  // namespace qvs::kernel

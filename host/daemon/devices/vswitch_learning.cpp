@@ -1,0 +1,153 @@
+// /dev/vswitch: how addresses are learnt, and layer-2 security.
+//
+// Requests about a switch carry its portset name, those about a distributed port the identifiers of switch
+// and port; the properties of the host, u64 seconds of ageing and u16 limit, are set from 176.
+//
+// Records in layouts/emulated.json: port-learning, learning-stats, learning-info,
+// learning-properties, port-security.
+#include <algorithm>
+#include <cerrno>
+
+#include <fmt/format.h>
+
+#include "daemon/devices/device_request.h"
+#include "daemon/devices/mac_table.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr size_t kAgingAt = 176;
+constexpr size_t kLimitAt = 184;
+
+constexpr size_t kPortLearning = 14;
+constexpr size_t kLearningStats = 52;
+constexpr size_t kLearningInfo = 88;
+constexpr size_t kSecurity = 8;
+constexpr size_t kProps = 10;
+
+// Its ports; a portset without a switch has none.
+std::vector<const Port *> portsOf(const Portset &portset) {
+    std::vector<const Port *> ports;
+    if (portset.owner == nullptr) return ports;
+    for (const auto &[number, port] : portset.owner->ports)
+        ports.push_back(port.get());
+    return ports;
+}
+
+// --- learning ---
+
+uint32_t limitBehind(const Model &model, const Port &port) {
+    return macLimitOf(model, port).value_or(macLimitOf(*port.owner));
+}
+
+struct PortPolicy {
+    bool learning = false;
+    bool flooding = false;
+    bool dropping = false;
+};
+
+// The stored record of a port: three flag bytes, u32 limit at 3, u32 policy at 7.
+PortPolicy policyOf(const Port &port) {
+    const Property *stored = port.properties.find("com.quillon.vswitch.port.macManagement");
+    if (stored == nullptr || stored->value.size() < 11) return {};
+    return {stored->value[1] != 0, stored->value[2] != 0, u32At(stored->value, 7) != 0};
+}
+
+Record statsOf(const Call &call, const MacTable &table, const Port &port) {
+    Record record(kLearningStats);
+    record.put(0, port.number).put(4, table.countBehind(port).all).put(8, limitBehind(call.model, port));
+    CounterRow counters = call.model.readCounters(fmt::format("mac learning {}", port.number));
+    for (size_t at = 12; at < kLearningStats; at += sizeof(uint64_t))
+        record.put(at, counters.next());
+    return record;
+}
+
+Result getPortMacLearningStats(const Call &call) {
+    const Port *port = requestedDvPort(call);
+    if (port == nullptr) return failure(ENOENT);
+    return {0, statsOf(call, MacTable(call.model), *port).take()};
+}
+
+Result getSwitchMacLearningStats(const Call &call) {
+    const Portset *portset = requestedPortset(call);
+    if (portset == nullptr) return failure(ENOENT);
+    const MacTable table(call.model);
+    return countedList(call, 0, kLearningStats, portsOf(*portset),
+                       [&](const Port *port) { return statsOf(call, table, *port); });
+}
+
+Result getMacLearningAllPorts(const Call &call) {
+    const Portset *portset = requestedPortset(call);
+    if (portset == nullptr) return failure(ENOENT);
+    const MacTable table(call.model);
+    return countedList(call, 0, kPortLearning, portsOf(*portset), [&](const Port *port) {
+        const PortPolicy policy = policyOf(*port);
+        const int flags = (policy.flooding ? 1 : 0) | (policy.dropping ? 2 : 0);
+        Record record(kPortLearning);
+        record.put(0, port->number).put(4, limitBehind(call.model, *port));
+        return record.put(8, table.countBehind(*port).learnt)
+            .put(12, static_cast<uint8_t>(policy.learning))
+            .put(13, static_cast<uint8_t>(flags));
+    });
+}
+
+Result getSwitchMacLearningInfo(const Call &call) {
+    const Portset *portset = requestedPortset(call);
+    if (portset == nullptr) return failure(ENOENT);
+    Record info(kLearningInfo);
+    const Switch *sw = portset->owner;
+    if (sw == nullptr) return {0, info.take()};
+    const MacTable::Count count = MacTable(call.model).countOn(*sw);
+    const auto ports = portsOf(*portset);
+    const auto learning =
+        std::count_if(ports.begin(), ports.end(), [](const Port *port) { return policyOf(*port).learning; });
+    info.put(0, agingOf(call.model, *sw)).put(8, macLimitOf(*sw)).put(12, count.all);
+    info.put(16, count.learnt).put(20, count.all - count.learnt);
+    info.put(24, static_cast<uint32_t>(learning)).put(28, uint32_t{learningFlags(*sw)});
+    CounterRow counters = call.model.readCounters("mac learning " + sw->id);
+    for (size_t at = 32; at < kLearningInfo; at += sizeof(uint64_t))
+        info.put(at, counters.next());
+    return {0, info.take()};
+}
+
+Result getGlobalMacLearningProps(const Call &call) {
+    const LearningProps props = learningProps(call.model);
+    return {0, Record(kProps).put(0, props.aging).put(8, props.limit).take()};
+}
+
+Result setGlobalMacLearningProps(const Call &call) {
+    setLearningProps(call.model, {u64At(call.input, kAgingAt), u16At(call.input, kLimitAt)});
+    return {};
+}
+
+// --- layer-2 security ---
+
+// What each port may not do, as stored; without a record, promiscuous mode.
+Result getL2Security(const Call &call) {
+    constexpr uint32_t kDenyPromiscuous = 1;
+    const Portset *portset = requestedPortset(call);
+    if (portset == nullptr) return failure(ENOENT);
+    return countedList(call, 0, kSecurity, portsOf(*portset), [](const Port *port) {
+        const Property *stored = port->properties.find("com.quillon.vswitch.port.security");
+        const uint32_t denied = stored == nullptr ? kDenyPromiscuous : u32At(stored->value, 0);
+        return Record(kSecurity).put(0, port->number).put(4, denied);
+    });
+}
+
+constexpr uint32_t kRequest = SwitchRequest::kSize;
+constexpr Command kCommands[] = {
+    {0x101c, kRequest, "GetPortMACLearningStats", getPortMacLearningStats},
+    {0x101d, kRequest, "GetGlobalMACLearningProps", getGlobalMacLearningProps},
+    {0x101e, kRequest, "GetSwitchMACLearningInfo", getSwitchMacLearningInfo},
+    {0x101f, kRequest, "GetMACLearningAllPorts", getMacLearningAllPorts},
+    {0x1020, kRequest, "GetSwitchMACLearningStats", getSwitchMacLearningStats},
+    {0x1021, kRequest, "GetL2Security", getL2Security},
+    {0x2005, kRequest, "SetGlobalMACLearningProps", setGlobalMacLearningProps},
+};
+
+}  // namespace
+
+constexpr DevicePart kVswitchLearning = {.commands = kCommands};
+
+}  // namespace qvs::kernel

@@ -1,0 +1,259 @@
+// /dev/vswitch: the multicast groups that ports have joined, which a lab says.
+//
+// Requests carry the portset name at 0 (128 bytes), the port at 176 (its number; 0: all of the switch), the
+// type at 180 (0 MAC, 2 IPv4, 3 IPv6) and the group at 184. A filter is an address of 6, 4 or 16 bytes.
+//
+// Records in layouts/emulated.json: mcast-filter, mcast-group-stats.
+#include <arpa/inet.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <set>
+
+#include <fmt/format.h>
+
+#include "daemon/devices/device_request.h"
+#include "daemon/devices/record_table.h"
+#include "daemon/model/text.h"
+#include "wire/fault.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr char kMember[] = "mcastFilters";
+
+constexpr size_t kPortAt = SwitchRequest::kOwnAt;
+constexpr size_t kTypeAt = SwitchRequest::kOwnAt + 4;
+constexpr size_t kGroupAt = SwitchRequest::kOwnAt + 8;
+constexpr size_t kSwitchFilter = 20;
+constexpr size_t kPortsAt = 16;
+constexpr size_t kStatsHead = 28;
+
+enum Type : uint32_t { Mac = 0, IPv4 = 2, IPv6 = 3 };
+
+bool isType(uint32_t number) {
+    return number == Mac || number == IPv4 || number == IPv6;
+}
+
+size_t addressSize(uint32_t type) {
+    return type == Mac ? 6 : type == IPv4 ? 4 : 16;
+}
+
+struct Address {
+    Type type = Mac;
+    std::string bytes;  // in network order
+
+    auto operator<=>(const Address &) const = default;
+};
+
+// Which port has joined which group.
+struct Membership {
+    uint32_t port = 0;
+    Address group;
+
+    auto operator<=>(const Membership &) const = default;
+};
+
+// "PORT TYPE GROUP", the port and the group in hexadecimal.
+std::string keyOf(const Membership &key) {
+    return fmt::format("{} {} {}", portKeyText(key.port), static_cast<uint32_t>(key.group.type),
+                       hexDigits(key.group.bytes));
+}
+
+std::optional<std::string> bytesOf(std::string_view hex) {
+    std::string bytes;
+    for (; !hex.empty(); hex.remove_prefix(std::min<size_t>(hex.size(), 2))) {
+        const auto byte = wire::numberOf<uint8_t>(hex.substr(0, 2), 16);
+        if (!byte) return std::nullopt;
+        bytes += static_cast<char>(*byte);
+    }
+    return bytes;
+}
+
+std::optional<Membership> readKey(std::string_view text) {
+    constexpr size_t kTypeText = 9;
+    constexpr size_t kGroupText = 11;
+    if (text.size() < kGroupText) return std::nullopt;
+    const auto port = readPortKey(text.substr(0, kTypeText - 1));
+    const auto type = wire::numberOf<uint32_t>(text.substr(kTypeText, 1));
+    const auto group = bytesOf(text.substr(kGroupText));
+    if (!port || !type || !isType(*type) || !group || group->size() != addressSize(*type))
+        return std::nullopt;
+    return Membership{*port, {static_cast<Type>(*type), *group}};
+}
+
+// Sources have the size of their group.
+bool fitsGroup(const Membership &key, const std::string &sources) {
+    return sources.size() % addressSize(key.group.type) == 0;
+}
+
+bool isAnything(std::string_view) {
+    return true;
+}
+
+// The sources' addresses by port and group, of which so many fit.
+constexpr size_t kRoom = 65536;
+constexpr Table<Membership, std::string> kJoined("multicast groups", {keyOf, readKey}, kBytes<isAnything>,
+                                                 kRoom, fitsGroup);
+constexpr const AnyTable *kTables[] = {&kJoined};
+
+// What ports have joined of one type, over all the ports asked for.
+struct Group {
+    uint32_t ports = 0;
+    bool everybody = false;  // some port has joined it whoever sends
+    std::set<std::string> sources;
+};
+using Groups = std::map<std::string, Group>;
+
+void addGroups(const Model &model, const Port &port, uint32_t type, Groups *groups) {
+    const auto &rows = model.rows(kJoined);
+    const Membership begin = {port.number, {static_cast<Type>(type), {}}};
+    for (auto row = rows.lower_bound(begin);
+         row != rows.end() && row->first.port == port.number && row->first.group.type == begin.group.type;
+         ++row) {
+        Group &group = (*groups)[row->first.group.bytes];
+        ++group.ports;
+        group.everybody = group.everybody || row->second.empty();
+        for (size_t at = 0; at < row->second.size(); at += addressSize(type))
+            group.sources.insert(row->second.substr(at, addressSize(type)));
+        if (group.everybody) group.sources.clear();
+    }
+}
+
+// Each port of the switch that has joined anything: there are fewer of them than ports.
+void addGroupsOfSwitch(const Model &model, const Switch &sw, uint32_t type, Groups *groups) {
+    const Port *last = nullptr;
+    for (const auto &[key, sources] : model.rows(kJoined)) {
+        if (last != nullptr && last->number == key.port) continue;
+        const Port *port = model.findPort(key.port);
+        if (port == nullptr || port->owner != &sw) continue;
+        addGroups(model, *port, type, groups);
+        last = port;
+    }
+}
+
+// What a request asks for. An errno, or 0.
+int findGroups(const Call &call, uint32_t number, Groups *groups) {
+    const Portset *portset = requestedPortset(call);
+    if (portset == nullptr) return ENOENT;
+    const uint32_t type = u32At(call.input, kTypeAt);
+    if (!isType(type)) return EINVAL;
+    if (number == 0) {
+        if (portset->owner != nullptr) addGroupsOfSwitch(call.model, *portset->owner, type, groups);
+        return 0;
+    }
+    const Port *port = call.model.findPort(number);
+    if (port == nullptr || port->owner != portset->owner) return ENOENT;
+    addGroups(call.model, *port, type, groups);
+    return 0;
+}
+
+Result getMcastFilters(const Call &call) {
+    Groups groups;
+    if (const int error = findGroups(call, u32At(call.input, kPortAt), &groups)) return failure(error);
+    const std::vector<std::pair<std::string, Group>> list(groups.begin(), groups.end());
+    const size_t size = addressSize(u32At(call.input, kTypeAt));
+    return countedList(call, 0, size, list,
+                       [&](const auto &group) { return Record(size).bytes(0, group.first); });
+}
+
+// The port field is not part of this request.
+Result getSwitchMcastFilters(const Call &call) {
+    Groups groups;
+    if (const int error = findGroups(call, 0, &groups)) return failure(error);
+    const std::vector<std::pair<std::string, Group>> list(groups.begin(), groups.end());
+    return countedList(call, 0, kSwitchFilter, list, [](const auto &group) {
+        return Record(kSwitchFilter).bytes(0, group.first).put(kPortsAt, group.second.ports);
+    });
+}
+
+Result getMcastFilterStats(const Call &call) {
+    const uint32_t type = u32At(call.input, kTypeAt);
+    if (type == Mac) return failure(EINVAL);
+    const uint32_t number = u32At(call.input, kPortAt);
+    Groups groups;
+    if (const int error = findGroups(call, number, &groups)) return failure(error);
+    const size_t size = addressSize(type);
+    const std::string address(call.input.substr(kGroupAt, size));
+    const auto found = groups.find(address);
+    if (found == groups.end()) return failure(ENOENT);
+
+    const Portset &portset = *requestedPortset(call);
+    const Address group{static_cast<Type>(type), address};
+    CounterRow counters = call.model.readCounters("multicast " + portset.name + "/" + keyOf({number, group}));
+    const std::set<std::string> &sources = found->second.sources;
+    const bool headOnly = call.outLength <= kStatsHead;
+    const size_t room = headOnly ? sources.size() : (call.outLength - kStatsHead) / size;
+    const size_t count = std::min(room, sources.size());
+    Record head(kStatsHead);
+    head.put(0, counters.next()).put(8, counters.next()).put(16, uint32_t{!sources.empty()});
+    head.put(20, static_cast<uint32_t>(count)).put(24, found->second.ports);
+    Result result;
+    result.output = head.take();
+    if (headOnly) return result;
+    std::for_each_n(sources.begin(), count, [&](const std::string &source) { result.output += source; });
+    return result;
+}
+
+constexpr Command kCommands[] = {
+    {0x1008, SwitchRequest::kSize, "GetMcastFilters", getMcastFilters},
+    {0x1009, SwitchRequest::kSize, "GetSwitchMcastFilters", getSwitchMcastFilters},
+    {0x100a, SwitchRequest::kSize, "GetMcastFilterStats", getMcastFilterStats},
+};
+
+// --- the lab ---
+
+Address parseAddress(const Members &members, const char *name, const std::string &text) {
+    std::string bytes(16, '\0');
+    if (inet_pton(AF_INET, text.c_str(), bytes.data()) == 1) return {IPv4, bytes.substr(0, 4)};
+    if (inet_pton(AF_INET6, text.c_str(), bytes.data()) == 1) return {IPv6, bytes};
+    std::array<uint8_t, 6> mac{};
+    int length = 0;
+    const int parts = std::sscanf(text.c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx%n", &mac[0], &mac[1],
+                                  &mac[2], &mac[3], &mac[4], &mac[5], &length);
+    if (parts != 6 || text.size() != 17 || length != 17)
+        members.fail(name, "is none of a MAC, IPv4 and IPv6 address: " + text);
+    return {Mac, {mac.begin(), mac.end()}};
+}
+
+bool isMulticast(const Address &address) {
+    const auto first = static_cast<uint8_t>(address.bytes[0]);
+    return address.type == Mac ? (first & 1) != 0 : address.type == IPv4 ? first >> 4 == 0xe : first == 0xff;
+}
+
+void applyFilter(Members &members, Model &model) {
+    const Port &port = portOf(members, model);
+    const Address first = parseAddress(members, "group", members.text("group"));
+    if (!isMulticast(first)) members.fail("group", "is not a group");
+    std::string sources;
+    for (const std::string &text : members.texts("sources")) {
+        const Address source = parseAddress(members, "sources", text);
+        if (first.type == Mac || source.type != first.type)
+            members.fail("sources", "holds an address of another type");
+        sources += source.bytes;
+    }
+    std::map<Membership, std::string> rows;
+    const uint32_t count = countOf(members, roomIn(model, kJoined));
+    eachAddress(members, count, first.bytes, [&](const std::string &bytes) {
+        const Address group{first.type, bytes};
+        if (!isMulticast(group)) members.fail("count", "leads beyond the last group");
+        rows.insert_or_assign(Membership{port.number, group}, sources);
+    });
+    model.setRows(kJoined, rows);
+}
+
+// A lab that says anything about groups says all of it.
+void applyFilters(const nlohmann::json &value, Model &model) {
+    clearTable(model, kJoined);
+    eachOf(value, kMember, [&](Members &members) { applyFilter(members, model); });
+}
+
+constexpr LabMember kLab[] = {{kMember, applyFilters}};
+
+}  // namespace
+
+constexpr DevicePart kVswitchMcastFilters = {.commands = kCommands, .lab = kLab, .tables = kTables};
+
+}  // namespace qvs::kernel

@@ -1,0 +1,131 @@
+// /dev/vswitch: the mirror sessions that run, and the mirror agent.
+//
+// Requests carry the portset name at 0 (128 bytes), a session's name at 176 (32 bytes). What runs is what the
+// switch has stored.
+//
+// Records in layouts/emulated.json: those that begin with mirror-.
+#include <algorithm>
+#include <cerrno>
+#include <set>
+
+#include "daemon/devices/device_request.h"
+#include "daemon/devices/mirror_sessions.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr size_t kSessionWidth = 32;
+constexpr size_t kDestination = 4;
+constexpr size_t kSessionStats = 121;
+constexpr size_t kAgentStats = 76;
+
+void putCounters(CounterRow counters, size_t at, size_t count, Record *record) {
+    for (; count != 0; --count, at += sizeof(uint64_t))
+        record->put(at, counters.next());
+}
+
+// The identifiers of a switch, each once, in the order in which they are stored.
+std::vector<std::string_view> sessionIds(const Switch &sw) {
+    std::vector<std::string_view> ids;
+    std::set<std::string_view> seen;
+    forEachMirrorSession(sw, [&](const MirrorSession &session) {
+        if (seen.insert(session.id).second) ids.push_back(session.id);
+    });
+    return ids;
+}
+
+// A port of the switch by its identifier, or by the NIC that it is bound to.
+const Port *findByName(const Model &model, const Switch &sw, std::string_view name) {
+    const Nic *nic = model.findNic(name);
+    return nic != nullptr && nic->port != nullptr && nic->port->owner == &sw ? nic->port : sw.port(name);
+}
+
+// The ports with a link that enabled sessions mirror to, by number.
+std::vector<uint32_t> activeDestinations(const Model &model, const Switch &sw) {
+    constexpr size_t kNameAt = 4;
+    constexpr size_t kNameWidth = 48;
+    std::set<uint32_t> numbers;
+    forEachMirrorSession(sw, [&](const MirrorSession &session) {
+        if (session.disabled || !session.namesPorts) return;
+        for (size_t at = 0; at < session.destinations.size(); at += kMirrorEntity) {
+            const auto name = textAt(session.destinations, at + kNameAt, kNameWidth);
+            const Port *port = findByName(model, sw, name);
+            if (port != nullptr && port->linkUp()) numbers.insert(port->number);
+        }
+    });
+    return {numbers.begin(), numbers.end()};
+}
+
+Result getPromiscSessionActiveDsts(const Call &call) {
+    const Portset *portset = requestedPortset(call);
+    if (portset == nullptr) return failure(ENOENT);
+    std::vector<uint32_t> numbers;
+    if (portset->owner != nullptr) numbers = activeDestinations(call.model, *portset->owner);
+    return countedList(call, 0, kDestination, numbers,
+                       [](uint32_t number) { return Record(kDestination).put(0, number); });
+}
+
+Result getSessionIds(const Call &call) {
+    const Portset *portset = requestedPortset(call);
+    if (portset == nullptr) return failure(ENOENT);
+    std::vector<std::string_view> ids;
+    if (portset->owner != nullptr) ids = sessionIds(*portset->owner);
+    return countedList(call, 0, kSessionWidth, ids,
+                       [](std::string_view id) { return Record(kSessionWidth).bytes(0, id); });
+}
+
+// A session that is disabled wherever it stands does nothing: its counters are zero.
+Result getSessionStats(const Call &call) {
+    constexpr size_t kCountersAt = 32;
+    constexpr size_t kCounters = 11;
+    constexpr size_t kActiveAt = 120;
+    const Portset *portset = requestedPortset(call);
+    if (portset == nullptr || portset->owner == nullptr) return failure(ENOENT);
+    const std::string_view name = textAt(call.input, SwitchRequest::kOwnAt, kSessionWidth);
+    std::string_view id;
+    bool found = false;
+    bool active = false;
+    forEachMirrorSession(*portset->owner, [&](const MirrorSession &session) {
+        // An identifier may fill its field, and no request has room for its last character then.
+        if (session.id.substr(0, kSessionWidth - 1) != name) return;
+        if (!found) id = session.id;
+        found = true;
+        active = active || !session.disabled;
+    });
+    if (!found) return failure(ENOENT);
+    Record stats(kSessionStats);
+    stats.bytes(0, id).put(kActiveAt, static_cast<uint8_t>(active));
+    if (active) {
+        const std::string object = "mirror session " + portset->name + "/" + std::string(id);
+        putCounters(call.model.readCounters(object), kCountersAt, kCounters, &stats);
+    }
+    return {0, stats.take()};
+}
+
+// The one request that names nothing: there is one agent, for the sessions of all switches.
+Result getAgentStats(const Call &call) {
+    constexpr size_t kCountersAt = 4;
+    constexpr size_t kCounters = 9;
+    size_t sessions = 0;
+    for (const auto &[number, portset] : call.model.portsets()) {
+        if (portset->owner != nullptr) sessions += sessionIds(*portset->owner).size();
+    }
+    Record stats(kAgentStats);
+    stats.put(0, static_cast<uint32_t>(sessions));
+    putCounters(call.model.readCounters("mirror agent"), kCountersAt, kCounters, &stats);
+    return {0, stats.take()};
+}
+
+constexpr Command kCommands[] = {
+    {0x1004, SwitchRequest::kSize, "GetPromiscSessionActiveDsts", getPromiscSessionActiveDsts},
+    {0x1005, SwitchRequest::kSize, "GetDVMirrorSessionIDs", getSessionIds},
+    {0x1006, SwitchRequest::kSize, "GetDVMirrorSessionStats", getSessionStats},
+    {0x2007, 0, "GetDVMirrorAgentWorldStats", getAgentStats},
+};
+
+}  // namespace
+
+constexpr DevicePart kVswitchMirror = {.commands = kCommands};
+
+}  // namespace qvs::kernel

@@ -1,0 +1,37 @@
+// /dev/vswitch: how a switch filters multicast. The request carries the portset name at 0 (128 bytes).
+#include <cerrno>
+
+#include "daemon/devices/device.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+enum FilterMode : uint32_t { Legacy = 0, Snooping = 1 };
+
+// The stored mode; without one, switches up to this version filter the old way, and newer ones snoop.
+constexpr uint32_t kLastLegacyVersion = 106;
+
+FilterMode filterModeOf(const Switch &sw) {
+    const std::string_view stored = sw.global.text("com.quillon.vswitch.multicastFilter");
+    if (stored == "legacyFiltering") return Legacy;
+    if (stored == "snooping") return Snooping;
+    return sw.version <= kLastLegacyVersion ? Legacy : Snooping;
+}
+
+Result getMcastFilterMode(const Call &call) {
+    const Portset *portset = call.model.findPortset(textAt(call.input, 0, 128));
+    if (portset == nullptr) return failure(ENOENT);
+    const uint32_t mode = portset->owner == nullptr ? Legacy : filterModeOf(*portset->owner);
+    return {0, Record(sizeof mode).put(0, mode).take()};
+}
+
+constexpr Command kCommands[] = {
+    {0x1007, 268, "GetMcastFilterMode", getMcastFilterMode},
+};
+
+}  // namespace
+
+constexpr DevicePart kVswitchMulticast = {.commands = kCommands};
+
+}  // namespace qvs::kernel

@@ -1,0 +1,168 @@
+// Control requests: a table of operations.
+#include "daemon/front/control.h"
+
+#include <unistd.h>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "daemon/devices/json_members.h"
+#include "daemon/front/lab.h"
+#include "wire/json.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+using nlohmann::json;
+
+json describeSwitch(const Model &model, const Switch &sw) {
+    auto uplinks = json::array();
+    for (const Nic *nic : model.boundNics(sw))
+        uplinks.push_back({{"nic", nic->name}, {"port", nic->port->id}});
+    return {{"id", sw.id},
+            {"alias", sw.alias()},
+            {"class", sw.className},
+            {"version", sw.version},
+            {"maxPorts", sw.maxPorts},
+            {"portset", sw.portset == nullptr ? json() : json(sw.portset->name)},
+            {"ports", sw.ports.size()},
+            {"uplinks", uplinks}};
+}
+
+json describeNic(const Nic &nic) {
+    const auto &mac = nic.mac;
+    return {{"name", nic.name},
+            {"link", nic.link ? "up" : "down"},
+            {"admin", nic.admin ? "up" : "down"},
+            {"speedMbps", nic.speedMbps},
+            {"mtu", nic.mtu},
+            {"mac", fmt::format("{:02x}:{:02x}:{:02x}:{:02x}:{:02x}:{:02x}", mac[0], mac[1], mac[2], mac[3],
+                                mac[4], mac[5])},
+            {"switch", nic.port == nullptr ? json() : json(nic.port->owner->id)},
+            {"port", nic.port == nullptr ? json() : json(nic.port->id)}};
+}
+
+json status(Members &, Server &server) {
+    const Kernel &kernel = server.kernel();
+    const Model &model = kernel.model;
+    auto switches = json::array();
+    for (const auto &[row, sw] : model.switches())
+        switches.push_back(describeSwitch(model, *sw));
+    auto portsets = json::array();
+    for (const auto &[number, portset] : model.portsets()) {
+        portsets.push_back({{"name", portset->name},
+                            {"number", number},
+                            {"capacity", portset->capacity},
+                            {"mtu", portset->mtu},
+                            {"switch", portset->owner == nullptr ? json() : json(portset->owner->id)}});
+    }
+    auto nics = json::array();
+    for (const auto &nic : model.nics())
+        nics.push_back(describeNic(*nic));
+    json answer = {{"pid", getpid()},
+                   {"uptimeSeconds", server.uptime().count()},
+                   {"state", server.options().directory},
+                   {"staysWithoutLease", !server.options().whileLeased},
+                   {"leases", server.leases()},
+                   {"trace", kernel.trace.files()},
+                   {"traceDropped", kernel.trace.dropped()},
+                   {"switches", switches},
+                   {"ports", model.portCount()},
+                   {"portsets", portsets},
+                   {"nics", nics},
+                   {"faults", kernel.faults.list()}};
+    for (const Device &device : devices()) {
+        for (const DevicePart *part : device.parts) {
+            if (part->describe != nullptr) part->describe(model, &answer);
+        }
+    }
+    return answer;
+}
+
+json reset(Members &members, Server &server) {
+    members.finish();
+    server.kernel().model.reset();
+    server.kernel().faults.clear();
+    return json::object();
+}
+
+json seed(Members &members, Server &server) {
+    const json *lab = members.any("lab");
+    if (lab == nullptr) members.fail("lab", "is missing");
+    members.finish();
+    applyLab(parseLab(*lab), server.kernel().model, server.kernel().store);
+    return json::object();
+}
+
+json traceFile(Members &members, Server &server) {
+    const std::string path = members.text("path");
+    members.finish();
+    if (const auto problem = server.kernel().trace.openFile(path))
+        throw JsonError(fmt::format("the trace {} cannot be opened: {}", path, *problem));
+    return json::object();
+}
+
+// The answer is all there is to it; the rest happens once it is sent.
+json nothing(Members &, Server &) {
+    return json::object();
+}
+
+json addFault(Members &members, Server &server) {
+    return {{"id", server.kernel().faults.add(&members)}};
+}
+
+json listFaults(Members &, Server &server) {
+    return {{"faults", server.kernel().faults.list()}};
+}
+
+json clearFaults(Members &members, Server &server) {
+    members.finish();
+    server.kernel().faults.clear();
+    return json::object();
+}
+
+constexpr struct {
+    std::string_view name;
+    json (*run)(Members &members, Server &server);
+} kOperations[] = {
+    {"status", status},         {"reset", reset},
+    {"stop", nothing},          {"seed", seed},
+    {"trace.file", traceFile},  {"fault.add", addFault},
+    {"fault.list", listFaults}, {"fault.clear", clearFaults},
+};
+
+json perform(const json &request, Server &server, bool *stops) {
+    Members members(request, "request");
+    const std::string name = members.text("op");
+    for (const auto &operation : kOperations) {
+        if (operation.name != name) continue;
+        json reply = operation.run(members, server);
+        // For the operations that look at nothing else.
+        members.finish();
+        *stops = name == "stop";
+        return reply;
+    }
+    members.fail("op", "is not an operation: " + name);
+}
+
+}  // namespace
+
+ControlAnswer runControl(std::string_view request, Server &server) {
+    ControlAnswer answer;
+    json reply;
+    try {
+        reply = perform(wire::parseJson(request), server, &answer.stops);
+        reply["ok"] = true;
+    } catch (const StoreError &error) {
+        logStoreFailure(server.kernel().store, error);
+        reply = {{"ok", false}, {"error", error.what()}};
+    } catch (const std::exception &error) {
+        reply = {{"ok", false}, {"error", error.what()}};
+    }
+    // Names may hold any bytes; JSON is UTF-8.
+    answer.json = reply.dump(-1, ' ', false, json::error_handler_t::replace);
+    return answer;
+}
+
+}  // namespace qvs::kernel

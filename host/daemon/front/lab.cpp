@@ -1,0 +1,225 @@
+// Putting a lab onto the host.
+#include "daemon/front/lab.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <fmt/format.h>
+
+#include "daemon/devices/json_members.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr uint32_t kDefaultMaxPorts = 128;
+constexpr uint32_t kDefaultVersion = 105;
+constexpr uint32_t kPolicy = 8;
+constexpr uint32_t kRuntime = 32;
+
+[[noreturn]] void fail(const std::string &what, Status status) {
+    const char *reason = "cannot be applied";
+    switch (status) {
+        case Status::NotFound:
+            reason = "not found";
+            break;
+        case Status::Busy:
+            reason = "in use";
+            break;
+        case Status::Exists:
+            reason = "exists already";
+            break;
+        case Status::LimitExceeded:
+            reason = "the switch has no room for it";
+            break;
+        case Status::BadParameter:
+            reason = "not a valid name or value";
+            break;
+        default:
+            break;
+    }
+    throw LabError(fmt::format("{}: {}", what, reason));
+}
+
+void require(Status status, const std::string &what) {
+    if (status != Status::Ok) fail(what, status);
+}
+
+std::string terminated(std::string_view text) {
+    return std::string(text) + '\0';
+}
+
+std::string u32Bytes(uint32_t value) {
+    std::string bytes(sizeof value, '\0');
+    std::memcpy(bytes.data(), &value, sizeof value);
+    return bytes;
+}
+
+// The identifier that a management tool derives from an alias: 16 bytes in hexadecimal.
+std::string identifierOf(std::string_view alias) {
+    std::string id;
+    for (size_t i = 0; i < 16; ++i) {
+        const auto byte = static_cast<uint8_t>(i < 15 && i < alias.size() ? alias[i] : 0);
+        id += fmt::format("{}{:02x}", i == 0 ? "" : i == 8 ? "-" : " ", byte);
+    }
+    return id;
+}
+
+// u32 count and one zero-padded field a name.
+std::string nameList(const std::vector<std::string> &names, size_t width) {
+    std::string bytes = u32Bytes(static_cast<uint32_t>(names.size()));
+    for (const std::string &name : names) {
+        std::string field = name.substr(0, width - 1);
+        field.resize(width);
+        bytes += field;
+    }
+    return bytes;
+}
+
+class Laboratory {
+  public:
+    explicit Laboratory(Model &model) : model_(model) {}
+
+    void apply(const Lab &lab) {
+        if (lab.nics) setUpNics(*lab.nics);
+        for (const auto &part : lab.switches)
+            setUpSwitch(part);
+        for (const auto &client : lab.clients)
+            attach(client);
+        if (lab.seed) model_.seedCounters(*lab.seed);
+        for (const auto &[member, value] : lab.deviceMembers)
+            member->apply(value, model_);
+    }
+
+  private:
+    void setUpNics(const std::vector<Lab::NicPart> &parts) {
+        const bool fresh = model_.empty();
+        if (fresh) model_.clearNics();
+        uint8_t index = 0;
+        for (const Lab::NicPart &part : parts) {
+            Nic *known = fresh ? nullptr : model_.findNic(part.name);
+            if (known == nullptr && !fresh)
+                throw LabError(fmt::format("NIC {}: NICs can be added to an empty host alone", part.name));
+            Nic nic;
+            if (known != nullptr) nic = *known;
+            if (known == nullptr) nic.mac = {2, 0, 0, 0, 0, index++};
+            nic.name = part.name;
+            nic.link = part.link.value_or(nic.link);
+            nic.speedMbps = part.speedMbps.value_or(nic.speedMbps);
+            nic.mtu = part.mtu.value_or(nic.mtu);
+            nic.mac = part.mac.value_or(nic.mac);
+            require(known != nullptr ? model_.setNic(*known, nic) : model_.addNic(nic), "NIC " + part.name);
+        }
+    }
+
+    void setUpSwitch(const Lab::SwitchPart &part) {
+        Switch *sw = part.id.empty() ? model_.findAlias(part.alias) : model_.findSwitch(part.id);
+        if (sw == nullptr) {
+            sw = &createSwitch(part);
+        } else {
+            compare(*sw, part);
+        }
+        for (const std::string &port : part.ports)
+            addPort(*sw, port, std::string(8, '\0'));
+        addUplinks(*sw, part.uplinks);
+        for (const auto &property : part.properties) {
+            require(model_.setProperty({property.scope, sw->id, property.port},
+                                       {property.key, property.value, property.type}),
+                    fmt::format("switch {}, property {}", part.alias, property.key));
+        }
+    }
+
+    Switch &createSwitch(const Lab::SwitchPart &part) {
+        const std::string what = "switch " + part.alias;
+        const std::string id = part.id.empty() ? identifierOf(part.alias) : part.id;
+        const std::string portset = part.portset.value_or(part.alias);
+        const uint32_t version = part.version.value_or(kDefaultVersion);
+        const uint32_t maxPorts = part.maxPorts.value_or(kDefaultMaxPorts);
+        if (model_.findPortset(portset) == nullptr) {
+            require(model_.addPortset(portset, maxPorts), "portset " + portset);
+        }
+        require(model_.addSwitch(id, part.className.value_or("vswitch"), maxPorts, version), what);
+        set(id, Scope::Global, kAliasKey, terminated(part.alias));
+        set(id, Scope::Global, "com.quillon.common.version", u32Bytes(version));
+        set(id, Scope::Global, "com.quillon.common.opaqueDvs", terminated("false"));
+        set(id, Scope::Host, kPortsetKey, terminated(portset));
+        require(model_.associate(id), "portset " + portset);
+        return *model_.findSwitch(id);
+    }
+
+    // A lab may be applied again; it does not turn one switch into another.
+    void compare(const Switch &sw, const Lab::SwitchPart &part) {
+        const std::string_view portset = sw.host.text(kPortsetKey);
+        const bool same = sw.alias() == part.alias && part.className.value_or(sw.className) == sw.className &&
+                          part.version.value_or(sw.version) == sw.version &&
+                          part.maxPorts.value_or(sw.maxPorts) == sw.maxPorts &&
+                          part.portset.value_or(std::string(portset)) == portset;
+        if (!same) throw LabError(fmt::format("switch {}: exists already and is another one", part.alias));
+    }
+
+    // As a management tool makes ports.
+    void addPort(Switch &sw, const std::string &name, std::string_view vlan) {
+        if (sw.port(name) != nullptr) return;
+        const std::string alias = terminated(name);
+        const std::string connect = u32Bytes(1);
+        const std::string block = terminated("false");
+        const std::string statistics(128, '\0');
+        const std::vector<PropertyView> properties = {
+            {"com.quillon.common.port.alias", alias, kConfig},
+            {"com.quillon.common.port.connectid", connect, kConfig},
+            {kPortBlockKey, block, kConfig},
+            {"com.quillon.common.port.statistics", statistics, kRuntime},
+            {"com.quillon.vswitch.port.vlan", vlan, kPolicy},
+        };
+        require(model_.addPort(sw.id, name, properties), "port " + name);
+    }
+
+    void addUplinks(Switch &sw, const std::vector<std::string> &wanted) {
+        // Trunk over the VLANs 1 to 4094.
+        constexpr std::string_view kTrunk("\1\0\0\0\0\0\1\0\1\0\xfe\x0f", 12);
+        std::vector<std::string> names = sw.uplinks;
+        for (const std::string &name : wanted) {
+            if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+            addPort(sw, name, kTrunk);
+        }
+        if (names.size() == sw.uplinks.size()) return;
+        set(sw.id, Scope::Global, "com.quillon.common.uplinkPorts", nameList(names, 81));
+        set(sw.id, Scope::Host, kUplinkPortsKey, nameList(names, 48));
+    }
+
+    void attach(const Lab::Client &client) {
+        const Switch *sw = model_.findAlias(client.sw);
+        if (sw == nullptr) sw = model_.findSwitch(client.sw);
+        if (sw == nullptr) fail("switch " + client.sw, Status::NotFound);
+        Port *port = sw->port(client.port);
+        if (port == nullptr) fail("port " + client.port, Status::NotFound);
+        require(model_.setClient(*port, client.name, client.link), "port " + client.port);
+    }
+
+    void set(const std::string &id, Scope scope, const char *key, const std::string &value) {
+        require(model_.setProperty({scope, id, {}}, {key, value, kConfig}), key);
+    }
+
+    Model &model_;
+};
+
+}  // namespace
+
+void applyLab(const Lab &lab, Model &model, Store &store) {
+    bool entered = false;
+    try {
+        Transaction transaction(store);
+        entered = true;
+        Laboratory(model).apply(lab);
+        transaction.commit();
+    } catch (const JsonError &error) {
+        model.load();
+        throw LabError(error.what());
+    } catch (...) {
+        // Memory ran ahead of the transaction that is now rolled back.
+        if (entered) model.load();
+        throw;
+    }
+}
+
+}  // namespace qvs::kernel

@@ -1,0 +1,71 @@
+// A laboratory: NICs, switches, ports and clients described in JSON (docs/lab.md), checked and applied whole.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "daemon/devices/device.h"
+#include "daemon/model/model.h"
+
+namespace qvs::kernel {
+
+// What is wrong, and where.
+class LabError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+struct Lab {
+    struct NicPart {
+        std::string name;
+        std::optional<bool> link;
+        std::optional<uint32_t> speedMbps;
+        std::optional<uint32_t> mtu;
+        std::optional<std::array<uint8_t, 6>> mac;
+    };
+    struct Client {
+        std::string sw;
+        std::string port;
+        std::string name;
+        bool link = true;
+    };
+    struct PropertyPart {
+        Scope scope = Scope::Global;
+        std::string port;
+        std::string key;
+        std::string value;
+        uint32_t type = kConfig;
+    };
+    struct SwitchPart {
+        std::string alias;
+        std::string id;
+        std::optional<std::string> className;
+        std::optional<std::string> portset;
+        std::optional<uint32_t> version;
+        std::optional<uint32_t> maxPorts;
+        std::vector<std::string> uplinks;
+        std::vector<std::string> ports;
+        std::vector<PropertyPart> properties;
+    };
+
+    std::optional<std::vector<NicPart>> nics;
+    std::vector<SwitchPart> switches;
+    std::vector<Client> clients;
+    std::optional<uint32_t> seed;  // of the counters
+    std::vector<std::pair<const LabMember *, nlohmann::json>> deviceMembers;
+};
+
+// Throws LabError.
+Lab parseLab(const nlohmann::json &json);
+
+// All of it or, with an exception (LabError, StoreError), nothing.
+void applyLab(const Lab &lab, Model &model, Store &store);
+
+}  // namespace qvs::kernel

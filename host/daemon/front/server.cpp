@@ -1,0 +1,125 @@
+// Accepting clients, leases, stopping.
+#include "daemon/front/server.h"
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+#include <asio/posix/stream_descriptor.hpp>
+#include <asio/post.hpp>
+
+#include "daemon/front/connection.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+using namespace std::chrono_literals;
+constexpr auto kFirstLeaseWithin = 30s;
+constexpr auto kAcceptAgainAfter = 100ms;
+// Clients that hold less are not looked at; all others together hold no more than the second.
+constexpr size_t kLight = 256 << 10;
+constexpr size_t kMaxHeld = 512u << 20;
+
+}  // namespace
+
+Server::Server(asio::io_context &io, Kernel &kernel, int listener, Options options)
+    : io_(io),
+      kernel_(kernel),
+      options_(std::move(options)),
+      acceptor_(io, Protocol(), listener),
+      timer_(io) {
+    if (options_.whileLeased) {
+        // A launcher that died before it took its lease must not leave the daemon behind.
+        timer_.expires_after(kFirstLeaseWithin);
+        timer_.async_wait([this](const asio::error_code &error) {
+            if (!error && leases_ == 0) stop();
+        });
+    }
+    kernel_.trace.waitWith(
+        [this](int file, std::function<void()> then) { whenWritable(file, std::move(then)); });
+    accept();
+}
+
+std::chrono::seconds Server::uptime() const {
+    return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - started_);
+}
+
+void Server::accept() {
+    acceptor_.async_accept([this](const asio::error_code &error, Protocol::socket socket) {
+        if (!error) {
+            if (mayConnect(socket)) std::make_shared<Connection>(std::move(socket), *this)->start();
+            accept();
+        } else if (acceptor_.is_open()) {
+            spdlog::warn("no connection can be accepted: {}", error.message());
+            timer_.expires_after(kAcceptAgainAfter);
+            timer_.async_wait([this](const asio::error_code &) { accept(); });
+        }
+    });
+}
+
+// The host is its user's own: others would otherwise write with that user's rights.
+bool Server::mayConnect(Protocol::socket &socket) const {
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    const bool known = getsockopt(socket.native_handle(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
+    if (known && (peer.uid == 0 || peer.uid == geteuid())) return true;
+    spdlog::info("connection closed: it is of user {}, and the host of user {}", peer.uid, geteuid());
+    return false;
+}
+
+void Server::weigh(const std::shared_ptr<Connection> &connection, size_t bytes) {
+    const auto known = loads_.find(connection.get());
+    if (known != loads_.end()) held_ -= known->second.bytes;
+    if (bytes <= kLight) {
+        if (known != loads_.end()) loads_.erase(known);
+        return;
+    }
+    loads_[connection.get()] = {connection, bytes, ++moments_};
+    held_ += bytes;
+    while (held_ > kMaxHeld && loads_.size() > 1) {
+        const auto stalest = std::min_element(loads_.begin(), loads_.end(), [](const auto &a, const auto &b) {
+            return a.second.moved < b.second.moved;
+        });
+        const Load dropped = stalest->second;
+        held_ -= dropped.bytes;
+        loads_.erase(stalest);
+        asio::post(io_, [dropped] {
+            if (const auto live = dropped.connection.lock())
+                live->drop(fmt::format("{} bytes that it did not read, or sent in part, are in the way",
+                                       dropped.bytes));
+        });
+    }
+}
+
+void Server::whenWritable(int file, std::function<void()> then) {
+    const int copy = fcntl(file, F_DUPFD_CLOEXEC, 0);
+    if (copy < 0) return;
+    auto stream = std::make_shared<asio::posix::stream_descriptor>(io_, copy);
+    stream->async_wait(asio::posix::stream_descriptor::wait_write,
+                       [stream, then = std::move(then)](const asio::error_code &error) {
+                           if (!error) then();
+                       });
+}
+
+void Server::stop() {
+    acceptor_.close();
+    io_.stop();
+}
+
+void Server::leaseOpened() {
+    ++leases_;
+}
+
+bool Server::leaseClosed() {
+    const bool ends = --leases_ == 0 && options_.whileLeased;
+    if (ends) stop();
+    return ends;
+}
+
+}  // namespace qvs::kernel

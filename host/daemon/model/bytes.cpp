@@ -1,0 +1,46 @@
+// Reading and writing of fields.
+#include "daemon/model/bytes.h"
+
+#include <cstring>
+
+#include "daemon/model/property.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+template <typename T>
+T numberAt(std::string_view bytes, size_t offset) {
+    T value{};
+    if (offset + sizeof value <= bytes.size()) std::memcpy(&value, bytes.data() + offset, sizeof value);
+    return value;
+}
+
+}  // namespace
+
+uint16_t u16At(std::string_view bytes, size_t offset) {
+    return numberAt<uint16_t>(bytes, offset);
+}
+
+uint32_t u32At(std::string_view bytes, size_t offset) {
+    return numberAt<uint32_t>(bytes, offset);
+}
+
+uint64_t u64At(std::string_view bytes, size_t offset) {
+    return numberAt<uint64_t>(bytes, offset);
+}
+
+std::string_view textAt(std::string_view bytes, size_t offset, size_t width) {
+    return offset >= bytes.size() ? std::string_view{} : untilNul(bytes.substr(offset, width));
+}
+
+Record &Record::text(size_t offset, size_t width, std::string_view value) {
+    return bytes(offset, value.substr(0, width - 1));
+}
+
+Record &Record::bytes(size_t offset, std::string_view value) {
+    bytes_.replace(offset, value.size(), value);
+    return *this;
+}
+
+}  // namespace qvs::kernel

@@ -1,0 +1,210 @@
+// Builds the state blob from the model.
+#include "daemon/model/snapshot.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "daemon/model/health_check.h"
+#include "state_library/snapshot_writer.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr uint32_t kLive = 1;
+// The blob's positions are 31 bits wide in effect.
+constexpr uint64_t kMaxBytes = 1'900'000'000;
+
+}  // namespace
+
+// Keeps what went into the blob, so that a change of a few properties is added to it and the rest is left as
+// it is.
+class Snapshot::Builder {
+  public:
+    Builder(const Model &model, uint64_t mark) : model_(model), mark_(mark) {}
+
+    // False when the state does not fit.
+    bool addAll() {
+        for (const auto &[row, sw] : model_.switches()) {
+            add(*sw);
+            if (size_ >= kMaxBytes) return false;
+        }
+        usefulSize_ = size_;
+        return true;
+    }
+
+    // False when so much has become useless that everything had better be built anew.
+    bool replace(const Model::Touched &touched) {
+        for (const Switch *sw : touched.switches) {
+            const auto [globals, hosts] = switchLists(*sw);
+            writer_.replaceSwitch(sw->snapshotIndex, globals, hosts);
+        }
+        for (const Port *port : touched.ports) {
+            const HealthCheck check(model_, *port->owner);
+            writer_.replacePort(port->snapshotIndex, portList(*port, check));
+        }
+        return size_ < kMaxBytes && size_ - usefulSize_ <= usefulSize_ / 4 + kAlwaysTolerated;
+    }
+
+    flatbuffers::DetachedBuffer finish() { return writer_.finish(); }
+
+  private:
+    using Names = std::vector<uint32_t>;
+    static constexpr uint64_t kPortSize = 64;
+    static constexpr uint64_t kPropertySize = 32;
+    static constexpr uint64_t kAlwaysTolerated = 16 << 10;
+
+    void add(const Switch &sw) {
+        const auto [globals, hosts] = switchLists(sw);
+        sw.snapshotIndex = writer_.switchCount();
+        writer_.addSwitch(sw.id, sw.className, sw.maxPorts, sw.version, globals, hosts);
+        const HealthCheck check(model_, sw);
+        std::vector<const Port *> ports;
+        ports.reserve(sw.ports.size());
+        for (const auto &[number, port] : sw.ports)
+            ports.push_back(port.get());
+        for (size_t i = 0; i < ports.size(); ++i) {
+            const Port *port = ports[i];
+            fetchAhead(ports, i);
+            port->snapshotIndex = writer_.portCount();
+            size_ += kPortSize;
+            writer_.addPort(port->id, kLive, portList(*port, check));
+        }
+    }
+
+    std::pair<Names, Names> switchLists(const Switch &sw) {
+        std::pair<Names, Names> lists;
+        appendNames(sw.global, &lists.first);
+        appendNames(sw.host, &lists.second);
+        return lists;
+    }
+
+    // Stays until the next port's.
+    const Names &portList(const Port &port, const HealthCheck &check) {
+        portNames_.clear();
+        appendNames(port.properties, &portNames_);
+        if (const auto results = check.resultsOf(port)) {
+            addResult(port, kVlanResultKey, results->vlan);
+            addResult(port, kMtuResultKey, results->mtu);
+        }
+        if (port.statusFrom == Port::StatusFrom::Kernel) {
+            portNames_.push_back(name({kPortStatusKey, port.statusRecord(), kVolatile}));
+        }
+        return portNames_;
+    }
+
+    // Ports, their lists and their properties lie far apart, and waiting for them one after the other would
+    // be most of the work on a large host.
+    static void fetchAhead(const std::vector<const Port *> &ports, size_t i) {
+        constexpr size_t kPort = 12;
+        constexpr size_t kList = 8;
+        constexpr size_t kProperties = 4;
+        if (i + kPort >= ports.size()) return;
+        const auto *far = reinterpret_cast<const char *>(ports[i + kPort]);
+        for (size_t line = 0; line < sizeof(Port); line += 64)
+            __builtin_prefetch(far + line);
+        __builtin_prefetch(std::to_address(ports[i + kList]->properties.begin()));
+        for (const PropertyRef &property : ports[i + kProperties]->properties)
+            __builtin_prefetch(&property->snapshotMark);
+    }
+
+    uint32_t name(const PropertyView &view) {
+        size_ += view.key.size() + view.value.size() + kPropertySize;
+        return writer_.newProperty(view.key, view.value, view.type);
+    }
+
+    void appendNames(const PropertyList &list, Names *result) {
+        for (const PropertyRef &property : list) {
+            // Equal properties are one object in the model, so looking at the object is enough.
+            if (property->snapshotMark != mark_) {
+                property->snapshotName = name(property->view());
+                property->snapshotMark = mark_;
+            }
+            result->push_back(property->snapshotName);
+            size_ += sizeof(uint32_t);
+        }
+    }
+
+    // A value that a client has stored stands in the kernel's place.
+    void addResult(const Port &port, std::string_view key, std::string_view value) {
+        if (port.properties.find(key) == nullptr) portNames_.push_back(name({key, value, kVolatile}));
+    }
+
+    const Model &model_;
+    qvs::mesh::SnapshotWriter writer_;
+    uint64_t mark_;
+    uint64_t size_ = 0;
+    uint64_t usefulSize_ = 0;
+    Names portNames_;
+};
+
+namespace {
+
+// The bytes as a file that nobody can change any more; -1 when there is none to be had.
+int sealedFile(std::string_view bytes) {
+    const int file = memfd_create("qvs-state", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+    if (file < 0) return -1;
+    size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t step = write(file, bytes.data() + written, bytes.size() - written);
+        if (step < 0 && errno == EINTR) continue;
+        if (step <= 0) break;
+        written += static_cast<size_t>(step);
+    }
+    const int seals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE | F_SEAL_SEAL;
+    if (written == bytes.size() && fcntl(file, F_ADD_SEALS, seals) == 0) return file;
+    close(file);
+    return -1;
+}
+
+struct Stored {
+    explicit Stored(flatbuffers::DetachedBuffer &&built) : buffer(std::move(built)) {
+        if (buffer.size() >= kLeastFile) file = sealedFile(bytes());
+    }
+    Stored(const Stored &) = delete;
+    Stored &operator=(const Stored &) = delete;
+    ~Stored() {
+        if (file >= 0) close(file);
+    }
+
+    std::string_view bytes() const { return {reinterpret_cast<const char *>(buffer.data()), buffer.size()}; }
+
+    // What a socket's buffer holds at once goes through it faster.
+    static constexpr size_t kLeastFile = 64 << 10;
+
+    flatbuffers::DetachedBuffer buffer;
+    int file = -1;
+};
+
+}  // namespace
+
+Snapshot::Snapshot(Model &model) : model_(model) {}
+
+Snapshot::~Snapshot() = default;
+
+const Blob &Snapshot::get() {
+    if (generation_ == model_.generation()) return blob_;
+    outdated_ = std::exchange(blob_, {});
+    generation_ = model_.generation();
+    if (!update()) return blob_;
+    const auto stored = std::make_shared<const Stored>(builder_->finish());
+    blob_ = {stored, stored->bytes(), stored->file};
+    return blob_;
+}
+
+bool Snapshot::update() {
+    const Model::Touched touched = model_.takeTouched();
+    if (builder_ != nullptr && !touched.anything && builder_->replace(touched)) return true;
+    builder_ = std::make_unique<Builder>(model_, generation_);
+    if (builder_->addAll()) return true;
+    builder_.reset();
+    return false;
+}
+
+}  // namespace qvs::kernel

@@ -1,0 +1,279 @@
+// The SQLite side of the store: schema, statements, and which files are refused.
+#include "daemon/model/store.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include <fmt/format.h>
+#include <sqlite3.h>
+
+#include "daemon/model/state_directory.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr uint32_t kApplicationId = 0x71767331;  // "qvs1" in the file's header
+constexpr uint32_t kSchemaVersion = 1;
+constexpr uint32_t kPagesPerMebibyte = 256;
+
+// A new port is one row at the end of one table, so that adding one dirties one page: the properties it came
+// with stay together in `properties`, and what is set or cleared later (value null) is a row of
+// port_properties.
+constexpr char kSchema[] = R"(
+    CREATE TABLE counters (name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
+    CREATE TABLE nics (position INTEGER PRIMARY KEY, name BLOB NOT NULL, link INTEGER NOT NULL,
+        admin INTEGER NOT NULL, speed INTEGER NOT NULL, mtu INTEGER NOT NULL, mac BLOB NOT NULL,
+        port INTEGER NOT NULL);
+    CREATE TABLE portsets (number INTEGER PRIMARY KEY, name BLOB NOT NULL, capacity INTEGER NOT NULL,
+        mtu INTEGER NOT NULL);
+    CREATE TABLE switches (id INTEGER PRIMARY KEY, name BLOB NOT NULL, class BLOB NOT NULL,
+        max_ports INTEGER NOT NULL, version INTEGER NOT NULL, portset INTEGER NOT NULL);
+    CREATE TABLE switch_properties (switch INTEGER, scope INTEGER, key BLOB, value BLOB NOT NULL,
+        type INTEGER NOT NULL, PRIMARY KEY (switch, scope, key)) WITHOUT ROWID;
+    CREATE TABLE ports (number INTEGER PRIMARY KEY, switch INTEGER NOT NULL, name BLOB NOT NULL,
+        client BLOB NOT NULL, link INTEGER NOT NULL, properties BLOB NOT NULL);
+    CREATE TABLE port_properties (port INTEGER, key BLOB, value BLOB, type INTEGER NOT NULL,
+        PRIMARY KEY (port, key)) WITHOUT ROWID;
+    CREATE TABLE device_values (device TEXT, key BLOB, value BLOB NOT NULL, PRIMARY KEY (device, key))
+        WITHOUT ROWID;
+)";
+
+constexpr const char *kStatements[] = {
+    "BEGIN IMMEDIATE",
+    "COMMIT",
+    "INSERT OR REPLACE INTO counters VALUES ('nextPort', ?)",
+    "SELECT value FROM counters WHERE name = 'nextPort'",
+    "INSERT INTO nics VALUES (?, ?, ?, ?, ?, ?, ?, ?)",
+    "UPDATE nics SET link = ?2, admin = ?3, speed = ?4, mtu = ?5, mac = ?6, port = ?7 WHERE position = ?1",
+    "SELECT name, link, admin, speed, mtu, mac, port FROM nics ORDER BY position",
+    "DELETE FROM nics",
+    "INSERT INTO portsets VALUES (?, ?, ?, ?)",
+    "DELETE FROM portsets WHERE number = ?",
+    "UPDATE portsets SET mtu = ?2 WHERE number = ?1",
+    "SELECT number, name, capacity, mtu FROM portsets ORDER BY number",
+    "DELETE FROM portsets",
+    "INSERT INTO switches VALUES (?, ?, ?, ?, ?, 0)",
+    "UPDATE switches SET portset = ?2 WHERE id = ?1",
+    "DELETE FROM switches WHERE id = ?",
+    "SELECT id, name, class, max_ports, version, portset FROM switches ORDER BY id",
+    "DELETE FROM switches",
+    "INSERT OR REPLACE INTO switch_properties VALUES (?, ?, ?, ?, ?)",
+    "DELETE FROM switch_properties WHERE switch = ? AND scope = ? AND key = ?",
+    "DELETE FROM switch_properties WHERE switch = ?",
+    "SELECT switch, scope, key, value, type FROM switch_properties",
+    "DELETE FROM switch_properties",
+    "INSERT INTO ports VALUES (?, ?, ?, X'', 0, ?)",
+    "UPDATE ports SET client = ?2, link = ?3 WHERE number = ?1",
+    "DELETE FROM ports WHERE number = ?",
+    "SELECT number, switch, name, client, link, properties FROM ports ORDER BY number",
+    "DELETE FROM ports",
+    "INSERT OR REPLACE INTO port_properties VALUES (?, ?, ?, ?)",
+    "DELETE FROM port_properties WHERE port = ? AND key = ?",
+    "DELETE FROM port_properties WHERE port = ?",
+    "SELECT port, key, value, type FROM port_properties",
+    "DELETE FROM port_properties",
+    "INSERT OR REPLACE INTO device_values VALUES (?, ?, ?)",
+    "DELETE FROM device_values WHERE device = ? AND key = ?",
+    "SELECT device, key, value FROM device_values",
+    "DELETE FROM device_values",
+};
+static_assert(std::size(kStatements) == static_cast<size_t>(Sql::Count));
+
+// Reads the file's header itself: opening a foreign file through SQLite could already change it.
+void refuseForeign(const std::string &path) {
+    char header[100] = {};
+    std::ifstream file(path, std::ios::binary);
+    file.read(header, sizeof header);
+    if (file.gcount() != sizeof header ||
+        std::string_view(header, 16) != std::string_view("SQLite format 3\0", 16)) {
+        throw StoreError("not a database, or its beginning is damaged", false);
+    }
+    const auto bigEndian = [&](size_t offset) {
+        uint32_t value = 0;
+        for (size_t i = 0; i < 4; ++i)
+            value = value << 8 | static_cast<uint8_t>(header[offset + i]);
+        return value;
+    };
+    if (bigEndian(68) != kApplicationId) {
+        throw StoreError("a database of another program", false);
+    }
+    if (bigEndian(60) != kSchemaVersion) {
+        throw StoreError("written by another version of this program", false);
+    }
+}
+
+}  // namespace
+
+bool Row::null(int column) const {
+    return sqlite3_column_type(statement_, column) == SQLITE_NULL;
+}
+
+int64_t Row::integer(int column) const {
+    return sqlite3_column_int64(statement_, column);
+}
+
+std::string_view Row::bytes(int column) const {
+    const void *data = sqlite3_column_blob(statement_, column);
+    const int size = sqlite3_column_bytes(statement_, column);
+    return {static_cast<const char *>(data), static_cast<size_t>(size)};
+}
+
+Store::Store(const std::string &path) : path_(path) {
+    for (const char *end : {"", "-wal", "-shm", "-journal"})
+        requireOwnFile(path + end);
+    if (!std::filesystem::exists(path)) create(path);
+    if (access(path.c_str(), R_OK | W_OK) != 0)
+        throw StoreError(fmt::format("cannot read and write {}: {}", path, std::strerror(errno)), false);
+    try {
+        refuseForeign(path);
+        open(path);
+        // Whatever is found below, closing must not touch a damaged file.
+        sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        execute(
+            "PRAGMA locking_mode = EXCLUSIVE; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 4000");
+        verify();
+        prepare();
+    } catch (const std::exception &error) {
+        refuse(error.what());
+    }
+}
+
+void Store::refuse(std::string_view reason) const {
+    // The log of one database, found beside another one, would be applied to it.
+    throw StoreError(fmt::format("cannot use {0}: {1}; put back a copy and remove {0}-wal, or move both away "
+                                 "to begin with an empty host",
+                                 path_, reason),
+                     false);
+}
+
+void Store::Close::operator()(sqlite3 *database) const {
+    sqlite3_close(database);
+}
+
+void Store::Close::operator()(sqlite3_stmt *statement) const {
+    sqlite3_finalize(statement);
+}
+
+void Store::open(const std::string &path) {
+    sqlite3 *database = nullptr;
+    const int code = sqlite3_open_v2(
+        path.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    database_.reset(database);
+    check(code);
+}
+
+void Store::create(const std::string &path) try {
+    // Made aside and moved into place, so that a file of this name always has its header.
+    const std::string fresh = path + ".new";
+    std::filesystem::remove(fresh);
+    open(fresh);
+    execute("PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = WAL");
+    execute(
+        fmt::format("PRAGMA application_id = {}; PRAGMA user_version = {}", kApplicationId, kSchemaVersion));
+    execute(kSchema);
+    database_.reset();
+    std::filesystem::rename(fresh, path);
+} catch (const std::exception &error) {
+    throw StoreError(fmt::format("cannot make {}: {}", path, error.what()), false);
+}
+
+void Store::prepare() {
+    for (const char *text : kStatements) {
+        sqlite3_stmt *statement = nullptr;
+        check(sqlite3_prepare_v3(database_.get(), text, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr));
+        statements_.emplace_back(statement);
+    }
+}
+
+void Store::verify() {
+    std::string verdict;
+    const auto keep = [](void *context, int, char **columns, char **) {
+        *static_cast<std::string *>(context) = columns[0];
+        return 0;
+    };
+    check(sqlite3_exec(database_.get(), "PRAGMA quick_check(1)", keep, &verdict, nullptr));
+    std::replace(verdict.begin(), verdict.end(), '\n', ' ');
+    if (verdict != "ok") throw StoreError("the file is damaged: " + verdict, false);
+}
+
+void Store::close() {
+    sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
+    statements_.clear();
+    database_.reset();
+}
+
+void Store::execute(const std::string &sql) {
+    check(sqlite3_exec(database_.get(), sql.c_str(), nullptr, nullptr, nullptr));
+}
+
+void Store::check(int code) const {
+    if (code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE) return;
+    throw StoreError(sqlite3_errmsg(database_.get()), (code & 0xff) == SQLITE_FULL);
+}
+
+void Store::limitTo(uint32_t mebibytes) {
+    limited_ = mebibytes != 0;
+    if (!limited_) return;
+    execute(fmt::format("PRAGMA max_page_count = {}", uint64_t{mebibytes} * kPagesPerMebibyte));
+}
+
+Store::Use::Use(Store &store, Sql sql)
+    : store_(store), statement_(store.statements_[static_cast<size_t>(sql)].get()) {}
+
+Store::Use::~Use() {
+    sqlite3_reset(statement_);
+    sqlite3_clear_bindings(statement_);
+}
+
+void Store::Use::bind(int index, int64_t value) const {
+    store_.check(sqlite3_bind_int64(statement_, index, value));
+}
+
+void Store::Use::bind(int index, std::string_view value) const {
+    // An empty view may hold a null pointer, which SQLite would read as NULL.
+    const char *data = value.empty() ? "" : value.data();
+    store_.check(sqlite3_bind_blob64(statement_, index, data, value.size(), SQLITE_STATIC));
+}
+
+void Store::Use::bind(int index, std::nullptr_t) const {
+    store_.check(sqlite3_bind_null(statement_, index));
+}
+
+bool Store::Use::step() const {
+    const int code = sqlite3_step(statement_);
+    store_.check(code);
+    return code == SQLITE_ROW;
+}
+
+Transaction::Transaction(Store &store) : store_(store) {
+    if (store_.depth_ == 0) store_.run(Sql::Begin);
+    ++store_.depth_;
+}
+
+Transaction::~Transaction() {
+    if (!open_) return;
+    // A failed statement may have rolled back already. An inner one that is not committed dooms the outer
+    // one, which reports the failure itself.
+    if (--store_.depth_ == 0 && sqlite3_get_autocommit(store_.database_.get()) == 0) {
+        sqlite3_exec(store_.database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+}
+
+void Transaction::commit() {
+    if (store_.depth_ == 1) {
+        if (store_.dieAtCommit_) raise(SIGKILL);
+        store_.run(Sql::Commit);
+    }
+    --store_.depth_;
+    open_ = false;
+}
+
+}  // namespace qvs::kernel

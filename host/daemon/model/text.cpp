@@ -1,0 +1,92 @@
+// Showing bytes, words and errors.
+#include "daemon/model/text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+
+#include <fmt/format.h>
+
+namespace qvs::kernel {
+
+namespace {
+
+bool printable(char c) {
+    return c >= 0x20 && c <= 0x7e;
+}
+
+bool plain(char c) {
+    constexpr std::string_view kPlain = "_@%+=:,./-";
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+           kPlain.find(c) != std::string_view::npos;
+}
+
+void appendHex(char c, std::string *result) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    *result += kDigits[static_cast<uint8_t>(c) >> 4];
+    *result += kDigits[static_cast<uint8_t>(c) & 15];
+}
+
+std::string leftOut(size_t bytes) {
+    return fmt::format("+{} bytes", bytes);
+}
+
+}  // namespace
+
+std::string quote(std::string_view text) {
+    std::string result = "\"";
+    for (const char c : text.substr(0, kShownText)) {
+        if (c == '\n') {
+            result += "\\n";
+        } else if (c == '"' || c == '\\') {
+            result += '\\';
+            result += c;
+        } else if (printable(c)) {
+            result += c;
+        } else {
+            result += "\\x";
+            appendHex(c, &result);
+        }
+    }
+    result += '"';
+    if (text.size() > kShownText) result += leftOut(text.size() - kShownText);
+    return result;
+}
+
+std::string shellWord(std::string_view text) {
+    const bool isPlain = !text.empty() && std::all_of(text.begin(), text.end(), plain);
+    return isPlain ? std::string(text) : quote(text);
+}
+
+std::string hexDigits(std::string_view bytes, std::string_view between) {
+    std::string result;
+    for (const char c : bytes) {
+        if (!result.empty()) result += between;
+        appendHex(c, &result);
+    }
+    return result;
+}
+
+std::string hexRuns(std::string_view bytes) {
+    std::string result;
+    const std::string_view shown = bytes.substr(0, kShownArea);
+    for (size_t at = 0; at < shown.size(); ++at) {
+        if (shown[at] == 0) continue;
+        if (at == 0 || shown[at - 1] == 0) {
+            if (!result.empty()) result += ' ';
+            fmt::format_to(std::back_inserter(result), "{}:", at);
+        }
+        appendHex(shown[at], &result);
+    }
+    if (bytes.size() == shown.size()) return result;
+    return result + (result.empty() ? "" : " ") + leftOut(bytes.size() - shown.size());
+}
+
+std::string errnoName(int error) {
+    if (error == 0) return "0";
+    const char *name = strerrorname_np(error);
+    return name != nullptr ? name : std::to_string(error);
+}
+
+}  // namespace qvs::kernel

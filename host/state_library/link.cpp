@@ -1,0 +1,203 @@
+// The process's one connection to the emulated kernel.
+#include "state_library/link.h"
+
+#include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <mutex>
+#include <new>
+
+#include "state_library/block.h"
+#include "wire/client.h"
+#include "wire/silence.h"
+
+namespace qvs::mesh {
+namespace {
+
+// Constant-initialised and never destroyed: the first request comes from another library's initialiser, the
+// last may come after exit has begun.
+struct Link {
+    std::mutex mutex;
+    wire::Client *client = nullptr;
+    pid_t owner = 0;
+    dev_t device = 0;
+    ino_t inode = 0;
+};
+constinit Link link;
+
+// The interposer's in a program that has one, so that a host that hangs is waited for once.
+extern "C" [[gnu::weak]] wire::Silence qvsHostSilence;
+constinit wire::Silence ownSilence;
+
+wire::Silence &silence() {
+    return &qvsHostSilence != nullptr ? qvsHostSilence : ownSilence;
+}
+
+// A thread that holds the mutex while another forks does not exist in the child.
+void forgetLockInChild() {
+    new (&link.mutex) std::mutex;
+}
+
+// A program may close descriptors that it did not open, and the number then comes back as something else.
+bool sameDescriptor() {
+    struct stat now;
+    return fstat(link.client->socket(), &now) == 0 && now.st_dev == link.device && now.st_ino == link.inode;
+}
+
+// A connection is not shared with the parent: answers would reach whoever reads first.
+void dropWhatIsNotOurs() {
+    if (!link.client->connected()) return;
+    if (!sameDescriptor()) {
+        link.client->abandon();
+    } else if (link.owner != getpid()) {
+        link.client->close();
+    }
+}
+
+bool connect() {
+    if (!link.client->connectToHost()) return false;
+    // A program started without standard input must not find a socket there.
+    constexpr int kOutOfTheWay = 200;
+    link.client->moveAbove(kOutOfTheWay);
+    struct stat now;
+    if (fstat(link.client->socket(), &now) != 0) return false;
+    link.owner = getpid();
+    link.device = now.st_dev;
+    link.inode = now.st_ino;
+    return true;
+}
+
+bool send(wire::Writer &message) {
+    if (link.client == nullptr) {
+        link.client = new wire::Client;
+        pthread_atfork(nullptr, nullptr, forgetLockInChild);
+    }
+    dropWhatIsNotOurs();
+    link.client->setTimeout(wire::hostTimeout());
+    const bool kept = link.client->connected();
+    if (!kept && !connect()) return false;
+    if (link.client->send(message)) return true;
+    // The daemon that we were connected to has gone, and nothing of this request was executed; there may be a
+    // new one. After a request went out whole it is never repeated.
+    return kept && (errno == EPIPE || errno == ECONNRESET) && connect() && link.client->send(message);
+}
+
+HYP_ReturnStatus lost() {
+    switch (errno) {
+        case ETIMEDOUT:
+            if (const char *path = wire::hostSocket(); path != nullptr) silence().begin(path);
+            return kTimeout;
+        case EACCES:
+            return kNoAccess;
+        case EPERM:
+            return kNotPermitted;
+        case EMFILE:
+        case ENFILE:
+            return kNoDescriptor;
+        case ENOMEM:
+        case ENOBUFS:
+            return HYP_NO_MEMORY;
+        case EPROTO:
+            return HYP_FAILURE;
+        default:
+            return kNoConnection;
+    }
+}
+
+bool hostIsSilent() {
+    const char *path = wire::hostSocket();
+    return path != nullptr && silence().lasts(path);
+}
+
+HYP_ReturnStatus broken() {
+    link.client->close();
+    return HYP_FAILURE;
+}
+
+// A status of ours alone: the reply's file did not arrive, because the program has no descriptor left.
+constexpr HYP_ReturnStatus kFileLost = 1;
+
+// The whole file behind a descriptor of the link's, which it closes.
+bool readFile(void *bytes, size_t size) {
+    const int file = link.client->takeFile();
+    auto *target = static_cast<char *>(bytes);
+    size_t taken = 0;
+    while (taken < size) {
+        const ssize_t step = pread(file, target + taken, size - taken, static_cast<off_t>(taken));
+        if (step < 0 && errno == EINTR) continue;
+        if (step <= 0) break;
+        taken += static_cast<size_t>(step);
+    }
+    const bool gotten = file >= 0 && taken == size;
+    if (file >= 0) close(file);
+    return gotten;
+}
+
+// Reads the rest of a reply that carries bytes, in itself or in a file beside it.
+HYP_ReturnStatus receiveValue(uint32_t rest, void **bytes, uint32_t *length) {
+    uint32_t size = 0;
+    if (rest < sizeof size) return broken();
+    if (!link.client->receiveBytes(&size, sizeof size)) return lost();
+    const bool inFile = size != 0 && rest == sizeof size;
+    if (!inFile && size != rest - sizeof size) return broken();
+    auto *value = static_cast<char *>(allocateBlock(size_t{size} + 1));
+    if (value == nullptr) {
+        link.client->close();
+        return HYP_NO_MEMORY;
+    }
+    if (inFile ? !readFile(value, size) : !link.client->receiveBytes(value, size)) {
+        const HYP_ReturnStatus status = inFile ? kFileLost : lost();
+        std::free(value);
+        return status;
+    }
+    value[size] = '\0';
+    *bytes = value;
+    *length = size;
+    return HYP_OK;
+}
+
+HYP_ReturnStatus exchange(wire::Writer &message, void **bytes, uint32_t *length) try {
+    const std::lock_guard<std::mutex> lock(link.mutex);
+    uint32_t rest = 0;
+    HYP_ReturnStatus status = HYP_OK;
+    if (hostIsSilent()) return kTimeout;
+    if (!send(message) || !link.client->receiveHead(wire::Kind::Reply, &rest)) return lost();
+    if (rest < sizeof status) return broken();
+    if (!link.client->receiveBytes(&status, sizeof status)) return lost();
+    rest -= static_cast<uint32_t>(sizeof status);
+
+    if (status == HYP_OK && bytes != nullptr) return receiveValue(rest, bytes, length);
+    // A failed request carries at most an empty value.
+    uint32_t empty = 0;
+    if (rest == sizeof empty && !link.client->receiveBytes(&empty, sizeof empty)) return lost();
+    if (empty != 0 || (rest != 0 && rest != sizeof empty)) return broken();
+    return status;
+} catch (const std::bad_alloc &) {
+    return HYP_NO_MEMORY;
+}
+
+}  // namespace
+
+HYP_ReturnStatus request(wire::Writer &message) {
+    return exchange(message, nullptr, nullptr);
+}
+
+HYP_ReturnStatus requestBytes(wire::Writer &message, void **bytes, uint32_t *length) {
+    *bytes = nullptr;
+    *length = 0;
+    return exchange(message, bytes, length);
+}
+
+HYP_ReturnStatus requestState(void **bytes, uint32_t *length) {
+    for (const bool asFile : {true, false}) {
+        wire::Writer message(wire::Kind::StateGet);
+        const HYP_ReturnStatus status = requestBytes(message.u8(asFile), bytes, length);
+        if (status != kFileLost) return status;
+    }
+    return HYP_FAILURE;
+}
+
+}  // namespace qvs::mesh

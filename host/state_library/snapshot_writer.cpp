@@ -1,0 +1,174 @@
+// Writes the State blob of state.fbs.
+#include "state_library/snapshot_writer.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace qvs::mesh {
+namespace {
+
+template <size_t Size>
+std::array<uint8_t, Size> padded(std::string_view id) {
+    std::array<uint8_t, Size> field{};
+    std::memcpy(field.data(), id.data(), std::min(id.size(), Size - 1));
+    return field;
+}
+
+template <size_t Size>
+flatbuffers::span<const uint8_t, Size> view(const std::array<uint8_t, Size> &field) {
+    return flatbuffers::span<const uint8_t, Size>(field);
+}
+
+// Eight bytes as a number that orders as they do.
+uint64_t bigEndian(const uint8_t *bytes) {
+    uint64_t number = 0;
+    for (size_t i = 0; i < sizeof number; ++i)
+        number = number << 8 | bytes[i];
+    return number;
+}
+
+}  // namespace
+
+uint32_t SnapshotWriter::append(std::string_view value) {
+    // A reader may cast what it finds: values begin where records may.
+    bytes_.resize((bytes_.size() + 7) & ~size_t{7});
+    const auto position = static_cast<uint32_t>(bytes_.size());
+    bytes_.insert(bytes_.end(), value.begin(), value.end());
+    bytes_.push_back(0);
+    return position;
+}
+
+uint32_t SnapshotWriter::text(std::string_view value) {
+    const auto found = texts_.find(value);
+    if (found != texts_.end()) return found->second;
+    return texts_.emplace(value, append(value)).first->second;
+}
+
+bool SnapshotWriter::equals(const Property &property, uint32_t key, std::string_view value,
+                            uint32_t type) const {
+    return property.key() == key && property.type() == type && property.length() == value.size() &&
+           std::equal(value.begin(), value.end(), bytes_.data() + property.value(),
+                      [](char a, uint8_t b) { return static_cast<uint8_t>(a) == b; });
+}
+
+uint32_t SnapshotWriter::property(std::string_view key, std::string_view value, uint32_t type) {
+    const uint32_t keyPosition = text(key);
+    const size_t hash = std::hash<std::string_view>{}(value) ^ (size_t{keyPosition} << 32 | type);
+    const auto [begin, end] = known_.equal_range(hash);
+    const auto same = std::find_if(begin, end, [&](const auto &entry) {
+        return equals(properties_[entry.second], keyPosition, value, type);
+    });
+    if (same != end) return same->second;
+
+    const uint32_t index = newProperty(key, value, type);
+    known_.emplace(hash, index);
+    return index;
+}
+
+uint32_t SnapshotWriter::newProperty(std::string_view key, std::string_view value, uint32_t type) {
+    const auto index = static_cast<uint32_t>(properties_.size());
+    const uint32_t keyPosition = text(key);
+    const uint32_t valuePosition = append(value);
+    properties_.emplace_back(keyPosition, type, valuePosition, static_cast<uint32_t>(value.size()));
+    return index;
+}
+
+Range SnapshotWriter::list(std::span<const uint32_t> properties) {
+    const Range range(static_cast<uint32_t>(lists_.size()), static_cast<uint32_t>(properties.size()));
+    lists_.insert(lists_.end(), properties.begin(), properties.end());
+    return range;
+}
+
+void SnapshotWriter::addSwitch(std::string_view id, std::string_view className, uint32_t maxPorts,
+                               uint32_t version, std::span<const uint32_t> globals,
+                               std::span<const uint32_t> hosts) {
+    const Range noPortsYet(static_cast<uint32_t>(ports_.size()), 0);
+    switches_.emplace_back(view(padded<64>(id)), text(className), maxPorts, version, list(globals),
+                           list(hosts), noPortsYet);
+}
+
+void SnapshotWriter::addPort(std::string_view id, uint32_t state, std::span<const uint32_t> properties) {
+    ports_.emplace_back(view(padded<48>(id)), state, list(properties));
+    Range &range = switches_.back().mutable_ports();
+    range = Range(range.first(), range.count() + 1);
+}
+
+void SnapshotWriter::replaceSwitch(uint32_t index, std::span<const uint32_t> globals,
+                                   std::span<const uint32_t> hosts) {
+    switches_[index].mutable_globals() = list(globals);
+    switches_[index].mutable_hosts() = list(hosts);
+}
+
+void SnapshotWriter::replacePort(uint32_t index, std::span<const uint32_t> properties) {
+    ports_[index].mutable_properties() = list(properties);
+}
+
+// What the identifiers of all these ports begin with, but for as much as an Entry below takes.
+size_t SnapshotWriter::commonBeginning(std::span<const Port> ports) {
+    if (ports.empty()) return 0;
+    const auto &first = *ports.front().id();
+    size_t common = first.size() - 2 * sizeof(uint64_t);
+    for (const Port &port : ports) {
+        const auto same = std::mismatch(first.data(), first.data() + common, port.id()->data()).first;
+        common = static_cast<size_t>(same - first.data());
+    }
+    return common;
+}
+
+// Ordering compares what the identifiers have of their own, side by side; the ports themselves, far apart,
+// are looked at only where that is equal.
+std::vector<uint32_t> SnapshotWriter::portOrder() const {
+    struct Entry {
+        uint64_t high;
+        uint64_t low;
+        uint32_t port;
+    };
+    const auto before = [this](const Entry &a, const Entry &b) {
+        if (a.high != b.high) return a.high < b.high;
+        if (a.low != b.low) return a.low < b.low;
+        const auto *id = ports_[a.port].id();
+        return std::memcmp(id->data(), ports_[b.port].id()->data(), id->size()) < 0;
+    };
+    std::vector<uint32_t> order;
+    order.reserve(ports_.size());
+    std::vector<Entry> entries;
+    for (const Switch &sw : switches_) {
+        const size_t common =
+            commonBeginning(std::span(ports_).subspan(sw.ports().first(), sw.ports().count()));
+        entries.clear();
+        for (uint32_t i = 0; i < sw.ports().count(); ++i) {
+            const uint32_t port = sw.ports().first() + i;
+            const uint8_t *id = ports_[port].id()->data() + common;
+            entries.push_back({bigEndian(id), bigEndian(id + sizeof(uint64_t)), port});
+        }
+        std::sort(entries.begin(), entries.end(), before);
+        for (const Entry &entry : entries)
+            order.push_back(entry.port);
+    }
+    return order;
+}
+
+size_t SnapshotWriter::size() const {
+    return bytes_.size() + properties_.size() * sizeof(Property) +
+           (lists_.size() + portsById_.size()) * sizeof(uint32_t) + ports_.size() * sizeof(Port) +
+           switches_.size() * sizeof(Switch);
+}
+
+flatbuffers::DetachedBuffer SnapshotWriter::finish() {
+    if (bytes_.empty()) bytes_.push_back(0);
+    if (portsById_.size() != ports_.size()) portsById_ = portOrder();
+    flatbuffers::FlatBufferBuilder builder(size() + 256);
+    // One after the other, last field first: as arguments of one call their order would be the compiler's
+    // choice.
+    const auto switches = builder.CreateVectorOfStructs(switches_);
+    const auto portsById = builder.CreateVector(portsById_);
+    const auto ports = builder.CreateVectorOfStructs(ports_);
+    const auto lists = builder.CreateVector(lists_);
+    const auto properties = builder.CreateVectorOfStructs(properties_);
+    const auto bytes = builder.CreateVector(bytes_);
+    FinishStateBuffer(builder, CreateState(builder, bytes, properties, lists, ports, portsById, switches));
+    return builder.Release();
+}
+
+}  // namespace qvs::mesh
