@@ -127,12 +127,22 @@ const std::string *unknownOption(const CLI::App &app, std::span<const std::strin
 
 }  // namespace
 
+uint32_t timeoutGiven(std::string_view text) {
+    std::optional<uint32_t> seconds = parseNumber(text);
+    if (!seconds || *seconds == 0 || *seconds > kMostTimeout)
+        fail(Exit::Usage, "--timeout: {} is not a number of seconds from 1 to {}", inQuotes(text),
+             kMostTimeout);
+    return *seconds;
+}
+
 Arguments parseArguments(const Command &command, std::span<const std::string> words, GlobalOptions &global) {
     CLI::App app;
     app.set_help_flag("-h,--help");
     std::deque<Slot> slots;
     app.add_flag("--json", global.json);
     app.add_flag("--trace", global.trace);
+    std::string timeout;
+    app.add_option("--timeout", timeout)->multi_option_policy(CLI::MultiOptionPolicy::Throw);
     for (const Argument &argument : command.arguments) {
         addArgument(app, slots, argument);
     }
@@ -152,6 +162,7 @@ Arguments parseArguments(const Command &command, std::span<const std::string> wo
         failParse(app, command, words, error.what());
     }
 
+    if (!timeout.empty()) global.timeout = timeoutGiven(timeout);
     Arguments arguments;
     for (Slot &slot : slots) {
         if (slot.option->count() == 0 || (slot.values.empty() && !slot.flag)) continue;

@@ -1,14 +1,18 @@
 // qvs batch: many commands in one run.
 #include <qvs/qvs.h>
 
+#include <algorithm>
 #include <set>
 #include <sstream>
 
 #include "command.h"
 #include "failure.h"
+#include "host.h"
 #include "library.h"
+#include "lock.h"
 #include "output.h"
 #include "run.h"
+#include "snapshot.h"
 #include "values.h"
 
 namespace qvs::cli {
@@ -78,6 +82,7 @@ std::vector<Line> readLines(std::istream &in, bool json) {
             GlobalOptions global;
             global.json = json;
             global.trace = tracing;
+            global.timeout = patience();
             Call call = parseCall(words, global);
             std::string_view noun = call.command->noun;
             if (call.global.help || noun == "help" || noun == "batch") {
@@ -121,7 +126,9 @@ class Touched {
 };
 
 void runBatch(const Arguments &arguments, Output &out) {
-    std::vector<uint8_t> bytes = readFile(arguments.text("FILE"), kMostBytes);
+    // A device that gives zeros for ever is refused as soon as the first is there.
+    auto hasNul = [](Bytes piece) { return std::find(piece.begin(), piece.end(), 0) != piece.end(); };
+    std::vector<uint8_t> bytes = readFile(arguments.text("FILE"), kMostBytes, hasNul);
     std::istringstream text(std::string(bytes.begin(), bytes.end()));
     std::vector<Line> lines = readLines(text, out.json());
 
@@ -129,7 +136,7 @@ void runBatch(const Arguments &arguments, Output &out) {
     for (const Line &line : lines) {
         try {
             if (line.call.command->access != Access::Local && touched.overlaps(line.call)) {
-                require(call("DVSLoadConfig", DVSLoadConfig), "switch state");
+                requireState(loadSnapshot());
                 touched.forget();
             }
             // Even a change that fails may have begun, but then this was the last one.
@@ -155,7 +162,8 @@ const Command kRows[] = {
          "are separated by blanks; quotes and backslashes work as in a shell, nothing is expanded, # begins "
          "a comment. With --json every command prints its own JSON.",
      .example = "qvs batch changes.txt",
-     .run = runBatch},
+     .run = runBatch,
+     .guard = Guard::None},
 };
 
 }  // namespace

@@ -41,6 +41,10 @@ struct Option {
 // Reads and Writes need a host; Local commands run anywhere.
 enum class Access { Reads, Writes, Local };
 
+// What a command that writes keeps other runs of the tool from changing while it runs: the switch it names,
+// or the host when it names none; every switch; nothing.
+enum class Guard { Switch, Everything, None };
+
 // The words of one call, taken apart as its row says.
 class Arguments {
   public:
@@ -77,6 +81,7 @@ struct Command {
     // What a change touches, and all that it looks at, as paths from the switch down; null: everything. A
     // batch loads the snapshot again only before a command that looks at what was touched.
     std::vector<std::string> (*touches)(const Arguments &) = nullptr;
+    Guard guard = Guard::Switch;
 };
 
 // A path of names, which may contain any character but NUL.
@@ -143,14 +148,20 @@ inline constexpr Option kNames{"--names", nullptr, "print the names alone, one a
 struct GlobalOptions {
     bool json = false;
     bool trace = false;
+    uint32_t timeout = 0;  // seconds; 0: not given
     bool help = false;
     bool version = false;
 };
 inline constexpr Option kGlobalOptions[] = {
     {"--json", nullptr, "print JSON"},
     {"--trace", nullptr, "print each library call, its status and its time to standard error"},
+    {"--timeout", "SECONDS",
+     "wait so long for the host to answer, and for other runs that change the same (10)"},
     {"--help", nullptr, "print the help of the command"},
 };
+inline constexpr uint32_t kMostTimeout = 86400;
+// The value of --timeout. Throws a usage failure.
+uint32_t timeoutGiven(std::string_view text);
 
 // Takes the words behind the command's own apart. Throws a usage failure.
 Arguments parseArguments(const Command &command, std::span<const std::string> words, GlobalOptions &global);

@@ -136,6 +136,8 @@ std::string bashCompletion() {
     std::set<std::string> files;
     std::set<std::string> ports;
     std::string rows;
+    for (const Option &option : kGlobalOptions)
+        if (option.value != nullptr) valued.insert(option.name);
     for (const Noun &noun : nouns()) {
         for (const Command &command : noun.commands) {
             for (const Option &option : command.options) {

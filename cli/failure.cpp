@@ -11,6 +11,8 @@ Exit exitFor(HYP_ReturnStatus status) {
             return Exit::Differs;
         case HYP_BAD_PARAM:
             return Exit::Usage;
+        case kTimedOut:
+            return Exit::NoAnswer;
         default:
             return Exit::Failed;
     }

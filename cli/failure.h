@@ -12,7 +12,16 @@
 namespace qvs::cli {
 
 // The documented exit codes of qvs.
-enum class Exit { Success = 0, Failed = 1, Usage = 2, NotFound = 3, Differs = 4, NoHost = 5 };
+enum class Exit {
+    Success = 0,
+    Failed = 1,
+    Usage = 2,
+    NotFound = 3,
+    Differs = 4,
+    NoHost = 5,
+    NoAnswer = 6,
+    Locked = 7
+};
 
 struct Failure {
     Exit exit = Exit::Failed;
@@ -31,6 +40,9 @@ void complain(fmt::format_string<Values...> format, Values &&...values) {
     const std::string line = "qvs: " + fmt::format(format, std::forward<Values>(values)...) + '\n';
     std::fputs(line.c_str(), stderr);
 }
+
+// No answer in time, from the device or from the state library.
+inline constexpr HYP_ReturnStatus kTimedOut = 0xbad0021u;
 
 // The failure of a library call: "switch 'sw9': Not found (0xbad0003)", with a hint behind it when there is
 // one.

@@ -32,6 +32,8 @@ inline constexpr ExitCode kExitCodes[] = {
     {3, "not found"},
     {4, "exists already, or exists and differs"},
     {5, "no hypercore on this machine"},
+    {6, "the host does not answer"},
+    {7, "locked by another run"},
 };
 
 }  // namespace qvs::cli

@@ -36,14 +36,14 @@ constexpr KcpList kContainers{"containers",         "container",        "KCP_Get
 
 template <const KcpList &list>
 void show(const Arguments &arguments, Output &out) {
-    Answer answer = fetchAnswer(list.name, list.get);
-    KernelList entries{nullptr, list.entrySize, list.headerSize, 0};
-    if (answer.buffer) {
-        entries = boundedList(std::move(answer.buffer), list.entrySize, list.what, list.headerSize);
-    } else if (answer.error != 0) {
+    auto ask = [] {
+        Answer answer = fetchAnswer(list.name, list.get);
         // Without an error the list is empty.
-        throw requestFailure(std::string("kernel control plane: ") + list.what, answer.error);
-    }
+        if (!answer.buffer && answer.error != 0)
+            throw requestFailure(std::string("kernel control plane: ") + list.what, answer.error);
+        return std::move(answer.buffer);
+    };
+    KernelList entries = boundedList(ask, list.entrySize, list.what, list.headerSize);
     printList(arguments, out, entries, list.label);
 }
 

@@ -32,11 +32,21 @@ Bytes KernelList::bytes() const {
     return {static_cast<const uint8_t *>(buffer.get()), headerSize + count * entrySize};
 }
 
-KernelList boundedList(std::shared_ptr<void> buffer, size_t entrySize, std::string_view what,
-                       size_t headerSize, size_t countAt) {
-    KernelList list{std::move(buffer), entrySize, headerSize, 0};
-    uint32_t counted = 0;
-    std::memcpy(&counted, static_cast<const uint8_t *>(list.buffer.get()) + countAt, sizeof counted);
+namespace {
+
+uint32_t countIn(const std::shared_ptr<void> &buffer, size_t countAt) {
+    uint32_t count = 0;
+    std::memcpy(&count, static_cast<const uint8_t *>(buffer.get()) + countAt, sizeof count);
+    return count;
+}
+
+}  // namespace
+
+KernelList boundedList(const AskList &ask, size_t entrySize, std::string_view what, size_t headerSize,
+                       size_t countAt) {
+    KernelList list{ask(), entrySize, headerSize, 0};
+    if (!list.buffer) return list;
+    uint32_t counted = countIn(list.buffer, countAt);
 
     // The count word is the one of the second answer, the size of the buffer follows from the first. Only the
     // allocator knows that size: what it grants may be a little larger, by whole pages for a large one, never
@@ -51,11 +61,17 @@ KernelList boundedList(std::shared_ptr<void> buffer, size_t entrySize, std::stri
     }
     list.count = static_cast<uint32_t>(std::min<size_t>(counted, room));
 
-    // Behind the entries of the first answer there is at most a rest of zeros.
+    // Behind the entries of the first answer there is at most a rest of zeros. An entry may be all zeros,
+    // too: a kernel that counts the same once more means it.
     auto empty = [](Bytes bytes) {
         return std::all_of(bytes.begin(), bytes.end(), [](uint8_t b) { return b == 0; });
     };
-    while (list.count > sure && empty(list.entry(list.count - 1)))
+    auto doubtful = [&] { return list.count > sure && empty(list.entry(list.count - 1)); };
+    if (list.count == counted && doubtful()) {
+        std::shared_ptr<void> again = ask();
+        if (again && countIn(again, countAt) == counted) return list;
+    }
+    while (doubtful())
         list.count--;
     if (list.count == counted) return list;
     complain("warning: the kernel counts {} {}, but handed over {}", counted, what, list.count);

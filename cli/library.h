@@ -9,17 +9,21 @@
 #include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <type_traits>
 
+#include "failure.h"
 #include "text.h"
 
 namespace qvs::cli {
 
 // Set by --trace.
 inline bool tracing = false;
+// Whether a call found nothing. A host that ends shows like that, too.
+inline bool foundNothing = false;
 
 template <auto Free>
 struct Releaser {
@@ -70,7 +74,9 @@ Result traced(std::string_view name, std::string (*outcome)(Result), Result (*fu
 template <typename... Parameters>
 HYP_ReturnStatus call(std::string_view name, HYP_ReturnStatus (*function)(Parameters...),
                       std::type_identity_t<Parameters>... arguments) {
-    return traced(name, trace::statusText, function, arguments...);
+    HYP_ReturnStatus status = traced(name, trace::statusText, function, arguments...);
+    if (status == HYP_NOT_FOUND) foundNothing = true;
+    return status;
 }
 
 // Interrupting, ending and hanging up wait until this is gone.
@@ -110,6 +116,15 @@ HYP_ReturnStatus fetch(std::string_view name, Function function, VshypBuffer &bu
     return status;
 }
 
+// The same, and throws what fails.
+template <typename Function, typename... Arguments>
+VshypBuffer fetched(std::string_view subject, std::string_view name, Function function,
+                    Arguments... arguments) {
+    VshypBuffer buffer;
+    require(fetch(name, function, buffer, arguments...), subject);
+    return buffer;
+}
+
 // A counted list of the kernel: a header with the count in front, and entries of one size.
 struct KernelList {
     std::shared_ptr<void> buffer;
@@ -122,9 +137,13 @@ struct KernelList {
     Bytes bytes() const;
 };
 
-// Bounds the count that the kernel wrote, into the header at countAt, by what the buffer holds, and warns
-// when it claims more.
-KernelList boundedList(std::shared_ptr<void> buffer, size_t entrySize, std::string_view what,
+// Asks the kernel for a list; null for none.
+using AskList = std::function<std::shared_ptr<void>()>;
+
+// Asks, and bounds the count that the kernel wrote, into the header at countAt, by what the buffer holds;
+// warns when it claims more. Asks again where the buffer alone does not tell whether its last entries, of
+// zeros, were handed over.
+KernelList boundedList(const AskList &ask, size_t entrySize, std::string_view what,
                        size_t headerSize = sizeof(VSHYP_ListHeader), size_t countAt = 0);
 
 // The portset name, by which the kernel knows the switch.

@@ -47,11 +47,11 @@ void list(const Arguments &arguments, Output &out) {
 void counts(const Arguments &arguments, Output &out) {
     uint32_t action = arguments.number("ACTION", 0);
     if (action > UINT8_MAX) fail(Exit::Usage, "ACTION: {} is not a number of 8 bits", action);
-    HeapBuffer counts =
-        fetchRecord(fmt::format("live-trace action {}", action), "LIVETRACEHYP_GetCountActionData",
-                    LIVETRACEHYP_GetCountActionData, static_cast<uint8_t>(action));
-    printList(arguments, out, boundedList(std::move(counts), LIVETRACEHYP_ACTION_COUNT_SIZE, "action counts"),
-              "count");
+    auto ask = [&] {
+        return fetchRecord(fmt::format("live-trace action {}", action), "LIVETRACEHYP_GetCountActionData",
+                           LIVETRACEHYP_GetCountActionData, static_cast<uint8_t>(action));
+    };
+    printList(arguments, out, boundedList(ask, LIVETRACEHYP_ACTION_COUNT_SIZE, "action counts"), "count");
 }
 
 void port(const Arguments &arguments, Output &out) {

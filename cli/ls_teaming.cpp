@@ -53,10 +53,11 @@ void showEntries(const Arguments &arguments, Output &out, Bytes entries) {
 }
 
 void getFromKernel(const Arguments &arguments, Output &out, const PolicyPlace &place) {
-    VshypBuffer buffer;
-    require(fetch("VSHYP_GetLSTeamingPolicyTable", VSHYP_GetLSTeamingPolicyTable, buffer, place.name()),
-            place.named());
-    KernelList table = boundedList(std::move(buffer), VSHYP_LS_TEAMING_ENTRY_SIZE, "entries", kCountSize);
+    auto ask = [&] {
+        return fetched(place.named(), "VSHYP_GetLSTeamingPolicyTable", VSHYP_GetLSTeamingPolicyTable,
+                       place.name());
+    };
+    KernelList table = boundedList(ask, VSHYP_LS_TEAMING_ENTRY_SIZE, "entries", kCountSize);
     showEntries(arguments, out, table.bytes().subspan(kCountSize));
 }
 

@@ -39,17 +39,14 @@ void table(const Arguments &arguments, Output &out) {
     auto selector = static_cast<uint8_t>(number);
     if (selector != number) fail(Exit::Usage, "--selector: {} does not fit a byte", number);
 
-    VshypBuffer buffer;
-    HYP_ReturnStatus status = HYP_OK;
-    if (port != nullptr) {
-        status = fetch("VSHYP_GetPortMACTable", VSHYP_GetPortMACTable, buffer, alias, port, selector);
-    } else if (team) {
-        status = fetch("VSHYP_GetTeamMACTable", VSHYP_GetTeamMACTable, buffer, alias, selector);
-    } else {
-        status = fetch("VSHYP_GetMACTable", VSHYP_GetMACTable, buffer, alias, selector);
-    }
-    require(status, named(arguments));
-    KernelList list = boundedList(std::move(buffer), VSHYP_MAC_ENTRY_SIZE, "MAC entries");
+    const std::string subject = named(arguments);
+    auto ask = [&] {
+        if (port != nullptr)
+            return fetched(subject, "VSHYP_GetPortMACTable", VSHYP_GetPortMACTable, alias, port, selector);
+        if (team) return fetched(subject, "VSHYP_GetTeamMACTable", VSHYP_GetTeamMACTable, alias, selector);
+        return fetched(subject, "VSHYP_GetMACTable", VSHYP_GetMACTable, alias, selector);
+    };
+    KernelList list = boundedList(ask, VSHYP_MAC_ENTRY_SIZE, "MAC entries");
     if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), list.bytes());
     // Long, but an address and what is known of it stay in one line.
     Listing listing(out, {{"index", "INDEX"}, {"entry", "ENTRY"}});
@@ -61,12 +58,13 @@ void table(const Arguments &arguments, Output &out) {
 void contexts(const Arguments &arguments, Output &out) {
     const char *alias = arguments.text("SWITCH").c_str();
     const char *port = portOf(arguments);
-    VshypBuffer buffer;
-    require(port != nullptr ? fetch("VSHYP_GetPortStaticLectx", VSHYP_GetPortStaticLectx, buffer, alias, port)
-                            : fetch("VSHYP_GetStaticLectx", VSHYP_GetStaticLectx, buffer, alias),
-            named(arguments));
-    printList(arguments, out,
-              boundedList(std::move(buffer), VSHYP_STATIC_LECTX_SIZE, "static learning contexts"), "context");
+    const std::string subject = named(arguments);
+    auto ask = [&] {
+        if (port == nullptr) return fetched(subject, "VSHYP_GetStaticLectx", VSHYP_GetStaticLectx, alias);
+        return fetched(subject, "VSHYP_GetPortStaticLectx", VSHYP_GetPortStaticLectx, alias, port);
+    };
+    printList(arguments, out, boundedList(ask, VSHYP_STATIC_LECTX_SIZE, "static learning contexts"),
+              "context");
 }
 
 // --- changes ---
@@ -92,11 +90,11 @@ void report(const Arguments &arguments, Output &out, bool changed) {
 
 // The addresses behind a port that is given by its identifier.
 KernelList portTable(const Arguments &arguments) {
-    VshypBuffer buffer;
-    require(fetch("VSHYP_GetPortMACTable", VSHYP_GetPortMACTable, buffer, arguments.text("SWITCH").c_str(),
-                  portOf(arguments), uint8_t{0}),
-            named(arguments));
-    return boundedList(std::move(buffer), VSHYP_MAC_ENTRY_SIZE, "MAC entries");
+    auto ask = [&] {
+        return fetched(named(arguments), "VSHYP_GetPortMACTable", VSHYP_GetPortMACTable,
+                       arguments.text("SWITCH").c_str(), portOf(arguments), uint8_t{0});
+    };
+    return boundedList(ask, VSHYP_MAC_ENTRY_SIZE, "MAC entries");
 }
 
 // What an entry says is the kernel's, so only the table can tell whether it was new.
@@ -152,9 +150,8 @@ using ListQuery = HYP_ReturnStatus (*)(const char *, void **);
 
 void listOf(const Arguments &arguments, Output &out, std::string_view name, ListQuery query, size_t entrySize,
             const char *what) {
-    VshypBuffer buffer;
-    require(fetch(name, query, buffer, arguments.text("SWITCH").c_str()), named(arguments));
-    printList(arguments, out, boundedList(std::move(buffer), entrySize, what), "entry");
+    auto ask = [&] { return fetched(named(arguments), name, query, arguments.text("SWITCH").c_str()); };
+    printList(arguments, out, boundedList(ask, entrySize, what), "entry");
 }
 
 void ports(const Arguments &arguments, Output &out) {

@@ -18,11 +18,11 @@ std::string named(const Arguments &arguments) {
 }
 
 void ids(const Arguments &arguments, Output &out) {
-    VshypBuffer buffer;
-    require(fetch("VSHYP_GetDVMirrorSessionIDs", VSHYP_GetDVMirrorSessionIDs, buffer,
-                  arguments.text("SWITCH").c_str()),
-            named(arguments));
-    KernelList list = boundedList(std::move(buffer), VSHYP_MIRROR_SESSION_ID_SIZE, "mirror sessions");
+    auto ask = [&] {
+        return fetched(named(arguments), "VSHYP_GetDVMirrorSessionIDs", VSHYP_GetDVMirrorSessionIDs,
+                       arguments.text("SWITCH").c_str());
+    };
+    KernelList list = boundedList(ask, VSHYP_MIRROR_SESSION_ID_SIZE, "mirror sessions");
     Listing listing(out, {{"session", "SESSION"}});
     for (uint32_t i = 0; i < list.count; i++)
         listing.row(boundedText(list.entry(i).data(), VSHYP_MIRROR_SESSION_ID_SIZE));
@@ -30,12 +30,11 @@ void ids(const Arguments &arguments, Output &out) {
 }
 
 void destinations(const Arguments &arguments, Output &out) {
-    VshypBuffer buffer;
-    require(fetch("VSHYP_GetPromiscSessionActiveDsts", VSHYP_GetPromiscSessionActiveDsts, buffer,
-                  arguments.text("SWITCH").c_str()),
-            named(arguments));
-    printList(arguments, out, boundedList(std::move(buffer), VSHYP_PROMISC_DST_SIZE, "destinations"),
-              "destination");
+    auto ask = [&] {
+        return fetched(named(arguments), "VSHYP_GetPromiscSessionActiveDsts",
+                       VSHYP_GetPromiscSessionActiveDsts, arguments.text("SWITCH").c_str());
+    };
+    printList(arguments, out, boundedList(ask, VSHYP_PROMISC_DST_SIZE, "destinations"), "destination");
 }
 
 void stats(const Arguments &arguments, Output &out) {

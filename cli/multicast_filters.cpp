@@ -58,11 +58,11 @@ void filters(const Arguments &arguments, Output &out) {
     uint32_t port = filterPort(arguments);
     Listing listing(out, {{"type", "TYPE"}, {"group", "GROUP"}});
     for (const Family &family : families) {
-        VshypBuffer buffer;
-        require(
-            fetch("VSHYP_GetMcastFilters", VSHYP_GetMcastFilters, buffer, portset.c_str(), port, family.type),
-            named(arguments));
-        KernelList list = boundedList(std::move(buffer), family.size, "multicast filters");
+        auto ask = [&] {
+            return fetched(named(arguments), "VSHYP_GetMcastFilters", VSHYP_GetMcastFilters, portset.c_str(),
+                           port, family.type);
+        };
+        KernelList list = boundedList(ask, family.size, "multicast filters");
         for (uint32_t i = 0; i < list.count; i++)
             listing.row(std::string_view(family.name), addressText(family, list.entry(i)));
     }
@@ -71,12 +71,12 @@ void filters(const Arguments &arguments, Output &out) {
 
 void switchFilters(const Arguments &arguments, Output &out) {
     std::string portset = portsetOf(arguments.text("SWITCH"));
-    VshypBuffer buffer;
-    require(fetch("VSHYP_GetSwitchMcastFilters", VSHYP_GetSwitchMcastFilters, buffer, portset.c_str(),
-                  arguments.number("--value", 0)),
-            named(arguments));
-    printList(arguments, out,
-              boundedList(std::move(buffer), VSHYP_SWITCH_MCAST_FILTER_SIZE, "multicast filters"), "filter");
+    auto ask = [&] {
+        return fetched(named(arguments), "VSHYP_GetSwitchMcastFilters", VSHYP_GetSwitchMcastFilters,
+                       portset.c_str(), arguments.number("--value", 0));
+    };
+    printList(arguments, out, boundedList(ask, VSHYP_SWITCH_MCAST_FILTER_SIZE, "multicast filters"),
+              "filter");
 }
 
 void stats(const Arguments &arguments, Output &out) {
@@ -89,11 +89,12 @@ void stats(const Arguments &arguments, Output &out) {
     std::string portset = portsetOf(arguments.text("SWITCH"));
     uint32_t port = filterPort(arguments);
 
-    VshypBuffer buffer;
-    require(fetch("VSHYP_GetMcastFilterStats", VSHYP_GetMcastFilterStats, buffer, portset.c_str(), port,
-                  family.type, static_cast<const void *>(group.data())),
-            named(arguments) + ": group " + inQuotes(text));
-    KernelList list = boundedList(std::move(buffer), family.size, "addresses", kStatsHeader, kStatsCountAt);
+    auto ask = [&] {
+        return fetched(named(arguments) + ": group " + inQuotes(text), "VSHYP_GetMcastFilterStats",
+                       VSHYP_GetMcastFilterStats, portset.c_str(), port, family.type,
+                       static_cast<const void *>(group.data()));
+    };
+    KernelList list = boundedList(ask, family.size, "addresses", kStatsHeader, kStatsCountAt);
     if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), list.bytes());
     std::vector<std::string> addresses;
     for (uint32_t i = 0; i < list.count; i++)

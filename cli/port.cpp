@@ -141,10 +141,11 @@ std::vector<std::string> touchedPorts(const Arguments &arguments) {
 // --- list, show, number ---
 
 void listKernel(const std::string &alias, Output &out) {
-    VshypBuffer buffer;
-    require(fetch("VSHYP_GetSwitchPortInfo", VSHYP_GetSwitchPortInfo, buffer, alias.c_str()),
-            "switch " + inQuotes(alias));
-    KernelList list = boundedList(std::move(buffer), VSHYP_PORT_INFO_SIZE, "ports");
+    auto ask = [&] {
+        return fetched("switch " + inQuotes(alias), "VSHYP_GetSwitchPortInfo", VSHYP_GetSwitchPortInfo,
+                       alias.c_str());
+    };
+    KernelList list = boundedList(ask, VSHYP_PORT_INFO_SIZE, "ports");
     if (out.json()) {
         Listing listing(out, {{"index", "INDEX"}, {"info", "INFO"}});
         for (uint32_t i = 0; i < list.count; i++)

@@ -1,17 +1,13 @@
 #include "run.h"
 
-#include <fcntl.h>
-#include <qvs/qvs.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <new>
 
 #include "help.h"
+#include "host.h"
 #include "library.h"
+#include "lock.h"
 #include "output.h"
 #include "snapshot.h"
 #include "text.h"
@@ -91,6 +87,12 @@ void takeLeading(std::vector<std::string> &words, GlobalOptions &global) {
             global.json = true;
         } else if (*it == "--trace") {
             global.trace = true;
+        } else if (it->starts_with("--timeout=")) {
+            global.timeout = timeoutGiven(it->substr(it->find('=') + 1));
+        } else if (*it == "--timeout") {
+            if (std::next(it) == words.end()) fail(Exit::Usage, "--timeout: SECONDS is needed");
+            it = words.erase(it);
+            global.timeout = timeoutGiven(*it);
         } else if (*it == "--help" || *it == "-h") {
             global.help = true;
         } else if (*it == "--version" && plain == 0) {
@@ -105,40 +107,6 @@ void takeLeading(std::vector<std::string> &words, GlobalOptions &global) {
         }
         it = words.erase(it);
     }
-}
-
-// Whether there is a kernel at all: a request that fails may have found one, so only the device can tell.
-bool kernelThere() {
-    const int device = open("/dev/vswitch", O_RDWR | O_CLOEXEC);
-    if (device < 0) return errno != ENOENT && errno != ENXIO && errno != ENODEV;
-    close(device);
-    return true;
-}
-
-// What qvs-host tells the programs that it starts is there even when the host is not any more.
-const char *noHost() {
-    const char *emulated = std::getenv("QVS_HOST_SOCKET");
-    if (emulated != nullptr && *emulated != '\0')
-        return "no hypercore on this machine: the emulated host that this shell belongs to has ended";
-    if (std::getenv("QVS_HOST_LOST") != nullptr)
-        return "no hypercore on this machine: the emulated host was lost on the way, by a program that does "
-               "not pass its environment on (env -i, sudo)";
-    return "no hypercore on this machine: the kernel's switch device does not answer\n"
-           "qvs: an emulated host to try this on: qvs-host run -- qvs ...";
-}
-
-bool kernelHasSwitches() {
-    VshypBuffer buffer;
-    HYP_ReturnStatus status = fetch("VSHYP_GetSwitches", VSHYP_GetSwitches, buffer, 0u);
-    return status == HYP_OK && static_cast<const VSHYP_ListHeader *>(buffer.get())->count > 0;
-}
-
-// An empty snapshot is an empty host, no host, or a host whose state could not be loaded.
-void requireHost() {
-    if (!snapshotEmpty()) return;
-    if (!kernelThere()) throw Failure{Exit::NoHost, noHost()};
-    // Loaded again, it says why, or holds what another process has made meanwhile.
-    if (kernelHasSwitches()) require(call("DVSLoadConfig", DVSLoadConfig), "switch state");
 }
 
 // Options that say what is printed.
@@ -189,17 +157,41 @@ Call parseCall(std::vector<std::string> words, GlobalOptions global) {
     return call;
 }
 
+namespace {
+
+// The switch that a command names, by its alias.
+std::string lockName(const Arguments &arguments) {
+    if (arguments.given("ALIAS")) return arguments.text("ALIAS");
+    if (!arguments.given("SWITCH")) return {};
+    const std::string &name = arguments.text("SWITCH");
+    DVSSwitch *sw = arguments.given("--by-id") ? findSwitchById(name) : nullptr;
+    return std::string(sw != nullptr ? findText({Scope::Global, sw}, key::kAlias).value_or(name) : name);
+}
+
+void runLocked(const Call &call, Output &out) {
+    const bool writes = call.command->access == Access::Writes;
+    const Lock lock(writes ? call.command->guard : Guard::None, lockName(call.arguments));
+    if (lock.behind()) requireState(loadSnapshot());
+    call.command->run(call.arguments, out);
+}
+
+}  // namespace
+
 void execute(const Call &call) {
     tracing = call.global.trace;
-    if (call.command->access != Access::Local) requireHost();
+    if (call.global.timeout != 0) setPatience(call.global.timeout);
+    const bool local = call.command->access == Access::Local;
+    if (!local) requireHost();
     Output out(call.global.json);
+    foundNothing = false;
     try {
-        call.command->run(call.arguments, out);
+        runLocked(call, out);
+        if (foundNothing && !local) blameHost("");
     } catch (const Failure &failure) {
         // What was done before the failure is reported, and the failure after it.
         out.flush();
-        if (!failure.fromLibrary || kernelThere()) throw;
-        throw Failure{Exit::NoHost, fmt::format("{}\nqvs: {}", failure.message, noHost())};
+        if (failure.fromLibrary && failure.exit != Exit::NoAnswer) blameHost(failure.message);
+        throw;
     }
     out.flush();
 }

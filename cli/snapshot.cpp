@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <ctime>
 #include <thread>
 
 #include "failure.h"
+#include "host.h"
 #include "library.h"
 
 namespace qvs::cli {
@@ -52,11 +54,22 @@ bool snapshotEmpty() {
     return empty;
 }
 
+uint64_t bootTime() {
+    struct timespec now {};
+    clock_gettime(CLOCK_BOOTTIME, &now);
+    return static_cast<uint64_t>(now.tv_sec) * 1'000'000'000 + static_cast<uint64_t>(now.tv_nsec);
+}
+
+HYP_ReturnStatus loadSnapshot() {
+    snapshotTime = bootTime();
+    return call("DVSLoadConfig", DVSLoadConfig);
+}
+
 bool comesTrue(const std::function<bool()> &made) {
     constexpr int kLooks = 50;
     constexpr std::chrono::milliseconds kPause(20);
     for (int look = 1;; look++) {
-        require(call("DVSLoadConfig", DVSLoadConfig), "switch state");
+        requireState(loadSnapshot());
         try {
             if (made()) return true;
             if (look == kLooks) return false;

@@ -90,6 +90,14 @@ std::optional<uint32_t> findNumber(const Place &place, std::string_view key);
 
 bool snapshotEmpty();
 
+// Nanoseconds since the machine was started, the same for all processes.
+uint64_t bootTime();
+// When the loading of the snapshot began. The first is loaded before main, not before the program has
+// started.
+inline uint64_t snapshotTime = 0;
+// Loads the snapshot again. Handles from before are void.
+HYP_ReturnStatus loadSnapshot();
+
 // Whether a change that another process was quicker to make, and may still be at, comes true: the snapshot is
 // loaded again until `made` finds it there, for a second at most. What `made` throws counts only at the end.
 // Handles from before are void.

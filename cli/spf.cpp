@@ -41,8 +41,10 @@ HeapBuffer fetchSpf(std::string_view subject, std::string_view name, void *(*fun
 
 void list(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
-    HeapBuffer ports = fetchSpf(named(alias), "SPFHYP_GetPortsList", SPFHYP_GetPortsList, alias.c_str());
-    printList(arguments, out, boundedList(std::move(ports), SPFHYP_PORT_ENTRY_SIZE, "ports"), "port");
+    auto ask = [&] {
+        return fetchSpf(named(alias), "SPFHYP_GetPortsList", SPFHYP_GetPortsList, alias.c_str());
+    };
+    printList(arguments, out, boundedList(ask, SPFHYP_PORT_ENTRY_SIZE, "ports"), "port");
 }
 
 void switchStats(const Arguments &arguments, Output &out) {

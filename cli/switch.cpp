@@ -11,6 +11,7 @@
 #include "failure.h"
 #include "library.h"
 #include "output.h"
+#include "remains.h"
 #include "snapshot.h"
 #include "values.h"
 
@@ -78,33 +79,48 @@ void requireSame(const SwitchView &sw, const Arguments &arguments, const std::st
            arguments.number("--ports", 0));
 }
 
-// Whether the switch is there as it is wanted. Throws when it is there and may not be, or differs.
+// What a switch lacks to be a whole one: something of itself, or of its uplinks. Nothing when it is whole.
+std::string halfMade(DVSSwitch *sw) {
+    std::optional<KernelSwitches> kernel = askKernelSwitches();
+    std::vector<std::string> parts;
+    if (kernel) parts = missingParts(sw, *kernel);
+    if (!parts.empty()) return fmt::format("{}; 'qvs switch destroy' removes it", fmt::join(parts, ", "));
+    UplinkState uplinks = uplinkState(sw);
+    if (uplinks.broken.empty()) return {};
+    return fmt::format("{}; 'qvs switch repair' mends that", fmt::join(uplinks.broken, ", "));
+}
+
+// Whether the switch is there as it is wanted. Throws when it is there and may not be, is half made, or
+// differs.
 bool isThere(const Arguments &arguments, const std::string &alias) {
     DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
     if (sw == nullptr) return false;
-    if (!arguments.given("--may-exist")) throw libraryFailure(named(alias), HYP_EXISTS);
+    std::string lacking = halfMade(sw);
+    if (!arguments.given("--may-exist")) {
+        throw libraryFailure(named(alias), HYP_EXISTS, lacking.empty() ? "" : "it is half made: " + lacking);
+    }
+    if (!lacking.empty()) fail(Exit::Differs, "{}: exists, but is half made: {}", named(alias), lacking);
     requireSame(SwitchView(sw), arguments, alias);
     return true;
 }
 
-// A switch that lacks its portset or ports may be one that another process is still creating.
+// A switch that lacks parts or ports may be one that another process is still creating.
 bool isInTheMaking(const Arguments &arguments, const std::string &alias) {
     DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
     if (sw == nullptr || !arguments.given("--may-exist")) return false;
     uint64_t wanted = uint64_t{arguments.number("--uplinks", 0)} + arguments.number("--ports", 0);
-    return !findText({Scope::Host, sw}, key::kPortset) || countPorts(sw) < wanted;
+    return countPorts(sw) < wanted || !halfMade(sw).empty();
 }
 
 // Throws when the kernel has a portset of this name, whoever made it.
 void requireNoPortset(const std::string &portset, const std::string &alias) {
-    VshypBuffer buffer;
-    require(fetch("VSHYP_GetSwitches", VSHYP_GetSwitches, buffer, VSHYP_SELECT_SWITCH_NAMES), named(alias));
-    KernelList list = boundedList(std::move(buffer), VSHYP_SWITCH_NAME_ENTRY_SIZE, "switches");
-    for (uint32_t i = 0; i < list.count; i++) {
-        if (boundedText(list.entry(i).data(), VSHYP_SWITCH_NAME_ENTRY_SIZE) != portset) continue;
-        fail(Exit::Differs, "{}: portset {} exists in the kernel; name another with --portset", named(alias),
-             inQuotes(portset));
-    }
+    std::optional<KernelSwitches> kernel = askKernelSwitches();
+    if (!kernel || !hasPortset(*kernel, portset)) return;
+    fail(Exit::Differs,
+         "{}: portset {} exists in the kernel; name another with --portset, or remove it with 'qvs switch "
+         "destroy {}' "
+         "if nothing needs it",
+         named(alias), inQuotes(portset), shown(portset));
 }
 
 // A switch that stands in the way of a new one, and what to do about it.
@@ -173,25 +189,43 @@ void create(const Arguments &arguments, Output &out) {
     reportChange(out, alias, {{"switch", alias}}, !there);
 }
 
+bool isHalfMade(const std::string &alias) {
+    DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
+    std::optional<KernelSwitches> kernel = askKernelSwitches();
+    return sw != nullptr && kernel && !missingParts(sw, *kernel).empty();
+}
+
+// True unless another process was quicker.
+bool destroySwitch(const std::string &alias) {
+    auto isGone = [&] { return DVSState_SwitchFindByAlias(alias.c_str()) == nullptr; };
+    findVswitch(alias);
+    HYP_ReturnStatus status = callWhole("VSDVS_DestroyVSwitch", VSDVS_DestroyVSwitch, alias.c_str());
+    if (status != HYP_NOT_FOUND) {
+        require(status, named(alias));
+        return true;
+    }
+    // It is gone, or half made and so without the association that the library did not find.
+    if (!comesTrue([&] { return isGone() || isHalfMade(alias); })) require(status, named(alias));
+    if (isGone()) return false;
+    removeHalfMade(findVswitch(alias), named(alias));
+    return true;
+}
+
 void destroy(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
-    auto isGone = [&] { return DVSState_SwitchFindByAlias(alias.c_str()) == nullptr; };
-    bool there = !arguments.given("--if-exists") || !isGone();
-    if (there) {
-        findVswitch(alias);
-        HYP_ReturnStatus status = callWhole("VSDVS_DestroyVSwitch", VSDVS_DestroyVSwitch, alias.c_str());
-        there = !(status == HYP_NOT_FOUND && arguments.given("--if-exists") && comesTrue(isGone));
-        if (there) require(status, named(alias));
-    }
+    bool there =
+        DVSState_SwitchFindByAlias(alias.c_str()) != nullptr ? destroySwitch(alias) : removeNameless(alias);
+    if (!there && !arguments.given("--if-exists")) throw libraryFailure(named(alias), HYP_NOT_FOUND);
     reportChange(out, alias, {{"switch", alias}}, there);
 }
 
 // --- list, show, find ---
 
 void listKernelNames(Listing &listing, const char *kind, uint32_t selector, uint32_t entrySize) {
-    VshypBuffer buffer;
-    require(fetch("VSHYP_GetSwitches", VSHYP_GetSwitches, buffer, selector), "switches of the kernel");
-    KernelList list = boundedList(std::move(buffer), entrySize, "switches");
+    auto ask = [&] {
+        return fetched("switches of the kernel", "VSHYP_GetSwitches", VSHYP_GetSwitches, selector);
+    };
+    KernelList list = boundedList(ask, entrySize, "switches");
     for (uint32_t i = 0; i < list.count; i++) {
         listing.row(std::string_view(kind), boundedText(list.entry(i).data(), entrySize));
     }
@@ -214,6 +248,14 @@ void list(const Arguments &arguments, Output &out) {
         });
         return names.finish();
     }
+    std::optional<KernelSwitches> kernel = askKernelSwitches();
+    std::vector<std::vector<std::string>> remains;
+    forEachSwitch([&](DVSSwitch *sw) {
+        remains.push_back(remainsOf(sw, kernel));
+        return true;
+    });
+    bool anything =
+        std::any_of(remains.begin(), remains.end(), [](const auto &words) { return !words.empty(); });
     Listing listing(out, {{"alias", "ALIAS"},
                           {"id", "ID"},
                           {"class", "CLASS"},
@@ -222,11 +264,20 @@ void list(const Arguments &arguments, Output &out) {
                           {"ports", "PORTS"},
                           {"uplinks", "UPLINKS"},
                           {"portset", "PORTSET"},
-                          {"opaque", nullptr}});
+                          {"opaque", nullptr},
+                          {"remains", anything ? "LEFT HALF MADE" : nullptr}});
+    auto remain = remains.begin();
     forEachSwitch([&](DVSSwitch *handle) {
         SwitchView sw(handle);
-        listing.row(sw.alias, sw.id, sw.className, sw.version, sw.maxPorts, sw.ports, sw.uplinks, sw.portset,
-                    Flag{sw.opaque});
+        std::vector<std::string_view> words(remain->begin(), remain->end());
+        std::string joined = fmt::format("{}", fmt::join(*remain++, ", "));
+        if (out.json()) {
+            listing.row(sw.alias, sw.id, sw.className, sw.version, sw.maxPorts, sw.ports, sw.uplinks,
+                        sw.portset, Flag{sw.opaque}, Words{words});
+        } else {
+            listing.row(sw.alias, sw.id, sw.className, sw.version, sw.maxPorts, sw.ports, sw.uplinks,
+                        sw.portset, Flag{sw.opaque}, std::string_view(joined));
+        }
         return true;
     });
     listing.finish();
@@ -352,7 +403,9 @@ const Command kRows[] = {
                  {"--uplinks", "N", "uplinks to create (0)"},
                  {"--ports", "N", "ports to create (0)"},
                  kMayExist},
-     .details = "A switch that exists is left as it is by --may-exist, and compared in what is given.",
+     .details = "A switch that exists is left as it is by --may-exist, and compared in what is given. One "
+                "that is half "
+                "made is refused.",
      .example = "qvs switch create sw1 --uplinks 2 --ports 8",
      .run = create},
     {.noun = "switch",
@@ -362,9 +415,28 @@ const Command kRows[] = {
      .summary = "destroy a switch with its ports and its portset",
      .arguments = {kSwitchArgument},
      .options = {kIfExists},
-     .details = nullptr,
+     .details = "What a change that was killed or not undone left of a switch is removed as well. SWITCH is "
+                "then its "
+                "alias, the identifier of a switch without alias, or the name of a portset without switch.",
      .example = "qvs switch destroy sw1 --if-exists",
      .run = destroy},
+    {.noun = "switch",
+     .verb = "repair",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "remove or mend what changes that were killed or not undone left half made",
+     .arguments = {{"SWITCH", "alias of the only switch to repair", Kind::Switch, true}},
+     .options = {{"--dry-run", nullptr, "show what would be done, and do nothing"}},
+     .details =
+         "A switch that lacks its alias, its portset or its association with it is removed, and so is a "
+         "portset that belongs to no switch, unless SWITCH is given. An uplink is whole when its name and "
+         "its "
+         "port are listed and the port is there; other entries are dropped, and ports that were made for "
+         "uplinks, are in no list and are as they were made are removed unless in use. Changes of other runs "
+         "wait meanwhile; other programs should make none.",
+     .example = "qvs switch repair --dry-run",
+     .run = repair,
+     .guard = Guard::Everything},
     {.noun = "switch",
      .verb = "list",
      .access = Access::Reads,
@@ -372,7 +444,10 @@ const Command kRows[] = {
      .summary = "list the switches",
      .arguments = {},
      .options = {kNames, {"--kernel", nullptr, "list the portset names and aliases the kernel answers"}},
-     .details = "PORTS counts all ports, those of the uplinks among them.",
+     .details =
+         "PORTS counts all ports, those of the uplinks among them. A last column says what is half made "
+         "where "
+         "something is; another process may be at it, else switch destroy or switch repair is the remedy.",
      .example = "qvs switch list --json",
      .run = list},
     {.noun = "switch",

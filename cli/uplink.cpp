@@ -10,8 +10,11 @@
 
 #include "command.h"
 #include "failure.h"
+#include "host.h"
 #include "library.h"
+#include "lock.h"
 #include "output.h"
+#include "remains.h"
 #include "snapshot.h"
 #include "values.h"
 
@@ -25,27 +28,42 @@ std::string named(std::string_view alias, std::string_view uplink) {
     return named(alias) + ": uplink " + inQuotes(uplink);
 }
 
-struct Uplink {
-    std::string name;
-    std::string port;
-};
+UplinkState snapshotUplinks(const std::string &alias) {
+    DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
+    return sw != nullptr ? uplinkState(sw) : UplinkState{};
+}
 
-// The uplinks of a switch as stored now. A switch without lists has none.
-std::vector<Uplink> readUplinks(const std::string &alias) {
+// The uplinks of a switch as stored now. A switch without lists has none. Where the lists do not agree with
+// one another or with the ports, that is a failure, or goes into `broken`, with the uplinks that are whole.
+// The snapshot may have been loaded again.
+std::vector<Uplink> readUplinks(const std::string &alias, std::string *broken = nullptr) {
     void *rawNames = nullptr;
     void *rawPorts = nullptr;
     auto read = [&] {
         return call("VSDVS_GetSwitchUplinkPorts", VSDVS_GetSwitchUplinkPorts, alias.c_str(), &rawNames,
                     &rawPorts);
     };
+    // A switch without lists shows like one of whose uplinks a port is missing.
+    auto disagree = [&](HYP_ReturnStatus status) {
+        return status == HYP_FAILURE || (status == HYP_NOT_FOUND && snapshotUplinks(alias).listed);
+    };
     HYP_ReturnStatus status = read();
-    // Another process may have stored one list and not yet the other; then their counts differ.
-    for (int i = 0; status == HYP_FAILURE && i < 10; i++) {
+    // Another process may be between port and lists.
+    if (disagree(status)) awaitOtherRuns(alias);
+    for (int i = 0; disagree(status) && i < 10; i++) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        requireState(loadSnapshot());
         status = read();
     }
     VsdvsBuffer names(rawNames);
     VsdvsBuffer ports(rawPorts);
+    if (disagree(status)) {
+        std::string hint = mendingHint(alias);
+        if (hint.empty()) throw libraryFailure(named(alias), status);
+        if (broken == nullptr) fail(Exit::Failed, "{}: {}", named(alias), hint);
+        *broken = hint;
+        return snapshotUplinks(alias).whole;
+    }
     if (status == HYP_NOT_FOUND) return {};
     require(status, named(alias));
     // The one success without lists: there was no memory to sort them.
@@ -86,14 +104,21 @@ bool raced(HYP_ReturnStatus status, HYP_ReturnStatus quicker) {
     return status == quicker || status == HYP_FAILURE;
 }
 
+// Why there was no room, or what the change has left half done.
+std::string hintFor(HYP_ReturnStatus status, uint32_t maxPorts, const std::string &alias) {
+    std::string room = roomHint(status, maxPorts);
+    return room.empty() ? mendingHint(alias) : room;
+}
+
 // --- add, remove, set, clear ---
 
 void add(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
     const std::vector<std::string> &wanted = uplinkArguments(arguments, kUplinkLimit);
+    findVswitch(alias);
+    std::vector<Uplink> uplinks = readUplinks(alias);
     DVSSwitch *sw = findVswitch(alias);
     const uint32_t maxPorts = DVS_GetMaxPorts(sw);
-    std::vector<Uplink> uplinks = readUplinks(alias);
 
     std::vector<bool> there;
     for (const std::string &uplink : wanted) {
@@ -112,7 +137,7 @@ void add(const Arguments &arguments, Output &out) {
             there[i] = raced(status, HYP_EXISTS) && arguments.given("--may-exist") &&
                        comesTrue([&] { return findUplink(readUplinks(alias), wanted[i]) != nullptr; });
             if (!there[i] && status != HYP_OK)
-                throw libraryFailure(named(alias, wanted[i]), status, roomHint(status, maxPorts));
+                throw libraryFailure(named(alias, wanted[i]), status, hintFor(status, maxPorts, alias));
         }
         changes.add(wanted[i], !there[i]);
     }
@@ -139,7 +164,8 @@ void remove(const Arguments &arguments, Output &out) {
                                                 alias.c_str(), there[i]->port.c_str());
             changed = !(raced(status, HYP_NOT_FOUND) && arguments.given("--if-exists") &&
                         comesTrue([&] { return findUplink(readUplinks(alias), wanted[i]) == nullptr; }));
-            if (changed) require(status, named(alias, wanted[i]));
+            if (changed && status != HYP_OK)
+                throw libraryFailure(named(alias, wanted[i]), status, mendingHint(alias));
         }
         changes.add(wanted[i], changed);
     }
@@ -171,8 +197,9 @@ std::vector<std::string> wantedUplinks(const Arguments &arguments) {
 void set(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
     std::vector<std::string> wanted = wantedUplinks(arguments);
-    DVSSwitch *sw = findVswitch(alias);
+    findVswitch(alias);
     std::vector<Uplink> uplinks = readUplinks(alias);
+    DVSSwitch *sw = findVswitch(alias);
 
     bool same = std::equal(uplinks.begin(), uplinks.end(), wanted.begin(), wanted.end(),
                            [](const Uplink &uplink, const std::string &name) { return uplink.name == name; });
@@ -196,7 +223,7 @@ void set(const Arguments &arguments, Output &out) {
         if (status != HYP_OK) {
             throw libraryFailure(
                 named(alias), status,
-                status == HYP_EXISTS ? "a port has the name of an uplink" : roomHint(status, maxPorts));
+                status == HYP_EXISTS ? "a port has the name of an uplink" : hintFor(status, maxPorts, alias));
         }
     }
     reportChange(out, alias, {{"switch", alias}}, !same);
@@ -268,9 +295,8 @@ std::optional<std::string_view> unlessEmpty(std::string_view text) {
 }
 
 void listKernel(const std::string &portset, const std::string &alias, Output &out) {
-    VshypBuffer buffer;
-    require(fetch("VSHYP_GetUplinks", VSHYP_GetUplinks, buffer, portset.c_str()), named(alias));
-    KernelList list = boundedList(std::move(buffer), VSHYP_UPLINK_ENTRY_SIZE, "uplinks");
+    auto ask = [&] { return fetched(named(alias), "VSHYP_GetUplinks", VSHYP_GetUplinks, portset.c_str()); };
+    KernelList list = boundedList(ask, VSHYP_UPLINK_ENTRY_SIZE, "uplinks");
     Listing listing(out, {{"index", "INDEX"}, {"entry", "ENTRY"}});
     for (uint32_t i = 0; i < list.count; i++)
         listing.row(i, list.entry(i));
@@ -279,15 +305,21 @@ void listKernel(const std::string &portset, const std::string &alias, Output &ou
 
 void list(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
-    DVSSwitch *sw = findVswitch(alias);
+    findVswitch(alias);
     std::string portset = portsetOf(alias);
     if (arguments.given("--kernel")) return listKernel(portset, alias, out);
-    std::vector<Uplink> uplinks = readUplinks(alias);
+    std::string broken;
+    std::vector<Uplink> uplinks = readUplinks(alias, &broken);
+    DVSSwitch *sw = findVswitch(alias);
+    auto failBroken = [&] {
+        if (!broken.empty()) fail(Exit::Failed, "{}: {}", named(alias), broken);
+    };
     if (arguments.given("--names")) {
         NameList names(out);
         for (const Uplink &uplink : uplinks)
             names.add(uplink.name);
-        return names.finish();
+        names.finish();
+        return failBroken();
     }
     Listing listing(out, {{"uplink", "UPLINK"},
                           {"port", "PORT"},
@@ -308,6 +340,7 @@ void list(const Arguments &arguments, Output &out) {
                     unlessEmpty(kernelPort));
     }
     listing.finish();
+    failBroken();
 }
 
 // An uplink's administrative state cannot be read, its link can. A link that is up needs nothing to be taken
@@ -347,10 +380,8 @@ void takeDown(const Arguments &arguments, Output &out) {
 constexpr Argument kUplinks{"UPLINK", "name of an uplink", Kind::Uplink, false, true};
 constexpr const char *kAddDetails =
     "uplink up and uplink down take names of at most 31 bytes, and no link is shown for a longer one. Runs "
-    "that change the uplinks of one switch at the same time store one list over the other: one may be lost.";
-constexpr const char *kRemoveDetails =
-    "Runs that change the uplinks of one switch at the same time store one list over the other: one may be "
-    "left.";
+    "of qvs wait for one another; another program that changes the uplinks meanwhile may store its lists "
+    "over these.";
 constexpr const char *kLinkDetails =
     "UPLINK is an uplink of the switch or the NIC that carries it, at most 31 bytes. The administrative "
     "state cannot be read: changed means that the link was not in that state.";
@@ -363,7 +394,9 @@ const Command kRows[] = {
      .summary = "list the uplinks of a switch with their ports, links and NICs",
      .arguments = {kSwitchArgument},
      .options = {kNames, {"--kernel", nullptr, "show the kernel's entries instead"}},
-     .details = "A link that the kernel does not answer for is shown as -.",
+     .details = "A link that the kernel does not answer for is shown as -. Lists that do not agree with the "
+                "ports are a "
+                "failure behind the uplinks that are whole; qvs switch repair mends them.",
      .example = "qvs uplink list sw1",
      .run = list},
     {.noun = "uplink",
@@ -385,7 +418,7 @@ const Command kRows[] = {
      .summary = "remove uplinks and their ports from a switch",
      .arguments = {kSwitchArgument, kUplinks},
      .options = {kIfExists},
-     .details = kRemoveDetails,
+     .details = "Removing is not undone when it fails half way; uplink list then says what is left.",
      .example = "qvs uplink remove sw1 uplink2",
      .run = remove},
     {.noun = "uplink",
@@ -406,7 +439,9 @@ const Command kRows[] = {
      .summary = "forget the uplinks of a switch and leave their ports as ordinary ones",
      .arguments = {kSwitchArgument},
      .options = {},
-     .details = nullptr,
+     .details = "A port that stays as it was made for its uplink, and unused, counts as left over: qvs "
+                "switch repair "
+                "removes it.",
      .example = "qvs uplink clear sw1",
      .run = clear},
     {.noun = "uplink",

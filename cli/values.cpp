@@ -71,7 +71,7 @@ std::string macText(Bytes address) {
     return fmt::format("{:02x}", fmt::join(address.begin(), address.end(), ":"));
 }
 
-std::vector<uint8_t> readFile(const std::string &path, size_t most) {
+std::vector<uint8_t> readFile(const std::string &path, size_t most, bool (*enough)(Bytes)) {
     constexpr size_t kPiece = 65536;
     std::string what = "file " + inQuotes(path);
     int fd = path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -84,6 +84,7 @@ std::vector<uint8_t> readFile(const std::string &path, size_t most) {
         bytes.resize(size + piece);
         got = read(fd, &bytes[size], piece);
         bytes.resize(size + static_cast<size_t>(std::max<ssize_t>(got, 0)));
+        if (enough != nullptr && enough(Bytes(bytes).subspan(size))) break;
     }
     int error = errno;
     if (fd >= 0) close(fd);

@@ -44,7 +44,9 @@ inline constexpr size_t kMostValueBytes = size_t{32} << 20;
 
 // Reads all of a file, or of standard input for "-". More than `most` bytes are a usage failure, and not
 // read.
-std::vector<uint8_t> readFile(const std::string &path, size_t most = kMostValueBytes);
+// Reading ends early behind a piece that is `enough`.
+std::vector<uint8_t> readFile(const std::string &path, size_t most = kMostValueBytes,
+                              bool (*enough)(Bytes) = nullptr);
 
 // The bytes that an argument writes as hexadecimal digits, or those of --file.
 std::vector<uint8_t> bytesGiven(const Arguments &arguments, const char *argument);
