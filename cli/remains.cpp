@@ -264,7 +264,9 @@ void repairUplinks(Repairs &repairs, DVSSwitch *sw, std::string_view alias) {
 
 void repairSwitch(Repairs &repairs, DVSSwitch *sw, const KernelSwitches &kernel) {
     if (!isVswitch(sw)) return;
-    std::optional<std::string_view> alias = aliasOf(sw);
+    // A copy: removing loads the snapshot again.
+    const std::optional<std::string> copy(aliasOf(sw));
+    const std::optional<std::string_view> alias(copy);
     std::vector<std::string> missing = missingParts(sw, kernel);
     if (missing.empty()) return repairUplinks(repairs, sw, alias.value_or(""));
     const std::string id = idOf(sw);

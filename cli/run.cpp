@@ -186,13 +186,13 @@ void execute(const Call &call) {
     foundNothing = false;
     try {
         runLocked(call, out);
-        if (foundNothing && !local) blameHost("");
     } catch (const Failure &failure) {
         // What was done before the failure is reported, and the failure after it.
         out.flush();
         if (failure.fromLibrary && failure.exit != Exit::NoAnswer) blameHost(failure.message);
         throw;
     }
+    if (foundNothing && call.command->access == Access::Reads) blameHost("");
     out.flush();
 }
 

@@ -65,16 +65,15 @@ HYP_ReturnStatus loadSnapshot() {
     return call("DVSLoadConfig", DVSLoadConfig);
 }
 
-bool comesTrue(const std::function<bool()> &made) {
-    constexpr int kLooks = 50;
+bool comesTrue(const std::function<bool()> &made, int looks) {
     constexpr std::chrono::milliseconds kPause(20);
     for (int look = 1;; look++) {
         requireState(loadSnapshot());
         try {
             if (made()) return true;
-            if (look == kLooks) return false;
+            if (look == looks) return false;
         } catch (const Failure &) {
-            if (look == kLooks) throw;
+            if (look == looks) throw;
         }
         std::this_thread::sleep_for(kPause);
     }

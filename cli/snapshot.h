@@ -99,9 +99,9 @@ inline uint64_t snapshotTime = 0;
 HYP_ReturnStatus loadSnapshot();
 
 // Whether a change that another process was quicker to make, and may still be at, comes true: the snapshot is
-// loaded again until `made` finds it there, for a second at most. What `made` throws counts only at the end.
-// Handles from before are void.
-bool comesTrue(const std::function<bool()> &made);
+// loaded again until `made` finds it there, as often as is said, 20 ms apart. What `made` throws counts only
+// at the end. Handles from before are void.
+bool comesTrue(const std::function<bool()> &made, int looks = 50);
 
 // The switch with this alias; a not-found failure without one.
 DVSSwitch *findSwitch(const std::string &alias);

@@ -80,14 +80,16 @@ void requireSame(const SwitchView &sw, const Arguments &arguments, const std::st
 }
 
 // What a switch lacks to be a whole one: something of itself, or of its uplinks. Nothing when it is whole.
-std::string halfMade(DVSSwitch *sw) {
+std::string halfMade(DVSSwitch *sw, const std::string &alias) {
     std::optional<KernelSwitches> kernel = askKernelSwitches();
     std::vector<std::string> parts;
     if (kernel) parts = missingParts(sw, *kernel);
-    if (!parts.empty()) return fmt::format("{}; 'qvs switch destroy' removes it", fmt::join(parts, ", "));
+    if (!parts.empty())
+        return fmt::format("{}; 'qvs switch destroy {}' removes it", fmt::join(parts, ", "), shown(alias));
     UplinkState uplinks = uplinkState(sw);
     if (uplinks.broken.empty()) return {};
-    return fmt::format("{}; 'qvs switch repair' mends that", fmt::join(uplinks.broken, ", "));
+    return fmt::format("{}; 'qvs switch repair {}' mends that", fmt::join(uplinks.broken, ", "),
+                       shown(alias));
 }
 
 // Whether the switch is there as it is wanted. Throws when it is there and may not be, is half made, or
@@ -95,7 +97,7 @@ std::string halfMade(DVSSwitch *sw) {
 bool isThere(const Arguments &arguments, const std::string &alias) {
     DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
     if (sw == nullptr) return false;
-    std::string lacking = halfMade(sw);
+    std::string lacking = halfMade(sw, alias);
     if (!arguments.given("--may-exist")) {
         throw libraryFailure(named(alias), HYP_EXISTS, lacking.empty() ? "" : "it is half made: " + lacking);
     }
@@ -109,7 +111,7 @@ bool isInTheMaking(const Arguments &arguments, const std::string &alias) {
     DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
     if (sw == nullptr || !arguments.given("--may-exist")) return false;
     uint64_t wanted = uint64_t{arguments.number("--uplinks", 0)} + arguments.number("--ports", 0);
-    return countPorts(sw) < wanted || !halfMade(sw).empty();
+    return countPorts(sw) < wanted || !halfMade(sw, alias).empty();
 }
 
 // Throws when the kernel has a portset of this name, whoever made it.
@@ -149,11 +151,20 @@ void requireRoom(const Arguments &arguments, const std::string &alias) {
                          fmt::format("--max-ports has to hold uplinks and ports, and is {}", maxPorts));
 }
 
+bool anyNameless() {
+    bool any = false;
+    forEachSwitch([&](DVSSwitch *sw) { return !(any = !findText({Scope::Global, sw}, key::kAlias)); });
+    return any;
+}
+
 std::string_view hintFor(HYP_ReturnStatus status, const Arguments &arguments) {
     switch (status) {
         case HYP_BAD_PARAM:
             return "the kernel's shell would interpret the portset name, give a plain one with --portset";
         case HYP_EXISTS:
+            if (anyNameless())
+                return "a half-made switch without alias may have the identifier; 'qvs switch repair' "
+                       "removes it";
             return arguments.given("--id") ? ""
                                            : "the identifier is made from the first 15 bytes, "
                                              "give another with --id";
@@ -161,6 +172,9 @@ std::string_view hintFor(HYP_ReturnStatus status, const Arguments &arguments) {
             return {};
     }
 }
+
+// Runs of qvs that create the switch have been waited for; another program gets a moment.
+constexpr int kLooksAtOthers = 15;
 
 void create(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("ALIAS");
@@ -171,7 +185,7 @@ void create(const Arguments &arguments, Output &out) {
     uint32_t version = arguments.number("--version", kDefaultVersion);
     uint32_t maxPorts = arguments.number("--max-ports", 0, 0, kMostMaxPorts);
     auto nowThere = [&] { return isThere(arguments, alias); };
-    bool there = isInTheMaking(arguments, alias) ? comesTrue(nowThere) : nowThere();
+    bool there = isInTheMaking(arguments, alias) ? comesTrue(nowThere, kLooksAtOthers) : nowThere();
     if (!there) {
         requireRoom(arguments, alias);
         requireFree(portset, arguments, alias);

@@ -11,6 +11,9 @@ Every line is read before the first runs.
   qvs: file '.': Is a directory
   ? 1
   $ qvs switch list --names
+  $ (ulimit -v 400000; qvs batch /dev/zero)
+  qvs: line 1: a NUL is no text
+  ? 2
 
 Each command sees what the ones before it did; the first failure ends the run.
 

@@ -78,7 +78,7 @@ Failures have the reason of the request.
   qvs: BFD sessions: Cannot allocate memory
   ? 1
   $ qvs-host fault add 'tarn_bfd*GetLogLevel' --errno EPERM && qvs --trace bfd log-level get 2>&1 | sed 's/, [0-9]* us/, N us/'
-  qvs: VSHYP_GetSwitches(0, ...) -> 0x0 (Success), N us
+  qvs: DVSLoadConfig() -> 0x0 (Success), N us
   qvs: BFD_GetLogLevel() -> 4294967295, N us
   qvs: BFD log level: Operation not permitted
   $ qvs-host fault add 'tarn_bfd*SetLogLevel' --errno EIO && qvs bfd log-level set 1

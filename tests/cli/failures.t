@@ -108,8 +108,8 @@ Clearing that did not happen is no success.
 A host whose state cannot be loaded is not an empty host.
 
   $ qvs-host fault add StateGet --forever --status 0xbad0014; qvs switch list
-  qvs: switch state: Out of memory (0xbad0014)
-  ? 1
+  qvs: the host does not answer: switch state: Out of memory (0xbad0014)
+  ? 6
   $ qvs-host fault clear
 
 A kernel that answers nonsense is no missing kernel, and a host that has ended is no machine without one.
@@ -125,9 +125,9 @@ A switch of another class is shown, and not changed.
 
   $ echo '{"switches":[{"alias":"old","id":"id-old","class":"etherswitch","version":1,"maxPorts":8,"portset":"old","ports":["p"]}]}' >lab
   $ qvs-host run --state ../state --lab lab -- qvs switch list
-  ALIAS  ID                                               CLASS        VERSION  PORTS  UPLINKS  PORTSET
-  sw1    73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00  vswitch      105      6      0        sw1
-  old    id-old                                           etherswitch  1        1      0        old
+  ALIAS  ID                                               CLASS        VERSION  PORTS  UPLINKS  PORTSET  LEFT HALF MADE
+  sw1    73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00  vswitch      105      6      0        sw1      uplink 'uplink0' has no entry for its port, port 'uplink0' was made for an uplink and carries none
+  old    id-old                                           etherswitch  1        1      0        old      -
   $ qvs switch create old --may-exist
   qvs: switch 'old': exists with class 'etherswitch', not 'vswitch'
   ? 4

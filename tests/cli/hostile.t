@@ -76,7 +76,7 @@ The sources of a group, and records without an end of their texts.
   0 switch show sw1
   0 switch find --alias sw1
   0 switch info sw1
-  0 uplink list sw1
+  3 uplink list sw1 qvs: switch 'sw1': Not found (0xbad0003)
   0 port show sw1 p0
   0 port list sw1
   0 port ls-teaming get sw1 p0 --kernel
@@ -87,3 +87,11 @@ The sources of a group, and records without an end of their texts.
   0 kcp status
   0 int get
   545
+
+An entry of zeros at the end of a list is an entry when the kernel counts it once more.
+
+  $ cat >zeros <<<'qvs-host fault add "device ioctl*GetL2Security" --forever --output 32:0000000000000000 >log; qvs mac security sw1 --json | grep -c ^{; qvs-host fault clear; qvs-host fault add "device ioctl*GetL2Security" --nth 2 --output 0:05000000 >log; qvs mac security sw1 --json | grep -c ^{'
+  $ qvs-host run --lab lab.json -- bash zeros
+  4
+  qvs: warning: the kernel counts 5 security entries, but handed over 4
+  4

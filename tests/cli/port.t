@@ -81,10 +81,12 @@ One port, with what the kernel says about it.
   {"index":0,"info":"AQAABAMAAAB1cGxpbmswA
   {"index":4,"info":"BQAABAAAAAB2bQAAAAAAA
 
-A listing asks the kernel for the state and for nothing else, however many ports there are.
+A listing asks the kernel for the state, sees that the device is there, and asks nothing else, however many ports there are.
 
   $ lines=$(wc -l <../trace); qvs port list sw1 >/dev/null; tail -n +$((lines + 1)) ../trace | sed 's/length=.*//'
   state StateGet -> 0x0 
+  device open "/dev/vswitch" -> 0
+  device close "/dev/vswitch"
 
 Removed; uplinks stay.
 

@@ -19,8 +19,8 @@ Created with uplinks and ports, listed and shown.
   sw2    id-2                                             vswitch  99       0      0        data2
   $ qvs switch list --json
   [
-  {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","class":"vswitch","version":105,"maxPorts":128,"ports":5,"uplinks":2,"portset":"sw1","opaque":false},
-  {"alias":"sw2","id":"id-2","class":"vswitch","version":99,"maxPorts":7,"ports":0,"uplinks":0,"portset":"data2","opaque":true}
+  {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","class":"vswitch","version":105,"maxPorts":128,"ports":5,"uplinks":2,"portset":"sw1","opaque":false,"remains":[]},
+  {"alias":"sw2","id":"id-2","class":"vswitch","version":99,"maxPorts":7,"ports":0,"uplinks":0,"portset":"data2","opaque":true,"remains":[]}
   ]
   $ qvs switch list --names --json
   ["sw1","sw2"]
@@ -151,5 +151,5 @@ Four at a time agree on what one of them did; a signal waits until a switch is w
   port0
   slow: changed
   $ treesh -e set /net/create orphan $'8\n' vswitch; qvs switch create orphan
-  qvs: switch 'orphan': portset 'orphan' exists in the kernel; name another with --portset
+  qvs: switch 'orphan': portset 'orphan' exists in the kernel; name another with --portset, or remove it with 'qvs switch destroy orphan' if nothing needs it
   ? 4

@@ -53,15 +53,17 @@ Help, manual and completion come from the table.
   usage: qvs switch destroy SWITCH [--if-exists]
   
     destroy a switch with its ports and its portset
+    What a change that was killed or not undone left of a switch is removed as well. SWITCH is then its alias, the identifier of a switch without alias, or the name of a portset without switch.
   
   arguments:
     SWITCH  alias of the switch
   
   options:
-    --if-exists  succeed when it is not there
-    --json       print JSON
-    --trace      print each library call, its status and its time to standard error
-    --help       print the help of the command
+    --if-exists        succeed when it is not there
+    --json             print JSON
+    --trace            print each library call, its status and its time to standard error
+    --timeout SECONDS  wait so long for the host to answer, and for other runs that change the same (10)
+    --help             print the help of the command
   
   example:
     qvs switch destroy sw1 --if-exists
@@ -85,6 +87,8 @@ Help, manual and completion come from the table.
   - `SWITCH`: alias of the switch
   - `--if-exists`: succeed when it is not there
   
+  What a change that was killed or not undone left of a switch is removed as well. SWITCH is then its alias, the identifier of a switch without alias, or the name of a portset without switch.
+  
   Example: `qvs switch destroy sw1 --if-exists`
   $ qvs help >/dev/full
   qvs: standard output: No space left on device
@@ -96,7 +100,7 @@ The completion offers nouns, verbs, options and names, and runs nothing.
   port pvlan prop
   list add remove set clear up down
   --max-ports --may-exist
-  --trace --help
+  --trace --timeout --help
   bash
   $ qvs() { printf '%s\n' 'a b' 'abc' '$(touch x)'; }; . <(command qvs completion bash); try() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvs; echo "${COMPREPLY[@]}"; }; try qvs switch show a; try qvs port show sw1 ''; try qvs prop get sw1 k --port '$'; try qvs port add sw1 ''; ls
   a\ b abc

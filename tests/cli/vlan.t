@@ -140,6 +140,6 @@ The help knows commands of three words.
   qvs port vlan: the VLANs of a port
   $ try() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvs; echo "${COMPREPLY[@]}"; }; . <(qvs completion bash); try qvs port vlan ''; try qvs port vlan set sw1 p --t; try qvs port vlan get sw1 port; try qvs mirror list sw1 --port port
   get set clear
-  --trunk --trace
+  --trunk --trace --timeout
   port0 port1
   port0 port1
