@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -159,9 +160,10 @@ std::optional<uint32_t> givenPatience;
 
 uint32_t patience() {
     if (givenPatience) return *givenPatience;
+    // May have a fraction.
     const char *set = std::getenv(kPatienceVariable);
-    std::optional<uint32_t> seconds = set != nullptr ? parseNumber(set) : std::nullopt;
-    return seconds && *seconds > 0 ? *seconds : kDefaultPatience;
+    const double seconds = set != nullptr ? std::ceil(std::strtod(set, nullptr)) : 0;
+    return seconds >= 1 && seconds <= kMostTimeout ? static_cast<uint32_t>(seconds) : kDefaultPatience;
 }
 
 void setPatience(uint32_t seconds) {
