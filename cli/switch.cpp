@@ -86,10 +86,9 @@ std::string halfMade(DVSSwitch *sw, const std::string &alias) {
     if (kernel) parts = missingParts(sw, *kernel);
     if (!parts.empty())
         return fmt::format("{}; 'qvs switch destroy {}' removes it", fmt::join(parts, ", "), shown(alias));
-    UplinkState uplinks = uplinkState(sw);
-    if (uplinks.broken.empty()) return {};
-    return fmt::format("{}; 'qvs switch repair {}' mends that", fmt::join(uplinks.broken, ", "),
-                       shown(alias));
+    parts = remainsOf(sw, std::nullopt);
+    if (parts.empty()) return {};
+    return fmt::format("{}; 'qvs switch repair {}' mends that", fmt::join(parts, ", "), shown(alias));
 }
 
 // Whether the switch is there as it is wanted. Throws when it is there and may not be, is half made, or

@@ -43,11 +43,19 @@ it tells what the list says, what creating the switch again says, what a repair 
   []
   $ bash cut 'HostPropSet*uplinkPorts' SwitchRemove SwitchDissociate 'shell*destroy' GlobalPropClear PortRemove
   "remains":["uplink 'uplink0' has no entry for its port","port 'uplink0' was made for an uplink and carries none"]}
-  qvs: switch 'a': exists, but is half made: uplink 'uplink0' has no entry for its port; 'qvs switch repair a' mends that
+  qvs: switch 'a': exists, but is half made: uplink 'uplink0' has no entry for its port, port 'uplink0' was made for an uplink and carries none; 'qvs switch repair a' mends that
   ? 4
   KIND     SWITCH  NAME     DEFECT                                      ACTION          CHANGED
   uplinks  a       a        uplink 'uplink0' has no entry for its port  drop the entry  no
   port     a       uplink0  made for an uplink, but carries none        remove          no
+  a: changed
+  []
+  $ bash cut 'GlobalPropSet*uplinkPorts' SwitchRemove SwitchDissociate 'shell*destroy' PortRemove
+  "remains":["port 'uplink0' was made for an uplink and carries none"]}
+  qvs: switch 'a': exists, but is half made: port 'uplink0' was made for an uplink and carries none; 'qvs switch repair a' mends that
+  ? 4
+  KIND  SWITCH  NAME     DEFECT                                ACTION  CHANGED
+  port  a       uplink0  made for an uplink, but carries none  remove  no
   a: changed
   []
 
