@@ -36,6 +36,9 @@ const char *noHost() {
     const char *emulated = std::getenv("QVS_HOST_SOCKET");
     if (emulated != nullptr && *emulated != '\0')
         return "no hypercore on this machine: the emulated host that this shell belongs to has ended";
+    if (std::getenv("QVS_HOST_LOST") != nullptr)
+        return "no hypercore on this machine: the emulated host was lost on the way, by a program that does "
+               "not pass its environment on (env -i, sudo)";
     return "no hypercore on this machine: the kernel's switch device does not answer\n"
            "qvs: an emulated host to try this on: qvs-host run -- qvs ...";
 }

@@ -12,6 +12,10 @@
 #include "output.h"
 #include "snapshot.h"
 
+// A state library may lack it, and has live ports only then.
+// NOLINTNEXTLINE(readability-redundant-declaration): it is this one that makes the reference weak
+extern "C" __attribute__((weak)) uint32_t DVS_PortState(const DVSPort *port);
+
 namespace qvs::cli {
 namespace {
 
@@ -242,7 +246,7 @@ void show(const Arguments &arguments, Output &out) {
     record.field("switch", "switch", alias);
     record.field("port", "port", portId);
     record.field("alias", "alias", findText(placeOf(port), key::kPortAlias));
-    record.field("state", "state", stateName(DVS_PortState(port)));
+    record.field("state", "state", stateName(DVS_PortState != nullptr ? DVS_PortState(port) : DVS_PORT_LIVE));
     record.field("connectId", "connect id", findNumber(placeOf(port), key::kConnectId));
     record.field("externalId", "external id", findText(placeOf(port), key::kExternalId));
     record.field("blocked", "blocked", Flag{findText(placeOf(port), key::kPortBlock) == "true"});

@@ -45,6 +45,12 @@ A socket without permission: that of another user, or one that lost its bits.
   qvs: the host does not answer: /dev/vswitch: Permission denied; it answers root, and the user whom it belongs to
   6
 
+A daemon that is stopped: no change is called unchanged, and the wait is as long as the user says.
+
+  $ pid=$(tr -dc 0-9 <../state/lock); kill -STOP $pid; qvs switch destroy sw1 --if-exists --timeout 1; echo $?; kill -CONT $pid
+  qvs: the host does not answer: switch state: Timeout (0xbad0021); --timeout SECONDS waits longer
+  6
+
 How long it may take is for the user to say.
 
   $ for words in '--timeout 0 switch list' 'switch list --timeout x' 'switch list --timeout' '--timeout'; do qvs $words 2>&1 | head -n 1; done
