@@ -1,0 +1,152 @@
+// Calls of libqvs as commands make them: traced on request, their buffers released, their lists kept in
+// bounds.
+#pragma once
+
+#include <fmt/format.h>
+#include <qvs/qvs.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include "tool/failure.h"
+#include "tool/text.h"
+
+namespace qvs::cli {
+
+// Set by --trace.
+inline bool tracing = false;
+// Whether a call found nothing. A host that ends shows like that, too.
+inline bool foundNothing = false;
+
+template <auto Free>
+struct Releaser {
+    void operator()(void *pointer) const { Free(pointer); }
+};
+using VshypBuffer = std::unique_ptr<void, Releaser<VSHYP_FreeMemory>>;
+using VsdvsBuffer = std::unique_ptr<void, Releaser<VSDVS_FreeMemory>>;
+using NetdvsText = std::unique_ptr<char, Releaser<NetDVS_FreeMemory>>;
+
+namespace trace {
+
+void line(std::string_view name, const std::string &arguments, const std::string &outcome,
+          std::chrono::steady_clock::duration elapsed);
+std::string statusText(HYP_ReturnStatus status);
+
+// Numbers and texts that go in are shown; records and whatever comes out is not.
+template <typename Value>
+std::string shownArgument(const Value &value) {
+    if constexpr (std::is_same_v<Value, const char *>) {
+        return value == nullptr ? "null" : "\"" + shown(value) + "\"";
+    } else if constexpr (std::is_integral_v<Value>) {
+        return fmt::format("{}", value);
+    } else {
+        return value == nullptr ? "null" : "...";
+    }
+}
+
+}  // namespace trace
+
+// Calls function, which is called name, and with --trace says so; `outcome` puts the result in words. The
+// errno that the function left stays.
+template <typename Result, typename... Parameters>
+Result traced(std::string_view name, std::string (*outcome)(Result), Result (*function)(Parameters...),
+              std::type_identity_t<Parameters>... arguments) {
+    if (!tracing) return function(arguments...);
+    auto start = std::chrono::steady_clock::now();
+    Result result = function(arguments...);
+    auto elapsed = std::chrono::steady_clock::now() - start;
+    int error = errno;
+    std::string text;
+    ((text += text.empty() ? "" : ", ", text += trace::shownArgument<Parameters>(arguments)), ...);
+    trace::line(name, text, outcome(result), elapsed);
+    errno = error;
+    return result;
+}
+
+// The same for a function that answers a status.
+template <typename... Parameters>
+HYP_ReturnStatus call(std::string_view name, HYP_ReturnStatus (*function)(Parameters...),
+                      std::type_identity_t<Parameters>... arguments) {
+    HYP_ReturnStatus status = traced(name, trace::statusText, function, arguments...);
+    if (status == HYP_NOT_FOUND) foundNothing = true;
+    return status;
+}
+
+// Interrupting, ending and hanging up wait until this is gone.
+class SignalsHeld {
+  public:
+    SignalsHeld() {
+        sigset_t held;
+        sigemptyset(&held);
+        for (int signal : {SIGINT, SIGTERM, SIGHUP})
+            sigaddset(&held, signal);
+        sigprocmask(SIG_BLOCK, &held, &before_);
+    }
+    ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsHeld(const SignalsHeld &) = delete;
+    SignalsHeld &operator=(const SignalsHeld &) = delete;
+
+  private:
+    sigset_t before_;
+};
+
+// The same for a change of several steps, which a signal may not stop half way: what is half done has no verb
+// that finishes or removes it.
+template <typename... Parameters>
+HYP_ReturnStatus callWhole(std::string_view name, HYP_ReturnStatus (*function)(Parameters...),
+                           std::type_identity_t<Parameters>... arguments) {
+    SignalsHeld held;
+    return call(name, function, arguments...);
+}
+
+// One of the VSHYP calls that hand out a buffer: call(name, function, arguments..., &buffer).
+template <typename Function, typename... Arguments>
+HYP_ReturnStatus fetch(std::string_view name, Function function, VshypBuffer &buffer,
+                       Arguments... arguments) {
+    void *raw = nullptr;
+    HYP_ReturnStatus status = call(name, function, arguments..., &raw);
+    buffer.reset(raw);
+    return status;
+}
+
+// The same, and throws what fails.
+template <typename Function, typename... Arguments>
+VshypBuffer fetched(std::string_view subject, std::string_view name, Function function,
+                    Arguments... arguments) {
+    VshypBuffer buffer;
+    require(fetch(name, function, buffer, arguments...), subject);
+    return buffer;
+}
+
+// A counted list of the kernel: a header with the count in front, and entries of one size.
+struct KernelList {
+    std::shared_ptr<void> buffer;
+    size_t entrySize = 0;
+    size_t headerSize = 0;
+    uint32_t count = 0;  // of the entries that were really handed over
+
+    Bytes entry(uint32_t index) const;
+    // The header and the entries that were handed over.
+    Bytes bytes() const;
+};
+
+// Asks the kernel for a list; null for none.
+using AskList = std::function<std::shared_ptr<void>()>;
+
+// Asks, and bounds the count that the kernel wrote, into the header at countAt, by what the buffer holds;
+// warns when it claims more. Asks again where the buffer alone does not tell whether its last entries, of
+// zeros, were handed over.
+KernelList boundedList(const AskList &ask, size_t entrySize, std::string_view what,
+                       size_t headerSize = sizeof(VSHYP_ListHeader), size_t countAt = 0);
+
+// The portset name, by which the kernel knows the switch.
+std::string portsetOf(const std::string &alias);
+
+}  // namespace qvs::cli

@@ -1,0 +1,37 @@
+// Runs side by side: a change locks what it changes, so that no other run of the tool does between its
+// reading and its storing.
+#pragma once
+
+#include <string>
+
+#include "tool/command.h"
+
+namespace qvs::cli {
+
+// How long a run waits, in seconds: for the host to answer, and for other runs to end.
+uint32_t patience();
+void setPatience(uint32_t seconds);
+
+// Holds what the guard of a command names, from its making on. Throws when another run does not let go of it
+// in time. Where there is no lock to be had, a warning says so and the change goes on.
+class Lock {
+  public:
+    Lock(Guard guard, const std::string &alias);
+    ~Lock();
+    Lock(const Lock &) = delete;
+    Lock &operator=(const Lock &) = delete;
+
+    // Whether another run has changed something since the snapshot was loaded.
+    bool behind() const { return behind_; }
+
+  private:
+    bool held_ = false;
+    bool behind_ = false;
+    long at_ = 0;
+    long size_ = 0;
+};
+
+// Waits until no other run changes the switch, unless this one does.
+void awaitOtherRuns(const std::string &alias);
+
+}  // namespace qvs::cli

@@ -1,0 +1,415 @@
+#include "access/remains.h"
+
+#include <fcntl.h>
+#include <qvs/qvs.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "access/host.h"
+#include "access/library.h"
+#include "access/snapshot.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/text.h"
+
+namespace qvs::cli {
+namespace {
+
+std::string named(std::string_view alias) {
+    return "switch " + inQuotes(alias);
+}
+
+bool isVswitch(DVSSwitch *sw) {
+    return std::strcmp(DVS_ClassName(sw), "vswitch") == 0;
+}
+
+std::string idOf(DVSSwitch *sw) {
+    return std::string(boundedText(DVS_SwitchId(sw), sizeof(SwitchIdString)));
+}
+
+std::optional<std::string_view> aliasOf(DVSSwitch *sw) {
+    return findText({Scope::Global, sw}, key::kAlias);
+}
+
+std::optional<std::string_view> portsetNameOf(DVSSwitch *sw) {
+    return findText({Scope::Host, sw}, key::kPortset);
+}
+
+// As long as the kernel's list has room for it.
+std::string_view cut(std::string_view name, size_t entrySize) {
+    return name.substr(0, entrySize - 1);
+}
+
+bool askNames(uint32_t selector, uint32_t entrySize, std::set<std::string, std::less<>> &names) {
+    KernelList list = boundedList(
+        [&] {
+            VshypBuffer buffer;
+            fetch("VSHYP_GetSwitches", VSHYP_GetSwitches, buffer, selector);
+            return buffer;
+        },
+        entrySize, "switches");
+    if (!list.buffer) return false;
+    for (uint32_t i = 0; i < list.count; i++)
+        names.emplace(boundedText(list.entry(i).data(), entrySize));
+    return true;
+}
+
+// --- the kernel's data paths ---
+
+// The switch that a portset belongs to by its properties; null for none.
+DVSSwitch *ownerOf(std::string_view portset) {
+    DVSSwitch *owner = nullptr;
+    forEachSwitch([&](DVSSwitch *sw) {
+        if (portsetNameOf(sw) == portset) owner = sw;
+        return owner == nullptr;
+    });
+    return owner;
+}
+
+// Neither a switch of the snapshot has it, nor one that the kernel alone knows and names like it.
+bool isStray(std::string_view portset, const KernelSwitches &kernel) {
+    const bool named = kernel.aliases.contains(portset) &&
+                       DVSState_SwitchFindByAlias(std::string(portset).c_str()) == nullptr;
+    return hasPortset(kernel, portset) && ownerOf(portset) == nullptr && !named;
+}
+
+// The library destroys a portset only together with its switch. No shell sees the name here, and the node's
+// path ends at the name.
+bool destroyPortset(const std::string &portset) {
+    if (portset.empty() || portset == "." || portset == ".." || portset.find('/') != std::string::npos)
+        return false;
+    std::string node = "/net/portsets/" + portset + "/destroy";
+    std::string words[] = {"/bin/treesh", "-e", "set", node, "destroy"};
+    char *argv[] = {words[0].data(), words[1].data(), words[2].data(),
+                    words[3].data(), words[4].data(), nullptr};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    for (int fd : {STDOUT_FILENO, STDERR_FILENO})
+        posix_spawn_file_actions_addopen(&actions, fd, "/dev/null", O_WRONLY, 0);
+    pid_t child = 0;
+    int failure = posix_spawn(&child, argv[0], &actions, nullptr, argv, environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (failure != 0) return false;
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0)
+        if (errno != EINTR) return false;
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+void removePortset(const std::string &portset) {
+    if (destroyPortset(portset)) return;
+    throw libraryFailure("portset " + inQuotes(portset), HYP_FAILURE, "the kernel's shell did not remove it");
+}
+
+// --- uplinks ---
+
+constexpr uint8_t kUplinkVlan[12] = {1, 0, 0, 0, 0, 0, 1, 0, 1, 0, 0xfe, 0x0f};
+
+bool holds(const Property &property, const void *bytes, size_t size) {
+    return property.value.size() == size && std::memcmp(property.value.data(), bytes, size) == 0;
+}
+
+// As the library makes a port for an uplink, and nobody has changed or used it.
+bool isNewUplinkPort(DVSPort *port) {
+    const std::string id = DVS_PortId(port);
+    const uint32_t connectId = 1;
+    bool uplink = false;
+    bool unchanged = true;
+    forEachProperty({Scope::Port, nullptr, port}, [&](const Property &property) {
+        if (property.key == "com.quillon.vswitch.port.vlan") {
+            uplink = holds(property, kUplinkVlan, sizeof kUplinkVlan);
+            unchanged = uplink;
+        } else if (property.key == key::kPortAlias) {
+            unchanged = holds(property, id.c_str(), id.size() + 1);
+        } else if (property.key == key::kConnectId) {
+            unchanged = holds(property, &connectId, sizeof connectId);
+        } else if (property.key == key::kPortBlock) {
+            unchanged = holds(property, "false", sizeof "false");
+        } else {
+            unchanged = (property.classes & (DVS_PROP_VOLATILE | DVS_PROP_RUNTIME)) != 0;
+        }
+        return unchanged;
+    });
+    return uplink && unchanged && !portStatus(port).inUse;
+}
+
+struct StoredList {
+    bool there = false;
+    bool readable = true;
+    std::vector<std::string> entries;
+};
+
+StoredList readList(const Place &place, std::string_view key, size_t entrySize) {
+    StoredList list;
+    std::optional<Property> stored = findProperty(place, key);
+    if (!stored) return list;
+    list.there = true;
+    uint32_t count = 0;
+    if (stored->value.size() >= sizeof count) std::memcpy(&count, stored->value.data(), sizeof count);
+    list.readable = stored->value.size() == sizeof count + uint64_t{count} * entrySize;
+    for (uint32_t i = 0; list.readable && i < count; i++) {
+        const uint8_t *entry = stored->value.data() + sizeof count + i * entrySize;
+        list.entries.emplace_back(boundedText(entry, entrySize));
+    }
+    return list;
+}
+
+// The name that the alias of a port stands for, which is then no longer to be had; nothing when none is left.
+bool takeName(std::vector<std::string> &names, DVSPort *port) {
+    std::optional<Property> alias = findProperty({Scope::Port, nullptr, port}, key::kPortAlias);
+    auto it = std::find_if(names.begin(), names.end(), [&](const std::string &name) {
+        return alias && holds(*alias, name.c_str(), name.size() + 1);
+    });
+    if (it == names.end()) return false;
+    names.erase(it);
+    return true;
+}
+
+std::vector<uint8_t> packList(const std::vector<Uplink> &uplinks, std::string Uplink::*member,
+                              size_t entrySize) {
+    auto count = static_cast<uint32_t>(uplinks.size());
+    std::vector<uint8_t> list(sizeof count + uplinks.size() * entrySize);
+    std::memcpy(list.data(), &count, sizeof count);
+    for (size_t i = 0; i < uplinks.size(); i++) {
+        const std::string &text = uplinks[i].*member;
+        std::memcpy(&list[sizeof count + i * entrySize], text.data(), std::min(text.size(), entrySize));
+    }
+    return list;
+}
+
+using SetProp = HYP_ReturnStatus (*)(const char *, const char *, const void *, uint32_t, const char *,
+                                     uint8_t);
+using ClearProp = HYP_ReturnStatus (*)(const char *, const char *, const char *, uint8_t);
+
+// One of the two lists: where it is stored, and how.
+struct ListPlace {
+    const char *key;
+    std::string Uplink::*member;
+    size_t entrySize;
+    const char *setName;
+    SetProp set;
+    const char *clearName;
+    ClearProp clear;
+};
+constexpr ListPlace kListPlaces[] = {
+    {key::kUplinkNames, &Uplink::name, sizeof(VSDVS_UplinkName), "VSDVS_SetGlobProp", VSDVS_SetGlobProp,
+     "VSDVS_ClearGlobProp", VSDVS_ClearGlobProp},
+    {key::kUplinkPorts, &Uplink::port, sizeof(VSDVS_UplinkPort), "VSDVS_SetHostProp", VSDVS_SetHostProp,
+     "VSDVS_ClearHostProp", VSDVS_ClearHostProp},
+};
+
+HYP_ReturnStatus storeList(const std::string &id, const ListPlace &place,
+                           const std::vector<Uplink> &uplinks) {
+    if (!uplinks.empty()) {
+        std::vector<uint8_t> list = packList(uplinks, place.member, place.entrySize);
+        return call(place.setName, place.set, nullptr, place.key, list.data(),
+                    static_cast<uint32_t>(list.size()), id.c_str(), 0);
+    }
+    HYP_ReturnStatus status = call(place.clearName, place.clear, nullptr, place.key, id.c_str(), 0);
+    return status == HYP_NOT_FOUND ? HYP_OK : status;
+}
+
+// Lists first: whatever ends this, running it again goes on.
+void mendUplinks(DVSSwitch *sw, const UplinkState &state, const std::string &subject) {
+    const std::string id = idOf(sw);
+    SignalsHeld held;
+    for (const ListPlace &place : kListPlaces) {
+        if (!state.broken.empty()) require(storeList(id, place, state.whole), subject);
+    }
+    for (const std::string &port : state.strayPorts)
+        require(call("DVSHYP_PortRemove", DVSHYP_PortRemove, id.c_str(), port.c_str()), subject);
+}
+
+// --- repairing ---
+
+class Repairs {
+  public:
+    Repairs(Output &out, bool dry)
+        : listing_(out, {{"kind", "KIND"},
+                         {"switch", "SWITCH"},
+                         {"name", "NAME"},
+                         {"defect", "DEFECT"},
+                         {"action", "ACTION"},
+                         {"changed", "CHANGED"}}),
+          dry_(dry) {}
+    ~Repairs() { listing_.finish(); }
+    Repairs(const Repairs &) = delete;
+    Repairs &operator=(const Repairs &) = delete;
+
+    void add(const char *kind, std::optional<std::string_view> alias, std::string_view name,
+             std::string_view defect, const char *action) {
+        listing_.row(std::string_view(kind), alias, name, defect, std::string_view(action), Flag{!dry_});
+    }
+    bool dry() const { return dry_; }
+
+  private:
+    Listing listing_;
+    bool dry_;
+};
+
+void repairUplinks(Repairs &repairs, DVSSwitch *sw, std::string_view alias) {
+    UplinkState state = uplinkState(sw);
+    if (!state.readable || (state.broken.empty() && state.strayPorts.empty())) return;
+    if (!repairs.dry()) mendUplinks(sw, state, named(alias));
+    for (const std::string &defect : state.broken)
+        repairs.add("uplinks", alias, alias, defect, "drop the entry");
+    for (const std::string &port : state.strayPorts)
+        repairs.add("port", alias, port, "made for an uplink, but carries none", "remove");
+}
+
+void repairSwitch(Repairs &repairs, DVSSwitch *sw, const KernelSwitches &kernel) {
+    if (!isVswitch(sw)) return;
+    // A copy: removing loads the snapshot again.
+    const std::optional<std::string> copy(aliasOf(sw));
+    const std::optional<std::string_view> alias(copy);
+    std::vector<std::string> missing = missingParts(sw, kernel);
+    if (missing.empty()) return repairUplinks(repairs, sw, alias.value_or(""));
+    const std::string id = idOf(sw);
+    if (!repairs.dry()) removeHalfMade(sw, named(alias ? *alias : std::string_view(id)));
+    repairs.add("switch", alias, id, fmt::format("{}", fmt::join(missing, ", ")), "remove");
+}
+
+void repairPortsets(Repairs &repairs, const KernelSwitches &kernel) {
+    for (const std::string &portset : kernel.portsets) {
+        if (!isStray(portset, kernel)) continue;
+        // One that went with its switch a moment ago.
+        std::optional<KernelSwitches> now = askKernelSwitches();
+        if (!now || !hasPortset(*now, portset)) continue;
+        if (!repairs.dry()) removePortset(portset);
+        repairs.add("portset", std::nullopt, portset, "belongs to no switch", "remove");
+    }
+}
+
+}  // namespace
+
+std::optional<KernelSwitches> askKernelSwitches() {
+    KernelSwitches kernel;
+    if (!askNames(VSHYP_SELECT_SWITCH_NAMES, VSHYP_SWITCH_NAME_ENTRY_SIZE, kernel.portsets) ||
+        !askNames(VSHYP_SELECT_SWITCH_NAMES - 1, VSHYP_SWITCH_ALIAS_ENTRY_SIZE, kernel.aliases))
+        return std::nullopt;
+    return kernel;
+}
+
+bool hasPortset(const KernelSwitches &kernel, std::string_view name) {
+    return kernel.portsets.contains(cut(name, VSHYP_SWITCH_NAME_ENTRY_SIZE));
+}
+
+std::vector<std::string> missingParts(DVSSwitch *sw, const KernelSwitches &kernel) {
+    std::vector<std::string> missing;
+    if (!isVswitch(sw)) return missing;
+    std::optional<std::string_view> alias = aliasOf(sw);
+    std::optional<std::string_view> portset = portsetNameOf(sw);
+    if (!alias) missing.emplace_back("no alias");
+    if (!portset) {
+        missing.emplace_back("no portset name");
+    } else if (!hasPortset(kernel, *portset)) {
+        missing.push_back("no portset " + inQuotes(*portset));
+    } else if (alias && !kernel.aliases.contains(cut(*alias, VSHYP_SWITCH_ALIAS_ENTRY_SIZE))) {
+        missing.emplace_back("not associated with its portset");
+    }
+    return missing;
+}
+
+UplinkState uplinkState(DVSSwitch *sw) {
+    UplinkState state;
+    StoredList names = readList({Scope::Global, sw}, key::kUplinkNames, sizeof(VSDVS_UplinkName));
+    StoredList ports = readList({Scope::Host, sw}, key::kUplinkPorts, sizeof(VSDVS_UplinkPort));
+    state.readable = names.readable && ports.readable;
+    state.listed = names.there || ports.there;
+    if (!state.readable) return state;
+    std::set<std::string_view> listed;
+    std::set<std::string_view> withoutPort;
+    for (const std::string &entry : ports.entries) {
+        DVSPort *port = lookUpPort(sw, entry);
+        listed.insert(entry);
+        if (port == nullptr) {
+            withoutPort.insert(entry);
+            state.broken.push_back("uplink " + inQuotes(entry) + " has no port");
+        } else if (!takeName(names.entries, port)) {
+            state.broken.push_back("port " + inQuotes(entry) + " has no uplink name");
+            listed.erase(entry);
+        } else {
+            state.whole.push_back(
+                {std::string(findText({Scope::Port, nullptr, port}, key::kPortAlias).value_or("")), entry});
+        }
+    }
+    for (const std::string &name : names.entries) {
+        if (!withoutPort.contains(name))
+            state.broken.push_back("uplink " + inQuotes(name) + " has no entry for its port");
+    }
+    forEachPort(sw, [&](DVSPort *port) {
+        if (!listed.contains(DVS_PortId(port)) && isNewUplinkPort(port))
+            state.strayPorts.emplace_back(DVS_PortId(port));
+        return true;
+    });
+    return state;
+}
+
+std::vector<std::string> remainsOf(DVSSwitch *sw, const std::optional<KernelSwitches> &kernel) {
+    if (!isVswitch(sw)) return {};
+    std::vector<std::string> remains;
+    if (kernel) remains = missingParts(sw, *kernel);
+    UplinkState state = uplinkState(sw);
+    remains.insert(remains.end(), state.broken.begin(), state.broken.end());
+    for (const std::string &port : state.strayPorts)
+        remains.push_back("port " + inQuotes(port) + " was made for an uplink and carries none");
+    return remains;
+}
+
+std::string mendingHint(const std::string &alias) {
+    requireState(loadSnapshot());
+    DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
+    if (sw == nullptr) return {};
+    UplinkState state = uplinkState(sw);
+    if (state.broken.empty()) return {};
+    return fmt::format("{}; 'qvs switch repair {}' mends that", fmt::join(state.broken, ", "), shown(alias));
+}
+
+void removeHalfMade(DVSSwitch *sw, const std::string &subject) {
+    const std::string id = idOf(sw);
+    // Without a name of its portset, a switch was to have the one of its alias.
+    std::string portset(portsetNameOf(sw).value_or(aliasOf(sw).value_or("")));
+    SignalsHeld held;
+    HYP_ReturnStatus status = call("DVSHYP_SwitchDissociate", DVSHYP_SwitchDissociate, id.c_str());
+    if (status != HYP_NOT_FOUND) require(status, subject);
+    require(call("DVSHYP_SwitchRemove", DVSHYP_SwitchRemove, id.c_str()), subject);
+    requireState(loadSnapshot());
+    std::optional<KernelSwitches> kernel = askKernelSwitches();
+    if (kernel && isStray(portset, *kernel)) removePortset(portset);
+}
+
+bool removeNameless(const std::string &name) {
+    DVSSwitch *sw = findSwitchById(name);
+    if (sw != nullptr && isVswitch(sw) && !aliasOf(sw)) {
+        removeHalfMade(sw, named(name));
+        return true;
+    }
+    std::optional<KernelSwitches> kernel = askKernelSwitches();
+    if (!kernel || !isStray(name, *kernel)) return false;
+    removePortset(name);
+    return true;
+}
+
+void repair(const Arguments &arguments, Output &out) {
+    std::vector<std::string> ids;
+    DVSSwitch *only = arguments.given("SWITCH") ? findSwitch(arguments.text("SWITCH")) : nullptr;
+    forEachSwitch([&](DVSSwitch *sw) {
+        if (only == nullptr || sw == only) ids.push_back(idOf(sw));
+        return true;
+    });
+    std::optional<KernelSwitches> kernel = askKernelSwitches();
+    if (!kernel) throw libraryFailure("switches of the kernel", HYP_FAILURE);
+    Repairs repairs(out, arguments.given("--dry-run"));
+    for (const std::string &id : ids) {
+        // Removing one loads the snapshot again.
+        if (DVSSwitch *sw = findSwitchById(id)) repairSwitch(repairs, sw, *kernel);
+    }
+    if (only == nullptr) repairPortsets(repairs, *kernel);
+}
+
+}  // namespace qvs::cli

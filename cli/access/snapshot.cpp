@@ -1,0 +1,173 @@
+#include "access/snapshot.h"
+
+#include <qvs/dvs.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <ctime>
+#include <thread>
+
+#include "access/host.h"
+#include "access/library.h"
+#include "tool/failure.h"
+
+namespace qvs::cli {
+
+std::optional<uint32_t> Property::number() const {
+    uint32_t number = 0;
+    if (value.size() != sizeof number) return std::nullopt;
+    std::memcpy(&number, value.data(), sizeof number);
+    return number;
+}
+
+Property view(const DVSData *data) {
+    const void *value = nullptr;
+    uint32_t length = DVSData_Data(data, &value);
+    return {DVSData_Name(data), {static_cast<const uint8_t *>(value), length}, DVSData_PropType(data)};
+}
+
+std::optional<Property> findProperty(const Place &place, std::string_view key) {
+    std::optional<Property> found;
+    forEachProperty(place, [&](const Property &property) {
+        if (property.key == key) found = property;
+        return !found;
+    });
+    return found;
+}
+
+std::optional<std::string_view> findText(const Place &place, std::string_view key) {
+    std::optional<Property> property = findProperty(place, key);
+    if (!property) return std::nullopt;
+    return property->text();
+}
+
+std::optional<uint32_t> findNumber(const Place &place, std::string_view key) {
+    std::optional<Property> property = findProperty(place, key);
+    if (!property) return std::nullopt;
+    return property->number();
+}
+
+bool snapshotEmpty() {
+    bool empty = true;
+    forEachSwitch([&](DVSSwitch *) { return empty = false; });
+    return empty;
+}
+
+uint64_t bootTime() {
+    struct timespec now {};
+    clock_gettime(CLOCK_BOOTTIME, &now);
+    return static_cast<uint64_t>(now.tv_sec) * 1'000'000'000 + static_cast<uint64_t>(now.tv_nsec);
+}
+
+HYP_ReturnStatus loadSnapshot() {
+    snapshotTime = bootTime();
+    return call("DVSLoadConfig", DVSLoadConfig);
+}
+
+bool comesTrue(const std::function<bool()> &made, int looks) {
+    constexpr std::chrono::milliseconds kPause(20);
+    for (int look = 1;; look++) {
+        requireState(loadSnapshot());
+        try {
+            if (made()) return true;
+            if (look == looks) return false;
+        } catch (const Failure &) {
+            if (look == looks) throw;
+        }
+        std::this_thread::sleep_for(kPause);
+    }
+}
+
+DVSSwitch *findSwitch(const std::string &alias) {
+    SwitchIdString id{};
+    require(call("DVSAliasToSwitchIdAllTypes", DVSAliasToSwitchIdAllTypes, alias.c_str(), id),
+            "switch " + inQuotes(alias));
+    return DVSState_SwitchFindByAlias(alias.c_str());
+}
+
+DVSSwitch *findVswitch(const std::string &alias) {
+    SwitchIdString id{};
+    HYP_ReturnStatus status = call("DVSAliasToSwitchId", DVSAliasToSwitchId, alias.c_str(), id);
+    DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
+    if (status == HYP_BAD_PARAM && sw != nullptr) {
+        fail(Exit::Failed, "switch {}: class is {}, not 'vswitch'", inQuotes(alias),
+             inQuotes(DVS_ClassName(sw)));
+    }
+    require(status, "switch " + inQuotes(alias));
+    return sw;
+}
+
+DVSSwitch *findSwitchById(std::string_view switchId) {
+    DVSSwitch *found = nullptr;
+    forEachSwitch([&](DVSSwitch *sw) {
+        if (DVS_SwitchId(sw) == switchId) found = sw;
+        return found == nullptr;
+    });
+    return found;
+}
+
+DVSPort *lookUpPort(DVSSwitch *sw, const std::string &portId) {
+    return DVSState_PortFind(DVS_SwitchId(sw), portId.c_str());
+}
+
+DVSPort *findPort(DVSSwitch *sw, const std::string &alias, const std::string &portId) {
+    DVSPort *port = lookUpPort(sw, portId);
+    if (port == nullptr) {
+        throw libraryFailure("switch " + inQuotes(alias) + ": port " + inQuotes(portId), HYP_NOT_FOUND);
+    }
+    return port;
+}
+
+uint32_t countPorts(DVSSwitch *sw) {
+    uint32_t count = 0;
+    forEachPort(sw, [&](DVSPort *) {
+        count++;
+        return true;
+    });
+    return count;
+}
+
+std::string roomHint(HYP_ReturnStatus status, uint32_t maxPorts) {
+    if (status != HYP_LIMIT_EXCEEDED) return {};
+    return fmt::format("there is room for {} ports, those of uplinks among them", maxPorts);
+}
+
+std::vector<std::string_view> uplinkPorts(DVSSwitch *sw) {
+    std::vector<std::string_view> ports;
+    std::optional<Property> list = findProperty({Scope::Host, sw}, key::kUplinkPorts);
+    if (!list || list->value.size() < sizeof(uint32_t)) return ports;
+    uint32_t count = 0;
+    std::memcpy(&count, list->value.data(), sizeof count);
+    Bytes entries = list->value.subspan(sizeof count);
+    size_t there = std::min<size_t>(count, entries.size() / sizeof(VSDVS_UplinkPort));
+    for (size_t i = 0; i < there; i++) {
+        ports.push_back(boundedText(&entries[i * sizeof(VSDVS_UplinkPort)], sizeof(VSDVS_UplinkPort)));
+    }
+    return ports;
+}
+
+PortStatus readStatus(Bytes record) {
+    constexpr size_t kNumberOffset = 16;
+    constexpr size_t kClientOffset = 20;
+    PortStatus status;
+    if (record.size() < kClientOffset) return status;
+    uint64_t flags = 0;
+    uint32_t number = 0;
+    std::memcpy(&flags, record.data(), sizeof flags);
+    std::memcpy(&number, &record[kNumberOffset], sizeof number);
+    status.inUse = (flags & 1) != 0;
+    status.linkUp = (flags & 2) != 0;
+    status.blocked = (flags & 4) != 0;
+    status.number = number;
+    std::string_view client = boundedText(record.data() + kClientOffset, record.size() - kClientOffset);
+    if (!client.empty()) status.client = client;
+    return status;
+}
+
+PortStatus portStatus(DVSPort *port) {
+    std::optional<Property> record = findProperty({Scope::Port, nullptr, port}, key::kPortStatus);
+    return record ? readStatus(record->value) : PortStatus{};
+}
+
+}  // namespace qvs::cli

@@ -1,0 +1,173 @@
+// qvs batch: many commands in one run.
+#include <qvs/qvs.h>
+
+#include <algorithm>
+#include <set>
+#include <sstream>
+
+#include "access/host.h"
+#include "access/library.h"
+#include "access/lock.h"
+#include "access/snapshot.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/run.h"
+#include "tool/values.h"
+
+namespace qvs::cli {
+
+// Every name is followed by a NUL, so that a path is a prefix of those below it and of nothing else.
+std::string touchedPath(std::initializer_list<std::string_view> names) {
+    std::string path;
+    for (std::string_view name : names) {
+        path += name;
+        path += '\0';
+    }
+    return path;
+}
+
+namespace {
+
+// The words of a line as a shell would see them, without any expansion: blanks separate, quotes and
+// backslashes keep, "#" at the start of a word begins a comment.
+std::vector<std::string> splitWords(std::string_view line) {
+    std::vector<std::string> words;
+    bool inWord = false;
+    char quote = 0;
+    for (size_t i = 0; i < line.size(); i++) {
+        char c = line[i];
+        if (quote == 0 && !inWord && c == '#') break;
+        if (quote == 0 && (c == ' ' || c == '\t' || c == '\r')) {
+            inWord = false;
+            continue;
+        }
+        if (!inWord) words.emplace_back();
+        inWord = true;
+        if (quote == 0 && (c == '\'' || c == '"')) {
+            quote = c;
+        } else if (c == quote) {
+            quote = 0;
+        } else if (c == '\\' && quote != '\'' && i + 1 < line.size()) {
+            words.back() += line[++i];
+        } else {
+            words.back() += c;
+        }
+    }
+    if (quote != 0) fail(Exit::Usage, "a quote is not closed");
+    return words;
+}
+
+constexpr size_t kMostBytes = size_t{1} << 30;
+
+struct Line {
+    size_t number = 0;
+    Call call;
+};
+
+[[noreturn]] void failLine(size_t number, Failure failure) {
+    failure.message = fmt::format("line {}: {}", number, failure.message);
+    throw Failure(std::move(failure));
+}
+
+std::vector<Line> readLines(std::istream &in, bool json) {
+    std::vector<Line> lines;
+    std::string text;
+    for (size_t number = 1; std::getline(in, text); number++) {
+        try {
+            if (text.find('\0') != std::string::npos) fail(Exit::Usage, "a NUL is no text");
+            std::vector<std::string> words = splitWords(text);
+            if (!words.empty() && words.front() == "qvs") words.erase(words.begin());
+            if (words.empty()) continue;
+            GlobalOptions global;
+            global.json = json;
+            global.trace = tracing;
+            global.timeout = patience();
+            Call call = parseCall(words, global);
+            std::string_view noun = call.command->noun;
+            if (call.global.help || noun == "help" || noun == "batch") {
+                fail(Exit::Usage, "neither help nor a batch can be asked for in a batch");
+            }
+            lines.push_back({number, std::move(call)});
+        } catch (const Failure &failure) {
+            failLine(number, failure);
+        }
+    }
+    return lines;
+}
+
+// The snapshot is the one of the start of the run, so what was changed since has to be remembered.
+class Touched {
+  public:
+    bool overlaps(const Call &call) const {
+        if (paths_.empty()) return false;
+        for (const std::string &path : pathsOf(call)) {
+            auto below = paths_.lower_bound(path);
+            if (below != paths_.end() && below->starts_with(path)) return true;
+            for (size_t i = 0; i < path.size(); i++) {
+                if ((i == 0 || path[i - 1] == '\0') && paths_.contains(path.substr(0, i))) return true;
+            }
+        }
+        return false;
+    }
+    void add(const Call &call) {
+        if (call.command->access == Access::Writes) paths_.merge(pathsOf(call));
+    }
+    void forget() { paths_.clear(); }
+
+  private:
+    static std::set<std::string> pathsOf(const Call &call) {
+        if (call.command->touches == nullptr) return {touchedPath({})};
+        std::vector<std::string> paths = call.command->touches(call.arguments);
+        return {paths.begin(), paths.end()};
+    }
+
+    std::set<std::string> paths_;
+};
+
+void runBatch(const Arguments &arguments, Output &out) {
+    // A device that gives zeros for ever is refused as soon as the first is there.
+    auto hasNul = [](Bytes piece) { return std::find(piece.begin(), piece.end(), 0) != piece.end(); };
+    std::vector<uint8_t> bytes = readFile(arguments.text("FILE"), kMostBytes, hasNul);
+    std::istringstream text(std::string(bytes.begin(), bytes.end()));
+    std::vector<Line> lines = readLines(text, out.json());
+
+    Touched touched;
+    for (const Line &line : lines) {
+        try {
+            if (line.call.command->access != Access::Local && touched.overlaps(line.call)) {
+                requireState(loadSnapshot());
+                touched.forget();
+            }
+            // Even a change that fails may have begun, but then this was the last one.
+            touched.add(line.call);
+            execute(line.call);
+        } catch (const Failure &failure) {
+            failLine(line.number, failure);
+        }
+    }
+}
+
+const Command kRows[] = {
+    {.noun = "batch",
+     .verb = nullptr,
+     .access = Access::Writes,
+     .json = true,
+     .summary = "run the commands of a file, one a line, up to the first that fails",
+     .arguments = {{"FILE", "file of commands, or - for standard input", Kind::File}},
+     .options = {},
+     .details =
+         "All lines are read before the first runs, and their commands, options and numbers of arguments are "
+         "checked; a value is checked when its line runs, behind the changes of the lines before it. Words "
+         "are separated by blanks; quotes and backslashes work as in a shell, nothing is expanded, # begins "
+         "a comment. With --json every command prints its own JSON.",
+     .example = "qvs batch changes.txt",
+     .run = runBatch,
+     .guard = Guard::None},
+};
+
+}  // namespace
+
+const std::span<const Command> kBatchCommands = kRows;
+
+}  // namespace qvs::cli

@@ -1,0 +1,118 @@
+// qvs bfd: sessions, log level and statistics of the kernel's forwarding detection.
+#include <qvs/qvs.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "access/opaque.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+
+namespace qvs::cli {
+namespace {
+
+constexpr uint32_t kAllSessions = 3;
+constexpr std::array<uint32_t, 4> kLogLevels = {0, 1, 3, 5};
+
+void sessions(const Arguments &arguments, Output &out) {
+    uint32_t flags = arguments.number("--flags", kAllSessions);
+    if (flags > UINT8_MAX || (flags & kAllSessions) == 0)
+        fail(Exit::Usage, "--flags: {} is not a byte with bit 0 or bit 1 set", flags);
+    HeapBuffer table =
+        fetchRecord("BFD sessions", "BFD_GetSessions", BFD_GetSessions, static_cast<uint8_t>(flags));
+    printRecord(arguments, out, "sessions", "sessions", recordIn(table, BFD_SESSIONS_SIZE));
+}
+
+std::string levelText(uint32_t level) {
+    return fmt::to_string(level);
+}
+std::string resultText(int32_t result) {
+    return fmt::to_string(result);
+}
+
+uint32_t readLevel() {
+    errno = 0;
+    uint32_t level = traced("BFD_GetLogLevel", levelText, BFD_GetLogLevel);
+    if (level == BFD_NO_LOG_LEVEL) throw requestFailure("BFD log level", errno);
+    return level;
+}
+
+void getLevel(const Arguments &, Output &out) {
+    uint32_t level = readLevel();
+    if (!out.json()) return out.write(fmt::format("{}\n", level));
+    Record record(out);
+    record.field("logLevel", "log level", level);
+    record.finish();
+}
+
+void setLevel(const Arguments &arguments, Output &out) {
+    uint32_t level = arguments.number("LEVEL", 0);
+    // The library would say so on standard output.
+    if (std::find(kLogLevels.begin(), kLogLevels.end(), level) == kLogLevels.end())
+        fail(Exit::Usage, "LEVEL: {} is none of {}", level, fmt::join(kLogLevels, ", "));
+    bool same = readLevel() == level;
+    errno = 0;
+    if (!same && traced("BFD_SetLogLevel", resultText, BFD_SetLogLevel, level) < 0)
+        throw requestFailure("BFD log level", errno);
+    reportChange(out, "log level", {}, !same);
+}
+
+void stats(const Arguments &arguments, Output &out) {
+    HeapBuffer stats = fetchRecord("BFD statistics", "BFD_GetStats", BFD_GetStats);
+    printRecord(arguments, out, "stats", "statistics", recordIn(stats, BFD_STATS_SIZE));
+}
+
+const Command kRows[] = {
+    {.noun = "bfd",
+     .verb = "sessions",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the kernel's table of sessions",
+     .arguments = {},
+     .options = {{"--flags", "N", "a byte that says which sessions, bit 0 or bit 1 set (3)"}, kRaw},
+     .details = "The table is the kernel's own, 1139336 bytes, and is shown as it is.",
+     .example = "qvs bfd sessions --raw sessions.bin",
+     .run = sessions,
+     .touches = touchesNothing},
+    {.noun = "bfd",
+     .verb = "log-level get",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "print how much the kernel's module logs",
+     .arguments = {},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs bfd log-level get",
+     .run = getLevel,
+     .touches = touchesNothing},
+    {.noun = "bfd",
+     .verb = "log-level set",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "say how much the kernel's module logs",
+     .arguments = {{"LEVEL", "0, 1, 3 or 5"}},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs bfd log-level set 3",
+     .run = setLevel,
+     .touches = touchesNothing},
+    {.noun = "bfd",
+     .verb = "stats",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the statistics of the kernel's module, 64 bytes",
+     .arguments = {},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs bfd stats",
+     .run = stats,
+     .touches = touchesNothing},
+};
+
+}  // namespace
+
+const std::span<const Command> kBfdCommands = kRows;
+
+}  // namespace qvs::cli

@@ -1,0 +1,55 @@
+// qvs dump: the library's own rendering of the snapshot.
+#include <qvs/qvs.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "access/library.h"
+#include "access/snapshot.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+
+namespace qvs::cli {
+namespace {
+
+// A terminal must not obey what is stored. What makes up the dump's own lines stays.
+void writeShown(Output &out, std::string_view text) {
+    while (!text.empty()) {
+        const size_t end = std::min(text.find_first_of("\n\t"), text.size());
+        appendShown(out.buffer(), text.substr(0, end));
+        out.write(text.substr(end, 1));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+}
+
+void dump(const Arguments &arguments, Output &out) {
+    const char *alias = arguments.orNull("SWITCH");
+    if (alias != nullptr) findVswitch(alias);
+    char *raw = nullptr;
+    require(call("NetDVS_Dump", NetDVS_Dump, alias, &raw),
+            alias != nullptr ? "switch " + inQuotes(alias) : std::string("switches"));
+    NetdvsText text(raw);
+    if (out.terminal()) return writeShown(out, text.get());
+    out.write(std::string_view(text.get()));
+}
+
+const Command kRows[] = {
+    {.noun = "dump",
+     .verb = nullptr,
+     .access = Access::Reads,
+     .json = false,
+     .summary = "print switches, ports and their properties with every field named",
+     .arguments = {{"SWITCH", "alias of the one switch to print", Kind::Switch, true}},
+     .options = {},
+     .details = "Bytes of stored texts that are no text are escaped on a terminal, and stay as they are in a "
+                "file or a pipe. The properties in JSON: qvs prop list SWITCH --all --json.",
+     .example = "qvs dump sw1",
+     .run = dump},
+};
+
+}  // namespace
+
+const std::span<const Command> kDumpCommands = kRows;
+
+}  // namespace qvs::cli

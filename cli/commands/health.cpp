@@ -1,0 +1,306 @@
+// qvs health: the checks of teaming, VLANs and MTU, and what the kernel has found on a port.
+#include <qvs/qvs.h>
+
+#include <array>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "access/library.h"
+#include "access/policy.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/values.h"
+
+namespace qvs::cli {
+namespace {
+
+constexpr Policy kTeamDeploy{"team check", "com.quillon.common.teamcheck.deploy", Scope::Global,
+                             DVS_PROP_CONFIG, sizeof(HealthCheck_Deployment)};
+constexpr Policy kTeamParam{"team check parameter", "com.quillon.mesh.teamcheck.param", Scope::Global,
+                            DVS_PROP_POLICY, sizeof(uint8_t)};
+constexpr Policy kVlanMtuDeploy{"VLAN and MTU check", "com.quillon.common.vlanmtucheck.deploy", Scope::Global,
+                                DVS_PROP_CONFIG, sizeof(HealthCheck_Deployment)};
+constexpr Policy kVlanMtuParam{"VLAN and MTU check parameter", "com.quillon.mesh.vlanmtucheck.param",
+                               Scope::Global, DVS_PROP_POLICY, HEALTHCHECK_VLAN_MTU_PARAM_SIZE};
+constexpr Policy kVlanResult{"check result", "com.quillon.common.port.volatile.vlanchkresult", Scope::Port};
+constexpr Policy kMtuResult{"check result", "com.quillon.common.port.volatile.mtuchkresult", Scope::Port};
+
+constexpr const char *kExpectations[] = {"other", "ip-hash"};
+
+using ResultBuffer = std::unique_ptr<void, Releaser<HealthCheck_FreeMemory>>;
+
+// --- deployment ---
+
+using ReadDeployment = HYP_ReturnStatus (*)(const char *, uint8_t *);
+using StoreDeployment = HYP_ReturnStatus (*)(const char *, const uint8_t *);
+
+void describeDeployment(Record &record, const PolicyPlace &place, std::string_view name,
+                        ReadDeployment read) {
+    HealthCheck_Deployment deployment{};
+    place.requireRead(call(name, read, place.name(), reinterpret_cast<uint8_t *>(&deployment)));
+    place.describe(record);
+    record.field("enabled", "enabled", Flag{deployment.enabled != 0});
+    record.field("interval", "interval minutes", uint32_t{deployment.intervalMinutes});
+}
+
+void deploy(const Policy &policy, const Arguments &arguments, Output &out, std::string_view name,
+            StoreDeployment store) {
+    bool off = oneGiven(arguments, {"--interval", "--off"}) == "--off";
+    HealthCheck_Deployment deployment{static_cast<uint8_t>(off ? 0 : 1), arguments.number("--interval", 0)};
+    PolicyPlace place(policy, arguments);
+    auto deployed = [&] { return call(name, store, place.name(), bytesOf(deployment).data()); };
+    // A check that is off is not stored.
+    if (off) return clearPolicy(out, place, deployed);
+    storePolicy(out, place, place.holds(bytesOf(deployment)), deployed);
+}
+
+// Removes deployment and parameter.
+void clearCheck(const Policy &deployment, const Policy &param, const Arguments &arguments, Output &out,
+                std::string_view name, HYP_ReturnStatus (*clear)(const char *)) {
+    PolicyPlace place(deployment, arguments);
+    bool there = place.stored() || PolicyPlace(param, arguments).stored();
+    if (there) require(call(name, clear, place.name()), place.named());
+    place.report(out, there);
+}
+
+// --- the team check ---
+
+void getTeam(const Arguments &arguments, Output &out) {
+    PolicyPlace place(kTeamDeploy, arguments);
+    uint8_t ipHash = 0;
+    PolicyPlace(kTeamParam, arguments)
+        .requireRead(
+            call("HealthCheck_GetTeamCheckParam", HealthCheck_GetTeamCheckParam, place.name(), &ipHash));
+    Record record(out);
+    describeDeployment(record, place, "HealthCheck_GetTeamCheckDeploy", HealthCheck_GetTeamCheckDeploy);
+    record.field("expected", "expected teaming", std::string_view(kExpectations[ipHash != 0 ? 1 : 0]));
+    record.finish();
+}
+
+void deployTeam(const Arguments &arguments, Output &out) {
+    deploy(kTeamDeploy, arguments, out, "HealthCheck_DeployTeamCheck", HealthCheck_DeployTeamCheck);
+}
+
+void setTeamParam(const Arguments &arguments, Output &out) {
+    auto ipHash = static_cast<uint8_t>(chosen(arguments, "TEAMING", kExpectations));
+    PolicyPlace place(kTeamParam, arguments);
+    storePolicy(out, place, place.holds({&ipHash, 1}), [&] {
+        return call("HealthCheck_SetTeamCheckParam", HealthCheck_SetTeamCheckParam, place.name(), ipHash);
+    });
+}
+
+void clearTeam(const Arguments &arguments, Output &out) {
+    clearCheck(kTeamDeploy, kTeamParam, arguments, out, "HealthCheck_ClearTeamCheck",
+               HealthCheck_ClearTeamCheck);
+}
+
+// --- the check of VLANs and MTU ---
+
+void getVlanMtu(const Arguments &arguments, Output &out) {
+    PolicyPlace place(kVlanMtuDeploy, arguments);
+    std::array<uint8_t, HEALTHCHECK_VLAN_MTU_PARAM_SIZE> block{};
+    PolicyPlace param(kVlanMtuParam, arguments);
+    param.requireRead(call("HealthCheck_GetVLANMTUCheckParam", HealthCheck_GetVLANMTUCheckParam, place.name(),
+                           block.data()));
+    if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), block);
+    std::optional<Bytes> shown;
+    if (param.stored()) shown.emplace(block);
+    Record record(out);
+    describeDeployment(record, place, "HealthCheck_GetVLANMTUCheckDeploy", HealthCheck_GetVLANMTUCheckDeploy);
+    record.block("param", "parameter", shown);
+    record.finish();
+}
+
+void deployVlanMtu(const Arguments &arguments, Output &out) {
+    deploy(kVlanMtuDeploy, arguments, out, "HealthCheck_DeployVLANMTUCheck", HealthCheck_DeployVLANMTUCheck);
+}
+
+void setVlanMtuParam(const Arguments &arguments, Output &out) {
+    std::vector<uint8_t> block = readFile(arguments.text("--file"), HEALTHCHECK_VLAN_MTU_PARAM_SIZE);
+    if (block.size() != HEALTHCHECK_VLAN_MTU_PARAM_SIZE) {
+        fail(Exit::Usage, "file {}: {} bytes, but the parameter has {}", inQuotes(arguments.text("--file")),
+             block.size(), HEALTHCHECK_VLAN_MTU_PARAM_SIZE);
+    }
+    PolicyPlace place(kVlanMtuParam, arguments);
+    storePolicy(out, place, place.holds(block), [&] {
+        return call("HealthCheck_SetVLANMTUCheckParam", HealthCheck_SetVLANMTUCheckParam, place.name(),
+                    block.data());
+    });
+}
+
+void clearVlanMtu(const Arguments &arguments, Output &out) {
+    clearCheck(kVlanMtuDeploy, kVlanMtuParam, arguments, out, "HealthCheck_ClearVLANMTUCheck",
+               HealthCheck_ClearVLANMTUCheck);
+}
+
+// --- results ---
+
+using ReadResult = HYP_ReturnStatus (*)(const char *, const char *, void **);
+
+// The ranges of a result, both kinds; nothing without a result.
+struct Result {
+    std::optional<std::vector<std::string>> first;
+    std::optional<std::vector<std::string>> second;
+};
+
+std::vector<std::string> rangesOf(const uint8_t *ranges, uint32_t count) {
+    std::vector<std::string> texts;
+    for (uint32_t i = 0; i < count; i++) {
+        uint16_t ends[2];
+        std::memcpy(ends, ranges + i * sizeof ends, sizeof ends);
+        texts.push_back(ends[0] == ends[1] ? fmt::to_string(ends[0])
+                                           : fmt::format("{}-{}", ends[0], ends[1]));
+    }
+    return texts;
+}
+
+Result readResult(const PolicyPlace &place, std::string_view name, ReadResult read) {
+    void *raw = nullptr;
+    HYP_ReturnStatus status = call(name, read, place.name(), place.port(), &raw);
+    if (status == HYP_NOT_FOUND) return {};
+    place.requireRead(status);
+    ResultBuffer buffer(raw);
+    HealthCheck_Result head;
+    std::memcpy(&head, raw, sizeof head);
+    const uint8_t *ranges = static_cast<const uint8_t *>(raw) + sizeof head;
+    return {rangesOf(ranges, head.firstCount),
+            rangesOf(ranges + head.firstCount * sizeof(uint32_t), head.secondCount)};
+}
+
+std::optional<Words> rangeWords(const std::optional<std::vector<std::string>> &texts) {
+    if (!texts) return std::nullopt;
+    return Words{{texts->begin(), texts->end()}};
+}
+
+void result(const Arguments &arguments, Output &out) {
+    PolicyPlace place(kVlanResult, arguments);
+    Result vlan = readResult(place, "HealthCheck_GetVLANCheckResult", HealthCheck_GetVLANCheckResult);
+    Result mtu = readResult(place, "HealthCheck_GetMTUCheckResult", HealthCheck_GetMTUCheckResult);
+    if (!vlan.first && !mtu.first) place.failAbsent();
+    Record record(out);
+    place.describe(record);
+    record.field("trunkedVlans", "VLANs trunked", rangeWords(vlan.first));
+    record.field("untrunkedVlans", "VLANs not trunked", rangeWords(vlan.second));
+    record.field("allowedMtus", "MTUs allowed", rangeWords(mtu.first));
+    record.field("disallowedMtus", "MTUs not allowed", rangeWords(mtu.second));
+    record.finish();
+}
+
+constexpr Option kInterval{
+    "--interval", "MINUTES", "deploy the check, with this many minutes between two runs",
+    Kind::Word,   false,     Need::Choice};
+constexpr Option kOff{"--off",    nullptr, "no longer deploy the check; its parameter stays",
+                      Kind::Word, false,   Need::Choice};
+
+const Command kRows[] = {
+    {.noun = "health",
+     .verb = "team get",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the check of the teaming of a switch",
+     .arguments = {kSwitchArgument},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs health team get sw1",
+     .run = getTeam,
+     .touches = touches<kTeamDeploy, kTeamParam>},
+    {.noun = "health",
+     .verb = "team deploy",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "deploy the check of the teaming of a switch, or no longer",
+     .arguments = {kSwitchArgument},
+     .options = {kInterval, kOff},
+     .details = nullptr,
+     .example = "qvs health team deploy sw1 --interval 5",
+     .run = deployTeam,
+     .touches = touches<kTeamDeploy>},
+    {.noun = "health",
+     .verb = "team param",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "store the teaming that the check expects",
+     .arguments = {kSwitchArgument, {"TEAMING", "ip-hash or other"}},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs health team param sw1 ip-hash",
+     .run = setTeamParam,
+     .touches = touches<kTeamParam>},
+    {.noun = "health",
+     .verb = "team clear",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "remove the check of the teaming of a switch and its parameter",
+     .arguments = {kSwitchArgument},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs health team clear sw1",
+     .run = clearTeam,
+     .touches = touches<kTeamDeploy, kTeamParam>},
+    {.noun = "health",
+     .verb = "vlan-mtu get",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the check of VLANs and MTU of a switch",
+     .arguments = {kSwitchArgument},
+     .options = {kRaw},
+     .details =
+         "The parameter is opaque, 512 bytes, and is shown as it is; --raw writes it alone, zeros when "
+         "never stored.",
+     .example = "qvs health vlan-mtu get sw1",
+     .run = getVlanMtu,
+     .touches = touches<kVlanMtuDeploy, kVlanMtuParam>},
+    {.noun = "health",
+     .verb = "vlan-mtu deploy",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "deploy the check of VLANs and MTU of a switch, or no longer",
+     .arguments = {kSwitchArgument},
+     .options = {kInterval, kOff},
+     .details = nullptr,
+     .example = "qvs health vlan-mtu deploy sw1 --interval 5",
+     .run = deployVlanMtu,
+     .touches = touches<kVlanMtuDeploy>},
+    {.noun = "health",
+     .verb = "vlan-mtu param",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "store the parameter of the check of VLANs and MTU",
+     .arguments = {kSwitchArgument},
+     .options = {{"--file", "FILE", "the 512 bytes of the parameter (- for standard input)", Kind::File,
+                  false, Need::Always}},
+     .details = nullptr,
+     .example = "qvs health vlan-mtu param sw1 --file param.bin",
+     .run = setVlanMtuParam,
+     .touches = touches<kVlanMtuParam>},
+    {.noun = "health",
+     .verb = "vlan-mtu clear",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "remove the check of VLANs and MTU of a switch and its parameter",
+     .arguments = {kSwitchArgument},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs health vlan-mtu clear sw1",
+     .run = clearVlanMtu,
+     .touches = touches<kVlanMtuDeploy, kVlanMtuParam>},
+    {.noun = "health",
+     .verb = "result",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the VLANs and MTUs that the check has found on a port",
+     .arguments = {kSwitchArgument, kPortArgument},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs health result sw1 port0",
+     .run = result,
+     .touches = touches<kVlanResult, kMtuResult>},
+};
+
+}  // namespace
+
+const std::span<const Command> kHealthCommands = kRows;
+
+}  // namespace qvs::cli

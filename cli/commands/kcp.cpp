@@ -1,0 +1,163 @@
+// qvs kcp: the lists of the kernel control plane, and its status.
+#include <qvs/qvs.h>
+
+#include <string>
+
+#include "access/opaque.h"
+#include "tool/command.h"
+#include "tool/output.h"
+
+namespace qvs::cli {
+namespace {
+
+struct KcpList {
+    const char *what;   // in messages
+    const char *label;  // of one entry
+    const char *name;
+    void *(*get)();
+    uint32_t entrySize;
+    uint32_t headerSize = sizeof(uint32_t);
+};
+
+constexpr KcpList kSwitches{"switches", "switch", "KCP_GetDVSList", KCP_GetDVSList, KCP_DVS_SIZE};
+constexpr KcpList kPortsets{"portset properties", "portset", "KCP_GetPSPropList", KCP_GetPSPropList,
+                            KCP_PSPROP_SIZE};
+constexpr KcpList kInterfaces{"virtual interfaces", "interface", "KCP_GetVIFList", KCP_GetVIFList,
+                              KCP_VIF_SIZE};
+constexpr KcpList kContainerInterfaces{"container interfaces", "interface", "KCP_GetCIFList", KCP_GetCIFList,
+                                       KCP_CIF_SIZE};
+constexpr KcpList kHypervisorInterfaces{"hypervisor interfaces", "interface", "KCP_GetHYPVIFList",
+                                        KCP_GetHYPVIFList, KCP_VIF_SIZE};
+constexpr KcpList kHypervisorNics{"hypervisor NICs", "NIC", "KCP_GetHYPNICList", KCP_GetHYPNICList,
+                                  KCP_HYPNIC_SIZE};
+constexpr KcpList kUplinks{"uplinks", "uplink", "KCP_GetUplinkList", KCP_GetUplinkList, KCP_UPLINK_SIZE};
+constexpr KcpList kContainers{"containers",         "container",        "KCP_GetContainerList",
+                              KCP_GetContainerList, KCP_CONTAINER_SIZE, 8};
+
+template <const KcpList &list>
+void show(const Arguments &arguments, Output &out) {
+    auto ask = [] {
+        Answer answer = fetchAnswer(list.name, list.get);
+        // Without an error the list is empty.
+        if (!answer.buffer && answer.error != 0)
+            throw requestFailure(std::string("kernel control plane: ") + list.what, answer.error);
+        return std::move(answer.buffer);
+    };
+    KernelList entries = boundedList(ask, list.entrySize, list.what, list.headerSize);
+    printList(arguments, out, entries, list.label);
+}
+
+void status(const Arguments &arguments, Output &out) {
+    HeapBuffer status = fetchRecord("kernel control plane: status", "KCP_GetStatus", KCP_GetStatus);
+    printRecord(arguments, out, "status", "status", recordIn(status, KCP_STATUS_SIZE));
+}
+
+constexpr const char *kDetails = "The entries are the kernel's own and are shown as they are.";
+
+const Command kRows[] = {
+    {.noun = "kcp",
+     .verb = "status",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the status of the kernel control plane, 3 bytes",
+     .arguments = {},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs kcp status",
+     .run = status,
+     .touches = touchesNothing},
+    {.noun = "kcp",
+     .verb = "switches",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list its switches, 128 bytes each",
+     .arguments = {},
+     .options = {kRaw},
+     .details = kDetails,
+     .example = "qvs kcp switches",
+     .run = show<kSwitches>,
+     .touches = touchesNothing},
+    {.noun = "kcp",
+     .verb = "portsets",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list the properties of its portsets, 256 bytes each",
+     .arguments = {},
+     .options = {kRaw},
+     .details = kDetails,
+     .example = "qvs kcp portsets",
+     .run = show<kPortsets>,
+     .touches = touchesNothing},
+    {.noun = "kcp",
+     .verb = "interfaces",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list its virtual interfaces, 11441 bytes each",
+     .arguments = {},
+     .options = {kRaw},
+     .details = kDetails,
+     .example = "qvs kcp interfaces --raw interfaces.bin",
+     .run = show<kInterfaces>,
+     .touches = touchesNothing},
+    {.noun = "kcp",
+     .verb = "container-interfaces",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list its container interfaces, 11689 bytes each",
+     .arguments = {},
+     .options = {kRaw},
+     .details = kDetails,
+     .example = "qvs kcp container-interfaces",
+     .run = show<kContainerInterfaces>,
+     .touches = touchesNothing},
+    {.noun = "kcp",
+     .verb = "hypervisor-interfaces",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list its hypervisor virtual interfaces, 11441 bytes each",
+     .arguments = {},
+     .options = {kRaw},
+     .details = kDetails,
+     .example = "qvs kcp hypervisor-interfaces",
+     .run = show<kHypervisorInterfaces>,
+     .touches = touchesNothing},
+    {.noun = "kcp",
+     .verb = "hypervisor-nics",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list its hypervisor NICs, 1108 bytes each",
+     .arguments = {},
+     .options = {kRaw},
+     .details = kDetails,
+     .example = "qvs kcp hypervisor-nics --json",
+     .run = show<kHypervisorNics>,
+     .touches = touchesNothing},
+    {.noun = "kcp",
+     .verb = "uplinks",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list its uplinks, 1237 bytes each",
+     .arguments = {},
+     .options = {kRaw},
+     .details = kDetails,
+     .example = "qvs kcp uplinks",
+     .run = show<kUplinks>,
+     .touches = touchesNothing},
+    {.noun = "kcp",
+     .verb = "containers",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list its containers, 10 bytes each",
+     .arguments = {},
+     .options = {kRaw},
+     .details = kDetails,
+     .example = "qvs kcp containers",
+     .run = show<kContainers>,
+     .touches = touchesNothing},
+};
+
+}  // namespace
+
+const std::span<const Command> kKcpCommands = kRows;
+
+}  // namespace qvs::cli

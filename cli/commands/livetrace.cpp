@@ -1,0 +1,132 @@
+// qvs livetrace: live-trace sessions, what they count, and what they found on a port.
+#include <qvs/qvs.h>
+
+#include <string>
+
+#include "access/opaque.h"
+#include "access/snapshot.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/values.h"
+
+namespace qvs::cli {
+namespace {
+
+// The session's definition: digits, or the bytes of a file.
+std::vector<uint8_t> definitionOf(const Arguments &arguments) {
+    if (arguments.given("--hex") && arguments.given("--file"))
+        fail(Exit::Usage, "--hex and --file exclude each other");
+    if (arguments.given("--file")) return readFile(arguments.text("--file"));
+    if (!arguments.given("--hex")) return {};
+    std::optional<std::vector<uint8_t>> bytes = parseHex(arguments.text("--hex"));
+    if (!bytes) fail(Exit::Usage, "--hex: {} is not hexadecimal", inQuotes(arguments.text("--hex")));
+    return *bytes;
+}
+
+void create(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    const std::string &port = arguments.text("PORT");
+    std::vector<uint8_t> definition = definitionOf(arguments);
+    auto length = static_cast<uint32_t>(definition.size());
+    definition.push_back(0);  // an empty one has an address, too
+    requireFits(kPortIdLimit, port);
+    findVswitch(alias);
+    require(call("LIVETRACEHYP_CreateSession", LIVETRACEHYP_CreateSession, alias.c_str(), port.c_str(),
+                 definition.data(), length),
+            fmt::format("switch {}: port {}: live trace", inQuotes(alias), inQuotes(port)));
+    reportChange(out, alias + "/" + port, {{"switch", alias}, {"port", port}}, true);
+}
+
+void list(const Arguments &arguments, Output &out) {
+    HeapBuffer sessions =
+        fetchRecord("live-trace sessions", "LIVETRACEHYP_ListSession", LIVETRACEHYP_ListSession);
+    printRecord(arguments, out, "sessions", "sessions", recordIn(sessions, LIVETRACEHYP_SESSION_LIST_SIZE));
+}
+
+void counts(const Arguments &arguments, Output &out) {
+    uint32_t action = arguments.number("ACTION", 0);
+    if (action > UINT8_MAX) fail(Exit::Usage, "ACTION: {} is not a number of 8 bits", action);
+    auto ask = [&] {
+        return fetchRecord(fmt::format("live-trace action {}", action), "LIVETRACEHYP_GetCountActionData",
+                           LIVETRACEHYP_GetCountActionData, static_cast<uint8_t>(action));
+    };
+    printList(arguments, out, boundedList(ask, LIVETRACEHYP_ACTION_COUNT_SIZE, "action counts"), "count");
+}
+
+void port(const Arguments &arguments, Output &out) {
+    NumberedPort port = numberedPort(arguments);
+    HeapBuffer data =
+        fetchRecord(port.named, "LIVETRACEHYP_GetPortData", LIVETRACEHYP_GetPortData, port.number);
+    printRecord(arguments, out, "data", "data", recordIn(data, LIVETRACEHYP_PORT_DATA_SIZE));
+}
+
+void stats(const Arguments &arguments, Output &out) {
+    HeapBuffer stats = fetchRecord("live-trace statistics", "LIVETRACEHYP_GetStats", LIVETRACEHYP_GetStats);
+    printRecord(arguments, out, "stats", "statistics", recordIn(stats, LIVETRACEHYP_STATS_SIZE));
+}
+
+const Command kRows[] = {
+    {.noun = "livetrace",
+     .verb = "create",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "create a live-trace session on a port",
+     .arguments = {kSwitchArgument, kPortArgument},
+     .options = {{"--hex", "BYTES", "the session's definition in hexadecimal (none)"},
+                 {"--file", "FILE", "the definition from FILE (- for standard input)", Kind::File}},
+     .details = "What a definition means is the kernel's.",
+     .example = "qvs livetrace create sw1 port0 --hex 01000000",
+     .run = create,
+     .touches = touchedPort},
+    {.noun = "livetrace",
+     .verb = "list",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the kernel's list of sessions, 705 bytes",
+     .arguments = {},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs livetrace list",
+     .run = list,
+     .touches = touchesNothing},
+    {.noun = "livetrace",
+     .verb = "counts",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list what was counted under an action, 26 bytes an entry",
+     .arguments = {{"ACTION", "the kernel's selector, 8 bits"}},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs livetrace counts 1",
+     .run = counts,
+     .touches = touchesNothing},
+    {.noun = "livetrace",
+     .verb = "port",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show what was found on a port, 21 bytes",
+     .arguments = {kSwitchArgument, kPortArgument},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs livetrace port sw1 port0",
+     .run = port,
+     .touches = touchedPort},
+    {.noun = "livetrace",
+     .verb = "stats",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the statistics of live trace, 96 bytes",
+     .arguments = {},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs livetrace stats",
+     .run = stats,
+     .touches = touchesNothing},
+};
+
+}  // namespace
+
+const std::span<const Command> kLivetraceCommands = kRows;
+
+}  // namespace qvs::cli

@@ -1,0 +1,343 @@
+// qvs mac: the MAC tables of the running switch, and how it learns.
+#include <qvs/qvs.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "access/library.h"
+#include "access/opaque.h"
+#include "access/snapshot.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/values.h"
+
+namespace qvs::cli {
+namespace {
+
+std::string named(const Arguments &arguments) {
+    std::string name = "switch " + inQuotes(arguments.text("SWITCH"));
+    if (arguments.given("--port")) name += ": port " + inQuotes(arguments.text("--port"));
+    return name;
+}
+
+// The port's identifier, or null when the command is about the switch.
+const char *portOf(const Arguments &arguments) {
+    if (arguments.given("--port")) requireFits(kPortIdLimit, arguments.text("--port"));
+    return arguments.orNull("--port");
+}
+
+// --- tables ---
+
+void table(const Arguments &arguments, Output &out) {
+    const char *alias = arguments.text("SWITCH").c_str();
+    const char *port = portOf(arguments);
+    bool team = arguments.given("--team");
+    if (team && port != nullptr) fail(Exit::Usage, "--team and --port exclude each other");
+    uint32_t number = arguments.number("--selector", 0);
+    auto selector = static_cast<uint8_t>(number);
+    if (selector != number) fail(Exit::Usage, "--selector: {} does not fit a byte", number);
+
+    const std::string subject = named(arguments);
+    auto ask = [&] {
+        if (port != nullptr)
+            return fetched(subject, "VSHYP_GetPortMACTable", VSHYP_GetPortMACTable, alias, port, selector);
+        if (team) return fetched(subject, "VSHYP_GetTeamMACTable", VSHYP_GetTeamMACTable, alias, selector);
+        return fetched(subject, "VSHYP_GetMACTable", VSHYP_GetMACTable, alias, selector);
+    };
+    KernelList list = boundedList(ask, VSHYP_MAC_ENTRY_SIZE, "MAC entries");
+    if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), list.bytes());
+    // Long, but an address and what is known of it stay in one line.
+    Listing listing(out, {{"index", "INDEX"}, {"entry", "ENTRY"}});
+    for (uint32_t i = 0; i < list.count; i++)
+        listing.row(i, list.entry(i));
+    listing.finish();
+}
+
+void contexts(const Arguments &arguments, Output &out) {
+    const char *alias = arguments.text("SWITCH").c_str();
+    const char *port = portOf(arguments);
+    const std::string subject = named(arguments);
+    auto ask = [&] {
+        if (port == nullptr) return fetched(subject, "VSHYP_GetStaticLectx", VSHYP_GetStaticLectx, alias);
+        return fetched(subject, "VSHYP_GetPortStaticLectx", VSHYP_GetPortStaticLectx, alias, port);
+    };
+    printList(arguments, out, boundedList(ask, VSHYP_STATIC_LECTX_SIZE, "static learning contexts"),
+              "context");
+}
+
+// --- changes ---
+
+using EntryChange = HYP_ReturnStatus (*)(const char *, const char *, uint32_t, const void *);
+
+HYP_ReturnStatus changeEntry(const Arguments &arguments, std::string_view name, EntryChange change) {
+    oneGiven(arguments, {"--port", "--number"});
+    const char *port = portOf(arguments);
+    uint32_t number = arguments.number("--number", 0);
+    std::vector<uint8_t> entry = bytesGiven(arguments, "ENTRY");
+    if (entry.empty() || entry.size() > VSHYP_MAC_ENTRY_SIZE)
+        fail(Exit::Usage, "ENTRY: {} bytes, 1 to {} fit", entry.size(), VSHYP_MAC_ENTRY_SIZE);
+    entry.resize(VSHYP_MAC_ENTRY_SIZE);
+    return call(name, change, arguments.text("SWITCH").c_str(), port, number, entry.data());
+}
+
+void report(const Arguments &arguments, Output &out, bool changed) {
+    const std::string &alias = arguments.text("SWITCH");
+    const std::string &port = arguments.text(arguments.given("--port") ? "--port" : "--number");
+    reportChange(out, alias + "/" + port, {{"switch", alias}, {"port", port}}, changed);
+}
+
+// The addresses behind a port that is given by its identifier.
+KernelList portTable(const Arguments &arguments) {
+    auto ask = [&] {
+        return fetched(named(arguments), "VSHYP_GetPortMACTable", VSHYP_GetPortMACTable,
+                       arguments.text("SWITCH").c_str(), portOf(arguments), uint8_t{0});
+    };
+    return boundedList(ask, VSHYP_MAC_ENTRY_SIZE, "MAC entries");
+}
+
+// What an entry says is the kernel's, so only the table can tell whether it was new.
+void add(const Arguments &arguments, Output &out) {
+    const bool byName = arguments.given("--port");
+    const KernelList before = byName ? portTable(arguments) : KernelList{};
+    require(changeEntry(arguments, "VSHYP_SetPortMACTable", VSHYP_SetPortMACTable), named(arguments));
+    if (!byName) return report(arguments, out, true);
+    const KernelList after = portTable(arguments);
+    const Bytes was = before.bytes();
+    const Bytes is = after.bytes();
+    report(arguments, out, !std::equal(was.begin(), was.end(), is.begin(), is.end()));
+}
+
+// The kernel does not tell a port that is not there from an entry that is not there.
+void requirePort(const Arguments &arguments) {
+    if (arguments.given("--port")) {
+        portTable(arguments);
+        return;
+    }
+    const uint32_t number = arguments.number("--number", 0);
+    bool found = false;
+    forEachPort(findVswitch(arguments.text("SWITCH")), [&](DVSPort *port) {
+        found = portStatus(port).number == number;
+        return !found;
+    });
+    if (!found)
+        throw libraryFailure(fmt::format("{}: port number {}", named(arguments), number), HYP_NOT_FOUND);
+}
+
+void remove(const Arguments &arguments, Output &out) {
+    HYP_ReturnStatus status = changeEntry(arguments, "VSHYP_ClearPortMACTable", VSHYP_ClearPortMACTable);
+    bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
+    if (absent) {
+        requirePort(arguments);
+    } else {
+        require(status, named(arguments));
+    }
+    report(arguments, out, !absent);
+}
+
+// --- learning ---
+
+void info(const Arguments &arguments, Output &out) {
+    std::array<uint8_t, VSHYP_MAC_LEARNING_INFO_SIZE> info{};
+    require(call("VSHYP_GetSwitchMACLearningInfo", VSHYP_GetSwitchMACLearningInfo,
+                 portsetOf(arguments.text("SWITCH")).c_str(), info.data()),
+            named(arguments));
+    printRecord(arguments, out, "info", "learning information", info);
+}
+
+using ListQuery = HYP_ReturnStatus (*)(const char *, void **);
+
+void listOf(const Arguments &arguments, Output &out, std::string_view name, ListQuery query, size_t entrySize,
+            const char *what) {
+    auto ask = [&] { return fetched(named(arguments), name, query, arguments.text("SWITCH").c_str()); };
+    printList(arguments, out, boundedList(ask, entrySize, what), "entry");
+}
+
+void ports(const Arguments &arguments, Output &out) {
+    listOf(arguments, out, "VSHYP_GetMACLearningAllPorts", VSHYP_GetMACLearningAllPorts,
+           VSHYP_PORT_MAC_LEARNING_SIZE, "ports");
+}
+
+void stats(const Arguments &arguments, Output &out) {
+    const char *port = portOf(arguments);
+    if (port == nullptr) {
+        return listOf(arguments, out, "VSHYP_GetSwitchMACLearningStats", VSHYP_GetSwitchMACLearningStats,
+                      VSHYP_MAC_LEARNING_STATS_SIZE, "ports");
+    }
+    std::array<uint8_t, VSHYP_MAC_LEARNING_STATS_SIZE> stats{};
+    require(call("VSHYP_GetPortMACLearningStats", VSHYP_GetPortMACLearningStats, port,
+                 arguments.text("SWITCH").c_str(), stats.data()),
+            named(arguments));
+    printRecord(arguments, out, "stats", "learning statistics", stats);
+}
+
+void security(const Arguments &arguments, Output &out) {
+    listOf(arguments, out, "VSHYP_GetL2Security", VSHYP_GetL2Security, VSHYP_L2_SECURITY_SIZE,
+           "security entries");
+}
+
+constexpr const char *kHostProps = "host-wide learning properties";
+
+VSHYP_GlobalMACLearningProps readProps() {
+    VSHYP_GlobalMACLearningProps props{};
+    require(call("VSHYP_GetGlobalMACLearningProps", VSHYP_GetGlobalMACLearningProps, &props), kHostProps);
+    return props;
+}
+
+void get(const Arguments &, Output &out) {
+    VSHYP_GlobalMACLearningProps props = readProps();
+    Record record(out);
+    record.field("first", "first", uint64_t{props.first});
+    record.field("second", "second", uint32_t{props.second});
+    record.finish();
+}
+
+void set(const Arguments &arguments, Output &out) {
+    if (!arguments.given("--first") && !arguments.given("--second"))
+        fail(Exit::Usage, "at least one of --first and --second is needed");
+    uint64_t first = wideNumber(arguments, "--first");
+    uint32_t second = arguments.number("--second", 0);
+    if (second > UINT16_MAX) fail(Exit::Usage, "--second: {}, at most {} fits", second, UINT16_MAX);
+    VSHYP_GlobalMACLearningProps stored = readProps();
+    VSHYP_GlobalMACLearningProps props = stored;
+    if (arguments.given("--first")) props.first = first;
+    if (arguments.given("--second")) props.second = static_cast<uint16_t>(second);
+    bool changed = props.first != stored.first || props.second != stored.second;
+    if (changed)
+        require(call("VSHYP_SetGlobalMACLearningProps", VSHYP_SetGlobalMACLearningProps, &props), kHostProps);
+    reportChange(out, "host", {}, changed);
+}
+
+// Entries are the kernel's alone: nothing that the snapshot holds.
+std::vector<std::string> touchesTables(const Arguments &arguments) {
+    return {touchedPath({arguments.text("SWITCH"), "mac"})};
+}
+
+constexpr Option kPortOption{"--port", "PORT", "of this port instead of the switch", Kind::Port};
+constexpr Argument kEntry{"ENTRY", "the entry's bytes as pairs of hexadecimal digits"};
+constexpr Option kAtPort{"--port", "PORT", "identifier of the port", Kind::Port, false, Need::Choice};
+constexpr Option kAtNumber{"--number", "N",   "the kernel's number of the port",
+                           Kind::Word, false, Need::Choice};
+constexpr const char *kEntryDetails =
+    "An entry is the kernel's own, 86 bytes as 'qvs mac table' shows them; what is not given of it is zero. "
+    "Colons between the digits are allowed, so that an entry can be the address in front of it alone.";
+
+const Command kRows[] = {
+    {.noun = "mac",
+     .verb = "table",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list the MAC addresses that a switch knows",
+     .arguments = {kSwitchArgument},
+     .options =
+         {{"--port", "PORT", "those behind this port", Kind::Port},
+          {"--team", nullptr, "those behind the uplinks"},
+          {"--selector", "N",
+           "the kernel's number of a table, 8 bits (0); of the emulated host: 0 all, 1 static, 2 learnt"},
+          kRaw},
+     .details = "The entries are the kernel's own, 86 bytes each, and are shown as they are.",
+     .example = "qvs mac table sw1 --port port0",
+     .run = table},
+    {.noun = "mac",
+     .verb = "add",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "add an entry to a port's MAC table",
+     .arguments = {kSwitchArgument, kEntry},
+     .options = {kAtPort, kAtNumber},
+     .details = kEntryDetails,
+     .example = "qvs mac add sw1 02:00:00:00:00:07 --port port0",
+     .run = add,
+     .touches = touchesTables},
+    {.noun = "mac",
+     .verb = "remove",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "remove an entry from a port's MAC table",
+     .arguments = {kSwitchArgument, kEntry},
+     .options = {kAtPort, kAtNumber, kIfExists},
+     .details = kEntryDetails,
+     .example = "qvs mac remove sw1 02:00:00:00:00:07 --port port0",
+     .run = remove,
+     .touches = touchesTables},
+    {.noun = "mac",
+     .verb = "static",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list the static learning contexts of a switch",
+     .arguments = {kSwitchArgument},
+     .options = {kPortOption, kRaw},
+     .details = "The entries are the kernel's own, 529 bytes each, and are shown as they are.",
+     .example = "qvs mac static sw1",
+     .run = contexts},
+    {.noun = "mac",
+     .verb = "security",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list the layer-2 security that is in force on a switch",
+     .arguments = {kSwitchArgument},
+     .options = {kRaw},
+     .details = "The entries are the kernel's own, 8 bytes each, and are shown as they are.",
+     .example = "qvs mac security sw1",
+     .run = security},
+    {.noun = "mac",
+     .verb = "learning info",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show what a switch has learned, 88 bytes",
+     .arguments = {kSwitchArgument},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs mac learning info sw1",
+     .run = info},
+    {.noun = "mac",
+     .verb = "learning ports",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list what each port of a switch has learned, 14 bytes each",
+     .arguments = {kSwitchArgument},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs mac learning ports sw1",
+     .run = ports},
+    {.noun = "mac",
+     .verb = "learning stats",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the learning statistics of the ports of a switch, 52 bytes each",
+     .arguments = {kSwitchArgument},
+     .options = {{"--port", "PORT", "of this port alone", Kind::Port}, kRaw},
+     .details = nullptr,
+     .example = "qvs mac learning stats sw1 --port port0",
+     .run = stats},
+    {.noun = "mac",
+     .verb = "learning get",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the learning properties of the host, two numbers",
+     .arguments = {},
+     .options = {},
+     .details = "What they mean is the kernel's business. Those of one switch are 'qvs mac-learning'.",
+     .example = "qvs mac learning get",
+     .run = get,
+     .touches = touchesNothing},
+    {.noun = "mac",
+     .verb = "learning set",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "change the learning properties of the host",
+     .arguments = {},
+     .options = {{"--first", "N", "the first of them, 64 bits"},
+                 {"--second", "N", "the second of them, 16 bits"}},
+     .details = "What is not given stays as it is.",
+     .example = "qvs mac learning set --first 300",
+     .run = set,
+     .touches = touchesNothing},
+};
+
+}  // namespace
+
+const std::span<const Command> kMacCommands = kRows;
+
+}  // namespace qvs::cli

@@ -1,0 +1,359 @@
+// qvs mirror: the mirror sessions of a port, or of the uplinks of this host.
+#include <qvs/qvs.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include "access/library.h"
+#include "access/mirror_session.h"
+#include "access/policy.h"
+#include "access/vlan_id.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/values.h"
+
+namespace qvs::cli {
+namespace {
+
+constexpr Policy kPortSessions{"mirror sessions", "com.quillon.vswitch.port.mirrorSessions", Scope::Port,
+                               DVS_PROP_POLICY};
+constexpr Policy kUplinkSessions{"mirror sessions", "com.quillon.vswitch.uplinkMirrorSessions", Scope::Host,
+                                 DVS_PROP_POLICY};
+
+const Policy &policyOf(const Arguments &arguments) {
+    return arguments.given("--port") ? kPortSessions : kUplinkSessions;
+}
+
+std::vector<std::string> touchedSessions(const Arguments &arguments) {
+    return touchedPolicies(arguments, {&policyOf(arguments)});
+}
+
+std::string named(const PolicyPlace &place, std::string_view id) {
+    return place.named() + ": " + inQuotes(id);
+}
+
+std::optional<std::string_view> portOf(const PolicyPlace &place) {
+    if (place.port() == nullptr) return std::nullopt;
+    return place.port();
+}
+
+void report(Output &out, const PolicyPlace &place, const std::string *id, bool changed) {
+    std::string label = place.name();
+    if (place.port() != nullptr) label += std::string("/") + place.port();
+    if (id == nullptr) {
+        return reportChange(out, label, {{"switch", place.name()}, {"port", portOf(place)}}, changed);
+    }
+    reportChange(out, label + " " + *id,
+                 {{"switch", place.name()}, {"port", portOf(place)}, {"session", *id}}, changed);
+}
+
+// The stored list; null without one.
+VsdvsBuffer readList(const PolicyPlace &place) {
+    void *raw = nullptr;
+    HYP_ReturnStatus status =
+        call("VSDVS_GetDVMirrorSessions", VSDVS_GetDVMirrorSessions, place.name(), place.port(), &raw);
+    VsdvsBuffer list(raw);
+    if (status != HYP_NOT_FOUND) place.requireRead(status);
+    return list;
+}
+
+std::vector<MirrorSession> readSessions(const PolicyPlace &place) {
+    VsdvsBuffer list = readList(place);
+    return list ? decodeMirrorList(list.get()) : std::vector<MirrorSession>();
+}
+
+const MirrorSession *find(const std::vector<MirrorSession> &sessions, const std::string &id) {
+    auto it = std::find_if(sessions.begin(), sessions.end(), [&](const auto &each) { return each.id == id; });
+    return it == sessions.end() ? nullptr : &*it;
+}
+
+// --- list, show ---
+
+// A session as it is shown; the words live here.
+struct Shown {
+    explicit Shown(const MirrorSession &each)
+        : session(each),
+          flagList(flagNames(kMirrorFlags, each.flags)),
+          wildInList(flagNames(kMirrorMasks, each.wildIn)),
+          wildOutList(flagNames(kMirrorMasks, each.wildOut)) {
+        if (each.type) type = nameOf(kMirrorTypes, *each.type);
+        if (!each.name.empty()) name = each.name;
+    }
+
+    static Words words(const std::vector<std::string> &list) { return {{list.begin(), list.end()}}; }
+
+    const MirrorSession &session;
+    std::vector<std::string> flagList;
+    std::vector<std::string> wildInList;
+    std::vector<std::string> wildOutList;
+    std::optional<std::string_view> name;
+    std::optional<std::string> type;
+
+    std::optional<std::string_view> typeName() const { return type; }
+};
+
+void list(const Arguments &arguments, Output &out) {
+    PolicyPlace place(policyOf(arguments), arguments);
+    std::vector<MirrorSession> sessions = readSessions(place);
+    if (arguments.given("--names")) {
+        NameList names(out);
+        for (const MirrorSession &session : sessions)
+            names.add(session.id);
+        return names.finish();
+    }
+    Listing listing(out, {{"session", "SESSION"},
+                          {"name", "NAME"},
+                          {"type", "TYPE"},
+                          {"snapLength", nullptr},
+                          {"flags", "FLAGS"},
+                          {"encapVlan", nullptr},
+                          {"samplingRate", nullptr},
+                          {"stack", nullptr},
+                          {"destinations", "DESTINATIONS"},
+                          {"sourcesIn", "INGRESS"},
+                          {"sourcesOut", "EGRESS"},
+                          {"wildIn", nullptr},
+                          {"wildOut", nullptr},
+                          {"unread", nullptr}});
+    for (const MirrorSession &session : sessions) {
+        Shown shown(session);
+        listing.row(session.id, shown.name, shown.typeName(), session.snapLength,
+                    Shown::words(shown.flagList), session.encapVlan, session.samplingRate,
+                    Flag{session.stack}, Shown::words(session.destinations), Shown::words(session.sourcesIn),
+                    Shown::words(session.sourcesOut), Shown::words(shown.wildInList),
+                    Shown::words(shown.wildOutList), Shown::words(session.unread.texts));
+    }
+    listing.finish();
+}
+
+void show(const Arguments &arguments, Output &out) {
+    const std::string &id = arguments.text("SESSION");
+    requireFits(kMirrorIdLimit, id);
+    PolicyPlace place(policyOf(arguments), arguments);
+    std::vector<MirrorSession> sessions = readSessions(place);
+    const MirrorSession *session = find(sessions, id);
+    if (session == nullptr) throw libraryFailure(named(place, id), HYP_NOT_FOUND);
+
+    Shown shown(*session);
+    Record record(out);
+    record.field("switch", "switch", std::string_view(place.name()));
+    record.field("port", "port", portOf(place));
+    record.field("session", "session", id);
+    record.field("name", "name", shown.name);
+    record.field("type", "type", shown.typeName());
+    if (!out.json() && !session->snapLength) {
+        record.field("snapLength", "snap length", std::string_view("full"));
+    } else {
+        record.field("snapLength", "snap length", session->snapLength);
+    }
+    record.field("flags", "flags", Shown::words(shown.flagList));
+    record.field("encapVlan", "encap VLAN", session->encapVlan);
+    record.field("samplingRate", "sampling rate", session->samplingRate);
+    record.field("stack", "mirror stack", Flag{session->stack});
+    record.field("destinations", "destinations", Shown::words(session->destinations));
+    record.field("sourcesIn", "ingress sources", Shown::words(session->sourcesIn));
+    record.field("sourcesOut", "egress sources", Shown::words(session->sourcesOut));
+    record.field("wildIn", "ingress mask", Shown::words(shown.wildInList));
+    record.field("wildOut", "egress mask", Shown::words(shown.wildOutList));
+    if (out.json()) record.field("unread", "unread", Shown::words(session->unread.texts));
+    record.finish();
+}
+
+// --- add, remove, set, clear ---
+
+MirrorSession givenSession(const Arguments &arguments) {
+    MirrorSession session;
+    session.id = arguments.text("SESSION");
+    session.type = mirrorType("--type", arguments.text("--type"));
+    if (arguments.given("--name")) session.name = arguments.text("--name");
+    if (arguments.given("--snap-length"))
+        session.snapLength = arguments.number("--snap-length", 0, 0, kMostSnapLength);
+    for (const std::string &flag : arguments.all("--flag"))
+        session.flags |= flagNamed("--flag", kMirrorFlags, flag);
+    if (arguments.given("--encap-vlan")) {
+        session.encapVlan = vlanId("--encap-vlan", arguments.text("--encap-vlan"));
+        session.flags |= VSDVS_MIRROR_DST_ENCAP;
+    }
+    session.samplingRate = arguments.number("--sampling-rate", 0);
+    session.stack = arguments.given("--stack");
+    if (session.stack && session.type != VSDVS_MIRROR_ERMIRROR_SRC)
+        fail(Exit::Usage, "--stack: only sessions of type ermirror-src have one");
+    session.destinations = arguments.all("--dst");
+    session.sourcesIn = arguments.all("--src-in");
+    session.sourcesOut = arguments.all("--src-out");
+    return session;
+}
+
+// A typed session behind older ones would be read as one of them.
+void requireTyped(const PolicyPlace &place, const VsdvsBuffer &list) {
+    VSDVS_MirrorHeader header;
+    if (!list) return;
+    std::memcpy(&header, list.get(), sizeof header);
+    if (header.version == VSDVS_MIRROR_VERSION_WILDCARD)
+        fail(Exit::Failed, "{}: the list is of the older form, which has no types; clear it first",
+             place.named());
+}
+
+void add(const Arguments &arguments, Output &out) {
+    MirrorSession session = givenSession(arguments);
+    std::vector<uint8_t> added = encodeMirrorList({session});
+    PolicyPlace place(policyOf(arguments), arguments);
+    VsdvsBuffer list = readList(place);
+    requireTyped(place, list);
+    auto isThere = [&](const std::vector<MirrorSession> &sessions) {
+        const MirrorSession *existing = find(sessions, session.id);
+        if (existing == nullptr) return false;
+        if (!arguments.given("--may-exist")) throw libraryFailure(named(place, session.id), HYP_EXISTS);
+        // An address may be written in several ways, so what was given is compared as it would be read.
+        if (*existing != decodeMirrorList(added.data()).front())
+            fail(Exit::Differs, "{}: exists and differs", named(place, session.id));
+        return true;
+    };
+    bool there = list && isThere(decodeMirrorList(list.get()));
+    if (!there) {
+        HYP_ReturnStatus status = call("VSDVS_AppendDVMirrorSessions", VSDVS_AppendDVMirrorSessions,
+                                       place.name(), place.port(), added.data());
+        there = status == HYP_EXISTS && arguments.given("--may-exist") && comesTrue([&] {
+                    return isThere(readSessions({policyOf(arguments), arguments}));
+                });
+        if (!there) require(status, named(place, session.id));
+    }
+    report(out, place, &session.id, !there);
+}
+
+void remove(const Arguments &arguments, Output &out) {
+    const std::string &id = arguments.text("SESSION");
+    requireFits(kMirrorIdLimit, id);
+    PolicyPlace place(policyOf(arguments), arguments);
+    HYP_ReturnStatus status = call("VSDVS_RemoveDVMirrorSession", VSDVS_RemoveDVMirrorSession, place.name(),
+                                   place.port(), id.c_str());
+    bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
+    if (!absent) require(status, named(place, id));
+    report(out, place, &id, !absent);
+}
+
+void set(const Arguments &arguments, Output &out) {
+    const std::string &path = arguments.text("FILE");
+    std::vector<uint8_t> text = readFile(path);
+    std::vector<uint8_t> list;
+    try {
+        list = encodeMirrorList(parseMirrorJson({reinterpret_cast<const char *>(text.data()), text.size()}));
+    } catch (const Failure &failure) {
+        fail(failure.exit, "file {}: {}", inQuotes(path), failure.message);
+    }
+    PolicyPlace place(policyOf(arguments), arguments);
+    bool same = place.holds(list);
+    if (!same) {
+        require(call("VSDVS_SetDVMirrorSessions", VSDVS_SetDVMirrorSessions, place.name(), place.port(),
+                     list.data()),
+                place.named());
+    }
+    report(out, place, nullptr, !same);
+}
+
+void clear(const Arguments &arguments, Output &out) {
+    PolicyPlace place(policyOf(arguments), arguments);
+    bool there = place.stored().has_value();
+    if (there) {
+        require(call("VSDVS_ClearDVMirrorSessions", VSDVS_ClearDVMirrorSessions, place.name(), place.port()),
+                place.named());
+    }
+    report(out, place, nullptr, there);
+}
+
+constexpr Argument kSession{"SESSION", "identifier of the session"};
+constexpr Option kPort{"--port", "PORT", "the sessions of this port instead of the uplinks of this host",
+                       Kind::Port};
+
+const Command kRows[] = {
+    {.noun = "mirror",
+     .verb = "list",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list the mirror sessions",
+     .arguments = {kSwitchArgument},
+     .options = {kPort, kNames},
+     .details = "With --json the list is one that mirror set takes.",
+     .example = "qvs mirror list sw1 --port port0",
+     .run = list,
+     .touches = touchedSessions},
+    {.noun = "mirror",
+     .verb = "show",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show a mirror session",
+     .arguments = {kSwitchArgument, kSession},
+     .options = {kPort},
+     .details = nullptr,
+     .example = "qvs mirror show sw1 monitor",
+     .run = show,
+     .touches = touchedSessions},
+    {.noun = "mirror",
+     .verb = "add",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "add a mirror session behind those that are there",
+     .arguments = {kSwitchArgument, {"SESSION", "identifier of a new session, at most 32 bytes"}},
+     .options = {kPort,
+                 {"--type", "TYPE", "mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src or logical-span",
+                  Kind::Word, false, Need::Always},
+                 {"--name", "TEXT", "display name, at most 83 bytes"},
+                 {"--snap-length", "BYTES", "how much of each frame is kept (all)"},
+                 {"--flag", "FLAG", "no-output, no-input, orig-vlan, encap, legacy or disabled", Kind::Word,
+                  true},
+                 {"--encap-vlan", "VLAN", "VLAN of the mirrored frames, 0 to 4094; sets the flag encap"},
+                 {"--sampling-rate", "N", "sampling rate, 32 bits (0)"},
+                 {"--stack", nullptr, "use the mirror stack, with type ermirror-src"},
+                 {"--dst", "ENTITY", "destination", Kind::Word, true},
+                 {"--src-in", "ENTITY", "source whose incoming frames are mirrored", Kind::Word, true},
+                 {"--src-out", "ENTITY", "source whose outgoing frames are mirrored", Kind::Word, true},
+                 kMayExist},
+     .details = "A destination is the name of a port or uplink, at most 47 bytes; with type rmirror-src a "
+                "text of at most 32 bytes, with ermirror-src an IPv4 or IPv6 address, with logical-span "
+                "a MAC address. A source is a name as well; with type rmirror-dst a VLAN id, 0 to 4094.",
+     .example = "qvs mirror add sw1 monitor --type dvport --dst port1 --src-in port0 --src-out port0",
+     .run = add,
+     .touches = touchedSessions},
+    {.noun = "mirror",
+     .verb = "remove",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "remove a mirror session",
+     .arguments = {kSwitchArgument, kSession},
+     .options = {kPort, kIfExists},
+     .details = nullptr,
+     .example = "qvs mirror remove sw1 monitor",
+     .run = remove,
+     .touches = touchedSessions},
+    {.noun = "mirror",
+     .verb = "set",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "store the mirror sessions of a file in place of all that are there",
+     .arguments = {kSwitchArgument,
+                   {"FILE", "what mirror list --json has printed (- for standard input)", Kind::File}},
+     .options = {kPort},
+     .details = "An empty list is stored as one; mirror clear removes it.",
+     .example = "qvs mirror set sw1 sessions.json",
+     .run = set,
+     .touches = touchedSessions},
+    {.noun = "mirror",
+     .verb = "clear",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "remove all mirror sessions",
+     .arguments = {kSwitchArgument},
+     .options = {kPort},
+     .details = nullptr,
+     .example = "qvs mirror clear sw1 --port port0",
+     .run = clear,
+     .touches = touchedSessions},
+};
+
+}  // namespace
+
+const std::span<const Command> kMirrorCommands = kRows;
+
+}  // namespace qvs::cli

@@ -1,0 +1,106 @@
+// qvs mirror runtime: the mirror sessions as the kernel runs them.
+#include <qvs/qvs.h>
+
+#include <array>
+#include <string>
+
+#include "access/library.h"
+#include "access/mirror_session.h"
+#include "access/opaque.h"
+#include "tool/command.h"
+#include "tool/output.h"
+
+namespace qvs::cli {
+namespace {
+
+std::string named(const Arguments &arguments) {
+    return "switch " + inQuotes(arguments.text("SWITCH"));
+}
+
+void ids(const Arguments &arguments, Output &out) {
+    auto ask = [&] {
+        return fetched(named(arguments), "VSHYP_GetDVMirrorSessionIDs", VSHYP_GetDVMirrorSessionIDs,
+                       arguments.text("SWITCH").c_str());
+    };
+    KernelList list = boundedList(ask, VSHYP_MIRROR_SESSION_ID_SIZE, "mirror sessions");
+    Listing listing(out, {{"session", "SESSION"}});
+    for (uint32_t i = 0; i < list.count; i++)
+        listing.row(boundedText(list.entry(i).data(), VSHYP_MIRROR_SESSION_ID_SIZE));
+    listing.finish();
+}
+
+void destinations(const Arguments &arguments, Output &out) {
+    auto ask = [&] {
+        return fetched(named(arguments), "VSHYP_GetPromiscSessionActiveDsts",
+                       VSHYP_GetPromiscSessionActiveDsts, arguments.text("SWITCH").c_str());
+    };
+    printList(arguments, out, boundedList(ask, VSHYP_PROMISC_DST_SIZE, "destinations"), "destination");
+}
+
+void stats(const Arguments &arguments, Output &out) {
+    const std::string &id = arguments.text("SESSION");
+    requireFits(kMirrorIdLimit, id);
+    std::array<uint8_t, VSHYP_MIRROR_STATS_SIZE> stats{};
+    require(call("VSHYP_GetDVMirrorSessionStats", VSHYP_GetDVMirrorSessionStats,
+                 arguments.text("SWITCH").c_str(), id.c_str(), stats.data()),
+            named(arguments) + ": mirror session " + inQuotes(id));
+    printRecord(arguments, out, "stats", "session statistics", stats);
+}
+
+void agent(const Arguments &arguments, Output &out) {
+    std::array<uint8_t, VSHYP_MIRROR_AGENT_STATS_SIZE> stats{};
+    require(call("VSHYP_GetDVMirrorAgentWorldStats", VSHYP_GetDVMirrorAgentWorldStats, stats.data()),
+            "mirror agent");
+    printRecord(arguments, out, "stats", "agent statistics", stats);
+}
+
+const Command kRows[] = {
+    {.noun = "mirror",
+     .verb = "runtime ids",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list the mirror sessions that the kernel runs for a switch",
+     .arguments = {kSwitchArgument},
+     .options = {},
+     .details = "Those of its ports and of this host's uplinks, each once.",
+     .example = "qvs mirror runtime ids sw1",
+     .run = ids},
+    {.noun = "mirror",
+     .verb = "runtime destinations",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list where the frames of a switch's promiscuous session go at present",
+     .arguments = {kSwitchArgument},
+     .options = {kRaw},
+     .details = "The destinations are the kernel's own, 4 bytes each, and are shown as they are.",
+     .example = "qvs mirror runtime destinations sw1",
+     .run = destinations},
+    {.noun = "mirror",
+     .verb = "runtime stats",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the statistics of a mirror session",
+     .arguments = {kSwitchArgument,
+                   {"SESSION", "identifier of the session; the kernel is asked for its first 31 bytes"}},
+     .options = {kRaw},
+     .details = "The statistics are the kernel's own, 121 bytes, and are shown as they are.",
+     .example = "qvs mirror runtime stats sw1 capture",
+     .run = stats},
+    {.noun = "mirror",
+     .verb = "runtime agent",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the statistics of this host's mirror agent",
+     .arguments = {},
+     .options = {kRaw},
+     .details = "The statistics are the kernel's own, 76 bytes, and are shown as they are.",
+     .example = "qvs mirror runtime agent",
+     .run = agent,
+     .touches = touchesNothing},
+};
+
+}  // namespace
+
+const std::span<const Command> kMirrorRuntimeCommands = kRows;
+
+}  // namespace qvs::cli

@@ -1,0 +1,150 @@
+// qvs mcast filters, switch-filters, stats: the multicast groups that the kernel lets in.
+#include <arpa/inet.h>
+#include <qvs/qvs.h>
+
+#include <array>
+#include <optional>
+#include <string>
+
+#include "access/library.h"
+#include "access/opaque.h"
+#include "access/snapshot.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/values.h"
+
+namespace qvs::cli {
+namespace {
+
+struct Family {
+    const char *name;
+    int32_t type;
+    size_t size;
+};
+constexpr Family kFamilies[] = {
+    {"mac", VSHYP_MCAST_MAC, 6}, {"ipv4", VSHYP_MCAST_IPV4, 4}, {"ipv6", VSHYP_MCAST_IPV6, 16}};
+constexpr const char *kFamilyNames[] = {"mac", "ipv4", "ipv6"};
+
+constexpr size_t kStatsHeader = 28;
+constexpr size_t kStatsCountAt = 20;
+
+std::string addressText(const Family &family, Bytes address) {
+    if (family.type == VSHYP_MCAST_MAC) return macText(address);
+    char text[INET6_ADDRSTRLEN];
+    return inet_ntop(family.type == VSHYP_MCAST_IPV4 ? AF_INET : AF_INET6, address.data(), text, sizeof text);
+}
+
+std::string named(const Arguments &arguments) {
+    std::string name = "switch " + inQuotes(arguments.text("SWITCH"));
+    if (arguments.given("--port")) name += ": port " + inQuotes(arguments.text("--port"));
+    return name;
+}
+
+// The kernel's number of the port that is given; 0 stands for the whole switch.
+uint32_t filterPort(const Arguments &arguments) {
+    if (!arguments.given("--port")) return 0;
+    uint32_t number = 0;
+    require(call("VSDVS_DvPortIDToPortID", VSDVS_DvPortIDToPortID, arguments.text("SWITCH").c_str(),
+                 arguments.text("--port").c_str(), &number),
+            named(arguments));
+    return number;
+}
+
+void filters(const Arguments &arguments, Output &out) {
+    std::span<const Family> families = kFamilies;
+    if (arguments.given("--type")) families = families.subspan(chosen(arguments, "--type", kFamilyNames), 1);
+    std::string portset = portsetOf(arguments.text("SWITCH"));
+    uint32_t port = filterPort(arguments);
+    Listing listing(out, {{"type", "TYPE"}, {"group", "GROUP"}});
+    for (const Family &family : families) {
+        auto ask = [&] {
+            return fetched(named(arguments), "VSHYP_GetMcastFilters", VSHYP_GetMcastFilters, portset.c_str(),
+                           port, family.type);
+        };
+        KernelList list = boundedList(ask, family.size, "multicast filters");
+        for (uint32_t i = 0; i < list.count; i++)
+            listing.row(std::string_view(family.name), addressText(family, list.entry(i)));
+    }
+    listing.finish();
+}
+
+void switchFilters(const Arguments &arguments, Output &out) {
+    std::string portset = portsetOf(arguments.text("SWITCH"));
+    auto ask = [&] {
+        return fetched(named(arguments), "VSHYP_GetSwitchMcastFilters", VSHYP_GetSwitchMcastFilters,
+                       portset.c_str(), arguments.number("--value", 0));
+    };
+    printList(arguments, out, boundedList(ask, VSHYP_SWITCH_MCAST_FILTER_SIZE, "multicast filters"),
+              "filter");
+}
+
+void stats(const Arguments &arguments, Output &out) {
+    const std::string &text = arguments.text("GROUP");
+    std::array<uint8_t, 16> group{};
+    const bool ipv4 = inet_pton(AF_INET, text.c_str(), group.data()) == 1;
+    if (!ipv4 && inet_pton(AF_INET6, text.c_str(), group.data()) != 1)
+        fail(Exit::Usage, "{} is no IPv4 or IPv6 address", inQuotes(text));
+    const Family &family = kFamilies[ipv4 ? 1 : 2];
+    std::string portset = portsetOf(arguments.text("SWITCH"));
+    uint32_t port = filterPort(arguments);
+
+    auto ask = [&] {
+        return fetched(named(arguments) + ": group " + inQuotes(text), "VSHYP_GetMcastFilterStats",
+                       VSHYP_GetMcastFilterStats, portset.c_str(), port, family.type,
+                       static_cast<const void *>(group.data()));
+    };
+    KernelList list = boundedList(ask, family.size, "addresses", kStatsHeader, kStatsCountAt);
+    if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), list.bytes());
+    std::vector<std::string> addresses;
+    for (uint32_t i = 0; i < list.count; i++)
+        addresses.push_back(addressText(family, list.entry(i)));
+    Record record(out);
+    record.field("group", "group", addressText(family, Bytes(group).first(family.size)));
+    record.field("addresses", "addresses", Words{{addresses.begin(), addresses.end()}});
+    record.field("stats", "statistics", list.bytes().first(kStatsHeader));
+    record.finish();
+}
+
+constexpr Option kPort{"--port", "PORT", "of this port; without it, of the whole switch", Kind::Port};
+
+const Command kRows[] = {
+    {.noun = "mcast",
+     .verb = "filters",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list the multicast groups that a switch or a port has joined",
+     .arguments = {kSwitchArgument},
+     .options = {kPort, {"--type", "TYPE", "mac, ipv4 or ipv6 alone"}},
+     .details = nullptr,
+     .example = "qvs mcast filters sw1 --port port0",
+     .run = filters},
+    {.noun = "mcast",
+     .verb = "switch-filters",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list the multicast filters of a switch as the kernel has them",
+     .arguments = {kSwitchArgument},
+     .options = {{"--value", "N",
+                  "which ones, as the kernel numbers them (0); of the emulated host: 0 MAC, 2 IPv4, 3 IPv6"},
+                 kRaw},
+     .details = "The filters are the kernel's own, 20 bytes each, and are shown as they are.",
+     .example = "qvs mcast switch-filters sw1 --value 2",
+     .run = switchFilters},
+    {.noun = "mcast",
+     .verb = "stats",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the statistics of a multicast group and the addresses it is joined for",
+     .arguments = {kSwitchArgument, {"GROUP", "an IPv4 or IPv6 address"}},
+     .options = {kPort, kRaw},
+     .details = "The statistics are the kernel's own, 28 bytes, and are shown as they are.",
+     .example = "qvs mcast stats sw1 239.1.1.1",
+     .run = stats},
+};
+
+}  // namespace
+
+const std::span<const Command> kMulticastFilterCommands = kRows;
+
+}  // namespace qvs::cli

@@ -1,0 +1,110 @@
+// qvs options: the switch module's options at run time.
+#include <qvs/qvs.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "access/library.h"
+#include "access/opaque.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/values.h"
+
+namespace qvs::cli {
+namespace {
+
+constexpr const char *kWhat = "runtime options";
+constexpr size_t kLengthSize = sizeof(uint32_t);
+
+std::vector<uint16_t> identifiers(const Arguments &arguments) {
+    std::vector<uint16_t> ids;
+    for (const std::string &text : arguments.all("ID")) {
+        std::optional<uint32_t> id = parseNumber(text);
+        if (!id || *id > UINT16_MAX)
+            fail(Exit::Usage, "ID: {} is not a number from 0 to 65535", inQuotes(text));
+        ids.push_back(static_cast<uint16_t>(*id));
+    }
+    if (ids.size() > UINT16_MAX) fail(Exit::Usage, "ID: {} of them, at most 65535 fit", ids.size());
+    return ids;
+}
+
+VshypBuffer readBlock(std::vector<uint16_t> ids) {
+    VshypBuffer block;
+    require(fetch("VSHYP_GetRuntimeOptions", VSHYP_GetRuntimeOptions, block, ids.data(),
+                  static_cast<uint16_t>(ids.size())),
+            kWhat);
+    return block;
+}
+
+void get(const Arguments &arguments, Output &out) {
+    const VshypBuffer block = readBlock(identifiers(arguments));
+    printRecord(arguments, out, "options", kWhat,
+                {static_cast<const uint8_t *>(block.get()), VSHYP_RUNTIME_OPTIONS_SIZE});
+}
+
+// A block says its own length in front. A file holds all that 'options get' hands out, and the rest behind
+// that length is left out.
+std::vector<uint8_t> givenBlock(const Arguments &arguments) {
+    std::vector<uint8_t> bytes = bytesGiven(arguments, "OPTIONS");
+    uint32_t length = 0;
+    if (!arguments.given("--file")) {
+        length = static_cast<uint32_t>(kLengthSize + bytes.size());
+        bytes.insert(bytes.begin(), kLengthSize, 0);
+        std::memcpy(bytes.data(), &length, sizeof length);
+        return bytes;
+    }
+    if (bytes.size() != VSHYP_RUNTIME_OPTIONS_SIZE)
+        fail(Exit::Usage, "--file: {} bytes, a block has {}", bytes.size(), VSHYP_RUNTIME_OPTIONS_SIZE);
+    std::memcpy(&length, bytes.data(), sizeof length);
+    if (length < kLengthSize || length > bytes.size())
+        fail(Exit::Usage, "--file: the block says that it is {} bytes long, 4 to {} fit", length,
+             bytes.size());
+    bytes.resize(length);
+    return bytes;
+}
+
+void set(const Arguments &arguments, Output &out) {
+    std::vector<uint8_t> block = givenBlock(arguments);
+    std::vector<uint32_t> words((block.size() + sizeof(uint32_t) - 1) / sizeof(uint32_t));
+    std::memcpy(words.data(), block.data(), block.size());
+    // Which options a block changes is the module's business.
+    const VshypBuffer before = readBlock({});
+    require(call("VSHYP_SetRuntimeOptions", VSHYP_SetRuntimeOptions, words.data()), kWhat);
+    const VshypBuffer after = readBlock({});
+    reportChange(out, "host", {}, std::memcmp(before.get(), after.get(), VSHYP_RUNTIME_OPTIONS_SIZE) != 0);
+}
+
+const Command kRows[] = {
+    {.noun = "options",
+     .verb = "get",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the options of the switch module",
+     .arguments = {{"ID", "number of an option, 16 bits; without any, all are shown", Kind::Word, true,
+                    true}},
+     .options = {kRaw},
+     .details = "The block is the kernel's own, 4096 bytes, and is shown as it is.",
+     .example = "qvs options get 7 --raw option.bin",
+     .run = get,
+     .touches = touchesNothing},
+    {.noun = "options",
+     .verb = "set",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "change options of the switch module",
+     .arguments = {{"OPTIONS", "the bytes behind the block's length, as pairs of hexadecimal digits",
+                    Kind::Word, true}},
+     .options = {{"--file", "FILE", "a whole block (- for standard input), as --raw writes it", Kind::File}},
+     .details = "A block begins with its length, 32 bits; what follows is the kernel's own.",
+     .example = "qvs options set '0700 0400 01000000'",
+     .run = set,
+     .touches = touchesNothing},
+};
+
+}  // namespace
+
+const std::span<const Command> kOptionsCommands = kRows;
+
+}  // namespace qvs::cli

@@ -1,0 +1,350 @@
+// qvs port: the ports of a switch.
+#include <qvs/qvs.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <unordered_set>
+
+#include "access/library.h"
+#include "access/snapshot.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+
+// A state library may lack it, and has live ports only then.
+// NOLINTNEXTLINE(readability-redundant-declaration): it is this one that makes the reference weak
+extern "C" __attribute__((weak)) uint32_t DVS_PortState(const DVSPort *port);
+
+namespace qvs::cli {
+namespace {
+
+constexpr uint32_t kDefaultConnectId = 1;
+
+std::string named(std::string_view alias, std::string_view portId) {
+    return "switch " + inQuotes(alias) + ": port " + inQuotes(portId);
+}
+
+Place placeOf(DVSPort *port) {
+    return {Scope::Port, nullptr, port};
+}
+
+const std::vector<std::string> &portArguments(const Arguments &arguments) {
+    const std::vector<std::string> &ports = arguments.all("PORT");
+    std::unordered_set<std::string_view> seen;
+    for (const std::string &port : ports) {
+        requireFits(kPortIdLimit, port);
+        if (!seen.insert(port).second) fail(Exit::Usage, "port {}: given twice", inQuotes(port));
+    }
+    return ports;
+}
+
+// --- add, remove ---
+
+// Throws when a port that is there differs from what was given.
+void requireSame(DVSPort *port, const Arguments &arguments, const std::string &name) {
+    std::optional<uint32_t> connectId = findNumber(placeOf(port), key::kConnectId);
+    uint32_t wanted = arguments.number("--connect-id", 0);
+    if (arguments.given("--connect-id") && connectId != wanted) {
+        fail(Exit::Differs, "{}: exists with connect id {}, not {}", name,
+             connectId ? fmt::to_string(*connectId) : "-", wanted);
+    }
+    std::string_view externalId = findText(placeOf(port), key::kExternalId).value_or("");
+    if (arguments.given("--external-id") && externalId != arguments.text("--external-id")) {
+        fail(Exit::Differs, "{}: exists with external id {}, not {}", name, inQuotes(externalId),
+             inQuotes(arguments.text("--external-id")));
+    }
+}
+
+HYP_ReturnStatus addOne(const Arguments &arguments, const std::string &alias, const std::string &port) {
+    if (arguments.given("--external-id")) {
+        return callWhole("VSDVS_AddOpaqueDVPort", VSDVS_AddOpaqueDVPort, alias.c_str(), port.c_str(),
+                         arguments.text("--external-id").c_str());
+    }
+    return call("VSDVS_AddDVPort", VSDVS_AddDVPort, alias.c_str(), port.c_str(),
+                arguments.number("--connect-id", kDefaultConnectId));
+}
+
+void add(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    const std::vector<std::string> &ports = portArguments(arguments);
+    arguments.number("--connect-id", kDefaultConnectId);
+    if (arguments.given("--external-id") && arguments.given("--connect-id")) {
+        fail(Exit::Usage, "--external-id and --connect-id exclude each other");
+    }
+    if (arguments.given("--external-id") && ports.size() > 1) {
+        fail(Exit::Usage, "--external-id names one interface, so it takes one port");
+    }
+    DVSSwitch *sw = findVswitch(alias);
+    const uint32_t maxPorts = DVS_GetMaxPorts(sw);
+    const bool mayExist = arguments.given("--may-exist");
+
+    auto isThere = [&](const std::string &port) {
+        DVSPort *existing = lookUpPort(sw, port);
+        if (existing == nullptr) return false;
+        if (!mayExist) throw libraryFailure(named(alias, port), HYP_EXISTS);
+        requireSame(existing, arguments, named(alias, port));
+        return true;
+    };
+    std::vector<bool> there(ports.size());
+    std::transform(ports.begin(), ports.end(), there.begin(), isThere);
+
+    auto nowThere = [&](const std::string &port) {
+        sw = findVswitch(alias);
+        return isThere(port);
+    };
+    ChangeList changes(out, alias, "ports", "port");
+    for (size_t i = 0; i < ports.size(); i++) {
+        if (!there[i]) {
+            HYP_ReturnStatus status = addOne(arguments, alias, ports[i]);
+            there[i] = status == HYP_EXISTS && mayExist && comesTrue([&] { return nowThere(ports[i]); });
+            if (!there[i] && status != HYP_OK)
+                throw libraryFailure(named(alias, ports[i]), status, roomHint(status, maxPorts));
+        }
+        changes.add(ports[i], !there[i]);
+    }
+}
+
+void remove(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    const std::vector<std::string> &ports = portArguments(arguments);
+    DVSSwitch *sw = findVswitch(alias);
+    std::vector<std::string_view> uplinks = uplinkPorts(sw);
+
+    std::vector<bool> there;
+    for (const std::string &port : ports) {
+        there.push_back(DVPortExist(DVS_SwitchId(sw), port.c_str()) != 0);
+        if (!there.back() && !arguments.given("--if-exists")) findPort(sw, alias, port);
+        // Its entries in the uplink lists would be left behind, and the lists could not be read any more.
+        if (there.back() && std::find(uplinks.begin(), uplinks.end(), port) != uplinks.end()) {
+            fail(Exit::Failed, "{}: carries an uplink; remove that with 'qvs uplink remove'",
+                 named(alias, port));
+        }
+    }
+    ChangeList changes(out, alias, "ports", "port");
+    for (size_t i = 0; i < ports.size(); i++) {
+        if (there[i]) {
+            HYP_ReturnStatus status =
+                call("VSDVS_RemoveDVPort", VSDVS_RemoveDVPort, alias.c_str(), ports[i].c_str());
+            // Another process may have been quicker.
+            if (status == HYP_NOT_FOUND && arguments.given("--if-exists")) there[i] = false;
+            if (there[i]) require(status, named(alias, ports[i]));
+        }
+        changes.add(ports[i], there[i]);
+    }
+}
+
+std::vector<std::string> touchedPorts(const Arguments &arguments) {
+    std::vector<std::string> paths;
+    for (const std::string &port : arguments.all("PORT")) {
+        paths.push_back(touchedPath({arguments.text("SWITCH"), "port", port}));
+    }
+    return paths;
+}
+
+// --- list, show, number ---
+
+void listKernel(const std::string &alias, Output &out) {
+    auto ask = [&] {
+        return fetched("switch " + inQuotes(alias), "VSHYP_GetSwitchPortInfo", VSHYP_GetSwitchPortInfo,
+                       alias.c_str());
+    };
+    KernelList list = boundedList(ask, VSHYP_PORT_INFO_SIZE, "ports");
+    if (out.json()) {
+        Listing listing(out, {{"index", "INDEX"}, {"info", "INFO"}});
+        for (uint32_t i = 0; i < list.count; i++)
+            listing.row(i, list.entry(i));
+        return listing.finish();
+    }
+    for (uint32_t i = 0; i < list.count; i++) {
+        fmt::format_to(std::back_inserter(out.buffer()), "port {} ({} bytes):\n", i, VSHYP_PORT_INFO_SIZE);
+        appendHexDump(out.buffer(), list.entry(i));
+        out.drain();
+    }
+}
+
+void list(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    DVSSwitch *sw = findSwitch(alias);
+    if (arguments.given("--kernel")) return listKernel(alias, out);
+    if (arguments.given("--names")) {
+        NameList names(out);
+        forEachPort(sw, [&](DVSPort *port) {
+            names.add(DVS_PortId(port));
+            return true;
+        });
+        return names.finish();
+    }
+    Listing listing(out, {{"port", "PORT"},
+                          {"number", "NUMBER"},
+                          {"inUse", "IN USE"},
+                          {"linkUp", "LINK"},
+                          {"client", "CLIENT"},
+                          {"connectId", "CONNECT ID"}});
+    forEachPort(sw, [&](DVSPort *port) {
+        PortStatus status;
+        std::optional<uint32_t> connectId;
+        forEachProperty(placeOf(port), [&](const Property &property) {
+            if (property.key == key::kPortStatus) status = readStatus(property.value);
+            if (property.key == key::kConnectId) connectId = property.number();
+            return true;
+        });
+        listing.row(std::string_view(DVS_PortId(port)), status.number, Flag{status.inUse},
+                    linkState(status.linkUp), status.client, connectId);
+        return true;
+    });
+    listing.finish();
+}
+
+std::string_view stateName(uint32_t state) {
+    constexpr std::array<std::string_view, 5> kNames = {"invalid", "live", "shadow", "zombie", "local cache"};
+    return state < kNames.size() ? kNames[state] : "unknown";
+}
+
+// What the kernel answers about one port; nothing for a port that is not on this host.
+struct KernelPort {
+    std::optional<uint32_t> number;
+    std::optional<std::array<uint8_t, VSHYP_TEAM_UPLINK_HINT_SIZE>> hint;
+    VshypBuffer info;
+};
+
+KernelPort askKernel(const std::string &alias, const std::string &portId) {
+    KernelPort port;
+    uint32_t number = 0;
+    HYP_ReturnStatus status =
+        call("VSDVS_DvPortIDToPortID", VSDVS_DvPortIDToPortID, alias.c_str(), portId.c_str(), &number);
+    if (status == HYP_NOT_FOUND) return port;
+    require(status, named(alias, portId));
+    port.number = number;
+
+    port.hint.emplace();
+    status = call("VSHYP_PortGetTeamUplinkHint", VSHYP_PortGetTeamUplinkHint, number, port.hint->data());
+    if (status == HYP_NOT_FOUND) {
+        port.hint.reset();
+    } else {
+        require(status, named(alias, portId));
+    }
+    status = fetch("VSHYP_GetPortInfo", VSHYP_GetPortInfo, port.info, alias.c_str(), portId.c_str());
+    if (status != HYP_NOT_FOUND) require(status, named(alias, portId));
+    return port;
+}
+
+void show(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    const std::string &portId = arguments.text("PORT");
+    DVSPort *port = findPort(findVswitch(alias), alias, portId);
+    KernelPort kernel = askKernel(alias, portId);
+    std::optional<Bytes> info;
+    if (kernel.info) info.emplace(static_cast<const uint8_t *>(kernel.info.get()), VSHYP_PORT_INFO_SIZE);
+    if (arguments.given("--raw")) {
+        if (!info) throw libraryFailure(named(alias, portId) + ": kernel information", HYP_NOT_FOUND);
+        return writeRaw(out, arguments.text("--raw"), *info);
+    }
+
+    PortStatus status = portStatus(port);
+    Record record(out);
+    record.field("switch", "switch", alias);
+    record.field("port", "port", portId);
+    record.field("alias", "alias", findText(placeOf(port), key::kPortAlias));
+    record.field("state", "state", stateName(DVS_PortState != nullptr ? DVS_PortState(port) : DVS_PORT_LIVE));
+    record.field("connectId", "connect id", findNumber(placeOf(port), key::kConnectId));
+    record.field("externalId", "external id", findText(placeOf(port), key::kExternalId));
+    record.field("blocked", "blocked", Flag{findText(placeOf(port), key::kPortBlock) == "true"});
+    record.field("number", "number", kernel.number);
+    record.field("inUse", "in use", Flag{status.inUse});
+    record.field("linkUp", "link", linkState(status.linkUp));
+    record.field("kernelBlocked", "blocked by kernel", Flag{status.blocked});
+    record.field("client", "client", status.client);
+    std::optional<Bytes> hint;
+    if (kernel.hint) hint.emplace(*kernel.hint);
+    record.block("teamHint", "team uplink hint", hint);
+    record.block("info", "kernel information", info);
+    record.finish();
+}
+
+void number(const Arguments &arguments, Output &out) {
+    const std::string &name = arguments.text("SWITCH");
+    const std::string &portId = arguments.text("PORT");
+    uint32_t number = 0;
+    if (arguments.given("--by-id")) {
+        requireFits(kSwitchIdLimit, name);
+        require(call("VSDVS_DvPortIDToPortIDFromDVSID", VSDVS_DvPortIDToPortIDFromDVSID, name.c_str(),
+                     portId.c_str(), &number),
+                named(name, portId));
+    } else {
+        findVswitch(name);
+        require(call("VSDVS_DvPortIDToPortID", VSDVS_DvPortIDToPortID, name.c_str(), portId.c_str(), &number),
+                named(name, portId));
+    }
+    if (!out.json()) return out.write(fmt::format("{}\n", number));
+    Record record(out);
+    record.field("switch", "switch", name);
+    record.field("port", "port", portId);
+    record.field("number", "number", number);
+    record.finish();
+}
+
+const Command kRows[] = {
+    {.noun = "port",
+     .verb = "add",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "add ports to a switch",
+     .arguments = {kSwitchArgument,
+                   {"PORT", "identifier of a new port, at most 47 bytes", Kind::Word, false, true}},
+     .options = {{"--connect-id", "N", "connection id, 32 bits (1)"},
+                 {"--external-id", "ID", "identifier of the interface outside that the one port is for"},
+                 kMayExist},
+     .details = "All ports are checked before the first is added.",
+     .example = "qvs port add sw1 web db --connect-id 7",
+     .run = add,
+     .touches = touchedPorts},
+    {.noun = "port",
+     .verb = "remove",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "remove ports from a switch",
+     .arguments = {kSwitchArgument, {"PORT", "identifier of a port", Kind::Port, false, true}},
+     .options = {kIfExists},
+     .details =
+         "All ports are checked before the first is removed. A port that carries an uplink is refused.",
+     .example = "qvs port remove sw1 web db",
+     .run = remove,
+     .touches = touchedPorts},
+    {.noun = "port",
+     .verb = "list",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list the ports of a switch",
+     .arguments = {kSwitchArgument},
+     .options = {kNames, {"--kernel", nullptr, "show the kernel's information blocks instead"}},
+     .details = nullptr,
+     .example = "qvs port list sw1",
+     .run = list},
+    {.noun = "port",
+     .verb = "show",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show a port, the uplink teaming would choose for it, and the kernel's information block",
+     .arguments = {kSwitchArgument, kPortArgument},
+     .options = {kRaw},
+     .details = "Hint and block are the kernel's own, 32 and 1458 bytes, and are shown as they are.",
+     .example = "qvs port show sw1 port0",
+     .run = show},
+    {.noun = "port",
+     .verb = "number",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "print the kernel's number of a port",
+     .arguments = {kSwitchArgument, kPortArgument},
+     .options = {{"--by-id", nullptr, "SWITCH is an identifier, not an alias"}},
+     .details = nullptr,
+     .example = "qvs port number sw1 port0",
+     .run = number},
+};
+
+}  // namespace
+
+const std::span<const Command> kPortCommands = kRows;
+
+}  // namespace qvs::cli

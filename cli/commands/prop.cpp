@@ -1,0 +1,355 @@
+// qvs prop: the stored properties of a switch by key.
+#include <qvs/qvs.h>
+
+#include <algorithm>
+#include <string>
+
+#include "access/library.h"
+#include "access/snapshot.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/values.h"
+
+namespace qvs::cli {
+namespace {
+
+// Where the property of a call lives. The switch and port handles are null when the snapshot does not know
+// them, which only --by-id permits.
+struct Target {
+    Place place;
+    std::string switchName;
+    bool byId = false;
+    std::string port;
+    std::string key;
+
+    const char *alias() const { return byId ? nullptr : switchName.c_str(); }
+    const char *switchId() const { return byId ? switchName.c_str() : nullptr; }
+    uint8_t useAlias() const { return byId ? 0 : 1; }
+    bool known() const {
+        return place.sw != nullptr && (place.scope != Scope::Port || place.port != nullptr);
+    }
+};
+
+std::string_view scopeName(Scope scope) {
+    switch (scope) {
+        case Scope::Host:
+            return "host";
+        case Scope::Port:
+            return "port";
+        case Scope::Global:
+            break;
+    }
+    return "global";
+}
+
+Target targetOf(const Arguments &arguments) {
+    Target target;
+    target.switchName = arguments.text("SWITCH");
+    target.byId = arguments.given("--by-id");
+    if (arguments.given("KEY")) {
+        target.key = arguments.text("KEY");
+        if (target.key.empty()) fail(Exit::Usage, "key: may not be empty");
+    }
+    if (arguments.given("--host") && arguments.given("--port")) {
+        fail(Exit::Usage, "--host and --port exclude each other");
+    }
+    if (arguments.given("--host")) target.place.scope = Scope::Host;
+    if (arguments.given("--port")) {
+        target.place.scope = Scope::Port;
+        target.port = arguments.text("--port");
+        requireFits(kPortIdLimit, target.port);
+    }
+    if (target.byId) {
+        requireFits(kSwitchIdLimit, target.switchName);
+        target.place.sw = findSwitchById(target.switchName);
+    } else {
+        target.place.sw = findVswitch(target.switchName);
+    }
+    if (target.place.scope == Scope::Port && target.place.sw != nullptr) {
+        target.place.port = findPort(target.place.sw, target.switchName, target.port);
+    }
+    return target;
+}
+
+std::string named(const Target &target) {
+    std::string name = "switch " + inQuotes(target.switchName);
+    if (target.place.scope == Scope::Port) name += ": port " + inQuotes(target.port);
+    return name + ": " + std::string(scopeName(target.place.scope)) + " property " + inQuotes(target.key);
+}
+
+void report(Output &out, const Target &target, bool changed) {
+    std::string label = target.switchName;
+    if (target.place.scope == Scope::Port) label += "/" + target.port;
+    if (target.place.scope == Scope::Host) label += " host";
+    std::optional<std::string_view> port;
+    if (target.place.scope == Scope::Port) port = target.port;
+    reportChange(out, label + " " + target.key,
+                 {{"switch", target.switchName},
+                  {"scope", scopeName(target.place.scope)},
+                  {"port", port},
+                  {"key", target.key}},
+                 changed);
+}
+
+Words classWords(uint32_t classes) {
+    Words words;
+    if ((classes & DVS_PROP_CONFIG) != 0) words.words.push_back("CONFIG");
+    if ((classes & DVS_PROP_RUNTIME) != 0) words.words.push_back("RUNTIME");
+    if ((classes & DVS_PROP_VOLATILE) != 0) words.words.push_back("VOLATILE");
+    if ((classes & DVS_PROP_POLICY) != 0) words.words.push_back("POLICY");
+    return words;
+}
+
+// --- get ---
+
+HYP_ReturnStatus get(const Target &target, VSDVS_PropBuffer *buffer) {
+    switch (target.place.scope) {
+        case Scope::Host:
+            return call("VSDVS_GetHostProp", VSDVS_GetHostProp, target.alias(), target.key.c_str(), buffer,
+                        target.switchId(), target.useAlias());
+        case Scope::Port:
+            return call("VSDVS_GetPortProp", VSDVS_GetPortProp, target.alias(), target.port.c_str(),
+                        target.key.c_str(), buffer, target.switchId(), target.useAlias());
+        case Scope::Global:
+            break;
+    }
+    return call("VSDVS_GetGlobProp", VSDVS_GetGlobProp, target.alias(), target.key.c_str(), buffer,
+                target.switchId(), target.useAlias());
+}
+
+std::vector<uint8_t> readValue(const Target &target) {
+    VSDVS_PropBuffer buffer{0, nullptr};
+    require(get(target, &buffer), named(target));
+    // A property larger than the signed length can say cannot be fetched.
+    if (buffer.length < 0) throw libraryFailure(named(target), HYP_NO_MEMORY);
+    std::vector<uint8_t> value(static_cast<size_t>(buffer.length));
+    if (value.empty()) return value;
+    buffer.data = value.data();
+    require(get(target, &buffer), named(target));
+    return value;
+}
+
+void getProperty(const Arguments &arguments, Output &out) {
+    Target target = targetOf(arguments);
+    std::vector<uint8_t> value = readValue(target);
+    if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), value);
+    std::optional<std::string_view> text = printableText(value);
+    if (!out.json()) {
+        out.write(text && !arguments.given("--hex") ? std::string(*text) : hex(value));
+        return out.write("\n");
+    }
+    std::optional<Property> stored = target.known() ? findProperty(target.place, target.key) : std::nullopt;
+    std::optional<Words> classes;
+    if (stored) classes = classWords(stored->classes);
+    std::optional<std::string_view> port;
+    if (target.place.scope == Scope::Port) port = target.port;
+    Record record(out);
+    record.field("switch", "switch", target.switchName);
+    record.field("scope", "scope", scopeName(target.place.scope));
+    record.field("port", "port", port);
+    record.field("key", "key", target.key);
+    record.field("class", "class", classes);
+    record.field("length", "length", static_cast<uint32_t>(value.size()));
+    record.field("text", "text", text);
+    record.field("value", "value", Bytes(value));
+    record.finish();
+}
+
+// --- set, clear ---
+
+// Text is stored as the system stores its own, with the NUL.
+std::vector<uint8_t> textValue(const std::string &text) {
+    return {text.c_str(), text.c_str() + text.size() + 1};
+}
+
+std::vector<uint8_t> givenValue(const Arguments &arguments) {
+    std::string_view form = oneGiven(arguments, {"VALUE", "--text", "--hex", "--file"});
+    if (form == "--file") return readFile(arguments.text(form));
+    if (form == "--hex") {
+        auto bytes = parseHex(arguments.text("--hex"));
+        if (!bytes)
+            fail(Exit::Usage, "--hex: {} is not a row of pairs of digits", inQuotes(arguments.text("--hex")));
+        return *bytes;
+    }
+    return textValue(arguments.text(form));
+}
+
+HYP_ReturnStatus store(const Target &target, const std::vector<uint8_t> &value, bool runtime) {
+    auto length = static_cast<uint32_t>(value.size());
+    switch (target.place.scope) {
+        case Scope::Host:
+            if (runtime) {
+                return call("VSDVS_SetRuntimeHostProp", VSDVS_SetRuntimeHostProp, target.alias(),
+                            target.key.c_str(), value.data(), length, target.switchId(), target.useAlias());
+            }
+            return call("VSDVS_SetHostProp", VSDVS_SetHostProp, target.alias(), target.key.c_str(),
+                        value.data(), length, target.switchId(), target.useAlias());
+        case Scope::Port:
+            return call("VSDVS_SetPortProp", VSDVS_SetPortProp, target.alias(), target.port.c_str(),
+                        target.key.c_str(), value.data(), length, target.switchId(), target.useAlias());
+        case Scope::Global:
+            break;
+    }
+    return call("VSDVS_SetGlobProp", VSDVS_SetGlobProp, target.alias(), target.key.c_str(), value.data(),
+                length, target.switchId(), target.useAlias());
+}
+
+void setProperty(const Arguments &arguments, Output &out) {
+    std::vector<uint8_t> value = givenValue(arguments);
+    bool runtime = arguments.given("--runtime");
+    if (runtime && !arguments.given("--host"))
+        fail(Exit::Usage, "--runtime is for host properties: add --host");
+    Target target = targetOf(arguments);
+    uint32_t wantedClass = runtime ? DVS_PROP_RUNTIME : DVS_PROP_CONFIG;
+    std::optional<Property> stored = target.known() ? findProperty(target.place, target.key) : std::nullopt;
+    bool same = stored && stored->classes == wantedClass &&
+                std::equal(stored->value.begin(), stored->value.end(), value.begin(), value.end());
+    if (!same) require(store(target, value, runtime), named(target));
+    report(out, target, !same);
+}
+
+void clearProperty(const Arguments &arguments, Output &out) {
+    Target target = targetOf(arguments);
+    HYP_ReturnStatus status = HYP_OK;
+    switch (target.place.scope) {
+        case Scope::Global:
+            status = call("VSDVS_ClearGlobProp", VSDVS_ClearGlobProp, target.alias(), target.key.c_str(),
+                          target.switchId(), target.useAlias());
+            break;
+        case Scope::Host:
+            status = call("VSDVS_ClearHostProp", VSDVS_ClearHostProp, target.alias(), target.key.c_str(),
+                          target.switchId(), target.useAlias());
+            break;
+        case Scope::Port:
+            status = call("VSDVS_ClearPortProp", VSDVS_ClearPortProp, target.alias(), target.port.c_str(),
+                          target.key.c_str(), target.switchId(), target.useAlias());
+            break;
+    }
+    bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
+    if (!absent) require(status, named(target));
+    report(out, target, !absent);
+}
+
+// By identifier it could be any switch.
+std::vector<std::string> touchedProperty(const Arguments &arguments) {
+    if (arguments.given("--by-id")) return {touchedPath({})};
+    const std::string &name = arguments.text("SWITCH");
+    const std::string &key = arguments.text("KEY");
+    if (arguments.given("--port")) return {touchedPath({name, "port", arguments.text("--port"), key})};
+    // Names, portset and uplinks of a switch are properties too.
+    if (key.starts_with("com.quillon.common.")) return {touchedPath({})};
+    return {touchedPath({name, arguments.given("--host") ? "host" : "global", key})};
+}
+
+// --- list ---
+
+// In the table a long value is cut; JSON has all of it.
+std::string tableValue(Bytes value) {
+    constexpr size_t kShown = 32;
+    if (auto text = printableText(value)) return std::string(*text);
+    if (value.size() <= kShown) return hex(value);
+    return hex(value.first(kShown)) + "...";
+}
+
+void listPlace(Listing &listing, const Place &place, std::optional<std::string_view> port, bool json) {
+    forEachProperty(place, [&](const Property &property) {
+        listing.row(scopeName(place.scope), port, property.key, classWords(property.classes),
+                    static_cast<uint32_t>(property.value.size()), printableText(property.value),
+                    json ? std::string() : tableValue(property.value), property.value);
+        return true;
+    });
+}
+
+void listProperties(const Arguments &arguments, Output &out) {
+    Target target = targetOf(arguments);
+    if (!target.known()) throw libraryFailure("switch " + inQuotes(target.switchName), HYP_NOT_FOUND);
+    bool all = arguments.given("--all");
+    if (all && target.place.scope != Scope::Global) fail(Exit::Usage, "--all goes without --host and --port");
+    Listing listing(out, {{"scope", "SCOPE"},
+                          {"port", "PORT"},
+                          {"key", "KEY"},
+                          {"class", "CLASS"},
+                          {"length", "LENGTH"},
+                          {"text", nullptr},
+                          {nullptr, "VALUE"},
+                          {"value", nullptr}});
+    std::optional<std::string_view> port;
+    if (target.place.scope == Scope::Port) port = target.port;
+    listPlace(listing, target.place, port, out.json());
+    if (all) {
+        listPlace(listing, {Scope::Host, target.place.sw}, std::nullopt, out.json());
+        forEachPort(target.place.sw, [&](DVSPort *each) {
+            listPlace(listing, {Scope::Port, target.place.sw, each}, DVS_PortId(each), out.json());
+            return true;
+        });
+    }
+    listing.finish();
+}
+
+constexpr Argument kKey{"KEY", "dotted name of the property"};
+constexpr Option kHost{"--host", nullptr, "the property of this host instead of the global one"};
+constexpr Option kPort{"--port", "PORT", "the property of this port instead of the global one", Kind::Port};
+constexpr Option kById{"--by-id", nullptr, "SWITCH is an identifier, not an alias"};
+
+const Command kRows[] = {
+    {.noun = "prop",
+     .verb = "get",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "print a property: text when it is text, otherwise hexadecimal digits",
+     .arguments = {kSwitchArgument, kKey},
+     .options = {kHost,
+                 kPort,
+                 kById,
+                 {"--hex", nullptr, "print digits in any case"},
+                 {"--raw", "FILE", "write the value's bytes to FILE (- for standard output) instead",
+                  Kind::File}},
+     .details = "Text is printable ASCII with one NUL behind it.",
+     .example = "qvs prop get sw1 com.quillon.common.version",
+     .run = getProperty},
+    {.noun = "prop",
+     .verb = "set",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "store a property of class CONFIG",
+     .arguments = {kSwitchArgument, kKey, {"VALUE", "the same as --text VALUE", Kind::Word, true}},
+     .options = {kHost,
+                 kPort,
+                 kById,
+                 {"--text", "TEXT", "text, stored with a NUL behind it"},
+                 {"--hex", "DIGITS", "bytes as pairs of hexadecimal digits"},
+                 {"--file", "FILE", "the bytes of FILE (- for standard input), at most 32 MiB", Kind::File},
+                 {"--runtime", nullptr, "class RUNTIME, for host properties"}},
+     .details = "A property that has this value and class already is left alone.",
+     .example = "qvs prop set sw1 com.example.rack --text b12",
+     .run = setProperty,
+     .touches = touchedProperty},
+    {.noun = "prop",
+     .verb = "clear",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "delete a property",
+     .arguments = {kSwitchArgument, kKey},
+     .options = {kHost, kPort, kById, kIfExists},
+     .details = nullptr,
+     .example = "qvs prop clear sw1 com.example.rack --if-exists",
+     .run = clearProperty,
+     .touches = touchedProperty},
+    {.noun = "prop",
+     .verb = "list",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list properties",
+     .arguments = {kSwitchArgument},
+     .options = {kHost, kPort, kById, {"--all", nullptr, "those of all scopes and ports"}},
+     .details = "Values of more than 32 bytes that are no text are cut in the table; JSON has all bytes.",
+     .example = "qvs prop list sw1 --port port0",
+     .run = listProperties},
+};
+
+}  // namespace
+
+const std::span<const Command> kPropCommands = kRows;
+
+}  // namespace qvs::cli

@@ -1,0 +1,101 @@
+// qvs rtm: operations on the route-table module.
+#include <qvs/qvs.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "access/library.h"
+#include "access/opaque.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/values.h"
+
+namespace qvs::cli {
+namespace {
+
+using BlockCall = HYP_ReturnStatus (*)(const uint32_t *, uint32_t);
+
+// The library sends as many bytes as the count in front of the block says, so they have to be there.
+void sendBlock(const Arguments &arguments, Output &out, std::string_view name, BlockCall send,
+               uint64_t entrySize, uint64_t fixedSize) {
+    uint32_t command = arguments.number("COMMAND", 0);
+    std::vector<uint8_t> bytes = bytesGiven(arguments, "BLOCK");
+    uint32_t count = 0;
+    if (bytes.size() >= sizeof count) std::memcpy(&count, bytes.data(), sizeof count);
+    uint64_t needed = count * entrySize + fixedSize;
+    if (bytes.size() != needed)
+        fail(Exit::Usage, "BLOCK: {} bytes, one that counts {} has {}", bytes.size(), count, needed);
+    std::vector<uint32_t> words((bytes.size() + sizeof(uint32_t) - 1) / sizeof(uint32_t));
+    std::memcpy(words.data(), bytes.data(), bytes.size());
+    require(call(name, send, words.data(), command), "route table");
+    reportChange(out, "route table", {}, true);
+}
+
+void operate(const Arguments &arguments, Output &out) {
+    sendBlock(arguments, out, "VSHYP_RTMOp", VSHYP_RTMOp, 136, 9);
+}
+
+void modify(const Arguments &arguments, Output &out) {
+    sendBlock(arguments, out, "VSHYP_RTMModOp", VSHYP_RTMModOp, 5, 132);
+}
+
+void port(const Arguments &arguments, Output &out) {
+    uint32_t first = arguments.number("FIRST", 0);
+    uint32_t second = arguments.number("SECOND", 0);
+    uint32_t flag = arguments.number("--flag", 0);
+    if (flag > UINT8_MAX) fail(Exit::Usage, "--flag: {}, at most {} fits", flag, UINT8_MAX);
+    require(call("VSHYP_RTMPortOp", VSHYP_RTMPortOp, first, second, static_cast<uint8_t>(flag)),
+            "route table");
+    reportChange(out, "route table", {}, true);
+}
+
+constexpr Argument kCommandArgument{"COMMAND", "number of the operation, 32 bits"};
+constexpr Argument kBlock{"BLOCK", "the block as pairs of hexadecimal digits", Kind::Word, true};
+constexpr Option kBlockFile{"--file", "FILE", "the block in FILE (- for standard input)", Kind::File};
+
+const Command kRows[] = {
+    {.noun = "rtm",
+     .verb = "op",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "send an operation on routes",
+     .arguments = {kCommandArgument, kBlock},
+     .options = {kBlockFile},
+     .details =
+         "A block is a count, 32 bits, and count * 136 + 5 bytes more; what they mean is the module's.",
+     .example = "qvs rtm op 1 --file routes.bin",
+     .run = operate,
+     .touches = touchesNothing},
+    {.noun = "rtm",
+     .verb = "mod",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "send a modification of routes",
+     .arguments = {kCommandArgument, kBlock},
+     .options = {kBlockFile},
+     .details =
+         "A block is a count, 32 bits, and count * 5 + 128 bytes more; what they mean is the module's.",
+     .example = "qvs rtm mod 2 --file changes.bin",
+     .run = modify,
+     .touches = touchesNothing},
+    {.noun = "rtm",
+     .verb = "port",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "send an operation on a port",
+     .arguments = {{"FIRST", "first word of the operation, 32 bits"},
+                   {"SECOND", "second word of the operation, 32 bits"}},
+     .options = {{"--flag", "N", "the flag behind them, 8 bits (0)"}},
+     .details = nullptr,
+     .example = "qvs rtm port 67108865 100 --flag 1",
+     .run = port,
+     .touches = touchesNothing},
+};
+
+}  // namespace
+
+const std::span<const Command> kRouteTableCommands = kRows;
+
+}  // namespace qvs::cli

@@ -1,0 +1,200 @@
+// qvs spf: the ports of the SPF data path.
+#include <qvs/qvs.h>
+
+#include <cerrno>
+#include <string>
+
+#include "access/library.h"
+#include "access/opaque.h"
+#include "access/snapshot.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/values.h"
+
+namespace qvs::cli {
+namespace {
+
+std::string named(std::string_view alias) {
+    return "switch " + inQuotes(alias);
+}
+std::string named(std::string_view alias, std::string_view port) {
+    return named(alias) + ": port " + inQuotes(port);
+}
+
+// These calls leave a status in errno, and ENOMEM when it was memory that was missing.
+HYP_ReturnStatus leftStatus() {
+    return errno == ENOMEM ? HYP_NO_MEMORY : static_cast<HYP_ReturnStatus>(errno);
+}
+
+std::string outcome(void *answer) {
+    return answer != nullptr ? "..." : "null, " + trace::statusText(leftStatus());
+}
+
+template <typename... Parameters>
+HeapBuffer fetchSpf(std::string_view subject, std::string_view name, void *(*function)(Parameters...),
+                    std::type_identity_t<Parameters>... arguments) {
+    HeapBuffer answer(traced(name, outcome, function, arguments...));
+    if (!answer) throw libraryFailure(subject, leftStatus());
+    return answer;
+}
+
+void list(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    auto ask = [&] {
+        return fetchSpf(named(alias), "SPFHYP_GetPortsList", SPFHYP_GetPortsList, alias.c_str());
+    };
+    printList(arguments, out, boundedList(ask, SPFHYP_PORT_ENTRY_SIZE, "ports"), "port");
+}
+
+void switchStats(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    HeapBuffer stats =
+        fetchSpf(named(alias), "SPFHYP_GetSPFPortStats", SPFHYP_GetSPFPortStats, alias.c_str());
+    printRecord(arguments, out, "stats", "statistics", recordIn(stats, SPFHYP_SPF_STATS_SIZE));
+}
+
+void portStats(const Arguments &arguments, Output &out, std::string_view name, void *(*get)(uint32_t),
+               size_t size) {
+    const std::string &alias = arguments.text("SWITCH");
+    const std::string &port = arguments.text("PORT");
+    uint32_t number = 0;
+    require(call("VSDVS_DvPortIDToPortID", VSDVS_DvPortIDToPortID, alias.c_str(), port.c_str(), &number),
+            named(alias, port));
+    HeapBuffer stats = fetchSpf(named(alias, port), name, get, number);
+    printRecord(arguments, out, "stats", "statistics", recordIn(stats, size));
+}
+
+void guestStats(const Arguments &arguments, Output &out) {
+    portStats(arguments, out, "SPFHYP_GetGVMPortStats", SPFHYP_GetGVMPortStats, SPFHYP_GVM_STATS_SIZE);
+}
+
+void serviceStats(const Arguments &arguments, Output &out) {
+    portStats(arguments, out, "SPFHYP_GetSVMPortStats", SPFHYP_GetSVMPortStats, SPFHYP_SVM_STATS_SIZE);
+}
+
+void failures(const Arguments &arguments, Output &out) {
+    HeapBuffer stats =
+        fetchSpf("configuration failures", "SPFHYP_GetConfigFailureStats", SPFHYP_GetConfigFailureStats);
+    printRecord(arguments, out, "failures", "failures", recordIn(stats, SPFHYP_CONFIG_FAILURE_STATS_SIZE));
+}
+
+// The name that a change is sent with: the field has room for every identifier, but not for every portset
+// name.
+const char *sentName(const Arguments &arguments) {
+    const std::string &alias = arguments.text("SWITCH");
+    const std::string &port = arguments.text("PORT");
+    requireFits(kPortIdLimit, port);
+    DVSSwitch *sw = findVswitch(alias);
+    findPort(sw, alias, port);
+    return DVS_SwitchId(sw);
+}
+
+void report(const Arguments &arguments, Output &out, bool changed) {
+    const std::string &alias = arguments.text("SWITCH");
+    const std::string &port = arguments.text("PORT");
+    reportChange(out, alias + "/" + port, {{"switch", alias}, {"port", port}}, changed);
+}
+
+void plumb(const Arguments &arguments, Output &out) {
+    const std::string &mac = arguments.text("MAC");
+    if (!parseMac(mac)) fail(Exit::Usage, "{} is no MAC address, like 02:00:00:00:00:01", inQuotes(mac));
+    require(call("SPFHYP_PlumbSpfPort", SPFHYP_PlumbSpfPort, sentName(arguments),
+                 arguments.text("PORT").c_str(), nullptr, mac.c_str()),
+            named(arguments.text("SWITCH"), arguments.text("PORT")));
+    report(arguments, out, true);
+}
+
+void unplumb(const Arguments &arguments, Output &out) {
+    HYP_ReturnStatus status = call("SPFHYP_UnPlumbSpfPort", SPFHYP_UnPlumbSpfPort, sentName(arguments),
+                                   arguments.text("PORT").c_str());
+    const bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
+    if (!absent) require(status, named(arguments.text("SWITCH"), arguments.text("PORT")));
+    report(arguments, out, !absent);
+}
+
+std::vector<std::string> touchedPort(const Arguments &arguments) {
+    return {touchedPath({arguments.text("SWITCH"), "port", arguments.text("PORT"), "spf"})};
+}
+
+const Command kRows[] = {
+    {.noun = "spf",
+     .verb = "list",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list the ports of a switch that are plumbed into the data path",
+     .arguments = {kSwitchArgument},
+     .options = {kRaw},
+     .details = "The entries are the kernel's own, 8 bytes each, and are shown as they are.",
+     .example = "qvs spf list sw1",
+     .run = list},
+    {.noun = "spf",
+     .verb = "stats switch",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the data path's statistics of a switch, 80 bytes",
+     .arguments = {kSwitchArgument},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs spf stats switch sw1",
+     .run = switchStats},
+    {.noun = "spf",
+     .verb = "stats gvm",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the data path's statistics of a guest's port, 256 bytes",
+     .arguments = {kSwitchArgument, kPortArgument},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs spf stats gvm sw1 port0",
+     .run = guestStats},
+    {.noun = "spf",
+     .verb = "stats svm",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the data path's statistics of a service's port, 104 bytes",
+     .arguments = {kSwitchArgument, kPortArgument},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs spf stats svm sw1 port1",
+     .run = serviceStats},
+    {.noun = "spf",
+     .verb = "plumb",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "plumb a port into the data path",
+     .arguments = {kSwitchArgument, kPortArgument, {"MAC", "address of the port, like 02:00:00:00:00:01"}},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs spf plumb sw1 port1 02:00:00:00:01:01",
+     .run = plumb,
+     .touches = touchedPort},
+    {.noun = "spf",
+     .verb = "unplumb",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "take a port out of the data path",
+     .arguments = {kSwitchArgument, kPortArgument},
+     .options = {kIfExists},
+     .details = nullptr,
+     .example = "qvs spf unplumb sw1 port1",
+     .run = unplumb,
+     .touches = touchedPort},
+    {.noun = "spf",
+     .verb = "failures",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show how often plumbing failed, 8 bytes",
+     .arguments = {},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs spf failures",
+     .run = failures,
+     .touches = touchesNothing},
+};
+
+}  // namespace
+
+const std::span<const Command> kSpfCommands = kRows;
+
+}  // namespace qvs::cli

@@ -1,0 +1,188 @@
+// qvs trace and qvs int: trace requests, the traceflow switch of a host, telemetry and port statistics.
+#include <qvs/qvs.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+
+#include "access/opaque.h"
+#include "access/policy.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/values.h"
+
+namespace qvs::cli {
+namespace {
+
+constexpr Policy kEnabled{"traceflow", "com.quillon.tarnData.traceflow.enabled", Scope::Host};
+
+// As the library reads them, with groups of one digit, too; it would not say which of the two is wrong.
+const std::string &address(const Arguments &arguments, std::string_view name) {
+    const std::string &text = arguments.text(name);
+    MacAddress mac{};
+    int length = 0;
+    int groups = std::sscanf(text.c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx%n", &mac[0], &mac[1], &mac[2],
+                             &mac[3], &mac[4], &mac[5], &length);
+    if (groups != 6 || static_cast<size_t>(length) != text.size())
+        fail(Exit::Usage, "{}: {} is not a MAC address", name, inQuotes(text));
+    return text;
+}
+
+void start(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    const std::string &port = arguments.text("PORT");
+    const std::string &source = address(arguments, "SOURCE");
+    const std::string &destination = address(arguments, "DESTINATION");
+    uint32_t word1 = arguments.number("--word1", 0);
+    uint32_t word2 = arguments.number("--word2", 0);
+    uint32_t half = arguments.number("--short", 0);
+    if (half > UINT16_MAX) fail(Exit::Usage, "--short: {} is not a number of 16 bits", half);
+    uint64_t value1 = wideNumber(arguments, "--value1");
+    uint64_t value2 = wideNumber(arguments, "--value2");
+    requireFits(kPortIdLimit, port);
+    findVswitch(alias);
+    require(call("TFHYP_CreateRequest", TFHYP_CreateRequest, alias.c_str(), port.c_str(), source.c_str(),
+                 destination.c_str(), word1, word2, static_cast<uint16_t>(half), value1, value2),
+            fmt::format("switch {}: port {}", inQuotes(alias), inQuotes(port)));
+    reportChange(out, alias + "/" + port, {{"switch", alias}, {"port", port}}, true);
+}
+
+// Whether the kernel held anything without the property cannot be told.
+void clear(const Arguments &arguments, Output &out) {
+    PolicyPlace place(kEnabled, arguments);
+    require(call("TFHYP_ClearTraceflowConfig", TFHYP_ClearTraceflowConfig, place.name()), place.named());
+    place.report(out, true);
+}
+
+template <bool on>
+void enable(const Arguments &arguments, Output &out) {
+    PolicyPlace place(kEnabled, arguments);
+    bool same = on ? place.holdsText("true") : !place.stored();
+    storePolicy(out, place, same, [&] {
+        return call("TFHYP_SetTraceflowConfig", TFHYP_SetTraceflowConfig, place.name(), on ? 1 : 0);
+    });
+}
+
+void stats(const Arguments &arguments, Output &out) {
+    NumberedPort port = numberedPort(arguments);
+    HeapBuffer stats = fetchRecord(port.named, "TFHYP_GetPortStats", TFHYP_GetPortStats, port.number);
+    printRecord(arguments, out, "stats", "statistics", recordIn(stats, TFHYP_PORT_STATS_SIZE));
+}
+
+HeapBuffer readTelemetry() {
+    return fetchRecord("telemetry", "TFHYP_GetINTConfig", TFHYP_GetINTConfig);
+}
+
+void getTelemetry(const Arguments &arguments, Output &out) {
+    HeapBuffer config = readTelemetry();
+    printRecord(arguments, out, "config", "configuration", recordIn(config, TFHYP_INT_CONFIG_SIZE));
+}
+
+void setTelemetry(const Arguments &arguments, Output &out) {
+    const std::string &text = arguments.text("CONFIG");
+    std::optional<std::vector<uint8_t>> config = parseHex(text);
+    if (!config || config->size() != TFHYP_INT_CONFIG_SIZE)
+        fail(Exit::Usage, "CONFIG: {} is not {} bytes in hexadecimal", inQuotes(text), TFHYP_INT_CONFIG_SIZE);
+    HeapBuffer held = readTelemetry();
+    bool same = std::equal(config->begin(), config->end(), recordIn(held, TFHYP_INT_CONFIG_SIZE).begin());
+    if (!same) require(call("TFHYP_SetINTConfig", TFHYP_SetINTConfig, config->data()), "telemetry");
+    reportChange(out, "telemetry", {}, !same);
+}
+
+const Command kTraceRows[] = {
+    {.noun = "trace",
+     .verb = "start",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "have the kernel trace a flow through a port",
+     .arguments = {kSwitchArgument,
+                   kPortArgument,
+                   {"SOURCE", "MAC address that the flow comes from"},
+                   {"DESTINATION", "MAC address that it goes to"}},
+     .options = {{"--word1", "N", "first word for the kernel, 32 bits (0)"},
+                 {"--word2", "N", "second word, 32 bits (0)"},
+                 {"--short", "N", "short word, 16 bits (0)"},
+                 {"--value1", "N", "first value, 64 bits (0)"},
+                 {"--value2", "N", "second value, 64 bits (0)"}},
+     .details = "What the words and values mean is the kernel's.",
+     .example = "qvs trace start sw1 port0 02:00:00:00:00:01 02:00:00:00:00:02",
+     .run = start,
+     .touches = touchedPort},
+    {.noun = "trace",
+     .verb = "clear",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "switch tracing of a switch off, or have the kernel drop its requests",
+     .arguments = {kSwitchArgument},
+     .options = {},
+     .details = "While tracing is on, it is switched off; when it is off, the kernel drops what it holds.",
+     .example = "qvs trace clear sw1",
+     .run = clear,
+     .touches = touches<kEnabled>},
+    {.noun = "trace",
+     .verb = "enable",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "switch tracing of a switch on this host on",
+     .arguments = {kSwitchArgument},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs trace enable sw1",
+     .run = enable<true>,
+     .touches = touches<kEnabled>},
+    {.noun = "trace",
+     .verb = "disable",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "switch tracing of a switch on this host off",
+     .arguments = {kSwitchArgument},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs trace disable sw1",
+     .run = enable<false>,
+     .touches = touches<kEnabled>},
+    {.noun = "trace",
+     .verb = "stats",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the trace statistics of a port, 64 bytes",
+     .arguments = {kSwitchArgument, kPortArgument},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs trace stats sw1 port0",
+     .run = stats,
+     .touches = touchedPort},
+};
+
+const Command kTelemetryRows[] = {
+    {.noun = "int",
+     .verb = "get",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "show the telemetry configuration, 6 bytes",
+     .arguments = {},
+     .options = {kRaw},
+     .details = nullptr,
+     .example = "qvs int get",
+     .run = getTelemetry,
+     .touches = touchesNothing},
+    {.noun = "int",
+     .verb = "set",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "write the telemetry configuration",
+     .arguments = {{"CONFIG", "6 bytes in hexadecimal"}},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs int set 01:00:00:00:00:0a",
+     .run = setTelemetry,
+     .touches = touchesNothing},
+};
+
+}  // namespace
+
+const std::span<const Command> kTraceCommands = kTraceRows;
+const std::span<const Command> kTelemetryCommands = kTelemetryRows;
+
+}  // namespace qvs::cli

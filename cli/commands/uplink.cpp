@@ -1,0 +1,473 @@
+// qvs uplink: the uplinks of a switch, their ports and their links.
+#include <qvs/qvs.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <unordered_set>
+
+#include "access/host.h"
+#include "access/library.h"
+#include "access/lock.h"
+#include "access/remains.h"
+#include "access/snapshot.h"
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/values.h"
+
+namespace qvs::cli {
+namespace {
+
+std::string named(std::string_view alias) {
+    return "switch " + inQuotes(alias);
+}
+std::string named(std::string_view alias, std::string_view uplink) {
+    return named(alias) + ": uplink " + inQuotes(uplink);
+}
+
+UplinkState snapshotUplinks(const std::string &alias) {
+    DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
+    return sw != nullptr ? uplinkState(sw) : UplinkState{};
+}
+
+// The uplinks of a switch as stored now. A switch without lists has none. Where the lists do not agree with
+// one another or with the ports, that is a failure, or goes into `broken`, with the uplinks that are whole.
+// The snapshot may have been loaded again.
+std::vector<Uplink> readUplinks(const std::string &alias, std::string *broken = nullptr) {
+    void *rawNames = nullptr;
+    void *rawPorts = nullptr;
+    auto read = [&] {
+        return call("VSDVS_GetSwitchUplinkPorts", VSDVS_GetSwitchUplinkPorts, alias.c_str(), &rawNames,
+                    &rawPorts);
+    };
+    // A switch without lists shows like one of whose uplinks a port is missing.
+    auto disagree = [&](HYP_ReturnStatus status) {
+        return status == HYP_FAILURE || (status == HYP_NOT_FOUND && snapshotUplinks(alias).listed);
+    };
+    HYP_ReturnStatus status = read();
+    // Another process may be between port and lists.
+    if (disagree(status)) awaitOtherRuns(alias);
+    for (int i = 0; disagree(status) && i < 10; i++) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        requireState(loadSnapshot());
+        status = read();
+    }
+    VsdvsBuffer names(rawNames);
+    VsdvsBuffer ports(rawPorts);
+    if (disagree(status)) {
+        std::string hint = mendingHint(alias);
+        if (hint.empty()) throw libraryFailure(named(alias), status);
+        if (broken == nullptr) fail(Exit::Failed, "{}: {}", named(alias), hint);
+        *broken = hint;
+        return snapshotUplinks(alias).whole;
+    }
+    if (status == HYP_NOT_FOUND) return {};
+    require(status, named(alias));
+    // The one success without lists: there was no memory to sort them.
+    if (!names || !ports) throw libraryFailure(named(alias), HYP_NO_MEMORY);
+
+    // The library has checked both lengths against the count.
+    uint32_t count = 0;
+    std::memcpy(&count, names.get(), sizeof count);
+    const char *name = static_cast<const char *>(names.get()) + sizeof count;
+    const char *port = static_cast<const char *>(ports.get()) + sizeof count;
+    std::vector<Uplink> uplinks;
+    for (uint32_t i = 0; i < count; i++) {
+        uplinks.push_back(
+            {std::string(boundedText(name + i * sizeof(VSDVS_UplinkName), sizeof(VSDVS_UplinkName))),
+             std::string(boundedText(port + i * sizeof(VSDVS_UplinkPort), sizeof(VSDVS_UplinkPort)))});
+    }
+    return uplinks;
+}
+
+const Uplink *findUplink(const std::vector<Uplink> &uplinks, std::string_view name) {
+    auto it = std::find_if(uplinks.begin(), uplinks.end(),
+                           [&](const Uplink &uplink) { return uplink.name == name || uplink.port == name; });
+    return it == uplinks.end() ? nullptr : &*it;
+}
+
+const std::vector<std::string> &uplinkArguments(const Arguments &arguments, const Limit &limit) {
+    const std::vector<std::string> &uplinks = arguments.all("UPLINK");
+    std::unordered_set<std::string_view> seen;
+    for (const std::string &uplink : uplinks) {
+        requireFits(limit, uplink);
+        if (!seen.insert(uplink).second) fail(Exit::Usage, "uplink {}: given twice", inQuotes(uplink));
+    }
+    return uplinks;
+}
+
+// Whether a change may have failed because another process was quicker, or was between the two lists.
+bool raced(HYP_ReturnStatus status, HYP_ReturnStatus quicker) {
+    return status == quicker || status == HYP_FAILURE;
+}
+
+// Why there was no room, or what the change has left half done.
+std::string hintFor(HYP_ReturnStatus status, uint32_t maxPorts, const std::string &alias) {
+    std::string room = roomHint(status, maxPorts);
+    return room.empty() ? mendingHint(alias) : room;
+}
+
+// --- add, remove, set, clear ---
+
+void add(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    const std::vector<std::string> &wanted = uplinkArguments(arguments, kUplinkLimit);
+    findVswitch(alias);
+    std::vector<Uplink> uplinks = readUplinks(alias);
+    DVSSwitch *sw = findVswitch(alias);
+    const uint32_t maxPorts = DVS_GetMaxPorts(sw);
+
+    std::vector<bool> there;
+    for (const std::string &uplink : wanted) {
+        there.push_back(findUplink(uplinks, uplink) != nullptr);
+        if (there.back() && !arguments.given("--may-exist"))
+            throw libraryFailure(named(alias, uplink), HYP_EXISTS);
+        if (!there.back() && lookUpPort(sw, uplink) != nullptr) {
+            throw libraryFailure(named(alias, uplink), HYP_EXISTS, "an ordinary port has this name");
+        }
+    }
+    ChangeList changes(out, alias, "uplinks", "uplink");
+    for (size_t i = 0; i < wanted.size(); i++) {
+        if (!there[i]) {
+            HYP_ReturnStatus status = callWhole("VSDVS_AddSwitchUplinkPort", VSDVS_AddSwitchUplinkPort,
+                                                alias.c_str(), wanted[i].c_str());
+            there[i] = raced(status, HYP_EXISTS) && arguments.given("--may-exist") &&
+                       comesTrue([&] { return findUplink(readUplinks(alias), wanted[i]) != nullptr; });
+            if (!there[i] && status != HYP_OK)
+                throw libraryFailure(named(alias, wanted[i]), status, hintFor(status, maxPorts, alias));
+        }
+        changes.add(wanted[i], !there[i]);
+    }
+}
+
+void remove(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    const std::vector<std::string> &wanted = uplinkArguments(arguments, kUplinkLimit);
+    findVswitch(alias);
+    std::vector<Uplink> uplinks = readUplinks(alias);
+
+    std::vector<const Uplink *> there;
+    for (const std::string &uplink : wanted) {
+        there.push_back(findUplink(uplinks, uplink));
+        if (there.back() == nullptr && !arguments.given("--if-exists")) {
+            throw libraryFailure(named(alias, uplink), HYP_NOT_FOUND);
+        }
+    }
+    ChangeList changes(out, alias, "uplinks", "uplink");
+    for (size_t i = 0; i < wanted.size(); i++) {
+        bool changed = there[i] != nullptr;
+        if (changed) {
+            HYP_ReturnStatus status = callWhole("VSDVS_RemoveSwitchUplinkPort", VSDVS_RemoveSwitchUplinkPort,
+                                                alias.c_str(), there[i]->port.c_str());
+            changed = !(raced(status, HYP_NOT_FOUND) && arguments.given("--if-exists") &&
+                        comesTrue([&] { return findUplink(readUplinks(alias), wanted[i]) == nullptr; }));
+            if (changed && status != HYP_OK)
+                throw libraryFailure(named(alias, wanted[i]), status, mendingHint(alias));
+        }
+        changes.add(wanted[i], changed);
+    }
+}
+
+// A list as it is stored: a count and entries of one size, filled up with zeros.
+std::vector<uint8_t> storedList(const std::vector<std::string> &names, size_t entrySize) {
+    auto count = static_cast<uint32_t>(names.size());
+    std::vector<uint8_t> list(sizeof count + names.size() * entrySize);
+    std::memcpy(list.data(), &count, sizeof count);
+    for (size_t i = 0; i < names.size(); i++) {
+        std::memcpy(&list[sizeof count + i * entrySize], names[i].data(), names[i].size());
+    }
+    return list;
+}
+
+// The names that were asked for: those given, or uplink0 onward.
+std::vector<std::string> wantedUplinks(const Arguments &arguments) {
+    if (oneGiven(arguments, {"UPLINK", "--count"}) == "UPLINK")
+        return uplinkArguments(arguments, kUplinkLimit);
+    uint32_t count = arguments.number("--count", 0);
+    std::vector<std::string> names;
+    // No switch has room for more, and the comparison needs one name more than any has.
+    for (uint32_t i = 0; i < std::min(count, 65536u); i++)
+        names.push_back(fmt::format("uplink{}", i));
+    return names;
+}
+
+void set(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    std::vector<std::string> wanted = wantedUplinks(arguments);
+    findVswitch(alias);
+    std::vector<Uplink> uplinks = readUplinks(alias);
+    DVSSwitch *sw = findVswitch(alias);
+
+    bool same = std::equal(uplinks.begin(), uplinks.end(), wanted.begin(), wanted.end(),
+                           [](const Uplink &uplink, const std::string &name) { return uplink.name == name; });
+    if (!same) {
+        if (!uplinks.empty()) {
+            fail(Exit::Differs, "{}: has other uplinks; remove them with 'qvs uplink remove' first",
+                 named(alias));
+        }
+        uint32_t maxPorts = DVS_GetMaxPorts(sw);
+        HYP_ReturnStatus status = HYP_OK;
+        if (arguments.number("--count", 0) > maxPorts) {
+            status = HYP_LIMIT_EXCEEDED;  // the library would make the lists first, and run out of memory
+        } else if (arguments.given("--count")) {
+            status = callWhole("SetNumSwitchUplinkPortsByUUID", SetNumSwitchUplinkPortsByUUID,
+                               DVS_SwitchId(sw), arguments.number("--count", 0));
+        } else {
+            status = callWhole("VSDVS_SetSwitchUplinkPorts", VSDVS_SetSwitchUplinkPorts, alias.c_str(),
+                               storedList(wanted, sizeof(VSDVS_UplinkName)).data(),
+                               storedList(wanted, sizeof(VSDVS_UplinkPort)).data());
+        }
+        if (status != HYP_OK) {
+            throw libraryFailure(
+                named(alias), status,
+                status == HYP_EXISTS ? "a port has the name of an uplink" : hintFor(status, maxPorts, alias));
+        }
+    }
+    reportChange(out, alias, {{"switch", alias}}, !same);
+}
+
+bool hasList(const std::string &alias, const char *key,
+             HYP_ReturnStatus (*get)(const char *, const char *, VSDVS_PropBuffer *, const char *, uint8_t),
+             std::string_view name) {
+    VSDVS_PropBuffer size{0, nullptr};
+    HYP_ReturnStatus status = call(name, get, alias.c_str(), key, &size, nullptr, 1);
+    if (status == HYP_NOT_FOUND) return false;
+    require(status, named(alias));
+    return true;
+}
+
+bool hasLists(const std::string &alias) {
+    bool names = hasList(alias, key::kUplinkNames, VSDVS_GetGlobProp, "VSDVS_GetGlobProp");
+    bool ports = hasList(alias, key::kUplinkPorts, VSDVS_GetHostProp, "VSDVS_GetHostProp");
+    return names || ports;
+}
+
+void clear(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    findVswitch(alias);
+    bool there = hasLists(alias);
+    if (there) {
+        require(callWhole("VSDVS_ClearSwitchUplinkPorts", VSDVS_ClearSwitchUplinkPorts, alias.c_str()),
+                named(alias));
+        // Its status is that of the name alone.
+        if (hasLists(alias)) throw libraryFailure(named(alias) + ": uplink lists", HYP_FAILURE);
+    }
+    reportChange(out, alias, {{"switch", alias}}, there);
+}
+
+// --- links ---
+
+using LinkQuery = HYP_ReturnStatus (*)(const char *, const char *, uint32_t *);
+
+// The state of a link, or nothing when the kernel does not know the uplink or its request has no room for the
+// name.
+std::optional<bool> linkOf(std::string_view name, LinkQuery query, const std::string &portset,
+                           const std::string &uplink, std::string_view subject) {
+    if (uplink.size() > kLinkUplinkLimit.bytes) return std::nullopt;
+    uint32_t up = 0;
+    HYP_ReturnStatus status = call(name, query, portset.c_str(), uplink.c_str(), &up);
+    if (status == HYP_NOT_FOUND) return std::nullopt;
+    require(status, subject);
+    return up != 0;
+}
+
+// The port identifier that the kernel has behind a NIC.
+std::string kernelPortOf(const std::string &nic, std::string_view subject) {
+    if (nic.empty() || nic.size() > kLinkUplinkLimit.bytes) return {};
+    char identity[VSHYP_UPLINK_DV_PORT_ID_SIZE] = {};
+    HYP_ReturnStatus status = call("VSHYP_GetUplinkDVPortID", VSHYP_GetUplinkDVPortID, nic.c_str(), identity);
+    if (status == HYP_NOT_FOUND) return {};
+    require(status, subject);
+    return std::string(boundedText(identity, sizeof identity));
+}
+
+std::optional<Flag> linkFlag(std::optional<bool> up) {
+    if (!up) return std::nullopt;
+    return linkState(*up);
+}
+
+std::optional<std::string_view> unlessEmpty(std::string_view text) {
+    if (text.empty()) return std::nullopt;
+    return text;
+}
+
+void listKernel(const std::string &portset, const std::string &alias, Output &out) {
+    auto ask = [&] { return fetched(named(alias), "VSHYP_GetUplinks", VSHYP_GetUplinks, portset.c_str()); };
+    KernelList list = boundedList(ask, VSHYP_UPLINK_ENTRY_SIZE, "uplinks");
+    Listing listing(out, {{"index", "INDEX"}, {"entry", "ENTRY"}});
+    for (uint32_t i = 0; i < list.count; i++)
+        listing.row(i, list.entry(i));
+    listing.finish();
+}
+
+void list(const Arguments &arguments, Output &out) {
+    const std::string &alias = arguments.text("SWITCH");
+    findVswitch(alias);
+    std::string portset = portsetOf(alias);
+    if (arguments.given("--kernel")) return listKernel(portset, alias, out);
+    std::string broken;
+    std::vector<Uplink> uplinks = readUplinks(alias, &broken);
+    DVSSwitch *sw = findVswitch(alias);
+    auto failBroken = [&] {
+        if (!broken.empty()) fail(Exit::Failed, "{}: {}", named(alias), broken);
+    };
+    if (arguments.given("--names")) {
+        NameList names(out);
+        for (const Uplink &uplink : uplinks)
+            names.add(uplink.name);
+        names.finish();
+        return failBroken();
+    }
+    Listing listing(out, {{"uplink", "UPLINK"},
+                          {"port", "PORT"},
+                          {"linkUp", "LINK"},
+                          {"lacpUp", "LACP"},
+                          {"nic", "NIC"},
+                          {"kernelPort", "KERNEL PORT"}});
+    for (const Uplink &uplink : uplinks) {
+        std::string subject = named(alias, uplink.name);
+        DVSPort *port = lookUpPort(sw, uplink.port);
+        std::string nic(port != nullptr ? portStatus(port).client.value_or("") : "");
+        auto link =
+            linkOf("VSHYP_GetUplinkLinkState", VSHYP_GetUplinkLinkState, portset, uplink.port, subject);
+        auto lacp = linkOf("VSHYP_GetUplinkLACPLinkState", VSHYP_GetUplinkLACPLinkState, portset, uplink.port,
+                           subject);
+        std::string kernelPort = kernelPortOf(nic, subject);
+        listing.row(uplink.name, uplink.port, linkFlag(link), linkFlag(lacp), unlessEmpty(nic),
+                    unlessEmpty(kernelPort));
+    }
+    listing.finish();
+    failBroken();
+}
+
+// An uplink's administrative state cannot be read, its link can. A link that is up needs nothing to be taken
+// up; a link that is down may still be up administratively, so taking it down is always asked of the kernel.
+void setLinks(const Arguments &arguments, Output &out, bool up) {
+    const std::string &alias = arguments.text("SWITCH");
+    const std::vector<std::string> &uplinks = uplinkArguments(arguments, kLinkUplinkLimit);
+    findVswitch(alias);
+    std::string portset = portsetOf(alias);
+
+    std::vector<bool> isUp;
+    for (const std::string &uplink : uplinks) {
+        uint32_t state = 0;
+        require(call("VSHYP_GetUplinkLinkState", VSHYP_GetUplinkLinkState, portset.c_str(), uplink.c_str(),
+                     &state),
+                named(alias, uplink));
+        isUp.push_back(state != 0);
+    }
+    ChangeList changes(out, alias, "uplinks", "uplink");
+    for (size_t i = 0; i < uplinks.size(); i++) {
+        if (!up || !isUp[i]) {
+            require(call("VSHYP_SetUplinkAdminLinkState", VSHYP_SetUplinkAdminLinkState, portset.c_str(),
+                         uplinks[i].c_str(), up ? 1 : 0),
+                    named(alias, uplinks[i]));
+        }
+        changes.add(uplinks[i], isUp[i] != up);
+    }
+}
+
+void takeUp(const Arguments &arguments, Output &out) {
+    setLinks(arguments, out, true);
+}
+void takeDown(const Arguments &arguments, Output &out) {
+    setLinks(arguments, out, false);
+}
+
+constexpr Argument kUplinks{"UPLINK", "name of an uplink", Kind::Uplink, false, true};
+constexpr const char *kAddDetails =
+    "uplink up and uplink down take names of at most 31 bytes, and no link is shown for a longer one. Runs "
+    "of qvs wait for one another; another program that changes the uplinks meanwhile may store its lists "
+    "over these.";
+constexpr const char *kLinkDetails =
+    "UPLINK is an uplink of the switch or the NIC that carries it, at most 31 bytes. The administrative "
+    "state cannot be read: changed means that the link was not in that state.";
+
+const Command kRows[] = {
+    {.noun = "uplink",
+     .verb = "list",
+     .access = Access::Reads,
+     .json = true,
+     .summary = "list the uplinks of a switch with their ports, links and NICs",
+     .arguments = {kSwitchArgument},
+     .options = {kNames, {"--kernel", nullptr, "show the kernel's entries instead"}},
+     .details = "A link that the kernel does not answer for is shown as -. Lists that do not agree with the "
+                "ports are a "
+                "failure behind the uplinks that are whole; qvs switch repair mends them.",
+     .example = "qvs uplink list sw1",
+     .run = list},
+    {.noun = "uplink",
+     .verb = "add",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "add uplinks to a switch",
+     .arguments = {kSwitchArgument,
+                   {"UPLINK", "name of a new uplink and its port, at most 47 bytes", Kind::Word, false,
+                    true}},
+     .options = {kMayExist},
+     .details = kAddDetails,
+     .example = "qvs uplink add sw1 uplink2 --may-exist",
+     .run = add},
+    {.noun = "uplink",
+     .verb = "remove",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "remove uplinks and their ports from a switch",
+     .arguments = {kSwitchArgument, kUplinks},
+     .options = {kIfExists},
+     .details = "Removing is not undone when it fails half way; uplink list then says what is left.",
+     .example = "qvs uplink remove sw1 uplink2",
+     .run = remove},
+    {.noun = "uplink",
+     .verb = "set",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "give a switch without uplinks all of them at once",
+     .arguments = {kSwitchArgument,
+                   {"UPLINK", "name of a new uplink and its port, at most 47 bytes", Kind::Word, true, true}},
+     .options = {{"--count", "N", "this many, called uplink0, uplink1..."}},
+     .details = nullptr,
+     .example = "qvs uplink set sw1 left right",
+     .run = set},
+    {.noun = "uplink",
+     .verb = "clear",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "forget the uplinks of a switch and leave their ports as ordinary ones",
+     .arguments = {kSwitchArgument},
+     .options = {},
+     .details = "A port that stays as it was made for its uplink, and unused, counts as left over: qvs "
+                "switch repair "
+                "removes it.",
+     .example = "qvs uplink clear sw1",
+     .run = clear},
+    {.noun = "uplink",
+     .verb = "up",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "take uplinks administratively up",
+     .arguments = {kSwitchArgument, kUplinks},
+     .options = {},
+     .details = kLinkDetails,
+     .example = "qvs uplink up sw1 uplink0",
+     .run = takeUp},
+    {.noun = "uplink",
+     .verb = "down",
+     .access = Access::Writes,
+     .json = true,
+     .summary = "take uplinks administratively down",
+     .arguments = {kSwitchArgument, kUplinks},
+     .options = {},
+     .details = kLinkDetails,
+     .example = "qvs uplink down sw1 uplink0",
+     .run = takeDown},
+};
+
+}  // namespace
+
+const std::span<const Command> kUplinkCommands = kRows;
+
+}  // namespace qvs::cli

@@ -1,0 +1,127 @@
+// Usage and help texts.
+#include "tool/help.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace qvs::cli {
+namespace {
+
+void appendAligned(std::string &out, const std::vector<std::pair<std::string, std::string>> &lines) {
+    size_t widest = 0;
+    for (const auto &[left, right] : lines)
+        widest = std::max(widest, left.size());
+    for (const auto &[left, right] : lines) {
+        fmt::format_to(std::back_inserter(out), "  {:{}}  {}\n", left, widest, right);
+    }
+}
+
+std::string optionWords(const Option &option) {
+    return option.value == nullptr ? option.name : fmt::format("{} {}", option.name, option.value);
+}
+
+std::string argumentWords(const Argument &argument) {
+    std::string text = argument.name;
+    if (argument.repeated) text += "...";
+    return argument.optional ? "[" + text + "]" : text;
+}
+
+bool beginsWith(const Command &command, std::span<const std::string> words) {
+    std::vector<std::string_view> own = wordsOf(command);
+    return own.size() >= words.size() && std::equal(words.begin(), words.end(), own.begin());
+}
+
+}  // namespace
+
+std::vector<std::string_view> wordsOf(const Command &command) {
+    std::vector<std::string_view> words = {command.noun};
+    std::string_view rest = command.verb == nullptr ? "" : command.verb;
+    while (!rest.empty()) {
+        size_t blank = std::min(rest.find(' '), rest.size());
+        words.push_back(rest.substr(0, blank));
+        rest.remove_prefix(std::min(blank + 1, rest.size()));
+    }
+    return words;
+}
+
+std::string words(const Command &command) {
+    return command.verb == nullptr ? command.noun : fmt::format("{} {}", command.noun, command.verb);
+}
+
+std::string usageLine(const Command &command) {
+    std::string line = "qvs " + words(command);
+    for (const Argument &argument : command.arguments)
+        line += " " + argumentWords(argument);
+    bool choosing = false;
+    for (const Option &option : command.options) {
+        bool choice = option.need == Need::Choice;
+        if (choosing && !choice) line += ")";
+        line += choosing && choice ? " | " : choice ? " (" : " ";
+        choosing = choice;
+        std::string words = optionWords(option);
+        line += option.need == Need::Never ? "[" + words + "]" : words;
+        if (option.repeated) line += "...";
+    }
+    return choosing ? line + ")" : line;
+}
+
+std::string toolHelp() {
+    std::string text = "usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]\n\n";
+    for (const Noun &noun : nouns()) {
+        text += fmt::format("{}: {}\n", noun.name, noun.summary);
+        std::vector<std::pair<std::string, std::string>> lines;
+        for (const Command &command : noun.commands)
+            lines.emplace_back("qvs " + words(command), command.summary);
+        appendAligned(text, lines);
+        text += "\n";
+    }
+    text += "options of every command:\n";
+    std::vector<std::pair<std::string, std::string>> lines;
+    for (const Option &option : kGlobalOptions)
+        lines.emplace_back(optionWords(option), option.summary);
+    appendAligned(text, lines);
+    text += "\nqvs NOUN VERB --help says more about a command, qvs manual everything.\n";
+    return text;
+}
+
+std::string nounHelp(std::span<const std::string> asked) {
+    std::string text;
+    for (const Noun &noun : nouns()) {
+        std::vector<std::pair<std::string, std::string>> lines;
+        for (const Command &command : noun.commands) {
+            if (beginsWith(command, asked)) lines.emplace_back("qvs " + words(command), command.summary);
+        }
+        if (lines.empty()) continue;
+        if (!text.empty()) text += "\n";
+        text += fmt::format("qvs {}: {}\n\n", noun.name, noun.summary);
+        appendAligned(text, lines);
+    }
+    return text;
+}
+
+std::string commandHelp(const Command &command) {
+    std::string text = fmt::format("usage: {}\n\n  {}\n", usageLine(command), command.summary);
+    if (command.details != nullptr) text += fmt::format("  {}\n", command.details);
+    if (command.arguments.size() > 0) {
+        text += "\narguments:\n";
+        std::vector<std::pair<std::string, std::string>> lines;
+        for (const Argument &argument : command.arguments)
+            lines.emplace_back(argument.name, argument.summary);
+        appendAligned(text, lines);
+    }
+    text += "\noptions:\n";
+    std::vector<std::pair<std::string, std::string>> lines;
+    for (const Option &option : command.options)
+        lines.emplace_back(optionWords(option), option.summary);
+    for (const Option &option : kGlobalOptions) {
+        bool refused = !command.json && option.name == std::string_view("--json");
+        if (!refused) lines.emplace_back(optionWords(option), option.summary);
+    }
+    appendAligned(text, lines);
+    text += fmt::format("\nexample:\n  {}\n", command.example);
+    return text;
+}
+
+}  // namespace qvs::cli

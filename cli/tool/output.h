@@ -1,0 +1,199 @@
+// What commands print: listings, records and reports of changes, as text or JSON, in one buffered stream.
+#pragma once
+
+#include <fmt/format.h>
+
+#include <array>
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "tool/text.h"
+
+namespace qvs::cli {
+
+// Standard output. A failure to write is a failure of the command.
+class Output {
+  public:
+    explicit Output(bool json) : json_(json) {}
+
+    bool json() const { return json_; }
+    // Whether a person is looking, so that headings may be bold.
+    bool terminal() const;
+
+    fmt::memory_buffer &buffer() { return buffer_; }
+    void write(std::string_view text);
+    void write(Bytes bytes);
+    // Writes out when much is waiting.
+    void drain();
+    void flush();
+
+  private:
+    bool json_;
+    fmt::memory_buffer buffer_;
+};
+
+// Booleans by what they are called in text; in JSON all are true or false.
+struct Flag {
+    bool value;
+    const char *yes = "yes";
+    const char *no = "no";
+};
+inline Flag linkState(bool up) {
+    return {up, "up", "down"};
+}
+
+// One value: absent values are "-" in text and null in JSON. Words are an array in JSON.
+struct Words {
+    std::vector<std::string_view> words;
+};
+
+void appendJson(fmt::memory_buffer &out, std::string_view text);
+void appendJson(fmt::memory_buffer &out, uint32_t number);
+void appendJson(fmt::memory_buffer &out, uint64_t number);
+void appendJson(fmt::memory_buffer &out, Flag flag);
+void appendJson(fmt::memory_buffer &out, const Words &words);
+void appendJson(fmt::memory_buffer &out, Bytes bytes);  // base64
+
+void appendText(fmt::memory_buffer &out, std::string_view text);
+void appendText(fmt::memory_buffer &out, uint32_t number);
+void appendText(fmt::memory_buffer &out, uint64_t number);
+void appendText(fmt::memory_buffer &out, Flag flag);
+void appendText(fmt::memory_buffer &out, const Words &words);
+void appendText(fmt::memory_buffer &out, Bytes bytes);  // hexadecimal
+
+template <typename Value>
+void appendJson(fmt::memory_buffer &out, const std::optional<Value> &value) {
+    if (value) {
+        appendJson(out, *value);
+    } else {
+        out.append(std::string_view("null"));
+    }
+}
+template <typename Value>
+void appendText(fmt::memory_buffer &out, const std::optional<Value> &value) {
+    if (value) appendText(out, *value);
+}
+
+struct Column {
+    const char *key;      // in JSON, or null for a column that only text has; never the first
+    const char *heading;  // in text, or null for a column that only JSON has
+};
+
+// Rows under headings; an array of objects in JSON. Rows go out as they come in JSON; text waits for the
+// widths.
+class Listing {
+  public:
+    Listing(Output &out, std::initializer_list<Column> columns);
+
+    template <typename... Values>
+    void row(const Values &...values) {
+        size_t column = 0;
+        beginRow();
+        (cell(column++, values), ...);
+        endRow();
+    }
+    void finish();
+
+  private:
+    template <typename Value>
+    void cell(size_t column, const Value &value) {
+        if (out_.json() && columns_[column].key != nullptr) {
+            appendKey(column);
+            appendJson(out_.buffer(), value);
+        } else if (!out_.json() && columns_[column].heading != nullptr) {
+            appendText(cells_, value);
+            endCell();
+        }
+    }
+    void beginRow();
+    void endRow();
+    void appendKey(size_t column);
+    void endCell();
+
+    Output &out_;
+    std::vector<Column> columns_;
+    bool first_ = true;
+    fmt::memory_buffer cells_;  // all cells, back to back
+    std::vector<size_t> ends_;  // where each ends
+};
+
+// Names alone: one a line, an array in JSON.
+class NameList {
+  public:
+    explicit NameList(Output &out) : out_(out) {}
+    void add(std::string_view name);
+    void finish();
+
+  private:
+    Output &out_;
+    bool first_ = true;
+};
+
+// Labelled values of one object.
+class Record {
+  public:
+    explicit Record(Output &out) : out_(out) {}
+
+    template <typename Value>
+    void field(const char *key, const char *label, const Value &value) {
+        if (out_.json()) {
+            appendKey(key);
+            appendJson(out_.buffer(), value);
+        } else {
+            beginField(label);
+            appendText(text_, value);
+            endField();
+        }
+    }
+    // A record of the kernel that nobody but the kernel reads: base64 in JSON, a hex dump behind the fields
+    // in text.
+    void block(const char *key, const char *label, const std::optional<Bytes> &bytes);
+    void finish();
+
+  private:
+    void appendKey(const char *key);
+    void beginField(const char *label);
+    void endField();
+
+    Output &out_;
+    bool first_ = true;
+    std::vector<std::string> labels_;
+    std::vector<size_t> ends_;
+    fmt::memory_buffer text_;
+    fmt::memory_buffer blocks_;
+};
+
+// "sw1: changed", or {"switch":"sw1","changed":true} with the given members before it.
+void reportChange(Output &out, std::string_view label,
+                  std::initializer_list<std::pair<const char *, std::optional<std::string_view>>> members,
+                  bool changed);
+
+// Changes of several ports or uplinks of a switch: a line for each, or one object with an array. What was
+// done is reported even when a later one fails.
+class ChangeList {
+  public:
+    ChangeList(Output &out, std::string_view alias, const char *arrayKey, const char *itemKey)
+        : out_(out), alias_(alias), arrayKey_(arrayKey), itemKey_(itemKey) {}
+    ~ChangeList();
+    ChangeList(const ChangeList &) = delete;
+    ChangeList &operator=(const ChangeList &) = delete;
+
+    void add(std::string_view item, bool changed) { items_.emplace_back(item, changed); }
+
+  private:
+    Output &out_;
+    std::string_view alias_;
+    const char *arrayKey_;
+    const char *itemKey_;
+    std::vector<std::pair<std::string, bool>> items_;
+};
+
+// Writes a block of the kernel to a file, or to standard output for "-".
+void writeRaw(Output &out, const std::string &path, Bytes bytes);
+
+}  // namespace qvs::cli

@@ -1,0 +1,67 @@
+// qvs help, completion and manual: what the tool says about itself.
+#include "tool/command.h"
+#include "tool/failure.h"
+#include "tool/help.h"
+#include "tool/output.h"
+#include "tool/run.h"
+#include "tool/text.h"
+
+namespace qvs::cli {
+namespace {
+
+void help(const Arguments &arguments, Output &out) {
+    if (!arguments.given("NOUN")) return out.write(toolHelp());
+    std::vector<std::string> asked = {arguments.text("NOUN")};
+    for (const std::string &word : arguments.all("VERB"))
+        asked.push_back(word);
+    out.write(helpFor(asked));
+}
+
+void completion(const Arguments &arguments, Output &out) {
+    if (arguments.text("SHELL") != "bash")
+        fail(Exit::Usage, "SHELL: {} is not 'bash'", inQuotes(arguments.text("SHELL")));
+    out.write(bashCompletion());
+}
+
+void manual(const Arguments &arguments, Output &out) {
+    out.write(arguments.given("--markdown") ? markdownManual() : manualPage());
+}
+
+const Command kRows[] = {
+    {.noun = "help",
+     .verb = nullptr,
+     .access = Access::Local,
+     .json = false,
+     .summary = "print the help of the tool, a noun or a command",
+     .arguments = {{"NOUN", "the noun", Kind::Word, true}, {"VERB", "the verb", Kind::Word, true, true}},
+     .options = {},
+     .details = nullptr,
+     .example = "qvs help switch create",
+     .run = help},
+    {.noun = "completion",
+     .verb = nullptr,
+     .access = Access::Local,
+     .json = false,
+     .summary = "print the completion of a shell",
+     .arguments = {{"SHELL", "bash", Kind::Shell}},
+     .options = {},
+     .details = nullptr,
+     .example = "source <(qvs completion bash)",
+     .run = completion},
+    {.noun = "manual",
+     .verb = nullptr,
+     .access = Access::Local,
+     .json = false,
+     .summary = "print the manual page",
+     .arguments = {},
+     .options = {{"--markdown", nullptr, "print it as Markdown instead of troff"}},
+     .details = nullptr,
+     .example = "qvs manual | man -l -",
+     .run = manual},
+};
+
+}  // namespace
+
+const std::span<const Command> kToolCommands = kRows;
+
+}  // namespace qvs::cli
