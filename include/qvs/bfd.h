@@ -1,8 +1,9 @@
 /*
- * Bidirectional Forwarding Detection: sessions, statistics and log level of the kernel's module.
+ * Bidirectional Forwarding Detection: sessions, statistics and log level of the kernel module.
  *
- * This family answers no statuses. A null pointer means any failure, silently; what is not null is malloc'd
- * and is released with free. The records are the kernel's own.
+ * The functions of this family return no status. A null pointer means a failure of any kind, and nothing is
+ * printed. Any other pointer is allocated with malloc; the caller releases it with free. The kernel defines
+ * the layout of the records.
  *
  *   void *sessions = BFD_GetSessions(3);
  *   free(sessions);
@@ -18,19 +19,32 @@ QVS_EXTERN_C_BEGIN
 #define BFD_STATS_SIZE 64u
 #define BFD_NO_LOG_LEVEL 0xffffffffu
 
-/* The whole session table, 1139336 bytes. At least one of the two low bits of flags must be set; all 8 are
- * sent. Null also: neither of them is set, and the kernel is not asked; no memory; the request failed. */
+/*
+ * Returns the whole session table, BFD_SESSIONS_SIZE (1139336) bytes. The caller releases it with free.
+ *
+ *   flags  at least one of the two low bits must be set; all 8 bits are sent to the kernel
+ *
+ * Returns null when neither of the two low bits is set (the kernel is not asked), when memory runs out, or
+ * when the request fails.
+ */
 QVS_API void *BFD_GetSessions(uint8_t flags);
 
-/* The log level of the module; BFD_NO_LOG_LEVEL after a failure, whether of memory or of the request. */
+/* Returns the log level of the module, or BFD_NO_LOG_LEVEL when memory runs out or the request fails. */
 QVS_API uint32_t BFD_GetLogLevel(void);
 
-/* Sets the log level: 0, 1, 3 or 5. The result is the device's own: 0 or more (a positive one is passed on)
- * when the kernel took it, -1 when not, with the reason in errno. Any other level is refused with -1 and the
- * line "Not a valid log level." on standard output; the kernel is not asked. */
+/*
+ * Sets the log level of the module.
+ *
+ *   level  0, 1, 3 or 5
+ *
+ * Returns the result of the device request: 0 or a positive number when the kernel accepted the level, -1
+ * when the request failed, with the reason in errno. For any other level, the function does not ask the
+ * kernel. It prints the line "Not a valid log level." to standard output and returns -1.
+ */
 QVS_API int32_t BFD_SetLogLevel(uint32_t level);
 
-/* The statistics, 64 bytes. Null: no memory, or the request failed. */
+/* Returns the statistics, BFD_STATS_SIZE (64) bytes. The caller releases them with free. Returns null when
+ * memory runs out or the request fails. */
 QVS_API void *BFD_GetStats(void);
 
 QVS_EXTERN_C_END

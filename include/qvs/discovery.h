@@ -27,18 +27,30 @@ typedef struct Discovery_Param {
 QVS_ASSERT_SIZE(Discovery_Param, 2);
 
 /*
- * Reads the 2 bytes of a Discovery_Param. Never set: the operation becomes DISCOVERY_DOWN and the protocol
- * stays as it was. A failure leaves the caller's bytes as they were.
+ * Reads the discovery protocol of a switch.
  *
- * HYP_NOT_FOUND: no switch in the snapshot has the alias. HYP_BAD_PARAM: the switch is of another class than
- * "vswitch", or null argument. HYP_FAILURE: a stored record of another size. Otherwise the status of the
- * state library.
+ *   alias   alias of the switch, borrowed
+ *   record  receives the 2 bytes of a Discovery_Param; owned by the caller, unchanged on failure
+ *
+ * When nothing is stored, the function sets the operation to DISCOVERY_DOWN and leaves the protocol
+ * unchanged.
+ *
+ * HYP_NOT_FOUND: no switch in the snapshot has the alias. HYP_BAD_PARAM: the class of the switch is not
+ * "vswitch", or an argument is null. HYP_FAILURE: the stored record has another size. Any other status comes
+ * from the state library.
  */
 QVS_API HYP_ReturnStatus Discovery_GetParam(const char *alias, uint8_t *record);
 
-/* Stores the 2 bytes, which are not checked; with operation DISCOVERY_DOWN clears the key instead.
- * HYP_NOT_FOUND: no such alias, or nothing to clear. HYP_BAD_PARAM: as above. Otherwise the status of the
- * state library. */
+/*
+ * Stores the discovery protocol of a switch, or clears it when the operation is DISCOVERY_DOWN.
+ *
+ *   alias   alias of the switch, borrowed
+ *   record  the 2 bytes of a Discovery_Param, borrowed; their values are not checked
+ *
+ * HYP_NOT_FOUND: no switch in the snapshot has the alias, or there is nothing to clear. HYP_BAD_PARAM: the
+ * class of the switch is not "vswitch", or an argument is null. Any other status comes from the state
+ * library.
+ */
 QVS_API HYP_ReturnStatus Discovery_SetParam(const char *alias, const uint8_t *record);
 
 QVS_EXTERN_C_END

@@ -1,11 +1,11 @@
 /*
- * Health checks of a switch's teaming, VLANs and MTU: where they are deployed, with what parameter, and what
- * the kernel found on a port.
+ * Health checks of the teaming, the VLANs and the MTU of a switch: their deployment, their parameters, and
+ * the results of the kernel for a port.
  *
- * A switch is named by its alias. For every function: HYP_NOT_FOUND: no switch in the snapshot has it.
- * HYP_BAD_PARAM: the switch is of another class than "vswitch", or a null argument. A status that is not
- * named comes from the state library. A get that fails leaves the caller's memory, pointers included, as it
- * was.
+ * Every function takes the alias of a switch, NUL-terminated and borrowed. Every function returns
+ * HYP_NOT_FOUND when no switch in the snapshot has the alias, and HYP_BAD_PARAM when the class of the switch
+ * is not "vswitch" or an argument is null. Any status that is not named comes from the state library. When a
+ * getter fails, the memory of the caller is unchanged, including pointers.
  *
  *   HealthCheck_Deployment check = {1, 5};   // on, every five minutes
  *   HealthCheck_DeployTeamCheck("sw1", (const uint8_t *)&check);
@@ -17,7 +17,7 @@
 
 QVS_EXTERN_C_BEGIN
 
-/* A deployment; key class CONFIG. */
+/* The deployment of a check; the class of the property is CONFIG. */
 typedef struct QVS_PACKED HealthCheck_Deployment {
     uint8_t enabled;
     uint32_t intervalMinutes;
@@ -26,44 +26,61 @@ QVS_ASSERT_SIZE(HealthCheck_Deployment, 5);
 
 #define HEALTHCHECK_VLAN_MTU_PARAM_SIZE 512u
 
-/* The head of a result. Ranges of two 16-bit numbers follow, first and last, first those of the first kind,
- * then those of the second; the record is 4 * (first + second + 1) bytes long. */
+/* The header of a result. The ranges follow, each two 16-bit numbers, first and last: the ranges of the first
+ * kind, then those of the second. The record has 4 * (firstCount + secondCount + 1) bytes. */
 typedef struct QVS_PACKED HealthCheck_Result {
     uint16_t firstCount;  /* trunked VLAN ranges, or MTU ranges allowed */
     uint16_t secondCount; /* untrunked VLAN ranges, or MTU ranges disallowed */
 } HealthCheck_Result;
 QVS_ASSERT_SIZE(HealthCheck_Result, 4);
 
-/* Releases a result that a HealthCheck getter handed out (never with free); null is passed on to the state
- * library. */
+/* Releases a result of a HealthCheck getter. Do not use free. Null is passed on to the state library. */
 QVS_API void HealthCheck_FreeMemory(void *pointer);
 
-/* The deployment of the check, a HealthCheck_Deployment of 5 bytes; zeros when never deployed. HYP_FAILURE,
- * for the getters: a stored record of another size. Deploying with enabled 0 clears it (HYP_NOT_FOUND also
- * when there is none); nothing else is checked. */
+/* Reads the deployment of the team check into record, a HealthCheck_Deployment of the caller, 5 bytes. The
+ * record is zeros when the check was never deployed. HYP_FAILURE: the stored record has another size. */
 QVS_API HYP_ReturnStatus HealthCheck_GetTeamCheckDeploy(const char *alias, uint8_t *record);
+
+/* Deploys the team check with record, a HealthCheck_Deployment of 5 bytes, borrowed. With enabled 0, clears
+ * the deployment instead, and returns HYP_NOT_FOUND when none is stored. The interval is not checked. */
 QVS_API HYP_ReturnStatus HealthCheck_DeployTeamCheck(const char *alias, const uint8_t *record);
+
+/* Reads the deployment of the VLAN and MTU check, like HealthCheck_GetTeamCheckDeploy. */
 QVS_API HYP_ReturnStatus HealthCheck_GetVLANMTUCheckDeploy(const char *alias, uint8_t *record);
+
+/* Deploys the VLAN and MTU check, or clears its deployment, like HealthCheck_DeployTeamCheck. */
 QVS_API HYP_ReturnStatus HealthCheck_DeployVLANMTUCheck(const char *alias, const uint8_t *record);
 
-/* The parameter of the team check, one byte: non-zero when IP-hash teaming is expected. Zero when never set.
- * HYP_FAILURE, for the getter: a stored record of another size. Class POLICY. */
+/* Reads the parameter of the team check into value, one byte: non-zero when IP-hash teaming is expected, zero
+ * when the parameter was never set. HYP_FAILURE: the stored record has another size. */
 QVS_API HYP_ReturnStatus HealthCheck_GetTeamCheckParam(const char *alias, uint8_t *value);
+
+/* Stores the parameter of the team check, one byte, with class POLICY. */
 QVS_API HYP_ReturnStatus HealthCheck_SetTeamCheckParam(const char *alias, uint8_t value);
 
-/* The parameter block of the VLAN and MTU check, 512 opaque bytes; zeros when never set.
- * HYP_FAILURE, for the getter: a stored record of another size. Class POLICY. */
+/* Reads the parameter block of the VLAN and MTU check into block, 512 opaque bytes of the caller. The block
+ * is zeros when it was never set. HYP_FAILURE: the stored record has another size. */
 QVS_API HYP_ReturnStatus HealthCheck_GetVLANMTUCheckParam(const char *alias, uint8_t *block);
+
+/* Stores the parameter block of the VLAN and MTU check, 512 opaque bytes, borrowed, with class POLICY. */
 QVS_API HYP_ReturnStatus HealthCheck_SetVLANMTUCheckParam(const char *alias, const void *block);
 
-/* Removes the deployment, then the parameter; what is not there is removed already. A deployment that cannot
- * be removed leaves the parameter. */
+/* Clears the deployment, then the parameter of the team check. Returns HYP_OK when they are not stored. If
+ * the deployment cannot be cleared, the parameter remains. */
 QVS_API HYP_ReturnStatus HealthCheck_ClearTeamCheck(const char *alias);
+
+/* Clears the deployment, then the parameter of the VLAN and MTU check, like HealthCheck_ClearTeamCheck. */
 QVS_API HYP_ReturnStatus HealthCheck_ClearVLANMTUCheck(const char *alias);
 
-/* Hands out what the kernel found on a port, a HealthCheck_Result and its ranges; the caller gives it back
- * with HealthCheck_FreeMemory. The port is not looked for in the snapshot. HYP_NOT_FOUND also: no result, or
- * no such port. HYP_FAILURE: its size is not what its counts say. */
+/*
+ * Return the result of the VLAN check, or of the MTU check, for a port.
+ *
+ *   port    port identifier, borrowed; it is not looked up in the snapshot
+ *   result  receives a HealthCheck_Result and its ranges; the caller releases it with HealthCheck_FreeMemory
+ *
+ * HYP_NOT_FOUND also: there is no result or no such port. HYP_FAILURE: the size of the result does not match
+ * its counts.
+ */
 QVS_API HYP_ReturnStatus HealthCheck_GetVLANCheckResult(const char *alias, const char *port, void **result);
 QVS_API HYP_ReturnStatus HealthCheck_GetMTUCheckResult(const char *alias, const char *port, void **result);
 

@@ -1,4 +1,4 @@
-/* Statuses, the one-shot kernel device request, and what every header of the library shares. */
+/* Statuses, the kernel device request, and the definitions that all headers of the library share. */
 #ifndef QVS_HYP_H
 #define QVS_HYP_H
 
@@ -22,7 +22,7 @@
 #define QVS_PACKED
 #endif
 
-/* A record's size is part of a format; where the language can, the header proves it. */
+/* The size of a record is part of a format. The header verifies it where the language allows this. */
 #if defined(__cplusplus)
 #define QVS_ASSERT_SIZE(type, size) static_assert(sizeof(type) == (size), "layout of " #type)
 #elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
@@ -43,9 +43,9 @@
 QVS_EXTERN_C_BEGIN
 
 /*
- * The result of nearly every operation: 0 is success, a failure is 0xbad0000 plus a small number.
- * The constants below are the ones the library makes itself; every other value comes unchanged from the
- * kernel or from the state library. ReturnStatusToString gives the text of all of them.
+ * The result of nearly every function: 0 means success, a failure is 0xbad0000 plus a small number.
+ * The library itself generates only the constants below. Every other value comes unchanged from the kernel or
+ * from the state library. ReturnStatusToString returns the text of a status.
  */
 typedef uint32_t HYP_ReturnStatus;
 
@@ -58,25 +58,26 @@ typedef uint32_t HYP_ReturnStatus;
 #define HYP_NO_MEMORY ((HYP_ReturnStatus)0xbad0014u)      /* "Out of memory" */
 #define HYP_NOT_SUPPORTED ((HYP_ReturnStatus)0xbad0020u)  /* "Not supported" */
 
-/* A switch identifier: at most 63 characters and a NUL; byte 63 of a buffer the library fills is always NUL.
- */
+/* A switch identifier: at most 63 characters and a NUL. When the library fills the buffer, byte 63 is always
+ * NUL. */
 typedef char SwitchIdString[64];
 
 /* An alias or a portset name. A name of 128 characters or more fills the buffer WITHOUT a NUL. */
 typedef char SwitchAliasName[128];
 
 /*
- * Opens devicePath read-write, issues ioctl(fd, request, argument) once and closes the descriptor again.
+ * Opens a device read-write, issues ioctl(fd, request, argument) once, and closes the device.
  *
  *   devicePath  path of a character device of the kernel, borrowed
  *   request     ioctl request number, 32 bits
- *   argument    the request record, owned by the caller; the kernel reads and writes it in place
+ *   argument    request record, owned by the caller; the kernel reads and writes it in place
  *
- * Returns 0 when ioctl answered 0 or more, otherwise the status of the errno that open or ioctl left
- * (an errno without a status of its own, and EINVAL, give HYP_FAILURE). HYP_NOT_FOUND, of ENOENT, is the
- * answer on a machine without the device, so without a host, too. Null pointers are the kernel's to judge.
- * What the kernel writes into the argument before it fails stays there. Never retried, never printed. Safe
- * from any thread.
+ * Returns HYP_OK when ioctl returned 0 or more. Otherwise returns the status of the errno of open or ioctl.
+ * EINVAL, and any errno without a status of its own, give HYP_FAILURE. ENOENT gives HYP_NOT_FOUND: this is
+ * the result on a machine without the device, and therefore also without a host.
+ *
+ * The function passes null pointers to the kernel. Bytes that the kernel wrote into the argument before it
+ * failed remain there. The function does not retry the request, prints nothing, and is thread-safe.
  *
  *   struct Frame frame = {...};
  *   HYP_ReturnStatus status = HYPIoctl("/dev/vswitch", 0x1026, &frame);
@@ -84,15 +85,16 @@ typedef char SwitchAliasName[128];
 QVS_API HYP_ReturnStatus HYPIoctl(const char *devicePath, int request, void *argument);
 
 /*
- * The English text of a status: a constant NUL-terminated string that is never freed and never null.
- * Values without a text of their own give "General error". Cannot fail.
+ * Returns the English text of a status: a constant, NUL-terminated string, never null. Do not release it.
+ * A value without a text of its own gives "General error". The function cannot fail.
  */
 QVS_API const char *ReturnStatusToString(HYP_ReturnStatus status);
 
 /*
- * What the loader runs, in this order, when the library is loaded: SharedObjectInit sorts the printer
- * registry of the dump, LibraryInit loads the first snapshot (DVSLoadConfig) and ignores its status: without
- * a host the snapshot is empty. Calling them again does the same again.
+ * Initialise the library. The loader calls both functions, in this order, when it loads the library.
+ * SharedObjectInit sorts the printer registry of the dump. LibraryInit loads the first snapshot with
+ * DVSLoadConfig and ignores its status; without a host, the snapshot is empty. A second call does the same
+ * again.
  */
 QVS_API void SharedObjectInit(void);
 QVS_API void LibraryInit(void);

@@ -25,7 +25,7 @@ typedef struct QVS_PACKED IPFIXDVS_Collector {
 } IPFIXDVS_Collector;
 QVS_ASSERT_SIZE(IPFIXDVS_Collector, 20);
 
-/* The record, class POLICY; virtualObsIDLength bytes of text without a NUL follow. */
+/* The stored record, class POLICY. virtualObsIDLength bytes of text without a NUL follow it. */
 typedef struct QVS_PACKED IPFIXDVS_Port {
     uint32_t idleTimeout;   /* seconds */
     uint32_t activeTimeout; /* seconds */
@@ -40,27 +40,35 @@ typedef struct QVS_PACKED IPFIXDVS_Port {
 QVS_ASSERT_SIZE(IPFIXDVS_Port, 184);
 QVS_ASSERT_OFFSET(IPFIXDVS_Port, virtualObsIDLength, 14);
 
-/* Releases a record that an IPFIXDVS getter handed out (never with free); null is passed on to the state
- * library. */
+/* Releases a record of an IPFIXDVS getter. Do not use free. Null is passed on to the state library. */
 QVS_API void IPFIXDVS_FreeMemory(void *pointer);
 
 /*
- * Hands out the record of a port; null and success when there is none. The caller gives it back with
- * IPFIXDVS_FreeMemory; a failure leaves the pointer as it was.
+ * Returns the IPFIX record of a port.
  *
- * HYP_NOT_SUPPORTED: the switch is of another class. HYP_NOT_FOUND: no such switch or port in the snapshot.
- * HYP_FAILURE: a stored record of the wrong size. HYP_BAD_PARAM: null argument. Otherwise the status of the
- * state library.
+ *   alias   alias of the switch, which must have class "vswitch"; borrowed
+ *   port    port identifier, borrowed
+ *   record  receives the IPFIXDVS_Port and its text, or null when none is stored (the status is then HYP_OK);
+ *           the caller releases it with IPFIXDVS_FreeMemory; unchanged on failure
+ *
+ * HYP_NOT_SUPPORTED: the switch has another class. HYP_NOT_FOUND: the snapshot does not contain the switch or
+ * the port. HYP_FAILURE: the stored record has a wrong size. HYP_BAD_PARAM: an argument is null. Any other
+ * status comes from the state library.
  */
 QVS_API HYP_ReturnStatus IPFIXDVS_GetIpfixGranular(const char *alias, const char *port, void **record);
 
 /*
- * Stores a record of 184 bytes and what its virtualObsIDLength adds, or with null clears what is stored
- * (nothing stored is a success; a failure to read it is the answer).
+ * Stores the IPFIX record of a port, or clears it when record is null.
  *
- * HYP_NOT_SUPPORTED: the switch is of another class. HYP_NOT_FOUND: no such switch or port in the snapshot.
- * HYP_BAD_PARAM: null alias or port. Otherwise the status of the state library. What the record holds is not
- * checked.
+ *   alias   alias of the switch, which must have class "vswitch"; borrowed
+ *   port    port identifier, borrowed
+ *   record  184 bytes and virtualObsIDLength bytes of text, borrowed; their values are not checked
+ *
+ * Clearing returns HYP_OK when nothing is stored. It first reads the record; when that fails, it returns the
+ * status of reading.
+ *
+ * HYP_NOT_SUPPORTED: the switch has another class. HYP_NOT_FOUND: the snapshot does not contain the switch or
+ * the port. HYP_BAD_PARAM: alias or port is null. Any other status comes from the state library.
  */
 QVS_API HYP_ReturnStatus IPFIXDVS_SetIpfixGranular(const char *alias, const char *port, const void *record);
 

@@ -1,5 +1,5 @@
 /*
- * IPFIX flow export: the kernel's statistics.
+ * IPFIX flow export: the statistics of the kernel.
  *
  *   uint8_t stats[IPFIXHYP_STATS_SIZE];
  *   HYP_ReturnStatus status = IPFIXHYP_GetIpfixStats("sw1", stats);
@@ -13,10 +13,17 @@ QVS_EXTERN_C_BEGIN
 
 #define IPFIXHYP_STATS_SIZE 192u
 
-/* The statistics of a switch, or of one of its ports: 192 bytes, the kernel's own, into the caller's buffer,
- * which a failure leaves as it was. HYP_BAD_PARAM: null argument; for a port, also a switch of another class
- * than "vswitch". HYP_NOT_FOUND: no switch in the snapshot has the alias; the port goes to the kernel unseen,
- * 47 characters of it. Otherwise the status of the errno of the device. */
+/*
+ * Read the IPFIX statistics of a switch, or of one of its ports.
+ *
+ *   alias   alias of the switch, borrowed; for a port, the switch must have class "vswitch"
+ *   portId  port identifier, borrowed; at most 47 characters are sent, and the port is not looked up
+ *   stats   receives IPFIXHYP_STATS_SIZE (192) bytes, whose layout the kernel defines; owned by the caller,
+ *           unchanged on failure
+ *
+ * HYP_BAD_PARAM: an argument is null or, for a port, the switch has another class. HYP_NOT_FOUND: no switch
+ * in the snapshot has the alias. Any other status is that of the errno of the device.
+ */
 QVS_API HYP_ReturnStatus IPFIXHYP_GetIpfixStats(const char *alias, void *stats);
 QVS_API HYP_ReturnStatus IPFIXHYP_GetIpfixGranularStats(const char *alias, const char *portId, void *stats);
 

@@ -1,10 +1,12 @@
 /*
  * The kernel control plane: its switches, interfaces, NICs and containers.
  *
- * This family answers no statuses. A null pointer means any failure (no device, a request that failed, no
- * memory, a list longer than 32 bits can say), and for a list also that it is empty; what is not null is
- * malloc'd and is released with free. A list is a 32-bit count and that many entries of the size given,
- * packed; the entries are the kernel's own. The count in it is the kernel's, too.
+ * The functions of this family return no status. They return null when there is no device, when the request
+ * fails, when memory runs out, when the size of a list exceeds 32 bits, or when a list is empty. Any other
+ * pointer is allocated with malloc; the caller releases it with free.
+ *
+ * A list is a 32-bit count followed by that many packed entries. The count is that of the kernel, which also
+ * defines the layout of the entries.
  *
  *   void *nics = KCP_GetHYPNICList();
  *   free(nics);
@@ -25,27 +27,28 @@ QVS_EXTERN_C_BEGIN
 #define KCP_CONTAINER_SIZE 10u
 #define KCP_STATUS_SIZE 3u
 
-/* Switches, 128 bytes each. */
+/* Returns the list of switches, entries of 128 bytes. */
 QVS_API void *KCP_GetDVSList(void);
-/* Virtual interfaces, 11441 bytes each. */
+/* Returns the list of virtual interfaces, entries of 11441 bytes. */
 QVS_API void *KCP_GetVIFList(void);
-/* Container interfaces, 11689 bytes each. */
+/* Returns the list of container interfaces, entries of 11689 bytes. */
 QVS_API void *KCP_GetCIFList(void);
-/* Hypervisor virtual interfaces, 11441 bytes each. */
+/* Returns the list of virtual interfaces of the hypervisor, entries of 11441 bytes. */
 QVS_API void *KCP_GetHYPVIFList(void);
-/* Hypervisor NICs, 1108 bytes each. */
+/* Returns the list of NICs of the hypervisor, entries of 1108 bytes. */
 QVS_API void *KCP_GetHYPNICList(void);
-/* Uplinks, 1237 bytes each. */
+/* Returns the list of uplinks, entries of 1237 bytes. */
 QVS_API void *KCP_GetUplinkList(void);
-/* Portset properties, 256 bytes each. */
+/* Returns the list of portset properties, entries of 256 bytes. */
 QVS_API void *KCP_GetPSPropList(void);
-/* Containers, 10 bytes each; behind the count stands a second 32-bit word, so they start at byte 8. */
+/* Returns the list of containers, entries of 10 bytes. A second 32-bit word follows the count, so that the
+ * entries start at byte 8. */
 QVS_API void *KCP_GetContainerList(void);
 
-/* The status block, 3 bytes. */
+/* Returns the status block, KCP_STATUS_SIZE (3) bytes. */
 QVS_API void *KCP_GetStatus(void);
 
-/* Both do nothing and answer 0. */
+/* Do nothing and return 0. */
 QVS_API int32_t KCP_CharDevInit(void);
 QVS_API int32_t KCP_CharDevCleanup(void);
 

@@ -1,6 +1,6 @@
 /*
- * The keys of the stored properties: each key once, with the scope it lives in, the class it is stored with,
- * and the limits of its value.
+ * The keys of the stored properties, each with its scope, the class it is stored with, and the limits of its
+ * value.
  *
  * Programs that walk the snapshot or read properties by key use these names. The typed operations of
  * <qvs/vsdvs.h>, <qvs/healthcheck.h>, <qvs/discovery.h> and <qvs/ipfixdvs.h> read and store the same keys.
@@ -12,8 +12,8 @@
 #include <qvs/hyp.h>
 #include <qvs/mesh_public.h>
 
-/* Where a property lives: on the switch, the same on all hosts; on this host's part of the switch; on a port.
- */
+/* Scopes of a property: the switch, with the same value on all hosts; the part of the switch on this host; a
+ * port. */
 #define QVS_SCOPE_GLOBAL 0u
 #define QVS_SCOPE_HOST 1u
 #define QVS_SCOPE_PORT 2u

@@ -1,8 +1,9 @@
 /*
- * Live trace: sessions on a switch, counters by action, what was seen on a port.
+ * Live trace: sessions on a switch, counters by action, and the data of a port.
  *
- * A null pointer means any failure (of the device, the request or memory), silently; what is not null is
- * malloc'd and is released with free. The records are the kernel's own.
+ * The functions that return a pointer return null when the device or the request fails or when memory runs
+ * out; nothing is printed. Any other pointer is allocated with malloc; the caller releases it with free. The
+ * kernel defines the layout of the records.
  *
  *   void *sessions = LIVETRACEHYP_ListSession();
  *   free(sessions);
@@ -20,30 +21,32 @@ QVS_EXTERN_C_BEGIN
 #define LIVETRACEHYP_STATS_SIZE 96u
 
 /*
- * Creates a session.
+ * Creates a live-trace session on a port.
  *
- *   alias        a switch of class "vswitch"
- *   portName     47 characters of it are sent
- *   sessionData  length bytes of definition, passed on to the kernel
+ *   alias        alias of a switch of class "vswitch", borrowed
+ *   portName     port identifier, borrowed; at most 47 characters are sent; the kernel checks whether the
+ *                port exists
+ *   sessionData  definition of the session, borrowed; passed on to the kernel
+ *   length       length of sessionData in bytes, 32 bits
  *
- * HYP_BAD_PARAM: null argument, or a switch of another class. HYP_NOT_FOUND: no switch in the snapshot has
- * the alias. HYP_NO_MEMORY: no memory for the request, or one longer than 32 bits can say. Otherwise the
- * status of the errno of the device; whether the port exists is the kernel's to judge.
+ * HYP_BAD_PARAM: an argument is null, or the switch has another class. HYP_NOT_FOUND: no switch in the
+ * snapshot has the alias. HYP_NO_MEMORY: memory runs out, or the size of the request exceeds 32 bits. Any
+ * other status is that of the errno of the device.
  */
 QVS_API HYP_ReturnStatus LIVETRACEHYP_CreateSession(const char *alias, const char *portName,
                                                     const void *sessionData, uint32_t length);
 
-/* The list of sessions, 705 bytes. */
+/* Returns the list of sessions, LIVETRACEHYP_SESSION_LIST_SIZE (705) bytes, or null. */
 QVS_API void *LIVETRACEHYP_ListSession(void);
 
-/* The counters of an action: an 8-byte header with a 32-bit count in front, and that many entries of 26
- * bytes. An empty list is a header. */
+/* Returns the counters of an action, or null: an 8-byte header that starts with a 32-bit count, and that many
+ * entries of 26 bytes. An empty list consists of the header alone. */
 QVS_API void *LIVETRACEHYP_GetCountActionData(uint8_t action);
 
-/* What was seen on the port with this kernel number, 21 bytes. */
+/* Returns the data of the port with this kernel port number, 21 bytes, or null. */
 QVS_API void *LIVETRACEHYP_GetPortData(uint32_t portId);
 
-/* The statistics, 96 bytes. */
+/* Returns the statistics, LIVETRACEHYP_STATS_SIZE (96) bytes, or null. */
 QVS_API void *LIVETRACEHYP_GetStats(void);
 
 QVS_EXTERN_C_END

@@ -1,9 +1,10 @@
 /*
- * The hypervisor's distributed-switch state library, libmeshPublic.so: what the library and the tool expect
- * of it. Handles are opaque and belong to the snapshot; they stay valid until the snapshot is reset. Statuses
- * are the state library's; the library passes them on unchanged. The emulated host's answers HYP_NOT_FOUND
- * for a switch, port or key that is not there, HYP_EXISTS when one that is added is there already, and
- * 0xbad0040 (No connection) when there is no host.
+ * The state library of the hypervisor, libmeshPublic.so: the functions that the library and the tool need.
+ *
+ * Handles are opaque. They belong to the snapshot and are valid until the snapshot is reset. The statuses are
+ * those of the state library; the library passes them on unchanged. The state library of the emulated host
+ * returns HYP_NOT_FOUND for a switch, port or key that does not exist, HYP_EXISTS when an object to be added
+ * exists already, and 0xbad0040 (No connection) when there is no host.
  */
 #ifndef QVS_MESH_PUBLIC_H
 #define QVS_MESH_PUBLIC_H
@@ -16,14 +17,14 @@
 #define DVS_PROP_CONFIG 16u
 #define DVS_PROP_RUNTIME 32u
 
-/* The port states that DVS_PortState answers. */
+/* The port states that DVS_PortState returns. */
 #define DVS_PORT_INVALID 0u
 #define DVS_PORT_LIVE 1u
 #define DVS_PORT_SHADOW 2u
 #define DVS_PORT_ZOMBIE 3u
 #define DVS_PORT_LOCAL_CACHE 4u
 
-/* The format DVSData_Serialize is asked for. */
+/* The format to pass to DVSData_Serialize. */
 #define DVS_DATA_FORMAT 5u
 
 QVS_EXTERN_C_BEGIN
@@ -32,8 +33,9 @@ typedef struct DVSSwitch DVSSwitch;
 typedef struct DVSPort DVSPort;
 typedef struct DVSData DVSData;
 
-/* The snapshot: discarded, built from a blob of DVSHYP_StateGet, searched. A walk ends when a callback
- * answers non-zero. What a lookup yields belongs to the snapshot and is not freed. */
+/* Discard the snapshot (DVSState_ConfigReset), build it from a blob of DVSHYP_StateGet of length bytes
+ * (DVSState_ConfigDeserialize), look up its objects, and walk them (...ForEach). A walk ends when a callback
+ * returns a value other than zero. The result of a lookup belongs to the snapshot; do not release it. */
 QVS_API HYP_ReturnStatus DVSState_ConfigReset(void);
 QVS_API HYP_ReturnStatus DVSState_ConfigDeserialize(const void *buffer, uint32_t length);
 QVS_API DVSSwitch *DVSState_SwitchFindByAlias(const char *alias);
@@ -46,32 +48,35 @@ QVS_API void DVSState_PortDataForEach(DVSPort *port, int (*callback)(DVSData *, 
 QVS_API void DVSState_HostPropForEach(DVSSwitch *sw, int (*callback)(DVSData *, void *), void *context);
 QVS_API void DVSState_GlobalPropForEach(DVSSwitch *sw, int (*callback)(DVSData *, void *), void *context);
 
-/* Accessors. DVS_SwitchId yields at least 64 readable bytes. */
+/* Return an attribute of a switch or a port. At least 64 bytes are readable at the result of DVS_SwitchId. */
 QVS_API const char *DVS_SwitchId(const DVSSwitch *sw);
 QVS_API const char *DVS_ClassName(const DVSSwitch *sw);
 QVS_API uint32_t DVS_GetMaxPorts(const DVSSwitch *sw);
 QVS_API uint32_t DVS_Version(const DVSSwitch *sw);
 QVS_API const char *DVS_PortId(const DVSPort *port);
-/* Optional: a hypervisor's own state library may lack it. The library then takes every port for a live one; a
- * program that must run there, too, declares it weak and tests it before the call. */
+/* Returns the state of a port, one of DVS_PORT_.... The function is optional: the state library of a
+ * hypervisor may lack it. The library then treats every port as live. A program that must run there, too,
+ * declares the function weak and tests its address before the call. */
 QVS_API uint32_t DVS_PortState(const DVSPort *port);
 
-/* One property. DVSData_Data returns the value's length in bytes and yields its address; nothing promises a
- * NUL behind it, but a value of length 0 still has one readable byte. */
+/* Return the value, the key and the class bits of a property. DVSData_Data stores the address of the value
+ * and returns its length in bytes. A NUL after the value is not guaranteed, but a value of length 0 has one
+ * readable byte. */
 QVS_API uint32_t DVSData_Data(const DVSData *data, const void **value);
 QVS_API const char *DVSData_Name(const DVSData *data);
 QVS_API uint32_t DVSData_PropType(const DVSData *data);
 
-/* A container in which the initial properties of a new port are gathered and flattened. The serialised buffer
- * is released with free. */
+/* Create a container for the initial properties of a new port, add a property, serialise the container, and
+ * release it. The caller releases the serialised buffer with free. */
 QVS_API HYP_ReturnStatus DVSData_Alloc(DVSData **data, void *(*allocator)(size_t), void (*releaser)(void *));
 QVS_API HYP_ReturnStatus DVSData_Update(DVSData *data, const char *key, const void *value, uint32_t length,
                                         uint32_t propType);
 QVS_API HYP_ReturnStatus DVSData_Serialize(DVSData *data, void **buffer, uint32_t *length, uint32_t format);
 QVS_API void DVSData_Free(DVSData *data);
 
-/* The kernel side: always current, whatever the snapshot holds. The blob of DVSHYP_StateGet is released with
- * free, the values of the ...Get calls with DVSHYP_DataFree; ...Set copies the value. */
+/* Read and change the state of the kernel, independent of the snapshot. The caller releases the blob of
+ * DVSHYP_StateGet with free, and the values of the other ...Get functions with DVSHYP_DataFree. The ...Set
+ * functions copy the value. Lengths are in bytes, 32 bits. */
 QVS_API HYP_ReturnStatus DVSHYP_StateGet(void **buffer, uint32_t *length);
 QVS_API HYP_ReturnStatus DVSHYP_PortDataGet(const char *switchId, const char *portId, const char *key,
                                             void **value, uint32_t *length);

@@ -13,19 +13,20 @@
 QVS_EXTERN_C_BEGIN
 
 /*
- * Renders the snapshot: each switch with its global and host properties and its ports with theirs.
+ * Returns the snapshot as text: each switch with its global and host properties, and its ports with theirs.
  *
- *   alias  the one switch to print, which must be of class "vswitch"; null prints all
- *   text   receives the NUL-terminated text, possibly empty; released with NetDVS_FreeMemory; untouched on
- *          failure
+ *   alias  alias of the switch to print, which must have class "vswitch"; null prints all switches; borrowed
+ *   text   receives the NUL-terminated text, which can be empty; the caller releases it with
+ *          NetDVS_FreeMemory; unchanged on failure
  *
- * HYP_NO_MEMORY: no first buffer. HYP_NOT_FOUND: no switch has the alias. HYP_BAD_PARAM: the switch is of
- * another class, or null text. An empty snapshot, as without a host, is a success and an empty text. Memory
- * that runs out later drops the piece being written and keeps the rest.
+ * HYP_NO_MEMORY: the first buffer cannot be allocated. HYP_NOT_FOUND: no switch has the alias. HYP_BAD_PARAM:
+ * the switch has another class, or text is null. For an empty snapshot, for example without a host, the
+ * function returns HYP_OK and an empty text. If memory runs out later, the text lacks the piece that was
+ * being written and contains the rest.
  */
 QVS_API HYP_ReturnStatus NetDVS_Dump(const char *alias, char **text);
 
-/* Releases a text of NetDVS_Dump; null is fine. */
+/* Releases a text that NetDVS_Dump returned. Null is allowed. */
 QVS_API void NetDVS_FreeMemory(void *text);
 
 QVS_EXTERN_C_END

@@ -1,4 +1,5 @@
-/* All public headers of the library but <qvs/reporting.h>, whose names are likely to be a program's own. */
+/* All public headers of the library, except <qvs/keys.h>, which few programs need, and <qvs/reporting.h>,
+ * whose names are likely to collide with names of a program. */
 #ifndef QVS_QVS_H
 #define QVS_QVS_H
 

@@ -1,8 +1,8 @@
 /*
- * Reporting entry points for code that is linked against the library and expects them of it.
+ * Reporting functions for programs that expect to find them in the library.
  *
- * Their names are short and common, so <qvs/qvs.h> does not include this header: a program may have functions
- * of these names itself, and the library never calls either.
+ * Their names are short and common. <qvs/qvs.h> therefore does not include this header, so that a program may
+ * define functions of these names itself. The library calls neither its own functions nor those of a program.
  */
 #ifndef QVS_REPORTING_H
 #define QVS_REPORTING_H
@@ -11,7 +11,7 @@
 
 QVS_EXTERN_C_BEGIN
 
-/* They look at none of their arguments, write nothing and return; Panic does, too. */
+/* Do nothing and return. They read none of their arguments and write nothing. Panic returns, too. */
 QVS_API void Log(const char *format, ...);
 QVS_API void Warning(const char *format, ...);
 QVS_API void Panic(const char *format, ...);

@@ -1,11 +1,14 @@
 /*
- * Traceflow: trace requests, the traceflow switch of a host, in-band network telemetry, port statistics.
+ * Traceflow: trace requests, the traceflow setting of a switch on this host, in-band network telemetry, and
+ * port statistics.
  *
- * A switch is named by its alias: HYP_NOT_FOUND: no switch in the snapshot has it; HYP_BAD_PARAM: it is of
- * another class than "vswitch". Null arguments give HYP_BAD_PARAM, before the alias is resolved. A request
- * that fails gives the status of the errno of the device. What is handed out as a pointer is malloc'd and is
- * released with free; the records are the kernel's own. The three operations that say so print a line to
- * standard error when they fail.
+ * Functions that take an alias return HYP_NOT_FOUND when no switch in the snapshot has it, and HYP_BAD_PARAM
+ * when the class of the switch is not "vswitch". A null argument gives HYP_BAD_PARAM before the alias is
+ * resolved. When a request fails, the status is that of the errno of the device.
+ *
+ * The functions that return a pointer allocate the result with malloc; the caller releases it with free. The
+ * kernel defines the layout of the records. Three functions print a line to standard error when they fail;
+ * their comments say so.
  *
  *   TFHYP_SetTraceflowConfig("sw1", 1);
  *   TFHYP_CreateRequest("sw1", "port0", "02:00:00:00:00:01", "02:00:00:00:00:02", 0, 0, 0, 0, 0);
@@ -21,38 +24,43 @@ QVS_EXTERN_C_BEGIN
 #define TFHYP_INT_CONFIG_SIZE 6u
 
 /*
- * Has the kernel trace a flow.
+ * Requests a trace of a flow from the kernel.
  *
- *   portName        47 characters of it are sent
- *   srcMac, dstMac  six groups of one or two hexadecimal digits with colons; what follows is ignored;
- *                   HYP_BAD_PARAM for anything else
- *   the five others are the kernel's and are passed on
+ *   alias           alias of the switch, borrowed
+ *   portName        port identifier, borrowed; at most 47 characters are sent; the kernel checks whether the
+ *                   port exists
+ *   srcMac, dstMac  MAC addresses as text, borrowed: six groups of one or two hexadecimal digits, separated
+ *                   by colons; characters after the sixth group are ignored
+ *   traceWord1 ...  five values that are passed on to the kernel
  *
- * The alias is resolved before the addresses are looked at. Whether the port exists is the kernel's to judge.
+ * HYP_BAD_PARAM also: srcMac or dstMac is not an address. The alias is resolved before the addresses are
+ * checked.
  */
 QVS_API HYP_ReturnStatus TFHYP_CreateRequest(const char *alias, const char *portName, const char *srcMac,
                                              const char *dstMac, uint32_t traceWord1, uint32_t traceWord2,
                                              uint16_t traceShort, uint64_t traceValue1, uint64_t traceValue2);
 
-/* Switches traceflow of a switch on this host on (a host property of class CONFIG) or off (no property,
- * whether there was one or not). Otherwise the status of the state library. */
+/* Enables or disables traceflow of a switch on this host. When enable is not 0, stores a host property of
+ * class CONFIG. Otherwise clears the property, and returns HYP_OK when it is not stored. Any other status
+ * comes from the state library. */
 QVS_API HYP_ReturnStatus TFHYP_SetTraceflowConfig(const char *alias, uint8_t enable);
 
-/* Removes the property, as is (HYP_NOT_FOUND from the state library is returned); where it cannot be read,
- * for whatever reason, has the kernel drop what it holds, and the status is that of the request. */
+/* Clears the traceflow property and returns the status of the state library, including HYP_NOT_FOUND. If the
+ * property cannot be read for any reason, the function instead asks the kernel to clear its traceflow
+ * configuration, and returns the status of this request. */
 QVS_API HYP_ReturnStatus TFHYP_ClearTraceflowConfig(const char *alias);
 
-/* The trace statistics of the port with this kernel number, 64 bytes, or null and a line on standard error.
- */
+/* Returns the trace statistics of the port with this kernel port number, TFHYP_PORT_STATS_SIZE (64) bytes. On
+ * failure, prints a line to standard error and returns null. */
 QVS_API void *TFHYP_GetPortStats(uint32_t portId);
 
-/* Writes the telemetry configuration, 6 bytes; a failing request prints a line on standard error.
- * HYP_BAD_PARAM: null config. Otherwise the status of the request. */
+/* Sets the telemetry configuration to config, TFHYP_INT_CONFIG_SIZE (6) bytes, borrowed. If the request
+ * fails, prints a line to standard error. HYP_BAD_PARAM: config is null. Otherwise the status of the request.
+ */
 QVS_API HYP_ReturnStatus TFHYP_SetINTConfig(const void *config);
 
-/* Reads it: 6 bytes, or null; a failing request prints a line on standard error, memory that runs out does
- * not.
- */
+/* Returns the telemetry configuration, 6 bytes, or null. If the request fails, prints a line to standard
+ * error; if memory runs out, prints nothing. */
 QVS_API void *TFHYP_GetINTConfig(void);
 
 QVS_EXTERN_C_END
