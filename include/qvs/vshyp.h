@@ -1,26 +1,27 @@
 /*
- * The running state of the switches, straight from the kernel's device /dev/vswitch.
+ * The running state of the switches, read from the kernel device /dev/vswitch.
  *
- * Names are the kernel's own and are cut, never refused, when they do not fit the request: a switch name (its
- * portset name) at 127 characters, an uplink name at 31. What comes back through a pointer is malloc'd and is
- * released with VSHYP_FreeMemory; the records in it are the kernel's own and are passed on as they are. Safe
- * from any thread.
+ * The following rules hold for every function:
  *
- * Four things hold for every function here:
+ *   - Text arguments are NUL-terminated. The function borrows all arguments for the duration of the call.
+ *   - A switch name is the name of its portset in the kernel. The function truncates names that do not fit
+ *     into the request: a switch name to 127 characters, an uplink name to 31.
+ *   - A result that is returned through a pointer is allocated with malloc. The caller releases it with
+ *     VSHYP_FreeMemory. The kernel defines the layout of the records, which are passed on unchanged.
+ *   - If an argument is null, the status is HYP_BAD_PARAM, and the kernel is not asked.
+ *   - If the device or a request fails, the status is that of the errno. On a machine without the device, and
+ *     therefore without a host, it is HYP_NOT_FOUND (ENOENT). The kernel decides which errno it returns for a
+ *     switch, port or uplink that does not exist (HYP_NOT_FOUND on the emulated host).
+ *   - An alias is looked up in the snapshot (dvs.h). The switch may have any class. HYP_NOT_FOUND: no switch
+ *     has the alias. A switchName is not looked up, and neither is a port.
+ *   - On failure, a buffer of the caller is unchanged, or all zeros where the comment says "cleared first"
+ *     (unless the buffer is null or an alias cannot be resolved). It never contains part of an answer.
+ *   - The functions are thread-safe.
  *
- *   - HYP_BAD_PARAM: a null argument, before the kernel is asked.
- *   - A device or a request that fails gives the status of its errno: HYP_NOT_FOUND, of ENOENT, on a
- *     machine without the device, so without a host. What the kernel says of a switch, port or uplink that
- *     it does not have is its own (HYP_NOT_FOUND on the emulated host).
- *   - An alias is looked up in the snapshot (dvs.h), where the switch may be of any class. HYP_NOT_FOUND:
- *     no switch has it. A switchName is not looked up, and neither is a port.
- *   - A buffer of the caller is as it was after a failure, or all zeros where it says "cleared first"
- *     (unless it is null, or an alias does not resolve): never a part of an answer.
- *
- * A counted list is a VSHYP_ListHeader followed by count entries, back to back; a list without entries is a
- * header that says so, never null. Its pointer is untouched when the first request fails and null after every
- * later failure. HYP_NO_MEMORY: no memory for it, or a list longer than 32 bits can say. The count is the
- * kernel's own.
+ * A counted list is a VSHYP_ListHeader followed by count entries without gaps. A list without entries
+ * consists of the header alone; the pointer is never null. If the first request fails, the pointer is
+ * unchanged. After every later failure it is null. HYP_NO_MEMORY: no memory for the list, or its size exceeds
+ * 32 bits. The count is that of the kernel.
  *
  *   void *uplinks = NULL;
  *   if (VSHYP_GetUplinks("sw1", &uplinks) == HYP_OK)
@@ -36,11 +37,11 @@ QVS_EXTERN_C_BEGIN
 
 typedef struct VSHYP_ListHeader {
     uint32_t count; /* entries that follow */
-    uint32_t word;  /* the kernel's; for VSHYP_GetSwitches the selector */
+    uint32_t word;  /* defined by the kernel; for VSHYP_GetSwitches the selector */
 } VSHYP_ListHeader;
 QVS_ASSERT_SIZE(VSHYP_ListHeader, 8);
 
-/* Sizes in bytes of the kernel's records. */
+/* Sizes in bytes of the records of the kernel. */
 #define VSHYP_UPLINK_ENTRY_SIZE 36u
 #define VSHYP_LAG_TABLE_SIZE 35588u
 #define VSHYP_SWITCH_INFO_SIZE 220u
@@ -48,71 +49,86 @@ QVS_ASSERT_SIZE(VSHYP_ListHeader, 8);
 #define VSHYP_TEAM_UPLINK_HINT_SIZE 32u
 #define VSHYP_UPLINK_DV_PORT_ID_SIZE 48u
 #define VSHYP_SWITCH_NAME_ENTRY_SIZE 128u /* VSHYP_GetSwitches with selector 1 */
-#define VSHYP_SWITCH_ALIAS_ENTRY_SIZE 81u /* VSHYP_GetSwitches with any other */
+#define VSHYP_SWITCH_ALIAS_ENTRY_SIZE 81u /* VSHYP_GetSwitches with any other selector */
 #define VSHYP_SELECT_SWITCH_NAMES 1u
 
-/* Releases any buffer of this family; null is fine. */
+/* Releases a result of this family. Null is allowed. */
 QVS_API void VSHYP_FreeMemory(void *pointer);
 
-/* The uplinks of a switch, a counted list of 36 bytes each. */
+/* Returns the uplinks of a switch, a counted list of entries of 36 bytes. */
 QVS_API HYP_ReturnStatus VSHYP_GetUplinks(const char *switchName, void **uplinks);
 
-/* Whether an uplink's link, or its LACP link, is up: 1 or 0; untouched on failure. */
+/* Reads whether the link of an uplink is up: stores 1 or 0 in 32 bits; unchanged on failure. */
 QVS_API HYP_ReturnStatus VSHYP_GetUplinkLinkState(const char *switchName, const char *uplinkName,
                                                   uint32_t *up);
+
+/* Reads whether the LACP link of an uplink is up: stores 1 or 0 in 32 bits; unchanged on failure. */
 QVS_API HYP_ReturnStatus VSHYP_GetUplinkLACPLinkState(const char *switchName, const char *uplinkName,
                                                       uint32_t *up);
 
-/* The link aggregation table, 35588 bytes; the pointer is untouched by any failure. HYP_NO_MEMORY, before
- * the kernel is asked. */
+/* Returns the link aggregation table, VSHYP_LAG_TABLE_SIZE (35588) bytes. The pointer is unchanged on
+ * failure. HYP_NO_MEMORY: memory runs out, before the kernel is asked. */
 QVS_API HYP_ReturnStatus VSHYP_GetLAGTable(const char *switchName, void **lagTable);
 
-/* The information block of a switch, 220 bytes: by alias into a new buffer, by kernel name into the caller's,
- * which is cleared first. The pointer is untouched when the request fails and null when memory runs out
- * (HYP_NO_MEMORY). */
+/* Returns the information block of a switch by its alias, VSHYP_SWITCH_INFO_SIZE (220) bytes in a new buffer.
+ * The pointer is unchanged when the request fails, and null when memory runs out (HYP_NO_MEMORY). */
 QVS_API HYP_ReturnStatus VSHYP_GetSwitchInfo(const char *alias, void **info);
+
+/* Reads the information block of a switch by its kernel name into info, 220 bytes of the caller, cleared
+ * first. */
 QVS_API HYP_ReturnStatus VSHYP_GetVSInfo(const char *switchName, void *info);
 
-/* The ports of a switch, a counted list of 1458-byte blocks, and the block of one port, whose pointer is
- * untouched when the request fails and null when memory runs out (HYP_NO_MEMORY). For the one port, first the
- * statuses of VSDVS_DvPortIDToPortID: HYP_BAD_PARAM also: a switch of another class than "vswitch";
- * HYP_FAILURE: no port number in the port's record; those of the state library, such as HYP_NOT_FOUND for no
- * such port. Null info is HYP_BAD_PARAM only once the kernel has answered. */
+/* Returns the information blocks of all ports of a switch, a counted list of entries of 1458 bytes. */
 QVS_API HYP_ReturnStatus VSHYP_GetSwitchPortInfo(const char *alias, void **ports);
+
+/*
+ * Returns the information block of one port, VSHYP_PORT_INFO_SIZE (1458) bytes. The pointer is unchanged when
+ * the request fails, and null when memory runs out (HYP_NO_MEMORY).
+ *
+ * The function first calls VSDVS_DvPortIDToPortID and returns its failures: HYP_BAD_PARAM when the class of
+ * the switch is not "vswitch", HYP_FAILURE when the record of the port contains no port number, and those of
+ * the state library, such as HYP_NOT_FOUND when there is no such port. If info is null, the status is
+ * HYP_BAD_PARAM only after the kernel has answered.
+ */
 QVS_API HYP_ReturnStatus VSHYP_GetPortInfo(const char *alias, const char *dvPortId, void **info);
 
-/* The uplink that teaming would choose for the port with this kernel number: 32 bytes into the caller's
- * buffer, which is cleared first. */
+/* Reads the uplink that teaming would select for the port with this kernel port number into hint, 32 bytes of
+ * the caller, cleared first. */
 QVS_API HYP_ReturnStatus VSHYP_PortGetTeamUplinkHint(uint32_t portId, void *hint);
 
-/* The port identifier behind an uplink: 48 bytes into the caller's buffer, which is cleared first, also
- * when uplinkName is null. */
+/* Reads the identifier of the port that is bound to an uplink into identity, 48 bytes of the caller, cleared
+ * first, also when uplinkName is null. */
 QVS_API HYP_ReturnStatus VSHYP_GetUplinkDVPortID(const char *uplinkName, void *identity);
 
-/* The switches of the host, a counted list: kernel names of 128 bytes for selector VSHYP_SELECT_SWITCH_NAMES,
- * aliases of 81 bytes for any other. The pointer is null first and after every failure. HYP_FAILURE: the
- * kernel did not answer the first request, whatever its errno, as without a host. HYP_NO_MEMORY. Else the
- * status of the second request. */
+/*
+ * Returns the switches of the host, a counted list. The pointer is null after every failure.
+ *
+ *   selector  VSHYP_SELECT_SWITCH_NAMES for kernel names of 128 bytes, any other value for aliases of 81
+ * bytes
+ *
+ * HYP_FAILURE: the first request failed with any errno, for example without a host. HYP_NO_MEMORY: as for all
+ * lists. Otherwise the status of the second request.
+ */
 QVS_API HYP_ReturnStatus VSHYP_GetSwitches(uint32_t selector, void **switches);
 
-/* The identifier the kernel has for an alias (80 characters of it are sent), into 64 bytes of the caller,
- * cleared first: all of them are the kernel's, without a NUL where it wrote none. The snapshot is not asked.
- */
+/* Reads the identifier that the kernel assigns to an alias into switchId, 64 bytes of the caller, cleared
+ * first. All 64 bytes come from the kernel, possibly without a NUL. At most 80 characters of the alias are
+ * sent. The snapshot is not read. */
 QVS_API HYP_ReturnStatus VSHYP_DVSAliasToSwitchId(const char *alias, void *switchId);
 
-/* Takes an uplink administratively up (state non-zero) or down. */
+/* Sets the administrative state of an uplink: up when state is not 0, otherwise down. */
 QVS_API HYP_ReturnStatus VSHYP_SetUplinkAdminLinkState(const char *switchName, const char *uplinkName,
                                                        int32_t state);
 
-/* Has the kernel place the devices of a switch on NUMA nodes anew. */
+/* Requests that the kernel assigns the devices of a switch to NUMA nodes again. */
 QVS_API HYP_ReturnStatus VSHYP_RefreshDevNUMAInfo(const char *switchName);
 
 /* ------------------------------------------------------------------------------------------------------- *
  * MAC tables and MAC learning
  *
- * A switch is named by its alias unless a parameter is called switchName. A distributed port is addressed by
- * its text (47 characters are sent), and its switch must then be of class "vswitch": HYP_BAD_PARAM also for
- * one of another class.
+ * A switch is given by its alias, unless the parameter is called switchName. A port is given by its
+ * identifier, of which at most 47 characters are sent. Its switch must then have class "vswitch"; otherwise
+ * the status is HYP_BAD_PARAM.
  * ------------------------------------------------------------------------------------------------------- */
 
 #define VSHYP_MAC_ENTRY_SIZE 86u
@@ -122,46 +138,55 @@ QVS_API HYP_ReturnStatus VSHYP_RefreshDevNUMAInfo(const char *switchName);
 #define VSHYP_MAC_LEARNING_STATS_SIZE 52u
 #define VSHYP_MAC_LEARNING_INFO_SIZE 88u
 
-/* What the kernel keeps for all switches of the host. */
+/* The learning properties of the kernel for all switches of the host. */
 typedef struct QVS_PACKED VSHYP_GlobalMACLearningProps {
     uint64_t first;
     uint16_t second;
 } VSHYP_GlobalMACLearningProps;
 QVS_ASSERT_SIZE(VSHYP_GlobalMACLearningProps, 10);
 
-/* Counted lists of MAC entries, 86 bytes each: of a switch, of its team, of a port. The selector byte is the
- * kernel's. */
+/* Return the MAC table of a switch, of its team, or of a port, a counted list of entries of 86 bytes. The
+ * kernel defines the meaning of tableSelector, 8 bits. */
 QVS_API HYP_ReturnStatus VSHYP_GetMACTable(const char *alias, uint8_t tableSelector, void **table);
 QVS_API HYP_ReturnStatus VSHYP_GetTeamMACTable(const char *alias, uint8_t tableSelector, void **table);
 QVS_API HYP_ReturnStatus VSHYP_GetPortMACTable(const char *alias, const char *dvPortId, uint8_t tableSelector,
                                                void **table);
 
-/* Counted lists of static learning contexts, 529 bytes each: of a switch, of a port. */
+/* Return the static learning contexts of a switch, or of a port, a counted list of entries of 529 bytes. */
 QVS_API HYP_ReturnStatus VSHYP_GetStaticLectx(const char *alias, void **table);
 QVS_API HYP_ReturnStatus VSHYP_GetPortStaticLectx(const char *alias, const char *dvPortId, void **table);
 
-/* Counted lists of a switch: learning per port (14 bytes each), learning statistics (52), layer-2 security
- * (8). */
+/* Returns the learning state of all ports of a switch, a counted list of entries of 14 bytes. */
 QVS_API HYP_ReturnStatus VSHYP_GetMACLearningAllPorts(const char *alias, void **ports);
+
+/* Returns the learning statistics of a switch, a counted list of entries of 52 bytes. */
 QVS_API HYP_ReturnStatus VSHYP_GetSwitchMACLearningStats(const char *alias, void **stats);
+
+/* Returns the layer-2 security of a switch, a counted list of entries of 8 bytes. */
 QVS_API HYP_ReturnStatus VSHYP_GetL2Security(const char *alias, void **table);
 
-/* Learning statistics of a port - named first, its switch second - 52 bytes into the caller's buffer, which
- * is cleared first. */
+/* Reads the learning statistics of a port into stats, 52 bytes of the caller, cleared first. The port is the
+ * first argument, its switch the second. */
 QVS_API HYP_ReturnStatus VSHYP_GetPortMACLearningStats(const char *dvPortId, const char *alias, void *stats);
 
-/* Learning information of a switch: 88 bytes into the caller's buffer, untouched on failure. */
+/* Reads the learning information of a switch into info, 88 bytes of the caller, unchanged on failure. */
 QVS_API HYP_ReturnStatus VSHYP_GetSwitchMACLearningInfo(const char *switchName, void *info);
 
-/* The host-wide learning properties, a VSHYP_GlobalMACLearningProps of the caller. */
+/* Reads the learning properties of the host into props, a VSHYP_GlobalMACLearningProps of the caller. */
 QVS_API HYP_ReturnStatus VSHYP_GetGlobalMACLearningProps(void *props);
+
+/* Sets the learning properties of the host from props, a VSHYP_GlobalMACLearningProps. */
 QVS_API HYP_ReturnStatus VSHYP_SetGlobalMACLearningProps(const void *props);
 
 /*
- * Adds an entry, 86 bytes, to a port's MAC table, or removes it. The port goes by dvPortId, or when that is
- * null by its kernel number; only then is portNumber used. The switch must be of class "vswitch"
- * (HYP_BAD_PARAM), except for adding by number. Whether the port and the entry exist is the kernel's to
- * judge.
+ * Add an entry to the MAC table of a port (VSHYP_SetPortMACTable), and remove it (VSHYP_ClearPortMACTable).
+ *
+ *   dvPortId    port identifier, or null to use portNumber
+ *   portNumber  kernel port number, 32 bits; ignored unless dvPortId is null
+ *   macEntry    the entry, VSHYP_MAC_ENTRY_SIZE (86) bytes
+ *
+ * HYP_BAD_PARAM also: the class of the switch is not "vswitch". VSHYP_SetPortMACTable does not check the
+ * class when dvPortId is null. The kernel checks whether the port and the entry exist.
  */
 QVS_API HYP_ReturnStatus VSHYP_SetPortMACTable(const char *alias, const char *dvPortId, uint32_t portNumber,
                                                const void *macEntry);
@@ -183,71 +208,109 @@ QVS_API HYP_ReturnStatus VSHYP_ClearPortMACTable(const char *alias, const char *
 #define VSHYP_LS_TEAMING_NAME_SIZE 136u
 #define VSHYP_LS_TEAMING_ENTRY_SIZE 2748u
 
-/* Kinds of multicast filters, and with them the size of an address: 6, 4 or 16 bytes. */
+/* Kinds of multicast filters. They determine the size of an address: 6, 4 or 16 bytes. */
 #define VSHYP_MCAST_MAC 0
 #define VSHYP_MCAST_IPV4 2
 #define VSHYP_MCAST_IPV6 3
 
-/* Reverse-ARP statistics (16 bytes) and service-port teaming statistics (48) of a switch, by its kernel name,
- * into the caller's buffer, which is cleared first, also when switchName is null. */
+/* Reads the reverse-ARP statistics of a switch into stats, 16 bytes of the caller, cleared first, also when
+ * switchName is null. */
 QVS_API HYP_ReturnStatus VSHYP_GetRARPStats(const char *switchName, void *stats);
+
+/* Reads the service-port teaming statistics of a switch into stats, 48 bytes of the caller, cleared first,
+ * also when switchName is null. */
 QVS_API HYP_ReturnStatus VSHYP_GetServicePortTeamingStats(const char *switchName, void *stats);
 
-/* The options named by count identifiers, or all of them when there are none: a block of 4096 bytes. Null
- * optionIds, or a count of 0, means all. The pointer is null after a failure. HYP_NO_MEMORY, before the
- * kernel is asked. */
+/*
+ * Returns runtime options, a block of VSHYP_RUNTIME_OPTIONS_SIZE (4096) bytes. The pointer is null on
+ * failure.
+ *
+ *   optionIds  count identifiers of options, 16 bits each; null selects all options
+ *   count      number of identifiers; 0 selects all options
+ *
+ * HYP_NO_MEMORY: memory runs out, before the kernel is asked.
+ */
 QVS_API HYP_ReturnStatus VSHYP_GetRuntimeOptions(const uint16_t *optionIds, uint16_t count, void **options);
 
-/* Changes options; the first word of the block is its length in bytes, and as many bytes of it are sent. */
+/* Sets runtime options. The first 32-bit word of the block is its length in bytes; the function sends that
+ * many bytes. */
 QVS_API HYP_ReturnStatus VSHYP_SetRuntimeOptions(const uint32_t *block);
 
-/* Counted lists of a switch: active destinations of its promiscuous session (4 bytes each), identifiers of
- * its mirror sessions (32). */
+/* Returns the active destinations of the promiscuous session of a switch, a counted list of entries of 4
+ * bytes.
+ */
 QVS_API HYP_ReturnStatus VSHYP_GetPromiscSessionActiveDsts(const char *alias, void **dsts);
+
+/* Returns the identifiers of the mirror sessions of a switch, a counted list of entries of 32 bytes. */
 QVS_API HYP_ReturnStatus VSHYP_GetDVMirrorSessionIDs(const char *alias, void **ids);
 
-/* Statistics of one mirror session (31 characters of its name are sent), 121 bytes, and of the mirror agent,
- * 76 bytes, into the caller's buffer, untouched on failure. The request for the agent's sends no input. */
+/* Reads the statistics of a mirror session into stats, 121 bytes of the caller, unchanged on failure. At most
+ * 31 characters of the session name are sent. */
 QVS_API HYP_ReturnStatus VSHYP_GetDVMirrorSessionStats(const char *alias, const char *sessionName,
                                                        void *stats);
+
+/* Reads the statistics of the mirror agent into stats, 76 bytes of the caller, unchanged on failure. The
+ * request sends no input. */
 QVS_API HYP_ReturnStatus VSHYP_GetDVMirrorAgentWorldStats(void *stats);
 
-/* The multicast filter mode that the running switch has, as the kernel numbers it; untouched on failure.
- */
+/* Reads the multicast filter mode of the running switch, the number of the kernel, 32 bits; unchanged on
+ * failure. */
 QVS_API HYP_ReturnStatus VSHYP_GetMcastFilterMode(const char *switchName, uint32_t *mode);
 
-/* The multicast filters of a port, a counted list of addresses of the kind asked for. HYP_BAD_PARAM
- * also: no such kind; the kernel is asked for the count all the same, and a failure of that comes first. */
+/*
+ * Returns the multicast filters of a port, a counted list of addresses.
+ *
+ *   filterPort  kernel port number, 32 bits
+ *   filterType  kind of address, VSHYP_MCAST_...
+ *
+ * HYP_BAD_PARAM also: the kind is unknown. The function checks this after the request for the count; if that
+ * request fails, it returns the status of the request.
+ */
 QVS_API HYP_ReturnStatus VSHYP_GetMcastFilters(const char *switchName, uint32_t filterPort,
                                                int32_t filterType, void **filters);
 
-/* The multicast filters of a switch, a counted list of 20-byte entries; value is the kernel's. */
+/* Returns the multicast filters of a switch, a counted list of entries of 20 bytes. The kernel defines the
+ * meaning of value, 32 bits. */
 QVS_API HYP_ReturnStatus VSHYP_GetSwitchMcastFilters(const char *switchName, uint32_t value, void **filters);
 
-/* Statistics of one group (4 or 16 bytes): a 28-byte header with a 32-bit count at byte 20, and that many
- * addresses. HYP_BAD_PARAM also, before the kernel is asked: another kind than IPv4 and IPv6. */
+/*
+ * Returns the statistics of a multicast group: a 28-byte header with a 32-bit count at byte 20, and that many
+ * addresses.
+ *
+ *   filterPort  kernel port number, 32 bits
+ *   filterType  VSHYP_MCAST_IPV4 or VSHYP_MCAST_IPV6
+ *   group       address of the group, 4 or 16 bytes
+ *
+ * HYP_BAD_PARAM also, before the kernel is asked: the kind is neither IPv4 nor IPv6.
+ */
 QVS_API HYP_ReturnStatus VSHYP_GetMcastFilterStats(const char *switchName, uint32_t filterPort,
                                                    int32_t filterType, const void *group, void **stats);
 
-/* The teaming policy of the port with this kernel number: a name of 136 bytes into the caller's buffer, which
- * is cleared first. */
+/* Reads the name of the teaming policy of the port with this kernel port number into name, 136 bytes of the
+ * caller, cleared first. */
 QVS_API HYP_ReturnStatus VSHYP_GetPortLSTeamingPolicyName(uint32_t portId, char *name);
 
-/* The logical-switch teaming policies of a switch: a counted list of 2748 bytes each, but with the 32-bit
- * count alone for a header. */
+/* Returns the logical-switch teaming policies of a switch: a counted list of entries of 2748 bytes whose
+ * header is only the 32-bit count. */
 QVS_API HYP_ReturnStatus VSHYP_GetLSTeamingPolicyTable(const char *alias, void **table);
 
 /* ------------------------------------------------------------------------------------------------------- *
  * Route table
  * ------------------------------------------------------------------------------------------------------- */
 
-/* Sends a block to the route-table module under a command of 32 bits; a block starts with a 32-bit count and
- * is count * 136 + 9 bytes long for an operation, count * 5 + 132 for a modification. HYP_BAD_PARAM
- * also: a block longer than 32 bits can say. */
+/*
+ * Send a block to the route-table module, for an operation (VSHYP_RTMOp) or a modification (VSHYP_RTMModOp).
+ *
+ *   block    starts with a 32-bit count; it has count * 136 + 9 bytes for an operation, and count * 5 + 132
+ *            bytes for a modification
+ *   command  32 bits, passed on to the kernel
+ *
+ * HYP_BAD_PARAM also: the size of the block exceeds 32 bits.
+ */
 QVS_API HYP_ReturnStatus VSHYP_RTMOp(const uint32_t *block, uint32_t command);
 QVS_API HYP_ReturnStatus VSHYP_RTMModOp(const uint32_t *block, uint32_t command);
 
-/* An operation on a port: two words and a flag byte, sent as given. */
+/* Sends an operation on a port to the route-table module: two words of 32 bits and a flag byte, unchanged. */
 QVS_API HYP_ReturnStatus VSHYP_RTMPortOp(uint32_t first, uint32_t second, uint8_t flag);
 
 QVS_EXTERN_C_END
