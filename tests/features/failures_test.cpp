@@ -1,8 +1,6 @@
 // What single requests leave behind and print when they fail, or when the kernel answers nonsense.
 #include <qvs/bfd.h>
-#include <qvs/discovery.h>
 #include <qvs/dvs.h>
-#include <qvs/healthcheck.h>
 #include <qvs/ipfixhyp.h>
 #include <qvs/kcp.h>
 #include <qvs/livetracehyp.h>
@@ -15,6 +13,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <tuple>
+#include <utility>
 
 #include "features/runtime_host.h"
 #include "support/alloc_fault.h"
@@ -95,65 +95,6 @@ TEST_F(SingleFailures, BuffersOfTheCaller) {
         addFault("device ioctl", R"("truncate":0)");
         EXPECT_STATUS(call(buffer), 0);
         EXPECT_BYTES(bytesAt(buffer, size + 1), before);
-    }
-}
-
-// The same for what is read from the state library.
-TEST_F(SingleFailures, RecordsOfTheCaller) {
-    static constexpr char kGlobal[] = "state GlobalPropGet", kHost[] = "state HostPropGet",
-                          kPort[] = "state PortDataGet";
-    static constexpr auto kByte = [](void *b) { return static_cast<uint8_t *>(b); };
-    static constexpr auto kWord = [](void *b) { return static_cast<uint32_t *>(b); };
-    static constexpr auto kText = [](void *b) { return static_cast<char *>(b); };
-    static constexpr char kSw[] = "sw1", kP[] = "port0";
-    constexpr struct {
-        const char *name, *step;
-        size_t cleared;  // bytes, when it is cleared first
-        uint32_t (*call)(void *buffer);
-    } kRows[] = {
-        {"GetParam", kGlobal, 0, [](void *b) { return Discovery_GetParam(kSw, kByte(b)); }},
-        {"GetTeamCheckDeploy", kGlobal, 0,
-         [](void *b) { return HealthCheck_GetTeamCheckDeploy(kSw, kByte(b)); }},
-        {"GetTeamCheckParam", kGlobal, 0,
-         [](void *b) { return HealthCheck_GetTeamCheckParam(kSw, kByte(b)); }},
-        {"GetVLANMTUCheckDeploy", kGlobal, 0,
-         [](void *b) { return HealthCheck_GetVLANMTUCheckDeploy(kSw, kByte(b)); }},
-        {"GetVLANMTUCheckParam", kGlobal, 0,
-         [](void *b) { return HealthCheck_GetVLANMTUCheckParam(kSw, kByte(b)); }},
-        {"GetPortNestedVLANTagging", kPort, 0,
-         [](void *b) { return VSDVS_GetPortNestedVLANTagging(kSw, kP, kByte(b)); }},
-        {"GetPortSecurity", kPort, 0, [](void *b) { return VSDVS_GetPortSecurity(kSw, kP, kWord(b)); }},
-        {"GetExtraEthFilter", kPort, 0, [](void *b) { return VSDVS_GetExtraEthFilter(kSw, kP, b); }},
-        {"IsSinkPortEnabled", kPort, 0, [](void *b) { return VSDVS_IsSinkPortEnabled(kSw, kP, kByte(b)); }},
-        {"GetTeamingPolicy", kGlobal, 0, [](void *b) { return VSDVS_GetTeamingPolicy(kSw, b); }},
-        {"GetTeamingPolicyFromDVSID", kGlobal, 0,
-         [](void *b) { return VSDVS_GetTeamingPolicyFromDVSID("id", b); }},
-        {"GetPortTeamingPolicy", kPort, 0, [](void *b) { return VSDVS_GetPortTeamingPolicy(kSw, kP, b); }},
-        {"GetPortTeamingOverride", kPort, 81,
-         [](void *b) { return VSDVS_GetPortTeamingOverride(kSw, kP, kText(b)); }},
-        {"GetPortLSTeamingPolicyName", kPort, 136,
-         [](void *b) { return VSDVS_GetPortLSTeamingPolicyName(kSw, kP, kText(b)); }},
-        {"GetTxUplinkAlways", kPort, 0, [](void *b) { return VSDVS_GetTxUplinkAlways(kSw, kP, kByte(b)); }},
-        {"GetMACLearning", kHost, 0, [](void *b) { return VSDVS_GetMACLearning(kSw, b); }},
-        {"GetPortMACLearning", kPort, 0, [](void *b) { return VSDVS_GetPortMACLearning(kSw, kP, b); }},
-        {"GetLearnStatic", kHost, 0, [](void *b) { return VSDVS_GetLearnStatic(kSw, kByte(b)); }},
-        {"GetStaticMACAllow", kHost, 0, [](void *b) { return VSDVS_GetStaticMACAllow(kSw, kByte(b)); }},
-        {"GetMcastFilterMode", kGlobal, 0, [](void *b) { return VSDVS_GetMcastFilterMode(kSw, kWord(b)); }},
-        {"GetGlobProp", kGlobal, 0,
-         [](void *b) {
-             VSDVS_PropBuffer buffer = {256, b};
-             return VSDVS_GetGlobProp(kSw, "com.quillon.common.alias", &buffer, nullptr, 1);
-         }},
-        {"DvPortIDToPortID", kPort, 0, [](void *b) { return VSDVS_DvPortIDToPortID(kSw, kP, kWord(b)); }},
-    };
-    alignas(8) static char buffer[4096];
-    for (const auto &[name, step, cleared, call] : kRows) {
-        SCOPED_TRACE(name);
-        std::memset(buffer, 0xee, sizeof buffer);
-        addFault(step, R"("status":"0xbad0004")");
-        EXPECT_STATUS(call(buffer), 0xbad0004);
-        EXPECT_EQ(bytesAt(buffer, sizeof buffer),
-                  zeros(cleared) + std::string(sizeof buffer - cleared, '\xee'));
     }
 }
 
@@ -331,120 +272,150 @@ TEST_F(SingleFailures, Changes) {
     }
 }
 
-TEST_F(SingleFailures, RuntimeOptionsAndSessions) {
-    void *options = &options;
-    addFault("device ioctl", R"("errno":"EBUSY")");
-    EXPECT_STATUS(VSHYP_GetRuntimeOptions(nullptr, 0, &options), 0xbad0004);
-    EXPECT_EQ(options, nullptr);
-    addFault("device ioctl", R"("errno":"EBUSY")");
-    EXPECT_STATUS(LIVETRACEHYP_CreateSession("sw1", "port0", "", 1), 0xbad0004);
+// The kernel's word is reduced to 0 or 1.
+TEST_F(SingleFailures, LinkStates) {
+    for (const auto get : {VSHYP_GetUplinkLinkState, VSHYP_GetUplinkLACPLinkState}) {
+        uint32_t up = 0xeeeeeeee;
+        addFault("device ioctl", R"("errno":"EBUSY")");
+        EXPECT_STATUS(get("ps1", "pnic0", &up), 0xbad0004);
+        EXPECT_EQ(up, 0xeeeeeeeeu);
+        for (const uint32_t word : {0u, 1u, 2u, 0x80000000u}) {
+            patchAnswer(kSwitchDevice, 0, u32(word));
+            EXPECT_STATUS(get("ps1", "pnic0", &up), 0);
+            EXPECT_EQ(up, word != 0 ? 1u : 0u);
+        }
+    }
+}
+
+// Blocks by pointer with a status: what becomes of the pointer.
+TEST_F(SingleFailures, BlocksWithAStatus) {
+    char before;
+    const struct {
+        uint32_t (*call)(void **p);
+        void *refused, *noMemory;
+    } rows[] = {
+        {[](void **p) { return VSHYP_GetLAGTable("ps1", p); }, &before, &before},
+        {[](void **p) { return VSHYP_GetSwitchInfo("sw1", p); }, &before, nullptr},
+        {[](void **p) { return VSHYP_GetPortInfo("sw1", "port0", p); }, &before, nullptr},
+        {[](void **p) { return VSHYP_GetRuntimeOptions(nullptr, 0, p); }, nullptr, nullptr},
+    };
+    for (const auto &[call, refused, noMemory] : rows) {
+        void *result = &before;
+        addFault("device ioctl", R"("errno":"EBUSY")");
+        EXPECT_STATUS(call(&result), 0xbad0004);
+        EXPECT_EQ(result, refused);
+#ifndef QVS_TEST_SANITIZED
+        result = &before;
+        AllocFault fault(1);
+        EXPECT_STATUS(call(&result), 0xbad0014);
+        EXPECT_EQ(result, noMemory);
+#endif
+    }
     // A length whose record has no 32-bit size.
     clearTrace();
     EXPECT_STATUS(LIVETRACEHYP_CreateSession("sw1", "port0", "", UINT32_MAX - 111), 0xbad0014);
 #ifndef QVS_TEST_SANITIZED
-    options = &options;
     AllocFault fault(1);
-    EXPECT_STATUS(VSHYP_GetRuntimeOptions(nullptr, 0, &options), 0xbad0014);
-    EXPECT_EQ(options, nullptr);
-    AllocFault again(1);
     EXPECT_STATUS(LIVETRACEHYP_CreateSession("sw1", "port0", "", 1), 0xbad0014);
 #endif
     EXPECT_EQ(takeTrace(), "");
 }
 
+// Each pointer that is given is refused when it is null instead, before an alias is looked at. The status is
+// that of all arguments as they are; where it is 0 they are not tried.
+template <typename... Parameters>
+void refuses(const char *name, uint32_t (*call)(Parameters...), uint32_t status,
+             std::type_identity_t<Parameters>... given) {
+    SCOPED_TRACE(name);
+    if (status != 0) {
+        EXPECT_STATUS(call(given...), status);
+    }
+    const auto withNull = [&](auto index) {
+        auto arguments = std::make_tuple(given...);
+        auto &argument = std::get<index>(arguments);
+        if constexpr (std::is_pointer_v<std::remove_reference_t<decltype(argument)>>) {
+            if (std::exchange(argument, nullptr) == nullptr) return;
+            SCOPED_TRACE(index + 1);
+            EXPECT_STATUS(std::apply(call, arguments), 0xbad0007);
+        }
+    };
+    [&]<size_t... i>(std::index_sequence<i...>) {
+        (withNull(std::integral_constant<size_t, i>()), ...);
+    }
+    (std::index_sequence_for<Parameters...>());
+}
+
 TEST_F(SingleFailures, ArgumentsThatReachNoDevice) {
-    const char *const none = nullptr;
     const uint8_t bytes[128] = {};
     alignas(8) char buffer[256];
     auto *const word = reinterpret_cast<uint32_t *>(buffer);
     char untouched;
     void *p = &untouched;
-    const auto trace = [](const char *alias, const char *port, const char *from, const char *to) {
-        return TFHYP_CreateRequest(alias, port, from, to, 0, 0, 0, 0, 0);
-    };
-    errno = 0;
-    const struct {
-        const char *name;
-        uint32_t actual, expected = 0xbad0007;
-    } rows[] = {
-        {"GetMACTable alias", VSHYP_GetMACTable(none, 0, &p)},
-        {"GetMACTable result", VSHYP_GetMACTable("sw9", 0, nullptr)},
-        {"GetMACTable unknown", VSHYP_GetMACTable("ps1", 0, &p), 0xbad0003},
-        {"GetTeamMACTable alias", VSHYP_GetTeamMACTable(none, 0, &p)},
-        {"GetTeamMACTable result", VSHYP_GetTeamMACTable("sw9", 0, nullptr)},
-        {"GetPortMACTable result", VSHYP_GetPortMACTable("sw9", "port0", 0, nullptr)},
-        {"GetPortMACTable unknown", VSHYP_GetPortMACTable("id", "port0", 0, &p), 0xbad0003},
-        {"GetStaticLectx alias", VSHYP_GetStaticLectx(none, &p)},
-        {"GetStaticLectx result", VSHYP_GetStaticLectx("sw9", nullptr)},
-        {"GetPortStaticLectx result", VSHYP_GetPortStaticLectx("sw9", "port0", nullptr)},
-        {"GetMACLearningAllPorts alias", VSHYP_GetMACLearningAllPorts(none, &p)},
-        {"GetMACLearningAllPorts result", VSHYP_GetMACLearningAllPorts("sw9", nullptr)},
-        {"GetSwitchMACLearningStats alias", VSHYP_GetSwitchMACLearningStats(none, &p)},
-        {"GetSwitchMACLearningStats result", VSHYP_GetSwitchMACLearningStats("sw9", nullptr)},
-        {"GetL2Security alias", VSHYP_GetL2Security(none, &p)},
-        {"GetL2Security result", VSHYP_GetL2Security("sw9", nullptr)},
-        {"GetPortMACLearningStats result", VSHYP_GetPortMACLearningStats("port0", "sw9", nullptr)},
-        {"GetPortMACLearningStats swapped", VSHYP_GetPortMACLearningStats("sw1", "port0", buffer), 0xbad0003},
-        {"GetSwitchMACLearningInfo name", VSHYP_GetSwitchMACLearningInfo(none, buffer)},
-        {"GetSwitchMACLearningInfo result", VSHYP_GetSwitchMACLearningInfo("ps1", nullptr)},
-        {"GetGlobalMACLearningProps", VSHYP_GetGlobalMACLearningProps(nullptr)},
-        {"SetGlobalMACLearningProps", VSHYP_SetGlobalMACLearningProps(nullptr)},
-        {"SetPortMACTable entry", VSHYP_SetPortMACTable("sw9", "port0", 0, nullptr)},
-        {"SetPortMACTable unknown", VSHYP_SetPortMACTable("sw9", none, 1, bytes), 0xbad0003},
-        {"ClearPortMACTable entry", VSHYP_ClearPortMACTable("sw9", "port0", 0, nullptr)},
-        {"ClearPortMACTable unknown", VSHYP_ClearPortMACTable("sw9", none, 1, bytes), 0xbad0003},
-        {"GetRARPStats", VSHYP_GetRARPStats("ps1", nullptr)},
-        {"GetServicePortTeamingStats", VSHYP_GetServicePortTeamingStats("ps1", nullptr)},
-        {"SetRuntimeOptions", VSHYP_SetRuntimeOptions(nullptr)},
-        {"GetPromiscSessionActiveDsts alias", VSHYP_GetPromiscSessionActiveDsts(none, &p)},
-        {"GetPromiscSessionActiveDsts result", VSHYP_GetPromiscSessionActiveDsts("sw9", nullptr)},
-        {"GetDVMirrorSessionIDs alias", VSHYP_GetDVMirrorSessionIDs(none, &p)},
-        {"GetDVMirrorSessionStats alias", VSHYP_GetDVMirrorSessionStats(none, "one", buffer)},
-        {"GetDVMirrorSessionStats session", VSHYP_GetDVMirrorSessionStats("sw9", none, buffer)},
-        {"GetDVMirrorSessionStats result", VSHYP_GetDVMirrorSessionStats("sw9", "one", nullptr)},
-        {"GetDVMirrorSessionStats unknown", VSHYP_GetDVMirrorSessionStats("sw9", "one", buffer), 0xbad0003},
-        {"GetDVMirrorAgentWorldStats", VSHYP_GetDVMirrorAgentWorldStats(nullptr)},
-        {"GetMcastFilterMode name", VSHYP_GetMcastFilterMode(none, word)},
-        {"GetMcastFilterMode result", VSHYP_GetMcastFilterMode("ps1", nullptr)},
-        {"GetMcastFilters name", VSHYP_GetMcastFilters(none, 0, 0, &p)},
-        {"GetMcastFilters result", VSHYP_GetMcastFilters("ps1", 0, 0, nullptr)},
-        {"GetMcastFilterStats name", VSHYP_GetMcastFilterStats(none, 0, 2, bytes, &p)},
-        {"GetMcastFilterStats group", VSHYP_GetMcastFilterStats("ps1", 0, 2, nullptr, &p)},
-        {"GetMcastFilterStats result", VSHYP_GetMcastFilterStats("ps1", 0, 2, bytes, nullptr)},
-        {"GetPortLSTeamingPolicyName", VSHYP_GetPortLSTeamingPolicyName(1, nullptr)},
-        {"GetLSTeamingPolicyTable alias", VSHYP_GetLSTeamingPolicyTable(none, &p)},
-        {"GetLSTeamingPolicyTable result", VSHYP_GetLSTeamingPolicyTable("sw9", nullptr)},
-        {"CreateRequest alias", trace(none, "port0", kNoMac, kNoMac)},
-        {"CreateRequest port", trace("sw9", none, kNoMac, kNoMac)},
-        {"CreateRequest source", trace("sw9", "port0", none, kNoMac)},
-        {"CreateRequest destination", trace("sw9", "port0", kNoMac, none)},
-        {"CreateRequest unknown", trace("sw9", "port0", "nonsense", kNoMac), 0xbad0003},
-        {"CreateRequest hyphens", trace("sw1", "port0", "00-1b-2c-03-04-05", kNoMac)},
-        {"CreateRequest five groups", trace("sw1", "port0", kNoMac, "0:1:2:3:4")},
-        {"SetTraceflowConfig", TFHYP_SetTraceflowConfig(none, 1)},
-        {"ClearTraceflowConfig", TFHYP_ClearTraceflowConfig(none)},
-        {"ClearTraceflowConfig unknown", TFHYP_ClearTraceflowConfig("sw9"), 0xbad0003},
-        {"SetINTConfig", TFHYP_SetINTConfig(nullptr)},
-        {"CreateSession alias", LIVETRACEHYP_CreateSession(none, "port0", bytes, 1)},
-        {"CreateSession port", LIVETRACEHYP_CreateSession("sw9", none, bytes, 1)},
-        {"CreateSession data", LIVETRACEHYP_CreateSession("sw9", "port0", nullptr, 0)},
-        {"CreateSession unknown", LIVETRACEHYP_CreateSession("sw9", "port0", bytes, 1), 0xbad0003},
-        {"GetIpfixStats alias", IPFIXHYP_GetIpfixStats(none, buffer)},
-        {"GetIpfixStats result", IPFIXHYP_GetIpfixStats("sw9", nullptr)},
-        {"GetIpfixStats unknown", IPFIXHYP_GetIpfixStats("sw9", buffer), 0xbad0003},
-        {"GetIpfixGranularStats port", IPFIXHYP_GetIpfixGranularStats("sw9", none, buffer)},
-        {"GetIpfixGranularStats result", IPFIXHYP_GetIpfixGranularStats("sw9", "port0", nullptr)},
-        {"GetPortsList unknown", SPFHYP_GetPortsList("sw9") == nullptr ? static_cast<uint32_t>(errno) : 0,
-         0xbad0003},
-        {"GetSPFPortStats unknown",
-         SPFHYP_GetSPFPortStats("sw9") == nullptr ? static_cast<uint32_t>(errno) : 0, 0xbad0003},
-    };
-    for (const auto &[name, actual, expected] : rows) {
-        SCOPED_TRACE(name);
-        EXPECT_STATUS(actual, expected);
+    refuses("GetUplinks", VSHYP_GetUplinks, 0, "ps1", &p);
+    refuses("GetLAGTable", VSHYP_GetLAGTable, 0, "ps1", &p);
+    refuses("GetSwitchInfo", VSHYP_GetSwitchInfo, 0xbad0003, "ps1", &p);
+    refuses("GetSwitchPortInfo", VSHYP_GetSwitchPortInfo, 0xbad0003, "ps1", &p);
+    refuses("DVSAliasToSwitchId", VSHYP_DVSAliasToSwitchId, 0, "sw1", buffer);
+    refuses("GetUplinkLinkState", VSHYP_GetUplinkLinkState, 0, "ps1", "pnic0", word);
+    refuses("GetUplinkLACPLinkState", VSHYP_GetUplinkLACPLinkState, 0, "ps1", "pnic0", word);
+    refuses("SetUplinkAdminLinkState", VSHYP_SetUplinkAdminLinkState, 0, "ps1", "pnic0", 1);
+    refuses("GetVSInfo", VSHYP_GetVSInfo, 0, "ps1", buffer);
+    refuses("PortGetTeamUplinkHint", VSHYP_PortGetTeamUplinkHint, 0, 1, buffer);
+    refuses("GetUplinkDVPortID", VSHYP_GetUplinkDVPortID, 0, "pnic0", buffer);
+    refuses("RefreshDevNUMAInfo", VSHYP_RefreshDevNUMAInfo, 0, "ps1");
+    refuses("GetSwitches", VSHYP_GetSwitches, 0, 0, &p);
+    refuses("GetMACTable", VSHYP_GetMACTable, 0xbad0003, "sw9", 0, &p);
+    refuses("GetTeamMACTable", VSHYP_GetTeamMACTable, 0xbad0003, "sw9", 0, &p);
+    refuses("GetPortMACTable", VSHYP_GetPortMACTable, 0xbad0003, "sw9", nullptr, 0, &p);
+    refuses("GetStaticLectx", VSHYP_GetStaticLectx, 0xbad0003, "sw9", &p);
+    refuses("GetPortStaticLectx", VSHYP_GetPortStaticLectx, 0xbad0003, "sw9", nullptr, &p);
+    refuses("GetMACLearningAllPorts", VSHYP_GetMACLearningAllPorts, 0xbad0003, "sw9", &p);
+    refuses("GetSwitchMACLearningStats", VSHYP_GetSwitchMACLearningStats, 0xbad0003, "sw9", &p);
+    refuses("GetL2Security", VSHYP_GetL2Security, 0xbad0003, "sw9", &p);
+    refuses("GetPortMACLearningStats", VSHYP_GetPortMACLearningStats, 0xbad0003, nullptr, "sw9", buffer);
+    refuses("GetSwitchMACLearningInfo", VSHYP_GetSwitchMACLearningInfo, 0, "ps1", buffer);
+    refuses("GetGlobalMACLearningProps", VSHYP_GetGlobalMACLearningProps, 0, buffer);
+    refuses("SetGlobalMACLearningProps", VSHYP_SetGlobalMACLearningProps, 0, bytes);
+    refuses("SetPortMACTable", VSHYP_SetPortMACTable, 0xbad0003, "sw9", nullptr, 1, bytes);
+    refuses("ClearPortMACTable", VSHYP_ClearPortMACTable, 0xbad0003, "sw9", nullptr, 1, bytes);
+    refuses("GetRARPStats", VSHYP_GetRARPStats, 0, "ps1", buffer);
+    refuses("GetServicePortTeamingStats", VSHYP_GetServicePortTeamingStats, 0, "ps1", buffer);
+    refuses("SetRuntimeOptions", VSHYP_SetRuntimeOptions, 0, kNoWords);
+    refuses("GetPromiscSessionActiveDsts", VSHYP_GetPromiscSessionActiveDsts, 0xbad0003, "sw9", &p);
+    refuses("GetDVMirrorSessionIDs", VSHYP_GetDVMirrorSessionIDs, 0xbad0003, "sw9", &p);
+    refuses("GetDVMirrorSessionStats", VSHYP_GetDVMirrorSessionStats, 0xbad0003, "sw9", "one", buffer);
+    refuses("GetDVMirrorAgentWorldStats", VSHYP_GetDVMirrorAgentWorldStats, 0, buffer);
+    refuses("GetMcastFilterMode", VSHYP_GetMcastFilterMode, 0, "ps1", word);
+    refuses("GetMcastFilters", VSHYP_GetMcastFilters, 0, "ps1", 0, 0, &p);
+    refuses("GetMcastFilterStats", VSHYP_GetMcastFilterStats, 0, "ps1", 0, 2, bytes, &p);
+    refuses("GetPortLSTeamingPolicyName", VSHYP_GetPortLSTeamingPolicyName, 0, 1, buffer);
+    refuses("GetLSTeamingPolicyTable", VSHYP_GetLSTeamingPolicyTable, 0xbad0003, "sw9", &p);
+    refuses("CreateRequest", TFHYP_CreateRequest, 0xbad0003, "sw9", "port0", "nonsense", kNoMac, 0, 0, 0, 0,
+            0);
+    refuses("SetTraceflowConfig", TFHYP_SetTraceflowConfig, 0xbad0003, "sw9", 1);
+    refuses("ClearTraceflowConfig", TFHYP_ClearTraceflowConfig, 0xbad0003, "sw9");
+    refuses("SetINTConfig", TFHYP_SetINTConfig, 0, bytes);
+    refuses("CreateSession", LIVETRACEHYP_CreateSession, 0xbad0003, "sw9", "port0", bytes, 0);
+    refuses("GetIpfixStats", IPFIXHYP_GetIpfixStats, 0xbad0003, "sw9", buffer);
+    refuses("GetIpfixGranularStats", IPFIXHYP_GetIpfixGranularStats, 0xbad0003, "sw9", "port0", buffer);
+    // Arguments that are looked at one after the other, or that are not what they must be.
+    EXPECT_STATUS(VSHYP_GetPortInfo(nullptr, "port0", &p), 0xbad0007);
+    EXPECT_STATUS(VSHYP_GetPortInfo("sw1", nullptr, &p), 0xbad0007);
+    EXPECT_STATUS(VSHYP_GetPortInfo("sw9", "port0", &p), 0xbad0003);
+    EXPECT_STATUS(VSHYP_GetPortMACLearningStats("sw1", "port0", buffer), 0xbad0003);
+    for (const char *mac : {"00-1b-2c-03-04-05", "0:1:2:3:4"}) {
+        EXPECT_STATUS(TFHYP_CreateRequest("sw1", "port0", mac, kNoMac, 0, 0, 0, 0, 0), 0xbad0007) << mac;
+        EXPECT_STATUS(TFHYP_CreateRequest("sw1", "port0", kNoMac, mac, 0, 0, 0, 0, 0), 0xbad0007) << mac;
     }
-    EXPECT_EQ(p, &untouched);
+    for (const auto get : {SPFHYP_GetPortsList, SPFHYP_GetSPFPortStats}) {
+        errno = 0;
+        EXPECT_EQ(get("sw9"), nullptr);
+        EXPECT_STATUS(static_cast<uint32_t>(errno), 0xbad0003);
+    }
     EXPECT_EQ(takeTrace(), "");
+    EXPECT_STATUS(VSHYP_GetPortInfo("sw1", "port9", &p), 0xbad0003);
+    EXPECT_EQ(takeTrace().find("device"), std::string::npos);
+    EXPECT_EQ(p, &untouched);
     EXPECT_EQ(KCP_CharDevInit(), 0);
     EXPECT_EQ(KCP_CharDevCleanup(), 0);
 }
