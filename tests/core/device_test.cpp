@@ -1,19 +1,13 @@
 // The one-shot device request: the status of every errno, what is asked of the kernel, and what is left open.
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <qvs/hyp.h>
 #include <qvs/reporting.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
-#include <map>
 #include <sstream>
-#include <string>
 
-#include "support/bytes.h"
-#include "support/host.h"
 #include "support/intercept.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {

@@ -1,15 +1,6 @@
 // The three names of a switch, ports and their kernel numbers.
-#include <gtest/gtest.h>
-#include <qvs/dvs.h>
-#include <qvs/mesh_public.h>
-#include <qvs/vsdvs.h>
-
-#include <cstring>
-#include <string>
-
-#include "support/bytes.h"
-#include "support/host.h"
 #include "support/intercept.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {
@@ -28,13 +19,8 @@ struct StoredSwitch {
 
 void store(const StoredSwitch &sw) {
     ASSERT_STATUS(DVSHYP_SwitchAdd(sw.id, sw.className, 16, 105), 0);
-    const auto length = [](const std::string &value) { return static_cast<uint32_t>(value.size()); };
-    if (sw.alias) {
-        ASSERT_STATUS(DVSHYP_GlobalPropSet(sw.id, kAliasKey, sw.alias->data(), length(*sw.alias), 16), 0);
-    }
-    if (sw.portset) {
-        ASSERT_STATUS(DVSHYP_HostPropSet(sw.id, kPortsetKey, sw.portset->data(), length(*sw.portset), 16), 0);
-    }
+    EXPECT_STATUS(sw.alias ? setGlobalProp(sw.id, kAliasKey, *sw.alias) : 0, 0);
+    EXPECT_STATUS(sw.portset ? setHostProp(sw.id, kPortsetKey, *sw.portset) : 0, 0);
 }
 
 // A caller's buffer between two guards, full of what must not be taken for an answer.
@@ -234,10 +220,7 @@ TEST(Identity, PortsAndTheirNumbers) {
     };
     for (const auto &row : kRecords) {
         SCOPED_TRACE(row.value);
-        const std::string value = hex(row.value);
-        ASSERT_STATUS(DVSHYP_PortDataSet("id", "port0", kStatusKey, value.data(),
-                                         static_cast<uint32_t>(value.size()), 4),
-                      0);
+        ASSERT_STATUS(setPortProp("id", "port0", kStatusKey, hex(row.value), 4), 0);
         number = 0xeeeeeeee;
         EXPECT_STATUS(VSDVS_DvPortIDToPortID("sw1", "port0", &number), row.status);
         EXPECT_EQ(number, row.number);

@@ -1,13 +1,8 @@
 // A program that has functions of the library's names: the library calls its own all the same.
-#include <gtest/gtest.h>
-#include <qvs/qvs.h>
 #include <qvs/reporting.h>
 
-#include <string>
-
-#include "support/bytes.h"
-#include "support/host.h"
 #include "support/intercept.h"
+#include "support/test.h"
 
 namespace {
 

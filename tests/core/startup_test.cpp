@@ -1,14 +1,8 @@
 // What loading the library does, reloading the snapshot, and giving buffers back.
-#include <gtest/gtest.h>
-#include <qvs/mesh_public.h>
-#include <qvs/qvs.h>
-
 #include <cstdlib>
-#include <cstring>
 
-#include "support/bytes.h"
-#include "support/host.h"
 #include "support/intercept.h"
+#include "support/test.h"
 
 namespace {
 

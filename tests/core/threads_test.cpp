@@ -1,14 +1,7 @@
 // What docs/rules.md promises to programs with several threads: everything but loading a snapshot at once.
-#include <gtest/gtest.h>
-#include <qvs/qvs.h>
-
-#include <cstring>
-#include <functional>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include "support/bytes.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {

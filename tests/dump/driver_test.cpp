@@ -1,24 +1,12 @@
 // The dump: headers, marks, the filter, the generic printer, which keys have a printer, and memory.
-#include <gtest/gtest.h>
-#include <qvs/dvs.h>
-#include <qvs/mesh_public.h>
-#include <qvs/netdvs.h>
-
 #include <cstdio>
-#include <string>
-#include <vector>
 
 #include "support/alloc_fault.h"
-#include "support/bytes.h"
-#include "support/host.h"
 #include "support/intercept.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {
-
-void setGlobal(const char *id, const char *key, const std::string &value, uint32_t type = 16) {
-    ASSERT_STATUS(DVSHYP_GlobalPropSet(id, key, value.data(), static_cast<uint32_t>(value.size()), type), 0);
-}
 
 // A port without any property.
 void addBarePort(const char *id, const char *port) {
@@ -55,7 +43,7 @@ TEST(Dump, EmptySnapshot) {
 TEST(Dump, SwitchesPropertiesPortsAndMarks) {
     CallsReset reset;
     ASSERT_STATUS(DVSHYP_SwitchAdd("id", "hub%s", 0xffffffff, 1), 0);
-    setGlobal("id", "com.example.g%n", text("100%"));
+    setGlobalProp("id", "com.example.g%n", text("100%"));
     ASSERT_STATUS(DVSHYP_HostPropSet("id", "com.example.h", "x\0y", 3, 32), 0);
     // Ports in the order in which a snapshot holds them either way: of creation and of name.
     for (const char *port : {"0", "1", "2", "3", "7", "8", "9%s"})
@@ -85,10 +73,10 @@ TEST(Dump, AliasPicksOneSwitch) {
     CallsReset reset;
     for (const char *id : {"id 1", "id 2", "id 3"}) {
         ASSERT_STATUS(DVSHYP_SwitchAdd(id, "vswitch", 8, 105), 0);
-        setGlobal(id, "com.quillon.common.alias", text(std::string("sw") + id[3]));
+        setGlobalProp(id, "com.quillon.common.alias", text(std::string("sw") + id[3]));
     }
     ASSERT_STATUS(DVSHYP_SwitchAdd("hub", "etherswitch", 8, 105), 0);
-    setGlobal("hub", "com.quillon.common.alias", text("hub"));
+    setGlobalProp("hub", "com.quillon.common.alias", text("hub"));
     const std::string tail =
         " (vswitch)\n\tmax ports: 8\n\tglobal properties:\n"
         "\t\tcom.quillon.common.alias = sw2 , \tpropType = CONFIG \n\thost properties:\n";
@@ -134,7 +122,7 @@ TEST(Dump, GenericPrinter) {
         {"x", 67, "0x78\n\t\t\tpropType = \n"},
     };
     for (const auto &[value, type, printed] : rows) {
-        setGlobal("id", "com.example.key", value, type);
+        setGlobalProp("id", "com.example.key", value, type);
         EXPECT_EQ(dump(), kHead + "\t\tcom.example.key = " + printed + kHost);
     }
 }
@@ -145,7 +133,7 @@ TEST(Dump, KeysWithoutAPrinterOfTheirOwn) {
          {"com.quillon.common.alias", "com.quillon.common.version", "com.quillon.common.port.block",
           "com.quillon.vswitch.macLearning.overlay.cache", "com.quillon.common.port.volatile.statu",
           "com.quillon.common.port.volatile.status2", "COM.quillon.common.port.connectid", "a", "zzz"}) {
-        setGlobal("id", key.c_str(), text("abc"));
+        setGlobalProp("id", key.c_str(), text("abc"));
         EXPECT_EQ(dump(), kHead + "\t\t" + key + " = abc , \tpropType = CONFIG \n" + kHost);
         ASSERT_STATUS(DVSHYP_GlobalPropClear("id", key.c_str()), 0);
     }
@@ -159,7 +147,7 @@ std::vector<std::string> piecesOfSwitchWith(int count) {
     for (int i = 0; i < count; ++i) {
         char key[32];
         std::snprintf(key, sizeof key, "com.example.%05d", i);
-        setGlobal("id", key, text("value of 12."));
+        setGlobalProp("id", key, text("value of 12."));
         pieces.push_back("\t\t" + std::string(key) + " = value of 12. , \tpropType = CONFIG \n");
         EXPECT_EQ(pieces.back().size(), 57u);
     }
@@ -217,9 +205,9 @@ TEST(Dump, PiecesThatFindNoMemoryAreLinesOfPrinters) {
     const std::string start = "\t\tcom.example.key = ", end = " , \tpropType = CONFIG \n";
     const std::string value(4095 - kHead.size() - start.size() - end.size() - kept.size(), 'v');
     ASSERT_STATUS(DVSHYP_SwitchAdd("id", "vswitch", 16, 105), 0);
-    setGlobal("id", "com.example.key", text(value));
-    setGlobal("id", "com.quillon.common.port.statistics", std::string(128, '\0'));
-    setGlobal("id", "com.quillon.etherswitch.ipv4addr", hex("0a000001"));
+    setGlobalProp("id", "com.example.key", text(value));
+    setGlobalProp("id", "com.quillon.common.port.statistics", std::string(128, '\0'));
+    setGlobalProp("id", "com.quillon.etherswitch.ipv4addr", hex("0a000001"));
     AllocFault fault(2, AllocFault::kFromThenOn);
     EXPECT_EQ(dump(), kHead + start + value + end + kept);
 }
@@ -228,7 +216,7 @@ TEST(Dump, PiecesThatFindNoMemoryAreLinesOfPrinters) {
 TEST(Dump, FirstBufferIsFilledToTheLastByte) {
     ASSERT_STATUS(DVSHYP_SwitchAdd("id", "vswitch", 16, 105), 0);
     for (const size_t size : {3997u, 3998u}) {
-        setGlobal("id", "com.example.key", text(std::string(size, 'v')));
+        setGlobalProp("id", "com.example.key", text(std::string(size, 'v')));
         const std::string piece =
             "\t\tcom.example.key = " + std::string(size, 'v') + " , \tpropType = CONFIG \n";
         EXPECT_EQ(dump(), kHead + piece + kHost);
@@ -244,7 +232,7 @@ TEST(Dump, LongPieceIsCut) {
     ASSERT_STATUS(DVSHYP_SwitchAdd("id", "vswitch", 16, 105), 0);
     const std::string start = "\t\tcom.example.key = ", end = " , \tpropType = CONFIG \n";
     for (const size_t size : {4052u, 4053u, 4095u, 4096u, 5000u, 100000u}) {
-        setGlobal("id", "com.example.key", text(std::string(size, 'v')));
+        setGlobalProp("id", "com.example.key", text(std::string(size, 'v')));
         const std::string piece = start + std::string(size, 'v') + end;
         EXPECT_EQ(dump(), kHead + piece.substr(0, 4095) + kHost) << size;
     }

@@ -1,21 +1,14 @@
 // The printers: the examples of docs/dump-format.md, the branches that those leave out, and hostile records.
-#include <gtest/gtest.h>
-#include <qvs/dvs.h>
-#include <qvs/mesh_public.h>
-#include <qvs/netdvs.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
 #include <fstream>
-#include <map>
 #include <set>
-#include <string>
-#include <vector>
 
-#include "support/bytes.h"
 #include "support/intercept.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {
@@ -115,8 +108,7 @@ std::string dumpLoaded() {
 
 // How one property of a switch is printed.
 std::string print(const char *id, const std::string &key, const std::string &bytes, uint32_t type) {
-    EXPECT_STATUS(
-        DVSHYP_GlobalPropSet(id, key.c_str(), bytes.data(), static_cast<uint32_t>(bytes.size()), type), 0);
+    EXPECT_STATUS(setGlobalProp(id, key.c_str(), bytes, type), 0);
     EXPECT_STATUS(DVSLoadConfig(), 0);
     const std::string text = dumpLoaded();
     EXPECT_STATUS(DVSHYP_GlobalPropClear(id, key.c_str()), 0);

@@ -1,17 +1,7 @@
 // Switches: what creating one stores and runs, what a failing step undoes, which names are refused,
 // destroying.
-#include <gtest/gtest.h>
-#include <qvs/dvs.h>
-#include <qvs/mesh_public.h>
-#include <qvs/netdvs.h>
-#include <qvs/vsdvs.h>
-
-#include <string>
-#include <vector>
-
-#include "support/bytes.h"
-#include "support/host.h"
 #include "support/intercept.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {

@@ -1,14 +1,6 @@
 // Memory that runs out in the middle of a change: each allocation of libqvs and of the state library in turn.
-#include <gtest/gtest.h>
-#include <qvs/dvs.h>
-#include <qvs/vsdvs.h>
-
-#include <functional>
-#include <string>
-
 #include "support/alloc_fault.h"
-#include "support/bytes.h"
-#include "support/host.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {

@@ -1,15 +1,6 @@
 // The algebra of mirror session lists: appending and removing, against an obvious way of computing the
 // result.
-#include <gtest/gtest.h>
-#include <qvs/dvs.h>
-#include <qvs/mesh_public.h>
-#include <qvs/vsdvs.h>
-
-#include <string>
-#include <vector>
-
-#include "support/bytes.h"
-#include "support/host.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {
@@ -52,15 +43,12 @@ class Mirror : public testing::Test {
   protected:
     void SetUp() override {
         ASSERT_EQ(encode({kC}).size(), 252u);
-        ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", "id", nullptr, 105, 0, 0, 0, 1), 0);
-        ASSERT_STATUS(DVSLoadConfig(), 0);
+        createSwitch(0, 0, 1);
     }
 
     static std::string port() { return portProp("id", "port0", kPortKey).value_or("nothing"); }
     static void put(const std::string &list) {
-        ASSERT_STATUS(
-            DVSHYP_PortDataSet("id", "port0", kPortKey, list.data(), static_cast<uint32_t>(list.size()), 8),
-            0);
+        ASSERT_STATUS(setPortProp("id", "port0", kPortKey, list, 8), 0);
     }
 };
 

@@ -1,13 +1,5 @@
 // The MTU of a switch: its command lines, and what is put back when one of them fails.
-#include <gtest/gtest.h>
-#include <qvs/dvs.h>
-#include <qvs/mesh_public.h>
-#include <qvs/vsdvs.h>
-
-#include <string>
-
-#include "support/bytes.h"
-#include "support/host.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {
@@ -36,11 +28,7 @@ std::string property(const char *key, const std::string &rest = " -> 0x0\n") {
 
 class Mtu : public testing::Test {
   protected:
-    void SetUp() override {
-        ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", "id", nullptr, 105, 0, 0, 4, 0), 0);
-        ASSERT_STATUS(DVSLoadConfig(), 0);
-        clearTrace();
-    }
+    void SetUp() override { createSwitch(0, 4, 0); }
 };
 
 TEST_F(Mtu, IsSetOnNicsThenPortsetThenProperties) {

@@ -1,20 +1,12 @@
 // The operations on policies, each described once: what it asks of the state library, the shell and the
 // kernel, what it stores, and what absent, malformed and unreadable records give.
-#include <gtest/gtest.h>
-#include <qvs/qvs.h>
-
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
-#include <functional>
 #include <regex>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "support/alloc_fault.h"
-#include "support/bytes.h"
-#include "support/host.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {
@@ -166,10 +158,9 @@ std::optional<std::string> stored(const std::string &key) {
     return portProp("id", kPort0, keyOf(key).c_str());
 }
 uint32_t store(const std::string &key, const std::string &value) {
-    const auto size = static_cast<uint32_t>(value.size());
-    if (key[0] == 'g') return DVSHYP_GlobalPropSet("id", keyOf(key).c_str(), value.data(), size, 16);
-    if (key[0] == 'h') return DVSHYP_HostPropSet("id", keyOf(key).c_str(), value.data(), size, 16);
-    return DVSHYP_PortDataSet("id", kPort0, keyOf(key).c_str(), value.data(), size, 16);
+    if (key[0] == 'g') return setGlobalProp("id", keyOf(key).c_str(), value);
+    if (key[0] == 'h') return setHostProp("id", keyOf(key).c_str(), value);
+    return setPortProp("id", kPort0, keyOf(key).c_str(), value);
 }
 void clear(const std::string &key) {
     if (key[0] == 'g') DVSHYP_GlobalPropClear("id", keyOf(key).c_str());
@@ -387,11 +378,8 @@ class Operation : public testing::Test {
         for (size_t i = 0; i < std::size(block); ++i)
             block[i] = static_cast<uint8_t>(i + 1);
         block[14] = 3, block[15] = 0;
-        ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", "id", nullptr, 106, 0, 0, 0, 1), 0);
-        ASSERT_STATUS(DVSHYP_SwitchAdd("hub", "etherswitch", 8, 105), 0);
-        ASSERT_STATUS(DVSHYP_GlobalPropSet("hub", "com.quillon.common.alias", "hub", 4, 16), 0);
-        ASSERT_STATUS(DVSLoadConfig(), 0);
-        clearTrace();
+        createSwitch(0, 0, 1);
+        createHub();
     }
 
     static void prepare(bool present) {
@@ -564,50 +552,44 @@ TEST_F(Operation, ValuesAreComparedAsTheyAreStored) {
 }
 
 TEST_F(Operation, WhatIsRefusedAsksNobody) {
-    static char area[200];
-    static void *out = nullptr;
+    char area[200];
+    void *out = nullptr;
     const uint32_t mask = 8;
-    struct {
+    const std::string noEntities = hex("efbecefa 02000000 00000000 01000000 00000000");
+    const std::string wraps = hex("efbecefa 02000000 00000020 00000000 00000000");
+    const struct {
         const char *name;
-        uint32_t status;
-        std::function<uint32_t()> call;
-    } const rows[] = {
+        uint32_t actual, expected = 0xbad0007;
+    } rows[] = {
         // Limits, before the alias is looked at.
-        {"security", 0xbad0007, [&] { return VSDVS_SetPortSecurity("sw9", "port0", &mask); }},
-        {"aging", 0xbad0007, [] { return VSDVS_SetMACLearning("sw9", "\x41\x42\x0f\0\0\0\0\0"); }},
-        {"mode", 0xbad0007, [] { return VSDVS_SetMcastFilterMode("sw9", 2); }},
-        {"type", 0xbad0007, [] { return VSDVS_SetRCFType("sw9", 2); }},
-        {"26 addresses", 0xbad0006, [] { return VSDVS_SetMcastUserLegacyEntries("sw9", 26, none); }},
-        {"2^32-1", 0xbad0006,
-         [] { return VSDVS_SetPortMcastUserLegacyEntries("sw9", "p", 0xffffffff, nullptr); }},
-        {"mtu", 0xbad0007, [] { return VSDVS_SetMTU("sw9", 1279); }},
-        {"mtu", 0xbad0007, [] { return VSDVS_SetMTU("sw9", 9001); }},
-        {"mirror", 0xbad0007,
-         [] {
-             return VSDVS_SetDVMirrorSessions("sw9", nullptr,
-                                              hex("efbecefa 02000000 00000000 01000000 00000000").data());
-         }},
+        {"security", VSDVS_SetPortSecurity("sw9", kPort0, &mask)},
+        {"aging", VSDVS_SetMACLearning("sw9", "\x41\x42\x0f\0\0\0\0\0")},
+        {"mode", VSDVS_SetMcastFilterMode("sw9", 2)},
+        {"type", VSDVS_SetRCFType("sw9", 2)},
+        {"26 addresses", VSDVS_SetMcastUserLegacyEntries("sw9", 26, none), 0xbad0006},
+        {"2^32-1", VSDVS_SetPortMcastUserLegacyEntries("sw9", "p", UINT32_MAX, nullptr), 0xbad0006},
+        {"least mtu", VSDVS_SetMTU("sw9", 1279)},
+        {"largest mtu", VSDVS_SetMTU("sw9", 9001)},
+        {"mirror", VSDVS_SetDVMirrorSessions("sw9", nullptr, noEntities.data())},
         // Ports that are not there.
-        {"no port", 0xbad0007, [] { return VSDVS_GetPortMcastUserLegacyEntries("sw1", "p9", &out); }},
-        {"learning", 0xbad0003, [] { return VSDVS_GetPortMACLearning("sw1", "p9", area); }},
-        {"ipfix port", 0xbad0003, [] { return IPFIXDVS_GetIpfixGranular("sw1", "p9", &out); }},
+        {"addresses", VSDVS_GetPortMcastUserLegacyEntries("sw1", "p9", &out)},
+        {"learning", VSDVS_GetPortMACLearning("sw1", "p9", area), 0xbad0003},
+        {"ipfix", IPFIXDVS_GetIpfixGranular("sw1", "p9", &out), 0xbad0003},
         // Sizes that wrap, and nulls.
-        {"pvlan", 0xbad0007, [] { return VSDVS_SetPrivateVLANMap("sw1", "", 0x20000000); }},
-        {"table", 0xbad0007, [] { return VSDVS_SetLSTeamingPolicy("sw1", u32(0x180000).data()); }},
-        {"sessions", 0xbad0007,
-         [] {
-             return VSDVS_SetDVMirrorSessions("sw1", "port0",
-                                              hex("efbecefa 02000000 00000020 00000000 00000000").data());
-         }},
-        {"null record", 0xbad0007, [] { return VSDVS_SetTeamingPolicy("sw1", nullptr); }},
-        {"null name", 0xbad0007, [] { return VSDVS_SetPortTeamingOverride("sw1", "port0", nullptr); }},
-        {"null port", 0xbad0007, [] { return VSDVS_SetPortNestedVLANTagging("sw1", nullptr, 1); }},
+        {"pvlan", VSDVS_SetPrivateVLANMap("sw1", "", 0x20000000)},
+        {"table", VSDVS_SetLSTeamingPolicy("sw1", u32(0x180000).data())},
+        {"sessions", VSDVS_SetDVMirrorSessions("sw1", kPort0, wraps.data())},
+        {"no sessions", VSDVS_SetDVMirrorSessions("sw1", kPort0, nullptr)},
+        {"no more sessions", VSDVS_AppendDVMirrorSessions("sw1", kPort0, nullptr)},
+        {"null record", VSDVS_SetTeamingPolicy("sw1", nullptr)},
+        {"null name", VSDVS_SetPortTeamingOverride("sw1", kPort0, nullptr)},
+        {"null port", VSDVS_SetPortNestedVLANTagging("sw1", nullptr, 1)},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_STATUS(row.call(), row.status);
-        EXPECT_EQ(takeTrace(), "");
+    for (const auto &[name, actual, expected] : rows) {
+        SCOPED_TRACE(name);
+        EXPECT_STATUS(actual, expected);
     }
+    EXPECT_EQ(takeTrace(), "");
     // Newer switches keep their filter mode elsewhere.
     ASSERT_STATUS(qvs::test::store("g common.version", u32(107)), 0);
     EXPECT_STATUS(VSDVS_SetMcastFilterMode("sw1", 1), 0xbad0020);

@@ -1,14 +1,6 @@
 // Single ports of a switch: what adding one stores, and what a failure leaves behind.
-#include <gtest/gtest.h>
-#include <qvs/dvs.h>
-#include <qvs/mesh_public.h>
-#include <qvs/vsdvs.h>
-
-#include <string>
-
 #include "support/alloc_fault.h"
-#include "support/bytes.h"
-#include "support/host.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {
@@ -18,8 +10,7 @@ constexpr char kExternalId[] = "com.quillon.port.extraConfig.vnic.external.id";
 class Port : public testing::Test {
   protected:
     void SetUp() override {
-        ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", "id", nullptr, 105, 0, 4, 0, 0), 0);
-        ASSERT_STATUS(DVSLoadConfig(), 0);
+        createSwitch(4, 0, 0);
         empty_ = hostState();
     }
 

@@ -1,16 +1,7 @@
 // Properties by key: naming the switch, sizes, classes, and what the state library answers.
-#include <gtest/gtest.h>
-#include <qvs/dvs.h>
-#include <qvs/mesh_public.h>
-#include <qvs/vsdvs.h>
-
 #include <cstddef>
-#include <cstring>
-#include <functional>
-#include <string>
 
-#include "support/bytes.h"
-#include "support/host.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {
@@ -26,65 +17,51 @@ struct Place {
 constexpr Place kByAlias = {"sw1", nullptr, 1};
 constexpr Place kById = {nullptr, "id", 0};
 
+constexpr char kPort[] = "port0";
+template <auto F, auto... port>
+uint32_t get(const Place &place, VSDVS_PropBuffer *buffer) {
+    return F(place.alias, port..., kKey, buffer, place.switchId, place.useAlias);
+}
+template <auto F, auto... port>
+uint32_t set(const Place &place, const void *value, uint32_t length) {
+    return F(place.alias, port..., kKey, value, length, place.switchId, place.useAlias);
+}
+template <auto F, auto... port>
+uint32_t clear(const Place &place) {
+    return F(place.alias, port..., kKey, place.switchId, place.useAlias);
+}
+
 struct ScopeRow {
     const char *name;
-    std::function<uint32_t(const Place &, VSDVS_PropBuffer *)> get;
-    std::function<uint32_t(const Place &, const void *, uint32_t)> set;
-    std::function<uint32_t(const Place &)> clear;
-    std::function<std::optional<std::string>()> stored;
-    const char *getLine, *setLine, *clearLine;
-};
+    uint32_t (*get)(const Place &, VSDVS_PropBuffer *);
+    uint32_t (*set)(const Place &, const void *, uint32_t);
+    uint32_t (*clear)(const Place &);
+    std::optional<std::string> (*stored)();
+    std::string request, where;
+    const char *propType = "16";
 
+    std::string getLine() const { return "state " + request + "Get " + where; }
+    std::string setLine() const { return "state " + request + "Set " + where + " length=3 type=" + propType; }
+    std::string clearLine() const { return "state " + request + "Clear " + where; }
+};
+constexpr char kSwitchKey[] = R"(switch="id" key="com.example.key")";
+constexpr char kPortKey[] = R"(switch="id" port="port0" key="com.example.key")";
 const ScopeRow kScopes[] = {
-    {"port",
-     [](const Place &p, auto *b) {
-         return VSDVS_GetPortProp(p.alias, "port0", kKey, b, p.switchId, p.useAlias);
-     },
-     [](const Place &p, auto *v, auto n) {
-         return VSDVS_SetPortProp(p.alias, "port0", kKey, v, n, p.switchId, p.useAlias);
-     },
-     [](const Place &p) { return VSDVS_ClearPortProp(p.alias, "port0", kKey, p.switchId, p.useAlias); },
-     [] { return portProp("id", "port0", kKey); },
-     R"(state PortDataGet switch="id" port="port0" key="com.example.key")",
-     R"(state PortDataSet switch="id" port="port0" key="com.example.key" length=3 type=16)",
-     R"(state PortDataClear switch="id" port="port0" key="com.example.key")"},
-    {"host",
-     [](const Place &p, auto *b) { return VSDVS_GetHostProp(p.alias, kKey, b, p.switchId, p.useAlias); },
-     [](const Place &p, auto *v, auto n) {
-         return VSDVS_SetHostProp(p.alias, kKey, v, n, p.switchId, p.useAlias);
-     },
-     [](const Place &p) { return VSDVS_ClearHostProp(p.alias, kKey, p.switchId, p.useAlias); },
-     [] { return hostProp("id", kKey); }, R"(state HostPropGet switch="id" key="com.example.key")",
-     R"(state HostPropSet switch="id" key="com.example.key" length=3 type=16)",
-     R"(state HostPropClear switch="id" key="com.example.key")"},
-    {"runtime host",
-     [](const Place &p, auto *b) { return VSDVS_GetHostProp(p.alias, kKey, b, p.switchId, p.useAlias); },
-     [](const Place &p, auto *v, auto n) {
-         return VSDVS_SetRuntimeHostProp(p.alias, kKey, v, n, p.switchId, p.useAlias);
-     },
-     [](const Place &p) { return VSDVS_ClearHostProp(p.alias, kKey, p.switchId, p.useAlias); },
-     [] { return hostProp("id", kKey); }, R"(state HostPropGet switch="id" key="com.example.key")",
-     R"(state HostPropSet switch="id" key="com.example.key" length=3 type=32)",
-     R"(state HostPropClear switch="id" key="com.example.key")"},
-    {"global",
-     [](const Place &p, auto *b) { return VSDVS_GetGlobProp(p.alias, kKey, b, p.switchId, p.useAlias); },
-     [](const Place &p, auto *v, auto n) {
-         return VSDVS_SetGlobProp(p.alias, kKey, v, n, p.switchId, p.useAlias);
-     },
-     [](const Place &p) { return VSDVS_ClearGlobProp(p.alias, kKey, p.switchId, p.useAlias); },
-     [] { return globalProp("id", kKey); }, R"(state GlobalPropGet switch="id" key="com.example.key")",
-     R"(state GlobalPropSet switch="id" key="com.example.key" length=3 type=16)",
-     R"(state GlobalPropClear switch="id" key="com.example.key")"},
+    {"port", get<VSDVS_GetPortProp, kPort>, set<VSDVS_SetPortProp, kPort>, clear<VSDVS_ClearPortProp, kPort>,
+     [] { return portProp("id", kPort, kKey); }, "PortData", kPortKey},
+    {"host", get<VSDVS_GetHostProp>, set<VSDVS_SetHostProp>, clear<VSDVS_ClearHostProp>,
+     [] { return hostProp("id", kKey); }, "HostProp", kSwitchKey},
+    {"runtime host", get<VSDVS_GetHostProp>, set<VSDVS_SetRuntimeHostProp>, clear<VSDVS_ClearHostProp>,
+     [] { return hostProp("id", kKey); }, "HostProp", kSwitchKey, "32"},
+    {"global", get<VSDVS_GetGlobProp>, set<VSDVS_SetGlobProp>, clear<VSDVS_ClearGlobProp>,
+     [] { return globalProp("id", kKey); }, "GlobalProp", kSwitchKey},
 };
 
 class Property : public testing::Test {
   protected:
     void SetUp() override {
-        ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", "id", nullptr, 105, 0, 0, 0, 1), 0);
-        ASSERT_STATUS(DVSHYP_SwitchAdd("hub", "etherswitch", 8, 105), 0);
-        ASSERT_STATUS(DVSHYP_GlobalPropSet("hub", "com.quillon.common.alias", "hub", 4, 16), 0);
-        ASSERT_STATUS(DVSLoadConfig(), 0);
-        clearTrace();
+        createSwitch(0, 0, 1);
+        createHub();
     }
 };
 
@@ -98,12 +75,12 @@ TEST_F(Property, OneRequestEachWithTheClassOfTheScope) {
         for (const Place &place : {kByAlias, kById, Place{"sw1", "sw9", 0x80}, Place{"sw9", "id", 0}}) {
             SCOPED_TRACE(scope.name);
             EXPECT_STATUS(scope.set(place, "a\0b", 3), 0);
-            EXPECT_EQ(takeTrace(), std::string(scope.setLine) + " -> 0x0\n");
+            EXPECT_EQ(takeTrace(), scope.setLine() + " -> 0x0\n");
             VSDVS_PropBuffer buffer = {0, nullptr};
             EXPECT_STATUS(scope.get(place, &buffer), 0);
-            EXPECT_EQ(takeTrace(), std::string(scope.getLine) + " -> 0x0 length=3\n");
+            EXPECT_EQ(takeTrace(), scope.getLine() + " -> 0x0 length=3\n");
             EXPECT_STATUS(scope.clear(place), 0);
-            EXPECT_EQ(takeTrace(), std::string(scope.clearLine) + " -> 0x0\n");
+            EXPECT_EQ(takeTrace(), scope.clearLine() + " -> 0x0\n");
             // Nothing is forgiven here.
             EXPECT_STATUS(scope.clear(place), 0xbad0003);
             EXPECT_STATUS(scope.get(place, &buffer), 0xbad0003);
@@ -191,7 +168,7 @@ TEST_F(Property, StatusOfTheStateLibraryIsReturnedAsItIs) {
         char data[4] = {'x', 'x', 'x', 'x'};
         VSDVS_PropBuffer buffer = {4, data};
         ASSERT_STATUS(scope.set(kById, "abc", 3), 0);
-        for (const char *line : {scope.getLine, scope.setLine, scope.clearLine}) {
+        for (const std::string &line : {scope.getLine(), scope.setLine(), scope.clearLine()}) {
             addFault(line, R"("status":"0xbad00d7")");
         }
         EXPECT_STATUS(scope.get(kById, &buffer), 0xbad00d7);

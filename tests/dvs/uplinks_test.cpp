@@ -1,15 +1,6 @@
 // The two uplink lists: bytes, order, limits, malformed lists, and undoing what cannot be finished.
-#include <gtest/gtest.h>
-#include <qvs/dvs.h>
-#include <qvs/mesh_public.h>
-#include <qvs/vsdvs.h>
-
-#include <string>
-#include <vector>
-
 #include "support/alloc_fault.h"
-#include "support/bytes.h"
-#include "support/host.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {
@@ -51,11 +42,7 @@ std::string remove(const std::string &port) {
 
 class Uplinks : public testing::Test {
   protected:
-    void SetUp() override {
-        ASSERT_STATUS(VSDVS_CreateVSwitch("sw1", "id", nullptr, 105, 0, 16, 0, 1), 0);
-        ASSERT_STATUS(DVSLoadConfig(), 0);
-        clearTrace();
-    }
+    void SetUp() override { createSwitch(16, 0, 1); }
 
     static void setUplinks(const Names &entries) {
         ASSERT_STATUS(VSDVS_SetSwitchUplinkPorts("sw1", names(entries).data(), ports(entries).data()), 0);
@@ -64,12 +51,8 @@ class Uplinks : public testing::Test {
 
     static void store(const std::optional<std::string> &nameList,
                       const std::optional<std::string> &portList) {
-        const auto put = [](auto set, const char *key, const std::optional<std::string> &value) {
-            if (!value) return;
-            ASSERT_STATUS(set("id", key, value->data(), static_cast<uint32_t>(value->size()), 16), 0);
-        };
-        put(DVSHYP_GlobalPropSet, kNamesKey, nameList);
-        put(DVSHYP_HostPropSet, kPortsKey, portList);
+        ASSERT_STATUS(nameList ? setGlobalProp("id", kNamesKey, *nameList) : 0, 0);
+        ASSERT_STATUS(portList ? setHostProp("id", kPortsKey, *portList) : 0, 0);
         clearTrace();
     }
 

@@ -1,25 +1,12 @@
 // What single requests leave behind and print when they fail, or when the kernel answers nonsense.
-#include <qvs/bfd.h>
-#include <qvs/dvs.h>
-#include <qvs/ipfixhyp.h>
-#include <qvs/kcp.h>
-#include <qvs/livetracehyp.h>
-#include <qvs/spfhyp.h>
-#include <qvs/tfhyp.h>
-#include <qvs/vsdvs.h>
-#include <qvs/vshyp.h>
-
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
-#include <functional>
 #include <tuple>
 #include <utility>
 
 #include "features/runtime_host.h"
 #include "support/alloc_fault.h"
-#include "support/bytes.h"
-#include "support/host.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {

@@ -1,21 +1,14 @@
 // Every list that is counted and then fetched: what is asked for, and what remains when a request or an
 // allocation fails, when the list changes between the requests, and when the kernel answers nonsense.
 #include <malloc.h>
-#include <qvs/kcp.h>
-#include <qvs/livetracehyp.h>
-#include <qvs/spfhyp.h>
-#include <qvs/vshyp.h>
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <regex>
-#include <vector>
 
 #include "features/runtime_host.h"
 #include "support/alloc_fault.h"
-#include "support/bytes.h"
-#include "support/host.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {
@@ -23,6 +16,7 @@ namespace {
 // How a family tells of a failure. Where there is no status, kNull stands for a null list.
 constexpr uint32_t kNull = 1;
 struct Family {
+    const char *path;
     uint32_t countFails;  // of a request that the kernel answers with EBUSY
     uint32_t fetchFails;
     uint32_t noMemory;
@@ -31,31 +25,37 @@ struct Family {
     bool presetsCount = false;  // the count stands in the buffer before it is fetched
     bool nullForEmpty = false;
 };
-constexpr Family kSwitchLists = {
-    .countFails = 0xbad0004, .fetchFails = 0xbad0004, .noMemory = 0xbad0014, .keepsPointer = true};
-constexpr Family kSwitches = {.countFails = 0xbad0001, .fetchFails = 0xbad0004, .noMemory = 0xbad0014};
-constexpr Family kControlPlane = {
-    .countFails = kNull, .fetchFails = kNull, .noMemory = kNull, .presetsCount = true, .nullForEmpty = true};
-constexpr Family kLive = {.countFails = kNull, .fetchFails = kNull, .noMemory = kNull, .fetchesEmpty = true};
-constexpr Family kErrno = {.countFails = 0xbad0004,
+constexpr Family kSwitchLists = {.path = kSwitchDevice,
+                                 .countFails = 0xbad0004,
+                                 .fetchFails = 0xbad0004,
+                                 .noMemory = 0xbad0014,
+                                 .keepsPointer = true};
+constexpr Family kSwitches = {
+    .path = kSwitchDevice, .countFails = 0xbad0001, .fetchFails = 0xbad0004, .noMemory = 0xbad0014};
+constexpr Family kControlPlane = {.path = kKcp,
+                                  .countFails = kNull,
+                                  .fetchFails = kNull,
+                                  .noMemory = kNull,
+                                  .presetsCount = true,
+                                  .nullForEmpty = true};
+constexpr Family kLive = {
+    .path = kLivetrace, .countFails = kNull, .fetchFails = kNull, .noMemory = kNull, .fetchesEmpty = true};
+constexpr Family kErrno = {.path = kSpf,
+                           .countFails = 0xbad0004,
                            .fetchFails = 0xbad0004,
                            .noMemory = ENOMEM,
                            .fetchesEmpty = true,
                            .presetsCount = true};
 
-// Counted and fetched by one request, which differs in the length that it asks for.
-constexpr const char *kSame = nullptr;
-
 struct List {
-    const char *path;
     Family family;
-    const char *count;  // the two requests
-    const char *fetch;
+    const char *count;  // the request that counts
     uint32_t entrySize;
     uint32_t entries;
     uint32_t (*get)(void **list);
     uint32_t headerSize = 8;
     uint32_t countAt = 0;
+    const char *fetch = nullptr;  // unless it is the same, with another length that is asked for
 
     uint32_t size(uint32_t held) const { return headerSize + held * entrySize; }
     // The first count of entries whose size no 32 bits hold.
@@ -64,14 +64,21 @@ struct List {
     }
 };
 
-// An answer by pointer, as a status.
-uint32_t orNull(void *answer, void **list) {
-    *list = answer;
-    return answer != nullptr ? 0 : kNull;
+constexpr char kSw1[] = "sw1", kPs1[] = "ps1", kTwo[] = "two", kPort0[] = "port0";
+template <auto F, auto... given>
+uint32_t get(void **list) {
+    return F(given..., list);
 }
-uint32_t orErrno(void *answer, void **list) {
-    *list = answer;
-    return answer != nullptr ? 0 : static_cast<uint32_t>(errno);
+// An answer by pointer, as a status.
+template <auto F, auto... given>
+uint32_t byPointer(void **list) {
+    *list = F(given...);
+    return *list != nullptr ? 0 : kNull;
+}
+template <auto F, auto... given>
+uint32_t byErrno(void **list) {
+    *list = F(given...);
+    return *list != nullptr ? 0 : static_cast<uint32_t>(errno);
 }
 
 constexpr uint8_t kGroup4[] = {224, 1, 2, 251, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9};
@@ -79,78 +86,57 @@ constexpr uint8_t kGroup6[] = {0xff, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0
 
 // In the order of the commands. The second request asks for as much as a header and the lab's entries take.
 const List kLists[] = {
-    {kSwitchDevice, kSwitchLists, "0x1004 GetPromiscSessionActiveDsts in=268 out=8 input=[0:707331]", kSame,
-     4, 2, [](void **p) { return VSHYP_GetPromiscSessionActiveDsts("sw1", p); }},
-    {kSwitchDevice, kSwitchLists, "0x1005 GetDVMirrorSessionIDs in=268 out=8 input=[0:707331]", kSame, 32, 2,
-     [](void **p) { return VSHYP_GetDVMirrorSessionIDs("sw1", p); }},
-    {kSwitchDevice, kSwitchLists, "0x1008 GetMcastFilters in=268 out=8 input=[0:707331 176:01 179:04]", kSame,
-     6, 3, [](void **p) { return VSHYP_GetMcastFilters("ps1", 0x4000001, 0, p); }},
-    {kSwitchDevice, kSwitchLists, "0x1008 GetMcastFilters in=268 out=8 input=[0:707331 176:01 179:0402]",
-     kSame, 4, 3, [](void **p) { return VSHYP_GetMcastFilters("ps1", 0x4000001, 2, p); }},
-    {kSwitchDevice, kSwitchLists, "0x1008 GetMcastFilters in=268 out=8 input=[0:707331 176:01 179:0403]",
-     kSame, 16, 3, [](void **p) { return VSHYP_GetMcastFilters("ps1", 0x4000001, 3, p); }},
-    {kSwitchDevice, kSwitchLists, "0x1009 GetSwitchMcastFilters in=268 out=8 input=[0:707331 180:03]", kSame,
-     20, 3, [](void **p) { return VSHYP_GetSwitchMcastFilters("ps1", 3, p); }},
-    {kSwitchDevice, kSwitchLists,
-     "0x100a GetMcastFilterStats in=268 out=28 input=[0:707331 176:01 179:0402 184:e00102fb]", kSame, 4, 5,
-     [](void **p) { return VSHYP_GetMcastFilterStats("ps1", 0x4000001, 2, kGroup4, p); }, 28, 20},
-    {kSwitchDevice, kSwitchLists,
-     "0x100a GetMcastFilterStats in=268 out=28 input=[0:707331 176:01 179:0403 184:ff02 199:fb]", kSame, 16,
-     5, [](void **p) { return VSHYP_GetMcastFilterStats("ps1", 0x4000001, 3, kGroup6, p); }, 28, 20},
-    {kSwitchDevice, kSwitchLists, "0x100b GetUplinks in=268 out=8 input=[0:707331]", kSame, 36, 2,
-     [](void **p) { return VSHYP_GetUplinks("ps1", p); }},
-    {kSwitchDevice, kSwitchLists, "0x1013 GetSwitchPortInfo in=268 out=8 input=[0:74776f]", kSame, 1458, 2,
-     [](void **p) { return VSHYP_GetSwitchPortInfo("two", p); }},
-    {kSwitchDevice, kSwitchLists, "0x1017 GetMACTable in=268 out=8 input=[0:707331 182:01]", kSame, 86, 3,
-     [](void **p) { return VSHYP_GetMACTable("sw1", 1, p); }},
-    {kSwitchDevice, kSwitchLists, "0x1018 GetStaticLectx in=268 out=8 input=[0:707331]", kSame, 529, 2,
-     [](void **p) { return VSHYP_GetStaticLectx("sw1", p); }},
-    {kSwitchDevice, kSwitchLists, "0x1019 GetPortMACTable in=268 out=8 input=[0:6964 128:706f727430 182:01]",
-     kSame, 86, 2, [](void **p) { return VSHYP_GetPortMACTable("sw1", "port0", 1, p); }},
-    {kSwitchDevice, kSwitchLists, "0x101a GetPortStaticLectx in=268 out=8 input=[0:6964 128:706f727430]",
-     kSame, 529, 1, [](void **p) { return VSHYP_GetPortStaticLectx("sw1", "port0", p); }},
-    {kSwitchDevice, kSwitchLists, "0x101b GetTeamMACTable in=268 out=8 input=[0:707331 182:02]", kSame, 86, 2,
-     [](void **p) { return VSHYP_GetTeamMACTable("sw1", 2, p); }},
-    {kSwitchDevice, kSwitchLists, "0x101f GetMACLearningAllPorts in=268 out=8 input=[0:707331]", kSame, 14, 3,
-     [](void **p) { return VSHYP_GetMACLearningAllPorts("sw1", p); }},
-    {kSwitchDevice, kSwitchLists, "0x1020 GetSwitchMACLearningStats in=268 out=8 input=[0:707331]", kSame, 52,
-     3, [](void **p) { return VSHYP_GetSwitchMACLearningStats("sw1", p); }},
-    {kSwitchDevice, kSwitchLists, "0x1021 GetL2Security in=268 out=8 input=[0:707331]", kSame, 8, 3,
-     [](void **p) { return VSHYP_GetL2Security("sw1", p); }},
-    {kSwitchDevice, kSwitchLists, "0x1025 GetLSTeamingPolicyTable in=268 out=4 input=[0:707331]", kSame, 2748,
-     2, [](void **p) { return VSHYP_GetLSTeamingPolicyTable("sw1", p); }, 4},
-    {kSwitchDevice, kSwitches, "0x1026 GetSwitches in=4 out=8 input=[]", kSame, 81, 2,
-     [](void **p) { return VSHYP_GetSwitches(0, p); }},
-    {kSwitchDevice, kSwitches, "0x1026 GetSwitches in=4 out=8 input=[0:01]", kSame, 128, 2,
-     [](void **p) { return VSHYP_GetSwitches(1, p); }},
-    {kSwitchDevice, kSwitches, "0x1026 GetSwitches in=4 out=8 input=[0:02]", kSame, 81, 2,
-     [](void **p) { return VSHYP_GetSwitches(2, p); }},
-    {kKcp, kControlPlane, "0x6 GetDVSCount in=0 out=4 input=[]", "0x7 GetDVSList in=0 out=260 input=[]", 128,
-     2, [](void **p) { return orNull(KCP_GetDVSList(), p); }, 4},
-    {kKcp, kControlPlane, "0x8 GetVIFCount in=0 out=4 input=[]", "0x9 GetVIFList in=0 out=22886 input=[]",
-     11441, 2, [](void **p) { return orNull(KCP_GetVIFList(), p); }, 4},
-    {kKcp, kControlPlane, "0xa GetCIFCount in=0 out=4 input=[]", "0xb GetCIFList in=0 out=23382 input=[]",
-     11689, 2, [](void **p) { return orNull(KCP_GetCIFList(), p); }, 4},
-    {kKcp, kControlPlane, "0xc GetHYPVIFCount in=0 out=4 input=[]",
-     "0xd GetHYPVIFList in=0 out=22886 input=[]", 11441, 2,
-     [](void **p) { return orNull(KCP_GetHYPVIFList(), p); }, 4},
-    {kKcp, kControlPlane, "0xe GetHYPNICCount in=0 out=4 input=[]",
-     "0xf GetHYPNICList in=0 out=3328 input=[]", 1108, 3,
-     [](void **p) { return orNull(KCP_GetHYPNICList(), p); }, 4},
-    {kKcp, kControlPlane, "0x10 GetUplinkCount in=0 out=4 input=[]",
-     "0x11 GetUplinkList in=0 out=2478 input=[]", 1237, 2,
-     [](void **p) { return orNull(KCP_GetUplinkList(), p); }, 4},
-    {kKcp, kControlPlane, "0x12 GetPSPropCount in=0 out=4 input=[]",
-     "0x13 GetPSPropList in=0 out=516 input=[]", 256, 2,
-     [](void **p) { return orNull(KCP_GetPSPropList(), p); }, 4},
-    {kKcp, kControlPlane, "0x15 GetContainerCount in=0 out=4 input=[]",
-     "0x16 GetContainerList in=0 out=28 input=[]", 10, 2,
-     [](void **p) { return orNull(KCP_GetContainerList(), p); }},
-    {kLivetrace, kLive, "0x2 GetCountActionData in=10 out=8 input=[8:0301]",
-     "0x2 GetCountActionData in=10 out=60 input=[8:0302]", 26, 2,
-     [](void **p) { return orNull(LIVETRACEHYP_GetCountActionData(3), p); }},
-    {kSpf, kErrno, "0x1001 GetPortsList in=194 out=8 input=[0:74776f]", kSame, 8, 2,
-     [](void **p) { return orErrno(SPFHYP_GetPortsList("two"), p); }},
+    {kSwitchLists, "1004 GetPromiscSessionActiveDsts 268 8 0:707331", 4, 2,
+     get<VSHYP_GetPromiscSessionActiveDsts, kSw1>},
+    {kSwitchLists, "1005 GetDVMirrorSessionIDs 268 8 0:707331", 32, 2,
+     get<VSHYP_GetDVMirrorSessionIDs, kSw1>},
+    {kSwitchLists, "1008 GetMcastFilters 268 8 0:707331 176:01 179:04", 6, 3,
+     get<VSHYP_GetMcastFilters, kPs1, 0x4000001, 0>},
+    {kSwitchLists, "1008 GetMcastFilters 268 8 0:707331 176:01 179:0402", 4, 3,
+     get<VSHYP_GetMcastFilters, kPs1, 0x4000001, 2>},
+    {kSwitchLists, "1008 GetMcastFilters 268 8 0:707331 176:01 179:0403", 16, 3,
+     get<VSHYP_GetMcastFilters, kPs1, 0x4000001, 3>},
+    {kSwitchLists, "1009 GetSwitchMcastFilters 268 8 0:707331 180:03", 20, 3,
+     get<VSHYP_GetSwitchMcastFilters, kPs1, 3>},
+    {kSwitchLists, "100a GetMcastFilterStats 268 28 0:707331 176:01 179:0402 184:e00102fb", 4, 5,
+     get<VSHYP_GetMcastFilterStats, kPs1, 0x4000001, 2, kGroup4>, 28, 20},
+    {kSwitchLists, "100a GetMcastFilterStats 268 28 0:707331 176:01 179:0403 184:ff02 199:fb", 16, 5,
+     get<VSHYP_GetMcastFilterStats, kPs1, 0x4000001, 3, kGroup6>, 28, 20},
+    {kSwitchLists, "100b GetUplinks 268 8 0:707331", 36, 2, get<VSHYP_GetUplinks, kPs1>},
+    {kSwitchLists, "1013 GetSwitchPortInfo 268 8 0:74776f", 1458, 2, get<VSHYP_GetSwitchPortInfo, kTwo>},
+    {kSwitchLists, "1017 GetMACTable 268 8 0:707331 182:01", 86, 3, get<VSHYP_GetMACTable, kSw1, 1>},
+    {kSwitchLists, "1018 GetStaticLectx 268 8 0:707331", 529, 2, get<VSHYP_GetStaticLectx, kSw1>},
+    {kSwitchLists, "1019 GetPortMACTable 268 8 0:6964 128:706f727430 182:01", 86, 2,
+     get<VSHYP_GetPortMACTable, kSw1, kPort0, 1>},
+    {kSwitchLists, "101a GetPortStaticLectx 268 8 0:6964 128:706f727430", 529, 1,
+     get<VSHYP_GetPortStaticLectx, kSw1, kPort0>},
+    {kSwitchLists, "101b GetTeamMACTable 268 8 0:707331 182:02", 86, 2, get<VSHYP_GetTeamMACTable, kSw1, 2>},
+    {kSwitchLists, "101f GetMACLearningAllPorts 268 8 0:707331", 14, 3,
+     get<VSHYP_GetMACLearningAllPorts, kSw1>},
+    {kSwitchLists, "1020 GetSwitchMACLearningStats 268 8 0:707331", 52, 3,
+     get<VSHYP_GetSwitchMACLearningStats, kSw1>},
+    {kSwitchLists, "1021 GetL2Security 268 8 0:707331", 8, 3, get<VSHYP_GetL2Security, kSw1>},
+    {kSwitchLists, "1025 GetLSTeamingPolicyTable 268 4 0:707331", 2748, 2,
+     get<VSHYP_GetLSTeamingPolicyTable, kSw1>, 4},
+    {kSwitches, "1026 GetSwitches 4 8", 81, 2, get<VSHYP_GetSwitches, 0>},
+    {kSwitches, "1026 GetSwitches 4 8 0:01", 128, 2, get<VSHYP_GetSwitches, 1>},
+    {kSwitches, "1026 GetSwitches 4 8 0:02", 81, 2, get<VSHYP_GetSwitches, 2>},
+    {kControlPlane, "6 GetDVSCount 0 4", 128, 2, byPointer<KCP_GetDVSList>, 4, 0, "7 GetDVSList 0 260"},
+    {kControlPlane, "8 GetVIFCount 0 4", 11441, 2, byPointer<KCP_GetVIFList>, 4, 0, "9 GetVIFList 0 22886"},
+    {kControlPlane, "a GetCIFCount 0 4", 11689, 2, byPointer<KCP_GetCIFList>, 4, 0, "b GetCIFList 0 23382"},
+    {kControlPlane, "c GetHYPVIFCount 0 4", 11441, 2, byPointer<KCP_GetHYPVIFList>, 4, 0,
+     "d GetHYPVIFList 0 22886"},
+    {kControlPlane, "e GetHYPNICCount 0 4", 1108, 3, byPointer<KCP_GetHYPNICList>, 4, 0,
+     "f GetHYPNICList 0 3328"},
+    {kControlPlane, "10 GetUplinkCount 0 4", 1237, 2, byPointer<KCP_GetUplinkList>, 4, 0,
+     "11 GetUplinkList 0 2478"},
+    {kControlPlane, "12 GetPSPropCount 0 4", 256, 2, byPointer<KCP_GetPSPropList>, 4, 0,
+     "13 GetPSPropList 0 516"},
+    {kControlPlane, "15 GetContainerCount 0 4", 10, 2, byPointer<KCP_GetContainerList>, 8, 0,
+     "16 GetContainerList 0 28"},
+    {kLive, "2 GetCountActionData 10 8 8:0301", 26, 2, byPointer<LIVETRACEHYP_GetCountActionData, 3>, 8, 0,
+     "2 GetCountActionData 10 60 8:0302"},
+    {kErrno, "1001 GetPortsList 194 8 0:74776f", 8, 2, byErrno<SPFHYP_GetPortsList, kTwo>},
 };
 
 class Lists : public RuntimeHost {
@@ -174,16 +160,16 @@ class Lists : public RuntimeHost {
         result_ = &untouched_;
     }
 
-    static std::string counting(const List &list) { return request(list.path, list.count); }
+    static std::string counting(const List &list) { return request(list.family.path, list.count); }
     // The second request when the first one has counted so many.
     static std::string fetching(const List &list, uint32_t entries) {
-        static const std::regex length("out=[0-9]+");
-        const std::string line = list.fetch != kSame ? list.fetch : list.count;
-        return request(list.path,
-                       std::regex_replace(line, length, "out=" + std::to_string(list.size(entries))));
+        static const std::regex length("^(\\S+ \\S+ \\S+ )[0-9]+");
+        const std::string line = list.fetch != nullptr ? list.fetch : list.count;
+        return request(list.family.path,
+                       std::regex_replace(line, length, "$01" + std::to_string(list.size(entries))));
     }
     static void patchCount(const List &list, uint32_t count, int nth = 1) {
-        patchAnswer(list.path, list.countAt, u32(count), nth);
+        patchAnswer(list.family.path, list.countAt, u32(count), nth);
     }
     uint32_t countIn(const List &list) const {
         uint32_t count = 0;
@@ -199,7 +185,7 @@ TEST_F(Lists, AreCountedAndFetched) {
     each([&](const List &list) {
         ASSERT_STATUS(list.get(&result_), 0);
         const std::string fetched =
-            list.fetch != kSame ? request(list.path, list.fetch) : fetching(list, list.entries);
+            list.fetch != nullptr ? request(list.family.path, list.fetch) : fetching(list, list.entries);
         EXPECT_EQ(takeTrace(), counting(list) + fetched);
         EXPECT_EQ(countIn(list), list.entries);
         release();
@@ -212,7 +198,7 @@ TEST_F(Lists, WithoutEntriesAreAHeaderOrNull) {
         std::string header = std::string(list.headerSize, '\x5a');
         header.replace(list.countAt, 4, zeros(4));
         for (const int nth : {1, 2})
-            patchAnswer(list.path, 0, header, nth);
+            patchAnswer(list.family.path, 0, header, nth);
         const uint32_t status = list.get(&result_);
         EXPECT_STATUS(status, list.family.nullForEmpty ? kNull : 0);
         EXPECT_EQ(takeTrace(), counting(list) + (list.family.fetchesEmpty ? fetching(list, 0) : ""));
@@ -222,9 +208,9 @@ TEST_F(Lists, WithoutEntriesAreAHeaderOrNull) {
             EXPECT_BYTES(bytesAt(result_, list.headerSize), header);
         } else {
             // The one list that makes its own header, with the selector in it.
-            const char last = list.count[std::strlen(list.count) - 2];
-            EXPECT_BYTES(bytesAt(result_, 8),
-                         u32(0) + u32(last == '[' ? 0 : static_cast<uint32_t>(last - '0')));
+            const std::string_view line = list.count;
+            const char last = line.ends_with(" 8") ? '0' : line.back();
+            EXPECT_BYTES(bytesAt(result_, 8), u32(0) + u32(static_cast<uint32_t>(last - '0')));
         }
         release();
     });
@@ -323,7 +309,7 @@ TEST_F(Lists, TheLastCountThatFits) {
 TEST_F(Lists, AnswersThatAreALie) {
     each([&](const List &list) {
         const uint32_t size = list.size(list.entries);
-        patchAnswer(list.path, 0, std::string(size + 64, '\xff'), 2);
+        patchAnswer(list.family.path, 0, std::string(size + 64, '\xff'), 2);
         ASSERT_STATUS(list.get(&result_), 0);
         ASSERT_GE(malloc_usable_size(result_), size);
         EXPECT_BYTES(bytesAt(result_, size), std::string(size, '\xff'));
@@ -338,7 +324,7 @@ TEST_F(Lists, AnswersThatAreTooShort) {
         for (const uint32_t length : {0u, 3u, size - 1}) {
             SCOPED_TRACE(length);
             start();
-            patchAnswer(list.path, 0, std::string(size, '\xff'), 2);
+            patchAnswer(list.family.path, 0, std::string(size, '\xff'), 2);
             addFault("device ioctl", R"("truncate":)" + std::to_string(length), 2);
             ASSERT_STATUS(list.get(&result_), 0);
             std::string expected = zeros(size);
@@ -377,8 +363,7 @@ TEST_F(Lists, SwitchesHaveTheirOwnWay) {
 TEST_F(Lists, KindsOfMulticastFilters) {
     calls().ioctlResults = {0};
     EXPECT_STATUS(VSHYP_GetMcastFilters("ps1", 0, 1, &result_), 0xbad0007);
-    EXPECT_EQ(takeTrace(), request(kSwitchDevice,
-                                   "0x1008 GetMcastFilters in=268 out=8 input=[0:707331 180:01]", "EINVAL"));
+    EXPECT_EQ(takeTrace(), request(kSwitchDevice, "1008 GetMcastFilters 268 8 0:707331 180:01", "EINVAL"));
     addFault("GetMcastFilters", R"("errno":"EBUSY")");
     EXPECT_STATUS(VSHYP_GetMcastFilters("ps1", 0, -1, &result_), 0xbad0004);
     clearTrace();

@@ -1,10 +1,8 @@
 // The lab behind the tests of device requests.
+#include <sstream>
+
 #include "features/runtime_host.h"
-
-#include <qvs/dvs.h>
-
-#include "support/bytes.h"
-#include "support/host.h"
+#include "support/test.h"
 
 namespace qvs::test {
 namespace {
@@ -54,8 +52,13 @@ void RuntimeHost::SetUp() {
 }
 
 std::string request(const std::string &path, const std::string &line, const std::string &answer) {
-    return "device open \"" + path + "\" -> 0\ndevice ioctl \"" + path + "\" " + line + " -> " + answer +
-           "\n";
+    std::istringstream words(line);
+    std::string command, name, in, out, input;
+    words >> command >> name >> in >> out >> std::ws;
+    std::getline(words, input);
+    const std::string device = "\"" + path + "\" ";
+    return "device open " + device + "-> 0\ndevice ioctl " + device + "0x" + command + " " + name +
+           " in=" + in + " out=" + out + " input=[" + input + "] -> " + answer + "\n";
 }
 
 void patchAnswer(const std::string &path, uint32_t offset, const std::string &bytes, int nth) {

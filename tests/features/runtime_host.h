@@ -30,7 +30,8 @@ class RuntimeHost : public testing::Test {
 };
 
 // All of the trace that one request leaves, which begins with an open; that each open has its close is
-// checked by taking the trace. The line is the request's, behind the path: "0x2 GetSessions in=1 ...".
+// checked by taking the trace. The line has the command's number and name, the lengths of what is sent and
+// asked for, and what is sent, as OFFSET:BYTES: "1010 GetSwitchInfo 268 220 0:707331".
 std::string request(const std::string &path, const std::string &line, const std::string &answer = "0");
 
 // Replaces bytes of the answer of the nth request from now on.

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <qvs/dvs.h>
 #include <qvs/mesh_public.h>
+#include <qvs/vsdvs.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -196,6 +197,32 @@ std::optional<std::string> hostProp(const char *switchId, const char *key) {
 
 std::optional<std::string> portProp(const char *switchId, const char *portId, const char *key) {
     return storedValue(DVSHYP_PortDataGet, switchId, portId, key);
+}
+
+uint32_t setGlobalProp(const char *switchId, const char *key, std::string_view value, uint32_t type) {
+    return DVSHYP_GlobalPropSet(switchId, key, value.data(), static_cast<uint32_t>(value.size()), type);
+}
+
+uint32_t setHostProp(const char *switchId, const char *key, std::string_view value, uint32_t type) {
+    return DVSHYP_HostPropSet(switchId, key, value.data(), static_cast<uint32_t>(value.size()), type);
+}
+
+uint32_t setPortProp(const char *switchId, const char *portId, const char *key, std::string_view value,
+                     uint32_t type) {
+    return DVSHYP_PortDataSet(switchId, portId, key, value.data(), static_cast<uint32_t>(value.size()), type);
+}
+
+void createSwitch(uint32_t maxPorts, uint32_t uplinks, uint32_t ports) {
+    EXPECT_STATUS(VSDVS_CreateVSwitch("sw1", "id", nullptr, 106, 0, maxPorts, uplinks, ports), 0);
+    EXPECT_STATUS(DVSLoadConfig(), 0);
+    clearTrace();
+}
+
+void createHub() {
+    EXPECT_STATUS(DVSHYP_SwitchAdd("hub", "etherswitch", 8, 105), 0);
+    EXPECT_STATUS(setGlobalProp("hub", "com.quillon.common.alias", text("hub")), 0);
+    EXPECT_STATUS(DVSLoadConfig(), 0);
+    clearTrace();
 }
 
 int openDescriptors() {

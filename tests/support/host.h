@@ -39,6 +39,18 @@ std::optional<std::string> globalProp(const char *switchId, const char *key);
 std::optional<std::string> hostProp(const char *switchId, const char *key);
 std::optional<std::string> portProp(const char *switchId, const char *portId, const char *key);
 
+// Stores one, as the kernel side would.
+uint32_t setGlobalProp(const char *switchId, const char *key, std::string_view value, uint32_t type = 16);
+uint32_t setHostProp(const char *switchId, const char *key, std::string_view value, uint32_t type = 16);
+uint32_t setPortProp(const char *switchId, const char *portId, const char *key, std::string_view value,
+                     uint32_t type = 16);
+
+// The switch "sw1" with the identifier "id" and, where the number of ports is not enough, room for more; it
+// is in the snapshot, and the trace is fresh.
+void createSwitch(uint32_t maxPorts, uint32_t uplinks, uint32_t ports);
+// A switch "hub" of another class.
+void createHub();
+
 // Descriptors that the process has open.
 int openDescriptors();
 
