@@ -129,7 +129,6 @@ TEST_F(Mirror, MalformedStoredListsFail) {
     const std::string list = encode({kA, kB});
     for (size_t size = 0; size < list.size(); ++size) {
         put(list.substr(0, size));
-        ASSERT_STATUS(VSDVS_GetDVMirrorSessions("sw1", "port0", &out), 0xbad0001) << size;
         ASSERT_STATUS(VSDVS_AppendDVMirrorSessions("sw1", "port0", encode({kD}).data()), 0xbad0001) << size;
     }
     for (const auto &[sessions, entities] :

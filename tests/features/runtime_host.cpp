@@ -62,7 +62,7 @@ std::string request(const std::string &path, const std::string &line, const std:
 }
 
 void patchAnswer(const std::string &path, uint32_t offset, const std::string &bytes, int nth) {
-    addFault("device ioctl \"" + path,
+    addFault(path.empty() ? "device ioctl" : "device ioctl \"" + path,
              R"("output":[{"offset":)" + std::to_string(offset) + R"(,"hex":")" + toHex(bytes) + R"("}])",
              nth);
 }
