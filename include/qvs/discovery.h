@@ -21,8 +21,8 @@ QVS_EXTERN_C_BEGIN
 
 /* The stored record, class CONFIG. */
 typedef struct Discovery_Param {
-    uint8_t protocol;
-    uint8_t operation;
+    uint8_t protocol;  /* DISCOVERY_CDP or DISCOVERY_LLDP */
+    uint8_t operation; /* DISCOVERY_DOWN and its kin */
 } Discovery_Param;
 QVS_ASSERT_SIZE(Discovery_Param, 2);
 

@@ -19,20 +19,27 @@ QVS_EXTERN_C_BEGIN
 
 /* The deployment of a check; the class of the property is CONFIG. */
 typedef struct QVS_PACKED HealthCheck_Deployment {
-    uint8_t enabled;
+    uint8_t enabled; /* non-zero: the check runs */
     uint32_t intervalMinutes;
 } HealthCheck_Deployment;
 QVS_ASSERT_SIZE(HealthCheck_Deployment, 5);
 
 #define HEALTHCHECK_VLAN_MTU_PARAM_SIZE 512u
 
-/* The header of a result. The ranges follow, each two 16-bit numbers, first and last: the ranges of the first
- * kind, then those of the second. The record has 4 * (firstCount + secondCount + 1) bytes. */
+/* The header of a result. HealthCheck_Range entries follow: the ranges of the first kind, then those of the
+ * second. The record has 4 * (firstCount + secondCount + 1) bytes. */
 typedef struct QVS_PACKED HealthCheck_Result {
     uint16_t firstCount;  /* trunked VLAN ranges, or MTU ranges allowed */
     uint16_t secondCount; /* untrunked VLAN ranges, or MTU ranges disallowed */
 } HealthCheck_Result;
 QVS_ASSERT_SIZE(HealthCheck_Result, 4);
+
+/* A range of VLAN ids, or of MTUs in bytes. */
+typedef struct QVS_PACKED HealthCheck_Range {
+    uint16_t first;
+    uint16_t last; /* inclusive */
+} HealthCheck_Range;
+QVS_ASSERT_SIZE(HealthCheck_Range, 4);
 
 /* Releases a result of a HealthCheck getter. Do not use free. Null is passed on to the state library. */
 QVS_API void HealthCheck_FreeMemory(void *pointer);

@@ -65,6 +65,12 @@ typedef char SwitchIdString[64];
 /* An alias or a portset name. A name of 128 characters or more fills the buffer WITHOUT a NUL. */
 typedef char SwitchAliasName[128];
 
+/* The head of a counted list: count entries of one size follow, packed. */
+typedef struct QVS_PACKED QVS_ListHead {
+    uint32_t count;
+} QVS_ListHead;
+QVS_ASSERT_SIZE(QVS_ListHead, 4);
+
 /*
  * Opens a device read-write, issues ioctl(fd, request, argument) once, and closes the device.
  *

@@ -30,11 +30,11 @@
 #define QVS_KEY_PORT_CONNECT_ID "com.quillon.common.port.connectid" /* number */
 #define QVS_KEY_PORT_BLOCK "com.quillon.common.port.block"          /* "true" or "false" */
 #define QVS_KEY_PORT_EXTERNAL_ID "com.quillon.port.extraConfig.vnic.external.id" /* text, opaque ports */
-#define QVS_KEY_UPLINK_NAMES "com.quillon.common.uplinkPorts"      /* count, VSDVS_UplinkName each */
-#define QVS_KEY_UPLINK_PORTS "com.quillon.common.host.uplinkPorts" /* count, VSDVS_UplinkPort each */
+#define QVS_KEY_UPLINK_NAMES "com.quillon.common.uplinkPorts"      /* list of VSDVS_UplinkName */
+#define QVS_KEY_UPLINK_PORTS "com.quillon.common.host.uplinkPorts" /* list of VSDVS_UplinkPort */
 
 /* ------------------------------------------------------------------------------------------------------- *
- * State that the kernel writes
+ * State that the kernel writes; records: <qvs/records.h>, results of checks: <qvs/healthcheck.h>
  * ------------------------------------------------------------------------------------------------------- */
 
 #define QVS_KEY_PORT_STATUS "com.quillon.common.port.volatile.status"
@@ -72,7 +72,7 @@
 #define QVS_KEY_TEAMING "com.quillon.vswitch.teaming"                             /* VSDVS_TeamingPolicy */
 #define QVS_KEY_PORT_TEAMING "com.quillon.vswitch.port.teaming.policy"            /* VSDVS_TeamingPolicy */
 #define QVS_KEY_PORT_TEAMING_OVERRIDE "com.quillon.vswitch.port.teaming.override" /* text */
-#define QVS_KEY_LS_TEAMING "com.quillon.vswitch.logicalswitch.teaming"            /* count, 2748 bytes each */
+#define QVS_KEY_LS_TEAMING "com.quillon.vswitch.logicalswitch.teaming"            /* list, 2748 bytes each */
 #define QVS_KEY_PORT_LS_TEAMING "com.quillon.vswitch.port.logicalswitch.teaming"  /* text */
 #define QVS_KEY_PORT_TX_UPLINK "com.quillon.vswitch.port.txUplink"                /* "always" or "normal" */
 
@@ -85,20 +85,20 @@
 
 #define QVS_KEY_MULTICAST_FILTER "com.quillon.vswitch.multicastFilter" /* "legacyFiltering" or "snooping" */
 #define QVS_KEY_RCF_TYPE "com.quillon.vswitch.rcf.INSNType"            /* "cbpf" or "ebpf" */
-#define QVS_KEY_MULTICAST_ADDRESSES "com.quillon.vswitch.mcast.user.addresses" /* count byte, 6 bytes each \
-                                                                                */
+#define QVS_KEY_MULTICAST_ADDRESSES "com.quillon.vswitch.mcast.user.addresses" /* VSDVS_McastList */
 #define QVS_KEY_PORT_MULTICAST_OVERRIDE "com.quillon.vswitch.port.mcast.user.addresses.override"
 
-#define QVS_KEY_TEAM_CHECK_DEPLOYMENT "com.quillon.common.teamcheck.deploy"        /* 5 bytes */
-#define QVS_KEY_TEAM_CHECK_PARAMETER "com.quillon.mesh.teamcheck.param"            /* 1 byte */
-#define QVS_KEY_VLAN_MTU_CHECK_DEPLOYMENT "com.quillon.common.vlanmtucheck.deploy" /* 5 bytes */
+#define QVS_KEY_TEAM_CHECK_DEPLOYMENT "com.quillon.common.teamcheck.deploy" /* HealthCheck_Deployment */
+#define QVS_KEY_TEAM_CHECK_PARAMETER "com.quillon.mesh.teamcheck.param"     /* 1 byte */
+#define QVS_KEY_VLAN_MTU_CHECK_DEPLOYMENT "com.quillon.common.vlanmtucheck.deploy" /* the same record */
 #define QVS_KEY_VLAN_MTU_CHECK_PARAMETER "com.quillon.mesh.vlanmtucheck.param"     /* 512 bytes */
 
-#define QVS_KEY_DISCOVERY "com.quillon.etherswitch.cdp" /* protocol and operation, a byte each */
+#define QVS_KEY_DISCOVERY "com.quillon.etherswitch.cdp" /* Discovery_Param */
 #define QVS_KEY_PORT_IPFIX "com.quillon.net.ipfix.port" /* IPFIXDVS_Port and an observation id */
 
 /* ------------------------------------------------------------------------------------------------------- *
- * Properties of other programs, which NetDVS_Dump prints by field where their layout is known
+ * Properties of other programs, which NetDVS_Dump prints by field where their layout is known; those records
+ * that no typed operation has: <qvs/records.h>
  * ------------------------------------------------------------------------------------------------------- */
 
 #define QVS_KEY_OVERLAY "com.quillon.common.overlay"

@@ -14,6 +14,7 @@
 #include <qvs/livetracehyp.h>
 #include <qvs/mesh_public.h>
 #include <qvs/netdvs.h>
+#include <qvs/records.h>
 #include <qvs/spfhyp.h>
 #include <qvs/tfhyp.h>
 #include <qvs/vsdvs.h>

@@ -162,7 +162,7 @@ QVS_API HYP_ReturnStatus VSDVS_RemoveDVPort(const char *alias, const char *portI
 /* ------------------------------------------------------------------------------------------------------- *
  * Uplinks
  *
- * Two lists with the same count describe the uplinks. Each list is a 32-bit count followed by packed entries.
+ * Two lists with the same count describe the uplinks. Each list is a QVS_ListHead followed by packed entries.
  * The global list contains the uplink names. The host list contains the ports that carry the uplinks on this
  * host, in the same order. The alias of the port in a host entry is the name of its uplink. Reading and
  * storing are two requests. If two callers change the lists of a switch at the same time, one change
@@ -338,20 +338,20 @@ QVS_API HYP_ReturnStatus VSDVS_SetMTU(const char *alias, uint32_t mtu);
 #define VSDVS_MIRROR_WILD_TEST 0x10u
 
 typedef struct QVS_PACKED VSDVS_MirrorHeader {
-    uint32_t magic;
-    uint32_t version;
+    uint32_t magic;   /* VSDVS_MIRROR_MAGIC */
+    uint32_t version; /* VSDVS_MIRROR_VERSION or VSDVS_MIRROR_VERSION_WILDCARD */
     uint32_t sessionCount;
-    uint32_t entityCount;
-    uint32_t reserved; /* 0 */
+    uint32_t entityCount; /* of all sessions together */
+    uint32_t reserved;    /* 0 */
 } VSDVS_MirrorHeader;
 QVS_ASSERT_SIZE(VSDVS_MirrorHeader, 20);
 
 typedef struct QVS_PACKED VSDVS_MirrorSession {
     char sessionId[32];   /* followed by zeros; no NUL when it has 32 characters */
     char displayName[84]; /* NUL-terminated */
-    uint32_t type;
+    uint32_t type;      /* VSDVS_MIRROR_MIXDST and the constants after it; not in the wildcard form */
     int32_t snapLength; /* bytes to keep of each frame; -1 keeps the whole frame */
-    uint32_t flags;
+    uint32_t flags;     /* VSDVS_MIRROR_DST_NO_OUTPUT and the constants after it */
     uint16_t encapVlan; /* with VSDVS_MIRROR_DST_ENCAP */
     uint16_t wildIn;    /* wildcard form only */
     uint16_t wildOut;   /* wildcard form only */
@@ -360,22 +360,32 @@ typedef struct QVS_PACKED VSDVS_MirrorSession {
     uint8_t reserved2[8];
     uint8_t mirrorStack; /* with VSDVS_MIRROR_ERMIRROR_SRC: non-zero is true */
     uint8_t reserved3[67];
-    uint32_t dstEntities;
-    uint32_t srcInEntities;
-    uint32_t srcOutEntities;
-    uint32_t firstEntity; /* index of the first entity of the session in the array of the list */
+    uint32_t dstEntities;    /* number of destinations */
+    uint32_t srcInEntities;  /* number of sources of ingress */
+    uint32_t srcOutEntities; /* number of sources of egress */
+    uint32_t firstEntity;    /* index of the first entity of the session in the array of the list */
 } VSDVS_MirrorSession;
 QVS_ASSERT_SIZE(VSDVS_MirrorSession, 232);
 QVS_ASSERT_OFFSET(VSDVS_MirrorSession, samplingRate, 136);
 QVS_ASSERT_OFFSET(VSDVS_MirrorSession, dstEntities, 216);
 
+#define VSDVS_MIRROR_TEXT_SIZE 32u
+
+/* The address of a destination. */
+typedef struct VSDVS_MirrorAddress {
+    uint8_t isIPv6; /* non-zero: all 16 bytes are the address */
+    uint8_t reserved[3];
+    uint8_t address[16]; /* network order; an IPv4 address in the first 4 bytes */
+} VSDVS_MirrorAddress;
+QVS_ASSERT_SIZE(VSDVS_MirrorAddress, 20);
+
 /*
  * A destination or a source of a session. The type of the session determines the contents of value.
  *
- * Destinations: a NUL-terminated port or uplink name (MIXDST, DVPORT, RMIRROR_DST), 32 characters of text
- * (RMIRROR_SRC), an IP address (ERMIRROR_SRC: byte 0 is not 0 for IPv6; the address, 4 or 16 bytes in network
- * order, starts at byte 4), or a MAC address of 6 bytes (LOGICAL_SPAN). Sources: a 16-bit VLAN id
- * (RMIRROR_DST), or a NUL-terminated port or uplink name (all other types).
+ * Destinations: a NUL-terminated port or uplink name (MIXDST, DVPORT, RMIRROR_DST), VSDVS_MIRROR_TEXT_SIZE
+ * characters of text (RMIRROR_SRC), a VSDVS_MirrorAddress (ERMIRROR_SRC), or a VSDVS_MACAddress
+ * (LOGICAL_SPAN). Sources: a 16-bit VLAN id (RMIRROR_DST), or a NUL-terminated port or uplink name (all other
+ * types).
  */
 typedef struct QVS_PACKED VSDVS_MirrorEntity {
     uint32_t word; /* not interpreted here */
@@ -422,9 +432,9 @@ QVS_API HYP_ReturnStatus VSDVS_RemoveDVMirrorSession(const char *alias, const ch
 #define VSDVS_PVLAN_COMMUNITY 3u
 
 typedef struct QVS_PACKED VSDVS_PrivateVLAN {
-    uint16_t primary;
-    uint16_t secondary;
-    uint8_t type;
+    uint16_t primary;   /* VLAN id */
+    uint16_t secondary; /* VLAN id */
+    uint8_t type;       /* VSDVS_PVLAN_... */
     uint8_t reserved[3];
 } VSDVS_PrivateVLAN;
 QVS_ASSERT_SIZE(VSDVS_PrivateVLAN, 8);
@@ -441,8 +451,8 @@ QVS_ASSERT_SIZE(VSDVS_VLANRange, 4);
 
 /* The policy of a port; rangeCount trunk ranges of type VSDVS_VLANRange follow. */
 typedef struct QVS_PACKED VSDVS_PortVLAN {
-    uint16_t flags;
-    uint16_t vlan; /* 0 without a flag: no VLAN */
+    uint16_t flags; /* VSDVS_VLAN_... */
+    uint16_t vlan;  /* 0 without a flag: no VLAN */
     uint16_t reserved;
     uint16_t rangeCount;
 } VSDVS_PortVLAN;
@@ -518,8 +528,14 @@ QVS_API HYP_ReturnStatus VSDVS_SetPortNestedVLANTagging(const char *alias, const
 #define VSDVS_FILTER_USE_LADRF 0x20u
 #define VSDVS_FILTER_SINK 0x10000u /* the port is a sink port */
 
+/* A MAC address in the order of the wire. */
+typedef struct VSDVS_MACAddress {
+    uint8_t bytes[6];
+} VSDVS_MACAddress;
+QVS_ASSERT_SIZE(VSDVS_MACAddress, 6);
+
 typedef struct QVS_PACKED VSDVS_ExtraEthFilter {
-    uint32_t flags;
+    uint32_t flags;        /* VSDVS_FILTER_... */
     uint16_t addressCount; /* with VSDVS_FILTER_MULTICAST */
     uint8_t addresses[32][6];
     uint8_t reserved[2];
@@ -581,10 +597,10 @@ QVS_API HYP_ReturnStatus VSDVS_ConfigureSinkPort(const char *alias, const char *
 #define VSDVS_LS_TEAMING_ENTRY_SIZE 2748u
 
 typedef struct QVS_PACKED VSDVS_TeamingPolicy {
-    uint32_t loadBalancing;
-    uint32_t linkSelection;
-    uint32_t word; /* not interpreted here, stored unchanged */
-    uint32_t linkBehaviour;
+    uint32_t loadBalancing; /* VSDVS_BALANCE_... */
+    uint32_t linkSelection; /* VSDVS_SELECT_... */
+    uint32_t word;          /* not interpreted here, stored unchanged */
+    uint32_t linkBehaviour; /* VSDVS_BEHAVE_... */
     uint32_t activeCount;
     uint32_t standbyCount; /* active and standby together at most 32 */
     /* The active uplinks in order of preference, then the standby ones; each NUL-terminated. */
@@ -635,7 +651,7 @@ QVS_API HYP_ReturnStatus VSDVS_ClearPortTeamingOverride(const char *alias, const
  * Return the table of logical-switch teaming policies of a switch, by its identifier, which is not looked up,
  * or by its alias.
  *
- *   table  receives a 32-bit count and that many entries of 2748 bytes; the caller releases it with
+ *   table  receives a QVS_ListHead and that many entries of 2748 bytes; the caller releases it with
  *          VSDVS_FreeMemory; the length of the stored value is not compared with the count
  *
  * HYP_NOT_FOUND also: no table is stored. HYP_FAILURE: the stored value has less than 4 bytes.
@@ -751,7 +767,7 @@ QVS_API HYP_ReturnStatus VSDVS_ClearStaticMACAllow(const char *alias);
 /* ------------------------------------------------------------------------------------------------------- *
  * Multicast, class CONFIG
  *
- * An address list is a count byte, at most 25, and that many 6-byte MAC addresses. The functions for address
+ * An address list is a VSDVS_McastList and that many VSDVS_MACAddress entries. The functions for address
  * lists return HYP_BAD_PARAM when the alias cannot be resolved, and when the snapshot does not contain the
  * port.
  * ------------------------------------------------------------------------------------------------------- */
@@ -762,6 +778,11 @@ QVS_API HYP_ReturnStatus VSDVS_ClearStaticMACAllow(const char *alias);
 
 #define VSDVS_RCF_CBPF 0u
 #define VSDVS_RCF_EBPF 1u
+
+typedef struct VSDVS_McastList {
+    uint8_t count; /* addresses that follow, at most VSDVS_MCAST_MAX_ADDRESSES */
+} VSDVS_McastList;
+QVS_ASSERT_SIZE(VSDVS_McastList, 1);
 
 /* Reads the multicast filter mode, VSDVS_MCAST_.... When nothing is stored, the function asks the kernel for
  * the mode of the running switch and returns its number unchanged. HYP_FAILURE: the stored mode is unknown.

@@ -87,8 +87,7 @@ void NetDVSDumpPrintf(NetDVSDumpCtx *ctx, const Arguments &...arguments) {
 // Appends a piece for each number, all of them at once where there is room. When memory runs out, each piece
 // is dropped or kept by itself.
 template <Format... F, typename... Numbers>
-requires(std::integral<Numbers> &&...) void NetDVSDumpPrintEach(NetDVSDumpCtx *ctx,
-                                                                const Numbers &...numbers) {
+requires(std::integral<Numbers> &&...) void NetDVSDumpPrintEach(NetDVSDumpCtx *ctx, Numbers... numbers) {
     const size_t most = (size_t{0} + ... + (sizeof F.text + longest(formatArgument(numbers))));
     if (most < static_cast<size_t>(ctx->prepared - ctx->length)) {
         char *out = ctx->text + ctx->length;

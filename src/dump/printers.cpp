@@ -1,6 +1,8 @@
 // The printers of single values, and what several printers share.
 #include "dump/printers.h"
 
+#include "qvs/vsdvs.h"
+
 namespace qvs {
 
 bool isPrintableString(const RecordView &record) {
@@ -14,12 +16,11 @@ bool isPrintableString(const RecordView &record) {
 
 void printRanges(const PrintJob &job, uint64_t offset, uint64_t count) {
     const RecordView &record = job.record;
-    const uint64_t entries = record.wholeEntries(count, offset, 4);
+    const uint64_t entries = record.wholeEntries(count, offset, sizeof(VSDVS_VLANRange));
     for (uint64_t i = 0; i < entries; ++i) {
-        const uint16_t first = record.u16(offset + 4 * i);
-        const uint16_t last = record.u16(offset + 4 * i + 2);
-        job.print<" %u">(first);
-        if (first != last) job.print<"-%u">(last);
+        const auto range = record.at<VSDVS_VLANRange>(offset + sizeof(VSDVS_VLANRange) * i);
+        job.print<" %u">(range.first);
+        if (range.first != range.last) job.print<"-%u">(range.last);
     }
 }
 
@@ -32,25 +33,25 @@ AddressText AddressText::of(Bytes... bytes) {
 }
 
 AddressText AddressText::ofIPv4(const RecordView &record, uint64_t offset) {
-    const auto byte = [&](uint64_t i) { return record.u8(offset + i); };
+    const auto byte = [&](uint64_t i) { return record.at<uint8_t>(offset + i); };
     return of<"%u.%u.%u.%u">(byte(0), byte(1), byte(2), byte(3));
 }
 
 AddressText AddressText::ofIPv6(const RecordView &record, uint64_t offset) {
-    const auto byte = [&](uint64_t i) { return record.u8(offset + i); };
+    const auto byte = [&](uint64_t i) { return record.at<uint8_t>(offset + i); };
     return of<"%02x%02x:%02x%02x:%02x%02x:%02x%02x:%02x%02x:%02x%02x:%02x%02x:%02x%02x">(
         byte(0), byte(1), byte(2), byte(3), byte(4), byte(5), byte(6), byte(7), byte(8), byte(9), byte(10),
         byte(11), byte(12), byte(13), byte(14), byte(15));
 }
 
 AddressText AddressText::ofMac(const RecordView &record, uint64_t offset) {
-    const auto byte = [&](uint64_t i) { return record.u8(offset + i); };
+    const auto byte = [&](uint64_t i) { return record.at<uint8_t>(offset + i); };
     return of<"%02x:%02x:%02x:%02x:%02x:%02x">(byte(0), byte(1), byte(2), byte(3), byte(4), byte(5));
 }
 
 // Connection ids and MTUs: one 32-bit number, shown as signed.
 void printNumber(const PrintJob &job) {
-    job.print<"\t\t%s = %d , \tpropType = %s\n">(job.key, job.record.at<int32_t>(0),
+    job.print<"\t\t%s = %d , \tpropType = %s\n">(job.key, job.record.at<int32_t>(),
                                                  NetDVSPropTypeStr(job.propType));
 }
 

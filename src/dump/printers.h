@@ -55,7 +55,8 @@ inline bool isPrintable(unsigned char byte) {
 // True when a record is exactly one printable text with its NUL.
 bool isPrintableString(const RecordView &record);
 
-// " first" or " first-last" for ranges of two 16-bit numbers; the last is shown whenever it differs.
+// " first" or " first-last" for ranges of two 16-bit numbers, of VLANs or MTUs; the last is shown whenever it
+// differs.
 void printRanges(const PrintJob &job, uint64_t offset, uint64_t count);
 
 // An address in a record as a text, so that the line it stands in is one piece: IPv4 with points, IPv6 in

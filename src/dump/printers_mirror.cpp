@@ -1,14 +1,15 @@
 // The printer of mirror session lists, in both layouts.
 #include "dump/printers.h"
+#include "qvs/vsdvs.h"
 
 namespace qvs {
 namespace {
 
-constexpr uint64_t kSessions = 20;
-constexpr uint64_t kSessionSize = 232;
-constexpr uint64_t kEntitySize = 52;
-
-enum Type : uint32_t { MixDst, DvPort, RMirrorSrc, RMirrorDst, ERMirrorSrc, LogicalSpan };
+constexpr uint64_t kSessions = sizeof(VSDVS_MirrorHeader);
+constexpr uint64_t kSessionSize = sizeof(VSDVS_MirrorSession);
+constexpr uint64_t kEntitySize = sizeof(VSDVS_MirrorEntity);
+constexpr uint64_t kValue = offsetof(VSDVS_MirrorEntity, value);
+constexpr size_t kValueSize = sizeof(VSDVS_MirrorEntity::value);
 
 const char *typeName(uint32_t type) {
     constexpr const char *kNames[] = {"MIXDST",      "DVPORT",       "RMIRROR_SRC",
@@ -27,28 +28,30 @@ void printBits(const PrintJob &job, uint32_t bits, const char *const (&names)[N]
 
 // The value of a destination, whose meaning is that of the session's type.
 void printDestination(const PrintJob &job, uint32_t type, uint64_t value) {
+    const uint64_t address = value + offsetof(VSDVS_MirrorAddress, address);
     switch (type) {
-        case RMirrorSrc:
-            job.print<" %s">(job.record.text(value, 32));
+        case VSDVS_MIRROR_RMIRROR_SRC:
+            job.print<" %s">(job.record.text(value, VSDVS_MIRROR_TEXT_SIZE));
             return;
-        case ERMirrorSrc:
-            job.print<" %s">((job.record.u8(value) != 0 ? AddressText::ofIPv6(job.record, value + 4)
-                                                        : AddressText::ofIPv4(job.record, value + 4))
+        case VSDVS_MIRROR_ERMIRROR_SRC:
+            job.print<" %s">((job.record.at<VSDVS_MirrorAddress>(value).isIPv6 != 0
+                                  ? AddressText::ofIPv6(job.record, address)
+                                  : AddressText::ofIPv4(job.record, address))
                                  .view());
             return;
-        case LogicalSpan:
+        case VSDVS_MIRROR_LOGICAL_SPAN:
             job.print<" %s">(AddressText::ofMac(job.record, value).view());
             return;
         default:
-            job.print<" %s">(job.record.text(value, 48));
+            job.print<" %s">(job.record.text(value, kValueSize));
     }
 }
 
 void printSource(const PrintJob &job, uint32_t type, uint64_t value) {
-    if (type == RMirrorDst) {
-        job.print<" %u">(job.record.u16(value));
+    if (type == VSDVS_MIRROR_RMIRROR_DST) {
+        job.print<" %u">(job.record.at<uint16_t>(value));
     } else {
-        job.print<" %s">(job.record.text(value, 48));
+        job.print<" %s">(job.record.text(value, kValueSize));
     }
 }
 
@@ -56,10 +59,10 @@ void printSource(const PrintJob &job, uint32_t type, uint64_t value) {
 // however many sessions lay claim to them.
 class Entities {
   public:
-    explicit Entities(const PrintJob &job)
+    Entities(const PrintJob &job, const VSDVS_MirrorHeader &header)
         : job_(job),
-          start_(kSessions + kSessionSize * job.record.u32(8)),
-          left_(job.record.entries(job.record.u32(12), start_, kEntitySize)) {}
+          start_(kSessions + kSessionSize * header.sessionCount),
+          left_(job.record.entries(header.entityCount, start_, kEntitySize)) {}
 
     // Prints `count` entities from an index on, each through `print`, and ends the line.
     template <typename Print>
@@ -67,7 +70,7 @@ class Entities {
         for (uint64_t i = first; i < first + count && left_ != 0; ++i, --left_) {
             const uint64_t entity = start_ + kEntitySize * i;
             if (entity >= job_.record.length()) break;
-            print(entity + 4);
+            print(entity + kValue);
         }
         job_.print<"\n">();
     }
@@ -78,52 +81,55 @@ class Entities {
     uint64_t left_;
 };
 
-void printSession(const PrintJob &job, uint64_t session, Entities &entities) {
+void printSession(const PrintJob &job, uint64_t offset, Entities &entities) {
     constexpr const char *kFlags[] = {"DST_NO_OUTPUT", "DST_NO_INPUT", "DST_ORIG_VLAN",
                                       "DST_ENCAP",     "LEGACY",       "DISABLED"};
     constexpr const char *kWild[] = {"VMM", "PNIC", "COS", "TCPIP", "TEST"};
     const RecordView &record = job.record;
+    const auto session = record.at<VSDVS_MirrorSession>(offset);
     const bool typed = job.ctx->newLayout != 0;
     // The wildcard form has no type; its destinations and sources are names.
-    const uint32_t type = typed ? record.u32(session + 116) : uint32_t{MixDst};
+    const uint32_t type = typed ? session.type : uint32_t{VSDVS_MIRROR_MIXDST};
 
-    job.print<"\t\t\tsid = %s\n">(record.text(session, 32));
-    job.print<"\t\t\tdname = %s\n">(record.text(session + 32, 84));
+    job.print<"\t\t\tsid = %s\n">(
+        record.text(offset + offsetof(VSDVS_MirrorSession, sessionId), sizeof session.sessionId));
+    job.print<"\t\t\tdname = %s\n">(
+        record.text(offset + offsetof(VSDVS_MirrorSession, displayName), sizeof session.displayName));
     if (typed) job.print<"\t\t\ttype = %s\n">(typeName(type));
-    job.print<"\t\t\tsnapLen = %d\n">(record.at<int32_t>(session + 120));
+    job.print<"\t\t\tsnapLen = %d\n">(session.snapLength);
     job.print<"\t\t\tflags =">();
-    printBits(job, record.u32(session + 124), kFlags);
-    job.print<"\t\t\tencapVlan = %u\n">(record.u16(session + 128));
+    printBits(job, session.flags, kFlags);
+    job.print<"\t\t\tencapVlan = %u\n">(session.encapVlan);
     if (typed) {
-        job.print<"\t\t\tsamplingRate = %u\n">(record.u32(session + 136));
-        if (type == ERMirrorSrc) {
-            job.print<"\t\t\tmirrorStack = %s\n">(record.u8(session + 148) != 0 ? "True" : "False");
+        job.print<"\t\t\tsamplingRate = %u\n">(session.samplingRate);
+        if (type == VSDVS_MIRROR_ERMIRROR_SRC) {
+            job.print<"\t\t\tmirrorStack = %s\n">(session.mirrorStack != 0 ? "True" : "False");
         }
     } else {
         job.print<"\t\t\twildIn =">();
-        printBits(job, record.u16(session + 130), kWild);
+        printBits(job, session.wildIn, kWild);
         job.print<"\t\t\twildOut =">();
-        printBits(job, record.u16(session + 132), kWild);
+        printBits(job, session.wildOut, kWild);
     }
 
-    const uint32_t destinations = record.u32(session + 216);
-    const uint32_t sourcesIn = record.u32(session + 220);
-    const uint32_t sourcesOut = record.u32(session + 224);
-    const uint64_t first = record.u32(session + 228);
+    const uint64_t sourcesIn = uint64_t{session.firstEntity} + session.dstEntities;
+    const uint64_t sourcesOut = sourcesIn + session.srcInEntities;
     const auto source = [&](uint64_t value) { printSource(job, type, value); };
     job.print<"\t\t\tdstEntities =">();
-    entities.printGroup(first, destinations, [&](uint64_t value) { printDestination(job, type, value); });
+    entities.printGroup(session.firstEntity, session.dstEntities,
+                        [&](uint64_t value) { printDestination(job, type, value); });
     job.print<"\t\t\tsrcInEntities =">();
-    entities.printGroup(first + destinations, sourcesIn, source);
+    entities.printGroup(sourcesIn, session.srcInEntities, source);
     job.print<"\t\t\tsrcOutEntities =">();
-    entities.printGroup(first + destinations + sourcesIn, sourcesOut, source);
+    entities.printGroup(sourcesOut, session.srcOutEntities, source);
 }
 
 }  // namespace
 
 void printMirrorSessions(const PrintJob &job) {
-    Entities entities(job);
-    const uint64_t count = job.record.entries(job.record.u32(8), kSessions, kSessionSize);
+    const auto header = job.record.at<VSDVS_MirrorHeader>();
+    Entities entities(job, header);
+    const uint64_t count = job.record.entries(header.sessionCount, kSessions, kSessionSize);
     job.print<"\t\t%s:\n">(job.key);
     for (uint64_t i = 0; i < count; ++i)
         printSession(job, kSessions + kSessionSize * i, entities);

@@ -1,5 +1,7 @@
 // The printers of health checks, MAC learning and multicast address lists.
 #include "dump/printers.h"
+#include "qvs/healthcheck.h"
+#include "qvs/vsdvs.h"
 
 namespace qvs {
 
@@ -29,11 +31,11 @@ void printRangeLine(const PrintJob &job, uint64_t offset, uint64_t count) {
 // Two counts, the ranges of the first kind, the ranges of the second.
 template <Format First, Format Second>
 void printCheckResult(const PrintJob &job) {
-    const uint16_t first = job.record.u16(0);
-    const uint16_t second = job.record.u16(2);
+    const auto head = job.record.at<HealthCheck_Result>();
+    const uint64_t ranges = sizeof head;
     job.print<"\t\t%s:\n">(job.key);
-    printRangeLine<First>(job, 4, first);
-    printRangeLine<Second>(job, 4 + 4 * uint64_t{first}, second);
+    printRangeLine<First>(job, ranges, head.firstCount);
+    printRangeLine<Second>(job, ranges + sizeof(HealthCheck_Range) * head.firstCount, head.secondCount);
     job.classLine();
 }
 
@@ -48,23 +50,26 @@ void printMtuCheckResult(const PrintJob &job) {
 }
 
 void printTeamCheckDeployment(const PrintJob &job) {
+    const auto deployment = job.record.at<HealthCheck_Deployment>();
     job.print<"\t\t%s:\n">(job.key);
-    job.print<"\t\t\tenabled = %s\n">(yesNo(job.record.u8(0) != 0));
-    job.print<"\t\t\tinterval = %u minutes\n">(job.record.u32(1));
+    job.print<"\t\t\tenabled = %s\n">(yesNo(deployment.enabled != 0));
+    job.print<"\t\t\tinterval = %u minutes\n">(deployment.intervalMinutes);
     job.classLine();
 }
 
 void printTeamCheckParameter(const PrintJob &job) {
     job.print<"\t\t%s:\n">(job.key);
-    job.print<"\t\t\tip hash expected = %s\n">(yesNo(job.record.u8(0) != 0));
+    job.print<"\t\t\tip hash expected = %s\n">(yesNo(job.record.at<uint8_t>() != 0));
     job.classLine();
 }
 
 void printMacLearning(const PrintJob &job) {
-    constexpr uint32_t kAgingTimeBits = 0xffffff;
+    const auto learning = job.record.at<VSDVS_MACLearning>();
+    uint32_t agingTime = 0;
+    std::memcpy(&agingTime, learning.agingTime, sizeof learning.agingTime);
     job.print<"\t\t%s:\n">(job.key);
-    job.print<"\t\t\tagingTime = %u seconds\n">(job.record.u32(0) & kAgingTimeBits);
-    job.print<"\t\t\tmacLimit = %u\n">(job.record.u32(4));
+    job.print<"\t\t\tagingTime = %u seconds\n">(agingTime);
+    job.print<"\t\t\tmacLimit = %u\n">(learning.macLimit);
     job.classLine();
 }
 
@@ -76,27 +81,30 @@ void printMacLearningSwitch(const PrintJob &job) {
 }
 
 void printMacManagement(const PrintJob &job) {
-    const RecordView &record = job.record;
+    const auto management = job.record.at<VSDVS_PortMACManagement>();
+    const VSDVS_PortMACLearning &learning = management.learning;
     job.print<
         "\t\t%s:\n"
         "\t\t\tmac change = %s\n"
         "\t\t\tlearning = %s\n"
         "\t\t\tflooding = %s\n"
         "\t\t\tmacLimit = %u\n"
-        "\t\t\tmacLimitPolicy = %s\n">(job.key, record.u8(0) != 0 ? "allow"sv : "deny"sv,
-                                       enabled(record.u8(1) != 0), enabled(record.u8(2) != 0), record.u32(3),
-                                       record.u32(7) == 0 ? "allow"sv : "not allow"sv);
+        "\t\t\tmacLimitPolicy = %s\n">(job.key, management.macChange != 0 ? "allow"sv : "deny"sv,
+                                       enabled(learning.learning != 0), enabled(learning.flooding != 0),
+                                       learning.macLimit,
+                                       learning.macLimitPolicy == 0 ? "allow"sv : "not allow"sv);
     job.classLine();
 }
 
 void printMulticastAddresses(const PrintJob &job) {
-    constexpr uint64_t kAddressSize = 6;
-    const uint8_t count = job.record.u8(0);
+    constexpr uint64_t kAddressSize = sizeof(VSDVS_MACAddress);
+    const auto head = job.record.at<VSDVS_McastList>();
     job.print<"\t\t%s:\n">(job.key);
-    job.print<"\t\t\tcount = %u\n">(count);
-    const uint64_t entries = job.record.wholeEntries(count, 1, kAddressSize);
+    job.print<"\t\t\tcount = %u\n">(head.count);
+    const uint64_t entries = job.record.wholeEntries(head.count, sizeof head, kAddressSize);
     for (uint64_t i = 0; i < entries; ++i) {
-        job.print<"\t\t\taddress = %s\n">(AddressText::ofMac(job.record, 1 + kAddressSize * i).view());
+        job.print<"\t\t\taddress = %s\n">(
+            AddressText::ofMac(job.record, sizeof head + kAddressSize * i).view());
     }
     job.classLine();
 }

@@ -1,5 +1,7 @@
 // The printers of what the kernel publishes: states, counters, links, overlays, uplinks.
 #include "dump/printers.h"
+#include "qvs/records.h"
+#include "qvs/vsdvs.h"
 
 namespace qvs {
 namespace {
@@ -7,12 +9,12 @@ namespace {
 // An uplink list: names of one size behind a 32-bit count.
 void printUplinkList(const PrintJob &job, size_t nameSize) {
     const RecordView &record = job.record;
-    const uint32_t stored = record.u32(0);
-    const uint64_t count = record.entriesOfRow(stored, 4, nameSize);
+    const auto head = record.at<QVS_ListHead>();
+    const uint64_t count = record.entriesOfRow(head.count, sizeof head, nameSize);
     job.print<"\t\t%s:\n\t\t\t">(job.key);
-    if (count == 0) job.print<"%s\n">(stored == 0 ? "<none>" : "");
+    if (count == 0) job.print<"%s\n">(head.count == 0 ? "<none>" : "");
     for (uint64_t i = 0; i < count; ++i) {
-        const std::string_view name = record.text(4 + nameSize * i, nameSize);
+        const std::string_view name = record.text(sizeof head + nameSize * i, nameSize);
         if (i + 1 < count) {
             job.print<"%s, ">(name);
         } else {
@@ -22,32 +24,31 @@ void printUplinkList(const PrintJob &job, size_t nameSize) {
     job.classLine();
 }
 
-// The codes are single bits, not all in the order of their speeds.
 const char *speedText(uint16_t code) {
     switch (code) {
-        case 1:
+        case QVS_SPEED_AUTO:
             return " auto negotiation\n";
-        case 2:
+        case QVS_SPEED_10_HALF:
             return " 10 Mb/s, half duplex\n";
-        case 4:
+        case QVS_SPEED_10_FULL:
             return " 10 Mb/s, full duplex\n";
-        case 8:
+        case QVS_SPEED_100_HALF:
             return " 100 Mb/s, half duplex\n";
-        case 16:
+        case QVS_SPEED_100_FULL:
             return " 100 Mb/s, full duplex\n";
-        case 32:
+        case QVS_SPEED_1000_HALF:
             return " 1000 Mb/s, half duplex\n";
-        case 64:
+        case QVS_SPEED_1000_FULL:
             return " 1000 Mb/s, full duplex\n";
-        case 128:
+        case QVS_SPEED_10G_FULL:
             return " 10 Gb/s, full duplex\n";
-        case 256:
+        case QVS_SPEED_2500_FULL:
             return " 2500 Mb/s, full duplex\n";
-        case 512:
+        case QVS_SPEED_20G_FULL:
             return " 20 Gb/s, full duplex\n";
-        case 1024:
+        case QVS_SPEED_40G_FULL:
             return " 40 Gb/s, full duplex\n";
-        case 2048:
+        case QVS_SPEED_100G_FULL:
             return " 100 Gb/s, full duplex\n";
         default:
             return nullptr;
@@ -58,35 +59,32 @@ const char *speedText(uint16_t code) {
 
 // A free port has neither a number nor class words.
 void printPortStatus(const PrintJob &job) {
-    constexpr uint64_t kInUse = 1u << 0;
-    constexpr uint64_t kLinkUp = 1u << 1;
-    constexpr uint64_t kBlocked = 1u << 2;
-    const uint64_t flags = job.record.u64(0);
+    const auto status = job.record.at<QVS_PortStatus>();
     job.print<"\t\t%s =">(job.key);
-    if ((flags & kInUse) == 0) {
+    if ((status.flags & QVS_PORT_IN_USE) == 0) {
         job.print<" free\n">();
         return;
     }
     job.print<" inUse">();
-    if ((flags & kLinkUp) != 0) job.print<" linkUp">();
-    if ((flags & kBlocked) != 0) job.print<" blocked">();
-    job.print<" portID=%u %s">(job.record.u32(16), job.record.text(20));
+    if ((status.flags & QVS_PORT_LINK_UP) != 0) job.print<" linkUp">();
+    if ((status.flags & QVS_PORT_BLOCKED) != 0) job.print<" blocked">();
+    job.print<" portID=%u %s">(status.portNumber, job.record.text(sizeof status));
     job.print<" propType = %s\n">(NetDVSPropTypeStr(job.propType));
 }
 
 void printPassThroughStatus(const PrintJob &job) {
-    constexpr uint64_t kActive = 1u << 3;
+    const auto status = job.record.at<QVS_PassThroughStatus>();
     job.print<"\t\t%s =">(job.key);
-    if ((job.record.u64(0) & kActive) != 0) {
+    if ((status.flags & QVS_PASS_THROUGH_ACTIVE) != 0) {
         job.print<" passthru, ">();
     } else {
-        job.print<" noPassthruReason = %u, ">(job.record.u64(8));
+        job.print<" noPassthruReason = %u, ">(status.reason);
     }
     job.print<"\tpropType = %s\n">(NetDVSPropTypeStr(job.propType));
 }
 
 void printPortStatistics(const PrintJob &job) {
-    const auto counter = [&](uint64_t index) { return job.record.u64(8 * index); };
+    const auto counters = job.record.at<QVS_PortStatistics>();
     job.print<"\t\t%s:\n">(job.key);
     NetDVSDumpPrintEach<
         "\t\t\tpktsInUnicast = %u\n", "\t\t\tbytesInUnicast = %u\n", "\t\t\tpktsInMulticast = %u\n",
@@ -94,46 +92,51 @@ void printPortStatistics(const PrintJob &job) {
         "\t\t\tpktsOutUnicast = %u\n", "\t\t\tbytesOutUnicast = %u\n", "\t\t\tpktsOutMulticast = %u\n",
         "\t\t\tbytesOutMulticast = %u\n", "\t\t\tpktsOutBroadcast = %u\n", "\t\t\tbytesOutBroadcast = %u\n",
         "\t\t\tpktsInDropped = %u\n", "\t\t\tpktsOutDropped = %u\n", "\t\t\tpktsInException = %u\n",
-        "\t\t\tpktsOutException = %u\n">(job.ctx, counter(0), counter(1), counter(2), counter(3), counter(4),
-                                         counter(5), counter(6), counter(7), counter(8), counter(9),
-                                         counter(10), counter(11), counter(12), counter(13), counter(14),
-                                         counter(15));
+        "\t\t\tpktsOutException = %u\n">(
+        job.ctx, counters.pktsInUnicast, counters.bytesInUnicast, counters.pktsInMulticast,
+        counters.bytesInMulticast, counters.pktsInBroadcast, counters.bytesInBroadcast,
+        counters.pktsOutUnicast, counters.bytesOutUnicast, counters.pktsOutMulticast,
+        counters.bytesOutMulticast, counters.pktsOutBroadcast, counters.bytesOutBroadcast,
+        counters.pktsInDropped, counters.pktsOutDropped, counters.pktsInException, counters.pktsOutException);
     job.classLine();
 }
 
 // The reason is shown for a health that has a colour only.
 void printHostStatus(const PrintJob &job) {
-    constexpr const char *kColours[] = {"green", "yellow", "red"};
-    const uint32_t health = job.record.u32(0);
+    constexpr const char *kColours[] = {"green", "yellow", "red"};  // by QVS_HEALTH_...
+    const uint32_t health = job.record.at<QVS_HostStatus>().health;
     const std::string_view classes = NetDVSPropTypeStr(job.propType);
     job.print<"\t\t%s = ">(job.key);
     if (health < std::size(kColours)) {
-        job.print<"%s %s, \tpropType = %s\n">(kColours[health], job.record.text(4), classes);
+        job.print<"%s %s, \tpropType = %s\n">(kColours[health], job.record.text(sizeof(QVS_HostStatus)),
+                                              classes);
     } else {
         job.print<"unknown value %u, \tpropType = %s\n">(health, classes);
     }
 }
 
 void printLinkStatus(const PrintJob &job) {
-    const uint16_t code = job.record.u16(2);
+    const auto link = job.record.at<QVS_LinkStatus>();
     job.print<"\t\t%s =\n\t\t\t">(job.key);
-    job.print<"%s">(job.record.u8(0) != 0 ? "link up;" : "link down;");
-    if (const char *text = speedText(code); text != nullptr) {
+    job.print<"%s">(link.up != 0 ? "link up;" : "link down;");
+    if (const char *text = speedText(link.speed); text != nullptr) {
         job.print<"%s">(text);
     } else {
-        job.print<" unknow speed/duplex %d\n">(code);  // spelled so
+        job.print<" unknow speed/duplex %d\n">(link.speed);  // spelled so
     }
     job.classLine();
 }
 
 void printOverlay(const PrintJob &job) {
-    constexpr uint64_t kEntrySize = 36;
     const RecordView &record = job.record;
-    const uint64_t count = record.entriesOfRow(record.u32(0), 4, kEntrySize);
+    const auto head = record.at<QVS_ListHead>();
+    const uint64_t count = record.entriesOfRow(head.count, sizeof head, sizeof(QVS_Overlay));
     job.print<"\t\t%s =">(job.key);
     for (uint64_t i = 0; i < count; ++i) {
-        const uint64_t entry = 4 + kEntrySize * i;
-        job.print<" %s(%u)">(record.text(entry + 4, 32), record.u32(entry));
+        const uint64_t entry = sizeof head + sizeof(QVS_Overlay) * i;
+        const std::string_view name =
+            record.text(entry + offsetof(QVS_Overlay, name), sizeof(QVS_Overlay::name));
+        job.print<" %s(%u)">(name, record.at<QVS_Overlay>(entry).number);
     }
     job.print<"\n">();
     job.classLine();
@@ -141,34 +144,34 @@ void printOverlay(const PrintJob &job) {
 
 // The first binding follows "=" without a blank, and each has one behind it.
 void printPortOverlay(const PrintJob &job) {
-    constexpr uint64_t kEntrySize = 12;
     const RecordView &record = job.record;
-    const uint64_t count = record.wholeEntries(record.u32(0), 4, kEntrySize);
+    const auto head = record.at<QVS_ListHead>();
+    const uint64_t count = record.wholeEntries(head.count, sizeof head, sizeof(QVS_PortOverlay));
     job.print<"\t\t%s =">(job.key);
     for (uint64_t i = 0; i < count; ++i) {
-        const uint64_t entry = 4 + kEntrySize * i;
-        job.print<"0x%x@%u ">(record.u64(entry + 4), record.u32(entry));
+        const auto binding = record.at<QVS_PortOverlay>(sizeof head + sizeof(QVS_PortOverlay) * i);
+        job.print<"0x%x@%u ">(binding.value, binding.number);
     }
     job.print<"\n">();
     job.classLine();
 }
 
 void printVlanInForce(const PrintJob &job) {
-    const uint16_t ranges = job.record.u16(2);
-    job.print<"\t\t%s = VLAN %d\n">(job.key, job.record.u16(0));
-    if (ranges != 0) {
+    const auto head = job.record.at<QVS_VLANInForce>();
+    job.print<"\t\t%s = VLAN %d\n">(job.key, head.vlan);
+    if (head.rangeCount != 0) {
         job.print<"\t\t\tranges =">();
-        printRanges(job, 4, ranges);
+        printRanges(job, sizeof head, head.rangeCount);
         job.print<"\n">();
     }
     job.classLine();
 }
 
 void printUplinkNames(const PrintJob &job) {
-    printUplinkList(job, 81);
+    printUplinkList(job, sizeof(VSDVS_UplinkName));
 }
 void printUplinkPorts(const PrintJob &job) {
-    printUplinkList(job, 48);
+    printUplinkList(job, sizeof(VSDVS_UplinkPort));
 }
 
 }  // namespace qvs

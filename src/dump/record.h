@@ -9,8 +9,8 @@
 
 namespace qvs {
 
-// A view that cannot be read beyond its end: numbers that are not there are zero, texts end, and no more
-// entries are counted than there are bytes for.
+// A view that cannot be read beyond its end: bytes that are not there are zero, texts end, and no more
+// entries are counted than there are bytes for. Offsets are those of the records of the public headers.
 class RecordView {
   public:
     RecordView(const void *bytes, uint32_t length)
@@ -19,21 +19,17 @@ class RecordView {
     uint32_t length() const { return length_; }
     const unsigned char *bytes() const { return bytes_; }
 
-    // The number of type T at an offset, little-endian and unaligned.
+    // The number or packed record of type T at an offset, little-endian and unaligned.
     template <typename T>
-    T at(uint64_t offset) const {
-        T number = 0;
-        if (offset < length_ && length_ - offset >= sizeof number) {
-            std::memcpy(&number, bytes_ + offset, sizeof number);
+    T at(uint64_t offset = 0) const {
+        T value{};
+        if (offset < length_ && length_ - offset >= sizeof value) {
+            std::memcpy(&value, bytes_ + offset, sizeof value);
         } else if (offset < length_) {
-            std::memcpy(&number, bytes_ + offset, static_cast<size_t>(length_ - offset));
+            std::memcpy(&value, bytes_ + offset, static_cast<size_t>(length_ - offset));
         }
-        return number;
+        return value;
     }
-    uint8_t u8(uint64_t offset) const { return at<uint8_t>(offset); }
-    uint16_t u16(uint64_t offset) const { return at<uint16_t>(offset); }
-    uint32_t u32(uint64_t offset) const { return at<uint32_t>(offset); }
-    uint64_t u64(uint64_t offset) const { return at<uint64_t>(offset); }
 
     // The text in a field: up to a NUL, the end of the field or the end of the record.
     std::string_view text(uint64_t offset, size_t fieldSize = SIZE_MAX) const {

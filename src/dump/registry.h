@@ -16,8 +16,9 @@ struct PrintJob {
     uint32_t propType;
     NetDVSDumpCtx *ctx;
 
+    // By value: a field of a packed record cannot be referred to.
     template <Format F, typename... Arguments>
-    void print(const Arguments &...arguments) const {
+    void print(Arguments... arguments) const {
         NetDVSDumpPrintf<F>(ctx, arguments...);
     }
 
