@@ -84,8 +84,8 @@ std::vector<Line> readLines(std::istream &in, bool json) {
             global.trace = tracing;
             global.timeout = patience();
             Call call = parseCall(words, global);
-            std::string_view noun = call.command->noun;
-            if (call.global.help || noun == "help" || noun == "batch") {
+            std::string_view asked = call.command->words;
+            if (call.global.help || asked == "help" || asked == "batch") {
                 fail(Exit::Usage, "neither help nor a batch can be asked for in a batch");
             }
             lines.push_back({number, std::move(call)});
@@ -111,14 +111,15 @@ class Touched {
         return false;
     }
     void add(const Call &call) {
-        if (call.command->access == Access::Writes) paths_.merge(pathsOf(call));
+        if (call.command->run.access == Access::Writes) paths_.merge(pathsOf(call));
     }
     void forget() { paths_.clear(); }
 
   private:
     static std::set<std::string> pathsOf(const Call &call) {
-        if (call.command->touches == nullptr) return {touchedPath({})};
-        std::vector<std::string> paths = call.command->touches(call.arguments);
+        const Touches touches = call.command->run.touches;
+        if (touches == nullptr) return {touchedPath({})};
+        std::vector<std::string> paths = touches(call.arguments);
         return {paths.begin(), paths.end()};
     }
 
@@ -135,7 +136,7 @@ void runBatch(const Arguments &arguments, Output &out) {
     Touched touched;
     for (const Line &line : lines) {
         try {
-            if (line.call.command->access != Access::Local && touched.overlaps(line.call)) {
+            if (line.call.command->run.access != Access::Local && touched.overlaps(line.call)) {
                 requireState(loadSnapshot());
                 touched.forget();
             }
@@ -149,20 +150,16 @@ void runBatch(const Arguments &arguments, Output &out) {
 }
 
 const Command kRows[] = {
-    {.noun = "batch",
-     .verb = nullptr,
-     .access = Access::Writes,
-     .json = true,
+    {.words = "batch",
      .summary = "run the commands of a file, one a line, up to the first that fails",
      .arguments = {{"FILE", "file of commands, or - for standard input", Kind::File}},
-     .options = {},
      .details =
          "All lines are read before the first runs, and their commands, options and numbers of arguments are "
          "checked; a value is checked when its line runs, behind the changes of the lines before it. Words "
          "are separated by blanks; quotes and backslashes work as in a shell, nothing is expanded, # begins "
          "a comment. With --json every command prints its own JSON.",
      .example = "qvs batch changes.txt",
-     .run = runBatch,
+     .run = writes(runBatch),
      .guard = Guard::None},
 };
 

@@ -55,29 +55,19 @@ void set(const Arguments &arguments, Output &out) {
 }
 
 const Command kRows[] = {
-    {.noun = "discovery",
-     .verb = "get",
-     .access = Access::Reads,
-     .json = true,
+    {.words = "discovery get",
      .summary = "show the discovery protocol of a switch and what it does",
      .arguments = {kSwitchArgument},
-     .options = {},
-     .details = nullptr,
      .example = "qvs discovery get sw1",
-     .run = get,
-     .touches = touches<kDiscovery>},
-    {.noun = "discovery",
-     .verb = "set",
-     .access = Access::Writes,
-     .json = true,
+     .run = reads(get, touches<kDiscovery>)},
+    {.words = "discovery set",
      .summary = "store the discovery protocol of a switch and what it does",
      .arguments = {kSwitchArgument},
      .options = {{"--protocol", "NAME", "cdp or lldp (as it is; cdp)"},
                  {"--operation", "NAME", "down, listen, advertise or both", Kind::Word, false, Need::Always}},
      .details = "Down removes what is stored.",
      .example = "qvs discovery set sw1 --protocol lldp --operation both",
-     .run = set,
-     .touches = touches<kDiscovery>},
+     .run = writes(set, touches<kDiscovery>)},
 };
 
 }  // namespace

@@ -35,17 +35,14 @@ void dump(const Arguments &arguments, Output &out) {
 }
 
 const Command kRows[] = {
-    {.noun = "dump",
-     .verb = nullptr,
-     .access = Access::Reads,
-     .json = false,
+    {.words = "dump",
      .summary = "print switches, ports and their properties with every field named",
      .arguments = {{"SWITCH", "alias of the one switch to print", Kind::Switch, true}},
-     .options = {},
      .details = "Bytes of stored texts that are no text are escaped on a terminal, and stay as they are in a "
                 "file or a pipe. The properties in JSON: qvs prop list SWITCH --all --json.",
      .example = "qvs dump sw1",
-     .run = dump},
+     .json = false,
+     .run = reads(dump)},
 };
 
 }  // namespace

@@ -30,16 +30,13 @@ void stats(const Arguments &arguments, Output &out) {
 }
 
 const Command kRows[] = {
-    {.noun = "ipfix",
-     .verb = "stats",
-     .access = Access::Reads,
-     .json = true,
+    {.words = "ipfix stats",
      .summary = "show the flow statistics of a switch or of one of its ports",
      .arguments = {kSwitchArgument, {"PORT", "identifier of the port", Kind::Port, true}},
      .options = {kRaw},
      .details = "The statistics are the kernel's own, 192 bytes, and are shown as they are.",
      .example = "qvs ipfix stats sw1 port0",
-     .run = stats},
+     .run = reads(stats)},
 };
 
 }  // namespace

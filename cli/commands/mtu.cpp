@@ -46,29 +46,18 @@ void set(const Arguments &arguments, Output &out) {
 }
 
 const Command kRows[] = {
-    {.noun = "mtu",
-     .verb = "get",
-     .access = Access::Reads,
-     .json = true,
+    {.words = "mtu get",
      .summary = "print the MTU of a switch in bytes, as its portset has it",
      .arguments = {kSwitchArgument},
-     .options = {},
-     .details = nullptr,
      .example = "qvs mtu get sw1",
-     .run = get,
-     .touches = touches<kMtu, kEtherswitchMtu>},
-    {.noun = "mtu",
-     .verb = "set",
-     .access = Access::Writes,
-     .json = true,
+     .run = reads(get, touches<kMtu, kEtherswitchMtu>)},
+    {.words = "mtu set",
      .summary = "set the MTU of a switch: of its NICs, its portset and its properties",
      .arguments = {kSwitchArgument, {"MTU", "bytes, 1280 to 9000"}},
-     .options = {},
      .details = "When a step fails, the old value is put back. Changed means that portset or properties had "
                 "another value; the NICs are set in any case.",
      .example = "qvs mtu set sw1 9000",
-     .run = set,
-     .touches = touches<kMtu, kEtherswitchMtu>},
+     .run = writes(set, touches<kMtu, kEtherswitchMtu>)},
 };
 
 }  // namespace

@@ -77,30 +77,22 @@ void set(const Arguments &arguments, Output &out) {
 }
 
 const Command kRows[] = {
-    {.noun = "options",
-     .verb = "get",
-     .access = Access::Reads,
-     .json = true,
+    {.words = "options get",
      .summary = "show the options of the switch module",
      .arguments = {{"ID", "number of an option, 16 bits; without any, all are shown", Kind::Word, true,
                     true}},
      .options = {kRaw},
      .details = "The block is the kernel's own, 4096 bytes, and is shown as it is.",
      .example = "qvs options get 7 --raw option.bin",
-     .run = get,
-     .touches = touchesNothing},
-    {.noun = "options",
-     .verb = "set",
-     .access = Access::Writes,
-     .json = true,
+     .run = reads(get, touchesNothing)},
+    {.words = "options set",
      .summary = "change options of the switch module",
      .arguments = {{"OPTIONS", "the bytes behind the block's length, as pairs of hexadecimal digits",
                     Kind::Word, true}},
      .options = {{"--file", "FILE", "a whole block (- for standard input), as --raw writes it", Kind::File}},
      .details = "A block begins with its length, 32 bits; what follows is the kernel's own.",
      .example = "qvs options set '0700 0400 01000000'",
-     .run = set,
-     .touches = touchesNothing},
+     .run = writes(set, touchesNothing)},
 };
 
 }  // namespace

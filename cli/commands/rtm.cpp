@@ -56,42 +56,29 @@ constexpr Argument kBlock{"BLOCK", "the block as pairs of hexadecimal digits", K
 constexpr Option kBlockFile{"--file", "FILE", "the block in FILE (- for standard input)", Kind::File};
 
 const Command kRows[] = {
-    {.noun = "rtm",
-     .verb = "op",
-     .access = Access::Writes,
-     .json = true,
+    {.words = "rtm op",
      .summary = "send an operation on routes",
      .arguments = {kCommandArgument, kBlock},
      .options = {kBlockFile},
      .details =
          "A block is a count, 32 bits, and count * 136 + 5 bytes more; what they mean is the module's.",
      .example = "qvs rtm op 1 --file routes.bin",
-     .run = operate,
-     .touches = touchesNothing},
-    {.noun = "rtm",
-     .verb = "mod",
-     .access = Access::Writes,
-     .json = true,
+     .run = writes(operate, touchesNothing)},
+    {.words = "rtm mod",
      .summary = "send a modification of routes",
      .arguments = {kCommandArgument, kBlock},
      .options = {kBlockFile},
      .details =
          "A block is a count, 32 bits, and count * 5 + 128 bytes more; what they mean is the module's.",
      .example = "qvs rtm mod 2 --file changes.bin",
-     .run = modify,
-     .touches = touchesNothing},
-    {.noun = "rtm",
-     .verb = "port",
-     .access = Access::Writes,
-     .json = true,
+     .run = writes(modify, touchesNothing)},
+    {.words = "rtm port",
      .summary = "send an operation on a port",
      .arguments = {{"FIRST", "first word of the operation, 32 bits"},
                    {"SECOND", "second word of the operation, 32 bits"}},
      .options = {{"--flag", "N", "the flag behind them, 8 bits (0)"}},
-     .details = nullptr,
      .example = "qvs rtm port 67108865 100 --flag 1",
-     .run = port,
-     .touches = touchesNothing},
+     .run = writes(port, touchesNothing)},
 };
 
 }  // namespace

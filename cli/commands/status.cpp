@@ -21,16 +21,11 @@ void explain(const Arguments &arguments, Output &out) {
 }
 
 const Command kRows[] = {
-    {.noun = "status",
-     .verb = nullptr,
-     .access = Access::Local,
-     .json = true,
+    {.words = "status",
      .summary = "print the text of a status",
      .arguments = {{"CODE", "status, decimal or hexadecimal after 0x"}},
-     .options = {},
-     .details = nullptr,
      .example = "qvs status 0xbad0003",
-     .run = explain},
+     .run = local(explain)},
 };
 
 }  // namespace

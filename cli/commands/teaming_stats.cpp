@@ -33,26 +33,20 @@ void servicePorts(const Arguments &arguments, Output &out) {
 }
 
 const Command kRows[] = {
-    {.noun = "rarp",
-     .verb = nullptr,
-     .access = Access::Reads,
-     .json = true,
+    {.words = "rarp",
      .summary = "show what a switch announced by reverse ARP",
      .arguments = {kSwitchArgument},
      .options = {kRaw},
      .details = "The statistics are the kernel's own, 16 bytes, and are shown as they are.",
      .example = "qvs rarp sw1",
-     .run = rarp},
-    {.noun = "teaming",
-     .verb = "stats",
-     .access = Access::Reads,
-     .json = true,
+     .run = reads(rarp)},
+    {.words = "teaming stats",
      .summary = "show the teaming statistics of a switch's service ports",
      .arguments = {kSwitchArgument},
      .options = {kRaw},
      .details = "The statistics are the kernel's own, 48 bytes, and are shown as they are.",
      .example = "qvs teaming stats sw1",
-     .run = servicePorts},
+     .run = reads(servicePorts)},
 };
 
 }  // namespace

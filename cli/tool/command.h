@@ -67,20 +67,37 @@ class Arguments {
     std::vector<std::pair<std::string_view, std::vector<std::string>>> values_;
 };
 
-struct Command {
-    const char *noun;
-    const char *verb;  // one word or two ("vlan get"); null for a command of one word
+// What a command touches when it writes, and all that it looks at, as paths from the switch down; null:
+// everything. A batch loads the snapshot again only before a command that looks at what was touched.
+using Touches = std::vector<std::string> (*)(const Arguments &);
+
+// What a command does: its function, and what that needs and changes. Rows say reads(), writes() or local().
+struct Run {
     Access access;
-    bool json;  // --json is understood; refused otherwise
+    void (*function)(const Arguments &, Output &);
+    Touches touches;
+
+    void operator()(const Arguments &arguments, Output &out) const { function(arguments, out); }
+};
+constexpr Run reads(void (*function)(const Arguments &, Output &), Touches touches = nullptr) {
+    return {Access::Reads, function, touches};
+}
+constexpr Run writes(void (*function)(const Arguments &, Output &), Touches touches = nullptr) {
+    return {Access::Writes, function, touches};
+}
+constexpr Run local(void (*function)(const Arguments &, Output &)) {
+    return {Access::Local, function, nullptr};
+}
+
+struct Command {
+    const char *words;  // one to three: "status", "switch create", "port vlan get"
     const char *summary;
-    std::initializer_list<Argument> arguments;
-    std::initializer_list<Option> options;
-    const char *details;  // more for the manual, or null
+    std::initializer_list<Argument> arguments = {};
+    std::initializer_list<Option> options = {};
+    const char *details = nullptr;  // more for the manual
     const char *example;
-    void (*run)(const Arguments &, Output &);
-    // What a change touches, and all that it looks at, as paths from the switch down; null: everything. A
-    // batch loads the snapshot again only before a command that looks at what was touched.
-    std::vector<std::string> (*touches)(const Arguments &) = nullptr;
+    bool json = true;  // --json is understood; refused otherwise
+    Run run;
     Guard guard = Guard::Switch;
 };
 

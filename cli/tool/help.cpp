@@ -36,8 +36,8 @@ bool beginsWith(const Command &command, std::span<const std::string> words) {
 }  // namespace
 
 std::vector<std::string_view> wordsOf(const Command &command) {
-    std::vector<std::string_view> words = {command.noun};
-    std::string_view rest = command.verb == nullptr ? "" : command.verb;
+    std::vector<std::string_view> words;
+    std::string_view rest = command.words;
     while (!rest.empty()) {
         size_t blank = std::min(rest.find(' '), rest.size());
         words.push_back(rest.substr(0, blank));
@@ -47,7 +47,7 @@ std::vector<std::string_view> wordsOf(const Command &command) {
 }
 
 std::string words(const Command &command) {
-    return command.verb == nullptr ? command.noun : fmt::format("{} {}", command.noun, command.verb);
+    return command.words;
 }
 
 std::string usageLine(const Command &command) {

@@ -151,8 +151,7 @@ Call parseCall(std::vector<std::string> words, GlobalOptions global) {
     call.arguments =
         parseArguments(*command, std::span<const std::string>(words).subspan(taken), call.global);
     if (call.global.help) return call;
-    if (call.global.json && !command->json)
-        fail(Exit::Usage, "--json: qvs {} has none", cli::words(*command));
+    if (call.global.json && !command->json) fail(Exit::Usage, "--json: qvs {} has none", command->words);
     requireExclusive(call.arguments, call.global);
     return call;
 }
@@ -169,7 +168,7 @@ std::string lockName(const Arguments &arguments) {
 }
 
 void runLocked(const Call &call, Output &out) {
-    const bool writes = call.command->access == Access::Writes;
+    const bool writes = call.command->run.access == Access::Writes;
     const Lock lock(writes ? call.command->guard : Guard::None, lockName(call.arguments));
     if (lock.behind()) requireState(loadSnapshot());
     call.command->run(call.arguments, out);
@@ -180,7 +179,7 @@ void runLocked(const Call &call, Output &out) {
 void execute(const Call &call) {
     tracing = call.global.trace;
     if (call.global.timeout != 0) setPatience(call.global.timeout);
-    const bool local = call.command->access == Access::Local;
+    const bool local = call.command->run.access == Access::Local;
     if (!local) requireHost();
     Output out(call.global.json);
     foundNothing = false;
@@ -192,7 +191,7 @@ void execute(const Call &call) {
         if (failure.fromLibrary && failure.exit != Exit::NoAnswer) blameHost(failure.message);
         throw;
     }
-    if (foundNothing && call.command->access == Access::Reads) blameHost("");
+    if (foundNothing && call.command->run.access == Access::Reads) blameHost("");
     out.flush();
 }
 
