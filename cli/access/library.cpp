@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "access/snapshot.h"
 #include "tool/failure.h"
 
 namespace qvs::cli {
@@ -81,8 +82,7 @@ KernelList boundedList(const AskList &ask, size_t entrySize, std::string_view wh
 std::string portsetOf(const std::string &alias) {
     // A name of 128 characters fills the buffer without a NUL.
     std::array<char, sizeof(SwitchAliasName) + 1> name{};
-    require(call("DVSAliasToPortsetName", DVSAliasToPortsetName, alias.c_str(), name.data()),
-            "switch " + inQuotes(alias));
+    require(call<DVSAliasToPortsetName>(alias.c_str(), name.data()), named(alias));
     return name.data();
 }
 

@@ -53,31 +53,51 @@ std::string shownArgument(const Value &value) {
 
 }  // namespace trace
 
-// Calls function, which is called name, and with --trace says so; `outcome` puts the result in words. The
-// errno that the function left stays.
-template <typename Result, typename... Parameters>
-Result traced(std::string_view name, std::string (*outcome)(Result), Result (*function)(Parameters...),
-              std::type_identity_t<Parameters>... arguments) {
-    if (!tracing) return function(arguments...);
-    auto start = std::chrono::steady_clock::now();
-    Result result = function(arguments...);
-    auto elapsed = std::chrono::steady_clock::now() - start;
-    int error = errno;
-    std::string text;
-    ((text += text.empty() ? "" : ", ", text += trace::shownArgument<Parameters>(arguments)), ...);
-    trace::line(name, text, outcome(result), elapsed);
-    errno = error;
-    return result;
+// What the function's name is in its program text.
+template <auto Function>
+consteval std::string_view nameOfFunction() {
+    constexpr std::string_view kBefore = "Function = ";
+    std::string_view name = __PRETTY_FUNCTION__;
+    name.remove_prefix(name.find(kBefore) + kBefore.size());
+    name.remove_prefix(name.find_first_not_of("&("));
+    return name.substr(0, name.find_first_of(";])"));
 }
 
-// The same for a function that answers a status.
-template <typename... Parameters>
-HYP_ReturnStatus call(std::string_view name, HYP_ReturnStatus (*function)(Parameters...),
-                      std::type_identity_t<Parameters>... arguments) {
-    HYP_ReturnStatus status = traced(name, trace::statusText, function, arguments...);
-    if (status == HYP_NOT_FOUND) foundNothing = true;
-    return status;
-}
+// traced<FUNCTION>(outcome, arguments...): calls FUNCTION of the library, and with --trace says so; `outcome`
+// puts the result in words. The errno that the function left stays.
+template <auto Function>
+struct TracedCall;
+template <typename Result, typename... Parameters, Result (*Function)(Parameters...)>
+struct TracedCall<Function> {
+    Result operator()(std::string (*outcome)(Result), Parameters... arguments) const {
+        if (!tracing) return Function(arguments...);
+        auto start = std::chrono::steady_clock::now();
+        Result result = Function(arguments...);
+        auto elapsed = std::chrono::steady_clock::now() - start;
+        int error = errno;
+        std::string text;
+        ((text += text.empty() ? "" : ", ", text += trace::shownArgument<Parameters>(arguments)), ...);
+        trace::line(nameOfFunction<Function>(), text, outcome(result), elapsed);
+        errno = error;
+        return result;
+    }
+};
+template <auto Function>
+inline constexpr TracedCall<Function> traced;
+
+// call<FUNCTION>(arguments...): the same for a function that answers a status.
+template <auto Function>
+struct StatusCall;
+template <typename... Parameters, HYP_ReturnStatus (*Function)(Parameters...)>
+struct StatusCall<Function> {
+    HYP_ReturnStatus operator()(Parameters... arguments) const {
+        HYP_ReturnStatus status = traced<Function>(trace::statusText, arguments...);
+        if (status == HYP_NOT_FOUND) foundNothing = true;
+        return status;
+    }
+};
+template <auto Function>
+inline constexpr StatusCall<Function> call;
 
 // Interrupting, ending and hanging up wait until this is gone.
 class SignalsHeld {
@@ -97,31 +117,34 @@ class SignalsHeld {
     sigset_t before_;
 };
 
-// The same for a change of several steps, which a signal may not stop half way: what is half done has no verb
-// that finishes or removes it.
-template <typename... Parameters>
-HYP_ReturnStatus callWhole(std::string_view name, HYP_ReturnStatus (*function)(Parameters...),
-                           std::type_identity_t<Parameters>... arguments) {
-    SignalsHeld held;
-    return call(name, function, arguments...);
-}
+// callWhole<FUNCTION>(arguments...): the same for a change of several steps, which a signal may not stop half
+// way: what is half done has no verb that finishes or removes it.
+template <auto Function>
+struct WholeCall;
+template <typename... Parameters, HYP_ReturnStatus (*Function)(Parameters...)>
+struct WholeCall<Function> {
+    HYP_ReturnStatus operator()(Parameters... arguments) const {
+        SignalsHeld held;
+        return call<Function>(arguments...);
+    }
+};
+template <auto Function>
+inline constexpr WholeCall<Function> callWhole;
 
-// One of the VSHYP calls that hand out a buffer: call(name, function, arguments..., &buffer).
-template <typename Function, typename... Arguments>
-HYP_ReturnStatus fetch(std::string_view name, Function function, VshypBuffer &buffer,
-                       Arguments... arguments) {
+// One of the VSHYP calls that hand out a buffer as their last argument.
+template <auto Function, typename... Arguments>
+HYP_ReturnStatus fetch(VshypBuffer &buffer, Arguments... arguments) {
     void *raw = nullptr;
-    HYP_ReturnStatus status = call(name, function, arguments..., &raw);
+    HYP_ReturnStatus status = call<Function>(arguments..., &raw);
     buffer.reset(raw);
     return status;
 }
 
 // The same, and throws what fails.
-template <typename Function, typename... Arguments>
-VshypBuffer fetched(std::string_view subject, std::string_view name, Function function,
-                    Arguments... arguments) {
+template <auto Function, typename... Arguments>
+VshypBuffer fetched(std::string_view subject, Arguments... arguments) {
     VshypBuffer buffer;
-    require(fetch(name, function, buffer, arguments...), subject);
+    require(fetch<Function>(buffer, arguments...), subject);
     return buffer;
 }
 

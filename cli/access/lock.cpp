@@ -176,7 +176,7 @@ Lock::Lock(Guard guard, const std::string &alias) {
     bool everything = guard == Guard::Everything;
     at_ = everything ? 0 : slotOf(alias);
     size_ = everything ? kSlot * (1 + kSwitchSlots) : kSlot;
-    held_ = take(everything || alias.empty() ? "this host" : "switch " + inQuotes(alias), at_, size_);
+    held_ = take(everything || alias.empty() ? std::string("this host") : named(alias), at_, size_);
     if (!held_) return;
     holding = true;
     behind_ = everything || isNews(0) || isNews(at_);
@@ -194,7 +194,7 @@ Lock::~Lock() {
 
 void awaitOtherRuns(const std::string &alias) {
     if (holding || lockFile() < 0) return;
-    if (!take("switch " + inQuotes(alias), slotOf(alias), kSlot)) return;
+    if (!take(named(alias), slotOf(alias), kSlot)) return;
     struct flock lock = range(F_UNLCK, slotOf(alias), kSlot);
     fcntl(lockFile(), F_SETLK, &lock);
 }

@@ -138,9 +138,9 @@ VSDVS_MirrorSession encodeSession(const MirrorSession &session) {
     if (!session.type) fail(Exit::Usage, "type: is missing; sessions of the older form cannot be stored");
     if (session.snapLength && *session.snapLength > kMostSnapLength)
         fail(Exit::Usage, "snap length: {}, at most {} fit", *session.snapLength, kMostSnapLength);
-    if (session.encapVlan > kMostVlan)
+    if (session.encapVlan > QVS_VLAN_MAX)
         fail(Exit::Usage, "encap VLAN: {} is no VLAN id, which go from 0 to {}", session.encapVlan,
-             kMostVlan);
+             QVS_VLAN_MAX);
 
     VSDVS_MirrorSession stored{};
     std::copy(session.id.begin(), session.id.end(), stored.sessionId);

@@ -54,11 +54,7 @@ NumberedPort numberedPort(const Arguments &arguments) {
     const std::string &alias = arguments.text("SWITCH");
     const std::string &port = arguments.text("PORT");
     findPort(findVswitch(alias), alias, port);
-    NumberedPort found{fmt::format("switch {}: port {}", inQuotes(alias), inQuotes(port)), 0};
-    require(
-        call("VSDVS_DvPortIDToPortID", VSDVS_DvPortIDToPortID, alias.c_str(), port.c_str(), &found.number),
-        found.named);
-    return found;
+    return {named(alias, port), portNumber(alias, port)};
 }
 
 }  // namespace qvs::cli

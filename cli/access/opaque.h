@@ -28,11 +28,10 @@ struct Answer {
 
 std::string pointerText(void *pointer);
 
-template <typename... Parameters>
-Answer fetchAnswer(std::string_view name, void *(*function)(Parameters...),
-                   std::type_identity_t<Parameters>... arguments) {
+template <auto Function, typename... Arguments>
+Answer fetchAnswer(Arguments... arguments) {
     errno = 0;
-    Answer answer{HeapBuffer(traced(name, pointerText, function, arguments...)), 0};
+    Answer answer{HeapBuffer(traced<Function>(pointerText, arguments...)), 0};
     if (!answer.buffer) answer.error = errno;
     return answer;
 }
@@ -41,10 +40,9 @@ Answer fetchAnswer(std::string_view name, void *(*function)(Parameters...),
 Failure requestFailure(std::string_view subject, int error);
 
 // A record; throws when there is none.
-template <typename... Parameters>
-HeapBuffer fetchRecord(std::string_view subject, std::string_view name, void *(*function)(Parameters...),
-                       std::type_identity_t<Parameters>... arguments) {
-    Answer answer = fetchAnswer(name, function, arguments...);
+template <auto Function, typename... Arguments>
+HeapBuffer fetchRecord(std::string_view subject, Arguments... arguments) {
+    Answer answer = fetchAnswer<Function>(arguments...);
     if (!answer.buffer) throw requestFailure(subject, answer.error);
     return std::move(answer.buffer);
 }

@@ -30,9 +30,7 @@ PolicyPlace::PolicyPlace(const Policy &policy, const Arguments &arguments)
 }
 
 std::string PolicyPlace::named() const {
-    std::string name = "switch " + inQuotes(switchName_);
-    if (port_) name += ": port " + inQuotes(*port_);
-    return name + ": " + policy_.what;
+    return (port_ ? cli::named(switchName_, *port_) : cli::named(switchName_)) + ": " + policy_.what;
 }
 
 std::optional<Property> PolicyPlace::stored() const {
@@ -79,8 +77,8 @@ void PolicyPlace::describe(Record &record) const {
 }
 
 void PolicyPlace::report(Output &out, bool changed) const {
-    if (!port_) return reportChange(out, switchName_, {{"switch", switchName_}}, changed);
-    reportChange(out, switchName_ + "/" + *port_, {{"switch", switchName_}, {"port", *port_}}, changed);
+    if (!port_) return reportSwitch(out, switchName_, changed);
+    reportPort(out, switchName_, *port_, changed);
 }
 
 void PolicyPlace::failAbsent() const {

@@ -16,13 +16,38 @@
 
 namespace qvs::cli {
 
-// Where the record of a policy is stored, of which class, and of what size.
+// Never defined: a call of it in a constant is the compiler's error.
+void keyIsNotInTheTable();
+
+// What <qvs/keys.h> says of a key: the scope and the class that it is stored with.
+struct KeyRow {
+    std::string_view key;
+    Scope scope;
+    uint32_t classes;
+};
+consteval KeyRow rowOf(std::string_view key) {
+#define QVS_KEY_ROW(key, scope, propType) KeyRow{key, static_cast<Scope>(scope), propType},
+    for (const KeyRow &row : {QVS_KEYS(QVS_KEY_ROW)})
+        if (row.key == key) return row;
+#undef QVS_KEY_ROW
+    keyIsNotInTheTable();
+    return {};
+}
+
+// A policy by its key, which stands in <qvs/keys.h> with its scope and class.
 struct Policy {
+    consteval Policy(const char *name, const char *storedKey, size_t recordSize = 0)
+        : what(name),
+          key(storedKey),
+          size(recordSize),
+          scope(rowOf(storedKey).scope),
+          classes(rowOf(storedKey).classes) {}
+
     const char *what;  // in messages
     const char *key;
+    size_t size;  // of the record; 0: sizes differ
     Scope scope;
-    uint32_t classes = DVS_PROP_CONFIG;
-    size_t size = 0;  // 0: sizes differ
+    uint32_t classes;
 };
 
 // The switch or port whose policy a command is about. It exists, unless the switch was given by identifier,
@@ -109,7 +134,5 @@ template <typename Packed>
 Bytes bytesOf(const Packed &record) {
     return {reinterpret_cast<const uint8_t *>(&record), sizeof record};
 }
-
-inline constexpr Option kById{"--by-id", nullptr, "SWITCH is an identifier, not an alias"};
 
 }  // namespace qvs::cli

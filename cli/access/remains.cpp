@@ -20,10 +20,6 @@
 namespace qvs::cli {
 namespace {
 
-std::string named(std::string_view alias) {
-    return "switch " + inQuotes(alias);
-}
-
 bool isVswitch(DVSSwitch *sw) {
     return std::strcmp(DVS_ClassName(sw), "vswitch") == 0;
 }
@@ -33,11 +29,11 @@ std::string idOf(DVSSwitch *sw) {
 }
 
 std::optional<std::string_view> aliasOf(DVSSwitch *sw) {
-    return findText({Scope::Global, sw}, key::kAlias);
+    return findText({Scope::Global, sw}, QVS_KEY_ALIAS);
 }
 
 std::optional<std::string_view> portsetNameOf(DVSSwitch *sw) {
-    return findText({Scope::Host, sw}, key::kPortset);
+    return findText({Scope::Host, sw}, QVS_KEY_HOST_PORTSET);
 }
 
 // As long as the kernel's list has room for it.
@@ -49,7 +45,7 @@ bool askNames(uint32_t selector, uint32_t entrySize, std::set<std::string, std::
     KernelList list = boundedList(
         [&] {
             VshypBuffer buffer;
-            fetch("VSHYP_GetSwitches", VSHYP_GetSwitches, buffer, selector);
+            fetch<VSHYP_GetSwitches>(buffer, selector);
             return buffer;
         },
         entrySize, "switches");
@@ -121,14 +117,14 @@ bool isNewUplinkPort(DVSPort *port) {
     bool uplink = false;
     bool unchanged = true;
     forEachProperty({Scope::Port, nullptr, port}, [&](const Property &property) {
-        if (property.key == "com.quillon.vswitch.port.vlan") {
+        if (property.key == QVS_KEY_PORT_VLAN) {
             uplink = holds(property, kUplinkVlan, sizeof kUplinkVlan);
             unchanged = uplink;
-        } else if (property.key == key::kPortAlias) {
+        } else if (property.key == QVS_KEY_PORT_ALIAS) {
             unchanged = holds(property, id.c_str(), id.size() + 1);
-        } else if (property.key == key::kConnectId) {
+        } else if (property.key == QVS_KEY_PORT_CONNECT_ID) {
             unchanged = holds(property, &connectId, sizeof connectId);
-        } else if (property.key == key::kPortBlock) {
+        } else if (property.key == QVS_KEY_PORT_BLOCK) {
             unchanged = holds(property, "false", sizeof "false");
         } else {
             unchanged = (property.classes & (DVS_PROP_VOLATILE | DVS_PROP_RUNTIME)) != 0;
@@ -161,7 +157,7 @@ StoredList readList(const Place &place, std::string_view key, size_t entrySize) 
 
 // The name that the alias of a port stands for, which is then no longer to be had; nothing when none is left.
 bool takeName(std::vector<std::string> &names, DVSPort *port) {
-    std::optional<Property> alias = findProperty({Scope::Port, nullptr, port}, key::kPortAlias);
+    std::optional<Property> alias = findProperty({Scope::Port, nullptr, port}, QVS_KEY_PORT_ALIAS);
     auto it = std::find_if(names.begin(), names.end(), [&](const std::string &name) {
         return alias && holds(*alias, name.c_str(), name.size() + 1);
     });
@@ -170,47 +166,17 @@ bool takeName(std::vector<std::string> &names, DVSPort *port) {
     return true;
 }
 
-std::vector<uint8_t> packList(const std::vector<Uplink> &uplinks, std::string Uplink::*member,
-                              size_t entrySize) {
-    auto count = static_cast<uint32_t>(uplinks.size());
-    std::vector<uint8_t> list(sizeof count + uplinks.size() * entrySize);
-    std::memcpy(list.data(), &count, sizeof count);
-    for (size_t i = 0; i < uplinks.size(); i++) {
-        const std::string &text = uplinks[i].*member;
-        std::memcpy(&list[sizeof count + i * entrySize], text.data(), std::min(text.size(), entrySize));
-    }
-    return list;
-}
-
-using SetProp = HYP_ReturnStatus (*)(const char *, const char *, const void *, uint32_t, const char *,
-                                     uint8_t);
-using ClearProp = HYP_ReturnStatus (*)(const char *, const char *, const char *, uint8_t);
-
-// One of the two lists: where it is stored, and how.
-struct ListPlace {
-    const char *key;
-    std::string Uplink::*member;
-    size_t entrySize;
-    const char *setName;
-    SetProp set;
-    const char *clearName;
-    ClearProp clear;
-};
-constexpr ListPlace kListPlaces[] = {
-    {key::kUplinkNames, &Uplink::name, sizeof(VSDVS_UplinkName), "VSDVS_SetGlobProp", VSDVS_SetGlobProp,
-     "VSDVS_ClearGlobProp", VSDVS_ClearGlobProp},
-    {key::kUplinkPorts, &Uplink::port, sizeof(VSDVS_UplinkPort), "VSDVS_SetHostProp", VSDVS_SetHostProp,
-     "VSDVS_ClearHostProp", VSDVS_ClearHostProp},
-};
-
-HYP_ReturnStatus storeList(const std::string &id, const ListPlace &place,
-                           const std::vector<Uplink> &uplinks) {
-    if (!uplinks.empty()) {
-        std::vector<uint8_t> list = packList(uplinks, place.member, place.entrySize);
-        return call(place.setName, place.set, nullptr, place.key, list.data(),
-                    static_cast<uint32_t>(list.size()), id.c_str(), 0);
-    }
-    HYP_ReturnStatus status = call(place.clearName, place.clear, nullptr, place.key, id.c_str(), 0);
+// One of the two lists, of a switch by its identifier: stored, or removed when there is nothing to list.
+template <auto Set, auto Clear>
+HYP_ReturnStatus storeList(const std::string &id, const char *key, const std::vector<Uplink> &uplinks,
+                           std::string Uplink::*member, size_t entrySize) {
+    std::vector<std::string> names;
+    for (const Uplink &uplink : uplinks)
+        names.push_back(uplink.*member);
+    std::vector<uint8_t> list = packList(names, entrySize);
+    if (!names.empty())
+        return call<Set>(nullptr, key, list.data(), static_cast<uint32_t>(list.size()), id.c_str(), 0);
+    HYP_ReturnStatus status = call<Clear>(nullptr, key, id.c_str(), 0);
     return status == HYP_NOT_FOUND ? HYP_OK : status;
 }
 
@@ -218,11 +184,16 @@ HYP_ReturnStatus storeList(const std::string &id, const ListPlace &place,
 void mendUplinks(DVSSwitch *sw, const UplinkState &state, const std::string &subject) {
     const std::string id = idOf(sw);
     SignalsHeld held;
-    for (const ListPlace &place : kListPlaces) {
-        if (!state.broken.empty()) require(storeList(id, place, state.whole), subject);
+    if (!state.broken.empty()) {
+        require(storeList<VSDVS_SetGlobProp, VSDVS_ClearGlobProp>(id, QVS_KEY_UPLINK_NAMES, state.whole,
+                                                                  &Uplink::name, sizeof(VSDVS_UplinkName)),
+                subject);
+        require(storeList<VSDVS_SetHostProp, VSDVS_ClearHostProp>(id, QVS_KEY_UPLINK_PORTS, state.whole,
+                                                                  &Uplink::port, sizeof(VSDVS_UplinkPort)),
+                subject);
     }
     for (const std::string &port : state.strayPorts)
-        require(call("DVSHYP_PortRemove", DVSHYP_PortRemove, id.c_str(), port.c_str()), subject);
+        require(call<DVSHYP_PortRemove>(id.c_str(), port.c_str()), subject);
 }
 
 // --- repairing ---
@@ -317,8 +288,8 @@ std::vector<std::string> missingParts(DVSSwitch *sw, const KernelSwitches &kerne
 
 UplinkState uplinkState(DVSSwitch *sw) {
     UplinkState state;
-    StoredList names = readList({Scope::Global, sw}, key::kUplinkNames, sizeof(VSDVS_UplinkName));
-    StoredList ports = readList({Scope::Host, sw}, key::kUplinkPorts, sizeof(VSDVS_UplinkPort));
+    StoredList names = readList({Scope::Global, sw}, QVS_KEY_UPLINK_NAMES, sizeof(VSDVS_UplinkName));
+    StoredList ports = readList({Scope::Host, sw}, QVS_KEY_UPLINK_PORTS, sizeof(VSDVS_UplinkPort));
     state.readable = names.readable && ports.readable;
     state.listed = names.there || ports.there;
     if (!state.readable) return state;
@@ -335,7 +306,8 @@ UplinkState uplinkState(DVSSwitch *sw) {
             listed.erase(entry);
         } else {
             state.whole.push_back(
-                {std::string(findText({Scope::Port, nullptr, port}, key::kPortAlias).value_or("")), entry});
+                {std::string(findText({Scope::Port, nullptr, port}, QVS_KEY_PORT_ALIAS).value_or("")),
+                 entry});
         }
     }
     for (const std::string &name : names.entries) {
@@ -348,6 +320,16 @@ UplinkState uplinkState(DVSSwitch *sw) {
         return true;
     });
     return state;
+}
+
+std::vector<uint8_t> packList(const std::vector<std::string> &names, size_t entrySize) {
+    auto count = static_cast<uint32_t>(names.size());
+    std::vector<uint8_t> list(sizeof count + names.size() * entrySize);
+    std::memcpy(list.data(), &count, sizeof count);
+    for (size_t i = 0; i < names.size(); i++)
+        std::memcpy(&list[sizeof count + i * entrySize], names[i].data(),
+                    std::min(names[i].size(), entrySize));
+    return list;
 }
 
 std::vector<std::string> remainsOf(DVSSwitch *sw, const std::optional<KernelSwitches> &kernel) {
@@ -375,9 +357,9 @@ void removeHalfMade(DVSSwitch *sw, const std::string &subject) {
     // Without a name of its portset, a switch was to have the one of its alias.
     std::string portset(portsetNameOf(sw).value_or(aliasOf(sw).value_or("")));
     SignalsHeld held;
-    HYP_ReturnStatus status = call("DVSHYP_SwitchDissociate", DVSHYP_SwitchDissociate, id.c_str());
+    HYP_ReturnStatus status = call<DVSHYP_SwitchDissociate>(id.c_str());
     if (status != HYP_NOT_FOUND) require(status, subject);
-    require(call("DVSHYP_SwitchRemove", DVSHYP_SwitchRemove, id.c_str()), subject);
+    require(call<DVSHYP_SwitchRemove>(id.c_str()), subject);
     requireState(loadSnapshot());
     std::optional<KernelSwitches> kernel = askKernelSwitches();
     if (kernel && isStray(portset, *kernel)) removePortset(portset);

@@ -44,6 +44,10 @@ struct UplinkState {
 };
 UplinkState uplinkState(DVSSwitch *sw);
 
+// A list of uplinks or of their ports as it is stored: a count, and entries of one size with zeros behind the
+// name.
+std::vector<uint8_t> packList(const std::vector<std::string> &names, size_t entrySize);
+
 // Everything that is left of unfinished changes of a switch, in words.
 std::vector<std::string> remainsOf(DVSSwitch *sw, const std::optional<KernelSwitches> &kernel);
 

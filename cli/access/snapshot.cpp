@@ -14,6 +14,25 @@
 
 namespace qvs::cli {
 
+std::string named(std::string_view alias) {
+    return "switch " + inQuotes(alias);
+}
+
+std::string named(std::string_view alias, std::string_view port) {
+    return named(alias) + ": port " + inQuotes(port);
+}
+
+std::string namedUplink(std::string_view alias, std::string_view uplink) {
+    return named(alias) + ": uplink " + inQuotes(uplink);
+}
+
+std::string named(const Arguments &arguments) {
+    const std::string &alias = arguments.text("SWITCH");
+    for (const char *port : {"PORT", "--port"})
+        if (arguments.given(port)) return named(alias, arguments.text(port));
+    return named(alias);
+}
+
 std::optional<uint32_t> Property::number() const {
     uint32_t number = 0;
     if (value.size() != sizeof number) return std::nullopt;
@@ -62,7 +81,7 @@ uint64_t bootTime() {
 
 HYP_ReturnStatus loadSnapshot() {
     snapshotTime = bootTime();
-    return call("DVSLoadConfig", DVSLoadConfig);
+    return call<DVSLoadConfig>();
 }
 
 bool comesTrue(const std::function<bool()> &made, int looks) {
@@ -81,20 +100,18 @@ bool comesTrue(const std::function<bool()> &made, int looks) {
 
 DVSSwitch *findSwitch(const std::string &alias) {
     SwitchIdString id{};
-    require(call("DVSAliasToSwitchIdAllTypes", DVSAliasToSwitchIdAllTypes, alias.c_str(), id),
-            "switch " + inQuotes(alias));
+    require(call<DVSAliasToSwitchIdAllTypes>(alias.c_str(), id), named(alias));
     return DVSState_SwitchFindByAlias(alias.c_str());
 }
 
 DVSSwitch *findVswitch(const std::string &alias) {
     SwitchIdString id{};
-    HYP_ReturnStatus status = call("DVSAliasToSwitchId", DVSAliasToSwitchId, alias.c_str(), id);
+    HYP_ReturnStatus status = call<DVSAliasToSwitchId>(alias.c_str(), id);
     DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
     if (status == HYP_BAD_PARAM && sw != nullptr) {
-        fail(Exit::Failed, "switch {}: class is {}, not 'vswitch'", inQuotes(alias),
-             inQuotes(DVS_ClassName(sw)));
+        fail(Exit::Failed, "{}: class is {}, not 'vswitch'", named(alias), inQuotes(DVS_ClassName(sw)));
     }
-    require(status, "switch " + inQuotes(alias));
+    require(status, named(alias));
     return sw;
 }
 
@@ -114,9 +131,15 @@ DVSPort *lookUpPort(DVSSwitch *sw, const std::string &portId) {
 DVSPort *findPort(DVSSwitch *sw, const std::string &alias, const std::string &portId) {
     DVSPort *port = lookUpPort(sw, portId);
     if (port == nullptr) {
-        throw libraryFailure("switch " + inQuotes(alias) + ": port " + inQuotes(portId), HYP_NOT_FOUND);
+        throw libraryFailure(named(alias, portId), HYP_NOT_FOUND);
     }
     return port;
+}
+
+uint32_t portNumber(const std::string &alias, const std::string &portId) {
+    uint32_t number = 0;
+    require(call<VSDVS_DvPortIDToPortID>(alias.c_str(), portId.c_str(), &number), named(alias, portId));
+    return number;
 }
 
 uint32_t countPorts(DVSSwitch *sw) {
@@ -135,7 +158,7 @@ std::string roomHint(HYP_ReturnStatus status, uint32_t maxPorts) {
 
 std::vector<std::string_view> uplinkPorts(DVSSwitch *sw) {
     std::vector<std::string_view> ports;
-    std::optional<Property> list = findProperty({Scope::Host, sw}, key::kUplinkPorts);
+    std::optional<Property> list = findProperty({Scope::Host, sw}, QVS_KEY_UPLINK_PORTS);
     if (!list || list->value.size() < sizeof(uint32_t)) return ports;
     uint32_t count = 0;
     std::memcpy(&count, list->value.data(), sizeof count);
@@ -166,7 +189,7 @@ PortStatus readStatus(Bytes record) {
 }
 
 PortStatus portStatus(DVSPort *port) {
-    std::optional<Property> record = findProperty({Scope::Port, nullptr, port}, key::kPortStatus);
+    std::optional<Property> record = findProperty({Scope::Port, nullptr, port}, QVS_KEY_PORT_STATUS);
     return record ? readStatus(record->value) : PortStatus{};
 }
 

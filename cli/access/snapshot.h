@@ -1,6 +1,7 @@
 // What the snapshot holds, as the commands look at it: switches, ports and their properties.
 #pragma once
 
+#include <qvs/keys.h>
 #include <qvs/mesh_public.h>
 
 #include <cstdint>
@@ -10,22 +11,17 @@
 #include <string_view>
 #include <vector>
 
+#include "tool/command.h"
 #include "tool/text.h"
 
 namespace qvs::cli {
 
-namespace key {
-inline constexpr const char *kAlias = "com.quillon.common.alias";
-inline constexpr const char *kOpaque = "com.quillon.common.opaqueDvs";
-inline constexpr const char *kPortset = "com.quillon.common.host.portset";
-inline constexpr const char *kUplinkNames = "com.quillon.common.uplinkPorts";
-inline constexpr const char *kUplinkPorts = "com.quillon.common.host.uplinkPorts";
-inline constexpr const char *kPortAlias = "com.quillon.common.port.alias";
-inline constexpr const char *kConnectId = "com.quillon.common.port.connectid";
-inline constexpr const char *kPortBlock = "com.quillon.common.port.block";
-inline constexpr const char *kPortStatus = "com.quillon.common.port.volatile.status";
-inline constexpr const char *kExternalId = "com.quillon.port.extraConfig.vnic.external.id";
-}  // namespace key
+// How messages name what they are about.
+std::string named(std::string_view alias);                         // "switch 'sw1'"
+std::string named(std::string_view alias, std::string_view port);  // "switch 'sw1': port 'p'"
+std::string namedUplink(std::string_view alias, std::string_view uplink);
+// SWITCH, and the port that is given as PORT or --port.
+std::string named(const Arguments &arguments);
 
 // One property; it belongs to the snapshot.
 struct Property {
@@ -61,7 +57,7 @@ void forEachPort(DVSSwitch *sw, Visit visit) {
 }
 
 // The three places of properties: all hosts of a switch, this host, a port.
-enum class Scope { Global, Host, Port };
+enum class Scope { Global = QVS_SCOPE_GLOBAL, Host = QVS_SCOPE_HOST, Port = QVS_SCOPE_PORT };
 struct Place {
     Scope scope = Scope::Global;
     DVSSwitch *sw = nullptr;
@@ -112,6 +108,9 @@ DVSSwitch *findSwitchById(std::string_view switchId);
 DVSPort *lookUpPort(DVSSwitch *sw, const std::string &portId);
 // The port; a not-found failure without one.
 DVSPort *findPort(DVSSwitch *sw, const std::string &alias, const std::string &portId);
+
+// The number that the kernel has for a port; a failure when it has none.
+uint32_t portNumber(const std::string &alias, const std::string &portId);
 
 uint32_t countPorts(DVSSwitch *sw);
 // The words that tell how many ports a switch has room for when that was too few, and nothing for any other

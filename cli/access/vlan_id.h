@@ -2,6 +2,7 @@
 #pragma once
 
 #include <fmt/format.h>
+#include <qvs/keys.h>
 #include <qvs/vsdvs.h>
 
 #include <string>
@@ -13,13 +14,11 @@
 
 namespace qvs::cli {
 
-inline constexpr uint32_t kMostVlan = 4094;
-
 // The id that a text holds; a usage failure about what when it holds none.
 inline uint16_t vlanId(std::string_view what, std::string_view text) {
     std::optional<uint32_t> id = parseNumber(text);
-    if (!id || *id > kMostVlan)
-        fail(Exit::Usage, "{}: {} is no VLAN id, which go from 0 to {}", what, inQuotes(text), kMostVlan);
+    if (!id || *id > QVS_VLAN_MAX)
+        fail(Exit::Usage, "{}: {} is no VLAN id, which go from 0 to {}", what, inQuotes(text), QVS_VLAN_MAX);
     return static_cast<uint16_t>(*id);
 }
 

@@ -20,8 +20,7 @@ void sessions(const Arguments &arguments, Output &out) {
     uint32_t flags = arguments.number("--flags", kAllSessions);
     if (flags > UINT8_MAX || (flags & kAllSessions) == 0)
         fail(Exit::Usage, "--flags: {} is not a byte with bit 0 or bit 1 set", flags);
-    HeapBuffer table =
-        fetchRecord("BFD sessions", "BFD_GetSessions", BFD_GetSessions, static_cast<uint8_t>(flags));
+    HeapBuffer table = fetchRecord<BFD_GetSessions>("BFD sessions", static_cast<uint8_t>(flags));
     printRecord(arguments, out, "sessions", "sessions", recordIn(table, BFD_SESSIONS_SIZE));
 }
 
@@ -34,7 +33,7 @@ std::string resultText(int32_t result) {
 
 uint32_t readLevel() {
     errno = 0;
-    uint32_t level = traced("BFD_GetLogLevel", levelText, BFD_GetLogLevel);
+    uint32_t level = traced<BFD_GetLogLevel>(levelText);
     if (level == BFD_NO_LOG_LEVEL) throw requestFailure("BFD log level", errno);
     return level;
 }
@@ -54,13 +53,12 @@ void setLevel(const Arguments &arguments, Output &out) {
         fail(Exit::Usage, "LEVEL: {} is none of {}", level, fmt::join(kLogLevels, ", "));
     bool same = readLevel() == level;
     errno = 0;
-    if (!same && traced("BFD_SetLogLevel", resultText, BFD_SetLogLevel, level) < 0)
-        throw requestFailure("BFD log level", errno);
+    if (!same && traced<BFD_SetLogLevel>(resultText, level) < 0) throw requestFailure("BFD log level", errno);
     reportChange(out, "log level", {}, !same);
 }
 
 void stats(const Arguments &arguments, Output &out) {
-    HeapBuffer stats = fetchRecord("BFD statistics", "BFD_GetStats", BFD_GetStats);
+    HeapBuffer stats = fetchRecord<BFD_GetStats>("BFD statistics");
     printRecord(arguments, out, "stats", "statistics", recordIn(stats, BFD_STATS_SIZE));
 }
 

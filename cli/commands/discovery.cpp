@@ -13,15 +13,14 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kDiscovery{"discovery", "com.quillon.etherswitch.cdp", Scope::Global, DVS_PROP_CONFIG,
-                            sizeof(Discovery_Param)};
+constexpr Policy kDiscovery{"discovery", QVS_KEY_DISCOVERY, sizeof(Discovery_Param)};
 
 constexpr const char *kProtocols[] = {"cdp", "lldp"};
 constexpr const char *kOperations[] = {"down", "listen", "advertise", "both"};
 
 Discovery_Param readParam(const PolicyPlace &place) {
     uint8_t record[sizeof(Discovery_Param)] = {DISCOVERY_CDP, DISCOVERY_DOWN};
-    place.requireRead(call("Discovery_GetParam", Discovery_GetParam, place.name(), record));
+    place.requireRead(call<Discovery_GetParam>(place.name(), record));
     return {record[0], record[1]};
 }
 
@@ -46,9 +45,7 @@ void set(const Arguments &arguments, Output &out) {
     if (!protocol && operation != DISCOVERY_DOWN) protocol = readParam(place).protocol;
     Discovery_Param param{static_cast<uint8_t>(protocol.value_or(DISCOVERY_CDP)),
                           static_cast<uint8_t>(operation)};
-    auto store = [&] {
-        return call("Discovery_SetParam", Discovery_SetParam, place.name(), &param.protocol);
-    };
+    auto store = [&] { return call<Discovery_SetParam>(place.name(), &param.protocol); };
     // Down is what is not stored.
     if (operation == DISCOVERY_DOWN) return clearPolicy(out, place, store);
     storePolicy(out, place, place.holds(bytesOf(param)), store);

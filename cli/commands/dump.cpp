@@ -27,8 +27,7 @@ void dump(const Arguments &arguments, Output &out) {
     const char *alias = arguments.orNull("SWITCH");
     if (alias != nullptr) findVswitch(alias);
     char *raw = nullptr;
-    require(call("NetDVS_Dump", NetDVS_Dump, alias, &raw),
-            alias != nullptr ? "switch " + inQuotes(alias) : std::string("switches"));
+    require(call<NetDVS_Dump>(alias, &raw), alias != nullptr ? named(alias) : std::string("switches"));
     NetdvsText text(raw);
     if (out.terminal()) return writeShown(out, text.get());
     out.write(std::string_view(text.get()));

@@ -16,16 +16,14 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kTeamDeploy{"team check", "com.quillon.common.teamcheck.deploy", Scope::Global,
-                             DVS_PROP_CONFIG, sizeof(HealthCheck_Deployment)};
-constexpr Policy kTeamParam{"team check parameter", "com.quillon.mesh.teamcheck.param", Scope::Global,
-                            DVS_PROP_POLICY, sizeof(uint8_t)};
-constexpr Policy kVlanMtuDeploy{"VLAN and MTU check", "com.quillon.common.vlanmtucheck.deploy", Scope::Global,
-                                DVS_PROP_CONFIG, sizeof(HealthCheck_Deployment)};
-constexpr Policy kVlanMtuParam{"VLAN and MTU check parameter", "com.quillon.mesh.vlanmtucheck.param",
-                               Scope::Global, DVS_PROP_POLICY, HEALTHCHECK_VLAN_MTU_PARAM_SIZE};
-constexpr Policy kVlanResult{"check result", "com.quillon.common.port.volatile.vlanchkresult", Scope::Port};
-constexpr Policy kMtuResult{"check result", "com.quillon.common.port.volatile.mtuchkresult", Scope::Port};
+constexpr Policy kTeamDeploy{"team check", QVS_KEY_TEAM_CHECK_DEPLOYMENT, sizeof(HealthCheck_Deployment)};
+constexpr Policy kTeamParam{"team check parameter", QVS_KEY_TEAM_CHECK_PARAMETER, sizeof(uint8_t)};
+constexpr Policy kVlanMtuDeploy{"VLAN and MTU check", QVS_KEY_VLAN_MTU_CHECK_DEPLOYMENT,
+                                sizeof(HealthCheck_Deployment)};
+constexpr Policy kVlanMtuParam{"VLAN and MTU check parameter", QVS_KEY_VLAN_MTU_CHECK_PARAMETER,
+                               HEALTHCHECK_VLAN_MTU_PARAM_SIZE};
+constexpr Policy kVlanResult{"check result", QVS_KEY_PORT_VLAN_CHECK_RESULT};
+constexpr Policy kMtuResult{"check result", QVS_KEY_PORT_MTU_CHECK_RESULT};
 
 constexpr const char *kExpectations[] = {"other", "ip-hash"};
 
@@ -33,35 +31,32 @@ using ResultBuffer = std::unique_ptr<void, Releaser<HealthCheck_FreeMemory>>;
 
 // --- deployment ---
 
-using ReadDeployment = HYP_ReturnStatus (*)(const char *, uint8_t *);
-using StoreDeployment = HYP_ReturnStatus (*)(const char *, const uint8_t *);
-
-void describeDeployment(Record &record, const PolicyPlace &place, std::string_view name,
-                        ReadDeployment read) {
+template <auto Read>
+void describeDeployment(Record &record, const PolicyPlace &place) {
     HealthCheck_Deployment deployment{};
-    place.requireRead(call(name, read, place.name(), reinterpret_cast<uint8_t *>(&deployment)));
+    place.requireRead(call<Read>(place.name(), reinterpret_cast<uint8_t *>(&deployment)));
     place.describe(record);
     record.field("enabled", "enabled", Flag{deployment.enabled != 0});
     record.field("interval", "interval minutes", uint32_t{deployment.intervalMinutes});
 }
 
-void deploy(const Policy &policy, const Arguments &arguments, Output &out, std::string_view name,
-            StoreDeployment store) {
+template <const Policy &policy, auto Store>
+void deploy(const Arguments &arguments, Output &out) {
     bool off = oneGiven(arguments, {"--interval", "--off"}) == "--off";
     HealthCheck_Deployment deployment{static_cast<uint8_t>(off ? 0 : 1), arguments.number("--interval", 0)};
     PolicyPlace place(policy, arguments);
-    auto deployed = [&] { return call(name, store, place.name(), bytesOf(deployment).data()); };
+    auto deployed = [&] { return call<Store>(place.name(), bytesOf(deployment).data()); };
     // A check that is off is not stored.
     if (off) return clearPolicy(out, place, deployed);
     storePolicy(out, place, place.holds(bytesOf(deployment)), deployed);
 }
 
 // Removes deployment and parameter.
-void clearCheck(const Policy &deployment, const Policy &param, const Arguments &arguments, Output &out,
-                std::string_view name, HYP_ReturnStatus (*clear)(const char *)) {
+template <const Policy &deployment, const Policy &param, auto Clear>
+void clearCheck(const Arguments &arguments, Output &out) {
     PolicyPlace place(deployment, arguments);
     bool there = place.stored() || PolicyPlace(param, arguments).stored();
-    if (there) require(call(name, clear, place.name()), place.named());
+    if (there) require(call<Clear>(place.name()), place.named());
     place.report(out, there);
 }
 
@@ -71,29 +66,18 @@ void getTeam(const Arguments &arguments, Output &out) {
     PolicyPlace place(kTeamDeploy, arguments);
     uint8_t ipHash = 0;
     PolicyPlace(kTeamParam, arguments)
-        .requireRead(
-            call("HealthCheck_GetTeamCheckParam", HealthCheck_GetTeamCheckParam, place.name(), &ipHash));
+        .requireRead(call<HealthCheck_GetTeamCheckParam>(place.name(), &ipHash));
     Record record(out);
-    describeDeployment(record, place, "HealthCheck_GetTeamCheckDeploy", HealthCheck_GetTeamCheckDeploy);
+    describeDeployment<HealthCheck_GetTeamCheckDeploy>(record, place);
     record.field("expected", "expected teaming", std::string_view(kExpectations[ipHash != 0 ? 1 : 0]));
     record.finish();
-}
-
-void deployTeam(const Arguments &arguments, Output &out) {
-    deploy(kTeamDeploy, arguments, out, "HealthCheck_DeployTeamCheck", HealthCheck_DeployTeamCheck);
 }
 
 void setTeamParam(const Arguments &arguments, Output &out) {
     auto ipHash = static_cast<uint8_t>(chosen(arguments, "TEAMING", kExpectations));
     PolicyPlace place(kTeamParam, arguments);
-    storePolicy(out, place, place.holds({&ipHash, 1}), [&] {
-        return call("HealthCheck_SetTeamCheckParam", HealthCheck_SetTeamCheckParam, place.name(), ipHash);
-    });
-}
-
-void clearTeam(const Arguments &arguments, Output &out) {
-    clearCheck(kTeamDeploy, kTeamParam, arguments, out, "HealthCheck_ClearTeamCheck",
-               HealthCheck_ClearTeamCheck);
+    storePolicy(out, place, place.holds({&ipHash, 1}),
+                [&] { return call<HealthCheck_SetTeamCheckParam>(place.name(), ipHash); });
 }
 
 // --- the check of VLANs and MTU ---
@@ -102,19 +86,14 @@ void getVlanMtu(const Arguments &arguments, Output &out) {
     PolicyPlace place(kVlanMtuDeploy, arguments);
     std::array<uint8_t, HEALTHCHECK_VLAN_MTU_PARAM_SIZE> block{};
     PolicyPlace param(kVlanMtuParam, arguments);
-    param.requireRead(call("HealthCheck_GetVLANMTUCheckParam", HealthCheck_GetVLANMTUCheckParam, place.name(),
-                           block.data()));
+    param.requireRead(call<HealthCheck_GetVLANMTUCheckParam>(place.name(), block.data()));
     if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), block);
     std::optional<Bytes> shown;
     if (param.stored()) shown.emplace(block);
     Record record(out);
-    describeDeployment(record, place, "HealthCheck_GetVLANMTUCheckDeploy", HealthCheck_GetVLANMTUCheckDeploy);
+    describeDeployment<HealthCheck_GetVLANMTUCheckDeploy>(record, place);
     record.block("param", "parameter", shown);
     record.finish();
-}
-
-void deployVlanMtu(const Arguments &arguments, Output &out) {
-    deploy(kVlanMtuDeploy, arguments, out, "HealthCheck_DeployVLANMTUCheck", HealthCheck_DeployVLANMTUCheck);
 }
 
 void setVlanMtuParam(const Arguments &arguments, Output &out) {
@@ -124,20 +103,11 @@ void setVlanMtuParam(const Arguments &arguments, Output &out) {
              block.size(), HEALTHCHECK_VLAN_MTU_PARAM_SIZE);
     }
     PolicyPlace place(kVlanMtuParam, arguments);
-    storePolicy(out, place, place.holds(block), [&] {
-        return call("HealthCheck_SetVLANMTUCheckParam", HealthCheck_SetVLANMTUCheckParam, place.name(),
-                    block.data());
-    });
-}
-
-void clearVlanMtu(const Arguments &arguments, Output &out) {
-    clearCheck(kVlanMtuDeploy, kVlanMtuParam, arguments, out, "HealthCheck_ClearVLANMTUCheck",
-               HealthCheck_ClearVLANMTUCheck);
+    storePolicy(out, place, place.holds(block),
+                [&] { return call<HealthCheck_SetVLANMTUCheckParam>(place.name(), block.data()); });
 }
 
 // --- results ---
-
-using ReadResult = HYP_ReturnStatus (*)(const char *, const char *, void **);
 
 // The ranges of a result, both kinds; nothing without a result.
 struct Result {
@@ -156,9 +126,10 @@ std::vector<std::string> rangesOf(const uint8_t *ranges, uint32_t count) {
     return texts;
 }
 
-Result readResult(const PolicyPlace &place, std::string_view name, ReadResult read) {
+template <auto Read>
+Result readResult(const PolicyPlace &place) {
     void *raw = nullptr;
-    HYP_ReturnStatus status = call(name, read, place.name(), place.port(), &raw);
+    HYP_ReturnStatus status = call<Read>(place.name(), place.port(), &raw);
     if (status == HYP_NOT_FOUND) return {};
     place.requireRead(status);
     ResultBuffer buffer(raw);
@@ -176,8 +147,8 @@ std::optional<Words> rangeWords(const std::optional<std::vector<std::string>> &t
 
 void result(const Arguments &arguments, Output &out) {
     PolicyPlace place(kVlanResult, arguments);
-    Result vlan = readResult(place, "HealthCheck_GetVLANCheckResult", HealthCheck_GetVLANCheckResult);
-    Result mtu = readResult(place, "HealthCheck_GetMTUCheckResult", HealthCheck_GetMTUCheckResult);
+    Result vlan = readResult<HealthCheck_GetVLANCheckResult>(place);
+    Result mtu = readResult<HealthCheck_GetMTUCheckResult>(place);
     if (!vlan.first && !mtu.first) place.failAbsent();
     Record record(out);
     place.describe(record);
@@ -205,7 +176,7 @@ const Command kRows[] = {
      .arguments = {kSwitchArgument},
      .options = {kInterval, kOff},
      .example = "qvs health team deploy sw1 --interval 5",
-     .run = writes(deployTeam, touches<kTeamDeploy>)},
+     .run = writes(deploy<kTeamDeploy, HealthCheck_DeployTeamCheck>, touches<kTeamDeploy>)},
     {.words = "health team param",
      .summary = "store the teaming that the check expects",
      .arguments = {kSwitchArgument, {"TEAMING", "ip-hash or other"}},
@@ -215,7 +186,8 @@ const Command kRows[] = {
      .summary = "remove the check of the teaming of a switch and its parameter",
      .arguments = {kSwitchArgument},
      .example = "qvs health team clear sw1",
-     .run = writes(clearTeam, touches<kTeamDeploy, kTeamParam>)},
+     .run = writes(clearCheck<kTeamDeploy, kTeamParam, HealthCheck_ClearTeamCheck>,
+                   touches<kTeamDeploy, kTeamParam>)},
     {.words = "health vlan-mtu get",
      .summary = "show the check of VLANs and MTU of a switch",
      .arguments = {kSwitchArgument},
@@ -230,7 +202,7 @@ const Command kRows[] = {
      .arguments = {kSwitchArgument},
      .options = {kInterval, kOff},
      .example = "qvs health vlan-mtu deploy sw1 --interval 5",
-     .run = writes(deployVlanMtu, touches<kVlanMtuDeploy>)},
+     .run = writes(deploy<kVlanMtuDeploy, HealthCheck_DeployVLANMTUCheck>, touches<kVlanMtuDeploy>)},
     {.words = "health vlan-mtu param",
      .summary = "store the parameter of the check of VLANs and MTU",
      .arguments = {kSwitchArgument},
@@ -242,7 +214,8 @@ const Command kRows[] = {
      .summary = "remove the check of VLANs and MTU of a switch and its parameter",
      .arguments = {kSwitchArgument},
      .example = "qvs health vlan-mtu clear sw1",
-     .run = writes(clearVlanMtu, touches<kVlanMtuDeploy, kVlanMtuParam>)},
+     .run = writes(clearCheck<kVlanMtuDeploy, kVlanMtuParam, HealthCheck_ClearVLANMTUCheck>,
+                   touches<kVlanMtuDeploy, kVlanMtuParam>)},
     {.words = "health result",
      .summary = "show the VLANs and MTUs that the check has found on a port",
      .arguments = {kSwitchArgument, kPortArgument},

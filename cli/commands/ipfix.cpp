@@ -17,7 +17,7 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kIpfix{"flow sampling", "com.quillon.net.ipfix.port", Scope::Port, DVS_PROP_POLICY};
+constexpr Policy kIpfix{"flow sampling", QVS_KEY_PORT_IPFIX};
 constexpr Limit kObsIdLimit{"observation id", std::numeric_limits<uint16_t>::max()};
 
 using RecordBuffer = std::unique_ptr<void, Releaser<IPFIXDVS_FreeMemory>>;
@@ -60,8 +60,7 @@ std::string collectorText(const IPFIXDVS_Collector &collector) {
 void get(const Arguments &arguments, Output &out) {
     PolicyPlace place(kIpfix, arguments);
     void *raw = nullptr;
-    place.requireRead(
-        call("IPFIXDVS_GetIpfixGranular", IPFIXDVS_GetIpfixGranular, place.name(), place.port(), &raw));
+    place.requireRead(call<IPFIXDVS_GetIpfixGranular>(place.name(), place.port(), &raw));
     if (raw == nullptr) place.failAbsent();
     RecordBuffer buffer(raw);
     IPFIXDVS_Port port;
@@ -123,18 +122,14 @@ std::vector<uint8_t> givenRecord(const Arguments &arguments) {
 void set(const Arguments &arguments, Output &out) {
     std::vector<uint8_t> record = givenRecord(arguments);
     PolicyPlace place(kIpfix, arguments);
-    storePolicy(out, place, place.holds(record), [&] {
-        return call("IPFIXDVS_SetIpfixGranular", IPFIXDVS_SetIpfixGranular, place.name(), place.port(),
-                    record.data());
-    });
+    storePolicy(out, place, place.holds(record),
+                [&] { return call<IPFIXDVS_SetIpfixGranular>(place.name(), place.port(), record.data()); });
 }
 
 void clear(const Arguments &arguments, Output &out) {
     PolicyPlace place(kIpfix, arguments);
-    clearPolicy(out, place, [&] {
-        return call("IPFIXDVS_SetIpfixGranular", IPFIXDVS_SetIpfixGranular, place.name(), place.port(),
-                    nullptr);
-    });
+    clearPolicy(out, place,
+                [&] { return call<IPFIXDVS_SetIpfixGranular>(place.name(), place.port(), nullptr); });
 }
 
 const Command kRows[] = {

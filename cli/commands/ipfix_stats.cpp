@@ -6,6 +6,7 @@
 
 #include "access/library.h"
 #include "access/opaque.h"
+#include "access/snapshot.h"
 #include "tool/command.h"
 #include "tool/failure.h"
 #include "tool/output.h"
@@ -14,18 +15,13 @@ namespace qvs::cli {
 namespace {
 
 void stats(const Arguments &arguments, Output &out) {
-    const std::string &alias = arguments.text("SWITCH");
+    const char *alias = arguments.text("SWITCH").c_str();
     std::array<uint8_t, IPFIXHYP_STATS_SIZE> stats{};
-    if (arguments.given("PORT")) {
-        const std::string &port = arguments.text("PORT");
-        requireFits(kPortIdLimit, port);
-        require(call("IPFIXHYP_GetIpfixGranularStats", IPFIXHYP_GetIpfixGranularStats, alias.c_str(),
-                     port.c_str(), stats.data()),
-                "switch " + inQuotes(alias) + ": port " + inQuotes(port));
-    } else {
-        require(call("IPFIXHYP_GetIpfixStats", IPFIXHYP_GetIpfixStats, alias.c_str(), stats.data()),
-                "switch " + inQuotes(alias));
-    }
+    if (arguments.given("PORT")) requireFits(kPortIdLimit, arguments.text("PORT"));
+    require(arguments.given("PORT")
+                ? call<IPFIXHYP_GetIpfixGranularStats>(alias, arguments.text("PORT").c_str(), stats.data())
+                : call<IPFIXHYP_GetIpfixStats>(alias, stats.data()),
+            named(arguments));
     printRecord(arguments, out, "stats", "flow statistics", stats);
 }
 

@@ -13,42 +13,33 @@ namespace {
 struct KcpList {
     const char *what;   // in messages
     const char *label;  // of one entry
-    const char *name;
-    void *(*get)();
     uint32_t entrySize;
     uint32_t headerSize = sizeof(uint32_t);
 };
 
-constexpr KcpList kSwitches{"switches", "switch", "KCP_GetDVSList", KCP_GetDVSList, KCP_DVS_SIZE};
-constexpr KcpList kPortsets{"portset properties", "portset", "KCP_GetPSPropList", KCP_GetPSPropList,
-                            KCP_PSPROP_SIZE};
-constexpr KcpList kInterfaces{"virtual interfaces", "interface", "KCP_GetVIFList", KCP_GetVIFList,
-                              KCP_VIF_SIZE};
-constexpr KcpList kContainerInterfaces{"container interfaces", "interface", "KCP_GetCIFList", KCP_GetCIFList,
-                                       KCP_CIF_SIZE};
-constexpr KcpList kHypervisorInterfaces{"hypervisor interfaces", "interface", "KCP_GetHYPVIFList",
-                                        KCP_GetHYPVIFList, KCP_VIF_SIZE};
-constexpr KcpList kHypervisorNics{"hypervisor NICs", "NIC", "KCP_GetHYPNICList", KCP_GetHYPNICList,
-                                  KCP_HYPNIC_SIZE};
-constexpr KcpList kUplinks{"uplinks", "uplink", "KCP_GetUplinkList", KCP_GetUplinkList, KCP_UPLINK_SIZE};
-constexpr KcpList kContainers{"containers",         "container",        "KCP_GetContainerList",
-                              KCP_GetContainerList, KCP_CONTAINER_SIZE, 8};
+constexpr KcpList kSwitches{"switches", "switch", KCP_DVS_SIZE};
+constexpr KcpList kPortsets{"portset properties", "portset", KCP_PSPROP_SIZE};
+constexpr KcpList kInterfaces{"virtual interfaces", "interface", KCP_VIF_SIZE};
+constexpr KcpList kContainerInterfaces{"container interfaces", "interface", KCP_CIF_SIZE};
+constexpr KcpList kHypervisorInterfaces{"hypervisor interfaces", "interface", KCP_VIF_SIZE};
+constexpr KcpList kHypervisorNics{"hypervisor NICs", "NIC", KCP_HYPNIC_SIZE};
+constexpr KcpList kUplinks{"uplinks", "uplink", KCP_UPLINK_SIZE};
+constexpr KcpList kContainers{"containers", "container", KCP_CONTAINER_SIZE, 8};
 
-template <const KcpList &list>
+template <const KcpList &list, auto Get>
 void show(const Arguments &arguments, Output &out) {
     auto ask = [] {
-        Answer answer = fetchAnswer(list.name, list.get);
+        Answer answer = fetchAnswer<Get>();
         // Without an error the list is empty.
         if (!answer.buffer && answer.error != 0)
             throw requestFailure(std::string("kernel control plane: ") + list.what, answer.error);
         return std::move(answer.buffer);
     };
-    KernelList entries = boundedList(ask, list.entrySize, list.what, list.headerSize);
-    printList(arguments, out, entries, list.label);
+    printList(arguments, out, boundedList(ask, list.entrySize, list.what, list.headerSize), list.label);
 }
 
 void status(const Arguments &arguments, Output &out) {
-    HeapBuffer status = fetchRecord("kernel control plane: status", "KCP_GetStatus", KCP_GetStatus);
+    HeapBuffer status = fetchRecord<KCP_GetStatus>("kernel control plane: status");
     printRecord(arguments, out, "status", "status", recordIn(status, KCP_STATUS_SIZE));
 }
 
@@ -65,49 +56,49 @@ const Command kRows[] = {
      .options = {kRaw},
      .details = kDetails,
      .example = "qvs kcp switches",
-     .run = reads(show<kSwitches>, touchesNothing)},
+     .run = reads(show<kSwitches, KCP_GetDVSList>, touchesNothing)},
     {.words = "kcp portsets",
      .summary = "list the properties of its portsets, 256 bytes each",
      .options = {kRaw},
      .details = kDetails,
      .example = "qvs kcp portsets",
-     .run = reads(show<kPortsets>, touchesNothing)},
+     .run = reads(show<kPortsets, KCP_GetPSPropList>, touchesNothing)},
     {.words = "kcp interfaces",
      .summary = "list its virtual interfaces, 11441 bytes each",
      .options = {kRaw},
      .details = kDetails,
      .example = "qvs kcp interfaces --raw interfaces.bin",
-     .run = reads(show<kInterfaces>, touchesNothing)},
+     .run = reads(show<kInterfaces, KCP_GetVIFList>, touchesNothing)},
     {.words = "kcp container-interfaces",
      .summary = "list its container interfaces, 11689 bytes each",
      .options = {kRaw},
      .details = kDetails,
      .example = "qvs kcp container-interfaces",
-     .run = reads(show<kContainerInterfaces>, touchesNothing)},
+     .run = reads(show<kContainerInterfaces, KCP_GetCIFList>, touchesNothing)},
     {.words = "kcp hypervisor-interfaces",
      .summary = "list its hypervisor virtual interfaces, 11441 bytes each",
      .options = {kRaw},
      .details = kDetails,
      .example = "qvs kcp hypervisor-interfaces",
-     .run = reads(show<kHypervisorInterfaces>, touchesNothing)},
+     .run = reads(show<kHypervisorInterfaces, KCP_GetHYPVIFList>, touchesNothing)},
     {.words = "kcp hypervisor-nics",
      .summary = "list its hypervisor NICs, 1108 bytes each",
      .options = {kRaw},
      .details = kDetails,
      .example = "qvs kcp hypervisor-nics --json",
-     .run = reads(show<kHypervisorNics>, touchesNothing)},
+     .run = reads(show<kHypervisorNics, KCP_GetHYPNICList>, touchesNothing)},
     {.words = "kcp uplinks",
      .summary = "list its uplinks, 1237 bytes each",
      .options = {kRaw},
      .details = kDetails,
      .example = "qvs kcp uplinks",
-     .run = reads(show<kUplinks>, touchesNothing)},
+     .run = reads(show<kUplinks, KCP_GetUplinkList>, touchesNothing)},
     {.words = "kcp containers",
      .summary = "list its containers, 10 bytes each",
      .options = {kRaw},
      .details = kDetails,
      .example = "qvs kcp containers",
-     .run = reads(show<kContainers>, touchesNothing)},
+     .run = reads(show<kContainers, KCP_GetContainerList>, touchesNothing)},
 };
 
 }  // namespace

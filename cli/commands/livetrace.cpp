@@ -32,15 +32,13 @@ void create(const Arguments &arguments, Output &out) {
     definition.push_back(0);  // an empty one has an address, too
     requireFits(kPortIdLimit, port);
     findVswitch(alias);
-    require(call("LIVETRACEHYP_CreateSession", LIVETRACEHYP_CreateSession, alias.c_str(), port.c_str(),
-                 definition.data(), length),
-            fmt::format("switch {}: port {}: live trace", inQuotes(alias), inQuotes(port)));
-    reportChange(out, alias + "/" + port, {{"switch", alias}, {"port", port}}, true);
+    require(call<LIVETRACEHYP_CreateSession>(alias.c_str(), port.c_str(), definition.data(), length),
+            named(alias, port) + ": live trace");
+    reportPort(out, alias, port, true);
 }
 
 void list(const Arguments &arguments, Output &out) {
-    HeapBuffer sessions =
-        fetchRecord("live-trace sessions", "LIVETRACEHYP_ListSession", LIVETRACEHYP_ListSession);
+    HeapBuffer sessions = fetchRecord<LIVETRACEHYP_ListSession>("live-trace sessions");
     printRecord(arguments, out, "sessions", "sessions", recordIn(sessions, LIVETRACEHYP_SESSION_LIST_SIZE));
 }
 
@@ -48,21 +46,20 @@ void counts(const Arguments &arguments, Output &out) {
     uint32_t action = arguments.number("ACTION", 0);
     if (action > UINT8_MAX) fail(Exit::Usage, "ACTION: {} is not a number of 8 bits", action);
     auto ask = [&] {
-        return fetchRecord(fmt::format("live-trace action {}", action), "LIVETRACEHYP_GetCountActionData",
-                           LIVETRACEHYP_GetCountActionData, static_cast<uint8_t>(action));
+        return fetchRecord<LIVETRACEHYP_GetCountActionData>(fmt::format("live-trace action {}", action),
+                                                            static_cast<uint8_t>(action));
     };
     printList(arguments, out, boundedList(ask, LIVETRACEHYP_ACTION_COUNT_SIZE, "action counts"), "count");
 }
 
 void port(const Arguments &arguments, Output &out) {
     NumberedPort port = numberedPort(arguments);
-    HeapBuffer data =
-        fetchRecord(port.named, "LIVETRACEHYP_GetPortData", LIVETRACEHYP_GetPortData, port.number);
+    HeapBuffer data = fetchRecord<LIVETRACEHYP_GetPortData>(port.named, port.number);
     printRecord(arguments, out, "data", "data", recordIn(data, LIVETRACEHYP_PORT_DATA_SIZE));
 }
 
 void stats(const Arguments &arguments, Output &out) {
-    HeapBuffer stats = fetchRecord("live-trace statistics", "LIVETRACEHYP_GetStats", LIVETRACEHYP_GetStats);
+    HeapBuffer stats = fetchRecord<LIVETRACEHYP_GetStats>("live-trace statistics");
     printRecord(arguments, out, "stats", "statistics", recordIn(stats, LIVETRACEHYP_STATS_SIZE));
 }
 

@@ -16,10 +16,8 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kTable{"logical-switch teaming table", "com.quillon.vswitch.logicalswitch.teaming",
-                        Scope::Global};
-constexpr Policy kChoice{"logical-switch teaming choice", "com.quillon.vswitch.port.logicalswitch.teaming",
-                         Scope::Port};
+constexpr Policy kTable{"logical-switch teaming table", QVS_KEY_LS_TEAMING};
+constexpr Policy kChoice{"logical-switch teaming choice", QVS_KEY_PORT_LS_TEAMING};
 
 constexpr Limit kChoiceLimit{"logical-switch teaming policy", VSDVS_LS_TEAMING_NAME_SIZE - 1};
 constexpr size_t kCountSize = sizeof(uint32_t);
@@ -30,8 +28,8 @@ constexpr size_t kEntrySize = VSDVS_LS_TEAMING_ENTRY_SIZE;
 // The number of bytes stored; the table itself only says what it counts.
 size_t storedLength(const PolicyPlace &place, bool byId) {
     VSDVS_PropBuffer length{0, nullptr};
-    require(call("VSDVS_GetGlobProp", VSDVS_GetGlobProp, byId ? nullptr : place.name(), kTable.key, &length,
-                 byId ? place.name() : nullptr, byId ? 0 : 1),
+    require(call<VSDVS_GetGlobProp>(byId ? nullptr : place.name(), kTable.key, &length,
+                                    byId ? place.name() : nullptr, byId ? 0 : 1),
             place.named());
     return static_cast<size_t>(std::max(length.length, 0));
 }
@@ -53,10 +51,7 @@ void showEntries(const Arguments &arguments, Output &out, Bytes entries) {
 }
 
 void getFromKernel(const Arguments &arguments, Output &out, const PolicyPlace &place) {
-    auto ask = [&] {
-        return fetched(place.named(), "VSHYP_GetLSTeamingPolicyTable", VSHYP_GetLSTeamingPolicyTable,
-                       place.name());
-    };
+    auto ask = [&] { return fetched<VSHYP_GetLSTeamingPolicyTable>(place.named(), place.name()); };
     KernelList table = boundedList(ask, VSHYP_LS_TEAMING_ENTRY_SIZE, "entries", kCountSize);
     showEntries(arguments, out, table.bytes().subspan(kCountSize));
 }
@@ -66,10 +61,8 @@ void get(const Arguments &arguments, Output &out) {
     if (arguments.given("--kernel")) return getFromKernel(arguments, out, place);
     bool byId = arguments.given("--by-id");
     void *raw = nullptr;
-    HYP_ReturnStatus status =
-        byId ? call("VSDVS_GetLSTeamingPolicyTableFromDVSID", VSDVS_GetLSTeamingPolicyTableFromDVSID,
-                    place.name(), &raw)
-             : call("VSDVS_GetLSTeamingPolicyTable", VSDVS_GetLSTeamingPolicyTable, place.name(), &raw);
+    HYP_ReturnStatus status = byId ? call<VSDVS_GetLSTeamingPolicyTableFromDVSID>(place.name(), &raw)
+                                   : call<VSDVS_GetLSTeamingPolicyTable>(place.name(), &raw);
     place.requireRead(status);
     VsdvsBuffer table(raw);
 
@@ -93,15 +86,13 @@ void set(const Arguments &arguments, Output &out) {
     std::copy(entries.begin(), entries.end(), table.begin() + kCountSize);
 
     PolicyPlace place(kTable, arguments);
-    storePolicy(out, place, place.holds(table), [&] {
-        return call("VSDVS_SetLSTeamingPolicy", VSDVS_SetLSTeamingPolicy, place.name(), table.data());
-    });
+    storePolicy(out, place, place.holds(table),
+                [&] { return call<VSDVS_SetLSTeamingPolicy>(place.name(), table.data()); });
 }
 
 void clear(const Arguments &arguments, Output &out) {
     PolicyPlace place(kTable, arguments);
-    clearPolicy(out, place,
-                [&] { return call("VSDVS_ClearLSTeamingPolicy", VSDVS_ClearLSTeamingPolicy, place.name()); });
+    clearPolicy(out, place, [&] { return call<VSDVS_ClearLSTeamingPolicy>(place.name()); });
 }
 
 // --- a port's choice ---
@@ -111,14 +102,11 @@ void getChoice(const Arguments &arguments, Output &out) {
     char name[VSDVS_LS_TEAMING_NAME_SIZE] = {};
     if (arguments.given("--kernel")) {
         uint32_t number = 0;
-        require(call("VSDVS_DvPortIDToPortID", VSDVS_DvPortIDToPortID, place.name(), place.port(), &number),
-                place.named());
-        require(call("VSHYP_GetPortLSTeamingPolicyName", VSHYP_GetPortLSTeamingPolicyName, number, name),
-                place.named());
+        require(call<VSDVS_DvPortIDToPortID>(place.name(), place.port(), &number), place.named());
+        require(call<VSHYP_GetPortLSTeamingPolicyName>(number, name), place.named());
         if (name[0] == '\0') place.failAbsent();
     } else {
-        place.requireRead(call("VSDVS_GetPortLSTeamingPolicyName", VSDVS_GetPortLSTeamingPolicyName,
-                               place.name(), place.port(), name));
+        place.requireRead(call<VSDVS_GetPortLSTeamingPolicyName>(place.name(), place.port(), name));
     }
     printValue(out, place, "policy", boundedText(name, sizeof name));
 }
@@ -127,18 +115,13 @@ void setChoice(const Arguments &arguments, Output &out) {
     const std::string &name = arguments.text("NAME");
     requireFits(kChoiceLimit, name);
     PolicyPlace place(kChoice, arguments);
-    storePolicy(out, place, place.holdsText(name), [&] {
-        return call("VSDVS_SetPortLSTeamingPolicy", VSDVS_SetPortLSTeamingPolicy, place.name(), place.port(),
-                    name.c_str());
-    });
+    storePolicy(out, place, place.holdsText(name),
+                [&] { return call<VSDVS_SetPortLSTeamingPolicy>(place.name(), place.port(), name.c_str()); });
 }
 
 void clearChoice(const Arguments &arguments, Output &out) {
     PolicyPlace place(kChoice, arguments);
-    clearPolicy(out, place, [&] {
-        return call("VSDVS_ClearPortLSTeamingPolicy", VSDVS_ClearPortLSTeamingPolicy, place.name(),
-                    place.port());
-    });
+    clearPolicy(out, place, [&] { return call<VSDVS_ClearPortLSTeamingPolicy>(place.name(), place.port()); });
 }
 
 const Command kRows[] = {

@@ -16,12 +16,6 @@
 namespace qvs::cli {
 namespace {
 
-std::string named(const Arguments &arguments) {
-    std::string name = "switch " + inQuotes(arguments.text("SWITCH"));
-    if (arguments.given("--port")) name += ": port " + inQuotes(arguments.text("--port"));
-    return name;
-}
-
 // The port's identifier, or null when the command is about the switch.
 const char *portOf(const Arguments &arguments) {
     if (arguments.given("--port")) requireFits(kPortIdLimit, arguments.text("--port"));
@@ -41,10 +35,9 @@ void table(const Arguments &arguments, Output &out) {
 
     const std::string subject = named(arguments);
     auto ask = [&] {
-        if (port != nullptr)
-            return fetched(subject, "VSHYP_GetPortMACTable", VSHYP_GetPortMACTable, alias, port, selector);
-        if (team) return fetched(subject, "VSHYP_GetTeamMACTable", VSHYP_GetTeamMACTable, alias, selector);
-        return fetched(subject, "VSHYP_GetMACTable", VSHYP_GetMACTable, alias, selector);
+        if (port != nullptr) return fetched<VSHYP_GetPortMACTable>(subject, alias, port, selector);
+        if (team) return fetched<VSHYP_GetTeamMACTable>(subject, alias, selector);
+        return fetched<VSHYP_GetMACTable>(subject, alias, selector);
     };
     KernelList list = boundedList(ask, VSHYP_MAC_ENTRY_SIZE, "MAC entries");
     if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), list.bytes());
@@ -60,8 +53,8 @@ void contexts(const Arguments &arguments, Output &out) {
     const char *port = portOf(arguments);
     const std::string subject = named(arguments);
     auto ask = [&] {
-        if (port == nullptr) return fetched(subject, "VSHYP_GetStaticLectx", VSHYP_GetStaticLectx, alias);
-        return fetched(subject, "VSHYP_GetPortStaticLectx", VSHYP_GetPortStaticLectx, alias, port);
+        if (port == nullptr) return fetched<VSHYP_GetStaticLectx>(subject, alias);
+        return fetched<VSHYP_GetPortStaticLectx>(subject, alias, port);
     };
     printList(arguments, out, boundedList(ask, VSHYP_STATIC_LECTX_SIZE, "static learning contexts"),
               "context");
@@ -69,9 +62,8 @@ void contexts(const Arguments &arguments, Output &out) {
 
 // --- changes ---
 
-using EntryChange = HYP_ReturnStatus (*)(const char *, const char *, uint32_t, const void *);
-
-HYP_ReturnStatus changeEntry(const Arguments &arguments, std::string_view name, EntryChange change) {
+template <auto Change>
+HYP_ReturnStatus changeEntry(const Arguments &arguments) {
     oneGiven(arguments, {"--port", "--number"});
     const char *port = portOf(arguments);
     uint32_t number = arguments.number("--number", 0);
@@ -79,20 +71,20 @@ HYP_ReturnStatus changeEntry(const Arguments &arguments, std::string_view name, 
     if (entry.empty() || entry.size() > VSHYP_MAC_ENTRY_SIZE)
         fail(Exit::Usage, "ENTRY: {} bytes, 1 to {} fit", entry.size(), VSHYP_MAC_ENTRY_SIZE);
     entry.resize(VSHYP_MAC_ENTRY_SIZE);
-    return call(name, change, arguments.text("SWITCH").c_str(), port, number, entry.data());
+    return call<Change>(arguments.text("SWITCH").c_str(), port, number, entry.data());
 }
 
 void report(const Arguments &arguments, Output &out, bool changed) {
     const std::string &alias = arguments.text("SWITCH");
     const std::string &port = arguments.text(arguments.given("--port") ? "--port" : "--number");
-    reportChange(out, alias + "/" + port, {{"switch", alias}, {"port", port}}, changed);
+    reportPort(out, alias, port, changed);
 }
 
 // The addresses behind a port that is given by its identifier.
 KernelList portTable(const Arguments &arguments) {
     auto ask = [&] {
-        return fetched(named(arguments), "VSHYP_GetPortMACTable", VSHYP_GetPortMACTable,
-                       arguments.text("SWITCH").c_str(), portOf(arguments), uint8_t{0});
+        return fetched<VSHYP_GetPortMACTable>(named(arguments), arguments.text("SWITCH").c_str(),
+                                              portOf(arguments), uint8_t{0});
     };
     return boundedList(ask, VSHYP_MAC_ENTRY_SIZE, "MAC entries");
 }
@@ -101,7 +93,7 @@ KernelList portTable(const Arguments &arguments) {
 void add(const Arguments &arguments, Output &out) {
     const bool byName = arguments.given("--port");
     const KernelList before = byName ? portTable(arguments) : KernelList{};
-    require(changeEntry(arguments, "VSHYP_SetPortMACTable", VSHYP_SetPortMACTable), named(arguments));
+    require(changeEntry<VSHYP_SetPortMACTable>(arguments), named(arguments));
     if (!byName) return report(arguments, out, true);
     const KernelList after = portTable(arguments);
     const Bytes was = before.bytes();
@@ -126,7 +118,7 @@ void requirePort(const Arguments &arguments) {
 }
 
 void remove(const Arguments &arguments, Output &out) {
-    HYP_ReturnStatus status = changeEntry(arguments, "VSHYP_ClearPortMACTable", VSHYP_ClearPortMACTable);
+    HYP_ReturnStatus status = changeEntry<VSHYP_ClearPortMACTable>(arguments);
     bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
     if (absent) {
         requirePort(arguments);
@@ -140,48 +132,41 @@ void remove(const Arguments &arguments, Output &out) {
 
 void info(const Arguments &arguments, Output &out) {
     std::array<uint8_t, VSHYP_MAC_LEARNING_INFO_SIZE> info{};
-    require(call("VSHYP_GetSwitchMACLearningInfo", VSHYP_GetSwitchMACLearningInfo,
-                 portsetOf(arguments.text("SWITCH")).c_str(), info.data()),
+    require(call<VSHYP_GetSwitchMACLearningInfo>(portsetOf(arguments.text("SWITCH")).c_str(), info.data()),
             named(arguments));
     printRecord(arguments, out, "info", "learning information", info);
 }
 
-using ListQuery = HYP_ReturnStatus (*)(const char *, void **);
-
-void listOf(const Arguments &arguments, Output &out, std::string_view name, ListQuery query, size_t entrySize,
-            const char *what) {
-    auto ask = [&] { return fetched(named(arguments), name, query, arguments.text("SWITCH").c_str()); };
+template <auto Query>
+void listOf(const Arguments &arguments, Output &out, size_t entrySize, const char *what) {
+    auto ask = [&] { return fetched<Query>(named(arguments), arguments.text("SWITCH").c_str()); };
     printList(arguments, out, boundedList(ask, entrySize, what), "entry");
 }
 
 void ports(const Arguments &arguments, Output &out) {
-    listOf(arguments, out, "VSHYP_GetMACLearningAllPorts", VSHYP_GetMACLearningAllPorts,
-           VSHYP_PORT_MAC_LEARNING_SIZE, "ports");
+    listOf<VSHYP_GetMACLearningAllPorts>(arguments, out, VSHYP_PORT_MAC_LEARNING_SIZE, "ports");
 }
 
 void stats(const Arguments &arguments, Output &out) {
     const char *port = portOf(arguments);
-    if (port == nullptr) {
-        return listOf(arguments, out, "VSHYP_GetSwitchMACLearningStats", VSHYP_GetSwitchMACLearningStats,
-                      VSHYP_MAC_LEARNING_STATS_SIZE, "ports");
-    }
+    if (port == nullptr)
+        return listOf<VSHYP_GetSwitchMACLearningStats>(arguments, out, VSHYP_MAC_LEARNING_STATS_SIZE,
+                                                       "ports");
     std::array<uint8_t, VSHYP_MAC_LEARNING_STATS_SIZE> stats{};
-    require(call("VSHYP_GetPortMACLearningStats", VSHYP_GetPortMACLearningStats, port,
-                 arguments.text("SWITCH").c_str(), stats.data()),
+    require(call<VSHYP_GetPortMACLearningStats>(port, arguments.text("SWITCH").c_str(), stats.data()),
             named(arguments));
     printRecord(arguments, out, "stats", "learning statistics", stats);
 }
 
 void security(const Arguments &arguments, Output &out) {
-    listOf(arguments, out, "VSHYP_GetL2Security", VSHYP_GetL2Security, VSHYP_L2_SECURITY_SIZE,
-           "security entries");
+    listOf<VSHYP_GetL2Security>(arguments, out, VSHYP_L2_SECURITY_SIZE, "security entries");
 }
 
 constexpr const char *kHostProps = "host-wide learning properties";
 
 VSHYP_GlobalMACLearningProps readProps() {
     VSHYP_GlobalMACLearningProps props{};
-    require(call("VSHYP_GetGlobalMACLearningProps", VSHYP_GetGlobalMACLearningProps, &props), kHostProps);
+    require(call<VSHYP_GetGlobalMACLearningProps>(&props), kHostProps);
     return props;
 }
 
@@ -204,8 +189,7 @@ void set(const Arguments &arguments, Output &out) {
     if (arguments.given("--first")) props.first = first;
     if (arguments.given("--second")) props.second = static_cast<uint16_t>(second);
     bool changed = props.first != stored.first || props.second != stored.second;
-    if (changed)
-        require(call("VSHYP_SetGlobalMACLearningProps", VSHYP_SetGlobalMACLearningProps, &props), kHostProps);
+    if (changed) require(call<VSHYP_SetGlobalMACLearningProps>(&props), kHostProps);
     reportChange(out, "host", {}, changed);
 }
 

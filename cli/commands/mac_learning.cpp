@@ -16,19 +16,13 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kLearning{"MAC learning", "com.quillon.vswitch.macLearning", Scope::Host, DVS_PROP_CONFIG,
-                           sizeof(VSDVS_MACLearning)};
-constexpr Policy kPortLearning{"MAC learning", "com.quillon.vswitch.port.macManagement", Scope::Port,
-                               DVS_PROP_CONFIG, sizeof(VSDVS_PortMACManagement)};
-constexpr Policy kPortSecurity{"security", "com.quillon.vswitch.port.security", Scope::Port};
-constexpr Policy kLearnStatic{"learning of static addresses", "com.quillon.vswitch.macLearning.learnStatic",
-                              Scope::Host};
-constexpr Policy kOverlayCache{"caching for the overlay", "com.quillon.vswitch.macLearning.overlay.cache",
-                               Scope::Host};
-constexpr Policy kStaticMacAllow{"acceptance of static addresses",
-                                 "com.quillon.vswitch.macLearning.staticMACAllow", Scope::Host};
+constexpr Policy kLearning{"MAC learning", QVS_KEY_MAC_LEARNING, sizeof(VSDVS_MACLearning)};
+constexpr Policy kPortLearning{"MAC learning", QVS_KEY_PORT_MAC_MANAGEMENT, sizeof(VSDVS_PortMACManagement)};
+constexpr Policy kPortSecurity{"security", QVS_KEY_PORT_SECURITY};
+constexpr Policy kLearnStatic{"learning of static addresses", QVS_KEY_LEARN_STATIC};
+constexpr Policy kOverlayCache{"caching for the overlay", QVS_KEY_OVERLAY_CACHE};
+constexpr Policy kStaticMacAllow{"acceptance of static addresses", QVS_KEY_STATIC_MAC_ALLOW};
 
-constexpr uint32_t kMostAging = 1000000;
 constexpr const char *kLimitPolicies[] = {"allow", "deny"};
 
 // Whether all of the options are given; at least one must be.
@@ -49,7 +43,7 @@ uint32_t agingOf(const VSDVS_MACLearning &record) {
 
 VSDVS_MACLearning readLearning(const PolicyPlace &place) {
     VSDVS_MACLearning record{};
-    place.requireRead(call("VSDVS_GetMACLearning", VSDVS_GetMACLearning, place.name(), &record));
+    place.requireRead(call<VSDVS_GetMACLearning>(place.name(), &record));
     return record;
 }
 
@@ -66,35 +60,33 @@ void get(const Arguments &arguments, Output &out) {
 
 void set(const Arguments &arguments, Output &out) {
     bool all = allGiven(arguments, {"--aging", "--limit"});
-    uint32_t aging = arguments.number("--aging", 0, 0, kMostAging);
+    uint32_t aging = arguments.number("--aging", 0, 0, QVS_MAC_AGING_MAX);
     uint32_t limit = arguments.number("--limit", 0);
     PolicyPlace place(kLearning, arguments);
     VSDVS_MACLearning record{};
     // The byte that nobody knows is kept wherever there is one.
     if (!all || !place.malformed()) record = readLearning(place);
     if (arguments.given("--aging")) std::memcpy(record.agingTime, &aging, sizeof record.agingTime);
-    if (agingOf(record) > kMostAging) {
+    if (agingOf(record) > QVS_MAC_AGING_MAX) {
         fail(Exit::Usage,
              "{}: the stored aging of {} seconds cannot be stored again, at most {} fit; give --aging",
-             place.named(), agingOf(record), kMostAging);
+             place.named(), agingOf(record), QVS_MAC_AGING_MAX);
     }
     if (arguments.given("--limit")) record.macLimit = limit;
     storePolicy(out, place, place.holds(bytesOf(record)),
-                [&] { return call("VSDVS_SetMACLearning", VSDVS_SetMACLearning, place.name(), &record); });
+                [&] { return call<VSDVS_SetMACLearning>(place.name(), &record); });
 }
 
 void clear(const Arguments &arguments, Output &out) {
     PolicyPlace place(kLearning, arguments);
-    clearPolicy(out, place,
-                [&] { return call("VSDVS_ClearMACLearning", VSDVS_ClearMACLearning, place.name()); });
+    clearPolicy(out, place, [&] { return call<VSDVS_ClearMACLearning>(place.name()); });
 }
 
 // --- of a port ---
 
 VSDVS_PortMACLearning readPortLearning(const PolicyPlace &place) {
     VSDVS_PortMACLearning value{};
-    place.requireRead(
-        call("VSDVS_GetPortMACLearning", VSDVS_GetPortMACLearning, place.name(), place.port(), &value));
+    place.requireRead(call<VSDVS_GetPortMACLearning>(place.name(), place.port(), &value));
     return value;
 }
 
@@ -133,27 +125,25 @@ void setPort(const Arguments &arguments, Output &out) {
     value.flooding = static_cast<uint8_t>(given("--flooding", kOffOn, value.flooding));
     value.macLimit = arguments.number("--limit", value.macLimit);
     value.macLimitPolicy = given("--limit-policy", kLimitPolicies, value.macLimitPolicy);
-    storePolicy(out, place, holdsPortLearning(place, value), [&] {
-        return call("VSDVS_SetPortMACLearning", VSDVS_SetPortMACLearning, place.name(), place.port(), &value);
-    });
+    storePolicy(out, place, holdsPortLearning(place, value),
+                [&] { return call<VSDVS_SetPortMACLearning>(place.name(), place.port(), &value); });
 }
 
 // The library has no clear for this one but the one of all properties.
 void clearPort(const Arguments &arguments, Output &out) {
     PolicyPlace place(kPortLearning, arguments);
     clearPolicy(out, place, [&] {
-        return call("VSDVS_ClearPortProp", VSDVS_ClearPortProp, place.name(), place.port(), kPortLearning.key,
-                    nullptr, uint8_t{1});
+        return call<VSDVS_ClearPortProp>(place.name(), place.port(), kPortLearning.key, nullptr, uint8_t{1});
     });
 }
 
 // --- the three switches of a host ---
 
-void getSwitch(const Policy &policy, const Arguments &arguments, Output &out, std::string_view name,
-               HYP_ReturnStatus (*read)(const char *, uint8_t *)) {
+template <const Policy &policy, auto Read>
+void getSwitch(const Arguments &arguments, Output &out) {
     PolicyPlace place(policy, arguments);
     uint8_t enabled = 0;
-    require(call(name, read, place.name(), &enabled), place.named());
+    require(call<Read>(place.name(), &enabled), place.named());
     printValue(out, place, "enabled", Flag{enabled != 0, "on", "off"});
 }
 
@@ -164,18 +154,18 @@ void getOverlayCache(const Arguments &arguments, Output &out) {
     printValue(out, place, "enabled", Flag{stored && stored->text() == "true", "on", "off"});
 }
 
-void setSwitch(const Policy &policy, const Arguments &arguments, Output &out, std::string_view name,
-               HYP_ReturnStatus (*store)(const char *, uint8_t)) {
+template <const Policy &policy, auto Store>
+void setSwitch(const Arguments &arguments, Output &out) {
     uint32_t on = chosen(arguments, "STATE", kOffOn);
     PolicyPlace place(policy, arguments);
     storePolicy(out, place, place.holdsText(on != 0 ? "true" : "false"),
-                [&] { return call(name, store, place.name(), static_cast<uint8_t>(on)); });
+                [&] { return call<Store>(place.name(), static_cast<uint8_t>(on)); });
 }
 
-void clearSwitch(const Policy &policy, const Arguments &arguments, Output &out, std::string_view name,
-                 HYP_ReturnStatus (*remove)(const char *)) {
+template <const Policy &policy, auto Clear>
+void clearSwitch(const Arguments &arguments, Output &out) {
     PolicyPlace place(policy, arguments);
-    clearPolicy(out, place, [&] { return call(name, remove, place.name()); });
+    clearPolicy(out, place, [&] { return call<Clear>(place.name()); });
 }
 
 constexpr Argument kState{"STATE", "on or off"};
@@ -227,29 +217,17 @@ const Command kRows[] = {
      .arguments = {kSwitchArgument},
      .details = "Never stored, it is off.",
      .example = "qvs learn-static get sw1",
-     .run = reads(
-         [](const Arguments &arguments, Output &out) {
-             getSwitch(kLearnStatic, arguments, out, "VSDVS_GetLearnStatic", VSDVS_GetLearnStatic);
-         },
-         touches<kLearnStatic>)},
+     .run = reads(getSwitch<kLearnStatic, VSDVS_GetLearnStatic>, touches<kLearnStatic>)},
     {.words = "learn-static set",
      .summary = "store whether static addresses are learned on this host",
      .arguments = {kSwitchArgument, kState},
      .example = "qvs learn-static set sw1 on",
-     .run = writes(
-         [](const Arguments &arguments, Output &out) {
-             setSwitch(kLearnStatic, arguments, out, "VSDVS_SetLearnStatic", VSDVS_SetLearnStatic);
-         },
-         touches<kLearnStatic>)},
+     .run = writes(setSwitch<kLearnStatic, VSDVS_SetLearnStatic>, touches<kLearnStatic>)},
     {.words = "learn-static clear",
      .summary = "no longer store whether static addresses are learned on this host",
      .arguments = {kSwitchArgument},
      .example = "qvs learn-static clear sw1",
-     .run = writes(
-         [](const Arguments &arguments, Output &out) {
-             clearSwitch(kLearnStatic, arguments, out, "VSDVS_ClearLearnStatic", VSDVS_ClearLearnStatic);
-         },
-         touches<kLearnStatic>)},
+     .run = writes(clearSwitch<kLearnStatic, VSDVS_ClearLearnStatic>, touches<kLearnStatic>)},
     {.words = "overlay-cache get",
      .summary = "print whether addresses are cached for the overlay on this host",
      .arguments = {kSwitchArgument},
@@ -260,49 +238,28 @@ const Command kRows[] = {
      .summary = "store whether addresses are cached for the overlay on this host",
      .arguments = {kSwitchArgument, kState},
      .example = "qvs overlay-cache set sw1 on",
-     .run = writes(
-         [](const Arguments &arguments, Output &out) {
-             setSwitch(kOverlayCache, arguments, out, "VSDVS_SetCaching", VSDVS_SetCaching);
-         },
-         touches<kOverlayCache>)},
+     .run = writes(setSwitch<kOverlayCache, VSDVS_SetCaching>, touches<kOverlayCache>)},
     {.words = "overlay-cache clear",
      .summary = "no longer store whether addresses are cached for the overlay on this host",
      .arguments = {kSwitchArgument},
      .example = "qvs overlay-cache clear sw1",
-     .run = writes(
-         [](const Arguments &arguments, Output &out) {
-             clearSwitch(kOverlayCache, arguments, out, "VSDVS_ClearCaching", VSDVS_ClearCaching);
-         },
-         touches<kOverlayCache>)},
+     .run = writes(clearSwitch<kOverlayCache, VSDVS_ClearCaching>, touches<kOverlayCache>)},
     {.words = "static-mac-allow get",
      .summary = "print whether static addresses are accepted on this host",
      .arguments = {kSwitchArgument},
      .details = "Never stored, it is off.",
      .example = "qvs static-mac-allow get sw1",
-     .run = reads(
-         [](const Arguments &arguments, Output &out) {
-             getSwitch(kStaticMacAllow, arguments, out, "VSDVS_GetStaticMACAllow", VSDVS_GetStaticMACAllow);
-         },
-         touches<kStaticMacAllow>)},
+     .run = reads(getSwitch<kStaticMacAllow, VSDVS_GetStaticMACAllow>, touches<kStaticMacAllow>)},
     {.words = "static-mac-allow set",
      .summary = "store whether static addresses are accepted on this host",
      .arguments = {kSwitchArgument, kState},
      .example = "qvs static-mac-allow set sw1 on",
-     .run = writes(
-         [](const Arguments &arguments, Output &out) {
-             setSwitch(kStaticMacAllow, arguments, out, "VSDVS_SetStaticMACAllow", VSDVS_SetStaticMACAllow);
-         },
-         touches<kStaticMacAllow>)},
+     .run = writes(setSwitch<kStaticMacAllow, VSDVS_SetStaticMACAllow>, touches<kStaticMacAllow>)},
     {.words = "static-mac-allow clear",
      .summary = "no longer store whether static addresses are accepted on this host",
      .arguments = {kSwitchArgument},
      .example = "qvs static-mac-allow clear sw1",
-     .run = writes(
-         [](const Arguments &arguments, Output &out) {
-             clearSwitch(kStaticMacAllow, arguments, out, "VSDVS_ClearStaticMACAllow",
-                         VSDVS_ClearStaticMACAllow);
-         },
-         touches<kStaticMacAllow>)},
+     .run = writes(clearSwitch<kStaticMacAllow, VSDVS_ClearStaticMACAllow>, touches<kStaticMacAllow>)},
 };
 
 }  // namespace

@@ -17,10 +17,8 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kPortSessions{"mirror sessions", "com.quillon.vswitch.port.mirrorSessions", Scope::Port,
-                               DVS_PROP_POLICY};
-constexpr Policy kUplinkSessions{"mirror sessions", "com.quillon.vswitch.uplinkMirrorSessions", Scope::Host,
-                                 DVS_PROP_POLICY};
+constexpr Policy kPortSessions{"mirror sessions", QVS_KEY_PORT_MIRROR_SESSIONS};
+constexpr Policy kUplinkSessions{"mirror sessions", QVS_KEY_UPLINK_MIRROR_SESSIONS};
 
 const Policy &policyOf(const Arguments &arguments) {
     return arguments.given("--port") ? kPortSessions : kUplinkSessions;
@@ -52,8 +50,7 @@ void report(Output &out, const PolicyPlace &place, const std::string *id, bool c
 // The stored list; null without one.
 VsdvsBuffer readList(const PolicyPlace &place) {
     void *raw = nullptr;
-    HYP_ReturnStatus status =
-        call("VSDVS_GetDVMirrorSessions", VSDVS_GetDVMirrorSessions, place.name(), place.port(), &raw);
+    HYP_ReturnStatus status = call<VSDVS_GetDVMirrorSessions>(place.name(), place.port(), &raw);
     VsdvsBuffer list(raw);
     if (status != HYP_NOT_FOUND) place.requireRead(status);
     return list;
@@ -213,8 +210,8 @@ void add(const Arguments &arguments, Output &out) {
     };
     bool there = list && isThere(decodeMirrorList(list.get()));
     if (!there) {
-        HYP_ReturnStatus status = call("VSDVS_AppendDVMirrorSessions", VSDVS_AppendDVMirrorSessions,
-                                       place.name(), place.port(), added.data());
+        HYP_ReturnStatus status =
+            call<VSDVS_AppendDVMirrorSessions>(place.name(), place.port(), added.data());
         there = status == HYP_EXISTS && arguments.given("--may-exist") && comesTrue([&] {
                     return isThere(readSessions({policyOf(arguments), arguments}));
                 });
@@ -227,8 +224,7 @@ void remove(const Arguments &arguments, Output &out) {
     const std::string &id = arguments.text("SESSION");
     requireFits(kMirrorIdLimit, id);
     PolicyPlace place(policyOf(arguments), arguments);
-    HYP_ReturnStatus status = call("VSDVS_RemoveDVMirrorSession", VSDVS_RemoveDVMirrorSession, place.name(),
-                                   place.port(), id.c_str());
+    HYP_ReturnStatus status = call<VSDVS_RemoveDVMirrorSession>(place.name(), place.port(), id.c_str());
     bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
     if (!absent) require(status, named(place, id));
     report(out, place, &id, !absent);
@@ -246,9 +242,7 @@ void set(const Arguments &arguments, Output &out) {
     PolicyPlace place(policyOf(arguments), arguments);
     bool same = place.holds(list);
     if (!same) {
-        require(call("VSDVS_SetDVMirrorSessions", VSDVS_SetDVMirrorSessions, place.name(), place.port(),
-                     list.data()),
-                place.named());
+        require(call<VSDVS_SetDVMirrorSessions>(place.name(), place.port(), list.data()), place.named());
     }
     report(out, place, nullptr, !same);
 }
@@ -257,8 +251,7 @@ void clear(const Arguments &arguments, Output &out) {
     PolicyPlace place(policyOf(arguments), arguments);
     bool there = place.stored().has_value();
     if (there) {
-        require(call("VSDVS_ClearDVMirrorSessions", VSDVS_ClearDVMirrorSessions, place.name(), place.port()),
-                place.named());
+        require(call<VSDVS_ClearDVMirrorSessions>(place.name(), place.port()), place.named());
     }
     report(out, place, nullptr, there);
 }

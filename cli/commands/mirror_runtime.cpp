@@ -7,20 +7,16 @@
 #include "access/library.h"
 #include "access/mirror_session.h"
 #include "access/opaque.h"
+#include "access/snapshot.h"
 #include "tool/command.h"
 #include "tool/output.h"
 
 namespace qvs::cli {
 namespace {
 
-std::string named(const Arguments &arguments) {
-    return "switch " + inQuotes(arguments.text("SWITCH"));
-}
-
 void ids(const Arguments &arguments, Output &out) {
     auto ask = [&] {
-        return fetched(named(arguments), "VSHYP_GetDVMirrorSessionIDs", VSHYP_GetDVMirrorSessionIDs,
-                       arguments.text("SWITCH").c_str());
+        return fetched<VSHYP_GetDVMirrorSessionIDs>(named(arguments), arguments.text("SWITCH").c_str());
     };
     KernelList list = boundedList(ask, VSHYP_MIRROR_SESSION_ID_SIZE, "mirror sessions");
     Listing listing(out, {{"session", "SESSION"}});
@@ -31,8 +27,7 @@ void ids(const Arguments &arguments, Output &out) {
 
 void destinations(const Arguments &arguments, Output &out) {
     auto ask = [&] {
-        return fetched(named(arguments), "VSHYP_GetPromiscSessionActiveDsts",
-                       VSHYP_GetPromiscSessionActiveDsts, arguments.text("SWITCH").c_str());
+        return fetched<VSHYP_GetPromiscSessionActiveDsts>(named(arguments), arguments.text("SWITCH").c_str());
     };
     printList(arguments, out, boundedList(ask, VSHYP_PROMISC_DST_SIZE, "destinations"), "destination");
 }
@@ -41,16 +36,14 @@ void stats(const Arguments &arguments, Output &out) {
     const std::string &id = arguments.text("SESSION");
     requireFits(kMirrorIdLimit, id);
     std::array<uint8_t, VSHYP_MIRROR_STATS_SIZE> stats{};
-    require(call("VSHYP_GetDVMirrorSessionStats", VSHYP_GetDVMirrorSessionStats,
-                 arguments.text("SWITCH").c_str(), id.c_str(), stats.data()),
+    require(call<VSHYP_GetDVMirrorSessionStats>(arguments.text("SWITCH").c_str(), id.c_str(), stats.data()),
             named(arguments) + ": mirror session " + inQuotes(id));
     printRecord(arguments, out, "stats", "session statistics", stats);
 }
 
 void agent(const Arguments &arguments, Output &out) {
     std::array<uint8_t, VSHYP_MIRROR_AGENT_STATS_SIZE> stats{};
-    require(call("VSHYP_GetDVMirrorAgentWorldStats", VSHYP_GetDVMirrorAgentWorldStats, stats.data()),
-            "mirror agent");
+    require(call<VSHYP_GetDVMirrorAgentWorldStats>(stats.data()), "mirror agent");
     printRecord(arguments, out, "stats", "agent statistics", stats);
 }
 

@@ -12,15 +12,12 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kMtu{"MTU", "com.quillon.vswitch.mtu", Scope::Global};
-constexpr Policy kEtherswitchMtu{"MTU", "com.quillon.etherswitch.mtu", Scope::Global};
-
-constexpr uint32_t kLeastMtu = 1280;
-constexpr uint32_t kMostMtu = 9000;
+constexpr Policy kMtu{"MTU", QVS_KEY_MTU};
+constexpr Policy kEtherswitchMtu{"MTU", QVS_KEY_ETHERSWITCH_MTU};
 
 int readMtu(const std::string &alias) {
     int mtu = 0;
-    require(call("VSDVS_GetMTU", VSDVS_GetMTU, alias.c_str(), &mtu), "switch " + inQuotes(alias) + ": MTU");
+    require(call<VSDVS_GetMTU>(alias.c_str(), &mtu), named(alias) + ": MTU");
     return mtu;
 }
 
@@ -37,11 +34,11 @@ void get(const Arguments &arguments, Output &out) {
 
 // The NICs are not asked: one that was bound since may have another MTU, so all are set in any case.
 void set(const Arguments &arguments, Output &out) {
-    uint32_t mtu = arguments.number("MTU", 0, kLeastMtu, kMostMtu);
+    uint32_t mtu = arguments.number("MTU", 0, QVS_MTU_MIN, QVS_MTU_MAX);
     PolicyPlace place(kMtu, arguments);
     bool same = readMtu(place.name()) == static_cast<int>(mtu) && place.holds(bytesOf(mtu)) &&
                 PolicyPlace(kEtherswitchMtu, arguments).holds(bytesOf(mtu));
-    require(callWhole("VSDVS_SetMTU", VSDVS_SetMTU, place.name(), mtu), place.named());
+    require(callWhole<VSDVS_SetMTU>(place.name(), mtu), place.named());
     place.report(out, !same);
 }
 

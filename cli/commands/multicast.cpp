@@ -15,11 +15,10 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kMode{"multicast filter mode", "com.quillon.vswitch.multicastFilter", Scope::Global};
-constexpr Policy kList{"multicast addresses", "com.quillon.vswitch.mcast.user.addresses", Scope::Host};
-constexpr Policy kPortList{"multicast addresses", "com.quillon.vswitch.port.mcast.user.addresses.override",
-                           Scope::Port};
-constexpr Policy kRcf{"receive filter type", "com.quillon.vswitch.rcf.INSNType", Scope::Global};
+constexpr Policy kMode{"multicast filter mode", QVS_KEY_MULTICAST_FILTER};
+constexpr Policy kList{"multicast addresses", QVS_KEY_MULTICAST_ADDRESSES};
+constexpr Policy kPortList{"multicast addresses", QVS_KEY_PORT_MULTICAST_OVERRIDE};
+constexpr Policy kRcf{"receive filter type", QVS_KEY_RCF_TYPE};
 
 constexpr const char *kModes[] = {"legacy", "snooping"};
 constexpr const char *kStoredModes[] = {"legacyFiltering", "snooping"};
@@ -31,11 +30,9 @@ void getMode(const Arguments &arguments, Output &out) {
     PolicyPlace place(kMode, arguments);
     uint32_t mode = 0;
     if (arguments.given("--kernel")) {
-        require(call("VSHYP_GetMcastFilterMode", VSHYP_GetMcastFilterMode, portsetOf(place.name()).c_str(),
-                     &mode),
-                place.named());
+        require(call<VSHYP_GetMcastFilterMode>(portsetOf(place.name()).c_str(), &mode), place.named());
     } else {
-        place.requireRead(call("VSDVS_GetMcastFilterMode", VSDVS_GetMcastFilterMode, place.name(), &mode));
+        place.requireRead(call<VSDVS_GetMcastFilterMode>(place.name(), &mode));
     }
     printValue(out, place, "mode", std::string_view(nameOf(kModes, mode)));
 }
@@ -44,8 +41,7 @@ void setMode(const Arguments &arguments, Output &out) {
     uint32_t mode = chosen(arguments, "MODE", kModes);
     PolicyPlace place(kMode, arguments);
     bool same = place.holdsText(kStoredModes[mode]);
-    HYP_ReturnStatus status =
-        same ? HYP_OK : call("VSDVS_SetMcastFilterMode", VSDVS_SetMcastFilterMode, place.name(), mode);
+    HYP_ReturnStatus status = same ? HYP_OK : call<VSDVS_SetMcastFilterMode>(place.name(), mode);
     if (status == HYP_NOT_SUPPORTED)
         throw libraryFailure(place.named(), status, "switches of version 107 and later have it elsewhere");
     storePolicy(out, place, same, [&] { return status; });
@@ -87,8 +83,7 @@ void showAddresses(Output &out, const PolicyPlace &place, const void *record) {
 void getList(const Arguments &arguments, Output &out) {
     PolicyPlace place(kList, arguments);
     void *list = nullptr;
-    place.requireRead(
-        call("VSDVS_GetMcastUserLegacyEntries", VSDVS_GetMcastUserLegacyEntries, place.name(), &list));
+    place.requireRead(call<VSDVS_GetMcastUserLegacyEntries>(place.name(), &list));
     VsdvsBuffer buffer(list);
     showAddresses(out, place, list);
 }
@@ -97,23 +92,19 @@ void setList(const Arguments &arguments, Output &out) {
     std::vector<uint8_t> list = givenAddresses(arguments);
     PolicyPlace place(kList, arguments);
     storePolicy(out, place, place.holds(list), [&] {
-        return call("VSDVS_SetMcastUserLegacyEntries", VSDVS_SetMcastUserLegacyEntries, place.name(),
-                    uint32_t{list[0]}, list.data() + 1);
+        return call<VSDVS_SetMcastUserLegacyEntries>(place.name(), uint32_t{list[0]}, list.data() + 1);
     });
 }
 
 void clearList(const Arguments &arguments, Output &out) {
     PolicyPlace place(kList, arguments);
-    clearPolicy(out, place, [&] {
-        return call("VSDVS_ClearMcastUserLegacyEntries", VSDVS_ClearMcastUserLegacyEntries, place.name());
-    });
+    clearPolicy(out, place, [&] { return call<VSDVS_ClearMcastUserLegacyEntries>(place.name()); });
 }
 
 void getPortList(const Arguments &arguments, Output &out) {
     PolicyPlace place(kPortList, arguments);
     void *list = nullptr;
-    place.requireRead(call("VSDVS_GetPortMcastUserLegacyEntries", VSDVS_GetPortMcastUserLegacyEntries,
-                           place.name(), place.port(), &list));
+    place.requireRead(call<VSDVS_GetPortMcastUserLegacyEntries>(place.name(), place.port(), &list));
     VsdvsBuffer buffer(list);
     showAddresses(out, place, list);
 }
@@ -122,17 +113,15 @@ void setPortList(const Arguments &arguments, Output &out) {
     std::vector<uint8_t> list = givenAddresses(arguments);
     PolicyPlace place(kPortList, arguments);
     storePolicy(out, place, place.holds(list), [&] {
-        return call("VSDVS_SetPortMcastUserLegacyEntries", VSDVS_SetPortMcastUserLegacyEntries, place.name(),
-                    place.port(), uint32_t{list[0]}, list.data() + 1);
+        return call<VSDVS_SetPortMcastUserLegacyEntries>(place.name(), place.port(), uint32_t{list[0]},
+                                                         list.data() + 1);
     });
 }
 
 void clearPortList(const Arguments &arguments, Output &out) {
     PolicyPlace place(kPortList, arguments);
-    clearPolicy(out, place, [&] {
-        return call("VSDVS_ClearPortMcastUserLegacyEntries", VSDVS_ClearPortMcastUserLegacyEntries,
-                    place.name(), place.port());
-    });
+    clearPolicy(out, place,
+                [&] { return call<VSDVS_ClearPortMcastUserLegacyEntries>(place.name(), place.port()); });
 }
 
 // --- the receive filter ---
@@ -140,7 +129,7 @@ void clearPortList(const Arguments &arguments, Output &out) {
 void getRcf(const Arguments &arguments, Output &out) {
     PolicyPlace place(kRcf, arguments);
     uint32_t type = 0;
-    require(call("VSDVS_GetRCFType", VSDVS_GetRCFType, place.name(), &type), place.named());
+    require(call<VSDVS_GetRCFType>(place.name(), &type), place.named());
     printValue(out, place, "type", std::string_view(kRcfTypes[type]));
 }
 
@@ -148,7 +137,7 @@ void setRcf(const Arguments &arguments, Output &out) {
     uint32_t type = chosen(arguments, "TYPE", kRcfTypes);
     PolicyPlace place(kRcf, arguments);
     storePolicy(out, place, place.holdsText(kRcfTypes[type]),
-                [&] { return call("VSDVS_SetRCFType", VSDVS_SetRCFType, place.name(), type); });
+                [&] { return call<VSDVS_SetRCFType>(place.name(), type); });
 }
 
 constexpr Argument kAddresses{"MAC", "an address, like 01:00:5e:00:00:01; at most 25", Kind::Word, true,

@@ -35,20 +35,10 @@ std::string addressText(const Family &family, Bytes address) {
     return inet_ntop(family.type == VSHYP_MCAST_IPV4 ? AF_INET : AF_INET6, address.data(), text, sizeof text);
 }
 
-std::string named(const Arguments &arguments) {
-    std::string name = "switch " + inQuotes(arguments.text("SWITCH"));
-    if (arguments.given("--port")) name += ": port " + inQuotes(arguments.text("--port"));
-    return name;
-}
-
 // The kernel's number of the port that is given; 0 stands for the whole switch.
 uint32_t filterPort(const Arguments &arguments) {
     if (!arguments.given("--port")) return 0;
-    uint32_t number = 0;
-    require(call("VSDVS_DvPortIDToPortID", VSDVS_DvPortIDToPortID, arguments.text("SWITCH").c_str(),
-                 arguments.text("--port").c_str(), &number),
-            named(arguments));
-    return number;
+    return portNumber(arguments.text("SWITCH"), arguments.text("--port"));
 }
 
 void filters(const Arguments &arguments, Output &out) {
@@ -59,8 +49,7 @@ void filters(const Arguments &arguments, Output &out) {
     Listing listing(out, {{"type", "TYPE"}, {"group", "GROUP"}});
     for (const Family &family : families) {
         auto ask = [&] {
-            return fetched(named(arguments), "VSHYP_GetMcastFilters", VSHYP_GetMcastFilters, portset.c_str(),
-                           port, family.type);
+            return fetched<VSHYP_GetMcastFilters>(named(arguments), portset.c_str(), port, family.type);
         };
         KernelList list = boundedList(ask, family.size, "multicast filters");
         for (uint32_t i = 0; i < list.count; i++)
@@ -72,8 +61,8 @@ void filters(const Arguments &arguments, Output &out) {
 void switchFilters(const Arguments &arguments, Output &out) {
     std::string portset = portsetOf(arguments.text("SWITCH"));
     auto ask = [&] {
-        return fetched(named(arguments), "VSHYP_GetSwitchMcastFilters", VSHYP_GetSwitchMcastFilters,
-                       portset.c_str(), arguments.number("--value", 0));
+        return fetched<VSHYP_GetSwitchMcastFilters>(named(arguments), portset.c_str(),
+                                                    arguments.number("--value", 0));
     };
     printList(arguments, out, boundedList(ask, VSHYP_SWITCH_MCAST_FILTER_SIZE, "multicast filters"),
               "filter");
@@ -90,9 +79,9 @@ void stats(const Arguments &arguments, Output &out) {
     uint32_t port = filterPort(arguments);
 
     auto ask = [&] {
-        return fetched(named(arguments) + ": group " + inQuotes(text), "VSHYP_GetMcastFilterStats",
-                       VSHYP_GetMcastFilterStats, portset.c_str(), port, family.type,
-                       static_cast<const void *>(group.data()));
+        return fetched<VSHYP_GetMcastFilterStats>(named(arguments) + ": group " + inQuotes(text),
+                                                  portset.c_str(), port, family.type,
+                                                  static_cast<const void *>(group.data()));
     };
     KernelList list = boundedList(ask, family.size, "addresses", kStatsHeader, kStatsCountAt);
     if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), list.bytes());

@@ -32,9 +32,7 @@ std::vector<uint16_t> identifiers(const Arguments &arguments) {
 
 VshypBuffer readBlock(std::vector<uint16_t> ids) {
     VshypBuffer block;
-    require(fetch("VSHYP_GetRuntimeOptions", VSHYP_GetRuntimeOptions, block, ids.data(),
-                  static_cast<uint16_t>(ids.size())),
-            kWhat);
+    require(fetch<VSHYP_GetRuntimeOptions>(block, ids.data(), static_cast<uint16_t>(ids.size())), kWhat);
     return block;
 }
 
@@ -71,7 +69,7 @@ void set(const Arguments &arguments, Output &out) {
     std::memcpy(words.data(), block.data(), block.size());
     // Which options a block changes is the module's business.
     const VshypBuffer before = readBlock({});
-    require(call("VSHYP_SetRuntimeOptions", VSHYP_SetRuntimeOptions, words.data()), kWhat);
+    require(call<VSHYP_SetRuntimeOptions>(words.data()), kWhat);
     const VshypBuffer after = readBlock({});
     reportChange(out, "host", {}, std::memcmp(before.get(), after.get(), VSHYP_RUNTIME_OPTIONS_SIZE) != 0);
 }

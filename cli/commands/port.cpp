@@ -21,10 +21,6 @@ namespace {
 
 constexpr uint32_t kDefaultConnectId = 1;
 
-std::string named(std::string_view alias, std::string_view portId) {
-    return "switch " + inQuotes(alias) + ": port " + inQuotes(portId);
-}
-
 Place placeOf(DVSPort *port) {
     return {Scope::Port, nullptr, port};
 }
@@ -43,13 +39,13 @@ const std::vector<std::string> &portArguments(const Arguments &arguments) {
 
 // Throws when a port that is there differs from what was given.
 void requireSame(DVSPort *port, const Arguments &arguments, const std::string &name) {
-    std::optional<uint32_t> connectId = findNumber(placeOf(port), key::kConnectId);
+    std::optional<uint32_t> connectId = findNumber(placeOf(port), QVS_KEY_PORT_CONNECT_ID);
     uint32_t wanted = arguments.number("--connect-id", 0);
     if (arguments.given("--connect-id") && connectId != wanted) {
         fail(Exit::Differs, "{}: exists with connect id {}, not {}", name,
              connectId ? fmt::to_string(*connectId) : "-", wanted);
     }
-    std::string_view externalId = findText(placeOf(port), key::kExternalId).value_or("");
+    std::string_view externalId = findText(placeOf(port), QVS_KEY_PORT_EXTERNAL_ID).value_or("");
     if (arguments.given("--external-id") && externalId != arguments.text("--external-id")) {
         fail(Exit::Differs, "{}: exists with external id {}, not {}", name, inQuotes(externalId),
              inQuotes(arguments.text("--external-id")));
@@ -58,11 +54,11 @@ void requireSame(DVSPort *port, const Arguments &arguments, const std::string &n
 
 HYP_ReturnStatus addOne(const Arguments &arguments, const std::string &alias, const std::string &port) {
     if (arguments.given("--external-id")) {
-        return callWhole("VSDVS_AddOpaqueDVPort", VSDVS_AddOpaqueDVPort, alias.c_str(), port.c_str(),
-                         arguments.text("--external-id").c_str());
+        return callWhole<VSDVS_AddOpaqueDVPort>(alias.c_str(), port.c_str(),
+                                                arguments.text("--external-id").c_str());
     }
-    return call("VSDVS_AddDVPort", VSDVS_AddDVPort, alias.c_str(), port.c_str(),
-                arguments.number("--connect-id", kDefaultConnectId));
+    return call<VSDVS_AddDVPort>(alias.c_str(), port.c_str(),
+                                 arguments.number("--connect-id", kDefaultConnectId));
 }
 
 void add(const Arguments &arguments, Output &out) {
@@ -124,8 +120,7 @@ void remove(const Arguments &arguments, Output &out) {
     ChangeList changes(out, alias, "ports", "port");
     for (size_t i = 0; i < ports.size(); i++) {
         if (there[i]) {
-            HYP_ReturnStatus status =
-                call("VSDVS_RemoveDVPort", VSDVS_RemoveDVPort, alias.c_str(), ports[i].c_str());
+            HYP_ReturnStatus status = call<VSDVS_RemoveDVPort>(alias.c_str(), ports[i].c_str());
             // Another process may have been quicker.
             if (status == HYP_NOT_FOUND && arguments.given("--if-exists")) there[i] = false;
             if (there[i]) require(status, named(alias, ports[i]));
@@ -145,10 +140,7 @@ std::vector<std::string> touchedPorts(const Arguments &arguments) {
 // --- list, show, number ---
 
 void listKernel(const std::string &alias, Output &out) {
-    auto ask = [&] {
-        return fetched("switch " + inQuotes(alias), "VSHYP_GetSwitchPortInfo", VSHYP_GetSwitchPortInfo,
-                       alias.c_str());
-    };
+    auto ask = [&] { return fetched<VSHYP_GetSwitchPortInfo>(named(alias), alias.c_str()); };
     KernelList list = boundedList(ask, VSHYP_PORT_INFO_SIZE, "ports");
     if (out.json()) {
         Listing listing(out, {{"index", "INDEX"}, {"info", "INFO"}});
@@ -185,8 +177,8 @@ void list(const Arguments &arguments, Output &out) {
         PortStatus status;
         std::optional<uint32_t> connectId;
         forEachProperty(placeOf(port), [&](const Property &property) {
-            if (property.key == key::kPortStatus) status = readStatus(property.value);
-            if (property.key == key::kConnectId) connectId = property.number();
+            if (property.key == QVS_KEY_PORT_STATUS) status = readStatus(property.value);
+            if (property.key == QVS_KEY_PORT_CONNECT_ID) connectId = property.number();
             return true;
         });
         listing.row(std::string_view(DVS_PortId(port)), status.number, Flag{status.inUse},
@@ -211,20 +203,19 @@ struct KernelPort {
 KernelPort askKernel(const std::string &alias, const std::string &portId) {
     KernelPort port;
     uint32_t number = 0;
-    HYP_ReturnStatus status =
-        call("VSDVS_DvPortIDToPortID", VSDVS_DvPortIDToPortID, alias.c_str(), portId.c_str(), &number);
+    HYP_ReturnStatus status = call<VSDVS_DvPortIDToPortID>(alias.c_str(), portId.c_str(), &number);
     if (status == HYP_NOT_FOUND) return port;
     require(status, named(alias, portId));
     port.number = number;
 
     port.hint.emplace();
-    status = call("VSHYP_PortGetTeamUplinkHint", VSHYP_PortGetTeamUplinkHint, number, port.hint->data());
+    status = call<VSHYP_PortGetTeamUplinkHint>(number, port.hint->data());
     if (status == HYP_NOT_FOUND) {
         port.hint.reset();
     } else {
         require(status, named(alias, portId));
     }
-    status = fetch("VSHYP_GetPortInfo", VSHYP_GetPortInfo, port.info, alias.c_str(), portId.c_str());
+    status = fetch<VSHYP_GetPortInfo>(port.info, alias.c_str(), portId.c_str());
     if (status != HYP_NOT_FOUND) require(status, named(alias, portId));
     return port;
 }
@@ -245,11 +236,11 @@ void show(const Arguments &arguments, Output &out) {
     Record record(out);
     record.field("switch", "switch", alias);
     record.field("port", "port", portId);
-    record.field("alias", "alias", findText(placeOf(port), key::kPortAlias));
+    record.field("alias", "alias", findText(placeOf(port), QVS_KEY_PORT_ALIAS));
     record.field("state", "state", stateName(DVS_PortState != nullptr ? DVS_PortState(port) : DVS_PORT_LIVE));
-    record.field("connectId", "connect id", findNumber(placeOf(port), key::kConnectId));
-    record.field("externalId", "external id", findText(placeOf(port), key::kExternalId));
-    record.field("blocked", "blocked", Flag{findText(placeOf(port), key::kPortBlock) == "true"});
+    record.field("connectId", "connect id", findNumber(placeOf(port), QVS_KEY_PORT_CONNECT_ID));
+    record.field("externalId", "external id", findText(placeOf(port), QVS_KEY_PORT_EXTERNAL_ID));
+    record.field("blocked", "blocked", Flag{findText(placeOf(port), QVS_KEY_PORT_BLOCK) == "true"});
     record.field("number", "number", kernel.number);
     record.field("inUse", "in use", Flag{status.inUse});
     record.field("linkUp", "link", linkState(status.linkUp));
@@ -268,13 +259,11 @@ void number(const Arguments &arguments, Output &out) {
     uint32_t number = 0;
     if (arguments.given("--by-id")) {
         requireFits(kSwitchIdLimit, name);
-        require(call("VSDVS_DvPortIDToPortIDFromDVSID", VSDVS_DvPortIDToPortIDFromDVSID, name.c_str(),
-                     portId.c_str(), &number),
+        require(call<VSDVS_DvPortIDToPortIDFromDVSID>(name.c_str(), portId.c_str(), &number),
                 named(name, portId));
     } else {
         findVswitch(name);
-        require(call("VSDVS_DvPortIDToPortID", VSDVS_DvPortIDToPortID, name.c_str(), portId.c_str(), &number),
-                named(name, portId));
+        number = portNumber(name, portId);
     }
     if (!out.json()) return out.write(fmt::format("{}\n", number));
     Record record(out);
@@ -319,7 +308,7 @@ const Command kRows[] = {
     {.words = "port number",
      .summary = "print the kernel's number of a port",
      .arguments = {kSwitchArgument, kPortArgument},
-     .options = {{"--by-id", nullptr, "SWITCH is an identifier, not an alias"}},
+     .options = {kById},
      .example = "qvs port number sw1 port0",
      .run = reads(number)},
 };

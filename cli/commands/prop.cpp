@@ -72,10 +72,11 @@ Target targetOf(const Arguments &arguments) {
     return target;
 }
 
-std::string named(const Target &target) {
-    std::string name = "switch " + inQuotes(target.switchName);
-    if (target.place.scope == Scope::Port) name += ": port " + inQuotes(target.port);
-    return name + ": " + std::string(scopeName(target.place.scope)) + " property " + inQuotes(target.key);
+std::string propertyNamed(const Target &target) {
+    const bool ofPort = target.place.scope == Scope::Port;
+    return fmt::format("{}: {} property {}",
+                       ofPort ? named(target.switchName, target.port) : named(target.switchName),
+                       scopeName(target.place.scope), inQuotes(target.key));
 }
 
 void report(Output &out, const Target &target, bool changed) {
@@ -106,27 +107,27 @@ Words classWords(uint32_t classes) {
 HYP_ReturnStatus get(const Target &target, VSDVS_PropBuffer *buffer) {
     switch (target.place.scope) {
         case Scope::Host:
-            return call("VSDVS_GetHostProp", VSDVS_GetHostProp, target.alias(), target.key.c_str(), buffer,
-                        target.switchId(), target.useAlias());
+            return call<VSDVS_GetHostProp>(target.alias(), target.key.c_str(), buffer, target.switchId(),
+                                           target.useAlias());
         case Scope::Port:
-            return call("VSDVS_GetPortProp", VSDVS_GetPortProp, target.alias(), target.port.c_str(),
-                        target.key.c_str(), buffer, target.switchId(), target.useAlias());
+            return call<VSDVS_GetPortProp>(target.alias(), target.port.c_str(), target.key.c_str(), buffer,
+                                           target.switchId(), target.useAlias());
         case Scope::Global:
             break;
     }
-    return call("VSDVS_GetGlobProp", VSDVS_GetGlobProp, target.alias(), target.key.c_str(), buffer,
-                target.switchId(), target.useAlias());
+    return call<VSDVS_GetGlobProp>(target.alias(), target.key.c_str(), buffer, target.switchId(),
+                                   target.useAlias());
 }
 
 std::vector<uint8_t> readValue(const Target &target) {
     VSDVS_PropBuffer buffer{0, nullptr};
-    require(get(target, &buffer), named(target));
+    require(get(target, &buffer), propertyNamed(target));
     // A property larger than the signed length can say cannot be fetched.
-    if (buffer.length < 0) throw libraryFailure(named(target), HYP_NO_MEMORY);
+    if (buffer.length < 0) throw libraryFailure(propertyNamed(target), HYP_NO_MEMORY);
     std::vector<uint8_t> value(static_cast<size_t>(buffer.length));
     if (value.empty()) return value;
     buffer.data = value.data();
-    require(get(target, &buffer), named(target));
+    require(get(target, &buffer), propertyNamed(target));
     return value;
 }
 
@@ -180,19 +181,19 @@ HYP_ReturnStatus store(const Target &target, const std::vector<uint8_t> &value, 
     switch (target.place.scope) {
         case Scope::Host:
             if (runtime) {
-                return call("VSDVS_SetRuntimeHostProp", VSDVS_SetRuntimeHostProp, target.alias(),
-                            target.key.c_str(), value.data(), length, target.switchId(), target.useAlias());
+                return call<VSDVS_SetRuntimeHostProp>(target.alias(), target.key.c_str(), value.data(),
+                                                      length, target.switchId(), target.useAlias());
             }
-            return call("VSDVS_SetHostProp", VSDVS_SetHostProp, target.alias(), target.key.c_str(),
-                        value.data(), length, target.switchId(), target.useAlias());
+            return call<VSDVS_SetHostProp>(target.alias(), target.key.c_str(), value.data(), length,
+                                           target.switchId(), target.useAlias());
         case Scope::Port:
-            return call("VSDVS_SetPortProp", VSDVS_SetPortProp, target.alias(), target.port.c_str(),
-                        target.key.c_str(), value.data(), length, target.switchId(), target.useAlias());
+            return call<VSDVS_SetPortProp>(target.alias(), target.port.c_str(), target.key.c_str(),
+                                           value.data(), length, target.switchId(), target.useAlias());
         case Scope::Global:
             break;
     }
-    return call("VSDVS_SetGlobProp", VSDVS_SetGlobProp, target.alias(), target.key.c_str(), value.data(),
-                length, target.switchId(), target.useAlias());
+    return call<VSDVS_SetGlobProp>(target.alias(), target.key.c_str(), value.data(), length,
+                                   target.switchId(), target.useAlias());
 }
 
 void setProperty(const Arguments &arguments, Output &out) {
@@ -205,7 +206,7 @@ void setProperty(const Arguments &arguments, Output &out) {
     std::optional<Property> stored = target.known() ? findProperty(target.place, target.key) : std::nullopt;
     bool same = stored && stored->classes == wantedClass &&
                 std::equal(stored->value.begin(), stored->value.end(), value.begin(), value.end());
-    if (!same) require(store(target, value, runtime), named(target));
+    if (!same) require(store(target, value, runtime), propertyNamed(target));
     report(out, target, !same);
 }
 
@@ -214,20 +215,20 @@ void clearProperty(const Arguments &arguments, Output &out) {
     HYP_ReturnStatus status = HYP_OK;
     switch (target.place.scope) {
         case Scope::Global:
-            status = call("VSDVS_ClearGlobProp", VSDVS_ClearGlobProp, target.alias(), target.key.c_str(),
-                          target.switchId(), target.useAlias());
+            status = call<VSDVS_ClearGlobProp>(target.alias(), target.key.c_str(), target.switchId(),
+                                               target.useAlias());
             break;
         case Scope::Host:
-            status = call("VSDVS_ClearHostProp", VSDVS_ClearHostProp, target.alias(), target.key.c_str(),
-                          target.switchId(), target.useAlias());
+            status = call<VSDVS_ClearHostProp>(target.alias(), target.key.c_str(), target.switchId(),
+                                               target.useAlias());
             break;
         case Scope::Port:
-            status = call("VSDVS_ClearPortProp", VSDVS_ClearPortProp, target.alias(), target.port.c_str(),
-                          target.key.c_str(), target.switchId(), target.useAlias());
+            status = call<VSDVS_ClearPortProp>(target.alias(), target.port.c_str(), target.key.c_str(),
+                                               target.switchId(), target.useAlias());
             break;
     }
     bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
-    if (!absent) require(status, named(target));
+    if (!absent) require(status, propertyNamed(target));
     report(out, target, !absent);
 }
 
@@ -238,7 +239,7 @@ std::vector<std::string> touchedProperty(const Arguments &arguments) {
     const std::string &key = arguments.text("KEY");
     if (arguments.given("--port")) return {touchedPath({name, "port", arguments.text("--port"), key})};
     // Names, portset and uplinks of a switch are properties too.
-    if (key.starts_with("com.quillon.common.")) return {touchedPath({})};
+    if (key.starts_with(QVS_KEY_COMMON_PREFIX)) return {touchedPath({})};
     return {touchedPath({name, arguments.given("--host") ? "host" : "global", key})};
 }
 
@@ -263,7 +264,7 @@ void listPlace(Listing &listing, const Place &place, std::optional<std::string_v
 
 void listProperties(const Arguments &arguments, Output &out) {
     Target target = targetOf(arguments);
-    if (!target.known()) throw libraryFailure("switch " + inQuotes(target.switchName), HYP_NOT_FOUND);
+    if (!target.known()) throw libraryFailure(named(target.switchName), HYP_NOT_FOUND);
     bool all = arguments.given("--all");
     if (all && target.place.scope != Scope::Global) fail(Exit::Usage, "--all goes without --host and --port");
     Listing listing(out, {{"scope", "SCOPE"},
@@ -290,7 +291,6 @@ void listProperties(const Arguments &arguments, Output &out) {
 constexpr Argument kKey{"KEY", "dotted name of the property"};
 constexpr Option kHost{"--host", nullptr, "the property of this host instead of the global one"};
 constexpr Option kPort{"--port", "PORT", "the property of this port instead of the global one", Kind::Port};
-constexpr Option kById{"--by-id", nullptr, "SWITCH is an identifier, not an alias"};
 
 const Command kRows[] = {
     {.words = "prop get",
@@ -303,7 +303,7 @@ const Command kRows[] = {
                  {"--raw", "FILE", "write the value's bytes to FILE (- for standard output) instead",
                   Kind::File}},
      .details = "Text is printable ASCII with one NUL behind it.",
-     .example = "qvs prop get sw1 com.quillon.common.version",
+     .example = "qvs prop get sw1 " QVS_KEY_VERSION,
      .run = reads(getProperty)},
     {.words = "prop set",
      .summary = "store a property of class CONFIG",

@@ -15,11 +15,9 @@
 namespace qvs::cli {
 namespace {
 
-using BlockCall = HYP_ReturnStatus (*)(const uint32_t *, uint32_t);
-
 // The library sends as many bytes as the count in front of the block says, so they have to be there.
-void sendBlock(const Arguments &arguments, Output &out, std::string_view name, BlockCall send,
-               uint64_t entrySize, uint64_t fixedSize) {
+template <auto Send, uint64_t entrySize, uint64_t fixedSize>
+void sendBlock(const Arguments &arguments, Output &out) {
     uint32_t command = arguments.number("COMMAND", 0);
     std::vector<uint8_t> bytes = bytesGiven(arguments, "BLOCK");
     uint32_t count = 0;
@@ -29,16 +27,8 @@ void sendBlock(const Arguments &arguments, Output &out, std::string_view name, B
         fail(Exit::Usage, "BLOCK: {} bytes, one that counts {} has {}", bytes.size(), count, needed);
     std::vector<uint32_t> words((bytes.size() + sizeof(uint32_t) - 1) / sizeof(uint32_t));
     std::memcpy(words.data(), bytes.data(), bytes.size());
-    require(call(name, send, words.data(), command), "route table");
+    require(call<Send>(words.data(), command), "route table");
     reportChange(out, "route table", {}, true);
-}
-
-void operate(const Arguments &arguments, Output &out) {
-    sendBlock(arguments, out, "VSHYP_RTMOp", VSHYP_RTMOp, 136, 9);
-}
-
-void modify(const Arguments &arguments, Output &out) {
-    sendBlock(arguments, out, "VSHYP_RTMModOp", VSHYP_RTMModOp, 5, 132);
 }
 
 void port(const Arguments &arguments, Output &out) {
@@ -46,8 +36,7 @@ void port(const Arguments &arguments, Output &out) {
     uint32_t second = arguments.number("SECOND", 0);
     uint32_t flag = arguments.number("--flag", 0);
     if (flag > UINT8_MAX) fail(Exit::Usage, "--flag: {}, at most {} fits", flag, UINT8_MAX);
-    require(call("VSHYP_RTMPortOp", VSHYP_RTMPortOp, first, second, static_cast<uint8_t>(flag)),
-            "route table");
+    require(call<VSHYP_RTMPortOp>(first, second, static_cast<uint8_t>(flag)), "route table");
     reportChange(out, "route table", {}, true);
 }
 
@@ -63,7 +52,7 @@ const Command kRows[] = {
      .details =
          "A block is a count, 32 bits, and count * 136 + 5 bytes more; what they mean is the module's.",
      .example = "qvs rtm op 1 --file routes.bin",
-     .run = writes(operate, touchesNothing)},
+     .run = writes(sendBlock<VSHYP_RTMOp, 136, 9>, touchesNothing)},
     {.words = "rtm mod",
      .summary = "send a modification of routes",
      .arguments = {kCommandArgument, kBlock},
@@ -71,7 +60,7 @@ const Command kRows[] = {
      .details =
          "A block is a count, 32 bits, and count * 5 + 128 bytes more; what they mean is the module's.",
      .example = "qvs rtm mod 2 --file changes.bin",
-     .run = writes(modify, touchesNothing)},
+     .run = writes(sendBlock<VSHYP_RTMModOp, 5, 132>, touchesNothing)},
     {.words = "rtm port",
      .summary = "send an operation on a port",
      .arguments = {{"FIRST", "first word of the operation, 32 bits"},

@@ -16,10 +16,8 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kSecurity{"security", "com.quillon.vswitch.port.security", Scope::Port, DVS_PROP_CONFIG,
-                           sizeof(uint32_t)};
-constexpr Policy kFilter{"receive filter", "com.quillon.vswitch.port.extraEthFRP", Scope::Port,
-                         DVS_PROP_CONFIG, sizeof(VSDVS_ExtraEthFilter)};
+constexpr Policy kSecurity{"security", QVS_KEY_PORT_SECURITY, sizeof(uint32_t)};
+constexpr Policy kFilter{"receive filter", QVS_KEY_PORT_FILTER, sizeof(VSDVS_ExtraEthFilter)};
 
 // --- security ---
 
@@ -39,8 +37,7 @@ constexpr Right kRights[] = {
 
 uint32_t readSecurity(const PolicyPlace &place) {
     uint32_t mask = 0;
-    place.requireRead(
-        call("VSDVS_GetPortSecurity", VSDVS_GetPortSecurity, place.name(), place.port(), &mask));
+    place.requireRead(call<VSDVS_GetPortSecurity>(place.name(), place.port(), &mask));
     return mask;
 }
 
@@ -69,9 +66,8 @@ void setSecurity(const Arguments &arguments, Output &out) {
     PolicyPlace place(kSecurity, arguments);
     uint32_t kept = given == kAll ? 0 : readSecurity(place) & kAll & ~given;
     uint32_t mask = kept | denied;
-    storePolicy(out, place, place.holds(bytesOf(mask)), [&] {
-        return call("VSDVS_SetPortSecurity", VSDVS_SetPortSecurity, place.name(), place.port(), &mask);
-    });
+    storePolicy(out, place, place.holds(bytesOf(mask)),
+                [&] { return call<VSDVS_SetPortSecurity>(place.name(), place.port(), &mask); });
 }
 
 // --- filter ---
@@ -101,8 +97,7 @@ std::vector<std::string> addressesOf(const VSDVS_ExtraEthFilter &filter) {
 void getFilter(const Arguments &arguments, Output &out) {
     PolicyPlace place(kFilter, arguments);
     VSDVS_ExtraEthFilter filter{};
-    place.requireRead(
-        call("VSDVS_GetExtraEthFilter", VSDVS_GetExtraEthFilter, place.name(), place.port(), &filter));
+    place.requireRead(call<VSDVS_GetExtraEthFilter>(place.name(), place.port(), &filter));
     std::vector<std::string> flags = flagNames(kFilterFlags, filter.flags);
     std::vector<std::string> addresses = addressesOf(filter);
     Record record(out);
@@ -135,24 +130,20 @@ VSDVS_ExtraEthFilter givenFilter(const Arguments &arguments) {
 void setFilter(const Arguments &arguments, Output &out) {
     VSDVS_ExtraEthFilter filter = givenFilter(arguments);
     PolicyPlace place(kFilter, arguments);
-    storePolicy(out, place, place.holds(bytesOf(filter)), [&] {
-        return call("VSDVS_SetExtraEthFilter", VSDVS_SetExtraEthFilter, place.name(), place.port(), &filter);
-    });
+    storePolicy(out, place, place.holds(bytesOf(filter)),
+                [&] { return call<VSDVS_SetExtraEthFilter>(place.name(), place.port(), &filter); });
 }
 
 void clearFilter(const Arguments &arguments, Output &out) {
     PolicyPlace place(kFilter, arguments);
-    clearPolicy(out, place, [&] {
-        return call("VSDVS_ClearExtraEthFilter", VSDVS_ClearExtraEthFilter, place.name(), place.port());
-    });
+    clearPolicy(out, place, [&] { return call<VSDVS_ClearExtraEthFilter>(place.name(), place.port()); });
 }
 
 // --- sink ---
 
 bool isSink(const PolicyPlace &place) {
     uint8_t enabled = 0;
-    place.requireRead(
-        call("VSDVS_IsSinkPortEnabled", VSDVS_IsSinkPortEnabled, place.name(), place.port(), &enabled));
+    place.requireRead(call<VSDVS_IsSinkPortEnabled>(place.name(), place.port(), &enabled));
     return enabled != 0;
 }
 
@@ -164,9 +155,8 @@ void getSink(const Arguments &arguments, Output &out) {
 void setSink(const Arguments &arguments, Output &out) {
     bool on = chosen(arguments, "STATE", kOffOn) != 0;
     PolicyPlace place(kFilter, arguments);
-    storePolicy(out, place, isSink(place) == on, [&] {
-        return call("VSDVS_ConfigureSinkPort", VSDVS_ConfigureSinkPort, place.name(), place.port(), on);
-    });
+    storePolicy(out, place, isSink(place) == on,
+                [&] { return call<VSDVS_ConfigureSinkPort>(place.name(), place.port(), on); });
 }
 
 const Command kRows[] = {

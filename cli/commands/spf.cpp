@@ -15,13 +15,6 @@
 namespace qvs::cli {
 namespace {
 
-std::string named(std::string_view alias) {
-    return "switch " + inQuotes(alias);
-}
-std::string named(std::string_view alias, std::string_view port) {
-    return named(alias) + ": port " + inQuotes(port);
-}
-
 // These calls leave a status in errno, and ENOMEM when it was memory that was missing.
 HYP_ReturnStatus leftStatus() {
     return errno == ENOMEM ? HYP_NO_MEMORY : static_cast<HYP_ReturnStatus>(errno);
@@ -31,51 +24,34 @@ std::string outcome(void *answer) {
     return answer != nullptr ? "..." : "null, " + trace::statusText(leftStatus());
 }
 
-template <typename... Parameters>
-HeapBuffer fetchSpf(std::string_view subject, std::string_view name, void *(*function)(Parameters...),
-                    std::type_identity_t<Parameters>... arguments) {
-    HeapBuffer answer(traced(name, outcome, function, arguments...));
+template <auto Function, typename... Arguments>
+HeapBuffer fetchSpf(std::string_view subject, Arguments... arguments) {
+    HeapBuffer answer(traced<Function>(outcome, arguments...));
     if (!answer) throw libraryFailure(subject, leftStatus());
     return answer;
 }
 
 void list(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
-    auto ask = [&] {
-        return fetchSpf(named(alias), "SPFHYP_GetPortsList", SPFHYP_GetPortsList, alias.c_str());
-    };
+    auto ask = [&] { return fetchSpf<SPFHYP_GetPortsList>(named(alias), alias.c_str()); };
     printList(arguments, out, boundedList(ask, SPFHYP_PORT_ENTRY_SIZE, "ports"), "port");
 }
 
 void switchStats(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
-    HeapBuffer stats =
-        fetchSpf(named(alias), "SPFHYP_GetSPFPortStats", SPFHYP_GetSPFPortStats, alias.c_str());
+    HeapBuffer stats = fetchSpf<SPFHYP_GetSPFPortStats>(named(alias), alias.c_str());
     printRecord(arguments, out, "stats", "statistics", recordIn(stats, SPFHYP_SPF_STATS_SIZE));
 }
 
-void portStats(const Arguments &arguments, Output &out, std::string_view name, void *(*get)(uint32_t),
-               size_t size) {
-    const std::string &alias = arguments.text("SWITCH");
-    const std::string &port = arguments.text("PORT");
-    uint32_t number = 0;
-    require(call("VSDVS_DvPortIDToPortID", VSDVS_DvPortIDToPortID, alias.c_str(), port.c_str(), &number),
-            named(alias, port));
-    HeapBuffer stats = fetchSpf(named(alias, port), name, get, number);
+template <auto Get, size_t size>
+void portStats(const Arguments &arguments, Output &out) {
+    uint32_t number = portNumber(arguments.text("SWITCH"), arguments.text("PORT"));
+    HeapBuffer stats = fetchSpf<Get>(named(arguments), number);
     printRecord(arguments, out, "stats", "statistics", recordIn(stats, size));
 }
 
-void guestStats(const Arguments &arguments, Output &out) {
-    portStats(arguments, out, "SPFHYP_GetGVMPortStats", SPFHYP_GetGVMPortStats, SPFHYP_GVM_STATS_SIZE);
-}
-
-void serviceStats(const Arguments &arguments, Output &out) {
-    portStats(arguments, out, "SPFHYP_GetSVMPortStats", SPFHYP_GetSVMPortStats, SPFHYP_SVM_STATS_SIZE);
-}
-
 void failures(const Arguments &arguments, Output &out) {
-    HeapBuffer stats =
-        fetchSpf("configuration failures", "SPFHYP_GetConfigFailureStats", SPFHYP_GetConfigFailureStats);
+    HeapBuffer stats = fetchSpf<SPFHYP_GetConfigFailureStats>("configuration failures");
     printRecord(arguments, out, "failures", "failures", recordIn(stats, SPFHYP_CONFIG_FAILURE_STATS_SIZE));
 }
 
@@ -90,27 +66,21 @@ const char *sentName(const Arguments &arguments) {
     return DVS_SwitchId(sw);
 }
 
-void report(const Arguments &arguments, Output &out, bool changed) {
-    const std::string &alias = arguments.text("SWITCH");
-    const std::string &port = arguments.text("PORT");
-    reportChange(out, alias + "/" + port, {{"switch", alias}, {"port", port}}, changed);
-}
-
 void plumb(const Arguments &arguments, Output &out) {
     const std::string &mac = arguments.text("MAC");
     if (!parseMac(mac)) fail(Exit::Usage, "{} is no MAC address, like 02:00:00:00:00:01", inQuotes(mac));
-    require(call("SPFHYP_PlumbSpfPort", SPFHYP_PlumbSpfPort, sentName(arguments),
-                 arguments.text("PORT").c_str(), nullptr, mac.c_str()),
-            named(arguments.text("SWITCH"), arguments.text("PORT")));
-    report(arguments, out, true);
+    require(
+        call<SPFHYP_PlumbSpfPort>(sentName(arguments), arguments.text("PORT").c_str(), nullptr, mac.c_str()),
+        named(arguments));
+    reportPort(out, arguments.text("SWITCH"), arguments.text("PORT"), true);
 }
 
 void unplumb(const Arguments &arguments, Output &out) {
-    HYP_ReturnStatus status = call("SPFHYP_UnPlumbSpfPort", SPFHYP_UnPlumbSpfPort, sentName(arguments),
-                                   arguments.text("PORT").c_str());
+    HYP_ReturnStatus status =
+        call<SPFHYP_UnPlumbSpfPort>(sentName(arguments), arguments.text("PORT").c_str());
     const bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
-    if (!absent) require(status, named(arguments.text("SWITCH"), arguments.text("PORT")));
-    report(arguments, out, !absent);
+    if (!absent) require(status, named(arguments));
+    reportPort(out, arguments.text("SWITCH"), arguments.text("PORT"), !absent);
 }
 
 std::vector<std::string> touchedPort(const Arguments &arguments) {
@@ -136,13 +106,13 @@ const Command kRows[] = {
      .arguments = {kSwitchArgument, kPortArgument},
      .options = {kRaw},
      .example = "qvs spf stats gvm sw1 port0",
-     .run = reads(guestStats)},
+     .run = reads(portStats<SPFHYP_GetGVMPortStats, SPFHYP_GVM_STATS_SIZE>)},
     {.words = "spf stats svm",
      .summary = "show the data path's statistics of a service's port, 104 bytes",
      .arguments = {kSwitchArgument, kPortArgument},
      .options = {kRaw},
      .example = "qvs spf stats svm sw1 port1",
-     .run = reads(serviceStats)},
+     .run = reads(portStats<SPFHYP_GetSVMPortStats, SPFHYP_SVM_STATS_SIZE>)},
     {.words = "spf plumb",
      .summary = "plumb a port into the data path",
      .arguments = {kSwitchArgument, kPortArgument, {"MAC", "address of the port, like 02:00:00:00:00:01"}},

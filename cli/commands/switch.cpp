@@ -18,27 +18,21 @@
 namespace qvs::cli {
 namespace {
 
-constexpr uint32_t kDefaultVersion = 105;
-constexpr uint32_t kDefaultMaxPorts = 128;
 constexpr uint32_t kMostMaxPorts = std::numeric_limits<int32_t>::max();
-
-std::string named(std::string_view alias) {
-    return "switch " + inQuotes(alias);
-}
 
 // What is known about a switch from the snapshot.
 struct SwitchView {
     explicit SwitchView(DVSSwitch *handle)
         : sw(handle),
-          alias(findText({Scope::Global, handle}, key::kAlias)),
+          alias(findText({Scope::Global, handle}, QVS_KEY_ALIAS)),
           id(boundedText(DVS_SwitchId(handle), sizeof(SwitchIdString))),
           className(DVS_ClassName(handle)),
-          portset(findText({Scope::Host, handle}, key::kPortset)),
+          portset(findText({Scope::Host, handle}, QVS_KEY_HOST_PORTSET)),
           version(DVS_Version(handle)),
           maxPorts(DVS_GetMaxPorts(handle)),
           ports(countPorts(handle)),
           uplinks(static_cast<uint32_t>(uplinkPorts(handle).size())),
-          opaque(findText({Scope::Global, handle}, key::kOpaque) == "true") {}
+          opaque(findText({Scope::Global, handle}, QVS_KEY_OPAQUE) == "true") {}
 
     DVSSwitch *sw;
     std::optional<std::string_view> alias;
@@ -72,7 +66,7 @@ void requireSame(const SwitchView &sw, const Arguments &arguments, const std::st
     text("--portset", "portset", sw.portset.value_or(""));
     number("--version", "version {}", sw.version, arguments.number("--version", 0));
     uint32_t maxPorts = arguments.number("--max-ports", 0);
-    number("--max-ports", "room for {} ports", sw.maxPorts, maxPorts == 0 ? kDefaultMaxPorts : maxPorts);
+    number("--max-ports", "room for {} ports", sw.maxPorts, maxPorts == 0 ? QVS_MAX_PORTS_DEFAULT : maxPorts);
     if (arguments.given("--opaque") && !sw.opaque) differs("opaque false", "true");
     number("--uplinks", "{} uplinks", sw.uplinks, arguments.number("--uplinks", 0));
     number("--ports", "{} ordinary ports", sw.ports - std::min(sw.uplinks, sw.ports),
@@ -127,8 +121,8 @@ void requireNoPortset(const std::string &portset, const std::string &alias) {
 // A switch that stands in the way of a new one, and what to do about it.
 void requireFree(const std::string &portset, const Arguments &arguments, const std::string &alias) {
     forEachSwitch([&](DVSSwitch *sw) {
-        std::string owner = inQuotes(findText({Scope::Global, sw}, key::kAlias).value_or("-"));
-        if (findText({Scope::Host, sw}, key::kPortset) == portset) {
+        std::string owner = inQuotes(findText({Scope::Global, sw}, QVS_KEY_ALIAS).value_or("-"));
+        if (findText({Scope::Host, sw}, QVS_KEY_HOST_PORTSET) == portset) {
             throw libraryFailure(named(alias) + ": portset " + inQuotes(portset), HYP_EXISTS,
                                  "it belongs to switch " + owner + ", name another with --portset");
         }
@@ -143,7 +137,7 @@ void requireFree(const std::string &portset, const Arguments &arguments, const s
 // The library makes lists of all uplinks, and the switch, before the first of them is refused.
 void requireRoom(const Arguments &arguments, const std::string &alias) {
     uint32_t given = arguments.number("--max-ports", 0);
-    uint32_t maxPorts = given == 0 ? kDefaultMaxPorts : given;
+    uint32_t maxPorts = given == 0 ? QVS_MAX_PORTS_DEFAULT : given;
     uint64_t wanted = uint64_t{arguments.number("--uplinks", 0)} + arguments.number("--ports", 0);
     if (wanted <= maxPorts) return;
     throw libraryFailure(named(alias), HYP_LIMIT_EXCEEDED,
@@ -152,7 +146,7 @@ void requireRoom(const Arguments &arguments, const std::string &alias) {
 
 bool anyNameless() {
     bool any = false;
-    forEachSwitch([&](DVSSwitch *sw) { return !(any = !findText({Scope::Global, sw}, key::kAlias)); });
+    forEachSwitch([&](DVSSwitch *sw) { return !(any = !findText({Scope::Global, sw}, QVS_KEY_ALIAS)); });
     return any;
 }
 
@@ -181,17 +175,17 @@ void create(const Arguments &arguments, Output &out) {
     requireFits(kAliasLimit, alias);
     requireFits(kPortsetLimit, portset);
     if (arguments.given("--id")) requireFits(kSwitchIdLimit, arguments.text("--id"));
-    uint32_t version = arguments.number("--version", kDefaultVersion);
+    uint32_t version = arguments.number("--version", QVS_SWITCH_VERSION_DEFAULT);
     uint32_t maxPorts = arguments.number("--max-ports", 0, 0, kMostMaxPorts);
     auto nowThere = [&] { return isThere(arguments, alias); };
     bool there = isInTheMaking(arguments, alias) ? comesTrue(nowThere, kLooksAtOthers) : nowThere();
     if (!there) {
         requireRoom(arguments, alias);
         requireFree(portset, arguments, alias);
-        HYP_ReturnStatus status =
-            callWhole("VSDVS_CreateVSwitch", VSDVS_CreateVSwitch, alias.c_str(), arguments.orNull("--id"),
-                      arguments.orNull("--portset"), version, arguments.given("--opaque") ? 1 : 0, maxPorts,
-                      arguments.number("--uplinks", 0), arguments.number("--ports", 0));
+        HYP_ReturnStatus status = callWhole<VSDVS_CreateVSwitch>(
+            alias.c_str(), arguments.orNull("--id"), arguments.orNull("--portset"), version,
+            arguments.given("--opaque") ? 1 : 0, maxPorts, arguments.number("--uplinks", 0),
+            arguments.number("--ports", 0));
         // The kernel refuses a second portset of a name without saying why.
         bool taken = status == HYP_EXISTS || status == HYP_FAILURE;
         there = taken && arguments.given("--may-exist") && comesTrue(nowThere);
@@ -199,7 +193,7 @@ void create(const Arguments &arguments, Output &out) {
         if (!there && status != HYP_OK)
             throw libraryFailure(named(alias), status, hintFor(status, arguments));
     }
-    reportChange(out, alias, {{"switch", alias}}, !there);
+    reportSwitch(out, alias, !there);
 }
 
 bool isHalfMade(const std::string &alias) {
@@ -212,7 +206,7 @@ bool isHalfMade(const std::string &alias) {
 bool destroySwitch(const std::string &alias) {
     auto isGone = [&] { return DVSState_SwitchFindByAlias(alias.c_str()) == nullptr; };
     findVswitch(alias);
-    HYP_ReturnStatus status = callWhole("VSDVS_DestroyVSwitch", VSDVS_DestroyVSwitch, alias.c_str());
+    HYP_ReturnStatus status = callWhole<VSDVS_DestroyVSwitch>(alias.c_str());
     if (status != HYP_NOT_FOUND) {
         require(status, named(alias));
         return true;
@@ -229,15 +223,13 @@ void destroy(const Arguments &arguments, Output &out) {
     bool there =
         DVSState_SwitchFindByAlias(alias.c_str()) != nullptr ? destroySwitch(alias) : removeNameless(alias);
     if (!there && !arguments.given("--if-exists")) throw libraryFailure(named(alias), HYP_NOT_FOUND);
-    reportChange(out, alias, {{"switch", alias}}, there);
+    reportSwitch(out, alias, there);
 }
 
 // --- list, show, find ---
 
 void listKernelNames(Listing &listing, const char *kind, uint32_t selector, uint32_t entrySize) {
-    auto ask = [&] {
-        return fetched("switches of the kernel", "VSHYP_GetSwitches", VSHYP_GetSwitches, selector);
-    };
+    auto ask = [&] { return fetched<VSHYP_GetSwitches>("switches of the kernel", selector); };
     KernelList list = boundedList(ask, entrySize, "switches");
     for (uint32_t i = 0; i < list.count; i++) {
         listing.row(std::string_view(kind), boundedText(list.entry(i).data(), entrySize));
@@ -256,7 +248,7 @@ void list(const Arguments &arguments, Output &out) {
     if (arguments.given("--names")) {
         NameList names(out);
         forEachSwitch([&](DVSSwitch *sw) {
-            if (auto alias = findText({Scope::Global, sw}, key::kAlias)) names.add(*alias);
+            if (auto alias = findText({Scope::Global, sw}, QVS_KEY_ALIAS)) names.add(*alias);
             return true;
         });
         return names.finish();
@@ -299,7 +291,7 @@ void list(const Arguments &arguments, Output &out) {
 // The kernel's information block; none for a switch that is not on this host.
 VshypBuffer switchInfo(const std::string &alias) {
     VshypBuffer info;
-    HYP_ReturnStatus status = fetch("VSHYP_GetSwitchInfo", VSHYP_GetSwitchInfo, info, alias.c_str());
+    HYP_ReturnStatus status = fetch<VSHYP_GetSwitchInfo>(info, alias.c_str());
     if (status == HYP_NOT_FOUND) return nullptr;
     require(status, named(alias));
     return info;
@@ -337,8 +329,7 @@ void info(const Arguments &arguments, Output &out) {
     const std::string &portset = arguments.text("PORTSET");
     requireFits(kPortsetLimit, portset);
     std::array<uint8_t, VSHYP_SWITCH_INFO_SIZE> block{};
-    require(call("VSHYP_GetVSInfo", VSHYP_GetVSInfo, portset.c_str(), block.data()),
-            "portset " + inQuotes(portset));
+    require(call<VSHYP_GetVSInfo>(portset.c_str(), block.data()), "portset " + inQuotes(portset));
     if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), block);
     Record record(out);
     record.field("portset", "portset", portset);
@@ -350,7 +341,7 @@ void info(const Arguments &arguments, Output &out) {
 std::optional<std::string> kernelId(const std::string &alias) {
     if (alias.size() > kAliasLimit.bytes) return std::nullopt;
     SwitchIdString id{};
-    HYP_ReturnStatus status = call("VSHYP_DVSAliasToSwitchId", VSHYP_DVSAliasToSwitchId, alias.c_str(), id);
+    HYP_ReturnStatus status = call<VSHYP_DVSAliasToSwitchId>(alias.c_str(), id);
     if (status == HYP_NOT_FOUND) return std::nullopt;
     require(status, named(alias));
     return std::string(boundedText(id, sizeof id));
@@ -358,8 +349,7 @@ std::optional<std::string> kernelId(const std::string &alias) {
 
 std::string aliasOfPortset(const std::string &portset) {
     SwitchAliasName alias{};
-    require(call("DVSPortsetNameToAlias", DVSPortsetNameToAlias, portset.c_str(), alias),
-            "portset " + inQuotes(portset));
+    require(call<DVSPortsetNameToAlias>(portset.c_str(), alias), "portset " + inQuotes(portset));
     if (alias[0] == '\0') throw libraryFailure("portset " + inQuotes(portset), HYP_NOT_FOUND);
     return std::string(boundedText(alias, sizeof alias));
 }
@@ -384,7 +374,7 @@ void lagTable(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
     findSwitch(alias);
     VshypBuffer table;
-    require(fetch("VSHYP_GetLAGTable", VSHYP_GetLAGTable, table, portsetOf(alias).c_str()), named(alias));
+    require(fetch<VSHYP_GetLAGTable>(table, portsetOf(alias).c_str()), named(alias));
     std::optional<Bytes> bytes = blockOf(table, VSHYP_LAG_TABLE_SIZE);
     if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), *bytes);
     Record record(out);
@@ -396,9 +386,8 @@ void lagTable(const Arguments &arguments, Output &out) {
 void refreshNuma(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
     findVswitch(alias);
-    require(call("VSHYP_RefreshDevNUMAInfo", VSHYP_RefreshDevNUMAInfo, portsetOf(alias).c_str()),
-            named(alias));
-    reportChange(out, alias, {{"switch", alias}}, true);
+    require(call<VSHYP_RefreshDevNUMAInfo>(portsetOf(alias).c_str()), named(alias));
+    reportSwitch(out, alias, true);
 }
 
 const Command kRows[] = {

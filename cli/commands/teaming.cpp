@@ -16,11 +16,10 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kTeaming{"teaming policy", "com.quillon.vswitch.teaming", Scope::Global, DVS_PROP_CONFIG,
-                          sizeof(VSDVS_TeamingPolicy)};
-constexpr Policy kPortTeaming{"teaming policy", "com.quillon.vswitch.port.teaming.policy", Scope::Port};
-constexpr Policy kOverride{"teaming override", "com.quillon.vswitch.port.teaming.override", Scope::Port};
-constexpr Policy kTxUplink{"transmit uplink mode", "com.quillon.vswitch.port.txUplink", Scope::Port};
+constexpr Policy kTeaming{"teaming policy", QVS_KEY_TEAMING, sizeof(VSDVS_TeamingPolicy)};
+constexpr Policy kPortTeaming{"teaming policy", QVS_KEY_PORT_TEAMING};
+constexpr Policy kOverride{"teaming override", QVS_KEY_PORT_TEAMING_OVERRIDE};
+constexpr Policy kTxUplink{"transmit uplink mode", QVS_KEY_PORT_TX_UPLINK};
 
 constexpr Limit kTeamingUplinkLimit{"uplink name", sizeof(VSDVS_UplinkName) - 1};
 constexpr Limit kOverrideLimit{"teaming override", VSDVS_TEAMING_OVERRIDE_SIZE - 1};
@@ -141,10 +140,9 @@ void get(const Arguments &arguments, Output &out) {
     PolicyPlace place(kTeaming, arguments);
     VSDVS_TeamingPolicy policy{};
     if (arguments.given("--by-id")) {
-        place.requireRead(
-            call("VSDVS_GetTeamingPolicyFromDVSID", VSDVS_GetTeamingPolicyFromDVSID, place.name(), &policy));
+        place.requireRead(call<VSDVS_GetTeamingPolicyFromDVSID>(place.name(), &policy));
     } else {
-        place.requireRead(call("VSDVS_GetTeamingPolicy", VSDVS_GetTeamingPolicy, place.name(), &policy));
+        place.requireRead(call<VSDVS_GetTeamingPolicy>(place.name(), &policy));
     }
     showPolicy(out, place, policy);
 }
@@ -162,22 +160,19 @@ void set(const Arguments &arguments, Output &out) {
     VSDVS_TeamingPolicy policy = givenPolicy(arguments);
     PolicyPlace place(kTeaming, arguments);
     keepWord(policy, place);
-    storePolicy(out, place, place.holds(bytesOf(policy)), [&] {
-        return call("VSDVS_SetTeamingPolicy", VSDVS_SetTeamingPolicy, place.name(), &policy);
-    });
+    storePolicy(out, place, place.holds(bytesOf(policy)),
+                [&] { return call<VSDVS_SetTeamingPolicy>(place.name(), &policy); });
 }
 
 void clear(const Arguments &arguments, Output &out) {
     PolicyPlace place(kTeaming, arguments);
-    clearPolicy(out, place,
-                [&] { return call("VSDVS_ClearTeamingPolicy", VSDVS_ClearTeamingPolicy, place.name()); });
+    clearPolicy(out, place, [&] { return call<VSDVS_ClearTeamingPolicy>(place.name()); });
 }
 
 void getPort(const Arguments &arguments, Output &out) {
     PolicyPlace place(kPortTeaming, arguments);
     VSDVS_TeamingPolicy policy{};
-    place.requireRead(
-        call("VSDVS_GetPortTeamingPolicy", VSDVS_GetPortTeamingPolicy, place.name(), place.port(), &policy));
+    place.requireRead(call<VSDVS_GetPortTeamingPolicy>(place.name(), place.port(), &policy));
     showPolicy(out, place, policy);
 }
 
@@ -185,17 +180,13 @@ void setPort(const Arguments &arguments, Output &out) {
     VSDVS_TeamingPolicy policy = givenPolicy(arguments);
     PolicyPlace place(kPortTeaming, arguments);
     keepWord(policy, place);
-    storePolicy(out, place, place.holds(bytesOf(policy)), [&] {
-        return call("VSDVS_SetPortTeamingPolicy", VSDVS_SetPortTeamingPolicy, place.name(), place.port(),
-                    &policy);
-    });
+    storePolicy(out, place, place.holds(bytesOf(policy)),
+                [&] { return call<VSDVS_SetPortTeamingPolicy>(place.name(), place.port(), &policy); });
 }
 
 void clearPort(const Arguments &arguments, Output &out) {
     PolicyPlace place(kPortTeaming, arguments);
-    clearPolicy(out, place, [&] {
-        return call("VSDVS_ClearPortTeamingPolicy", VSDVS_ClearPortTeamingPolicy, place.name(), place.port());
-    });
+    clearPolicy(out, place, [&] { return call<VSDVS_ClearPortTeamingPolicy>(place.name(), place.port()); });
 }
 
 // --- the name that overrides a port's policy ---
@@ -203,8 +194,7 @@ void clearPort(const Arguments &arguments, Output &out) {
 void getOverride(const Arguments &arguments, Output &out) {
     PolicyPlace place(kOverride, arguments);
     char name[VSDVS_TEAMING_OVERRIDE_SIZE];
-    place.requireRead(
-        call("VSDVS_GetPortTeamingOverride", VSDVS_GetPortTeamingOverride, place.name(), place.port(), name));
+    place.requireRead(call<VSDVS_GetPortTeamingOverride>(place.name(), place.port(), name));
     printValue(out, place, "override", std::string_view(name));
 }
 
@@ -212,18 +202,13 @@ void setOverride(const Arguments &arguments, Output &out) {
     const std::string &name = arguments.text("NAME");
     requireFits(kOverrideLimit, name);
     PolicyPlace place(kOverride, arguments);
-    storePolicy(out, place, place.holdsText(name), [&] {
-        return call("VSDVS_SetPortTeamingOverride", VSDVS_SetPortTeamingOverride, place.name(), place.port(),
-                    name.c_str());
-    });
+    storePolicy(out, place, place.holdsText(name),
+                [&] { return call<VSDVS_SetPortTeamingOverride>(place.name(), place.port(), name.c_str()); });
 }
 
 void clearOverride(const Arguments &arguments, Output &out) {
     PolicyPlace place(kOverride, arguments);
-    clearPolicy(out, place, [&] {
-        return call("VSDVS_ClearPortTeamingOverride", VSDVS_ClearPortTeamingOverride, place.name(),
-                    place.port());
-    });
+    clearPolicy(out, place, [&] { return call<VSDVS_ClearPortTeamingOverride>(place.name(), place.port()); });
 }
 
 // --- the uplink of a port that transmits ---
@@ -231,8 +216,7 @@ void clearOverride(const Arguments &arguments, Output &out) {
 void getTxUplink(const Arguments &arguments, Output &out) {
     PolicyPlace place(kTxUplink, arguments);
     uint8_t always = 0;
-    require(call("VSDVS_GetTxUplinkAlways", VSDVS_GetTxUplinkAlways, place.name(), place.port(), &always),
-            place.named());
+    require(call<VSDVS_GetTxUplinkAlways>(place.name(), place.port(), &always), place.named());
     printValue(out, place, "mode", std::string_view(kModes[always]));
 }
 
@@ -240,8 +224,7 @@ void setTxUplink(const Arguments &arguments, Output &out) {
     uint32_t always = chosen(arguments, "MODE", kModes);
     PolicyPlace place(kTxUplink, arguments);
     storePolicy(out, place, place.holdsText(kModes[always]), [&] {
-        return call("VSDVS_SetTxUplinkAlways", VSDVS_SetTxUplinkAlways, place.name(), place.port(),
-                    static_cast<uint8_t>(always));
+        return call<VSDVS_SetTxUplinkAlways>(place.name(), place.port(), static_cast<uint8_t>(always));
     });
 }
 

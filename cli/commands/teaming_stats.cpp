@@ -6,30 +6,29 @@
 
 #include "access/library.h"
 #include "access/opaque.h"
+#include "access/snapshot.h"
 #include "tool/command.h"
 #include "tool/output.h"
 
 namespace qvs::cli {
 namespace {
 
-template <size_t size>
-void show(const Arguments &arguments, Output &out, std::string_view name,
-          HYP_ReturnStatus (*get)(const char *, void *), const char *label) {
+template <auto Get, size_t size>
+void show(const Arguments &arguments, Output &out, const char *label) {
     const std::string &alias = arguments.text("SWITCH");
     std::string portset = portsetOf(alias);
     std::array<uint8_t, size> stats{};
-    require(call(name, get, portset.c_str(), stats.data()), "switch " + inQuotes(alias) + ": " + label);
+    require(call<Get>(portset.c_str(), stats.data()), named(alias) + ": " + label);
     printRecord(arguments, out, "stats", label, stats);
 }
 
 void rarp(const Arguments &arguments, Output &out) {
-    show<VSHYP_RARP_STATS_SIZE>(arguments, out, "VSHYP_GetRARPStats", VSHYP_GetRARPStats,
-                                "reverse-ARP statistics");
+    show<VSHYP_GetRARPStats, VSHYP_RARP_STATS_SIZE>(arguments, out, "reverse-ARP statistics");
 }
 
 void servicePorts(const Arguments &arguments, Output &out) {
-    show<VSHYP_SERVICE_PORT_TEAMING_STATS_SIZE>(arguments, out, "VSHYP_GetServicePortTeamingStats",
-                                                VSHYP_GetServicePortTeamingStats, "teaming statistics");
+    show<VSHYP_GetServicePortTeamingStats, VSHYP_SERVICE_PORT_TEAMING_STATS_SIZE>(arguments, out,
+                                                                                  "teaming statistics");
 }
 
 const Command kRows[] = {

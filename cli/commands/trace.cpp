@@ -15,7 +15,7 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kEnabled{"traceflow", "com.quillon.tarnData.traceflow.enabled", Scope::Host};
+constexpr Policy kEnabled{"traceflow", QVS_KEY_TRACEFLOW_ENABLED};
 
 // As the library reads them, with groups of one digit, too; it would not say which of the two is wrong.
 const std::string &address(const Arguments &arguments, std::string_view name) {
@@ -42,16 +42,16 @@ void start(const Arguments &arguments, Output &out) {
     uint64_t value2 = wideNumber(arguments, "--value2");
     requireFits(kPortIdLimit, port);
     findVswitch(alias);
-    require(call("TFHYP_CreateRequest", TFHYP_CreateRequest, alias.c_str(), port.c_str(), source.c_str(),
-                 destination.c_str(), word1, word2, static_cast<uint16_t>(half), value1, value2),
-            fmt::format("switch {}: port {}", inQuotes(alias), inQuotes(port)));
-    reportChange(out, alias + "/" + port, {{"switch", alias}, {"port", port}}, true);
+    require(call<TFHYP_CreateRequest>(alias.c_str(), port.c_str(), source.c_str(), destination.c_str(), word1,
+                                      word2, static_cast<uint16_t>(half), value1, value2),
+            named(alias, port));
+    reportPort(out, alias, port, true);
 }
 
 // Whether the kernel held anything without the property cannot be told.
 void clear(const Arguments &arguments, Output &out) {
     PolicyPlace place(kEnabled, arguments);
-    require(call("TFHYP_ClearTraceflowConfig", TFHYP_ClearTraceflowConfig, place.name()), place.named());
+    require(call<TFHYP_ClearTraceflowConfig>(place.name()), place.named());
     place.report(out, true);
 }
 
@@ -59,19 +59,17 @@ template <bool on>
 void enable(const Arguments &arguments, Output &out) {
     PolicyPlace place(kEnabled, arguments);
     bool same = on ? place.holdsText("true") : !place.stored();
-    storePolicy(out, place, same, [&] {
-        return call("TFHYP_SetTraceflowConfig", TFHYP_SetTraceflowConfig, place.name(), on ? 1 : 0);
-    });
+    storePolicy(out, place, same, [&] { return call<TFHYP_SetTraceflowConfig>(place.name(), on ? 1 : 0); });
 }
 
 void stats(const Arguments &arguments, Output &out) {
     NumberedPort port = numberedPort(arguments);
-    HeapBuffer stats = fetchRecord(port.named, "TFHYP_GetPortStats", TFHYP_GetPortStats, port.number);
+    HeapBuffer stats = fetchRecord<TFHYP_GetPortStats>(port.named, port.number);
     printRecord(arguments, out, "stats", "statistics", recordIn(stats, TFHYP_PORT_STATS_SIZE));
 }
 
 HeapBuffer readTelemetry() {
-    return fetchRecord("telemetry", "TFHYP_GetINTConfig", TFHYP_GetINTConfig);
+    return fetchRecord<TFHYP_GetINTConfig>("telemetry");
 }
 
 void getTelemetry(const Arguments &arguments, Output &out) {
@@ -86,7 +84,7 @@ void setTelemetry(const Arguments &arguments, Output &out) {
         fail(Exit::Usage, "CONFIG: {} is not {} bytes in hexadecimal", inQuotes(text), TFHYP_INT_CONFIG_SIZE);
     HeapBuffer held = readTelemetry();
     bool same = std::equal(config->begin(), config->end(), recordIn(held, TFHYP_INT_CONFIG_SIZE).begin());
-    if (!same) require(call("TFHYP_SetINTConfig", TFHYP_SetINTConfig, config->data()), "telemetry");
+    if (!same) require(call<TFHYP_SetINTConfig>(config->data()), "telemetry");
     reportChange(out, "telemetry", {}, !same);
 }
 

@@ -21,13 +21,6 @@
 namespace qvs::cli {
 namespace {
 
-std::string named(std::string_view alias) {
-    return "switch " + inQuotes(alias);
-}
-std::string named(std::string_view alias, std::string_view uplink) {
-    return named(alias) + ": uplink " + inQuotes(uplink);
-}
-
 UplinkState snapshotUplinks(const std::string &alias) {
     DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
     return sw != nullptr ? uplinkState(sw) : UplinkState{};
@@ -39,10 +32,7 @@ UplinkState snapshotUplinks(const std::string &alias) {
 std::vector<Uplink> readUplinks(const std::string &alias, std::string *broken = nullptr) {
     void *rawNames = nullptr;
     void *rawPorts = nullptr;
-    auto read = [&] {
-        return call("VSDVS_GetSwitchUplinkPorts", VSDVS_GetSwitchUplinkPorts, alias.c_str(), &rawNames,
-                    &rawPorts);
-    };
+    auto read = [&] { return call<VSDVS_GetSwitchUplinkPorts>(alias.c_str(), &rawNames, &rawPorts); };
     // A switch without lists shows like one of whose uplinks a port is missing.
     auto disagree = [&](HYP_ReturnStatus status) {
         return status == HYP_FAILURE || (status == HYP_NOT_FOUND && snapshotUplinks(alias).listed);
@@ -124,20 +114,19 @@ void add(const Arguments &arguments, Output &out) {
     for (const std::string &uplink : wanted) {
         there.push_back(findUplink(uplinks, uplink) != nullptr);
         if (there.back() && !arguments.given("--may-exist"))
-            throw libraryFailure(named(alias, uplink), HYP_EXISTS);
+            throw libraryFailure(namedUplink(alias, uplink), HYP_EXISTS);
         if (!there.back() && lookUpPort(sw, uplink) != nullptr) {
-            throw libraryFailure(named(alias, uplink), HYP_EXISTS, "an ordinary port has this name");
+            throw libraryFailure(namedUplink(alias, uplink), HYP_EXISTS, "an ordinary port has this name");
         }
     }
     ChangeList changes(out, alias, "uplinks", "uplink");
     for (size_t i = 0; i < wanted.size(); i++) {
         if (!there[i]) {
-            HYP_ReturnStatus status = callWhole("VSDVS_AddSwitchUplinkPort", VSDVS_AddSwitchUplinkPort,
-                                                alias.c_str(), wanted[i].c_str());
+            HYP_ReturnStatus status = callWhole<VSDVS_AddSwitchUplinkPort>(alias.c_str(), wanted[i].c_str());
             there[i] = raced(status, HYP_EXISTS) && arguments.given("--may-exist") &&
                        comesTrue([&] { return findUplink(readUplinks(alias), wanted[i]) != nullptr; });
             if (!there[i] && status != HYP_OK)
-                throw libraryFailure(named(alias, wanted[i]), status, hintFor(status, maxPorts, alias));
+                throw libraryFailure(namedUplink(alias, wanted[i]), status, hintFor(status, maxPorts, alias));
         }
         changes.add(wanted[i], !there[i]);
     }
@@ -153,33 +142,22 @@ void remove(const Arguments &arguments, Output &out) {
     for (const std::string &uplink : wanted) {
         there.push_back(findUplink(uplinks, uplink));
         if (there.back() == nullptr && !arguments.given("--if-exists")) {
-            throw libraryFailure(named(alias, uplink), HYP_NOT_FOUND);
+            throw libraryFailure(namedUplink(alias, uplink), HYP_NOT_FOUND);
         }
     }
     ChangeList changes(out, alias, "uplinks", "uplink");
     for (size_t i = 0; i < wanted.size(); i++) {
         bool changed = there[i] != nullptr;
         if (changed) {
-            HYP_ReturnStatus status = callWhole("VSDVS_RemoveSwitchUplinkPort", VSDVS_RemoveSwitchUplinkPort,
-                                                alias.c_str(), there[i]->port.c_str());
+            HYP_ReturnStatus status =
+                callWhole<VSDVS_RemoveSwitchUplinkPort>(alias.c_str(), there[i]->port.c_str());
             changed = !(raced(status, HYP_NOT_FOUND) && arguments.given("--if-exists") &&
                         comesTrue([&] { return findUplink(readUplinks(alias), wanted[i]) == nullptr; }));
             if (changed && status != HYP_OK)
-                throw libraryFailure(named(alias, wanted[i]), status, mendingHint(alias));
+                throw libraryFailure(namedUplink(alias, wanted[i]), status, mendingHint(alias));
         }
         changes.add(wanted[i], changed);
     }
-}
-
-// A list as it is stored: a count and entries of one size, filled up with zeros.
-std::vector<uint8_t> storedList(const std::vector<std::string> &names, size_t entrySize) {
-    auto count = static_cast<uint32_t>(names.size());
-    std::vector<uint8_t> list(sizeof count + names.size() * entrySize);
-    std::memcpy(list.data(), &count, sizeof count);
-    for (size_t i = 0; i < names.size(); i++) {
-        std::memcpy(&list[sizeof count + i * entrySize], names[i].data(), names[i].size());
-    }
-    return list;
 }
 
 // The names that were asked for: those given, or uplink0 onward.
@@ -213,12 +191,12 @@ void set(const Arguments &arguments, Output &out) {
         if (arguments.number("--count", 0) > maxPorts) {
             status = HYP_LIMIT_EXCEEDED;  // the library would make the lists first, and run out of memory
         } else if (arguments.given("--count")) {
-            status = callWhole("SetNumSwitchUplinkPortsByUUID", SetNumSwitchUplinkPortsByUUID,
-                               DVS_SwitchId(sw), arguments.number("--count", 0));
+            status =
+                callWhole<SetNumSwitchUplinkPortsByUUID>(DVS_SwitchId(sw), arguments.number("--count", 0));
         } else {
-            status = callWhole("VSDVS_SetSwitchUplinkPorts", VSDVS_SetSwitchUplinkPorts, alias.c_str(),
-                               storedList(wanted, sizeof(VSDVS_UplinkName)).data(),
-                               storedList(wanted, sizeof(VSDVS_UplinkPort)).data());
+            status = callWhole<VSDVS_SetSwitchUplinkPorts>(alias.c_str(),
+                                                           packList(wanted, sizeof(VSDVS_UplinkName)).data(),
+                                                           packList(wanted, sizeof(VSDVS_UplinkPort)).data());
         }
         if (status != HYP_OK) {
             throw libraryFailure(
@@ -226,22 +204,21 @@ void set(const Arguments &arguments, Output &out) {
                 status == HYP_EXISTS ? "a port has the name of an uplink" : hintFor(status, maxPorts, alias));
         }
     }
-    reportChange(out, alias, {{"switch", alias}}, !same);
+    reportSwitch(out, alias, !same);
 }
 
-bool hasList(const std::string &alias, const char *key,
-             HYP_ReturnStatus (*get)(const char *, const char *, VSDVS_PropBuffer *, const char *, uint8_t),
-             std::string_view name) {
+template <auto Get>
+bool hasList(const std::string &alias, const char *key) {
     VSDVS_PropBuffer size{0, nullptr};
-    HYP_ReturnStatus status = call(name, get, alias.c_str(), key, &size, nullptr, 1);
+    HYP_ReturnStatus status = call<Get>(alias.c_str(), key, &size, nullptr, 1);
     if (status == HYP_NOT_FOUND) return false;
     require(status, named(alias));
     return true;
 }
 
 bool hasLists(const std::string &alias) {
-    bool names = hasList(alias, key::kUplinkNames, VSDVS_GetGlobProp, "VSDVS_GetGlobProp");
-    bool ports = hasList(alias, key::kUplinkPorts, VSDVS_GetHostProp, "VSDVS_GetHostProp");
+    bool names = hasList<VSDVS_GetGlobProp>(alias, QVS_KEY_UPLINK_NAMES);
+    bool ports = hasList<VSDVS_GetHostProp>(alias, QVS_KEY_UPLINK_PORTS);
     return names || ports;
 }
 
@@ -250,25 +227,22 @@ void clear(const Arguments &arguments, Output &out) {
     findVswitch(alias);
     bool there = hasLists(alias);
     if (there) {
-        require(callWhole("VSDVS_ClearSwitchUplinkPorts", VSDVS_ClearSwitchUplinkPorts, alias.c_str()),
-                named(alias));
+        require(callWhole<VSDVS_ClearSwitchUplinkPorts>(alias.c_str()), named(alias));
         // Its status is that of the name alone.
         if (hasLists(alias)) throw libraryFailure(named(alias) + ": uplink lists", HYP_FAILURE);
     }
-    reportChange(out, alias, {{"switch", alias}}, there);
+    reportSwitch(out, alias, there);
 }
 
 // --- links ---
 
-using LinkQuery = HYP_ReturnStatus (*)(const char *, const char *, uint32_t *);
-
 // The state of a link, or nothing when the kernel does not know the uplink or its request has no room for the
 // name.
-std::optional<bool> linkOf(std::string_view name, LinkQuery query, const std::string &portset,
-                           const std::string &uplink, std::string_view subject) {
+template <auto Query>
+std::optional<bool> linkOf(const std::string &portset, const std::string &uplink, std::string_view subject) {
     if (uplink.size() > kLinkUplinkLimit.bytes) return std::nullopt;
     uint32_t up = 0;
-    HYP_ReturnStatus status = call(name, query, portset.c_str(), uplink.c_str(), &up);
+    HYP_ReturnStatus status = call<Query>(portset.c_str(), uplink.c_str(), &up);
     if (status == HYP_NOT_FOUND) return std::nullopt;
     require(status, subject);
     return up != 0;
@@ -278,7 +252,7 @@ std::optional<bool> linkOf(std::string_view name, LinkQuery query, const std::st
 std::string kernelPortOf(const std::string &nic, std::string_view subject) {
     if (nic.empty() || nic.size() > kLinkUplinkLimit.bytes) return {};
     char identity[VSHYP_UPLINK_DV_PORT_ID_SIZE] = {};
-    HYP_ReturnStatus status = call("VSHYP_GetUplinkDVPortID", VSHYP_GetUplinkDVPortID, nic.c_str(), identity);
+    HYP_ReturnStatus status = call<VSHYP_GetUplinkDVPortID>(nic.c_str(), identity);
     if (status == HYP_NOT_FOUND) return {};
     require(status, subject);
     return std::string(boundedText(identity, sizeof identity));
@@ -295,7 +269,7 @@ std::optional<std::string_view> unlessEmpty(std::string_view text) {
 }
 
 void listKernel(const std::string &portset, const std::string &alias, Output &out) {
-    auto ask = [&] { return fetched(named(alias), "VSHYP_GetUplinks", VSHYP_GetUplinks, portset.c_str()); };
+    auto ask = [&] { return fetched<VSHYP_GetUplinks>(named(alias), portset.c_str()); };
     KernelList list = boundedList(ask, VSHYP_UPLINK_ENTRY_SIZE, "uplinks");
     Listing listing(out, {{"index", "INDEX"}, {"entry", "ENTRY"}});
     for (uint32_t i = 0; i < list.count; i++)
@@ -328,13 +302,11 @@ void list(const Arguments &arguments, Output &out) {
                           {"nic", "NIC"},
                           {"kernelPort", "KERNEL PORT"}});
     for (const Uplink &uplink : uplinks) {
-        std::string subject = named(alias, uplink.name);
+        std::string subject = namedUplink(alias, uplink.name);
         DVSPort *port = lookUpPort(sw, uplink.port);
         std::string nic(port != nullptr ? portStatus(port).client.value_or("") : "");
-        auto link =
-            linkOf("VSHYP_GetUplinkLinkState", VSHYP_GetUplinkLinkState, portset, uplink.port, subject);
-        auto lacp = linkOf("VSHYP_GetUplinkLACPLinkState", VSHYP_GetUplinkLACPLinkState, portset, uplink.port,
-                           subject);
+        auto link = linkOf<VSHYP_GetUplinkLinkState>(portset, uplink.port, subject);
+        auto lacp = linkOf<VSHYP_GetUplinkLACPLinkState>(portset, uplink.port, subject);
         std::string kernelPort = kernelPortOf(nic, subject);
         listing.row(uplink.name, uplink.port, linkFlag(link), linkFlag(lacp), unlessEmpty(nic),
                     unlessEmpty(kernelPort));
@@ -354,17 +326,15 @@ void setLinks(const Arguments &arguments, Output &out, bool up) {
     std::vector<bool> isUp;
     for (const std::string &uplink : uplinks) {
         uint32_t state = 0;
-        require(call("VSHYP_GetUplinkLinkState", VSHYP_GetUplinkLinkState, portset.c_str(), uplink.c_str(),
-                     &state),
-                named(alias, uplink));
+        require(call<VSHYP_GetUplinkLinkState>(portset.c_str(), uplink.c_str(), &state),
+                namedUplink(alias, uplink));
         isUp.push_back(state != 0);
     }
     ChangeList changes(out, alias, "uplinks", "uplink");
     for (size_t i = 0; i < uplinks.size(); i++) {
         if (!up || !isUp[i]) {
-            require(call("VSHYP_SetUplinkAdminLinkState", VSHYP_SetUplinkAdminLinkState, portset.c_str(),
-                         uplinks[i].c_str(), up ? 1 : 0),
-                    named(alias, uplinks[i]));
+            require(call<VSHYP_SetUplinkAdminLinkState>(portset.c_str(), uplinks[i].c_str(), up ? 1 : 0),
+                    namedUplink(alias, uplinks[i]));
         }
         changes.add(uplinks[i], isUp[i] != up);
     }

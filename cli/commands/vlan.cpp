@@ -17,12 +17,10 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kPrivateVlans{"private VLANs", "com.quillon.vswitch.pvlanMap", Scope::Global,
-                               DVS_PROP_POLICY};
-constexpr Policy kVlan{"VLAN policy", "com.quillon.vswitch.port.vlan", Scope::Port, DVS_PROP_POLICY};
-constexpr Policy kPriority{"VLAN policy", "com.quillon.vswitch.port.priority", Scope::Port, DVS_PROP_POLICY};
-constexpr Policy kNestedTag{"nested VLAN tagging", "com.quillon.vswitch.port.vlanNestedTag", Scope::Port,
-                            DVS_PROP_CONFIG, sizeof(uint32_t)};
+constexpr Policy kPrivateVlans{"private VLANs", QVS_KEY_PRIVATE_VLAN_MAP};
+constexpr Policy kVlan{"VLAN policy", QVS_KEY_PORT_VLAN};
+constexpr Policy kPriority{"VLAN policy", QVS_KEY_PORT_PRIORITY};
+constexpr Policy kNestedTag{"nested VLAN tagging", QVS_KEY_PORT_NESTED_TAG, sizeof(uint32_t)};
 
 // --- private VLANs ---
 
@@ -53,7 +51,7 @@ void getPrivateVlans(const Arguments &arguments, Output &out) {
     PolicyPlace place(kPrivateVlans, arguments);
     void *raw = nullptr;
     uint32_t count = 0;
-    place.requireRead(call("VSDVS_GetPrivateVLANMap", VSDVS_GetPrivateVLANMap, place.name(), &raw, &count));
+    place.requireRead(call<VSDVS_GetPrivateVLANMap>(place.name(), &raw, &count));
     VsdvsBuffer map(raw);
     Listing listing(out, {{"primary", "PRIMARY"}, {"secondary", "SECONDARY"}, {"type", "TYPE"}});
     for (uint32_t i = 0; i < count; i++) {
@@ -72,21 +70,16 @@ void setPrivateVlans(const Arguments &arguments, Output &out) {
     PolicyPlace place(kPrivateVlans, arguments);
     Bytes bytes(reinterpret_cast<const uint8_t *>(map.data()), map.size() * sizeof map[0]);
     storePolicy(out, place, place.holds(bytes), [&] {
-        return call("VSDVS_SetPrivateVLANMap", VSDVS_SetPrivateVLANMap, place.name(), map.data(),
-                    static_cast<uint32_t>(map.size()));
+        return call<VSDVS_SetPrivateVLANMap>(place.name(), map.data(), static_cast<uint32_t>(map.size()));
     });
 }
 
 void clearPrivateVlans(const Arguments &arguments, Output &out) {
     PolicyPlace place(kPrivateVlans, arguments);
-    clearPolicy(out, place, [&] {
-        return call("VSDVS_SetPrivateVLANMap", VSDVS_SetPrivateVLANMap, place.name(), nullptr, 0);
-    });
+    clearPolicy(out, place, [&] { return call<VSDVS_SetPrivateVLANMap>(place.name(), nullptr, 0); });
 }
 
 // --- a port's VLANs ---
-
-constexpr uint32_t kMostPriority = 7;
 
 // The stored record and the ranges behind it, whose count the library has checked.
 struct VlanPolicy {
@@ -98,8 +91,7 @@ struct VlanPolicy {
 VlanPolicy readVlan(const PolicyPlace &place) {
     VlanPolicy policy;
     void *raw = nullptr;
-    place.requireRead(call("VSDVS_GetPortVLANPolicy", VSDVS_GetPortVLANPolicy, place.name(), place.port(),
-                           &raw, &policy.priority));
+    place.requireRead(call<VSDVS_GetPortVLANPolicy>(place.name(), place.port(), &raw, &policy.priority));
     VsdvsBuffer buffer(raw);
     const auto *bytes = static_cast<const uint8_t *>(raw);
     std::memcpy(&policy.record, bytes, sizeof policy.record);
@@ -142,7 +134,7 @@ void getVlan(const Arguments &arguments, Output &out) {
 std::vector<VSDVS_VLANRange> givenRanges(const Arguments &arguments) {
     constexpr size_t kMostRanges = std::numeric_limits<uint16_t>::max();
     if (!arguments.given("--trunk")) return {};
-    if (arguments.text("--trunk") == "all") return {{0, kMostVlan}};
+    if (arguments.text("--trunk") == "all") return {{0, QVS_VLAN_MAX}};
     std::vector<VSDVS_VLANRange> ranges;
     for (const std::string &text : splitList(arguments.text("--trunk")))
         ranges.push_back(vlanRange("--trunk", text));
@@ -161,7 +153,7 @@ VlanPolicy givenPolicy(const Arguments &arguments) {
     VlanPolicy policy;
     if (arguments.given("--id")) policy.record.vlan = vlanId("--id", arguments.text("--id"));
     policy.ranges = givenRanges(arguments);
-    policy.priority = arguments.number("--priority", VSDVS_NO_PRIORITY, 0, kMostPriority);
+    policy.priority = arguments.number("--priority", VSDVS_NO_PRIORITY, 0, QVS_PRIORITY_MAX);
     bool hasPriority = arguments.given("--priority");
     policy.record.flags = static_cast<uint16_t>((trunk ? VSDVS_VLAN_TRUNK : 0u) |
                                                 (arguments.given("--private") ? VSDVS_VLAN_PRIVATE : 0u) |
@@ -189,9 +181,9 @@ void setVlan(const Arguments &arguments, Output &out) {
     bool same = holdsVlan(place, PolicyPlace(kPriority, arguments), policy);
     storePolicy(out, place, same, [&] {
         uint32_t flags = policy.record.flags;
-        return call("VSDVS_SetPortVLANPolicy", VSDVS_SetPortVLANPolicy, place.name(), place.port(),
-                    policy.record.vlan, policy.priority, flags & VSDVS_VLAN_TRUNK ? 1 : 0,
-                    flags & VSDVS_VLAN_PRIVATE ? 1 : 0, policy.ranges.data(), policy.record.rangeCount);
+        return call<VSDVS_SetPortVLANPolicy>(
+            place.name(), place.port(), policy.record.vlan, policy.priority, flags & VSDVS_VLAN_TRUNK ? 1 : 0,
+            flags & VSDVS_VLAN_PRIVATE ? 1 : 0, policy.ranges.data(), policy.record.rangeCount);
     });
 }
 
@@ -200,9 +192,8 @@ void clearVlan(const Arguments &arguments, Output &out) {
     PolicyPlace place(kVlan, arguments);
     PolicyPlace priority(kPriority, arguments);
     bool none = (!place.stored() && !priority.stored()) || holdsVlan(place, priority, {});
-    storePolicy(out, place, none, [&] {
-        return call("VSDVS_ClearPortVLANPolicy", VSDVS_ClearPortVLANPolicy, place.name(), place.port());
-    });
+    storePolicy(out, place, none,
+                [&] { return call<VSDVS_ClearPortVLANPolicy>(place.name(), place.port()); });
 }
 
 // --- nested tagging ---
@@ -210,8 +201,7 @@ void clearVlan(const Arguments &arguments, Output &out) {
 void getNestedTagging(const Arguments &arguments, Output &out) {
     PolicyPlace place(kNestedTag, arguments);
     uint8_t enabled = 0;
-    place.requireRead(call("VSDVS_GetPortNestedVLANTagging", VSDVS_GetPortNestedVLANTagging, place.name(),
-                           place.port(), &enabled));
+    place.requireRead(call<VSDVS_GetPortNestedVLANTagging>(place.name(), place.port(), &enabled));
     printValue(out, place, "enabled", Flag{enabled != 0, "on", "off"});
 }
 
@@ -219,8 +209,7 @@ void setNestedTagging(const Arguments &arguments, Output &out) {
     uint32_t on = chosen(arguments, "STATE", kOffOn);
     PolicyPlace place(kNestedTag, arguments);
     storePolicy(out, place, place.holds(bytesOf(on)), [&] {
-        return call("VSDVS_SetPortNestedVLANTagging", VSDVS_SetPortNestedVLANTagging, place.name(),
-                    place.port(), static_cast<uint8_t>(on));
+        return call<VSDVS_SetPortNestedVLANTagging>(place.name(), place.port(), static_cast<uint8_t>(on));
     });
 }
 

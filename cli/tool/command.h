@@ -159,6 +159,7 @@ inline constexpr Option kMayExist{"--may-exist", nullptr,
 inline constexpr Option kIfExists{"--if-exists", nullptr, "succeed when it is not there"};
 inline constexpr Option kRaw{"--raw", "FILE",
                              "write the kernel's bytes to FILE (- for standard output) instead", Kind::File};
+inline constexpr Option kById{"--by-id", nullptr, "SWITCH is an identifier, not an alias"};
 inline constexpr Option kNames{"--names", nullptr, "print the names alone, one a line"};
 
 // Options that every command takes.

@@ -289,6 +289,14 @@ void reportChange(Output &out, std::string_view label,
     record.finish();
 }
 
+void reportSwitch(Output &out, std::string_view alias, bool changed) {
+    reportChange(out, alias, {{"switch", alias}}, changed);
+}
+
+void reportPort(Output &out, std::string_view alias, std::string_view port, bool changed) {
+    reportChange(out, fmt::format("{}/{}", alias, port), {{"switch", alias}, {"port", port}}, changed);
+}
+
 ChangeList::~ChangeList() {
     if (items_.empty()) return;
     fmt::memory_buffer &buffer = out_.buffer();

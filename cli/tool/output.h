@@ -173,6 +173,9 @@ void reportChange(Output &out, std::string_view label,
                   std::initializer_list<std::pair<const char *, std::optional<std::string_view>>> members,
                   bool changed);
 
+void reportSwitch(Output &out, std::string_view alias, bool changed);
+void reportPort(Output &out, std::string_view alias, std::string_view port, bool changed);
+
 // Changes of several ports or uplinks of a switch: a line for each, or one object with an array. What was
 // done is reported even when a later one fails.
 class ChangeList {

@@ -164,7 +164,7 @@ std::string lockName(const Arguments &arguments) {
     if (!arguments.given("SWITCH")) return {};
     const std::string &name = arguments.text("SWITCH");
     DVSSwitch *sw = arguments.given("--by-id") ? findSwitchById(name) : nullptr;
-    return std::string(sw != nullptr ? findText({Scope::Global, sw}, key::kAlias).value_or(name) : name);
+    return std::string(sw != nullptr ? findText({Scope::Global, sw}, QVS_KEY_ALIAS).value_or(name) : name);
 }
 
 void runLocked(const Call &call, Output &out) {

@@ -33,6 +33,10 @@
 #define QVS_KEY_UPLINK_NAMES "com.quillon.common.uplinkPorts"      /* list of VSDVS_UplinkName */
 #define QVS_KEY_UPLINK_PORTS "com.quillon.common.host.uplinkPorts" /* list of VSDVS_UplinkPort */
 
+#define QVS_KEY_COMMON_PREFIX "com.quillon.common." /* what the keys of identity begin with */
+#define QVS_SWITCH_VERSION_DEFAULT 105u             /* the version that qvs gives a new switch */
+#define QVS_MAX_PORTS_DEFAULT 128u /* room of a switch that is created without saying how much */
+
 /* ------------------------------------------------------------------------------------------------------- *
  * State that the kernel writes; records: <qvs/records.h>, results of checks: <qvs/healthcheck.h>
  * ------------------------------------------------------------------------------------------------------- */

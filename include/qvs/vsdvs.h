@@ -349,12 +349,12 @@ QVS_ASSERT_SIZE(VSDVS_MirrorHeader, 20);
 typedef struct QVS_PACKED VSDVS_MirrorSession {
     char sessionId[32];   /* followed by zeros; no NUL when it has 32 characters */
     char displayName[84]; /* NUL-terminated */
-    uint32_t type;      /* VSDVS_MIRROR_MIXDST and the constants after it; not in the wildcard form */
-    int32_t snapLength; /* bytes to keep of each frame; -1 keeps the whole frame */
-    uint32_t flags;     /* VSDVS_MIRROR_DST_NO_OUTPUT and the constants after it */
-    uint16_t encapVlan; /* with VSDVS_MIRROR_DST_ENCAP */
-    uint16_t wildIn;    /* wildcard form only */
-    uint16_t wildOut;   /* wildcard form only */
+    uint32_t type;        /* VSDVS_MIRROR_MIXDST and the constants after it; not in the wildcard form */
+    int32_t snapLength;   /* bytes to keep of each frame; -1 keeps the whole frame */
+    uint32_t flags;       /* VSDVS_MIRROR_DST_NO_OUTPUT and the constants after it */
+    uint16_t encapVlan;   /* with VSDVS_MIRROR_DST_ENCAP */
+    uint16_t wildIn;      /* wildcard form only */
+    uint16_t wildOut;     /* wildcard form only */
     uint8_t reserved1[2];
     uint32_t samplingRate;
     uint8_t reserved2[8];

@@ -12,7 +12,6 @@
 namespace qvs {
 namespace {
 
-constexpr uint32_t kDefaultMaxPorts = 128;
 constexpr uint32_t kFirstConnectId = 1;
 
 constexpr Property kAlias = propertyOf(QVS_KEY_ALIAS);
@@ -135,7 +134,7 @@ extern "C" HYP_ReturnStatus VSDVS_CreateVSwitch(const char *alias, const char *s
         .portsetName = portsetName != nullptr ? portsetName : alias,
         .version = version,
         .opaque = opaque != 0,
-        .maxPorts = maxPorts != 0 ? maxPorts : kDefaultMaxPorts,
+        .maxPorts = maxPorts != 0 ? maxPorts : QVS_MAX_PORTS_DEFAULT,
         .numUplinks = numUplinks,
         .numPorts = numPorts,
     });
