@@ -9,6 +9,7 @@
 #include "core/mesh_value.h"
 #include "core/text.h"
 #include "qvs/keys.h"
+#include "qvs/records.h"
 
 namespace qvs {
 namespace {
@@ -125,7 +126,7 @@ extern "C" uint8_t DVPortExist(const char *switchId, const char *portId) {
 
 extern "C" HYP_ReturnStatus VSDVS_DvPortIDToPortIDFromDVSID(const char *switchId, const char *portId,
                                                             uint32_t *portNumber) {
-    constexpr size_t kPortNumberOffset = 16;
+    constexpr size_t kPortNumber = offsetof(QVS_PortStatus, portNumber);
     if (switchId == nullptr || portId == nullptr) return HYP_BAD_PARAM;
 
     MeshValue value;
@@ -133,9 +134,9 @@ extern "C" HYP_ReturnStatus VSDVS_DvPortIDToPortIDFromDVSID(const char *switchId
         return DVSHYP_PortDataGet(switchId, portId, QVS_KEY_PORT_STATUS, data, length);
     });
     if (status != HYP_OK) return status;
-    if (value.length() < kPortNumberOffset + sizeof *portNumber) return HYP_FAILURE;
+    if (value.length() < kPortNumber + sizeof *portNumber) return HYP_FAILURE;
     if (portNumber == nullptr) return HYP_BAD_PARAM;
-    *portNumber = value.at<uint32_t>(kPortNumberOffset);
+    *portNumber = value.at<uint32_t>(kPortNumber);
     return HYP_OK;
 }
 

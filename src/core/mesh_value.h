@@ -33,12 +33,13 @@ class MeshValue {
     uint32_t length() const { return data_ != nullptr ? length_ : 0; }
     std::string_view text() const { return data_ != nullptr ? textOf(data_, length_) : std::string_view(); }
 
-    // The number of type T at an offset, little-endian and unaligned; the caller has checked the length.
+    // The number or packed record of type T at an offset, little-endian and unaligned; the caller has checked
+    // the length.
     template <typename T>
-    T at(size_t offset) const {
-        T number = 0;
-        std::memcpy(&number, data() + offset, sizeof number);
-        return number;
+    T at(size_t offset = 0) const {
+        T value;
+        std::memcpy(&value, data() + offset, sizeof value);
+        return value;
     }
 
     // Hands the value over to the caller, who gives it back through the family's FreeMemory.

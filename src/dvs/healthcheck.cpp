@@ -30,8 +30,9 @@ HYP_ReturnStatus deploy(const char *alias, const Property &property, const uint8
     const Place place = Place::ofAlias(alias);
     if (place.status() != HYP_OK) return place.status();
     if (record == nullptr) return HYP_BAD_PARAM;
-    return record[0] != 0 ? setProperty(place, property, record, sizeof(HealthCheck_Deployment))
-                          : clearProperty(place, property);
+    return record[offsetof(HealthCheck_Deployment, enabled)] != 0
+               ? setProperty(place, property, record, sizeof(HealthCheck_Deployment))
+               : clearProperty(place, property);
 }
 
 HYP_ReturnStatus clearCheck(const char *alias, const Property &deployment, const Property &parameter) {
@@ -40,16 +41,15 @@ HYP_ReturnStatus clearCheck(const char *alias, const Property &deployment, const
     return status == HYP_OK ? clearIfPresent(place, parameter) : status;
 }
 
-// Two counts and that many ranges: 4 * (A + B + 1) bytes.
+// A head and as many ranges as it says.
 HYP_ReturnStatus getResult(const char *alias, const char *port, const Property &property, void **result) {
     MeshValue value;
     const HYP_ReturnStatus status = getProperty(Place::ofAlias(alias, port), property, value);
     if (status != HYP_OK) return status;
-    constexpr uint32_t kSlot = 4;
-    if (value.length() < kSlot ||
-        value.length() != kSlot * (uint32_t{value.at<uint16_t>(0)} + value.at<uint16_t>(2) + 1)) {
-        return HYP_FAILURE;
-    }
+    if (value.length() < sizeof(HealthCheck_Result)) return HYP_FAILURE;
+    const auto head = value.at<HealthCheck_Result>();
+    const uint32_t ranges = uint32_t{head.firstCount} + head.secondCount;
+    if (value.length() != sizeof head + sizeof(HealthCheck_Range) * ranges) return HYP_FAILURE;
     if (result == nullptr) return HYP_BAD_PARAM;
     *result = value.release();
     return HYP_OK;

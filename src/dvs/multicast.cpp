@@ -22,7 +22,10 @@ constexpr Names kModes = {"legacyFiltering", "snooping"};
 constexpr Names kTypes = {"cbpf", "ebpf"};
 
 constexpr uint32_t kLastSettableVersion = 106;
-constexpr uint32_t kAddressSize = 6;
+
+constexpr uint32_t listSize(uint32_t count) {
+    return static_cast<uint32_t>(sizeof(VSDVS_McastList) + sizeof(VSDVS_MACAddress) * count);
+}
 
 bool numberOf(const Names &names, std::string_view text, uint32_t &number) {
     for (uint32_t i = 0; i < std::size(names); ++i) {
@@ -44,7 +47,8 @@ HYP_ReturnStatus getAddresses(const Place &place, const Property &property, void
     MeshValue value;
     const HYP_ReturnStatus status = getProperty(place, property, value);
     if (status != HYP_OK) return status;
-    if (value.length() == 0 || value.length() != 1 + kAddressSize * value.data()[0]) return HYP_FAILURE;
+    if (value.length() < sizeof(VSDVS_McastList)) return HYP_FAILURE;
+    if (value.length() != listSize(value.at<VSDVS_McastList>().count)) return HYP_FAILURE;
     if (list == nullptr) return HYP_BAD_PARAM;
     *list = value.release();
     return HYP_OK;
@@ -54,11 +58,12 @@ HYP_ReturnStatus setAddresses(const Place &place, const Property &property, uint
                               const void *addresses) {
     if (place.status() != HYP_OK) return place.status();
     if (addresses == nullptr && count != 0) return HYP_BAD_PARAM;
-    const uint32_t size = 1 + kAddressSize * count;
+    const uint32_t size = listSize(count);
     const HeapBytes list = allocateZeroed(size);
     if (list == nullptr) return HYP_NO_MEMORY;
-    list[0] = static_cast<uint8_t>(count);
-    if (count != 0) std::memcpy(list.get() + 1, addresses, size - 1);
+    list[offsetof(VSDVS_McastList, count)] = static_cast<uint8_t>(count);
+    if (count != 0)
+        std::memcpy(list.get() + sizeof(VSDVS_McastList), addresses, size - sizeof(VSDVS_McastList));
     return setProperty(place, property, list.get(), size);
 }
 

@@ -5,14 +5,20 @@
 #include <cstring>
 
 #include "qvs/mesh_public.h"
+#include "qvs/records.h"
+#include "qvs/vsdvs.h"
 
 namespace qvs {
 namespace {
 
-constexpr uint8_t kNoStatistics[128] = {};
-constexpr uint8_t kNoVlan[8] = {};
-// Flags 1 (trunk), no VLAN id, one range: 0x0ffe0001, that is 1 to 4094.
-constexpr uint8_t kUplinkVlan[12] = {1, 0, 0, 0, 0, 0, 1, 0, 0x01, 0x00, 0xfe, 0x0f};
+constexpr QVS_PortStatistics kNoStatistics = {};
+constexpr VSDVS_PortVLAN kNoVlan = {};
+// A trunk of all VLANs but 0.
+constexpr struct {
+    VSDVS_PortVLAN policy;
+    VSDVS_VLANRange range;
+} kUplinkVlan = {{VSDVS_VLAN_TRUNK, 0, 0, 1}, {1, QVS_VLAN_MAX}};
+static_assert(sizeof kUplinkVlan == 12);
 
 struct Initial {
     const char *key;
@@ -54,9 +60,9 @@ HYP_ReturnStatus serialiseInitial(const char *name, uint32_t connectId, PortKind
         {QVS_KEY_PORT_ALIAS, name, std::strlen(name) + 1, DVS_PROP_CONFIG},
         {QVS_KEY_PORT_CONNECT_ID, &connectId, sizeof connectId, DVS_PROP_CONFIG},
         {QVS_KEY_PORT_BLOCK, "false", sizeof "false", DVS_PROP_CONFIG},
-        {QVS_KEY_PORT_STATISTICS, kNoStatistics, sizeof kNoStatistics, DVS_PROP_RUNTIME},
-        {QVS_KEY_PORT_VLAN, uplink ? kUplinkVlan : kNoVlan, uplink ? sizeof kUplinkVlan : sizeof kNoVlan,
-         DVS_PROP_POLICY},
+        {QVS_KEY_PORT_STATISTICS, &kNoStatistics, sizeof kNoStatistics, DVS_PROP_RUNTIME},
+        uplink ? Initial{QVS_KEY_PORT_VLAN, &kUplinkVlan, sizeof kUplinkVlan, DVS_PROP_POLICY}
+               : Initial{QVS_KEY_PORT_VLAN, &kNoVlan, sizeof kNoVlan, DVS_PROP_POLICY},
     };
     Container container;
     if (const HYP_ReturnStatus status = container.allocate(); status != HYP_OK) return status;

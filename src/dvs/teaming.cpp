@@ -38,7 +38,7 @@ HYP_ReturnStatus getTable(const Place &place, void **table) {
     MeshValue value;
     const HYP_ReturnStatus status = getProperty(place, kTable, value);
     if (status != HYP_OK) return status;
-    if (value.length() < sizeof(uint32_t)) return HYP_FAILURE;
+    if (value.length() < sizeof(QVS_ListHead)) return HYP_FAILURE;
     if (table == nullptr) return HYP_BAD_PARAM;
     *table = value.release();
     return HYP_OK;
@@ -112,9 +112,9 @@ extern "C" HYP_ReturnStatus VSDVS_SetLSTeamingPolicy(const char *alias, const vo
     const Place place = Place::ofAlias(alias);
     if (place.status() != HYP_OK) return place.status();
     if (table == nullptr) return HYP_BAD_PARAM;
-    uint32_t count = 0;
-    std::memcpy(&count, table, sizeof count);
-    const uint64_t size = uint64_t{VSDVS_LS_TEAMING_ENTRY_SIZE} * count + sizeof count;
+    QVS_ListHead head;
+    std::memcpy(&head, table, sizeof head);
+    const uint64_t size = sizeof head + uint64_t{VSDVS_LS_TEAMING_ENTRY_SIZE} * head.count;
     if (size > UINT32_MAX) return HYP_BAD_PARAM;
     return setProperty(place, kTable, table, static_cast<uint32_t>(size));
 }

@@ -1,4 +1,4 @@
-// The layout of the two uplink lists: a 32-bit count and that many texts of fixed size, packed.
+// The layout of the two uplink lists: a QVS_ListHead and that many texts of fixed size, packed.
 #pragma once
 
 #include <cstring>
@@ -13,20 +13,17 @@ namespace qvs {
 template <typename Entry>
 class UplinkList {
   public:
-    static constexpr uint64_t sizeFor(uint64_t count) { return sizeof(uint32_t) + sizeof(Entry) * count; }
+    static constexpr uint64_t sizeFor(uint64_t count) { return sizeof(QVS_ListHead) + sizeof(Entry) * count; }
 
     explicit UplinkList(void *bytes) : bytes_(static_cast<char *>(bytes)) {}
 
     // True when a stored value is exactly as long as its count says.
     static bool wellFormed(const MeshValue &value) {
-        return value.length() >= sizeof(uint32_t) && value.length() == sizeFor(value.at<uint32_t>(0));
+        return value.length() >= sizeof(QVS_ListHead) &&
+               value.length() == sizeFor(value.at<QVS_ListHead>().count);
     }
 
-    uint32_t count() const {
-        uint32_t number = 0;
-        std::memcpy(&number, bytes_, sizeof number);
-        return number;
-    }
+    uint32_t count() const { return head().count; }
     uint32_t size() const { return static_cast<uint32_t>(sizeFor(count())); }
     const void *data() const { return bytes_; }
 
@@ -35,7 +32,7 @@ class UplinkList {
     // The text of an entry, which need not be terminated when it is full.
     std::string_view text(uint32_t index) { return textOf(&entry(index), sizeof(Entry)); }
 
-    void setCount(uint32_t count) { std::memcpy(bytes_, &count, sizeof count); }
+    void setCount(uint32_t count) { head().count = count; }
 
     void erase(uint32_t index) {
         const uint32_t last = count() - 1;
@@ -44,6 +41,8 @@ class UplinkList {
     }
 
   private:
+    QVS_ListHead &head() const { return *reinterpret_cast<QVS_ListHead *>(bytes_); }
+
     char *bytes_;
 };
 

@@ -101,7 +101,8 @@ HYP_ReturnStatus readLists(const char *alias, StoredLists &lists) {
     status = readList<UplinkNames>(place, kNames, lists.names, lists.absent);
     if (status == HYP_OK) status = readList<UplinkPorts>(place, kPorts, lists.ports, lists.absent);
     if (status != HYP_OK) return status;
-    if (lists.names.at<uint32_t>(0) != lists.ports.at<uint32_t>(0)) return HYP_FAILURE;
+    if (UplinkNames(lists.names.data()).count() != UplinkPorts(lists.ports.data()).count())
+        return HYP_FAILURE;
     return sortNames(id.text, lists);
 }
 
@@ -146,7 +147,7 @@ struct LongerLists {
     HeapBytes ports;
 
     HYP_ReturnStatus build(const StoredLists &old, const char *name) {
-        const uint32_t count = old.absent ? 0 : old.ports.at<uint32_t>(0);
+        const uint32_t count = old.absent ? 0 : old.ports.at<QVS_ListHead>().count;
         names = allocateZeroed(UplinkNames::sizeFor(uint64_t{count} + 1));
         ports = allocateZeroed(UplinkPorts::sizeFor(uint64_t{count} + 1));
         if (names == nullptr || ports == nullptr) return HYP_NO_MEMORY;
