@@ -63,6 +63,8 @@ consteval std::string_view nameOfFunction() {
     return name.substr(0, name.find_first_of(";])"));
 }
 
+static_assert(nameOfFunction<DVSLoadConfig>() == "DVSLoadConfig");
+
 // traced<FUNCTION>(outcome, arguments...): calls FUNCTION of the library, and with --trace says so; `outcome`
 // puts the result in words. The errno that the function left stays.
 template <auto Function>

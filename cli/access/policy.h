@@ -121,6 +121,19 @@ void clearPolicy(Output &out, const PolicyPlace &place, Clear clear) {
     place.report(out, status == HYP_OK);
 }
 
+// A command that removes a policy by the library's function for it.
+template <const Policy &policy, auto Clear>
+void clearBy(const Arguments &arguments, Output &out) {
+    PolicyPlace place(policy, arguments);
+    clearPolicy(out, place, [&] {
+        if constexpr (policy.scope == Scope::Port) {
+            return call<Clear>(place.name(), place.port());
+        } else {
+            return call<Clear>(place.name());
+        }
+    });
+}
+
 // The rows' function that tells what commands about policies touch.
 std::vector<std::string> touchedPolicies(const Arguments &arguments,
                                          std::initializer_list<const Policy *> policies);

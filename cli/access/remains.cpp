@@ -116,7 +116,7 @@ bool isNewUplinkPort(DVSPort *port) {
     const uint32_t connectId = 1;
     bool uplink = false;
     bool unchanged = true;
-    forEachProperty({Scope::Port, nullptr, port}, [&](const Property &property) {
+    forEachProperty(placeOf(port), [&](const Property &property) {
         if (property.key == QVS_KEY_PORT_VLAN) {
             uplink = holds(property, kUplinkVlan, sizeof kUplinkVlan);
             unchanged = uplink;
@@ -157,7 +157,7 @@ StoredList readList(const Place &place, std::string_view key, size_t entrySize) 
 
 // The name that the alias of a port stands for, which is then no longer to be had; nothing when none is left.
 bool takeName(std::vector<std::string> &names, DVSPort *port) {
-    std::optional<Property> alias = findProperty({Scope::Port, nullptr, port}, QVS_KEY_PORT_ALIAS);
+    std::optional<Property> alias = findProperty(placeOf(port), QVS_KEY_PORT_ALIAS);
     auto it = std::find_if(names.begin(), names.end(), [&](const std::string &name) {
         return alias && holds(*alias, name.c_str(), name.size() + 1);
     });
@@ -306,8 +306,7 @@ UplinkState uplinkState(DVSSwitch *sw) {
             listed.erase(entry);
         } else {
             state.whole.push_back(
-                {std::string(findText({Scope::Port, nullptr, port}, QVS_KEY_PORT_ALIAS).value_or("")),
-                 entry});
+                {std::string(findText(placeOf(port), QVS_KEY_PORT_ALIAS).value_or("")), entry});
         }
     }
     for (const std::string &name : names.entries) {

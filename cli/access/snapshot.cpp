@@ -189,7 +189,7 @@ PortStatus readStatus(Bytes record) {
 }
 
 PortStatus portStatus(DVSPort *port) {
-    std::optional<Property> record = findProperty({Scope::Port, nullptr, port}, QVS_KEY_PORT_STATUS);
+    std::optional<Property> record = findProperty(placeOf(port), QVS_KEY_PORT_STATUS);
     return record ? readStatus(record->value) : PortStatus{};
 }
 

@@ -63,6 +63,9 @@ struct Place {
     DVSSwitch *sw = nullptr;
     DVSPort *port = nullptr;
 };
+inline Place placeOf(DVSPort *port) {
+    return {Scope::Port, nullptr, port};
+}
 template <typename Visit>
 void forEachProperty(const Place &place, Visit visit) {
     switch (place.scope) {

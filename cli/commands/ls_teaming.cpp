@@ -90,11 +90,6 @@ void set(const Arguments &arguments, Output &out) {
                 [&] { return call<VSDVS_SetLSTeamingPolicy>(place.name(), table.data()); });
 }
 
-void clear(const Arguments &arguments, Output &out) {
-    PolicyPlace place(kTable, arguments);
-    clearPolicy(out, place, [&] { return call<VSDVS_ClearLSTeamingPolicy>(place.name()); });
-}
-
 // --- a port's choice ---
 
 void getChoice(const Arguments &arguments, Output &out) {
@@ -119,11 +114,6 @@ void setChoice(const Arguments &arguments, Output &out) {
                 [&] { return call<VSDVS_SetPortLSTeamingPolicy>(place.name(), place.port(), name.c_str()); });
 }
 
-void clearChoice(const Arguments &arguments, Output &out) {
-    PolicyPlace place(kChoice, arguments);
-    clearPolicy(out, place, [&] { return call<VSDVS_ClearPortLSTeamingPolicy>(place.name(), place.port()); });
-}
-
 const Command kRows[] = {
     {.words = "ls-teaming get",
      .summary = "show the logical-switch teaming policies of a switch",
@@ -145,7 +135,7 @@ const Command kRows[] = {
      .summary = "remove the logical-switch teaming policies of a switch",
      .arguments = {kSwitchArgument},
      .example = "qvs ls-teaming clear sw1",
-     .run = writes(clear, touches<kTable>)},
+     .run = writes(clearBy<kTable, VSDVS_ClearLSTeamingPolicy>, touches<kTable>)},
     {.words = "port ls-teaming get",
      .summary = "print the logical-switch teaming policy a port has chosen",
      .arguments = {kSwitchArgument, kPortArgument},
@@ -161,7 +151,7 @@ const Command kRows[] = {
      .summary = "remove a port's choice of a logical-switch teaming policy",
      .arguments = {kSwitchArgument, kPortArgument},
      .example = "qvs port ls-teaming clear sw1 port0",
-     .run = writes(clearChoice, touches<kChoice>)},
+     .run = writes(clearBy<kChoice, VSDVS_ClearPortLSTeamingPolicy>, touches<kChoice>)},
 };
 
 }  // namespace

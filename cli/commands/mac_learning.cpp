@@ -77,11 +77,6 @@ void set(const Arguments &arguments, Output &out) {
                 [&] { return call<VSDVS_SetMACLearning>(place.name(), &record); });
 }
 
-void clear(const Arguments &arguments, Output &out) {
-    PolicyPlace place(kLearning, arguments);
-    clearPolicy(out, place, [&] { return call<VSDVS_ClearMACLearning>(place.name()); });
-}
-
 // --- of a port ---
 
 VSDVS_PortMACLearning readPortLearning(const PolicyPlace &place) {
@@ -162,12 +157,6 @@ void setSwitch(const Arguments &arguments, Output &out) {
                 [&] { return call<Store>(place.name(), static_cast<uint8_t>(on)); });
 }
 
-template <const Policy &policy, auto Clear>
-void clearSwitch(const Arguments &arguments, Output &out) {
-    PolicyPlace place(policy, arguments);
-    clearPolicy(out, place, [&] { return call<Clear>(place.name()); });
-}
-
 constexpr Argument kState{"STATE", "on or off"};
 
 const Command kRows[] = {
@@ -189,7 +178,7 @@ const Command kRows[] = {
      .summary = "go back to the default for learned addresses",
      .arguments = {kSwitchArgument},
      .example = "qvs mac-learning clear sw1",
-     .run = writes(clear, touches<kLearning>)},
+     .run = writes(clearBy<kLearning, VSDVS_ClearMACLearning>, touches<kLearning>)},
     {.words = "port mac-learning get",
      .summary = "show how a port learns addresses",
      .arguments = {kSwitchArgument, kPortArgument},
@@ -227,7 +216,7 @@ const Command kRows[] = {
      .summary = "no longer store whether static addresses are learned on this host",
      .arguments = {kSwitchArgument},
      .example = "qvs learn-static clear sw1",
-     .run = writes(clearSwitch<kLearnStatic, VSDVS_ClearLearnStatic>, touches<kLearnStatic>)},
+     .run = writes(clearBy<kLearnStatic, VSDVS_ClearLearnStatic>, touches<kLearnStatic>)},
     {.words = "overlay-cache get",
      .summary = "print whether addresses are cached for the overlay on this host",
      .arguments = {kSwitchArgument},
@@ -243,7 +232,7 @@ const Command kRows[] = {
      .summary = "no longer store whether addresses are cached for the overlay on this host",
      .arguments = {kSwitchArgument},
      .example = "qvs overlay-cache clear sw1",
-     .run = writes(clearSwitch<kOverlayCache, VSDVS_ClearCaching>, touches<kOverlayCache>)},
+     .run = writes(clearBy<kOverlayCache, VSDVS_ClearCaching>, touches<kOverlayCache>)},
     {.words = "static-mac-allow get",
      .summary = "print whether static addresses are accepted on this host",
      .arguments = {kSwitchArgument},
@@ -259,7 +248,7 @@ const Command kRows[] = {
      .summary = "no longer store whether static addresses are accepted on this host",
      .arguments = {kSwitchArgument},
      .example = "qvs static-mac-allow clear sw1",
-     .run = writes(clearSwitch<kStaticMacAllow, VSDVS_ClearStaticMACAllow>, touches<kStaticMacAllow>)},
+     .run = writes(clearBy<kStaticMacAllow, VSDVS_ClearStaticMACAllow>, touches<kStaticMacAllow>)},
 };
 
 }  // namespace

@@ -8,7 +8,9 @@
 #include "access/library.h"
 #include "access/mirror_session.h"
 #include "access/policy.h"
+#include "access/snapshot.h"
 #include "access/vlan_id.h"
+#include "commands/mirror.h"
 #include "tool/command.h"
 #include "tool/failure.h"
 #include "tool/output.h"
@@ -17,148 +19,19 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kPortSessions{"mirror sessions", QVS_KEY_PORT_MIRROR_SESSIONS};
-constexpr Policy kUplinkSessions{"mirror sessions", QVS_KEY_UPLINK_MIRROR_SESSIONS};
-
-const Policy &policyOf(const Arguments &arguments) {
-    return arguments.given("--port") ? kPortSessions : kUplinkSessions;
-}
-
 std::vector<std::string> touchedSessions(const Arguments &arguments) {
-    return touchedPolicies(arguments, {&policyOf(arguments)});
-}
-
-std::string named(const PolicyPlace &place, std::string_view id) {
-    return place.named() + ": " + inQuotes(id);
-}
-
-std::optional<std::string_view> portOf(const PolicyPlace &place) {
-    if (place.port() == nullptr) return std::nullopt;
-    return place.port();
+    return touchedPolicies(arguments, {&mirrorPolicy(arguments)});
 }
 
 void report(Output &out, const PolicyPlace &place, const std::string *id, bool changed) {
     std::string label = place.name();
     if (place.port() != nullptr) label += std::string("/") + place.port();
     if (id == nullptr) {
-        return reportChange(out, label, {{"switch", place.name()}, {"port", portOf(place)}}, changed);
+        return reportChange(out, label, {{"switch", place.name()}, {"port", portGiven(place)}}, changed);
     }
     reportChange(out, label + " " + *id,
-                 {{"switch", place.name()}, {"port", portOf(place)}, {"session", *id}}, changed);
+                 {{"switch", place.name()}, {"port", portGiven(place)}, {"session", *id}}, changed);
 }
-
-// The stored list; null without one.
-VsdvsBuffer readList(const PolicyPlace &place) {
-    void *raw = nullptr;
-    HYP_ReturnStatus status = call<VSDVS_GetDVMirrorSessions>(place.name(), place.port(), &raw);
-    VsdvsBuffer list(raw);
-    if (status != HYP_NOT_FOUND) place.requireRead(status);
-    return list;
-}
-
-std::vector<MirrorSession> readSessions(const PolicyPlace &place) {
-    VsdvsBuffer list = readList(place);
-    return list ? decodeMirrorList(list.get()) : std::vector<MirrorSession>();
-}
-
-const MirrorSession *find(const std::vector<MirrorSession> &sessions, const std::string &id) {
-    auto it = std::find_if(sessions.begin(), sessions.end(), [&](const auto &each) { return each.id == id; });
-    return it == sessions.end() ? nullptr : &*it;
-}
-
-// --- list, show ---
-
-// A session as it is shown; the words live here.
-struct Shown {
-    explicit Shown(const MirrorSession &each)
-        : session(each),
-          flagList(flagNames(kMirrorFlags, each.flags)),
-          wildInList(flagNames(kMirrorMasks, each.wildIn)),
-          wildOutList(flagNames(kMirrorMasks, each.wildOut)) {
-        if (each.type) type = nameOf(kMirrorTypes, *each.type);
-        if (!each.name.empty()) name = each.name;
-    }
-
-    static Words words(const std::vector<std::string> &list) { return {{list.begin(), list.end()}}; }
-
-    const MirrorSession &session;
-    std::vector<std::string> flagList;
-    std::vector<std::string> wildInList;
-    std::vector<std::string> wildOutList;
-    std::optional<std::string_view> name;
-    std::optional<std::string> type;
-
-    std::optional<std::string_view> typeName() const { return type; }
-};
-
-void list(const Arguments &arguments, Output &out) {
-    PolicyPlace place(policyOf(arguments), arguments);
-    std::vector<MirrorSession> sessions = readSessions(place);
-    if (arguments.given("--names")) {
-        NameList names(out);
-        for (const MirrorSession &session : sessions)
-            names.add(session.id);
-        return names.finish();
-    }
-    Listing listing(out, {{"session", "SESSION"},
-                          {"name", "NAME"},
-                          {"type", "TYPE"},
-                          {"snapLength", nullptr},
-                          {"flags", "FLAGS"},
-                          {"encapVlan", nullptr},
-                          {"samplingRate", nullptr},
-                          {"stack", nullptr},
-                          {"destinations", "DESTINATIONS"},
-                          {"sourcesIn", "INGRESS"},
-                          {"sourcesOut", "EGRESS"},
-                          {"wildIn", nullptr},
-                          {"wildOut", nullptr},
-                          {"unread", nullptr}});
-    for (const MirrorSession &session : sessions) {
-        Shown shown(session);
-        listing.row(session.id, shown.name, shown.typeName(), session.snapLength,
-                    Shown::words(shown.flagList), session.encapVlan, session.samplingRate,
-                    Flag{session.stack}, Shown::words(session.destinations), Shown::words(session.sourcesIn),
-                    Shown::words(session.sourcesOut), Shown::words(shown.wildInList),
-                    Shown::words(shown.wildOutList), Shown::words(session.unread.texts));
-    }
-    listing.finish();
-}
-
-void show(const Arguments &arguments, Output &out) {
-    const std::string &id = arguments.text("SESSION");
-    requireFits(kMirrorIdLimit, id);
-    PolicyPlace place(policyOf(arguments), arguments);
-    std::vector<MirrorSession> sessions = readSessions(place);
-    const MirrorSession *session = find(sessions, id);
-    if (session == nullptr) throw libraryFailure(named(place, id), HYP_NOT_FOUND);
-
-    Shown shown(*session);
-    Record record(out);
-    record.field("switch", "switch", std::string_view(place.name()));
-    record.field("port", "port", portOf(place));
-    record.field("session", "session", id);
-    record.field("name", "name", shown.name);
-    record.field("type", "type", shown.typeName());
-    if (!out.json() && !session->snapLength) {
-        record.field("snapLength", "snap length", std::string_view("full"));
-    } else {
-        record.field("snapLength", "snap length", session->snapLength);
-    }
-    record.field("flags", "flags", Shown::words(shown.flagList));
-    record.field("encapVlan", "encap VLAN", session->encapVlan);
-    record.field("samplingRate", "sampling rate", session->samplingRate);
-    record.field("stack", "mirror stack", Flag{session->stack});
-    record.field("destinations", "destinations", Shown::words(session->destinations));
-    record.field("sourcesIn", "ingress sources", Shown::words(session->sourcesIn));
-    record.field("sourcesOut", "egress sources", Shown::words(session->sourcesOut));
-    record.field("wildIn", "ingress mask", Shown::words(shown.wildInList));
-    record.field("wildOut", "egress mask", Shown::words(shown.wildOutList));
-    if (out.json()) record.field("unread", "unread", Shown::words(session->unread.texts));
-    record.finish();
-}
-
-// --- add, remove, set, clear ---
 
 MirrorSession givenSession(const Arguments &arguments) {
     MirrorSession session;
@@ -196,16 +69,17 @@ void requireTyped(const PolicyPlace &place, const VsdvsBuffer &list) {
 void add(const Arguments &arguments, Output &out) {
     MirrorSession session = givenSession(arguments);
     std::vector<uint8_t> added = encodeMirrorList({session});
-    PolicyPlace place(policyOf(arguments), arguments);
-    VsdvsBuffer list = readList(place);
+    PolicyPlace place(mirrorPolicy(arguments), arguments);
+    VsdvsBuffer list = readMirrorList(place);
     requireTyped(place, list);
     auto isThere = [&](const std::vector<MirrorSession> &sessions) {
-        const MirrorSession *existing = find(sessions, session.id);
+        const MirrorSession *existing = findSession(sessions, session.id);
         if (existing == nullptr) return false;
-        if (!arguments.given("--may-exist")) throw libraryFailure(named(place, session.id), HYP_EXISTS);
+        if (!arguments.given("--may-exist"))
+            throw libraryFailure(sessionNamed(place, session.id), HYP_EXISTS);
         // An address may be written in several ways, so what was given is compared as it would be read.
         if (*existing != decodeMirrorList(added.data()).front())
-            fail(Exit::Differs, "{}: exists and differs", named(place, session.id));
+            fail(Exit::Differs, "{}: exists and differs", sessionNamed(place, session.id));
         return true;
     };
     bool there = list && isThere(decodeMirrorList(list.get()));
@@ -213,9 +87,9 @@ void add(const Arguments &arguments, Output &out) {
         HYP_ReturnStatus status =
             call<VSDVS_AppendDVMirrorSessions>(place.name(), place.port(), added.data());
         there = status == HYP_EXISTS && arguments.given("--may-exist") && comesTrue([&] {
-                    return isThere(readSessions({policyOf(arguments), arguments}));
+                    return isThere(readSessions({mirrorPolicy(arguments), arguments}));
                 });
-        if (!there) require(status, named(place, session.id));
+        if (!there) require(status, sessionNamed(place, session.id));
     }
     report(out, place, &session.id, !there);
 }
@@ -223,10 +97,10 @@ void add(const Arguments &arguments, Output &out) {
 void remove(const Arguments &arguments, Output &out) {
     const std::string &id = arguments.text("SESSION");
     requireFits(kMirrorIdLimit, id);
-    PolicyPlace place(policyOf(arguments), arguments);
+    PolicyPlace place(mirrorPolicy(arguments), arguments);
     HYP_ReturnStatus status = call<VSDVS_RemoveDVMirrorSession>(place.name(), place.port(), id.c_str());
     bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
-    if (!absent) require(status, named(place, id));
+    if (!absent) require(status, sessionNamed(place, id));
     report(out, place, &id, !absent);
 }
 
@@ -239,7 +113,7 @@ void set(const Arguments &arguments, Output &out) {
     } catch (const Failure &failure) {
         fail(failure.exit, "file {}: {}", inQuotes(path), failure.message);
     }
-    PolicyPlace place(policyOf(arguments), arguments);
+    PolicyPlace place(mirrorPolicy(arguments), arguments);
     bool same = place.holds(list);
     if (!same) {
         require(call<VSDVS_SetDVMirrorSessions>(place.name(), place.port(), list.data()), place.named());
@@ -248,7 +122,7 @@ void set(const Arguments &arguments, Output &out) {
 }
 
 void clear(const Arguments &arguments, Output &out) {
-    PolicyPlace place(policyOf(arguments), arguments);
+    PolicyPlace place(mirrorPolicy(arguments), arguments);
     bool there = place.stored().has_value();
     if (there) {
         require(call<VSDVS_ClearDVMirrorSessions>(place.name(), place.port()), place.named());
@@ -267,13 +141,13 @@ const Command kRows[] = {
      .options = {kPort, kNames},
      .details = "With --json the list is one that mirror set takes.",
      .example = "qvs mirror list sw1 --port port0",
-     .run = reads(list, touchedSessions)},
+     .run = reads(listSessions, touchedSessions)},
     {.words = "mirror show",
      .summary = "show a mirror session",
      .arguments = {kSwitchArgument, kSession},
      .options = {kPort},
      .example = "qvs mirror show sw1 monitor",
-     .run = reads(show, touchedSessions)},
+     .run = reads(showSession, touchedSessions)},
     {.words = "mirror add",
      .summary = "add a mirror session behind those that are there",
      .arguments = {kSwitchArgument, {"SESSION", "identifier of a new session, at most 32 bytes"}},

@@ -96,11 +96,6 @@ void setList(const Arguments &arguments, Output &out) {
     });
 }
 
-void clearList(const Arguments &arguments, Output &out) {
-    PolicyPlace place(kList, arguments);
-    clearPolicy(out, place, [&] { return call<VSDVS_ClearMcastUserLegacyEntries>(place.name()); });
-}
-
 void getPortList(const Arguments &arguments, Output &out) {
     PolicyPlace place(kPortList, arguments);
     void *list = nullptr;
@@ -116,12 +111,6 @@ void setPortList(const Arguments &arguments, Output &out) {
         return call<VSDVS_SetPortMcastUserLegacyEntries>(place.name(), place.port(), uint32_t{list[0]},
                                                          list.data() + 1);
     });
-}
-
-void clearPortList(const Arguments &arguments, Output &out) {
-    PolicyPlace place(kPortList, arguments);
-    clearPolicy(out, place,
-                [&] { return call<VSDVS_ClearPortMcastUserLegacyEntries>(place.name(), place.port()); });
 }
 
 // --- the receive filter ---
@@ -173,7 +162,7 @@ const Command kRows[] = {
      .summary = "remove the multicast addresses of a switch",
      .arguments = {kSwitchArgument},
      .example = "qvs mcast list clear sw1",
-     .run = writes(clearList, touches<kList>)},
+     .run = writes(clearBy<kList, VSDVS_ClearMcastUserLegacyEntries>, touches<kList>)},
     {.words = "port mcast get",
      .summary = "print the multicast addresses that a port lets in",
      .arguments = {kSwitchArgument, kPortArgument},
@@ -189,7 +178,7 @@ const Command kRows[] = {
      .summary = "remove the multicast addresses of a port",
      .arguments = {kSwitchArgument, kPortArgument},
      .example = "qvs port mcast clear sw1 port0",
-     .run = writes(clearPortList, touches<kPortList>)},
+     .run = writes(clearBy<kPortList, VSDVS_ClearPortMcastUserLegacyEntries>, touches<kPortList>)},
     {.words = "rcf get",
      .summary = "print the instruction type of a switch's receive filter: cbpf or ebpf",
      .arguments = {kSwitchArgument},

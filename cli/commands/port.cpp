@@ -1,13 +1,12 @@
 // qvs port: the ports of a switch.
 #include <qvs/qvs.h>
 
-#include <algorithm>
 #include <array>
 #include <string>
-#include <unordered_set>
 
 #include "access/library.h"
 #include "access/snapshot.h"
+#include "commands/port.h"
 #include "tool/command.h"
 #include "tool/failure.h"
 #include "tool/output.h"
@@ -19,116 +18,6 @@ extern "C" __attribute__((weak)) uint32_t DVS_PortState(const DVSPort *port);
 namespace qvs::cli {
 namespace {
 
-constexpr uint32_t kDefaultConnectId = 1;
-
-Place placeOf(DVSPort *port) {
-    return {Scope::Port, nullptr, port};
-}
-
-const std::vector<std::string> &portArguments(const Arguments &arguments) {
-    const std::vector<std::string> &ports = arguments.all("PORT");
-    std::unordered_set<std::string_view> seen;
-    for (const std::string &port : ports) {
-        requireFits(kPortIdLimit, port);
-        if (!seen.insert(port).second) fail(Exit::Usage, "port {}: given twice", inQuotes(port));
-    }
-    return ports;
-}
-
-// --- add, remove ---
-
-// Throws when a port that is there differs from what was given.
-void requireSame(DVSPort *port, const Arguments &arguments, const std::string &name) {
-    std::optional<uint32_t> connectId = findNumber(placeOf(port), QVS_KEY_PORT_CONNECT_ID);
-    uint32_t wanted = arguments.number("--connect-id", 0);
-    if (arguments.given("--connect-id") && connectId != wanted) {
-        fail(Exit::Differs, "{}: exists with connect id {}, not {}", name,
-             connectId ? fmt::to_string(*connectId) : "-", wanted);
-    }
-    std::string_view externalId = findText(placeOf(port), QVS_KEY_PORT_EXTERNAL_ID).value_or("");
-    if (arguments.given("--external-id") && externalId != arguments.text("--external-id")) {
-        fail(Exit::Differs, "{}: exists with external id {}, not {}", name, inQuotes(externalId),
-             inQuotes(arguments.text("--external-id")));
-    }
-}
-
-HYP_ReturnStatus addOne(const Arguments &arguments, const std::string &alias, const std::string &port) {
-    if (arguments.given("--external-id")) {
-        return callWhole<VSDVS_AddOpaqueDVPort>(alias.c_str(), port.c_str(),
-                                                arguments.text("--external-id").c_str());
-    }
-    return call<VSDVS_AddDVPort>(alias.c_str(), port.c_str(),
-                                 arguments.number("--connect-id", kDefaultConnectId));
-}
-
-void add(const Arguments &arguments, Output &out) {
-    const std::string &alias = arguments.text("SWITCH");
-    const std::vector<std::string> &ports = portArguments(arguments);
-    arguments.number("--connect-id", kDefaultConnectId);
-    if (arguments.given("--external-id") && arguments.given("--connect-id")) {
-        fail(Exit::Usage, "--external-id and --connect-id exclude each other");
-    }
-    if (arguments.given("--external-id") && ports.size() > 1) {
-        fail(Exit::Usage, "--external-id names one interface, so it takes one port");
-    }
-    DVSSwitch *sw = findVswitch(alias);
-    const uint32_t maxPorts = DVS_GetMaxPorts(sw);
-    const bool mayExist = arguments.given("--may-exist");
-
-    auto isThere = [&](const std::string &port) {
-        DVSPort *existing = lookUpPort(sw, port);
-        if (existing == nullptr) return false;
-        if (!mayExist) throw libraryFailure(named(alias, port), HYP_EXISTS);
-        requireSame(existing, arguments, named(alias, port));
-        return true;
-    };
-    std::vector<bool> there(ports.size());
-    std::transform(ports.begin(), ports.end(), there.begin(), isThere);
-
-    auto nowThere = [&](const std::string &port) {
-        sw = findVswitch(alias);
-        return isThere(port);
-    };
-    ChangeList changes(out, alias, "ports", "port");
-    for (size_t i = 0; i < ports.size(); i++) {
-        if (!there[i]) {
-            HYP_ReturnStatus status = addOne(arguments, alias, ports[i]);
-            there[i] = status == HYP_EXISTS && mayExist && comesTrue([&] { return nowThere(ports[i]); });
-            if (!there[i] && status != HYP_OK)
-                throw libraryFailure(named(alias, ports[i]), status, roomHint(status, maxPorts));
-        }
-        changes.add(ports[i], !there[i]);
-    }
-}
-
-void remove(const Arguments &arguments, Output &out) {
-    const std::string &alias = arguments.text("SWITCH");
-    const std::vector<std::string> &ports = portArguments(arguments);
-    DVSSwitch *sw = findVswitch(alias);
-    std::vector<std::string_view> uplinks = uplinkPorts(sw);
-
-    std::vector<bool> there;
-    for (const std::string &port : ports) {
-        there.push_back(DVPortExist(DVS_SwitchId(sw), port.c_str()) != 0);
-        if (!there.back() && !arguments.given("--if-exists")) findPort(sw, alias, port);
-        // Its entries in the uplink lists would be left behind, and the lists could not be read any more.
-        if (there.back() && std::find(uplinks.begin(), uplinks.end(), port) != uplinks.end()) {
-            fail(Exit::Failed, "{}: carries an uplink; remove that with 'qvs uplink remove'",
-                 named(alias, port));
-        }
-    }
-    ChangeList changes(out, alias, "ports", "port");
-    for (size_t i = 0; i < ports.size(); i++) {
-        if (there[i]) {
-            HYP_ReturnStatus status = call<VSDVS_RemoveDVPort>(alias.c_str(), ports[i].c_str());
-            // Another process may have been quicker.
-            if (status == HYP_NOT_FOUND && arguments.given("--if-exists")) there[i] = false;
-            if (there[i]) require(status, named(alias, ports[i]));
-        }
-        changes.add(ports[i], there[i]);
-    }
-}
-
 std::vector<std::string> touchedPorts(const Arguments &arguments) {
     std::vector<std::string> paths;
     for (const std::string &port : arguments.all("PORT")) {
@@ -136,8 +25,6 @@ std::vector<std::string> touchedPorts(const Arguments &arguments) {
     }
     return paths;
 }
-
-// --- list, show, number ---
 
 void listKernel(const std::string &alias, Output &out) {
     auto ask = [&] { return fetched<VSHYP_GetSwitchPortInfo>(named(alias), alias.c_str()); };
@@ -283,7 +170,7 @@ const Command kRows[] = {
                  kMayExist},
      .details = "All ports are checked before the first is added.",
      .example = "qvs port add sw1 web db --connect-id 7",
-     .run = writes(add, touchedPorts)},
+     .run = writes(addPorts, touchedPorts)},
     {.words = "port remove",
      .summary = "remove ports from a switch",
      .arguments = {kSwitchArgument, {"PORT", "identifier of a port", Kind::Port, false, true}},
@@ -291,7 +178,7 @@ const Command kRows[] = {
      .details =
          "All ports are checked before the first is removed. A port that carries an uplink is refused.",
      .example = "qvs port remove sw1 web db",
-     .run = writes(remove, touchedPorts)},
+     .run = writes(removePorts, touchedPorts)},
     {.words = "port list",
      .summary = "list the ports of a switch",
      .arguments = {kSwitchArgument},

@@ -6,6 +6,7 @@
 
 #include "access/library.h"
 #include "access/snapshot.h"
+#include "access/stored_property.h"
 #include "tool/command.h"
 #include "tool/failure.h"
 #include "tool/output.h"
@@ -13,71 +14,6 @@
 
 namespace qvs::cli {
 namespace {
-
-// Where the property of a call lives. The switch and port handles are null when the snapshot does not know
-// them, which only --by-id permits.
-struct Target {
-    Place place;
-    std::string switchName;
-    bool byId = false;
-    std::string port;
-    std::string key;
-
-    const char *alias() const { return byId ? nullptr : switchName.c_str(); }
-    const char *switchId() const { return byId ? switchName.c_str() : nullptr; }
-    uint8_t useAlias() const { return byId ? 0 : 1; }
-    bool known() const {
-        return place.sw != nullptr && (place.scope != Scope::Port || place.port != nullptr);
-    }
-};
-
-std::string_view scopeName(Scope scope) {
-    switch (scope) {
-        case Scope::Host:
-            return "host";
-        case Scope::Port:
-            return "port";
-        case Scope::Global:
-            break;
-    }
-    return "global";
-}
-
-Target targetOf(const Arguments &arguments) {
-    Target target;
-    target.switchName = arguments.text("SWITCH");
-    target.byId = arguments.given("--by-id");
-    if (arguments.given("KEY")) {
-        target.key = arguments.text("KEY");
-        if (target.key.empty()) fail(Exit::Usage, "key: may not be empty");
-    }
-    if (arguments.given("--host") && arguments.given("--port")) {
-        fail(Exit::Usage, "--host and --port exclude each other");
-    }
-    if (arguments.given("--host")) target.place.scope = Scope::Host;
-    if (arguments.given("--port")) {
-        target.place.scope = Scope::Port;
-        target.port = arguments.text("--port");
-        requireFits(kPortIdLimit, target.port);
-    }
-    if (target.byId) {
-        requireFits(kSwitchIdLimit, target.switchName);
-        target.place.sw = findSwitchById(target.switchName);
-    } else {
-        target.place.sw = findVswitch(target.switchName);
-    }
-    if (target.place.scope == Scope::Port && target.place.sw != nullptr) {
-        target.place.port = findPort(target.place.sw, target.switchName, target.port);
-    }
-    return target;
-}
-
-std::string propertyNamed(const Target &target) {
-    const bool ofPort = target.place.scope == Scope::Port;
-    return fmt::format("{}: {} property {}",
-                       ofPort ? named(target.switchName, target.port) : named(target.switchName),
-                       scopeName(target.place.scope), inQuotes(target.key));
-}
 
 void report(Output &out, const Target &target, bool changed) {
     std::string label = target.switchName;
@@ -100,35 +36,6 @@ Words classWords(uint32_t classes) {
     if ((classes & DVS_PROP_VOLATILE) != 0) words.words.push_back("VOLATILE");
     if ((classes & DVS_PROP_POLICY) != 0) words.words.push_back("POLICY");
     return words;
-}
-
-// --- get ---
-
-HYP_ReturnStatus get(const Target &target, VSDVS_PropBuffer *buffer) {
-    switch (target.place.scope) {
-        case Scope::Host:
-            return call<VSDVS_GetHostProp>(target.alias(), target.key.c_str(), buffer, target.switchId(),
-                                           target.useAlias());
-        case Scope::Port:
-            return call<VSDVS_GetPortProp>(target.alias(), target.port.c_str(), target.key.c_str(), buffer,
-                                           target.switchId(), target.useAlias());
-        case Scope::Global:
-            break;
-    }
-    return call<VSDVS_GetGlobProp>(target.alias(), target.key.c_str(), buffer, target.switchId(),
-                                   target.useAlias());
-}
-
-std::vector<uint8_t> readValue(const Target &target) {
-    VSDVS_PropBuffer buffer{0, nullptr};
-    require(get(target, &buffer), propertyNamed(target));
-    // A property larger than the signed length can say cannot be fetched.
-    if (buffer.length < 0) throw libraryFailure(propertyNamed(target), HYP_NO_MEMORY);
-    std::vector<uint8_t> value(static_cast<size_t>(buffer.length));
-    if (value.empty()) return value;
-    buffer.data = value.data();
-    require(get(target, &buffer), propertyNamed(target));
-    return value;
 }
 
 void getProperty(const Arguments &arguments, Output &out) {
@@ -176,26 +83,6 @@ std::vector<uint8_t> givenValue(const Arguments &arguments) {
     return textValue(arguments.text(form));
 }
 
-HYP_ReturnStatus store(const Target &target, const std::vector<uint8_t> &value, bool runtime) {
-    auto length = static_cast<uint32_t>(value.size());
-    switch (target.place.scope) {
-        case Scope::Host:
-            if (runtime) {
-                return call<VSDVS_SetRuntimeHostProp>(target.alias(), target.key.c_str(), value.data(),
-                                                      length, target.switchId(), target.useAlias());
-            }
-            return call<VSDVS_SetHostProp>(target.alias(), target.key.c_str(), value.data(), length,
-                                           target.switchId(), target.useAlias());
-        case Scope::Port:
-            return call<VSDVS_SetPortProp>(target.alias(), target.port.c_str(), target.key.c_str(),
-                                           value.data(), length, target.switchId(), target.useAlias());
-        case Scope::Global:
-            break;
-    }
-    return call<VSDVS_SetGlobProp>(target.alias(), target.key.c_str(), value.data(), length,
-                                   target.switchId(), target.useAlias());
-}
-
 void setProperty(const Arguments &arguments, Output &out) {
     std::vector<uint8_t> value = givenValue(arguments);
     bool runtime = arguments.given("--runtime");
@@ -206,27 +93,13 @@ void setProperty(const Arguments &arguments, Output &out) {
     std::optional<Property> stored = target.known() ? findProperty(target.place, target.key) : std::nullopt;
     bool same = stored && stored->classes == wantedClass &&
                 std::equal(stored->value.begin(), stored->value.end(), value.begin(), value.end());
-    if (!same) require(store(target, value, runtime), propertyNamed(target));
+    if (!same) require(storeValue(target, value, runtime), propertyNamed(target));
     report(out, target, !same);
 }
 
 void clearProperty(const Arguments &arguments, Output &out) {
     Target target = targetOf(arguments);
-    HYP_ReturnStatus status = HYP_OK;
-    switch (target.place.scope) {
-        case Scope::Global:
-            status = call<VSDVS_ClearGlobProp>(target.alias(), target.key.c_str(), target.switchId(),
-                                               target.useAlias());
-            break;
-        case Scope::Host:
-            status = call<VSDVS_ClearHostProp>(target.alias(), target.key.c_str(), target.switchId(),
-                                               target.useAlias());
-            break;
-        case Scope::Port:
-            status = call<VSDVS_ClearPortProp>(target.alias(), target.port.c_str(), target.key.c_str(),
-                                               target.switchId(), target.useAlias());
-            break;
-    }
+    HYP_ReturnStatus status = clearValue(target);
     bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
     if (!absent) require(status, propertyNamed(target));
     report(out, target, !absent);

@@ -134,11 +134,6 @@ void setFilter(const Arguments &arguments, Output &out) {
                 [&] { return call<VSDVS_SetExtraEthFilter>(place.name(), place.port(), &filter); });
 }
 
-void clearFilter(const Arguments &arguments, Output &out) {
-    PolicyPlace place(kFilter, arguments);
-    clearPolicy(out, place, [&] { return call<VSDVS_ClearExtraEthFilter>(place.name(), place.port()); });
-}
-
 // --- sink ---
 
 bool isSink(const PolicyPlace &place) {
@@ -194,7 +189,7 @@ const Command kRows[] = {
      .arguments = {kSwitchArgument, kPortArgument},
      .details = "A sink port stops being one.",
      .example = "qvs port filter clear sw1 port0",
-     .run = writes(clearFilter, touches<kFilter>)},
+     .run = writes(clearBy<kFilter, VSDVS_ClearExtraEthFilter>, touches<kFilter>)},
     {.words = "port sink get",
      .summary = "print whether a port is a sink port",
      .arguments = {kSwitchArgument, kPortArgument},

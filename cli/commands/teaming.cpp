@@ -164,11 +164,6 @@ void set(const Arguments &arguments, Output &out) {
                 [&] { return call<VSDVS_SetTeamingPolicy>(place.name(), &policy); });
 }
 
-void clear(const Arguments &arguments, Output &out) {
-    PolicyPlace place(kTeaming, arguments);
-    clearPolicy(out, place, [&] { return call<VSDVS_ClearTeamingPolicy>(place.name()); });
-}
-
 void getPort(const Arguments &arguments, Output &out) {
     PolicyPlace place(kPortTeaming, arguments);
     VSDVS_TeamingPolicy policy{};
@@ -182,11 +177,6 @@ void setPort(const Arguments &arguments, Output &out) {
     keepWord(policy, place);
     storePolicy(out, place, place.holds(bytesOf(policy)),
                 [&] { return call<VSDVS_SetPortTeamingPolicy>(place.name(), place.port(), &policy); });
-}
-
-void clearPort(const Arguments &arguments, Output &out) {
-    PolicyPlace place(kPortTeaming, arguments);
-    clearPolicy(out, place, [&] { return call<VSDVS_ClearPortTeamingPolicy>(place.name(), place.port()); });
 }
 
 // --- the name that overrides a port's policy ---
@@ -204,11 +194,6 @@ void setOverride(const Arguments &arguments, Output &out) {
     PolicyPlace place(kOverride, arguments);
     storePolicy(out, place, place.holdsText(name),
                 [&] { return call<VSDVS_SetPortTeamingOverride>(place.name(), place.port(), name.c_str()); });
-}
-
-void clearOverride(const Arguments &arguments, Output &out) {
-    PolicyPlace place(kOverride, arguments);
-    clearPolicy(out, place, [&] { return call<VSDVS_ClearPortTeamingOverride>(place.name(), place.port()); });
 }
 
 // --- the uplink of a port that transmits ---
@@ -255,7 +240,7 @@ const Command kRows[] = {
      .summary = "remove the teaming policy of a switch",
      .arguments = {kSwitchArgument},
      .example = "qvs teaming clear sw1",
-     .run = writes(clear, touches<kTeaming>)},
+     .run = writes(clearBy<kTeaming, VSDVS_ClearTeamingPolicy>, touches<kTeaming>)},
     {.words = "port teaming get",
      .summary = "show the teaming policy of a port",
      .arguments = {kSwitchArgument, kPortArgument},
@@ -273,7 +258,7 @@ const Command kRows[] = {
      .summary = "remove the teaming policy of a port",
      .arguments = {kSwitchArgument, kPortArgument},
      .example = "qvs port teaming clear sw1 port0",
-     .run = writes(clearPort, touches<kPortTeaming>)},
+     .run = writes(clearBy<kPortTeaming, VSDVS_ClearPortTeamingPolicy>, touches<kPortTeaming>)},
     {.words = "port teaming-override get",
      .summary = "print the name of the policy that overrides a port's own",
      .arguments = {kSwitchArgument, kPortArgument},
@@ -288,7 +273,7 @@ const Command kRows[] = {
      .summary = "remove the name of the policy that overrides a port's own",
      .arguments = {kSwitchArgument, kPortArgument},
      .example = "qvs port teaming-override clear sw1 port0",
-     .run = writes(clearOverride, touches<kOverride>)},
+     .run = writes(clearBy<kOverride, VSDVS_ClearPortTeamingOverride>, touches<kOverride>)},
     {.words = "port tx-uplink get",
      .summary = "print whether a port always transmits through its uplink",
      .arguments = {kSwitchArgument, kPortArgument},

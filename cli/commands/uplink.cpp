@@ -13,6 +13,7 @@
 #include "access/lock.h"
 #include "access/remains.h"
 #include "access/snapshot.h"
+#include "commands/uplink.h"
 #include "tool/command.h"
 #include "tool/failure.h"
 #include "tool/output.h"
@@ -26,10 +27,9 @@ UplinkState snapshotUplinks(const std::string &alias) {
     return sw != nullptr ? uplinkState(sw) : UplinkState{};
 }
 
-// The uplinks of a switch as stored now. A switch without lists has none. Where the lists do not agree with
-// one another or with the ports, that is a failure, or goes into `broken`, with the uplinks that are whole.
-// The snapshot may have been loaded again.
-std::vector<Uplink> readUplinks(const std::string &alias, std::string *broken = nullptr) {
+}  // namespace
+
+std::vector<Uplink> readUplinks(const std::string &alias, std::string *broken) {
     void *rawNames = nullptr;
     void *rawPorts = nullptr;
     auto read = [&] { return call<VSDVS_GetSwitchUplinkPorts>(alias.c_str(), &rawNames, &rawPorts); };
@@ -73,12 +73,6 @@ std::vector<Uplink> readUplinks(const std::string &alias, std::string *broken = 
     return uplinks;
 }
 
-const Uplink *findUplink(const std::vector<Uplink> &uplinks, std::string_view name) {
-    auto it = std::find_if(uplinks.begin(), uplinks.end(),
-                           [&](const Uplink &uplink) { return uplink.name == name || uplink.port == name; });
-    return it == uplinks.end() ? nullptr : &*it;
-}
-
 const std::vector<std::string> &uplinkArguments(const Arguments &arguments, const Limit &limit) {
     const std::vector<std::string> &uplinks = arguments.all("UPLINK");
     std::unordered_set<std::string_view> seen;
@@ -89,152 +83,7 @@ const std::vector<std::string> &uplinkArguments(const Arguments &arguments, cons
     return uplinks;
 }
 
-// Whether a change may have failed because another process was quicker, or was between the two lists.
-bool raced(HYP_ReturnStatus status, HYP_ReturnStatus quicker) {
-    return status == quicker || status == HYP_FAILURE;
-}
-
-// Why there was no room, or what the change has left half done.
-std::string hintFor(HYP_ReturnStatus status, uint32_t maxPorts, const std::string &alias) {
-    std::string room = roomHint(status, maxPorts);
-    return room.empty() ? mendingHint(alias) : room;
-}
-
-// --- add, remove, set, clear ---
-
-void add(const Arguments &arguments, Output &out) {
-    const std::string &alias = arguments.text("SWITCH");
-    const std::vector<std::string> &wanted = uplinkArguments(arguments, kUplinkLimit);
-    findVswitch(alias);
-    std::vector<Uplink> uplinks = readUplinks(alias);
-    DVSSwitch *sw = findVswitch(alias);
-    const uint32_t maxPorts = DVS_GetMaxPorts(sw);
-
-    std::vector<bool> there;
-    for (const std::string &uplink : wanted) {
-        there.push_back(findUplink(uplinks, uplink) != nullptr);
-        if (there.back() && !arguments.given("--may-exist"))
-            throw libraryFailure(namedUplink(alias, uplink), HYP_EXISTS);
-        if (!there.back() && lookUpPort(sw, uplink) != nullptr) {
-            throw libraryFailure(namedUplink(alias, uplink), HYP_EXISTS, "an ordinary port has this name");
-        }
-    }
-    ChangeList changes(out, alias, "uplinks", "uplink");
-    for (size_t i = 0; i < wanted.size(); i++) {
-        if (!there[i]) {
-            HYP_ReturnStatus status = callWhole<VSDVS_AddSwitchUplinkPort>(alias.c_str(), wanted[i].c_str());
-            there[i] = raced(status, HYP_EXISTS) && arguments.given("--may-exist") &&
-                       comesTrue([&] { return findUplink(readUplinks(alias), wanted[i]) != nullptr; });
-            if (!there[i] && status != HYP_OK)
-                throw libraryFailure(namedUplink(alias, wanted[i]), status, hintFor(status, maxPorts, alias));
-        }
-        changes.add(wanted[i], !there[i]);
-    }
-}
-
-void remove(const Arguments &arguments, Output &out) {
-    const std::string &alias = arguments.text("SWITCH");
-    const std::vector<std::string> &wanted = uplinkArguments(arguments, kUplinkLimit);
-    findVswitch(alias);
-    std::vector<Uplink> uplinks = readUplinks(alias);
-
-    std::vector<const Uplink *> there;
-    for (const std::string &uplink : wanted) {
-        there.push_back(findUplink(uplinks, uplink));
-        if (there.back() == nullptr && !arguments.given("--if-exists")) {
-            throw libraryFailure(namedUplink(alias, uplink), HYP_NOT_FOUND);
-        }
-    }
-    ChangeList changes(out, alias, "uplinks", "uplink");
-    for (size_t i = 0; i < wanted.size(); i++) {
-        bool changed = there[i] != nullptr;
-        if (changed) {
-            HYP_ReturnStatus status =
-                callWhole<VSDVS_RemoveSwitchUplinkPort>(alias.c_str(), there[i]->port.c_str());
-            changed = !(raced(status, HYP_NOT_FOUND) && arguments.given("--if-exists") &&
-                        comesTrue([&] { return findUplink(readUplinks(alias), wanted[i]) == nullptr; }));
-            if (changed && status != HYP_OK)
-                throw libraryFailure(namedUplink(alias, wanted[i]), status, mendingHint(alias));
-        }
-        changes.add(wanted[i], changed);
-    }
-}
-
-// The names that were asked for: those given, or uplink0 onward.
-std::vector<std::string> wantedUplinks(const Arguments &arguments) {
-    if (oneGiven(arguments, {"UPLINK", "--count"}) == "UPLINK")
-        return uplinkArguments(arguments, kUplinkLimit);
-    uint32_t count = arguments.number("--count", 0);
-    std::vector<std::string> names;
-    // No switch has room for more, and the comparison needs one name more than any has.
-    for (uint32_t i = 0; i < std::min(count, 65536u); i++)
-        names.push_back(fmt::format("uplink{}", i));
-    return names;
-}
-
-void set(const Arguments &arguments, Output &out) {
-    const std::string &alias = arguments.text("SWITCH");
-    std::vector<std::string> wanted = wantedUplinks(arguments);
-    findVswitch(alias);
-    std::vector<Uplink> uplinks = readUplinks(alias);
-    DVSSwitch *sw = findVswitch(alias);
-
-    bool same = std::equal(uplinks.begin(), uplinks.end(), wanted.begin(), wanted.end(),
-                           [](const Uplink &uplink, const std::string &name) { return uplink.name == name; });
-    if (!same) {
-        if (!uplinks.empty()) {
-            fail(Exit::Differs, "{}: has other uplinks; remove them with 'qvs uplink remove' first",
-                 named(alias));
-        }
-        uint32_t maxPorts = DVS_GetMaxPorts(sw);
-        HYP_ReturnStatus status = HYP_OK;
-        if (arguments.number("--count", 0) > maxPorts) {
-            status = HYP_LIMIT_EXCEEDED;  // the library would make the lists first, and run out of memory
-        } else if (arguments.given("--count")) {
-            status =
-                callWhole<SetNumSwitchUplinkPortsByUUID>(DVS_SwitchId(sw), arguments.number("--count", 0));
-        } else {
-            status = callWhole<VSDVS_SetSwitchUplinkPorts>(alias.c_str(),
-                                                           packList(wanted, sizeof(VSDVS_UplinkName)).data(),
-                                                           packList(wanted, sizeof(VSDVS_UplinkPort)).data());
-        }
-        if (status != HYP_OK) {
-            throw libraryFailure(
-                named(alias), status,
-                status == HYP_EXISTS ? "a port has the name of an uplink" : hintFor(status, maxPorts, alias));
-        }
-    }
-    reportSwitch(out, alias, !same);
-}
-
-template <auto Get>
-bool hasList(const std::string &alias, const char *key) {
-    VSDVS_PropBuffer size{0, nullptr};
-    HYP_ReturnStatus status = call<Get>(alias.c_str(), key, &size, nullptr, 1);
-    if (status == HYP_NOT_FOUND) return false;
-    require(status, named(alias));
-    return true;
-}
-
-bool hasLists(const std::string &alias) {
-    bool names = hasList<VSDVS_GetGlobProp>(alias, QVS_KEY_UPLINK_NAMES);
-    bool ports = hasList<VSDVS_GetHostProp>(alias, QVS_KEY_UPLINK_PORTS);
-    return names || ports;
-}
-
-void clear(const Arguments &arguments, Output &out) {
-    const std::string &alias = arguments.text("SWITCH");
-    findVswitch(alias);
-    bool there = hasLists(alias);
-    if (there) {
-        require(callWhole<VSDVS_ClearSwitchUplinkPorts>(alias.c_str()), named(alias));
-        // Its status is that of the name alone.
-        if (hasLists(alias)) throw libraryFailure(named(alias) + ": uplink lists", HYP_FAILURE);
-    }
-    reportSwitch(out, alias, there);
-}
-
-// --- links ---
+namespace {
 
 // The state of a link, or nothing when the kernel does not know the uplink or its request has no room for the
 // name.
@@ -374,21 +223,21 @@ const Command kRows[] = {
      .options = {kMayExist},
      .details = kAddDetails,
      .example = "qvs uplink add sw1 uplink2 --may-exist",
-     .run = writes(add)},
+     .run = writes(addUplinks)},
     {.words = "uplink remove",
      .summary = "remove uplinks and their ports from a switch",
      .arguments = {kSwitchArgument, kUplinks},
      .options = {kIfExists},
      .details = "Removing is not undone when it fails half way; uplink list then says what is left.",
      .example = "qvs uplink remove sw1 uplink2",
-     .run = writes(remove)},
+     .run = writes(removeUplinks)},
     {.words = "uplink set",
      .summary = "give a switch without uplinks all of them at once",
      .arguments = {kSwitchArgument,
                    {"UPLINK", "name of a new uplink and its port, at most 47 bytes", Kind::Word, true, true}},
      .options = {{"--count", "N", "this many, called uplink0, uplink1..."}},
      .example = "qvs uplink set sw1 left right",
-     .run = writes(set)},
+     .run = writes(setUplinks)},
     {.words = "uplink clear",
      .summary = "forget the uplinks of a switch and leave their ports as ordinary ones",
      .arguments = {kSwitchArgument},
@@ -396,7 +245,7 @@ const Command kRows[] = {
                 "switch repair "
                 "removes it.",
      .example = "qvs uplink clear sw1",
-     .run = writes(clear)},
+     .run = writes(clearUplinks)},
     {.words = "uplink up",
      .summary = "take uplinks administratively up",
      .arguments = {kSwitchArgument, kUplinks},

@@ -1,0 +1,11 @@
+// The commands that change the ports of a switch.
+#pragma once
+
+#include "tool/command.h"
+
+namespace qvs::cli {
+
+void addPorts(const Arguments &arguments, Output &out);
+void removePorts(const Arguments &arguments, Output &out);
+
+}  // namespace qvs::cli
