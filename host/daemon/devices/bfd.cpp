@@ -60,7 +60,7 @@ Record entryOf(Model &model, uint32_t number, std::string_view session) {
     constexpr uint32_t kOtherEnd = 0x80000000;
     Record entry(kEntry);
     entry.bytes(0, session).put(0, number);
-    CounterRow counters = model.readCounters(fmt::format("bfd session {}", number));
+    CounterRow counters = model.counters.read(fmt::format("bfd session {}", number));
     entry.put(kSentAt, counters.next());
     if (session[kStateAt] == Up) entry.put(4, number | kOtherEnd).put(kReceivedAt, counters.next());
     return entry;
@@ -82,12 +82,12 @@ Result getSessions(const Call &call) {
 constexpr uint32_t kDefaultLevel = 1;
 
 uint32_t logLevel(const Model &model) {
-    const auto &settings = model.rows(kSettings);
+    const auto &settings = model.tables.rows(kSettings);
     return settings.empty() ? kDefaultLevel : u32At(settings.begin()->second, 0);
 }
 
 void keepLogLevel(Model &model, uint32_t level) {
-    model.setRow(kSettings, kSettingNames[0], Record(sizeof level).put(0, level).take());
+    model.tables.setRow(kSettings, kSettingNames[0], Record(sizeof level).put(0, level).take());
 }
 
 Result getLogLevel(const Call &call) {
@@ -103,7 +103,7 @@ Result setLogLevel(const Call &call) {
 
 Result getStats(const Call &call) {
     Record stats(kStats);
-    CounterRow counters = call.model.readCounters("bfd");
+    CounterRow counters = call.model.counters.read("bfd");
     for (size_t at = 0; at < kStats; at += sizeof(uint64_t))
         stats.put(at, counters.next());
     return {0, stats.take()};

@@ -1,5 +1,7 @@
 // Ports that a lab has made busy: their statistics, sixteen u64 counters, grow whenever someone looks. All
 // others keep what was stored for them.
+#include "daemon/devices/busy_ports.h"
+
 #include <cstring>
 
 #include <fmt/format.h>
@@ -11,7 +13,6 @@ namespace qvs::kernel {
 
 namespace {
 
-constexpr char kStatisticsKey[] = "com.quillon.common.port.statistics";
 constexpr size_t kStatistics = 128;
 constexpr char kMember[] = "busy";
 // A row for each busy port, by its number, without a value.
@@ -20,8 +21,8 @@ constexpr const AnyTable *kTables[] = {&kBusy};
 
 std::vector<Port *> busyPorts(const Model &model) {
     std::vector<Port *> ports;
-    for (const auto &[number, nothing] : model.rows(kBusy)) {
-        if (Port *port = model.findPort(number)) ports.push_back(port);
+    for (const auto &[number, nothing] : model.tables.rows(kBusy)) {
+        if (Port *port = model.inventory.findPort(number)) ports.push_back(port);
     }
     return ports;
 }
@@ -31,7 +32,7 @@ void rest(Model &model, const Port &port) {
     const Property *statistics = port.properties.find(kStatisticsKey);
     if (statistics == nullptr) return;
     const std::string value = statistics->value;
-    model.setProperty({Scope::Port, port.owner->id, port.id}, {kStatisticsKey, value, statistics->type});
+    model.properties.set({Scope::Port, port.owner->id, port.id}, {kStatisticsKey, value, statistics->type});
 }
 
 // A lab that names busy ports names them all.
@@ -39,36 +40,36 @@ void applyBusy(const nlohmann::json &value, Model &model) {
     for (const Port *port : busyPorts(model))
         rest(model, *port);
     clearTable(model, kBusy);
-    eachOf(value, kMember, [&](Members &members) { model.setRow(kBusy, portOf(members, model).number, ""); });
+    eachOf(value, kMember,
+           [&](Members &members) { model.tables.setRow(kBusy, portOf(members, model).number, ""); });
 }
 
 constexpr LabMember kLab[] = {{kMember, applyBusy}};
 
 }  // namespace
 
-void Model::look(Port &port) {
-    if (!rows(kBusy).contains(port.number)) return;
+void lookAt(Model &model, Port &port) {
+    if (!model.tables.rows(kBusy).contains(port.number)) return;
     const Property *statistics = port.properties.find(kStatisticsKey);
     if (statistics == nullptr || statistics->value.size() != kStatistics) return;
     std::string value = statistics->value;
-    CounterRow counters = readCounters("port " + portKeyText(port.number));
+    CounterRow counters = model.counters.read("port " + portKeyText(port.number));
     for (size_t at = 0; at < value.size(); at += sizeof(uint64_t)) {
         const uint64_t grown = u64At(value, at) + counters.nextStep();
         std::memcpy(value.data() + at, &grown, sizeof grown);
     }
-    port.set(pool_.intern({kStatisticsKey, value, statistics->type}));
-    touch(port);
+    port.set(model.inventory.properties.intern({kStatisticsKey, value, statistics->type}));
+    model.changes.properties(port);
 }
 
-void Model::look(const Place &place, std::string_view key) {
+void lookAt(Model &model, const Place &place, std::string_view key) {
     if (place.scope != Scope::Port || key != kStatisticsKey) return;
-    const Switch *sw = findSwitch(place.switchId);
-    if (Port *port = sw == nullptr ? nullptr : sw->port(place.portId)) look(*port);
+    if (Port *port = model.inventory.findPort(place.switchId, place.portId)) lookAt(model, *port);
 }
 
-void Model::lookAtAll() {
-    for (Port *port : busyPorts(*this))
-        look(*port);
+void lookAtAll(Model &model) {
+    for (Port *port : busyPorts(model))
+        lookAt(model, *port);
 }
 
 constexpr DevicePart kBusyPorts = {.lab = kLab, .tables = kTables};

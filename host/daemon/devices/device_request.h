@@ -21,12 +21,13 @@ struct SwitchRequest {
 
 // The portset that a request names; null for an unknown one.
 inline const Portset *requestedPortset(const Call &call) {
-    return call.model.findPortset(textAt(call.input, SwitchRequest::kNameAt, SwitchRequest::kNameWidth));
+    return call.model.inventory.findPortset(
+        textAt(call.input, SwitchRequest::kNameAt, SwitchRequest::kNameWidth));
 }
 
 // The switch that a request names by its identifier, not by its portset.
 inline const Switch *requestedSwitchById(const Call &call) {
-    return call.model.findSwitch(textAt(call.input, SwitchRequest::kNameAt, 64));
+    return call.model.inventory.findSwitch(textAt(call.input, SwitchRequest::kNameAt, 64));
 }
 
 // The distributed port of such a switch.
@@ -38,8 +39,8 @@ inline const Port *requestedDvPort(const Call &call) {
 // The switch that a lab calls by its alias or identifier in the member "switch".
 inline Switch &switchOf(Members &members, const Model &model) {
     const std::string name = members.text("switch");
-    Switch *sw = model.findAlias(name);
-    if (sw == nullptr) sw = model.findSwitch(name);
+    Switch *sw = model.inventory.findAlias(name);
+    if (sw == nullptr) sw = model.inventory.findSwitch(name);
     if (sw == nullptr) members.fail("switch", "is not a switch of this host: " + name);
     return *sw;
 }

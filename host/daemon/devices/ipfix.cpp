@@ -45,7 +45,7 @@ Result statistics(const Call &call, const std::string &object, const Sampling &s
     Record stats(kStats);
     stats.put(0, sampling.ports).put(4, static_cast<uint32_t>(sampling.collectors.size()));
     if (sampling.ports != 0) {
-        CounterRow counters = call.model.readCounters(object);
+        CounterRow counters = call.model.counters.read(object);
         for (size_t at = kCountersAt; at < kStats; at += sizeof(uint64_t))
             stats.put(at, counters.next());
     }
@@ -53,7 +53,7 @@ Result statistics(const Call &call, const std::string &object, const Sampling &s
 }
 
 Result getSwitchStats(const Call &call) {
-    const Portset *portset = call.model.findPortset(textAt(call.input, 0, kSwitchWidth));
+    const Portset *portset = call.model.inventory.findPortset(textAt(call.input, 0, kSwitchWidth));
     if (portset == nullptr) return failure(ENOENT);
     Sampling sampling;
     if (portset->owner != nullptr) {
@@ -64,7 +64,7 @@ Result getSwitchStats(const Call &call) {
 }
 
 Result getPortStats(const Call &call) {
-    const Switch *sw = call.model.findSwitch(textAt(call.input, 0, kSwitchWidth));
+    const Switch *sw = call.model.inventory.findSwitch(textAt(call.input, 0, kSwitchWidth));
     const Port *port = sw == nullptr ? nullptr : sw->port(textAt(call.input, kPortAt, kPortWidth));
     if (port == nullptr) return failure(ENOENT);
     Sampling sampling;

@@ -56,14 +56,14 @@ using Heads = std::vector<std::string>;
 
 Heads switches(const Model &model) {
     Heads heads;
-    for (const auto &[row, sw] : model.switches())
+    for (const auto &[row, sw] : model.inventory.switches())
         heads.push_back(Record(2 * kSwitchId).text(0, kSwitchId, sw->id).text(64, 64, sw->alias()).take());
     return heads;
 }
 
 Heads portsets(const Model &model) {
     Heads heads;
-    for (const auto &[number, portset] : model.portsets()) {
+    for (const auto &[number, portset] : model.inventory.portsets()) {
         Record head(208);
         head.put(0, number).put(4, portset->capacity).put(8, portset->mtu).text(16, 128, portset->name);
         if (const Switch *sw = portset->owner)
@@ -75,8 +75,8 @@ Heads portsets(const Model &model) {
 
 Heads uplinks(const Model &model) {
     Heads heads;
-    for (const auto &[row, sw] : model.switches()) {
-        for (const Nic *nic : model.boundNics(*sw)) {
+    for (const auto &[row, sw] : model.inventory.switches()) {
+        for (const Nic *nic : model.inventory.boundNics(*sw)) {
             Record head(166);
             head.text(0, 32, nic->name).put(32, nic->port->number).put(36, uint32_t{nic->up()});
             head.put(40, nic->speedMbps).put(44, nic->mtu).put(48, nic->mac);
@@ -88,7 +88,7 @@ Heads uplinks(const Model &model) {
 
 Record interfaceHead(const Model &model, uint32_t number, std::string_view kept, size_t size) {
     Record head(size);
-    const Port *port = model.findPort(u32At(kept, 0));
+    const Port *port = model.inventory.findPort(u32At(kept, 0));
     head.put(0, number)
         .put(4, uint32_t{port == nullptr || port->linkUp()})
         .text(8, 128, kept.substr(kNameAt));
@@ -173,7 +173,7 @@ Result fetch(const Call &call) {
 
 Result getStatus(const Call &call) {
     constexpr std::string_view kAsNew("\1\0\1", 3);
-    const auto &settings = call.model.rows(kSettings);
+    const auto &settings = call.model.tables.rows(kSettings);
     return {0, std::string(settings.empty() ? kAsNew : std::string_view(settings.begin()->second))};
 }
 
@@ -241,7 +241,7 @@ void applyStatus(const nlohmann::json &value, Model &model) {
         .put(1, flagOf(members, "connected", false))
         .put(2, uint8_t{1});
     members.finish();
-    model.setRow(kSettings, kSettingNames[0], status.take());
+    model.tables.setRow(kSettings, kSettingNames[0], status.take());
 }
 
 void applyLab(const nlohmann::json &value, Model &model) {

@@ -56,7 +56,7 @@ bool addSession(Model &model, const Port &port, std::string_view definition) {
 }
 
 Result createSession(const Call &call) {
-    const Switch *sw = call.model.findSwitch(textAt(call.input, 0, kSwitchId));
+    const Switch *sw = call.model.inventory.findSwitch(textAt(call.input, 0, kSwitchId));
     const Port *port = sw == nullptr ? nullptr : sw->port(textAt(call.input, kPortAt, kPortId));
     if (port == nullptr) return failure(ENOENT);
     return failure(addSession(call.model, *port, call.input.substr(kHead)) ? 0 : ENOSPC);
@@ -67,7 +67,7 @@ Result listSessions(const Call &call) {
     uint8_t count = 0;
     eachRecord(call.model, kSessions, [&](uint32_t number, std::string_view kept) {
         const size_t at = 1 + count++ * kSession;
-        const Port &port = *call.model.findPort(u32At(kept, 0));
+        const Port &port = *call.model.inventory.findPort(u32At(kept, 0));
         const std::string_view definition = kept.substr(kDefinitionAt);
         list.put(at, number).put(at + 4, port.number).text(at + 8, kPortId, port.id);
         list.put(at + 56, static_cast<uint32_t>(definition.size()));
@@ -77,7 +77,7 @@ Result listSessions(const Call &call) {
 }
 
 Record countOf(Model &model, uint8_t action, uint32_t session, uint32_t port) {
-    CounterRow counters = model.readCounters(fmt::format("livetrace session {} action {}", session, action));
+    CounterRow counters = model.counters.read(fmt::format("livetrace session {} action {}", session, action));
     Record count(kCount);
     count.put(0, session).put(4, port).put(8, counters.next()).put(16, counters.next());
     return count.put(24, uint16_t{action});
@@ -103,12 +103,12 @@ Result getActionCounts(const Call &call) {
 
 Result getPortData(const Call &call) {
     const uint32_t number = u32At(call.input, 0);
-    if (call.model.findPort(number) == nullptr) return failure(ENOENT);
+    if (call.model.inventory.findPort(number) == nullptr) return failure(ENOENT);
     uint8_t sessions = 0;
     eachRecord(call.model, kSessions, [&](uint32_t, std::string_view kept) {
         if (u32At(kept, 0) == number) ++sessions;
     });
-    CounterRow counters = call.model.readCounters(fmt::format("livetrace {}", number));
+    CounterRow counters = call.model.counters.read(fmt::format("livetrace {}", number));
     Record data(kPortData);
     data.put(0, number).put(4, counters.next()).put(12, counters.next());
     return {0, data.put(20, sessions).take()};
@@ -117,7 +117,7 @@ Result getPortData(const Call &call) {
 Result getStats(const Call &call) {
     Record stats(kStats);
     stats.put(0, static_cast<uint32_t>(countRecords(call.model, kSessions))).put(4, uint32_t{kRoom});
-    CounterRow counters = call.model.readCounters("livetrace");
+    CounterRow counters = call.model.counters.read("livetrace");
     for (size_t at = 8; at < kStats; at += sizeof(uint64_t))
         stats.put(at, counters.next());
     return {0, stats.take()};
@@ -148,7 +148,7 @@ constexpr LabMember kLab[] = {{"liveTrace", applySessions}};
 void describe(const Model &model, nlohmann::json *status) {
     auto sessions = nlohmann::json::array();
     eachRecord(model, kSessions, [&](uint32_t number, std::string_view kept) {
-        const Port &port = *model.findPort(u32At(kept, 0));
+        const Port &port = *model.inventory.findPort(u32At(kept, 0));
         sessions.push_back({{"number", number},
                             {"switch", port.owner->id},
                             {"port", port.id},

@@ -37,7 +37,7 @@ constexpr char kPortLearningKey[] = "com.quillon.vswitch.port.macManagement";
 constexpr size_t kPortLearningSize = 11;
 
 std::optional<uint64_t> storedNumber(const Model &model, const char *name) {
-    const auto &values = model.rows(kLearning);
+    const auto &values = model.tables.rows(kLearning);
     const auto found = values.find(name);
     return found == values.end() ? std::nullopt : std::optional(found->second);
 }
@@ -86,7 +86,7 @@ KeptEntry keptEntry(const MacEntry &entry) {
 
 // Of a port that is gone the entry has none; port numbers are not used again.
 MacEntry entryOf(const Model &model, const KeptEntry &kept) {
-    return {model.findPort(kept.port), kept.since.has_value(), kept.since.value_or(0)};
+    return {model.inventory.findPort(kept.port), kept.since.has_value(), kept.since.value_or(0)};
 }
 
 const Property *record(const PropertyList &properties, const char *key, size_t size) {
@@ -106,7 +106,7 @@ LearningProps learningProps(const Model &model) {
 void setLearningProps(Model &model, const LearningProps &props) {
     // Addresses that are too old by now do not come back because the time is longer from now on.
     const MacTable aged(model);
-    model.setRows(kLearning, {{kAgingValue, props.aging}, {kLimitValue, props.limit}});
+    model.tables.setRows(kLearning, {{kAgingValue, props.aging}, {kLimitValue, props.limit}});
 }
 
 uint64_t learningClock(const Model &model) {
@@ -114,7 +114,7 @@ uint64_t learningClock(const Model &model) {
 }
 
 void stopLearningClock(Model &model, uint64_t at) {
-    model.setRow(kLearning, kClockValue, at);
+    model.tables.setRow(kLearning, kClockValue, at);
 }
 
 uint64_t agingOf(const Model &model, const Switch &sw) {
@@ -150,7 +150,7 @@ uint32_t learningFlags(const Switch &sw) {
 
 MacTable::MacTable(Model &model) : model_(model), now_(learningClock(model)) {
     std::vector<MacKey> gone;
-    for (const auto &[key, kept] : model.rows(kTable)) {
+    for (const auto &[key, kept] : model.tables.rows(kTable)) {
         const MacEntry entry = entryOf(model, kept);
         if (entry.port == nullptr || expired(entry)) {
             gone.push_back(key);
@@ -161,7 +161,7 @@ MacTable::MacTable(Model &model) : model_(model), now_(learningClock(model)) {
     }
     if (gone.empty()) return;
     try {
-        model.clearRows(kTable, gone);
+        model.tables.clearRows(kTable, gone);
     } catch (const StoreError &) {
         // Whoever only looks needs no room on the disk; the next one tries again.
     }
@@ -204,7 +204,7 @@ bool MacTable::put(uint64_t address, uint16_t vlan, const MacEntry &entry) {
     const std::optional<uint32_t> limit = macLimitOf(model_, *entry.port);
     if (!behindPort && limit && countBehind(*entry.port).all >= *limit) return false;
 
-    model_.setRow(kTable, key, keptEntry(entry));
+    model_.tables.setRow(kTable, key, keptEntry(entry));
     if (onSwitch) count(known->second, -1);
     entries_.insert_or_assign(key, entry);
     count(entry, 1);
@@ -215,7 +215,7 @@ bool MacTable::remove(uint64_t address, uint16_t vlan, const Port &port) {
     const MacKey key = {address, vlan, port.owner->row};
     const auto known = entries_.find(key);
     if (known == entries_.end() || known->second.port != &port) return false;
-    model_.clearRow(kTable, key);
+    model_.tables.clearRow(kTable, key);
     count(known->second, -1);
     entries_.erase(known);
     return true;

@@ -14,13 +14,13 @@ using RecordTable = Table<uint32_t, std::string>;
 
 inline bool isAlive(const Model &model, std::string_view record) {
     const uint32_t port = u32At(record, 0);
-    return port == 0 || model.findPort(port) != nullptr;
+    return port == 0 || model.inventory.findPort(port) != nullptr;
 }
 
 // Visits number and record of all that are left, in order.
 template <typename Visit>
 void eachRecord(const Model &model, const RecordTable &table, const Visit &visit) {
-    for (const auto &[number, record] : model.rows(table)) {
+    for (const auto &[number, record] : model.tables.rows(table)) {
         if (isAlive(model, record)) visit(number, std::string_view(record));
     }
 }
@@ -33,23 +33,23 @@ inline size_t countRecords(const Model &model, const RecordTable &table) {
 
 // Numbers are given from 1 up; that of the last record is the highest that is taken.
 inline void appendRecord(Model &model, const RecordTable &table, std::string_view record) {
-    model.setRow(table, nextNumber(model.rows(table)), std::string(record));
+    model.tables.setRow(table, nextNumber(model.tables.rows(table)), std::string(record));
 }
 
 // How many rows there is room for.
 template <typename Key, typename Value>
 size_t roomIn(const Model &model, const Table<Key, Value> &table) {
-    return table.room() - model.rows(table).size();
+    return table.room() - model.tables.rows(table).size();
 }
 
 // The rows of any table that the condition finds by key and value go, as one change.
 template <typename Key, typename Value, typename Condition>
 void removeRows(Model &model, const Table<Key, Value> &table, const Condition &condition) {
     std::vector<Key> gone;
-    for (const auto &[key, value] : model.rows(table)) {
+    for (const auto &[key, value] : model.tables.rows(table)) {
         if (condition(key, value)) gone.push_back(key);
     }
-    if (!gone.empty()) model.clearRows(table, gone);
+    if (!gone.empty()) model.tables.clearRows(table, gone);
 }
 
 template <typename Key, typename Value>

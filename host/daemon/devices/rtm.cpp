@@ -58,11 +58,11 @@ constexpr Table<uint64_t, std::string> kOperations("rtm", {keyText, readDecimal}
 constexpr const AnyTable *kTables[] = {&kOperations};
 
 void keep(const Call &call) {
-    const auto &kept = call.model.rows(kOperations);
-    call.model.setRow(kOperations, nextNumber(kept),
-                      Record(kInputAt).put(0, call.command).take() + std::string(call.input));
+    const auto &kept = call.model.tables.rows(kOperations);
+    call.model.tables.setRow(kOperations, nextNumber(kept),
+                             Record(kInputAt).put(0, call.command).take() + std::string(call.input));
     while (kept.size() > kKept)
-        call.model.clearRow(kOperations, uint64_t{kept.begin()->first});
+        call.model.tables.clearRow(kOperations, uint64_t{kept.begin()->first});
 }
 
 Result routes(const Call &call) {
@@ -100,7 +100,7 @@ nlohmann::json describeOperation(uint32_t command, std::string_view input) {
 
 void describe(const Model &model, nlohmann::json *status) {
     auto operations = nlohmann::json::array();
-    for (const auto &[number, operation] : model.rows(kOperations))
+    for (const auto &[number, operation] : model.tables.rows(kOperations))
         operations.push_back(
             describeOperation(u32At(operation, 0), std::string_view(operation).substr(kInputAt)));
     (*status)["routeTable"] = operations;

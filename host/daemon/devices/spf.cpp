@@ -50,7 +50,7 @@ constexpr Table<std::string, std::string> kCounts("tarn-spf", kNameOf<kCountName
 constexpr const AnyTable *kTables[] = {&kPlumbed, &kCounts};
 
 const std::string *plumbedMac(const Model &model, const Port &port) {
-    const auto &rows = model.rows(kPlumbed);
+    const auto &rows = model.tables.rows(kPlumbed);
     const auto row = rows.find(port.number);
     return row == rows.end() ? nullptr : &row->second;
 }
@@ -58,8 +58,8 @@ const std::string *plumbedMac(const Model &model, const Port &port) {
 // The plumbed ports that there still are; nobody unplumbs a port before it is removed.
 std::vector<const Port *> plumbedPorts(const Model &model, const Switch *sw) {
     std::vector<const Port *> ports;
-    for (const auto &[number, mac] : model.rows(kPlumbed)) {
-        const Port *port = model.findPort(number);
+    for (const auto &[number, mac] : model.tables.rows(kPlumbed)) {
+        const Port *port = model.inventory.findPort(number);
         if (port != nullptr && port->owner == sw) ports.push_back(port);
     }
     return ports;
@@ -68,8 +68,9 @@ std::vector<const Port *> plumbedPorts(const Model &model, const Switch *sw) {
 // Both kinds of names are taken: a portset name need not fit the field of all requests.
 const Switch *requestedSwitch(const Call &call) {
     const std::string_view name = textAt(call.input, 0, kSwitchWidth);
-    const Portset *portset = call.model.findPortset(name);
-    return portset != nullptr && portset->owner != nullptr ? portset->owner : call.model.findSwitch(name);
+    const Portset *portset = call.model.inventory.findPortset(name);
+    return portset != nullptr && portset->owner != nullptr ? portset->owner
+                                                           : call.model.inventory.findSwitch(name);
 }
 
 const Port *requestedPort(const Call &call) {
@@ -85,7 +86,7 @@ void putCounters(CounterRow counters, size_t at, size_t size, Record *record) {
 // --- reading ---
 
 Result getPortsList(const Call &call) {
-    const Portset *portset = call.model.findPortset(textAt(call.input, 0, kSwitchWidth));
+    const Portset *portset = call.model.inventory.findPortset(textAt(call.input, 0, kSwitchWidth));
     if (portset == nullptr) return failure(ENOENT);
     std::vector<const Port *> ports;
     if (portset->owner != nullptr) ports = plumbedPorts(call.model, portset->owner);
@@ -96,41 +97,41 @@ Result getPortsList(const Call &call) {
 
 // A guest's port is any that is neither an uplink nor plumbed.
 Result getGuestPortStats(const Call &call) {
-    const Port *port = call.model.findPort(u32At(call.input, 0));
+    const Port *port = call.model.inventory.findPort(u32At(call.input, 0));
     if (port == nullptr || port->owner->uplinkSet.contains(port->id) ||
         plumbedMac(call.model, *port) != nullptr)
         return failure(ENOENT);
     Record stats(kGuestStats);
     stats.put(0, port->number).put(4, port->flags());
-    putCounters(call.model.readCounters("spf guest port " + portKeyText(port->number)), 8, kGuestStats,
+    putCounters(call.model.counters.read("spf guest port " + portKeyText(port->number)), 8, kGuestStats,
                 &stats);
     return {0, stats.take()};
 }
 
 Result getServicePortStats(const Call &call) {
-    const Port *port = call.model.findPort(u32At(call.input, 0));
+    const Port *port = call.model.inventory.findPort(u32At(call.input, 0));
     const std::string *mac = port == nullptr ? nullptr : plumbedMac(call.model, *port);
     if (mac == nullptr) return failure(ENOENT);
     Record stats(kServiceStats);
     stats.put(0, port->number).put(4, port->flags()).bytes(8, *mac);
-    putCounters(call.model.readCounters("spf service port " + portKeyText(port->number)), 16, kServiceStats,
+    putCounters(call.model.counters.read("spf service port " + portKeyText(port->number)), 16, kServiceStats,
                 &stats);
     return {0, stats.take()};
 }
 
 Result getSwitchStats(const Call &call) {
-    const Portset *portset = call.model.findPortset(textAt(call.input, 0, kSwitchWidth));
+    const Portset *portset = call.model.inventory.findPortset(textAt(call.input, 0, kSwitchWidth));
     if (portset == nullptr) return failure(ENOENT);
     size_t plumbed = 0;
     if (portset->owner != nullptr) plumbed = plumbedPorts(call.model, portset->owner).size();
     Record stats(kSwitchStats);
     stats.put(0, static_cast<uint32_t>(plumbed));
-    putCounters(call.model.readCounters("spf switch " + portset->name), 8, kSwitchStats, &stats);
+    putCounters(call.model.counters.read("spf switch " + portset->name), 8, kSwitchStats, &stats);
     return {0, stats.take()};
 }
 
 std::string failures(const Model &model) {
-    const auto &counts = model.rows(kCounts);
+    const auto &counts = model.tables.rows(kCounts);
     return counts.empty() ? std::string(kFailures, '\0') : counts.begin()->second;
 }
 
@@ -154,7 +155,7 @@ std::string parseMac(const std::string &text) {
 // Rows of ports that are gone are in nobody's way but would heap up.
 void forgetRemovedPorts(Model &model) {
     removeRows(model, kPlumbed,
-               [&](uint32_t number, const auto &) { return model.findPort(number) == nullptr; });
+               [&](uint32_t number, const auto &) { return model.inventory.findPort(number) == nullptr; });
 }
 
 // The addresses of all plumbed ports; an address is taken within its switch.
@@ -162,8 +163,8 @@ using Addresses = std::set<std::pair<const Switch *, std::string>>;
 
 Addresses takenAddresses(const Model &model) {
     Addresses taken;
-    for (const auto &[number, mac] : model.rows(kPlumbed)) {
-        if (const Port *port = model.findPort(number)) taken.emplace(port->owner, mac);
+    for (const auto &[number, mac] : model.tables.rows(kPlumbed)) {
+        if (const Port *port = model.inventory.findPort(number)) taken.emplace(port->owner, mac);
     }
     return taken;
 }
@@ -173,7 +174,7 @@ Result refuse(const Call &call, size_t offset, int error) {
     const std::string before = failures(call.model);
     Record record(kFailures);
     record.bytes(0, before).put(offset, u32At(before, offset) + 1);
-    call.model.setRow(kCounts, kCountNames[0], record.take());
+    call.model.tables.setRow(kCounts, kCountNames[0], record.take());
     return failure(error);
 }
 
@@ -185,14 +186,14 @@ Result plumbPort(const Call &call) {
     if (plumbedMac(call.model, *port) != nullptr || takenAddresses(call.model).contains({port->owner, mac}))
         return refuse(call, kFailedPlumbs, EEXIST);
     forgetRemovedPorts(call.model);
-    call.model.setRow(kPlumbed, port->number, mac);
+    call.model.tables.setRow(kPlumbed, port->number, mac);
     return {};
 }
 
 Result unplumbPort(const Call &call) {
     const Port *port = requestedPort(call);
     const bool plumbed = port != nullptr && plumbedMac(call.model, *port) != nullptr;
-    if (plumbed) call.model.clearRow(kPlumbed, port->number);
+    if (plumbed) call.model.tables.clearRow(kPlumbed, port->number);
     return plumbed ? Result{} : refuse(call, kFailedUnplumbs, ENOENT);
 }
 
@@ -213,7 +214,7 @@ void applyPort(Members &members, Model &model, Addresses *taken) {
     if (mac.empty()) members.fail("mac", "is not the address of a station");
     if (const std::string *before = plumbedMac(model, port)) taken->erase({port.owner, *before});
     if (!taken->emplace(port.owner, mac).second) members.fail("mac", "is the address of another port");
-    model.setRow(kPlumbed, port.number, mac);
+    model.tables.setRow(kPlumbed, port.number, mac);
 }
 
 void applyPorts(const nlohmann::json &value, Model &model) {

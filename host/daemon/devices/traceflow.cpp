@@ -41,7 +41,7 @@ constexpr Table<std::string, std::string> kSettings("traceflow", kNameOf<kSettin
 constexpr const AnyTable *kTables[] = {&kRequests, &kSettings};
 
 const Switch *requestedSwitch(const Call &call) {
-    return call.model.findSwitch(textAt(call.input, 0, kSwitchId));
+    return call.model.inventory.findSwitch(textAt(call.input, 0, kSwitchId));
 }
 
 Result createRequest(const Call &call) {
@@ -61,29 +61,29 @@ Result clearRequests(const Call &call) {
     if (sw == nullptr) return failure(ENOENT);
     dropDeadRecords(call.model, kRequests);
     removeRows(call.model, kRequests, [&](const auto &, std::string_view kept) {
-        return call.model.findPort(u32At(kept, 0))->owner == sw;
+        return call.model.inventory.findPort(u32At(kept, 0))->owner == sw;
     });
     return {};
 }
 
 Result getPortStats(const Call &call) {
     const uint32_t number = u32At(call.input, 0);
-    if (call.model.findPort(number) == nullptr) return failure(ENOENT);
+    if (call.model.inventory.findPort(number) == nullptr) return failure(ENOENT);
     Record stats(kStats);
-    CounterRow counters = call.model.readCounters(fmt::format("traceflow {}", number));
+    CounterRow counters = call.model.counters.read(fmt::format("traceflow {}", number));
     for (size_t at = 0; at < kStats; at += sizeof(uint64_t))
         stats.put(at, counters.next());
     return {0, stats.take()};
 }
 
 std::string telemetry(const Model &model) {
-    const auto &settings = model.rows(kSettings);
+    const auto &settings = model.tables.rows(kSettings);
     return settings.empty() ? std::string(kTelemetrySize, '\0') : settings.begin()->second;
 }
 
 Result setTelemetry(const Call &call) {
     if (call.input.size() != kTelemetrySize) return failure(EINVAL);
-    call.model.setRow(kSettings, kSettingNames[0], std::string(call.input));
+    call.model.tables.setRow(kSettings, kSettingNames[0], std::string(call.input));
     return {};
 }
 
@@ -115,7 +115,7 @@ nlohmann::json describeRequest(const Port &port, uint32_t number, std::string_vi
 void describe(const Model &model, nlohmann::json *status) {
     auto requests = nlohmann::json::array();
     eachRecord(model, kRequests, [&](uint32_t number, std::string_view kept) {
-        const Port &port = *model.findPort(u32At(kept, 0));
+        const Port &port = *model.inventory.findPort(u32At(kept, 0));
         requests.push_back(describeRequest(port, number, kept.substr(kKeptAt)));
     });
     (*status)["traceflow"] = {{"requests", requests}, {"telemetry", hexDigits(telemetry(model))}};

@@ -6,6 +6,7 @@
 // Records in layouts/emulated.json: those from uplink to switch-alias.
 #include <cerrno>
 
+#include "daemon/devices/busy_ports.h"
 #include "daemon/devices/device.h"
 
 namespace qvs::kernel {
@@ -39,12 +40,12 @@ std::string_view switchName(const Call &call) {
 }
 
 const Portset *requestedPortset(const Call &call) {
-    return call.model.findPortset(switchName(call));
+    return call.model.inventory.findPortset(switchName(call));
 }
 
 // An uplink of a switch: by the name of its NIC or of its port. Null for what is neither.
 const Port *findUplink(const Model &model, const Switch &sw, std::string_view name) {
-    const Nic *nic = model.findNic(name);
+    const Nic *nic = model.inventory.findNic(name);
     if (nic != nullptr && nic->port != nullptr && nic->port->owner == &sw) return nic->port;
     const Port *port = sw.port(name);
     return port != nullptr && sw.uplinkSet.contains(port->id) ? port : nullptr;
@@ -60,7 +61,7 @@ Result getUplinks(const Call &call) {
     const Portset *portset = requestedPortset(call);
     if (portset == nullptr) return failure(ENOENT);
     std::vector<const Nic *> nics;
-    if (portset->owner != nullptr) nics = call.model.boundNics(*portset->owner);
+    if (portset->owner != nullptr) nics = call.model.inventory.boundNics(*portset->owner);
     return countedList(call, 0, kUplinkEntry, nics, [](const Nic *nic) {
         return Record(kUplinkEntry).text(0, kUplinkWidth, nic->name).put(32, nic->port->number);
     });
@@ -86,7 +87,7 @@ Result getSwitchInfo(const Call &call) {
     Record info(kSwitchInfo);
     info.put(0, portset->number).put(4, portset->capacity).put(16, portset->mtu).text(88, 128, portset->name);
     if (const Switch *sw = portset->owner) {
-        const size_t uplinks = call.model.boundNics(*sw).size();
+        const size_t uplinks = call.model.inventory.boundNics(*sw).size();
         info.put(8, static_cast<uint32_t>(sw->ports.size())).put(12, static_cast<uint32_t>(uplinks));
         info.put(20, sw->version).text(24, 64, sw->id);
     }
@@ -132,7 +133,7 @@ Result getSwitchPortInfo(const Call &call) {
     std::vector<const Port *> ports;
     if (portset->owner != nullptr) {
         for (const auto &[number, port] : portset->owner->ports) {
-            call.model.look(*port);
+            lookAt(call.model, *port);
             ports.push_back(port.get());
         }
     }
@@ -140,17 +141,17 @@ Result getSwitchPortInfo(const Call &call) {
 }
 
 Result getPortInfo(const Call &call) {
-    Port *port = call.model.findPort(u32At(call.input, kPortNumberAt));
+    Port *port = call.model.inventory.findPort(u32At(call.input, kPortNumberAt));
     if (port == nullptr) return failure(ENOENT);
-    call.model.look(*port);
+    lookAt(call.model, *port);
     return {0, portInfo(*port).take()};
 }
 
 // Ports are spread over the uplinks that have a link, by port number.
 Result getTeamUplinkHint(const Call &call) {
-    const Port *port = call.model.findPort(u32At(call.input, kPortNumberAt));
+    const Port *port = call.model.inventory.findPort(u32At(call.input, kPortNumberAt));
     if (port == nullptr) return failure(ENOENT);
-    std::vector<const Nic *> nics = call.model.boundNics(*port->owner);
+    std::vector<const Nic *> nics = call.model.inventory.boundNics(*port->owner);
     std::erase_if(nics, [](const Nic *nic) { return !nic->up(); });
     Record hint(kHint);
     if (!nics.empty()) hint.text(0, kHint, nics[port->number % nics.size()]->name);
@@ -160,7 +161,7 @@ Result getTeamUplinkHint(const Call &call) {
 // The one link request without a switch name: an uplink port's name is looked for on every switch.
 Result getUplinkDvPortId(const Call &call) {
     const std::string_view name = textAt(call.input, kUplinkAt, kUplinkWidth);
-    for (const auto &[row, sw] : call.model.switches()) {
+    for (const auto &[row, sw] : call.model.inventory.switches()) {
         if (const Port *uplink = findUplink(call.model, *sw, name)) {
             return {0, Record(kIdentity).text(0, kIdentity, uplink->id).take()};
         }
@@ -172,7 +173,7 @@ Result getSwitches(const Call &call) {
     constexpr uint32_t kPortsetNames = 1;
     const uint32_t selector = u32At(call.input, 0);
     std::vector<std::string_view> names;
-    for (const auto &[number, portset] : call.model.portsets()) {
+    for (const auto &[number, portset] : call.model.inventory.portsets()) {
         if (selector == kPortsetNames) {
             names.push_back(portset->name);
         } else if (portset->owner != nullptr) {
@@ -187,17 +188,18 @@ Result getSwitches(const Call &call) {
 }
 
 Result aliasToSwitchId(const Call &call) {
-    const Switch *sw = call.model.findAlias(switchName(call));
+    const Switch *sw = call.model.inventory.findAlias(switchName(call));
     return sw == nullptr ? failure(ENOENT) : Result{0, Record(kSwitchId).text(0, kSwitchId, sw->id).take()};
 }
 
 Result setUplinkAdminLinkState(const Call &call) {
     const Port *uplink = requestedUplink(call);
-    Nic *nic = uplink == nullptr || uplink->nic == nullptr ? nullptr : call.model.findNic(uplink->nic->name);
+    Nic *nic = uplink == nullptr || uplink->nic == nullptr ? nullptr
+                                                           : call.model.inventory.findNic(uplink->nic->name);
     if (nic == nullptr) return failure(ENOENT);
     Nic to = *nic;
     to.admin = u32At(call.input, kLinkStateAt) != 0;
-    call.model.setNic(*nic, to);
+    call.model.uplinks.setNic(*nic, to);
     return {};
 }
 

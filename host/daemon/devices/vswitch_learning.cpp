@@ -57,7 +57,7 @@ PortPolicy policyOf(const Port &port) {
 Record statsOf(const Call &call, const MacTable &table, const Port &port) {
     Record record(kLearningStats);
     record.put(0, port.number).put(4, table.countBehind(port).all).put(8, limitBehind(call.model, port));
-    CounterRow counters = call.model.readCounters(fmt::format("mac learning {}", port.number));
+    CounterRow counters = call.model.counters.read(fmt::format("mac learning {}", port.number));
     for (size_t at = 12; at < kLearningStats; at += sizeof(uint64_t))
         record.put(at, counters.next());
     return record;
@@ -105,7 +105,7 @@ Result getSwitchMacLearningInfo(const Call &call) {
     info.put(0, agingOf(call.model, *sw)).put(8, macLimitOf(*sw)).put(12, count.all);
     info.put(16, count.learnt).put(20, count.all - count.learnt);
     info.put(24, static_cast<uint32_t>(learning)).put(28, uint32_t{learningFlags(*sw)});
-    CounterRow counters = call.model.readCounters("mac learning " + sw->id);
+    CounterRow counters = call.model.counters.read("mac learning " + sw->id);
     for (size_t at = 32; at < kLearningInfo; at += sizeof(uint64_t))
         info.put(at, counters.next());
     return {0, info.take()};

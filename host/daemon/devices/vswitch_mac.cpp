@@ -34,7 +34,7 @@ constexpr uint64_t kAllOnes = 0xffffffffffff;
 const Port *requestedPort(const Call &call, const Switch &sw) {
     const std::string_view id = textAt(call.input, SwitchRequest::kPortIdAt, kPortIdWidth);
     if (!id.empty()) return sw.port(id);
-    const Port *port = call.model.findPort(u32At(call.input, kNumberAt));
+    const Port *port = call.model.inventory.findPort(u32At(call.input, kNumberAt));
     return port != nullptr && port->owner == &sw ? port : nullptr;
 }
 

@@ -108,7 +108,7 @@ struct Group {
 using Groups = std::map<std::string, Group>;
 
 void addGroups(const Model &model, const Port &port, uint32_t type, Groups *groups) {
-    const auto &rows = model.rows(kJoined);
+    const auto &rows = model.tables.rows(kJoined);
     const Membership begin = {port.number, {static_cast<Type>(type), {}}};
     for (auto row = rows.lower_bound(begin);
          row != rows.end() && row->first.port == port.number && row->first.group.type == begin.group.type;
@@ -125,9 +125,9 @@ void addGroups(const Model &model, const Port &port, uint32_t type, Groups *grou
 // Each port of the switch that has joined anything: there are fewer of them than ports.
 void addGroupsOfSwitch(const Model &model, const Switch &sw, uint32_t type, Groups *groups) {
     const Port *last = nullptr;
-    for (const auto &[key, sources] : model.rows(kJoined)) {
+    for (const auto &[key, sources] : model.tables.rows(kJoined)) {
         if (last != nullptr && last->number == key.port) continue;
-        const Port *port = model.findPort(key.port);
+        const Port *port = model.inventory.findPort(key.port);
         if (port == nullptr || port->owner != &sw) continue;
         addGroups(model, *port, type, groups);
         last = port;
@@ -144,7 +144,7 @@ int findGroups(const Call &call, uint32_t number, Groups *groups) {
         if (portset->owner != nullptr) addGroupsOfSwitch(call.model, *portset->owner, type, groups);
         return 0;
     }
-    const Port *port = call.model.findPort(number);
+    const Port *port = call.model.inventory.findPort(number);
     if (port == nullptr || port->owner != portset->owner) return ENOENT;
     addGroups(call.model, *port, type, groups);
     return 0;
@@ -182,7 +182,8 @@ Result getMcastFilterStats(const Call &call) {
 
     const Portset &portset = *requestedPortset(call);
     const Address group{static_cast<Type>(type), address};
-    CounterRow counters = call.model.readCounters("multicast " + portset.name + "/" + keyOf({number, group}));
+    CounterRow counters =
+        call.model.counters.read("multicast " + portset.name + "/" + keyOf({number, group}));
     const std::set<std::string> &sources = found->second.sources;
     const bool headOnly = call.outLength <= kStatsHead;
     const size_t room = headOnly ? sources.size() : (call.outLength - kStatsHead) / size;
@@ -241,7 +242,7 @@ void applyFilter(Members &members, Model &model) {
         if (!isMulticast(group)) members.fail("count", "leads beyond the last group");
         rows.insert_or_assign(Membership{port.number, group}, sources);
     });
-    model.setRows(kJoined, rows);
+    model.tables.setRows(kJoined, rows);
 }
 
 // A lab that says anything about groups says all of it.

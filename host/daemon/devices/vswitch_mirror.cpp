@@ -37,7 +37,7 @@ std::vector<std::string_view> sessionIds(const Switch &sw) {
 
 // A port of the switch by its identifier, or by the NIC that it is bound to.
 const Port *findByName(const Model &model, const Switch &sw, std::string_view name) {
-    const Nic *nic = model.findNic(name);
+    const Nic *nic = model.inventory.findNic(name);
     return nic != nullptr && nic->port != nullptr && nic->port->owner == &sw ? nic->port : sw.port(name);
 }
 
@@ -98,7 +98,7 @@ Result getSessionStats(const Call &call) {
     stats.bytes(0, id).put(kActiveAt, static_cast<uint8_t>(active));
     if (active) {
         const std::string object = "mirror session " + portset->name + "/" + std::string(id);
-        putCounters(call.model.readCounters(object), kCountersAt, kCounters, &stats);
+        putCounters(call.model.counters.read(object), kCountersAt, kCounters, &stats);
     }
     return {0, stats.take()};
 }
@@ -108,12 +108,12 @@ Result getAgentStats(const Call &call) {
     constexpr size_t kCountersAt = 4;
     constexpr size_t kCounters = 9;
     size_t sessions = 0;
-    for (const auto &[number, portset] : call.model.portsets()) {
+    for (const auto &[number, portset] : call.model.inventory.portsets()) {
         if (portset->owner != nullptr) sessions += sessionIds(*portset->owner).size();
     }
     Record stats(kAgentStats);
     stats.put(0, static_cast<uint32_t>(sessions));
-    putCounters(call.model.readCounters("mirror agent"), kCountersAt, kCounters, &stats);
+    putCounters(call.model.counters.read("mirror agent"), kCountersAt, kCounters, &stats);
     return {0, stats.take()};
 }
 

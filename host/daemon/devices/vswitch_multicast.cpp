@@ -20,7 +20,7 @@ FilterMode filterModeOf(const Switch &sw) {
 }
 
 Result getMcastFilterMode(const Call &call) {
-    const Portset *portset = call.model.findPortset(textAt(call.input, 0, 128));
+    const Portset *portset = call.model.inventory.findPortset(textAt(call.input, 0, 128));
     if (portset == nullptr) return failure(ENOENT);
     const uint32_t mode = portset->owner == nullptr ? Legacy : filterModeOf(*portset->owner);
     return {0, Record(sizeof mode).put(0, mode).take()};

@@ -50,7 +50,7 @@ constexpr Table<std::string, Options> kOptions("options", kNameOf<kNames>, {pack
 constexpr const AnyTable *kTables[] = {&kOptions};
 
 Options storedOptions(const Model &model) {
-    const auto &rows = model.rows(kOptions);
+    const auto &rows = model.tables.rows(kOptions);
     return rows.empty() ? Options{} : rows.begin()->second;
 }
 
@@ -65,7 +65,7 @@ bool changeOptions(Model &model, const Options &changes) {
         }
     }
     if (kLength + packed(options).size() > kBlock) return false;
-    model.setRow(kOptions, kNames[0], options);
+    model.tables.setRow(kOptions, kNames[0], options);
     return true;
 }
 

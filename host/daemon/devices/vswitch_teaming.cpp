@@ -21,7 +21,7 @@ constexpr size_t kPolicyEntry = 2748;
 Result statistics(const Call &call, const char *kind, size_t size) {
     const Portset *portset = requestedPortset(call);
     if (portset == nullptr) return failure(ENOENT);
-    CounterRow counters = call.model.readCounters(kind + portset->name);
+    CounterRow counters = call.model.counters.read(kind + portset->name);
     Record record(size);
     for (size_t at = 0; at < size; at += sizeof(uint64_t))
         record.put(at, counters.next());
@@ -38,7 +38,7 @@ Result getServicePortTeamingStats(const Call &call) {
 
 // A port that has chosen none has an empty name.
 Result getPortPolicyName(const Call &call) {
-    const Port *port = call.model.findPort(u32At(call.input, SwitchRequest::kPortNumberAt));
+    const Port *port = call.model.inventory.findPort(u32At(call.input, SwitchRequest::kPortNumberAt));
     if (port == nullptr) return failure(ENOENT);
     const std::string_view name = port->properties.text("com.quillon.vswitch.port.logicalswitch.teaming");
     return {0, Record(kPolicyName).text(0, kPolicyName, name).take()};

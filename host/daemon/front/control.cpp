@@ -18,7 +18,7 @@ using nlohmann::json;
 
 json describeSwitch(const Model &model, const Switch &sw) {
     auto uplinks = json::array();
-    for (const Nic *nic : model.boundNics(sw))
+    for (const Nic *nic : model.inventory.boundNics(sw))
         uplinks.push_back({{"nic", nic->name}, {"port", nic->port->id}});
     return {{"id", sw.id},
             {"alias", sw.alias()},
@@ -47,10 +47,10 @@ json status(Members &, Server &server) {
     const Kernel &kernel = server.kernel();
     const Model &model = kernel.model;
     auto switches = json::array();
-    for (const auto &[row, sw] : model.switches())
+    for (const auto &[row, sw] : model.inventory.switches())
         switches.push_back(describeSwitch(model, *sw));
     auto portsets = json::array();
-    for (const auto &[number, portset] : model.portsets()) {
+    for (const auto &[number, portset] : model.inventory.portsets()) {
         portsets.push_back({{"name", portset->name},
                             {"number", number},
                             {"capacity", portset->capacity},
@@ -58,7 +58,7 @@ json status(Members &, Server &server) {
                             {"switch", portset->owner == nullptr ? json() : json(portset->owner->id)}});
     }
     auto nics = json::array();
-    for (const auto &nic : model.nics())
+    for (const auto &nic : model.inventory.nics())
         nics.push_back(describeNic(*nic));
     json answer = {{"pid", getpid()},
                    {"uptimeSeconds", server.uptime().count()},
@@ -68,7 +68,7 @@ json status(Members &, Server &server) {
                    {"trace", kernel.trace.files()},
                    {"traceDropped", kernel.trace.dropped()},
                    {"switches", switches},
-                   {"ports", model.portCount()},
+                   {"ports", model.inventory.portCount()},
                    {"portsets", portsets},
                    {"nics", nics},
                    {"faults", kernel.faults.list()}};

@@ -93,11 +93,11 @@ class Laboratory {
 
   private:
     void setUpNics(const std::vector<Lab::NicPart> &parts) {
-        const bool fresh = model_.empty();
-        if (fresh) model_.clearNics();
+        const bool fresh = model_.inventory.empty();
+        if (fresh) model_.uplinks.clearNics();
         uint8_t index = 0;
         for (const Lab::NicPart &part : parts) {
-            Nic *known = fresh ? nullptr : model_.findNic(part.name);
+            Nic *known = fresh ? nullptr : model_.inventory.findNic(part.name);
             if (known == nullptr && !fresh)
                 throw LabError(fmt::format("NIC {}: NICs can be added to an empty host alone", part.name));
             Nic nic;
@@ -108,12 +108,14 @@ class Laboratory {
             nic.speedMbps = part.speedMbps.value_or(nic.speedMbps);
             nic.mtu = part.mtu.value_or(nic.mtu);
             nic.mac = part.mac.value_or(nic.mac);
-            require(known != nullptr ? model_.setNic(*known, nic) : model_.addNic(nic), "NIC " + part.name);
+            require(known != nullptr ? model_.uplinks.setNic(*known, nic) : model_.uplinks.addNic(nic),
+                    "NIC " + part.name);
         }
     }
 
     void setUpSwitch(const Lab::SwitchPart &part) {
-        Switch *sw = part.id.empty() ? model_.findAlias(part.alias) : model_.findSwitch(part.id);
+        Switch *sw =
+            part.id.empty() ? model_.inventory.findAlias(part.alias) : model_.inventory.findSwitch(part.id);
         if (sw == nullptr) {
             sw = &createSwitch(part);
         } else {
@@ -123,8 +125,8 @@ class Laboratory {
             addPort(*sw, port, std::string(8, '\0'));
         addUplinks(*sw, part.uplinks);
         for (const auto &property : part.properties) {
-            require(model_.setProperty({property.scope, sw->id, property.port},
-                                       {property.key, property.value, property.type}),
+            require(model_.properties.set({property.scope, sw->id, property.port},
+                                          {property.key, property.value, property.type}),
                     fmt::format("switch {}, property {}", part.alias, property.key));
         }
     }
@@ -135,16 +137,16 @@ class Laboratory {
         const std::string portset = part.portset.value_or(part.alias);
         const uint32_t version = part.version.value_or(kDefaultVersion);
         const uint32_t maxPorts = part.maxPorts.value_or(kDefaultMaxPorts);
-        if (model_.findPortset(portset) == nullptr) {
-            require(model_.addPortset(portset, maxPorts), "portset " + portset);
+        if (model_.inventory.findPortset(portset) == nullptr) {
+            require(model_.dataPaths.addPortset(portset, maxPorts), "portset " + portset);
         }
-        require(model_.addSwitch(id, part.className.value_or("vswitch"), maxPorts, version), what);
+        require(model_.dataPaths.addSwitch(id, part.className.value_or("vswitch"), maxPorts, version), what);
         set(id, Scope::Global, kAliasKey, terminated(part.alias));
         set(id, Scope::Global, "com.quillon.common.version", u32Bytes(version));
         set(id, Scope::Global, "com.quillon.common.opaqueDvs", terminated("false"));
         set(id, Scope::Host, kPortsetKey, terminated(portset));
-        require(model_.associate(id), "portset " + portset);
-        return *model_.findSwitch(id);
+        require(model_.dataPaths.associate(id), "portset " + portset);
+        return *model_.inventory.findSwitch(id);
     }
 
     // A lab may be applied again; it does not turn one switch into another.
@@ -171,7 +173,7 @@ class Laboratory {
             {"com.quillon.common.port.statistics", statistics, kRuntime},
             {"com.quillon.vswitch.port.vlan", vlan, kPolicy},
         };
-        require(model_.addPort(sw.id, name, properties), "port " + name);
+        require(model_.dataPaths.addPort(sw.id, name, properties), "port " + name);
     }
 
     void addUplinks(Switch &sw, const std::vector<std::string> &wanted) {
@@ -188,16 +190,16 @@ class Laboratory {
     }
 
     void attach(const Lab::Client &client) {
-        const Switch *sw = model_.findAlias(client.sw);
-        if (sw == nullptr) sw = model_.findSwitch(client.sw);
+        const Switch *sw = model_.inventory.findAlias(client.sw);
+        if (sw == nullptr) sw = model_.inventory.findSwitch(client.sw);
         if (sw == nullptr) fail("switch " + client.sw, Status::NotFound);
         Port *port = sw->port(client.port);
         if (port == nullptr) fail("port " + client.port, Status::NotFound);
-        require(model_.setClient(*port, client.name, client.link), "port " + client.port);
+        require(model_.dataPaths.setClient(*port, client.name, client.link), "port " + client.port);
     }
 
     void set(const std::string &id, Scope scope, const char *key, const std::string &value) {
-        require(model_.setProperty({scope, id, {}}, {key, value, kConfig}), key);
+        require(model_.properties.set({scope, id, {}}, {key, value, kConfig}), key);
     }
 
     Model &model_;

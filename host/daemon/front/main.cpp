@@ -227,7 +227,7 @@ void run(const Options &options) {
         if (!error) server.stop();
     });
     spdlog::info("serving {} as process {}: {} switches, {} ports", options.directory, getpid(),
-                 kernel.model.switches().size(), kernel.model.portCount());
+                 kernel.model.inventory.switches().size(), kernel.model.inventory.portCount());
     if (report(options.readyDescriptor, "R")) serve(io);
 
     spdlog::info("ending");

@@ -57,54 +57,54 @@ ShellResult createPortset(Model &model, std::string_view, Words values) {
     if (values[2] != "vswitch") return refused("unknown class");
     const uint32_t capacity = parseNumber(values[1]);
     if (capacity == 0) return refused("not a number of ports");
-    return answer(model.addPortset(values[0], capacity));
+    return answer(model.dataPaths.addPortset(values[0], capacity));
 }
 
 ShellResult destroyPortset(Model &model, std::string_view name, Words values) {
     if (values.size() != 1 || values[0] != "destroy") return refused("only \"destroy\" can be set");
-    return answer(model.removePortset(name));
+    return answer(model.dataPaths.removePortset(name));
 }
 
 ShellResult getPortsetMtu(Model &model, std::string_view name) {
-    return printed(mtuLine(model.findPortset(name)->mtu));
+    return printed(mtuLine(model.inventory.findPortset(name)->mtu));
 }
 
 ShellResult setPortsetMtu(Model &model, std::string_view name, Words values) {
     if (values.size() != 1) return refused("one number is needed");
-    return answer(model.setPortsetMtu(*model.findPortset(name), parseNumber(values[0])));
+    return answer(model.dataPaths.setPortsetMtu(*model.inventory.findPortset(name), parseNumber(values[0])));
 }
 
 ShellResult listUplinks(Model &model, std::string_view name) {
     ShellResult result;
-    const Switch *owner = model.findPortset(name)->owner;
+    const Switch *owner = model.inventory.findPortset(name)->owner;
     if (owner == nullptr) return result;
-    for (const Nic *nic : model.boundNics(*owner))
+    for (const Nic *nic : model.inventory.boundNics(*owner))
         result.out += nic->name + "/\n";
     return result;
 }
 
 ShellResult getNicMtu(Model &model, std::string_view name) {
-    return printed(mtuLine(model.findNic(name)->mtu));
+    return printed(mtuLine(model.inventory.findNic(name)->mtu));
 }
 
 ShellResult setNicMtu(Model &model, std::string_view name, Words values) {
     if (values.size() != 1) return refused("one number is needed");
-    Nic &nic = *model.findNic(name);
+    Nic &nic = *model.inventory.findNic(name);
     Nic to = nic;
     to.mtu = parseNumber(values[0]);
-    return answer(model.setNic(nic, to));
+    return answer(model.uplinks.setNic(nic, to));
 }
 
 ShellResult listPortsets(Model &model, std::string_view) {
     ShellResult result;
-    for (const auto &[number, portset] : model.portsets())
+    for (const auto &[number, portset] : model.inventory.portsets())
         result.out += portset->name + "/\n";
     return result;
 }
 
 ShellResult listNics(Model &model, std::string_view) {
     ShellResult result;
-    for (const auto &nic : model.nics())
+    for (const auto &nic : model.inventory.nics())
         result.out += nic->name + "/\n";
     return result;
 }
@@ -123,10 +123,10 @@ ShellResult listNic(Model &, std::string_view) {
 }
 
 bool isPortset(const Model &model, std::string_view name) {
-    return model.findPortset(name) != nullptr;
+    return model.inventory.findPortset(name) != nullptr;
 }
 bool isNic(const Model &model, std::string_view name) {
-    return model.findNic(name) != nullptr;
+    return model.inventory.findNic(name) != nullptr;
 }
 
 // "*" stands for the name of an object, of which `exists` knows; the handlers are called for existing ones

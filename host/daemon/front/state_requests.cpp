@@ -1,5 +1,6 @@
 // The requests of the state library.
 #include "daemon/front/state_requests.h"
+#include "daemon/devices/busy_ports.h"
 #include "daemon/model/text.h"
 
 #include <fmt/format.h>
@@ -37,7 +38,7 @@ std::string placeText(const StateRequest &request) {
 }
 
 Status addPort(const StateRequest &request, Model &model) {
-    if (model.findSwitch(request.place.switchId) == nullptr) return Status::NotFound;
+    if (model.inventory.findSwitch(request.place.switchId) == nullptr) return Status::NotFound;
     const auto unpacked = mesh::unpackProperties(request.value);
     if (!unpacked) return Status::BadParameter;
     std::vector<PropertyView> properties;
@@ -46,28 +47,28 @@ Status addPort(const StateRequest &request, Model &model) {
         if (property.key.empty()) return Status::BadParameter;
         properties.push_back({property.key, property.value, property.type});
     }
-    return model.addPort(request.place.switchId, request.place.portId, properties);
+    return model.dataPaths.addPort(request.place.switchId, request.place.portId, properties);
 }
 
 Status change(const StateRequest &request, Model &model) {
     const Place &place = request.place;
     switch (request.kind) {
         case Kind::PropSet:
-            return model.setProperty(place, {request.key, request.value, request.type});
+            return model.properties.set(place, {request.key, request.value, request.type});
         case Kind::PropClear:
-            return model.clearProperty(place, request.key);
+            return model.properties.clear(place, request.key);
         case Kind::SwitchAdd:
-            return model.addSwitch(place.switchId, request.key, request.type, request.version);
+            return model.dataPaths.addSwitch(place.switchId, request.key, request.type, request.version);
         case Kind::SwitchAssociate:
-            return model.associate(place.switchId);
+            return model.dataPaths.associate(place.switchId);
         case Kind::SwitchDissociate:
-            return model.dissociate(place.switchId);
+            return model.dataPaths.dissociate(place.switchId);
         case Kind::SwitchRemove:
-            return model.removeSwitch(place.switchId);
+            return model.dataPaths.removeSwitch(place.switchId);
         case Kind::PortAdd:
             return addPort(request, model);
         case Kind::PortRemove:
-            return model.removePort(place.switchId, place.portId);
+            return model.dataPaths.removePort(place.switchId, place.portId);
         default:
             return Status::Failure;
     }
@@ -149,17 +150,17 @@ StateAnswer execute(const StateRequest &request, Kernel &kernel) try {
     StateAnswer answer;
     answer.hasValue = readsValue(request.kind);
     if (request.kind == Kind::StateGet) {
-        kernel.model.lookAtAll();
+        lookAtAll(kernel.model);
         answer.blob = kernel.snapshot.get();
         if (answer.blob.owner == nullptr) answer.status = Status::NoMemory;
     } else if (request.kind == Kind::PropGet) {
-        kernel.model.look(request.place, request.key);
+        lookAt(kernel.model, request.place, request.key);
         // However many clients ask for a large value, and take their time to read it, there is one of it.
-        const PropertyRef stored = kernel.model.sharedProperty(request.place, request.key);
+        const PropertyRef stored = kernel.model.properties.stored(request.place, request.key);
         if (stored != nullptr && stored->value.size() >= kShared) {
             answer.blob = {stored, stored->value};
         } else {
-            answer.status = kernel.model.property(request.place, request.key, &answer.value);
+            answer.status = kernel.model.properties.get(request.place, request.key, &answer.value);
         }
     } else {
         answer.status = change(request, kernel.model);

@@ -61,13 +61,13 @@ std::string packMtus(uint32_t most) {
 
 }  // namespace
 
-HealthCheck::HealthCheck(const Model &model, const Switch &sw) {
+HealthCheck::HealthCheck(const Inventory &inventory, const Switch &sw) {
     constexpr size_t kDeployment = 5;  // u8 enabled, u32 minutes
     const Property *deployment = sw.global.find(kCheckDeployKey);
     deployed_ = sw.portset != nullptr && deployment != nullptr && deployment->value.size() == kDeployment &&
                 deployment->value[0] != 0;
     if (!deployed_) return;
-    for (const Nic *nic : model.boundNics(sw)) {
+    for (const Nic *nic : inventory.boundNics(sw)) {
         if (nic->up()) mtu_ = mtu_ == 0 ? nic->mtu : std::min(mtu_, nic->mtu);
     }
 }
@@ -79,9 +79,9 @@ std::optional<HealthCheck::Results> HealthCheck::resultsOf(const Port &port) con
     return Results{mtu_ != 0 ? packResult(vlans, {}) : packResult({}, vlans), packMtus(mtu_)};
 }
 
-std::optional<std::string> checkResult(const Model &model, const Port &port, std::string_view key) {
+std::optional<std::string> checkResult(const Inventory &inventory, const Port &port, std::string_view key) {
     if (key != kVlanResultKey && key != kMtuResultKey) return std::nullopt;
-    const auto results = HealthCheck(model, *port.owner).resultsOf(port);
+    const auto results = HealthCheck(inventory, *port.owner).resultsOf(port);
     if (!results) return std::nullopt;
     return key == kVlanResultKey ? results->vlan : results->mtu;
 }

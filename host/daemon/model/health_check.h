@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "daemon/model/model.h"
+#include "daemon/model/inventory.h"
 
 namespace qvs::kernel {
 
@@ -16,7 +16,7 @@ constexpr char kMtuResultKey[] = "com.quillon.common.port.volatile.mtuchkresult"
 // One look at the switch and its uplinks; to be asked about as many ports as wanted, before the next change.
 class HealthCheck {
   public:
-    HealthCheck(const Model &model, const Switch &sw);
+    HealthCheck(const Inventory &inventory, const Switch &sw);
 
     // The results of a port, nothing for a port that has none: its VLAN policy names no VLAN, or the check is
     // not deployed.
@@ -32,6 +32,6 @@ class HealthCheck {
 };
 
 // The result with this key as the kernel has it; nothing for any other key.
-std::optional<std::string> checkResult(const Model &model, const Port &port, std::string_view key);
+std::optional<std::string> checkResult(const Inventory &inventory, const Port &port, std::string_view key);
 
 }  // namespace qvs::kernel

@@ -31,7 +31,7 @@ class Snapshot::Builder {
 
     // False when the state does not fit.
     bool addAll() {
-        for (const auto &[row, sw] : model_.switches()) {
+        for (const auto &[row, sw] : model_.inventory.switches()) {
             add(*sw);
             if (size_ >= kMaxBytes) return false;
         }
@@ -40,13 +40,13 @@ class Snapshot::Builder {
     }
 
     // False when so much has become useless that everything had better be built anew.
-    bool replace(const Model::Touched &touched) {
+    bool replace(const Changes::Touched &touched) {
         for (const Switch *sw : touched.switches) {
             const auto [globals, hosts] = switchLists(*sw);
             writer_.replaceSwitch(sw->snapshotIndex, globals, hosts);
         }
         for (const Port *port : touched.ports) {
-            const HealthCheck check(model_, *port->owner);
+            const HealthCheck check(model_.inventory, *port->owner);
             writer_.replacePort(port->snapshotIndex, portList(*port, check));
         }
         return size_ < kMaxBytes && size_ - usefulSize_ <= usefulSize_ / 4 + kAlwaysTolerated;
@@ -64,7 +64,7 @@ class Snapshot::Builder {
         const auto [globals, hosts] = switchLists(sw);
         sw.snapshotIndex = writer_.switchCount();
         writer_.addSwitch(sw.id, sw.className, sw.maxPorts, sw.version, globals, hosts);
-        const HealthCheck check(model_, sw);
+        const HealthCheck check(model_.inventory, sw);
         std::vector<const Port *> ports;
         ports.reserve(sw.ports.size());
         for (const auto &[number, port] : sw.ports)
@@ -189,9 +189,9 @@ Snapshot::Snapshot(Model &model) : model_(model) {}
 Snapshot::~Snapshot() = default;
 
 const Blob &Snapshot::get() {
-    if (generation_ == model_.generation()) return blob_;
+    if (generation_ == model_.changes.generation()) return blob_;
     outdated_ = std::exchange(blob_, {});
-    generation_ = model_.generation();
+    generation_ = model_.changes.generation();
     if (!update()) return blob_;
     const auto stored = std::make_shared<const Stored>(builder_->finish());
     blob_ = {stored, stored->bytes(), stored->file};
@@ -199,7 +199,7 @@ const Blob &Snapshot::get() {
 }
 
 bool Snapshot::update() {
-    const Model::Touched touched = model_.takeTouched();
+    const Changes::Touched touched = model_.changes.take();
     if (builder_ != nullptr && !touched.anything && builder_->replace(touched)) return true;
     builder_ = std::make_unique<Builder>(model_, generation_);
     if (builder_->addAll()) return true;

@@ -1,26 +1,33 @@
 // Which physical NIC serves which uplink port, and the NICs themselves.
-#include <algorithm>
+#include "daemon/model/uplinks.h"
 
-#include "daemon/model/model.h"
+#include <algorithm>
+#include <unordered_set>
 
 namespace qvs::kernel {
 
-void Switch::setUplinks(std::vector<std::string> names) {
-    uplinks = std::move(names);
-    uplinkSet = {uplinks.begin(), uplinks.end()};
+namespace {
+
+uint32_t numberOf(const Switch &sw, std::string_view portId) {
+    const Port *port = sw.port(portId);
+    return port == nullptr ? 0u : port->number;
 }
 
-Model::FindNumber Model::numbersOf(const Switch &sw) {
-    return [&sw](std::string_view portId) {
-        const Port *port = sw.port(portId);
-        return port == nullptr ? 0u : port->number;
-    };
+}  // namespace
+
+Bindings Uplinks::plan(const Switch &sw, const std::vector<std::string> &uplinks) const {
+    return plan(sw, uplinks, [&](std::string_view name) { return numberOf(sw, name); });
+}
+
+Bindings Uplinks::planWith(const Switch &sw, std::string_view portId, uint32_t number) const {
+    return plan(sw, sw.uplinks,
+                [&](std::string_view name) { return name == portId ? number : numberOf(sw, name); });
 }
 
 // Listed ports that exist get free NICs in order. A port that has one keeps it; what is no longer listed
 // gives its NIC back, and such NICs are free again at once.
-Model::Bindings Model::planBindings(const Switch &sw, const std::vector<std::string> &uplinks,
-                                    const FindNumber &find) const {
+Bindings Uplinks::plan(const Switch &sw, const std::vector<std::string> &uplinks,
+                       const FindNumber &find) const {
     std::vector<uint32_t> waiting;
     std::unordered_set<uint32_t> listed;
     for (const std::string &name : uplinks) {
@@ -28,14 +35,14 @@ Model::Bindings Model::planBindings(const Switch &sw, const std::vector<std::str
         if (number != 0 && listed.insert(number).second) waiting.push_back(number);
     }
     std::unordered_set<uint32_t> served;
-    for (const auto &nic : nics_) {
+    for (const auto &nic : inventory_.nics()) {
         if (nic->port != nullptr && listed.contains(nic->port->number)) served.insert(nic->port->number);
     }
     std::erase_if(waiting, [&](uint32_t number) { return served.contains(number); });
 
     Bindings bindings;
     auto next = waiting.begin();
-    for (const auto &nic : nics_) {
+    for (const auto &nic : inventory_.nics()) {
         const bool released =
             nic->port != nullptr && nic->port->owner == &sw && !listed.contains(nic->port->number);
         const bool available = nic->port == nullptr || released;
@@ -48,55 +55,45 @@ Model::Bindings Model::planBindings(const Switch &sw, const std::vector<std::str
     return bindings;
 }
 
-void Model::storeBindings(const Bindings &bindings) {
+void Uplinks::store(const Bindings &bindings) {
     for (const auto &[nic, number] : bindings) {
         storeNic(*nic, *nic, number);
-        if (nic->port != nullptr) storeStatusReturn(*nic->port);
-        if (const Port *port = findPort(number); port != nullptr) storeStatusReturn(*port);
+        if (nic->port != nullptr) storeStatusReturn(store_, *nic->port);
+        if (const Port *port = inventory_.findPort(number)) storeStatusReturn(store_, *port);
     }
 }
 
-void Model::applyBindings(const Bindings &bindings) {
+void Uplinks::apply(const Bindings &bindings) {
     for (const auto &[nic, number] : bindings) {
         if (nic->port == nullptr) continue;
         nic->port->nic = nullptr;
-        applyStatusReturn(*nic->port);
+        nic->port->returnStatus();
         nic->port = nullptr;
     }
     for (const auto &[nic, number] : bindings) {
-        Port *port = findPort(number);
+        Port *port = inventory_.findPort(number);
         if (port == nullptr) continue;
         nic->port = port;
         port->nic = nic;
-        applyStatusReturn(*port);
+        port->returnStatus();
     }
 }
 
-std::vector<const Nic *> Model::boundNics(const Switch &sw) const {
-    std::vector<const Nic *> bound;
-    for (const auto &nic : nics_) {
-        if (nic->port != nullptr && nic->port->owner == &sw) bound.push_back(nic.get());
-    }
-    const auto place = [&](const Nic *nic) {
-        return std::find(sw.uplinks.begin(), sw.uplinks.end(), nic->port->id);
-    };
-    std::sort(bound.begin(), bound.end(), [&](const Nic *a, const Nic *b) { return place(a) < place(b); });
-    return bound;
-}
-
-void Model::storeNic(const Nic &nic, const Nic &to, uint32_t port) {
+void Uplinks::storeNic(const Nic &nic, const Nic &to, uint32_t port) {
+    const auto &nics = inventory_.nics();
     const auto at =
-        std::find_if(nics_.begin(), nics_.end(), [&](const auto &known) { return known.get() == &nic; });
-    const std::string_view mac(reinterpret_cast<const char *>(to.mac.data()), to.mac.size());
-    store_.run(Sql::SetNic, int64_t{at - nics_.begin()}, to.link, to.admin, to.speedMbps, to.mtu, mac, port);
+        std::find_if(nics.begin(), nics.end(), [&](const auto &known) { return known.get() == &nic; });
+    store_.run(Sql::SetNic, int64_t{at - nics.begin()}, to.link, to.admin, to.speedMbps, to.mtu,
+               bytesOf(to.mac), port);
 }
 
-Status Model::setNic(Nic &nic, const Nic &to) {
-    if (to.mtu < kMinMtu || to.mtu > kMaxMtu) return Status::BadParameter;
-    const bool flips = nic.port != nullptr && nic.up() != to.up();
+Status Uplinks::setNic(Nic &nic, const Nic &to) {
+    if (!isMtu(to.mtu)) return Status::BadParameter;
+    Port *port = nic.port;
+    const bool flips = port != nullptr && nic.up() != to.up();
     Transaction transaction(store_);
-    storeNic(nic, to, nic.port == nullptr ? 0 : nic.port->number);
-    if (flips) storeStatusReturn(*nic.port);
+    storeNic(nic, to, port == nullptr ? 0 : port->number);
+    if (flips) storeStatusReturn(store_, *port);
     transaction.commit();
 
     nic.link = to.link;
@@ -104,33 +101,38 @@ Status Model::setNic(Nic &nic, const Nic &to) {
     nic.speedMbps = to.speedMbps;
     nic.mtu = to.mtu;
     nic.mac = to.mac;
-    if (flips) applyStatusReturn(*nic.port);
-    changed();
+    if (flips) port->returnStatus();
+    changes_.all();
     return Status::Ok;
 }
 
-Status Model::addNic(const Nic &nic) {
-    if (nic.name.empty() || nic.name.size() > kMaxNicName || nic.name.find('/') != std::string::npos ||
-        nic.name.find('\0') != std::string::npos || nic.mtu < kMinMtu || nic.mtu > kMaxMtu) {
-        return Status::BadParameter;
-    }
-    if (findNic(nic.name) != nullptr) return Status::Exists;
-    const std::string_view mac(reinterpret_cast<const char *>(nic.mac.data()), nic.mac.size());
+Status Uplinks::addNic(const Nic &nic) {
+    if (!isNodeName(nic.name, kMaxNicName) || !isMtu(nic.mtu)) return Status::BadParameter;
+    if (inventory_.findNic(nic.name) != nullptr) return Status::Exists;
     Transaction transaction(store_);
-    store_.run(Sql::AddNic, static_cast<int64_t>(nics_.size()), std::string_view(nic.name), nic.link,
-               nic.admin, nic.speedMbps, nic.mtu, mac, 0u);
+    store_.run(Sql::AddNic, static_cast<int64_t>(inventory_.nics().size()), std::string_view(nic.name),
+               nic.link, nic.admin, nic.speedMbps, nic.mtu, bytesOf(nic.mac), 0u);
     transaction.commit();
-    nics_.push_back(std::make_unique<Nic>(nic));
-    changed();
+    inventory_.insert(std::make_unique<Nic>(nic));
+    changes_.all();
     return Status::Ok;
 }
 
-void Model::clearNics() {
+void Uplinks::clearNics() {
     Transaction transaction(store_);
     store_.run(Sql::ClearNics);
     transaction.commit();
-    nics_.clear();
-    changed();
+    inventory_.clearNics();
+    changes_.all();
+}
+
+void storeStatusReturn(Store &store, const Port &port) {
+    if (port.statusFrom == Port::StatusFrom::Client)
+        store.run(Sql::DropPortProperty, port.number, std::string_view(kPortStatusKey));
+}
+
+std::string_view bytesOf(const std::array<uint8_t, 6> &mac) {
+    return {reinterpret_cast<const char *>(mac.data()), mac.size()};
 }
 
 }  // namespace qvs::kernel

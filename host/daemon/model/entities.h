@@ -1,0 +1,141 @@
+// What the emulated kernel has: switches, their ports, portsets and physical NICs.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <memory_resource>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "daemon/model/property.h"
+#include "wire/protocol.h"
+
+namespace qvs::kernel {
+
+using wire::Scope;
+
+constexpr char kAliasKey[] = "com.quillon.common.alias";
+constexpr char kPortsetKey[] = "com.quillon.common.host.portset";
+constexpr char kUplinkPortsKey[] = "com.quillon.common.host.uplinkPorts";
+constexpr char kPortBlockKey[] = "com.quillon.common.port.block";
+constexpr char kPortStatusKey[] = "com.quillon.common.port.volatile.status";
+constexpr char kStatisticsKey[] = "com.quillon.common.port.statistics";
+constexpr char kPortVlanKey[] = "com.quillon.vswitch.port.vlan";
+constexpr char kConnectIdKey[] = "com.quillon.common.port.connectid";
+constexpr size_t kMaxSwitchId = 63;
+constexpr size_t kMaxPortId = 47;
+constexpr size_t kMaxPortsetName = 127;
+constexpr size_t kMaxNicName = 31;
+constexpr size_t kMaxAlias = 80;
+constexpr uint32_t kMinMtu = 1280;
+constexpr uint32_t kMaxMtu = 9000;
+constexpr uint32_t kDefaultMtu = 1500;
+
+// Flags of the status property and of port records.
+constexpr uint32_t kPortInUse = 1;
+constexpr uint32_t kPortLinkUp = 2;
+constexpr uint32_t kPortBlocked = 4;
+
+struct Switch;
+struct Port;
+
+struct Nic {
+    std::string name;
+    bool link = true;
+    bool admin = true;
+    uint32_t speedMbps = 10000;
+    uint32_t mtu = kDefaultMtu;
+    std::array<uint8_t, 6> mac{};
+    Port *port = nullptr;  // the uplink port it is bound to
+
+    bool up() const { return link && admin; }
+};
+
+struct Portset {
+    uint32_t number = 0;
+    std::string name;
+    uint32_t capacity = 0;
+    uint32_t mtu = kDefaultMtu;
+    Switch *owner = nullptr;
+};
+
+struct Port {
+    // Who answers for the status property: the kernel, until a client sets or clears it, and again from the
+    // next change of the port's state on.
+    enum class StatusFrom { Kernel, Client };
+
+    uint32_t number = 0;
+    Switch *owner = nullptr;
+    std::string id;
+    PropertyList properties;  // changed by set and clear below
+    bool blocked = false;     // as one of them says
+    std::string client;
+    bool clientLink = false;
+    StatusFrom statusFrom = StatusFrom::Kernel;
+    bool changed = false;  // has rows of its own among the stored properties
+    const Nic *nic = nullptr;
+    mutable uint32_t snapshotIndex = 0;  // where the snapshot has put it
+
+    void set(PropertyRef property);
+    void clear(std::string_view key);
+    bool inUse() const { return nic != nullptr || !client.empty(); }
+    bool linkUp() const { return nic != nullptr ? nic->up() : !client.empty() && clientLink; }
+    std::string_view clientName() const { return nic != nullptr ? nic->name : client; }
+    uint32_t flags() const;
+    // The value of the status property as the kernel has it; it is not among `properties` then.
+    std::string statusRecord() const;
+    // From now on the kernel answers for the status property again.
+    void returnStatus();
+};
+
+struct Switch {
+    int64_t row = 0;
+    std::string id;
+    std::string className;
+    uint32_t maxPorts = 0;
+    uint32_t version = 0;
+    PropertyList global;
+    PropertyList host;
+    Portset *portset = nullptr;                   // while associated
+    std::pmr::unsynchronized_pool_resource pool;  // keeps what a walk over the ports visits together
+    std::pmr::map<uint32_t, std::unique_ptr<Port>> ports{&pool};  // by number: in the order of their creation
+    std::unordered_map<std::string_view, Port *> portsById;
+    // The entries of the uplink list, in order and for look-up.
+    std::vector<std::string> uplinks;
+    std::unordered_set<std::string> uplinkSet;
+    mutable uint32_t snapshotIndex = 0;
+
+    void setUplinks(std::vector<std::string> names);
+    Port *port(std::string_view portId) const;
+    std::string_view alias() const { return global.text(kAliasKey); }
+    PropertyList &properties(Scope scope) { return scope == Scope::Global ? global : host; }
+    const PropertyList &properties(Scope scope) const { return scope == Scope::Global ? global : host; }
+};
+
+// What can be the name of something: so long at most, without NUL. Names in the shell's tree have no slash.
+inline bool isName(std::string_view name, size_t maximum) {
+    return !name.empty() && name.size() <= maximum && name.find('\0') == std::string_view::npos;
+}
+inline bool isNodeName(std::string_view name, size_t maximum) {
+    return isName(name, maximum) && name.find('/') == std::string_view::npos;
+}
+inline bool isMtu(uint32_t mtu) {
+    return mtu >= kMinMtu && mtu <= kMaxMtu;
+}
+
+// Where a property lives.
+struct Place {
+    Scope scope = Scope::Global;
+    std::string_view switchId;
+    std::string_view portId;
+};
+
+// The names in the host's uplink list: u32 count, then 48-byte names.
+std::vector<std::string> parseUplinkPorts(std::string_view value);
+
+}  // namespace qvs::kernel

@@ -1,0 +1,141 @@
+// The inventory read from the store.
+#include <cstring>
+
+#include <fmt/format.h>
+
+#include "daemon/model/model.h"
+#include "daemon/model/stored_properties.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+class Loader {
+  public:
+    Loader(Store &store, Inventory &inventory) : store_(store), inventory_(inventory) {}
+
+    void load() {
+        // One list after the other: each refers to those before it.
+        each(Sql::AllPortsets, &Loader::addPortset);
+        each(Sql::AllSwitches, &Loader::addSwitch);
+        each(Sql::AllSwitchProperties, &Loader::addSwitchProperty);
+        for (const auto &[row, sw] : inventory_.switches()) {
+            inventory_.insertAlias(*sw);
+            if (const Property *list = sw->host.find(kUplinkPortsKey))
+                sw->setUplinks(parseUplinkPorts(list->value));
+        }
+        store_.each(Sql::GetNextPort, [this](const Row &row) { inventory_.keepFrom(row.u32(0)); });
+        each(Sql::AllPorts, &Loader::addPort);
+        each(Sql::AllPortProperties, &Loader::changePortProperty);
+        each(Sql::AllNics, &Loader::addNic);
+    }
+
+  private:
+    void each(Sql sql, void (Loader::*add)(const Row &)) {
+        store_.each(sql, [&](const Row &row) { (this->*add)(row); });
+    }
+
+    // What a row refers to, which has to be there.
+    template <typename Entity, typename Id>
+    Entity &require(Entity *found, const char *complaint, const Id &id) {
+        if (found == nullptr) refuseDamaged(store_, fmt::format(fmt::runtime(complaint), id));
+        return *found;
+    }
+    template <typename Number, typename Entity>
+    static Entity *find(const std::map<Number, std::unique_ptr<Entity>> &entities, Number number) {
+        const auto found = entities.find(number);
+        return found == entities.end() ? nullptr : found->second.get();
+    }
+
+    void addPortset(const Row &row) {
+        auto portset = std::make_unique<Portset>();
+        portset->number = row.u32(0);
+        portset->name = row.text(1);
+        portset->capacity = row.u32(2);
+        portset->mtu = row.u32(3);
+        inventory_.insert(std::move(portset));
+    }
+
+    void addSwitch(const Row &row) {
+        auto sw = std::make_unique<Switch>();
+        sw->row = row.integer(0);
+        sw->id = row.text(1);
+        sw->className = row.text(2);
+        sw->maxPorts = row.u32(3);
+        sw->version = row.u32(4);
+        if (const uint32_t number = row.u32(5); number != 0) {
+            sw->portset = &require(find(inventory_.portsets(), number), "portset {} is missing", number);
+            sw->portset->owner = sw.get();
+        }
+        inventory_.insert(std::move(sw));
+    }
+
+    void addSwitchProperty(const Row &row) {
+        Switch &sw =
+            require(find(inventory_.switches(), row.integer(0)), "switch {} is missing", row.integer(0));
+        sw.properties(static_cast<Scope>(row.u32(1)))
+            .set(inventory_.properties.intern({row.bytes(2), row.bytes(3), row.u32(4)}));
+    }
+
+    void addPort(const Row &row) {
+        const uint32_t number = row.u32(0);
+        if (owner_ == nullptr || owner_->row != row.integer(1)) {
+            owner_ = &require(find(inventory_.switches(), row.integer(1)), "port {:#x} belongs to no switch",
+                              number);
+        }
+        Port &port = inventory_.insertPort(*owner_, number, row.bytes(2));
+        port.client = row.text(3);
+        port.clientLink = row.integer(4) != 0;
+        const bool whole = unpackStored(row.bytes(5), [&](const PropertyView &property) {
+            if (property.key != kPortStatusKey) port.set(inventory_.properties.intern(property));
+        });
+        if (!whole) refuseDamaged(store_, fmt::format("the properties of port {:#x} are damaged", number));
+    }
+
+    void changePortProperty(const Row &row) {
+        Port &port = require(inventory_.findPort(row.u32(0)), "port {:#x} is missing", row.u32(0));
+        const std::string_view key = row.bytes(1);
+        port.changed = true;
+        if (key == kPortStatusKey) port.statusFrom = Port::StatusFrom::Client;
+        if (row.null(2)) {
+            port.clear(key);
+        } else {
+            // The key is passed on before the value's column is read, and both stay valid for this row.
+            port.set(inventory_.properties.intern({key, row.bytes(2), row.u32(3)}));
+        }
+    }
+
+    void addNic(const Row &row) {
+        auto nic = std::make_unique<Nic>();
+        nic->name = row.text(0);
+        nic->link = row.integer(1) != 0;
+        nic->admin = row.integer(2) != 0;
+        nic->speedMbps = row.u32(3);
+        nic->mtu = row.u32(4);
+        const std::string_view mac = row.bytes(5);
+        if (mac.size() != nic->mac.size())
+            refuseDamaged(store_, fmt::format("the address of NIC {}", nic->name));
+        std::memcpy(nic->mac.data(), mac.data(), mac.size());
+        if (const uint32_t number = row.u32(6); number != 0) {
+            nic->port = &require(inventory_.findPort(number), "NIC {} serves no port", nic->name);
+            nic->port->nic = nic.get();
+        }
+        inventory_.insert(std::move(nic));
+    }
+
+    Store &store_;
+    Inventory &inventory_;
+    Switch *owner_ = nullptr;  // of the last port
+};
+
+}  // namespace
+
+void refuseDamaged(const Store &store, const std::string &what) {
+    store.refuse("the database is inconsistent: " + what);
+}
+
+void loadInventory(Store &store, Inventory *inventory) {
+    Loader(store, *inventory).load();
+}
+
+}  // namespace qvs::kernel
