@@ -1,0 +1,159 @@
+// The dialogue of a request: the emulated kernel reads and writes this program's memory until it answers.
+#include "preload/dialogue.h"
+
+#include <sys/mman.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace qvs::preload {
+namespace {
+
+using wire::Head;
+using wire::Kind;
+using wire::receiveAll;
+using wire::sendAll;
+
+// Memory for one piece of data: on the stack when it is small, mapped when it is not.
+class Scratch {
+  public:
+    explicit Scratch(size_t size) : size_(size) {
+        if (size_ <= sizeof small_) return;
+        void *mapped = mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        data_ = mapped == MAP_FAILED ? nullptr : mapped;
+    }
+    ~Scratch() {
+        if (data_ != nullptr && data_ != small_) munmap(data_, size_);
+    }
+    Scratch(const Scratch &) = delete;
+    Scratch &operator=(const Scratch &) = delete;
+
+    void *data() { return data_; }
+
+  private:
+    char small_[2048];
+    void *data_ = small_;
+    size_t size_;
+};
+
+// The kernel names the program's memory by number.
+void *pointer(uint64_t address) {
+    return reinterpret_cast<void *>(address);  // NOLINT(performance-no-int-to-ptr)
+}
+
+// Copies like the kernel does: an address that cannot be read is an error, not a crash. A sandbox may forbid
+// the call; a plain copy then serves every program that passes good addresses.
+int copyFromProgram(void *target, uint64_t address, size_t size) {
+    auto *bytes = static_cast<char *>(target);
+    while (size != 0) {
+        const iovec local = {bytes, size};
+        const iovec remote = {pointer(address), size};
+        const ssize_t copied = process_vm_readv(getpid(), &local, 1, &remote, 1, 0);
+        if (copied < 0 && (errno == EPERM || errno == ENOSYS)) {
+            memcpy(bytes, remote.iov_base, size);
+            return 0;
+        }
+        if (copied <= 0) return EFAULT;
+        bytes += copied;
+        address += static_cast<uint64_t>(copied);
+        size -= static_cast<size_t>(copied);
+    }
+    return 0;
+}
+
+bool sendCopied(int descriptor, uint32_t error, void *data, uint32_t size) {
+    struct {
+        Head head;
+        uint32_t error;
+        uint32_t size;
+    } message = {{size + 8, static_cast<uint32_t>(Kind::Copied)}, error, size};
+    iovec parts[] = {{&message, sizeof message}, {data, size}};
+    return sendAll(descriptor, parts, 2);
+}
+
+// The kernel reads the program's memory.
+bool serveCopyIn(int descriptor, uint32_t payload) {
+    struct __attribute__((packed)) {
+        uint64_t address;
+        uint32_t size;
+    } wanted;
+    if (payload != sizeof wanted || !receiveAll(descriptor, &wanted, sizeof wanted)) return false;
+    if (wanted.size > wire::kMaxRequest) return sendCopied(descriptor, EFAULT, nullptr, 0);
+    Scratch scratch(wanted.size);
+    if (scratch.data() == nullptr) return sendCopied(descriptor, ENOMEM, nullptr, 0);
+    const int error = copyFromProgram(scratch.data(), wanted.address, wanted.size);
+    if (error != 0) return sendCopied(descriptor, static_cast<uint32_t>(error), nullptr, 0);
+    return sendCopied(descriptor, 0, scratch.data(), wanted.size);
+}
+
+// The kernel writes the program's memory: straight from the socket, which fails with EFAULT where a copy by
+// the kernel would, and leaves what it could not deliver to be read.
+bool serveCopyOut(int descriptor, uint32_t payload) {
+    struct __attribute__((packed)) {
+        uint64_t address;
+        uint32_t size;
+    } given;
+    if (payload < sizeof given || !receiveAll(descriptor, &given, sizeof given)) return false;
+    if (given.size != payload - sizeof given) return false;
+
+    uint64_t address = given.address;
+    uint32_t left = given.size;
+    uint32_t error = 0;
+    while (left != 0) {
+        char discarded[2048];
+        const size_t most = error != 0 && left > sizeof discarded ? sizeof discarded : left;
+        void *target = error == 0 ? pointer(address) : discarded;
+        const size_t received = wire::receiveSome(descriptor, target, most);
+        if (received == 0 && (errno != EFAULT || error != 0)) return false;
+        if (received == 0) error = EFAULT;
+        address += received;
+        left -= static_cast<uint32_t>(received);
+    }
+    return sendCopied(descriptor, error, nullptr, 0);
+}
+
+}  // namespace
+
+bool receiveHead(int descriptor, Head *head, wire::LongerWait *wait) {
+    for (;;) {
+        if (!receiveAll(descriptor, head, sizeof *head)) return false;
+        if (head->kind != static_cast<uint32_t>(Kind::Delay)) return true;
+        uint32_t milliseconds = 0;
+        if (head->length != sizeof milliseconds ||
+            !receiveAll(descriptor, &milliseconds, sizeof milliseconds))
+            return false;
+        wait->extend(milliseconds);
+    }
+}
+
+bool converse(int descriptor, int *result, int *error) {
+    wire::LongerWait wait(&descriptor);
+    for (;;) {
+        Head head;
+        if (!receiveHead(descriptor, &head, &wait)) return false;
+        bool good = false;
+        switch (static_cast<Kind>(head.kind)) {
+            case Kind::CopyIn:
+                good = serveCopyIn(descriptor, head.length);
+                break;
+            case Kind::CopyOut:
+                good = serveCopyOut(descriptor, head.length);
+                break;
+            case Kind::Reply: {
+                int32_t answer[2];
+                if (head.length != sizeof answer || !receiveAll(descriptor, answer, sizeof answer))
+                    return false;
+                *result = answer[0];
+                *error = answer[1];
+                return true;
+            }
+            default:
+                break;
+        }
+        if (!good) return false;
+    }
+}
+
+}  // namespace qvs::preload
