@@ -1,71 +1,45 @@
-// Messages of a client, and the requests that are one message and one reply.
+// Serving a client: its requests, and those that are one message and one reply.
 #include "daemon/front/connection.h"
-#include "daemon/model/text.h"
 
-#include <sys/socket.h>
-
-#include <algorithm>
-#include <array>
 #include <csignal>
-#include <cstring>
 
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
-#include <asio/buffer.hpp>
-#include <asio/write.hpp>
 
 #include "daemon/front/control.h"
 #include "daemon/front/state_requests.h"
+#include "daemon/model/text.h"
 
 namespace qvs::kernel {
 
 namespace {
 
-constexpr size_t kChunk = 16 << 10;
-// Memory beyond this is given back once it is not needed.
-constexpr size_t kKept = 1 << 20;
-
 std::string traceLine(std::string_view line) {
     return std::string(wire::Writer(wire::Kind::TraceLine).text(line).bytes());
-}
-
-void giveBack(std::string *buffer) {
-    if (buffer->capacity() > kKept) std::string().swap(*buffer);
 }
 
 }  // namespace
 
 Connection::Connection(Socket socket, Server &server)
-    : socket_(std::move(socket)),
-      server_(server),
+    : Channel(std::move(socket), server),
       timer_(server.io()),
-      chunk_(kChunk),
       lines_(traceLine, server.kernel().trace.droppedCounter()) {}
 
-template <typename Work>
-void Connection::guarded(const Work &work) {
-    try {
-        work();
-    } catch (const std::exception &error) {
-        answerFailure(error);
-    }
+std::shared_ptr<Connection> Connection::self() {
+    return std::static_pointer_cast<Connection>(shared_from_this());
 }
 
-void Connection::start() {
-    guarded([this] { next(); });
-}
-
-// In the middle of a message, or when the answer was on its way, there is nothing left to say.
-void Connection::answerFailure(const std::exception &error) try {
+bool Connection::answerFailure(const std::exception &error, bool between) {
     const Kind kind = std::exchange(request_, Kind::Reply);
     spdlog::error("a request of kind {} failed: {}", static_cast<uint32_t>(kind), error.what());
     copied_ = {};
+    if (!between) return false;
     wire::Writer reply(Kind::Reply);
-    if (isSending_ || isReceiving_) return drop("its request failed");
     if (isStateRequest(kind)) {
-        reply.u32(static_cast<uint32_t>(Status::Failure));
-        if (kind == Kind::StateGet || kind == Kind::PropGet) reply.text("");
-    } else if (kind == Kind::DeviceOpen) {
+        replyState(failedState(kind, Status::Failure), false);
+        return true;
+    }
+    if (kind == Kind::DeviceOpen) {
         reply.u32(EIO);
     } else if (kind == Kind::DeviceIoctl) {
         reply.i32(-1).u32(EIO);
@@ -74,47 +48,14 @@ void Connection::answerFailure(const std::exception &error) try {
     } else if (kind == Kind::Control) {
         reply.text(R"({"ok":false,"error":"the host could not carry this out; see its log"})");
     } else {
-        return drop("its request failed");
+        return false;
     }
     send(std::move(reply));
-} catch (const std::exception &again) {
-    drop(again.what());
+    return true;
 }
 
-void Connection::weigh() {
-    server_.weigh(shared_from_this(), received_.capacity() + sending_.capacity() + dialogue_);
-}
-
-void Connection::next() {
-    wire::Head head;
-    const size_t available = received_.size() - taken_;
-    if (available < sizeof head) return receiveMore();
-    std::memcpy(&head, received_.data() + taken_, sizeof head);
-    if (head.length > wire::kMaxRequest) return drop(fmt::format("a message of {} bytes", head.length));
-    if (available < sizeof head + head.length) return receiveMore();
-    isReceiving_ = false;
-    const size_t begin = taken_ + sizeof head;
-    taken_ = begin + head.length;
-    if (!copied_) request_ = static_cast<Kind>(head.kind);
-    handle(static_cast<Kind>(head.kind), received_.substr(begin, head.length));
-}
-
-void Connection::receiveMore() {
-    received_.erase(0, std::exchange(taken_, 0));
-    if (received_.empty()) giveBack(&received_);
-    weigh();
-    isReceiving_ = true;
-    socket_.async_read_some(asio::buffer(chunk_),
-                            [self = shared_from_this()](const asio::error_code &error, size_t size) {
-                                if (error) return self->ended();
-                                self->guarded([&] {
-                                    self->received_.append(self->chunk_.data(), size);
-                                    self->next();
-                                });
-                            });
-}
-
-void Connection::handle(Kind kind, const std::string &payload) {
+void Connection::handle(Kind kind, std::string payload) {
+    if (!copied_) request_ = kind;
     if (copied_) {
         wire::Reader reader(payload);
         const auto error = static_cast<int>(reader.u32());
@@ -126,7 +67,7 @@ void Connection::handle(Kind kind, const std::string &payload) {
         return std::exchange(copied_, {})(error, data);
     }
     if (follower_) return drop("a request of a client that follows the trace");
-    if (isStateRequest(kind)) return serveState(kind, payload);
+    if (isStateRequest(kind)) return serveState(kind, std::move(payload));
     switch (kind) {
         case Kind::DeviceOpen:
             return serveOpen(payload);
@@ -148,10 +89,8 @@ void Connection::handle(Kind kind, const std::string &payload) {
 }
 
 void Connection::ended() {
-    if (received_.size() != taken_) spdlog::info("client left in the middle of a message");
     // It holds the connection.
     copied_ = {};
-    server_.weigh(shared_from_this(), 0);
     if (device_ != nullptr) {
         if (kernel().trace.active())
             kernel().trace.write(fmt::format("device close {}", quote(device_->path)));
@@ -167,63 +106,6 @@ void Connection::ended() {
     }
 }
 
-void Connection::drop(std::string_view reason) {
-    spdlog::info("connection closed: {}", reason);
-    received_.clear();
-    taken_ = 0;
-    // First of all: nothing that follows is to be taken for an answer.
-    asio::error_code ignored;
-    socket_.close(ignored);
-    ended();
-}
-
-void Connection::send(wire::Writer message, std::function<void()> then) {
-    sendParts(std::string(message.bytes()), {}, std::move(then));
-}
-
-void Connection::sendParts(std::string message, Blob tail, std::function<void()> then) {
-    sending_ = std::move(message);
-    sendingTail_ = std::move(tail);
-    isSending_ = true;
-    // What the next request needs is there soon enough.
-    if (received_.size() == taken_) {
-        received_.clear();
-        taken_ = 0;
-        giveBack(&received_);
-    }
-    weigh();
-    const std::array<asio::const_buffer, 2> parts = {
-        asio::buffer(sending_), asio::buffer(sendingTail_.bytes.data(), sendingTail_.bytes.size())};
-    asio::async_write(
-        socket_, parts,
-        [self = shared_from_this(), then = std::move(then)](const asio::error_code &error, size_t) {
-            self->isSending_ = false;
-            self->sendingTail_ = {};
-            giveBack(&self->sending_);
-            if (error) return self->ended();
-            self->guarded([&] { then ? then() : self->next(); });
-        });
-}
-
-// A client that has its answers read has room for so short a message; one that has not gets the long form.
-bool Connection::sendFile(wire::Writer &message, int file) {
-    const std::string_view bytes = message.bytes();
-    iovec part = {const_cast<char *>(bytes.data()), bytes.size()};
-    alignas(cmsghdr) char control[CMSG_SPACE(sizeof file)] = {};
-    msghdr header = {};
-    header.msg_iov = &part;
-    header.msg_iovlen = 1;
-    header.msg_control = control;
-    header.msg_controllen = sizeof control;
-    cmsghdr *beside = CMSG_FIRSTHDR(&header);
-    beside->cmsg_level = SOL_SOCKET;
-    beside->cmsg_type = SCM_RIGHTS;
-    beside->cmsg_len = CMSG_LEN(sizeof file);
-    std::memcpy(CMSG_DATA(beside), &file, sizeof file);
-    const ssize_t sent = sendmsg(socket_.native_handle(), &header, MSG_NOSIGNAL | MSG_DONTWAIT);
-    return sent == static_cast<ssize_t>(bytes.size());
-}
-
 bool Connection::watched() const {
     return kernel().trace.active() || !kernel().faults.empty();
 }
@@ -237,22 +119,21 @@ void Connection::underFaults(const std::string &line, std::function<void(const E
     }
     announceDelay(effect.delayMs);
     timer_.expires_after(std::chrono::milliseconds(effect.delayMs));
-    timer_.async_wait(
-        [self = shared_from_this(), effect, perform = std::move(perform)](const asio::error_code &error) {
-            if (error) return;
-            self->guarded([&] {
-                self->begin(effect);
-                perform(effect);
-            });
+    timer_.async_wait([self = self(), effect, perform = std::move(perform)](const asio::error_code &error) {
+        if (error) return;
+        self->guarded([&] {
+            self->begin(effect);
+            perform(effect);
         });
+    });
 }
 
 // Clients give up on a host that hangs, but not on one that was asked to be slow. Who waits for an answer has
 // room for so short a message; who has gone must not keep the request from being carried out.
 void Connection::announceDelay(uint32_t milliseconds) {
     wire::Writer message(Kind::Delay);
-    const std::string_view bytes = message.u32(milliseconds).bytes();
-    ::send(socket_.native_handle(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    message.u32(milliseconds);
+    sendAtOnce(message);
 }
 
 void Connection::begin(const Effect &effect) {
@@ -277,35 +158,33 @@ void Connection::record(const std::string &line) {
     if (kernel().trace.active()) kernel().trace.write(line);
 }
 
-void Connection::serveState(Kind kind, const std::string &payload) {
-    const auto parsed = parseStateRequest(kind, payload);
-    if (!parsed) return drop(fmt::format("a malformed request of kind {}", static_cast<uint32_t>(kind)));
-    const std::string line = watched() ? describe(*parsed) : std::string();
-    const auto reply = [self = shared_from_this(), asFile = parsed->asFile](const StateAnswer &answer) {
-        wire::Writer message(Kind::Reply);
-        message.u32(static_cast<uint32_t>(answer.status));
-        if (answer.blob.owner == nullptr) {
-            if (answer.hasValue) message.text(answer.value);
-            return self->send(std::move(message));
-        }
-        message.u32(static_cast<uint32_t>(answer.blob.bytes.size()));
-        if (asFile && answer.blob.file >= 0 && self->sendFile(message, answer.blob.file)) return self->next();
-        // The head already counts what follows it.
-        const size_t whole = message.bytes().size() - sizeof(wire::Head) + answer.blob.bytes.size();
-        std::string start(message.bytes());
-        const auto length = static_cast<uint32_t>(whole);
-        std::memcpy(start.data() + offsetof(wire::Head, length), &length, sizeof length);
-        self->sendParts(std::move(start), answer.blob, {});
-    };
-    underFaults(line, [this, kind, payload, line, reply](const Effect &effect) {
-        const StateRequest request = *parseStateRequest(kind, payload);
-        StateAnswer answer = effect.fails() ? failed(request, effect.statusOr()) : execute(request, kernel());
-        carriedOut(effect);
+void Connection::serveState(Kind kind, std::string payload) {
+    const auto request = parseStateRequest(kind, std::move(payload));
+    if (!request) return drop(fmt::format("a malformed request of kind {}", static_cast<uint32_t>(kind)));
+    const std::string line = watched() ? describe(*request) : std::string();
+    underFaults(line, [self = self(), request, line](const Effect &effect) {
+        Kernel &kernel = self->kernel();
+        StateAnswer answer = effect.fails() ? failed(*request, effect.statusOr()) : execute(*request, kernel);
+        self->carriedOut(effect);
         changeValue(effect, &answer);
-        if (kernel().trace.active()) record(line + describe(answer));
-        reply(answer);
-        kernel().snapshot.dropOutdated();
+        if (kernel.trace.active()) self->record(line + describe(answer));
+        self->replyState(answer, request->asFile);
+        kernel.snapshot.dropOutdated();
     });
+}
+
+void Connection::replyState(const StateAnswer &answer, bool asFile) {
+    wire::Writer message(Kind::Reply);
+    message.u32(static_cast<uint32_t>(answer.status));
+    if (answer.blob.owner == nullptr) {
+        if (answer.hasValue) message.text(answer.value);
+        return send(std::move(message));
+    }
+    message.u32(static_cast<uint32_t>(answer.blob.bytes.size()));
+    // A client that has its answers read has room for so short a message; one that has not gets the long
+    // form.
+    if (asFile && answer.blob.file >= 0 && sendAtOnce(message, answer.blob.file)) return next();
+    sendWith(std::move(message), answer.blob);
 }
 
 void Connection::serveShell(const std::string &payload) {
@@ -321,7 +200,7 @@ void Connection::serveShell(const std::string &payload) {
     for (; shown < words.size() && line.size() < kShownText; ++shown)
         line += " " + shellWord(words[shown]);
     if (shown < words.size()) line += fmt::format(" +{} words", words.size() - shown);
-    underFaults(line, [this, self = shared_from_this(), words, line](const Effect &effect) {
+    underFaults(line, [this, self = self(), words, line](const Effect &effect) {
         ShellResult result;
         if (effect.fails()) {
             result = {effect.exitOr(), {}, "treesh: this failure was asked for\n"};
@@ -352,7 +231,7 @@ void Connection::serveControl(const std::string &payload) {
     wire::Writer message(Kind::Reply);
     message.text(answer.json);
     if (!answer.stops) return send(std::move(message));
-    send(std::move(message), [self = shared_from_this()] {
+    send(std::move(message), [self = self()] {
         self->server_.keepUntilExit(self);
         self->server_.stop();
     });
@@ -361,7 +240,7 @@ void Connection::serveControl(const std::string &payload) {
 void Connection::serveFollow() {
     // The reply to the end of a lease would stand between its lines.
     if (leased_) return drop("the trace on the connection of a lease");
-    send(wire::Writer(Kind::Reply), [self = shared_from_this()] {
+    send(wire::Writer(Kind::Reply), [self = self()] {
         // It is taken back when the connection ends.
         self->follower_ = self->kernel().trace.follow([connection = self.get()](std::string_view line) {
             connection->lines_.put(line);
@@ -374,13 +253,11 @@ void Connection::serveFollow() {
 void Connection::flushLines() {
     if (flushing_ || lines_.empty()) return;
     flushing_ = true;
-    sending_ = lines_.take();
-    asio::async_write(socket_, asio::buffer(sending_),
-                      [self = shared_from_this()](const asio::error_code &error, size_t) {
-                          self->flushing_ = false;
-                          self->lines_.sent();
-                          if (!error) self->flushLines();
-                      });
+    sendLoose(lines_.take(), [self = self()](bool sent) {
+        self->flushing_ = false;
+        self->lines_.sent();
+        if (sent) self->flushLines();
+    });
 }
 
 void Connection::serveLease() {

@@ -1,4 +1,4 @@
-// One client: its messages in order, each answered before the next is looked at.
+// One client: its requests in order, each answered before the next is looked at.
 #pragma once
 
 #include <functional>
@@ -8,7 +8,10 @@
 #include <string_view>
 #include <vector>
 
+#include <asio/steady_timer.hpp>
+
 #include "daemon/devices/device.h"
+#include "daemon/front/channel.h"
 #include "daemon/front/server.h"
 #include "daemon/front/shell.h"
 #include "daemon/front/trace.h"
@@ -16,41 +19,21 @@
 
 namespace qvs::kernel {
 
-class Connection : public std::enable_shared_from_this<Connection> {
+struct StateAnswer;
+
+class Connection : public Channel {
   public:
-    using Socket = asio::local::stream_protocol::socket;
-
     Connection(Socket socket, Server &server);
-    Connection(const Connection &) = delete;
-    Connection &operator=(const Connection &) = delete;
-
-    void start();
-    // One log line, and the connection is closed.
-    void drop(std::string_view reason);
 
   private:
-    using Kind = wire::Kind;
     // What the client answers to CopyIn and CopyOut.
     using Copied = std::function<void(int error, std::string_view data)>;
     struct Ioctl;
 
-    // Messages: taken from the buffer, or waited for.
-    void next();
-    void receiveMore();
-    void handle(Kind kind, const std::string &payload);
-    void ended();
-    // What the event loop calls: a failure that nobody thought of becomes the answer of the request.
-    template <typename Work>
-    void guarded(const Work &work);
-    void answerFailure(const std::exception &error);
-    // Tells the server how much memory this client takes up.
-    void weigh();
-
-    // Sends a message and goes on with `then`, by default with the client's next message.
-    void send(wire::Writer message, std::function<void()> then = {});
-    void sendParts(std::string message, Blob tail, std::function<void()> then);
-    // Sends a short message with a file beside it; false when nothing was sent.
-    bool sendFile(wire::Writer &message, int file);
+    std::shared_ptr<Connection> self();
+    void handle(Kind kind, std::string payload) override;
+    bool answerFailure(const std::exception &error, bool between) override;
+    void ended() override;
 
     // Runs `perform` with what fault injection has in mind for the request that `line` describes.
     void underFaults(const std::string &line, std::function<void(const Effect &)> perform);
@@ -61,7 +44,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
     void record(const std::string &line);
     bool watched() const;
 
-    void serveState(Kind kind, const std::string &payload);
+    void serveState(Kind kind, std::string payload);
+    void replyState(const StateAnswer &answer, bool asFile);
     void serveShell(const std::string &payload);
     ShellResult runGuarded(const std::vector<std::string> &words);
     void serveControl(const std::string &payload);
@@ -81,22 +65,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     Kernel &kernel() const { return server_.kernel(); }
 
-    Socket socket_;
-    Server &server_;
     asio::steady_timer timer_;
-    std::vector<char> chunk_;
-    std::string received_;
-    size_t taken_ = 0;
     Kind request_ = Kind::Reply;  // the one that waits for its reply; Reply for none
-    std::string sending_;
-    Blob sendingTail_;
-    bool isSending_ = false;
-    bool isReceiving_ = false;
-
     const Device *device_ = nullptr;
     Copied copied_;  // set while an answer of the client is awaited
     uint32_t copiedLength_ = 0;
-    size_t dialogue_ = 0;  // bytes of the request under way
     bool leased_ = false;
     std::optional<uint64_t> follower_;
     LineQueue lines_;  // on their way to a follower

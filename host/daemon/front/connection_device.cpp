@@ -31,7 +31,7 @@ void Connection::serveOpen(const std::string &payload) {
     const std::string path(reader.text());
     if (!reader.complete() || device_ != nullptr) return drop("a malformed open request");
     const std::string line = fmt::format("device open {}", quote(path));
-    underFaults(line, [this, self = shared_from_this(), path, line](const Effect &effect) {
+    underFaults(line, [this, self = self(), path, line](const Effect &effect) {
         const Device *device = findDevice(path);
         const int error = effect.fails() ? effect.errorOr() : device == nullptr ? ENOENT : 0;
         carriedOut(effect);
@@ -54,7 +54,7 @@ void Connection::serveIoctl(const std::string &payload) {
                               ioctl->command == nullptr ? "?" : ioctl->command->name);
     if (ioctl->command == nullptr) return perform(ioctl);
     const auto size = static_cast<uint32_t>(device_->frame.size);
-    copyIn(argument, size, [this, self = shared_from_this(), ioctl](int error, std::string_view bytes) {
+    copyIn(argument, size, [this, self = self(), ioctl](int error, std::string_view bytes) {
         if (error != 0) return finishIoctl(*ioctl, error);
         ioctl->frame = readFrame(device_->frame, bytes);
         ioctl->line += fmt::format(" in={} out={}", ioctl->frame.inLength, ioctl->frame.outLength);
@@ -65,18 +65,17 @@ void Connection::serveIoctl(const std::string &payload) {
 void Connection::fetchInput(const std::shared_ptr<Ioctl> &ioctl) {
     const Frame &frame = ioctl->frame;
     if (frame.inLength > kMaxInput) return finishIoctl(*ioctl, EINVAL);
-    copyIn(frame.inAddress, frame.inLength,
-           [this, self = shared_from_this(), ioctl](int error, std::string_view bytes) {
-               if (error != 0) return finishIoctl(*ioctl, error);
-               ioctl->input = bytes;
-               dialogue_ = bytes.size();
-               if (watched()) ioctl->line += fmt::format(" input=[{}]", hexRuns(bytes));
-               perform(ioctl);
-           });
+    copyIn(frame.inAddress, frame.inLength, [this, self = self(), ioctl](int error, std::string_view bytes) {
+        if (error != 0) return finishIoctl(*ioctl, error);
+        ioctl->input = bytes;
+        dialogue_ = bytes.size();
+        if (watched()) ioctl->line += fmt::format(" input=[{}]", hexRuns(bytes));
+        perform(ioctl);
+    });
 }
 
 void Connection::perform(const std::shared_ptr<Ioctl> &ioctl) {
-    underFaults(ioctl->line, [this, self = shared_from_this(), ioctl](const Effect &effect) {
+    underFaults(ioctl->line, [this, self = self(), ioctl](const Effect &effect) {
         const uint32_t room = ioctl->frame.outLength;
         Result result;
         if (effect.fails()) {
@@ -111,7 +110,7 @@ void Connection::deliver(const std::shared_ptr<Ioctl> &ioctl, size_t sent) {
     if (rest.empty()) return finishIoctl(*ioctl, 0);
     const std::string_view piece = rest.substr(0, kCopyPiece);
     copyOut(ioctl->frame.outAddress + sent, piece,
-            [this, self = shared_from_this(), ioctl, end = sent + piece.size()](int error, std::string_view) {
+            [this, self = self(), ioctl, end = sent + piece.size()](int error, std::string_view) {
                 if (error != 0) return finishIoctl(*ioctl, error);
                 deliver(ioctl, end);
             });

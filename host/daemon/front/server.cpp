@@ -73,7 +73,7 @@ bool Server::mayConnect(Protocol::socket &socket) const {
     return false;
 }
 
-void Server::weigh(const std::shared_ptr<Connection> &connection, size_t bytes) {
+void Server::weigh(const std::shared_ptr<Channel> &connection, size_t bytes) {
     const auto known = loads_.find(connection.get());
     if (known != loads_.end()) held_ -= known->second.bytes;
     if (bytes <= kLight) {

@@ -17,7 +17,7 @@
 
 namespace qvs::kernel {
 
-class Connection;
+class Channel;
 
 class Server {
   public:
@@ -43,16 +43,16 @@ class Server {
     bool leaseClosed();
     // How much memory a client takes up with what it has not read, or sent in part. Beyond what there is for
     // all of them, those that have stood still for the longest time are let go.
-    void weigh(const std::shared_ptr<Connection> &connection, size_t bytes);
+    void weigh(const std::shared_ptr<Channel> &connection, size_t bytes);
     // Calls `then` once the file can be written again.
     void whenWritable(int file, std::function<void()> then);
-    void keepUntilExit(std::shared_ptr<Connection> connection) { lasting_.push_back(std::move(connection)); }
+    void keepUntilExit(std::shared_ptr<Channel> connection) { lasting_.push_back(std::move(connection)); }
 
   private:
     using Protocol = asio::local::stream_protocol;
 
     struct Load {
-        std::weak_ptr<Connection> connection;
+        std::weak_ptr<Channel> connection;
         size_t bytes = 0;
         uint64_t moved = 0;  // when it last changed, in the order of such moments
     };
@@ -67,10 +67,10 @@ class Server {
     asio::steady_timer timer_;
     std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
     size_t leases_ = 0;
-    std::map<const Connection *, Load> loads_;
+    std::map<const Channel *, Load> loads_;
     size_t held_ = 0;
     uint64_t moments_ = 0;
-    std::vector<std::shared_ptr<Connection>> lasting_;
+    std::vector<std::shared_ptr<Channel>> lasting_;
 };
 
 }  // namespace qvs::kernel

@@ -1,10 +1,13 @@
-// The requests of the state library.
+// The requests of the state library. A new kind is one row of the table.
 #include "daemon/front/state_requests.h"
-#include "daemon/devices/busy_ports.h"
-#include "daemon/model/text.h"
+
+#include <algorithm>
+#include <vector>
 
 #include <fmt/format.h>
 
+#include "daemon/devices/busy_ports.h"
+#include "daemon/model/text.h"
 #include "state_library/property_list.h"
 #include "wire/message.h"
 
@@ -14,31 +17,98 @@ namespace {
 
 using wire::Kind;
 
-constexpr Status kIoError = static_cast<Status>(0xbad0008);
-constexpr size_t kShared = 64 << 10;
+// A field as it is read, and as the trace shows it.
+struct StateField {
+    void (*read)(wire::Reader &reader, StateRequest *request) = nullptr;
+    void (*show)(const StateRequest &request, const char *label, std::string *line) = nullptr;
+    const char *label = nullptr;
+};
 
-std::string_view scopeName(const StateRequest &request) {
-    switch (request.place.scope) {
-        case Scope::Global:
-            return "GlobalProp";
-        case Scope::Host:
-            return "HostProp";
-        case Scope::Port:
-            return "PortData";
-    }
-    return "";
+template <auto member>
+constexpr StateField text(const char *label) {
+    return {[](wire::Reader &reader, StateRequest *request) { request->*member = reader.text(); },
+            [](const StateRequest &request, const char *name, std::string *line) {
+                *line += fmt::format(" {}={}", name, quote(request.*member));
+            },
+            label};
 }
 
-std::string placeText(const StateRequest &request) {
-    std::string text = "switch=" + quote(request.place.switchId);
-    if (!request.place.portId.empty() || request.place.scope == Scope::Port) {
-        text += " port=" + quote(request.place.portId);
-    }
-    return text;
+// A text of which the trace shows the length alone.
+template <auto member>
+constexpr StateField bytes(const char *label) {
+    StateField field = text<member>(label);
+    field.show = [](const StateRequest &request, const char *name, std::string *line) {
+        *line += fmt::format(" {}={}", name, (request.*member).size());
+    };
+    return field;
 }
 
-Status addPort(const StateRequest &request, Model &model) {
-    if (model.inventory.findSwitch(request.place.switchId) == nullptr) return Status::NotFound;
+template <auto member>
+constexpr StateField number(const char *label) {
+    return {[](wire::Reader &reader, StateRequest *request) { request->*member = reader.u32(); },
+            [](const StateRequest &request, const char *name, std::string *line) {
+                *line += fmt::format(" {}={}", name, request.*member);
+            },
+            label};
+}
+
+constexpr StateField kSwitch = text<&StateRequest::switchId>("switch");
+constexpr StateField kPort = text<&StateRequest::portId>("port");
+// What a property of a switch has in place of its port is empty and not shown.
+constexpr StateField kPropertyPort = {kPort.read,
+                                      [](const StateRequest &request, const char *name, std::string *line) {
+                                          if (!request.portId.empty() || request.scope == Scope::Port)
+                                              kPort.show(request, name, line);
+                                      },
+                                      "port"};
+constexpr StateField kKey = text<&StateRequest::key>("key");
+constexpr StateField kValue = bytes<&StateRequest::value>("length");
+constexpr StateField kType = number<&StateRequest::type>("type");
+// The name of a request on a property begins with its scope.
+constexpr StateField kScope = {
+    [](wire::Reader &reader, StateRequest *request) { request->scope = static_cast<Scope>(reader.u8()); }};
+constexpr StateField kAsFile = {
+    [](wire::Reader &reader, StateRequest *request) { request->asFile = reader.u8() != 0; }};
+
+constexpr const char *kScopeNames[] = {"GlobalProp", "HostProp", "PortData"};
+
+Status getState(const StateRequest &, Kernel &kernel, StateAnswer *answer) {
+    lookAtAll(kernel.model);
+    answer->blob = kernel.snapshot.get();
+    return answer->blob.owner == nullptr ? Status::NoMemory : Status::Ok;
+}
+
+Status getProperty(const StateRequest &request, Kernel &kernel, StateAnswer *answer) {
+    constexpr size_t kShared = 64 << 10;
+    lookAt(kernel.model, request.place(), request.key);
+    // However many clients ask for a large value, and take their time to read it, there is one of it.
+    const PropertyRef stored = kernel.model.properties.stored(request.place(), request.key);
+    if (stored == nullptr || stored->value.size() < kShared)
+        return kernel.model.properties.get(request.place(), request.key, &answer->value);
+    answer->blob = {stored, stored->value};
+    return Status::Ok;
+}
+
+Status setProperty(const StateRequest &request, Kernel &kernel, StateAnswer *) {
+    return kernel.model.properties.set(request.place(), {request.key, request.value, request.type});
+}
+
+Status clearProperty(const StateRequest &request, Kernel &kernel, StateAnswer *) {
+    return kernel.model.properties.clear(request.place(), request.key);
+}
+
+Status addSwitch(const StateRequest &request, Kernel &kernel, StateAnswer *) {
+    return kernel.model.dataPaths.addSwitch(request.switchId, request.key, request.type, request.version);
+}
+
+// What needs the name of the switch alone.
+template <Status (DataPaths::*change)(std::string_view id)>
+Status changeSwitch(const StateRequest &request, Kernel &kernel, StateAnswer *) {
+    return (kernel.model.dataPaths.*change)(request.switchId);
+}
+
+Status addPort(const StateRequest &request, Kernel &kernel, StateAnswer *) {
+    if (kernel.model.inventory.findSwitch(request.switchId) == nullptr) return Status::NotFound;
     const auto unpacked = mesh::unpackProperties(request.value);
     if (!unpacked) return Status::BadParameter;
     std::vector<PropertyView> properties;
@@ -47,95 +117,80 @@ Status addPort(const StateRequest &request, Model &model) {
         if (property.key.empty()) return Status::BadParameter;
         properties.push_back({property.key, property.value, property.type});
     }
-    return model.dataPaths.addPort(request.place.switchId, request.place.portId, properties);
+    return kernel.model.dataPaths.addPort(request.switchId, request.portId, properties);
 }
 
-Status change(const StateRequest &request, Model &model) {
-    const Place &place = request.place;
-    switch (request.kind) {
-        case Kind::PropSet:
-            return model.properties.set(place, {request.key, request.value, request.type});
-        case Kind::PropClear:
-            return model.properties.clear(place, request.key);
-        case Kind::SwitchAdd:
-            return model.dataPaths.addSwitch(place.switchId, request.key, request.type, request.version);
-        case Kind::SwitchAssociate:
-            return model.dataPaths.associate(place.switchId);
-        case Kind::SwitchDissociate:
-            return model.dataPaths.dissociate(place.switchId);
-        case Kind::SwitchRemove:
-            return model.dataPaths.removeSwitch(place.switchId);
-        case Kind::PortAdd:
-            return addPort(request, model);
-        case Kind::PortRemove:
-            return model.dataPaths.removePort(place.switchId, place.portId);
-        default:
-            return Status::Failure;
-    }
+Status removePort(const StateRequest &request, Kernel &kernel, StateAnswer *) {
+    return kernel.model.dataPaths.removePort(request.switchId, request.portId);
 }
 
-bool readsValue(Kind kind) {
-    return kind == Kind::StateGet || kind == Kind::PropGet;
+}  // namespace
+
+struct StateRow {
+    Kind kind;
+    const char *name;
+    Status (*serve)(const StateRequest &request, Kernel &kernel, StateAnswer *answer);
+    std::vector<StateField> fields;
+    bool hasValue = false;
+};
+
+namespace {
+
+const StateRow kRows[] = {
+    {Kind::StateGet, "StateGet", getState, {kAsFile}, true},
+    {Kind::PropGet, "Get", getProperty, {kScope, kSwitch, kPropertyPort, kKey}, true},
+    {Kind::PropSet, "Set", setProperty, {kScope, kSwitch, kPropertyPort, kKey, kValue, kType}},
+    {Kind::PropClear, "Clear", clearProperty, {kScope, kSwitch, kPropertyPort, kKey}},
+    {Kind::SwitchAdd,
+     "SwitchAdd",
+     addSwitch,
+     {kSwitch, text<&StateRequest::key>("class"), number<&StateRequest::type>("maxPorts"),
+      number<&StateRequest::version>("version")}},
+    {Kind::SwitchAssociate, "SwitchAssociate", changeSwitch<&DataPaths::associate>, {kSwitch}},
+    {Kind::SwitchDissociate, "SwitchDissociate", changeSwitch<&DataPaths::dissociate>, {kSwitch}},
+    {Kind::SwitchRemove, "SwitchRemove", changeSwitch<&DataPaths::removeSwitch>, {kSwitch}},
+    {Kind::PortAdd, "PortAdd", addPort, {kSwitch, kPort, kValue}},
+    {Kind::PortRemove, "PortRemove", removePort, {kSwitch, kPort}},
+};
+
+const StateRow *findRow(Kind kind) {
+    const auto found = std::find_if(std::begin(kRows), std::end(kRows),
+                                    [&](const StateRow &row) { return row.kind == kind; });
+    return found == std::end(kRows) ? nullptr : found;
+}
+
+StateAnswer answerOf(const StateRow &row, Status status) {
+    StateAnswer answer;
+    answer.status = status;
+    answer.hasValue = row.hasValue;
+    return answer;
 }
 
 }  // namespace
 
 bool isStateRequest(Kind kind) {
-    return kind >= Kind::StateGet && kind <= Kind::PortRemove;
+    return findRow(kind) != nullptr;
 }
 
-std::optional<StateRequest> parseStateRequest(Kind kind, std::string_view payload) {
-    StateRequest request;
-    request.kind = kind;
-    wire::Reader reader(payload);
-    const bool isProperty = kind == Kind::PropGet || kind == Kind::PropSet || kind == Kind::PropClear;
-    const bool isPort = isProperty || kind == Kind::PortAdd || kind == Kind::PortRemove;
-    if (isProperty) {
-        const uint8_t scope = reader.u8();
-        if (scope > static_cast<uint8_t>(Scope::Port)) return std::nullopt;
-        request.place.scope = static_cast<Scope>(scope);
-    }
-    if (kind == Kind::StateGet) request.asFile = reader.u8() != 0;
-    if (kind != Kind::StateGet) request.place.switchId = reader.text();
-    if (isPort) request.place.portId = reader.text();
-    if (isProperty || kind == Kind::SwitchAdd) request.key = reader.text();
-    if (kind == Kind::PropSet || kind == Kind::PortAdd) request.value = reader.text();
-    if (kind == Kind::PropSet || kind == Kind::SwitchAdd) request.type = reader.u32();
-    if (kind == Kind::SwitchAdd) request.version = reader.u32();
-    if (!reader.complete()) return std::nullopt;
-    return request;
+std::shared_ptr<const StateRequest> parseStateRequest(Kind kind, std::string payload) {
+    auto request = std::make_shared<StateRequest>();
+    request->row = findRow(kind);
+    request->payload = std::move(payload);
+    wire::Reader reader(request->payload);
+    for (const StateField &field : request->row->fields)
+        field.read(reader, request.get());
+    return reader.complete() && request->scope <= Scope::Port ? request : nullptr;
 }
 
 std::string describe(const StateRequest &request) {
-    const std::string place = placeText(request);
-    switch (request.kind) {
-        case Kind::StateGet:
-            return "state StateGet";
-        case Kind::PropGet:
-            return fmt::format("state {}Get {} key={}", scopeName(request), place, quote(request.key));
-        case Kind::PropSet:
-            return fmt::format("state {}Set {} key={} length={} type={}", scopeName(request), place,
-                               quote(request.key), request.value.size(), request.type);
-        case Kind::PropClear:
-            return fmt::format("state {}Clear {} key={}", scopeName(request), place, quote(request.key));
-        case Kind::SwitchAdd:
-            return fmt::format("state SwitchAdd {} class={} maxPorts={} version={}", place,
-                               quote(request.key), request.type, request.version);
-        case Kind::SwitchAssociate:
-            return "state SwitchAssociate " + place;
-        case Kind::SwitchDissociate:
-            return "state SwitchDissociate " + place;
-        case Kind::SwitchRemove:
-            return "state SwitchRemove " + place;
-        case Kind::PortAdd:
-            return fmt::format("state PortAdd switch={} port={} length={}", quote(request.place.switchId),
-                               quote(request.place.portId), request.value.size());
-        case Kind::PortRemove:
-            return fmt::format("state PortRemove switch={} port={}", quote(request.place.switchId),
-                               quote(request.place.portId));
-        default:
-            return "state ?";
+    const StateRow &row = *request.row;
+    std::string line = "state ";
+    if (row.fields.front().read == kScope.read) line += kScopeNames[static_cast<size_t>(request.scope)];
+    line += row.name;
+    for (const StateField &field : row.fields) {
+        if (field.show != nullptr) field.show(request, field.label, &line);
     }
+    return line;
 }
 
 std::string describe(const StateAnswer &answer) {
@@ -147,35 +202,21 @@ std::string describe(const StateAnswer &answer) {
 }
 
 StateAnswer execute(const StateRequest &request, Kernel &kernel) try {
-    StateAnswer answer;
-    answer.hasValue = readsValue(request.kind);
-    if (request.kind == Kind::StateGet) {
-        lookAtAll(kernel.model);
-        answer.blob = kernel.snapshot.get();
-        if (answer.blob.owner == nullptr) answer.status = Status::NoMemory;
-    } else if (request.kind == Kind::PropGet) {
-        lookAt(kernel.model, request.place, request.key);
-        // However many clients ask for a large value, and take their time to read it, there is one of it.
-        const PropertyRef stored = kernel.model.properties.stored(request.place, request.key);
-        if (stored != nullptr && stored->value.size() >= kShared) {
-            answer.blob = {stored, stored->value};
-        } else {
-            answer.status = kernel.model.properties.get(request.place, request.key, &answer.value);
-        }
-    } else {
-        answer.status = change(request, kernel.model);
-    }
+    StateAnswer answer = answerOf(*request.row, Status::Ok);
+    answer.status = request.row->serve(request, kernel, &answer);
     return answer;
 } catch (const StoreError &error) {
+    constexpr auto kIoError = static_cast<Status>(0xbad0008);
     logStoreFailure(kernel.store, error);
     return failed(request, error.full() ? Status::NoSpace : kIoError);
 }
 
 StateAnswer failed(const StateRequest &request, Status status) {
-    StateAnswer answer;
-    answer.status = status;
-    answer.hasValue = readsValue(request.kind);
-    return answer;
+    return answerOf(*request.row, status);
+}
+
+StateAnswer failedState(Kind kind, Status status) {
+    return answerOf(*findRow(kind), status);
 }
 
 void changeValue(const Effect &effect, StateAnswer *answer) {

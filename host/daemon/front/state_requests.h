@@ -1,7 +1,7 @@
-// The requests of the state library: reading them, describing them in the trace, carrying them out.
+// The requests of the state library: a table of kinds, each with its fields, its trace line and its handler.
 #pragma once
 
-#include <optional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -10,15 +10,26 @@
 
 namespace qvs::kernel {
 
-// The fields of all state requests; each kind uses its own.
+struct StateRow;
+
+// The fields of all state requests; each kind uses its own. The texts lie within the payload.
 struct StateRequest {
-    wire::Kind kind = wire::Kind::StateGet;
-    Place place;
+    StateRequest() = default;
+    StateRequest(const StateRequest &) = delete;
+    StateRequest &operator=(const StateRequest &) = delete;
+
+    const StateRow *row = nullptr;
+    std::string payload;
+    Scope scope = Scope::Global;
+    std::string_view switchId;
+    std::string_view portId;
     std::string_view key;    // or the class name
     std::string_view value;  // or the container of a new port
     uint32_t type = 0;       // or the capacity of a switch
     uint32_t version = 0;
     bool asFile = false;  // the client takes a large blob as a file
+
+    Place place() const { return {scope, switchId, portId}; }
 };
 
 struct StateAnswer {
@@ -29,15 +40,16 @@ struct StateAnswer {
 };
 
 bool isStateRequest(wire::Kind kind);
-// Nothing when the payload is malformed. The views lie within it.
-std::optional<StateRequest> parseStateRequest(wire::Kind kind, std::string_view payload);
+// Null when the payload is malformed.
+std::shared_ptr<const StateRequest> parseStateRequest(wire::Kind kind, std::string payload);
 // The trace line up to " -> ".
 std::string describe(const StateRequest &request);
 // " -> 0x0 length=4"
 std::string describe(const StateAnswer &answer);
 
 StateAnswer execute(const StateRequest &request, Kernel &kernel);
-// A failure that was asked for.
+// The answer to a request of this kind that fails.
+StateAnswer failedState(wire::Kind kind, Status status);
 StateAnswer failed(const StateRequest &request, Status status);
 // What faults change of a value; the whole state becomes a plain value by it.
 void changeValue(const Effect &effect, StateAnswer *answer);

@@ -1,0 +1,157 @@
+// Reading and writing of messages.
+#include "daemon/front/channel.h"
+
+#include <sys/socket.h>
+
+#include <array>
+#include <cstring>
+#include <utility>
+
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+#include <asio/buffer.hpp>
+#include <asio/write.hpp>
+
+#include "daemon/front/server.h"
+
+namespace qvs::kernel {
+
+namespace {
+
+constexpr size_t kChunk = 16 << 10;
+
+void giveBack(std::string *buffer) {
+    // Memory beyond this is given back once it is not needed.
+    constexpr size_t kKept = 1 << 20;
+    if (buffer->capacity() > kKept) std::string().swap(*buffer);
+}
+
+}  // namespace
+
+Channel::Channel(Socket socket, Server &server)
+    : server_(server), socket_(std::move(socket)), chunk_(kChunk) {}
+
+// In the middle of a message, or when the answer was on its way, there is nothing left to say.
+void Channel::answer(const std::exception &error) try {
+    const bool between = !isSending_ && !isReceiving_;
+    if (!answerFailure(error, between)) drop("its request failed");
+} catch (const std::exception &again) {
+    drop(again.what());
+}
+
+void Channel::start() {
+    guarded([this] { next(); });
+}
+
+void Channel::weigh() {
+    server_.weigh(shared_from_this(), received_.capacity() + sending_.capacity() + dialogue_);
+}
+
+void Channel::next() {
+    wire::Head head;
+    const size_t available = received_.size() - taken_;
+    if (available < sizeof head) return receiveMore();
+    std::memcpy(&head, received_.data() + taken_, sizeof head);
+    if (head.length > wire::kMaxRequest) return drop(fmt::format("a message of {} bytes", head.length));
+    if (available < sizeof head + head.length) return receiveMore();
+    isReceiving_ = false;
+    const size_t begin = taken_ + sizeof head;
+    taken_ = begin + head.length;
+    handle(static_cast<Kind>(head.kind), received_.substr(begin, head.length));
+}
+
+void Channel::receiveMore() {
+    received_.erase(0, std::exchange(taken_, 0));
+    if (received_.empty()) giveBack(&received_);
+    weigh();
+    isReceiving_ = true;
+    socket_.async_read_some(asio::buffer(chunk_),
+                            [self = shared_from_this()](const asio::error_code &error, size_t size) {
+                                if (error) return self->end();
+                                self->guarded([&] {
+                                    self->received_.append(self->chunk_.data(), size);
+                                    self->next();
+                                });
+                            });
+}
+
+void Channel::end() {
+    if (received_.size() != taken_) spdlog::info("client left in the middle of a message");
+    server_.weigh(shared_from_this(), 0);
+    ended();
+}
+
+void Channel::drop(std::string_view reason) {
+    spdlog::info("connection closed: {}", reason);
+    received_.clear();
+    taken_ = 0;
+    // First of all: nothing that follows is to be taken for an answer.
+    asio::error_code ignored;
+    socket_.close(ignored);
+    end();
+}
+
+void Channel::send(wire::Writer message, std::function<void()> then) {
+    sendParts(std::string(message.bytes()), {}, std::move(then));
+}
+
+void Channel::sendWith(wire::Writer message, Blob tail) {
+    std::string start(message.bytes());
+    // The head counts what follows, too.
+    const auto length = static_cast<uint32_t>(start.size() - sizeof(wire::Head) + tail.bytes.size());
+    std::memcpy(start.data() + offsetof(wire::Head, length), &length, sizeof length);
+    sendParts(std::move(start), std::move(tail), {});
+}
+
+void Channel::sendParts(std::string message, Blob tail, std::function<void()> then) {
+    sending_ = std::move(message);
+    sendingTail_ = std::move(tail);
+    isSending_ = true;
+    // What the next request needs is there soon enough.
+    if (received_.size() == taken_) {
+        received_.clear();
+        taken_ = 0;
+        giveBack(&received_);
+    }
+    weigh();
+    const std::array<asio::const_buffer, 2> parts = {
+        asio::buffer(sending_), asio::buffer(sendingTail_.bytes.data(), sendingTail_.bytes.size())};
+    asio::async_write(
+        socket_, parts,
+        [self = shared_from_this(), then = std::move(then)](const asio::error_code &error, size_t) {
+            self->isSending_ = false;
+            self->sendingTail_ = {};
+            giveBack(&self->sending_);
+            if (error) return self->end();
+            self->guarded([&] { then ? then() : self->next(); });
+        });
+}
+
+bool Channel::sendAtOnce(wire::Writer &message, int file) {
+    const std::string_view bytes = message.bytes();
+    iovec part = {const_cast<char *>(bytes.data()), bytes.size()};
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof file)] = {};
+    msghdr header = {};
+    header.msg_iov = &part;
+    header.msg_iovlen = 1;
+    if (file >= 0) {
+        header.msg_control = control;
+        header.msg_controllen = sizeof control;
+        cmsghdr *beside = CMSG_FIRSTHDR(&header);
+        beside->cmsg_level = SOL_SOCKET;
+        beside->cmsg_type = SCM_RIGHTS;
+        beside->cmsg_len = CMSG_LEN(sizeof file);
+        std::memcpy(CMSG_DATA(beside), &file, sizeof file);
+    }
+    const ssize_t sent = sendmsg(socket_.native_handle(), &header, MSG_NOSIGNAL | MSG_DONTWAIT);
+    return sent == static_cast<ssize_t>(bytes.size());
+}
+
+void Channel::sendLoose(std::string bytes, std::function<void(bool sent)> then) {
+    sending_ = std::move(bytes);
+    asio::async_write(socket_, asio::buffer(sending_),
+                      [self = shared_from_this(), then = std::move(then)](const asio::error_code &error,
+                                                                          size_t) { then(!error); });
+}
+
+}  // namespace qvs::kernel
