@@ -18,13 +18,13 @@ constexpr HYP_ReturnStatus kNotPermitted = 0xbad005bu;
 // wire::hostTimeout; after a kTimeout each fails with it at once until the kernel answers again. The result
 // is the kernel's status, or one of those above, HYP_NO_MEMORY, and HYP_FAILURE for a reply that makes no
 // sense.
-HYP_ReturnStatus request(wire::Writer &message);
+[[nodiscard]] HYP_ReturnStatus request(wire::Writer &message);
 
 // For replies that carry bytes: they are handed over in memory from malloc with a zero byte behind them.
 // After a failure the outputs are null and 0.
-HYP_ReturnStatus requestBytes(wire::Writer &message, void **bytes, uint32_t *length);
+[[nodiscard]] HYP_ReturnStatus requestBytes(wire::Writer &message, void **bytes, uint32_t *length);
 
 // The same for the whole state.
-HYP_ReturnStatus requestState(void **bytes, uint32_t *length);
+[[nodiscard]] HYP_ReturnStatus requestState(void **bytes, uint32_t *length);
 
 }  // namespace qvs::mesh

@@ -10,14 +10,14 @@ struct SwitchId {
     SwitchIdString text = {};
 
     // Of the switch of class "vswitch" that has this alias.
-    HYP_ReturnStatus resolve(const char *alias) { return DVSAliasToSwitchId(alias, text); }
+    [[nodiscard]] HYP_ReturnStatus resolve(const char *alias) { return DVSAliasToSwitchId(alias, text); }
 };
 
 // The portset name behind an alias, terminated even when it fills its 128 bytes.
 struct PortsetName {
     char text[sizeof(SwitchAliasName) + 1] = {};
 
-    HYP_ReturnStatus resolve(const char *alias) { return DVSAliasToPortsetName(alias, text); }
+    [[nodiscard]] HYP_ReturnStatus resolve(const char *alias) { return DVSAliasToPortsetName(alias, text); }
 };
 
 }  // namespace qvs

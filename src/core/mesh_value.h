@@ -21,7 +21,7 @@ class MeshValue {
     // Takes what a DVSHYP_...Get call hands out: fetch([](void **data, uint32_t *length) { return status; }).
     // What was held before is given back; a call that failed handed out nothing, whatever it left behind.
     template <typename Get>
-    HYP_ReturnStatus fetch(Get get) {
+    [[nodiscard]] HYP_ReturnStatus fetch(Get get) {
         reset();
         const HYP_ReturnStatus status = get(&data_, &length_);
         if (status != HYP_OK) data_ = nullptr;

@@ -47,7 +47,7 @@ static_assert(offsetof(PackedFrame, inAddress) == 4 && offsetof(PackedFrame, out
 
 // One request through HYPIoctl.
 template <typename Frame>
-HYP_ReturnStatus request(const char *device, uint32_t command, Area in, Area out) {
+[[nodiscard]] HYP_ReturnStatus request(const char *device, uint32_t command, Area in, Area out) {
     Frame frame(in, out);
     return HYPIoctl(device, static_cast<int>(command), &frame);
 }
@@ -55,7 +55,7 @@ HYP_ReturnStatus request(const char *device, uint32_t command, Area in, Area out
 // A record of a fixed size that the kernel writes into the caller's memory: `ask` is called with the area to
 // fill and answers a status. The memory is not cleared, and is as it was when the request fails.
 template <uint32_t Size, typename Ask>
-HYP_ReturnStatus fetchInto(void *record, Ask ask) {
+[[nodiscard]] HYP_ReturnStatus fetchInto(void *record, Ask ask) {
     uint8_t before[Size];
     std::memcpy(before, record, Size);
     const HYP_ReturnStatus status = ask(Area{record, Size});
@@ -66,7 +66,7 @@ HYP_ReturnStatus fetchInto(void *record, Ask ask) {
 // The same for memory that is cleared first: all zeros when the request fails, whatever the kernel had
 // written by then.
 template <uint32_t Size, typename Ask>
-HYP_ReturnStatus fetchIntoCleared(void *record, Ask ask) {
+[[nodiscard]] HYP_ReturnStatus fetchIntoCleared(void *record, Ask ask) {
     std::memset(record, 0, Size);
     return fetchInto<Size>(record, ask);
 }
@@ -89,7 +89,7 @@ enum class ListPhase : uint8_t { Count, Fetch };
 // becomes true when the first request succeeded and there is such a list. The list is null after every
 // failure; its count is whatever the kernel wrote there.
 template <typename Ask>
-HYP_ReturnStatus fetchList(const ListShape &shape, Ask ask, HeapBytes &list, bool &counted) {
+[[nodiscard]] HYP_ReturnStatus fetchList(const ListShape &shape, Ask ask, HeapBytes &list, bool &counted) {
     uint8_t header[ListShape::kMaxHeader] = {};
     HYP_ReturnStatus status = ask(ListPhase::Count, Area{header, shape.countLength});
     if (status != HYP_OK) return status;

@@ -6,6 +6,6 @@
 namespace qvs {
 
 // The status of an errno: 0 for 0, HYP_FAILURE for one without a status of its own.
-HYP_ReturnStatus ErrnoToReturnStatus(int errnoValue);
+[[nodiscard]] HYP_ReturnStatus ErrnoToReturnStatus(int errnoValue);
 
 }  // namespace qvs

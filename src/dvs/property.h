@@ -50,7 +50,7 @@ class Place {
     // A switch identifier exactly as given, borrowed; it is not looked up.
     static Place ofSwitchId(const char *switchId, const char *portId = nullptr);
 
-    HYP_ReturnStatus status() const { return status_; }
+    [[nodiscard]] HYP_ReturnStatus status() const { return status_; }
     const char *switchId() const { return given_ != nullptr ? given_ : id_.text; }
     const char *portId() const { return portId_; }
 
@@ -63,24 +63,27 @@ class Place {
 
 // Each answers the place's status or the state library's; HYP_BAD_PARAM when the key, the port of a port
 // property or a value of some length is null.
-HYP_ReturnStatus getProperty(const Place &place, const Property &property, MeshValue &value);
-HYP_ReturnStatus setProperty(const Place &place, const Property &property, const void *value,
-                             uint32_t length);
-HYP_ReturnStatus clearProperty(const Place &place, const Property &property);
+[[nodiscard]] HYP_ReturnStatus getProperty(const Place &place, const Property &property, MeshValue &value);
+[[nodiscard]] HYP_ReturnStatus setProperty(const Place &place, const Property &property, const void *value,
+                                           uint32_t length);
+[[nodiscard]] HYP_ReturnStatus clearProperty(const Place &place, const Property &property);
 
 // A key that is not there is cleared already.
-HYP_ReturnStatus clearIfPresent(const Place &place, const Property &property);
+[[nodiscard]] HYP_ReturnStatus clearIfPresent(const Place &place, const Property &property);
 
 // A value of exactly this size; any other is HYP_FAILURE and leaves value empty.
-HYP_ReturnStatus getSized(const Place &place, const Property &property, uint32_t size, MeshValue &value);
+[[nodiscard]] HYP_ReturnStatus getSized(const Place &place, const Property &property, uint32_t size,
+                                        MeshValue &value);
 
 // A value of exactly this size copied into memory of the caller, which is untouched after a failure.
-HYP_ReturnStatus readRecord(const Place &place, const Property &property, void *record, uint32_t size);
+[[nodiscard]] HYP_ReturnStatus readRecord(const Place &place, const Property &property, void *record,
+                                          uint32_t size);
 
 // The same for a key that has a default: absent, the record keeps what the caller put there.
-HYP_ReturnStatus readOrDefault(const Place &place, const Property &property, void *record, uint32_t size);
+[[nodiscard]] HYP_ReturnStatus readOrDefault(const Place &place, const Property &property, void *record,
+                                             uint32_t size);
 
 // Stores a text with its NUL; HYP_BAD_PARAM when it is null.
-HYP_ReturnStatus setText(const Place &place, const Property &property, const char *text);
+[[nodiscard]] HYP_ReturnStatus setText(const Place &place, const Property &property, const char *text);
 
 }  // namespace qvs

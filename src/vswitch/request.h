@@ -95,10 +95,10 @@ struct SwitchRequest {
     }
 
     // Names the switch that has this alias, by the name of its portset.
-    HYP_ReturnStatus nameByAlias(const char *alias);
+    [[nodiscard]] HYP_ReturnStatus nameByAlias(const char *alias);
 
     // Names the switch that has this alias by its identifier, as requests on a distributed port do.
-    HYP_ReturnStatus identifyByAlias(const char *alias);
+    [[nodiscard]] HYP_ReturnStatus identifyByAlias(const char *alias);
 };
 static_assert(sizeof(SwitchRequest) == 268);
 static_assert(offsetof(SwitchRequest, dvPortId) == 128 && offsetof(SwitchRequest, area) == 176);
@@ -109,24 +109,25 @@ static_assert(offsetof(SwitchRequest, filter.type) == 180 && offsetof(SwitchRequ
 static_assert(offsetof(SwitchRequest, portNumber) == 264);
 
 // Issues one request with input and output areas of any kind.
-HYP_ReturnStatus switchRequest(SwitchCommand command, Area in, Area out);
+[[nodiscard]] HYP_ReturnStatus switchRequest(SwitchCommand command, Area in, Area out);
 
 // Issues one request with the common record; `out`, if any, is filled by the kernel.
-inline HYP_ReturnStatus switchRequest(SwitchCommand command, const SwitchRequest &request, Area out = {}) {
+[[nodiscard]] inline HYP_ReturnStatus switchRequest(SwitchCommand command, const SwitchRequest &request,
+                                                    Area out = {}) {
     return switchRequest(command, Area{&request, sizeof request}, out);
 }
-inline HYP_ReturnStatus switchRequest(SwitchCommand command, const SwitchRequest &request, void *out,
-                                      uint32_t outLength) {
+[[nodiscard]] inline HYP_ReturnStatus switchRequest(SwitchCommand command, const SwitchRequest &request,
+                                                    void *out, uint32_t outLength) {
     return switchRequest(command, request, Area{out, outLength});
 }
 
 // Fetches a list. *list is untouched when the first request fails or there is no such list, and null after
 // any later failure.
-HYP_ReturnStatus fetchSwitchList(SwitchCommand command, const SwitchRequest &request, const ListShape &shape,
-                                 void **list);
+[[nodiscard]] HYP_ReturnStatus fetchSwitchList(SwitchCommand command, const SwitchRequest &request,
+                                               const ListShape &shape, void **list);
 
 // The same for a list that is asked for by alias; HYP_BAD_PARAM for null arguments.
-HYP_ReturnStatus fetchListByAlias(SwitchCommand command, const char *alias, const ListShape &shape,
-                                  void **list);
+[[nodiscard]] HYP_ReturnStatus fetchListByAlias(SwitchCommand command, const char *alias,
+                                                const ListShape &shape, void **list);
 
 }  // namespace qvs

@@ -32,7 +32,9 @@ void rest(Model &model, const Port &port) {
     const Property *statistics = port.properties.find(kStatisticsKey);
     if (statistics == nullptr) return;
     const std::string value = statistics->value;
-    model.properties.set({Scope::Port, port.owner->id, port.id}, {kStatisticsKey, value, statistics->type});
+    const Status status = model.properties.set({Scope::Port, port.owner->id, port.id},
+                                               {kStatisticsKey, value, statistics->type});
+    if (status != Status::Ok) throw JsonError("lab: the statistics of a busy port cannot be stored");
 }
 
 // A lab that names busy ports names them all.

@@ -25,7 +25,7 @@ struct Call {
 };
 
 // What goes back. Output beyond the client's room is dropped by the caller.
-struct Result {
+struct [[nodiscard]] Result {
     int error = 0;
     std::string output;
 };

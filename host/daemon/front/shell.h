@@ -9,7 +9,7 @@
 
 namespace qvs::kernel {
 
-struct ShellResult {
+struct [[nodiscard]] ShellResult {
     int exitCode = 0;
     std::string out;
     std::string err;

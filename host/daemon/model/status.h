@@ -1,11 +1,11 @@
-// The statuses with which the kernel answers the state library.
+// The statuses with which the kernel answers the state library. None may be ignored.
 #pragma once
 
 #include <cstdint>
 
 namespace qvs::kernel {
 
-enum class Status : uint32_t {
+enum class [[nodiscard]] Status : uint32_t{
     Ok = 0,
     Failure = 0xbad0001,
     NotFound = 0xbad0003,
