@@ -82,8 +82,8 @@ Result getSessions(const Call &call) {
 constexpr uint32_t kDefaultLevel = 1;
 
 uint32_t logLevel(const Model &model) {
-    const auto &settings = model.tables.rows(kSettings);
-    return settings.empty() ? kDefaultLevel : u32At(settings.begin()->second, 0);
+    const std::string *level = model.tables.only(kSettings);
+    return level == nullptr ? kDefaultLevel : u32At(*level, 0);
 }
 
 void keepLogLevel(Model &model, uint32_t level) {
@@ -102,11 +102,7 @@ Result setLogLevel(const Call &call) {
 }
 
 Result getStats(const Call &call) {
-    Record stats(kStats);
-    CounterRow counters = call.model.counters.read("bfd");
-    for (size_t at = 0; at < kStats; at += sizeof(uint64_t))
-        stats.put(at, counters.next());
-    return {0, stats.take()};
+    return {0, Record(kStats).counters(0, call.model.counters.read("bfd")).take()};
 }
 
 constexpr Command kCommands[] = {

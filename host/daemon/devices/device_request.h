@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cerrno>
 
 #include "daemon/devices/device.h"
 #include "daemon/devices/json_members.h"
@@ -32,15 +33,40 @@ inline const Switch *requestedSwitchById(const Call &call) {
 
 // The distributed port of such a switch.
 inline const Port *requestedDvPort(const Call &call) {
-    const Switch *sw = requestedSwitchById(call);
-    return sw == nullptr ? nullptr : sw->port(textAt(call.input, SwitchRequest::kPortIdAt, 48));
+    return call.model.inventory.findPort(textAt(call.input, SwitchRequest::kNameAt, 64),
+                                         textAt(call.input, SwitchRequest::kPortIdAt, 48));
+}
+
+// A handler of requests about something that `find` finds for them: what is not found answers ENOENT.
+template <auto find, auto handle>
+Result on(const Call &call) {
+    const auto found = find(call);
+    return found == nullptr ? failure(ENOENT) : handle(call, *found);
+}
+
+// The port that a request names by the kernel's number.
+inline Port *requestedPortNumber(const Call &call) {
+    return call.model.inventory.findPort(u32At(call.input, SwitchRequest::kPortNumberAt));
+}
+
+// The same for a request that carries nothing else.
+inline const Port *numberedPort(const Call &call) {
+    return call.model.inventory.findPort(u32At(call.input, 0));
+}
+
+// The ports of a portset's switch; a portset without a switch has none.
+inline std::vector<Port *> portsOf(const Portset &portset) {
+    std::vector<Port *> ports;
+    if (portset.owner == nullptr) return ports;
+    for (const auto &[number, port] : portset.owner->ports)
+        ports.push_back(port.get());
+    return ports;
 }
 
 // The switch that a lab calls by its alias or identifier in the member "switch".
 inline Switch &switchOf(Members &members, const Model &model) {
     const std::string name = members.text("switch");
-    Switch *sw = model.inventory.findAlias(name);
-    if (sw == nullptr) sw = model.inventory.findSwitch(name);
+    Switch *sw = model.inventory.findByName(name);
     if (sw == nullptr) members.fail("switch", "is not a switch of this host: " + name);
     return *sw;
 }

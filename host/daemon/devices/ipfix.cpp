@@ -45,36 +45,34 @@ Result statistics(const Call &call, const std::string &object, const Sampling &s
     Record stats(kStats);
     stats.put(0, sampling.ports).put(4, static_cast<uint32_t>(sampling.collectors.size()));
     if (sampling.ports != 0) {
-        CounterRow counters = call.model.counters.read(object);
-        for (size_t at = kCountersAt; at < kStats; at += sizeof(uint64_t))
-            stats.put(at, counters.next());
+        stats.counters(kCountersAt, call.model.counters.read(object));
     }
     return {0, stats.take()};
 }
 
-Result getSwitchStats(const Call &call) {
-    const Portset *portset = call.model.inventory.findPortset(textAt(call.input, 0, kSwitchWidth));
-    if (portset == nullptr) return failure(ENOENT);
+Result getSwitchStats(const Call &call, const Portset &portset) {
     Sampling sampling;
-    if (portset->owner != nullptr) {
-        for (const auto &[number, port] : portset->owner->ports)
+    if (portset.owner != nullptr) {
+        for (const auto &[number, port] : portset.owner->ports)
             addSampling(*port, &sampling);
     }
-    return statistics(call, "ipfix " + portset->name, sampling);
+    return statistics(call, "ipfix " + portset.name, sampling);
 }
 
-Result getPortStats(const Call &call) {
-    const Switch *sw = call.model.inventory.findSwitch(textAt(call.input, 0, kSwitchWidth));
-    const Port *port = sw == nullptr ? nullptr : sw->port(textAt(call.input, kPortAt, kPortWidth));
-    if (port == nullptr) return failure(ENOENT);
+const Port *requestedPort(const Call &call) {
+    return call.model.inventory.findPort(textAt(call.input, 0, kSwitchWidth),
+                                         textAt(call.input, kPortAt, kPortWidth));
+}
+
+Result getPortStats(const Call &call, const Port &port) {
     Sampling sampling;
-    addSampling(*port, &sampling);
-    return statistics(call, "ipfix port " + std::to_string(port->number), sampling);
+    addSampling(port, &sampling);
+    return statistics(call, "ipfix port " + std::to_string(port.number), sampling);
 }
 
 constexpr Command kCommands[] = {
-    {4097, kRequestSize, "GetIpfixStats", getSwitchStats},
-    {4098, kRequestSize, "GetIpfixGranularStats", getPortStats},
+    {4097, kRequestSize, "GetIpfixStats", on<requestedPortset, getSwitchStats>},
+    {4098, kRequestSize, "GetIpfixGranularStats", on<requestedPort, getPortStats>},
 };
 
 }  // namespace

@@ -1,10 +1,12 @@
 // Reading a JSON object member by member.
 #include "daemon/devices/json_members.h"
 
+#include <algorithm>
 #include <charconv>
-#include <cstdio>
 
 #include <fmt/format.h>
+
+#include "daemon/model/text.h"
 
 namespace qvs::kernel {
 
@@ -49,12 +51,10 @@ std::optional<uint32_t> Members::maybeNumber(const char *name) {
 std::optional<std::array<uint8_t, 6>> Members::maybeMac(const char *name) {
     const auto given = maybeText(name);
     if (!given) return std::nullopt;
+    const auto bytes = parseMac(*given);
+    if (!bytes) fail(name, "is not an address like 02:00:00:00:00:01");
     std::array<uint8_t, 6> mac{};
-    int length = 0;
-    const int parts = std::sscanf(given->c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx%n", &mac[0], &mac[1],
-                                  &mac[2], &mac[3], &mac[4], &mac[5], &length);
-    if (parts != 6 || given->size() != 17 || length != 17)
-        fail(name, "is not an address like 02:00:00:00:00:01");
+    std::copy(bytes->begin(), bytes->end(), mac.begin());
     return mac;
 }
 

@@ -173,8 +173,8 @@ Result fetch(const Call &call) {
 
 Result getStatus(const Call &call) {
     constexpr std::string_view kAsNew("\1\0\1", 3);
-    const auto &settings = call.model.tables.rows(kSettings);
-    return {0, std::string(settings.empty() ? kAsNew : std::string_view(settings.begin()->second))};
+    const std::string *kept = call.model.tables.only(kSettings);
+    return {0, std::string(kept == nullptr ? kAsNew : *kept)};
 }
 
 constexpr Command kCommands[] = {

@@ -56,8 +56,8 @@ bool addSession(Model &model, const Port &port, std::string_view definition) {
 }
 
 Result createSession(const Call &call) {
-    const Switch *sw = call.model.inventory.findSwitch(textAt(call.input, 0, kSwitchId));
-    const Port *port = sw == nullptr ? nullptr : sw->port(textAt(call.input, kPortAt, kPortId));
+    const Port *port =
+        call.model.inventory.findPort(textAt(call.input, 0, kSwitchId), textAt(call.input, kPortAt, kPortId));
     if (port == nullptr) return failure(ENOENT);
     return failure(addSession(call.model, *port, call.input.substr(kHead)) ? 0 : ENOSPC);
 }
@@ -101,9 +101,8 @@ Result getActionCounts(const Call &call) {
     return {0, Record(kCountsHead).put(0, count).put(4, uint32_t{action}).take() + entries};
 }
 
-Result getPortData(const Call &call) {
-    const uint32_t number = u32At(call.input, 0);
-    if (call.model.inventory.findPort(number) == nullptr) return failure(ENOENT);
+Result getPortData(const Call &call, const Port &port) {
+    const uint32_t number = port.number;
     uint8_t sessions = 0;
     eachRecord(call.model, kSessions, [&](uint32_t, std::string_view kept) {
         if (u32At(kept, 0) == number) ++sessions;
@@ -117,17 +116,14 @@ Result getPortData(const Call &call) {
 Result getStats(const Call &call) {
     Record stats(kStats);
     stats.put(0, static_cast<uint32_t>(countRecords(call.model, kSessions))).put(4, uint32_t{kRoom});
-    CounterRow counters = call.model.counters.read("livetrace");
-    for (size_t at = 8; at < kStats; at += sizeof(uint64_t))
-        stats.put(at, counters.next());
-    return {0, stats.take()};
+    return {0, stats.counters(8, call.model.counters.read("livetrace")).take()};
 }
 
 constexpr Command kCommands[] = {
     {0, kHead, "CreateSession", createSession},
     {1, 0, "ListSession", listSessions},
     {2, kActionRequest, "GetCountActionData", getActionCounts},
-    {3, sizeof(uint32_t), "GetPortData", getPortData},
+    {3, sizeof(uint32_t), "GetPortData", on<numberedPort, getPortData>},
     {4, 0, "GetStats", getStats},
 };
 

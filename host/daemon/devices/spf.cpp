@@ -6,7 +6,6 @@
 //
 // Records in layouts/emulated.json: those that begin with spf-.
 #include <cerrno>
-#include <cstdio>
 #include <set>
 #include <utility>
 
@@ -14,6 +13,7 @@
 
 #include "daemon/devices/device_request.h"
 #include "daemon/devices/record_table.h"
+#include "daemon/model/text.h"
 
 namespace qvs::kernel {
 
@@ -78,61 +78,47 @@ const Port *requestedPort(const Call &call) {
     return sw == nullptr ? nullptr : sw->port(textAt(call.input, kPortAt, kPortWidth));
 }
 
-void putCounters(CounterRow counters, size_t at, size_t size, Record *record) {
-    for (; at < size; at += sizeof(uint64_t))
-        record->put(at, counters.next());
-}
-
 // --- reading ---
 
-Result getPortsList(const Call &call) {
-    const Portset *portset = call.model.inventory.findPortset(textAt(call.input, 0, kSwitchWidth));
-    if (portset == nullptr) return failure(ENOENT);
+Result getPortsList(const Call &call, const Portset &portset) {
     std::vector<const Port *> ports;
-    if (portset->owner != nullptr) ports = plumbedPorts(call.model, portset->owner);
+    if (portset.owner != nullptr) ports = plumbedPorts(call.model, portset.owner);
     return countedList(call, 0, kEntry, ports, [](const Port *port) {
         return Record(kEntry).put(0, port->number).put(4, port->flags());
     });
 }
 
 // A guest's port is any that is neither an uplink nor plumbed.
-Result getGuestPortStats(const Call &call) {
-    const Port *port = call.model.inventory.findPort(u32At(call.input, 0));
-    if (port == nullptr || port->owner->uplinkSet.contains(port->id) ||
-        plumbedMac(call.model, *port) != nullptr)
+Result getGuestPortStats(const Call &call, const Port &port) {
+    if (port.owner->uplinkSet.contains(port.id) || plumbedMac(call.model, port) != nullptr)
         return failure(ENOENT);
     Record stats(kGuestStats);
-    stats.put(0, port->number).put(4, port->flags());
-    putCounters(call.model.counters.read("spf guest port " + portKeyText(port->number)), 8, kGuestStats,
-                &stats);
-    return {0, stats.take()};
+    stats.put(0, port.number).put(4, port.flags());
+    return {0,
+            stats.counters(8, call.model.counters.read("spf guest port " + portKeyText(port.number))).take()};
 }
 
-Result getServicePortStats(const Call &call) {
-    const Port *port = call.model.inventory.findPort(u32At(call.input, 0));
-    const std::string *mac = port == nullptr ? nullptr : plumbedMac(call.model, *port);
+Result getServicePortStats(const Call &call, const Port &port) {
+    const std::string *mac = plumbedMac(call.model, port);
     if (mac == nullptr) return failure(ENOENT);
     Record stats(kServiceStats);
-    stats.put(0, port->number).put(4, port->flags()).bytes(8, *mac);
-    putCounters(call.model.counters.read("spf service port " + portKeyText(port->number)), 16, kServiceStats,
-                &stats);
-    return {0, stats.take()};
+    stats.put(0, port.number).put(4, port.flags()).bytes(8, *mac);
+    return {
+        0,
+        stats.counters(16, call.model.counters.read("spf service port " + portKeyText(port.number))).take()};
 }
 
-Result getSwitchStats(const Call &call) {
-    const Portset *portset = call.model.inventory.findPortset(textAt(call.input, 0, kSwitchWidth));
-    if (portset == nullptr) return failure(ENOENT);
+Result getSwitchStats(const Call &call, const Portset &portset) {
     size_t plumbed = 0;
-    if (portset->owner != nullptr) plumbed = plumbedPorts(call.model, portset->owner).size();
+    if (portset.owner != nullptr) plumbed = plumbedPorts(call.model, portset.owner).size();
     Record stats(kSwitchStats);
     stats.put(0, static_cast<uint32_t>(plumbed));
-    putCounters(call.model.counters.read("spf switch " + portset->name), 8, kSwitchStats, &stats);
-    return {0, stats.take()};
+    return {0, stats.counters(8, call.model.counters.read("spf switch " + portset.name)).take()};
 }
 
 std::string failures(const Model &model) {
-    const auto &counts = model.tables.rows(kCounts);
-    return counts.empty() ? std::string(kFailures, '\0') : counts.begin()->second;
+    const std::string *counts = model.tables.only(kCounts);
+    return counts == nullptr ? std::string(kFailures, '\0') : *counts;
 }
 
 Result getConfigFailureStats(const Call &call) {
@@ -142,14 +128,9 @@ Result getConfigFailureStats(const Call &call) {
 // --- changing ---
 
 // Empty for what is not the address of a station.
-std::string parseMac(const std::string &text) {
-    std::string mac(kMacSize, '\0');
-    auto *const bytes = reinterpret_cast<uint8_t *>(mac.data());
-    int length = 0;
-    const int parts = std::sscanf(text.c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx%n", &bytes[0], &bytes[1],
-                                  &bytes[2], &bytes[3], &bytes[4], &bytes[5], &length);
-    const bool whole = parts == 6 && length == 17 && text.size() == 17;
-    return whole && isStation(mac) ? mac : "";
+std::string stationOf(std::string_view text) {
+    const std::string mac = parseMac(text).value_or("");
+    return isStation(mac) ? mac : "";
 }
 
 // Rows of ports that are gone are in nobody's way but would heap up.
@@ -180,7 +161,7 @@ Result refuse(const Call &call, size_t offset, int error) {
 
 Result plumbPort(const Call &call) {
     const Port *port = requestedPort(call);
-    const std::string mac = parseMac(std::string(textAt(call.input, kMacAt, kMacWidth)));
+    const std::string mac = stationOf(textAt(call.input, kMacAt, kMacWidth));
     if (port == nullptr) return refuse(call, kFailedPlumbs, ENOENT);
     if (mac.empty()) return refuse(call, kFailedPlumbs, EINVAL);
     if (plumbedMac(call.model, *port) != nullptr || takenAddresses(call.model).contains({port->owner, mac}))
@@ -198,10 +179,10 @@ Result unplumbPort(const Call &call) {
 }
 
 constexpr Command kCommands[] = {
-    {4097, kRequestSize, "GetPortsList", getPortsList},
-    {4098, sizeof(uint32_t), "GetGVMPortStats", getGuestPortStats},
-    {4099, sizeof(uint32_t), "GetSVMPortStats", getServicePortStats},
-    {4100, kRequestSize, "GetSPFPortStats", getSwitchStats},
+    {4097, kRequestSize, "GetPortsList", on<requestedPortset, getPortsList>},
+    {4098, sizeof(uint32_t), "GetGVMPortStats", on<numberedPort, getGuestPortStats>},
+    {4099, sizeof(uint32_t), "GetSVMPortStats", on<numberedPort, getServicePortStats>},
+    {4100, kRequestSize, "GetSPFPortStats", on<requestedPortset, getSwitchStats>},
     {8193, kRequestSize, "PlumbSpfPort", plumbPort},
     {8194, kRequestSize, "UnPlumbSpfPort", unplumbPort},
     {8195, 0, "GetConfigFailureStats", getConfigFailureStats},
@@ -210,7 +191,7 @@ constexpr Command kCommands[] = {
 // A port that is plumbed already gets the lab's address.
 void applyPort(Members &members, Model &model, Addresses *taken) {
     const Port &port = portOf(members, model);
-    const std::string mac = parseMac(members.text("mac"));
+    const std::string mac = stationOf(members.text("mac"));
     if (mac.empty()) members.fail("mac", "is not the address of a station");
     if (const std::string *before = plumbedMac(model, port)) taken->erase({port.owner, *before});
     if (!taken->emplace(port.owner, mac).second) members.fail("mac", "is the address of another port");

@@ -10,7 +10,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "daemon/devices/device.h"
+#include "daemon/devices/device_request.h"
 #include "daemon/devices/record_table.h"
 #include "daemon/model/text.h"
 
@@ -46,8 +46,8 @@ const Switch *requestedSwitch(const Call &call) {
 
 Result createRequest(const Call &call) {
     if (call.input.size() != kRequest) return failure(EINVAL);
-    const Switch *sw = requestedSwitch(call);
-    const Port *port = sw == nullptr ? nullptr : sw->port(textAt(call.input, kPortAt, kPortId));
+    const Port *port =
+        call.model.inventory.findPort(textAt(call.input, 0, kSwitchId), textAt(call.input, kPortAt, kPortId));
     if (port == nullptr) return failure(ENOENT);
     dropDeadRecords(call.model, kRequests);
     if (roomIn(call.model, kRequests) == 0) return failure(ENOSPC);
@@ -66,19 +66,14 @@ Result clearRequests(const Call &call) {
     return {};
 }
 
-Result getPortStats(const Call &call) {
-    const uint32_t number = u32At(call.input, 0);
-    if (call.model.inventory.findPort(number) == nullptr) return failure(ENOENT);
-    Record stats(kStats);
-    CounterRow counters = call.model.counters.read(fmt::format("traceflow {}", number));
-    for (size_t at = 0; at < kStats; at += sizeof(uint64_t))
-        stats.put(at, counters.next());
-    return {0, stats.take()};
+Result getPortStats(const Call &call, const Port &port) {
+    CounterRow counters = call.model.counters.read(fmt::format("traceflow {}", port.number));
+    return {0, Record(kStats).counters(0, counters).take()};
 }
 
 std::string telemetry(const Model &model) {
-    const auto &settings = model.tables.rows(kSettings);
-    return settings.empty() ? std::string(kTelemetrySize, '\0') : settings.begin()->second;
+    const std::string *kept = model.tables.only(kSettings);
+    return kept == nullptr ? std::string(kTelemetrySize, '\0') : *kept;
 }
 
 Result setTelemetry(const Call &call) {
@@ -94,7 +89,7 @@ Result getTelemetry(const Call &call) {
 constexpr Command kCommands[] = {
     {0, kRequest, "CreateRequest", createRequest},
     {1, kClear, "ClearConfig", clearRequests},
-    {2, sizeof(uint32_t), "GetPortStats", getPortStats},
+    {2, sizeof(uint32_t), "GetPortStats", on<numberedPort, getPortStats>},
     {3, kTelemetrySize, "SetINTConfig", setTelemetry},
     {4, 0, "GetINTConfig", getTelemetry},
 };

@@ -7,16 +7,13 @@
 #include <cerrno>
 
 #include "daemon/devices/busy_ports.h"
-#include "daemon/devices/device.h"
+#include "daemon/devices/device_request.h"
 
 namespace qvs::kernel {
 
 namespace {
 
-constexpr uint32_t kRequestSize = 268;
-constexpr size_t kSwitchAt = 0;
-constexpr size_t kSwitchWidth = 128;
-constexpr size_t kPortNumberAt = 128;
+constexpr uint32_t kRequest = SwitchRequest::kSize;
 constexpr size_t kUplinkAt = 176;
 constexpr size_t kUplinkWidth = 32;
 constexpr size_t kLinkStateAt = 208;
@@ -35,18 +32,9 @@ Result word(uint32_t value) {
     return {0, Record(sizeof value).put(0, value).take()};
 }
 
-std::string_view switchName(const Call &call) {
-    return textAt(call.input, kSwitchAt, kSwitchWidth);
-}
-
-const Portset *requestedPortset(const Call &call) {
-    return call.model.inventory.findPortset(switchName(call));
-}
-
 // An uplink of a switch: by the name of its NIC or of its port. Null for what is neither.
 const Port *findUplink(const Model &model, const Switch &sw, std::string_view name) {
-    const Nic *nic = model.inventory.findNic(name);
-    if (nic != nullptr && nic->port != nullptr && nic->port->owner == &sw) return nic->port;
+    if (const Port *served = model.inventory.findServedBy(sw, name)) return served;
     const Port *port = sw.port(name);
     return port != nullptr && sw.uplinkSet.contains(port->id) ? port : nullptr;
 }
@@ -57,36 +45,31 @@ const Port *requestedUplink(const Call &call) {
     return findUplink(call.model, *portset->owner, textAt(call.input, kUplinkAt, kUplinkWidth));
 }
 
-Result getUplinks(const Call &call) {
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
+Result getUplinks(const Call &call, const Portset &portset) {
     std::vector<const Nic *> nics;
-    if (portset->owner != nullptr) nics = call.model.inventory.boundNics(*portset->owner);
+    if (portset.owner != nullptr) nics = call.model.inventory.boundNics(*portset.owner);
     return countedList(call, 0, kUplinkEntry, nics, [](const Nic *nic) {
         return Record(kUplinkEntry).text(0, kUplinkWidth, nic->name).put(32, nic->port->number);
     });
 }
 
-Result getUplinkLinkState(const Call &call) {
-    const Port *uplink = requestedUplink(call);
-    return uplink == nullptr ? failure(ENOENT) : word(uplink->linkUp());
+Result getUplinkLinkState(const Call &, const Port &uplink) {
+    return word(uplink.linkUp());
 }
 
 // No uplink is a member of a LAG, so none has a link in that sense.
-Result getUplinkLacpLinkState(const Call &call) {
-    return requestedUplink(call) == nullptr ? failure(ENOENT) : word(0);
+Result getUplinkLacpLinkState(const Call &, const Port &) {
+    return word(0);
 }
 
-Result getLagTable(const Call &call) {
-    return requestedPortset(call) == nullptr ? failure(ENOENT) : Result{0, std::string(kLagTable, '\0')};
+Result getLagTable(const Call &, const Portset &) {
+    return {0, std::string(kLagTable, '\0')};
 }
 
-Result getSwitchInfo(const Call &call) {
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
+Result getSwitchInfo(const Call &call, const Portset &portset) {
     Record info(kSwitchInfo);
-    info.put(0, portset->number).put(4, portset->capacity).put(16, portset->mtu).text(88, 128, portset->name);
-    if (const Switch *sw = portset->owner) {
+    info.put(0, portset.number).put(4, portset.capacity).put(16, portset.mtu).text(88, 128, portset.name);
+    if (const Switch *sw = portset.owner) {
         const size_t uplinks = call.model.inventory.boundNics(*sw).size();
         info.put(8, static_cast<uint32_t>(sw->ports.size())).put(12, static_cast<uint32_t>(uplinks));
         info.put(20, sw->version).text(24, 64, sw->id);
@@ -97,7 +80,7 @@ Result getSwitchInfo(const Call &call) {
 // The VLAN of an access port; a trunk has none of its own.
 uint16_t vlanOf(const Port &port) {
     constexpr uint16_t kTrunk = 1;
-    const Property *vlan = port.properties.find("com.quillon.vswitch.port.vlan");
+    const Property *vlan = port.properties.find(kPortVlanKey);
     if (vlan == nullptr) return 0;
     const uint32_t flagsAndId = u32At(vlan->value, 0);
     return (flagsAndId & kTrunk) != 0 ? uint16_t{0} : static_cast<uint16_t>(flagsAndId >> 16);
@@ -118,43 +101,33 @@ Record portInfo(const Port &port) {
     Record info(kPortInfo);
     info.put(0, port.number).put(4, port.flags()).text(8, 48, port.id).text(56, 128, port.clientName());
     info.bytes(184, macOf(port)).put(190, vlanOf(port));
-    if (const Property *counters = port.properties.find("com.quillon.common.port.statistics")) {
+    if (const Property *counters = port.properties.find(kStatisticsKey)) {
         info.bytes(192, std::string_view(counters->value).substr(0, kCounters));
     }
-    if (const Property *connect = port.properties.find("com.quillon.common.port.connectid")) {
+    if (const Property *connect = port.properties.find(kConnectIdKey)) {
         info.put(320, u32At(connect->value, 0));
     }
     return info;
 }
 
-Result getSwitchPortInfo(const Call &call) {
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
-    std::vector<const Port *> ports;
-    if (portset->owner != nullptr) {
-        for (const auto &[number, port] : portset->owner->ports) {
-            lookAt(call.model, *port);
-            ports.push_back(port.get());
-        }
-    }
+Result getSwitchPortInfo(const Call &call, const Portset &portset) {
+    const std::vector<Port *> ports = portsOf(portset);
+    for (Port *port : ports)
+        lookAt(call.model, *port);
     return countedList(call, 0, kPortInfo, ports, [](const Port *port) { return portInfo(*port); });
 }
 
-Result getPortInfo(const Call &call) {
-    Port *port = call.model.inventory.findPort(u32At(call.input, kPortNumberAt));
-    if (port == nullptr) return failure(ENOENT);
-    lookAt(call.model, *port);
-    return {0, portInfo(*port).take()};
+Result getPortInfo(const Call &call, Port &port) {
+    lookAt(call.model, port);
+    return {0, portInfo(port).take()};
 }
 
 // Ports are spread over the uplinks that have a link, by port number.
-Result getTeamUplinkHint(const Call &call) {
-    const Port *port = call.model.inventory.findPort(u32At(call.input, kPortNumberAt));
-    if (port == nullptr) return failure(ENOENT);
-    std::vector<const Nic *> nics = call.model.inventory.boundNics(*port->owner);
+Result getTeamUplinkHint(const Call &call, Port &port) {
+    std::vector<const Nic *> nics = call.model.inventory.boundNics(*port.owner);
     std::erase_if(nics, [](const Nic *nic) { return !nic->up(); });
     Record hint(kHint);
-    if (!nics.empty()) hint.text(0, kHint, nics[port->number % nics.size()]->name);
+    if (!nics.empty()) hint.text(0, kHint, nics[port.number % nics.size()]->name);
     return {0, hint.take()};
 }
 
@@ -187,40 +160,42 @@ Result getSwitches(const Call &call) {
                        [&](std::string_view name) { return Record(width).text(0, width, name); });
 }
 
-Result aliasToSwitchId(const Call &call) {
-    const Switch *sw = call.model.inventory.findAlias(switchName(call));
-    return sw == nullptr ? failure(ENOENT) : Result{0, Record(kSwitchId).text(0, kSwitchId, sw->id).take()};
+const Switch *requestedByAlias(const Call &call) {
+    return call.model.inventory.findAlias(
+        textAt(call.input, SwitchRequest::kNameAt, SwitchRequest::kNameWidth));
 }
 
-Result setUplinkAdminLinkState(const Call &call) {
-    const Port *uplink = requestedUplink(call);
-    Nic *nic = uplink == nullptr || uplink->nic == nullptr ? nullptr
-                                                           : call.model.inventory.findNic(uplink->nic->name);
+Result aliasToSwitchId(const Call &, const Switch &sw) {
+    return {0, Record(kSwitchId).text(0, kSwitchId, sw.id).take()};
+}
+
+Result setUplinkAdminLinkState(const Call &call, const Port &uplink) {
+    Nic *nic = uplink.nic == nullptr ? nullptr : call.model.inventory.findNic(uplink.nic->name);
     if (nic == nullptr) return failure(ENOENT);
     Nic to = *nic;
     to.admin = u32At(call.input, kLinkStateAt) != 0;
-    call.model.uplinks.setNic(*nic, to);
+    const bool stored = call.model.uplinks.setNic(*nic, to) == Status::Ok;
+    return failure(stored ? 0 : EINVAL);
+}
+
+Result refreshDevNumaInfo(const Call &, const Portset &) {
     return {};
 }
 
-Result refreshDevNumaInfo(const Call &call) {
-    return failure(requestedPortset(call) == nullptr ? ENOENT : 0);
-}
-
 constexpr Command kCommands[] = {
-    {0x100b, kRequestSize, "GetUplinks", getUplinks},
-    {0x100c, kRequestSize, "GetUplinkLinkState", getUplinkLinkState},
-    {0x100d, kRequestSize, "GetUplinkLACPLinkState", getUplinkLacpLinkState},
-    {0x100e, kRequestSize, "GetLAGTable", getLagTable},
-    {0x1010, kRequestSize, "GetSwitchInfo", getSwitchInfo},
-    {0x1013, kRequestSize, "GetSwitchPortInfo", getSwitchPortInfo},
-    {0x1014, kRequestSize, "GetPortInfo", getPortInfo},
-    {0x1022, kRequestSize, "PortGetTeamUplinkHint", getTeamUplinkHint},
-    {0x1023, kRequestSize, "GetUplinkDVPortID", getUplinkDvPortId},
+    {0x100b, kRequest, "GetUplinks", on<requestedPortset, getUplinks>},
+    {0x100c, kRequest, "GetUplinkLinkState", on<requestedUplink, getUplinkLinkState>},
+    {0x100d, kRequest, "GetUplinkLACPLinkState", on<requestedUplink, getUplinkLacpLinkState>},
+    {0x100e, kRequest, "GetLAGTable", on<requestedPortset, getLagTable>},
+    {0x1010, kRequest, "GetSwitchInfo", on<requestedPortset, getSwitchInfo>},
+    {0x1013, kRequest, "GetSwitchPortInfo", on<requestedPortset, getSwitchPortInfo>},
+    {0x1014, kRequest, "GetPortInfo", on<requestedPortNumber, getPortInfo>},
+    {0x1022, kRequest, "PortGetTeamUplinkHint", on<requestedPortNumber, getTeamUplinkHint>},
+    {0x1023, kRequest, "GetUplinkDVPortID", getUplinkDvPortId},
     {0x1026, sizeof(uint32_t), "GetSwitches", getSwitches},
-    {0x1027, kRequestSize, "DVSAliasToSwitchId", aliasToSwitchId},
-    {0x2002, kRequestSize, "SetUplinkAdminLinkState", setUplinkAdminLinkState},
-    {0x2006, kRequestSize, "RefreshDevNUMAInfo", refreshDevNumaInfo},
+    {0x1027, kRequest, "DVSAliasToSwitchId", on<requestedByAlias, aliasToSwitchId>},
+    {0x2002, kRequest, "SetUplinkAdminLinkState", on<requestedUplink, setUplinkAdminLinkState>},
+    {0x2006, kRequest, "RefreshDevNUMAInfo", on<requestedPortset, refreshDevNumaInfo>},
 };
 
 }  // namespace

@@ -26,15 +26,6 @@ constexpr size_t kLearningInfo = 88;
 constexpr size_t kSecurity = 8;
 constexpr size_t kProps = 10;
 
-// Its ports; a portset without a switch has none.
-std::vector<const Port *> portsOf(const Portset &portset) {
-    std::vector<const Port *> ports;
-    if (portset.owner == nullptr) return ports;
-    for (const auto &[number, port] : portset.owner->ports)
-        ports.push_back(port.get());
-    return ports;
-}
-
 // --- learning ---
 
 uint32_t limitBehind(const Model &model, const Port &port) {
@@ -57,31 +48,22 @@ PortPolicy policyOf(const Port &port) {
 Record statsOf(const Call &call, const MacTable &table, const Port &port) {
     Record record(kLearningStats);
     record.put(0, port.number).put(4, table.countBehind(port).all).put(8, limitBehind(call.model, port));
-    CounterRow counters = call.model.counters.read(fmt::format("mac learning {}", port.number));
-    for (size_t at = 12; at < kLearningStats; at += sizeof(uint64_t))
-        record.put(at, counters.next());
-    return record;
+    return record.counters(12, call.model.counters.read(fmt::format("mac learning {}", port.number)));
 }
 
-Result getPortMacLearningStats(const Call &call) {
-    const Port *port = requestedDvPort(call);
-    if (port == nullptr) return failure(ENOENT);
-    return {0, statsOf(call, MacTable(call.model), *port).take()};
+Result getPortMacLearningStats(const Call &call, const Port &port) {
+    return {0, statsOf(call, MacTable(call.model), port).take()};
 }
 
-Result getSwitchMacLearningStats(const Call &call) {
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
+Result getSwitchMacLearningStats(const Call &call, const Portset &portset) {
     const MacTable table(call.model);
-    return countedList(call, 0, kLearningStats, portsOf(*portset),
+    return countedList(call, 0, kLearningStats, portsOf(portset),
                        [&](const Port *port) { return statsOf(call, table, *port); });
 }
 
-Result getMacLearningAllPorts(const Call &call) {
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
+Result getMacLearningAllPorts(const Call &call, const Portset &portset) {
     const MacTable table(call.model);
-    return countedList(call, 0, kPortLearning, portsOf(*portset), [&](const Port *port) {
+    return countedList(call, 0, kPortLearning, portsOf(portset), [&](const Port *port) {
         const PortPolicy policy = policyOf(*port);
         const int flags = (policy.flooding ? 1 : 0) | (policy.dropping ? 2 : 0);
         Record record(kPortLearning);
@@ -92,23 +74,18 @@ Result getMacLearningAllPorts(const Call &call) {
     });
 }
 
-Result getSwitchMacLearningInfo(const Call &call) {
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
+Result getSwitchMacLearningInfo(const Call &call, const Portset &portset) {
     Record info(kLearningInfo);
-    const Switch *sw = portset->owner;
+    const Switch *sw = portset.owner;
     if (sw == nullptr) return {0, info.take()};
     const MacTable::Count count = MacTable(call.model).countOn(*sw);
-    const auto ports = portsOf(*portset);
+    const auto ports = portsOf(portset);
     const auto learning =
         std::count_if(ports.begin(), ports.end(), [](const Port *port) { return policyOf(*port).learning; });
     info.put(0, agingOf(call.model, *sw)).put(8, macLimitOf(*sw)).put(12, count.all);
     info.put(16, count.learnt).put(20, count.all - count.learnt);
     info.put(24, static_cast<uint32_t>(learning)).put(28, uint32_t{learningFlags(*sw)});
-    CounterRow counters = call.model.counters.read("mac learning " + sw->id);
-    for (size_t at = 32; at < kLearningInfo; at += sizeof(uint64_t))
-        info.put(at, counters.next());
-    return {0, info.take()};
+    return {0, info.counters(32, call.model.counters.read("mac learning " + sw->id)).take()};
 }
 
 Result getGlobalMacLearningProps(const Call &call) {
@@ -124,11 +101,9 @@ Result setGlobalMacLearningProps(const Call &call) {
 // --- layer-2 security ---
 
 // What each port may not do, as stored; without a record, promiscuous mode.
-Result getL2Security(const Call &call) {
+Result getL2Security(const Call &call, const Portset &portset) {
     constexpr uint32_t kDenyPromiscuous = 1;
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
-    return countedList(call, 0, kSecurity, portsOf(*portset), [](const Port *port) {
+    return countedList(call, 0, kSecurity, portsOf(portset), [](const Port *port) {
         const Property *stored = port->properties.find("com.quillon.vswitch.port.security");
         const uint32_t denied = stored == nullptr ? kDenyPromiscuous : u32At(stored->value, 0);
         return Record(kSecurity).put(0, port->number).put(4, denied);
@@ -137,12 +112,12 @@ Result getL2Security(const Call &call) {
 
 constexpr uint32_t kRequest = SwitchRequest::kSize;
 constexpr Command kCommands[] = {
-    {0x101c, kRequest, "GetPortMACLearningStats", getPortMacLearningStats},
+    {0x101c, kRequest, "GetPortMACLearningStats", on<requestedDvPort, getPortMacLearningStats>},
     {0x101d, kRequest, "GetGlobalMACLearningProps", getGlobalMacLearningProps},
-    {0x101e, kRequest, "GetSwitchMACLearningInfo", getSwitchMacLearningInfo},
-    {0x101f, kRequest, "GetMACLearningAllPorts", getMacLearningAllPorts},
-    {0x1020, kRequest, "GetSwitchMACLearningStats", getSwitchMacLearningStats},
-    {0x1021, kRequest, "GetL2Security", getL2Security},
+    {0x101e, kRequest, "GetSwitchMACLearningInfo", on<requestedPortset, getSwitchMacLearningInfo>},
+    {0x101f, kRequest, "GetMACLearningAllPorts", on<requestedPortset, getMacLearningAllPorts>},
+    {0x1020, kRequest, "GetSwitchMACLearningStats", on<requestedPortset, getSwitchMacLearningStats>},
+    {0x1021, kRequest, "GetL2Security", on<requestedPortset, getL2Security>},
     {0x2005, kRequest, "SetGlobalMACLearningProps", setGlobalMacLearningProps},
 };
 

@@ -81,25 +81,19 @@ Result macTable(const Call &call, const Wanted &wanted) {
     });
 }
 
-Result getMacTable(const Call &call) {
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
-    return macTable(call, [&](const Port &port) { return port.owner == portset->owner; });
+Result getMacTable(const Call &call, const Portset &portset) {
+    return macTable(call, [&](const Port &port) { return port.owner == portset.owner; });
 }
 
 // What is reached through the team: behind the uplinks.
-Result getTeamMacTable(const Call &call) {
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
+Result getTeamMacTable(const Call &call, const Portset &portset) {
     return macTable(call, [&](const Port &port) {
-        return port.owner == portset->owner && port.owner->uplinkSet.contains(port.id);
+        return port.owner == portset.owner && port.owner->uplinkSet.contains(port.id);
     });
 }
 
-Result getPortMacTable(const Call &call) {
-    const Port *wanted = requestedDvPort(call);
-    if (wanted == nullptr) return failure(ENOENT);
-    return macTable(call, [&](const Port &port) { return &port == wanted; });
+Result getPortMacTable(const Call &call, const Port &wanted) {
+    return macTable(call, [&](const Port &port) { return &port == &wanted; });
 }
 
 bool validAddress(uint64_t address, uint16_t vlan) {
@@ -164,25 +158,21 @@ Result staticContexts(const Call &call, const Wanted &wanted) {
     });
 }
 
-Result getStaticLectx(const Call &call) {
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
-    return staticContexts(call, [&](const Port &port) { return port.owner == portset->owner; });
+Result getStaticLectx(const Call &call, const Portset &portset) {
+    return staticContexts(call, [&](const Port &port) { return port.owner == portset.owner; });
 }
 
-Result getPortStaticLectx(const Call &call) {
-    const Port *wanted = requestedDvPort(call);
-    if (wanted == nullptr) return failure(ENOENT);
-    return staticContexts(call, [&](const Port &port) { return &port == wanted; });
+Result getPortStaticLectx(const Call &call, const Port &wanted) {
+    return staticContexts(call, [&](const Port &port) { return &port == &wanted; });
 }
 
 constexpr uint32_t kRequest = SwitchRequest::kSize;
 constexpr Command kCommands[] = {
-    {0x1017, kRequest, "GetMACTable", getMacTable},
-    {0x1018, kRequest, "GetStaticLectx", getStaticLectx},
-    {0x1019, kRequest, "GetPortMACTable", getPortMacTable},
-    {0x101a, kRequest, "GetPortStaticLectx", getPortStaticLectx},
-    {0x101b, kRequest, "GetTeamMACTable", getTeamMacTable},
+    {0x1017, kRequest, "GetMACTable", on<requestedPortset, getMacTable>},
+    {0x1018, kRequest, "GetStaticLectx", on<requestedPortset, getStaticLectx>},
+    {0x1019, kRequest, "GetPortMACTable", on<requestedDvPort, getPortMacTable>},
+    {0x101a, kRequest, "GetPortStaticLectx", on<requestedDvPort, getPortStaticLectx>},
+    {0x101b, kRequest, "GetTeamMACTable", on<requestedPortset, getTeamMacTable>},
     {0x2003, kRequest, "SetPortMACTable", setPortMacTable},
     {0x2004, kRequest, "ClearPortMACTable", clearPortMacTable},
 };

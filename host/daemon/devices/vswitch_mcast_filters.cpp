@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <set>
 
 #include <fmt/format.h>
@@ -210,13 +209,9 @@ Address parseAddress(const Members &members, const char *name, const std::string
     std::string bytes(16, '\0');
     if (inet_pton(AF_INET, text.c_str(), bytes.data()) == 1) return {IPv4, bytes.substr(0, 4)};
     if (inet_pton(AF_INET6, text.c_str(), bytes.data()) == 1) return {IPv6, bytes};
-    std::array<uint8_t, 6> mac{};
-    int length = 0;
-    const int parts = std::sscanf(text.c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx%n", &mac[0], &mac[1],
-                                  &mac[2], &mac[3], &mac[4], &mac[5], &length);
-    if (parts != 6 || text.size() != 17 || length != 17)
-        members.fail(name, "is none of a MAC, IPv4 and IPv6 address: " + text);
-    return {Mac, {mac.begin(), mac.end()}};
+    const auto mac = parseMac(text);
+    if (!mac) members.fail(name, "is none of a MAC, IPv4 and IPv6 address: " + text);
+    return {Mac, *mac};
 }
 
 bool isMulticast(const Address &address) {

@@ -20,11 +20,6 @@ constexpr size_t kDestination = 4;
 constexpr size_t kSessionStats = 121;
 constexpr size_t kAgentStats = 76;
 
-void putCounters(CounterRow counters, size_t at, size_t count, Record *record) {
-    for (; count != 0; --count, at += sizeof(uint64_t))
-        record->put(at, counters.next());
-}
-
 // The identifiers of a switch, each once, in the order in which they are stored.
 std::vector<std::string_view> sessionIds(const Switch &sw) {
     std::vector<std::string_view> ids;
@@ -37,8 +32,8 @@ std::vector<std::string_view> sessionIds(const Switch &sw) {
 
 // A port of the switch by its identifier, or by the NIC that it is bound to.
 const Port *findByName(const Model &model, const Switch &sw, std::string_view name) {
-    const Nic *nic = model.inventory.findNic(name);
-    return nic != nullptr && nic->port != nullptr && nic->port->owner == &sw ? nic->port : sw.port(name);
+    const Port *served = model.inventory.findServedBy(sw, name);
+    return served != nullptr ? served : sw.port(name);
 }
 
 // The ports with a link that enabled sessions mirror to, by number.
@@ -57,36 +52,30 @@ std::vector<uint32_t> activeDestinations(const Model &model, const Switch &sw) {
     return {numbers.begin(), numbers.end()};
 }
 
-Result getPromiscSessionActiveDsts(const Call &call) {
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
+Result getPromiscSessionActiveDsts(const Call &call, const Portset &portset) {
     std::vector<uint32_t> numbers;
-    if (portset->owner != nullptr) numbers = activeDestinations(call.model, *portset->owner);
+    if (portset.owner != nullptr) numbers = activeDestinations(call.model, *portset.owner);
     return countedList(call, 0, kDestination, numbers,
                        [](uint32_t number) { return Record(kDestination).put(0, number); });
 }
 
-Result getSessionIds(const Call &call) {
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
+Result getSessionIds(const Call &call, const Portset &portset) {
     std::vector<std::string_view> ids;
-    if (portset->owner != nullptr) ids = sessionIds(*portset->owner);
+    if (portset.owner != nullptr) ids = sessionIds(*portset.owner);
     return countedList(call, 0, kSessionWidth, ids,
                        [](std::string_view id) { return Record(kSessionWidth).bytes(0, id); });
 }
 
 // A session that is disabled wherever it stands does nothing: its counters are zero.
-Result getSessionStats(const Call &call) {
+Result getSessionStats(const Call &call, const Portset &portset) {
     constexpr size_t kCountersAt = 32;
-    constexpr size_t kCounters = 11;
     constexpr size_t kActiveAt = 120;
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr || portset->owner == nullptr) return failure(ENOENT);
+    if (portset.owner == nullptr) return failure(ENOENT);
     const std::string_view name = textAt(call.input, SwitchRequest::kOwnAt, kSessionWidth);
     std::string_view id;
     bool found = false;
     bool active = false;
-    forEachMirrorSession(*portset->owner, [&](const MirrorSession &session) {
+    forEachMirrorSession(*portset.owner, [&](const MirrorSession &session) {
         // An identifier may fill its field, and no request has room for its last character then.
         if (session.id.substr(0, kSessionWidth - 1) != name) return;
         if (!found) id = session.id;
@@ -97,8 +86,8 @@ Result getSessionStats(const Call &call) {
     Record stats(kSessionStats);
     stats.bytes(0, id).put(kActiveAt, static_cast<uint8_t>(active));
     if (active) {
-        const std::string object = "mirror session " + portset->name + "/" + std::string(id);
-        putCounters(call.model.counters.read(object), kCountersAt, kCounters, &stats);
+        const std::string object = "mirror session " + portset.name + "/" + std::string(id);
+        stats.counters(kCountersAt, call.model.counters.read(object), kActiveAt);
     }
     return {0, stats.take()};
 }
@@ -106,21 +95,20 @@ Result getSessionStats(const Call &call) {
 // The one request that names nothing: there is one agent, for the sessions of all switches.
 Result getAgentStats(const Call &call) {
     constexpr size_t kCountersAt = 4;
-    constexpr size_t kCounters = 9;
     size_t sessions = 0;
     for (const auto &[number, portset] : call.model.inventory.portsets()) {
         if (portset->owner != nullptr) sessions += sessionIds(*portset->owner).size();
     }
     Record stats(kAgentStats);
     stats.put(0, static_cast<uint32_t>(sessions));
-    putCounters(call.model.counters.read("mirror agent"), kCountersAt, kCounters, &stats);
-    return {0, stats.take()};
+    return {0, stats.counters(kCountersAt, call.model.counters.read("mirror agent")).take()};
 }
 
 constexpr Command kCommands[] = {
-    {0x1004, SwitchRequest::kSize, "GetPromiscSessionActiveDsts", getPromiscSessionActiveDsts},
-    {0x1005, SwitchRequest::kSize, "GetDVMirrorSessionIDs", getSessionIds},
-    {0x1006, SwitchRequest::kSize, "GetDVMirrorSessionStats", getSessionStats},
+    {0x1004, SwitchRequest::kSize, "GetPromiscSessionActiveDsts",
+     on<requestedPortset, getPromiscSessionActiveDsts>},
+    {0x1005, SwitchRequest::kSize, "GetDVMirrorSessionIDs", on<requestedPortset, getSessionIds>},
+    {0x1006, SwitchRequest::kSize, "GetDVMirrorSessionStats", on<requestedPortset, getSessionStats>},
     {0x2007, 0, "GetDVMirrorAgentWorldStats", getAgentStats},
 };
 

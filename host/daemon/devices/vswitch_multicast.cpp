@@ -1,7 +1,7 @@
 // /dev/vswitch: how a switch filters multicast. The request carries the portset name at 0 (128 bytes).
 #include <cerrno>
 
-#include "daemon/devices/device.h"
+#include "daemon/devices/device_request.h"
 
 namespace qvs::kernel {
 
@@ -19,15 +19,13 @@ FilterMode filterModeOf(const Switch &sw) {
     return sw.version <= kLastLegacyVersion ? Legacy : Snooping;
 }
 
-Result getMcastFilterMode(const Call &call) {
-    const Portset *portset = call.model.inventory.findPortset(textAt(call.input, 0, 128));
-    if (portset == nullptr) return failure(ENOENT);
-    const uint32_t mode = portset->owner == nullptr ? Legacy : filterModeOf(*portset->owner);
+Result getMcastFilterMode(const Call &, const Portset &portset) {
+    const uint32_t mode = portset.owner == nullptr ? Legacy : filterModeOf(*portset.owner);
     return {0, Record(sizeof mode).put(0, mode).take()};
 }
 
 constexpr Command kCommands[] = {
-    {0x1007, 268, "GetMcastFilterMode", getMcastFilterMode},
+    {0x1007, SwitchRequest::kSize, "GetMcastFilterMode", on<requestedPortset, getMcastFilterMode>},
 };
 
 }  // namespace

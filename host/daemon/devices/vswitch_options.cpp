@@ -50,8 +50,8 @@ constexpr Table<std::string, Options> kOptions("options", kNameOf<kNames>, {pack
 constexpr const AnyTable *kTables[] = {&kOptions};
 
 Options storedOptions(const Model &model) {
-    const auto &rows = model.tables.rows(kOptions);
-    return rows.empty() ? Options{} : rows.begin()->second;
+    const Options *options = model.tables.only(kOptions);
+    return options == nullptr ? Options{} : *options;
 }
 
 // An option without a value is one that is no longer there. False when all of them do not fit.

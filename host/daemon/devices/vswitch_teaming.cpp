@@ -18,41 +18,27 @@ constexpr size_t kServicePortStats = 48;
 constexpr size_t kPolicyName = 136;
 constexpr size_t kPolicyEntry = 2748;
 
-Result statistics(const Call &call, const char *kind, size_t size) {
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
-    CounterRow counters = call.model.counters.read(kind + portset->name);
-    Record record(size);
-    for (size_t at = 0; at < size; at += sizeof(uint64_t))
-        record.put(at, counters.next());
-    return {0, record.take()};
+template <const auto &kind, size_t size>
+Result statistics(const Call &call, const Portset &portset) {
+    return {0, Record(size).counters(0, call.model.counters.read(kind + portset.name)).take()};
 }
 
-Result getRarpStats(const Call &call) {
-    return statistics(call, "rarp ", kRarpStats);
-}
-
-Result getServicePortTeamingStats(const Call &call) {
-    return statistics(call, "service-port teaming ", kServicePortStats);
-}
+constexpr char kRarp[] = "rarp ";
+constexpr char kServicePort[] = "service-port teaming ";
 
 // A port that has chosen none has an empty name.
-Result getPortPolicyName(const Call &call) {
-    const Port *port = call.model.inventory.findPort(u32At(call.input, SwitchRequest::kPortNumberAt));
-    if (port == nullptr) return failure(ENOENT);
-    const std::string_view name = port->properties.text("com.quillon.vswitch.port.logicalswitch.teaming");
+Result getPortPolicyName(const Call &, Port &port) {
+    const std::string_view name = port.properties.text("com.quillon.vswitch.port.logicalswitch.teaming");
     return {0, Record(kPolicyName).text(0, kPolicyName, name).take()};
 }
 
 // u32 count and the entries. Who has room for the count alone learns how many there are, any other gets as
 // many as fit, and that number.
-Result getPolicyTable(const Call &call) {
+Result getPolicyTable(const Call &call, const Portset &portset) {
     constexpr size_t kCount = sizeof(uint32_t);
-    const Portset *portset = requestedPortset(call);
-    if (portset == nullptr) return failure(ENOENT);
     const Property *stored = nullptr;
-    if (portset->owner != nullptr)
-        stored = portset->owner->global.find("com.quillon.vswitch.logicalswitch.teaming");
+    if (portset.owner != nullptr)
+        stored = portset.owner->global.find("com.quillon.vswitch.logicalswitch.teaming");
     std::string_view entries;
     if (stored != nullptr && stored->value.size() > kCount) {
         entries = std::string_view(stored->value).substr(kCount);
@@ -69,10 +55,11 @@ Result getPolicyTable(const Call &call) {
 }
 
 constexpr Command kCommands[] = {
-    {0x1001, SwitchRequest::kSize, "GetRARPStats", getRarpStats},
-    {0x1002, SwitchRequest::kSize, "GetServicePortTeamingStats", getServicePortTeamingStats},
-    {0x1024, SwitchRequest::kSize, "GetPortLSTeamingPolicyName", getPortPolicyName},
-    {0x1025, SwitchRequest::kSize, "GetLSTeamingPolicyTable", getPolicyTable},
+    {0x1001, SwitchRequest::kSize, "GetRARPStats", on<requestedPortset, statistics<kRarp, kRarpStats>>},
+    {0x1002, SwitchRequest::kSize, "GetServicePortTeamingStats",
+     on<requestedPortset, statistics<kServicePort, kServicePortStats>>},
+    {0x1024, SwitchRequest::kSize, "GetPortLSTeamingPolicyName", on<requestedPortNumber, getPortPolicyName>},
+    {0x1025, SwitchRequest::kSize, "GetLSTeamingPolicyTable", on<requestedPortset, getPolicyTable>},
 };
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "daemon/devices/json_members.h"
 #include "daemon/front/lab.h"
+#include "daemon/model/text.h"
 #include "wire/json.h"
 
 namespace qvs::kernel {
@@ -31,14 +32,12 @@ json describeSwitch(const Model &model, const Switch &sw) {
 }
 
 json describeNic(const Nic &nic) {
-    const auto &mac = nic.mac;
     return {{"name", nic.name},
             {"link", nic.link ? "up" : "down"},
             {"admin", nic.admin ? "up" : "down"},
             {"speedMbps", nic.speedMbps},
             {"mtu", nic.mtu},
-            {"mac", fmt::format("{:02x}:{:02x}:{:02x}:{:02x}:{:02x}:{:02x}", mac[0], mac[1], mac[2], mac[3],
-                                mac[4], mac[5])},
+            {"mac", hexDigits(bytesOf(nic.mac), ":")},
             {"switch", nic.port == nullptr ? json() : json(nic.port->owner->id)},
             {"port", nic.port == nullptr ? json() : json(nic.port->id)}};
 }

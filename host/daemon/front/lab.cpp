@@ -2,7 +2,6 @@
 #include "daemon/front/lab.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include <fmt/format.h>
 
@@ -50,9 +49,7 @@ std::string terminated(std::string_view text) {
 }
 
 std::string u32Bytes(uint32_t value) {
-    std::string bytes(sizeof value, '\0');
-    std::memcpy(bytes.data(), &value, sizeof value);
-    return bytes;
+    return Record(sizeof value).put(0, value).take();
 }
 
 // The identifier that a management tool derives from an alias: 16 bytes in hexadecimal.
@@ -168,10 +165,10 @@ class Laboratory {
         const std::string statistics(128, '\0');
         const std::vector<PropertyView> properties = {
             {"com.quillon.common.port.alias", alias, kConfig},
-            {"com.quillon.common.port.connectid", connect, kConfig},
+            {kConnectIdKey, connect, kConfig},
             {kPortBlockKey, block, kConfig},
-            {"com.quillon.common.port.statistics", statistics, kRuntime},
-            {"com.quillon.vswitch.port.vlan", vlan, kPolicy},
+            {kStatisticsKey, statistics, kRuntime},
+            {kPortVlanKey, vlan, kPolicy},
         };
         require(model_.dataPaths.addPort(sw.id, name, properties), "port " + name);
     }
@@ -190,8 +187,7 @@ class Laboratory {
     }
 
     void attach(const Lab::Client &client) {
-        const Switch *sw = model_.inventory.findAlias(client.sw);
-        if (sw == nullptr) sw = model_.inventory.findSwitch(client.sw);
+        const Switch *sw = model_.inventory.findByName(client.sw);
         if (sw == nullptr) fail("switch " + client.sw, Status::NotFound);
         Port *port = sw->port(client.port);
         if (port == nullptr) fail("port " + client.port, Status::NotFound);

@@ -1,6 +1,7 @@
 // Reading and writing of fields.
 #include "daemon/model/bytes.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "daemon/model/property.h"
@@ -40,6 +41,12 @@ Record &Record::text(size_t offset, size_t width, std::string_view value) {
 
 Record &Record::bytes(size_t offset, std::string_view value) {
     bytes_.replace(offset, value.size(), value);
+    return *this;
+}
+
+Record &Record::counters(size_t offset, CounterRow row, size_t end) {
+    for (end = std::min(end, bytes_.size()); offset < end; offset += sizeof(uint64_t))
+        put(offset, row.next());
     return *this;
 }
 

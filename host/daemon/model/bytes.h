@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "daemon/model/counters.h"
+
 namespace qvs::kernel {
 
 // Fields of fetched records and frames; what lies beyond the end reads as zero.
@@ -29,6 +31,8 @@ class Record {
     // At most width - 1 bytes, so that a NUL remains.
     Record &text(size_t offset, size_t width, std::string_view value);
     Record &bytes(size_t offset, std::string_view value);
+    // u64 counters one after the other, up to an end or that of the record.
+    Record &counters(size_t offset, CounterRow row, size_t end = SIZE_MAX);
     std::string take() { return std::move(bytes_); }
     const std::string &view() const { return bytes_; }
 

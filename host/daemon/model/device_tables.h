@@ -23,6 +23,11 @@ class DeviceTables {
     const std::map<Key, Value> &rows(const Table<Key, Value> &table) const {
         return stored(table).rows;
     }
+    // The value of a table with one row at most; null for none.
+    template <typename Key, typename Value>
+    const Value *only(const Table<Key, Value> &table) const {
+        return rows(table).empty() ? nullptr : &rows(table).begin()->second;
+    }
     template <typename Key, typename Value>
     void setRow(const Table<Key, Value> &table, const std::type_identity_t<Key> &key,
                 const std::type_identity_t<Value> &value) {

@@ -11,8 +11,6 @@ namespace qvs::kernel {
 
 namespace {
 
-constexpr char kVlanKey[] = "com.quillon.vswitch.port.vlan";
-
 struct Range {
     uint16_t first;
     uint16_t last;
@@ -73,7 +71,7 @@ HealthCheck::HealthCheck(const Inventory &inventory, const Switch &sw) {
 }
 
 std::optional<HealthCheck::Results> HealthCheck::resultsOf(const Port &port) const {
-    const Property *policy = deployed_ ? port.properties.find(kVlanKey) : nullptr;
+    const Property *policy = deployed_ ? port.properties.find(kPortVlanKey) : nullptr;
     const Ranges vlans = policy == nullptr ? Ranges{} : vlansOf(policy->value);
     if (vlans.empty()) return std::nullopt;
     return Results{mtu_ != 0 ? packResult(vlans, {}) : packResult({}, vlans), packMtus(mtu_)};

@@ -55,8 +55,8 @@ void Model::load() {
     inventory.clear();
     loadInventory(store, &inventory);
     tables.load();
-    const auto &host = tables.rows(kHostTable);
-    counters.seed(host.empty() ? 1 : host.begin()->second);
+    const uint64_t *seed = tables.only(kHostTable);
+    counters.seed(seed == nullptr ? 1 : *seed);
 }
 
 void Model::seedCounters(uint32_t seed) {

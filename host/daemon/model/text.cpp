@@ -8,6 +8,8 @@
 
 #include <fmt/format.h>
 
+#include "wire/fault.h"
+
 namespace qvs::kernel {
 
 namespace {
@@ -81,6 +83,17 @@ std::string hexRuns(std::string_view bytes) {
     }
     if (bytes.size() == shown.size()) return result;
     return result + (result.empty() ? "" : " ") + leftOut(bytes.size() - shown.size());
+}
+
+std::optional<std::string> parseMac(std::string_view text) {
+    constexpr size_t kLength = 17;
+    std::string mac;
+    for (size_t at = 0; text.size() == kLength && at < kLength; at += 3) {
+        const auto byte = wire::numberOf<uint8_t>(text.substr(at, 2), 16);
+        if (!byte || (at != 0 && text[at - 1] != ':')) return std::nullopt;
+        mac += static_cast<char>(*byte);
+    }
+    return mac.empty() ? std::nullopt : std::optional(mac);
 }
 
 std::string errnoName(int error) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,8 @@ std::string shellWord(std::string_view text);
 std::string hexDigits(std::string_view bytes, std::string_view between = {});
 // Runs of non-zero bytes as "offset:hex", one blank between.
 std::string hexRuns(std::string_view bytes);
+// The six bytes of an address like "02:00:00:00:00:01"; nothing for any other text.
+std::optional<std::string> parseMac(std::string_view text);
 // "ENOENT"; 0 is "0".
 std::string errnoName(int error);
 
