@@ -121,7 +121,10 @@ std::string whyNot(const std::string &path) {
 
 std::string whyNotOnHost(const std::string &command, const Layout &layout) {
     auto path = findProgram(command);
+    std::error_code ignored;
     for (int scripts = 0; path && scripts < kMaxScripts; ++scripts) {
+        // Opening a pipe would wait for who writes to it; the kernel refuses to run it.
+        if (!std::filesystem::is_regular_file(*path, ignored)) return {};
         std::ifstream file(*path, std::ios::binary);
         char line[kMaxLine] = {};
         file.read(line, sizeof line - 1);
@@ -129,7 +132,6 @@ std::string whyNotOnHost(const std::string &command, const Layout &layout) {
             path = interpreterOf(line);
             continue;
         }
-        std::error_code ignored;
         if (std::filesystem::equivalent(*path, layout.treesh, ignored)) return {};
         const std::string why = whyNot(*path);
         if (why.empty()) return {};

@@ -41,7 +41,7 @@ The state that cannot be loaded, and a host that stops answering in the middle o
 
 A socket without permission: that of another user, or one that lost its bits.
 
-  $ if [ "$(id -u)" -eq 0 ]; then other="setpriv --reuid 65534 --clear-groups"; else chmod 0 ../state/socket; fi; $other qvs switch list; echo $?; chmod 600 ../state/socket
+  $ other=; if [ "$(id -u)" -eq 0 ]; then other="setpriv --reuid 65534 --clear-groups"; else chmod 0 ../state/socket; fi; $other qvs switch list; echo $?; chmod 600 ../state/socket
   qvs: the host does not answer: /dev/vswitch: Permission denied; it answers root, and the user whom it belongs to
   6
 

@@ -56,6 +56,15 @@ for shell in treesh /bin/treesh; do
     [ ! -s err ] || fail "$shell: $(cat err)"
 done
 
+# What cannot be run is not waited for.
+mkfifo -m 700 pipe
+printf '#!%s\n' "$PWD/pipe" >script
+for file in ./pipe ./script; do
+    status=0
+    timeout 10 qvs-host run -- $file 2>err || status=$?
+    [ $status -eq 126 ] || fail "$file: status $status: $(cat err)"
+done
+
 # A sanitizer in another program goes on with its work.
 ! run ./sanitized overrun || fail 'the overrun is not noticed'
 grep -q 'AddressSanitizer: heap-buffer-overflow' err || fail "the overrun: $(cat err)"
