@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "access/host.h"
 #include "access/library.h"
@@ -41,15 +42,27 @@ std::string_view cut(std::string_view name, size_t entrySize) {
     return name.substr(0, entrySize - 1);
 }
 
+// Once in a run.
+void warnOfSilence(HYP_ReturnStatus status) {
+    static bool warned = false;
+    if (std::exchange(warned, true)) return;
+    complain("warning: {}; what is half made in the kernel does not show",
+             libraryFailure("switches of the kernel", status).message);
+}
+
 bool askNames(uint32_t selector, uint32_t entrySize, std::set<std::string, std::less<>> &names) {
+    HYP_ReturnStatus status = HYP_OK;
     KernelList list = boundedList(
         [&] {
             VshypBuffer buffer;
-            fetch<VSHYP_GetSwitches>(buffer, selector);
+            status = fetch<VSHYP_GetSwitches>(buffer, selector);
             return buffer;
         },
         entrySize, "switches");
-    if (!list.buffer) return false;
+    if (!list.buffer) {
+        warnOfSilence(status);
+        return false;
+    }
     for (uint32_t i = 0; i < list.count; i++)
         names.emplace(boundedText(list.entry(i).data(), entrySize));
     return true;
@@ -384,7 +397,7 @@ void repair(const Arguments &arguments, Output &out) {
         return true;
     });
     std::optional<KernelSwitches> kernel = askKernelSwitches();
-    if (!kernel) throw libraryFailure("switches of the kernel", HYP_FAILURE);
+    if (!kernel) fail(Exit::Failed, "nothing was repaired");
     Repairs repairs(out, arguments.given("--dry-run"));
     for (const std::string &id : ids) {
         // Removing one loads the snapshot again.

@@ -26,7 +26,7 @@ struct KernelSwitches {
     std::set<std::string, std::less<>> portsets;
     std::set<std::string, std::less<>> aliases;
 };
-// Nothing when the kernel does not say.
+// Nothing, and a warning, when the kernel does not say.
 std::optional<KernelSwitches> askKernelSwitches();
 bool hasPortset(const KernelSwitches &kernel, std::string_view name);
 

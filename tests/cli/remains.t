@@ -147,3 +147,17 @@ A repair of all; nothing is left, and the second run finds nothing.
   $ qvs switch repair nix
   qvs: switch 'nix': Not found (0xbad0003)
   ? 3
+
+A kernel that does not say which data paths it has.
+
+  $ qvs-host fault add GetSwitches --forever --errno EBUSY; for command in list 'create b --may-exist' repair; do qvs switch $command; echo "? $?"; done; qvs-host fault clear
+  qvs: warning: switches of the kernel: Failure (0xbad0001); what is half made in the kernel does not show
+  ALIAS  ID                                               CLASS    VERSION  PORTS  UPLINKS  PORTSET
+  b      62 00 00 00 00 00 00 00-00 00 00 00 00 00 00 00  vswitch  105      2      0        b
+  ? 0
+  qvs: warning: switches of the kernel: Failure (0xbad0001); what is half made in the kernel does not show
+  b: unchanged
+  ? 0
+  qvs: warning: switches of the kernel: Failure (0xbad0001); what is half made in the kernel does not show
+  qvs: nothing was repaired
+  ? 1
