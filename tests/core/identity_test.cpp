@@ -125,6 +125,7 @@ TEST(Identity, PortsetNameOfAnAlias) {
 }
 
 TEST(Identity, AliasOfAPortset) {
+    const std::string a128(128, 'a'), p127(127, 'p'), p200(200, 'p');
     struct {
         const char *name;
         StoredSwitch sw;
@@ -139,16 +140,10 @@ TEST(Identity, AliasOfAPortset) {
         {"stored has no NUL", {"id", text("sw1"), "pset1"}, "pset1", field("sw1", 128)},
         {"no portset", {"id", text("sw1"), std::nullopt}, "sw1", zeros(128)},
         {"no alias", {"id", std::nullopt, text("pset1")}, "pset12", field("pset12", 128)},
-        {"no alias, long name",
-         {"id", std::nullopt, text("p")},
-         std::string(200, 'p'),
-         text(std::string(127, 'p'))},
+        {"no alias, long name", {"id", std::nullopt, text("p")}, p200, text(p127)},
         {"empty alias", {"id", text(""), text("pset1")}, "pset1", zeros(128)},
         {"alias has no NUL", {"id", "sw1", text("pset1")}, "pset1", field("sw1", 128)},
-        {"alias of 128 characters",
-         {"id", text(std::string(128, 'a')), text("p")},
-         "p",
-         std::string(128, 'a')},
+        {"alias of 128 characters", {"id", text(a128), text("p")}, "p", a128},
         {"other class", {"id", text("hub"), text("pset1"), "etherswitch"}, "pset1", field("hub", 128)},
     };
     for (const auto &[name, sw, searched, alias] : rows) {

@@ -8,9 +8,10 @@ namespace {
 
 // What the library has called of this program's functions, from its load on.
 char called[256];
-void note(const char *name) {
+HYP_ReturnStatus note(const char *name) {
     const std::string_view before(called);
     std::string_view(name).copy(called + before.size(), sizeof called - 1 - before.size());
+    return HYP_FAILURE;
 }
 
 }  // namespace
@@ -29,20 +30,16 @@ HYP_ReturnStatus DVSLoadConfig(void) {
     return next(&DVSLoadConfig, "DVSLoadConfig")();
 }
 HYP_ReturnStatus HYPIoctl(const char *, int, void *) {
-    note("HYPIoctl ");
-    return HYP_FAILURE;
+    return note("HYPIoctl ");
 }
 HYP_ReturnStatus DVSAliasToSwitchId(const char *, char *) {
-    note("DVSAliasToSwitchId ");
-    return HYP_FAILURE;
+    return note("DVSAliasToSwitchId ");
 }
 HYP_ReturnStatus VSHYP_DVSAliasToSwitchId(const char *, void *) {
-    note("VSHYP_DVSAliasToSwitchId ");
-    return HYP_FAILURE;
+    return note("VSHYP_DVSAliasToSwitchId ");
 }
 HYP_ReturnStatus SetNumSwitchUplinkPortsByUUID(const char *, uint32_t) {
-    note("SetNumSwitchUplinkPortsByUUID ");
-    return HYP_FAILURE;
+    return note("SetNumSwitchUplinkPortsByUUID ");
 }
 const char *ReturnStatusToString(HYP_ReturnStatus) {
     note("ReturnStatusToString ");

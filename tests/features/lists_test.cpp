@@ -47,12 +47,13 @@ constexpr Family kErrno = {.path = kSpf,
                            .fetchesEmpty = true,
                            .presetsCount = true};
 
+using Get = uint32_t (*)(void **list);
 struct List {
     Family family;
     const char *count;  // the request that counts
     uint32_t entrySize;
     uint32_t entries;
-    uint32_t (*get)(void **list);
+    Get get;
     uint32_t headerSize = 8;
     uint32_t countAt = 0;
     const char *fetch = nullptr;  // unless it is the same, with another length that is asked for
@@ -67,20 +68,12 @@ struct List {
 constexpr uint32_t kN = 0x4000001;  // of port0
 constexpr char kSw1[] = "sw1", kPs1[] = "ps1", kTwo[] = "two", kPort0[] = "port0";
 template <auto F, auto... given>
-uint32_t get(void **list) {
-    return F(given..., list);
-}
+constexpr Get get = [](void **list) { return F(given..., list); };
 // An answer by pointer, as a status.
 template <auto F, auto... given>
-uint32_t byPointer(void **list) {
-    *list = F(given...);
-    return *list != nullptr ? 0 : kNull;
-}
+constexpr Get byPointer = [](void **list) { return (*list = F(given...)) != nullptr ? 0 : kNull; };
 template <auto F, auto... given>
-uint32_t byErrno(void **list) {
-    *list = F(given...);
-    return *list != nullptr ? 0 : static_cast<uint32_t>(errno);
-}
+constexpr Get byErrno = [](void **list) { return (*list = F(given...)) != nullptr ? 0u : unsigned(errno); };
 
 constexpr uint8_t kGroup4[] = {224, 1, 2, 251, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9};
 constexpr uint8_t kGroup6[] = {0xff, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xfb};
