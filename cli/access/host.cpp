@@ -40,7 +40,7 @@ const char *noHost() {
         return "no hypercore on this machine: the emulated host was lost on the way, by a program that does "
                "not pass its environment on (env -i, sudo)";
     return "no hypercore on this machine: the kernel's switch device does not answer\n"
-           "qvs: an emulated host to try this on: qvs-host run -- qvs ...";
+           "an emulated host to try this on: qvs-host run -- qvs ...";
 }
 
 const char *remedy(int error) {
@@ -96,7 +96,7 @@ void requireHost() {
 }
 
 void blameHost(const std::string &message) {
-    requireDevice(deviceError(), true, message.empty() ? "" : message + "\nqvs: ");
+    requireDevice(deviceError(), true, message.empty() ? "" : message + "\n");
 }
 
 }  // namespace qvs::cli

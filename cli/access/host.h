@@ -1,7 +1,7 @@
 // Whether there is a host, and whether it answers.
 #pragma once
 
-#include "tool/failure.h"
+#include "access/status.h"
 
 namespace qvs::cli {
 

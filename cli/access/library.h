@@ -15,6 +15,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "access/status.h"
 #include "tool/failure.h"
 #include "tool/text.h"
 

@@ -163,7 +163,7 @@ uint32_t patience() {
     // May have a fraction.
     const char *set = std::getenv(kPatienceVariable);
     const double seconds = set != nullptr ? std::ceil(std::strtod(set, nullptr)) : 0;
-    return seconds >= 1 && seconds <= kMostTimeout ? static_cast<uint32_t>(seconds) : kDefaultPatience;
+    return seconds >= 1 && seconds <= kMostPatience ? static_cast<uint32_t>(seconds) : kDefaultPatience;
 }
 
 void setPatience(uint32_t seconds) {

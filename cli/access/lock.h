@@ -9,6 +9,7 @@
 namespace qvs::cli {
 
 // How long a run waits, in seconds: for the host to answer, and for other runs to end.
+inline constexpr uint32_t kMostPatience = 86400;
 uint32_t patience();
 void setPatience(uint32_t seconds);
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tool/command.h"
+#include "access/limits.h"
 #include "tool/text.h"
 
 namespace qvs::cli {

@@ -9,7 +9,7 @@
 #include "access/library.h"
 #include "access/lock.h"
 #include "access/snapshot.h"
-#include "tool/command.h"
+#include "commands/nouns.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/run.h"
@@ -71,6 +71,10 @@ struct Line {
 }
 
 std::vector<Line> readLines(std::istream &in, bool json) {
+    // What every line has from the batch.
+    std::vector<std::string> inherited;
+    if (json) inherited.emplace_back("--json");
+    if (tracing) inherited.emplace_back("--trace");
     std::vector<Line> lines;
     std::string text;
     for (size_t number = 1; std::getline(in, text); number++) {
@@ -79,13 +83,10 @@ std::vector<Line> readLines(std::istream &in, bool json) {
             std::vector<std::string> words = splitWords(text);
             if (!words.empty() && words.front() == "qvs") words.erase(words.begin());
             if (words.empty()) continue;
-            GlobalOptions global;
-            global.json = json;
-            global.trace = tracing;
-            global.timeout = patience();
-            Call call = parseCall(words, global);
-            std::string_view asked = call.command->words;
-            if (call.global.help || asked == "help" || asked == "batch") {
+            words.insert(words.begin(), inherited.begin(), inherited.end());
+            Call call = parseCall(words);
+            const std::string_view asked = call.command != nullptr ? call.command->words : "help";
+            if (call.arguments.given("--help") || asked == "help" || asked == "batch") {
                 fail(Exit::Usage, "neither help nor a batch can be asked for in a batch");
             }
             lines.push_back({number, std::move(call)});
@@ -133,6 +134,7 @@ void runBatch(const Arguments &arguments, Output &out) {
     std::istringstream text(std::string(bytes.begin(), bytes.end()));
     std::vector<Line> lines = readLines(text, out.json());
 
+    const uint32_t wait = patience();
     Touched touched;
     for (const Line &line : lines) {
         try {
@@ -142,6 +144,7 @@ void runBatch(const Arguments &arguments, Output &out) {
             }
             // Even a change that fails may have begun, but then this was the last one.
             touched.add(line.call);
+            setPatience(wait);
             execute(line.call);
         } catch (const Failure &failure) {
             failLine(line.number, failure);

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "access/opaque.h"
-#include "tool/command.h"
+#include "commands/nouns.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 

@@ -6,7 +6,7 @@
 
 #include "access/library.h"
 #include "access/snapshot.h"
-#include "tool/command.h"
+#include "commands/nouns.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 

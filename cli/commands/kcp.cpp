@@ -4,7 +4,7 @@
 #include <string>
 
 #include "access/opaque.h"
-#include "tool/command.h"
+#include "commands/nouns.h"
 #include "tool/output.h"
 
 namespace qvs::cli {

@@ -11,7 +11,7 @@
 #include "access/snapshot.h"
 #include "access/vlan_id.h"
 #include "commands/mirror.h"
-#include "tool/command.h"
+#include "commands/nouns.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/values.h"

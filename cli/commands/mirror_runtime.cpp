@@ -8,7 +8,7 @@
 #include "access/mirror_session.h"
 #include "access/opaque.h"
 #include "access/snapshot.h"
-#include "tool/command.h"
+#include "commands/nouns.h"
 #include "tool/output.h"
 
 namespace qvs::cli {

@@ -6,8 +6,8 @@
 
 #include "access/library.h"
 #include "access/snapshot.h"
+#include "commands/nouns.h"
 #include "commands/port.h"
-#include "tool/command.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 

@@ -7,7 +7,7 @@
 #include "access/library.h"
 #include "access/snapshot.h"
 #include "access/stored_property.h"
-#include "tool/command.h"
+#include "commands/nouns.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/values.h"

@@ -7,7 +7,7 @@
 
 #include "access/library.h"
 #include "access/policy.h"
-#include "tool/command.h"
+#include "commands/nouns.h"
 #include "tool/failure.h"
 #include "tool/flags.h"
 #include "tool/output.h"

@@ -1,7 +1,7 @@
 // qvs status: what a status of the library means.
 #include <qvs/qvs.h>
 
-#include "tool/command.h"
+#include "commands/nouns.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 

@@ -9,7 +9,7 @@
 #include "access/library.h"
 #include "access/policy.h"
 #include "access/vlan_id.h"
-#include "tool/command.h"
+#include "commands/nouns.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/values.h"

@@ -5,9 +5,10 @@
 #include <charconv>
 #include <deque>
 
-#include "tool/command.h"
 #include "tool/failure.h"
 #include "tool/help.h"
+#include "tool/program.h"
+#include "tool/run.h"
 #include "tool/text.h"
 
 namespace qvs::cli {
@@ -50,11 +51,15 @@ void Arguments::add(std::string_view name, std::vector<std::string> values) {
 
 namespace {
 
+constexpr Option kJson{"--json", nullptr, "print JSON"};
+constexpr Option kHelp{"--help", nullptr, "print the help of the command"};
+
 // What the parser fills, by row entry; addresses must stay, so a deque.
 struct Slot {
     const char *name = nullptr;
+    Kind kind = Kind::Word;
     CLI::Option *option = nullptr;
-    std::vector<std::string> values;
+    std::vector<std::string> values = {};
     bool flag = false;
     bool repeated = false;
 };
@@ -72,30 +77,30 @@ void unguard(std::string &word) {
     if (word.ends_with(kGuard)) word.pop_back();
 }
 
-void configure(CLI::Option &option, bool repeated) {
-    option.expected(1, repeated ? CLI::detail::expected_max_vector_size : 1);
-    option.allow_extra_args(repeated);
-    option.multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+void configure(Slot &slot, bool repeated) {
+    slot.option->expected(1, repeated ? CLI::detail::expected_max_vector_size : 1);
+    slot.option->allow_extra_args(repeated);
+    slot.option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
 void addArgument(CLI::App &app, std::deque<Slot> &slots, const Argument &argument) {
-    Slot &slot = slots.emplace_back();
-    slot.name = argument.name;
+    Slot &slot = slots.emplace_back(Slot{.name = argument.name, .kind = argument.kind});
     slot.option = app.add_option(argument.name, slot.values);
-    configure(*slot.option, argument.repeated);
+    configure(slot, argument.repeated);
     slot.option->required(!argument.optional);
     slot.repeated = argument.repeated;
 }
 
 void addOption(CLI::App &app, std::deque<Slot> &slots, const Option &option) {
-    Slot &slot = slots.emplace_back();
-    slot.name = option.name;
+    Slot &slot = slots.emplace_back(Slot{.name = option.name, .kind = option.kind});
     if (option.value == nullptr) {
         slot.option = app.add_flag(option.name, slot.flag);
+        slot.option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
         return;
     }
     slot.option = app.add_option(option.name, slot.values);
-    configure(*slot.option, false);
+    slot.option->type_name(option.value);
+    configure(slot, false);
     slot.repeated = option.repeated;
 }
 
@@ -110,71 +115,107 @@ const std::string *unknownOption(const CLI::App &app, std::span<const std::strin
 }
 
 [[noreturn]] void failUsage(const Command &command, std::string_view message) {
-    fail(Exit::Usage, "{}\nqvs: usage: {}", shown(message), usageLine(command));
+    fail(Exit::Usage, "{}\nusage: {}", message, usageLine(command));
 }
 
 [[noreturn]] void failParse(const CLI::App &app, const Command &command, std::span<const std::string> words,
                             std::string message) {
     std::erase(message, kGuard);
+    message = shown(message);
     if (const std::string *word = unknownOption(app, words)) {
         message =
             fmt::format("no such option: {}; a name that begins with a dash goes behind --", inQuotes(*word));
-    } else {
-        message = shown(message);
     }
     failUsage(command, message);
 }
 
-}  // namespace
-
-uint32_t timeoutGiven(std::string_view text) {
-    std::optional<uint32_t> seconds = parseNumber(text);
-    if (!seconds || *seconds == 0 || *seconds > kMostTimeout)
-        fail(Exit::Usage, "--timeout: {} is not a number of seconds from 1 to {}", inQuotes(text),
-             kMostTimeout);
-    return *seconds;
+void requireGood(const Command &command, const Slot &slot) {
+    if (slot.values.size() > 1 && !slot.repeated)
+        failUsage(command, fmt::format("{}: given twice", slot.name));
+    // An empty name comes from a variable that nobody set.
+    if (slot.kind != Kind::File && slot.kind != Kind::Directory) return;
+    for (const std::string &value : slot.values) {
+        if (value.empty())
+            fail(Exit::Usage, "{}: the name of a {} is empty", slot.name,
+                 slot.kind == Kind::File ? "file" : "directory");
+    }
 }
 
-Arguments parseArguments(const Command &command, std::span<const std::string> words, GlobalOptions &global) {
+// What the options of a call make of each other.
+void requireConsistent(const Command &command, const Arguments &arguments) {
+    for (const Option &option : command.options) {
+        const bool given = arguments.given(option.name);
+        if (option.need == Need::Always && !given)
+            failUsage(command, fmt::format("{} is needed", option.name));
+        if (given && option.excludes != nullptr && arguments.given(option.excludes))
+            fail(Exit::Usage, "{} and {} exclude each other", option.name, option.excludes);
+    }
+    if (arguments.given(kJson.name) && !command.json)
+        fail(Exit::Usage, "--json: {} {} has none", program().name, words(command));
+}
+
+// The argument that is all words behind --, or null.
+const Argument *verbatimOf(const Command &command) {
+    const bool is = command.arguments.size() == 1 && command.arguments.begin()->verbatim;
+    return is ? command.arguments.begin() : nullptr;
+}
+
+}  // namespace
+
+std::span<const Option *const> commonOptions() {
+    static const std::vector<const Option *> all = [] {
+        std::vector<const Option *> options = {&kJson};
+        for (const Option &option : program().options)
+            options.push_back(&option);
+        options.push_back(&kHelp);
+        return options;
+    }();
+    return all;
+}
+
+Arguments parseArguments(const Command &command, std::span<const std::string> words) {
     CLI::App app;
     app.set_help_flag("-h,--help");
     std::deque<Slot> slots;
-    app.add_flag("--json", global.json);
-    app.add_flag("--trace", global.trace);
-    std::string timeout;
-    app.add_option("--timeout", timeout)->multi_option_policy(CLI::MultiOptionPolicy::Throw);
+    const Argument *verbatim = verbatimOf(command);
     for (const Argument &argument : command.arguments) {
-        addArgument(app, slots, argument);
+        if (&argument != verbatim) addArgument(app, slots, argument);
     }
-    for (const Option &option : command.options) {
+    for (const Option &option : command.options)
         addOption(app, slots, option);
+    for (const Option *option : commonOptions()) {
+        if (option != &kHelp) addOption(app, slots, *option);
     }
 
+    std::span<const std::string> own = words;
+    if (verbatim != nullptr) {
+        own = words.first(static_cast<size_t>(std::find(words.begin(), words.end(), "--") - words.begin()));
+    }
     // CLI11 takes the words in reverse.
-    std::vector<std::string> reversed(words.rbegin(), words.rend());
+    std::vector<std::string> reversed(own.rbegin(), own.rend());
     std::transform(reversed.begin(), reversed.end(), reversed.begin(), guarded);
+    Arguments arguments;
     try {
         app.parse(std::move(reversed));
     } catch (const CLI::CallForHelp &) {
-        global.help = true;
-        return {};
+        arguments.add(kHelp.name, {});
+        return arguments;
     } catch (const CLI::ParseError &error) {
-        failParse(app, command, words, error.what());
+        failParse(app, command, own, error.what());
     }
 
-    if (!timeout.empty()) global.timeout = timeoutGiven(timeout);
-    Arguments arguments;
     for (Slot &slot : slots) {
         if (slot.option->count() == 0 || (slot.values.empty() && !slot.flag)) continue;
-        if (slot.values.size() > 1 && !slot.repeated)
-            failUsage(command, fmt::format("{}: given twice", slot.name));
         std::for_each(slot.values.begin(), slot.values.end(), unguard);
+        requireGood(command, slot);
         arguments.add(slot.name, std::move(slot.values));
     }
-    for (const Option &option : command.options) {
-        if (option.need == Need::Always && !arguments.given(option.name))
-            failUsage(command, fmt::format("{} is needed", option.name));
+    if (verbatim != nullptr) {
+        if (words.size() <= own.size() + 1)
+            failUsage(command, fmt::format("{} is needed behind --", verbatim->name));
+        arguments.add(verbatim->name, {words.begin() + static_cast<long>(own.size()) + 1, words.end()});
     }
+    requireConsistent(command, arguments);
     return arguments;
 }
 

@@ -1,4 +1,4 @@
-// The command table: one row per command. Parsing, help, completion and the manual are made from these rows.
+// The rows of a command table, one per command. Parsing, help, completion and the manual are made from them.
 #pragma once
 
 #include <cstdint>
@@ -14,8 +14,8 @@ namespace qvs::cli {
 
 class Output;
 
-// What a word stands for, so that completion can offer it.
-enum class Kind { Word, Switch, Port, Uplink, File, Shell };
+// What a word stands for, so that completion can offer it. A file or directory has a name that is not empty.
+enum class Kind { Word, Switch, Port, Uplink, File, Directory, Program, Shell };
 
 struct Argument {
     const char *name;
@@ -23,6 +23,7 @@ struct Argument {
     Kind kind = Kind::Word;
     bool optional = false;
     bool repeated = false;  // the last one of a row only
+    bool verbatim = false;  // the only one of a row: all words behind --, to the letter
 };
 
 // Whether a call does without an option: always, never, or when another one of its row's choice is given. A
@@ -36,6 +37,7 @@ struct Option {
     Kind kind = Kind::Word;
     bool repeated = false;  // may be given several times
     Need need = Need::Never;
+    const char *excludes = nullptr;  // an option that cannot be given together with this one
 };
 
 // Reads and Writes need a host; Local commands run anywhere.
@@ -114,41 +116,7 @@ struct Noun {
     std::span<const Command> commands;
 };
 
-// Every group with its rows, in the order of the help.
-std::span<const Noun> nouns();
-
-extern const std::span<const Command> kSwitchCommands;
-extern const std::span<const Command> kPortCommands;
-extern const std::span<const Command> kUplinkCommands;
-extern const std::span<const Command> kMtuCommands;
-extern const std::span<const Command> kMirrorCommands;
-extern const std::span<const Command> kPrivateVlanCommands;
-extern const std::span<const Command> kPortVlanCommands;
-extern const std::span<const Command> kPortSecurityCommands;
-extern const std::span<const Command> kTeamingCommands;
-extern const std::span<const Command> kLsTeamingCommands;
-extern const std::span<const Command> kMacLearningCommands;
-extern const std::span<const Command> kMacCommands;
-extern const std::span<const Command> kMulticastCommands;
-extern const std::span<const Command> kHealthCommands;
-extern const std::span<const Command> kDiscoveryCommands;
-extern const std::span<const Command> kIpfixCommands;
-extern const std::span<const Command> kTeamingStatsCommands;
-extern const std::span<const Command> kMirrorRuntimeCommands;
-extern const std::span<const Command> kMulticastFilterCommands;
-extern const std::span<const Command> kIpfixStatsCommands;
-extern const std::span<const Command> kSpfCommands;
-extern const std::span<const Command> kBfdCommands;
-extern const std::span<const Command> kKcpCommands;
-extern const std::span<const Command> kTraceCommands;
-extern const std::span<const Command> kTelemetryCommands;
-extern const std::span<const Command> kLivetraceCommands;
-extern const std::span<const Command> kOptionsCommands;
-extern const std::span<const Command> kRouteTableCommands;
-extern const std::span<const Command> kPropCommands;
-extern const std::span<const Command> kDumpCommands;
-extern const std::span<const Command> kStatusCommands;
-extern const std::span<const Command> kBatchCommands;
+// help, completion and manual, which every program has.
 extern const std::span<const Command> kToolCommands;
 
 // Options and arguments that many rows share.
@@ -157,31 +125,18 @@ inline constexpr Argument kPortArgument{"PORT", "identifier of the port", Kind::
 inline constexpr Option kMayExist{"--may-exist", nullptr,
                                   "succeed when it is there already and agrees with what is given"};
 inline constexpr Option kIfExists{"--if-exists", nullptr, "succeed when it is not there"};
-inline constexpr Option kRaw{"--raw", "FILE",
-                             "write the kernel's bytes to FILE (- for standard output) instead", Kind::File};
-inline constexpr Option kById{"--by-id", nullptr, "SWITCH is an identifier, not an alias"};
-inline constexpr Option kNames{"--names", nullptr, "print the names alone, one a line"};
-
-// Options that every command takes.
-struct GlobalOptions {
-    bool json = false;
-    bool trace = false;
-    uint32_t timeout = 0;  // seconds; 0: not given
-    bool help = false;
-    bool version = false;
-};
-inline constexpr Option kGlobalOptions[] = {
-    {"--json", nullptr, "print JSON"},
-    {"--trace", nullptr, "print each library call, its status and its time to standard error"},
-    {"--timeout", "SECONDS",
-     "wait so long for the host to answer, and for other runs that change the same (10)"},
-    {"--help", nullptr, "print the help of the command"},
-};
-inline constexpr uint32_t kMostTimeout = 86400;
-// The value of --timeout. Throws a usage failure.
-uint32_t timeoutGiven(std::string_view text);
-
-// Takes the words behind the command's own apart. Throws a usage failure.
-Arguments parseArguments(const Command &command, std::span<const std::string> words, GlobalOptions &global);
+inline constexpr Option kRaw{.name = "--raw",
+                             .value = "FILE",
+                             .summary = "write the kernel's bytes to FILE (- for standard output) instead",
+                             .kind = Kind::File,
+                             .excludes = "--json"};
+inline constexpr Option kById{.name = "--by-id",
+                              .value = nullptr,
+                              .summary = "SWITCH is an identifier, not an alias",
+                              .excludes = "--kernel"};
+inline constexpr Option kNames{.name = "--names",
+                               .value = nullptr,
+                               .summary = "print the names alone, one a line",
+                               .excludes = "--kernel"};
 
 }  // namespace qvs::cli

@@ -1,11 +1,13 @@
 // The bash completion, made from the command table.
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <iterator>
 #include <map>
 #include <set>
 
 #include "tool/help.h"
+#include "tool/program.h"
 
 namespace qvs::cli {
 namespace {
@@ -20,6 +22,10 @@ const char *kindWord(Kind kind) {
             return "uplink";
         case Kind::File:
             return "file";
+        case Kind::Directory:
+            return "directory";
+        case Kind::Program:
+            return "program";
         case Kind::Shell:
             return "shell";
         case Kind::Word:
@@ -28,34 +34,36 @@ const char *kindWord(Kind kind) {
     return "word";
 }
 
-// Names come from qvs itself. They are compared and quoted by bash, never expanded: "compgen -W" would run
-// what a name contains.
-constexpr const char *kHead = R"bash(# bash completion for qvs
-
-_qvs_lines() {
+// _@ stands for the function of the program. Names come from the program itself. They are compared and quoted
+// by bash, never expanded: "compgen -W" would run what a name contains.
+constexpr const char *kHead = R"bash(
+_@_lines() {
     local line
     while IFS= read -r line; do
         [[ $line == "$cur"* ]] && COMPREPLY+=("$(printf '%q' "$line")")
     done
 }
 
-_qvs_offer() {
+_@_files() {
+    compopt -o filenames 2>/dev/null
+    mapfile -t COMPREPLY < <(compgen "$1" -- "$cur")
+}
+
+_@_offer() {
     case $1 in
-        switch) _qvs_lines < <("$tool" switch list --names 2>/dev/null) ;;
-        port) _qvs_lines < <("$tool" port list "$switch" --names 2>/dev/null) ;;
-        uplink) _qvs_lines < <("$tool" uplink list "$switch" --names 2>/dev/null) ;;
-        shell) COMPREPLY=($(compgen -W "bash" -- "$cur")) ;;
-        file)
-            compopt -o filenames 2>/dev/null
-            mapfile -t COMPREPLY < <(compgen -f -- "$cur")
-            ;;
+)bash";
+
+constexpr const char *kWords = R"bash(        shell) COMPREPLY=($(compgen -W "bash" -- "$cur")) ;;
+        file) _@_files -f ;;
+        directory) _@_files -d ;;
+        program) mapfile -t COMPREPLY < <(compgen -c -- "$cur") ;;
     esac
 }
 
-_qvs() {
+_@() {
     local tool=${COMP_WORDS[0]} cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     local -a plain=()
-    local word skip= i
+    local word skip= behind= i
     COMPREPLY=()
     for ((i = 1; i < COMP_CWORD; i++)); do
         word=${COMP_WORDS[i]}
@@ -63,7 +71,12 @@ _qvs() {
             skip=
             continue
         fi
+        if [[ $behind ]]; then
+            plain+=("$word")
+            continue
+        fi
         case $word in
+            --) behind=1 ;;
 )bash";
 
 constexpr const char *kTail = R"bash(        *) COMPREPLY=($(compgen -W "$nouns" -- "$cur")); return ;;
@@ -71,7 +84,7 @@ constexpr const char *kTail = R"bash(        *) COMPREPLY=($(compgen -W "$nouns"
     if [[ $skip ]]; then
         return
     fi
-    if [[ $cur == -* ]]; then
+    if [[ $cur == -* && ! $behind ]]; then
         COMPREPLY=($(compgen -W "$options" -- "$cur"))
         return
     fi
@@ -82,18 +95,17 @@ constexpr const char *kTail = R"bash(        *) COMPREPLY=($(compgen -W "$nouns"
         [[ ${offered[at]} == *+ ]] || return
     fi
     local switch=${plain[taken]-}
-    _qvs_offer "${offered[at]%+}"
+    _@_offer "${offered[at]%+}"
 }
-
-complete -F _qvs qvs
 )bash";
 
 std::string optionWords(const Command &command) {
     std::string text;
     for (const Option &option : command.options)
         text += std::string(option.name) + " ";
-    for (const Option &option : kGlobalOptions) {
-        if (command.json || option.name != std::string_view("--json")) text += std::string(option.name) + " ";
+    for (const Option *option : commonOptions()) {
+        if (command.json || option->name != std::string_view("--json"))
+            text += std::string(option->name) + " ";
     }
     text.pop_back();
     return text;
@@ -103,6 +115,10 @@ std::string kindWords(const Command &command) {
     std::string text;
     for (const Argument &argument : command.arguments) {
         if (!text.empty()) text += " ";
+        if (argument.verbatim) {
+            text += "program file+";
+            continue;
+        }
         text += kindWord(argument.kind);
         if (argument.repeated) text += "+";
     }
@@ -112,7 +128,7 @@ std::string kindWords(const Command &command) {
 // The words that may come behind others, in the order of the table.
 std::map<std::string, std::string> followingWords() {
     std::map<std::string, std::string> following;
-    for (const Noun &noun : nouns()) {
+    for (const Noun &noun : program().nouns) {
         for (const Command &command : noun.commands) {
             std::string before;
             for (std::string_view word : wordsOf(command)) {
@@ -126,25 +142,34 @@ std::map<std::string, std::string> followingWords() {
     return following;
 }
 
+// What bash calls a function has underscores instead of dashes.
+std::string functionName() {
+    std::string name = fmt::format("_{}", program().name);
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+}
+
 }  // namespace
 
 std::string bashCompletion() {
     std::string script = kHead;
     auto put = std::back_inserter(script);
+    for (const NameSource &source : program().names)
+        fmt::format_to(put, "        {}) _@_lines < <(\"$tool\" {} 2>/dev/null) ;;\n", kindWord(source.kind),
+                       source.words);
+    script += kWords;
 
     std::set<std::string> valued;
-    std::set<std::string> files;
-    std::set<std::string> ports;
+    std::map<std::string, std::set<std::string>> byKind;
     std::string rows;
-    for (const Option &option : kGlobalOptions)
-        if (option.value != nullptr) valued.insert(option.name);
-    for (const Noun &noun : nouns()) {
+    for (const Option *option : commonOptions())
+        if (option->value != nullptr) valued.insert(option->name);
+    for (const Noun &noun : program().nouns) {
         for (const Command &command : noun.commands) {
             for (const Option &option : command.options) {
                 if (option.value == nullptr) continue;
                 valued.insert(option.name);
-                if (option.kind == Kind::File) files.insert(option.name);
-                if (option.kind == Kind::Port) ports.insert(option.name);
+                if (option.kind != Kind::Word) byKind[kindWord(option.kind)].insert(option.name);
             }
             rows += fmt::format("        \"{0}\" | \"{0} \"*) taken={1} options=\"{2}\" kinds=\"{3}\" ;;\n",
                                 words(command), wordsOf(command).size(), optionWords(command),
@@ -158,8 +183,8 @@ std::string bashCompletion() {
     script += "        esac\n    done\n";
     fmt::format_to(put, "    local nouns=\"{}\"\n", following.extract("").mapped());
     script += "    if [[ $skip ]]; then\n        local switch=${plain[2]-}\n        case $previous in\n";
-    fmt::format_to(put, "            {}) _qvs_offer file ;;\n", fmt::join(files, " | "));
-    fmt::format_to(put, "            {}) _qvs_offer port ;;\n", fmt::join(ports, " | "));
+    for (const auto &[kind, options] : byKind)
+        fmt::format_to(put, "            {}) _@_offer {} ;;\n", fmt::join(options, " | "), kind);
     script +=
         "        esac\n        return\n    fi\n    local options= kinds= taken=\n    case "
         "\"${plain[*]:0:3}\" "
@@ -172,7 +197,10 @@ std::string bashCompletion() {
             entry->first, entry->second);
     }
     script += kTail;
-    return script;
+    for (size_t at = 0; (at = script.find("_@", at)) != std::string::npos;)
+        script.replace(at, 2, functionName());
+    return fmt::format("# bash completion for {0}\n{1}\ncomplete -F {2} {0}\n", program().name, script,
+                       functionName());
 }
 
 }  // namespace qvs::cli

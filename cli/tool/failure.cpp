@@ -1,34 +1,20 @@
 #include "tool/failure.h"
 
+#include <cstdio>
+
+#include "tool/program.h"
+
 namespace qvs::cli {
-namespace {
 
-Exit exitFor(HYP_ReturnStatus status) {
-    switch (status) {
-        case HYP_NOT_FOUND:
-            return Exit::NotFound;
-        case HYP_EXISTS:
-            return Exit::Differs;
-        case HYP_BAD_PARAM:
-            return Exit::Usage;
-        case kTimedOut:
-            return Exit::NoAnswer;
-        default:
-            return Exit::Failed;
+void complainLines(std::string_view lines) {
+    std::string text;
+    for (;;) {
+        const size_t end = lines.find('\n');
+        text += fmt::format("{}: {}\n", program().name, lines.substr(0, end));
+        if (end == std::string_view::npos) break;
+        lines.remove_prefix(end + 1);
     }
-}
-
-}  // namespace
-
-Failure libraryFailure(std::string_view subject, HYP_ReturnStatus status, std::string_view hint) {
-    return {exitFor(status),
-            fmt::format("{}: {} (0x{:x}){}{}", subject, ReturnStatusToString(status), status,
-                        hint.empty() ? "" : "; ", hint),
-            true};
-}
-
-void require(HYP_ReturnStatus status, std::string_view subject) {
-    if (status != HYP_OK) throw libraryFailure(subject, status);
+    std::fputs(text.c_str(), stderr);
 }
 
 }  // namespace qvs::cli

@@ -2,16 +2,14 @@
 #pragma once
 
 #include <fmt/format.h>
-#include <qvs/hyp.h>
 
-#include <cstdio>
 #include <string>
 #include <string_view>
 #include <utility>
 
 namespace qvs::cli {
 
-// The documented exit codes of qvs.
+// Exit codes. Failed is what each program documents for a failure that has none of its own.
 enum class Exit {
     Success = 0,
     Failed = 1,
@@ -26,7 +24,7 @@ enum class Exit {
 struct Failure {
     Exit exit = Exit::Failed;
     std::string message;
-    bool fromLibrary = false;  // a call failed, so it is worth asking whether there is a kernel at all
+    bool ofCall = false;  // a call of what the commands are about failed: is it there at all?
 };
 
 template <typename... Values>
@@ -34,21 +32,12 @@ template <typename... Values>
     throw Failure{exit, fmt::format(format, std::forward<Values>(values)...)};
 }
 
-// A line on standard error, or nothing where it cannot be written: that is no reason to stop.
+// Lines on standard error behind the name of the program, or nothing where they cannot be written: that is no
+// reason to stop.
+void complainLines(std::string_view lines);
 template <typename... Values>
 void complain(fmt::format_string<Values...> format, Values &&...values) {
-    const std::string line = "qvs: " + fmt::format(format, std::forward<Values>(values)...) + '\n';
-    std::fputs(line.c_str(), stderr);
+    complainLines(fmt::format(format, std::forward<Values>(values)...));
 }
-
-// No answer in time, from the device or from the state library.
-inline constexpr HYP_ReturnStatus kTimedOut = 0xbad0021u;
-
-// The failure of a library call: "switch 'sw9': Not found (0xbad0003)", with a hint behind it when there is
-// one.
-Failure libraryFailure(std::string_view subject, HYP_ReturnStatus status, std::string_view hint = {});
-
-// Throws libraryFailure unless the call succeeded.
-void require(HYP_ReturnStatus status, std::string_view subject);
 
 }  // namespace qvs::cli

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "tool/program.h"
+
 namespace qvs::cli {
 namespace {
 
@@ -18,14 +20,16 @@ void appendAligned(std::string &out, const std::vector<std::pair<std::string, st
     }
 }
 
-std::string optionWords(const Option &option) {
-    return option.value == nullptr ? option.name : fmt::format("{} {}", option.name, option.value);
-}
-
 std::string argumentWords(const Argument &argument) {
     std::string text = argument.name;
     if (argument.repeated) text += "...";
+    if (argument.verbatim) text = "-- " + text;
     return argument.optional ? "[" + text + "]" : text;
+}
+
+// A command as it is typed.
+std::string called(const Command &command) {
+    return fmt::format("{} {}", program().name, words(command));
 }
 
 bool beginsWith(const Command &command, std::span<const std::string> words) {
@@ -50,52 +54,64 @@ std::string words(const Command &command) {
     return command.words;
 }
 
+std::string words(const Option &option) {
+    return option.value == nullptr ? option.name : fmt::format("{} {}", option.name, option.value);
+}
+
+std::string exampleOf(const Command &command) {
+    std::string text = command.example;
+    if (const size_t at = text.find('%'); at != std::string::npos) text.replace(at, 1, program().name);
+    return text;
+}
+
 std::string usageLine(const Command &command) {
-    std::string line = "qvs " + words(command);
+    std::string line = called(command);
+    std::string verbatim;
     for (const Argument &argument : command.arguments)
-        line += " " + argumentWords(argument);
+        (argument.verbatim ? verbatim : line) += " " + argumentWords(argument);
     bool choosing = false;
     for (const Option &option : command.options) {
         bool choice = option.need == Need::Choice;
         if (choosing && !choice) line += ")";
         line += choosing && choice ? " | " : choice ? " (" : " ";
         choosing = choice;
-        std::string words = optionWords(option);
-        line += option.need == Need::Never ? "[" + words + "]" : words;
+        const std::string text = words(option);
+        line += option.need == Need::Never ? "[" + text + "]" : text;
         if (option.repeated) line += "...";
     }
-    return choosing ? line + ")" : line;
+    return line + (choosing ? ")" : "") + verbatim;
 }
 
-std::string toolHelp() {
-    std::string text = "usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]\n\n";
-    for (const Noun &noun : nouns()) {
+std::string programHelp() {
+    std::string text = fmt::format("usage: {} {}\n\n", program().name, program().usage);
+    for (const Noun &noun : program().nouns) {
         text += fmt::format("{}: {}\n", noun.name, noun.summary);
         std::vector<std::pair<std::string, std::string>> lines;
         for (const Command &command : noun.commands)
-            lines.emplace_back("qvs " + words(command), command.summary);
+            lines.emplace_back(called(command), command.summary);
         appendAligned(text, lines);
         text += "\n";
     }
     text += "options of every command:\n";
     std::vector<std::pair<std::string, std::string>> lines;
-    for (const Option &option : kGlobalOptions)
-        lines.emplace_back(optionWords(option), option.summary);
+    for (const Option *option : commonOptions())
+        lines.emplace_back(words(*option), option->summary);
     appendAligned(text, lines);
-    text += "\nqvs NOUN VERB --help says more about a command, qvs manual everything.\n";
+    text += fmt::format("\n{0} COMMAND --help says more about a command, {0} manual everything.\n",
+                        program().name);
     return text;
 }
 
 std::string nounHelp(std::span<const std::string> asked) {
     std::string text;
-    for (const Noun &noun : nouns()) {
+    for (const Noun &noun : program().nouns) {
         std::vector<std::pair<std::string, std::string>> lines;
         for (const Command &command : noun.commands) {
-            if (beginsWith(command, asked)) lines.emplace_back("qvs " + words(command), command.summary);
+            if (beginsWith(command, asked)) lines.emplace_back(called(command), command.summary);
         }
         if (lines.empty()) continue;
         if (!text.empty()) text += "\n";
-        text += fmt::format("qvs {}: {}\n\n", noun.name, noun.summary);
+        text += fmt::format("{} {}: {}\n\n", program().name, noun.name, noun.summary);
         appendAligned(text, lines);
     }
     return text;
@@ -114,13 +130,13 @@ std::string commandHelp(const Command &command) {
     text += "\noptions:\n";
     std::vector<std::pair<std::string, std::string>> lines;
     for (const Option &option : command.options)
-        lines.emplace_back(optionWords(option), option.summary);
-    for (const Option &option : kGlobalOptions) {
-        bool refused = !command.json && option.name == std::string_view("--json");
-        if (!refused) lines.emplace_back(optionWords(option), option.summary);
+        lines.emplace_back(words(option), option.summary);
+    for (const Option *option : commonOptions()) {
+        bool refused = !command.json && option->name == std::string_view("--json");
+        if (!refused) lines.emplace_back(words(*option), option->summary);
     }
     appendAligned(text, lines);
-    text += fmt::format("\nexample:\n  {}\n", command.example);
+    text += fmt::format("\nexample:\n  {}\n", exampleOf(command));
     return text;
 }
 

@@ -32,8 +32,13 @@ class Output {
     void drain();
     void flush();
 
+    // What the program exits with when the command does not fail.
+    int exitCode() const { return exitCode_; }
+    void exitWith(int code) { exitCode_ = code; }
+
   private:
     bool json_;
+    int exitCode_ = 0;
     fmt::memory_buffer buffer_;
 };
 

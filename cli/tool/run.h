@@ -6,25 +6,26 @@
 #include <vector>
 
 #include "tool/command.h"
-#include "tool/failure.h"
 
 namespace qvs::cli {
 
-// A command with its arguments.
+// A command with its arguments and options.
 struct Call {
     const Command *command = nullptr;
     Arguments arguments;
-    GlobalOptions global;
 };
 
-// Takes words apart; global holds what was set before them. Throws a usage failure.
-Call parseCall(std::vector<std::string> words, GlobalOptions global);
+// Takes the words of a line apart. Throws a usage failure.
+Call parseCall(std::vector<std::string> words);
 
-// Runs a call and writes out what it prints. Throws what fails.
-void execute(const Call &call);
+// Takes the words behind the command's own apart. Throws a usage failure.
+Arguments parseArguments(const Command &command, std::span<const std::string> words);
 
-// Runs the command that the words name. Messages go to standard error.
-Exit run(std::span<const std::string> words);
+// Runs a call, writes out what it prints and returns the exit code. Throws what fails.
+int execute(const Call &call);
+
+// Runs the command that the words name and returns the exit code. Messages go to standard error.
+int run(int argc, char **argv);
 
 // The help of what the words name: nothing, a noun, or a command.
 std::string helpFor(std::span<const std::string> words);

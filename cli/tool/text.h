@@ -36,18 +36,11 @@ std::optional<uint64_t> parseWideNumber(std::string_view text);
 // Hexadecimal digits in pairs; blanks, colons and a leading 0x are allowed.
 std::optional<std::vector<uint8_t>> parseHex(std::string_view text);
 
-// What the records that hold a name have room for.
+// What the record that holds a name has room for.
 struct Limit {
     const char *what;
     size_t bytes;
 };
-inline constexpr Limit kAliasLimit{"alias", 80};
-inline constexpr Limit kSwitchIdLimit{"switch identifier", 63};
-inline constexpr Limit kPortsetLimit{"portset name", 127};
-inline constexpr Limit kPortIdLimit{"port identifier", 47};
-// An uplink's name is also the identifier of its port, which is the shorter of the two records.
-inline constexpr Limit kUplinkLimit{"uplink name", 47};
-inline constexpr Limit kLinkUplinkLimit{"uplink name in a link request", 31};
 
 // A usage failure when the name is empty or too long for its record.
 void requireFits(const Limit &limit, std::string_view name);

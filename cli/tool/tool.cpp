@@ -10,7 +10,7 @@ namespace qvs::cli {
 namespace {
 
 void help(const Arguments &arguments, Output &out) {
-    if (!arguments.given("NOUN")) return out.write(toolHelp());
+    if (!arguments.given("NOUN")) return out.write(programHelp());
     std::vector<std::string> asked = {arguments.text("NOUN")};
     for (const std::string &word : arguments.all("VERB"))
         asked.push_back(word);
@@ -31,19 +31,19 @@ const Command kRows[] = {
     {.words = "help",
      .summary = "print the help of the tool, a noun or a command",
      .arguments = {{"NOUN", "the noun", Kind::Word, true}, {"VERB", "the verb", Kind::Word, true, true}},
-     .example = "qvs help switch create",
+     .example = "% help completion",
      .json = false,
      .run = local(help)},
     {.words = "completion",
      .summary = "print the completion of a shell",
      .arguments = {{"SHELL", "bash", Kind::Shell}},
-     .example = "source <(qvs completion bash)",
+     .example = "source <(% completion bash)",
      .json = false,
      .run = local(completion)},
     {.words = "manual",
      .summary = "print the manual page",
      .options = {{"--markdown", nullptr, "print it as Markdown instead of troff"}},
-     .example = "qvs manual | man -l -",
+     .example = "% manual | man -l -",
      .json = false,
      .run = local(manual)},
 };

@@ -5,8 +5,6 @@
 
 #include <csignal>
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include "access/snapshot.h"
 #include "tool/run.h"
@@ -86,6 +84,5 @@ using Preinit = void (*)(int, char **, char **);
 
 int main(int argc, char **argv) {
     std::signal(SIGPIPE, SIG_IGN);
-    std::vector<std::string> words(argv + 1, argv + (argc > 0 ? argc : 1));
-    return static_cast<int>(qvs::cli::run(words));
+    return qvs::cli::run(argc, argv);
 }

@@ -1,0 +1,41 @@
+// The rows of each noun of qvs, by file.
+#pragma once
+
+#include "tool/command.h"
+
+namespace qvs::cli {
+
+extern const std::span<const Command> kSwitchCommands;
+extern const std::span<const Command> kPortCommands;
+extern const std::span<const Command> kUplinkCommands;
+extern const std::span<const Command> kMtuCommands;
+extern const std::span<const Command> kMirrorCommands;
+extern const std::span<const Command> kPrivateVlanCommands;
+extern const std::span<const Command> kPortVlanCommands;
+extern const std::span<const Command> kPortSecurityCommands;
+extern const std::span<const Command> kTeamingCommands;
+extern const std::span<const Command> kLsTeamingCommands;
+extern const std::span<const Command> kMacLearningCommands;
+extern const std::span<const Command> kMacCommands;
+extern const std::span<const Command> kMulticastCommands;
+extern const std::span<const Command> kHealthCommands;
+extern const std::span<const Command> kDiscoveryCommands;
+extern const std::span<const Command> kIpfixCommands;
+extern const std::span<const Command> kTeamingStatsCommands;
+extern const std::span<const Command> kMirrorRuntimeCommands;
+extern const std::span<const Command> kMulticastFilterCommands;
+extern const std::span<const Command> kIpfixStatsCommands;
+extern const std::span<const Command> kSpfCommands;
+extern const std::span<const Command> kBfdCommands;
+extern const std::span<const Command> kKcpCommands;
+extern const std::span<const Command> kTraceCommands;
+extern const std::span<const Command> kTelemetryCommands;
+extern const std::span<const Command> kLivetraceCommands;
+extern const std::span<const Command> kOptionsCommands;
+extern const std::span<const Command> kRouteTableCommands;
+extern const std::span<const Command> kPropCommands;
+extern const std::span<const Command> kDumpCommands;
+extern const std::span<const Command> kStatusCommands;
+extern const std::span<const Command> kBatchCommands;
+
+}  // namespace qvs::cli

@@ -1,0 +1,155 @@
+// qvs as a program: its commands, and what is done before and after each of them.
+#include "tool/program.h"
+
+#include <string>
+
+#include "access/host.h"
+#include "access/library.h"
+#include "access/lock.h"
+#include "access/snapshot.h"
+#include "commands/nouns.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+#include "tool/run.h"
+#include "tool/text.h"
+
+namespace qvs::cli {
+namespace {
+
+// The switch that a command names, by its alias.
+std::string lockName(const Arguments &arguments) {
+    if (arguments.given("ALIAS")) return arguments.text("ALIAS");
+    if (!arguments.given("SWITCH")) return {};
+    const std::string &name = arguments.text("SWITCH");
+    DVSSwitch *sw = arguments.given("--by-id") ? findSwitchById(name) : nullptr;
+    return std::string(sw != nullptr ? findText({Scope::Global, sw}, QVS_KEY_ALIAS).value_or(name) : name);
+}
+
+void runLocked(const Call &call, Output &out) {
+    const bool writes = call.command->run.access == Access::Writes;
+    const Lock lock(writes ? call.command->guard : Guard::None, lockName(call.arguments));
+    if (lock.behind()) requireState(loadSnapshot());
+    call.command->run(call.arguments, out);
+}
+
+void runOnHost(const Call &call, Output &out) {
+    tracing = call.arguments.given("--trace");
+    if (call.arguments.given("--timeout"))
+        setPatience(call.arguments.number("--timeout", 0, 1, kMostPatience));
+    if (call.command->run.access != Access::Local) requireHost();
+    foundNothing = false;
+    try {
+        runLocked(call, out);
+    } catch (const Failure &failure) {
+        out.flush();
+        if (failure.ofCall && failure.exit != Exit::NoAnswer) blameHost(failure.message);
+        throw;
+    }
+    if (foundNothing && call.command->run.access == Access::Reads) blameHost("");
+}
+
+constexpr Option kOptions[] = {
+    {"--trace", nullptr, "print each library call, its status and its time to standard error"},
+    {"--timeout", "SECONDS",
+     "wait so long for the host to answer, and for other runs that change the same (10)"},
+};
+
+constexpr NameSource kNameSources[] = {
+    {Kind::Switch, "switch list --names"},
+    {Kind::Port, "port list \"$switch\" --names"},
+    {Kind::Uplink, "uplink list \"$switch\" --names"},
+};
+
+constexpr Passage kDescription[] = {
+    {"qvs creates, shows and changes the distributed virtual switches of this host, their ports, uplinks and "
+     "stored "
+     "properties. A switch is named by its alias."},
+    {"Every change is reported as changed or unchanged. When several objects are given, all are checked "
+     "before the "
+     "first is changed. Options may stand anywhere behind the command; -- ends them, so that a name may "
+     "begin "
+     "with a "
+     "dash."},
+    {"Reading commands print a table, or JSON with --json: a list is an array of objects, one a line; an "
+     "absent value "
+     "is null and shown as -; a boolean is always present. Names are shown with control characters, "
+     "backslashes and "
+     "bytes that are not UTF-8 escaped. Records whose layout is the kernel's own are shown as hexadecimal "
+     "digits, and "
+     "as base64 in JSON."},
+    {"On a machine without a hypervisor, qvs-host run -- qvs ... gives qvs an emulated host."},
+};
+
+constexpr Passage kExitCodes[] = {
+    {.text = "success", .term = "0"},
+    {.text = "the operation failed", .term = "1"},
+    {.text = "wrong usage, or a value that its record cannot hold", .term = "2"},
+    {.text = "not found", .term = "3"},
+    {.text = "exists already, or exists and differs", .term = "4"},
+    {.text = "no hypercore on this machine", .term = "5"},
+    {.text = "the host does not answer", .term = "6"},
+    {.text = "locked by another run", .term = "7"},
+};
+constexpr Passage kSeeAlso[] = {{"qvs-host(1), libqvs(7)"}};
+constexpr Section kSections[] = {{"Exit status", kExitCodes}, {"See also", kSeeAlso}};
+
+// In the order of the help. Made when it is first asked for: the rows stand in other files.
+std::span<const Noun> nouns() {
+    static const Noun table[] = {
+        {"switch", "distributed switches", kSwitchCommands},
+        {"port", "ports of a switch", kPortCommands},
+        {"uplink", "uplinks of a switch and their links", kUplinkCommands},
+        {"mtu", "the MTU of a switch", kMtuCommands},
+        {"mirror", "mirror sessions of a port, or of the uplinks of this host", kMirrorCommands},
+        {"mirror runtime", "mirror sessions as the kernel runs them", kMirrorRuntimeCommands},
+        {"pvlan", "the private VLANs of a switch", kPrivateVlanCommands},
+        {"port vlan", "the VLANs of a port", kPortVlanCommands},
+        {"port security", "what a port may do and receive", kPortSecurityCommands},
+        {"teaming", "how a switch and its ports spread traffic over the uplinks", kTeamingCommands},
+        {"rarp", "what the kernel counted when it moved ports between uplinks", kTeamingStatsCommands},
+        {"ls-teaming", "teaming policies of logical switches", kLsTeamingCommands},
+        {"mac-learning", "how MAC addresses are learned", kMacLearningCommands},
+        {"mac", "the MAC tables of the running switch, and how it learns", kMacCommands},
+        {"mcast", "multicast filtering and the receive filter", kMulticastCommands},
+        {"mcast filters", "the multicast groups that the kernel lets in", kMulticastFilterCommands},
+        {"health", "checks of teaming, VLANs and MTU", kHealthCommands},
+        {"discovery", "the discovery protocol of a switch", kDiscoveryCommands},
+        {"port ipfix", "flow sampling of a port", kIpfixCommands},
+        {"ipfix", "what the kernel counted when it sampled flows", kIpfixStatsCommands},
+        {"spf", "the ports of the SPF data path", kSpfCommands},
+        {"bfd", "forwarding detection between tunnel ends", kBfdCommands},
+        {"kcp", "lists and status of the kernel control plane", kKcpCommands},
+        {"trace", "tracing of flows", kTraceCommands},
+        {"int", "in-band network telemetry", kTelemetryCommands},
+        {"livetrace", "live-trace sessions", kLivetraceCommands},
+        {"options", "options of the switch module", kOptionsCommands},
+        {"rtm", "the route-table module", kRouteTableCommands},
+        {"prop", "stored properties of a switch, this host's part of it, and its ports", kPropCommands},
+        {"dump", "the whole state as text", kDumpCommands},
+        {"status", "statuses of the library", kStatusCommands},
+        {"batch", "many commands in one run", kBatchCommands},
+        {"tool", "the tool itself", kToolCommands},
+    };
+    return table;
+}
+
+}  // namespace
+
+const Program &program() {
+    static const Program self = {
+        .name = "qvs",
+        .version = QVS_VERSION,
+        .summary = "control the distributed virtual switches of a hypervisor host",
+        .usage = "NOUN VERB [ARGUMENT...] [OPTION...]",
+        .nouns = nouns(),
+        .options = kOptions,
+        .names = kNameSources,
+        .description = kDescription,
+        .sections = kSections,
+        .failed = 1,
+        .run = runOnHost,
+    };
+    return self;
+}
+
+}  // namespace qvs::cli
