@@ -38,4 +38,3 @@ set(QVS_PC_INCLUDEDIR ${PROJECT_SOURCE_DIR}/include)
 configure_file(cmake/qvs.pc.in ${CMAKE_BINARY_DIR}/pkgconfig/qvs.pc @ONLY)
 
 install(FILES docs/man/libqvs.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT development)
-install(FILES docs/man/qvs-host.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT host)

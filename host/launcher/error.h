@@ -1,38 +1,20 @@
 // The launcher's own failures.
 #pragma once
 
-#include <fmt/format.h>
+#include <string_view>
 
-#include <cstdio>
-#include <stdexcept>
-#include <string>
-#include <utility>
-
-#include "wire/escape.h"
+#include "tool/failure.h"
+#include "tool/text.h"
 
 namespace qvs::launcher {
 
-constexpr int kExitFailed = 125;
-constexpr int kExitUsage = 2;
+using cli::complain;
 
-class Error : public std::runtime_error {
-  public:
-    explicit Error(const std::string &message, int exitCode = kExitFailed, std::string hint = {})
-        : std::runtime_error(message), exitCode_(exitCode), hint_(std::move(hint)) {}
-    int exitCode() const { return exitCode_; }
-    // A line of its own behind the message; may be empty.
-    const std::string &hint() const { return hint_; }
-
-  private:
-    int exitCode_;
-    std::string hint_;
+// Paths, and what the host and the system say, stand in the message: they are shown as a terminal may see
+// them.
+struct Error : cli::Failure {
+    explicit Error(std::string_view what, cli::Exit code = cli::Exit::Failed)
+        : Failure{code, cli::shown(what)} {}
 };
-
-// A line on standard error, or nothing where it cannot be written: that is no reason to stop.
-template <typename... Values>
-void complain(fmt::format_string<Values...> format, Values &&...values) {
-    const std::string message = fmt::format(format, std::forward<Values>(values)...);
-    std::fputs(("qvs-host: " + wire::escaped(message) + '\n').c_str(), stderr);
-}
 
 }  // namespace qvs::launcher

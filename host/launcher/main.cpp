@@ -1,33 +1,35 @@
 // qvs-host: gives a command an emulated host, and manages one that stays up.
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <functional>
-#include <optional>
+#include <string>
 
 #include <fmt/format.h>
-#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
-#include "launcher/checks.h"
 #include "launcher/error.h"
 #include "launcher/fault.h"
 #include "launcher/host.h"
 #include "launcher/layout.h"
+#include "launcher/manual.h"
 #include "launcher/report.h"
 #include "launcher/run.h"
+#include "tool/command.h"
+#include "tool/output.h"
+#include "tool/run.h"
 
 namespace qvs::launcher {
 
 namespace {
 
-using namespace std::chrono_literals;
+using cli::Access;
+using cli::Arguments;
+using cli::Command;
+using cli::Kind;
+using cli::Option;
+using cli::Output;
 using nlohmann::json;
 
 std::string absolute(const std::string &path) {
@@ -37,38 +39,45 @@ std::string absolute(const std::string &path) {
     return whole;
 }
 
-void withHostOptions(CLI::App *command, HostOptions *options, bool stateRequired) {
-    auto *state = command->add_option("--state", options->directory, "Directory that holds the host's state");
-    state->check(namesDirectory);
-    if (stateRequired) state->required();
-    command->add_option("--lab", options->lab, "Lab to set up (JSON)")->check(namesFile);
-    command->add_option("--trace", options->trace, "File to which a line for each request is appended")
-        ->check(namesFile);
-    command->add_option("--max-state-mib", options->maxStateMib, "Cap on the database, to try a full disk")
-        ->check(isNumber(1, UINT32_MAX));
+std::string pathGiven(const Arguments &arguments, std::string_view option) {
+    return arguments.given(option) ? absolute(arguments.text(option)) : "";
 }
 
-HostOptions resolved(HostOptions options) {
-    for (std::string *path : {&options.directory, &options.lab, &options.trace})
-        *path = absolute(*path);
+HostOptions hostOptions(const Arguments &arguments) {
+    HostOptions options;
+    options.directory = pathGiven(arguments, "--state");
+    options.lab = pathGiven(arguments, "--lab");
+    options.trace = pathGiven(arguments, "--trace");
+    options.maxStateMib = arguments.number("--max-state-mib", 0, 1);
     return options;
 }
 
 // The socket of the host that a command is about.
-std::string socketOf(const std::string &directory) {
-    if (!directory.empty()) return absolute(directory) + "/socket";
+std::string socketOf(const Arguments &arguments) {
+    if (arguments.given("--state")) return absolute(arguments.text("--state")) + "/socket";
     const char *socket = getenv(wire::kSocketVariable);
     if (socket != nullptr && socket[0] != '\0') return socket;
-    throw Error("no host is named: give --state DIR, or run this on a host", kExitUsage);
+    throw Error("no host is named: give --state DIR, or run this on a host", cli::Exit::Usage);
 }
 
-int start(const HostOptions &options) {
+void run(const Arguments &arguments, Output &out) {
+    out.exitWith(runCommand(hostOptions(arguments), arguments.all("COMMAND")));
+}
+
+void shell(const Arguments &arguments, Output &out) {
+    const char *program = getenv("SHELL");
+    const bool isSet = program != nullptr && program[0] != '\0';
+    out.exitWith(runCommand(hostOptions(arguments), {isSet ? program : "/bin/sh"}));
+}
+
+void start(const Arguments &arguments, Output &out) {
+    const HostOptions options = hostOptions(arguments);
     const pid_t daemon = startAlone(findLayout().daemon, options);
-    fmt::print("serving {} (pid {})\n", options.directory, daemon);
-    return 0;
+    out.write(fmt::format("serving {} (pid {})\n", cli::shown(options.directory), daemon));
 }
 
-int stop(const std::string &socket) {
+void stop(const Arguments &arguments, Output &) {
+    const std::string socket = socketOf(arguments);
     wire::Client client;
     connectTo(&client, socket);
     const std::string who = processBehind(client);
@@ -80,20 +89,19 @@ int stop(const std::string &socket) {
     client.setTimeout(millisecondsOf(kEndsWithin));
     client.receive(wire::Kind::Reply, &payload);
     if (errno == ETIMEDOUT) throw Error(fmt::format("the host at {}{} does not end", socket, who));
-    return 0;
 }
 
-int status(const std::string &socket, bool asJson) {
-    const json answer = control(socket, {{"op", "status"}});
-    if (asJson) {
-        printJson(answer);
-    } else {
-        printStatus(answer);
-    }
-    return 0;
+void status(const Arguments &arguments, Output &out) {
+    const json answer = control(socketOf(arguments), {{"op", "status"}});
+    (out.json() ? printJson : printStatus)(out, answer);
 }
 
-int followTrace(const std::string &socket) {
+void reset(const Arguments &arguments, Output &) {
+    control(socketOf(arguments), {{"op", "reset"}});
+}
+
+void followTrace(const Arguments &arguments, Output &out) {
+    const std::string socket = socketOf(arguments);
     wire::Client client;
     connectTo(&client, socket);
     const std::string who = processBehind(client);
@@ -103,147 +111,203 @@ int followTrace(const std::string &socket) {
     // The next request may be long in coming.
     client.setTimeout(0);
     while (client.receive(wire::Kind::TraceLine, &payload)) {
-        const std::string_view line = wire::Reader(payload).text();
-        fmt::print("{}\n", line);
-        if (fflush(stdout) != 0) return 0;
+        out.write(wire::Reader(payload).text());
+        out.write("\n");
+        out.flush();
     }
-    return 0;
 }
 
-constexpr char kTraceLines[] = R"(A line is the request, and behind " -> " its result:
-  device ioctl "/dev/vswitch" 0x100b GetUplinks in=268 out=8 input=[0:737731] -> 0
-  state PortAdd switch="73 77 31" port="port0" length=420 -> 0xbad0005
-  shell treesh -e set /net/create sw1 "128\n" vswitch -> exit 0)";
+void addFault(const Arguments &arguments, Output &) {
+    const json request = requestOf(arguments);
+    control(socketOf(arguments), request);
+}
 
-// Each command with its options, and what is to be done once they are read.
-class CommandLine {
-  public:
-    explicit CommandLine(const std::vector<std::string> &command) : command_(command) {
-        app_.require_subcommand(1);
-        app_.set_help_all_flag("--help-all", "Print the help of all commands");
-        app_.set_version_flag("--version", "qvs-host " QVS_VERSION);
-        addRunning();
-        addManaging();
-        addFaults();
-    }
+void listFaults(const Arguments &arguments, Output &out) {
+    const json answer = control(socketOf(arguments), {{"op", "fault.list"}});
+    (out.json() ? printJson : printFaults)(out, answer["faults"]);
+}
 
-    int parseAndRun(std::vector<std::string> arguments) {
-        if (arguments == std::vector<std::string>{"help"}) arguments = {"--help"};
-        std::reverse(arguments.begin(), arguments.end());
-        try {
-            app_.parse(arguments);
-        } catch (const CLI::ExtrasError &) {
-            throw Error(fmt::format("\"{}\" is not expected here; a command to run follows \"--\"",
-                                    app_.remaining(true).front()),
-                        kExitUsage);
-        } catch (const CLI::ParseError &error) {
-            if (error.get_exit_code() == 0) return app_.exit(error);
-            throw Error(error.what(), kExitUsage, "Try \"qvs-host --help\".");
-        }
-        return action_();
-    }
+void clearFaults(const Arguments &arguments, Output &) {
+    control(socketOf(arguments), {{"op", "fault.clear"}});
+}
 
-  private:
-    CLI::App *add(CLI::App *parent, const char *name, const char *help, std::function<int()> action) {
-        CLI::App *command = parent->add_subcommand(name, help);
-        command->final_callback([this, action = std::move(action)] { action_ = action; });
-        return command;
-    }
+constexpr Option kState{"--state", "DIR",
+                        "directory of the host's state; without it the host is private and ends "
+                        "with the command",
+                        Kind::Directory};
+constexpr Option kLab{"--lab", "FILE",
+                      "set the host up from JSON: NICs, switches, ports, properties, clients", Kind::File};
+constexpr Option kTrace{"--trace", "FILE", "append a line for each request to FILE before it is answered",
+                        Kind::File};
+constexpr Option kMaxState{"--max-state-mib", "N", "limit the size of the state, to try a full disk"};
+constexpr Option kRunning{"--state", "DIR", "directory of the host (default: the host that this runs on)",
+                          Kind::Directory};
 
-    // A command about a host that is up.
-    CLI::App *addManaged(CLI::App *parent, const char *name, const char *help,
-                         std::function<int(const std::string &socket)> action) {
-        CLI::App *command = add(parent, name, help,
-                                [this, action = std::move(action)] { return action(socketOf(directory_)); });
-        command->add_option("--state", directory_, "Directory of the host (default: the host this runs on)")
-            ->check(namesDirectory);
-        return command;
-    }
+const Command kHostRows[] = {
+    {.noun = "run",
+     .verb = nullptr,
+     .access = Access::Local,
+     .json = false,
+     .summary = "run a command on a host",
+     .arguments = {{.name = "COMMAND",
+                    .summary = "the command and its words",
+                    .kind = Kind::Program,
+                    .repeated = true,
+                    .verbatim = true}},
+     .options = {kState, kLab, kTrace, kMaxState},
+     .details = "Starts a host, or joins the one that serves DIR, runs COMMAND on it and exits with its "
+                "status. A host that run started ends with the last command on it.",
+     .example = "qvs-host run -- qvs switch create sw1",
+     .run = run},
+    {.noun = "shell",
+     .verb = nullptr,
+     .access = Access::Local,
+     .json = false,
+     .summary = "open a shell on a host",
+     .arguments = {},
+     .options = {kState, kLab, kTrace, kMaxState},
+     .details = "Runs $SHELL as run does.",
+     .example = "qvs-host shell --state lab",
+     .run = shell},
+    {.noun = "start",
+     .verb = nullptr,
+     .access = Access::Local,
+     .json = false,
+     .summary = "start a host that stays up",
+     .arguments = {},
+     .options = {{"--state", "DIR", "directory of the host's state", Kind::Directory, false,
+                  cli::Need::Always},
+                 kLab,
+                 kTrace,
+                 kMaxState},
+     .details = nullptr,
+     .example = "qvs-host start --state lab",
+     .run = start},
+    {.noun = "stop",
+     .verb = nullptr,
+     .access = Access::Local,
+     .json = false,
+     .summary = "stop a host that was started",
+     .arguments = {},
+     .options = {kRunning},
+     .details = nullptr,
+     .example = "qvs-host stop --state lab",
+     .run = stop},
+    {.noun = "status",
+     .verb = nullptr,
+     .access = Access::Local,
+     .json = true,
+     .summary = "show what a host holds: switches, NICs, faults",
+     .arguments = {},
+     .options = {kRunning},
+     .details = nullptr,
+     .example = "qvs-host status --state lab --json",
+     .run = status},
+    {.noun = "reset",
+     .verb = nullptr,
+     .access = Access::Local,
+     .json = false,
+     .summary = "make a host empty, as new, and remove its faults",
+     .arguments = {},
+     .options = {kRunning},
+     .details = nullptr,
+     .example = "qvs-host reset --state lab",
+     .run = reset},
+    {.noun = "trace",
+     .verb = nullptr,
+     .access = Access::Local,
+     .json = false,
+     .summary = "print each request as it happens, until interrupted",
+     .arguments = {},
+     .options = {kRunning},
+     .details = "A line is the request and, behind \" -> \", its result. The manual shows one of each kind.",
+     .example = "qvs-host trace --state lab",
+     .run = followTrace},
+};
 
-    void addRunning() {
-        CLI::App *run = add(&app_, "run", "Run a command on a host: run [OPTIONS] -- COMMAND...", [this] {
-            if (command_.empty()) throw Error("the command to run follows \"--\"", kExitUsage);
-            return runCommand(resolved(options_), command_);
-        });
-        withHostOptions(run, &options_, false);
-        CLI::App *shell = add(&app_, "shell", "Open a shell on a host", [this] {
-            const char *program = getenv("SHELL");
-            return runCommand(resolved(options_),
-                              {program != nullptr && program[0] != '\0' ? program : "/bin/sh"});
-        });
-        withHostOptions(shell, &options_, false);
-        CLI::App *begin =
-            add(&app_, "start", "Start a host that stays up", [this] { return start(resolved(options_)); });
-        withHostOptions(begin, &options_, true);
-    }
-
-    void addManaging() {
-        addManaged(&app_, "stop", "Stop a host that was started", stop);
-        addManaged(&app_, "status", "Show what a host holds", [this](const std::string &socket) {
-            return status(socket, asJson_);
-        })->add_flag("--json", asJson_, "Print JSON");
-        addManaged(&app_, "reset", "Make a host empty, as new, and remove its faults",
-                   [](const std::string &socket) {
-                       control(socket, {{"op", "reset"}});
-                       return 0;
-                   });
-        addManaged(&app_, "trace", "Print each request as it happens", followTrace)->footer(kTraceLines);
-    }
-
-    void addFaults() {
-        CLI::App *group = app_.add_subcommand("fault", "Make requests fail")->require_subcommand(1);
-        group->footer(
-            "\"qvs-host trace\" shows the requests, \"qvs-host fault add --help\" what can happen to them.");
-        CLI::App *command = addManaged(group, "add", "Add a fault", [this](const std::string &socket) {
-            control(socket, requestOf(fault_));
-            return 0;
-        });
-        addFaultOptions(command, &fault_);
-        addManaged(group, "list", "List the faults", [this](const std::string &socket) {
-            const json faults = control(socket, {{"op", "fault.list"}})["faults"];
-            if (asJson_) {
-                printJson(faults);
-            } else {
-                printFaults(faults);
-            }
-            return 0;
-        })->add_flag("--json", asJson_, "Print JSON");
-        addManaged(group, "clear", "Remove all faults", [](const std::string &socket) {
-            control(socket, {{"op", "fault.clear"}});
-            return 0;
-        });
-    }
-
-    CLI::App app_{"Emulated hosts for qvs: run commands on one, keep one up, look into it, make it fail.",
-                  "qvs-host"};
-    const std::vector<std::string> &command_;
-    std::function<int()> action_;
-    HostOptions options_;
-    std::string directory_;
-    bool asJson_ = false;
-    FaultOptions fault_;
+const Command kFaultRows[] = {
+    {.noun = "fault",
+     .verb = "add",
+     .access = Access::Local,
+     .json = false,
+     .summary = "make requests fail",
+     .arguments = {{"MATCH", "part of a trace line without its result; * and ? stand for other text"}},
+     .options =
+         {kRunning,
+          {"--nth", "N", "begin with the N-th match (1)"},
+          {.name = "--count", .value = "N", .summary = "how many matches (1)", .excludes = "--forever"},
+          {"--forever", nullptr, "all matches from then on"},
+          {"--errno", "NAME", "a device request fails with this error, such as EIO"},
+          {"--status", "STATUS", "a state request fails with this status, such as 0xbad0014"},
+          {"--exit", "CODE", "a shell request (treesh) fails with this exit code"},
+          {"--delay", "MILLISECONDS", "any request waits so long first"},
+          {"--kill", "MOMENT",
+           "the host dies: before the request, in the middle (before its change is committed), or after that "
+           "and before it is answered: before, middle or after"},
+          {.name = "--output",
+           .value = "OFFSET:HEX",
+           .summary = "any answer holds these bytes at OFFSET",
+           .repeated = true},
+          {"--truncate", "N", "any answer is cut to N bytes"},
+          {"--lab", "FILE", "this lab is applied just before the request", Kind::File}},
+     .details = "MATCH is looked for in the line that qvs-host trace prints for a request, up to \" -> \": "
+                "watch that first. At least one of --errno, --status, --exit, --delay, --kill, --output, "
+                "--truncate and --lab is needed. A request that is to fail and was given nothing of its kind "
+                "fails with EIO, 0xbad0001 or exit code 1. A failed request changes nothing.",
+     .example = "qvs-host fault add 'state PortAdd*port=\"port3\"' --status 0xbad0014",
+     .run = addFault},
+    {.noun = "fault",
+     .verb = "list",
+     .access = Access::Local,
+     .json = true,
+     .summary = "list the faults",
+     .arguments = {},
+     .options = {kRunning},
+     .details = nullptr,
+     .example = "qvs-host fault list",
+     .run = listFaults},
+    {.noun = "fault",
+     .verb = "clear",
+     .access = Access::Local,
+     .json = false,
+     .summary = "remove all faults",
+     .arguments = {},
+     .options = {kRunning},
+     .details = nullptr,
+     .example = "qvs-host fault clear",
+     .run = clearFaults},
 };
 
 }  // namespace
 
 }  // namespace qvs::launcher
 
+namespace qvs::cli {
+
+const Program &program() {
+    static const Noun nouns[] = {
+        {"host", "hosts and what runs on them", launcher::kHostRows},
+        {"fault", "requests that are to fail", launcher::kFaultRows},
+        {"tool", "the tool itself", kToolCommands},
+    };
+    static const Program self = {
+        .name = "qvs-host",
+        .version = QVS_VERSION,
+        .summary = "an emulated hypervisor host for programs that manage virtual switches",
+        .usage = "COMMAND [ARGUMENT...] [OPTION...]",
+        .nouns = nouns,
+        .options = {},
+        .names = {},
+        .description = launcher::kDescription,
+        .sections = launcher::kSections,
+        .failed = 125,
+        .run = nullptr,
+    };
+    return self;
+}
+
+}  // namespace qvs::cli
+
 int main(int argc, char **argv) {
-    using namespace qvs::launcher;
-    // What follows "--" is the command, to the letter.
-    const std::vector<std::string> words(argv + 1, argv + argc);
-    const auto mark = std::find(words.begin(), words.end(), "--");
-    const std::vector<std::string> command(mark == words.end() ? mark : mark + 1, words.end());
-    try {
-        const int exitCode = CommandLine(command).parseAndRun({words.begin(), mark});
-        if (fflush(stdout) != 0) throw Error(fmt::format("standard output: {}", strerror(errno)));
-        return exitCode;
-    } catch (const Error &error) {
-        complain("{}", error.what());
-        if (!error.hint().empty()) std::fputs((error.hint() + '\n').c_str(), stderr);
-        return error.exitCode();
-    } catch (const std::exception &error) {
-        complain("{}", error.what());
-        return kExitFailed;
-    }
+    return qvs::cli::run(argc, argv);
 }

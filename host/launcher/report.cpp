@@ -7,7 +7,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "wire/escape.h"
+#include "tool/text.h"
 
 namespace qvs::launcher {
 
@@ -15,10 +15,15 @@ namespace {
 
 using nlohmann::json;
 
+template <typename... Values>
+void print(cli::Output &out, fmt::format_string<Values...> format, Values &&...values) {
+    out.write(fmt::format(format, std::forward<Values>(values)...));
+}
+
 std::string text(const json &value, const char *member) {
     const auto found = value.find(member);
     if (found == value.end() || found->is_null()) return "-";
-    return found->is_string() ? wire::escaped(found->get<std::string>()) : found->dump();
+    return found->is_string() ? cli::shown(found->get<std::string>()) : found->dump();
 }
 
 // What a fault does, in the options that `fault add` has for it.
@@ -39,30 +44,30 @@ std::string duration(uint64_t seconds) {
     return fmt::format("{}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60);
 }
 
-void printSwitch(const json &sw) {
+void printSwitch(cli::Output &out, const json &sw) {
     std::string uplinks;
     for (const json &uplink : sw["uplinks"]) {
         uplinks +=
             fmt::format("{}{} ({})", uplinks.empty() ? "" : ", ", text(uplink, "port"), text(uplink, "nic"));
     }
-    fmt::print("  {}: {} of {} ports, version {}, class {}, portset {}\n    identifier {}\n    uplinks {}\n",
-               text(sw, "alias"), text(sw, "ports"), text(sw, "maxPorts"), text(sw, "version"),
-               text(sw, "class"), text(sw, "portset"), text(sw, "id"), uplinks.empty() ? "-" : uplinks);
+    print(out, "  {}: {} of {} ports, version {}, class {}, portset {}\n    identifier {}\n    uplinks {}\n",
+          text(sw, "alias"), text(sw, "ports"), text(sw, "maxPorts"), text(sw, "version"), text(sw, "class"),
+          text(sw, "portset"), text(sw, "id"), uplinks.empty() ? "-" : uplinks);
 }
 
 }  // namespace
 
-void printFaults(const json &faults) {
+void printFaults(cli::Output &out, const json &faults) {
     for (const json &fault : faults) {
         const std::string times =
             fault["count"] == 0 ? "--forever" : fmt::format("--count {}", text(fault, "count"));
-        fmt::print("  {}: \"{}\" --nth {} {}{}; matched {}, fired {}\n", text(fault, "id"),
-                   text(fault, "match"), text(fault, "nth"), times, actionOf(fault), text(fault, "matched"),
-                   text(fault, "fired"));
+        print(out, "  {}: \"{}\" --nth {} {}{}; matched {}, fired {}\n", text(fault, "id"),
+              text(fault, "match"), text(fault, "nth"), times, actionOf(fault), text(fault, "matched"),
+              text(fault, "fired"));
     }
 }
 
-void printJson(const json &value) {
+void printJson(cli::Output &out, const json &value) {
     // JSON escapes the first of the control characters itself, and these stand in its texts alone.
     std::string text;
     const std::string whole = value.dump(2);
@@ -75,37 +80,36 @@ void printJson(const json &value) {
         }
         text += fmt::format("\\u{:04x}", upper ? static_cast<uint8_t>(whole[++at]) : byte);
     }
-    fmt::print("{}\n", text);
+    print(out, "{}\n", text);
 }
 
-void printStatus(const json &status) {
+void printStatus(cli::Output &out, const json &status) {
     std::string traces;
     for (const json &path : status["trace"])
-        traces += (traces.empty() ? "" : ", ") + wire::escaped(path.get<std::string>());
+        traces += (traces.empty() ? "" : ", ") + cli::shown(path.get<std::string>());
     if (const auto dropped = status.value("traceDropped", 0u); dropped != 0)
         traces += fmt::format("{}dropped lines {}", traces.empty() ? "-, " : ", ", dropped);
-    fmt::print("pid {}, up {}, state {}\n", text(status, "pid"), duration(status.value("uptimeSeconds", 0u)),
-               text(status, "state"));
-    fmt::print(
-        "leases {}, {}, trace {}\n", text(status, "leases"),
-        status.value("staysWithoutLease", false) ? "stays until it is stopped" : "ends with the last one",
-        traces.empty() ? "-" : traces);
-    fmt::print("switches {}, ports {}\n", status["switches"].size(), text(status, "ports"));
+    print(out, "pid {}, up {}, state {}\n", text(status, "pid"), duration(status.value("uptimeSeconds", 0u)),
+          text(status, "state"));
+    print(out, "leases {}, {}, trace {}\n", text(status, "leases"),
+          status.value("staysWithoutLease", false) ? "stays until it is stopped" : "ends with the last one",
+          traces.empty() ? "-" : traces);
+    print(out, "switches {}, ports {}\n", status["switches"].size(), text(status, "ports"));
     for (const json &sw : status["switches"])
-        printSwitch(sw);
-    fmt::print("portsets {}\n", status["portsets"].size());
+        printSwitch(out, sw);
+    print(out, "portsets {}\n", status["portsets"].size());
     for (const json &portset : status["portsets"]) {
-        fmt::print("  {}: number {}, capacity {}, MTU {}\n", text(portset, "name"), text(portset, "number"),
-                   text(portset, "capacity"), text(portset, "mtu"));
+        print(out, "  {}: number {}, capacity {}, MTU {}\n", text(portset, "name"), text(portset, "number"),
+              text(portset, "capacity"), text(portset, "mtu"));
     }
-    fmt::print("NICs {}\n", status["nics"].size());
+    print(out, "NICs {}\n", status["nics"].size());
     for (const json &nic : status["nics"]) {
-        fmt::print("  {}: link {}, admin {}, {} Mb/s, MTU {}, {}, port {}\n", text(nic, "name"),
-                   text(nic, "link"), text(nic, "admin"), text(nic, "speedMbps"), text(nic, "mtu"),
-                   text(nic, "mac"), text(nic, "port"));
+        print(out, "  {}: link {}, admin {}, {} Mb/s, MTU {}, {}, port {}\n", text(nic, "name"),
+              text(nic, "link"), text(nic, "admin"), text(nic, "speedMbps"), text(nic, "mtu"),
+              text(nic, "mac"), text(nic, "port"));
     }
-    fmt::print("faults {}\n", status["faults"].size());
-    printFaults(status["faults"]);
+    print(out, "faults {}\n", status["faults"].size());
+    printFaults(out, status["faults"]);
 }
 
 }  // namespace qvs::launcher

@@ -3,11 +3,13 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "tool/output.h"
+
 namespace qvs::launcher {
 
 // As it is, in lines, with no character that a terminal would obey.
-void printJson(const nlohmann::json &value);
-void printStatus(const nlohmann::json &status);
-void printFaults(const nlohmann::json &faults);
+void printJson(cli::Output &out, const nlohmann::json &value);
+void printStatus(cli::Output &out, const nlohmann::json &status);
+void printFaults(cli::Output &out, const nlohmann::json &faults);
 
 }  // namespace qvs::launcher
