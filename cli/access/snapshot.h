@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "tool/command.h"
 #include "access/limits.h"
+#include "tool/command.h"
 #include "tool/text.h"
 
 namespace qvs::cli {

@@ -114,6 +114,12 @@ const std::string *unknownOption(const CLI::App &app, std::span<const std::strin
     return nullptr;
 }
 
+// The argument that is all words behind --, or null.
+const Argument *verbatimOf(const Command &command) {
+    const bool is = command.arguments.size() == 1 && command.arguments.begin()->verbatim;
+    return is ? command.arguments.begin() : nullptr;
+}
+
 [[noreturn]] void failUsage(const Command &command, std::string_view message) {
     fail(Exit::Usage, "{}\nusage: {}", message, usageLine(command));
 }
@@ -123,8 +129,9 @@ const std::string *unknownOption(const CLI::App &app, std::span<const std::strin
     std::erase(message, kGuard);
     message = shown(message);
     if (const std::string *word = unknownOption(app, words)) {
-        message =
-            fmt::format("no such option: {}; a name that begins with a dash goes behind --", inQuotes(*word));
+        message = fmt::format(
+            "no such option: {}{}", inQuotes(*word),
+            verbatimOf(command) != nullptr ? "" : "; a name that begins with a dash goes behind --");
     }
     failUsage(command, message);
 }
@@ -152,12 +159,6 @@ void requireConsistent(const Command &command, const Arguments &arguments) {
     }
     if (arguments.given(kJson.name) && !command.json)
         fail(Exit::Usage, "--json: {} {} has none", program().name, words(command));
-}
-
-// The argument that is all words behind --, or null.
-const Argument *verbatimOf(const Command &command) {
-    const bool is = command.arguments.size() == 1 && command.arguments.begin()->verbatim;
-    return is ? command.arguments.begin() : nullptr;
 }
 
 }  // namespace

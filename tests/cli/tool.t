@@ -28,7 +28,7 @@ Usage.
   $ qvs switch 2>&1 | head -n 1
   qvs switch: distributed switches
   $ codes=; for words in nix 'switch nix' '--nix switch list' 'switch list --nix' 'port add sw1' 'port list sw1 more' 'port add sw1 p --connect-id 1 --connect-id 2'; do qvs $words; codes="$codes $?"; done; echo $codes
-  qvs: no such noun: 'nix'; 'qvs help' lists them
+  qvs: no such command: 'nix'; 'qvs help' lists them
   qvs: no such command: switch 'nix'; 'qvs help switch' lists them
   qvs: no such option: '--nix'
   qvs: no such option: '--nix'; a name that begins with a dash goes behind --
@@ -42,7 +42,7 @@ Usage.
   2 2 2 2 2 2 2
   $ codes=; for words in 'dump --json' 'switch show sw1 --raw file --json' 'port list sw1 --names --kernel' 'completion zsh'; do qvs $words; codes="$codes $?"; done; echo $codes
   qvs: --json: qvs dump has none
-  qvs: --json and --raw exclude each other
+  qvs: --raw and --json exclude each other
   qvs: --names and --kernel exclude each other
   qvs: SHELL: 'zsh' is not 'bash'
   2 2 2 2
@@ -125,30 +125,43 @@ A fault that makes no sense is a wrong usage.
 
   $ for words in '--errno EIO --count 0' '--errno EIO --count 2 --forever' '--errno EFOO' '--status bad' '--output 4294967296:ff' '--output 0:f' '--delay 0' '--kill never' ''; do qvs-host fault add x $words --state . 2>&1 | head -n 1; done; qvs-host fault add '' --errno EIO --state .
   qvs-host: --count: '0' is not a number from 1 to 4294967295
-  qvs-host: --count excludes --forever
+  qvs-host: --count and --forever exclude each other
   qvs-host: --errno: 'EFOO' is not the name of an error, such as EIO
   qvs-host: --status: 'bad' is not a number like 0xbad0014
   qvs-host: --output: '4294967296:ff' is not an offset and bytes, such as 0:ffffffff
   qvs-host: --output: '0:f' is not an offset and bytes, such as 0:ffffffff
   qvs-host: --delay: '0' is not a number from 1 to 600000
-  qvs-host: --kill: 'never' is none of before, middle and after
-  qvs-host: fault add: give what is to happen: --errno, --status, --exit, --delay, --kill, --output, --truncate or --lab
+  qvs-host: --kill: 'never' is none of before, middle, after
+  qvs-host: nothing is to happen; one of --errno, --status, --exit, --delay, --kill, --output, --truncate and --lab is needed
   qvs-host: MATCH: matches nothing; * is every request
-  Try "qvs-host --help".
   ? 2
   $ qvs-host run -- sh -c 'qvs-host fault add ls --output 0:7065 --output 2:74 --truncate 4; treesh -e ls /; qvs-host fault list'
   pet/  1: "ls" --nth 1 --count 1 --truncate 4 --output 0:7065 --output 2:74; matched 1, fired 1
 
 The launcher's own words.
 
-  $ for option in --lab --trace --max-state-mib; do qvs-host run $option '' -- true 2>&1 | head -n 1; done; qvs-host run --max-state-mib 0 -- true; qvs-host --version; qvs-host help | head -n 1
-  qvs-host: --lab: names no file
-  qvs-host: --trace: names no file
+  $ for option in --lab --trace --max-state-mib; do qvs-host run $option '' -- true 2>&1 | head -n 1; done; qvs-host run --max-state-mib 0 -- true; qvs-host --version; qvs-host help | head -n 1; qvs-host run true; qvs-host run --stat -- true; qvs-host start; qvs-host fault nix; qvs-host stop --json
+  qvs-host: --lab: the name of a file is empty
+  qvs-host: --trace: the name of a file is empty
   qvs-host: --max-state-mib: '' is not a number from 1 to 4294967295
   qvs-host: --max-state-mib: '0' is not a number from 1 to 4294967295
-  Try "qvs-host --help".
   qvs-host 1.0.0
-  Emulated hosts for qvs: run commands on one, keep one up, look into it, make it fail.
+  usage: qvs-host COMMAND [ARGUMENT...] [OPTION...]
+  qvs-host: The following argument was not expected: true
+  qvs-host: usage: qvs-host run [--state DIR] [--lab FILE] [--trace FILE] [--max-state-mib N] -- COMMAND...
+  qvs-host: no such option: '--stat'
+  qvs-host: usage: qvs-host run [--state DIR] [--lab FILE] [--trace FILE] [--max-state-mib N] -- COMMAND...
+  qvs-host: --state is needed
+  qvs-host: usage: qvs-host start --state DIR [--lab FILE] [--trace FILE] [--max-state-mib N]
+  qvs-host: no such command: fault 'nix'; 'qvs-host help fault' lists them
+  qvs-host: --json: qvs-host stop has none
+  ? 2
+  $ . <(qvs-host completion bash); try() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvs_host; echo "${COMPREPLY[@]}"; }; mkdir lab; try qvs-host fault ''; try qvs-host start --m; try qvs-host run --state l; try qvs-host run -- treesh --; try qvs-host run -- false l
+  add list clear
+  --max-state-mib
+  lab
+  
+  lab
   $ echo '{' >lab.json; qvs-host run --lab lab.json -- true 2>&1 | sed 's/.*used: //'; tr @ '\n' <<<'"pnics": [{"name": "a", "mtu": 9001}]@"switches": [{"alias": ""}]@"switches": [{"alias": "a", "maxPorts": 0}]@"options": [{"id": 1, "hex": "00 01"}]' | sh bad
   parse error at line 2, column 1: syntax error while parsing object key - unexpected end of input; expected string literal
   pnics[0]: "mtu" is not a number from 1280 to 9000
