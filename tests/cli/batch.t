@@ -6,14 +6,9 @@ Every line is read before the first runs.
   qvs: line 2: --json: qvs dump has none
   qvs: line 1: neither help nor a batch can be asked for in a batch
   ? 2
-  $ for file in nix .; do qvs batch $file; done
-  qvs: file 'nix': No such file or directory
-  qvs: file '.': Is a directory
-  ? 1
+  $ for file in nix .; do qvs batch $file; done  => [1] qvs: file 'nix': No such file or directory | qvs: file '.': Is a directory
   $ qvs switch list --names
-  $ (ulimit -v 400000; qvs batch /dev/zero)
-  qvs: line 1: a NUL is no text
-  ? 2
+  $ (ulimit -v 400000; qvs batch /dev/zero)  => [2] qvs: line 1: a NUL is no text
 
 Each command sees what the ones before it did; the first failure ends the run.
 
@@ -32,17 +27,10 @@ Each command sees what the ones before it did; the first failure ends the run.
   sw1/e: unchanged
   qvs: line 9: switch 'sw1': port 'e': Not found (0xbad0003)
   ? 3
-  $ qvs port list sw1 --names
-  port0
-  a b
-  c d
-  $ printf 'port add sw1 j\nswitch list --names\n' | qvs batch - --json
-  {"switch":"sw1","changed":true,"ports":[{"port":"j","changed":true}]}
-  ["sw1"]
+  $ qvs port list sw1 --names  => port0 | a b | c d
+  $ printf 'port add sw1 j\nswitch list --names\n' | qvs batch - --json  => {"switch":"sw1","changed":true,"ports":[{"port":"j","changed":true}]} | ["sw1"]
 
 Ports that have nothing to do with one another are added without loading the state again.
 
   $ for i in $(seq 50); do echo "port add sw1 p$i"; done >many
-  $ before=$(grep -c StateGet ../trace); qvs batch many | wc -l; echo $(($(grep -c StateGet ../trace) - before))
-  50
-  1
+  $ before=$(grep -c StateGet ../trace); qvs batch many | wc -l; echo $(($(grep -c StateGet ../trace) - before))  => 50 | 1

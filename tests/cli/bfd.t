@@ -46,18 +46,11 @@ into the third byte.
 
 The log level. What is not a level is not asked for; a lab that is applied again sets its own.
 
-  $ qvs bfd log-level get
-  3
-  $ qvs bfd log-level set 5 --json && qvs bfd log-level set 5
-  {"changed":true}
-  log level: unchanged
-  $ qvs bfd log-level get --json
-  {"logLevel":5}
-  $ qvs bfd log-level set 2
-  qvs: LEVEL: 2 is none of 0, 1, 3, 5
-  ? 2
-  $ qvs-host run --state ../state --lab lab -- qvs bfd log-level get
-  3
+  $ qvs bfd log-level get  => 3
+  $ qvs bfd log-level set 5 --json && qvs bfd log-level set 5  => {"changed":true} | log level: unchanged
+  $ qvs bfd log-level get --json  => {"logLevel":5}
+  $ qvs bfd log-level set 2  => [2] qvs: LEVEL: 2 is none of 0, 1, 3, 5
+  $ qvs-host run --state ../state --lab lab -- qvs bfd log-level get  => 3
   $ qvs-host status --json | grep -A 3 '"bfd"'
     "bfd": {
       "logLevel": 3,
@@ -74,29 +67,19 @@ Statistics differ from one look to the next.
 
 Failures have the reason of the request.
 
-  $ qvs-host fault add 'tarn_bfd*GetSessions' --errno ENOMEM && qvs bfd sessions
-  qvs: BFD sessions: Cannot allocate memory
-  ? 1
+  $ qvs-host fault add 'tarn_bfd*GetSessions' --errno ENOMEM && qvs bfd sessions  => [1] qvs: BFD sessions: Cannot allocate memory
   $ qvs-host fault add 'tarn_bfd*GetLogLevel' --errno EPERM && qvs --trace bfd log-level get 2>&1 | sed 's/, [0-9]* us/, N us/'
   qvs: DVSLoadConfig() -> 0x0 (Success), N us
   qvs: BFD_GetLogLevel() -> 4294967295, N us
   qvs: BFD log level: Operation not permitted
-  $ qvs-host fault add 'tarn_bfd*SetLogLevel' --errno EIO && qvs bfd log-level set 1
-  qvs: BFD log level: Input/output error
-  ? 1
-  $ qvs-host fault add 'open*tarn_bfd' --errno ENOENT && qvs bfd stats
-  qvs: BFD statistics: No such file or directory
-  ? 3
+  $ qvs-host fault add 'tarn_bfd*SetLogLevel' --errno EIO && qvs bfd log-level set 1  => [1] qvs: BFD log level: Input/output error
+  $ qvs-host fault add 'open*tarn_bfd' --errno ENOENT && qvs bfd stats  => [3] qvs: BFD statistics: No such file or directory
 
 Sessions and level outlive the host.
 
   $ echo 'qvs bfd log-level set 0; qvs bfd sessions --raw - | cksum' >change
-  $ qvs-host run --state rack --lab lab -- sh change
-  log level: changed
-  3169817901 1139336
-  $ qvs-host run --state rack -- sh -c 'qvs bfd log-level get; qvs bfd sessions --raw - | cksum'
-  0
-  3169817901 1139336
+  $ qvs-host run --state rack --lab lab -- sh change  => log level: changed | 3169817901 1139336
+  $ qvs-host run --state rack -- sh -c 'qvs bfd log-level get; qvs bfd sessions --raw - | cksum'  => 0 | 3169817901 1139336
 
 Labs that cannot be.
 

@@ -1,18 +1,10 @@
 Standard output that cannot be written is a failure; a reader that has gone ends the tool as it ends others.
 
-  $ qvs switch create sw1 --uplinks 1 --ports 2
-  sw1: changed
-  $ qvs port list sw1 >/dev/full
-  qvs: standard output: No space left on device
-  ? 1
-  $ qvs port list sw1 >&-
-  qvs: standard output: Bad file descriptor
-  ? 1
-  $ { qvs port list sw1 --kernel; echo "? $?" >status; } | true; cat status
-  ? 141
-  $ qvs prop get sw1 com.quillon.common.alias --raw /dev/full
-  qvs: file '/dev/full': No space left on device
-  ? 1
+  $ qvs switch create sw1 --uplinks 1 --ports 2  => sw1: changed
+  $ qvs port list sw1 >/dev/full  => [1] qvs: standard output: No space left on device
+  $ qvs port list sw1 >&-  => [1] qvs: standard output: Bad file descriptor
+  $ { qvs port list sw1 --kernel; echo "? $?" >status; } | true; cat status  => ? 141
+  $ qvs prop get sw1 com.quillon.common.alias --raw /dev/full  => [1] qvs: file '/dev/full': No space left on device
   $ qvs port add sw1 late >/dev/full; qvs port list sw1 --names
   qvs: standard output: No space left on device
   uplink0
@@ -36,8 +28,7 @@ Each library call is traced.
   qvs: DVSAliasToSwitchId("sw1", ...) -> 0x0 (Success), N us
   qvs: VSDVS_AddDVPort("sw1", "traced", 1) -> 0x0 (Success), N us
   sw1/traced: changed
-  $ qvs port remove sw1 traced --trace --json 2>/dev/null
-  {"switch":"sw1","changed":true,"ports":[{"port":"traced","changed":true}]}
+  $ qvs port remove sw1 traced --trace --json 2>/dev/null  => {"switch":"sw1","changed":true,"ports":[{"port":"traced","changed":true}]}
   $ qvs --trace uplink down sw1 nix 2>&1 | sed 's/[0-9]* us/N us/'
   qvs: DVSAliasToSwitchId("sw1", ...) -> 0x0 (Success), N us
   qvs: DVSAliasToPortsetName("sw1", ...) -> 0x0 (Success), N us
@@ -46,10 +37,7 @@ Each library call is traced.
 
 What was done before a failure is reported, and the failure after it.
 
-  $ qvs-host fault add 'PortAdd*"b"' --status 0xbad0014; qvs port add sw1 a b c
-  sw1/a: changed
-  qvs: switch 'sw1': port 'b': Out of memory (0xbad0014)
-  ? 1
+  $ qvs-host fault add 'PortAdd*"b"' --status 0xbad0014; qvs port add sw1 a b c  => [1] sw1/a: changed | qvs: switch 'sw1': port 'b': Out of memory (0xbad0014)
   $ qvs-host fault add 'PortAdd*"e"' --status 0xbad0014; qvs port add sw1 d e f --json
   {"switch":"sw1","changed":true,"ports":[{"port":"d","changed":true}]}
   qvs: switch 'sw1': port 'e': Out of memory (0xbad0014)
@@ -72,15 +60,10 @@ A dump is escaped on a terminal alone.
 
 Statuses of the kernel and of the state library pass through.
 
-  $ qvs-host fault add 0x1010 --errno EIO; qvs switch show sw1
-  qvs: switch 'sw1': Metadata read error (0xbad0008)
-  ? 1
+  $ qvs-host fault add 0x1010 --errno EIO; qvs switch show sw1  => [1] qvs: switch 'sw1': Metadata read error (0xbad0008)
   $ qvs-host fault clear
-  $ qvs-host fault add 0x1010 --errno ENOENT; qvs switch show sw1 | tail -n 1
-  kernel information:  -
-  $ qvs-host fault add 0x1014 --errno EBUSY; qvs port show sw1 port0
-  qvs: switch 'sw1': port 'port0': Busy (0xbad0004)
-  ? 1
+  $ qvs-host fault add 0x1010 --errno ENOENT; qvs switch show sw1 | tail -n 1  => kernel information:  -
+  $ qvs-host fault add 0x1014 --errno EBUSY; qvs port show sw1 port0  => [1] qvs: switch 'sw1': port 'port0': Busy (0xbad0004)
 
 The kernel's counts are not trusted, and its texts need not end.
 
@@ -96,20 +79,16 @@ The kernel's counts are not trusted, and its texts need not end.
   KIND     NAME
   portset  sw1
   alias    sw1
-  $ qvs-host fault add GetSwitches --nth 2 --output "8:$(printf '78%.0s' $(seq 128))"; qvs switch list --kernel --json | head -n 2 | wc -c
-  160
+  $ qvs-host fault add GetSwitches --nth 2 --output "8:$(printf '78%.0s' $(seq 128))"; qvs switch list --kernel --json | head -n 2 | wc -c  => 160
   $ qvs-host fault clear
 
 Clearing that did not happen is no success.
 
-  $ qvs-host fault add GlobalPropClear --forever --status 0xbad0014; qvs uplink clear sw1; qvs-host fault clear
-  qvs: switch 'sw1': uplink lists: Failure (0xbad0001)
+  $ qvs-host fault add GlobalPropClear --forever --status 0xbad0014; qvs uplink clear sw1; qvs-host fault clear  => qvs: switch 'sw1': uplink lists: Failure (0xbad0001)
 
 A host whose state cannot be loaded is not an empty host.
 
-  $ qvs-host fault add StateGet --forever --status 0xbad0014; qvs switch list
-  qvs: the host does not answer: switch state: Out of memory (0xbad0014)
-  ? 6
+  $ qvs-host fault add StateGet --forever --status 0xbad0014; qvs switch list  => [6] qvs: the host does not answer: switch state: Out of memory (0xbad0014)
   $ qvs-host fault clear
 
 A kernel that answers nonsense is no missing kernel, and a host that has ended is no machine without one.
@@ -128,14 +107,7 @@ A switch of another class is shown, and not changed.
   ALIAS  ID                                               CLASS        VERSION  PORTS  UPLINKS  PORTSET  LEFT HALF MADE
   sw1    73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00  vswitch      105      6      0        sw1      uplink 'uplink0' has no entry for its port, port 'uplink0' was made for an uplink and carries none
   old    id-old                                           etherswitch  1        1      0        old      -
-  $ qvs switch create old --may-exist
-  qvs: switch 'old': exists with class 'etherswitch', not 'vswitch'
-  ? 4
-  $ qvs port add old p2
-  qvs: switch 'old': class is 'etherswitch', not 'vswitch'
-  ? 1
-  $ qvs port list old --names
-  p
-  $ qvs switch destroy old
-  qvs: switch 'old': class is 'etherswitch', not 'vswitch'
-  ? 1
+  $ qvs switch create old --may-exist  => [4] qvs: switch 'old': exists with class 'etherswitch', not 'vswitch'
+  $ qvs port add old p2  => [1] qvs: switch 'old': class is 'etherswitch', not 'vswitch'
+  $ qvs port list old --names  => p
+  $ qvs switch destroy old  => [1] qvs: switch 'old': class is 'etherswitch', not 'vswitch'

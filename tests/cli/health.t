@@ -1,5 +1,4 @@
-  $ qvs switch create sw1 --uplinks 2 --ports 3
-  sw1: changed
+  $ qvs switch create sw1 --uplinks 2 --ports 3  => sw1: changed
 
 The check of teaming: u8 deployed, u32 minutes; beside it u8 what is expected.
 
@@ -26,9 +25,7 @@ The check of teaming: u8 deployed, u32 minutes; beside it u8 what is expected.
   qvs: one of --interval, --off is needed
   qvs: --interval and --off exclude each other
   ? 2
-  $ qvs health team param sw1 hash
-  qvs: TEAMING: 'hash' is none of other, ip-hash
-  ? 2
+  $ qvs health team param sw1 hash  => [2] qvs: TEAMING: 'hash' is none of other, ip-hash
   $ qvs health team param sw1 other; qvs prop get sw1 com.quillon.mesh.teamcheck.param --hex; qvs health team clear sw1; qvs prop list sw1 | grep teamcheck
   sw1: changed
   00
@@ -60,10 +57,7 @@ The check of VLANs and MTU, with a parameter of 512 bytes.
   qvs: file 'short': 511 bytes, but the parameter has 512
   qvs: file '/dev/zero': more than 512 bytes, which is all that fits
   ? 2
-  $ qvs health vlan-mtu param sw1
-  qvs: --file is needed
-  qvs: usage: qvs health vlan-mtu param SWITCH --file FILE
-  ? 2
+  $ qvs health vlan-mtu param sw1  => [2] qvs: --file is needed | qvs: usage: qvs health vlan-mtu param SWITCH --file FILE
 
 What the kernel finds: the VLANs of ports whose policy names some, and the MTUs, good and bad.
 
@@ -72,9 +66,7 @@ What the kernel finds: the VLANs of ports whose policy names some, and the MTUs,
   sw1/port1: changed
   qvs: switch 'sw1': port 'port0': check result: Not found (0xbad0003)
   ? 3
-  $ qvs health vlan-mtu deploy sw1 --interval 1; qvs prop get sw1 com.quillon.common.vlanmtucheck.deploy
-  sw1: changed
-  0101000000
+  $ qvs health vlan-mtu deploy sw1 --interval 1; qvs prop get sw1 com.quillon.common.vlanmtucheck.deploy  => sw1: changed | 0101000000
   $ for port in port0 port2; do qvs health result sw1 $port; done; qvs health result sw1 port1 --json
   switch:             sw1
   port:               port0
@@ -153,9 +145,7 @@ The discovery protocol: u8 protocol, u8 what it does.
   0102
   sw1: changed
   {"switch":"sw1","protocol":null,"operation":"down"}
-  $ qvs discovery set sw1 --protocol edp --operation both
-  qvs: --protocol: 'edp' is none of cdp, lldp
-  ? 2
+  $ qvs discovery set sw1 --protocol edp --operation both  => [2] qvs: --protocol: 'edp' is none of cdp, lldp
   $ qvs prop set sw1 com.quillon.etherswitch.cdp --hex 0904; qvs discovery get sw1 --json; qvs prop set sw1 com.quillon.etherswitch.cdp --hex 010203; qvs discovery get sw1; qvs discovery set sw1 --operation listen; qvs discovery set sw1 --protocol lldp --operation listen; qvs prop get sw1 com.quillon.etherswitch.cdp
   sw1 com.quillon.etherswitch.cdp: changed
   {"switch":"sw1","protocol":"9","operation":"4"}
@@ -206,12 +196,8 @@ Flow sampling of a port: times, rate, flags, counts, domain, source; eight colle
   qvs: --collector: '[192.0.2.9]:1' is neither IPV4:PORT nor [IPV6]:PORT
   qvs: --collector: '192.0.2.9:65536' has no port from 0 to 65535
   ? 2
-  $ qvs port ipfix set sw1 port0 $(printf -- '--collector 192.0.2.%d:1 ' $(seq 9))
-  qvs: 9 collectors, at most 8 fit
-  ? 2
-  $ qvs port ipfix set sw1 port0 --source 192.0.2
-  qvs: --source: '192.0.2' is no IPv4 address
-  ? 2
+  $ qvs port ipfix set sw1 port0 $(printf -- '--collector 192.0.2.%d:1 ' $(seq 9))  => [2] qvs: 9 collectors, at most 8 fit
+  $ qvs port ipfix set sw1 port0 --source 192.0.2  => [2] qvs: --source: '192.0.2' is no IPv4 address
   $ qvs port ipfix set sw1 port0 --obs-id "$(head -c 65536 /dev/zero | tr '\0' x)" 2>&1 | sed 's/xx*/x/'
   qvs: observation id 'x...': 65536 bytes, at most 65535 fit
   $ qvs port ipfix set sw1 port0 --obs-id "$(head -c 65535 /dev/zero | tr '\0' x)" $(printf -- '--collector 192.0.2.%d:1 ' $(seq 8)); qvs prop get sw1 com.quillon.net.ipfix.port --port port0 --raw - | wc -c; qvs port ipfix get sw1 port0 | tail -n 1

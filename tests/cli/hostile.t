@@ -91,7 +91,4 @@ The sources of a group, and records without an end of their texts.
 An entry of zeros at the end of a list is an entry when the kernel counts it once more.
 
   $ cat >zeros <<<'qvs-host fault add "device ioctl*GetL2Security" --forever --output 32:0000000000000000 >log; qvs mac security sw1 --json | grep -c ^{; qvs-host fault clear; qvs-host fault add "device ioctl*GetL2Security" --nth 2 --output 0:05000000 >log; qvs mac security sw1 --json | grep -c ^{'
-  $ qvs-host run --lab lab.json -- bash zeros
-  4
-  qvs: warning: the kernel counts 5 security entries, but handed over 4
-  4
+  $ qvs-host run --lab lab.json -- bash zeros  => 4 | qvs: warning: the kernel counts 5 security entries, but handed over 4 | 4

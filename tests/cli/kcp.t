@@ -4,8 +4,7 @@ Without a lab the control plane lists the host's own objects, and the rest is em
   INDEX  ENTRY
   []
   status:  010001
-  $ qvs switch create sw1 --uplinks 1 --ports 2
-  sw1: changed
+  $ qvs switch create sw1 --uplinks 1 --ports 2  => sw1: changed
   $ qvs kcp switches && qvs kcp portsets && qvs kcp uplinks
   switch 0 (128 bytes):
     0000 37 33 20 37 37 20 33 31 20 30 30 20 30 30 20 30
@@ -43,8 +42,7 @@ Without a lab the control plane lists the host's own objects, and the rest is em
 A lab fills the other lists. An interface has the link of its port; the containers know how many interfaces are theirs.
 
   $ echo '{"clients": [{"switch": "sw1", "port": "port1", "name": "web"}], "kcp": {"status": {"running": false, "connected": true}, "interfaces": [{"name": "web.eth", "switch": "sw1", "port": "port0", "mac": "02:00:00:00:01:ff", "vlan": 100, "count": 2}, {"name": "db", "switch": "sw1", "port": "port1"}], "containerInterfaces": [{"name": "pod", "count": 3, "container": 9}], "hypervisorInterfaces": [{"name": "hyp0"}], "hypervisorNics": [{"name": "hypnic0"}], "containers": [{"number": 8, "vlan": 20, "count": 2}]}}' >lab
-  $ qvs-host run --state ../state --lab lab -- qvs kcp status
-  status:  000101
+  $ qvs-host run --state ../state --lab lab -- qvs kcp status  => status:  000101
   $ qvs kcp interfaces | sed -n '1,14p; /interface [12]/,/0090/p'
   interface 0 (11441 bytes):
     0000 01 00 00 00 00 00 00 00 77 65 62 2e 65 74 68 30
@@ -105,18 +103,13 @@ A lab fills the other lists. An interface has the link of its port; the containe
    02 00 00 00 00 00 00 00 08 00 00 00 00 00 00 00
    14 00 09 00 00 00 03 00 00 00 14 00
   1112
-  $ qvs kcp status --json
-  {"status":"AAEB"}
+  $ qvs kcp status --json  => {"status":"AAEB"}
 
 What is on a port goes with it. A lab that is applied again gives the same lists.
 
-  $ qvs port remove sw1 port0 && qvs kcp interfaces | grep bytes
-  sw1/port0: changed
-  interface 0 (11441 bytes):
-  $ sed s/port0/port1/ <lab >again && qvs-host run --state ../state --lab again -- qvs kcp interfaces --raw - | cksum
-  153554807 34327
-  $ qvs-host run --state ../state --lab again -- qvs kcp interfaces --raw - | cksum
-  153554807 34327
+  $ qvs port remove sw1 port0 && qvs kcp interfaces | grep bytes  => sw1/port0: changed | interface 0 (11441 bytes):
+  $ sed s/port0/port1/ <lab >again && qvs-host run --state ../state --lab again -- qvs kcp interfaces --raw - | cksum  => 153554807 34327
+  $ qvs-host run --state ../state --lab again -- qvs kcp interfaces --raw - | cksum  => 153554807 34327
   $ echo '{"kcp": {"status": {"connected": true}, "interfaces": [{"name": "hyp", "count": 2}], "containers": [{}]}}' >lab
   $ qvs-host run --state rack --lab lab -- true; qvs-host run --state rack -- sh -c 'qvs kcp status; qvs kcp interfaces | grep bytes; qvs kcp containers'
   status:  010101
@@ -132,12 +125,8 @@ A count that is too high is not believed; the kernel's failures are told from an
   INDEX  ENTRY
   0      08000000000000001400
   1      09000000030000001400
-  $ qvs-host fault add 'kcp*GetContainerCount' --errno EIO && qvs kcp containers
-  qvs: kernel control plane: containers: Input/output error
-  ? 1
-  $ qvs-host fault add 'kcp*GetStatus' --errno EIO && qvs kcp status
-  qvs: kernel control plane: status: Input/output error
-  ? 1
+  $ qvs-host fault add 'kcp*GetContainerCount' --errno EIO && qvs kcp containers  => [1] qvs: kernel control plane: containers: Input/output error
+  $ qvs-host fault add 'kcp*GetStatus' --errno EIO && qvs kcp status  => [1] qvs: kernel control plane: status: Input/output error
   $ bad() { echo "$1" >bad; qvs-host run --state ../state --lab bad -- true; }; bad '{"kcp": {"interfaces": [{"name": "x", "switch": "sw1", "port": "nix"}]}}'; bad '{"kcp": {"containers": [{"count": 10001}]}}'
   qvs-host: lab.kcp.interfaces[0]: "port" is not a port of the switch: nix
   qvs-host: lab.kcp.containers[0]: "count" is more than there is room for

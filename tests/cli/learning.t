@@ -1,5 +1,4 @@
-  $ qvs switch create sw1 --ports 2
-  sw1: changed
+  $ qvs switch create sw1 --ports 2  => sw1: changed
 
 How long addresses are kept, and how many. The record: 24 bits of seconds, a byte nobody knows, the number.
 
@@ -14,15 +13,11 @@ How long addresses are kept, and how many. The record: 24 bits of seconds, a byt
   sw1: changed
   sw1: unchanged
   host   -     com.quillon.vswitch.macLearning  CONFIG  8       5802000000000100
-  $ qvs mac-learning set sw1 --aging 1000000 --limit 4294967295; qvs prop get sw1 com.quillon.vswitch.macLearning --host
-  sw1: changed
-  40420f00ffffffff
+  $ qvs mac-learning set sw1 --aging 1000000 --limit 4294967295; qvs prop get sw1 com.quillon.vswitch.macLearning --host  => sw1: changed | 40420f00ffffffff
   $ qvs prop set sw1 com.quillon.vswitch.macLearning --hex 2c0100ff01000000 --host; qvs mac-learning get sw1 --json
   sw1 host com.quillon.vswitch.macLearning: changed
   {"switch":"sw1","aging":300,"limit":1,"stored":true}
-  $ qvs mac-learning set sw1 --aging 301; qvs prop get sw1 com.quillon.vswitch.macLearning --host
-  sw1: changed
-  2d0100ff01000000
+  $ qvs mac-learning set sw1 --aging 301; qvs prop get sw1 com.quillon.vswitch.macLearning --host  => sw1: changed | 2d0100ff01000000
   $ for more in '--aging 1000001' ''; do qvs mac-learning set sw1 $more; done
   qvs: --aging: '1000001' is not a number from 0 to 1000000
   qvs: at least one of --aging, --limit is needed
@@ -38,8 +33,7 @@ How long addresses are kept, and how many. The record: 24 bits of seconds, a byt
 
 The same of a port. The first byte is what the port's security says when the record is stored.
 
-  $ qvs port mac-learning get sw1 port0 --json
-  {"switch":"sw1","port":"port0","learning":false,"flooding":false,"limit":4096,"limitPolicy":"allow","stored":false}
+  $ qvs port mac-learning get sw1 port0 --json  => {"switch":"sw1","port":"port0","learning":false,"flooding":false,"limit":4096,"limitPolicy":"allow","stored":false}
   $ qvs port mac-learning set sw1 port0 --learning on; qvs port mac-learning set sw1 port0 --limit 4096; qvs prop list sw1 --port port0 | grep macM
   sw1/port0: changed
   sw1/port0: unchanged
@@ -65,9 +59,7 @@ The same of a port. The first byte is what the port's security says when the rec
   qvs: switch 'sw1': port 'port0': MAC learning: Failure (0xbad0001); what is stored as com.quillon.vswitch.port.macManagement is no such record (3 bytes, not 11); 'qvs prop clear sw1 com.quillon.vswitch.port.macManagement --port port0' removes it
   sw1/port0: changed
   0001000100000001000000
-  $ qvs port mac-learning set sw1 port0
-  qvs: at least one of --learning, --flooding, --limit, --limit-policy is needed
-  ? 2
+  $ qvs port mac-learning set sw1 port0  => [2] qvs: at least one of --learning, --flooding, --limit, --limit-policy is needed
 
 The switches of a host.
 
@@ -109,12 +101,8 @@ How multicast is filtered. While nothing is stored the kernel says it: the old w
   sw1: changed
   {"switch":"sw1","mode":"legacy","stored":true}
   legacyFiltering
-  $ qvs mcast mode set new legacy
-  qvs: switch 'new': multicast filter mode: Not supported (0xbad0020); switches of version 107 and later have it elsewhere
-  ? 1
-  $ qvs mcast mode set sw1 flood
-  qvs: MODE: 'flood' is none of legacy, snooping
-  ? 2
+  $ qvs mcast mode set new legacy  => [1] qvs: switch 'new': multicast filter mode: Not supported (0xbad0020); switches of version 107 and later have it elsewhere
+  $ qvs mcast mode set sw1 flood  => [2] qvs: MODE: 'flood' is none of legacy, snooping
   $ qvs prop clear sw1 com.quillon.vswitch.multicastFilter; qvs mcast mode get sw1; grep -c 'GetMcastFilterMode.*-> 0' ../trace
   sw1 com.quillon.vswitch.multicastFilter: changed
   legacy
@@ -122,12 +110,8 @@ How multicast is filtered. While nothing is stored the kernel says it: the old w
 
 Addresses that are always let in: a count and six bytes each.
 
-  $ qvs mcast list get sw1; qvs mcast list clear sw1
-  qvs: switch 'sw1': multicast addresses: Not found (0xbad0003)
-  sw1: unchanged
-  $ qvs mcast list set sw1 01:00:5e:00:00:fb 33:33:00:00:00:FB; qvs mcast list set sw1 01:00:5E:00:00:fb 33:33:00:00:00:fb
-  sw1: changed
-  sw1: unchanged
+  $ qvs mcast list get sw1; qvs mcast list clear sw1  => qvs: switch 'sw1': multicast addresses: Not found (0xbad0003) | sw1: unchanged
+  $ qvs mcast list set sw1 01:00:5e:00:00:fb 33:33:00:00:00:FB; qvs mcast list set sw1 01:00:5E:00:00:fb 33:33:00:00:00:fb  => sw1: changed | sw1: unchanged
   $ qvs prop list sw1 --host | grep mcast; qvs mcast list get sw1
   host   -     com.quillon.vswitch.mcast.user.addresses        CONFIG  13      0201005e0000fb3333000000fb
   01:00:5e:00:00:fb
@@ -136,9 +120,7 @@ Addresses that are always let in: a count and six bytes each.
   sw1: changed
   151
   01:00:5e:00:00:19
-  $ qvs mcast list set sw1 $(printf '01:00:5e:00:00:%02x ' $(seq 26))
-  qvs: 26 multicast addresses, at most 25 fit
-  ? 2
+  $ qvs mcast list set sw1 $(printf '01:00:5e:00:00:%02x ' $(seq 26))  => [2] qvs: 26 multicast addresses, at most 25 fit
   $ for more in 01:00:5e:00:00 '' '01:00:5e:00:00:01 --empty'; do qvs mcast list set sw1 $more; done
   qvs: '01:00:5e:00:00' is no MAC address, like 01:00:5e:00:00:01
   qvs: one of MAC, --empty is needed

@@ -10,8 +10,7 @@ Sessions are listed with their definition, of which 28 bytes fit.
   $ qvs livetrace create sw1 port0 --hex '00 01 02' && qvs livetrace create sw1 port1 --json
   sw1/port0: changed
   {"switch":"sw1","port":"port1","changed":true}
-  $ printf '%040d' 7 >definition && qvs livetrace create sw1 port0 --file definition
-  sw1/port0: changed
+  $ printf '%040d' 7 >definition && qvs livetrace create sw1 port0 --file definition  => sw1/port0: changed
   $ qvs livetrace list
   sessions (705 bytes):
     0000 03 01 00 00 00 01 00 00 04 70 6f 72 74 30 00 00
@@ -32,12 +31,8 @@ Sessions are listed with their definition, of which 28 bytes fit.
     0110 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
     *
     02c0 00
-  $ qvs livetrace create sw1 nix
-  qvs: switch 'sw1': port 'nix': live trace: Not found (0xbad0003)
-  ? 3
-  $ qvs livetrace create sw1 port0 --hex 0
-  qvs: --hex: '0' is not hexadecimal
-  ? 2
+  $ qvs livetrace create sw1 nix  => [3] qvs: switch 'sw1': port 'nix': live trace: Not found (0xbad0003)
+  $ qvs livetrace create sw1 port0 --hex 0  => [2] qvs: --hex: '0' is not hexadecimal
   $ grep 'ioctl.*CreateSession' ../trace | sed 's/input=.0:[0-9a-f]*/input=[.../'
   device ioctl "/dev/livetrace" 0x0 CreateSession in=115 out=0 input=[... 64:706f727430 113:0102] -> 0
   device ioctl "/dev/livetrace" 0x0 CreateSession in=112 out=0 input=[... 64:706f727431] -> 0
@@ -53,18 +48,14 @@ Counts by action.
   2      0300000001000004040400000000000051010000000000000300
   $ qvs livetrace counts 200 --raw - | od -An -tx1
    00 00 00 00 c8 00 00 00
-  $ qvs livetrace counts 256
-  qvs: ACTION: 256 is not a number of 8 bits
-  ? 2
+  $ qvs livetrace counts 256  => [2] qvs: ACTION: 256 is not a number of 8 bits
   $ qvs-host fault add 'livetrace*GetCountActionData*out=86' --output 0:ffffffff && qvs livetrace counts 0
   qvs: warning: the kernel counts 4294967295 action counts, but handed over 3
   INDEX  ENTRY
   0      0100000001000004ca03000000000000e0030000000000000000
   1      020000000200000491020000000000009b030000000000000000
   2      030000000100000439070000000000000d050000000000000000
-  $ qvs-host fault add 'livetrace*GetCountActionData' --errno EIO && qvs livetrace counts 0
-  qvs: live-trace action 0: Input/output error
-  ? 1
+  $ qvs-host fault add 'livetrace*GetCountActionData' --errno EIO && qvs livetrace counts 0  => [1] qvs: live-trace action 0: Input/output error
 
 What was found on a port, and in all.
 

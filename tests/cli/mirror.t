@@ -1,5 +1,4 @@
-  $ qvs switch create sw1 --uplinks 1 --ports 3
-  sw1: changed
+  $ qvs switch create sw1 --uplinks 1 --ports 3  => sw1: changed
 
 Sessions of every type, on a port.
 
@@ -10,14 +9,10 @@ Sessions of every type, on a port.
   sw1/port0 mix: changed
   $ qvs mirror add sw1 dv --port port0 --type dvport --name "to the probe" --snap-length 96 --dst port1 --src-in port0 --json
   {"switch":"sw1","port":"port0","session":"dv","changed":true}
-  $ qvs mirror add sw1 rsrc --port port0 --type rmirror-src --encap-vlan 4094 --dst 12345678901234567890123456789012 --src-in port0
-  sw1/port0 rsrc: changed
-  $ qvs mirror add sw1 rdst --port port0 --type rmirror-dst --dst port1 --src-in 100 --src-in 0x65 --src-out 0
-  sw1/port0 rdst: changed
-  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --stack --dst 192.0.2.7 --dst 2001:DB8:0:0::1 --src-in port0
-  sw1/port0 er4: changed
-  $ qvs mirror add sw1 12345678901234567890123456789012 --port port0 --type logical-span --dst 02:00:00:00:00:AA
-  sw1/port0 12345678901234567890123456789012: changed
+  $ qvs mirror add sw1 rsrc --port port0 --type rmirror-src --encap-vlan 4094 --dst 12345678901234567890123456789012 --src-in port0  => sw1/port0 rsrc: changed
+  $ qvs mirror add sw1 rdst --port port0 --type rmirror-dst --dst port1 --src-in 100 --src-in 0x65 --src-out 0  => sw1/port0 rdst: changed
+  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --stack --dst 192.0.2.7 --dst 2001:DB8:0:0::1 --src-in port0  => sw1/port0 er4: changed
+  $ qvs mirror add sw1 12345678901234567890123456789012 --port port0 --type logical-span --dst 02:00:00:00:00:AA  => sw1/port0 12345678901234567890123456789012: changed
   $ qvs mirror list sw1 --port port0 | head -n 3
   SESSION                           NAME          TYPE          FLAGS              DESTINATIONS                      INGRESS  EGRESS
   mix                               -             mixdst        no-input disabled  uplink0 port1                     port0    port0 port2
@@ -47,8 +42,7 @@ Sessions of every type, on a port.
   egress sources:   -
   ingress mask:     -
   egress mask:      -
-  $ qvs mirror list sw1 --port port0 --names --json
-  ["mix","dv","rsrc","rdst","er4","12345678901234567890123456789012"]
+  $ qvs mirror list sw1 --port port0 --names --json  => ["mix","dv","rsrc","rdst","er4","12345678901234567890123456789012"]
 
 The list is given back byte by byte, and moved to the uplinks.
 
@@ -113,11 +107,8 @@ What nobody reads comes back as well: the header's last word, masks of a typed s
 
 Existing, absent, and removed sessions.
 
-  $ qvs mirror add sw1 rdst --port port0 --type dvport
-  qvs: switch 'sw1': port 'port0': mirror sessions: 'rdst': Already exists (0xbad0005)
-  ? 4
-  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --stack --dst 192.0.2.7 --dst 2001:db8::1 --src-in port0 --may-exist
-  sw1/port0 er4: unchanged
+  $ qvs mirror add sw1 rdst --port port0 --type dvport  => [4] qvs: switch 'sw1': port 'port0': mirror sessions: 'rdst': Already exists (0xbad0005)
+  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --stack --dst 192.0.2.7 --dst 2001:db8::1 --src-in port0 --may-exist  => sw1/port0 er4: unchanged
   $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --dst 192.0.2.7 --dst 2001:db8::1 --src-in port0 --may-exist
   qvs: switch 'sw1': port 'port0': mirror sessions: 'er4': exists and differs
   ? 4
@@ -128,11 +119,8 @@ Existing, absent, and removed sessions.
   rsrc
   rdst
   12345678901234567890123456789012
-  $ qvs mirror remove sw1 mix --port port0
-  qvs: switch 'sw1': port 'port0': mirror sessions: 'mix': Not found (0xbad0003)
-  ? 3
-  $ qvs mirror remove sw1 mix --port port0 --if-exists
-  sw1/port0 mix: unchanged
+  $ qvs mirror remove sw1 mix --port port0  => [3] qvs: switch 'sw1': port 'port0': mirror sessions: 'mix': Not found (0xbad0003)
+  $ qvs mirror remove sw1 mix --port port0 --if-exists  => sw1/port0 mix: unchanged
   $ qvs mirror remove sw1 s; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host
   sw1 s: changed
   qvs: switch 'sw1': host property 'com.quillon.vswitch.uplinkMirrorSessions': Not found (0xbad0003)
@@ -165,8 +153,7 @@ What the records cannot hold is refused, and nothing stored.
   qvs: --type is needed
   qvs: usage: qvs mirror add SWITCH SESSION [--port PORT] --type TYPE [--name TEXT] [--snap-length BYTES] [--flag FLAG]... [--encap-vlan VLAN] [--sampling-rate N] [--stack] [--dst ENTITY]... [--src-in ENTITY]... [--src-out ENTITY]... [--may-exist]
   ? 2
-  $ qvs mirror list sw1 --json
-  []
+  $ qvs mirror list sw1 --json  => []
   $ codes=; fit() { echo "$1" | qvs mirror set sw1 -; codes="$codes $?"; }; fit '{}'; fit '[1]'; fit '[{"session":"a"}]'; fit '[{"session":"a","type":"mixdst"},{"session":"a","type":"mixdst"}]'; fit '[{"session":"a","type":"mixdst","flags":["b"]}]'; fit '[{"session":"a","type":"mixdst","stack":1}]'; fit '[{"session":"a","type":"mixdst","encapVlan":4095}]'; fit '[{"session":"a","type":"mixdst","more":1}]'; fit '[{"session":"a","type":"mixdst","samplingRate":-1}]'; fit '[{"session":"a","type":"mixdst","wildIn":["vmm"]}]'; fit '[{"session":"a","type":"mixdst"},{"session":"b","type":"ermirror-src","destinations":["x"]}]'; echo $codes
   qvs: file '-': the sessions are no JSON array
   qvs: file '-': session 0 of the array: a session is an object
@@ -196,15 +183,9 @@ Stored lists of the older form, of unknown types, and of entities that are not t
   qvs: switch 'sw1': mirror sessions: Failure (0xbad0001); what is stored as com.quillon.vswitch.uplinkMirrorSessions is no such record (408 bytes); 'qvs prop clear sw1 com.quillon.vswitch.uplinkMirrorSessions --host' removes it
   {"session":"s","name":"n","type":null,"snapLength":1,"flags":["encap","legacy"],"encapVlan":2,"samplingRate":3,"stack":false,"destinations":["d"],"sourcesIn":["\u0004"],"sourcesOut":["\u0005"],"wildIn":[],"wildOut":[],"unread":[]}
   {"session":"s","name":"n","type":null,"snapLength":1,"flags":["encap","legacy"],"encapVlan":2,"samplingRate":3,"stack":false,"destinations":["d"],"sourcesIn":["\u0004"],"sourcesOut":["\u0005"],"wildIn":["vmm","pnic"],"wildOut":["test"],"unread":[]}
-  $ qvs mirror list sw1 --json | qvs mirror set sw1 -
-  qvs: file '-': session 0 of the array: wildIn: masks of the older form cannot be stored
-  ? 2
-  $ qvs mirror add sw1 t --type dvport
-  qvs: switch 'sw1': mirror sessions: the list is of the older form, which has no types; clear it first
-  ? 1
-  $ qvs mirror remove sw1 s && qvs mirror add sw1 t --type dvport
-  sw1 s: changed
-  sw1 t: changed
+  $ qvs mirror list sw1 --json | qvs mirror set sw1 -  => [2] qvs: file '-': session 0 of the array: wildIn: masks of the older form cannot be stored
+  $ qvs mirror add sw1 t --type dvport  => [1] qvs: switch 'sw1': mirror sessions: the list is of the older form, which has no types; clear it first
+  $ qvs mirror remove sw1 s && qvs mirror add sw1 t --type dvport  => sw1 s: changed | sw1 t: changed
 
 A batch sees its own changes.
 

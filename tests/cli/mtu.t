@@ -1,18 +1,10 @@
-  $ qvs switch create sw1 --uplinks 2 --ports 1
-  sw1: changed
-  $ qvs mtu get sw1
-  1500
-  $ qvs mtu set sw1 9000
-  sw1: changed
-  $ qvs mtu set sw1 9000 --json
-  {"switch":"sw1","changed":false}
-  $ qvs mtu get sw1 --json
-  {"switch":"sw1","mtu":9000}
-  $ qvs prop get sw1 com.quillon.vswitch.mtu; qvs prop get sw1 com.quillon.etherswitch.mtu
-  28230000
-  28230000
-  $ treesh -e get /net/pNics/pnic1/mtu
-  mtu:9000
+  $ qvs switch create sw1 --uplinks 2 --ports 1  => sw1: changed
+  $ qvs mtu get sw1  => 1500
+  $ qvs mtu set sw1 9000  => sw1: changed
+  $ qvs mtu set sw1 9000 --json  => {"switch":"sw1","changed":false}
+  $ qvs mtu get sw1 --json  => {"switch":"sw1","mtu":9000}
+  $ qvs prop get sw1 com.quillon.vswitch.mtu; qvs prop get sw1 com.quillon.etherswitch.mtu  => 28230000 | 28230000
+  $ treesh -e get /net/pNics/pnic1/mtu  => mtu:9000
 
 A NIC that is bound later gets it from the next set, although nothing else changes.
 
@@ -24,21 +16,15 @@ A NIC that is bound later gets it from the next set, although nothing else chang
 
 What was left behind differs from what is set.
 
-  $ qvs prop set sw1 com.quillon.etherswitch.mtu --hex dc050000
-  sw1 com.quillon.etherswitch.mtu: changed
-  $ qvs mtu set sw1 9000
-  sw1: changed
+  $ qvs prop set sw1 com.quillon.etherswitch.mtu --hex dc050000  => sw1 com.quillon.etherswitch.mtu: changed
+  $ qvs mtu set sw1 9000  => sw1: changed
 
   $ for mtu in 1279 9001; do qvs mtu set sw1 $mtu; done
   qvs: MTU: '1279' is not a number from 1280 to 9000
   qvs: MTU: '9001' is not a number from 1280 to 9000
   ? 2
-  $ qvs mtu set sw1 1280 && qvs mtu get sw1
-  sw1: changed
-  1280
-  $ qvs mtu set sw9 1500
-  qvs: switch 'sw9': Not found (0xbad0003)
-  ? 3
+  $ qvs mtu set sw1 1280 && qvs mtu get sw1  => sw1: changed | 1280
+  $ qvs mtu set sw9 1500  => [3] qvs: switch 'sw9': Not found (0xbad0003)
 
 A step that fails leaves the old value.
 

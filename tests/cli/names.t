@@ -1,7 +1,6 @@
 Names that a shell, a terminal or a parser would interpret are names like any other.
 
-  $ qvs switch create 'a b' --portset ab
-  a b: changed
+  $ qvs switch create 'a b' --portset ab  => a b: changed
   $ qvs port add 'a b' '$(touch x)' ';touch x;' '[a,b]' '{c}' "it's" 'back\slash' $'tab\tnew\nline\x1b[31m' $'\xff\xc3\xa9' -- -dash --json
   a b/$(touch x): changed
   a b/;touch x;: changed
@@ -31,21 +30,14 @@ Names that a shell, a terminal or a parser would interpret are names like any ot
   {"port":"-dash","number":67108873,"inUse":false,"linkUp":false,"client":null,"connectId":1},
   {"port":"--json","number":67108874,"inUse":false,"linkUp":false,"client":null,"connectId":1}
   ]
-  $ qvs port remove 'a b' $'tab\tnew\nline\x1b[31m' '[a,b]' -- -dash
-  a b/tab\tnew\nline\x1b[31m: changed
-  a b/[a,b]: changed
-  a b/-dash: changed
-  $ qvs port remove 'a b' $'tab\tnew\nline\x1b[31m'
-  qvs: switch 'a b': port 'tab\tnew\nline\x1b[31m': Not found (0xbad0003)
-  ? 3
+  $ qvs port remove 'a b' $'tab\tnew\nline\x1b[31m' '[a,b]' -- -dash  => a b/tab\tnew\nline\x1b[31m: changed | a b/[a,b]: changed | a b/-dash: changed
+  $ qvs port remove 'a b' $'tab\tnew\nline\x1b[31m'  => [3] qvs: switch 'a b': port 'tab\tnew\nline\x1b[31m': Not found (0xbad0003)
   $ qvs uplink set 'a b' 'c d' '*' && qvs uplink list 'a b'
   a b: changed
   UPLINK  PORT  LINK  LACP  NIC    KERNEL PORT
   c d     c d   up    down  pnic0  c d
   *       *     up    down  pnic1  *
-  $ qvs prop set 'a b' '$k' '`touch x`' --port "it's"; qvs prop get 'a b' '$k' --port "it's"
-  a b/it's $k: changed
-  `touch x`
+  $ qvs prop set 'a b' '$k' '`touch x`' --port "it's"; qvs prop get 'a b' '$k' --port "it's"  => a b/it's $k: changed | `touch x`
   $ qvs dump 'a b' | grep -F 'touch x' | head -n 2
   	port $(touch x):
   		com.quillon.common.port.alias = $(touch x) , 	propType = CONFIG 
@@ -61,8 +53,7 @@ Portset names are words of a command line of the kernel's shell, and refused whe
   ..: 2
   /: 2
   -e: 2
-  $ ls; qvs switch list --names
-  a b
+  $ ls; qvs switch list --names  => a b
 
 Too long for the record: refused before anything is done.
 
@@ -99,30 +90,16 @@ Too long for the record: refused before anything is done.
   $ x() { printf 'x%.0s' $(seq "$1"); }; qvs port add 'a b' "$(x 47)" && qvs port remove 'a b' "$(x 47)"
   a b/xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed
   a b/xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed
-  $ qvs switch create ''
-  qvs: alias: may not be empty
-  ? 2
-  $ qvs port add 'a b' ''
-  qvs: port identifier: may not be empty
-  ? 2
-  $ qvs port add 'a b' twice twice
-  qvs: port 'twice': given twice
-  ? 2
-  $ qvs port list 'a b' --names | grep -c ok
-  0
-  ? 1
+  $ qvs switch create ''  => [2] qvs: alias: may not be empty
+  $ qvs port add 'a b' ''  => [2] qvs: port identifier: may not be empty
+  $ qvs port add 'a b' twice twice  => [2] qvs: port 'twice': given twice
+  $ qvs port list 'a b' --names | grep -c ok  => [1] 0
 
 Numbers have 32 bits.
 
-  $ qvs port add 'a b' n --connect-id 4294967296
-  qvs: --connect-id: '4294967296' is not a number from 0 to 4294967295
-  ? 2
-  $ qvs port add 'a b' n --connect-id -1
-  qvs: --connect-id: '-1' is not a number from 0 to 4294967295
-  ? 2
-  $ qvs port add 'a b' n --connect-id 1x
-  qvs: --connect-id: '1x' is not a number from 0 to 4294967295
-  ? 2
+  $ qvs port add 'a b' n --connect-id 4294967296  => [2] qvs: --connect-id: '4294967296' is not a number from 0 to 4294967295
+  $ qvs port add 'a b' n --connect-id -1  => [2] qvs: --connect-id: '-1' is not a number from 0 to 4294967295
+  $ qvs port add 'a b' n --connect-id 1x  => [2] qvs: --connect-id: '1x' is not a number from 0 to 4294967295
   $ qvs port add 'a b' n --connect-id 0xffffffff && qvs port show 'a b' n --json | cut -c 1-78
   a b/n: changed
   {"switch":"a b","port":"n","alias":"n","state":"live","connectId":4294967295,"

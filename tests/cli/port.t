@@ -1,16 +1,10 @@
-  $ qvs switch create sw1 --uplinks 1 --ports 1
-  sw1: changed
+  $ qvs switch create sw1 --uplinks 1 --ports 1  => sw1: changed
 
 Added several at a time, all checked first.
 
-  $ qvs port add sw1 web db --connect-id 7
-  sw1/web: changed
-  sw1/db: changed
-  $ qvs port add sw1 new web
-  qvs: switch 'sw1': port 'web': Already exists (0xbad0005)
-  ? 4
-  $ qvs port add sw1 vm --external-id vif-1 --json
-  {"switch":"sw1","changed":true,"ports":[{"port":"vm","changed":true}]}
+  $ qvs port add sw1 web db --connect-id 7  => sw1/web: changed | sw1/db: changed
+  $ qvs port add sw1 new web  => [4] qvs: switch 'sw1': port 'web': Already exists (0xbad0005)
+  $ qvs port add sw1 vm --external-id vif-1 --json  => {"switch":"sw1","changed":true,"ports":[{"port":"vm","changed":true}]}
   $ qvs port list sw1
   PORT     NUMBER    IN USE  LINK  CLIENT  CONNECT ID
   uplink0  67108865  yes     up    pnic0   1
@@ -25,20 +19,15 @@ Added several at a time, all checked first.
 
 What exists is compared in what is given.
 
-  $ qvs port add sw1 web new --may-exist
-  sw1/web: unchanged
-  sw1/new: changed
-  $ qvs port add sw1 web vm --may-exist --json
-  {"switch":"sw1","changed":false,"ports":[{"port":"web","changed":false},{"port":"vm","changed":false}]}
-  $ qvs port add sw1 web --may-exist --connect-id 0x7
-  sw1/web: unchanged
+  $ qvs port add sw1 web new --may-exist  => sw1/web: unchanged | sw1/new: changed
+  $ qvs port add sw1 web vm --may-exist --json  => {"switch":"sw1","changed":false,"ports":[{"port":"web","changed":false},{"port":"vm","changed":false}]}
+  $ qvs port add sw1 web --may-exist --connect-id 0x7  => sw1/web: unchanged
   $ for more in 'newer web --connect-id 8' 'vm --external-id vif-2' 'web --external-id vif-1'; do qvs port add sw1 $more --may-exist; done
   qvs: switch 'sw1': port 'web': exists with connect id 7, not 8
   qvs: switch 'sw1': port 'vm': exists with external id 'vif-1', not 'vif-2'
   qvs: switch 'sw1': port 'web': exists with external id '', not 'vif-1'
   ? 4
-  $ qvs port list sw1 --names --json
-  ["uplink0","port0","web","db","vm","new"]
+  $ qvs port list sw1 --names --json  => ["uplink0","port0","web","db","vm","new"]
 
 One port, with what the kernel says about it.
 
@@ -68,15 +57,11 @@ One port, with what the kernel says about it.
     05b0 00 00
   $ qvs port show sw1 uplink0 --json | sed 's/"info":.*/.../'
   {"switch":"sw1","port":"uplink0","alias":"uplink0","state":"live","connectId":1,"externalId":null,"blocked":false,"number":67108865,"inUse":true,"linkUp":true,"kernelBlocked":false,"client":"pnic0","teamHint":"cG5pYzAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=",...
-  $ qvs port show sw1 vm --raw - | wc -c
-  1458
-  $ qvs port number sw1 db
-  67108868
+  $ qvs port show sw1 vm --raw - | wc -c  => 1458
+  $ qvs port number sw1 db  => 67108868
   $ qvs port number "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00" db --by-id --json
   {"switch":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","port":"db","number":67108868}
-  $ qvs port show sw1 nix
-  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
-  ? 3
+  $ qvs port show sw1 nix  => [3] qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
   $ qvs port list sw1 --kernel --json | cut -c 1-40 | sed -n '2p; 6p'
   {"index":0,"info":"AQAABAMAAAB1cGxpbmswA
   {"index":4,"info":"BQAABAAAAAB2bQAAAAAAA
@@ -90,15 +75,9 @@ A listing asks the kernel for the state, sees that the device is there, and asks
 
 Removed; uplinks stay.
 
-  $ qvs port remove sw1 web nix
-  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
-  ? 3
-  $ qvs port remove sw1 web uplink0
-  qvs: switch 'sw1': port 'uplink0': carries an uplink; remove that with 'qvs uplink remove'
-  ? 1
-  $ qvs port remove sw1 web nix --if-exists
-  sw1/web: changed
-  sw1/nix: unchanged
+  $ qvs port remove sw1 web nix  => [3] qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
+  $ qvs port remove sw1 web uplink0  => [1] qvs: switch 'sw1': port 'uplink0': carries an uplink; remove that with 'qvs uplink remove'
+  $ qvs port remove sw1 web nix --if-exists  => sw1/web: changed | sw1/nix: unchanged
   $ qvs port list sw1 --names
   uplink0
   port0

@@ -71,8 +71,7 @@ The same with destroying one that is whole.
 
 Uplinks: a port that was added and not listed, one that was removed and is still listed, a name without an entry.
 
-  $ qvs switch create b --uplinks 2 --ports 1
-  b: changed
+  $ qvs switch create b --uplinks 2 --ports 1  => b: changed
   $ for fault in GlobalPropSet PortRemove; do qvs-host fault add $fault --status 0xbad0014; done; qvs uplink add b new; qvs uplink list b --names
   qvs: switch 'b': uplink 'new': Out of memory (0xbad0014)
   uplink0
@@ -85,13 +84,8 @@ Uplinks: a port that was added and not listed, one that was removed and is still
   uplink1  uplink1  up    down  pnic1  uplink1
   qvs: switch 'b': uplink 'uplink0' has no port; 'qvs switch repair b' mends that
   ? 1
-  $ qvs uplink list b --names --json
-  ["uplink1"]
-  qvs: switch 'b': uplink 'uplink0' has no port; 'qvs switch repair b' mends that
-  ? 1
-  $ qvs uplink add b more --may-exist
-  qvs: switch 'b': uplink 'uplink0' has no port; 'qvs switch repair b' mends that
-  ? 1
+  $ qvs uplink list b --names --json  => [1] ["uplink1"] | qvs: switch 'b': uplink 'uplink0' has no port; 'qvs switch repair b' mends that
+  $ qvs uplink add b more --may-exist  => [1] qvs: switch 'b': uplink 'uplink0' has no port; 'qvs switch repair b' mends that
   $ qvs switch list
   ALIAS  ID                                               CLASS    VERSION  PORTS  UPLINKS  PORTSET  LEFT HALF MADE
   b      62 00 00 00 00 00 00 00-00 00 00 00 00 00 00 00  vswitch  105      3      2        b        uplink 'uplink0' has no port, port 'new' was made for an uplink and carries none
@@ -116,11 +110,8 @@ Uplinks: a port that was added and not listed, one that was removed and is still
   b/u3: changed
   qvs: switch 'b': uplink 'uplink1': Out of memory (0xbad0014); uplink 'uplink1' has no port; 'qvs switch repair b' mends that
   ? 1
-  $ qvs switch create b --may-exist
-  qvs: switch 'b': exists, but is half made: uplink 'uplink1' has no port; 'qvs switch repair b' mends that
-  ? 4
-  $ qvs switch repair >log; qvs uplink list b --names
-  u3
+  $ qvs switch create b --may-exist  => [4] qvs: switch 'b': exists, but is half made: uplink 'uplink1' has no port; 'qvs switch repair b' mends that
+  $ qvs switch repair >log; qvs uplink list b --names  => u3
 
 What is in use or was changed is nobody's remains, and neither are the ports of another class of switch.
 
@@ -144,9 +135,7 @@ A repair of all; nothing is left, and the second run finds nothing.
   []
   b/
   b
-  $ qvs switch repair nix
-  qvs: switch 'nix': Not found (0xbad0003)
-  ? 3
+  $ qvs switch repair nix  => [3] qvs: switch 'nix': Not found (0xbad0003)
 
 A kernel that does not say which data paths it has.
 

@@ -69,16 +69,11 @@ Logical-switch teaming as stored; a table that counts more than it holds is cut.
   $ sh on 'qvs prop get sw1 com.quillon.vswitch.logicalswitch.teaming --raw - | (printf "\011\000\000\000"; tail -c +5 | head -c 2750) >wrong; qvs prop set sw1 com.quillon.vswitch.logicalswitch.teaming --file wrong; qvs ls-teaming get sw1 --kernel --raw - | wc -c'
   sw1 com.quillon.vswitch.logicalswitch.teaming: changed
   2748
-  $ qvs ls-teaming get sw1 --kernel --by-id
-  qvs: --by-id and --kernel exclude each other
-  ? 2
+  $ qvs ls-teaming get sw1 --kernel --by-id  => [2] qvs: --by-id and --kernel exclude each other
 
 Multicast groups of a port, and of all ports together.
 
-  $ sh on 'qvs mcast mode get sw1; qvs mcast mode set sw1 snooping; qvs mcast mode get sw1 --kernel'
-  legacy
-  sw1: changed
-  snooping
+  $ sh on 'qvs mcast mode get sw1; qvs mcast mode set sw1 snooping; qvs mcast mode get sw1 --kernel'  => legacy | sw1: changed | snooping
   $ sh on 'qvs mcast filters sw1; qvs mcast filters sw1 --port p0 --type ipv4 --json; qvs mcast filters sw1 --port uplink0 --json'
   TYPE  GROUP
   mac   01:00:5e:00:00:fb
@@ -113,9 +108,7 @@ Multicast groups of a port, and of all ports together.
   qvs: switch 'sw1': group '239.1.1.253': Not found (0xbad0003)
   qvs: '01:00:5e:00:00:fb' is no IPv4 or IPv6 address
   ? 2
-  $ sh on 'qvs port remove sw1 p1; qvs mcast filters sw1 | wc -l'
-  sw1/p1: changed
-  4
+  $ sh on 'qvs port remove sw1 p1; qvs mcast filters sw1 | wc -l'  => sw1/p1: changed | 4
 
 Flows are counted where they are sampled.
 

@@ -1,18 +1,14 @@
 A host without switches.
 
-  $ qvs switch list
-  ALIAS  ID  CLASS  VERSION  PORTS  UPLINKS  PORTSET
-  $ qvs switch list --json
-  []
+  $ qvs switch list  => ALIAS  ID  CLASS  VERSION  PORTS  UPLINKS  PORTSET
+  $ qvs switch list --json  => []
   $ qvs switch list --names
   $ qvs dump
 
 Created with uplinks and ports, listed and shown.
 
-  $ qvs switch create sw1 --uplinks 2 --ports 3
-  sw1: changed
-  $ qvs switch create sw2 --id id-2 --portset data2 --version 99 --opaque --max-ports 7 --json
-  {"switch":"sw2","changed":true}
+  $ qvs switch create sw1 --uplinks 2 --ports 3  => sw1: changed
+  $ qvs switch create sw2 --id id-2 --portset data2 --version 99 --opaque --max-ports 7 --json  => {"switch":"sw2","changed":true}
   $ qvs switch list
   ALIAS  ID                                               CLASS    VERSION  PORTS  UPLINKS  PORTSET
   sw1    73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00  vswitch  105      5      2        sw1
@@ -22,8 +18,7 @@ Created with uplinks and ports, listed and shown.
   {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","class":"vswitch","version":105,"maxPorts":128,"ports":5,"uplinks":2,"portset":"sw1","opaque":false,"remains":[]},
   {"alias":"sw2","id":"id-2","class":"vswitch","version":99,"maxPorts":7,"ports":0,"uplinks":0,"portset":"data2","opaque":true,"remains":[]}
   ]
-  $ qvs switch list --names --json
-  ["sw1","sw2"]
+  $ qvs switch list --names --json  => ["sw1","sw2"]
   $ qvs switch list --kernel
   KIND     NAME
   portset  sw1
@@ -64,31 +59,19 @@ Created with uplinks and ports, listed and shown.
   id:         id-2
   kernel id:  id-2
   portset:    data2
-  $ qvs switch find --portset data23 --json
-  {"alias":"sw2","id":"id-2","kernelId":"id-2","portset":"data2"}
+  $ qvs switch find --portset data23 --json  => {"alias":"sw2","id":"id-2","kernelId":"id-2","portset":"data2"}
   $ qvs switch find --alias sw1 --json
   {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","kernelId":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","portset":"sw1"}
-  $ qvs switch find --portset nix
-  qvs: portset 'nix': Not found (0xbad0003)
-  ? 3
-  $ qvs switch find; qvs switch find --alias sw1 --portset sw1
-  qvs: one of --portset, --alias is needed
-  qvs: --portset and --alias exclude each other
-  ? 2
-  $ qvs switch lag-table sw1 --raw - | wc -c
-  35588
-  $ qvs switch refresh-numa sw1
-  sw1: changed
+  $ qvs switch find --portset nix  => [3] qvs: portset 'nix': Not found (0xbad0003)
+  $ qvs switch find; qvs switch find --alias sw1 --portset sw1  => [2] qvs: one of --portset, --alias is needed | qvs: --portset and --alias exclude each other
+  $ qvs switch lag-table sw1 --raw - | wc -c  => 35588
+  $ qvs switch refresh-numa sw1  => sw1: changed
 
 What exists is compared in what is given, and in nothing else.
 
-  $ qvs switch create sw1
-  qvs: switch 'sw1': Already exists (0xbad0005)
-  ? 4
-  $ qvs switch create sw1 --may-exist
-  sw1: unchanged
-  $ qvs switch create sw1 --may-exist --version 105 --max-ports 0 --portset sw1 --uplinks 2 --ports 3 --json
-  {"switch":"sw1","changed":false}
+  $ qvs switch create sw1  => [4] qvs: switch 'sw1': Already exists (0xbad0005)
+  $ qvs switch create sw1 --may-exist  => sw1: unchanged
+  $ qvs switch create sw1 --may-exist --version 105 --max-ports 0 --portset sw1 --uplinks 2 --ports 3 --json  => {"switch":"sw1","changed":false}
   $ for more in '--version 106' '--max-ports 127' --opaque '--id other' '--portset other' '--uplinks 1' '--ports 5'; do qvs switch create sw1 --may-exist $more; done
   qvs: switch 'sw1': exists with version 105, not 106
   qvs: switch 'sw1': exists with room for 128 ports, not 127
@@ -98,8 +81,7 @@ What exists is compared in what is given, and in nothing else.
   qvs: switch 'sw1': exists with 2 uplinks, not 1
   qvs: switch 'sw1': exists with 3 ordinary ports, not 5
   ? 4
-  $ qvs switch create sw2 --may-exist --opaque --id id-2
-  sw2: unchanged
+  $ qvs switch create sw2 --may-exist --opaque --id id-2  => sw2: unchanged
 
 Identifiers and portsets of others, more than the switch holds; nothing is left behind.
 
@@ -115,28 +97,16 @@ Identifiers and portsets of others, more than the switch holds; nothing is left 
   qvs: switch 'sw3': Limit exceeded (0xbad0006); --max-ports has to hold uplinks and ports, and is 2
   qvs: switch 'sw3': Limit exceeded (0xbad0006); --max-ports has to hold uplinks and ports, and is 2
   ? 1
-  $ qvs switch list --names
-  sw1
-  sw2
-  fifteen-letters-a
-  $ treesh -e ls /net/portsets
-  sw1/
-  data2/
-  fifteen-letters-a/
+  $ qvs switch list --names  => sw1 | sw2 | fifteen-letters-a
+  $ treesh -e ls /net/portsets  => sw1/ | data2/ | fifteen-letters-a/
 
 Destroyed.
 
-  $ qvs switch destroy sw9
-  qvs: switch 'sw9': Not found (0xbad0003)
-  ? 3
-  $ qvs switch destroy sw9 --if-exists
-  sw9: unchanged
-  $ qvs switch destroy sw1 --if-exists --json
-  {"switch":"sw1","changed":true}
-  $ qvs switch destroy sw2
-  sw2: changed
-  $ qvs switch list --names
-  fifteen-letters-a
+  $ qvs switch destroy sw9  => [3] qvs: switch 'sw9': Not found (0xbad0003)
+  $ qvs switch destroy sw9 --if-exists  => sw9: unchanged
+  $ qvs switch destroy sw1 --if-exists --json  => {"switch":"sw1","changed":true}
+  $ qvs switch destroy sw2  => sw2: changed
+  $ qvs switch list --names  => fifteen-letters-a
 
 Four at a time agree on what one of them did; a signal waits until a switch is whole; a portset without a switch is named.
 

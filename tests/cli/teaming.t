@@ -1,11 +1,8 @@
-  $ qvs switch create sw1 --uplinks 2 --ports 2
-  sw1: changed
+  $ qvs switch create sw1 --uplinks 2 --ports 2  => sw1: changed
 
 The policy of a switch. The record: balance, link selection, a word nobody knows, behaviour, the two counts, names.
 
-  $ qvs teaming get sw1; qvs teaming clear sw1
-  qvs: switch 'sw1': teaming policy: Not found (0xbad0003)
-  sw1: unchanged
+  $ qvs teaming get sw1; qvs teaming clear sw1  => qvs: switch 'sw1': teaming policy: Not found (0xbad0003) | sw1: unchanged
   $ qvs teaming set sw1 --active uplink1,uplink0 --standby spare --balance source-mac --link-state --beacon --notify --best-effort; qvs teaming set sw1 --active uplink1,uplink0 --standby spare --balance source-mac --link-state --beacon --notify --best-effort --json
   sw1: changed
   {"switch":"sw1","changed":false}
@@ -37,8 +34,7 @@ The policy of a switch. The record: balance, link selection, a word nobody knows
   shotgun:           no
   $ qvs teaming get sw1 --json
   {"switch":"sw1","balance":"source-mac","active":["uplink1","uplink0"],"standby":["spare"],"linkState":true,"beacon":true,"notify":true,"rolling":false,"bestEffort":true,"shotgun":false}
-  $ qvs teaming get "$(qvs switch list --json | grep -o '"id":"[^"]*' | cut -d'"' -f4)" --by-id | tail -n 1
-  shotgun:           no
+  $ qvs teaming get "$(qvs switch list --json | grep -o '"id":"[^"]*' | cut -d'"' -f4)" --by-id | tail -n 1  => shotgun:           no
 
 A set replaces it all but the word.
 
@@ -77,9 +73,7 @@ Refused, and nothing stored.
   $ qvs teaming set sw1 --active a,$(printf 'n%.0s' $(seq 81))
   qvs: uplink name 'nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn': 81 bytes, at most 80 fit
   ? 2
-  $ qvs teaming set sw1 --balance best
-  qvs: --balance: 'best' is none of none, source-ip, source-mac, source-port, explicit, port-load
-  ? 2
+  $ qvs teaming set sw1 --balance best  => [2] qvs: --balance: 'best' is none of none, source-ip, source-mac, source-port, explicit, port-load
   $ qvs prop get sw1 com.quillon.vswitch.teaming | cmp before -
 
 A record with counts beyond it and with numbers nobody knows.
@@ -129,9 +123,7 @@ The name of the policy that overrides it.
 
 Always through its uplink, or not.
 
-  $ qvs port tx-uplink get sw1 port0
-  qvs: switch 'sw1': port 'port0': transmit uplink mode: Not found (0xbad0003)
-  ? 3
+  $ qvs port tx-uplink get sw1 port0  => [3] qvs: switch 'sw1': port 'port0': transmit uplink mode: Not found (0xbad0003)
   $ qvs port tx-uplink set sw1 port0 always; qvs port tx-uplink set sw1 port0 always; qvs prop get sw1 com.quillon.vswitch.port.txUplink --port port0 --hex
   sw1/port0: changed
   sw1/port0: unchanged
@@ -140,15 +132,11 @@ Always through its uplink, or not.
   always
   sw1/port0: changed
   {"switch":"sw1","port":"port0","mode":"normal","stored":true}
-  $ qvs port tx-uplink set sw1 port0 sometimes
-  qvs: MODE: 'sometimes' is none of normal, always
-  ? 2
+  $ qvs port tx-uplink set sw1 port0 sometimes  => [2] qvs: MODE: 'sometimes' is none of normal, always
 
 The table of logical-switch policies: a count and entries of 2748 bytes, given and taken as they are.
 
-  $ qvs ls-teaming get sw1; qvs ls-teaming clear sw1
-  qvs: switch 'sw1': logical-switch teaming table: Not found (0xbad0003)
-  sw1: unchanged
+  $ qvs ls-teaming get sw1; qvs ls-teaming clear sw1  => qvs: switch 'sw1': logical-switch teaming table: Not found (0xbad0003) | sw1: unchanged
   $ { printf 'a%.0s' $(seq 2748); printf 'b%.0s' $(seq 2748); } >entries; qvs ls-teaming set sw1 --file entries; qvs ls-teaming set sw1 --file - --json <entries
   sw1: changed
   {"switch":"sw1","changed":false}

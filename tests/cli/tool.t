@@ -8,25 +8,16 @@ Without a host.
   qvs: no hypercore on this machine: the kernel's switch device does not answer
   qvs: an emulated host to try this on: qvs-host run -- qvs ...
   ? 5
-  $ qvs status 0xbad0003
-  0xbad0003: Not found
-  $ qvs status 195887108 --json
-  {"status":195887108,"hex":"0xbad0004","text":"Busy"}
-  $ qvs status 0xbad
-  0xbad: General error
-  $ qvs status bad
-  qvs: CODE: 'bad' is not a number from 0 to 4294967295
-  ? 2
+  $ qvs status 0xbad0003  => 0xbad0003: Not found
+  $ qvs status 195887108 --json  => {"status":195887108,"hex":"0xbad0004","text":"Busy"}
+  $ qvs status 0xbad  => 0xbad: General error
+  $ qvs status bad  => [2] qvs: CODE: 'bad' is not a number from 0 to 4294967295
 
 Usage.
 
-  $ qvs --version
-  qvs 1.0.0
-  $ qvs 2>&1 | head -n 1; qvs >/dev/null 2>&1
-  usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
-  ? 2
-  $ qvs switch 2>&1 | head -n 1
-  qvs switch: distributed switches
+  $ qvs --version  => qvs 1.0.0
+  $ qvs 2>&1 | head -n 1; qvs >/dev/null 2>&1  => [2] usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
+  $ qvs switch 2>&1 | head -n 1  => qvs switch: distributed switches
   $ codes=; for words in nix 'switch nix' '--nix switch list' 'switch list --nix' 'port add sw1' 'port list sw1 more' 'port add sw1 p --connect-id 1 --connect-id 2'; do qvs $words; codes="$codes $?"; done; echo $codes
   qvs: no such command: 'nix'; 'qvs help' lists them
   qvs: no such command: switch 'nix'; 'qvs help switch' lists them
@@ -90,9 +81,7 @@ Help, manual and completion come from the table.
   What a change that was killed or not undone left of a switch is removed as well. SWITCH is then its alias, the identifier of a switch without alias, or the name of a portset without switch.
   
   Example: `qvs switch destroy sw1 --if-exists`
-  $ qvs help >/dev/full
-  qvs: standard output: No space left on device
-  ? 1
+  $ qvs help >/dev/full  => [1] qvs: standard output: No space left on device
 
 The completion offers nouns, verbs, options and names, and runs nothing.
 

@@ -14,8 +14,7 @@ empty host and on one with a switch.
   6
   qvs: the host does not answer: /dev/vswitch: Too many open files
   6
-  $ qvs switch create sw1
-  sw1: changed
+  $ qvs switch create sw1  => sw1: changed
   $ for error in EPERM EACCES EBUSY EIO ETIMEDOUT EMFILE; do qvs-host fault add 'device open' --forever --errno $error; qvs switch destroy sw1 --if-exists 2>/dev/null; echo $?; qvs-host fault clear; done | uniq -c | sed 's/^ *//'
   6 6
 
@@ -60,5 +59,4 @@ How long it may take is for the user to say.
   qvs: --timeout: SECONDS is needed
   $ qvs-host fault add PortAdd --delay 400; qvs --timeout 7 port add sw1 late >log & sleep 0.2; tr '\0' '\n' </proc/$!/environ | grep ^QVS_HOST_TIMEOUT; wait
   QVS_HOST_TIMEOUT=7
-  $ qvs --timeout 5 switch list --names --timeout=6
-  sw1
+  $ qvs --timeout 5 switch list --names --timeout=6  => sw1
