@@ -2,42 +2,15 @@ Sessions of both families. A flag asks for one of them; the packets of a session
 into the third byte.
 
   $ echo '{"seed": 7, "bfd": {"logLevel": 3, "sessions": [{"local": "192.0.2.1", "remote": "198.51.100.255", "interface": "tunnel0", "count": 2}, {"local": "2001:db8::1", "remote": "2001:db8::2", "state": "down", "multiplier": 5, "intervalMs": 1000}]}}' >lab
-  $ qvs-host run --state ../state --lab lab -- qvs bfd sessions | sed -n '1,10p; 13p; 18,$p'
-  sessions (1139336 bytes):
-    0000 03 00 00 00 c5 22 00 00 01 00 00 00 01 00 00 80
-    0010 03 00 01 03 e0 93 04 00 a0 bb 0d 00 00 00 00 00
-    0020 c0 00 02 01 00 00 00 00 00 00 00 00 00 00 00 00
-    0030 c6 33 64 ff 00 00 00 00 00 00 00 00 00 00 00 00
-    0040 74 75 6e 6e 65 6c 30 00 00 00 00 00 00 00 00 00
-    0050 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    0060 f5 02 00 00 00 00 00 00 f7 03 00 00 00 00 00 00
-    0070 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    0080 00 00 00 00 00 00 00 00 02 00 00 00 02 00 00 80
-    00b0 c6 33 65 00 00 00 00 00 00 00 00 00 00 00 00 00
-    0100 00 00 00 00 00 00 00 00 03 00 00 00 00 00 00 00
-    0110 01 01 02 05 40 42 0f 00 40 4b 4c 00 00 00 00 00
-    0120 20 01 0d b8 00 00 00 00 00 00 00 00 00 00 00 01
-    0130 20 01 0d b8 00 00 00 00 00 00 00 00 00 00 00 02
-    0140 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
-    0160 fa 02 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    0170 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
-    116280 00 00 00 00 00 00 00 00
-  $ qvs bfd sessions --flags 0x82 | head -4
-  sessions (1139336 bytes):
-    0000 01 00 00 00 c5 22 00 00 03 00 00 00 00 00 00 00
-    0010 01 01 02 05 40 42 0f 00 40 4b 4c 00 00 00 00 00
-    0020 20 01 0d b8 00 00 00 00 00 00 00 00 00 00 00 01
-  $ qvs bfd sessions --flags 1 --raw table && head -c 4 table | od -An -tx1 && wc -c <table
-   02 00 00 00
-  1139336
+  $ qvs-host run --state ../state --lab lab -- qvs bfd sessions --raw - | bytes
+  0:03000000c5220000010000000100008003000103e0930400a0bb0d 32:c0000201 48:c63364ff 64:74756e6e656c30 96:f502 104:f703 136:020000000200008003000103e0930400a0bb0d 160:c0000201 176:c63365 192:74756e6e656c30 224:9f04 232:5903 264:03 272:0101020540420f00404b4c 288:20010db8 303:0120010db8 319:02 352:fa02 (1139336 bytes)
+  $ qvs bfd sessions --flags 0x82 --raw - | bytes
+  0:01000000c522000003 16:0101020540420f00404b4c 32:20010db8 47:0120010db8 63:02 96:4705 (1139336 bytes)
+  $ qvs bfd sessions --flags 1 --raw table; bytes <table
+  0:02000000c5220000010000000100008003000103e0930400a0bb0d 32:c0000201 48:c63364ff 64:74756e6e656c30 96:8d04 104:5a07 136:020000000200008003000103e0930400a0bb0d 160:c0000201 176:c63365 192:74756e6e656c30 224:bf07 232:2805 (1139336 bytes)
   $ qvs bfd sessions --flags 2 --json >json && head -c 60 json && wc -c <json
   {"sessions":"AQAAAMUiAAADAAAAAAAAAAEBAgVAQg8AQEtMAAAAAAAgAQ21519132
-  $ for flags in 4 259; do qvs bfd sessions --flags $flags; done
-  qvs: --flags: 4 is not a byte with bit 0 or bit 1 set
-  qvs: --flags: 259 is not a byte with bit 0 or bit 1 set
-  ? 2
+  $ for flags in 4 259; do qvs bfd sessions --flags $flags; done  => [2] qvs: --flags: 4 is not a byte with bit 0 or bit 1 set | qvs: --flags: 259 is not a byte with bit 0 or bit 1 set
   $ grep -o 'GetSessions.*' ../trace
   GetSessions in=1 out=1139336 input=[0:03] -> 0
   GetSessions in=1 out=1139336 input=[0:82] -> 0
@@ -51,19 +24,11 @@ The log level. What is not a level is not asked for; a lab that is applied again
   $ qvs bfd log-level get --json  => {"logLevel":5}
   $ qvs bfd log-level set 2  => [2] qvs: LEVEL: 2 is none of 0, 1, 3, 5
   $ qvs-host run --state ../state --lab lab -- qvs bfd log-level get  => 3
-  $ qvs-host status --json | grep -A 3 '"bfd"'
-    "bfd": {
-      "logLevel": 3,
-      "sessions": 3
-    },
+  $ qvs-host status --json | tr -d ' \n' | grep -o '"bfd":{[^}]*}'  => "bfd":{"logLevel":3,"sessions":3}
 
 Statistics differ from one look to the next.
 
-  $ qvs bfd stats | head -n 2
-  statistics (64 bytes):
-    0000 b4 05 00 00 00 00 00 00 db 01 00 00 00 00 00 00
-  $ qvs bfd stats | sed -n 2p
-    0000 e7 08 00 00 00 00 00 00 99 03 00 00 00 00 00 00
+  $ for i in 1 2; do qvs bfd stats --raw - | head -c 16 | bytes; done  => 0:b405 8:db01 (16 bytes) | 0:e708 8:9903 (16 bytes)
 
 Failures have the reason of the request.
 
@@ -90,6 +55,4 @@ Labs that cannot be.
   qvs-host: lab.bfd.sessions[0]: "local" is not an address
   qvs-host: lab.bfd.sessions[0]: "state" is none of "admin-down", "down", "init" and "up"
   ? 125
-  $ qvs bfd sessions | head -2
-  sessions (1139336 bytes):
-    0000 03 00 00 00 c5 22 00 00 01 00 00 00 01 00 00 80
+  $ qvs bfd sessions --raw - | head -c 20 | bytes  => 0:03000000c5220000010000000100008003000103 (20 bytes)

@@ -67,18 +67,6 @@ Statuses of the kernel and of the state library pass through.
 
 The kernel's counts are not trusted, and its texts need not end.
 
-  $ qvs-host fault add 'GetSwitchPortInfo' --nth 2 --output 0:ffffffff; qvs port list sw1 --kernel --json | wc -l
-  qvs: warning: the kernel counts 4294967295 ports, but handed over 6
-  8
-  $ qvs-host fault add 'GetUplinks' --nth 2 --output 0:ff00; qvs uplink list sw1 --kernel
-  qvs: warning: the kernel counts 255 uplinks, but handed over 1
-  INDEX  ENTRY
-  0      706e69633000000000000000000000000000000000000000000000000000000001000004
-  $ qvs-host fault add 'GetSwitches' --nth 2 --output 0:10000000; qvs switch list --kernel
-  qvs: warning: the kernel counts 16 switches, but handed over 1
-  KIND     NAME
-  portset  sw1
-  alias    sw1
   $ qvs-host fault add GetSwitches --nth 2 --output "8:$(printf '78%.0s' $(seq 128))"; qvs switch list --kernel --json | head -n 2 | wc -c  => 160
   $ qvs-host fault clear
 

@@ -21,10 +21,7 @@ The check of teaming: u8 deployed, u32 minutes; beside it u8 what is expected.
   sw1: changed
   sw1: unchanged
   {"switch":"sw1","enabled":false,"interval":0,"expected":"ip-hash"}
-  $ qvs health team deploy sw1; qvs health team deploy sw1 --off --interval 1
-  qvs: one of --interval, --off is needed
-  qvs: --interval and --off exclude each other
-  ? 2
+  $ qvs health team deploy sw1; qvs health team deploy sw1 --off --interval 1  => [2] qvs: one of --interval, --off is needed | qvs: --interval and --off exclude each other
   $ qvs health team param sw1 hash  => [2] qvs: TEAMING: 'hash' is none of other, ip-hash
   $ qvs health team param sw1 other; qvs prop get sw1 com.quillon.mesh.teamcheck.param --hex; qvs health team clear sw1; qvs prop list sw1 | grep teamcheck
   sw1: changed
@@ -157,20 +154,11 @@ The discovery protocol: u8 protocol, u8 what it does.
 
 Flow sampling of a port: times, rate, flags, counts, domain, source; eight collectors; the id.
 
-  $ qvs port ipfix get sw1 port0; qvs port ipfix clear sw1 port0
-  qvs: switch 'sw1': port 'port0': flow sampling: Not found (0xbad0003)
-  sw1/port0: unchanged
+  $ qvs port ipfix get sw1 port0; qvs port ipfix clear sw1 port0  => qvs: switch 'sw1': port 'port0': flow sampling: Not found (0xbad0003) | sw1/port0: unchanged
   $ qvs port ipfix set sw1 port0 --idle 30 --active 60 --rate 100 --internal-only --vnic-only --obs-domain 7 --source 192.0.2.1 --obs-id host-3 --collector 192.0.2.9:4739 --collector '[2001:db8::9]:65535'
   sw1/port0: changed
-  $ qvs prop get sw1 com.quillon.net.ipfix.port --port port0 --raw - | rows -w20; qvs prop list sw1 --port port0 | grep -o 'ipfix.*POLICY *[0-9]*'
-  000000 1e00 0000 3c00 0000 6400 0000 0302 0600 0700 0000
-  000014 c000 0201 c000 0209 0000 0000 0000 0000 0000 0000
-  000028 8312 0000 2001 0db8 0000 0000 0000 0000 0000 0009
-  00003c ffff 0100 0000 0000 0000 0000 0000 0000 0000 0000
-  000050 0000 0000 0000 0000 0000 0000 0000 0000 0000 0000
-  *
-  0000b4 0000 0000 686f 7374 2d33
-  0000be
+  $ qvs prop get sw1 com.quillon.net.ipfix.port --port port0 --raw - | bytes; qvs prop list sw1 --port port0 | grep -o 'ipfix.*POLICY *[0-9]*'
+  0:1e0000003c000000640000000302060007000000c0000201c0000209 40:8312000020010db8 59:09ffff01 184:686f73742d33 (190 bytes)
   ipfix.port               POLICY    190
   $ qvs port ipfix get sw1 port0
   switch:               sw1

@@ -63,21 +63,10 @@ The same of a port. The first byte is what the port's security says when the rec
 
 The switches of a host.
 
-  $ for noun in learn-static overlay-cache static-mac-allow; do qvs $noun get sw1 --json; qvs $noun set sw1 off; qvs $noun get sw1 --json; qvs $noun set sw1 on; done; qvs learn-static set sw1 on; qvs learn-static get sw1
-  {"switch":"sw1","enabled":false,"stored":false}
-  sw1: changed
-  {"switch":"sw1","enabled":false,"stored":true}
-  sw1: changed
-  {"switch":"sw1","enabled":false,"stored":false}
-  sw1: changed
-  {"switch":"sw1","enabled":false,"stored":true}
-  sw1: changed
-  {"switch":"sw1","enabled":false,"stored":false}
-  sw1: changed
-  {"switch":"sw1","enabled":false,"stored":true}
-  sw1: changed
-  sw1: unchanged
-  on
+  $ for noun in learn-static overlay-cache static-mac-allow; do echo $(qvs $noun get sw1 --json; qvs $noun set sw1 off; qvs $noun get sw1 --json; qvs $noun set sw1 on; qvs $noun set sw1 on; qvs $noun get sw1); done
+  {"switch":"sw1","enabled":false,"stored":false} sw1: changed {"switch":"sw1","enabled":false,"stored":true} sw1: changed sw1: unchanged on
+  {"switch":"sw1","enabled":false,"stored":false} sw1: changed {"switch":"sw1","enabled":false,"stored":true} sw1: changed sw1: unchanged on
+  {"switch":"sw1","enabled":false,"stored":false} sw1: changed {"switch":"sw1","enabled":false,"stored":true} sw1: changed sw1: unchanged on
   $ qvs prop list sw1 --host | grep macLearning; qvs learn-static set sw1 maybe
   host   -     com.quillon.vswitch.macLearning                 CONFIG  8       ffffff0001000000
   host   -     com.quillon.vswitch.macLearning.learnStatic     CONFIG  5       true

@@ -8,9 +8,7 @@ Eight processes at a time add uplinks and mirror sessions; nothing that was ackn
 
 A second run waits until the first is whole, and then sees what it did.
 
-  $ qvs-host fault add 'HostPropSet*uplinkPorts' --delay 700; (qvs uplink add sw1 x & sleep 0.3; qvs uplink add sw1 x --may-exist; wait) | sort
-  sw1/x: changed
-  sw1/x: unchanged
+  $ qvs-host fault add 'HostPropSet*uplinkPorts' --delay 700; (qvs uplink add sw1 x & sleep 0.3; qvs uplink add sw1 x --may-exist; wait) | sort  => sw1/x: changed | sw1/x: unchanged
   $ qvs-host fault add 'HostPropSet*uplinkPorts' --delay 700; (qvs uplink remove sw1 x >log & sleep 0.3; qvs uplink list sw1 --names | wc -l; wait)  => 24
 
 It waits no longer than it is told to, and for no other switch; a run that was killed keeps nobody waiting.

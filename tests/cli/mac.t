@@ -24,12 +24,11 @@ entries are left out.
   INDEX  ENTRY
   INDEX  ENTRY
   0      02000000000202000000000001000004220100007030
-  $ LAB='--lab lab.json' sh on 'qvs mac table sw1 --selector 1 --json' | cut -c 1-60; sh on 'qvs mac table sw1 --raw -' | od -An -tx1 -v | head -n 2
+  $ LAB='--lab lab.json' sh on 'qvs mac table sw1 --selector 1 --json' | cut -c 1-60; sh on 'qvs mac table sw1 --raw - | bytes'
   [
   {"index":0,"entry":"AgAAAAABAQAAAAAAAQAABAAAAABwMAAAAAAAAAAA
   ]
-   04 00 00 00 00 00 00 00 02 00 00 00 00 01 01 00
-   00 00 00 00 01 00 00 04 00 00 00 00 70 30 00 00
+  0:04 8:02 13:0101 20:01000004 28:7030 94:02 99:0202 106:01000004220100007030 180:020000000fff020064000000030000041400000075706c696e6b30 266:020000001000020064000000030000041400000075706c696e6b30 (352 bytes)
   $ sh on 'qvs mac table sw1 --selector 3; qvs mac table sw1 --selector 256; qvs mac table sw1 --team --port p0; qvs mac table sw1 --port nix; qvs mac table nix'
   qvs: switch 'sw1': Failure (0xbad0001)
   qvs: --selector: 256 does not fit a byte
@@ -85,54 +84,25 @@ An address is behind one port of a switch, and another switch may have it too.
 
 Static contexts hold the static addresses of a port, 59 to a record.
 
-  $ sh on 'qvs mac static sw1 | head -n 8; qvs learn-static set sw1 on; qvs mac static sw1 --port p1 --json' | cut -c 1-90
-  context 0 (529 bytes):
-    0000 01 00 00 04 00 00 01 00 70 30 00 00 00 00 00 00
-    0010 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
-    0030 00 00 00 00 00 00 00 00 02 00 00 00 00 01 00 00
-    0040 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
-    0210 00
-  sw1: changed
-  [
-  {"index":0,"entry":"AgAABAEAAQBwMQAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA
-  ]
+  $ sh on 'qvs mac static sw1 --raw - | bytes; qvs learn-static set sw1 on; qvs mac static sw1 --port p1 --raw - | bytes'  => 0:02 8:01000004000001007030 64:02 69:01 537:02000004000001007031 593:02 598:02 (1066 bytes) | sw1: changed | 0:01 8:02000004010001007031 64:02 69:02 (537 bytes)
   $ cat >more.json <<<'{"macEntries": [{"switch": "sw2", "port": "p0", "mac": "02:00:00:00:01:00", "count": 60, "kind": "static"}]}'
-  $ LAB='--lab more.json' sh on 'qvs mac static sw2 | grep -E "context|00[03]0 "; qvs mac static sw1 --port uplink0 --json'
-  context 0 (529 bytes):
-    0000 04 00 00 04 00 00 3b 00 70 30 00 00 00 00 00 00
-    0030 00 00 00 00 00 00 00 00 02 00 00 00 00 02 00 00
-  context 1 (529 bytes):
-    0000 04 00 00 04 00 00 02 00 70 30 00 00 00 00 00 00
-    0030 00 00 00 00 00 00 00 00 02 00 00 00 01 3a 00 00
+  $ LAB='--lab more.json' sh on 'qvs mac static sw2 --raw - | bytes | cut -c -150; qvs mac static sw2 --raw - | tail -c 490 | bytes; qvs mac static sw1 --port uplink0 --json'
+  0:02 8:0400000400003b007030 64:02 69:02000002000000010000000200000001010000020000000102000002000000010300000200000001040000020000000105000002000000010
+  17:02000000013a000002000000013b (490 bytes)
   []
 
 How a switch learns: what is stored for it goes before the properties of the host.
 
-  $ sh on 'qvs mac learning get; qvs mac learning get --json; qvs mac learning info sw1 | head -n 4; qvs mac learning info sw1 | sed -n 4p; qvs mac learning ports sw1'
-  first:   300
-  second:  0
+  $ sh on 'qvs mac learning get --json; qvs mac learning info sw1 --raw - | bytes; qvs mac learning info sw1 --raw - | bytes; qvs mac learning ports sw1 --raw - | bytes'
   {"first":300,"second":0}
-  learning information (88 bytes):
-    0000 2c 01 00 00 00 00 00 00 00 00 01 00 04 00 00 00
-    0010 02 00 00 00 02 00 00 00 00 00 00 00 01 00 00 00
-    0020 a7 03 00 00 00 00 00 00 52 00 00 00 00 00 00 00
-    0020 05 07 00 00 00 00 00 00 89 00 00 00 00 00 00 00
-  INDEX  ENTRY
-  0      01000004000001
-  1      02000004000001
-  2      030000040000010002
-  $ sh on 'qvs port mac-learning set sw1 p1 --learning on --flooding on --limit 2 --limit-policy deny; qvs mac-learning set sw1 --aging 40 --limit 7; qvs mac learning info sw1 | head -n 3; qvs mac learning ports sw1'
+  0:2c01 10:0100040000000200000002 28:01000000a703 40:52 48:0a01 56:d505 64:6104 72:8304 80:bd03 (88 bytes)
+  0:2c01 10:0100040000000200000002 28:010000000507 40:89 48:de01 56:5909 64:0b07 72:ca07 80:1506 (88 bytes)
+  0:03 8:01000004000001 22:02000004000001 36:030000040000010002 (50 bytes)
+  $ sh on 'qvs port mac-learning set sw1 p1 --learning on --flooding on --limit 2 --limit-policy deny; qvs mac-learning set sw1 --aging 40 --limit 7; qvs mac learning info sw1 --raw - | head -c 32 | bytes; qvs mac learning ports sw1 --raw - | bytes'
   sw1/p1: changed
   sw1: changed
-  learning information (88 bytes):
-    0000 28 00 00 00 00 00 00 00 07 00 00 00 04 00 00 00
-    0010 02 00 00 00 02 00 00 00 01 00 00 00 01 00 00 00
-  INDEX  ENTRY
-  0      0100000407
-  1      0200000402000000000000000103
-  2      030000040700000002
+  0:28 8:070000000400000002000000020000000100000001 (32 bytes)
+  0:03 8:0100000407 22:0200000402 34:0103030000040700000002 (50 bytes)
   $ sh on 'qvs mac add sw1 02:00:00:00:02:01 --port p1; qvs mac add sw1 02:00:00:00:02:02 --port p1; qvs mac add sw1 02:00:00:00:02:01 --port p1; qvs mac add sw1 020000000203 --port p0; qvs mac add sw1 020000000204 --port p0; qvs mac add sw1 020000000205 --port p0'
   sw1/p1: changed
   qvs: switch 'sw1': port 'p1': No free pointer blocks (deprecated) (0xbad001a)
@@ -140,21 +110,11 @@ How a switch learns: what is stored for it goes before the properties of the hos
   sw1/p0: changed
   sw1/p0: changed
   qvs: switch 'sw1': port 'p0': No free pointer blocks (deprecated) (0xbad001a)
-  $ sh on 'qvs mac learning stats sw1 --port p1 | head -n 2; qvs mac learning stats sw1 --port p1 --json; qvs mac learning stats sw1 --json'
-  learning statistics (52 bytes):
-    0000 02 00 00 04 02 00 00 00 02 00 00 00 fb 00 00 00
-  {"stats":"AgAABAIAAAACAAAA5AEAAAAAAADbAQAAAAAAAAQGAAAAAAAA1AIAAAAAAACuBQAAAAAAAA=="}
-  [
-  {"index":0,"entry":"AQAABAMAAAAHAAAAvgAAAAAAAAAUAQAAAAAAAKIDAAAAAAAANwMAAAAAAACEAwAAAAAAAA=="},
-  {"index":1,"entry":"AgAABAIAAAACAAAAzQIAAAAAAACVAgAAAAAAALQIAAAAAAAA3AMAAAAAAACgBwAAAAAAAA=="},
-  {"index":2,"entry":"AwAABAIAAAAHAAAA5QMAAAAAAABVBQAAAAAAAAcBAAAAAAAAmgQAAAAAAAArBAAAAAAAAA=="}
-  ]
-  $ sh on 'qvs port security set sw1 p1 --forged deny --mac-change deny; qvs mac security sw1'
-  sw1/p1: changed
-  INDEX  ENTRY
-  0      0100000401
-  1      0200000407
-  2      0300000401
+  $ sh on 'for i in 1 2; do qvs mac learning stats sw1 --port p1 --raw - | bytes; done; qvs mac learning stats sw1 --raw - | bytes'
+  0:020000040200000002000000fb 20:2101 28:5403 36:cc01 44:bc03 (52 bytes)
+  0:020000040200000002000000e401 20:db01 28:0406 36:d402 44:ae05 (52 bytes)
+  0:03 8:010000040300000007000000be 28:1401 36:a203 44:3703 52:8403 60:020000040200000002000000cd02 80:9502 88:b408 96:dc03 104:a007 112:030000040200000007000000e503 132:5505 140:0701 148:9a04 156:2b04 (164 bytes)
+  $ sh on 'qvs port security set sw1 p1 --forged deny --mac-change deny; qvs mac security sw1 --raw - | bytes'  => sw1/p1: changed | 0:03 8:010000040100000002000004070000000300000401 (32 bytes)
 
 Addresses that are too old go, and do not come back.
 

@@ -7,8 +7,7 @@ Sessions of every type, on a port.
   []
   $ qvs mirror add sw1 mix --port port0 --type mixdst --dst uplink0 --dst port1 --src-in port0 --src-out port0 --src-out port2 --flag no-input --flag disabled --sampling-rate 10
   sw1/port0 mix: changed
-  $ qvs mirror add sw1 dv --port port0 --type dvport --name "to the probe" --snap-length 96 --dst port1 --src-in port0 --json
-  {"switch":"sw1","port":"port0","session":"dv","changed":true}
+  $ qvs mirror add sw1 dv --port port0 --type dvport --name "to the probe" --snap-length 96 --dst port1 --src-in port0 --json  => {"switch":"sw1","port":"port0","session":"dv","changed":true}
   $ qvs mirror add sw1 rsrc --port port0 --type rmirror-src --encap-vlan 4094 --dst 12345678901234567890123456789012 --src-in port0  => sw1/port0 rsrc: changed
   $ qvs mirror add sw1 rdst --port port0 --type rmirror-dst --dst port1 --src-in 100 --src-in 0x65 --src-out 0  => sw1/port0 rdst: changed
   $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --stack --dst 192.0.2.7 --dst 2001:DB8:0:0::1 --src-in port0  => sw1/port0 er4: changed
@@ -57,32 +56,10 @@ The list is given back byte by byte, and moved to the uplinks.
 
 The bytes of one session with one entity of each group.
 
-  $ qvs mirror clear sw1 --json; qvs mirror add sw1 s --name n --type rmirror-dst --snap-length 1 --flag legacy --encap-vlan 2 --sampling-rate 3 --dst d --src-in 4 --src-out 5; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host --raw raw; od -A d -t x1 raw
+  $ qvs mirror clear sw1 --json; qvs mirror add sw1 s --name n --type rmirror-dst --snap-length 1 --flag legacy --encap-vlan 2 --sampling-rate 3 --dst d --src-in 4 --src-out 5; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host --raw raw; bytes <raw
   {"switch":"sw1","port":null,"changed":true}
   sw1 s: changed
-  0000000 ef be ce fa 02 00 00 00 01 00 00 00 03 00 00 00
-  0000016 00 00 00 00 73 00 00 00 00 00 00 00 00 00 00 00
-  0000032 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-  0000048 00 00 00 00 6e 00 00 00 00 00 00 00 00 00 00 00
-  0000064 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-  *
-  0000128 00 00 00 00 00 00 00 00 03 00 00 00 01 00 00 00
-  0000144 18 00 00 00 02 00 00 00 00 00 00 00 03 00 00 00
-  0000160 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-  *
-  0000224 00 00 00 00 00 00 00 00 00 00 00 00 01 00 00 00
-  0000240 01 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00
-  0000256 64 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-  0000272 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-  *
-  0000304 00 00 00 00 04 00 00 00 00 00 00 00 00 00 00 00
-  0000320 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-  *
-  0000352 00 00 00 00 00 00 00 00 05 00 00 00 00 00 00 00
-  0000368 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-  *
-  0000400 00 00 00 00 00 00 00 00
-  0000408
+  0:efbecefa020000000100000003 20:73 52:6e 136:03000000010000001800000002 156:03 236:010000000100000001 256:64 308:04 360:05 (408 bytes)
 
 What nobody reads comes back as well: the header's last word, masks of a typed session, what is behind texts and addresses.
 

@@ -1,28 +1,14 @@
 Options of the switch module: a block with its length in front, and the module's own layout behind it.
 
   $ cat >lab.json <<<'{"options": [{"id": 7, "hex": "01000000"}, {"id": 3, "hex": "ff"}]}'
-  $ qvs-host run --state rack --lab lab.json -- qvs options get
-  runtime options (4096 bytes):
-    0000 11 00 00 00 03 00 01 00 ff 07 00 04 00 01 00 00
-    0010 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
-    0ff0 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
+  $ qvs-host run --state rack --lab lab.json -- qvs options get --raw - | bytes  => 0:1100000003000100ff0700040001 (4096 bytes)
   $ cat >on <<<'qvs-host run --state rack --trace trace $LAB -- sh -c "$1" 2>&1 | sed "s/lab .*bad/lab bad/"'
-  $ sh on 'qvs options get 7 3 --raw - | head -c 24 | od -An -tx1 -v; qvs options get 3 9; qvs options get 65536'
-   11 00 00 00 03 00 01 00 ff 07 00 04 00 01 00 00
-   00 00 00 00 00 00 00 00
-  qvs: runtime options: Not found (0xbad0003)
-  qvs: ID: '65536' is not a number from 0 to 65535
+  $ sh on 'qvs options get 7 3 --raw - | bytes; qvs options get 3 9; qvs options get 65536'  => 0:1100000003000100ff0700040001 (4096 bytes) | qvs: runtime options: Not found (0xbad0003) | qvs: ID: '65536' is not a number from 0 to 65535
   $ sh on 'qvs options set "0300 0000 0900 0200 abcd"; qvs options get --json | cut -c 1-40; qvs options get 9 --raw nine; qvs options set "0900 0000" --json'
   host: changed
   {"options":"EgAAAAcABAABAAAACQACAKvNAAAA
   {"changed":true}
-  $ sh on 'qvs options set ""; qvs options set --file nine; (cat nine; echo) | qvs options set --file -; qvs options get 9 | head -n 2'
-  host: unchanged
-  host: changed
-  qvs: --file: 4097 bytes, a block has 4096
-  runtime options (4096 bytes):
-    0000 0a 00 00 00 09 00 02 00 ab cd 00 00 00 00 00 00
+  $ sh on 'qvs options set ""; qvs options set --file nine; (cat nine; echo) | qvs options set --file -; qvs options get 9 --raw - | bytes'  => host: unchanged | host: changed | qvs: --file: 4097 bytes, a block has 4096 | 0:0a00000009000200abcd (4096 bytes)
   $ sh on 'qvs options set "0900 0400 ab"; qvs options set 0900; head -c 9 nine | qvs options set --file -; qvs options set; qvs options set 09 --file nine; qvs options set 9'
   qvs: runtime options: Failure (0xbad0001)
   qvs: runtime options: Failure (0xbad0001)
@@ -39,12 +25,8 @@ Options of the switch module: a block with its length in front, and the module's
   RuntimeOptions in=4 out=4096 input=[0:03 2:09] -> ENOENT
   RuntimeOptions in=0 out=4096 input=[] -> 0
   RuntimeOptions in=14 out=0 input=[0:0e 4:03 8:09 10:02 12:abcd] -> 0
-  $ LAB='--lab lab.json' sh on 'qvs options set "0100 0000"; qvs options get --raw - | head -c 20 | od -An -tx1 -v'
-  host: unchanged
-   17 00 00 00 03 00 01 00 ff 07 00 04 00 01 00 00
-   00 09 00 02
-  $ sed 's/7/65536/' lab.json >bad.json; LAB='--lab bad.json' sh on true
-  qvs-host: the lab bad.json cannot be used: lab.options[0]: "id" is not a number from 0 to 65535
+  $ LAB='--lab lab.json' sh on 'qvs options set "0100 0000"; qvs options get --raw - | bytes'  => host: unchanged | 0:1700000003000100ff070004000100000009000200abcd (4096 bytes)
+  $ sed 's/7/65536/' lab.json >bad.json; LAB='--lab bad.json' sh on true  => qvs-host: the lab bad.json cannot be used: lab.options[0]: "id" is not a number from 0 to 65535
 
 Operations on the route table are kept as they came.
 
@@ -59,7 +41,4 @@ Operations on the route table are kept as they came.
   qvs: BLOCK: 145 bytes, one that counts 1 has 137
   qvs: --flag: 256, at most 255 fits
   "routeTable":[{"command":10,"first":67108865,"flag":3,"kind":"port","second":100},{"command":2147483649,"count":0,"hex":"000000001122334455","kind":"operation"},{"command":5,"count":1,"hex":"0100000011111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111111","kind":"modification"},{"command":2,"count":1,"hex":"010000002020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020202020
-  $ sh on 'for i in $(seq 70); do qvs rtm port $i 0 >trace.out; done; qvs-host status --json | tr -d " \n" | grep -oE "\"first\":(6|7|8|70)," | head -n 3'
-  "first":7,
-  "first":8,
-  "first":70,
+  $ sh on 'for i in $(seq 70); do qvs rtm port $i 0 >trace.out; done; qvs-host status --json | tr -d " \n" | grep -oE "\"first\":(6|7|8|70)," | head -n 3'  => "first":7, | "first":8, | "first":70,

@@ -8,21 +8,14 @@
 
 A NIC that is bound later gets it from the next set, although nothing else changes.
 
-  $ qvs uplink add sw1 late; treesh -e get /net/pNics/pnic2/mtu; qvs mtu set sw1 9000; treesh -e get /net/pNics/pnic2/mtu
-  sw1/late: changed
-  mtu:1500
-  sw1: unchanged
-  mtu:9000
+  $ qvs uplink add sw1 late; treesh -e get /net/pNics/pnic2/mtu; qvs mtu set sw1 9000; treesh -e get /net/pNics/pnic2/mtu  => sw1/late: changed | mtu:1500 | sw1: unchanged | mtu:9000
 
 What was left behind differs from what is set.
 
   $ qvs prop set sw1 com.quillon.etherswitch.mtu --hex dc050000  => sw1 com.quillon.etherswitch.mtu: changed
   $ qvs mtu set sw1 9000  => sw1: changed
 
-  $ for mtu in 1279 9001; do qvs mtu set sw1 $mtu; done
-  qvs: MTU: '1279' is not a number from 1280 to 9000
-  qvs: MTU: '9001' is not a number from 1280 to 9000
-  ? 2
+  $ for mtu in 1279 9001; do qvs mtu set sw1 $mtu; done  => [2] qvs: MTU: '1279' is not a number from 1280 to 9000 | qvs: MTU: '9001' is not a number from 1280 to 9000
   $ qvs mtu set sw1 1280 && qvs mtu get sw1  => sw1: changed | 1280
   $ qvs mtu set sw9 1500  => [3] qvs: switch 'sw9': Not found (0xbad0003)
 
@@ -31,8 +24,4 @@ A step that fails leaves the old value.
   $ qvs-host fault add 'set /net/pNics/pnic2/mtu 9000' --exit 1; qvs mtu set sw1 9000; qvs-host fault clear
   treesh: this failure was asked for
   qvs: switch 'sw1': MTU: Failure (0xbad0001)
-  $ qvs mtu get sw1; for nic in 0 1 2; do treesh -e get /net/pNics/pnic$nic/mtu; done
-  1280
-  mtu:1280
-  mtu:1280
-  mtu:1280
+  $ qvs mtu get sw1; for nic in 0 1 2; do treesh -e get /net/pNics/pnic$nic/mtu; done  => 1280 | mtu:1280 | mtu:1280 | mtu:1280

@@ -57,30 +57,20 @@ Portset names are words of a command line of the kernel's shell, and refused whe
 
 Too long for the record: refused before anything is done.
 
-  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch create "$(x 81)"
-  qvs: alias 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 81 bytes, at most 80 fit
-  ? 2
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch create "$(x 81)"  => [2] qvs: alias 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 81 bytes, at most 80 fit
   $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch create sw1 --portset "$(x 128)"
   qvs: portset name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 128 bytes, at most 127 fit
   ? 2
   $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch create sw1 --id "$(x 64)"
   qvs: switch identifier 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 64 bytes, at most 63 fit
   ? 2
-  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs port add 'a b' ok "$(x 48)"
-  qvs: port identifier 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 bytes, at most 47 fit
-  ? 2
-  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs uplink add 'a b' ok "$(x 48)"
-  qvs: uplink name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 bytes, at most 47 fit
-  ? 2
-  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs uplink down 'a b' "$(x 32)"
-  qvs: uplink name in a link request 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 32 bytes, at most 31 fit
-  ? 2
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs port add 'a b' ok "$(x 48)"  => [2] qvs: port identifier 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 bytes, at most 47 fit
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs uplink add 'a b' ok "$(x 48)"  => [2] qvs: uplink name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 bytes, at most 47 fit
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs uplink down 'a b' "$(x 32)"  => [2] qvs: uplink name in a link request 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 32 bytes, at most 31 fit
   $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch info "$(x 128)"
   qvs: portset name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 128 bytes, at most 127 fit
   ? 2
-  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs prop get "$(x 64)" k --by-id
-  qvs: switch identifier 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 64 bytes, at most 63 fit
-  ? 2
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs prop get "$(x 64)" k --by-id  => [2] qvs: switch identifier 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 64 bytes, at most 63 fit
   $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch show "$(x 300)"
   qvs: switch 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...': Not found (0xbad0003)
   ? 3

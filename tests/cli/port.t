@@ -59,8 +59,7 @@ One port, with what the kernel says about it.
   {"switch":"sw1","port":"uplink0","alias":"uplink0","state":"live","connectId":1,"externalId":null,"blocked":false,"number":67108865,"inUse":true,"linkUp":true,"kernelBlocked":false,"client":"pnic0","teamHint":"cG5pYzAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=",...
   $ qvs port show sw1 vm --raw - | wc -c  => 1458
   $ qvs port number sw1 db  => 67108868
-  $ qvs port number "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00" db --by-id --json
-  {"switch":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","port":"db","number":67108868}
+  $ qvs port number "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00" db --by-id --json  => {"switch":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","port":"db","number":67108868}
   $ qvs port show sw1 nix  => [3] qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
   $ qvs port list sw1 --kernel --json | cut -c 1-40 | sed -n '2p; 6p'
   {"index":0,"info":"AQAABAMAAAB1cGxpbmswA

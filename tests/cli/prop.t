@@ -6,8 +6,7 @@ Values as text, digits and files, in the three scopes.
   $ qvs prop set sw1 com.example.rack --text b12 --json  => {"switch":"sw1","scope":"global","port":null,"key":"com.example.rack","changed":false}
   $ qvs prop get sw1 com.example.rack  => b12
   $ qvs prop get sw1 com.example.rack --hex  => 62313200
-  $ qvs prop get sw1 com.example.rack --json
-  {"switch":"sw1","scope":"global","port":null,"key":"com.example.rack","class":["CONFIG"],"length":4,"text":"b12","value":"YjEyAA=="}
+  $ qvs prop get sw1 com.example.rack --json  => {"switch":"sw1","scope":"global","port":null,"key":"com.example.rack","class":["CONFIG"],"length":4,"text":"b12","value":"YjEyAA=="}
   $ qvs prop set sw1 bytes --hex '0x01 02:0aFF' --host  => sw1 host bytes: changed
   $ qvs prop get sw1 bytes --host  => 01020aff
   $ printf 'no NUL' >file; qvs prop set sw1 raw --file file --port port0 --json  => {"switch":"sw1","scope":"port","port":"port0","key":"raw","changed":true}
@@ -55,14 +54,8 @@ By identifier, without the snapshot.
 Bad values change nothing.
 
   $ qvs prop set sw1 k; qvs prop set sw1 k v --hex 00  => [2] qvs: one of VALUE, --text, --hex, --file is needed | qvs: VALUE and --hex exclude each other
-  $ for hex in 012 0g; do qvs prop set sw1 k --hex $hex; done
-  qvs: --hex: '012' is not a row of pairs of digits
-  qvs: --hex: '0g' is not a row of pairs of digits
-  ? 2
-  $ for more in --runtime '--host --port port0'; do qvs prop set sw1 k v $more; done
-  qvs: --runtime is for host properties: add --host
-  qvs: --host and --port exclude each other
-  ? 2
+  $ for hex in 012 0g; do qvs prop set sw1 k --hex $hex; done  => [2] qvs: --hex: '012' is not a row of pairs of digits | qvs: --hex: '0g' is not a row of pairs of digits
+  $ for more in --runtime '--host --port port0'; do qvs prop set sw1 k v $more; done  => [2] qvs: --runtime is for host properties: add --host | qvs: --host and --port exclude each other
   $ qvs prop set sw1 '' v  => [2] qvs: key: may not be empty
   $ for file in nix . /dev/zero; do qvs prop set sw1 k --file $file; done; for more in "" x; do { head -c 33554432 /dev/zero; printf "$more"; } | qvs prop set sw1 most --file -; done; qvs prop clear sw1 most
   qvs: file 'nix': No such file or directory

@@ -3,11 +3,10 @@ was changed before has survived a restart, and counters begin anew; within a lin
 
   $ cat >lab.json <<<'{"switches": [{"alias": "sw1", "uplinks": ["uplink0"], "ports": ["p0", "p1", "p2"]}], "clients": [{"switch": "sw1", "port": "p1", "name": "web"}], "busy": [{"switch": "sw1", "port": "p0"}], "spfPorts": [{"switch": "sw1", "port": "p2", "mac": "02:00:00:00:01:02"}], "mcastFilters": [{"switch": "sw1", "port": "p0", "group": "239.1.1.254", "count": 3}, {"switch": "sw1", "port": "p1", "group": "239.1.1.255", "sources": ["192.0.2.9", "192.0.2.8"]}, {"switch": "sw1", "port": "p1", "group": "ff02::fb", "sources": ["2001:db8::7"]}, {"switch": "sw1", "port": "p1", "group": "01:00:5e:00:00:fb"}]}'
   $ cat >on <<<'exec qvs-host run --state rack $LAB -- sh -c "$1"'
-  $ LAB='--lab lab.json' sh on 'qvs rarp sw1; qvs rarp sw1 --json; qvs teaming stats sw1 | head -n 2'
+  $ LAB='--lab lab.json' sh on 'qvs rarp sw1; qvs rarp sw1 --json; qvs teaming stats sw1 --raw - | head -c 16 | bytes'
   reverse-ARP statistics:  d5040000000000007f06000000000000
   {"stats":"rAgAAAAAAAAyCgAAAAAAAA=="}
-  teaming statistics (48 bytes):
-    0000 13 04 00 00 00 00 00 00 07 00 00 00 00 00 00 00
+  0:1304 8:07 (16 bytes)
 
 Mirror sessions are those that are stored: a disabled one is idle, and destinations count while they have a link.
 
@@ -20,45 +19,27 @@ Mirror sessions are those that are stored: a disabled one is idle, and destinati
   sw1/p0 cap: changed
   sw1/p2 cap: changed
   sw1 a-name-of-thirty-two-characters-: changed
-  $ sh on 'qvs mirror runtime ids sw1; qvs mirror runtime ids sw1 --json; qvs mirror runtime destinations sw1'
-  SESSION
-  a-name-of-thirty-two-characters-
-  cap
+  $ sh on 'qvs mirror runtime ids sw1 --json; qvs mirror runtime destinations sw1 --raw - | bytes'
   [
   {"session":"a-name-of-thirty-two-characters-"},
   {"session":"cap"}
   ]
-  INDEX  ENTRY
-  0      02000004
-  1      04000004
-  $ sh on 'qvs mirror runtime stats sw1 cap | head -n 4; qvs mirror runtime stats sw1 cap --raw - | tail -c 1 | od -An -tx1; qvs mirror runtime stats sw1 a-name-of-thirty-two-characters- | tail -n 5'
-  session statistics (121 bytes):
-    0000 63 61 70 00 00 00 00 00 00 00 00 00 00 00 00 00
-    0010 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    0020 a2 03 00 00 00 00 00 00 e9 03 00 00 00 00 00 00
-   01
-    0000 61 2d 6e 61 6d 65 2d 6f 66 2d 74 68 69 72 74 79
-    0010 2d 74 77 6f 2d 63 68 61 72 61 63 74 65 72 73 2d
-    0020 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
-    0070 00 00 00 00 00 00 00 00 00
-  $ sh on 'qvs mirror runtime agent | head -n 2; qvs mirror runtime agent --json; qvs mirror clear sw1; qvs mirror clear sw1 --port p2; qvs uplink down sw1 uplink0; qvs mirror runtime destinations sw1 --json'
-  agent statistics (76 bytes):
-    0000 02 00 00 00 a8 06 00 00 00 00 00 00 09 04 00 00
+  0:02 8:0200000404000004 (16 bytes)
+  $ sh on 'for i in 1 2; do qvs mirror runtime stats sw1 cap --raw - | bytes; done; qvs mirror runtime stats sw1 a-name-of-thirty-two-characters- --raw - | bytes'
+  0:636170 32:a203 40:e903 48:e801 56:da03 64:6302 72:9105 80:e903 88:bc04 96:4601 104:8101 112:e401 120:01 (121 bytes)
+  0:636170 32:4706 40:f805 48:6203 56:2107 64:b103 72:3c09 80:7306 88:fb07 96:5b02 104:bd02 112:b203 120:01 (121 bytes)
+  0:612d6e616d652d6f662d7468697274792d74776f2d636861726163746572732d (121 bytes)
+  $ sh on 'qvs mirror runtime agent --raw - | head -c 16 | bytes; qvs mirror runtime agent --json; qvs mirror clear sw1; qvs mirror clear sw1 --port p2; qvs uplink down sw1 uplink0; qvs mirror runtime destinations sw1 --raw - | bytes'
+  0:02000000a806 12:0904 (16 bytes)
   {"stats":"AgAAAFAKAAAAAAAABwcAAAAAAADvCAAAAAAAAIIAAAAAAAAA8wAAAAAAAAAbAgAAAAAAAO8AAAAAAAAAbAgAAAAAAACPAAAAAAAAAA=="}
   sw1: changed
   sw1/p2: changed
   sw1/uplink0: changed
-  [
-  {"index":0,"entry":"AgAABA=="}
-  ]
+  0:01 8:02000004 (12 bytes)
 
 Logical-switch teaming as stored; a table that counts more than it holds is cut.
 
-  $ sh on 'qvs ls-teaming get sw1 --kernel --json; qvs port ls-teaming get sw1 p0 --kernel'
-  []
-  qvs: switch 'sw1': port 'p0': logical-switch teaming choice: Not found (0xbad0003)
-  ? 3
+  $ sh on 'qvs ls-teaming get sw1 --kernel --json; qvs port ls-teaming get sw1 p0 --kernel'  => [3] [] | qvs: switch 'sw1': port 'p0': logical-switch teaming choice: Not found (0xbad0003)
   $ sh on 'head -c 5496 /dev/zero | tr "\000" x >table; qvs ls-teaming set sw1 --file table; qvs port ls-teaming set sw1 p0 storage'
   sw1: changed
   sw1/p0: changed
@@ -87,15 +68,11 @@ Multicast groups of a port, and of all ports together.
   {"type":"ipv4","group":"239.1.2.0"}
   ]
   []
-  $ sh on 'qvs mcast switch-filters sw1; qvs mcast switch-filters sw1 --value 2; qvs mcast switch-filters sw1 --value 1'
-  INDEX  ENTRY
-  0      01005e0000fb0000000000000000000001000000
-  INDEX  ENTRY
-  0      ef0101fe00000000000000000000000001000000
-  1      ef0101ff00000000000000000000000002000000
-  2      ef01020000000000000000000000000001000000
+  $ sh on 'for value in 0 2 1; do qvs mcast switch-filters sw1 --value $value --raw - | bytes; done'
+  0:01 8:01005e0000fb 24:01 (28 bytes)
+  0:03 8:ef0101fe 24:01000000ef0101ff 44:02000000ef0102 64:01 (68 bytes)
   qvs: switch 'sw1': Failure (0xbad0001)
-  ? 1
+  (0 bytes)
   $ sh on 'qvs mcast stats sw1 239.1.1.255 --json; qvs mcast stats sw1 239.1.1.255 --port p1; qvs mcast stats sw1 239.1.1.255 --port p0 --raw - | wc -c; qvs mcast stats sw1 ff02::fb; qvs mcast stats sw1 239.1.1.253; qvs mcast stats sw1 01:00:5e:00:00:fb'
   {"group":"239.1.1.255","addresses":[],"stats":"HwMAAAAAAABdBAAAAAAAAAAAAAAAAAAAAgAAAA=="}
   group:       239.1.1.255
@@ -112,18 +89,11 @@ Multicast groups of a port, and of all ports together.
 
 Flows are counted where they are sampled.
 
-  $ sh on 'qvs ipfix stats sw1; qvs ipfix stats sw1 p0 --raw - | cksum; qvs port ipfix set sw1 p0 --collector 192.0.2.9:4739'
-  flow statistics (192 bytes):
-    0000 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
-    00b0 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-  2725605222 192
-  sw1/p0: changed
-  $ sh on 'qvs ipfix stats sw1 | sed -n "2p;\$p"; qvs ipfix stats sw1 p0 --raw a; qvs ipfix stats sw1 p0 --raw b; cmp a b; qvs ipfix stats sw1 p2 --raw - | cksum'
-    0000 01 00 00 00 01 00 00 00 9e 01 00 00 00 00 00 00
-    00b0 2a 02 00 00 00 00 00 00 10 02 00 00 00 00 00 00
+  $ sh on 'qvs ipfix stats sw1 --raw - | bytes; qvs ipfix stats sw1 p0 --raw - | bytes; qvs port ipfix set sw1 p0 --collector 192.0.2.9:4739'  => (192 bytes) | (192 bytes) | sw1/p0: changed
+  $ sh on 'qvs ipfix stats sw1 --raw - | bytes; qvs ipfix stats sw1 p0 --raw a; qvs ipfix stats sw1 p0 --raw b; cmp a b; qvs ipfix stats sw1 p2 --raw - | bytes'
+  0:01000000010000009e01 16:2703 24:4c04 32:b501 40:9102 48:da 56:c103 64:8f05 72:a6 80:6401 88:5903 96:4e 104:0207 112:cf 121:02 128:e801 136:8002 144:b205 152:1b03 160:a502 168:7e03 176:2a02 184:1002 (192 bytes)
   a b differ: byte 9, line 1
-  2725605222 192
+  (192 bytes)
 
 Ports of the SPF data path.
 
@@ -136,26 +106,19 @@ Ports of the SPF data path.
   qvs: switch 'sw1': port 'uplink0': Failure (0xbad0001)
   qvs: '02' is no MAC address, like 02:00:00:00:00:01
   ? 2
-  $ sh on 'qvs spf list sw1 --json; qvs spf failures; qvs spf stats switch sw1 | head -n 2; qvs spf stats svm sw1 p0 | head -n 3; qvs spf stats gvm sw1 p0'
-  [
-  {"index":0,"entry":"AQAABAAAAAA="},
-  {"index":1,"entry":"AwAABAAAAAA="}
-  ]
+  $ sh on 'qvs spf list sw1 --raw - | bytes; qvs spf failures; qvs spf stats switch sw1 --raw - | bytes; qvs spf stats svm sw1 p0 --raw - | head -c 32 | bytes; qvs spf stats gvm sw1 p0'
+  0:02 8:01000004 16:03000004 (24 bytes)
   failures:  0300000000000000
-  statistics (80 bytes):
-    0000 02 00 00 00 00 00 00 00 c6 00 00 00 00 00 00 00
-  statistics (104 bytes):
-    0000 01 00 00 04 00 00 00 00 02 00 00 00 01 00 00 00
-    0010 72 04 00 00 00 00 00 00 62 01 00 00 00 00 00 00
+  0:02 8:c6 16:76 24:5602 32:a004 40:8803 48:4906 56:4205 64:0404 72:63 (80 bytes)
+  0:01000004 8:02000000010000007204 24:6201 (32 bytes)
   qvs: switch 'sw1': port 'p0': Not found (0xbad0003)
   ? 3
-  $ sh on 'qvs spf unplumb sw1 p0; qvs spf unplumb sw1 p0; qvs spf unplumb sw1 p0 --if-exists --json; qvs spf failures --json; qvs spf stats gvm sw1 p0 | tail -n 2; qvs spf stats svm sw1 p0'
+  $ sh on 'qvs spf unplumb sw1 p0; qvs spf unplumb sw1 p0; qvs spf unplumb sw1 p0 --if-exists --json; qvs spf failures --json; qvs spf stats gvm sw1 p0 --raw - | bytes; qvs spf stats svm sw1 p0'
   sw1/p0: changed
   qvs: switch 'sw1': port 'p0': Not found (0xbad0003)
   {"switch":"sw1","port":"p0","changed":false}
   {"failures":"AwAAAAIAAAA="}
-    00e0 9e 05 00 00 00 00 00 00 6a 01 00 00 00 00 00 00
-    00f0 f3 05 00 00 00 00 00 00 2c 03 00 00 00 00 00 00
+  0:01000004 8:0401 16:3b04 24:1b04 32:fa02 40:bb 48:78 56:9b 64:d001 72:e9 80:9105 88:6b04 96:7903 104:d505 112:e402 120:cf 128:92 136:4905 144:e001 152:4804 160:02 168:fa02 176:8c02 184:ae03 192:2407 200:d504 208:e401 216:fd 224:9e05 232:6a01 240:f305 248:2c03 (256 bytes)
   qvs: switch 'sw1': port 'p0': Not found (0xbad0003)
   ? 3
   $ sh on 'qvs port remove sw1 p2; qvs spf list sw1'
@@ -168,31 +131,19 @@ Ports of the SPF data path.
 
 The statistics of a busy port grow whenever they are looked at, all others stay; one that comes to rest keeps what it has.
 
-  $ cat >look <<<'for i in 1 2; do qvs prop get sw1 com.quillon.common.port.statistics --port p0 --raw - | od -An -tu8 -N 16; qvs dump sw1 | grep -m 2 sInUnicast; done'
+  $ cat >look <<<'for i in 1 2; do echo $(qvs prop get sw1 com.quillon.common.port.statistics --port p0 --raw - | od -An -tu8 -N 16; qvs dump sw1 | grep -m 2 sInUnicast); done'
   $ sh on 'sh ./look; qvs port show sw1 p0 --raw - | od -An -tu8 -j 192 -N 16'
-                    180                 2895
-  			pktsInUnicast = 240
-  			bytesInUnicast = 3860
-                    420                 6755
-  			pktsInUnicast = 480
-  			bytesInUnicast = 7720
+  180 2895 pktsInUnicast = 240 bytesInUnicast = 3860
+  420 6755 pktsInUnicast = 480 bytesInUnicast = 7720
                     600                 9650
   $ sh on 'qvs prop get sw1 com.quillon.common.port.statistics --port uplink0 --raw - | od -An -tu8 -N 16'
                       0                    0
   $ cat >rest.json <<<'{"busy": []}'
   $ sh on 'sh ./look; qvs-host fault add "*PortDataGet*port.statistics*" --lab rest.json; sh ./look'
-                    180                 2895
-  			pktsInUnicast = 240
-  			bytesInUnicast = 3860
-                    420                 6755
-  			pktsInUnicast = 480
-  			bytesInUnicast = 7720
-                    540                 8685
-  			pktsInUnicast = 540
-  			bytesInUnicast = 8685
-                    540                 8685
-  			pktsInUnicast = 540
-  			bytesInUnicast = 8685
+  180 2895 pktsInUnicast = 240 bytesInUnicast = 3860
+  420 6755 pktsInUnicast = 480 bytesInUnicast = 7720
+  540 8685 pktsInUnicast = 540 bytesInUnicast = 8685
+  540 8685 pktsInUnicast = 540 bytesInUnicast = 8685
   $ sh on 'qvs prop get sw1 com.quillon.common.port.statistics --port p0 --raw - | od -An -tu8 -N 16'
                     540                 8685
 

@@ -29,8 +29,7 @@ What a port receives.
 
   $ qvs port filter get sw1 port0  => [3] qvs: switch 'sw1': port 'port0': receive filter: Not found (0xbad0003)
   $ qvs port filter set sw1 port0 unicast multicast use-ladrf --address 01:00:5e:00:00:FB --address 33:33:00:00:00:01  => sw1/port0: changed
-  $ qvs port filter set sw1 port0 use-ladrf multicast unicast --address 01:00:5e:00:00:fb --address 33:33:00:00:00:01 --json
-  {"switch":"sw1","port":"port0","changed":false}
+  $ qvs port filter set sw1 port0 use-ladrf multicast unicast --address 01:00:5e:00:00:fb --address 33:33:00:00:00:01 --json  => {"switch":"sw1","port":"port0","changed":false}
   $ qvs prop list sw1 --port port0 --json | grep FRP | sed 's/A*"}/"}/'
   {"scope":"port","port":"port0","key":"com.quillon.vswitch.port.extraEthFRP","class":["CONFIG"],"length":200,"text":null,"value":"IwAAAAIAAQBeAAD7MzMAAAABAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA="},
   $ qvs port filter get sw1 port0
@@ -75,6 +74,4 @@ The sink switch is a bit of the filter. Switching off what is off stores nothing
   $ qvs port sink get sw1 port0 --json; qvs port filter get sw1 port0 --json
   {"switch":"sw1","port":"port0","enabled":true,"stored":true}
   {"switch":"sw1","port":"port0","flags":["broadcast","sink"],"addresses":[]}
-  $ qvs port sink set sw1 port0 off; qvs port filter get sw1 port0 --json
-  sw1/port0: changed
-  {"switch":"sw1","port":"port0","flags":["broadcast"],"addresses":[]}
+  $ qvs port sink set sw1 port0 off; qvs port filter get sw1 port0 --json  => sw1/port0: changed | {"switch":"sw1","port":"port0","flags":["broadcast"],"addresses":[]}

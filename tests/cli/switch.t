@@ -46,10 +46,8 @@ Created with uplinks and ports, listed and shown.
     00d0 00 00 00 00 00 00 00 00 00 00 00 00
   $ qvs switch show sw2 --json
   {"alias":"sw2","id":"id-2","class":"vswitch","version":99,"maxPorts":7,"ports":0,"uplinks":0,"portset":"data2","opaque":true,"info":"AgAAAAcAAAAAAAAAAAAAANwFAABjAAAAaWQtMgAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAGRhdGEyAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=="}
-  $ qvs switch show sw2 --raw block && od -A d -t u4 -N 20 block
-  0000000          2          7          0          0
-  0000016       1500
-  0000020
+  $ qvs switch show sw2 --raw block; bytes <block
+  0:0200000007 16:dc0500006300000069642d32 88:6461746132 (220 bytes)
   $ qvs switch info data2 --raw - | cmp - block
   $ qvs switch info data2 --json | head -c 30; qvs switch info nix
   {"portset":"data2","info":"AgAqvs: portset 'nix': Not found (0xbad0003)
@@ -60,8 +58,7 @@ Created with uplinks and ports, listed and shown.
   kernel id:  id-2
   portset:    data2
   $ qvs switch find --portset data23 --json  => {"alias":"sw2","id":"id-2","kernelId":"id-2","portset":"data2"}
-  $ qvs switch find --alias sw1 --json
-  {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","kernelId":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","portset":"sw1"}
+  $ qvs switch find --alias sw1 --json  => {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","kernelId":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","portset":"sw1"}
   $ qvs switch find --portset nix  => [3] qvs: portset 'nix': Not found (0xbad0003)
   $ qvs switch find; qvs switch find --alias sw1 --portset sw1  => [2] qvs: one of --portset, --alias is needed | qvs: --portset and --alias exclude each other
   $ qvs switch lag-table sw1 --raw - | wc -c  => 35588
@@ -117,9 +114,7 @@ Four at a time agree on what one of them did; a signal waits until a switch is w
   3 dd/u: unchanged
   1 dd: changed
   3 dd: unchanged
-  $ qvs-host fault add SwitchAssociate --delay 4000; timeout 3 qvs switch create slow --ports 1; qvs port list slow --names; qvs switch destroy slow
-  port0
-  slow: changed
+  $ qvs-host fault add SwitchAssociate --delay 4000; timeout 3 qvs switch create slow --ports 1; qvs port list slow --names; qvs switch destroy slow  => port0 | slow: changed
   $ treesh -e set /net/create orphan $'8\n' vswitch; qvs switch create orphan
   qvs: switch 'orphan': portset 'orphan' exists in the kernel; name another with --portset, or remove it with 'qvs switch destroy orphan' if nothing needs it
   ? 4

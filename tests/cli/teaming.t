@@ -6,20 +6,8 @@ The policy of a switch. The record: balance, link selection, a word nobody knows
   $ qvs teaming set sw1 --active uplink1,uplink0 --standby spare --balance source-mac --link-state --beacon --notify --best-effort; qvs teaming set sw1 --active uplink1,uplink0 --standby spare --balance source-mac --link-state --beacon --notify --best-effort --json
   sw1: changed
   {"switch":"sw1","changed":false}
-  $ qvs prop get sw1 com.quillon.vswitch.teaming --raw - | tee stored | wc -c; rows stored; qvs prop list sw1 | grep -o 'vswitch.teaming *[A-Z]*'
-  2616
-  000000 0200 0000 a000 0000 0000 0000 2400 0000
-  000010 0200 0000 0100 0000 7570 6c69 6e6b 3100
-  000020 0000 0000 0000 0000 0000 0000 0000 0000
-  *
-  000060 0000 0000 0000 0000 0075 706c 696e 6b30
-  000070 0000 0000 0000 0000 0000 0000 0000 0000
-  *
-  0000b0 0000 0000 0000 0000 0000 7370 6172 6500
-  0000c0 0000 0000 0000 0000 0000 0000 0000 0000
-  *
-  000a30 0000 0000 0000 0000
-  000a38
+  $ qvs prop get sw1 com.quillon.vswitch.teaming --raw stored; bytes <stored; qvs prop list sw1 | grep -o 'vswitch.teaming *[A-Z]*'
+  0:02000000a0 12:24000000020000000100000075706c696e6b31 105:75706c696e6b30 186:7370617265 (2616 bytes)
   vswitch.teaming     CONFIG
   $ qvs teaming get sw1
   switch:            sw1
@@ -40,18 +28,8 @@ A set replaces it all but the word.
 
   $ qvs prop set sw1 com.quillon.vswitch.teaming --hex "$(head -c 8 stored | hex)09080706$(tail -c 2604 stored | hex)"
   sw1 com.quillon.vswitch.teaming: changed
-  $ qvs teaming set sw1 --rolling --shotgun --balance none; qvs prop get sw1 com.quillon.vswitch.teaming --raw - | rows
-  sw1: changed
-  000000 0000 0000 0000 0000 0908 0706 1800 0000
-  000010 0000 0000 0000 0000 0000 0000 0000 0000
-  *
-  000a30 0000 0000 0000 0000
-  000a38
-  $ for balance in source-ip source-port explicit port-load; do qvs teaming set sw1 --balance $balance >/dev/null; qvs prop get sw1 com.quillon.vswitch.teaming | cut -c -8; done
-  01000000
-  03000000
-  04000000
-  05000000
+  $ qvs teaming set sw1 --rolling --shotgun --balance none; qvs prop get sw1 com.quillon.vswitch.teaming --raw - | bytes  => sw1: changed | 8:0908070618 (2616 bytes)
+  $ for balance in source-ip source-port explicit port-load; do qvs teaming set sw1 --balance $balance >/dev/null; qvs prop get sw1 com.quillon.vswitch.teaming | cut -c -8; done  => 01000000 | 03000000 | 04000000 | 05000000
   $ qvs teaming set sw1; qvs teaming get sw1 --json
   sw1: changed
   {"switch":"sw1","balance":"source-port","active":[],"standby":[],"linkState":false,"beacon":false,"notify":false,"rolling":false,"bestEffort":false,"shotgun":false}
@@ -70,9 +48,7 @@ Refused, and nothing stored.
   qvs: uplink name: may not be empty
   qvs: uplink 'a': given twice
   ? 2
-  $ qvs teaming set sw1 --active a,$(printf 'n%.0s' $(seq 81))
-  qvs: uplink name 'nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn': 81 bytes, at most 80 fit
-  ? 2
+  $ qvs teaming set sw1 --active a,$(printf 'n%.0s' $(seq 81))  => [2] qvs: uplink name 'nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn': 81 bytes, at most 80 fit
   $ qvs teaming set sw1 --balance best  => [2] qvs: --balance: 'best' is none of none, source-ip, source-mac, source-port, explicit, port-load
   $ qvs prop get sw1 com.quillon.vswitch.teaming | cmp before -
 
@@ -85,9 +61,7 @@ A record with counts beyond it and with numbers nobody knows.
 
 The policy of a port, which may be stored in part.
 
-  $ qvs port teaming get sw1 port0; qvs port teaming clear sw1 port0
-  qvs: switch 'sw1': port 'port0': teaming policy: Not found (0xbad0003)
-  sw1/port0: unchanged
+  $ qvs port teaming get sw1 port0; qvs port teaming clear sw1 port0  => qvs: switch 'sw1': port 'port0': teaming policy: Not found (0xbad0003) | sw1/port0: unchanged
   $ qvs port teaming set sw1 port0 --active uplink1 --standby uplink0 --balance explicit --notify; qvs port teaming set sw1 port0 --active uplink1 --standby uplink0 --balance explicit --notify
   sw1/port0: changed
   sw1/port0: unchanged
@@ -106,9 +80,7 @@ The policy of a port, which may be stored in part.
 
 The name of the policy that overrides it.
 
-  $ qvs port teaming-override get sw1 port0; qvs port teaming-override clear sw1 port0
-  qvs: switch 'sw1': port 'port0': teaming override: Not found (0xbad0003)
-  sw1/port0: unchanged
+  $ qvs port teaming-override get sw1 port0; qvs port teaming-override clear sw1 port0  => qvs: switch 'sw1': port 'port0': teaming override: Not found (0xbad0003) | sw1/port0: unchanged
   $ qvs port teaming-override set sw1 port0 gold; qvs port teaming-override set sw1 port0 gold --json; qvs prop get sw1 com.quillon.vswitch.port.teaming.override --port port0 --hex
   sw1/port0: changed
   {"switch":"sw1","port":"port0","changed":false}
@@ -149,10 +121,7 @@ The table of logical-switch policies: a count and entries of 2748 bytes, given a
   {"index":0,"entry":"YWFh
   {"index":1,"entry":"YmJi
   ]
-  $ qvs ls-teaming set sw1 --file /dev/null; qvs prop get sw1 com.quillon.vswitch.logicalswitch.teaming; qvs ls-teaming get sw1 --json
-  sw1: changed
-  00000000
-  []
+  $ qvs ls-teaming set sw1 --file /dev/null; qvs prop get sw1 com.quillon.vswitch.logicalswitch.teaming; qvs ls-teaming get sw1 --json  => sw1: changed | 00000000 | []
   $ head -c 2747 entries >short; qvs ls-teaming set sw1 --file short
   qvs: file 'short': 2747 bytes, but each entry has 2748
   ? 2

@@ -1,13 +1,7 @@
 Without a host.
 
-  $ qvs switch list
-  qvs: no hypercore on this machine: the kernel's switch device does not answer
-  qvs: an emulated host to try this on: qvs-host run -- qvs ...
-  ? 5
-  $ qvs batch /dev/null
-  qvs: no hypercore on this machine: the kernel's switch device does not answer
-  qvs: an emulated host to try this on: qvs-host run -- qvs ...
-  ? 5
+  $ qvs switch list  => [5] qvs: no hypercore on this machine: the kernel's switch device does not answer | qvs: an emulated host to try this on: qvs-host run -- qvs ...
+  $ qvs batch /dev/null  => [5] qvs: no hypercore on this machine: the kernel's switch device does not answer | qvs: an emulated host to try this on: qvs-host run -- qvs ...
   $ qvs status 0xbad0003  => 0xbad0003: Not found
   $ qvs status 195887108 --json  => {"status":195887108,"hex":"0xbad0004","text":"Busy"}
   $ qvs status 0xbad  => 0xbad: General error

@@ -34,9 +34,8 @@ Tracing is a property; without it, clearing is the kernel's.
 
 Statistics of a port, twice; the library says what the kernel answered.
 
-  $ qvs trace stats sw1 port0 | head -n 2 && qvs trace stats sw1 port0 --json
-  statistics (64 bytes):
-    0000 81 01 00 00 00 00 00 00 fc 01 00 00 00 00 00 00
+  $ qvs trace stats sw1 port0 --raw - | head -c 16 | bytes && qvs trace stats sw1 port0 --json
+  0:8101 8:fc01 (16 bytes)
   {"stats":"ugIAAAAAAACYAwAAAAAAAEYKAAAAAAAApQcAAAAAAABqAgAAAAAAAB8AAAAAAAAAAggAAAAAAAAsCQAAAAAAAA=="}
   $ qvs-host fault add 'traceflow*GetPortStats' --errno EPERM && qvs trace stats sw1 port0
   Failed to get port stats: Operation not permitted
@@ -55,10 +54,7 @@ Telemetry.
   Failed to set INT config: Metadata read error
   qvs: telemetry: Metadata read error (0xbad0008)
   ? 1
-  $ qvs-host fault add 'traceflow*GetINTConfig' --errno EIO && qvs int get
-  Failed to get INT config: Metadata read error
-  qvs: telemetry: Input/output error
-  ? 1
+  $ qvs-host fault add 'traceflow*GetINTConfig' --errno EIO && qvs int get  => [1] Failed to get INT config: Metadata read error | qvs: telemetry: Input/output error
   $ echo 'qvs switch create sw1 --ports 1; qvs trace start sw1 port0 02:00:00:00:00:01 02:00:00:00:00:02; qvs int set 0a0b0c0d0e0f' >change
   $ qvs-host run --state rack -- sh change; qvs-host run --state rack -- sh -c 'qvs int get; sh requests'
   sw1: changed

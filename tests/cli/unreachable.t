@@ -1,42 +1,29 @@
-A host that does not answer is no empty host, and no missing one. `answers` prints what each way to be unreachable ends with, on an
-empty host and on one with a switch.
+A host that does not answer is no empty host, and no missing one, whether it has a switch or not.
 
-  $ answers() { for error in EPERM EACCES EBUSY EIO ETIMEDOUT EMFILE; do qvs-host fault add 'device open' --forever --errno $error; qvs switch list; echo $?; qvs-host fault clear; done; }; answers
-  qvs: the host does not answer: /dev/vswitch: Operation not permitted; it answers root, and the user whom it belongs to
-  6
-  qvs: the host does not answer: /dev/vswitch: Permission denied; it answers root, and the user whom it belongs to
-  6
-  qvs: the host does not answer: /dev/vswitch: Device or resource busy
-  6
-  qvs: the host does not answer: /dev/vswitch: Input/output error
-  6
-  qvs: the host does not answer: /dev/vswitch: Connection timed out; --timeout SECONDS waits longer
-  6
-  qvs: the host does not answer: /dev/vswitch: Too many open files
-  6
+  $ for error in EPERM EACCES EBUSY EIO ETIMEDOUT EMFILE; do qvs-host fault add 'device open' --forever --errno $error; error=$(qvs switch list 2>&1); echo "$? $error"; qvs-host fault clear; done
+  6 qvs: the host does not answer: /dev/vswitch: Operation not permitted; it answers root, and the user whom it belongs to
+  6 qvs: the host does not answer: /dev/vswitch: Permission denied; it answers root, and the user whom it belongs to
+  6 qvs: the host does not answer: /dev/vswitch: Device or resource busy
+  6 qvs: the host does not answer: /dev/vswitch: Input/output error
+  6 qvs: the host does not answer: /dev/vswitch: Connection timed out; --timeout SECONDS waits longer
+  6 qvs: the host does not answer: /dev/vswitch: Too many open files
   $ qvs switch create sw1  => sw1: changed
   $ for error in EPERM EACCES EBUSY EIO ETIMEDOUT EMFILE; do qvs-host fault add 'device open' --forever --errno $error; qvs switch destroy sw1 --if-exists 2>/dev/null; echo $?; qvs-host fault clear; done | uniq -c | sed 's/^ *//'
   6 6
 
 The state that cannot be loaded, and a host that stops answering in the middle of a run.
 
-  $ for status in 0xbad0001 0xbad0021 0xbad005b; do qvs-host fault add StateGet --forever --status $status; qvs switch destroy sw1 --if-exists; echo $?; qvs-host fault clear; done
-  qvs: the host does not answer: switch state: Failure (0xbad0001)
-  6
-  qvs: the host does not answer: switch state: Timeout (0xbad0021); --timeout SECONDS waits longer
-  6
-  qvs: the host does not answer: switch state: Operation not permitted (0xbad005b)
-  6
+  $ for status in 0xbad0001 0xbad0021 0xbad005b; do qvs-host fault add StateGet --forever --status $status; error=$(qvs switch destroy sw1 --if-exists 2>&1); echo "$? $error"; qvs-host fault clear; done
+  6 qvs: the host does not answer: switch state: Failure (0xbad0001)
+  6 qvs: the host does not answer: switch state: Timeout (0xbad0021); --timeout SECONDS waits longer
+  6 qvs: the host does not answer: switch state: Operation not permitted (0xbad005b)
   $ qvs-host fault add 'device open' --nth 2 --errno EBUSY --forever; qvs switch show sw1; qvs-host fault clear
   qvs: switch 'sw1': Busy (0xbad0004)
   qvs: the host does not answer: /dev/vswitch: Device or resource busy
   $ qvs-host fault add 'device open' --nth 2 --errno ENOENT --forever; qvs uplink list sw1; echo $?; qvs-host fault clear
   qvs: no hypercore on this machine: the emulated host that this shell belongs to has ended
   5
-  $ qvs-host run -- sh -c 'for error in ENOENT ENXIO ENODEV; do qvs-host fault add "device open" --forever --errno $error; qvs switch list 2>/dev/null; echo $?; qvs-host fault clear; done'
-  5
-  5
-  5
+  $ qvs-host run -- sh -c 'for error in ENOENT ENXIO ENODEV; do qvs-host fault add "device open" --forever --errno $error; qvs switch list 2>/dev/null; echo $?; qvs-host fault clear; done'  => 5 | 5 | 5
 
 A socket without permission: that of another user, or one that lost its bits.
 
@@ -57,6 +44,5 @@ How long it may take is for the user to say.
   qvs: --timeout: 'x' is not a number of seconds from 1 to 86400
   qvs: --timeout: SECONDS is needed
   qvs: --timeout: SECONDS is needed
-  $ qvs-host fault add PortAdd --delay 400; qvs --timeout 7 port add sw1 late >log & sleep 0.2; tr '\0' '\n' </proc/$!/environ | grep ^QVS_HOST_TIMEOUT; wait
-  QVS_HOST_TIMEOUT=7
+  $ qvs-host fault add PortAdd --delay 400; qvs --timeout 7 port add sw1 late >log & sleep 0.2; tr '\0' '\n' </proc/$!/environ | grep ^QVS_HOST_TIMEOUT; wait  => QVS_HOST_TIMEOUT=7
   $ qvs --timeout 5 switch list --names --timeout=6  => sw1

@@ -6,8 +6,7 @@ Private VLANs of a switch.
   $ qvs pvlan set sw1 100:101:isolated 100:100:promiscuous 0x64:4094:community; qvs pvlan set sw1 100:101:isolated 100:100:promiscuous 100:4094:community --json
   sw1: changed
   {"switch":"sw1","changed":false}
-  $ qvs prop list sw1 --json | grep pvlan
-  {"scope":"global","port":null,"key":"com.quillon.vswitch.pvlanMap","class":["POLICY"],"length":24,"text":null,"value":"ZABlAAIAAABkAGQAAQAAAGQA/g8DAAAA"}
+  $ qvs prop list sw1 --json | grep pvlan  => {"scope":"global","port":null,"key":"com.quillon.vswitch.pvlanMap","class":["POLICY"],"length":24,"text":null,"value":"ZABlAAIAAABkAGQAAQAAAGQA/g8DAAAA"}
   $ qvs pvlan get sw1
   PRIMARY  SECONDARY  TYPE
   100      101        isolated
@@ -93,10 +92,7 @@ Refused, and nothing stored.
 Nested tagging.
 
   $ qvs port nested-vlan get sw1 port0; qvs port nested-vlan get sw1 port0 --json  => off | {"switch":"sw1","port":"port0","enabled":false,"stored":false}
-  $ qvs port nested-vlan set sw1 port0 on; qvs port nested-vlan set sw1 port0 on; qvs port nested-vlan get sw1 port0
-  sw1/port0: changed
-  sw1/port0: unchanged
-  on
+  $ qvs port nested-vlan set sw1 port0 on; qvs port nested-vlan set sw1 port0 on; qvs port nested-vlan get sw1 port0  => sw1/port0: changed | sw1/port0: unchanged | on
   $ qvs prop list sw1 --port port0 | grep Nested  => port   port0  com.quillon.vswitch.port.vlanNestedTag   CONFIG    4       01000000
   $ qvs prop set sw1 com.quillon.vswitch.port.vlanNestedTag --hex 00010000 --port port0; qvs port nested-vlan get sw1 port0
   sw1/port0 com.quillon.vswitch.port.vlanNestedTag: changed
