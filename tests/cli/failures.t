@@ -79,14 +79,19 @@ A host whose state cannot be loaded is not an empty host.
   $ qvs-host fault add StateGet --forever --status 0xbad0014; qvs switch list  => [6] qvs: the host does not answer: switch state: Out of memory (0xbad0014)
   $ qvs-host fault clear
 
-A kernel that answers nonsense is no missing kernel, and a host that has ended is no machine without one.
+A kernel that answers nonsense is no missing kernel. A host that has ended is named, and the next one takes its socket over; a full disk
+changes nothing.
 
   $ qvs-host fault add 'device ioctl' --forever --output 0:ffffffff; qvs spf list sw1; qvs livetrace counts 1; qvs-host fault clear
   qvs: switch 'sw1': Out of memory (0xbad0014)
   qvs: live-trace action 1: no answer
-  $ qvs-host run --state gone -- sh -c 'kill -9 $(cat gone/lock); qvs switch list; echo $?' 2>&1 | grep -v qvs-host
+  $ qvs-host run --state gone -- sh -c 'kill -9 $(cat gone/lock); qvs switch list; echo $?' 2>&1 | grep -v qvs-host; [ -S gone/socket ] && echo its socket is left
   qvs: no hypercore on this machine: the emulated host that this shell belongs to has ended
   5
+  its socket is left
+  $ on() { qvs-host run --state full "$@"; }; head -c 2000000 /dev/zero >large; on -- qvs switch create sw1 >log; on -- qvs dump >before; on --max-state-mib 1 -- qvs prop set sw1 k --file large; echo $?; on -- qvs dump | cmp before -
+  qvs: switch 'sw1': global property 'k': No space left on device (0xbad00d7)
+  1
 
 A switch of another class is shown, and not changed.
 

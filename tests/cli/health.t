@@ -172,8 +172,6 @@ Flow sampling of a port: times, rate, flags, counts, domain, source; eight colle
   source address:       192.0.2.1
   observation id:       host-3
   collectors:           192.0.2.9:4739 [2001:db8::9]:65535
-  $ qvs port ipfix get sw1 port0 --json
-  {"switch":"sw1","port":"port0","idle":30,"active":60,"rate":100,"internalOnly":true,"vnicOnly":true,"obsDomain":7,"source":"192.0.2.1","obsId":"host-3","collectors":["192.0.2.9:4739","[2001:db8::9]:65535"]}
   $ qvs port ipfix set sw1 port0; qvs port ipfix set sw1 port0; qvs port ipfix get sw1 port0 --json
   sw1/port0: changed
   sw1/port0: unchanged

@@ -3,32 +3,27 @@ shows of what was changed before has survived a restart, and counters begin anew
 entries are left out.
 
   $ cat >lab.json <<<'{"seed": 7, "macLearning": {"aging": 300, "clock": 1000}, "switches": [{"alias": "sw1", "portset": "path1", "uplinks": ["uplink0"], "ports": ["p0", "p1"]}, {"alias": "sw2", "ports": ["p0"]}], "macEntries": [{"switch": "sw1", "port": "uplink0", "mac": "02:00:00:00:0f:ff", "count": 2, "vlan": 100, "age": 20}, {"switch": "sw1", "port": "p0", "mac": "02:00:00:00:00:01", "kind": "static"}, {"switch": "sw1", "port": "p0", "mac": "02:00:00:00:00:02", "age": 290}]}'
+  $ cat >table <<<'qvs mac table "$@" --raw - | bytes'
   $ cat >on <<<'qvs-host run --state rack --trace trace $LAB -- sh -c "$1" 2>&1 | sed -E "s/lab .*bad/lab bad/; /^[0-9]/s/(00)*$//"'
-  $ LAB='--lab lab.json' sh on 'qvs mac table sw1; qvs mac table sw1 --team; qvs mac table sw1 --port p0; qvs mac table sw2; qvs mac table sw2 --json'
+  $ LAB='--lab lab.json' sh on 'qvs mac table sw1; sh table sw1; sh table sw1 --team; sh table sw1 --port p0; sh table sw2; qvs mac table sw2 --json'
   INDEX  ENTRY
   0      02000000000101000000000001000004000000007030
   1      02000000000202000000000001000004220100007030
   2      020000000fff020064000000030000041400000075706c696e6b30
   3      020000001000020064000000030000041400000075706c696e6b30
-  INDEX  ENTRY
-  0      020000000fff020064000000030000041400000075706c696e6b30
-  1      020000001000020064000000030000041400000075706c696e6b30
-  INDEX  ENTRY
-  0      02000000000101000000000001000004000000007030
-  1      02000000000202000000000001000004220100007030
-  INDEX  ENTRY
+  0:04 8:02 13:0101 20:01000004 28:7030 94:02 99:0202 106:01000004220100007030 180:020000000fff020064000000030000041400000075706c696e6b30 266:020000001000020064000000030000041400000075706c696e6b30 (352 bytes)
+  0:02 8:020000000fff020064000000030000041400000075706c696e6b30 94:020000001000020064000000030000041400000075706c696e6b30 (180 bytes)
+  0:02 8:02 13:0101 20:01000004 28:7030 94:02 99:0202 106:01000004220100007030 (180 bytes)
+  (8 bytes)
   []
-  $ sh on 'qvs mac table sw1 --selector 1; qvs mac table sw1 --team --selector 1; qvs mac table sw1 --port p0 --selector 2'
-  INDEX  ENTRY
-  0      02000000000101000000000001000004000000007030
-  INDEX  ENTRY
-  INDEX  ENTRY
-  0      02000000000202000000000001000004220100007030
-  $ LAB='--lab lab.json' sh on 'qvs mac table sw1 --selector 1 --json' | cut -c 1-60; sh on 'qvs mac table sw1 --raw - | bytes'
+  $ sh on 'sh table sw1 --selector 1; sh table sw1 --team --selector 1; sh table sw1 --port p0 --selector 2'
+  0:01 8:02 13:0101 20:01000004 28:7030 (94 bytes)
+  (8 bytes)
+  0:01 8:02 13:0202 20:01000004220100007030 (94 bytes)
+  $ LAB='--lab lab.json' sh on 'qvs mac table sw1 --selector 1 --json' | cut -c 1-60
   [
   {"index":0,"entry":"AgAAAAABAQAAAAAAAQAABAAAAABwMAAAAAAAAAAA
   ]
-  0:04 8:02 13:0101 20:01000004 28:7030 94:02 99:0202 106:01000004220100007030 180:020000000fff020064000000030000041400000075706c696e6b30 266:020000001000020064000000030000041400000075706c696e6b30 (352 bytes)
   $ sh on 'qvs mac table sw1 --selector 3; qvs mac table sw1 --selector 256; qvs mac table sw1 --team --port p0; qvs mac table sw1 --port nix; qvs mac table nix'
   qvs: switch 'sw1': Failure (0xbad0001)
   qvs: --selector: 256 does not fit a byte
@@ -38,20 +33,18 @@ entries are left out.
 
 An entry goes to a port by its identifier or its number.
 
-  $ sh on 'qvs mac add sw1 02:00:00:00:00:09 --port p1; qvs mac add sw1 "020000000008 0200 c800" --number 67108866 --json; qvs mac table sw1 --port p1'
+  $ sh on 'qvs mac add sw1 02:00:00:00:00:09 --port p1; qvs mac add sw1 "020000000008 0200 c800" --number 67108866 --json; sh table sw1 --port p1'
   sw1/p1: changed
   {"switch":"sw1","port":"67108866","changed":true}
-  INDEX  ENTRY
-  0      0200000000080200c800000002000004000000007031
-  1      02000000000901000000000002000004000000007031
+  0:02 8:02 13:080200c800000002000004 28:7031 94:02 99:0901 106:02000004 114:7031 (180 bytes)
   $ sh on 'qvs mac remove sw1 02:00:00:00:00:09 --number 67108866; qvs mac remove sw1 02:00:00:00:00:08 --port p1; qvs mac remove sw1 "020000000008 0000 c800" --port p1 --json'
   sw1/67108866: changed
   qvs: switch 'sw1': port 'p1': Not found (0xbad0003)
   {"switch":"sw1","port":"p1","changed":true}
-  $ sh on 'qvs mac remove sw1 02:00:00:00:00:09 --number 67108866; qvs mac remove sw1 02:00:00:00:00:09 --port p1 --if-exists; qvs mac table sw1 --port p1'
+  $ sh on 'qvs mac remove sw1 02:00:00:00:00:09 --number 67108866; qvs mac remove sw1 02:00:00:00:00:09 --port p1 --if-exists; sh table sw1 --port p1'
   qvs: switch 'sw1': Not found (0xbad0003)
   sw1/p1: unchanged
-  INDEX  ENTRY
+  (8 bytes)
   $ sh on 'qvs mac remove sw1 020000000009 --port nix --if-exists; qvs mac remove sw1 020000000009 --number 9 --if-exists; qvs mac remove sw1 020000000009 --number 67108866 --if-exists'
   qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
   qvs: switch 'sw1': port number 9: Not found (0xbad0003)
@@ -59,15 +52,12 @@ An entry goes to a port by its identifier or its number.
 
 An address is behind one port of a switch, and another switch may have it too.
 
-  $ sh on 'qvs mac add sw1 02:00:00:00:00:02 --port p1; qvs mac add sw2 02:00:00:00:00:02 --port p0; qvs mac table sw1 --port p0; qvs mac table sw1 --port p1; qvs mac table sw2'
+  $ sh on 'qvs mac add sw1 02:00:00:00:00:02 --port p1; qvs mac add sw2 02:00:00:00:00:02 --port p0; sh table sw1 --port p0; sh table sw1 --port p1; sh table sw2'
   sw1/p1: changed
   sw2/p0: changed
-  INDEX  ENTRY
-  0      02000000000101000000000001000004000000007030
-  INDEX  ENTRY
-  0      02000000000201000000000002000004000000007031
-  INDEX  ENTRY
-  0      02000000000201000000000004000004000000007030
+  0:01 8:02 13:0101 20:01000004 28:7030 (94 bytes)
+  0:01 8:02 13:0201 20:02000004 28:7031 (94 bytes)
+  0:01 8:02 13:0201 20:04000004 28:7030 (94 bytes)
   $ sh on 'qvs mac remove sw1 02:00:00:00:00:02 --port p0; qvs mac add sw2 02:00:00:00:00:02 --number 67108866'
   qvs: switch 'sw1': port 'p0': Not found (0xbad0003)
   qvs: switch 'sw2': Not found (0xbad0003)
@@ -119,27 +109,25 @@ How a switch learns: what is stored for it goes before the properties of the hos
 Addresses that are too old go, and do not come back.
 
   $ cat >later.json <<<'{"macLearning": {"clock": 1021}}'
-  $ LAB='--lab later.json' sh on 'qvs mac table sw1 --team; qvs mac-learning clear sw1; qvs mac learning set --first 20 --second 3; qvs mac learning set --second 3; qvs mac table sw1 --team'
-  INDEX  ENTRY
+  $ LAB='--lab later.json' sh on 'sh table sw1 --team; qvs mac-learning clear sw1; qvs mac learning set --first 20 --second 3; qvs mac learning set --second 3; sh table sw1 --team'
+  (8 bytes)
   sw1: changed
   host: changed
   host: unchanged
-  INDEX  ENTRY
-  $ sh on 'qvs mac learning get --json; qvs mac add sw1 0200000003000200 --port uplink0; qvs mac table sw1 --team; qvs mac add sw2 02:00:00:00:03:00 --port p0'
+  (8 bytes)
+  $ sh on 'qvs mac learning get --json; qvs mac add sw1 0200000003000200 --port uplink0; sh table sw1 --team; qvs mac add sw2 02:00:00:00:03:00 --port p0'
   {"first":20,"second":3}
   sw1/uplink0: changed
-  INDEX  ENTRY
-  0      020000000300020000000000030000040000000075706c696e6b30
+  0:01 8:02000000030002 20:03000004 28:75706c696e6b30 (94 bytes)
   qvs: switch 'sw2': port 'p0': No free pointer blocks (deprecated) (0xbad001a)
   $ cat >later.json <<<'{"macLearning": {"clock": 1041}}'; cat >last.json <<<'{"macLearning": {"clock": 1042}}'
-  $ LAB='--lab later.json' sh on 'qvs mac table sw1 --team'; LAB='--lab last.json' sh on 'qvs mac table sw1 --team; qvs mac learning set --first 0xffffffffffffffff; qvs mac learning get; qvs mac table sw1 --team'
-  INDEX  ENTRY
-  0      020000000300020000000000030000041400000075706c696e6b30
-  INDEX  ENTRY
+  $ LAB='--lab later.json' sh on 'sh table sw1 --team'; LAB='--lab last.json' sh on 'sh table sw1 --team; qvs mac learning set --first 0xffffffffffffffff; qvs mac learning get; sh table sw1 --team'
+  0:01 8:02000000030002 20:030000041400000075706c696e6b30 (94 bytes)
+  (8 bytes)
   host: changed
   first:   18446744073709551615
   second:  3
-  INDEX  ENTRY
+  (8 bytes)
   $ sh on 'qvs mac learning set; qvs mac learning set --second 65536; qvs mac learning set --first 0x10000000000000000'
   qvs: at least one of --first and --second is needed
   qvs: --second: 65536, at most 65535 fits
@@ -147,13 +135,13 @@ Addresses that are too old go, and do not come back.
 
 With the switch its entries go, and a new one has none; the same for a port.
 
-  $ sh on 'qvs port remove sw1 p1; qvs port add sw1 p1; qvs mac table sw1 --port p1; qvs switch destroy sw2; qvs switch create sw2 --ports 1; qvs mac table sw2'
+  $ sh on 'qvs port remove sw1 p1; qvs port add sw1 p1; sh table sw1 --port p1; qvs switch destroy sw2; qvs switch create sw2 --ports 1; sh table sw2'
   sw1/p1: changed
   sw1/p1: changed
-  INDEX  ENTRY
+  (8 bytes)
   sw2: changed
   sw2: changed
-  INDEX  ENTRY
+  (8 bytes)
 
 Labs that make no sense.
 

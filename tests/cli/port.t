@@ -31,7 +31,7 @@ What exists is compared in what is given.
 
 One port, with what the kernel says about it.
 
-  $ qvs port show sw1 vm
+  $ qvs port show sw1 vm | head -n 13
   switch:             sw1
   port:               vm
   alias:              vm
@@ -45,19 +45,9 @@ One port, with what the kernel says about it.
   blocked by kernel:  no
   client:             -
   team uplink hint (32 bytes):
-    0000 70 6e 69 63 30 00 00 00 00 00 00 00 00 00 00 00
-    0010 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-  kernel information (1458 bytes):
-    0000 05 00 00 04 00 00 00 00 76 6d 00 00 00 00 00 00
-    0010 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
-    0140 01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    0150 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
-    05b0 00 00
   $ qvs port show sw1 uplink0 --json | sed 's/"info":.*/.../'
   {"switch":"sw1","port":"uplink0","alias":"uplink0","state":"live","connectId":1,"externalId":null,"blocked":false,"number":67108865,"inUse":true,"linkUp":true,"kernelBlocked":false,"client":"pnic0","teamHint":"cG5pYzAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=",...
-  $ qvs port show sw1 vm --raw - | wc -c  => 1458
+  $ qvs port show sw1 vm --raw - | bytes  => 0:05000004 8:766d 320:01 (1458 bytes)
   $ qvs port number sw1 db  => 67108868
   $ qvs port number "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00" db --by-id --json  => {"switch":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","port":"db","number":67108868}
   $ qvs port show sw1 nix  => [3] qvs: switch 'sw1': port 'nix': Not found (0xbad0003)

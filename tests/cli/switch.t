@@ -25,7 +25,7 @@ Created with uplinks and ports, listed and shown.
   portset  data2
   alias    sw1
   alias    sw2
-  $ qvs switch show sw2
+  $ qvs switch show sw2 | head -n 10
   alias:      sw2
   id:         id-2
   class:      vswitch
@@ -36,14 +36,6 @@ Created with uplinks and ports, listed and shown.
   portset:    data2
   opaque:     yes
   kernel information (220 bytes):
-    0000 02 00 00 00 07 00 00 00 00 00 00 00 00 00 00 00
-    0010 dc 05 00 00 63 00 00 00 69 64 2d 32 00 00 00 00
-    0020 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
-    0050 00 00 00 00 00 00 00 00 64 61 74 61 32 00 00 00
-    0060 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00
-    *
-    00d0 00 00 00 00 00 00 00 00 00 00 00 00
   $ qvs switch show sw2 --json
   {"alias":"sw2","id":"id-2","class":"vswitch","version":99,"maxPorts":7,"ports":0,"uplinks":0,"portset":"data2","opaque":true,"info":"AgAAAAcAAAAAAAAAAAAAANwFAABjAAAAaWQtMgAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAGRhdGEyAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=="}
   $ qvs switch show sw2 --raw block; bytes <block
@@ -99,6 +91,7 @@ Identifiers and portsets of others, more than the switch holds; nothing is left 
 
 Destroyed.
 
+  $ qvs dump sw9  => [3] qvs: switch 'sw9': Not found (0xbad0003)
   $ qvs switch destroy sw9  => [3] qvs: switch 'sw9': Not found (0xbad0003)
   $ qvs switch destroy sw9 --if-exists  => sw9: unchanged
   $ qvs switch destroy sw1 --if-exists --json  => {"switch":"sw1","changed":true}

@@ -20,8 +20,6 @@ The policy of a switch. The record: balance, link selection, a word nobody knows
   rolling failover:  no
   best effort:       yes
   shotgun:           no
-  $ qvs teaming get sw1 --json
-  {"switch":"sw1","balance":"source-mac","active":["uplink1","uplink0"],"standby":["spare"],"linkState":true,"beacon":true,"notify":true,"rolling":false,"bestEffort":true,"shotgun":false}
   $ qvs teaming get "$(qvs switch list --json | grep -o '"id":"[^"]*' | cut -d'"' -f4)" --by-id | tail -n 1  => shotgun:           no
 
 A set replaces it all but the word.

@@ -51,9 +51,6 @@ VLANs of a port. What is stored is literal: flags, id, count, ranges; the priori
   010000000000020001006400c800c800
   qvs: switch 'sw1': port 'port0': port property 'com.quillon.vswitch.port.priority': Not found (0xbad0003)
   ? 3
-  $ qvs port vlan get sw1 port0 | sed -n 5,6p
-  trunk:     yes
-  ranges:    1-100,200
   $ qvs port vlan get sw1 port0 --json  => {"switch":"sw1","port":"port0","vlan":0,"private":false,"trunk":true,"ranges":["1-100","200"],"priority":null}
   $ qvs port vlan set sw1 port0 --trunk all; qvs port vlan set sw1 port0 --trunk 0-4094  => sw1/port0: changed | sw1/port0: unchanged
   $ qvs prop list sw1 --port port0 | grep vlan  => port   port0  com.quillon.vswitch.port.vlan            POLICY    12      01000000000001000000fe0f

@@ -2,36 +2,29 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
-#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "host/device.h"
 #include "support/bytes.h"
 #include "wire/protocol.h"
 
 namespace qvs::test {
 namespace {
 
-constexpr unsigned long kGetUplinks = 0x100b;
 constexpr unsigned long kGetLagTable = 0x100e;
 constexpr size_t kLagTable = 35588;
-
-struct Frame {
-    uint32_t inLength, outLength;
-    const void *in;
-    void *out;
-};
 
 std::string request(std::string_view switchName) {
     return field(switchName, 268);
@@ -40,10 +33,9 @@ std::string request(std::string_view switchName) {
 // errno of a request, 0 for success; the calls leave errno alone when they succeed.
 int control(int device, unsigned long command, const void *frame) {
     errno = ELOOP;
-    const int result = ioctl(device, command, frame);
-    if (result != 0) return errno;
-    EXPECT_EQ(errno, ELOOP);
-    return 0;
+    const int error = requestError(device, command, frame);
+    EXPECT_TRUE(error != 0 || errno == ELOOP);
+    return error;
 }
 
 class Interposer : public testing::Test {
@@ -155,11 +147,7 @@ TEST_F(Interposer, SharesADeviceAmongThreadsDescriptorsAndChildren) {
     }
     // A child that is made while other threads are in the middle of a request opens a device of its own.
     for (int i = 0; i < 20; ++i) {
-        const pid_t child = fork();
-        if (child == 0) _exit(countUplinks(open("/dev/vswitch", O_RDWR)));
-        int status = -1;
-        EXPECT_EQ(waitpid(child, &status, 0), child);
-        EXPECT_EQ(status, 0);
+        EXPECT_EQ(inChild([this] { return countUplinks(open("/dev/vswitch", O_RDWR)); }), 0);
     }
     for (std::thread &thread : threads)
         thread.join();
@@ -167,11 +155,7 @@ TEST_F(Interposer, SharesADeviceAmongThreadsDescriptorsAndChildren) {
     const int copy = dup(device_);
     EXPECT_EQ(countUplinks(copy), 0);
     close(copy);
-    const pid_t child = fork();
-    if (child == 0) _exit(clearenv() == 0 ? countUplinks(device_) : 1);
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(inChild([this] { return clearenv() == 0 ? countUplinks(device_) : 1; }), 0);
     EXPECT_EQ(countUplinks(device_), 0);
 }
 
@@ -214,70 +198,41 @@ extern "C" int __xstat(int version, const char *path, struct stat *status);
 extern "C" int __lxstat64(int version, const char *path, struct stat64 *status);
 extern "C" int __fxstatat(int version, int directory, const char *path, struct stat *status, int flags);
 
+// The mode of a file as a call tells it; 0 for what is not there.
+template <typename Record>
+std::function<mode_t(const char *)> modeBy(int (*call)(const char *, Record *)) {
+    return [call](const char *path) {
+        Record record;
+        return call(path, &record) == 0 ? record.st_mode : 0;
+    };
+}
+
 TEST_F(Interposer, ShowsTheDevicesAndTheShellToWhoLooks) {
-    using Look = mode_t (*)(const char *);
     const struct {
         const char *name;
-        Look mode;  // 0 for what is not there
+        std::function<mode_t(const char *)> mode;
     } looks[] = {
-        {"stat",
-         [](const char *path) {
-             struct stat s;
-             return stat(path, &s) == 0 ? s.st_mode : 0;
-         }},
-        {"stat64",
-         [](const char *path) {
-             struct stat64 s;
-             return stat64(path, &s) == 0 ? s.st_mode : 0;
-         }},
-        {"lstat",
-         [](const char *path) {
-             struct stat s;
-             return lstat(path, &s) == 0 ? s.st_mode : 0;
-         }},
-        {"lstat64",
-         [](const char *path) {
-             struct stat64 s;
-             return lstat64(path, &s) == 0 ? s.st_mode : 0;
-         }},
-        {"fstatat",
-         [](const char *path) {
-             struct stat s;
-             return fstatat(-1, path, &s, 0) == 0 ? s.st_mode : 0;
-         }},
+        {"stat", modeBy<struct stat>(stat)},
+        {"stat64", modeBy<struct stat64>(stat64)},
+        {"lstat", modeBy<struct stat>(lstat)},
+        {"lstat64", modeBy<struct stat64>(lstat64)},
+        {"fstatat", modeBy<struct stat>([](auto path, auto s) { return fstatat(-1, path, s, 0); })},
         {"fstatat64",
-         [](const char *path) {
-             struct stat64 s;
-             return fstatat64(AT_FDCWD, path, &s, 0) == 0 ? s.st_mode : 0;
-         }},
+         modeBy<struct stat64>([](auto path, auto s) { return fstatat64(AT_FDCWD, path, s, 0); })},
+        {"__xstat", modeBy<struct stat>([](auto path, auto s) { return __xstat(1, path, s); })},
+        {"__lxstat64", modeBy<struct stat64>([](auto path, auto s) { return __lxstat64(1, path, s); })},
+        {"__fxstatat", modeBy<struct stat>([](auto path, auto s) { return __fxstatat(1, -1, path, s, 0); })},
         {"statx",
          [](const char *path) {
              struct statx s;
              return statx(-1, path, 0, STATX_BASIC_STATS, &s) == 0 ? mode_t{s.stx_mode} : 0;
          }},
-        {"__xstat",
-         [](const char *path) {
-             struct stat s;
-             return __xstat(1, path, &s) == 0 ? s.st_mode : 0;
-         }},
-        {"__lxstat64",
-         [](const char *path) {
-             struct stat64 s;
-             return __lxstat64(1, path, &s) == 0 ? s.st_mode : 0;
-         }},
-        {"__fxstatat",
-         [](const char *path) {
-             struct stat s;
-             return __fxstatat(1, -1, path, &s, 0) == 0 ? s.st_mode : 0;
-         }},
-        {"open and fstat",
-         [](const char *path) {
-             struct stat s;
+        {"open and fstat", modeBy<struct stat>([](auto path, auto s) {
              const int file = open(path, O_RDONLY);
-             const int result = file < 0 ? -1 : fstat(file, &s);
+             const int result = file < 0 ? -1 : fstat(file, s);
              close(file);
-             return result == 0 ? s.st_mode : 0;
-         }},
+             return result;
+         })},
     };
     const struct {
         const char *name;
@@ -326,17 +281,11 @@ TEST_F(Interposer, ShowsTheDevicesAndTheShellToWhoLooks) {
 }
 
 TEST_F(Interposer, RunsTheShellUnderItsOneName) {
-    const auto output = [](const char *line) {
-        FILE *pipe = popen(line, "r");
-        char text[256] = {};
-        const size_t size = fread(text, 1, sizeof text, pipe);
-        return std::string(text, size) + std::to_string(WEXITSTATUS(pclose(pipe)));
-    };
-    EXPECT_EQ(output("/bin/treesh -e get /net/portsets/net1/mtu"), "mtu:1500\n0");
-    EXPECT_EQ(output("treesh -e ls /net//portsets"), "net1/\n0");
-    EXPECT_EQ(output("/bin/treesh -e get /net/portsets/net2/mtu 2>/dev/null"), "1");
-    EXPECT_EQ(output("/bin/./treesh 2>/dev/null"), "127");
-    EXPECT_EQ(output("QVS_HOST_SOCKET= /bin/treesh -e ls /net 2>&1"), "treesh: no hypercore\n1");
+    EXPECT_EQ(shellOutput("/bin/treesh -e get /net/portsets/net1/mtu"), "mtu:1500\n0");
+    EXPECT_EQ(shellOutput("treesh -e ls /net//portsets"), "net1/\n0");
+    EXPECT_EQ(shellOutput("/bin/treesh -e get /net/portsets/net2/mtu 2>/dev/null"), "1");
+    EXPECT_EQ(shellOutput("/bin/./treesh 2>/dev/null"), "127");
+    EXPECT_EQ(shellOutput("QVS_HOST_SOCKET= /bin/treesh -e ls /net 2>&1"), "treesh: no hypercore\n1");
 
     char *const arguments[] = {const_cast<char *>("/bin/treesh"), const_cast<char *>("-e"),
                                const_cast<char *>("ls"), const_cast<char *>("/nowhere"), nullptr};
@@ -345,13 +294,7 @@ TEST_F(Interposer, RunsTheShellUnderItsOneName) {
     ASSERT_EQ(posix_spawn(&child, "/bin/treesh", nullptr, nullptr, arguments, environ), 0);
     waitpid(child, &status, 0);
     EXPECT_EQ(WEXITSTATUS(status), 1);
-    child = fork();
-    if (child == 0) {
-        execv("/bin/treesh", arguments);
-        _exit(99);
-    }
-    waitpid(child, &status, 0);
-    EXPECT_EQ(WEXITSTATUS(status), 1);
+    EXPECT_EQ(WEXITSTATUS(inChild([&] { return execv("/bin/treesh", arguments) + 100; })), 1);
 }
 
 }  // namespace

@@ -3,12 +3,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <qvs/mesh_public.h>
-#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -21,14 +19,13 @@
 #include <string>
 #include <thread>
 
+#include "host/device.h"
 #include "support/bytes.h"
 #include "support/host.h"
 #include "wire/stream.h"
 
 namespace qvs::test {
 namespace {
-
-constexpr unsigned long kGetUplinks = 0x100b;
 
 // That it took so long, and no more than a busy machine adds to that.
 testing::AssertionResult took(double seconds, const std::function<void()> &action) {
@@ -58,19 +55,12 @@ int openError() {
 int requestError(int device) {
     const std::string input = field("net1", 268);
     char output[8];
-    const struct {
-        uint32_t inLength, outLength;
-        const void *in;
-        void *out;
-    } frame = {268, 8, input.data(), output};
-    return ioctl(device, kGetUplinks, &frame) == 0 ? 0 : errno;
+    const Frame frame = {268, 8, input.data(), output};
+    return requestError(device, kGetUplinks, &frame);
 }
 
 std::string shellAnswer() {
-    FILE *pipe = popen("/bin/treesh -e get /net/portsets/net1/mtu 2>&1", "r");
-    char text[256] = {};
-    const size_t size = fread(text, 1, sizeof text, pipe);
-    return std::string(text, size) + std::to_string(WEXITSTATUS(pclose(pipe)));
+    return shellOutput("/bin/treesh -e get /net/portsets/net1/mtu 2>&1");
 }
 
 class Unreachable : public testing::Test {
@@ -94,6 +84,13 @@ class Unreachable : public testing::Test {
         }
     }
 
+    // Until it answers, which it does when it gets to it.
+    void resume() {
+        kill(daemon_, SIGCONT);
+        for (int tries = 0; openError() == ETIMEDOUT && tries < 1000; ++tries)
+            usleep(1000);
+    }
+
     pid_t daemon_ = 0;
 };
 
@@ -112,10 +109,7 @@ TEST_F(Unreachable, IsWaitedForOnceAndUsedAgainWhenItAnswers) {
     }));
     EXPECT_EQ(shellAnswer(), "treesh: the hypercore does not answer\n1");
 
-    kill(daemon_, SIGCONT);
-    // It answers when it gets to it.
-    for (int tries = 0; openError() == ETIMEDOUT && tries < 1000; ++tries)
-        usleep(1000);
+    resume();
     EXPECT_EQ(openError(), 0);
     EXPECT_EQ(requestError(device), 0);
     EXPECT_STATUS(loadState(), 0);
@@ -134,9 +128,7 @@ TEST_F(Unreachable, IsWaitedForNoLongerThanItsTimeInEachKindOfRequest) {
     stop();
     EXPECT_TRUE(took(0.4, [device] { EXPECT_EQ(requestError(device), ETIMEDOUT); }));
     EXPECT_TRUE(took(0, [] { EXPECT_STATUS(loadState(), 0xbad0021); }));
-    kill(daemon_, SIGCONT);
-    for (int tries = 0; openError() == ETIMEDOUT && tries < 1000; ++tries)
-        usleep(1000);
+    resume();
     // Half a dialogue is behind this one.
     EXPECT_EQ(requestError(device), EIO);
     close(device);
@@ -200,17 +192,12 @@ TEST_F(Unreachable, SaysWhy) {
         {"silent", [this] { stop(); }, ETIMEDOUT, 0xbad0021},
     };
     for (const auto &[what, prepare, error, status] : cases) {
-        const pid_t child = fork();
-        if (child == 0) {
+        const int ended = inChild([&] {
             prepare();
-            const int opened = openError();
-            const uint32_t loaded = loadState();
-            if (opened != error || loaded != status)
-                fprintf(stderr, "%s: errno %d, status %#x\n", what, opened, loaded);
-            _exit(opened != error || loaded != status);
-        }
-        int ended = -1;
-        waitpid(child, &ended, 0);
+            EXPECT_EQ(openError(), error) << what;
+            EXPECT_STATUS(loadState(), status) << what;
+            return HasFailure();
+        });
         EXPECT_EQ(ended, 0) << what;
         chmod("state", 0700);
     }
