@@ -88,3 +88,7 @@ Numbers have 32 bits.
   $ qvs port add 'a b' n --connect-id 0xffffffff && qvs port show 'a b' n --json | cut -c 1-78
   a b/n: changed
   {"switch":"a b","port":"n","alias":"n","state":"live","connectId":4294967295,"
+
+UTF-8 has no surrogates and no longer form of a byte.
+
+  $ qvs port add 'a b' $'\xed\xa0\x80' $'\xed\x9f\xbf' $'\xc1\x80' --json  => {"switch":"a b","changed":true,"ports":[{"port":"���","changed":true},{"port":"퟿","changed":true},{"port":"��","changed":true}]}

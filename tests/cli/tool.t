@@ -61,6 +61,7 @@ Help, manual and completion come from the table.
   qvs \- control the distributed virtual switches of a hypervisor host
   .SH SYNOPSIS
   \fBqvs\fR \fINOUN VERB\fR [\fIARGUMENT\fR...] [\fIOPTION\fR...]
+  $ qvs help | grep -c '^  --'  => 4
   $ qvs help | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; qvs manual | grep -qF "${command//-/\\-}" || echo "$command"; done
   $ qvs manual --markdown | sed -n '/### qvs switch destroy/,/Example/p'
   ### qvs switch destroy
@@ -85,10 +86,12 @@ The completion offers nouns, verbs, options and names, and runs nothing.
   --max-ports --may-exist
   --trace --timeout --help
   bash
-  $ qvs() { printf '%s\n' 'a b' 'abc' '$(touch x)'; }; . <(command qvs completion bash); try() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvs; echo "${COMPREPLY[@]}"; }; try qvs switch show a; try qvs port show sw1 ''; try qvs prop get sw1 k --port '$'; try qvs port add sw1 ''; ls
+  $ qvs() { printf '%s\n' 'a b' 'abc' '$(touch x)'; }; . <(command qvs completion bash); try() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvs; echo "${COMPREPLY[@]}"; }; try qvs switch show a; try qvs port show sw1 ''; try qvs prop get sw1 k --port '$'; try qvs port add sw1 ''; try qvs port remove sw1 abc a; try qvs switch show abc a; ls
   a\ b abc
   a\ b abc \$\(touch\ x\)
   \$\(touch\ x\)
+  
+  a\ b abc
   
 
 A lab that counts too far is refused.

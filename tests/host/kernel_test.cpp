@@ -561,6 +561,7 @@ TEST(BadClients, AreLetGoAloneWithOneLine) {
         head(12, 31) + zeros(12),              // a request to no device
         head(8, 34) + zeros(8),                // an answer to nothing
         head(4, 53) + zeros(4) + head(0, 53),  // two leases
+        head(4, 53) + zeros(4) + head(0, 51),  // a lease that follows the trace
     };
     for (const std::string &message : cases) {
         Client client;
