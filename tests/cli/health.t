@@ -73,25 +73,20 @@ What the kernel finds: the VLANs of ports whose policy names some, and the MTUs,
   MTUs not allowed:   1501-9000
   qvs: switch 'sw1': port 'port2': check result: Not found (0xbad0003)
   {"switch":"sw1","port":"port1","trunkedVlans":["1-100","200"],"untrunkedVlans":[],"allowedMtus":["1280-1500"],"disallowedMtus":["1501-9000"]}
-  $ results() { for key in vlan mtu; do qvs prop get sw1 com.quillon.common.port.volatile.${key}chkresult --port $1; done; }; qvs prop list sw1 --port port0 | grep chkresult; results port1; results uplink0
+  $ results() { echo $(for key in vlan mtu; do qvs prop get sw1 com.quillon.common.port.volatile.${key}chkresult --port $1; done); }; qvs prop list sw1 --port port0 | grep chkresult; results port1; results uplink0
   port   port0  com.quillon.common.port.volatile.vlanchkresult  VOLATILE  8       0100000064006400
   port   port0  com.quillon.common.port.volatile.mtuchkresult   VOLATILE  12      010001000005dc05dd052823
-  0200000001006400c800c800
-  010001000005dc05dd052823
-  010000000100fe0f
-  010001000005dc05dd052823
+  0200000001006400c800c800 010001000005dc05dd052823
+  010000000100fe0f 010001000005dc05dd052823
 
 They follow the uplinks and their MTU.
 
-  $ treesh -e set /net/pNics/pnic1/mtu 1400; results() { for key in vlan mtu; do qvs prop get sw1 com.quillon.common.port.volatile.${key}chkresult --port $1; done; }; results port0; qvs uplink down sw1 uplink1; results port0; qvs uplink down sw1 uplink0; results port0; qvs health result sw1 port1 --json
-  0100000064006400
-  010001000005780579052823
+  $ treesh -e set /net/pNics/pnic1/mtu 1400; results() { echo $(for key in vlan mtu; do qvs prop get sw1 com.quillon.common.port.volatile.${key}chkresult --port $1; done); }; results port0; qvs uplink down sw1 uplink1; results port0; qvs uplink down sw1 uplink0; results port0; qvs health result sw1 port1 --json
+  0100000064006400 010001000005780579052823
   sw1/uplink1: changed
-  0100000064006400
-  010001000005dc05dd052823
+  0100000064006400 010001000005dc05dd052823
   sw1/uplink0: changed
-  0000010064006400
-  0000010000052823
+  0000010064006400 0000010000052823
   {"switch":"sw1","port":"port1","trunkedVlans":[],"untrunkedVlans":["1-100","200"],"allowedMtus":[],"disallowedMtus":["1280-9000"]}
   $ qvs uplink up sw1 uplink0; qvs mtu set sw1 9000; qvs health result sw1 port1 --json
   sw1/uplink0: changed
