@@ -106,8 +106,8 @@ QVS_API HYP_ReturnStatus VSHYP_GetUplinkDVPortID(const char *uplinkName, void *i
  *   selector  VSHYP_SELECT_SWITCH_NAMES for kernel names of 128 bytes, any other value for aliases of 81
  * bytes
  *
- * HYP_FAILURE: the first request failed with any errno, for example without a host. HYP_NO_MEMORY: as for all
- * lists. Otherwise the status of the second request.
+ * HYP_FAILURE: the kernel did not answer the first request, whatever the errno, for example without a host.
+ * HYP_NO_MEMORY: as for all lists. Otherwise the status of the second request.
  */
 QVS_API HYP_ReturnStatus VSHYP_GetSwitches(uint32_t selector, void **switches);
 

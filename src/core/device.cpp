@@ -1,4 +1,4 @@
-// The one-shot request to a character device of the kernel, with a status or with ioctl's own result.
+// The request to a character device of the kernel, which returns a status or the result of ioctl.
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -10,7 +10,7 @@
 
 namespace qvs {
 
-// A null path is the kernel's to judge (EFAULT), although open is declared not to take one.
+// A null path is passed to the kernel (EFAULT), although open is declared not to accept one.
 __attribute__((no_sanitize("nonnull-attribute"))) int rawRequest(const char *devicePath, unsigned int command,
                                                                  void *frame) {
     // O_CLOEXEC: a shell command started by another thread must not inherit the device.

@@ -1,4 +1,4 @@
-// Memory of the C allocator inside the library: zeroed, owned, and null when there is none.
+// Zeroed memory of the C allocator with an owner; null if memory runs out.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,8 @@ struct FreeDeleter {
 };
 using HeapBytes = std::unique_ptr<uint8_t[], FreeDeleter>;
 
-// Zeroed bytes, or null: sizes are 32-bit rules of a format, and one that would wrap cannot be allocated.
+// Returns zeroed bytes, or null. The formats limit sizes to 32 bits, so a size that exceeds 32 bits cannot be
+// allocated.
 inline HeapBytes allocateZeroed(uint64_t size) {
     if (size > std::numeric_limits<uint32_t>::max()) return nullptr;
     return HeapBytes(static_cast<uint8_t *>(std::calloc(1, static_cast<size_t>(size))));

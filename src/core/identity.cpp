@@ -1,4 +1,4 @@
-// The snapshot and the translation between alias, portset name, switch identifier and kernel port number.
+// The snapshot, and the translation between alias, portset name, switch identifier and kernel port number.
 #include "core/identity.h"
 
 #include <cstdlib>
@@ -16,7 +16,7 @@ namespace {
 
 using Lookup = HYP_ReturnStatus (*)(const char *, const char *, DVSData **);
 
-// The text of a property in the snapshot, if it is there.
+// Returns the text of a property in the snapshot, if it contains the property.
 std::optional<std::string_view> snapshotText(Lookup lookup, const char *switchId, const char *key) {
     DVSData *data = nullptr;
     if (lookup(switchId, key, &data) != HYP_OK) return std::nullopt;
@@ -38,7 +38,7 @@ struct PortsetAliasSearch {
     SwitchAliasName alias = {};
 };
 
-// A stored name that is a prefix of the searched one matches; that is the rule, also for an empty one.
+// A stored name matches if it is a prefix of the given name. This also holds for an empty stored name.
 int PortsetMatchWalker(DVSSwitch *sw, void *context) {
     auto &search = *static_cast<PortsetAliasSearch *>(context);
     if (search.found) return 1;  // A state library may go on walking; the first match counts.
@@ -110,7 +110,7 @@ extern "C" HYP_ReturnStatus DVSPortsetNameToAlias(const char *portsetName, char 
     PortsetAliasSearch search;
     search.portsetName = portsetName;
     DVSState_SwitchForEach(PortsetMatchWalker, &search);
-    // Nothing found: 128 zero bytes and success, which callers tell by the first byte.
+    // If no switch is found, the result is 128 zero bytes and HYP_OK. Callers test the first byte.
     std::memcpy(alias, search.alias, sizeof search.alias);
     return HYP_OK;
 }

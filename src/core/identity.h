@@ -1,11 +1,11 @@
-// Resolving the names of a switch, for use inside the library.
+// Resolves the names of a switch inside the library.
 #pragma once
 
 #include "qvs/dvs.h"
 
 namespace qvs {
 
-// A resolved switch identifier, always terminated.
+// A resolved switch identifier, always NUL-terminated.
 struct SwitchId {
     SwitchIdString text = {};
 
@@ -13,7 +13,7 @@ struct SwitchId {
     [[nodiscard]] HYP_ReturnStatus resolve(const char *alias) { return DVSAliasToSwitchId(alias, text); }
 };
 
-// The portset name behind an alias, terminated even when it fills its 128 bytes.
+// The portset name of a switch, NUL-terminated even if it has 128 bytes.
 struct PortsetName {
     char text[sizeof(SwitchAliasName) + 1] = {};
 

@@ -1,4 +1,4 @@
-// A value that the state library handed out.
+// A value that the state library returned.
 #pragma once
 
 #include <cstring>
@@ -10,7 +10,7 @@
 
 namespace qvs {
 
-// Owns one value and gives it back through DVSHYP_DataFree, unless it is released to the caller.
+// Owns one value and releases it with DVSHYP_DataFree, unless it is passed to the caller.
 class MeshValue {
   public:
     MeshValue() = default;
@@ -18,8 +18,8 @@ class MeshValue {
     MeshValue &operator=(const MeshValue &) = delete;
     ~MeshValue() { reset(); }
 
-    // Takes what a DVSHYP_...Get call hands out: fetch([](void **data, uint32_t *length) { return status; }).
-    // What was held before is given back; a call that failed handed out nothing, whatever it left behind.
+    // Stores the result of a DVSHYP_...Get call: fetch([](void **data, uint32_t *length) { return status; }).
+    // Releases the previous value first. If the call fails, there is no value, whatever the outputs contain.
     template <typename Get>
     [[nodiscard]] HYP_ReturnStatus fetch(Get get) {
         reset();
@@ -42,10 +42,10 @@ class MeshValue {
         return value;
     }
 
-    // Hands the value over to the caller, who gives it back through the family's FreeMemory.
+    // Passes the value to the caller, who releases it with the FreeMemory function of the family.
     void *release() { return std::exchange(data_, nullptr); }
 
-    // Gives the value back now. Whether null may be given back is the state library's business; none is.
+    // Releases the value now. Null is not passed to the state library.
     void reset() {
         if (data_ != nullptr) DVSHYP_DataFree(release());
         length_ = 0;

@@ -1,5 +1,5 @@
-// How each family's results are given back: values of the state library to the state library, memory of our
-// own to the C allocator.
+// The release functions of each family. Values of the state library are returned to the state library; memory
+// of the library is released with free.
 #include <cstdlib>
 
 #include "qvs/healthcheck.h"

@@ -1,4 +1,5 @@
-// Requests on the kernel's devices: one type per frame layout, and count-then-fetch for all lists.
+// Requests on the devices of the kernel: one type for each frame layout, and one function that counts and
+// fetches all lists.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +12,7 @@
 
 namespace qvs {
 
-// An input or output area of a request; null with length 0 where there is none.
+// An input or output area of a request. An absent area is null with length 0.
 struct Area {
     const void *bytes = nullptr;
     uint32_t length = 0;
@@ -32,7 +33,7 @@ struct AlignedFrame {
 static_assert(sizeof(AlignedFrame) == 24);
 static_assert(offsetof(AlignedFrame, inAddress) == 8 && offsetof(AlignedFrame, outAddress) == 16);
 
-// The frame of the traceflow, live-trace and BFD devices: each length is followed by its address.
+// The frame of the traceflow, live-trace and BFD devices. Each length precedes its address.
 struct QVS_PACKED PackedFrame {
     uint32_t inLength;
     uint64_t inAddress;
@@ -45,15 +46,15 @@ struct QVS_PACKED PackedFrame {
 static_assert(sizeof(PackedFrame) == 24);
 static_assert(offsetof(PackedFrame, inAddress) == 4 && offsetof(PackedFrame, outAddress) == 16);
 
-// One request through HYPIoctl.
+// Sends one request with HYPIoctl.
 template <typename Frame>
 [[nodiscard]] HYP_ReturnStatus request(const char *device, uint32_t command, Area in, Area out) {
     Frame frame(in, out);
     return HYPIoctl(device, static_cast<int>(command), &frame);
 }
 
-// A record of a fixed size that the kernel writes into the caller's memory: `ask` is called with the area to
-// fill and answers a status. The memory is not cleared, and is as it was when the request fails.
+// Fetches a record of a fixed size into memory of the caller. `ask` sends the request with the area to fill
+// and returns its status. The memory is not cleared first and is unchanged if the request fails.
 template <uint32_t Size, typename Ask>
 [[nodiscard]] HYP_ReturnStatus fetchInto(void *record, Ask ask) {
     uint8_t before[Size];
@@ -63,31 +64,31 @@ template <uint32_t Size, typename Ask>
     return status;
 }
 
-// The same for memory that is cleared first: all zeros when the request fails, whatever the kernel had
-// written by then.
+// Like fetchInto, but clears the memory first. If the request fails, the memory is all zeros, even if the
+// kernel wrote to it.
 template <uint32_t Size, typename Ask>
 [[nodiscard]] HYP_ReturnStatus fetchIntoCleared(void *record, Ask ask) {
     std::memset(record, 0, Size);
     return fetchInto<Size>(record, ask);
 }
 
-// What a list looks like: a header with the count in it, and entries of one size behind the header.
+// The layout of a list: a header that contains the count, followed by entries of one size.
 struct ListShape {
-    uint32_t entrySize;  // 0: there is no such list, which shows only once the count is known
+    uint32_t entrySize;  // 0: there is no such list; checked after the count request
     uint32_t headerSize = 8;
     uint32_t countOffset = 0;
-    uint32_t countLength = headerSize;  // of the area that the count request fills
-    bool presetCount = false;           // the count stands in the buffer before it is fetched
-    bool fetchEmpty = false;            // an empty list is fetched like any other
+    uint32_t countLength = headerSize;  // bytes that the count request fills
+    bool presetCount = false;           // the count is stored in the buffer before the fetch
+    bool fetchEmpty = false;            // an empty list is fetched, too
 
     static constexpr uint32_t kMaxHeader = 28;
 };
 
 enum class ListPhase : uint8_t { Count, Fetch };
 
-// Count, then fetch, once: `ask` is called with the phase and the output area and answers a status. `counted`
-// becomes true when the first request succeeded and there is such a list. The list is null after every
-// failure; its count is whatever the kernel wrote there.
+// Requests the count, then fetches the list. `ask` sends the request for a phase with the output area and
+// returns its status. `counted` becomes true if the first request succeeded and the list exists. The list is
+// null after every failure. Its count is the number that the kernel wrote.
 template <typename Ask>
 [[nodiscard]] HYP_ReturnStatus fetchList(const ListShape &shape, Ask ask, HeapBytes &list, bool &counted) {
     uint8_t header[ListShape::kMaxHeader] = {};

@@ -1,16 +1,17 @@
-// What the loader runs: first the initialiser that sorts the dump's registry, then the first snapshot.
+// The initialisers that the loader runs: the first sorts the registry of the dump, the second loads the first
+// snapshot.
 #include "qvs/dvs.h"
 #include "qvs/hyp.h"
 
 extern "C" void LibraryInit(void) {
-    // A host without hypercore must still be able to load the library.
+    // The library must load even on a machine without a hypercore.
     static_cast<void>(DVSLoadConfig());
 }
 
 namespace {
 
-// Functions of their own: GCC drops the priority of one that has been declared without it, as the exported
-// two are in their header.
+// Separate functions, because GCC ignores the priority of a function that was declared without it, as the
+// exported functions are in their header.
 __attribute__((constructor(200))) void runFirst() {
     SharedObjectInit();
 }

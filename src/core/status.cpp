@@ -1,4 +1,4 @@
-// The status of each errno that a device can leave.
+// The status for each errno of a device.
 #include "core/status.h"
 
 #include <cerrno>
@@ -14,7 +14,7 @@ struct ErrnoRow {
     HYP_ReturnStatus status;
 };
 
-// Sorted by errno. EINVAL is the generic failure on purpose: a kernel that rejects a record "fails".
+// Sorted by errno. EINVAL deliberately maps to HYP_FAILURE, the status of a kernel that rejects a record.
 constexpr auto kRows = std::to_array<ErrnoRow>({
     {EPERM, 0xbad005b},        {ENOENT, 0xbad0003},
     {ESRCH, 0xbad0062},        {EINTR, 0xbad0032},

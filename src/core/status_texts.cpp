@@ -9,8 +9,8 @@ constexpr HYP_ReturnStatus kFirst = 0xbad0000;
 constexpr HYP_ReturnStatus kLastWithoutConsole = 0x2bacffff;
 constexpr const char *kNoText = "General error";
 
-// Indexed by status minus kFirst. Blanks and full stops at the end are part of a text; a value without a text
-// of its own has kNoText.
+// The index is the status minus kFirst. Blanks and full stops at the end belong to the text. A value without
+// a text of its own has kNoText.
 constexpr std::array<const char *, 0x16f> kTexts = {
     /* 000 */ kNoText,
     /* 001 */ "Failure",

@@ -1,4 +1,4 @@
-// Writing the text of the dump.
+// Writes the text of the dump.
 #include "dump/context.h"
 
 #include <sys/mman.h>
@@ -26,13 +26,13 @@ void LongPiece::flush(NetDVSDumpCtx *ctx) const {
 
 namespace {
 
-// Memory that the kernel gives page by page costs more than what is written to it. A large text asks for huge
-// pages, the others for a stretch of pages at a time; both are wishes, refused without consequence.
+// Page faults cost more than writing the text. A large text therefore requests huge pages, and other texts
+// request several pages at a time. The kernel may refuse both requests without consequences.
 constexpr int32_t kStretch = 128 << 10;
 constexpr int32_t kWorthHugePages = 4 << 20;
 
-// Takes in the whole of the pages at both ends: a mapping of which one part has the wish and another has not
-// is two, and realloc could no longer grow it without a copy.
+// The range includes the complete pages at both ends. If only a part of a mapping had the advice, the kernel
+// would split the mapping, and realloc could no longer grow it without a copy.
 void advise(char *text, int32_t size, int advice) {
     const auto pageSize = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
     const uintptr_t offset = reinterpret_cast<uintptr_t>(text) & (pageSize - 1);
@@ -58,7 +58,8 @@ void prepareStretch(NetDVSDumpCtx *ctx) {
 
 }  // namespace
 
-// One doubling is always enough: a piece is shorter than the smallest buffer, and than a stretch.
+// One doubling is always sufficient, because a piece is shorter than the smallest buffer and shorter than the
+// prepared step.
 char *dumpReserve(NetDVSDumpCtx *ctx, size_t length) {
     const size_t needed = static_cast<size_t>(ctx->length) + 1 + length;
     if (needed > static_cast<size_t>(ctx->capacity) && !grow(ctx)) return nullptr;
@@ -68,7 +69,7 @@ char *dumpReserve(NetDVSDumpCtx *ctx, size_t length) {
 
 namespace {
 
-// The words of each combination of class bits, which are next to one another: bits 2 to 5.
+// The words for each combination of the class bits, which are bits 2 to 5.
 constexpr size_t kClassBits = DVS_PROP_CONFIG | DVS_PROP_RUNTIME | DVS_PROP_VOLATILE | DVS_PROP_POLICY;
 constexpr size_t kFirstClassBit = std::countr_zero(kClassBits);
 

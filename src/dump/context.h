@@ -1,4 +1,4 @@
-// The dump in the making: its growing text, and the one function that writes to it.
+// The state of a running dump: its growing text, and the function that writes to it.
 #pragma once
 
 #include <cstddef>
@@ -10,9 +10,9 @@
 
 namespace qvs {
 
-// Lives for one NetDVS_Dump and is handed to every walker and printer.
+// Exists for the duration of one NetDVS_Dump. It is passed to every walk and printer.
 struct NetDVSDumpCtx {
-    char *text;      // owned, always terminated
+    char *text;      // owned, always NUL-terminated
     int32_t length;  // characters written, without the NUL
     int32_t capacity;
     int32_t prepared;          // the part of the capacity that may be written to
@@ -21,17 +21,17 @@ struct NetDVSDumpCtx {
 };
 
 constexpr int32_t kDumpInitialCapacity = 4096;
-constexpr size_t kDumpPieceSize = 4095;  // a longer piece is cut
+constexpr size_t kDumpPieceSize = 4095;  // a longer piece is truncated
 
-// Where a piece of at most this length may be written: the end of the text, or null when memory runs out and
-// the piece is lost. The text grows by doubling, once.
+// Returns the address where a piece of at most this length may be written: the end of the text, or null if
+// memory runs out and the piece is lost. The text grows at most once, by doubling.
 char *dumpReserve(NetDVSDumpCtx *ctx, size_t length);
 inline void dumpCommit(NetDVSDumpCtx *ctx, char *end) {
     ctx->length = static_cast<int32_t>(end - ctx->text);
     *end = '\0';
 }
 
-// A piece that may be too long for the text as it is, gathered and cut before it is appended.
+// Collects a piece that may not fit into the current text, and truncates it before it is appended.
 class LongPiece {
   public:
     void append(std::string_view text);
@@ -42,7 +42,7 @@ class LongPiece {
     size_t length_ = 0;
 };
 
-// A converted argument as a text of its own.
+// Appends a converted argument to a piece.
 template <Conversion C, typename Argument>
 void appendArgument(LongPiece &piece, const Argument &argument) {
     if constexpr (C == Conversion::Text) {
@@ -54,7 +54,7 @@ void appendArgument(LongPiece &piece, const Argument &argument) {
     }
 }
 
-// A piece where there is room for it; returns its end.
+// Writes a piece to memory with enough room and returns its end.
 template <Format F, size_t... I, typename... Arguments>
 char *writePiece(char *out, std::index_sequence<I...>, const Arguments &...arguments) {
     constexpr const auto &kKinds = kParsedFormat<F>.kind;
@@ -76,16 +76,16 @@ void dumpPiece(NetDVSDumpCtx *ctx, std::index_sequence<I...> indexes, const Argu
     }
 }
 
-// Appends one formatted piece, cut to 4095 characters: NetDVSDumpPrintf<"\t%s = %d\n">(ctx, name, number).
-// Memory that runs out drops the piece and nothing else.
+// Appends one formatted piece, truncated to 4095 characters: NetDVSDumpPrintf<"\t%s = %d\n">(ctx, name,
+// number). If memory runs out, only this piece is dropped.
 template <Format F, typename... Arguments>
 void NetDVSDumpPrintf(NetDVSDumpCtx *ctx, const Arguments &...arguments) {
     static_assert(kParsedFormat<F>.kind.size() == sizeof...(Arguments), "one argument for each conversion");
     dumpPiece<F>(ctx, std::index_sequence_for<Arguments...>(), formatArgument(arguments)...);
 }
 
-// Appends a piece for each number, all of them at once where there is room. When memory runs out, each piece
-// is dropped or kept by itself.
+// Appends a piece for each number, all at once if there is room. If memory runs out, each piece is kept or
+// dropped separately.
 template <Format... F, typename... Numbers>
 requires(std::integral<Numbers> &&...) void NetDVSDumpPrintEach(NetDVSDumpCtx *ctx, Numbers... numbers) {
     const size_t most = (size_t{0} + ... + (sizeof F.text + longest(formatArgument(numbers))));
@@ -98,7 +98,7 @@ requires(std::integral<Numbers> &&...) void NetDVSDumpPrintEach(NetDVSDumpCtx *c
     }
 }
 
-// The words of the class bits, each with its trailing blank: "CONFIG RUNTIME VOLATILE POLICY ".
+// Returns the words of the class bits, each followed by a blank: "CONFIG RUNTIME VOLATILE POLICY ".
 std::string_view NetDVSPropTypeStr(uint32_t propType);
 
 }  // namespace qvs

@@ -19,7 +19,7 @@ namespace {
 
 constexpr uint32_t kLastVersionWithOldLayout = 99;
 
-// What the walk hands on from switch to port to property.
+// The state that the walk passes from the switch to the port to the property.
 struct Walk {
     NetDVSDumpCtx ctx;
     PrinterCache printers;
@@ -34,8 +34,8 @@ int NetDVSDumpProp(DVSData *data, void *context) {
     return 0;
 }
 
-// What follows a port's identifier. The mark of the local cache runs straight into it. A state library that
-// cannot tell the state has live ports only.
+// Returns the mark after the identifier of a port. The mark of the local cache has no blank before it. If the
+// state library cannot report states, all ports are live.
 const char *portMark(const DVSPort *port) {
     switch (DVS_PortState != nullptr ? DVS_PortState(port) : DVS_PORT_LIVE) {
         case DVS_PORT_INVALID:
@@ -71,7 +71,7 @@ int dumpSwitch(DVSSwitch *sw, void *context) {
     NetDVSDumpPrintf<"\thost properties:\n">(ctx);
     DVSState_HostPropForEach(sw, NetDVSDumpProp, context);
     DVSState_PortForEach(sw, dumpPort, context);
-    return ctx->switchFilter != nullptr ? 1 : 0;  // the wanted switch ends the walk
+    return ctx->switchFilter != nullptr ? 1 : 0;  // the walk ends after the requested switch
 }
 
 }  // namespace

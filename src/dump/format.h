@@ -1,5 +1,5 @@
-// Formats that are taken apart while the library is compiled, so that printing one costs copying its texts
-// and writing its numbers.
+// Formats that are parsed when the library is compiled, so that printing only copies texts and writes
+// numbers.
 #pragma once
 
 #include <array>
@@ -14,8 +14,9 @@
 
 namespace qvs {
 
-// A format as a template argument. The conversions are those of printf that the dump needs: %s; %d and %u for
-// numbers of any width; %x with a width of 2, padded with blanks ("%2x") or zeros ("%02x"), or without.
+// A format as a template argument. It supports the printf conversions that the dump needs: %s; %d and %u for
+// numbers of any width; %x without a width, or with a width of 2 padded with blanks ("%2x") or zeros
+// ("%02x").
 template <size_t Size>
 struct Format {
     char text[Size]{};
@@ -28,16 +29,16 @@ struct Format {
 
 enum class Conversion : uint8_t { Text, Decimal, Hex, HexBlank2, HexZero2 };
 
-// A format taken apart: literal pieces around the conversions.
+// A parsed format: literal pieces around the conversions.
 template <size_t Conversions>
 struct ParsedFormat {
     std::array<size_t, Conversions + 1>
-        begin{};  // of the literal before each conversion, and of the last one
+        begin{};  // of the literal before each conversion, and after the last one
     std::array<size_t, Conversions + 1> size{};
     std::array<Conversion, Conversions> kind{};
 };
 
-// Never defined: calling it while a format is parsed is what makes a wrong one a compile-time error.
+// Not defined. A call during the parsing of a format makes a wrong format a compile-time error.
 void unknownConversion();
 
 template <Format F>
@@ -83,13 +84,13 @@ consteval auto parseFormat() {
 template <Format F>
 inline constexpr auto kParsedFormat = parseFormat<F>();
 
-// The literal text before conversion I, or the last one.
+// Returns the literal text before conversion I, or the text after the last conversion.
 template <Format F, size_t I>
 constexpr std::string_view literalOf() {
     return {F.text + kParsedFormat<F>.begin[I], kParsedFormat<F>.size[I]};
 }
 
-// How an argument is carried to the writer: texts as views, numbers in 64 bits with their sign.
+// The type in which an argument is passed to the writer: texts as views, numbers as 64 bits with their sign.
 inline std::string_view formatArgument(const char *text) {
     return text;
 }
@@ -105,7 +106,7 @@ uint64_t formatArgument(T number) {
     return number;
 }
 
-// The longest a converted argument can be.
+// The maximum length of a converted argument.
 inline size_t longest(std::string_view text) {
     return text.size();
 }
@@ -116,9 +117,9 @@ inline size_t longest(uint64_t) {
     return 20;
 }
 
-// The eight decimal digits of a number below 10^8 as the bytes of a word, the first digit lowest. Each step
-// halves all the groups of digits in the word at once, dividing by a multiplication that is exact in its
-// range.
+// Returns the eight decimal digits of a number below 10^8 as the bytes of a word, the first digit lowest.
+// Each step halves all groups of digits in the word at once. It divides by a multiplication that is exact in
+// its range.
 inline uint64_t eightDigits(uint64_t number) {
     const uint64_t fours = number / 10000 | number % 10000 << 32;
     const uint64_t hundreds = (fours * 10486 >> 20) & 0x0000007f0000007f;
@@ -133,8 +134,8 @@ inline char *writeEightDigits(char *out, uint64_t number) {
     return out + 8;
 }
 
-// A number without branches on its length, which no processor can foresee. Writes up to 8 characters further
-// than it says, but never more than 20 in all.
+// Writes a number without branches on its length, which a processor cannot predict. It can write up to 8
+// characters beyond the end that it returns, but never more than 20 in all.
 inline char *writeDecimal(char *out, uint64_t number) {
     constexpr uint64_t kEight = 100000000;
     if (number >= kEight * kEight) {
@@ -144,14 +145,14 @@ inline char *writeDecimal(char *out, uint64_t number) {
     }
     if (number >= kEight) return writeEightDigits(writeDecimal(out, number / kEight), number % kEight);
     const uint64_t digits = eightDigits(number);
-    // At least the last digit stays.
+    // The last digit is always written.
     const int leadingZeros = std::countr_zero(digits | uint64_t{1} << 56) / 8;
     const uint64_t shown = (digits | 0x3030303030303030) >> (8 * leadingZeros);
     std::memcpy(out, &shown, 8);
     return out + (8 - leadingZeros);
 }
 
-// An empty text may have no address, which copy bears and memcpy does not.
+// The address of an empty text can be null. string_view::copy allows this, memcpy does not.
 inline char *writeText(char *out, std::string_view text) {
     return out + text.copy(out, text.size());
 }

@@ -1,4 +1,4 @@
-// The printers of single values, and what several printers share.
+// The printers of single values, and the functions that several printers share.
 #include "dump/printers.h"
 
 #include "qvs/vsdvs.h"
@@ -49,20 +49,21 @@ AddressText AddressText::ofMac(const RecordView &record, uint64_t offset) {
     return of<"%02x:%02x:%02x:%02x:%02x:%02x">(byte(0), byte(1), byte(2), byte(3), byte(4), byte(5));
 }
 
-// Connection ids and MTUs: one 32-bit number, shown as signed.
+// Prints connection ids and MTUs: one 32-bit number, printed as signed.
 void printNumber(const PrintJob &job) {
     job.print<"\t\t%s = %d , \tpropType = %s\n">(job.key, job.record.at<int32_t>(),
                                                  NetDVSPropTypeStr(job.propType));
 }
 
-// Any value without a printer of its own: as text when it is one printable string, else as bytes.
+// Prints a value whose key has no printer of its own: as text if it is one printable string, otherwise as
+// bytes.
 void printGeneric(const PrintJob &job) {
     if (isPrintableString(job.record)) {
         job.print<"\t\t%s = %s , \tpropType = %s\n">(job.key, job.record.text(0),
                                                      NetDVSPropTypeStr(job.propType));
         return;
     }
-    // The first byte is there even when the length is 0; bytes are padded with a blank, not with a zero.
+    // The first byte is readable even if the length is 0. Bytes are padded with a blank, not with a zero.
     const unsigned char *bytes = job.record.bytes();
     job.print<"\t\t%s = 0x%2x">(job.key, bytes[0]);
     for (uint32_t i = 1; i < job.record.length(); ++i)
@@ -71,7 +72,7 @@ void printGeneric(const PrintJob &job) {
     job.classLine();
 }
 
-// Records whose layout is the business of others: their length, then the text or rows of 16 bytes.
+// Prints records whose layout only other programs know: the length, then the text or rows of 16 bytes.
 void printOpaque(const PrintJob &job) {
     const RecordView &record = job.record;
     job.print<"\t\t%s:\n\t\t\tlength = %u\n">(job.key, record.length());

@@ -1,4 +1,5 @@
-// The printers of the registry, each the picture of its output, and what they share.
+// The printers of the registry, and the functions that they share. The code of a printer shows the layout of
+// its output.
 #pragma once
 
 #include "dump/registry.h"
@@ -10,7 +11,7 @@ void printGeneric(const PrintJob &job);
 void printNumber(const PrintJob &job);
 void printOpaque(const PrintJob &job);
 
-// What the kernel publishes.
+// State that the kernel publishes.
 void printPortStatus(const PrintJob &job);
 void printPassThroughStatus(const PrintJob &job);
 void printPortStatistics(const PrintJob &job);
@@ -47,19 +48,19 @@ void printMacLearningSwitch(const PrintJob &job);
 void printMacManagement(const PrintJob &job);
 void printMulticastAddresses(const PrintJob &job);
 
-// Printable as in the C locale, whatever the locale is.
+// Returns whether a character is printable in the C locale, whatever the current locale is.
 inline bool isPrintable(unsigned char byte) {
     return byte >= 0x20 && byte <= 0x7e;
 }
 
-// True when a record is exactly one printable text with its NUL.
+// Returns whether a record is exactly one printable text with its NUL.
 bool isPrintableString(const RecordView &record);
 
 // " first" or " first-last" for ranges of two 16-bit numbers, of VLANs or MTUs; the last is shown whenever it
 // differs.
 void printRanges(const PrintJob &job, uint64_t offset, uint64_t count);
 
-// An address in a record as a text, so that the line it stands in is one piece: IPv4 with points, IPv6 in
+// The text of an address in a record, so that its line is appended as one piece: IPv4 with points, IPv6 as
 // eight full groups, MAC with colons.
 class AddressText {
   public:
@@ -72,7 +73,7 @@ class AddressText {
     template <Format F, typename... Bytes>
     static AddressText of(Bytes... bytes);
 
-    char text_[64];  // an IPv6 address has 39 characters; writing a number may touch some behind it
+    char text_[64];  // an IPv6 address has 39 characters; writing a number can touch bytes after it
     size_t length_;
 };
 

@@ -17,7 +17,7 @@ const char *typeName(uint32_t type) {
     return type < std::size(kNames) ? kNames[type] : "NOT_SUPPORTED_TYPE";
 }
 
-// " NAME" for each bit that is set, then the end of the line.
+// Prints " NAME" for each bit that is set, then the end of the line.
 template <size_t N>
 void printBits(const PrintJob &job, uint32_t bits, const char *const (&names)[N]) {
     for (size_t i = 0; i < N; ++i) {
@@ -26,7 +26,7 @@ void printBits(const PrintJob &job, uint32_t bits, const char *const (&names)[N]
     job.print<"\n">();
 }
 
-// The value of a destination, whose meaning is that of the session's type.
+// Prints a destination. The type of the session determines the format of the value.
 void printDestination(const PrintJob &job, uint32_t type, uint64_t value) {
     const uint64_t address = value + offsetof(VSDVS_MirrorAddress, address);
     switch (type) {
@@ -55,8 +55,8 @@ void printSource(const PrintJob &job, uint32_t type, uint64_t value) {
     }
 }
 
-// The entities of all sessions, handed out one after the other. No more are printed than the record holds,
-// however many sessions lay claim to them.
+// Iterates over the entities of all sessions. It prints at most as many entities as the record contains, even
+// if the sessions claim more.
 class Entities {
   public:
     Entities(const PrintJob &job, const VSDVS_MirrorHeader &header)

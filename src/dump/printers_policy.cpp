@@ -12,7 +12,7 @@ using namespace std::string_view_literals;
 
 namespace {
 
-// A word for a number that is an index, or the word for none.
+// Returns the word for an index, or the word for an unknown index.
 template <size_t N>
 const char *nameAt(const char *const (&names)[N], uint32_t index, const char *otherwise) {
     return index < N ? names[index] : otherwise;
@@ -27,7 +27,7 @@ const char *lacpMode(uint32_t mode) {
     return nameAt(kModes, mode, "none");
 }
 
-// Some of the uplink names of a teaming record, from one index to another.
+// Prints the uplink names of a teaming record from one index to another.
 void printTeam(const PrintJob &job, uint64_t from, uint64_t to) {
     constexpr uint64_t kNames = offsetof(VSDVS_TeamingPolicy, uplinks);
     constexpr uint64_t kNameSize = sizeof(VSDVS_TeamingPolicy::uplinks[0]);
@@ -181,7 +181,7 @@ void printPortIpfix(const PrintJob &job) {
     const RecordView &record = job.record;
     const auto ipfix = record.at<IPFIXDVS_Port>();
 
-    // Without memory for the identifier nothing of the property is printed.
+    // If memory for the identifier runs out, nothing of the property is printed.
     HeapBytes obsId;
     if (const uint16_t length = ipfix.virtualObsIDLength; length != 0) {
         obsId = allocateZeroed(uint64_t{length} + 1);
@@ -257,7 +257,7 @@ void printSwitchLacp(const PrintJob &job) {
     job.classLine();
 }
 
-// The one printer without a class line besides that of a free port.
+// Only this printer and that of a free port print no class line.
 void printPortLacp(const PrintJob &job) {
     const auto lacp = job.record.at<QVS_PortLacp>();
     const bool enabled = lacp.status == QVS_LACP_ENABLED;

@@ -16,7 +16,7 @@ std::string_view enabled(bool yes) {
     return yes ? "enabled" : "disabled";
 }
 
-// One kind of ranges of a check result.
+// Prints the ranges of one kind of a check result.
 template <Format Label>
 void printRangeLine(const PrintJob &job, uint64_t offset, uint64_t count) {
     job.print<Label>();
@@ -28,7 +28,7 @@ void printRangeLine(const PrintJob &job, uint64_t offset, uint64_t count) {
     }
 }
 
-// Two counts, the ranges of the first kind, the ranges of the second.
+// The record contains two counts, the ranges of the first kind, and the ranges of the second kind.
 template <Format First, Format Second>
 void printCheckResult(const PrintJob &job) {
     const auto head = job.record.at<HealthCheck_Result>();
@@ -73,7 +73,7 @@ void printMacLearning(const PrintJob &job) {
     job.classLine();
 }
 
-// Learning and acceptance of static addresses: on when the text begins with "true".
+// Prints the settings for static addresses: enabled if the text begins with "true".
 void printMacLearningSwitch(const PrintJob &job) {
     job.print<"\t\t%s:\n">(job.key);
     job.print<"\t\t\tenabled = %s\n">(yesNo(job.record.text(0).starts_with("true")));

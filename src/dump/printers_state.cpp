@@ -1,4 +1,4 @@
-// The printers of what the kernel publishes: states, counters, links, overlays, uplinks.
+// The printers of the state that the kernel publishes: states, counters, links, overlays, uplinks.
 #include "dump/printers.h"
 #include "qvs/records.h"
 #include "qvs/vsdvs.h"
@@ -6,7 +6,7 @@
 namespace qvs {
 namespace {
 
-// An uplink list: names of one size behind a 32-bit count.
+// Prints an uplink list: a 32-bit count and names of a fixed size.
 void printUplinkList(const PrintJob &job, size_t nameSize) {
     const RecordView &record = job.record;
     const auto head = record.at<QVS_ListHead>();
@@ -57,7 +57,7 @@ const char *speedText(uint16_t code) {
 
 }  // namespace
 
-// A free port has neither a number nor class words.
+// A free port has neither a number nor a class line.
 void printPortStatus(const PrintJob &job) {
     const auto status = job.record.at<QVS_PortStatus>();
     job.print<"\t\t%s =">(job.key);
@@ -101,7 +101,7 @@ void printPortStatistics(const PrintJob &job) {
     job.classLine();
 }
 
-// The reason is shown for a health that has a colour only.
+// The reason is printed only for a health that has a colour.
 void printHostStatus(const PrintJob &job) {
     constexpr const char *kColours[] = {"green", "yellow", "red"};  // by QVS_HEALTH_...
     const uint32_t health = job.record.at<QVS_HostStatus>().health;
@@ -142,7 +142,7 @@ void printOverlay(const PrintJob &job) {
     job.classLine();
 }
 
-// The first binding follows "=" without a blank, and each has one behind it.
+// There is no blank between "=" and the first binding, and there is a blank after each binding.
 void printPortOverlay(const PrintJob &job) {
     const RecordView &record = job.record;
     const auto head = record.at<QVS_ListHead>();

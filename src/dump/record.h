@@ -1,4 +1,4 @@
-// A stored record as a printer reads it.
+// The view through which printers read a stored record.
 #pragma once
 
 #include <algorithm>
@@ -31,27 +31,28 @@ class RecordView {
         return value;
     }
 
-    // The text in a field: up to a NUL, the end of the field or the end of the record.
+    // Returns the text in a field: up to a NUL, the end of the field, or the end of the record.
     std::string_view text(uint64_t offset, size_t fieldSize = SIZE_MAX) const {
         if (offset >= length_) return "";
         const char *start = reinterpret_cast<const char *>(bytes_ + offset);
         return {start, strnlen(start, std::min(fieldSize, static_cast<size_t>(length_ - offset)))};
     }
 
-    // How many of `count` entries the record holds to their ends, the first of them at an offset. A number
-    // cut short would be another number.
+    // Returns how many of `count` entries are complete in the record; the first one is at an offset. Use it
+    // for numbers, because a truncated number would be a different number.
     uint64_t wholeEntries(uint64_t count, uint64_t offset, uint64_t entrySize) const {
         if (offset >= length_) return 0;
         return std::min(count, (length_ - offset) / entrySize);
     }
 
-    // How many of `count` entries begin inside the record: texts, of which a part says something.
+    // Returns how many of `count` entries start inside the record. Use it for texts, because a part of a text
+    // is still useful.
     uint64_t entries(uint64_t count, uint64_t offset, uint64_t entrySize) const {
         if (offset >= length_) return 0;
         return std::min(count, (length_ - offset + entrySize - 1) / entrySize);
     }
 
-    // The same for entries that share a row, which stays empty when the record holds none of them whole.
+    // Like entries, for entries that share a row. The row is empty if the record contains no complete entry.
     uint64_t entriesOfRow(uint64_t count, uint64_t offset, uint64_t entrySize) const {
         return wholeEntries(count, offset, entrySize) != 0 ? entries(count, offset, entrySize) : 0;
     }

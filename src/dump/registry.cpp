@@ -1,4 +1,4 @@
-// The printer registry and the initialiser that sorts it.
+// The registry of printers and the initialiser that sorts it.
 #include "dump/registry.h"
 
 #include <bit>
@@ -19,7 +19,7 @@ struct NetDVSPrinterEntry {
     NetDVSPrinter printer;
 };
 
-// Writable: it is sorted when the library is loaded and only read from then on.
+// The table is writable because it is sorted when the library is loaded. After that it is only read.
 NetDVSPrinterEntry NetDVSPrinterTable[] = {
     {QVS_KEY_UPLINK_PORTS, printUplinkPorts},
     {QVS_KEY_HOST_STATUS, printHostStatus},
@@ -94,7 +94,7 @@ NetDVSPrinter findPrinter(const char *key) {
     return found != nullptr ? static_cast<const NetDVSPrinterEntry *>(found)->printer : printGeneric;
 }
 
-// Keys differ most at their ends.
+// Keys differ most at their ends, so the slot is computed from the last bytes.
 size_t PrinterCache::slotOf(std::string_view key) {
     constexpr uint64_t kGoldenRatio = 0x9e3779b97f4a7c15;
     uint64_t tail = 0;

@@ -1,4 +1,4 @@
-// The registry of printers: which key is printed how.
+// The registry of printers: the printer for each key.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace qvs {
 
-// One property to be printed.
+// A property to print.
 struct PrintJob {
     std::string_view key;
     RecordView record;
@@ -22,20 +22,21 @@ struct PrintJob {
         NetDVSDumpPrintf<F>(ctx, arguments...);
     }
 
-    // The line that ends nearly every printer's output.
+    // Prints the line that ends the output of nearly every printer.
     void classLine() const { print<"\t\t\tpropType = %s\n">(NetDVSPropTypeStr(propType)); }
 };
 
 using NetDVSPrinter = void (*)(const PrintJob &job);
 
-// The printer of a key, which is that of generic values for most. Valid once SharedObjectInit has run.
+// Returns the printer of a key; for most keys, this is the printer of generic values. Valid after
+// SharedObjectInit has run.
 NetDVSPrinter findPrinter(const char *key);
 
-// The printers of the keys seen last: the ports of a switch come with the same few, and comparing one key
-// costs less than searching the registry.
+// A cache of the printers of recent keys. The ports of a switch have the same few keys, and comparing a key
+// is faster than searching the registry.
 class PrinterCache {
   public:
-    // `key` ends with a NUL like those of findPrinter.
+    // `key` must end with a NUL, as for findPrinter.
     NetDVSPrinter find(std::string_view key);
 
   private:

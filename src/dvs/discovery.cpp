@@ -1,4 +1,4 @@
-// The discovery protocol of a switch and what it does.
+// The discovery protocol of a switch and its operation.
 #include "qvs/discovery.h"
 
 #include "dvs/property.h"
@@ -18,7 +18,7 @@ extern "C" HYP_ReturnStatus Discovery_GetParam(const char *alias, uint8_t *recor
     const HYP_ReturnStatus status = readRecord(place, kDiscovery, record, sizeof(Discovery_Param));
     if (place.status() != HYP_OK || status != HYP_NOT_FOUND) return status;
     if (record == nullptr) return HYP_BAD_PARAM;
-    // Never set: it does nothing, and the protocol stays what the caller had.
+    // When nothing is stored, the operation is DISCOVERY_DOWN, and the protocol of the caller is unchanged.
     record[offsetof(Discovery_Param, operation)] = DISCOVERY_DOWN;
     return HYP_OK;
 }

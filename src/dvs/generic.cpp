@@ -1,4 +1,4 @@
-// The exported property operations by key, for a switch named by its alias or by its identifier.
+// The exported functions for properties by key, for a switch given by its alias or by its identifier.
 #include <algorithm>
 #include <cstring>
 
@@ -8,13 +8,13 @@
 namespace qvs {
 namespace {
 
-// The switch as the generic operations name it: one of the two names is used, the other one ignored.
+// The switch of a generic function: one of the two names is used, the other one is ignored.
 struct SwitchRef {
     const char *alias;
     const char *switchId;
     uint8_t useAlias;
 
-    // False when the name that counts is null or an identifier too long.
+    // Returns false if the name in use is null or an identifier that is too long.
     bool valid() const {
         if (useAlias != 0) return alias != nullptr;
         return switchId != nullptr && strnlen(switchId, sizeof(SwitchIdString)) < sizeof(SwitchIdString);
@@ -37,7 +37,7 @@ HYP_ReturnStatus get(const SwitchRef &ref, const char *portId, const Property &p
         buffer->length = static_cast<int32_t>(value.length());
         return HYP_OK;
     }
-    // Signed: a negative capacity is too small for everything.
+    // The comparison is signed, so that a negative capacity is always too small.
     if (int64_t{buffer->length} < int64_t{value.length()}) return HYP_NO_MEMORY;
     if (buffer->data == nullptr) return HYP_BAD_PARAM;
     const auto capacity = static_cast<uint32_t>(buffer->length);

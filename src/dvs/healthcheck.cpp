@@ -1,4 +1,4 @@
-// Health checks: where they are deployed, their parameters, and the results the kernel leaves on ports.
+// Health checks: their deployments, their parameters, and the results that the kernel stores on ports.
 #include "qvs/healthcheck.h"
 
 #include <cstring>
@@ -12,7 +12,7 @@ constexpr Property kTeamDeploy = propertyOf(QVS_KEY_TEAM_CHECK_DEPLOYMENT);
 constexpr Property kTeamParam = propertyOf(QVS_KEY_TEAM_CHECK_PARAMETER);
 constexpr Property kVlanMtuDeploy = propertyOf(QVS_KEY_VLAN_MTU_CHECK_DEPLOYMENT);
 constexpr Property kVlanMtuParam = propertyOf(QVS_KEY_VLAN_MTU_CHECK_PARAMETER);
-// Written by the kernel alone.
+// Only the kernel writes these properties.
 constexpr Property kVlanResult = propertyOf(QVS_KEY_PORT_VLAN_CHECK_RESULT);
 constexpr Property kMtuResult = propertyOf(QVS_KEY_PORT_MTU_CHECK_RESULT);
 
@@ -25,7 +25,7 @@ HYP_ReturnStatus getFixed(const char *alias, const Property &property, uint8_t *
     return HYP_OK;
 }
 
-// A deployment that is not enabled is no deployment: its key goes.
+// Stores a deployment, or clears it if it is not enabled.
 HYP_ReturnStatus deploy(const char *alias, const Property &property, const uint8_t *record) {
     const Place place = Place::ofAlias(alias);
     if (place.status() != HYP_OK) return place.status();

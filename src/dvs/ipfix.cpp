@@ -11,7 +11,8 @@ namespace {
 constexpr Property kPortIpfix = propertyOf(QVS_KEY_PORT_IPFIX);
 constexpr size_t kObsIdLengthOffset = offsetof(IPFIXDVS_Port, virtualObsIDLength);
 
-// A switch of another class has no sampling; the two operations say so in a status of their own.
+// A switch of another class does not support sampling. Only these two functions report this with a status of
+// its own.
 HYP_ReturnStatus resolvePort(const char *alias, const char *port, Place &place) {
     if (alias == nullptr) return HYP_BAD_PARAM;
     if (place = Place::ofAlias(alias, port); place.status() == HYP_BAD_PARAM) return HYP_NOT_SUPPORTED;

@@ -1,4 +1,4 @@
-// Properties that more than one family reads.
+// Properties that several families read.
 #pragma once
 
 #include "dvs/property.h"

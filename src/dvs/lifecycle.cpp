@@ -1,4 +1,4 @@
-// Creating and destroying switches, adding and removing ports.
+// Creates and destroys switches, adds and removes ports.
 #include <cstdio>
 #include <cstring>
 
@@ -19,7 +19,8 @@ constexpr Property kOpaque = propertyOf(QVS_KEY_OPAQUE);
 constexpr Property kPortset = propertyOf(QVS_KEY_HOST_PORTSET);
 constexpr Property kExternalId = propertyOf(QVS_KEY_PORT_EXTERNAL_ID);
 
-// The argument after the portset name is a number and a newline inside quotes; the kernel's node wants it so.
+// The argument after the portset name must be a number and a newline inside quotes. The node of the kernel
+// requires this form.
 bool formatCreate(ShellCommand &command, const char *portsetName, uint32_t maxPorts) {
     return command.format("/bin/treesh -e set /net/create %s \"%d\n\" %s 2>/dev/null", portsetName,
                           static_cast<int>(maxPorts), "vswitch");
@@ -30,7 +31,8 @@ bool formatDestroy(ShellCommand &command, const char *portsetName) {
            command.format("/bin/treesh -e set /net/portsets/%s/destroy destroy 2> /dev/null", portsetName);
 }
 
-// The first 15 characters of the alias as 16 hex bytes, in two halves: "73 77 31 00 00 00 00 00-00 ...".
+// Formats the first 15 characters of the alias as 16 hexadecimal bytes in two halves: "73 77 31 00 00 00 00
+// 00-00 ...".
 void generateSwitchId(const char *alias, SwitchId &id) {
     constexpr char kDigits[] = "0123456789abcdef";
     char bytes[16] = {};
@@ -56,7 +58,7 @@ struct NewSwitch {
     uint32_t numPorts;
 };
 
-// What is longer is cut where the switch is looked up, and could never be addressed again.
+// Lookups truncate longer names, so that a switch with such a name could not be addressed.
 bool hasFittingNames(const NewSwitch &sw) {
     return strnlen(sw.switchId, sizeof(SwitchIdString)) < sizeof(SwitchIdString) &&
            strnlen(sw.portsetName, sizeof(SwitchAliasName)) < sizeof(SwitchAliasName);
@@ -86,7 +88,8 @@ HYP_ReturnStatus addFirstPorts(const NewSwitch &sw) {
     return HYP_OK;
 }
 
-// Each of the next three undoes its own steps when a later one fails; the first failure is what counts.
+// Each of the next three functions undoes its own steps if a later step fails. The status is that of the
+// first failure.
 HYP_ReturnStatus associateAndFill(const NewSwitch &sw) {
     if (const HYP_ReturnStatus status = DVSHYP_SwitchAssociate(sw.switchId); status != HYP_OK) return status;
     const HYP_ReturnStatus status = addFirstPorts(sw);
@@ -105,7 +108,8 @@ HYP_ReturnStatus addSwitch(const NewSwitch &sw) {
 
 HYP_ReturnStatus createSwitch(const NewSwitch &sw) {
     if (!hasFittingNames(sw)) return HYP_BAD_PARAM;
-    // Both lines are made before anything runs: a portset that could not be destroyed is not created either.
+    // Both command lines are formatted before anything runs, so that no portset is created that cannot be
+    // destroyed.
     ShellCommand create;
     ShellCommand destroy;
     if (!formatDestroy(destroy, sw.portsetName) || !formatCreate(create, sw.portsetName, sw.maxPorts)) {

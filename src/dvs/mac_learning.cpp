@@ -1,4 +1,4 @@
-// MAC learning: the host's settings for a switch, a port's own, and three switches of the host.
+// MAC learning: the settings of the host for a switch, the settings of a port, and three flags of the host.
 #include <cstring>
 
 #include "dvs/keys.h"
@@ -16,14 +16,15 @@ constexpr Property kStaticAllow = propertyOf(QVS_KEY_STATIC_MAC_ALLOW);
 
 constexpr VSDVS_PortMACLearning kPortDefault = {0, 0, 4096, 0};
 
-// The three low bytes; the fourth one of the record is nobody's here.
+// Returns the three low bytes. The fourth byte of the record is not interpreted.
 uint32_t agingTimeOf(const VSDVS_MACLearning &record) {
     uint32_t seconds = 0;
     std::memcpy(&seconds, record.agingTime, sizeof record.agingTime);
     return seconds;
 }
 
-// A key that was never set is cleared already; one that cannot be read is not touched.
+// Clears a property that can be read. Returns HYP_OK if it is not stored. Does not clear a property that
+// cannot be read.
 HYP_ReturnStatus clearIfReadable(const char *alias, const Property &property) {
     const Place place = Place::ofAlias(alias);
     if (place.status() != HYP_OK) return place.status();
@@ -34,7 +35,7 @@ HYP_ReturnStatus clearIfReadable(const char *alias, const Property &property) {
     return status == HYP_OK ? clearProperty(place, property) : status;
 }
 
-// "true" in its first four characters is on, anything else and nothing at all is off.
+// Reads a flag: 1 if the stored text begins with "true", 0 for any other text and if nothing is stored.
 HYP_ReturnStatus getSwitch(const char *alias, const Property &property, uint8_t *enabled) {
     const Place place = Place::ofAlias(alias);
     if (place.status() != HYP_OK) return place.status();
@@ -50,7 +51,8 @@ HYP_ReturnStatus setSwitch(const char *alias, const Property &property, uint8_t 
     return setText(Place::ofAlias(alias), property, enable != 0 ? "true" : "false");
 }
 
-// Whether the port may change its MAC address: only where its security record is there and does not deny it.
+// Returns whether the port may change its MAC address: only if its security record is stored and does not
+// deny it.
 bool mayChangeMac(const Place &place) {
     uint32_t mask = 0;
     return readRecord(place, kPortSecurity, &mask, sizeof mask) == HYP_OK &&

@@ -1,4 +1,4 @@
-// Mirror sessions of a port, or of the host's uplinks.
+// The mirror sessions of a port, or of the uplinks of the host.
 #include <cstring>
 
 #include "core/heap.h"
@@ -12,7 +12,7 @@ namespace {
 constexpr Property kPortSessions = propertyOf(QVS_KEY_PORT_MIRROR_SESSIONS);
 constexpr Property kUplinkSessions = propertyOf(QVS_KEY_UPLINK_MIRROR_SESSIONS);
 
-// No port, or an empty one, means the host's uplinks.
+// A null or empty port selects the uplinks of the host.
 const Property &sessionsOf(const char *port) {
     return port == nullptr || port[0] == '\0' ? kUplinkSessions : kPortSessions;
 }
@@ -33,14 +33,14 @@ HYP_ReturnStatus storeList(const Place &place, MirrorList list) {
 
 bool anyStored(MirrorList stored, MirrorList added) {
     for (uint32_t i = 0; i < added.header().sessionCount; ++i) {
-        // Not a NUL-terminated text when all 32 bytes are used; the comparison is bounded by them.
+        // An identifier of 32 bytes has no NUL, so the comparison is limited to 32 bytes.
         if (stored.find(added.session(i).sessionId) != nullptr) return true;
     }
     return false;
 }
 
-// Stored sessions, added sessions, stored entities, added entities; the added groups move behind the stored
-// ones.
+// Joins two lists: stored sessions, added sessions, stored entities, added entities. The indexes of the added
+// groups are increased by the number of stored entities.
 HeapBytes join(MirrorList stored, MirrorList added) {
     const VSDVS_MirrorHeader &old = stored.header();
     const VSDVS_MirrorHeader &more = added.header();
@@ -65,7 +65,8 @@ HeapBytes join(MirrorList stored, MirrorList added) {
     return buffer;
 }
 
-// Takes one session and its group of entities out of a list, in place. False when the group is not inside it.
+// Removes one session and its group of entities from a list, in place. Returns false if the list does not
+// contain the whole group.
 bool erase(MirrorList list, VSDVS_MirrorSession &session) {
     VSDVS_MirrorHeader &header = list.header();
     if (MirrorList::groupEnd(session) > header.entityCount) return false;
@@ -77,8 +78,8 @@ bool erase(MirrorList list, VSDVS_MirrorSession &session) {
     for (VSDVS_MirrorSession *later = &session + 1; later != end; ++later)
         later->firstEntity -= removed;
 
-    // The later sessions and the entities before the group move down as one block, then what follows the
-    // group.
+    // The later sessions and the entities before the group move down as one block, then the entities after
+    // the group.
     const VSDVS_MirrorEntity *group = list.entity(first);
     const VSDVS_MirrorEntity *follow = list.entity(uint64_t{first} + removed);
     const auto *from = reinterpret_cast<const uint8_t *>(&session + 1);

@@ -8,8 +8,8 @@
 
 namespace qvs {
 
-// A view of a list in memory that somebody else owns. Numbers in a stored or handed-in list are nobody's
-// promise: everything is computed in 64 bits and checked before it is used.
+// A view of a list in memory that it does not own. The numbers in a stored list, or in a list of the caller,
+// are not trusted: all sizes are computed in 64 bits and checked before use.
 class MirrorList {
   public:
     using Header = VSDVS_MirrorHeader;
@@ -30,14 +30,14 @@ class MirrorList {
 
     uint64_t size() { return sizeFor(header().sessionCount, header().entityCount); }
 
-    // How many entities belong to a session, and where its group ends.
+    // The number of entities of a session, and the end of its group.
     static uint64_t groupSize(const Session &session) {
         return uint64_t{session.dstEntities} + session.srcInEntities + session.srcOutEntities;
     }
     static uint64_t groupEnd(const Session &session) { return session.firstEntity + groupSize(session); }
 
-    // The rules a caller's list must meet before it is stored: every group inside the entity array, and no
-    // entity in the count that belongs to nobody.
+    // Returns whether a list of the caller may be stored: every group lies inside the entity array, and every
+    // counted entity belongs to a session.
     bool consistent() {
         if (size() > UINT32_MAX) return false;
         uint64_t entities = 0;
@@ -48,7 +48,8 @@ class MirrorList {
         return entities == header().entityCount;
     }
 
-    // The first session with this identifier, compared over at most its 32 bytes; null when there is none.
+    // Returns the first session with this identifier, or null. At most 32 bytes of the identifier are
+    // compared.
     Session *find(const char *sessionId) {
         for (uint32_t i = 0; i < header().sessionCount; ++i) {
             if (std::strncmp(session(i).sessionId, sessionId, sizeof session(i).sessionId) == 0) {

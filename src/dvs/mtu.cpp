@@ -1,4 +1,4 @@
-// The MTU of a switch: in the kernel's portset, on each of its NICs, and in two properties, kept in step.
+// The MTU of a switch: in the portset of the kernel, on each of its NICs, and in two properties.
 #include <cstdio>
 #include <cstring>
 
@@ -13,7 +13,7 @@ namespace {
 constexpr Property kMtu = propertyOf(QVS_KEY_MTU);
 constexpr Property kEtherswitchMtu = propertyOf(QVS_KEY_ETHERSWITCH_MTU);
 
-// The output of a command being read.
+// The output of a running command.
 class Pipe {
   public:
     explicit Pipe(const ShellCommand &command) : stream_(popen(command.line(), "r")) {}
@@ -31,7 +31,8 @@ class Pipe {
     FILE *stream_;
 };
 
-// The last number among the pieces between ":", CR and LF counts; pieces that are none are passed over.
+// Parses the output. The pieces are separated by ":", CR and LF. The last piece that is a number counts;
+// other pieces are ignored.
 HYP_ReturnStatus parseMtu(char *output, int &mtu) {
     HYP_ReturnStatus status = HYP_FAILURE;
     char *rest = nullptr;
@@ -61,8 +62,9 @@ HYP_ReturnStatus setPortsetMtu(const char *portsetName, int mtu) {
     return command.run() ? HYP_OK : HYP_FAILURE;
 }
 
-// An entry of the listing stands in a node path, "/" and all, however many of them; nothing else in it may be
-// interpreted. It may be empty: a line of just the buffer's size leaves its end for the next read.
+// Returns whether an entry of the listing is safe in a command line. It is part of a node path and may
+// contain any number of "/"; the shell must not interpret any other character. It may be empty, because the
+// end of a line as long as the buffer arrives with the next read.
 bool isPlainEntry(std::string_view entry) {
     for (;;) {
         const size_t slash = entry.find('/');
@@ -73,7 +75,7 @@ bool isPlainEntry(std::string_view entry) {
     }
 }
 
-// The NICs of a portset whose MTU has been set, in order, so that it can be put back.
+// The NICs whose MTU has been changed, in order, so that the change can be undone.
 class ChangedUplinks {
   public:
     static constexpr size_t kMost = 32;
@@ -94,7 +96,7 @@ class ChangedUplinks {
         return HYP_OK;
     }
 
-    // Last first; what comes of it is ignored.
+    // Restores the MTU in reverse order. Failures are ignored.
     void putBack(int mtu) {
         while (count_ > 0) {
             ShellCommand command;
@@ -105,7 +107,7 @@ class ChangedUplinks {
     }
 
   private:
-    // No "/" before mtu: the entry ends in one.
+    // The format has no "/" before mtu, because the entry ends with one.
     static bool setOne(const char *entry, int mtu) {
         ShellCommand command;
         return isPlainEntry(entry) && command.format("treesh -e set /net/pNics/%smtu %d", entry, mtu) &&
@@ -122,7 +124,7 @@ HYP_ReturnStatus storeMtu(const Place &place, uint32_t mtu) {
     return status;
 }
 
-// Portset, then properties; the portset is put back when the properties cannot be stored.
+// Sets the MTU of the portset, then the properties. Restores the portset if the properties cannot be stored.
 HYP_ReturnStatus setSwitchMtu(const Place &place, const char *portsetName, uint32_t mtu, int oldMtu) {
     HYP_ReturnStatus status = setPortsetMtu(portsetName, static_cast<int>(mtu));
     if (status != HYP_OK) return status;

@@ -1,4 +1,5 @@
-// Multicast: the filter mode of a switch, its receive-filter instruction type, and the legacy address lists.
+// Multicast: the filter mode of a switch, the instruction type of its receive filter, and the legacy address
+// lists.
 #include <cstring>
 #include <string_view>
 
@@ -16,7 +17,7 @@ constexpr Property kRcfType = propertyOf(QVS_KEY_RCF_TYPE);
 constexpr Property kAddresses = propertyOf(QVS_KEY_MULTICAST_ADDRESSES);
 constexpr Property kPortAddresses = propertyOf(QVS_KEY_PORT_MULTICAST_OVERRIDE);
 
-// The texts of a setting, by its number.
+// The texts of a setting. The index is its number.
 using Names = const char *const[2];
 constexpr Names kModes = {"legacyFiltering", "snooping"};
 constexpr Names kTypes = {"cbpf", "ebpf"};
@@ -37,7 +38,7 @@ bool numberOf(const Names &names, std::string_view text, uint32_t &number) {
     return false;
 }
 
-// All three list operations answer a bad parameter for a switch or port that they do not find.
+// All three list functions return HYP_BAD_PARAM for a switch or port that does not exist.
 Place known(const Place &place) {
     return place.status() == HYP_OK ? place : Place::ofSwitchId(nullptr);
 }
@@ -86,7 +87,7 @@ extern "C" HYP_ReturnStatus VSDVS_GetMcastFilterMode(const char *alias, uint32_t
     }
     if (status != HYP_NOT_FOUND) return status;
 
-    // Never set: the running switch knows.
+    // When nothing is stored, the kernel returns the mode of the running switch.
     PortsetName portset;
     if (const HYP_ReturnStatus resolved = portset.resolve(alias); resolved != HYP_OK) return resolved;
     return VSHYP_GetMcastFilterMode(portset.text, mode);
@@ -99,7 +100,7 @@ extern "C" HYP_ReturnStatus VSDVS_SetMcastFilterMode(const char *alias, uint32_t
     const HYP_ReturnStatus status = getProperty(place, kVersion, version);
     if (status != HYP_OK) return status;
     if (version.length() < sizeof(uint32_t)) return HYP_FAILURE;
-    // The mode of newer switches is not set here.
+    // The mode of newer switches cannot be set with this function.
     if (version.at<uint32_t>(0) > kLastSettableVersion) return HYP_NOT_SUPPORTED;
     return setText(place, kFilterMode, kModes[mode]);
 }
@@ -109,7 +110,7 @@ extern "C" HYP_ReturnStatus VSDVS_GetRCFType(const char *alias, uint32_t *type) 
     const Place place = Place::ofAlias(alias);
     if (place.status() != HYP_OK) return place.status();
     if (type == nullptr) return HYP_BAD_PARAM;
-    // A type that cannot be read, or that nobody knows, is type 0.
+    // A type that cannot be read or is unknown reads as 0.
     MeshValue value;
     if (getProperty(place, kRcfType, value) == HYP_OK)
         static_cast<void>(numberOf(kTypes, value.text(), *type));

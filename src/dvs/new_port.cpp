@@ -1,4 +1,4 @@
-// The initial properties of a port, gathered in a container and handed to the kernel in one piece.
+// The initial properties of a port, collected in a container and passed to the kernel in one request.
 #include "dvs/new_port.h"
 
 #include <cstdlib>

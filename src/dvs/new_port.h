@@ -1,4 +1,4 @@
-// Making a port with its first properties, and removing one.
+// Adds a port with its initial properties, and removes a port.
 #pragma once
 
 #include "dvs/property.h"

@@ -1,4 +1,4 @@
-// Reading, storing and clearing one property in any scope.
+// Reads, stores and clears one property in any scope.
 #include "dvs/property.h"
 
 #include <cstring>
@@ -6,7 +6,7 @@
 namespace qvs {
 namespace {
 
-// What is wrong with the pair, before the state library is asked.
+// Checks the pair of place and property before the state library is called.
 HYP_ReturnStatus check(const Place &place, const Property &property) {
     if (place.status() != HYP_OK) return place.status();
     if (property.key == nullptr) return HYP_BAD_PARAM;

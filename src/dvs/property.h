@@ -1,5 +1,5 @@
-// The property access frame: a property described once, the place where it is stored, and the few things one
-// does with it. Every typed operation is written in these words and reads as its own description.
+// Access to properties: the description of a property, the place where it is stored, and the functions that
+// read, store and clear it. Every typed function is written in these terms.
 #pragma once
 
 #include <string_view>
@@ -12,17 +12,17 @@ namespace qvs {
 
 enum class Scope : uint8_t { Global = QVS_SCOPE_GLOBAL, Host = QVS_SCOPE_HOST, Port = QVS_SCOPE_PORT };
 
-// One key: where its values live and the class bits they are stored with.
+// A key with its scope and the class bits of its values.
 struct Property {
     const char *key;
     Scope scope;
     uint32_t propType;
 };
 
-// Never defined: a call of it in a constant is the compiler's error.
+// Not defined. A call in a constant expression is a compile-time error.
 Property keyIsNotInTheTable();
 
-// The row of <qvs/keys.h> with this key. A key that is not there does not compile.
+// Returns the row of <qvs/keys.h> with this key. An unknown key is a compile-time error.
 consteval Property propertyOf(std::string_view key) {
 #define QVS_PROPERTY(key, scope, propType) {key, static_cast<Scope>(scope), propType},
     constexpr Property kTable[] = {QVS_KEYS(QVS_PROPERTY)};
@@ -32,11 +32,11 @@ consteval Property propertyOf(std::string_view key) {
     return keyIsNotInTheTable();
 }
 
-// A switch, or a port of it. A place that could not be resolved carries the status why, and whatever is done
-// with it answers that status; so an operation resolves, acts and returns.
+// A switch, or a port of a switch. If a place cannot be resolved, it contains the status of the failure, and
+// every access to it returns that status. A function therefore resolves a place, acts on it, and returns.
 class Place {
   public:
-    // The switch that has this alias.
+    // Resolves the switch with this alias.
     static Place ofAlias(const char *alias, const char *portId = nullptr) {
         Place place;
         place.portId_ = portId;
@@ -44,10 +44,10 @@ class Place {
         return place;
     }
 
-    // The same for a port that must be in the snapshot: HYP_NOT_FOUND when it is not.
+    // Resolves a port that the snapshot must contain; the status is HYP_NOT_FOUND otherwise.
     static Place ofExistingPort(const char *alias, const char *portId);
 
-    // A switch identifier exactly as given, borrowed; it is not looked up.
+    // Uses a switch identifier as given. It is borrowed and not looked up.
     static Place ofSwitchId(const char *switchId, const char *portId = nullptr);
 
     [[nodiscard]] HYP_ReturnStatus status() const { return status_; }

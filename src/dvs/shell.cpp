@@ -27,7 +27,7 @@ bool ShellCommand::format(const char *format, ...) {
     return length >= 0 && static_cast<size_t>(length) < sizeof line_;
 }
 
-// -1 (no child at all) is a failure like any other.
+// -1 (no child process) is a failure, too.
 bool ShellCommand::run() const {
     return std::system(line_) == 0;
 }

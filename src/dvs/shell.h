@@ -6,17 +6,17 @@
 
 namespace qvs {
 
-// True when a portset name can stand in a command line and in a node path and mean itself: no character that
-// the shell or the path would interpret, not empty, not "." or "..". Bytes above 0x7f are fine.
+// Returns whether a portset name is safe in a command line and in a node path: it contains no character that
+// the shell or the path would interpret, and it is not empty, "." or "..". Bytes above 0x7f are allowed.
 bool isPlainNodeName(std::string_view name);
 
-// One command line, in the 256 bytes it is given.
+// One command line of at most 255 characters.
 class ShellCommand {
   public:
-    // Formats the line; false when it does not fit, and the command must not be run then.
+    // Formats the line. Returns false if it does not fit; the command must then not be run.
     __attribute__((format(printf, 2, 3))) bool format(const char *format, ...);
 
-    // Runs the line through the shell and waits: true when the result is 0.
+    // Runs the line with the shell and waits for it. Returns whether the result is 0.
     bool run() const;
 
     const char *line() const { return line_; }

@@ -1,4 +1,4 @@
-// How a switch, or one of its ports, spreads traffic over the uplinks.
+// The teaming policies of a switch and of its ports, which distribute the traffic over the uplinks.
 #include <algorithm>
 #include <cstring>
 #include <string_view>
@@ -19,8 +19,8 @@ constexpr Property kTxUplink = propertyOf(QVS_KEY_PORT_TX_UPLINK);
 constexpr uint32_t kLeastPortPolicySize = 8;
 constexpr std::string_view kAlways = "always";
 
-// The name a port has under a key, in a buffer of a fixed size that starts as zeros and is the empty name
-// after a failure. What is stored may fill the buffer, NUL or not.
+// Reads the name that is stored for a port under a key into a buffer of a fixed size. The buffer is cleared
+// first and is the empty name on failure. The stored name may fill the buffer, with or without a NUL.
 HYP_ReturnStatus readName(const char *alias, const char *port, const Property &property, char *name,
                           uint32_t size) {
     if (name == nullptr) return HYP_BAD_PARAM;
@@ -71,7 +71,7 @@ extern "C" HYP_ReturnStatus VSDVS_GetPortTeamingPolicy(const char *alias, const 
     if (status != HYP_OK) return status;
     if (value.length() < kLeastPortPolicySize) return HYP_FAILURE;
     if (policy == nullptr) return HYP_BAD_PARAM;
-    // As many bytes as are stored, but never more than a policy has.
+    // Copies the stored bytes, but at most the size of a policy.
     std::memcpy(policy, value.data(), std::min<size_t>(value.length(), sizeof(VSDVS_TeamingPolicy)));
     return HYP_OK;
 }

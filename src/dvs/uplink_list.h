@@ -9,7 +9,7 @@
 
 namespace qvs {
 
-// A view of one list in memory that somebody else owns and whose size has been checked.
+// A view of one list in memory that it does not own. The size of the memory has been checked.
 template <typename Entry>
 class UplinkList {
   public:
@@ -17,7 +17,7 @@ class UplinkList {
 
     explicit UplinkList(void *bytes) : bytes_(static_cast<char *>(bytes)) {}
 
-    // True when a stored value is exactly as long as its count says.
+    // Returns whether the size of a stored value matches its count.
     static bool wellFormed(const MeshValue &value) {
         return value.length() >= sizeof(QVS_ListHead) &&
                value.length() == sizeFor(value.at<QVS_ListHead>().count);
@@ -29,7 +29,7 @@ class UplinkList {
 
     Entry &entry(uint32_t index) { return *reinterpret_cast<Entry *>(bytes_ + sizeFor(index)); }
 
-    // The text of an entry, which need not be terminated when it is full.
+    // Returns the text of an entry. A full entry has no NUL.
     std::string_view text(uint32_t index) { return textOf(&entry(index), sizeof(Entry)); }
 
     void setCount(uint32_t count) { head().count = count; }

@@ -1,5 +1,5 @@
-// The uplinks of a switch: the list of their names, the list of the ports that carry them here, and the
-// ports.
+// The uplinks of a switch: the list of their names, the list of the ports that carry them on this host, and
+// the ports.
 #include <cstdio>
 #include <cstring>
 
@@ -25,10 +25,10 @@ struct StoredLists {
     MeshValue names;
     MeshValue ports;
     bool resolved = false;  // the kernel knows the alias
-    bool absent = false;    // one of the two keys was never set
+    bool absent = false;    // one of the two lists is not stored
 };
 
-// The text of a host entry as a port identifier, terminated.
+// A host entry as a NUL-terminated port identifier.
 struct PortId {
     char text[sizeof(VSDVS_UplinkPort) + 1];
     PortId(UplinkPorts &ports, uint32_t index) { copyText(text, ports.text(index)); }
@@ -42,7 +42,8 @@ HYP_ReturnStatus readList(const Place &place, const Property &property, MeshValu
     return List::wellFormed(value) ? HYP_OK : HYP_FAILURE;
 }
 
-// An uplink name and the alias of a port are equal when name and NUL are the whole value.
+// Returns whether an uplink name equals the alias of a port, that is, whether the value is exactly the name
+// and a NUL.
 bool isAlias(std::string_view name, const MeshValue &alias) {
     return alias.length() == name.size() + 1 && std::memcmp(alias.data(), name.data(), name.size()) == 0 &&
            alias.data()[name.size()] == 0;
@@ -62,8 +63,8 @@ bool findPort(UplinkPorts ports, const char *portId, uint32_t &index) {
     return false;
 }
 
-// Puts the names in the order of the ports, by the ports' aliases. Memory that runs out leaves no lists at
-// all, which counts as success.
+// Sorts the names in the order of the ports, by the aliases of the ports. If memory runs out, both lists are
+// released; this counts as success.
 HYP_ReturnStatus sortNames(const char *switchId, StoredLists &lists) {
     UplinkNames names(lists.names.data());
     UplinkPorts ports(lists.ports.data());
@@ -89,7 +90,7 @@ HYP_ReturnStatus sortNames(const char *switchId, StoredLists &lists) {
     return HYP_OK;
 }
 
-// Reads and sorts both lists. The kernel, not the snapshot, says which switch has the alias.
+// Reads and sorts both lists. The kernel resolves the alias, not the snapshot.
 HYP_ReturnStatus readLists(const char *alias, StoredLists &lists) {
     SwitchId id;
     HYP_ReturnStatus status = VSHYP_DVSAliasToSwitchId(alias, id.text);
@@ -128,7 +129,7 @@ HYP_ReturnStatus storeList(const Place &place, const Property &property, const L
     return setProperty(place, property, list.data(), list.size());
 }
 
-// The whole of setting both lists, undone when a step fails.
+// Stores both lists and creates the ports. Undoes all steps if one fails.
 HYP_ReturnStatus setLists(const Place &place, UplinkNames names, UplinkPorts ports) {
     uint32_t created = 0;
     HYP_ReturnStatus status = createPorts(place.switchId(), ports, created);
@@ -141,7 +142,7 @@ HYP_ReturnStatus setLists(const Place &place, UplinkNames names, UplinkPorts por
     return status;
 }
 
-// Copies of both lists with room for one more uplink, and that uplink in it.
+// Copies of both lists with one more uplink.
 struct LongerLists {
     HeapBytes names;
     HeapBytes ports;
@@ -165,7 +166,7 @@ struct LongerLists {
     }
 };
 
-// Stores the lists with one uplink more, and puts back what was there when that fails half way.
+// Stores the extended lists. If a step fails, restores the old ones.
 HYP_ReturnStatus storeLonger(const Place &place, const StoredLists &old, LongerLists &longer) {
     HYP_ReturnStatus status = storeList(place, kNames, UplinkNames(longer.names.get()));
     if (status != HYP_OK) return status;
@@ -209,7 +210,7 @@ extern "C" HYP_ReturnStatus VSDVS_SetSwitchUplinkPorts(const char *alias, const 
     if (place.status() != HYP_OK) return place.status();
     if (globalList == nullptr || hostList == nullptr) return HYP_BAD_PARAM;
 
-    // The views only read here.
+    // The views are only used for reading here.
     const UplinkNames names(const_cast<void *>(globalList));
     const UplinkPorts ports(const_cast<void *>(hostList));
     if (UplinkNames::sizeFor(names.count()) > UINT32_MAX ||
@@ -254,7 +255,7 @@ extern "C" HYP_ReturnStatus VSDVS_AddSwitchUplinkPort(const char *alias, const c
 
     LongerLists longer;
     if (status = longer.build(old, uplinkName); status != HYP_OK) return status;
-    // The port has the whole name, however much of it the lists can hold.
+    // The identifier of the port is the whole name, even if the lists truncate it.
     const Place port = Place::ofSwitchId(place.switchId(), uplinkName);
     if (status = addPort(port, kConnectId, PortKind::Uplink); status != HYP_OK) return status;
     status = storeLonger(place, old, longer);
@@ -273,7 +274,7 @@ extern "C" HYP_ReturnStatus VSDVS_RemoveSwitchUplinkPort(const char *alias, cons
     MeshValue portAlias;
     if (status = getProperty(port, kPortAlias, portAlias); status != HYP_OK) return status;
 
-    // An uplink that is not in the lists is removed already.
+    // An uplink that the lists do not contain is already removed.
     UplinkNames names(lists.names.data());
     UplinkPorts ports(lists.ports.data());
     uint32_t nameIndex = 0;
@@ -291,7 +292,7 @@ extern "C" HYP_ReturnStatus VSDVS_RemoveSwitchUplinkPort(const char *alias, cons
 extern "C" HYP_ReturnStatus VSDVS_ClearSwitchUplinkPorts(const char *alias) {
     const Place place = Place::ofAlias(alias);
     if (place.status() != HYP_OK) return place.status();
-    // Whatever comes of the two clears is ignored; the ports stay.
+    // The results of both clears are ignored. The ports remain.
     static_cast<void>(clearProperty(place, kPorts));
     static_cast<void>(clearProperty(place, kNames));
     return HYP_OK;

@@ -1,4 +1,5 @@
-// VLAN settings: the private-VLAN map of a switch, a port's VLAN policy with its priority, nested tagging.
+// VLAN settings: the private-VLAN map of a switch, the VLAN policy and priority of a port, and nested
+// tagging.
 #include <cstring>
 
 #include "core/heap.h"
@@ -24,7 +25,7 @@ bool isVlanRecord(const MeshValue &value) {
            value.length() == vlanRecordSize(value.at<uint16_t>(offsetof(VSDVS_PortVLAN, rangeCount)));
 }
 
-// Removes the priority if there is one. Where it cannot be read there is nothing to remove.
+// Clears the priority if one is stored. A priority that cannot be read is not cleared.
 HYP_ReturnStatus removePriority(const Place &place) {
     MeshValue priority;
     if (getProperty(place, kPriority, priority) != HYP_OK) return HYP_OK;
@@ -43,7 +44,7 @@ extern "C" HYP_ReturnStatus VSDVS_GetPrivateVLANMap(const char *alias, void **ma
     if (status != HYP_OK) return status;
     if (value.length() % sizeof(VSDVS_PrivateVLAN) != 0) return HYP_FAILURE;
     if (map == nullptr || count == nullptr) return HYP_BAD_PARAM;
-    // Divided as a signed number: a length of 2^31 or more is what the state library made up.
+    // The length is divided as a signed number. A length of 2^31 or more cannot be valid.
     *count = static_cast<uint32_t>(static_cast<int32_t>(value.length()) / int32_t{sizeof(VSDVS_PrivateVLAN)});
     *map = value.release();
     return HYP_OK;
@@ -69,7 +70,7 @@ extern "C" HYP_ReturnStatus VSDVS_GetPortVLANPolicy(const char *alias, const cha
     if (policy == nullptr || priority == nullptr) return HYP_BAD_PARAM;
 
     *policy = record.release();
-    // A priority that is absent, malformed or unreadable is priority 0; the flag in the record is not asked.
+    // A priority that is absent, malformed or unreadable reads as 0. The flag in the record is not used.
     *priority = 0;
     static_cast<void>(readRecord(place, kPriority, priority, sizeof *priority));
     return HYP_OK;
@@ -108,7 +109,7 @@ extern "C" HYP_ReturnStatus VSDVS_SetPortVLANPolicy(const char *alias, const cha
 extern "C" HYP_ReturnStatus VSDVS_ClearPortVLANPolicy(const char *alias, const char *port) {
     const Place place = Place::ofAlias(alias, port);
     if (place.status() != HYP_OK) return place.status();
-    // The record is not removed: a port without any policy has an empty one.
+    // The record is not cleared: a port without a policy has an empty record.
     const HeapBytes empty = allocateZeroed(sizeof(VSDVS_PortVLAN));
     if (empty == nullptr) return HYP_NO_MEMORY;
     const HYP_ReturnStatus status = setProperty(place, kVlan, empty.get(), sizeof(VSDVS_PortVLAN));

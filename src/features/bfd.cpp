@@ -11,13 +11,13 @@ namespace {
 
 enum class BfdCommand : uint32_t { GetSessions = 2, GetLogLevel = 3, SetLogLevel = 4, GetStats = 5 };
 
-// The family answers ioctl's own result, 0 or more for success.
+// This family uses the result of ioctl: 0 or more means success.
 int bfdRequest(BfdCommand command, Area in, Area out) {
     PackedFrame frame(in, out);
     return rawRequest("/crate/devices/char/hypdriver/tarn_bfd", static_cast<uint32_t>(command), &frame);
 }
 
-// An area of the kernel's, or null.
+// Returns an area that the kernel fills, or null.
 void *fetchArea(BfdCommand command, Area in, uint32_t size) {
     HeapBytes area = allocateZeroed(size);
     if (area == nullptr || bfdRequest(command, in, Area{area.get(), size}) < 0) return nullptr;

@@ -1,4 +1,4 @@
-// IPFIX statistics of a switch and of a port.
+// The IPFIX statistics of a switch and of a port.
 #include "core/identity.h"
 #include "core/request.h"
 #include "core/text.h"
@@ -10,7 +10,7 @@ namespace {
 enum class IpfixCommand : uint32_t { GetSwitchStats = 4097, GetPortStats = 4098 };
 
 struct IpfixRequest {
-    char switchName[128] = {};  // the portset name, or the identifier where a port is named
+    char switchName[128] = {};  // portset name, or identifier if a port is given
     char portId[48] = {};
 };
 static_assert(sizeof(IpfixRequest) == 176);

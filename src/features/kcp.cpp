@@ -7,7 +7,7 @@
 namespace qvs {
 namespace {
 
-// One area that the kernel fills.
+// Fills one area with a request.
 struct KcpFrame {
     uint32_t reserved;  // zero
     uint32_t length;
@@ -17,7 +17,7 @@ struct KcpFrame {
 };
 static_assert(sizeof(KcpFrame) == 16 && offsetof(KcpFrame, address) == 8);
 
-// The family answers ioctl's own result, 0 or more for success.
+// This family uses the result of ioctl: 0 or more means success.
 HYP_ReturnStatus kcpRequest(uint32_t command, Area area) {
     KcpFrame frame(area);
     const int result = rawRequest("/crate/devices/char/hypdriver/kcp", command, &frame);
@@ -26,7 +26,8 @@ HYP_ReturnStatus kcpRequest(uint32_t command, Area area) {
 
 constexpr uint32_t kStatusCommand = 20;
 
-// A list, or null: for any failure, and also for an empty list. The fetch command follows the count command.
+// Returns a list, or null after any failure and for an empty list. The number of the fetch command is that of
+// the count command plus 1.
 void *fetchKcpList(uint32_t countCommand, uint32_t entrySize, uint32_t headerSize = sizeof(uint32_t)) {
     const ListShape shape = {
         .entrySize = entrySize,
@@ -74,7 +75,7 @@ extern "C" void *KCP_GetPSPropList(void) {
     return fetchKcpList(18, KCP_PSPROP_SIZE);
 }
 
-// The one list with a second header word.
+// The header of this list has a second word.
 extern "C" void *KCP_GetContainerList(void) {
     return fetchKcpList(21, KCP_CONTAINER_SIZE, 2 * sizeof(uint32_t));
 }

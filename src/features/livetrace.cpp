@@ -1,4 +1,4 @@
-// Live-trace sessions, their counters and what they found on a port.
+// Live-trace sessions, their counters, and the data of a port.
 #include "core/identity.h"
 #include "core/request.h"
 #include "core/text.h"
@@ -15,7 +15,7 @@ enum class LiveCommand : uint32_t {
     GetStats = 4
 };
 
-// The head of a session record; the caller's definition follows.
+// The header of a session record. The definition of the caller follows it.
 struct SessionHead {
     char switchId[64];
     char portName[48];
@@ -33,7 +33,7 @@ HYP_ReturnStatus liveRequest(LiveCommand command, Area in, Area out) {
     return request<PackedFrame>("/dev/livetrace", static_cast<uint32_t>(command), in, out);
 }
 
-// A result of a fixed size, or null.
+// Returns a result of a fixed size, or null.
 void *fetchResult(LiveCommand command, Area in, uint32_t size) {
     HeapBytes result = allocateZeroed(size);
     if (result == nullptr || liveRequest(command, in, Area{result.get(), size}) != HYP_OK) return nullptr;
@@ -64,7 +64,7 @@ extern "C" void *LIVETRACEHYP_ListSession(void) {
     return fetchResult(LiveCommand::List, Area{}, LIVETRACEHYP_SESSION_LIST_SIZE);
 }
 
-// The phase of the request is part of its input; an empty list is fetched like any other.
+// The input contains the phase of the request. An empty list is fetched like any other list.
 extern "C" void *LIVETRACEHYP_GetCountActionData(uint8_t action) {
     const auto ask = [action](ListPhase phase, Area out) {
         const ActionRequest input = {{}, action, static_cast<uint8_t>(phase == ListPhase::Count ? 1 : 2)};

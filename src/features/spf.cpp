@@ -1,4 +1,4 @@
-// Service ports of the SPF data path: plumbed, listed, counted.
+// The service ports of the SPF data path: plumbing, list and statistics.
 #include <cerrno>
 #include <string_view>
 
@@ -39,8 +39,8 @@ HYP_ReturnStatus spfRequest(SpfCommand command, Area in, Area out) {
                                  out);
 }
 
-// How an operation that answers a buffer fails: null, and in errno the status of the step that failed, where
-// callers read it as a status. Only memory that ran out is a real errno.
+// Reports a failure of a function that returns a buffer: returns null and stores the status in errno, where
+// callers expect a status. Only ENOMEM is a real errno.
 void *failed(HYP_ReturnStatus status) {
     errno = status != HYP_OK ? static_cast<int>(status) : ENOMEM;
     return nullptr;
@@ -55,7 +55,7 @@ void *fetchStats(SpfCommand command, Area in, uint32_t size) {
     return failed(status);
 }
 
-// The name of a switch is cut shorter here than its field is.
+// The limit of the switch name is lower than the size of its field.
 HYP_ReturnStatus sendPort(SpfCommand command, const char *switchName, const char *portId, const char *mac) {
     constexpr size_t kSwitchNameLength = 63;
     SpfRequest input;
@@ -73,7 +73,7 @@ using namespace qvs;
 extern "C" void *SPFHYP_GetPortsList(const char *alias) {
     SpfRequest input;
     if (const HYP_ReturnStatus status = input.nameByAlias(alias); status != HYP_OK) return failed(status);
-    HYP_ReturnStatus status = HYP_OK;  // of the last request: a failure without one is an allocation's
+    HYP_ReturnStatus status = HYP_OK;  // of the last request; HYP_OK if an allocation fails
     const auto ask = [&](ListPhase, Area out) {
         return status = spfRequest(SpfCommand::GetPortsList, Area{&input, sizeof input}, out);
     };

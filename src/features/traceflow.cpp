@@ -1,4 +1,4 @@
-// Traceflow requests, the traceflow switch of a host, in-band telemetry and port statistics.
+// Traceflow requests, the traceflow setting of a host, in-band telemetry and port statistics.
 #include <cstdio>
 
 #include "core/identity.h"
@@ -38,7 +38,7 @@ HYP_ReturnStatus traceRequest(TraceCommand command, Area in, Area out) {
     return request<PackedFrame>("/dev/traceflow", static_cast<uint32_t>(command), in, out);
 }
 
-// Six groups of one or two hexadecimal digits; what follows them is not looked at.
+// Parses six groups of one or two hexadecimal digits and ignores what follows them.
 bool parseMac(const char *text, uint8_t (&mac)[6]) {
     return sscanf(text, "%02hhx:%02hhx:%02hhx:%02hhx:%02hhx:%02hhx", &mac[0], &mac[1], &mac[2], &mac[3],
                   &mac[4], &mac[5]) == 6;
@@ -92,7 +92,7 @@ extern "C" HYP_ReturnStatus TFHYP_ClearTraceflowConfig(const char *alias) {
         value.reset();
         return DVSHYP_HostPropClear(id.text, kEnabledKey);
     }
-    // The kernel may hold a configuration without the property.
+    // The kernel can have a traceflow configuration even if the property is not stored.
     ClearRequest clear;
     copyText(clear.switchId, id.text);
     return traceRequest(TraceCommand::Clear, Area{&clear, sizeof clear}, Area{});

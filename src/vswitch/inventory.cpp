@@ -1,4 +1,4 @@
-// Switches, ports, uplinks and links as the kernel's switch device reports them.
+// Queries of switches, ports, uplinks and links on the switch device.
 #include <cstring>
 
 #include "core/heap.h"
@@ -10,7 +10,7 @@
 namespace qvs {
 namespace {
 
-// Of the alias that GetSwitches and AliasToSwitchId know, 80 characters count.
+// GetSwitches and AliasToSwitchId use at most 80 characters of an alias.
 constexpr size_t kAliasSize = 81;
 
 SwitchRequest forUplink(const char *switchName, const char *uplinkName) {
@@ -19,7 +19,8 @@ SwitchRequest forUplink(const char *switchName, const char *uplinkName) {
     return request;
 }
 
-// A record that the kernel writes into a local area and that only then becomes a buffer of the caller.
+// Returns a record in a new buffer. The kernel writes it into a local area first; the buffer is allocated
+// only after the request has succeeded.
 template <uint32_t Size>
 HYP_ReturnStatus fetchRecord(SwitchCommand command, const SwitchRequest &request, void **record) {
     uint8_t area[Size] = {};
@@ -115,8 +116,8 @@ extern "C" HYP_ReturnStatus VSHYP_GetUplinkDVPortID(const char *uplinkName, void
     });
 }
 
-// A list of its own making: the selector is the input, the first status is ignored, and the count word that
-// the kernel did not touch is what tells that nobody answered.
+// This list differs from all others: its input is the selector, and the status of the first request is
+// ignored. If the kernel did not overwrite the preset count word, it did not answer.
 extern "C" HYP_ReturnStatus VSHYP_GetSwitches(uint32_t selector, void **switches) {
     constexpr uint32_t kNoAnswer = 0xffffffff;
     if (switches == nullptr) return HYP_BAD_PARAM;

@@ -1,4 +1,4 @@
-// Forwarding tables of a switch and the state of its MAC learning.
+// The forwarding tables of a switch and the state of its MAC learning.
 #include <cstring>
 
 #include "qvs/vshyp.h"
@@ -7,7 +7,7 @@
 namespace qvs {
 namespace {
 
-// A table of a switch, chosen by a selector byte.
+// Fetches a table of a switch that is selected by a byte.
 HYP_ReturnStatus selectTable(SwitchCommand command, const char *alias, uint8_t selector, void **table) {
     if (alias == nullptr || table == nullptr) return HYP_BAD_PARAM;
     SwitchRequest request;
@@ -16,7 +16,7 @@ HYP_ReturnStatus selectTable(SwitchCommand command, const char *alias, uint8_t s
     return fetchSwitchList(command, request, {VSHYP_MAC_ENTRY_SIZE}, table);
 }
 
-// The request record for one distributed port.
+// Fills the request record for a port of a distributed switch.
 HYP_ReturnStatus forPort(const char *alias, const char *dvPortId, SwitchRequest &request) {
     if (const HYP_ReturnStatus status = request.identifyByAlias(alias); status != HYP_OK) return status;
     if (dvPortId == nullptr) return HYP_BAD_PARAM;
@@ -24,7 +24,7 @@ HYP_ReturnStatus forPort(const char *alias, const char *dvPortId, SwitchRequest 
     return HYP_OK;
 }
 
-// A port is addressed by its text, or by its kernel number when there is no text.
+// Addresses a port by its identifier, or by its kernel port number if the identifier is null.
 void addressPort(SwitchRequest &request, const char *dvPortId, uint32_t portNumber) {
     if (dvPortId != nullptr) {
         copyText(request.dvPortId, dvPortId);
@@ -80,7 +80,7 @@ extern "C" HYP_ReturnStatus VSHYP_GetL2Security(const char *alias, void **table)
     return fetchListByAlias(SwitchCommand::GetL2Security, alias, {VSHYP_L2_SECURITY_SIZE}, table);
 }
 
-// Port first, alias second: the order is the interface's.
+// The interface defines the order of the arguments: port first, alias second.
 extern "C" HYP_ReturnStatus VSHYP_GetPortMACLearningStats(const char *dvPortId, const char *alias,
                                                           void *stats) {
     if (stats == nullptr) return HYP_BAD_PARAM;
@@ -115,7 +115,8 @@ extern "C" HYP_ReturnStatus VSHYP_SetGlobalMACLearningProps(const void *props) {
     return switchRequest(SwitchCommand::SetGlobalMacLearningProps, request);
 }
 
-// Without a port text the switch goes by its portset name here, and by its identifier in the clear below.
+// Without a port identifier, this function sends the portset name of the switch. VSHYP_ClearPortMACTable
+// always sends its identifier.
 extern "C" HYP_ReturnStatus VSHYP_SetPortMACTable(const char *alias, const char *dvPortId,
                                                   uint32_t portNumber, const void *macEntry) {
     if (macEntry == nullptr) return HYP_BAD_PARAM;

@@ -7,7 +7,7 @@
 namespace qvs {
 namespace {
 
-// The size of an address of a filter: a MAC, an IPv4 or an IPv6 address; 0 for a type that there is not.
+// Returns the size of an address of this type (MAC, IPv4 or IPv6), or 0 if the type is unknown.
 uint32_t addressSize(int32_t filterType) {
     switch (filterType) {
         case VSHYP_MCAST_MAC:
@@ -40,7 +40,7 @@ extern "C" HYP_ReturnStatus VSHYP_GetMcastFilterMode(const char *switchName, uin
         mode, [&](Area out) { return switchRequest(SwitchCommand::GetMcastFilterMode, request, out); });
 }
 
-// The type is judged only after the kernel has been asked for the count.
+// The type is checked only after the request for the count.
 extern "C" HYP_ReturnStatus VSHYP_GetMcastFilters(const char *switchName, uint32_t filterPort,
                                                   int32_t filterType, void **filters) {
     if (switchName == nullptr || filters == nullptr) return HYP_BAD_PARAM;

@@ -12,7 +12,7 @@ extern "C" HYP_ReturnStatus VSHYP_GetRuntimeOptions(const uint16_t *optionIds, u
     *options = nullptr;
     HeapBytes block = allocateZeroed(VSHYP_RUNTIME_OPTIONS_SIZE);
     if (block == nullptr) return HYP_NO_MEMORY;
-    // Without identifiers the request has no input and means all options.
+    // Without identifiers, the request has no input and selects all options.
     Area ids;
     if (optionIds != nullptr && count != 0) {
         ids = Area{optionIds, static_cast<uint32_t>(sizeof *optionIds * count)};

@@ -1,4 +1,4 @@
-// Sending requests to /dev/vswitch.
+// Sends requests to /dev/vswitch.
 #include "vswitch/request.h"
 
 #include "core/identity.h"

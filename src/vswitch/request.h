@@ -1,4 +1,5 @@
-// Requests on /dev/vswitch: their commands, the input record that nearly all share, and asking.
+// Requests on /dev/vswitch: the commands, the input record that nearly all of them share, and the functions
+// that send them.
 #pragma once
 
 #include "core/request.h"
@@ -47,10 +48,10 @@ enum class SwitchCommand : uint32_t {
     ClearPortMacTable = 0x2004,
     SetGlobalMacLearningProps = 0x2005,
     RefreshDevNumaInfo = 0x2006,
-    GetMirrorAgentWorldStats = 0x2007,  // only reads, whatever its number says
+    GetMirrorAgentWorldStats = 0x2007,  // only reads, in spite of its number
 };
 
-// What the commands read behind the names, each its own way.
+// The part of the record after the names. Each command has its own layout.
 struct LinkFields {
     char uplinkName[32];
     uint32_t linkState;
@@ -69,12 +70,13 @@ struct FilterFields {
     uint8_t group[16];
 };
 
-// The input record. It starts as zeros; a request fills what it names. Text that does not fit is cut.
+// The input record. It is initialised with zeros, and each request fills the fields that it needs. Text that
+// does not fit into a field is truncated.
 struct SwitchRequest {
-    char switchName[128] = {};  // the kernel's name; where a distributed port is addressed, the identifier
+    char switchName[128] = {};  // name in the kernel, or identifier if the request addresses a port
     union {
-        char dvPortId[48] = {};  // a distributed port's identifier,
-        uint32_t portId;         // or the kernel's port number
+        char dvPortId[48] = {};  // identifier of a port of a distributed switch,
+        uint32_t portId;         // or kernel port number
     };
     union {
         uint8_t area[88] = {};
@@ -87,7 +89,7 @@ struct SwitchRequest {
     };
     uint32_t portNumber = 0;
 
-    // A record that names a switch.
+    // Returns a record with the name of a switch.
     static SwitchRequest named(const char *switchName) {
         SwitchRequest request;
         copyText(request.switchName, switchName);

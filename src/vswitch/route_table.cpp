@@ -1,4 +1,4 @@
-// Operations on the route-table module; it judges the caller's blocks.
+// Operations on the route-table module, which checks the blocks of the caller.
 #include <cstring>
 
 #include "qvs/vshyp.h"
@@ -17,7 +17,7 @@ struct QVS_PACKED PortOperation {
 };
 static_assert(sizeof(PortOperation) == 9);
 
-// A block whose length follows from the count in front of it.
+// Sends a block whose length is computed from the count at its start.
 HYP_ReturnStatus sendBlock(const uint32_t *block, uint32_t command, uint32_t perEntry, uint32_t fixed) {
     if (block == nullptr) return HYP_BAD_PARAM;
     uint32_t count = 0;

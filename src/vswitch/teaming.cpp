@@ -1,11 +1,11 @@
-// Teaming as the kernel runs it, and the statistics around it.
+// The running teaming state of a switch, and statistics about it.
 #include "qvs/vshyp.h"
 #include "vswitch/request.h"
 
 namespace qvs {
 namespace {
 
-// Statistics of a switch into the caller's buffer, which is cleared first.
+// Reads statistics of a switch into a buffer of the caller, which is cleared first.
 template <uint32_t Size>
 HYP_ReturnStatus readStats(SwitchCommand command, const char *switchName, void *stats) {
     if (stats == nullptr) return HYP_BAD_PARAM;
@@ -38,7 +38,7 @@ extern "C" HYP_ReturnStatus VSHYP_GetPortLSTeamingPolicyName(uint32_t portId, ch
     });
 }
 
-// The one list whose header is the count alone.
+// The header of this list is only the count.
 extern "C" HYP_ReturnStatus VSHYP_GetLSTeamingPolicyTable(const char *alias, void **table) {
     return fetchListByAlias(SwitchCommand::GetLsTeamingPolicyTable, alias,
                             {.entrySize = VSHYP_LS_TEAMING_ENTRY_SIZE, .headerSize = sizeof(uint32_t)},
