@@ -1,16 +1,16 @@
-# What of the library is installed, and how other builds find it. The programs, the state library and the parts of
-# the emulated host are installed where they are built.
+# Installation of the library, and the files with which other builds find it. The directories that build the
+# programs, the state library and the parts of the emulated host install them.
 include(CMakePackageConfigHelpers)
 
-# `library` is what a program needs to run, `development` what it needs to be built.
+# A program needs the component `library` to run, and `development` to be built.
 install(TARGETS qvs
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qvs DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
     COMPONENT development FILES_MATCHING PATTERN *.h)
 
 # CMake: find_package(qvs 1 CONFIG REQUIRED), target_link_libraries(tool PRIVATE qvs::qvs)
-# Once as installed, found from the file's own place, so that the prefix can be chosen at install time, and once for
-# the build tree, in its root, where -D CMAKE_PREFIX_PATH and -D qvs_DIR find it.
+# There are two configuration files. The installed one uses paths relative to itself, so that the prefix can be chosen
+# at install time. The other one is in the root of the build tree, where -D CMAKE_PREFIX_PATH and -D qvs_DIR find it.
 set(QVS_AS_INSTALLED ${CMAKE_BINARY_DIR}/CMakeFiles/as-installed)
 set(QVS_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/qvs)
 function(qvs_cmake_config directory libdir includedir)
@@ -23,7 +23,7 @@ qvs_cmake_config(${CMAKE_BINARY_DIR} ${CMAKE_LIBRARY_OUTPUT_DIRECTORY} ${PROJECT
 install(FILES ${QVS_AS_INSTALLED}/qvs-config.cmake ${QVS_AS_INSTALLED}/qvs-config-version.cmake
     DESTINATION ${QVS_CMAKE_DIR} COMPONENT development)
 
-# pkg-config, for the same two places.
+# pkg-config files for the installation and for the build tree.
 set(QVS_PC_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH up /${QVS_PC_DIR} /)
 set(QVS_PC_PREFIX "\${pcfiledir}/${up}")

@@ -1,12 +1,12 @@
-# What the targets of the project share: the warnings and the sanitizers, both interface targets that every one links,
-# search paths, and precompiled headers.
+# Options that the targets of the project share: warnings and sanitizers (two interface targets that every target
+# links), search paths, and precompiled headers.
 add_library(qvs_warnings INTERFACE)
 target_compile_options(qvs_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wmissing-declarations
     $<$<COMPILE_LANGUAGE:CXX>:-Wextra-semi -Wnon-virtual-dtor>
     $<$<BOOL:${QVS_WERROR}>:-Werror>)
 
-# The interposer and the emulated shell run inside programs that have no sanitizer; they never link this.
+# The interposer and the emulated shell run inside programs without a sanitizer and must not link this target.
 add_library(qvs_sanitize INTERFACE)
 if(QVS_SANITIZE)
     target_compile_options(qvs_sanitize INTERFACE
@@ -14,20 +14,20 @@ if(QVS_SANITIZE)
     target_link_options(qvs_sanitize INTERFACE -fsanitize=${QVS_SANITIZE})
 endif()
 if(QVS_FUZZ)
-    # What is fuzzed tells the fuzzer where it has been, and is fast enough to be there often.
+    # Fuzzed code is instrumented for coverage, and optimised so that the fuzzer can run it often.
     target_compile_options(qvs_sanitize INTERFACE -fsanitize=fuzzer-no-link -O1)
     target_link_options(qvs_sanitize INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# An installed program or library finds the project's libraries in PATH, in the build tree by the same path. With
-# two different ones CMake pads the shorter with colons, and the loader takes nothing between two colons to be the
-# current directory.
+# Sets the path in which a program or library searches the libraries of the project. The path is the same in the build
+# tree and in an installation. If the paths differed, CMake would pad the shorter one with colons, and the loader would
+# treat the empty elements between them as the current directory.
 function(qvs_search_path target path)
     set_target_properties(${target} PROPERTIES INSTALL_RPATH ${path} BUILD_WITH_INSTALL_RPATH ON)
 endfunction()
 
-# The second compiler reads the large headers of other projects once for a target, not once for each source; GCC
-# sees each source as it is, so that a missing include shows.
+# Builds with the second compiler precompile the large headers of other projects, which saves time. Builds with GCC do
+# not, so that they detect missing includes.
 function(qvs_precompile target)
     if(QVS_PRECOMPILE)
         target_precompile_headers(${target} PRIVATE ${ARGN})

@@ -1,9 +1,9 @@
-# Shared by the scripts beside it; sourced, never run. Leaves the caller at the root of the clone.
+# Functions that the scripts share. Source this file, do not run it. It changes to the root of the clone.
 # shellcheck shell=bash
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd -P)
 cd "$root"
-# Messages of the tools are compared and searched for.
+# The scripts compare and search the messages of other tools.
 export LC_ALL=C.UTF-8
 
 die() {
@@ -11,12 +11,12 @@ die() {
     exit 1
 }
 
-# build PRESET [TARGET...]: configures the preset when that has not been done here, and builds.
+# build PRESET [TARGET...]: configures the preset if necessary, and builds it.
 build() {
     local preset=$1 directory=build/$1
     shift
     mkdir -p build
-    # A clone that was moved takes a cache along that names its old place.
+    # If the clone was moved, the cache still contains the old path.
     if ! grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$directory/CMakeCache.txt" ||
         [ ! -e "$directory/build.ninja" ]; then
         rm -rf "$directory/CMakeCache.txt" "$directory/CMakeFiles"
@@ -26,7 +26,7 @@ build() {
         }
         rm -f "$directory.log"
     fi
-    # A terminal gets Ninja's one moving line, a log file nothing but what goes wrong.
+    # On a terminal, Ninja updates one line. A log file contains only errors.
     if [ -t 1 ]; then
         ninja -C "$directory" "$@"
     else
