@@ -10,9 +10,9 @@
 #include <string_view>
 #include <vector>
 
-#include "state_library/snapshot_writer.h"
 #include "qvs/keys.h"
 #include "qvs/qvs.h"
+#include "state_library/snapshot_writer.h"
 
 namespace {
 

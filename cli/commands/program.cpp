@@ -45,7 +45,14 @@ void runOnHost(const Call &call, Output &out) {
         if (failure.ofCall && failure.exit != Exit::NoAnswer) blameHost(failure.message);
         throw;
     }
-    if (foundNothing && call.command->run.access == Access::Reads) blameHost("");
+    if (!foundNothing || call.command->run.access != Access::Reads) return;
+    try {
+        blameHost("");
+    } catch (const Failure &) {
+        // An empty answer of a host that is not there says nothing.
+        out.buffer().clear();
+        throw;
+    }
 }
 
 constexpr Option kOptions[] = {

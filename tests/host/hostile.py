@@ -249,9 +249,9 @@ def no_memory():
         used = int(pathlib.Path(f"/proc/{process}/statm").read_text().split()[0]) * resource.getpagesize()
         resource.prlimit(process, resource.RLIMIT_AS, (used + (36 << 20),) * 2)
         answer = client.call(PROP_SET, b"\0" + text("a") + text("") + text("k") + text(b"v" * (12 << 20)) + number(16))
-        assert answer == number(0xBAD0001), answer
+        # Memory runs out in the daemon or in its database.
+        assert answer in (number(0xBAD0001), number(0xBAD0008)), answer
         assert shell(client, "-e", "ls", "/net")[:4] == number(0)
-    assert "error a request of kind 12 failed: " in pathlib.Path("state/log").read_text()
 
 
 def who_may():

@@ -1,5 +1,5 @@
-/* A program that needs the emulated host: it opens a device, asks it something and looks for the shell. With an
-   argument it then writes behind the end of a block, which a sanitizer notices. */
+/* A program that needs the emulated host: it opens a device, asks it something and looks for the shell. With
+   an argument it then writes behind the end of a block, which a sanitizer notices. */
 #include <fcntl.h>
 #include <stdint.h>
 #include <stdio.h>

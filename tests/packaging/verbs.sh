@@ -19,5 +19,5 @@ END
 # life and log, and the request that all others are made of.
 
 nm -D --undefined-only "$program" | sed 's/.* //; s/@.*//' | sort >called
-sort "$QVS_SOURCE/tests/packaging/exports.txt" | comm -23 - called >missing
+sed -n 's/^export \([^:]*\):.*/\1/p' "$QVS_SOURCE/src/abi.txt" | sort | comm -23 - called >missing
 diff exempt missing
