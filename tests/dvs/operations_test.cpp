@@ -401,6 +401,7 @@ TEST_F(Operation, GettersAskOnceAndHaveDefaults) {
         EXPECT_STATUS(run(getter.call), 0);
         if (getter.answer == Pointer) VSDVS_FreeMemory(pointer());
         EXPECT_EQ(summary(takeTrace()), getter.asks);
+        EXPECT_STATUS(getter.call("sw1", Out{nullptr}), 0xbad0007);
 
         prepare(getter.asks, false);
         EXPECT_STATUS(run(getter.call), getter.fallback != nullptr ? 0 : 0xbad0003);
