@@ -60,7 +60,7 @@ Help, manual and completion come from the table.
   .SH NAME
   qvs \- control the distributed virtual switches of a hypervisor host
   .SH SYNOPSIS
-  \fBqvs\fR \fINOUN VERB\fR [\fIARGUMENT\fR...] [\fIOPTION\fR...]
+  \fBqvs\fR NOUN VERB [ARGUMENT...] [OPTION...]
   $ qvs help | grep -c '^  --'  => 4
   $ qvs help | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; qvs manual | grep -qF "${command//-/\\-}" || echo "$command"; done
   $ qvs manual --markdown | sed -n '/### qvs switch destroy/,/Example/p'
@@ -147,7 +147,7 @@ The launcher's own words.
   --max-state-mib
   lab
   
-  lab
+  lab lab.json
   $ echo '{' >lab.json; qvs-host run --lab lab.json -- true 2>&1 | sed 's/.*used: //'; tr @ '\n' <<<'"pnics": [{"name": "a", "mtu": 9001}]@"switches": [{"alias": ""}]@"switches": [{"alias": "a", "maxPorts": 0}]@"options": [{"id": 1, "hex": "00 01"}]' | sh bad
   parse error at line 2, column 1: syntax error while parsing object key - unexpected end of input; expected string literal
   pnics[0]: "mtu" is not a number from 1280 to 9000
