@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstring>
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
 
 #include "access/snapshot.h"
 #include "tool/run.h"
@@ -13,7 +15,7 @@ namespace {
 
 // A closed standard descriptor would be given to the next file or device that is opened, and what is printed
 // would go there. It is filled with one that cannot be written, before any library has run.
-void fillStandardDescriptors(int, char **, char **) {
+void fillStandardDescriptors() {
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; fd++) {
         if (fcntl(fd, F_GETFD) < 0) (void)open("/dev/null", O_RDONLY);
     }
@@ -25,60 +27,90 @@ constexpr char kVariable[] = "QVS_HOST_TIMEOUT=";
 constexpr char kSocketVariable[] = "QVS_HOST_SOCKET=";
 constexpr size_t kMostVariables = 4000;
 
+// What runs before any library has only itself: a sanitizer, say, has not prepared the C library's functions
+// yet.
+
+[[gnu::no_sanitize_address]] size_t lengthOf(const char *text) {
+    size_t length = 0;
+    while (text[length] != '\0')
+        length++;
+    return length;
+}
+
+[[gnu::no_sanitize_address]] bool begins(const char *text, const char *with) {
+    while (*with != '\0')
+        if (*text++ != *with++) return false;
+    return true;
+}
+
+[[gnu::no_sanitize_address]] bool isNumber(const char *text) {
+    while (*text >= '0' && *text <= '9')
+        text++;
+    return *text == '\0';
+}
+
 // The value of --timeout, or null; whether it makes sense is for main to say.
-const char *timeoutWord(char **argv) {
+[[gnu::no_sanitize_address]] const char *timeoutWord(char **argv) {
     constexpr char kOption[] = "--timeout";
     constexpr size_t kLength = sizeof kOption - 1;
     const char *value = nullptr;
-    for (char **word = argv + 1; *argv != nullptr && *word != nullptr && std::strcmp(*word, "--") != 0;
-         ++word) {
-        if (std::strncmp(*word, kOption, kLength) != 0) continue;
+    for (char **word = argv + 1; *argv != nullptr && *word != nullptr; ++word) {
+        if (begins(*word, "--") && (*word)[2] == '\0') break;
+        if (!begins(*word, kOption)) continue;
         if ((*word)[kLength] == '=') value = *word + kLength + 1;
         if ((*word)[kLength] == '\0') value = word[1];
     }
     return value;
 }
 
-const char *valueOf(char **environment, const char *variable) {
-    const size_t length = std::strlen(variable);
+[[gnu::no_sanitize_address]] const char *valueOf(char **environment, const char *variable) {
     for (char **entry = environment; *entry != nullptr; ++entry)
-        if (std::strncmp(*entry, variable, length) == 0) return *entry + length;
+        if (begins(*entry, variable)) return *entry + lengthOf(variable);
     return nullptr;
 }
 
 // The environment cannot be changed yet, so the program begins anew with another one. Where that fails, the
 // first wait is as long as without the option.
-void applyTimeout(int, char **argv, char **environment) {
-    static char entry[sizeof kVariable + 16];
+[[gnu::no_sanitize_address]] void applyTimeout(char **argv, char **environment) {
+    constexpr size_t kMostDigits = 5;
+    static char entry[sizeof kVariable + kMostDigits];
     static char *changed[kMostVariables + 2];
     static char path[4096];
     const char *seconds = timeoutWord(argv);
-    if (seconds == nullptr || std::strlen(seconds) > 5 || seconds[std::strspn(seconds, "0123456789")] != '\0')
-        return;
+    if (seconds == nullptr || lengthOf(seconds) > kMostDigits || !isNumber(seconds)) return;
     const char *socket = valueOf(environment, kSocketVariable);
+    if (socket == nullptr || *socket == '\0') return;
     const char *before = valueOf(environment, kVariable);
-    if (socket == nullptr || *socket == '\0' || (before != nullptr && std::strcmp(before, seconds) == 0))
-        return;
+    if (before != nullptr && begins(before, seconds) && lengthOf(before) == lengthOf(seconds)) return;
 
-    std::strcpy(entry, kVariable);
-    std::strcat(entry, seconds);
+    size_t end = 0;
+    for (const char *part : {kVariable, seconds})
+        while (*part != '\0')
+            entry[end++] = *part++;
     size_t count = 0;
     changed[count++] = entry;
     for (char **old = environment; *old != nullptr; ++old) {
         if (count > kMostVariables) return;
-        if (std::strncmp(*old, kVariable, sizeof kVariable - 1) != 0) changed[count++] = *old;
+        if (!begins(*old, kVariable)) changed[count++] = *old;
     }
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
-    if (length > 0) syscall(SYS_execve, path, argv, changed);
+    if (syscall(SYS_readlink, "/proc/self/exe", path, sizeof path - 1) > 0)
+        syscall(SYS_execve, path, argv, changed);
 }
 
-void noteStart(int, char **, char **) {
-    qvs::cli::snapshotTime = qvs::cli::bootTime();
+[[gnu::no_sanitize_address]] void noteStart() {
+    struct timespec now {};
+    syscall(SYS_clock_gettime, CLOCK_BOOTTIME, &now);
+    qvs::cli::snapshotTime =
+        static_cast<uint64_t>(now.tv_sec) * 1'000'000'000 + static_cast<uint64_t>(now.tv_nsec);
 }
 
-using Preinit = void (*)(int, char **, char **);
-[[gnu::section(".preinit_array"), gnu::used]] const Preinit kPreinit[] = {fillStandardDescriptors,
-                                                                          applyTimeout, noteStart};
+[[gnu::no_sanitize_address]] void prepare(int, char **argv, char **environment) {
+    fillStandardDescriptors();
+    applyTimeout(argv, environment);
+    noteStart();
+}
+
+[[gnu::section(".preinit_array"), gnu::used]] void (*const kPreinit)(int, char **, char **) = prepare;
 
 }  // namespace
 

@@ -173,12 +173,13 @@ TEST_F(Unreachable, SaysWhy) {
     const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
     ASSERT_EQ(bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
     close(listener);
-    const struct {
+    struct Case {
         const char *what;
         std::function<void()> prepare;
         int error;
         uint32_t status;
-    } cases[] = {
+    };
+    const Case cases[] = {
         {"none named", [] { unsetenv("QVS_HOST_SOCKET"); }, ENOENT, 0xbad0040},
         {"none there", [] { setenv("QVS_HOST_SOCKET", "nowhere", 1); }, ENOENT, 0xbad0040},
         {"below a file", [] { setenv("QVS_HOST_SOCKET", "stale/socket", 1); }, ENOENT, 0xbad0040},
@@ -191,14 +192,14 @@ TEST_F(Unreachable, SaysWhy) {
          EACCES, 0xbad005a},
         {"silent", [this] { stop(); }, ETIMEDOUT, 0xbad0021},
     };
-    for (const auto &[what, prepare, error, status] : cases) {
+    for (const Case &one : cases) {
         const int ended = inChild([&] {
-            prepare();
-            EXPECT_EQ(openError(), error) << what;
-            EXPECT_STATUS(loadState(), status) << what;
+            one.prepare();
+            EXPECT_EQ(openError(), one.error) << one.what;
+            EXPECT_STATUS(loadState(), one.status) << one.what;
             return HasFailure();
         });
-        EXPECT_EQ(ended, 0) << what;
+        EXPECT_EQ(ended, 0) << one.what;
         chmod("state", 0700);
     }
 }
