@@ -8,7 +8,7 @@ Every line is read before the first runs.
   ? 2
   $ for file in nix .; do qvs batch $file; done  => [1] qvs: file 'nix': No such file or directory | qvs: file '.': Is a directory
   $ qvs switch list --names
-  $ (ulimit -v 400000; qvs batch /dev/zero)  => [2] qvs: line 1: a NUL is no text
+  $ timeout 5 qvs batch /dev/zero  => [2] qvs: line 1: a NUL is no text
 
 Each command sees what the ones before it did; the first failure ends the run.
 
