@@ -183,9 +183,9 @@ bool takeName(std::vector<std::string> &names, DVSPort *port) {
 template <auto Set, auto Clear>
 HYP_ReturnStatus storeList(const std::string &id, const char *key, const std::vector<Uplink> &uplinks,
                            std::string Uplink::*member, size_t entrySize) {
-    std::vector<std::string> names;
-    for (const Uplink &uplink : uplinks)
-        names.push_back(uplink.*member);
+    std::vector<std::string> names(uplinks.size());
+    std::transform(uplinks.begin(), uplinks.end(), names.begin(),
+                   [&](const Uplink &uplink) { return uplink.*member; });
     std::vector<uint8_t> list = packList(names, entrySize);
     if (!names.empty())
         return call<Set>(nullptr, key, list.data(), static_cast<uint32_t>(list.size()), id.c_str(), 0);

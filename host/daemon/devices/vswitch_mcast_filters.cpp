@@ -44,6 +44,7 @@ struct Address {
     Type type = Mac;
     std::string bytes;  // in network order
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the comparison with 0 for a null pointer
     auto operator<=>(const Address &) const = default;
 };
 
@@ -52,6 +53,7 @@ struct Membership {
     uint32_t port = 0;
     Address group;
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the comparison with 0 for a null pointer
     auto operator<=>(const Membership &) const = default;
 };
 
