@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the library adds to a device request: HYPIoctl beside the bare open, ioctl and close.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // NetDVS_Dump beside the least that its text costs: every line by snprintf into a growing buffer, and a plain
 // copy of the text. The ports have the properties of ports in use; no host takes part, the snapshot is made
 // here.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How creating, loading, dumping and listing grow with the number of ports of a switch.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Installation of the library, and the files with which other builds find it. The directories that build the
 # programs, the state library and the parts of the emulated host install them.
 include(CMakePackageConfigHelpers)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Options that the targets of the project share: warnings and sanitizers (two interface targets that every target
 # links), search paths, and precompiled headers.
 add_library(qvs_warnings INTERFACE)

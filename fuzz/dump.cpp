@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Dumps a switch whose properties are made from the input: every printer with records of any length and
 // content.
 #include <dlfcn.h>

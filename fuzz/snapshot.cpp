@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Loads any bytes as a snapshot and dumps what comes of it.
 #include <cstdint>
 

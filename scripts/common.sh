@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Functions that the scripts share. Source this file, do not run it. It changes to the root of the clone.
 # shellcheck shell=bash
 set -euo pipefail

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether there is a host, and whether it answers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Calls of libqvs as commands make them: traced on request, their buffers released, their lists kept in
 // bounds.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the records that hold a name have room for.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One file for a host. Its first eight bytes stand for the host, each eight that follow for the switches of
 // one hash. A run locks the bytes of what it changes, and they hold the time of the last change, so that the
 // next one knows whether its snapshot is older. Locks of the kernel go with their process, whatever ends it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs side by side: a change locks what it changes, so that no other run of the tool does between its
 // reading and its storing.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Mirror sessions read from the JSON of a listing.
 
 #include <nlohmann/json.hpp>

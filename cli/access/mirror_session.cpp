@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "access/mirror_session.h"
 
 #include <arpa/inet.h>

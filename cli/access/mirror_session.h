@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Mirror sessions as people see them, and the stored list they come from and go to.
 #pragma once
 

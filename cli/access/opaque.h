@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records that nobody but the kernel reads, from the calls that answer a pointer alone: fetched with the
 // reason of a failure, and shown as bytes.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Policies: settings of a switch or a port, each one stored record. What the commands of all families share.
 #pragma once
 

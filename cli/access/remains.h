@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What changes that were killed, or that could not be undone, leave behind: switches without data path, data
 // paths without switch, uplinks without port and ports without uplink.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the snapshot holds, as the commands look at it: switches, ports and their properties.
 #pragma once
 

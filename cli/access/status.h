@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Statuses of the library as failures of the tool.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "access/stored_property.h"
 
 #include <qvs/qvs.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One property by its key: where a call says that it lives, and what the library reads and stores there.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VLAN ids and ranges of them as people write them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs batch: many commands in one run.
 #include <qvs/qvs.h>
 

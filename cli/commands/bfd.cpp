@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs bfd: sessions, log level and statistics of the kernel's forwarding detection.
 #include <qvs/qvs.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs discovery: the discovery protocol of a switch.
 #include <qvs/qvs.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs dump: the library's own rendering of the snapshot.
 #include <qvs/qvs.h>
 

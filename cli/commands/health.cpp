@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs health: the checks of teaming, VLANs and MTU, and what the kernel has found on a port.
 #include <qvs/qvs.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs port ipfix: flow sampling of a port.
 #include <arpa/inet.h>
 #include <qvs/qvs.h>

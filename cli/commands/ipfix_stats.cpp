@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs ipfix: what the kernel counted when it sampled flows.
 #include <qvs/qvs.h>
 

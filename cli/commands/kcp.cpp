@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs kcp: the lists of the kernel control plane, and its status.
 #include <qvs/qvs.h>
 

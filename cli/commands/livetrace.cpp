@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs livetrace: live-trace sessions, what they count, and what they found on a port.
 #include <qvs/qvs.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs ls-teaming, port ls-teaming: the table of logical-switch teaming policies, and a port's choice among
 // them.
 #include <qvs/qvs.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs mac: the MAC tables of the running switch, and how it learns.
 #include <qvs/qvs.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs mac-learning, port mac-learning, learn-static, overlay-cache, static-mac-allow: how MAC addresses are
 // learned.
 #include <qvs/qvs.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs: the command-line tool.
 #include <fcntl.h>
 #include <sys/syscall.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs mirror: the mirror sessions of a port, or of the uplinks of this host.
 #include <qvs/qvs.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs mirror list and show.
 #include <qvs/qvs.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs mirror runtime: the mirror sessions as the kernel runs them.
 #include <qvs/qvs.h>
 

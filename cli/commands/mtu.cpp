@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs mtu: the MTU of a switch.
 #include <qvs/qvs.h>
 

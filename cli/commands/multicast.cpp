@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs mcast, port mcast, rcf: multicast filtering, the addresses that are always let in, and the receive
 // filter.
 #include <qvs/qvs.h>

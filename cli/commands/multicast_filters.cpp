@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs mcast filters, switch-filters, stats: the multicast groups that the kernel lets in.
 #include <arpa/inet.h>
 #include <qvs/qvs.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The rows of each noun of qvs, by file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs options: the switch module's options at run time.
 #include <qvs/qvs.h>
 

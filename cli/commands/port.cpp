@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs port: the ports of a switch.
 #include <qvs/qvs.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs port add and remove.
 #include <qvs/qvs.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs as a program: its commands, and what is done before and after each of them.
 #include "tool/program.h"
 

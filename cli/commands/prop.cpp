@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs prop: the stored properties of a switch by key.
 #include <qvs/qvs.h>
 

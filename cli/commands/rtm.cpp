@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs rtm: operations on the route-table module.
 #include <qvs/qvs.h>
 

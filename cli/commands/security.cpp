@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs port security, port filter, port sink: what a port may do, and what it receives beyond its own frames.
 #include <qvs/qvs.h>
 

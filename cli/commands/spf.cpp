@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs spf: the ports of the SPF data path.
 #include <qvs/qvs.h>
 

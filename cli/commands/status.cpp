@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs status: what a status of the library means.
 #include <qvs/qvs.h>
 

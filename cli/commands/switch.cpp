@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs switch: distributed switches and what the kernel knows about them.
 #include <qvs/qvs.h>
 

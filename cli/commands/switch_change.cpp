@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs switch create and destroy.
 #include <qvs/qvs.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs teaming, port teaming, port teaming-override, port tx-uplink: how traffic is spread over the uplinks.
 #include <qvs/qvs.h>
 

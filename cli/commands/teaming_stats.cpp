@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs rarp, teaming stats: what the kernel counted when it moved ports from one uplink to another.
 #include <qvs/qvs.h>
 

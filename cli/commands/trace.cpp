@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs trace and qvs int: trace requests, the traceflow switch of a host, telemetry and port statistics.
 #include <qvs/qvs.h>
 

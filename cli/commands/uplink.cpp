@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs uplink: the uplinks of a switch, their ports and their links.
 #include <qvs/qvs.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs uplink add, remove, set and clear.
 #include <qvs/qvs.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs pvlan, port vlan, port nested-vlan: the private VLANs of a switch, and what VLANs a port is in.
 #include <qvs/qvs.h>
 

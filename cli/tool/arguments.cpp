@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Takes the words of one call apart with CLI11. Only the parser of the command at hand is built.
 #include <CLI/CLI.hpp>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The rows of a command table, one per command. Parsing, help, completion and the manual are made from them.
 #pragma once
 

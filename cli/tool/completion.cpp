@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bash completion, made from the command table.
 #include <fmt/format.h>
 

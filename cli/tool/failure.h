@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How a command fails: an exit code and a message, thrown from wherever it becomes certain.
 #pragma once
 

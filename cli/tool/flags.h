@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sets of bits by the names of the bits.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Usage and help texts.
 #include "tool/help.h"
 

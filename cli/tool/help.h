@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is made from the command table for people and shells.
 #pragma once
 

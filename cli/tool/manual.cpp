@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The manual page, made from the command table and what the program says of itself.
 #include <fmt/format.h>
 

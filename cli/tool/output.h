@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What commands print: listings, records and reports of changes, as text or JSON, in one buffered stream.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A program as the framework sees it: its rows, and what its help and manual say of it as a whole.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Text on its way in and out: names shown safely, numbers and bytes read strictly, lengths checked.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs help, completion and manual: what the tool says about itself.
 #include "tool/command.h"
 #include "tool/failure.h"

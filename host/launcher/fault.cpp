@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A fault as it is typed, checked and made a request.
 #include "launcher/fault.h"
 

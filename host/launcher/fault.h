@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `qvs-host fault add`: a fault as it is typed.
 #pragma once
 

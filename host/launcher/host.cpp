@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Starting, joining and leaving a daemon.
 #include "launcher/host.h"
 

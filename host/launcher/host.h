@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A daemon and this process's part in it: started or joined, leased, left.
 #pragma once
 

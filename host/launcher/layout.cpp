@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the parts of the emulated host lie.
 #include "launcher/layout.h"
 

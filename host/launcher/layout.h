@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the parts of the emulated host lie: beside the launcher, in the build tree as in an installed one.
 #pragma once
 

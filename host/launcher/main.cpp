@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs-host: gives a command an emulated host, and manages one that stays up.
 #include <unistd.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the manual of qvs-host says besides its commands.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether a program can be given a host: the interposer is loaded by the dynamic loader of this machine's C
 // library, and by no other.
 #include "launcher/program.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The host's state for people.
 #include "launcher/report.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What `qvs-host status` and `qvs-host fault list` print for people.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Running a command on a host: private directory, environment, child, signals.
 #include "launcher/run.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A device of the emulated kernel. Everything here runs inside other people's programs, in forked and vforked
 // children and in signal handlers: no allocation, and errno changes on failure alone.
 #include "preload/device.h"

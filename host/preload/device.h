@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A device of the emulated kernel: a connection to the daemon that looks like a descriptor of a device node.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Naming connections, and reading their names.
 #include "preload/device_name.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The dialogue of a request: the emulated kernel reads and writes this program's memory until it answers.
 #include "preload/dialogue.h"
 

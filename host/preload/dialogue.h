@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the emulated kernel says on a connection before it answers a request. Nothing here allocates.
 #pragma once
 

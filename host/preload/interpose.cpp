@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The functions of the C library that the interposer stands in for. Each does its own work for the host's
 // devices and for its shell, and passes everything else to the next library's function of that name.
 #include <fcntl.h>

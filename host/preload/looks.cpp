@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Programs that look at a file before they open or run it: the host's devices and its shell are there for
 // them like for those that open and run.
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The functions that the interposer stands in front of.
 #pragma once
 

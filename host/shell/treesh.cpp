@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // treesh: the kernel information shell. It carries its arguments to the emulated kernel, prints what comes
 // back and exits with the kernel's code. Programs run it several times per operation, so it does nothing
 // else.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memory for blobs, to be given back with free.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // DVSData_Alloc and its fellows: the container in which the first properties of a port are gathered.
 #include <qvs/mesh_public.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The process's one connection to the emulated kernel.
 #pragma once
 

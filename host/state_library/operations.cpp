@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // DVSHYP_*: the state that the kernel holds. Each operation is one request.
 #include <qvs/mesh_public.h>
 

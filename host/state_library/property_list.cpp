@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The PropertyList blob of state.fbs.
 #include "state_library/property_list.h"
 

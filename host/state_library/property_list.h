@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The PropertyList blob of state.fbs: written by DVSData_Serialize, read by the emulated kernel.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The process's snapshot: a verified copy of a State blob, searched in place.
 #pragma once
 

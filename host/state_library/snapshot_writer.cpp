@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes the State blob of state.fbs.
 #include "state_library/snapshot_writer.h"
 

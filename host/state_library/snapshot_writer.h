@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes the State blob of state.fbs: the emulated kernel's half of the snapshot.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // DVSState_*, DVS_* and the accessors of DVSData_*: the snapshot as clients see it.
 #include <qvs/mesh_public.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A blocking client of the emulated kernel.
 #include "wire/client.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A blocking client of the emulated kernel: what the state library, the shell, the launcher and the tests
 // use.
 #pragma once

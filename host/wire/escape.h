@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Text of others on a terminal or in a log.
 #pragma once
 

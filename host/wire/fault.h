@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What may be said of a fault, to the launcher that reads it and to the kernel that takes it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What travels over the Unix socket between the emulated kernel (qvs-hostd) and everything that talks to it:
 // the state library, the interposer, the emulated shell and the launcher.
 //

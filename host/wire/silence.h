@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A daemon that did not answer in time, remembered so that each further request fails at once.
 #pragma once
 

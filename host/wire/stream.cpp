@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The socket underneath a connection to the emulated kernel.
 #include "wire/stream.h"
 

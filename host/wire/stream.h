@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The socket underneath a connection to the emulated kernel. No allocation, no C++ runtime, errno for
 // failures: the interposer uses this inside arbitrary programs.
 #pragma once

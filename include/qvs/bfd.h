@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * Bidirectional Forwarding Detection: sessions, statistics and log level of the kernel module.
  *

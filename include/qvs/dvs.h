@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * The snapshot of the switch state, and the three names of a switch: the alias that an administrator types,
  * the portset name of its data path on this host, and the identifier that the kernel and the state library

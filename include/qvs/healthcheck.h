@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * Health checks of the teaming, the VLANs and the MTU of a switch: their deployment, their parameters, and
  * the results of the kernel for a port.

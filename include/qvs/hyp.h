@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Statuses, the kernel device request, and the definitions that all headers of the library share. */
 #ifndef QVS_HYP_H
 #define QVS_HYP_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * IPFIX flow export: the statistics of the kernel.
  *

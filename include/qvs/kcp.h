@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * The kernel control plane: its switches, interfaces, NICs and containers.
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * The keys of the stored properties, each with its scope, the class it is stored with, and the limits of its
  * value.

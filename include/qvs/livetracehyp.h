@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * Live trace: sessions on a switch, counters by action, and the data of a port.
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * The state library of the hypervisor, libmeshPublic.so: the functions that the library and the tool need.
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* All public headers of the library, except <qvs/keys.h>, which few programs need, and <qvs/reporting.h>,
  * whose names are likely to collide with names of a program. */
 #ifndef QVS_QVS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * Records that the kernel and other programs store and that NetDVS_Dump prints by field: the state of ports
  * and hosts, overlays, traffic shaping, IPFIX and link aggregation of a switch.

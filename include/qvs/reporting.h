@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * Reporting functions for programs that expect to find them in the library.
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * Traceflow: trace requests, the traceflow setting of a switch on this host, in-band network telemetry, and
  * port statistics.

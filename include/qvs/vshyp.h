@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /*
  * The running state of the switches, read from the kernel device /dev/vswitch.
  *

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What the public headers fix for programs that are compiled with them, as one line of text for each item."""
 import re
 import subprocess

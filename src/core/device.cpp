@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The request to a character device of the kernel, which returns a status or the result of ioctl.
 #include <fcntl.h>
 #include <sys/ioctl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Zeroed memory of the C allocator with an owner; null if memory runs out.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The snapshot, and the translation between alias, portset name, switch identifier and kernel port number.
 #include "core/identity.h"
 

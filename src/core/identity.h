@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Resolves the names of a switch inside the library.
 #pragma once
 

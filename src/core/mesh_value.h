@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A value that the state library returned.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests of the families that return the result of ioctl instead of a status.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The release functions of each family. Values of the state library are returned to the state library; memory
 // of the library is released with free.
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The reporting functions, which do nothing.
 #include "qvs/reporting.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests on the devices of the kernel: one type for each frame layout, and one function that counts and
 // fetches all lists.
 #pragma once

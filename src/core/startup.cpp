@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The initialisers that the loader runs: the first sorts the registry of the dump, the second loads the first
 // snapshot.
 #include "qvs/dvs.h"

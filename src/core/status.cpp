@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The status for each errno of a device.
 #include "core/status.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Functions for text of limited length in fields and values.
 #pragma once
 

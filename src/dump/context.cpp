@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes the text of the dump.
 #include "dump/context.h"
 

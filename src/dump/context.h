@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The state of a running dump: its growing text, and the function that writes to it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // NetDVS_Dump: the walk over the snapshot.
 #include <cstdlib>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Formats that are parsed when the library is compiled, so that printing only copies texts and writes
 // numbers.
 #pragma once

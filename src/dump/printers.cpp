@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The printers of single values, and the functions that several printers share.
 #include "dump/printers.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The printers of the registry, and the functions that they share. The code of a printer shows the layout of
 // its output.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The printer of mirror session lists, in both layouts.
 #include "dump/printers.h"
 #include "qvs/vsdvs.h"

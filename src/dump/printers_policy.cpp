@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The printers of the policies of switches and ports.
 #include "core/heap.h"
 #include "dump/printers.h"

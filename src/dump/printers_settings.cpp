@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The printers of health checks, MAC learning and multicast address lists.
 #include "dump/printers.h"
 #include "qvs/healthcheck.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The printers of the state that the kernel publishes: states, counters, links, overlays, uplinks.
 #include "dump/printers.h"
 #include "qvs/records.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The view through which printers read a stored record.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The registry of printers and the initialiser that sorts it.
 #include "dump/registry.h"
 

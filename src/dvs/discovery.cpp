@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The discovery protocol of a switch and its operation.
 #include "qvs/discovery.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The exported functions for properties by key, for a switch given by its alias or by its identifier.
 #include <algorithm>
 #include <cstring>

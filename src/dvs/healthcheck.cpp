@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Health checks: their deployments, their parameters, and the results that the kernel stores on ports.
 #include "qvs/healthcheck.h"
 

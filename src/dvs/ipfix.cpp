@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // IPFIX flow sampling of a port.
 #include "qvs/ipfixdvs.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Creates and destroys switches, adds and removes ports.
 #include <cstdio>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MAC learning: the settings of the host for a switch, the settings of a port, and three flags of the host.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The mirror sessions of a port, or of the uplinks of the host.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The layout of a mirror session list: a header, the sessions, and the entities of all sessions.
 #pragma once
 

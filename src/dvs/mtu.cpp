@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The MTU of a switch: in the portset of the kernel, on each of its NICs, and in two properties.
 #include <cstdio>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Multicast: the filter mode of a switch, the instruction type of its receive filter, and the legacy address
 // lists.
 #include <cstring>

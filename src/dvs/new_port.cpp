@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The initial properties of a port, collected in a container and passed to the kernel in one request.
 #include "dvs/new_port.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Adds a port with its initial properties, and removes a port.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reads, stores and clears one property in any scope.
 #include "dvs/property.h"
 

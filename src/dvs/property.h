@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Access to properties: the description of a property, the place where it is stored, and the functions that
 // read, store and clear it. Every typed function is written in these terms.
 #pragma once

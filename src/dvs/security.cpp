@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a port may do and receive: its security policy, its extra Ethernet filter, and the sink bit in that
 // filter.
 #include "dvs/keys.h"

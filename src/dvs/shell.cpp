@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Running the kernel information shell as a child process.
 #include "dvs/shell.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The teaming policies of a switch and of its ports, which distribute the traffic over the uplinks.
 #include <algorithm>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The layout of the two uplink lists: a QVS_ListHead and that many texts of fixed size, packed.
 #pragma once
 

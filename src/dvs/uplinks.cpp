@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The uplinks of a switch: the list of their names, the list of the ports that carry them on this host, and
 // the ports.
 #include <cstdio>

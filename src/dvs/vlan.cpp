@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // VLAN settings: the private-VLAN map of a switch, the VLAN policy and priority of a port, and nested
 // tagging.
 #include <cstring>

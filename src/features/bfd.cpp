@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // BFD sessions, statistics and log level.
 #include "qvs/bfd.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The IPFIX statistics of a switch and of a port.
 #include "core/identity.h"
 #include "core/request.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The lists and the status of the kernel control plane.
 #include "qvs/kcp.h"
 

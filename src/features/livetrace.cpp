@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Live-trace sessions, their counters, and the data of a port.
 #include "core/identity.h"
 #include "core/request.h"

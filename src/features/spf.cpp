@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The service ports of the SPF data path: plumbing, list and statistics.
 #include <cerrno>
 #include <string_view>

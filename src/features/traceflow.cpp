@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Traceflow requests, the traceflow setting of a host, in-band telemetry and port statistics.
 #include <cstdio>
 

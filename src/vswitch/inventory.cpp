@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Queries of switches, ports, uplinks and links on the switch device.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The forwarding tables of a switch and the state of its MAC learning.
 #include <cstring>
 

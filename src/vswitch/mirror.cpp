@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The running mirror sessions of a switch.
 #include "qvs/vshyp.h"
 #include "vswitch/request.h"

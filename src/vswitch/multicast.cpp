@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The running multicast state of a switch.
 #include <cstring>
 

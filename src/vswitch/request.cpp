@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sends requests to /dev/vswitch.
 #include "vswitch/request.h"
 

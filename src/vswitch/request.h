@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Requests on /dev/vswitch: the commands, the input record that nearly all of them share, and the functions
 // that send them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Operations on the route-table module, which checks the blocks of the caller.
 #include <cstring>
 

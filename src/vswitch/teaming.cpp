@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The running teaming state of a switch, and statistics about it.
 #include "qvs/vshyp.h"
 #include "vswitch/request.h"

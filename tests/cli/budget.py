@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """budget.py: on a host with 5,000 MAC addresses, 100 forwarding sessions and 500 interfaces, qvs lists each table in
 less than 60 ms of processor time. The best of a few runs counts, so that a busy machine is no fault."""
 import os

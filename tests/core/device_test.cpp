@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The one-shot device request: the status of every errno, what is asked of the kernel, and what is left open.
 #include <fcntl.h>
 #include <qvs/reporting.h>

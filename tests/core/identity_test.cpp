@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The three names of a switch, ports and their kernel numbers.
 #include "support/intercept.h"
 #include "support/test.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A program that has functions of the library's names: the library calls its own all the same.
 #include <qvs/reporting.h>
 

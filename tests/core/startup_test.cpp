@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What loading the library does, reloading the snapshot, and giving buffers back.
 #include <cstdlib>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of every status.
 #include <gtest/gtest.h>
 #include <qvs/hyp.h>

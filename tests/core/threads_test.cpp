@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What docs/rules.md promises to programs with several threads: everything but loading a snapshot at once.
 #include <thread>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The dump: headers, marks, the filter, the generic printer, which keys have a printer, and memory.
 #include <cstdio>
 

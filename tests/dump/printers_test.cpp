@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The printers: the examples of docs/dump-format.md, the branches that those leave out, and hostile records.
 #include <sys/mman.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // libqvs beside a state library that cannot tell the state of a port: it loads, and no port has a mark.
 #include <dlfcn.h>
 #include <gtest/gtest.h>

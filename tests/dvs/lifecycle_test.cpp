@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Switches and ports: what creating one stores and runs, what a failing step undoes, which names are refused,
 // destroying.
 #include "support/intercept.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memory that runs out in the middle of a change: each allocation of libqvs and of the state library in turn.
 #include "support/alloc_fault.h"
 #include "support/test.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The algebra of mirror session lists: appending and removing, against an obvious way of computing the
 // result.
 #include "support/test.h"

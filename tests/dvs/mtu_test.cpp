@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The MTU of a switch: its command lines, and what is put back when one of them fails.
 #include "support/test.h"
 

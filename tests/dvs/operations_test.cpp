@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The operations on policies, each described once: what it asks of the state library, the shell and the
 // kernel, what it stores, and what absent, malformed and unreadable records give.
 #include <algorithm>

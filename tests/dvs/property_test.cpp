@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Properties by key: naming the switch, sizes, classes, and what the state library answers.
 #include <cstddef>
 

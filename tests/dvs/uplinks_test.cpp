@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The two uplink lists: bytes, order, limits, malformed lists, and undoing what cannot be finished.
 #include "support/alloc_fault.h"
 #include "support/test.h"

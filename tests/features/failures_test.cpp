@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What single requests leave behind and print when they fail, or when the kernel answers nonsense.
 #include <cerrno>
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every list that is counted and then fetched: what is asked for, and what remains when a request or an
 // allocation fails, when the list changes between the requests, and when the kernel answers nonsense.
 #include <malloc.h>

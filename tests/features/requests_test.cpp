@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every single request to the kernel's devices, byte for byte, and nothing beside it.
 #include <cstdlib>
 

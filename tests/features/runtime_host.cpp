@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The lab behind the tests of device requests.
 #include <sstream>
 

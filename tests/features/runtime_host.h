@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A host on which every device has something to tell, and the trace lines of requests to devices.
 #pragma once
 

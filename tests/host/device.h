@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A device, the shell and a child of the process, as the tests of the host use them.
 #pragma once
 

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # What was acknowledged survives: the host dies before, in the middle of and after a change, at any moment, and with
 # a full disk; and it never shares, takes over or repairs what it must not.
 set -eu

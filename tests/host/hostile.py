@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What clients, readers of a trace, files of a state directory and rows of the database must not do to a host.
 
 Each function is a case on a directory of its own; the first failure ends the test.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Devices and the shell as programs meet them on an emulated host: descriptors, errno, memory, children.
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The emulated kernel as its clients meet it: the shell's nodes, statuses, uplinks, trace, faults, bad
 // clients.
 #include <gtest/gtest.h>

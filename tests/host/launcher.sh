@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # The launcher: exit statuses, environment, private and shared hosts, signals, messages, and what it leaves behind.
 set -eu
 export TMPDIR="$PWD/tmp"

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """layouts.py: what the emulated kernel hands over is what layouts/emulated.json says. Each record is decoded by the file
 alone. Fields do not overlap, bytes outside of them are zero, each field is other than zero somewhere, and those in
 layouts.txt have the values that the lab and the commands of SETUP gave them."""

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The reference state library: snapshots from good and from hostile blobs, containers, and life without a
 // daemon.
 #include <gtest/gtest.h>

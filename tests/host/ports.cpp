@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Creates ports and checks them, for the durability test: `ports create SWITCH FROM TO` adds the ports
 // "portN" and prints the first one that was not acknowledged; `ports check SWITCH COUNT` prints how many
 // there are and fails unless the first COUNT are among them, whole.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* A program that needs the emulated host: it opens a device, asks it something and looks for the shell. With
    an argument it then writes behind the end of a block, which a sanitizer notices. */
 #include <fcntl.h>

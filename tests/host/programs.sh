@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # Which programs see the host: the table of docs/lab.md, line by line, and what is said to those that do not.
 set -eu
 [ -z "$QVS_SANITIZED" ] || exit 77

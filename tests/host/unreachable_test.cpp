@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A host that cannot be reached, does not answer, or is slow on purpose, as the state library, the devices
 // and the shell tell of it.
 #include <fcntl.h>

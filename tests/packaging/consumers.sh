@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # Programs of others: built against an installation and against the build tree, by pkg-config and by CMake's
 # find_package, and in another language, all run unchanged on the installed emulated host.
 set -eu

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* A C99 program as a user would write it, built against the installed headers and library alone. */
 #include <qvs/qvs.h>
 #include <stdio.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """A program in another language: libqvs.so.1 through ctypes, by its soname alone."""
 import ctypes
 import struct

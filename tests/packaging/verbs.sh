@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # Every function that the library exports is called by the command-line tool.
 set -eu
 program=$QVS_BIN/qvs

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The program's own malloc, calloc and realloc: the C library's, but for the call that is to fail.
 #include "support/alloc_fault.h"
 

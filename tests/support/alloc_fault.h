@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Makes an allocation of libqvs fail: only calls of malloc, calloc and realloc that come from libqvs's own
 // code count, so that the C library, GoogleTest and the state library go on undisturbed.
 #pragma once

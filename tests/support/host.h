@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The emulated host as a test sees it: faults, labs, the trace, and all its state as text.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The program's own versions of a few calls; the dynamic linker finds them before the libraries' own.
 #include "support/intercept.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The program's own versions of a few calls that libqvs makes: they pass everything on, and let a test see
 // what was asked, or answer what neither the C library nor the emulated host can be made to answer.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What nearly every test of the library needs: its functions, those of the state library, bytes and the host.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The module for Bidirectional Forwarding Detection: sessions out of a lab, log level, statistics.
 // The flags of a request for sessions say which families it is about.
 //

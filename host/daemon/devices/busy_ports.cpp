@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Ports that a lab has made busy: their statistics, sixteen u64 counters, grow whenever someone looks. All
 // others keep what was stored for them.
 #include "daemon/devices/busy_ports.h"

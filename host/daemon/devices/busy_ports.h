@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The statistics of busy ports grow whenever someone looks at them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The emulated kernel's devices: the layout of each one's request frame, and a table of commands.
 #pragma once
 

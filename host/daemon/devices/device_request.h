@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What several device models read alike: the head of the switch request record, and places, numbers and runs
 // of addresses in a lab.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // /dev/ipfix: what flow sampling did.
 //
 // Requests carry the portset name at 0 (128 bytes), or the switch identifier there and the port's at 128 (48

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading a JSON object member by member.
 #include "daemon/devices/json_members.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading a JSON object member by member, so that a wrong type, a missing and an unknown member are all
 // named.
 #pragma once

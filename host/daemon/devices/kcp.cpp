@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The kernel control plane: eight lists and a status. Switches, portsets and uplinks are the host's own;
 // interfaces, NICs of the hypervisor and containers come out of a lab.
 //

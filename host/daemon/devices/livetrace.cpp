@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // /dev/livetrace: sessions, which stay as long as their ports, and what they count.
 //
 // A session is created by the switch identifier at 0 (64 bytes), the port identifier at 64 (48) and a

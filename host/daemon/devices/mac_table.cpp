@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The forwarding table, its ageing and its limits. An entry is stored under its address, VLAN and switch, and
 // says behind which port it is, and when it was learnt if it was.
 #include "daemon/devices/mac_table.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The forwarding table of the emulated kernel: which address is behind which port.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading stored mirror sessions. A list is
 //
 //   u32 magic, u32 version, u32 sessions, u32 entities, u32 0; the sessions (232); the entities (52)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The mirror sessions of a switch, as they stand in its properties.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rows of tables that go when a condition says so, and tables of numbered records: each begins with the
 // kernel's number of the port that it belongs to, 0 for none, and goes when that port goes.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The route-table module: operations are checked for their length and kept, newest last, for the host's
 // status.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // /crate/devices/char/hypdriver/tarn-spf: the ports that are plumbed into the SPF data path.
 //
 // Requests about a switch or port carry a switch name at 0 (128 bytes: portset name or switch identifier), a

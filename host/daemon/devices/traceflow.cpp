@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // /dev/traceflow: trace requests, which are kept until they are cleared, telemetry, and statistics of ports.
 //
 // A trace request carries the switch identifier at 0 (64 bytes), the port identifier at 64 (48), source and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: inventory and links of the host's switches.
 //
 // Requests carry one record: switch name at 0 (128 bytes), port at 128, uplink name at 176 (32 bytes), the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: how addresses are learnt, and layer-2 security.
 //
 // Requests about a switch carry its portset name, those about a distributed port the identifiers of switch

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: MAC tables.
 //
 // Requests about a switch carry its portset name, those about a distributed port the identifiers of switch

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: the multicast groups that ports have joined, which a lab says.
 //
 // Requests carry the portset name at 0 (128 bytes), the port at 176 (its number; 0: all of the switch), the

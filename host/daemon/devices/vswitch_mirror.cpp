@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: the mirror sessions that run, and the mirror agent.
 //
 // Requests carry the portset name at 0 (128 bytes), a session's name at 176 (32 bytes). What runs is what the

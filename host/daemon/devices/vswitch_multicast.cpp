@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: how a switch filters multicast. The request carries the portset name at 0 (128 bytes).
 #include <cerrno>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: the switch module's options at run time.
 //
 // A block is a u32, its own length, and behind it for each option: u16 identifier, u16 length of the value,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: what teaming did, and the logical-switch teaming policies that are in force.
 //
 // Requests carry the portset name at 0 (128 bytes) or a port number at 128. The policies are what the switch

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The messages of one client: taken from its socket one after the other, and sent to it.
 #pragma once
 

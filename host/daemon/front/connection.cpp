@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Serving a client: its requests, and those that are one message and one reply.
 #include "daemon/front/connection.h"
 

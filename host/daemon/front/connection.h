@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One client: its requests in order, each answered before the next is looked at.
 #pragma once
 

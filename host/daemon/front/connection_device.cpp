@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Devices: opening one, and the dialogue of an ioctl, which reads and writes the client's memory on its way.
 #include <cerrno>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Control requests: a table of operations.
 #include "daemon/front/control.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The control requests of the launcher and of tests, in JSON.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules of fault injection: reading, counting, changing answers.
 #include "daemon/front/fault.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fault injection: rules that match the trace line of a request and change what happens to it.
 #pragma once
 

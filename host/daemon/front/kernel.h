@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Everything the emulated kernel holds, in the order in which it depends on each other.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Putting a lab onto the host.
 #include "daemon/front/lab.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A laboratory: NICs, switches, ports and clients described in JSON (docs/lab.md), checked and applied whole.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading the lab JSON; every unknown member and every wrong type is named.
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>

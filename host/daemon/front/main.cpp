@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qvs-hostd: the emulated kernel. Serves one state directory.
 #include <fcntl.h>
 #include <malloc.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Accepting clients, leases, stopping.
 #include "daemon/front/server.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Accepts clients on the Unix socket, and decides how long the daemon stays.
 #pragma once
 

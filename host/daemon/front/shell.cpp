@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The node tree: a table of patterns, each with what can be done there.
 #include "daemon/front/shell.h"
 

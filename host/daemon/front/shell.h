@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The information shell's node tree, as treesh shows it.
 #pragma once
 

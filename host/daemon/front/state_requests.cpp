@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The requests of the state library. A new kind is one row of the table.
 #include "daemon/front/state_requests.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The requests of the state library: a table of kinds, each with its fields, its trace line and its handler.
 #pragma once
 

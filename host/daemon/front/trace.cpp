@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writing of trace lines.
 #include "daemon/front/trace.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The record of requests: one line each, to a file and to whoever follows.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fields of records and frames in memory, read and written at their offsets.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What has changed since somebody looked: whoever derives something from the model sees what of it is stale.
 #pragma once
 

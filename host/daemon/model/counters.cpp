@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The generator behind the counters.
 #include "daemon/model/counters.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Counters in the answers of devices: they grow from one look to the next, by amounts that a seed decides.
 #pragma once
 

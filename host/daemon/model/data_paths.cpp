@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Changes of portsets, switches and ports: validate, store in one transaction, apply.
 #include "daemon/model/data_paths.h"
 

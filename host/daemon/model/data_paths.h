@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Making and unmaking portsets, switches and ports. Every change is validated, stored, and only then applied
 // to memory.
 #pragma once

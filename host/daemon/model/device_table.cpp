@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Forms of keys and values.
 #include "daemon/model/device_table.h"
 

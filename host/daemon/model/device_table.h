@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What devices keep beyond the model: tables of rows that are read once, when the host starts, into what they
 // mean, and are stored as a text for the key and bytes for the value.
 #pragma once

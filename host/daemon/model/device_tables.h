@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The rows of all tables that devices keep, in memory and in the store.
 #pragma once
 

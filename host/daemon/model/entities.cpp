@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What switches and ports know of themselves.
 #include "daemon/model/entities.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the emulated kernel has: switches, their ports, portsets and physical NICs.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The emulated check of VLANs and MTU. What is behind the uplinks carries every VLAN, and frames as long as
 // the NICs do, so all depends on whether an uplink has a link.
 #include "daemon/model/health_check.h"

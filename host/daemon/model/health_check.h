@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the check of VLANs and MTU finds on the ports of a switch, while it is deployed.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Finding, inserting and erasing.
 #include "daemon/model/inventory.h"
 

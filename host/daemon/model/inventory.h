@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The switches, ports, portsets and NICs in memory, and how each is found. Nothing here is stored.
 #pragma once
 

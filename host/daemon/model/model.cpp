@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The model as a whole: read from the store, emptied, seeded.
 #include "daemon/model/model.h"
 

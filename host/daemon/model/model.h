@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The emulated kernel's model: the parts that know its switches, ports, portsets, NICs and their properties.
 #pragma once
 

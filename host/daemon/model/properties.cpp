@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Properties of switches and ports.
 #include "daemon/model/properties.h"
 

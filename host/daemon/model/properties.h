@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading, storing and clearing properties, with those that the kernel itself answers or acts on.
 #pragma once
 

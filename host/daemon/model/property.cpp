@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sharing of equal properties, and the sorted list of one place.
 #include "daemon/model/property.h"
 

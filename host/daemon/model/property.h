@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Properties of switches, hosts and ports. Equal ones are one object, however many ports carry them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Builds the state blob from the model.
 #include "daemon/model/snapshot.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The blob that StateGet answers: built when it is asked for, kept until the next change.
 #pragma once
 

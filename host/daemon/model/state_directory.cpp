@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Checks of the state directory and what is in it.
 #include "daemon/model/state_directory.h"
 

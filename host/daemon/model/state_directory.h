@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Who may have put a state directory and its files there.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The statuses with which the kernel answers the state library. None may be ignored.
 #pragma once
 

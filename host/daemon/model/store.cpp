@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The SQLite side of the store: schema, statements, and which files are refused.
 #include "daemon/model/store.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The database behind the model: one SQLite file, one statement per kind of change, transactions.
 #pragma once
 

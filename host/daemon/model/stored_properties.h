@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the properties that a port came with stand in the database: u32 type, key and value, one after another.
 #pragma once
 

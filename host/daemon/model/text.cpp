@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Showing bytes, words and errors.
 #include "daemon/model/text.h"
 

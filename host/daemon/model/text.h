@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How bytes, words and errors are shown: in traces, in the log and in errors.
 #pragma once
 

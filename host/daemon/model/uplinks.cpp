@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which physical NIC serves which uplink port, and the NICs themselves.
 #include "daemon/model/uplinks.h"
 

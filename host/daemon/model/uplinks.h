@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The physical NICs, and which of them serves which uplink port.
 #pragma once
 
