@@ -8,24 +8,10 @@
 #include <cstdio>
 #include <cstring>
 
-#include "access/snapshot.h"
+#include "config/library/snapshot.h"
 #include "tool/failure.h"
 
 namespace qvs::cli {
-namespace trace {
-
-void line(std::string_view name, const std::string &arguments, const std::string &outcome,
-          std::chrono::steady_clock::duration elapsed) {
-    auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(elapsed).count();
-    complain("{}({}) -> {}, {} us", name, arguments, outcome, microseconds);
-}
-
-std::string statusText(HYP_ReturnStatus status) {
-    return fmt::format("0x{:x} ({})", status, ReturnStatusToString(status));
-}
-
-}  // namespace trace
-
 Bytes KernelList::entry(uint32_t index) const {
     return {static_cast<const uint8_t *>(buffer.get()) + headerSize + index * entrySize, entrySize};
 }

@@ -1,156 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-// Calls of libqvs as commands make them: traced on request, their buffers released, their lists kept in
-// bounds.
+// Counted lists of the kernel, kept within what was handed over.
 #pragma once
 
-#include <fmt/format.h>
-#include <qvs/qvs.h>
-
-#include <cerrno>
-#include <chrono>
-#include <csignal>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
-#include "access/status.h"
+#include "config/library/call.h"
+#include "config/library/snapshot.h"
+#include "tool/command.h"
 #include "tool/failure.h"
-#include "tool/text.h"
 
 namespace qvs::cli {
-
-// Set by --trace.
-inline bool tracing = false;
-// Whether a call found nothing. A host that ends shows like that, too.
-inline bool foundNothing = false;
-
-template <auto Free>
-struct Releaser {
-    void operator()(void *pointer) const { Free(pointer); }
-};
-using VshypBuffer = std::unique_ptr<void, Releaser<VSHYP_FreeMemory>>;
-using VsdvsBuffer = std::unique_ptr<void, Releaser<VSDVS_FreeMemory>>;
-using NetdvsText = std::unique_ptr<char, Releaser<NetDVS_FreeMemory>>;
-
-namespace trace {
-
-void line(std::string_view name, const std::string &arguments, const std::string &outcome,
-          std::chrono::steady_clock::duration elapsed);
-std::string statusText(HYP_ReturnStatus status);
-
-// Numbers and texts that go in are shown; records and whatever comes out is not.
-template <typename Value>
-std::string shownArgument(const Value &value) {
-    if constexpr (std::is_same_v<Value, const char *>) {
-        return value == nullptr ? "null" : "\"" + shown(value) + "\"";
-    } else if constexpr (std::is_integral_v<Value>) {
-        return fmt::format("{}", value);
-    } else {
-        return value == nullptr ? "null" : "...";
-    }
-}
-
-}  // namespace trace
-
-// What the function's name is in its program text.
-template <auto Function>
-consteval std::string_view nameOfFunction() {
-    constexpr std::string_view kBefore = "Function = ";
-    std::string_view name = __PRETTY_FUNCTION__;
-    name.remove_prefix(name.find(kBefore) + kBefore.size());
-    name.remove_prefix(name.find_first_not_of("&("));
-    return name.substr(0, name.find_first_of(";])"));
-}
-
-static_assert(nameOfFunction<DVSLoadConfig>() == "DVSLoadConfig");
-
-// traced<FUNCTION>(outcome, arguments...): calls FUNCTION of the library, and with --trace says so; `outcome`
-// puts the result in words. The errno that the function left stays.
-template <auto Function>
-struct TracedCall;
-template <typename Result, typename... Parameters, Result (*Function)(Parameters...)>
-struct TracedCall<Function> {
-    Result operator()(std::string (*outcome)(Result), Parameters... arguments) const {
-        if (!tracing) return Function(arguments...);
-        auto start = std::chrono::steady_clock::now();
-        Result result = Function(arguments...);
-        auto elapsed = std::chrono::steady_clock::now() - start;
-        int error = errno;
-        std::string text;
-        ((text += text.empty() ? "" : ", ", text += trace::shownArgument<Parameters>(arguments)), ...);
-        trace::line(nameOfFunction<Function>(), text, outcome(result), elapsed);
-        errno = error;
-        return result;
-    }
-};
-template <auto Function>
-inline constexpr TracedCall<Function> traced;
-
-// call<FUNCTION>(arguments...): the same for a function that answers a status.
-template <auto Function>
-struct StatusCall;
-template <typename... Parameters, HYP_ReturnStatus (*Function)(Parameters...)>
-struct StatusCall<Function> {
-    HYP_ReturnStatus operator()(Parameters... arguments) const {
-        HYP_ReturnStatus status = traced<Function>(trace::statusText, arguments...);
-        if (status == HYP_NOT_FOUND) foundNothing = true;
-        return status;
-    }
-};
-template <auto Function>
-inline constexpr StatusCall<Function> call;
-
-// Interrupting, ending and hanging up wait until this is gone.
-class SignalsHeld {
-  public:
-    SignalsHeld() {
-        sigset_t held;
-        sigemptyset(&held);
-        for (int signal : {SIGINT, SIGTERM, SIGHUP})
-            sigaddset(&held, signal);
-        sigprocmask(SIG_BLOCK, &held, &before_);
-    }
-    ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-    SignalsHeld(const SignalsHeld &) = delete;
-    SignalsHeld &operator=(const SignalsHeld &) = delete;
-
-  private:
-    sigset_t before_;
-};
-
-// callWhole<FUNCTION>(arguments...): the same for a change of several steps, which a signal may not stop half
-// way: what is half done has no verb that finishes or removes it.
-template <auto Function>
-struct WholeCall;
-template <typename... Parameters, HYP_ReturnStatus (*Function)(Parameters...)>
-struct WholeCall<Function> {
-    HYP_ReturnStatus operator()(Parameters... arguments) const {
-        SignalsHeld held;
-        return call<Function>(arguments...);
-    }
-};
-template <auto Function>
-inline constexpr WholeCall<Function> callWhole;
-
-// One of the VSHYP calls that hand out a buffer as their last argument.
-template <auto Function, typename... Arguments>
-HYP_ReturnStatus fetch(VshypBuffer &buffer, Arguments... arguments) {
-    void *raw = nullptr;
-    HYP_ReturnStatus status = call<Function>(arguments..., &raw);
-    buffer.reset(raw);
-    return status;
-}
-
-// The same, and throws what fails.
-template <auto Function, typename... Arguments>
-VshypBuffer fetched(std::string_view subject, Arguments... arguments) {
-    VshypBuffer buffer;
-    require(fetch<Function>(buffer, arguments...), subject);
-    return buffer;
-}
 
 // A counted list of the kernel: a header with the count in front, and entries of one size.
 struct KernelList {
@@ -172,6 +34,10 @@ using AskList = std::function<std::shared_ptr<void>()>;
 // zeros, were handed over.
 KernelList boundedList(const AskList &ask, size_t entrySize, std::string_view what,
                        size_t headerSize = sizeof(VSHYP_ListHeader), size_t countAt = 0);
+
+using qvs::named;
+// "switch 'sw1'", or "switch 'sw1': port 'p'" for a port that is given as PORT or --port.
+std::string named(const Arguments &arguments);
 
 // The portset name, by which the kernel knows the switch.
 std::string portsetOf(const std::string &alias);

@@ -7,7 +7,7 @@
 #include <array>
 #include <cstring>
 
-#include "access/vlan_id.h"
+#include "config/library/vlan_id.h"
 #include "tool/failure.h"
 #include "tool/values.h"
 

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <iterator>
 
-#include "access/snapshot.h"
+#include "config/library/snapshot.h"
 
 namespace qvs::cli {
 namespace {

@@ -15,6 +15,13 @@ const std::string &portOf(const Arguments &arguments) {
 
 }  // namespace
 
+std::string named(const Arguments &arguments) {
+    const std::string &alias = arguments.text("SWITCH");
+    for (const char *port : {"PORT", "--port"})
+        if (arguments.given(port)) return named(alias, arguments.text(port));
+    return named(alias);
+}
+
 PolicyPlace::PolicyPlace(const Policy &policy, const Arguments &arguments)
     : policy_(policy), switchName_(arguments.text("SWITCH")), byId_(arguments.given("--by-id")) {
     place_.scope = policy.scope;
@@ -31,7 +38,7 @@ PolicyPlace::PolicyPlace(const Policy &policy, const Arguments &arguments)
 }
 
 std::string PolicyPlace::named() const {
-    return (port_ ? cli::named(switchName_, *port_) : cli::named(switchName_)) + ": " + policy_.what;
+    return (port_ ? qvs::named(switchName_, *port_) : qvs::named(switchName_)) + ": " + policy_.what;
 }
 
 std::optional<Property> PolicyPlace::stored() const {

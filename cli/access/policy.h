@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "access/library.h"
-#include "access/snapshot.h"
+#include "config/library/snapshot.h"
 #include "tool/command.h"
 #include "tool/failure.h"
 #include "tool/output.h"

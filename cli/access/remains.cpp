@@ -12,12 +12,12 @@
 #include <cstring>
 #include <utility>
 
-#include "access/host.h"
 #include "access/library.h"
-#include "access/snapshot.h"
+#include "base/text.h"
+#include "config/library/host.h"
+#include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
-#include "tool/text.h"
 
 namespace qvs::cli {
 namespace {

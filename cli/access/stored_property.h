@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "access/snapshot.h"
+#include "config/library/snapshot.h"
 #include "tool/command.h"
 
 namespace qvs::cli {

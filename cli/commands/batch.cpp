@@ -6,11 +6,11 @@
 #include <set>
 #include <sstream>
 
-#include "access/host.h"
 #include "access/library.h"
-#include "access/lock.h"
-#include "access/snapshot.h"
 #include "commands/nouns.h"
+#include "config/library/host.h"
+#include "config/library/lock.h"
+#include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/run.h"
@@ -75,7 +75,7 @@ std::vector<Line> readLines(std::istream &in, bool json) {
     // What every line has from the batch.
     std::vector<std::string> inherited;
     if (json) inherited.emplace_back("--json");
-    if (tracing) inherited.emplace_back("--trace");
+    if (onCall != nullptr) inherited.emplace_back("--trace");
     std::vector<Line> lines;
     std::string text;
     for (size_t number = 1; std::getline(in, text); number++) {

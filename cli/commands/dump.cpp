@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "access/library.h"
-#include "access/snapshot.h"
 #include "commands/nouns.h"
+#include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "access/opaque.h"
-#include "access/snapshot.h"
 #include "commands/nouns.h"
+#include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/values.h"

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <ctime>
 
-#include "access/snapshot.h"
+#include "config/library/snapshot.h"
 #include "tool/run.h"
 
 namespace {
@@ -101,7 +101,7 @@ constexpr size_t kMostVariables = 4000;
 [[gnu::no_sanitize_address]] void noteStart() {
     struct timespec now {};
     syscall(SYS_clock_gettime, CLOCK_BOOTTIME, &now);
-    qvs::cli::snapshotTime =
+    qvs::snapshotTime =
         static_cast<uint64_t>(now.tv_sec) * 1'000'000'000 + static_cast<uint64_t>(now.tv_nsec);
 }
 

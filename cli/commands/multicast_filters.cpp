@@ -9,8 +9,8 @@
 
 #include "access/library.h"
 #include "access/opaque.h"
-#include "access/snapshot.h"
 #include "commands/nouns.h"
+#include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/values.h"

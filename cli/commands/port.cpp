@@ -6,9 +6,9 @@
 #include <string>
 
 #include "access/library.h"
-#include "access/snapshot.h"
 #include "commands/nouns.h"
 #include "commands/port.h"
+#include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 

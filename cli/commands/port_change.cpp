@@ -7,8 +7,8 @@
 #include <unordered_set>
 
 #include "access/library.h"
-#include "access/snapshot.h"
 #include "commands/port.h"
+#include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 

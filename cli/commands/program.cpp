@@ -4,15 +4,15 @@
 
 #include <string>
 
-#include "access/host.h"
 #include "access/library.h"
-#include "access/lock.h"
-#include "access/snapshot.h"
+#include "base/text.h"
 #include "commands/nouns.h"
+#include "config/library/host.h"
+#include "config/library/lock.h"
+#include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/run.h"
-#include "tool/text.h"
 
 namespace qvs::cli {
 namespace {
@@ -34,7 +34,8 @@ void runLocked(const Call &call, Output &out) {
 }
 
 void runOnHost(const Call &call, Output &out) {
-    tracing = call.arguments.given("--trace");
+    onWarning = complainLines;
+    onCall = call.arguments.given("--trace") ? complainLines : nullptr;
     if (call.arguments.given("--timeout"))
         setPatience(call.arguments.number("--timeout", 0, 1, kMostPatience));
     if (call.command->run.access != Access::Local) requireHost();

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string_view>
 
-#include "access/snapshot.h"
+#include "config/library/snapshot.h"
 #include "tool/command.h"
 
 namespace qvs::cli {

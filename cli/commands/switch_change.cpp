@@ -8,8 +8,8 @@
 
 #include "access/library.h"
 #include "access/remains.h"
-#include "access/snapshot.h"
 #include "commands/switch.h"
+#include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 

@@ -9,13 +9,13 @@
 #include <thread>
 #include <unordered_set>
 
-#include "access/host.h"
 #include "access/library.h"
-#include "access/lock.h"
 #include "access/remains.h"
-#include "access/snapshot.h"
 #include "commands/nouns.h"
 #include "commands/uplink.h"
+#include "config/library/host.h"
+#include "config/library/lock.h"
+#include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/values.h"

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "access/remains.h"
+#include "base/text.h"
 #include "tool/command.h"
-#include "tool/text.h"
 
 namespace qvs::cli {
 

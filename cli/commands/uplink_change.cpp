@@ -7,8 +7,8 @@
 
 #include "access/library.h"
 #include "access/remains.h"
-#include "access/snapshot.h"
 #include "commands/uplink.h"
+#include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/values.h"

@@ -9,8 +9,8 @@
 
 #include "access/library.h"
 #include "access/policy.h"
-#include "access/vlan_id.h"
 #include "commands/nouns.h"
+#include "config/library/vlan_id.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/values.h"

@@ -6,11 +6,11 @@
 #include <charconv>
 #include <deque>
 
+#include "base/text.h"
 #include "tool/failure.h"
 #include "tool/help.h"
 #include "tool/program.h"
 #include "tool/run.h"
-#include "tool/text.h"
 
 namespace qvs::cli {
 

@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/guard.h"
+
 namespace qvs::cli {
 
 class Output;
@@ -43,10 +45,6 @@ struct Option {
 
 // Reads and Writes need a host; Local commands run anywhere.
 enum class Access { Reads, Writes, Local };
-
-// What a command that writes keeps other runs of the tool from changing while it runs: the switch it names,
-// or the host when it names none; every switch; nothing.
-enum class Guard { Switch, Everything, None };
 
 // The words of one call, taken apart as its row says.
 class Arguments {
@@ -101,7 +99,7 @@ struct Command {
     const char *example;
     bool json = true;  // --json is understood; refused otherwise
     Run run;
-    Guard guard = Guard::Switch;
+    Guard guard = Guard::Switch;  // when it writes
 };
 
 // A path of names, which may contain any character but NUL.

@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/text.h"
 #include "tool/failure.h"
-#include "tool/text.h"
 
 namespace qvs::cli {
 

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "tool/text.h"
+#include "base/text.h"
 
 namespace qvs::cli {
 

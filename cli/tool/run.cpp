@@ -5,11 +5,11 @@
 #include <cstdio>
 #include <new>
 
+#include "base/text.h"
 #include "tool/failure.h"
 #include "tool/help.h"
 #include "tool/output.h"
 #include "tool/program.h"
-#include "tool/text.h"
 
 namespace qvs::cli {
 namespace {

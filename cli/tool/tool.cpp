@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // qvs help, completion and manual: what the tool says about itself.
+#include "base/text.h"
 #include "tool/command.h"
 #include "tool/failure.h"
 #include "tool/help.h"
 #include "tool/output.h"
 #include "tool/run.h"
-#include "tool/text.h"
 
 namespace qvs::cli {
 namespace {

@@ -55,23 +55,6 @@ std::string_view oneGiven(const Arguments &arguments, std::initializer_list<cons
     return found;
 }
 
-std::optional<MacAddress> parseMac(std::string_view text) {
-    constexpr size_t kLength = 17;
-    MacAddress address{};
-    if (text.size() != kLength) return std::nullopt;
-    for (size_t i = 0; i < address.size(); i++) {
-        std::optional<std::vector<uint8_t>> byte = parseHex(text.substr(3 * i, 2));
-        if (!byte || byte->size() != 1) return std::nullopt;
-        if (i > 0 && text[3 * i - 1] != ':') return std::nullopt;
-        address[i] = byte->front();
-    }
-    return address;
-}
-
-std::string macText(Bytes address) {
-    return fmt::format("{:02x}", fmt::join(address.begin(), address.end(), ":"));
-}
-
 std::vector<uint8_t> readFile(const std::string &path, size_t most, bool (*enough)(Bytes)) {
     constexpr size_t kPiece = 65536;
     std::string what = "file " + inQuotes(path);

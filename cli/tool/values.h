@@ -2,7 +2,6 @@
 // Values as people write them: choices, lists, addresses, files.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -11,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/text.h"
 #include "tool/command.h"
-#include "tool/text.h"
 
 namespace qvs::cli {
 
@@ -34,11 +33,6 @@ std::vector<std::string> splitList(std::string_view text);
 
 // Which one of these arguments and options is given. None of them, or several, are a usage failure.
 std::string_view oneGiven(const Arguments &arguments, std::initializer_list<const char *> names);
-
-using MacAddress = std::array<uint8_t, 6>;
-// Six pairs of hexadecimal digits with colons between.
-std::optional<MacAddress> parseMac(std::string_view text);
-std::string macText(Bytes address);
 
 // What a property can hold: the state library takes no more.
 inline constexpr size_t kMostValueBytes = size_t{32} << 20;

@@ -4,8 +4,8 @@
 
 #include <string_view>
 
+#include "base/text.h"
 #include "tool/failure.h"
-#include "tool/text.h"
 
 namespace qvs::launcher {
 
@@ -13,9 +13,9 @@ using cli::complain;
 
 // Paths, and what the host and the system say, stand in the message: they are shown as a terminal may see
 // them.
-struct Error : cli::Failure {
-    explicit Error(std::string_view what, cli::Exit code = cli::Exit::Failed)
-        : Failure{code, cli::shown(what)} {}
+struct Error : qvs::Failure {
+    explicit Error(std::string_view what, qvs::Exit code = qvs::Exit::Failed)
+        : Failure{code, qvs::shown(what)} {}
 };
 
 }  // namespace qvs::launcher

@@ -18,10 +18,10 @@ namespace qvs::launcher {
 namespace {
 
 using cli::Arguments;
-using cli::Exit;
-using cli::fail;
-using cli::inQuotes;
 using nlohmann::json;
+using qvs::Exit;
+using qvs::fail;
+using qvs::inQuotes;
 
 constexpr const char *kMoments[] = {"before", "middle", "after"};
 

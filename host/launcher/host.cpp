@@ -168,7 +168,7 @@ pid_t startOrJoin(const std::string &program, const HostOptions &options, const 
         } catch (const ServedAlready &error) {
             if (isJoined(error)) return 0;
             if (Clock::now() > deadline) {
-                cli::fail(cli::Exit::Failed, "{}, which does not answer; end that process and try again",
+                qvs::fail(qvs::Exit::Failed, "{}, which does not answer; end that process and try again",
                           error.message);
             }
             std::this_thread::sleep_for(kAgainAfter);
@@ -205,7 +205,7 @@ Host::Host(const std::string &program, const HostOptions &options)
         control(socket_, {{"op", "seed"}, {"lab", readJson(options.lab)}}, kChangesWithin);
     if (!options.trace.empty()) control(socket_, {{"op", "trace.file"}, {"path", options.trace}});
     if (options.maxStateMib != 0) {
-        complain("{} is served already: --max-state-mib has no effect", cli::shown(options.directory));
+        complain("{} is served already: --max-state-mib has no effect", qvs::shown(options.directory));
     }
 }
 
@@ -236,11 +236,11 @@ void Host::leave() {
     const bool stays = sent && lease_.receive(wire::Kind::Reply, &nothing);
     const bool silent = sent && !stays && errno == ETIMEDOUT;
     lease_.close();
-    if (silent) complain("the host at {}{} does not end", cli::shown(socket_), who_);
+    if (silent) complain("the host at {}{} does not end", qvs::shown(socket_), who_);
     if (stays || daemon_ == 0 || (silent && !isPrivate_)) return;
     const std::optional<int> status = silent ? killProcess(daemon_) : waitForProcess(daemon_, kEndsWithin);
     if (!status) {
-        complain("the host at {}{} does not end", cli::shown(socket_), who_);
+        complain("the host at {}{} does not end", qvs::shown(socket_), who_);
     } else if (*status != 0) {
         complain("the host {}", endOf(*status));
     }

@@ -58,7 +58,7 @@ std::string socketOf(const Arguments &arguments) {
     if (arguments.given("--state")) return absolute(arguments.text("--state")) + "/socket";
     const char *socket = getenv(wire::kSocketVariable);
     if (socket != nullptr && socket[0] != '\0') return socket;
-    throw Error("no host is named: give --state DIR, or run this on a host", cli::Exit::Usage);
+    throw Error("no host is named: give --state DIR, or run this on a host", qvs::Exit::Usage);
 }
 
 void run(const Arguments &arguments, Output &out) {
@@ -74,7 +74,7 @@ void shell(const Arguments &arguments, Output &out) {
 void start(const Arguments &arguments, Output &out) {
     const HostOptions options = hostOptions(arguments);
     const pid_t daemon = startAlone(findLayout().daemon, options);
-    out.write(fmt::format("serving {} (pid {})\n", cli::shown(options.directory), daemon));
+    out.write(fmt::format("serving {} (pid {})\n", qvs::shown(options.directory), daemon));
 }
 
 void stop(const Arguments &arguments, Output &) {

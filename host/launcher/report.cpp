@@ -8,7 +8,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "tool/text.h"
+#include "base/text.h"
 
 namespace qvs::launcher {
 
@@ -24,7 +24,7 @@ void print(cli::Output &out, fmt::format_string<Values...> format, Values &&...v
 std::string text(const json &value, const char *member) {
     const auto found = value.find(member);
     if (found == value.end() || found->is_null()) return "-";
-    return found->is_string() ? cli::shown(found->get<std::string>()) : found->dump();
+    return found->is_string() ? qvs::shown(found->get<std::string>()) : found->dump();
 }
 
 // What a fault does, in the options that `fault add` has for it.
@@ -87,7 +87,7 @@ void printJson(cli::Output &out, const json &value) {
 void printStatus(cli::Output &out, const json &status) {
     std::string traces;
     for (const json &path : status["trace"])
-        traces += (traces.empty() ? "" : ", ") + cli::shown(path.get<std::string>());
+        traces += (traces.empty() ? "" : ", ") + qvs::shown(path.get<std::string>());
     if (const auto dropped = status.value("traceDropped", 0u); dropped != 0)
         traces += fmt::format("{}dropped lines {}", traces.empty() ? "-, " : ", ", dropped);
     print(out, "pid {}, up {}, state {}\n", text(status, "pid"), duration(status.value("uptimeSeconds", 0u)),

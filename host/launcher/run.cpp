@@ -142,7 +142,7 @@ int runChild(const std::vector<std::string> &command) {
     const int failure = posix_spawnp(&child, words[0], nullptr, &attributes, words.data(), environ);
     posix_spawnattr_destroy(&attributes);
     if (failure != 0) {
-        complain("cannot run {}: {}", cli::shown(command[0]), strerror(failure));
+        complain("cannot run {}: {}", qvs::shown(command[0]), strerror(failure));
         return failure == ENOENT ? kNotFound : kNotExecutable;
     }
     signals.started(child);
@@ -186,7 +186,7 @@ class PrivateDirectory {
         while (getline(&line, &size, log) > 0) {
             if (std::string_view(line).starts_with("info ")) continue;
             line[strcspn(line, "\n")] = '\0';
-            complain("the host's log: {}", cli::shown(line));
+            complain("the host's log: {}", qvs::shown(line));
         }
         free(line);
         fclose(log);
@@ -211,7 +211,7 @@ int runCommand(HostOptions options, const std::vector<std::string> &command) {
     Host host(layout.daemon, options);
     setEnvironment(layout, options.directory);
     if (const std::string why = whyNotOnHost(command[0], layout); !why.empty())
-        complain("warning: {}", cli::shown(why));
+        complain("warning: {}", qvs::shown(why));
     std::vector<std::string> words = command;
     if (words[0] == "/bin/treesh") words[0] = layout.treesh;
     const int status = runChild(words);

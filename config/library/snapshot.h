@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the snapshot holds, as the commands look at it: switches, ports and their properties.
+// What the snapshot holds: switches, ports and their properties.
 #pragma once
 
 #include <qvs/keys.h>
@@ -12,18 +12,15 @@
 #include <string_view>
 #include <vector>
 
-#include "access/limits.h"
-#include "tool/command.h"
-#include "tool/text.h"
+#include "base/text.h"
+#include "config/library/limits.h"
 
-namespace qvs::cli {
+namespace qvs {
 
 // How messages name what they are about.
 std::string named(std::string_view alias);                         // "switch 'sw1'"
 std::string named(std::string_view alias, std::string_view port);  // "switch 'sw1': port 'p'"
 std::string namedUplink(std::string_view alias, std::string_view uplink);
-// SWITCH, and the port that is given as PORT or --port.
-std::string named(const Arguments &arguments);
 
 // One property; it belongs to the snapshot.
 struct Property {
@@ -135,4 +132,4 @@ struct PortStatus {
 PortStatus readStatus(Bytes record);
 PortStatus portStatus(DVSPort *port);
 
-}  // namespace qvs::cli
+}  // namespace qvs

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -12,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-namespace qvs::cli {
+namespace qvs {
 
 using Bytes = std::span<const uint8_t>;
 
@@ -29,6 +30,10 @@ std::optional<std::string_view> printableText(Bytes value);
 
 std::string hex(Bytes bytes);
 std::string base64(Bytes bytes);
+// The bytes of a base64 text with its padding, or nothing.
+std::optional<std::vector<uint8_t>> parseBase64(std::string_view text);
+// The bytes that shown() has escaped, or nothing when an escape is malformed.
+std::optional<std::string> parseShown(std::string_view text);
 // Lines of 16 bytes with their offset; lines like the one before are left out and marked by "*".
 void appendHexDump(fmt::memory_buffer &out, Bytes bytes);
 
@@ -36,6 +41,11 @@ std::optional<uint32_t> parseNumber(std::string_view text);
 std::optional<uint64_t> parseWideNumber(std::string_view text);
 // Hexadecimal digits in pairs; blanks, colons and a leading 0x are allowed.
 std::optional<std::vector<uint8_t>> parseHex(std::string_view text);
+
+using MacAddress = std::array<uint8_t, 6>;
+// Six pairs of hexadecimal digits with colons between.
+std::optional<MacAddress> parseMac(std::string_view text);
+std::string macText(Bytes address);
 
 // What the record that holds a name has room for.
 struct Limit {
@@ -46,4 +56,4 @@ struct Limit {
 // A usage failure when the name is empty or too long for its record.
 void requireFits(const Limit &limit, std::string_view name);
 
-}  // namespace qvs::cli
+}  // namespace qvs

@@ -6,9 +6,9 @@
 
 #include <string_view>
 
-#include "tool/failure.h"
+#include "base/failure.h"
 
-namespace qvs::cli {
+namespace qvs {
 
 // No answer in time, from the device or from the state library.
 inline constexpr HYP_ReturnStatus kTimedOut = 0xbad0021u;
@@ -20,4 +20,4 @@ Failure libraryFailure(std::string_view subject, HYP_ReturnStatus status, std::s
 // Throws libraryFailure unless the call succeeded.
 void require(HYP_ReturnStatus status, std::string_view subject);
 
-}  // namespace qvs::cli
+}  // namespace qvs

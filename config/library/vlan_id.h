@@ -10,10 +10,10 @@
 #include <string_view>
 #include <vector>
 
-#include "tool/failure.h"
-#include "tool/text.h"
+#include "base/failure.h"
+#include "base/text.h"
 
-namespace qvs::cli {
+namespace qvs {
 
 // The id that a text holds; a usage failure about what when it holds none.
 inline uint16_t vlanId(std::string_view what, std::string_view text) {
@@ -41,4 +41,4 @@ inline std::string rangeText(VSDVS_VLANRange range) {
                                      : fmt::format("{}-{}", uint32_t{range.first}, uint32_t{range.last});
 }
 
-}  // namespace qvs::cli
+}  // namespace qvs

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "access/status.h"
+#include "config/library/status.h"
 
-namespace qvs::cli {
+namespace qvs {
 namespace {
 
 Exit exitFor(HYP_ReturnStatus status) {
@@ -32,4 +32,4 @@ void require(HYP_ReturnStatus status, std::string_view subject) {
     if (status != HYP_OK) throw libraryFailure(subject, status);
 }
 
-}  // namespace qvs::cli
+}  // namespace qvs

@@ -5,17 +5,17 @@
 
 #include <string>
 
-#include "tool/command.h"
+#include "base/guard.h"
 
-namespace qvs::cli {
+namespace qvs {
 
 // How long a run waits, in seconds: for the host to answer, and for other runs to end.
 inline constexpr uint32_t kMostPatience = 86400;
 uint32_t patience();
 void setPatience(uint32_t seconds);
 
-// Holds what the guard of a command names, from its making on. Throws when another run does not let go of it
-// in time. Where there is no lock to be had, a warning says so and the change goes on.
+// Holds what a guard names as long as it lives. The constructor throws when another run does not release it
+// in time. If the host's lock file cannot be opened, it warns and holds nothing.
 class Lock {
   public:
     Lock(Guard guard, const std::string &alias);
@@ -36,4 +36,4 @@ class Lock {
 // Waits until no other run changes the switch, unless this one does.
 void awaitOtherRuns(const std::string &alias);
 
-}  // namespace qvs::cli
+}  // namespace qvs

@@ -2,7 +2,7 @@
 // One file for a host. Its first eight bytes stand for the host, each eight that follow for the switches of
 // one hash. A run locks the bytes of what it changes, and they hold the time of the last change, so that the
 // next one knows whether its snapshot is older. Locks of the kernel go with their process, whatever ends it.
-#include "access/lock.h"
+#include "config/library/lock.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -18,11 +18,11 @@
 #include <optional>
 #include <thread>
 
-#include "access/snapshot.h"
-#include "tool/failure.h"
-#include "tool/text.h"
+#include "base/failure.h"
+#include "base/text.h"
+#include "config/library/snapshot.h"
 
-namespace qvs::cli {
+namespace qvs {
 namespace {
 
 constexpr uint32_t kDefaultPatience = 10;
@@ -85,8 +85,8 @@ int openLockFile() {
     }
     if (directory >= 0) close(directory);
     if (file < 0) {
-        complain("warning: no lock in {}: {}; of changes that runs make side by side one may be lost",
-                 inQuotes(path), problem);
+        warn("no lock in {}: {}; of changes that runs make side by side one may be lost", inQuotes(path),
+             problem);
     }
     return file;
 }
@@ -200,4 +200,4 @@ void awaitOtherRuns(const std::string &alias) {
     fcntl(lockFile(), F_SETLK, &lock);
 }
 
-}  // namespace qvs::cli
+}  // namespace qvs

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "access/snapshot.h"
+#include "config/library/snapshot.h"
 
 #include <qvs/dvs.h>
 
@@ -9,11 +9,11 @@
 #include <ctime>
 #include <thread>
 
-#include "access/host.h"
-#include "access/library.h"
-#include "tool/failure.h"
+#include "base/failure.h"
+#include "config/library/call.h"
+#include "config/library/host.h"
 
-namespace qvs::cli {
+namespace qvs {
 
 std::string named(std::string_view alias) {
     return "switch " + inQuotes(alias);
@@ -25,13 +25,6 @@ std::string named(std::string_view alias, std::string_view port) {
 
 std::string namedUplink(std::string_view alias, std::string_view uplink) {
     return named(alias) + ": uplink " + inQuotes(uplink);
-}
-
-std::string named(const Arguments &arguments) {
-    const std::string &alias = arguments.text("SWITCH");
-    for (const char *port : {"PORT", "--port"})
-        if (arguments.given(port)) return named(alias, arguments.text(port));
-    return named(alias);
 }
 
 std::optional<uint32_t> Property::number() const {
@@ -194,4 +187,4 @@ PortStatus portStatus(DVSPort *port) {
     return record ? readStatus(record->value) : PortStatus{};
 }
 
-}  // namespace qvs::cli
+}  // namespace qvs

@@ -2,9 +2,9 @@
 // What the records that hold a name have room for.
 #pragma once
 
-#include "tool/text.h"
+#include "base/text.h"
 
-namespace qvs::cli {
+namespace qvs {
 
 inline constexpr Limit kAliasLimit{"alias", 80};
 inline constexpr Limit kSwitchIdLimit{"switch identifier", 63};
@@ -14,4 +14,4 @@ inline constexpr Limit kPortIdLimit{"port identifier", 47};
 inline constexpr Limit kUplinkLimit{"uplink name", 47};
 inline constexpr Limit kLinkUplinkLimit{"uplink name in a link request", 31};
 
-}  // namespace qvs::cli
+}  // namespace qvs

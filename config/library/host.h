@@ -2,9 +2,9 @@
 // Whether there is a host, and whether it answers.
 #pragma once
 
-#include "access/status.h"
+#include "config/library/status.h"
 
-namespace qvs::cli {
+namespace qvs {
 
 // Throws unless the kernel's switch device can be opened and the state of the switches was loaded. Asks once
 // in a run.
@@ -17,4 +17,4 @@ void requireState(HYP_ReturnStatus status);
 // answering; nothing when it answers.
 void blameHost(const std::string &message);
 
-}  // namespace qvs::cli
+}  // namespace qvs

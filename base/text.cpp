@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tool/text.h"
+#include "base/text.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <iterator>
 
-#include "tool/failure.h"
+#include "base/failure.h"
 
-namespace qvs::cli {
+namespace qvs {
 namespace {
 
 bool plain(unsigned char c) {
@@ -137,8 +137,11 @@ std::string hex(Bytes bytes) {
     return out;
 }
 
+namespace {
+constexpr std::string_view kBase64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+}
+
 std::string base64(Bytes bytes) {
-    constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string out((bytes.size() + 2) / 3 * 4, '=');
     char *to = out.data();
     for (size_t i = 0; i < bytes.size(); i += 3) {
@@ -147,10 +150,54 @@ std::string base64(Bytes bytes) {
         if (here > 1) group |= uint32_t{bytes[i + 1]} << 8;
         if (here > 2) group |= bytes[i + 2];
         for (size_t j = 0; j <= here; j++)
-            to[j] = kDigits[group >> (18 - 6 * j) & 63];
+            to[j] = kBase64[group >> (18 - 6 * j) & 63];
         to += 4;
     }
     return out;
+}
+
+std::optional<std::vector<uint8_t>> parseBase64(std::string_view text) {
+    if (text.size() % 4 != 0) return std::nullopt;
+    std::vector<uint8_t> bytes;
+    bytes.reserve(text.size() / 4 * 3);
+    size_t padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;
+    for (size_t i = 0; i < text.size(); i += 4) {
+        const bool last = i + 4 == text.size();
+        const size_t digits = last ? 4 - padding : 4;
+        uint32_t group = 0;
+        for (size_t j = 0; j < 4; j++) {
+            const size_t digit = j < digits ? kBase64.find(text[i + j]) : 0;
+            if (digit == std::string_view::npos) return std::nullopt;
+            group = group << 6 | static_cast<uint32_t>(digit);
+        }
+        for (size_t j = 0; j + 1 < digits; j++)
+            bytes.push_back(static_cast<uint8_t>(group >> (16 - 8 * j)));
+        // Bits behind the last byte must be zero, so that equal bytes have one text.
+        if (digits < 4 && (group & (digits == 3 ? 0xffu : 0xffffu)) != 0) return std::nullopt;
+    }
+    return bytes;
+}
+
+std::optional<std::string> parseShown(std::string_view text) {
+    std::string name;
+    while (!text.empty()) {
+        const size_t plainLength = std::min(text.find('\\'), text.size());
+        name += text.substr(0, plainLength);
+        text.remove_prefix(plainLength);
+        if (text.empty()) break;
+        if (text.size() < 2) return std::nullopt;
+        const char kind = text[1];
+        std::optional<std::vector<uint8_t>> byte;
+        if (kind == 'x' && text.size() >= 4) byte = parseHex(text.substr(2, 2));
+        if (kind == 'x' && (!byte || byte->size() != 1)) return std::nullopt;
+        if (kind != 'x' && kind != 'n' && kind != 't' && kind != '\\') return std::nullopt;
+        name += kind == 'n'   ? '\n'
+                : kind == 't' ? '\t'
+                : kind == 'x' ? static_cast<char>(byte->front())
+                              : '\\';
+        text.remove_prefix(kind == 'x' ? 4 : 2);
+    }
+    return name;
 }
 
 void appendHexDump(fmt::memory_buffer &out, Bytes bytes) {
@@ -197,6 +244,23 @@ std::optional<std::vector<uint8_t>> parseHex(std::string_view text) {
     return bytes;
 }
 
+std::optional<MacAddress> parseMac(std::string_view text) {
+    constexpr size_t kLength = 17;
+    MacAddress address{};
+    if (text.size() != kLength) return std::nullopt;
+    for (size_t i = 0; i < address.size(); i++) {
+        std::optional<std::vector<uint8_t>> byte = parseHex(text.substr(3 * i, 2));
+        if (!byte || byte->size() != 1) return std::nullopt;
+        if (i > 0 && text[3 * i - 1] != ':') return std::nullopt;
+        address[i] = byte->front();
+    }
+    return address;
+}
+
+std::string macText(Bytes address) {
+    return fmt::format("{:02x}", fmt::join(address.begin(), address.end(), ":"));
+}
+
 void requireFits(const Limit &limit, std::string_view name) {
     if (name.empty()) fail(Exit::Usage, "{}: may not be empty", limit.what);
     if (name.size() > limit.bytes) {
@@ -205,4 +269,4 @@ void requireFits(const Limit &limit, std::string_view name) {
     }
 }
 
-}  // namespace qvs::cli
+}  // namespace qvs

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "access/host.h"
+#include "config/library/host.h"
 
 #include <fcntl.h>
 #include <qvs/qvs.h>
@@ -10,11 +10,11 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "access/library.h"
-#include "access/lock.h"
-#include "access/snapshot.h"
+#include "config/library/call.h"
+#include "config/library/lock.h"
+#include "config/library/snapshot.h"
 
-namespace qvs::cli {
+namespace qvs {
 namespace {
 
 constexpr const char *kDevice = "/dev/vswitch";
@@ -100,4 +100,4 @@ void blameHost(const std::string &message) {
     requireDevice(deviceError(), true, message.empty() ? "" : message + "\n");
 }
 
-}  // namespace qvs::cli
+}  // namespace qvs

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+// The configuration of a host as data: what a document says, or what a snapshot holds.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "config/settings/setting.h"
+
+namespace qvs::config {
+
+// A stored property that is no setting, or whose record the members of its setting cannot express.
+struct RawProperty {
+    std::string key;
+    uint32_t classes = 0;  // DVS_PROP_...
+    Blob value;
+
+    friend bool operator==(const RawProperty &, const RawProperty &) = default;
+};
+
+// What is stored at one place: settings in the order of the table, other properties by key.
+struct Part {
+    std::vector<std::pair<const Setting *, Value>> settings;
+    std::vector<RawProperty> properties;
+
+    // Null when the part has no such setting or property.
+    const Value *find(const Setting &setting) const;
+    const RawProperty *findProperty(std::string_view key) const;
+
+    friend bool operator==(const Part &, const Part &) = default;
+};
+
+struct PortEntry {
+    std::string id;
+    std::optional<uint32_t> connectId;      // as VSDVS_AddDVPort stores it
+    std::optional<std::string> externalId;  // of a port that VSDVS_AddOpaqueDVPort has made
+    std::optional<bool> blocked;
+    Part part;
+
+    friend bool operator==(const PortEntry &, const PortEntry &) = default;
+};
+
+struct UplinkEntry {
+    std::string name;
+    std::string port;  // the identifier of its port, the same in general
+
+    friend bool operator==(const UplinkEntry &, const UplinkEntry &) = default;
+};
+
+// Members that a document leaves out are absent; a snapshot has them all.
+struct SwitchEntry {
+    std::string alias;
+    std::optional<std::string> id;
+    std::optional<std::string> portset;
+    std::optional<uint32_t> version;
+    std::optional<bool> opaque;
+    std::optional<uint32_t> maxPorts;
+    std::optional<std::vector<UplinkEntry>> uplinks;
+    Part global;
+    Part host;
+    std::vector<PortEntry>
+        ports;  // by identifier; a port that carries an uplink has an entry, too, if it has a part
+
+    const PortEntry *findPort(std::string_view portId) const;
+
+    friend bool operator==(const SwitchEntry &, const SwitchEntry &) = default;
+};
+
+struct Document {
+    std::vector<SwitchEntry> switches;  // by alias
+
+    const SwitchEntry *findSwitch(std::string_view alias) const;
+
+    friend bool operator==(const Document &, const Document &) = default;
+};
+
+}  // namespace qvs::config

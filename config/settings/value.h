@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+// The value of a setting, as documents and commands have it: scalars, lists, and named members.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace qvs::config {
+
+class Value;
+struct NamedValue;
+using List = std::vector<Value>;
+using Members = std::vector<NamedValue>;
+using Blob = std::vector<uint8_t>;
+
+// Words, addresses and ranges of VLANs are texts in the one form that their member prints. Members stand in
+// the order of their setting, and absent ones are left out, so that equal values compare equal.
+class Value {
+  public:
+    Value() = default;
+    Value(bool on) : data_(on) {}
+    Value(uint64_t number) : data_(number) {}
+    Value(std::string text) : data_(std::move(text)) {}
+    Value(std::string_view text) : data_(std::string(text)) {}
+    Value(const char *text) : data_(std::string(text)) {}
+    Value(Blob bytes) : data_(std::move(bytes)) {}
+    Value(List list) : data_(std::move(list)) {}
+    Value(Members members) : data_(std::move(members)) {}
+
+    bool absent() const { return std::holds_alternative<std::monostate>(data_); }
+    bool isList() const { return std::holds_alternative<List>(data_); }
+    bool isRecord() const { return std::holds_alternative<Members>(data_); }
+
+    // The content. The caller knows the type from the member.
+    bool on() const { return std::get<bool>(data_); }
+    uint64_t number() const { return std::get<uint64_t>(data_); }
+    const std::string &text() const { return std::get<std::string>(data_); }
+    const Blob &bytes() const { return std::get<Blob>(data_); }
+    const List &list() const { return std::get<List>(data_); }
+    const Members &members() const { return std::get<Members>(data_); }
+
+    // The member of this name; an absent value when there is none.
+    const Value &operator[](std::string_view name) const;
+    // Replaces, adds or (with an absent value) removes a member. `order` lists the names of all members.
+    void set(std::string_view name, Value value);
+
+    friend bool operator==(const Value &left, const Value &right);
+
+  private:
+    std::variant<std::monostate, bool, uint64_t, std::string, Blob, List, Members> data_;
+};
+
+struct NamedValue {
+    std::string_view name;  // that of the Member, which lives as long as the program
+    Value value;
+
+    friend bool operator==(const NamedValue &, const NamedValue &) = default;
+};
+
+inline bool operator==(const Value &left, const Value &right) {
+    return left.data_ == right.data_;
+}
+
+}  // namespace qvs::config
