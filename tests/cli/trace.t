@@ -30,6 +30,7 @@ Tracing is a property; without it, clearing is the kernel's.
   $ sh requests
   "requests":[{"destination":"02:00:00:00:00:06","number":3,"port":"port0","short":0,"source":"02:00:00:00:00:05","switch":"7377320000000000-0000000000000000","value1":0,"value2":0,"word1":0,"word2":0}],
   $ qvs port remove sw2 port0 && sh requests  => sw2/port0: changed | "requests":[],
+  $ qvs trace start sw1 port0 02:00:00:00:00:07 02:00:00:00:00:08 && sh requests | grep -o '"number":[0-9]*'  => sw1/port0: changed | "number":1
   $ qvs trace enable sw1 && qvs trace disable sw1 && qvs trace disable sw1 --json  => sw1: changed | sw1: changed | {"switch":"sw1","changed":false}
 
 Statistics of a port, twice; the library says what the kernel answered.

@@ -409,6 +409,24 @@ TEST(Device, JudgesFramesAndAddresses) {
     EXPECT_BYTES(device.output, u32(0) + u32(1));
 }
 
+// In an area that is larger than the record, the bytes after the record stay as they are.
+TEST_F(Uplinks, DeviceWritesNoMoreThanTheRecord) {
+    setUplinks("id", {"a"});
+    ASSERT_STATUS(DVSHYP_GlobalPropSet("id", "com.quillon.common.alias", "ps1", 4, 16), 0);
+    RawDevice device;
+    device.input = field("ps1", 128) + u32(0x4000001) + zeros(44) + field("pnic0", 92);
+    const std::pair<uint32_t, size_t> cases[] = {
+        {0x100b, 8 + 36},       {0x100c, 4},         {0x100d, 4},  {0x100e, 35588}, {0x1010, 220},
+        {0x1013, 8 + 4 * 1458}, {0x1014, 1458},      {0x101d, 10}, {0x101e, 88},    {0x101f, 8 + 4 * 14},
+        {0x1020, 8 + 4 * 52},   {0x1021, 8 + 4 * 8}, {0x1022, 32}, {0x1023, 48},    {0x1027, 64},
+    };
+    for (const auto &[command, length] : cases) {
+        SCOPED_TRACE(command);
+        EXPECT_EQ(device.ioctl(command, 40000), 0);
+        EXPECT_EQ(device.output.size(), length);
+    }
+}
+
 TEST(Trace, LinesToTheLetter) {
     takeTrace();
     void *value = nullptr;
