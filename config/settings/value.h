@@ -45,7 +45,7 @@ class Value {
 
     // The member of this name; an absent value when there is none.
     const Value &operator[](std::string_view name) const;
-    // Replaces, adds or (with an absent value) removes a member. `order` lists the names of all members.
+    // Replaces or adds a member. An absent value removes it.
     void set(std::string_view name, Value value);
 
     friend bool operator==(const Value &left, const Value &right);
