@@ -3,15 +3,25 @@
 #include "qvs/vshyp.h"
 #include "vswitch/request.h"
 
+namespace qvs {
+namespace {
+
+constexpr SwitchCommand kGetPromiscSessionActiveDsts{0x1004};
+constexpr SwitchCommand kGetMirrorSessionIds{0x1005};
+constexpr SwitchCommand kGetMirrorSessionStats{0x1006};
+constexpr SwitchCommand kGetMirrorAgentWorldStats{0x2007};  // only reads, in spite of its number
+
+}  // namespace
+}  // namespace qvs
+
 using namespace qvs;
 
 extern "C" HYP_ReturnStatus VSHYP_GetPromiscSessionActiveDsts(const char *alias, void **dsts) {
-    return fetchListByAlias(SwitchCommand::GetPromiscSessionActiveDsts, alias, {VSHYP_PROMISC_DST_SIZE},
-                            dsts);
+    return fetchListByAlias(kGetPromiscSessionActiveDsts, alias, {VSHYP_PROMISC_DST_SIZE}, dsts);
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetDVMirrorSessionIDs(const char *alias, void **ids) {
-    return fetchListByAlias(SwitchCommand::GetMirrorSessionIds, alias, {VSHYP_MIRROR_SESSION_ID_SIZE}, ids);
+    return fetchListByAlias(kGetMirrorSessionIds, alias, {VSHYP_MIRROR_SESSION_ID_SIZE}, ids);
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetDVMirrorSessionStats(const char *alias, const char *sessionName,
@@ -19,13 +29,15 @@ extern "C" HYP_ReturnStatus VSHYP_GetDVMirrorSessionStats(const char *alias, con
     if (alias == nullptr || sessionName == nullptr || stats == nullptr) return HYP_BAD_PARAM;
     SwitchRequest request;
     if (const HYP_ReturnStatus status = request.nameByAlias(alias); status != HYP_OK) return status;
-    copyText(request.mirrorSession, sessionName);
+    char session[32];
+    copyText(session, sessionName);
+    request.with(session);
     return fetchInto<VSHYP_MIRROR_STATS_SIZE>(
-        stats, [&](Area out) { return switchRequest(SwitchCommand::GetMirrorSessionStats, request, out); });
+        stats, [&](Area out) { return switchRequest(kGetMirrorSessionStats, request, out); });
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetDVMirrorAgentWorldStats(void *stats) {
     if (stats == nullptr) return HYP_BAD_PARAM;
     return fetchInto<VSHYP_MIRROR_AGENT_STATS_SIZE>(
-        stats, [](Area out) { return switchRequest(SwitchCommand::GetMirrorAgentWorldStats, Area{}, out); });
+        stats, [](Area out) { return switchRequest(kGetMirrorAgentWorldStats, Area{}, out); });
 }

@@ -8,6 +8,11 @@
 namespace qvs {
 namespace {
 
+constexpr SwitchCommand kGetMcastFilterMode{0x1007};
+constexpr SwitchCommand kGetMcastFilters{0x1008};
+constexpr SwitchCommand kGetSwitchMcastFilters{0x1009};
+constexpr SwitchCommand kGetMcastFilterStats{0x100a};
+
 // Returns the size of an address of this type (MAC, IPv4 or IPv6), or 0 if the type is unknown.
 uint32_t addressSize(int32_t filterType) {
     switch (filterType) {
@@ -22,11 +27,15 @@ uint32_t addressSize(int32_t filterType) {
     }
 }
 
-SwitchRequest forFilter(const char *switchName, uint32_t port, uint32_t type) {
-    SwitchRequest request = SwitchRequest::named(switchName);
-    request.filter.port = port;
-    request.filter.type = type;
-    return request;
+struct FilterFields {
+    uint32_t port;
+    uint32_t type;
+    uint8_t group[16];
+};
+static_assert(offsetof(FilterFields, type) == 4 && offsetof(FilterFields, group) == 8);
+
+SwitchRequest forFilter(const char *switchName, const FilterFields &fields) {
+    return SwitchRequest::named(switchName).with(fields);
 }
 
 }  // namespace
@@ -38,22 +47,22 @@ extern "C" HYP_ReturnStatus VSHYP_GetMcastFilterMode(const char *switchName, uin
     if (switchName == nullptr || mode == nullptr) return HYP_BAD_PARAM;
     const SwitchRequest request = SwitchRequest::named(switchName);
     return fetchInto<sizeof *mode>(
-        mode, [&](Area out) { return switchRequest(SwitchCommand::GetMcastFilterMode, request, out); });
+        mode, [&](Area out) { return switchRequest(kGetMcastFilterMode, request, out); });
 }
 
 // The type is checked only after the request for the count.
 extern "C" HYP_ReturnStatus VSHYP_GetMcastFilters(const char *switchName, uint32_t filterPort,
                                                   int32_t filterType, void **filters) {
     if (switchName == nullptr || filters == nullptr) return HYP_BAD_PARAM;
-    return fetchSwitchList(SwitchCommand::GetMcastFilters,
-                           forFilter(switchName, filterPort, static_cast<uint32_t>(filterType)),
+    return fetchSwitchList(kGetMcastFilters,
+                           forFilter(switchName, {filterPort, static_cast<uint32_t>(filterType), {}}),
                            {addressSize(filterType)}, filters);
 }
 
 extern "C" HYP_ReturnStatus VSHYP_GetSwitchMcastFilters(const char *switchName, uint32_t value,
                                                         void **filters) {
     if (switchName == nullptr || filters == nullptr) return HYP_BAD_PARAM;
-    return fetchSwitchList(SwitchCommand::GetSwitchMcastFilters, forFilter(switchName, 0, value),
+    return fetchSwitchList(kGetSwitchMcastFilters, forFilter(switchName, {0, value, {}}),
                            {VSHYP_SWITCH_MCAST_FILTER_SIZE}, filters);
 }
 
@@ -62,11 +71,11 @@ extern "C" HYP_ReturnStatus VSHYP_GetMcastFilterStats(const char *switchName, ui
     if (switchName == nullptr || group == nullptr || stats == nullptr) return HYP_BAD_PARAM;
     if (filterType != VSHYP_MCAST_IPV4 && filterType != VSHYP_MCAST_IPV6) return HYP_BAD_PARAM;
     const uint32_t size = addressSize(filterType);
-    SwitchRequest request = forFilter(switchName, filterPort, static_cast<uint32_t>(filterType));
-    std::memcpy(request.filter.group, group, size);
+    FilterFields fields = {filterPort, static_cast<uint32_t>(filterType), {}};
+    std::memcpy(fields.group, group, size);
     constexpr uint32_t kHeaderSize = 28;
     constexpr uint32_t kCountOffset = 20;
-    return fetchSwitchList(SwitchCommand::GetMcastFilterStats, request,
+    return fetchSwitchList(kGetMcastFilterStats, forFilter(switchName, fields),
                            {.entrySize = size, .headerSize = kHeaderSize, .countOffset = kCountOffset},
                            stats);
 }

@@ -5,6 +5,15 @@
 #include "qvs/vshyp.h"
 #include "vswitch/request.h"
 
+namespace qvs {
+namespace {
+
+constexpr SwitchCommand kGetRuntimeOptions{0x1003};
+constexpr SwitchCommand kSetRuntimeOptions{0x2001};
+
+}  // namespace
+}  // namespace qvs
+
 using namespace qvs;
 
 extern "C" HYP_ReturnStatus VSHYP_GetRuntimeOptions(const uint16_t *optionIds, uint16_t count,
@@ -19,7 +28,7 @@ extern "C" HYP_ReturnStatus VSHYP_GetRuntimeOptions(const uint16_t *optionIds, u
         ids = Area{optionIds, static_cast<uint32_t>(sizeof *optionIds * count)};
     }
     const HYP_ReturnStatus status =
-        switchRequest(SwitchCommand::GetRuntimeOptions, ids, Area{block.get(), VSHYP_RUNTIME_OPTIONS_SIZE});
+        switchRequest(kGetRuntimeOptions, ids, Area{block.get(), VSHYP_RUNTIME_OPTIONS_SIZE});
     if (status == HYP_OK) *options = block.release();
     return status;
 }
@@ -28,5 +37,5 @@ extern "C" HYP_ReturnStatus VSHYP_SetRuntimeOptions(const uint32_t *block) {
     if (block == nullptr) return HYP_BAD_PARAM;
     uint32_t length = 0;
     std::memcpy(&length, block, sizeof length);
-    return switchRequest(SwitchCommand::SetRuntimeOptions, Area{block, length}, Area{});
+    return switchRequest(kSetRuntimeOptions, Area{block, length}, Area{});
 }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Requests on /dev/vswitch: the commands, the input record that nearly all of them share, and the functions
-// that send them.
+// Requests on /dev/vswitch: the input record that nearly all of them share, and the functions that send them.
 #pragma once
 
 #include "core/request.h"
@@ -8,68 +7,8 @@
 
 namespace qvs {
 
-enum class SwitchCommand : uint32_t {
-    GetRarpStats = 0x1001,
-    GetServicePortTeamingStats = 0x1002,
-    GetRuntimeOptions = 0x1003,
-    GetPromiscSessionActiveDsts = 0x1004,
-    GetMirrorSessionIds = 0x1005,
-    GetMirrorSessionStats = 0x1006,
-    GetMcastFilterMode = 0x1007,
-    GetMcastFilters = 0x1008,
-    GetSwitchMcastFilters = 0x1009,
-    GetMcastFilterStats = 0x100a,
-    GetUplinks = 0x100b,
-    GetUplinkLinkState = 0x100c,
-    GetUplinkLacpLinkState = 0x100d,
-    GetLagTable = 0x100e,
-    GetSwitchInfo = 0x1010,
-    GetSwitchPortInfo = 0x1013,
-    GetPortInfo = 0x1014,
-    GetMacTable = 0x1017,
-    GetStaticLectx = 0x1018,
-    GetPortMacTable = 0x1019,
-    GetPortStaticLectx = 0x101a,
-    GetTeamMacTable = 0x101b,
-    GetPortMacLearningStats = 0x101c,
-    GetGlobalMacLearningProps = 0x101d,
-    GetSwitchMacLearningInfo = 0x101e,
-    GetMacLearningAllPorts = 0x101f,
-    GetSwitchMacLearningStats = 0x1020,
-    GetL2Security = 0x1021,
-    GetTeamUplinkHint = 0x1022,
-    GetUplinkDvPortId = 0x1023,
-    GetPortLsTeamingPolicyName = 0x1024,
-    GetLsTeamingPolicyTable = 0x1025,
-    GetSwitches = 0x1026,
-    AliasToSwitchId = 0x1027,
-    SetRuntimeOptions = 0x2001,
-    SetUplinkAdminLinkState = 0x2002,
-    SetPortMacTable = 0x2003,
-    ClearPortMacTable = 0x2004,
-    SetGlobalMacLearningProps = 0x2005,
-    RefreshDevNumaInfo = 0x2006,
-    GetMirrorAgentWorldStats = 0x2007,  // only reads, in spite of its number
-};
-
-// The part of the record after the names. Each command has its own layout.
-struct LinkFields {
-    char uplinkName[32];
-    uint32_t linkState;
-};
-struct TableFields {
-    uint8_t unused[6];
-    uint8_t selector;
-};
-struct QVS_PACKED LearningFields {
-    uint64_t first;
-    uint16_t second;
-};
-struct FilterFields {
-    uint32_t port;
-    uint32_t type;
-    uint8_t group[16];
-};
+// The number of a request on /dev/vswitch. Each number stands beside the function that sends it.
+enum class SwitchCommand : uint32_t {};
 
 // The input record. It is initialised with zeros, and each request fills the fields that it needs. Text that
 // does not fit into a field is truncated.
@@ -79,15 +18,7 @@ struct SwitchRequest {
         char dvPortId[48] = {};  // identifier of a port of a distributed switch,
         uint32_t portId;         // or kernel port number
     };
-    union {
-        uint8_t area[88] = {};
-        LinkFields link;
-        uint8_t macEntry[86];
-        TableFields table;
-        LearningFields learning;
-        char mirrorSession[32];
-        FilterFields filter;
-    };
+    uint8_t area[88] = {};  // fields of the single request
     uint32_t portNumber = 0;
 
     // Returns a record with the name of a switch.
@@ -95,6 +26,14 @@ struct SwitchRequest {
         SwitchRequest request;
         copyText(request.switchName, switchName);
         return request;
+    }
+
+    // Sets the fields of the single request, which its family defines.
+    template <typename Fields>
+    SwitchRequest &with(const Fields &fields) {
+        static_assert(sizeof fields <= sizeof area);
+        std::memcpy(area, &fields, sizeof fields);
+        return *this;
     }
 
     // Names the switch that has this alias, by the name of its portset.
@@ -105,10 +44,6 @@ struct SwitchRequest {
 };
 static_assert(sizeof(SwitchRequest) == 268);
 static_assert(offsetof(SwitchRequest, dvPortId) == 128 && offsetof(SwitchRequest, area) == 176);
-static_assert(offsetof(SwitchRequest, link.linkState) == 208);
-static_assert(offsetof(SwitchRequest, table.selector) == 182);
-static_assert(offsetof(SwitchRequest, learning.second) == 184);
-static_assert(offsetof(SwitchRequest, filter.type) == 180 && offsetof(SwitchRequest, filter.group) == 184);
 static_assert(offsetof(SwitchRequest, portNumber) == 264);
 
 // Issues one request with input and output areas of any kind.
