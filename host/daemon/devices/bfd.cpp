@@ -3,8 +3,6 @@
 // The flags of a request for sessions say which families it is about.
 //
 // Records in layouts/emulated.json: bfd-sessions, bfd-stats.
-#include <arpa/inet.h>
-
 #include <cerrno>
 
 #include <fmt/format.h>
@@ -12,6 +10,7 @@
 
 #include "daemon/devices/device_request.h"
 #include "daemon/devices/record_table.h"
+#include "daemon/model/text.h"
 
 namespace qvs::kernel {
 
@@ -29,7 +28,6 @@ constexpr size_t kStateAt = 8;
 constexpr size_t kFamilyAt = 10;
 constexpr size_t kLocalAt = 24;
 constexpr size_t kRemoteAt = 40;
-constexpr size_t kAddress = 16;
 constexpr size_t kInterfaceAt = 56;
 constexpr size_t kInterface = 32;
 constexpr size_t kSentAt = 88;
@@ -53,9 +51,8 @@ bool isStoredLevel(std::string_view kept) {
 }
 
 constexpr RecordTable kSessions("bfd.sessions", kRecordKey, kBytes<isSession>, kRoom);
-constexpr const char *kSettingNames[] = {"logLevel"};
-constexpr Table<std::string, std::string> kSettings("bfd", kNameOf<kSettingNames>, kBytes<isStoredLevel>);
-constexpr const AnyTable *kTables[] = {&kSessions, &kSettings};
+constexpr Setting<std::string> kLogLevel("bfd", "logLevel", kBytes<isStoredLevel>);
+constexpr const AnyTable *kTables[] = {&kSessions, &kLogLevel};
 
 Record entryOf(Model &model, uint32_t number, std::string_view session) {
     constexpr uint32_t kOtherEnd = 0x80000000;
@@ -83,12 +80,12 @@ Result getSessions(const Call &call) {
 constexpr uint32_t kDefaultLevel = 1;
 
 uint32_t logLevel(const Model &model) {
-    const std::string *level = model.tables.only(kSettings);
-    return level == nullptr ? kDefaultLevel : u32At(*level, 0);
+    const auto &level = model.tables.get(kLogLevel);
+    return level ? u32At(*level, 0) : kDefaultLevel;
 }
 
 void keepLogLevel(Model &model, uint32_t level) {
-    model.tables.setRow(kSettings, kSettingNames[0], Record(sizeof level).put(0, level).take());
+    model.tables.set(kLogLevel, Record(sizeof level).put(0, level).take());
 }
 
 Result getLogLevel(const Call &call) {
@@ -113,62 +110,44 @@ constexpr Command kCommands[] = {
     {5, 0, "GetStats", getStats},
 };
 
-// An address in the order of the network, and its family bit.
-struct Address {
-    std::string bytes;
-    uint8_t family = 0;
-};
-
-Address addressOf(Members &members, const char *name) {
-    const std::string text = members.text(name);
-    std::string bytes(kAddress, '\0');
-    if (inet_pton(AF_INET, text.c_str(), bytes.data()) == 1) return {bytes.substr(0, 4), 1};
-    if (inet_pton(AF_INET6, text.c_str(), bytes.data()) == 1) return {bytes, 2};
-    members.fail(name, "is not an address");
-}
-
-uint8_t stateOf(Members &members) {
-    const std::string text = members.maybeText("state").value_or("up");
-    for (uint8_t state = AdminDown; state <= Up; ++state) {
-        if (text == kStates[state]) return state;
-    }
-    members.fail("state", "is none of \"admin-down\", \"down\", \"init\" and \"up\"");
+std::string addressOf(Members &members, const char *name) {
+    const auto address = parseIp(members.text(name));
+    if (!address) members.fail(name, "is not an IP address");
+    return *address;
 }
 
 void addSessions(Members &members, Model &model) {
-    const Address local = addressOf(members, "local");
-    const Address remote = addressOf(members, "remote");
-    if (local.family != remote.family) members.fail("remote", "is of another family than \"local\"");
-    const uint8_t state = stateOf(members);
-    const uint32_t milliseconds = members.maybeNumber("intervalMs").value_or(300);
-    const uint32_t multiplier = members.maybeNumber("multiplier").value_or(3);
-    if (milliseconds == 0 || milliseconds > 10000) members.fail("intervalMs", "is not 1 to 10000");
-    if (multiplier == 0 || multiplier > 255) members.fail("multiplier", "is not 1 to 255");
+    const std::string local = addressOf(members, "local");
+    const std::string remote = addressOf(members, "remote");
+    if (local.size() != remote.size()) members.fail("remote", "is of another family than \"local\"");
+    const uint8_t family = local.size() == 4 ? 1 : 2;
+    const auto state = static_cast<uint8_t>(members.maybeChoice("state", kStates).value_or(Up));
+    const uint32_t milliseconds = members.maybeNumber("intervalMs", 1, 10000).value_or(300);
+    const uint32_t multiplier = members.maybeNumber("multiplier", 1, 255).value_or(3);
     const uint32_t interval = milliseconds * 1000;
     const uint32_t count = countOf(members, roomIn(model, kSessions));
 
     Record session(kInterfaceAt + kInterface);
-    session.put(kStateAt, state).put(9, uint8_t{state == Down}).put(kFamilyAt, local.family);
+    session.put(kStateAt, state).put(9, uint8_t{state == Down}).put(kFamilyAt, family);
     session.put(11, static_cast<uint8_t>(multiplier)).put(12, interval).put(16, interval * multiplier);
-    session.bytes(kLocalAt, local.bytes);
+    session.bytes(kLocalAt, local);
     session.text(kInterfaceAt, kInterface, members.maybeText("interface").value_or(""));
-    eachAddress(members, count, remote.bytes, [&](const std::string &address) {
+    eachAddress(members, count, remote, [&](const std::string &address) {
         appendRecord(model, kSessions, session.bytes(kRemoteAt, address).view());
     });
 }
 
-void applyLab(const nlohmann::json &value, Model &model) {
-    Members members(value, "lab.bfd");
+void readLab(Members &members, Model &model) {
     if (const auto level = members.maybeNumber("logLevel")) {
         if (!isLogLevel(*level)) members.fail("logLevel", "is none of 0, 1, 3 and 5");
         keepLogLevel(model, *level);
     }
     if (members.has("sessions")) clearTable(model, kSessions);
-    members.each("sessions", [&](Members session) {
-        addSessions(session, model);
-        session.finish();
-    });
-    members.finish();
+    members.each("sessions", [&](Members &session) { addSessions(session, model); });
+}
+
+void applyLab(Members &lab, Model &model) {
+    lab.object("bfd", [&](Members &members) { readLab(members, model); });
 }
 
 constexpr LabMember kLab[] = {{"bfd", applyLab}};

@@ -39,12 +39,12 @@ void rest(Model &model, const Port &port) {
 }
 
 // A lab that names busy ports names them all.
-void applyBusy(const nlohmann::json &value, Model &model) {
+void applyBusy(Members &lab, Model &model) {
     for (const Port *port : busyPorts(model))
         rest(model, *port);
     clearTable(model, kBusy);
-    eachOf(value, kMember,
-           [&](Members &members) { model.tables.setRow(kBusy, portOf(members, model).number, ""); });
+    lab.each(kMember,
+             [&](Members &members) { model.tables.setRow(kBusy, portOf(members, model).number, ""); });
 }
 
 constexpr LabMember kLab[] = {{kMember, applyBusy}};
@@ -56,7 +56,7 @@ void lookAt(Model &model, Port &port) {
     const Property *statistics = port.properties.find(kStatisticsKey);
     if (statistics == nullptr || statistics->value.size() != kStatistics) return;
     std::string value = statistics->value;
-    CounterRow counters = model.counters.read("port " + portKeyText(port.number));
+    CounterRow counters = model.counters.read("port " + kPortKey.write(port.number));
     for (size_t at = 0; at < value.size(); at += sizeof(uint64_t)) {
         const uint64_t grown = u64At(value, at) + counters.nextStep();
         std::memcpy(value.data() + at, &grown, sizeof grown);

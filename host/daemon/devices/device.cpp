@@ -24,12 +24,17 @@ std::span<const Device> devices() {
     return kDevices;
 }
 
+std::vector<const DevicePart *> deviceParts() {
+    std::vector<const DevicePart *> parts;
+    for (const Device &device : devices())
+        parts.insert(parts.end(), device.parts.begin(), device.parts.end());
+    return parts;
+}
+
 std::vector<const AnyTable *> deviceTables() {
     std::vector<const AnyTable *> tables;
-    for (const Device &device : devices()) {
-        for (const DevicePart *part : device.parts)
-            tables.insert(tables.end(), part->tables.begin(), part->tables.end());
-    }
+    for (const DevicePart *part : deviceParts())
+        tables.insert(tables.end(), part->tables.begin(), part->tables.end());
     return tables;
 }
 

@@ -65,12 +65,14 @@ struct Frame {
 };
 Frame readFrame(const FrameLayout &layout, std::string_view bytes);
 
-// A member of the lab JSON that a device understands.
+class Members;
+
+// A member of a lab that a device reads.
 struct LabMember {
     const char *name = nullptr;
-    // Puts it onto the host, all or with an exception (JsonError, LabError) part of it: what was done is
-    // rolled back. Switches, ports and NICs of the lab are there already.
-    void (*apply)(const nlohmann::json &value, Model &model) = nullptr;
+    // Reads the member from `lab` and applies it to the host, after the switches, ports and NICs of the lab.
+    // After an exception (JsonError, LabError), the caller rolls back the changes.
+    void (*apply)(Members &lab, Model &model) = nullptr;
 };
 
 // What one source file adds to a device.
@@ -92,9 +94,11 @@ struct Device {
 };
 
 std::span<const Device> devices();
-// What all of them keep.
+// Returns the parts of all devices.
+std::vector<const DevicePart *> deviceParts();
+// Returns the tables of all devices.
 std::vector<const AnyTable *> deviceTables();
-// Null for a path that is none of ours.
+// Returns the device with this path, or null if there is none.
 const Device *findDevice(std::string_view path);
 
 // The parts with a model, one a file; the table of devices is in device.cpp.

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What several device models read alike: the head of the switch request record, and places, numbers and runs
-// of addresses in a lab.
+// Functions that several devices share. They find the objects that a request or a lab names.
 #pragma once
 
 #include <algorithm>
@@ -11,51 +10,51 @@
 
 namespace qvs::kernel {
 
-// The record that requests on /dev/vswitch begin with.
+// The input record of most requests on /dev/vswitch. It starts with the name of the switch.
 struct SwitchRequest {
     static constexpr uint32_t kSize = 268;
-    static constexpr size_t kNameAt = 0;
-    static constexpr size_t kNameWidth = 128;
     static constexpr size_t kPortNumberAt = 128;
     static constexpr size_t kPortIdAt = 128;
-    static constexpr size_t kOwnAt = 176;  // from here on each command has fields of its own
+    static constexpr size_t kOwnAt = 176;  // the fields of the single command
 };
 
-// The portset that a request names; null for an unknown one.
+// The requested... functions return null if the request names an unknown object.
+
+// Returns the portset that a request names.
 inline const Portset *requestedPortset(const Call &call) {
-    return call.model.inventory.findPortset(
-        textAt(call.input, SwitchRequest::kNameAt, SwitchRequest::kNameWidth));
+    return call.model.inventory.findPortset(textAt(call.input, 0, kPortsetField));
 }
 
-// The switch that a request names by its identifier, not by its portset.
+// Returns the switch that a request names by its identifier.
 inline const Switch *requestedSwitchById(const Call &call) {
-    return call.model.inventory.findSwitch(textAt(call.input, SwitchRequest::kNameAt, 64));
+    return call.model.inventory.findSwitch(textAt(call.input, 0, kSwitchIdField));
 }
 
-// The distributed port of such a switch.
-inline const Port *requestedDvPort(const Call &call) {
-    return call.model.inventory.findPort(textAt(call.input, SwitchRequest::kNameAt, 64),
-                                         textAt(call.input, SwitchRequest::kPortIdAt, 48));
+// Returns the port that a request names by the identifier of its switch and, at `portAt`, its own identifier.
+template <size_t portAt = SwitchRequest::kPortIdAt, size_t switchField = kSwitchIdField>
+const Port *requestedDvPort(const Call &call) {
+    return call.model.inventory.findPort(textAt(call.input, 0, switchField),
+                                         textAt(call.input, portAt, kPortIdField));
 }
 
-// A handler of requests about something that `find` finds for them: what is not found answers ENOENT.
+// Calls `handle` with the object that `find` returns, or answers ENOENT if `find` returns null.
 template <auto find, auto handle>
 Result on(const Call &call) {
     const auto found = find(call);
     return found == nullptr ? failure(ENOENT) : handle(call, *found);
 }
 
-// The port that a request names by the kernel's number.
+// Returns the port that a request on /dev/vswitch names by its number.
 inline Port *requestedPortNumber(const Call &call) {
     return call.model.inventory.findPort(u32At(call.input, SwitchRequest::kPortNumberAt));
 }
 
-// The same for a request that carries nothing else.
+// Returns the port whose number is the whole request.
 inline const Port *numberedPort(const Call &call) {
     return call.model.inventory.findPort(u32At(call.input, 0));
 }
 
-// The ports of a portset's switch; a portset without a switch has none.
+// Returns the ports of the switch that owns a portset. A portset without a switch has no ports.
 inline std::vector<Port *> portsOf(const Portset &portset) {
     std::vector<Port *> ports;
     if (portset.owner == nullptr) return ports;
@@ -64,7 +63,7 @@ inline std::vector<Port *> portsOf(const Portset &portset) {
     return ports;
 }
 
-// The switch that a lab calls by its alias or identifier in the member "switch".
+// Returns the switch that the member "switch" of a lab names by its alias or identifier.
 inline Switch &switchOf(Members &members, const Model &model) {
     const std::string name = members.text("switch");
     Switch *sw = model.inventory.findByName(name);
@@ -72,7 +71,7 @@ inline Switch &switchOf(Members &members, const Model &model) {
     return *sw;
 }
 
-// The port of the members "switch" and "port".
+// Returns the port that the members "switch" and "port" name.
 inline Port &portOf(Members &members, const Model &model) {
     const Switch &sw = switchOf(members, model);
     const std::string name = members.text("port");
@@ -84,19 +83,17 @@ inline Port &portOf(Members &members, const Model &model) {
 constexpr uint16_t kMaxVlan = 4094;
 
 inline uint16_t vlanOf(Members &members) {
-    const uint32_t vlan = members.maybeNumber("vlan").value_or(0);
-    if (vlan > kMaxVlan) members.fail("vlan", "is not a VLAN from 0 to 4094");
-    return static_cast<uint16_t>(vlan);
+    return static_cast<uint16_t>(members.maybeNumber("vlan", 0, kMaxVlan).value_or(0));
 }
 
-// How many things a lab means by one entry, of which there is room for so many.
+// Returns the number of objects that an entry of a lab stands for. Fails if it exceeds `room`.
 inline uint32_t countOf(Members &members, size_t room) {
     const uint32_t count = members.maybeNumber("count").value_or(1);
     if (count > room) members.fail("count", "is more than there is room for");
     return count;
 }
 
-// Visits that many addresses one after the other, the first one given in the order of the network.
+// Calls `visit` for `count` consecutive addresses. The first address is in network order.
 template <typename Address, typename Visit>
 void eachAddress(const Members &members, uint32_t count, Address address, const Visit &visit) {
     bool valid = true;
@@ -104,18 +101,6 @@ void eachAddress(const Members &members, uint32_t count, Address address, const 
         if (!valid) members.fail("count", "leads beyond the last address");
         visit(address);
         valid = std::any_of(address.rbegin(), address.rend(), [](auto &byte) { return ++byte != 0; });
-    }
-}
-
-// Visits the objects of a member that is a list of them.
-template <typename Visit>
-void eachOf(const nlohmann::json &list, const char *name, const Visit &visit) {
-    if (!list.is_array()) throw JsonError(std::string("lab: \"") + name + "\" is not a list");
-    size_t index = 0;
-    for (const nlohmann::json &element : list) {
-        Members members(element, std::string("lab.") + name + '[' + std::to_string(index++) + ']');
-        visit(members);
-        members.finish();
     }
 }
 

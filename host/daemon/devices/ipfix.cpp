@@ -15,9 +15,6 @@ namespace qvs::kernel {
 namespace {
 
 constexpr uint32_t kRequestSize = 176;
-constexpr size_t kSwitchWidth = 128;
-constexpr size_t kPortAt = 128;
-constexpr size_t kPortWidth = 48;
 constexpr size_t kStats = 192;
 constexpr size_t kCountersAt = 8;
 
@@ -45,24 +42,15 @@ void addSampling(const Port &port, Sampling *sampling) {
 Result statistics(const Call &call, const std::string &object, const Sampling &sampling) {
     Record stats(kStats);
     stats.put(0, sampling.ports).put(4, static_cast<uint32_t>(sampling.collectors.size()));
-    if (sampling.ports != 0) {
-        stats.counters(kCountersAt, call.model.counters.read(object));
-    }
+    if (sampling.ports != 0) stats.counters(kCountersAt, call.model.counters.read(object));
     return {0, stats.take()};
 }
 
 Result getSwitchStats(const Call &call, const Portset &portset) {
     Sampling sampling;
-    if (portset.owner != nullptr) {
-        for (const auto &[number, port] : portset.owner->ports)
-            addSampling(*port, &sampling);
-    }
+    for (const Port *port : portsOf(portset))
+        addSampling(*port, &sampling);
     return statistics(call, "ipfix " + portset.name, sampling);
-}
-
-const Port *requestedPort(const Call &call) {
-    return call.model.inventory.findPort(textAt(call.input, 0, kSwitchWidth),
-                                         textAt(call.input, kPortAt, kPortWidth));
 }
 
 Result getPortStats(const Call &call, const Port &port) {
@@ -73,7 +61,7 @@ Result getPortStats(const Call &call, const Port &port) {
 
 constexpr Command kCommands[] = {
     {4097, kRequestSize, "GetIpfixStats", on<requestedPortset, getSwitchStats>},
-    {4098, kRequestSize, "GetIpfixGranularStats", on<requestedPort, getPortStats>},
+    {4098, kRequestSize, "GetIpfixGranularStats", on<requestedDvPort<128, 128>, getPortStats>},
 };
 
 }  // namespace

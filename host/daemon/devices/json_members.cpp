@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reading a JSON object member by member.
+// Reads the members of a JSON object.
 #include "daemon/devices/json_members.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include <fmt/format.h>
 
@@ -40,13 +39,29 @@ std::optional<std::string> Members::maybeText(const char *name) {
     return value->get<std::string>();
 }
 
-std::optional<uint32_t> Members::maybeNumber(const char *name) {
+std::optional<uint32_t> Members::maybeNumber(const char *name, uint32_t least, uint32_t most) {
     const json *value = any(name);
     if (value == nullptr) return std::nullopt;
-    if (!value->is_number_unsigned() || value->get<uint64_t>() > UINT32_MAX) {
-        fail(name, "is not a number from 0 to 4294967295");
-    }
-    return value->get<uint32_t>();
+    const uint64_t number = value->is_number_unsigned() ? value->get<uint64_t>() : UINT64_MAX;
+    if (number < least || number > most)
+        fail(name, fmt::format("is not a number from {} to {}", least, most));
+    return static_cast<uint32_t>(number);
+}
+
+std::optional<size_t> Members::maybeChoice(const char *name, std::span<const char *const> words) {
+    const auto given = maybeText(name);
+    if (!given) return std::nullopt;
+    const auto found = std::find(words.begin(), words.end(), *given);
+    if (found == words.end()) fail(name, fmt::format("is none of \"{}\"", fmt::join(words, "\", \"")));
+    return static_cast<size_t>(found - words.begin());
+}
+
+std::optional<std::string> Members::maybeBytes(const char *name) {
+    const auto given = maybeText(name);
+    if (!given) return std::nullopt;
+    auto bytes = parseHex(*given);
+    if (!bytes) fail(name, "is not a row of pairs of hexadecimal digits");
+    return bytes;
 }
 
 std::optional<std::array<uint8_t, 6>> Members::maybeMac(const char *name) {
@@ -71,26 +86,24 @@ std::vector<std::string> Members::texts(const char *name) {
     return result;
 }
 
-void Members::each(const char *name, const std::function<void(Members)> &visit) {
+void Members::object(const char *name, const std::function<void(Members &)> &visit) {
+    const json *value = any(name);
+    if (value == nullptr) return;
+    Members members(*value, fmt::format("{}.{}", where_, name));
+    visit(members);
+    members.finish();
+}
+
+void Members::each(const char *name, const std::function<void(Members &)> &visit) {
     const json *value = any(name);
     if (value == nullptr) return;
     if (!value->is_array()) fail(name, "is not a list");
     size_t index = 0;
-    for (const json &element : *value)
-        visit(Members(element, fmt::format("{}.{}[{}]", where_, name, index++)));
-}
-
-std::string Members::bytes(const char *name, std::string_view hex) const {
-    if (hex.find_first_not_of("0123456789abcdefABCDEF") != std::string_view::npos)
-        fail(name, "holds something else than hexadecimal digits");
-    if (hex.size() % 2 != 0) fail(name, "has an odd number of digits");
-    std::string result;
-    for (size_t at = 0; at < hex.size(); at += 2) {
-        uint8_t byte = 0;
-        std::from_chars(hex.data() + at, hex.data() + at + 2, byte, 16);
-        result += static_cast<char>(byte);
+    for (const json &element : *value) {
+        Members members(element, fmt::format("{}.{}[{}]", where_, name, index++));
+        visit(members);
+        members.finish();
     }
-    return result;
 }
 
 void Members::finish() const {

@@ -19,9 +19,6 @@ namespace qvs::kernel {
 
 namespace {
 
-constexpr size_t kSwitchId = 64;
-constexpr size_t kPortId = 48;
-
 // An interface as it is kept: u32 port number, u32 container, MAC at 8, u16 VLAN at 14, name behind it.
 constexpr size_t kMacAt = 8;
 constexpr size_t kVlanAt = 14;
@@ -47,10 +44,9 @@ constexpr RecordTable kContainerInterfaces = interfaceTable("kcp.containerInterf
 constexpr RecordTable kHypervisorInterfaces = interfaceTable("kcp.hypervisorInterfaces");
 constexpr RecordTable kHypervisorNics = interfaceTable("kcp.hypervisorNics");
 constexpr RecordTable kContainers("kcp.containers", kRecordKey, kBytes<isContainer>, kRoom);
-constexpr const char *kSettingNames[] = {"status"};
-constexpr Table<std::string, std::string> kSettings("kcp", kNameOf<kSettingNames>, kBytes<hasSize<3>>);
+constexpr Setting<std::string> kStatus("kcp", "status", kBytes<hasSize<3>>);
 constexpr const AnyTable *kTables[] = {&kInterfaces,     &kContainerInterfaces, &kHypervisorInterfaces,
-                                       &kHypervisorNics, &kContainers,          &kSettings};
+                                       &kHypervisorNics, &kContainers,          &kStatus};
 
 // What a list's entries begin with; the rest of each is zero.
 using Heads = std::vector<std::string>;
@@ -58,7 +54,8 @@ using Heads = std::vector<std::string>;
 Heads switches(const Model &model) {
     Heads heads;
     for (const auto &[row, sw] : model.inventory.switches())
-        heads.push_back(Record(2 * kSwitchId).text(0, kSwitchId, sw->id).text(64, 64, sw->alias()).take());
+        heads.push_back(
+            Record(2 * kSwitchIdField).text(0, kSwitchIdField, sw->id).text(64, 64, sw->alias()).take());
     return heads;
 }
 
@@ -68,7 +65,7 @@ Heads portsets(const Model &model) {
         Record head(208);
         head.put(0, number).put(4, portset->capacity).put(8, portset->mtu).text(16, 128, portset->name);
         if (const Switch *sw = portset->owner)
-            head.put(12, static_cast<uint32_t>(sw->ports.size())).text(144, kSwitchId, sw->id);
+            head.put(12, static_cast<uint32_t>(sw->ports.size())).text(144, kSwitchIdField, sw->id);
         heads.push_back(head.take());
     }
     return heads;
@@ -81,7 +78,8 @@ Heads uplinks(const Model &model) {
             Record head(166);
             head.text(0, 32, nic->name).put(32, nic->port->number).put(36, uint32_t{nic->up()});
             head.put(40, nic->speedMbps).put(44, nic->mtu).put(48, nic->mac);
-            heads.push_back(head.text(54, kSwitchId, sw->id).text(118, kPortId, nic->port->id).take());
+            heads.push_back(
+                head.text(54, kSwitchIdField, sw->id).text(118, kPortIdField, nic->port->id).take());
         }
     }
     return heads;
@@ -95,7 +93,9 @@ Record interfaceHead(const Model &model, uint32_t number, std::string_view kept,
         .text(8, 128, kept.substr(kNameAt));
     head.bytes(136, kept.substr(kMacAt, 6)).bytes(142, kept.substr(kVlanAt, 2));
     if (port != nullptr) {
-        head.put(144, port->number).text(148, kSwitchId, port->owner->id).text(212, kPortId, port->id);
+        head.put(144, port->number)
+            .text(148, kSwitchIdField, port->owner->id)
+            .text(212, kPortIdField, port->id);
     }
     return head;
 }
@@ -174,8 +174,7 @@ Result fetch(const Call &call) {
 
 Result getStatus(const Call &call) {
     constexpr std::string_view kAsNew("\1\0\1", 3);
-    const std::string *kept = call.model.tables.only(kSettings);
-    return {0, std::string(kept == nullptr ? kAsNew : *kept)};
+    return {0, call.model.tables.get(kStatus).value_or(std::string(kAsNew))};
 }
 
 constexpr Command kCommands[] = {
@@ -235,27 +234,24 @@ uint8_t flagOf(Members &members, const char *name, bool absent) {
     return value->get<bool>();
 }
 
-void applyStatus(const nlohmann::json &value, Model &model) {
-    Members members(value, "lab.kcp.status");
+void readStatus(Members &members, Model &model) {
     Record status(3);
     status.put(0, flagOf(members, "running", true))
         .put(1, flagOf(members, "connected", false))
         .put(2, uint8_t{1});
-    members.finish();
-    model.tables.setRow(kSettings, kSettingNames[0], status.take());
+    model.tables.set(kStatus, status.take());
 }
 
-void applyLab(const nlohmann::json &value, Model &model) {
-    Members members(value, "lab.kcp");
+void readLab(Members &members, Model &model) {
     for (const LabList &list : kLabLists) {
         if (members.has(list.member)) clearTable(model, *list.table);
-        members.each(list.member, [&](Members entry) {
-            list.add(entry, model, *list.table);
-            entry.finish();
-        });
+        members.each(list.member, [&](Members &entry) { list.add(entry, model, *list.table); });
     }
-    if (const nlohmann::json *status = members.any("status")) applyStatus(*status, model);
-    members.finish();
+    members.object("status", [&](Members &status) { readStatus(status, model); });
+}
+
+void applyLab(Members &lab, Model &model) {
+    lab.object("kcp", [&](Members &members) { readLab(members, model); });
 }
 
 constexpr LabMember kLab[] = {{"kcp", applyLab}};

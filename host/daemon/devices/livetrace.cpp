@@ -20,9 +20,6 @@ namespace qvs::kernel {
 namespace {
 
 constexpr uint32_t kHead = 112;
-constexpr size_t kSwitchId = 64;
-constexpr size_t kPortAt = 64;
-constexpr size_t kPortId = 48;
 
 constexpr size_t kRoom = 8;
 constexpr size_t kSession = 88;
@@ -56,11 +53,8 @@ bool addSession(Model &model, const Port &port, std::string_view definition) {
     return true;
 }
 
-Result createSession(const Call &call) {
-    const Port *port =
-        call.model.inventory.findPort(textAt(call.input, 0, kSwitchId), textAt(call.input, kPortAt, kPortId));
-    if (port == nullptr) return failure(ENOENT);
-    return failure(addSession(call.model, *port, call.input.substr(kHead)) ? 0 : ENOSPC);
+Result createSession(const Call &call, const Port &port) {
+    return failure(addSession(call.model, port, call.input.substr(kHead)) ? 0 : ENOSPC);
 }
 
 Result listSessions(const Call &call) {
@@ -70,7 +64,7 @@ Result listSessions(const Call &call) {
         const size_t at = 1 + count++ * kSession;
         const Port &port = *call.model.inventory.findPort(u32At(kept, 0));
         const std::string_view definition = kept.substr(kDefinitionAt);
-        list.put(at, number).put(at + 4, port.number).text(at + 8, kPortId, port.id);
+        list.put(at, number).put(at + 4, port.number).text(at + 8, kPortIdField, port.id);
         list.put(at + 56, static_cast<uint32_t>(definition.size()));
         list.bytes(at + 60, definition.substr(0, kDefinitionShown));
     });
@@ -121,7 +115,7 @@ Result getStats(const Call &call) {
 }
 
 constexpr Command kCommands[] = {
-    {0, kHead, "CreateSession", createSession},
+    {0, kHead, "CreateSession", on<requestedDvPort<64>, createSession>},
     {1, 0, "ListSession", listSessions},
     {2, kActionRequest, "GetCountActionData", getActionCounts},
     {3, sizeof(uint32_t), "GetPortData", on<numberedPort, getPortData>},
@@ -129,13 +123,11 @@ constexpr Command kCommands[] = {
 };
 
 // The sessions of a lab replace those that are there.
-void applySessions(const nlohmann::json &value, Model &model) {
+void applySessions(Members &lab, Model &model) {
     clearTable(model, kSessions);
-    eachOf(value, "liveTrace", [&](Members &members) {
+    lab.each("liveTrace", [&](Members &members) {
         const Port &port = portOf(members, model);
-        const std::string definition =
-            members.bytes("definition", members.maybeText("definition").value_or(""));
-        if (!addSession(model, port, definition))
+        if (!addSession(model, port, members.maybeBytes("definition").value_or("")))
             members.fail("port", "is one too many: there is room for 8");
     });
 }

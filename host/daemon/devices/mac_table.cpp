@@ -17,17 +17,16 @@ namespace qvs::kernel {
 
 namespace {
 
-constexpr const char *kLearningNames[] = {"aging", "limit", "clock"};
-constexpr auto &kAgingValue = kLearningNames[0];
-constexpr auto &kLimitValue = kLearningNames[1];
-constexpr auto &kClockValue = kLearningNames[2];
+constexpr char kAgingValue[] = "aging";
+constexpr char kLimitValue[] = "limit";
+constexpr char kClockValue[] = "clock";
 
 bool fitsName(const std::string &name, const uint64_t &number) {
-    return name != kLimitValue || number <= UINT16_MAX;
+    return name == kAgingValue || name == kClockValue || (name == kLimitValue && number <= UINT16_MAX);
 }
 
-constexpr Table<std::string, uint64_t> kLearning("mac learning", kNameOf<kLearningNames>, kDecimal, SIZE_MAX,
-                                                 fitsName);
+constexpr Table<std::string, uint64_t> kLearning("mac learning", kBytes<isAnything>, kNumber<uint64_t>,
+                                                 SIZE_MAX, fitsName);
 
 // The record that a switch has stored: 24 bits of seconds, u32 limit at 4.
 constexpr char kSwitchLearningKey[] = "com.quillon.vswitch.macLearning";
@@ -128,9 +127,15 @@ uint32_t macLimitOf(const Switch &sw) {
     return stored == nullptr ? kDefaultSwitchLimit : u32At(stored->value, 4);
 }
 
-std::optional<uint32_t> macLimitOf(const Model &model, const Port &port) {
+std::optional<PortLearning> portLearning(const Port &port) {
     const Property *stored = record(port.properties, kPortLearningKey, kPortLearningSize);
-    if (stored != nullptr) return u32At(stored->value, 3);
+    if (stored == nullptr) return std::nullopt;
+    const std::string_view value = stored->value;
+    return PortLearning{value[1] != 0, value[2] != 0, u32At(value, 3), u32At(value, 7) != 0};
+}
+
+std::optional<uint32_t> macLimitOf(const Model &model, const Port &port) {
+    if (const auto stored = portLearning(port)) return stored->limit;
     const uint16_t limit = learningProps(model).limit;
     if (limit == 0) return std::nullopt;
     return limit;

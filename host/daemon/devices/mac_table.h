@@ -13,7 +13,7 @@
 
 namespace qvs::kernel {
 
-// What is kept for all switches of the host.
+// The learning properties of the host, for all its switches.
 struct LearningProps {
     uint64_t aging = 600;  // seconds that a learnt address is kept; 0: for ever
     uint16_t limit = 0;    // addresses behind one port; 0: as many as the switch has room for
@@ -25,7 +25,16 @@ void setLearningProps(Model &model, const LearningProps &props);
 uint64_t learningClock(const Model &model);
 void stopLearningClock(Model &model, uint64_t at);
 
-// What a switch or a port has stored about learning goes before the host's properties.
+// The learning policy that a port has stored.
+struct PortLearning {
+    bool learning = false;
+    bool flooding = false;
+    uint32_t limit = 0;
+    bool dropping = false;
+};
+std::optional<PortLearning> portLearning(const Port &port);
+
+// The following values are those that the switch or the port has stored, or else those of the host.
 uint64_t agingOf(const Model &model, const Switch &sw);
 uint32_t macLimitOf(const Switch &sw);
 // Nothing: the switch's limit is the only one.

@@ -43,10 +43,6 @@ const Form *formOf(std::string_view block) {
 // An operation is kept under a running number, as u32 command and the input.
 constexpr size_t kInputAt = sizeof(uint32_t);
 
-std::string keyText(const uint64_t &number) {
-    return fmt::format("{:020}", number);
-}
-
 bool isOperation(std::string_view kept) {
     if (kept.size() < kInputAt + kShortest) return false;
     const std::string_view input = kept.substr(kInputAt);
@@ -54,7 +50,7 @@ bool isOperation(std::string_view kept) {
 }
 
 // One more than is kept: the newest comes before the oldest goes.
-constexpr Table<uint64_t, std::string> kOperations("rtm", {keyText, readDecimal}, kBytes<isOperation>,
+constexpr Table<uint64_t, std::string> kOperations("rtm", kNumber<uint64_t, 10, 20>, kBytes<isOperation>,
                                                    kKept + 1);
 constexpr const AnyTable *kTables[] = {&kOperations};
 

@@ -21,9 +21,7 @@ namespace qvs::kernel {
 namespace {
 
 constexpr uint32_t kRequestSize = 194;
-constexpr size_t kSwitchWidth = 128;
 constexpr size_t kPortAt = 128;
-constexpr size_t kPortWidth = 48;
 constexpr size_t kMacAt = 176;
 constexpr size_t kMacWidth = 18;
 constexpr size_t kEntry = 8;
@@ -45,9 +43,7 @@ bool isStation(std::string_view mac) {
 // A row for each plumbed port: its number, and its address.
 constexpr Table<uint32_t, std::string> kPlumbed("tarn-spf ports", kPortKey, kBytes<isStation>);
 // How often each kind of change was refused, as answered.
-constexpr const char *kCountNames[] = {"failures"};
-constexpr Table<std::string, std::string> kCounts("tarn-spf", kNameOf<kCountNames>,
-                                                  kBytes<hasSize<kFailures>>);
+constexpr Setting<std::string> kCounts("tarn-spf", "failures", kBytes<hasSize<kFailures>>);
 constexpr const AnyTable *kTables[] = {&kPlumbed, &kCounts};
 
 const std::string *plumbedMac(const Model &model, const Port &port) {
@@ -68,7 +64,7 @@ std::vector<const Port *> plumbedPorts(const Model &model, const Switch *sw) {
 
 // Both kinds of names are taken: a portset name need not fit the field of all requests.
 const Switch *requestedSwitch(const Call &call) {
-    const std::string_view name = textAt(call.input, 0, kSwitchWidth);
+    const std::string_view name = textAt(call.input, 0, kPortsetField);
     const Portset *portset = call.model.inventory.findPortset(name);
     return portset != nullptr && portset->owner != nullptr ? portset->owner
                                                            : call.model.inventory.findSwitch(name);
@@ -76,7 +72,7 @@ const Switch *requestedSwitch(const Call &call) {
 
 const Port *requestedPort(const Call &call) {
     const Switch *sw = requestedSwitch(call);
-    return sw == nullptr ? nullptr : sw->port(textAt(call.input, kPortAt, kPortWidth));
+    return sw == nullptr ? nullptr : sw->port(textAt(call.input, kPortAt, kPortIdField));
 }
 
 // --- reading ---
@@ -95,8 +91,9 @@ Result getGuestPortStats(const Call &call, const Port &port) {
         return failure(ENOENT);
     Record stats(kGuestStats);
     stats.put(0, port.number).put(4, port.flags());
-    return {0,
-            stats.counters(8, call.model.counters.read("spf guest port " + portKeyText(port.number))).take()};
+    return {
+        0,
+        stats.counters(8, call.model.counters.read("spf guest port " + kPortKey.write(port.number))).take()};
 }
 
 Result getServicePortStats(const Call &call, const Port &port) {
@@ -104,9 +101,8 @@ Result getServicePortStats(const Call &call, const Port &port) {
     if (mac == nullptr) return failure(ENOENT);
     Record stats(kServiceStats);
     stats.put(0, port.number).put(4, port.flags()).bytes(8, *mac);
-    return {
-        0,
-        stats.counters(16, call.model.counters.read("spf service port " + portKeyText(port.number))).take()};
+    return {0, stats.counters(16, call.model.counters.read("spf service port " + kPortKey.write(port.number)))
+                   .take()};
 }
 
 Result getSwitchStats(const Call &call, const Portset &portset) {
@@ -118,8 +114,7 @@ Result getSwitchStats(const Call &call, const Portset &portset) {
 }
 
 std::string failures(const Model &model) {
-    const std::string *counts = model.tables.only(kCounts);
-    return counts == nullptr ? std::string(kFailures, '\0') : *counts;
+    return model.tables.get(kCounts).value_or(std::string(kFailures, '\0'));
 }
 
 Result getConfigFailureStats(const Call &call) {
@@ -156,7 +151,7 @@ Result refuse(const Call &call, size_t offset, int error) {
     const std::string before = failures(call.model);
     Record record(kFailures);
     record.bytes(0, before).put(offset, u32At(before, offset) + 1);
-    call.model.tables.setRow(kCounts, kCountNames[0], record.take());
+    call.model.tables.set(kCounts, record.take());
     return failure(error);
 }
 
@@ -199,9 +194,9 @@ void applyPort(Members &members, Model &model, Addresses *taken) {
     model.tables.setRow(kPlumbed, port.number, mac);
 }
 
-void applyPorts(const nlohmann::json &value, Model &model) {
+void applyPorts(Members &lab, Model &model) {
     Addresses taken = takenAddresses(model);
-    eachOf(value, kMember, [&](Members &members) { applyPort(members, model, &taken); });
+    lab.each(kMember, [&](Members &members) { applyPort(members, model, &taken); });
 }
 
 constexpr LabMember kLab[] = {{kMember, applyPorts}};

@@ -21,9 +21,6 @@ namespace {
 
 constexpr uint32_t kRequest = 150;
 constexpr uint32_t kClear = 112;
-constexpr size_t kSwitchId = 64;
-constexpr size_t kPortAt = 64;
-constexpr size_t kPortId = 48;
 constexpr size_t kStats = 64;
 constexpr uint32_t kTelemetrySize = 6;
 constexpr size_t kRoom = 1024;
@@ -36,19 +33,12 @@ bool isRequest(std::string_view kept) {
 }
 
 constexpr RecordTable kRequests("traceflow.requests", kRecordKey, kBytes<isRequest>, kRoom);
-constexpr const char *kSettingNames[] = {"telemetry"};
-constexpr Table<std::string, std::string> kSettings("traceflow", kNameOf<kSettingNames>,
-                                                    kBytes<hasSize<kTelemetrySize>>);
-constexpr const AnyTable *kTables[] = {&kRequests, &kSettings};
-
-const Switch *requestedSwitch(const Call &call) {
-    return call.model.inventory.findSwitch(textAt(call.input, 0, kSwitchId));
-}
+constexpr Setting<std::string> kTelemetry("traceflow", "telemetry", kBytes<hasSize<kTelemetrySize>>);
+constexpr const AnyTable *kTables[] = {&kRequests, &kTelemetry};
 
 Result createRequest(const Call &call) {
     if (call.input.size() != kRequest) return failure(EINVAL);
-    const Port *port =
-        call.model.inventory.findPort(textAt(call.input, 0, kSwitchId), textAt(call.input, kPortAt, kPortId));
+    const Port *port = requestedDvPort<64>(call);
     if (port == nullptr) return failure(ENOENT);
     dropDeadRecords(call.model, kRequests);
     if (roomIn(call.model, kRequests) == 0) return failure(ENOSPC);
@@ -57,12 +47,10 @@ Result createRequest(const Call &call) {
     return {};
 }
 
-Result clearRequests(const Call &call) {
-    const Switch *sw = requestedSwitch(call);
-    if (sw == nullptr) return failure(ENOENT);
+Result clearRequests(const Call &call, const Switch &sw) {
     dropDeadRecords(call.model, kRequests);
     removeRows(call.model, kRequests, [&](const auto &, std::string_view kept) {
-        return call.model.inventory.findPort(u32At(kept, 0))->owner == sw;
+        return call.model.inventory.findPort(u32At(kept, 0))->owner == &sw;
     });
     return {};
 }
@@ -73,13 +61,12 @@ Result getPortStats(const Call &call, const Port &port) {
 }
 
 std::string telemetry(const Model &model) {
-    const std::string *kept = model.tables.only(kSettings);
-    return kept == nullptr ? std::string(kTelemetrySize, '\0') : *kept;
+    return model.tables.get(kTelemetry).value_or(std::string(kTelemetrySize, '\0'));
 }
 
 Result setTelemetry(const Call &call) {
     if (call.input.size() != kTelemetrySize) return failure(EINVAL);
-    call.model.tables.setRow(kSettings, kSettingNames[0], std::string(call.input));
+    call.model.tables.set(kTelemetry, std::string(call.input));
     return {};
 }
 
@@ -89,7 +76,7 @@ Result getTelemetry(const Call &call) {
 
 constexpr Command kCommands[] = {
     {0, kRequest, "CreateRequest", createRequest},
-    {1, kClear, "ClearConfig", clearRequests},
+    {1, kClear, "ClearConfig", on<requestedSwitchById, clearRequests>},
     {2, sizeof(uint32_t), "GetPortStats", on<numberedPort, getPortStats>},
     {3, kTelemetrySize, "SetINTConfig", setTelemetry},
     {4, 0, "GetINTConfig", getTelemetry},

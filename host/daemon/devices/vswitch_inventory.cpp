@@ -16,17 +16,12 @@ namespace {
 
 constexpr uint32_t kRequest = SwitchRequest::kSize;
 constexpr size_t kUplinkAt = 176;
-constexpr size_t kUplinkWidth = 32;
 constexpr size_t kLinkStateAt = 208;
 
 constexpr size_t kUplinkEntry = 36;
 constexpr size_t kSwitchInfo = 220;
 constexpr size_t kPortInfo = 1458;
 constexpr size_t kLagTable = 35588;
-constexpr size_t kHint = 32;
-constexpr size_t kIdentity = 48;
-constexpr size_t kSwitchId = 64;
-constexpr size_t kPortsetNameEntry = 128;
 constexpr size_t kAliasEntry = 81;
 
 Result word(uint32_t value) {
@@ -43,14 +38,14 @@ const Port *findUplink(const Model &model, const Switch &sw, std::string_view na
 const Port *requestedUplink(const Call &call) {
     const Portset *portset = requestedPortset(call);
     if (portset == nullptr || portset->owner == nullptr) return nullptr;
-    return findUplink(call.model, *portset->owner, textAt(call.input, kUplinkAt, kUplinkWidth));
+    return findUplink(call.model, *portset->owner, textAt(call.input, kUplinkAt, kNicField));
 }
 
 Result getUplinks(const Call &call, const Portset &portset) {
     std::vector<const Nic *> nics;
     if (portset.owner != nullptr) nics = call.model.inventory.boundNics(*portset.owner);
     return countedList(call, 0, kUplinkEntry, nics, [](const Nic *nic) {
-        return Record(kUplinkEntry).text(0, kUplinkWidth, nic->name).put(32, nic->port->number);
+        return Record(kUplinkEntry).text(0, kNicField, nic->name).put(32, nic->port->number);
     });
 }
 
@@ -69,11 +64,14 @@ Result getLagTable(const Call &, const Portset &) {
 
 Result getSwitchInfo(const Call &call, const Portset &portset) {
     Record info(kSwitchInfo);
-    info.put(0, portset.number).put(4, portset.capacity).put(16, portset.mtu).text(88, 128, portset.name);
+    info.put(0, portset.number)
+        .put(4, portset.capacity)
+        .put(16, portset.mtu)
+        .text(88, kPortsetField, portset.name);
     if (const Switch *sw = portset.owner) {
         const size_t uplinks = call.model.inventory.boundNics(*sw).size();
         info.put(8, static_cast<uint32_t>(sw->ports.size())).put(12, static_cast<uint32_t>(uplinks));
-        info.put(20, sw->version).text(24, 64, sw->id);
+        info.put(20, sw->version).text(24, kSwitchIdField, sw->id);
     }
     return {0, info.take()};
 }
@@ -100,7 +98,10 @@ std::string macOf(const Port &port) {
 Record portInfo(const Port &port) {
     constexpr size_t kCounters = 128;
     Record info(kPortInfo);
-    info.put(0, port.number).put(4, port.flags()).text(8, 48, port.id).text(56, 128, port.clientName());
+    info.put(0, port.number)
+        .put(4, port.flags())
+        .text(8, kPortIdField, port.id)
+        .text(56, 128, port.clientName());
     info.bytes(184, macOf(port)).put(190, vlanOf(port));
     if (const Property *counters = port.properties.find(kStatisticsKey)) {
         info.bytes(192, std::string_view(counters->value).substr(0, kCounters));
@@ -124,20 +125,20 @@ Result getPortInfo(const Call &call, Port &port) {
 }
 
 // Ports are spread over the uplinks that have a link, by port number.
-Result getTeamUplinkHint(const Call &call, Port &port) {
+Result getTeamUplinkNicField(const Call &call, Port &port) {
     std::vector<const Nic *> nics = call.model.inventory.boundNics(*port.owner);
     std::erase_if(nics, [](const Nic *nic) { return !nic->up(); });
-    Record hint(kHint);
-    if (!nics.empty()) hint.text(0, kHint, nics[port.number % nics.size()]->name);
+    Record hint(kNicField);
+    if (!nics.empty()) hint.text(0, kNicField, nics[port.number % nics.size()]->name);
     return {0, hint.take()};
 }
 
 // The one link request without a switch name: an uplink port's name is looked for on every switch.
 Result getUplinkDvPortId(const Call &call) {
-    const std::string_view name = textAt(call.input, kUplinkAt, kUplinkWidth);
+    const std::string_view name = textAt(call.input, kUplinkAt, kNicField);
     for (const auto &[row, sw] : call.model.inventory.switches()) {
         if (const Port *uplink = findUplink(call.model, *sw, name)) {
-            return {0, Record(kIdentity).text(0, kIdentity, uplink->id).take()};
+            return {0, Record(kPortIdField).text(0, kPortIdField, uplink->id).take()};
         }
     }
     return failure(ENOENT);
@@ -156,18 +157,17 @@ Result getSwitches(const Call &call) {
             names.push_back(alias.empty() ? std::string_view(portset->name) : alias);
         }
     }
-    const size_t width = selector == kPortsetNames ? kPortsetNameEntry : kAliasEntry;
+    const size_t width = selector == kPortsetNames ? kPortsetField : kAliasEntry;
     return countedList(call, selector, width, names,
                        [&](std::string_view name) { return Record(width).text(0, width, name); });
 }
 
 const Switch *requestedByAlias(const Call &call) {
-    return call.model.inventory.findAlias(
-        textAt(call.input, SwitchRequest::kNameAt, SwitchRequest::kNameWidth));
+    return call.model.inventory.findAlias(textAt(call.input, 0, kPortsetField));
 }
 
 Result aliasToSwitchId(const Call &, const Switch &sw) {
-    return {0, Record(kSwitchId).text(0, kSwitchId, sw.id).take()};
+    return {0, Record(kSwitchIdField).text(0, kSwitchIdField, sw.id).take()};
 }
 
 Result setUplinkAdminLinkState(const Call &call, const Port &uplink) {
@@ -191,7 +191,7 @@ constexpr Command kCommands[] = {
     {0x1010, kRequest, "GetSwitchInfo", on<requestedPortset, getSwitchInfo>},
     {0x1013, kRequest, "GetSwitchPortInfo", on<requestedPortset, getSwitchPortInfo>},
     {0x1014, kRequest, "GetPortInfo", on<requestedPortNumber, getPortInfo>},
-    {0x1022, kRequest, "PortGetTeamUplinkHint", on<requestedPortNumber, getTeamUplinkHint>},
+    {0x1022, kRequest, "PortGetTeamUplinkNicField", on<requestedPortNumber, getTeamUplinkNicField>},
     {0x1023, kRequest, "GetUplinkDVPortID", getUplinkDvPortId},
     {0x1026, sizeof(uint32_t), "GetSwitches", getSwitches},
     {0x1027, kRequest, "DVSAliasToSwitchId", on<requestedByAlias, aliasToSwitchId>},

@@ -33,19 +33,6 @@ uint32_t limitBehind(const Model &model, const Port &port) {
     return macLimitOf(model, port).value_or(macLimitOf(*port.owner));
 }
 
-struct PortPolicy {
-    bool learning = false;
-    bool flooding = false;
-    bool dropping = false;
-};
-
-// The stored record of a port: three flag bytes, u32 limit at 3, u32 policy at 7.
-PortPolicy policyOf(const Port &port) {
-    const Property *stored = port.properties.find("com.quillon.vswitch.port.macManagement");
-    if (stored == nullptr || stored->value.size() < 11) return {};
-    return {stored->value[1] != 0, stored->value[2] != 0, u32At(stored->value, 7) != 0};
-}
-
 Record statsOf(const Call &call, const MacTable &table, const Port &port) {
     Record record(kLearningStats);
     record.put(0, port.number).put(4, table.countBehind(port).all).put(8, limitBehind(call.model, port));
@@ -65,7 +52,7 @@ Result getSwitchMacLearningStats(const Call &call, const Portset &portset) {
 Result getMacLearningAllPorts(const Call &call, const Portset &portset) {
     const MacTable table(call.model);
     return countedList(call, 0, kPortLearning, portsOf(portset), [&](const Port *port) {
-        const PortPolicy policy = policyOf(*port);
+        const PortLearning policy = portLearning(*port).value_or(PortLearning{});
         const int flags = (policy.flooding ? 1 : 0) | (policy.dropping ? 2 : 0);
         Record record(kPortLearning);
         record.put(0, port->number).put(4, limitBehind(call.model, *port));
@@ -81,8 +68,9 @@ Result getSwitchMacLearningInfo(const Call &call, const Portset &portset) {
     if (sw == nullptr) return {0, info.take()};
     const MacTable::Count count = MacTable(call.model).countOn(*sw);
     const auto ports = portsOf(portset);
-    const auto learning =
-        std::count_if(ports.begin(), ports.end(), [](const Port *port) { return policyOf(*port).learning; });
+    const auto learning = std::count_if(ports.begin(), ports.end(), [](const Port *port) {
+        return portLearning(*port).value_or(PortLearning{}).learning;
+    });
     info.put(0, agingOf(call.model, *sw)).put(8, macLimitOf(*sw)).put(12, count.all);
     info.put(16, count.learnt).put(20, count.all - count.learnt);
     info.put(24, static_cast<uint32_t>(learning)).put(28, uint32_t{learningFlags(*sw)});
@@ -113,7 +101,7 @@ Result getL2Security(const Call &call, const Portset &portset) {
 
 constexpr uint32_t kRequest = SwitchRequest::kSize;
 constexpr Command kCommands[] = {
-    {0x101c, kRequest, "GetPortMACLearningStats", on<requestedDvPort, getPortMacLearningStats>},
+    {0x101c, kRequest, "GetPortMACLearningStats", on<requestedDvPort<>, getPortMacLearningStats>},
     {0x101d, kRequest, "GetGlobalMACLearningProps", getGlobalMacLearningProps},
     {0x101e, kRequest, "GetSwitchMACLearningInfo", on<requestedPortset, getSwitchMacLearningInfo>},
     {0x101f, kRequest, "GetMACLearningAllPorts", on<requestedPortset, getMacLearningAllPorts>},

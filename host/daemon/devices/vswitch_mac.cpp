@@ -16,7 +16,6 @@ namespace qvs::kernel {
 
 namespace {
 
-constexpr size_t kPortIdWidth = 48;
 constexpr size_t kEntryAt = SwitchRequest::kOwnAt;
 constexpr size_t kSelectorAt = 182;
 constexpr size_t kNumberAt = 264;
@@ -33,7 +32,7 @@ constexpr uint64_t kAllOnes = 0xffffffffffff;
 
 // The port with an identifier; that its field is empty tells a port by number.
 const Port *requestedPort(const Call &call, const Switch &sw) {
-    const std::string_view id = textAt(call.input, SwitchRequest::kPortIdAt, kPortIdWidth);
+    const std::string_view id = textAt(call.input, SwitchRequest::kPortIdAt, kPortIdField);
     if (!id.empty()) return sw.port(id);
     const Port *port = call.model.inventory.findPort(u32At(call.input, kNumberAt));
     return port != nullptr && port->owner == &sw ? port : nullptr;
@@ -78,7 +77,7 @@ Result macTable(const Call &call, const Wanted &wanted) {
         Record record(kMacEntry);
         record.bytes(0, addressBytes(key.address)).put(6, static_cast<uint8_t>(own)).put(8, key.vlan);
         record.put(12, entry.port->number).put(16, table.ageOf(entry));
-        return record.text(20, kPortIdWidth, entry.port->id);
+        return record.text(20, kPortIdField, entry.port->id);
     });
 }
 
@@ -117,7 +116,7 @@ Result changeEntry(const Call &call, const Switch *sw, bool set) {
 
 // Whoever adds an entry by port number names the portset, by port identifier the switch.
 Result setPortMacTable(const Call &call) {
-    if (!textAt(call.input, SwitchRequest::kPortIdAt, kPortIdWidth).empty())
+    if (!textAt(call.input, SwitchRequest::kPortIdAt, kPortIdField).empty())
         return changeEntry(call, requestedSwitchById(call), true);
     const Portset *portset = requestedPortset(call);
     return changeEntry(call, portset == nullptr ? nullptr : portset->owner, true);
@@ -149,7 +148,7 @@ Result staticContexts(const Call &call, const Wanted &wanted) {
     return countedList(call, 0, kStaticContext, contexts, [&](std::span<const Row *const> rows) {
         const Port &port = *rows.front()->second.port;
         Record record(kStaticContext);
-        record.put(0, port.number).put(6, static_cast<uint16_t>(rows.size())).text(8, kPortIdWidth, port.id);
+        record.put(0, port.number).put(6, static_cast<uint16_t>(rows.size())).text(8, kPortIdField, port.id);
         record.put(4, static_cast<uint16_t>(learningFlags(*port.owner)));
         for (size_t i = 0; i < rows.size(); ++i) {
             const MacKey &key = rows[i]->first;
@@ -171,8 +170,8 @@ constexpr uint32_t kRequest = SwitchRequest::kSize;
 constexpr Command kCommands[] = {
     {0x1017, kRequest, "GetMACTable", on<requestedPortset, getMacTable>},
     {0x1018, kRequest, "GetStaticLectx", on<requestedPortset, getStaticLectx>},
-    {0x1019, kRequest, "GetPortMACTable", on<requestedDvPort, getPortMacTable>},
-    {0x101a, kRequest, "GetPortStaticLectx", on<requestedDvPort, getPortStaticLectx>},
+    {0x1019, kRequest, "GetPortMACTable", on<requestedDvPort<>, getPortMacTable>},
+    {0x101a, kRequest, "GetPortStaticLectx", on<requestedDvPort<>, getPortStaticLectx>},
     {0x101b, kRequest, "GetTeamMACTable", on<requestedPortset, getTeamMacTable>},
     {0x2003, kRequest, "SetPortMACTable", setPortMacTable},
     {0x2004, kRequest, "ClearPortMACTable", clearPortMacTable},
@@ -180,17 +179,16 @@ constexpr Command kCommands[] = {
 
 // --- in a lab ---
 
-void applyMacLearning(const nlohmann::json &value, Model &model) {
-    Members members(value, "lab.macLearning");
+void readMacLearning(Members &members, Model &model) {
     LearningProps props = learningProps(model);
     if (const auto aging = members.maybeNumber("aging")) props.aging = *aging;
-    const uint32_t limit = members.maybeNumber("limit").value_or(props.limit);
-    if (limit > UINT16_MAX) members.fail("limit", "is not a number from 0 to 65535");
-    props.limit = static_cast<uint16_t>(limit);
-    const auto clock = members.maybeNumber("clock");
-    members.finish();
+    props.limit = static_cast<uint16_t>(members.maybeNumber("limit", 0, UINT16_MAX).value_or(props.limit));
     setLearningProps(model, props);
-    if (clock) stopLearningClock(model, *clock);
+    if (const auto clock = members.maybeNumber("clock")) stopLearningClock(model, *clock);
+}
+
+void applyMacLearning(Members &lab, Model &model) {
+    lab.object("macLearning", [&](Members &members) { readMacLearning(members, model); });
 }
 
 void applyMacEntry(Members &members, Model &model, MacTable &table) {
@@ -200,21 +198,21 @@ void applyMacEntry(Members &members, Model &model, MacTable &table) {
     const uint64_t first = addressAt({reinterpret_cast<const char *>(mac->data()), mac->size()}, 0);
     const uint16_t vlan = vlanOf(members);
     const uint32_t count = members.maybeNumber("count").value_or(1);
-    const std::string kind = members.maybeText("kind").value_or("learnt");
-    if (kind != "learnt" && kind != "static") members.fail("kind", "is neither \"learnt\" nor \"static\"");
+    constexpr const char *kKinds[] = {"learnt", "static"};
+    const bool learnt = members.maybeChoice("kind", kKinds).value_or(0) == 0;
     const uint64_t now = learningClock(model);
     const uint64_t since = now - std::min<uint64_t>(members.maybeNumber("age").value_or(0), now);
     for (uint64_t address = first; address < first + count; ++address) {
         if (address > kAllOnes || !validAddress(address, vlan))
             members.fail("mac", "leads to an address that no port can have");
-        if (!table.put(address, vlan, {&port, kind == "learnt", since}))
+        if (!table.put(address, vlan, {&port, learnt, since}))
             members.fail("mac", "is one address more than the port or the switch may have");
     }
 }
 
-void applyMacEntries(const nlohmann::json &value, Model &model) {
+void applyMacEntries(Members &lab, Model &model) {
     MacTable table(model);
-    eachOf(value, "macEntries", [&](Members &members) { applyMacEntry(members, model, table); });
+    lab.each("macEntries", [&](Members &members) { applyMacEntry(members, model, table); });
 }
 
 // In this order: ages are counted from the clock.

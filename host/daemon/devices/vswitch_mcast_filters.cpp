@@ -5,8 +5,6 @@
 // type at 180 (0 MAC, 2 IPv4, 3 IPv6) and the group at 184. A filter is an address of 6, 4 or 16 bytes.
 //
 // Records in layouts/emulated.json: mcast-filter, mcast-group-stats.
-#include <arpa/inet.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <set>
@@ -60,27 +58,17 @@ struct Membership {
 
 // "PORT TYPE GROUP", the port and the group in hexadecimal.
 std::string keyOf(const Membership &key) {
-    return fmt::format("{} {} {}", portKeyText(key.port), static_cast<uint32_t>(key.group.type),
+    return fmt::format("{} {} {}", kPortKey.write(key.port), static_cast<uint32_t>(key.group.type),
                        hexDigits(key.group.bytes));
-}
-
-std::optional<std::string> bytesOf(std::string_view hex) {
-    std::string bytes;
-    for (; !hex.empty(); hex.remove_prefix(std::min<size_t>(hex.size(), 2))) {
-        const auto byte = wire::numberOf<uint8_t>(hex.substr(0, 2), 16);
-        if (!byte) return std::nullopt;
-        bytes += static_cast<char>(*byte);
-    }
-    return bytes;
 }
 
 std::optional<Membership> readKey(std::string_view text) {
     constexpr size_t kTypeText = 9;
     constexpr size_t kGroupText = 11;
     if (text.size() < kGroupText) return std::nullopt;
-    const auto port = readPortKey(text.substr(0, kTypeText - 1));
+    const auto port = kPortKey.read(text.substr(0, kTypeText - 1));
     const auto type = wire::numberOf<uint32_t>(text.substr(kTypeText, 1));
-    const auto group = bytesOf(text.substr(kGroupText));
+    const auto group = parseHex(text.substr(kGroupText));
     if (!port || !type || !isType(*type) || !group || group->size() != addressSize(*type))
         return std::nullopt;
     return Membership{*port, {static_cast<Type>(*type), *group}};
@@ -89,10 +77,6 @@ std::optional<Membership> readKey(std::string_view text) {
 // Sources have the size of their group.
 bool fitsGroup(const Membership &key, const std::string &sources) {
     return sources.size() % addressSize(key.group.type) == 0;
-}
-
-bool isAnything(std::string_view) {
-    return true;
 }
 
 // The sources' addresses by port and group, of which so many fit.
@@ -209,9 +193,7 @@ constexpr Command kCommands[] = {
 // --- the lab ---
 
 Address parseAddress(const Members &members, const char *name, const std::string &text) {
-    std::string bytes(16, '\0');
-    if (inet_pton(AF_INET, text.c_str(), bytes.data()) == 1) return {IPv4, bytes.substr(0, 4)};
-    if (inet_pton(AF_INET6, text.c_str(), bytes.data()) == 1) return {IPv6, bytes};
+    if (const auto ip = parseIp(text)) return {ip->size() == addressSize(IPv4) ? IPv4 : IPv6, *ip};
     const auto mac = parseMac(text);
     if (!mac) members.fail(name, "is none of a MAC, IPv4 and IPv6 address: " + text);
     return {Mac, *mac};
@@ -244,9 +226,9 @@ void applyFilter(Members &members, Model &model) {
 }
 
 // A lab that says anything about groups says all of it.
-void applyFilters(const nlohmann::json &value, Model &model) {
+void applyFilters(Members &lab, Model &model) {
     clearTable(model, kJoined);
-    eachOf(value, kMember, [&](Members &members) { applyFilter(members, model); });
+    lab.each(kMember, [&](Members &members) { applyFilter(members, model); });
 }
 
 constexpr LabMember kLab[] = {{kMember, applyFilters}};

@@ -40,12 +40,11 @@ const Port *findByName(const Model &model, const Switch &sw, std::string_view na
 // The ports with a link that enabled sessions mirror to, by number.
 std::vector<uint32_t> activeDestinations(const Model &model, const Switch &sw) {
     constexpr size_t kNameAt = 4;
-    constexpr size_t kNameWidth = 48;
     std::set<uint32_t> numbers;
     forEachMirrorSession(sw, [&](const MirrorSession &session) {
         if (session.disabled || !session.namesPorts) return;
         for (size_t at = 0; at < session.destinations.size(); at += kMirrorEntity) {
-            const auto name = textAt(session.destinations, at + kNameAt, kNameWidth);
+            const auto name = textAt(session.destinations, at + kNameAt, kPortIdField);
             const Port *port = findByName(model, sw, name);
             if (port != nullptr && port->linkUp()) numbers.insert(port->number);
         }

@@ -46,13 +46,11 @@ std::optional<Options> readOptions(std::string_view stored) {
 }
 
 // One row with all options.
-constexpr const char *kNames[] = {"packed"};
-constexpr Table<std::string, Options> kOptions("options", kNameOf<kNames>, {packed, readOptions});
+constexpr Setting<Options> kOptions("options", "packed", {packed, readOptions});
 constexpr const AnyTable *kTables[] = {&kOptions};
 
 Options storedOptions(const Model &model) {
-    const Options *options = model.tables.only(kOptions);
-    return options == nullptr ? Options{} : *options;
+    return model.tables.get(kOptions).value_or(Options{});
 }
 
 // An option without a value is one that is no longer there. False when all of them do not fit.
@@ -66,7 +64,7 @@ bool changeOptions(Model &model, const Options &changes) {
         }
     }
     if (kLength + packed(options).size() > kBlock) return false;
-    model.tables.setRow(kOptions, kNames[0], options);
+    model.tables.set(kOptions, options);
     return true;
 }
 
@@ -96,12 +94,14 @@ constexpr Command kCommands[] = {
     {0x2001, kLength, "SetRuntimeOptions", setRuntimeOptions},
 };
 
-void applyOptions(const nlohmann::json &value, Model &model) {
+void applyOptions(Members &lab, Model &model) {
     Options options;
-    eachOf(value, "options", [&](Members &members) {
-        const auto id = members.maybeNumber("id");
-        if (!id || *id > UINT16_MAX) members.fail("id", "is not a number from 0 to 65535");
-        options[static_cast<uint16_t>(*id)] = members.bytes("hex", members.text("hex"));
+    lab.each("options", [&](Members &members) {
+        const auto id = members.maybeNumber("id", 0, UINT16_MAX);
+        const auto bytes = members.maybeBytes("hex");
+        if (!id) members.fail("id", "is missing");
+        if (!bytes) members.fail("hex", "is missing");
+        options[static_cast<uint16_t>(*id)] = *bytes;
     });
     if (!changeOptions(model, options)) throw JsonError("lab: \"options\" are more than 4096 bytes");
 }

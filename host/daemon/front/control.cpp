@@ -72,10 +72,8 @@ json status(Members &, Server &server) {
                    {"portsets", portsets},
                    {"nics", nics},
                    {"faults", kernel.faults.list()}};
-    for (const Device &device : devices()) {
-        for (const DevicePart *part : device.parts) {
-            if (part->describe != nullptr) part->describe(model, &answer);
-        }
+    for (const DevicePart *part : deviceParts()) {
+        if (part->describe != nullptr) part->describe(model, &answer);
     }
     return answer;
 }

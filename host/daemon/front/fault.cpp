@@ -23,34 +23,26 @@ Status parseStatus(const Members &members, const std::string &text) {
     return static_cast<Status>(*status);
 }
 
-Effect::Kill parseKill(const Members &members, const std::string &text) {
-    if (text == "before") return Effect::Kill::Before;
-    if (text == "middle") return Effect::Kill::Middle;
-    if (text == "after") return Effect::Kill::After;
-    members.fail("kill", "is none of \"before\", \"middle\" and \"after\"");
-}
-
-Effect::Patch parsePatch(Members members) {
+Effect::Patch parsePatch(Members &members) {
     Effect::Patch patch;
-    patch.offset = members.maybeNumber("offset").value_or(0);
-    if (patch.offset > wire::kMaxFaultOffset) members.fail("offset", "is too large");
-    patch.bytes = members.bytes("hex", members.text("hex"));
-    members.finish();
+    patch.offset = members.maybeNumber("offset", 0, wire::kMaxFaultOffset).value_or(0);
+    const auto bytes = members.maybeBytes("hex");
+    if (!bytes) members.fail("hex", "is missing");
+    patch.bytes = *bytes;
     return patch;
 }
 
 Effect parseEffect(Members &members) {
+    constexpr const char *kMoments[] = {"before", "middle", "after"};
     Effect effect;
     if (const auto name = members.maybeText("errno")) effect.error = parseErrno(members, *name);
     if (const auto text = members.maybeText("status")) effect.status = parseStatus(members, *text);
-    if (const auto code = members.maybeNumber("exit")) {
-        if (*code > wire::kMaxFaultExit) members.fail("exit", "is above 255");
+    if (const auto code = members.maybeNumber("exit", 0, wire::kMaxFaultExit))
         effect.exit = static_cast<int>(*code);
-    }
-    effect.delayMs = members.maybeNumber("delayMs").value_or(0);
-    if (effect.delayMs > wire::kMaxFaultDelayMs) members.fail("delayMs", "is above ten minutes");
-    if (const auto when = members.maybeText("kill")) effect.kill = parseKill(members, *when);
-    members.each("output", [&](Members part) { effect.patches.push_back(parsePatch(std::move(part))); });
+    effect.delayMs = members.maybeNumber("delayMs", 0, wire::kMaxFaultDelayMs).value_or(0);
+    if (const auto moment = members.maybeChoice("kill", kMoments))
+        effect.kill = static_cast<Effect::Kill>(*moment + 1);
+    members.each("output", [&](Members &part) { effect.patches.push_back(parsePatch(part)); });
     effect.truncate = members.maybeNumber("truncate");
     if (const auto *lab = members.any("lab"))
         effect.labs.push_back(std::make_shared<const Lab>(parseLab(*lab)));
@@ -88,9 +80,8 @@ uint64_t Faults::add(Members *request) {
     Members &members = *request;
     Rule rule;
     rule.pattern = "*" + members.text("match") + "*";
-    rule.nth = members.maybeNumber("nth").value_or(1);
+    rule.nth = members.maybeNumber("nth", 1).value_or(1);
     rule.count = members.maybeNumber("count").value_or(1);
-    if (rule.nth == 0) members.fail("nth", "counts from 1");
     rule.effect = parseEffect(members);
     members.finish();
     const Effect &effect = rule.effect;

@@ -85,8 +85,12 @@ class Laboratory {
         for (const auto &client : lab.clients)
             attach(client);
         if (lab.seed) model_.seedCounters(*lab.seed);
-        for (const auto &[member, value] : lab.deviceMembers)
-            member->apply(value, model_);
+        Members members(lab.devices, "lab");
+        for (const DevicePart *part : deviceParts()) {
+            for (const LabMember &member : part->lab) {
+                if (lab.devices.contains(member.name)) member.apply(members, model_);
+            }
+        }
     }
 
   private:

@@ -59,8 +59,8 @@ struct Lab {
     std::optional<std::vector<NicPart>> nics;
     std::vector<SwitchPart> switches;
     std::vector<Client> clients;
-    std::optional<uint32_t> seed;  // of the counters
-    std::vector<std::pair<const LabMember *, nlohmann::json>> deviceMembers;
+    std::optional<uint32_t> seed;                       // of the counters
+    nlohmann::json devices = nlohmann::json::object();  // the members that devices read
 };
 
 // Throws LabError.

@@ -20,71 +20,58 @@ std::string nameOf(Members &members, const char *member, size_t most) {
     return name;
 }
 
-bool linkState(const Members &members, const std::string &text) {
-    if (text != "up" && text != "down") members.fail("link", "is neither \"up\" nor \"down\"");
-    return text == "up";
+std::optional<bool> linkState(Members &members) {
+    constexpr const char *kStates[] = {"down", "up"};
+    const auto state = members.maybeChoice("link", kStates);
+    return state ? std::optional(*state == 1) : std::nullopt;
 }
 
-Lab::NicPart parseNic(Members members) {
+Lab::NicPart parseNic(Members &members) {
     Lab::NicPart nic;
     nic.name = nameOf(members, "name", kMaxNicName);
-    if (const auto link = members.maybeText("link")) nic.link = linkState(members, *link);
+    nic.link = linkState(members);
     nic.speedMbps = members.maybeNumber("speedMbps");
-    nic.mtu = members.maybeNumber("mtu");
-    if (nic.mtu && (*nic.mtu < kMinMtu || *nic.mtu > kMaxMtu))
-        members.fail("mtu", fmt::format("is not a number from {} to {}", kMinMtu, kMaxMtu));
+    nic.mtu = members.maybeNumber("mtu", kMinMtu, kMaxMtu);
     nic.mac = members.maybeMac("mac");
-    members.finish();
     return nic;
 }
 
-Lab::Client parseClient(Members members) {
+Lab::Client parseClient(Members &members) {
     Lab::Client client;
     client.sw = members.text("switch");
     client.port = members.text("port");
     client.name = members.text("name");
-    if (const auto link = members.maybeText("link")) client.link = linkState(members, *link);
-    members.finish();
+    client.link = linkState(members).value_or(true);
     return client;
 }
 
-Lab::PropertyPart parseProperty(Members members) {
+Lab::PropertyPart parseProperty(Members &members) {
     Lab::PropertyPart property;
-    const std::string scope = members.text("scope");
-    if (scope == "host") {
-        property.scope = Scope::Host;
-    } else if (scope == "port") {
-        property.scope = Scope::Port;
-    } else if (scope != "global") {
-        members.fail("scope", "is none of \"global\", \"host\" and \"port\"");
-    }
+    constexpr const char *kScopes[] = {"global", "host", "port"};  // in the order of Scope
+    const auto scope = members.maybeChoice("scope", kScopes);
+    if (!scope) members.fail("scope", "is missing");
+    property.scope = static_cast<Scope>(*scope);
     if (property.scope == Scope::Port) property.port = members.text("port");
     property.key = members.text("key");
     const auto text = members.maybeText("text");
-    const auto hex = members.maybeText("hex");
-    if (text.has_value() == hex.has_value())
-        members.fail("key", "has to come with either \"text\" or \"hex\"");
-    if (text) property.value = *text;
-    if (hex) property.value = members.bytes("hex", *hex);
+    const auto hex = members.maybeBytes("hex");
+    if (text.has_value() == hex.has_value()) members.fail("key", "needs either \"text\" or \"hex\"");
+    property.value = text ? *text : *hex;
     property.type = members.maybeNumber("type").value_or(kConfig);
-    members.finish();
     return property;
 }
 
-Lab::SwitchPart parseSwitch(Members members) {
+Lab::SwitchPart parseSwitch(Members &members) {
     Lab::SwitchPart sw;
     sw.alias = nameOf(members, "alias", kMaxPortsetName);
     if (members.has("id")) sw.id = nameOf(members, "id", kMaxSwitchId);
     sw.className = members.maybeText("class");
     sw.portset = members.maybeText("portset");
     sw.version = members.maybeNumber("version");
-    sw.maxPorts = members.maybeNumber("maxPorts");
-    if (sw.maxPorts == 0u) members.fail("maxPorts", "is not a number from 1 to 4294967295");
+    sw.maxPorts = members.maybeNumber("maxPorts", 1);
     sw.uplinks = members.texts("uplinks");
     sw.ports = members.texts("ports");
-    members.each("properties",
-                 [&](Members part) { sw.properties.push_back(parseProperty(std::move(part))); });
-    members.finish();
+    members.each("properties", [&](Members &part) { sw.properties.push_back(parseProperty(part)); });
     return sw;
 }
 
@@ -94,16 +81,13 @@ Lab parseLab(const json &value) try {
     Lab lab;
     Members members(value, "lab");
     if (members.has("pnics")) lab.nics.emplace();
-    members.each("pnics", [&](Members part) { lab.nics->push_back(parseNic(std::move(part))); });
-    members.each("switches", [&](Members part) { lab.switches.push_back(parseSwitch(std::move(part))); });
-    members.each("clients", [&](Members part) { lab.clients.push_back(parseClient(std::move(part))); });
+    members.each("pnics", [&](Members &part) { lab.nics->push_back(parseNic(part)); });
+    members.each("switches", [&](Members &part) { lab.switches.push_back(parseSwitch(part)); });
+    members.each("clients", [&](Members &part) { lab.clients.push_back(parseClient(part)); });
     lab.seed = members.maybeNumber("seed");
-    for (const Device &device : devices()) {
-        for (const DevicePart *part : device.parts) {
-            for (const LabMember &member : part->lab) {
-                if (const json *given = members.any(member.name))
-                    lab.deviceMembers.emplace_back(&member, *given);
-            }
+    for (const DevicePart *part : deviceParts()) {
+        for (const LabMember &member : part->lab) {
+            if (const json *given = members.any(member.name)) lab.devices[member.name] = *given;
         }
     }
     members.finish();

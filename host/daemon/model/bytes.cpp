@@ -1,36 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reading and writing of fields.
+// Reads and writes fields.
 #include "daemon/model/bytes.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "daemon/model/property.h"
 
 namespace qvs::kernel {
-
-namespace {
-
-template <typename T>
-T numberAt(std::string_view bytes, size_t offset) {
-    T value{};
-    if (offset + sizeof value <= bytes.size()) std::memcpy(&value, bytes.data() + offset, sizeof value);
-    return value;
-}
-
-}  // namespace
-
-uint16_t u16At(std::string_view bytes, size_t offset) {
-    return numberAt<uint16_t>(bytes, offset);
-}
-
-uint32_t u32At(std::string_view bytes, size_t offset) {
-    return numberAt<uint32_t>(bytes, offset);
-}
-
-uint64_t u64At(std::string_view bytes, size_t offset) {
-    return numberAt<uint64_t>(bytes, offset);
-}
 
 std::string_view textAt(std::string_view bytes, size_t offset, size_t width) {
     return offset >= bytes.size() ? std::string_view{} : untilNul(bytes.substr(offset, width));

@@ -14,9 +14,7 @@ Status DataPaths::addPortset(std::string_view name, uint32_t capacity) {
     portset->number = numberAfter(inventory_.portsets());
     portset->name = name;
     portset->capacity = capacity;
-    Transaction transaction(store_);
-    store_.run(Sql::AddPortset, portset->number, name, capacity, portset->mtu);
-    transaction.commit();
+    store_.change(kAddPortset, portset->number, name, capacity, portset->mtu);
 
     inventory_.insert(std::move(portset));
     changes_.all();
@@ -28,9 +26,7 @@ Status DataPaths::removePortset(std::string_view name) {
     if (portset == nullptr) return Status::NotFound;
     if (portset->owner != nullptr) return Status::Busy;
 
-    Transaction transaction(store_);
-    store_.run(Sql::RemovePortset, portset->number);
-    transaction.commit();
+    store_.change(kRemovePortset, portset->number);
 
     inventory_.erase(*portset);
     changes_.all();
@@ -39,9 +35,7 @@ Status DataPaths::removePortset(std::string_view name) {
 
 Status DataPaths::setPortsetMtu(Portset &portset, uint32_t mtu) {
     if (!isMtu(mtu)) return Status::BadParameter;
-    Transaction transaction(store_);
-    store_.run(Sql::SetPortsetMtu, portset.number, mtu);
-    transaction.commit();
+    store_.change(kSetPortsetMtu, portset.number, mtu);
     portset.mtu = mtu;
     changes_.all();
     return Status::Ok;
@@ -58,10 +52,8 @@ Status DataPaths::addSwitch(std::string_view id, std::string_view className, uin
     sw->className = untilNul(className);
     sw->maxPorts = maxPorts;
     sw->version = version;
-    Transaction transaction(store_);
-    store_.run(Sql::AddSwitch, sw->row, std::string_view(sw->id), std::string_view(sw->className), maxPorts,
-               version);
-    transaction.commit();
+    store_.change(kAddSwitch, sw->row, std::string_view(sw->id), std::string_view(sw->className), maxPorts,
+                  version);
 
     inventory_.insert(std::move(sw));
     changes_.all();
@@ -72,7 +64,7 @@ Status DataPaths::addSwitch(std::string_view id, std::string_view className, uin
 void DataPaths::bind(Switch &sw, Portset &portset, bool associated) {
     const Bindings bindings = uplinks_.plan(sw, associated ? sw.uplinks : std::vector<std::string>{});
     Transaction transaction(store_);
-    store_.run(Sql::SetSwitchPortset, sw.row, associated ? portset.number : 0u);
+    store_.run(kSetSwitchPortset, sw.row, associated ? portset.number : 0u);
     uplinks_.store(bindings);
     transaction.commit();
 
@@ -108,9 +100,9 @@ Status DataPaths::removeSwitch(std::string_view id) {
     Transaction transaction(store_);
     for (const auto &[number, port] : sw->ports)
         removeStored(*port);
-    if (!sw->ports.empty()) store_.run(Sql::SetNextPort, inventory_.nextPort());
-    store_.run(Sql::RemoveSwitchProperties, sw->row);
-    store_.run(Sql::RemoveSwitch, sw->row);
+    if (!sw->ports.empty()) store_.run(kSetNextPort, inventory_.nextPort());
+    store_.run(kRemoveSwitchProperties, sw->row);
+    store_.run(kRemoveSwitch, sw->row);
     transaction.commit();
 
     inventory_.erase(*sw);
@@ -119,8 +111,8 @@ Status DataPaths::removeSwitch(std::string_view id) {
 }
 
 void DataPaths::removeStored(const Port &port) {
-    store_.run(Sql::RemovePort, port.number);
-    if (port.changed) store_.run(Sql::RemovePortProperties, port.number);
+    store_.run(kRemovePort, port.number);
+    if (port.changed) store_.run(kRemovePortProperties, port.number);
 }
 
 Status DataPaths::addPort(std::string_view switchId, std::string_view portId,
@@ -136,7 +128,7 @@ Status DataPaths::addPort(std::string_view switchId, std::string_view portId,
     if (sw->portset != nullptr && sw->uplinkSet.contains(std::string(portId)))
         bindings = uplinks_.planWith(*sw, portId, number);
     Transaction transaction(store_);
-    store_.run(Sql::AddPort, number, sw->row, portId, std::string_view(packStored(properties)));
+    store_.run(kAddPort, number, sw->row, portId, std::string_view(packStored(properties)));
     uplinks_.store(bindings);
     transaction.commit();
 
@@ -158,7 +150,7 @@ Status DataPaths::removePort(std::string_view switchId, std::string_view portId)
     Transaction transaction(store_);
     removeStored(*port);
     // The highest number may just have gone from the table, and it is not to be given out again.
-    store_.run(Sql::SetNextPort, inventory_.nextPort());
+    store_.run(kSetNextPort, inventory_.nextPort());
     uplinks_.store(bindings);
     transaction.commit();
 
@@ -172,7 +164,7 @@ Status DataPaths::setClient(Port &port, std::string_view name, bool link) {
     if (port.nic != nullptr) return Status::Busy;
     if (name.find('\0') != std::string_view::npos) return Status::BadParameter;
     Transaction transaction(store_);
-    store_.run(Sql::SetPortClient, port.number, name, link);
+    store_.run(kSetPortClient, port.number, name, link);
     storeStatusReturn(store_, port);
     transaction.commit();
 

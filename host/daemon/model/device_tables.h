@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The rows of all tables that devices keep, in memory and in the store.
+// The rows of all tables of the devices, in memory and in the store.
 #pragma once
 
 #include <map>
@@ -17,17 +17,22 @@ class DeviceTables {
   public:
     DeviceTables(Store &store, std::vector<const AnyTable *> tables)
         : store_(store), tables_(std::move(tables)) {}
-    // Everything anew from the store.
+    // Reads all rows from the store again.
     void load();
 
     template <typename Key, typename Value>
     const std::map<Key, Value> &rows(const Table<Key, Value> &table) const {
         return stored(table).rows;
     }
-    // The value of a table with one row at most; null for none.
-    template <typename Key, typename Value>
-    const Value *only(const Table<Key, Value> &table) const {
-        return rows(table).empty() ? nullptr : &rows(table).begin()->second;
+    template <typename Value>
+    const std::optional<Value> &get(const Setting<Value> &setting) const {
+        return stored(setting).value;
+    }
+    template <typename Value>
+    void set(const Setting<Value> &setting, const std::type_identity_t<Value> &value) {
+        store_.change(kSetDeviceValue, std::string_view(setting.name()), std::string_view(setting.key()),
+                      std::string_view(setting.valueBytes(value)));
+        stored(setting).value = value;
     }
     template <typename Key, typename Value>
     void setRow(const Table<Key, Value> &table, const std::type_identity_t<Key> &key,
@@ -38,13 +43,13 @@ class DeviceTables {
     void clearRow(const Table<Key, Value> &table, const std::type_identity_t<Key> &key) {
         clearRows(table, std::vector<Key>{key});
     }
-    // Several rows as one change.
+    // Change several rows in one transaction.
     template <typename Key, typename Value>
     void setRows(const Table<Key, Value> &table, const std::type_identity_t<std::map<Key, Value>> &changed) {
         Transaction transaction(store_);
         for (const auto &[key, value] : changed)
-            store_.run(Sql::SetDeviceValue, std::string_view(table.name()),
-                       std::string_view(table.keyText(key)), std::string_view(table.valueBytes(value)));
+            store_.run(kSetDeviceValue, std::string_view(table.name()), std::string_view(table.keyText(key)),
+                       std::string_view(table.valueBytes(value)));
         transaction.commit();
         for (const auto &[key, value] : changed)
             stored(table).rows.insert_or_assign(key, value);
@@ -53,7 +58,7 @@ class DeviceTables {
     void clearRows(const Table<Key, Value> &table, const std::type_identity_t<std::vector<Key>> &keys) {
         Transaction transaction(store_);
         for (const Key &key : keys)
-            store_.run(Sql::RemoveDeviceValue, std::string_view(table.name()),
+            store_.run(kRemoveDeviceValue, std::string_view(table.name()),
                        std::string_view(table.keyText(key)));
         transaction.commit();
         for (const Key &key : keys)
@@ -61,9 +66,9 @@ class DeviceTables {
     }
 
   private:
-    template <typename Key, typename Value>
-    typename Table<Key, Value>::Stored &stored(const Table<Key, Value> &table) const {
-        return static_cast<typename Table<Key, Value>::Stored &>(*rows_.find(table.name())->second);
+    template <typename Kind>
+    typename Kind::Stored &stored(const Kind &table) const {
+        return static_cast<typename Kind::Stored &>(*rows_.find(table.name())->second);
     }
 
     Store &store_;

@@ -28,10 +28,16 @@ constexpr char kPortStatusKey[] = "com.quillon.common.port.volatile.status";
 constexpr char kStatisticsKey[] = "com.quillon.common.port.statistics";
 constexpr char kPortVlanKey[] = "com.quillon.vswitch.port.vlan";
 constexpr char kConnectIdKey[] = "com.quillon.common.port.connectid";
-constexpr size_t kMaxSwitchId = 63;
-constexpr size_t kMaxPortId = 47;
-constexpr size_t kMaxPortsetName = 127;
-constexpr size_t kMaxNicName = 31;
+
+// Widths of the fields that contain names. A name is at least one byte shorter, because a NUL follows it.
+constexpr size_t kSwitchIdField = 64;
+constexpr size_t kPortIdField = 48;
+constexpr size_t kPortsetField = 128;
+constexpr size_t kNicField = 32;
+constexpr size_t kMaxSwitchId = kSwitchIdField - 1;
+constexpr size_t kMaxPortId = kPortIdField - 1;
+constexpr size_t kMaxPortsetName = kPortsetField - 1;
+constexpr size_t kMaxNicName = kNicField - 1;
 constexpr size_t kMaxAlias = 80;
 constexpr uint32_t kMinMtu = 1280;
 constexpr uint32_t kMaxMtu = 9000;

@@ -17,22 +17,22 @@ class Loader {
 
     void load() {
         // One list after the other: each refers to those before it.
-        each(Sql::AllPortsets, &Loader::addPortset);
-        each(Sql::AllSwitches, &Loader::addSwitch);
-        each(Sql::AllSwitchProperties, &Loader::addSwitchProperty);
+        each(kAllPortsets, &Loader::addPortset);
+        each(kAllSwitches, &Loader::addSwitch);
+        each(kAllSwitchProperties, &Loader::addSwitchProperty);
         for (const auto &[row, sw] : inventory_.switches()) {
             inventory_.insertAlias(*sw);
             if (const Property *list = sw->host.find(kUplinkPortsKey))
                 sw->setUplinks(parseUplinkPorts(list->value));
         }
-        store_.each(Sql::GetNextPort, [this](const Row &row) { inventory_.keepFrom(row.u32(0)); });
-        each(Sql::AllPorts, &Loader::addPort);
-        each(Sql::AllPortProperties, &Loader::changePortProperty);
-        each(Sql::AllNics, &Loader::addNic);
+        store_.each(kGetNextPort, [this](const Row &row) { inventory_.keepFrom(row.u32(0)); });
+        each(kAllPorts, &Loader::addPort);
+        each(kAllPortProperties, &Loader::changePortProperty);
+        each(kAllNics, &Loader::addNic);
     }
 
   private:
-    void each(Sql sql, void (Loader::*add)(const Row &)) {
+    void each(const Sql &sql, void (Loader::*add)(const Row &)) {
         store_.each(sql, [&](const Row &row) { (this->*add)(row); });
     }
 

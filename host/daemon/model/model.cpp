@@ -12,21 +12,20 @@ namespace {
 
 constexpr uint8_t kDefaultNics = 4;
 
-// What the host itself keeps among the tables of devices: the seed of its counters.
-constexpr const char *kHostNames[] = {"seed"};
-constexpr Table<std::string, uint64_t> kHostTable("host", kNameOf<kHostNames>, kDecimal);
+// The seed of the counters is kept among the tables of the devices.
+constexpr Setting<uint64_t> kSeed("host", "seed", kNumber<uint64_t>);
 
-std::vector<const AnyTable *> withHostTable(std::vector<const AnyTable *> tables) {
-    tables.push_back(&kHostTable);
+std::vector<const AnyTable *> withSeed(std::vector<const AnyTable *> tables) {
+    tables.push_back(&kSeed);
     return tables;
 }
 
 }  // namespace
 
 Model::Model(Store &from, std::vector<const AnyTable *> deviceTables)
-    : store(from), tables(from, withHostTable(std::move(deviceTables))) {
+    : store(from), tables(from, withSeed(std::move(deviceTables))) {
     bool known = false;
-    store.each(Sql::GetNextPort, [&known](const Row &) { known = true; });
+    store.each(kGetNextPort, [&known](const Row &) { known = true; });
     if (known) {
         load();
     } else {
@@ -36,15 +35,12 @@ Model::Model(Store &from, std::vector<const AnyTable *> deviceTables)
 
 void Model::reset() {
     Transaction transaction(store);
-    for (const Sql sql : {Sql::ClearNics, Sql::ClearPortsets, Sql::ClearSwitches, Sql::ClearSwitchProperties,
-                          Sql::ClearPorts, Sql::ClearPortProperties, Sql::ClearDeviceValues}) {
-        store.run(sql);
-    }
-    store.run(Sql::SetNextPort, Inventory::kFirstPort);
+    store.clear();
+    store.run(kSetNextPort, Inventory::kFirstPort);
     for (uint8_t i = 0; i < kDefaultNics; ++i) {
         Nic nic;
         nic.mac = {2, 0, 0, 0, 0, i};
-        store.run(Sql::AddNic, uint32_t{i}, std::string_view(fmt::format("pnic{}", i)), nic.link, nic.admin,
+        store.run(kAddNic, uint32_t{i}, std::string_view(fmt::format("pnic{}", i)), nic.link, nic.admin,
                   nic.speedMbps, nic.mtu, bytesOf(nic.mac), 0u);
     }
     transaction.commit();
@@ -56,12 +52,11 @@ void Model::load() {
     inventory.clear();
     loadInventory(store, &inventory);
     tables.load();
-    const uint64_t *seed = tables.only(kHostTable);
-    counters.seed(seed == nullptr ? 1 : *seed);
+    counters.seed(tables.get(kSeed).value_or(1));
 }
 
 void Model::seedCounters(uint32_t seed) {
-    tables.setRow(kHostTable, kHostNames[0], seed);
+    tables.set(kSeed, seed);
     counters.seed(seed);
 }
 
@@ -69,7 +64,7 @@ void DeviceTables::load() {
     rows_.clear();
     for (const AnyTable *table : tables_)
         rows_.emplace(table->name(), table->noRows());
-    store_.each(Sql::AllDeviceValues, [this](const Row &row) {
+    store_.each(kAllDeviceValues, [this](const Row &row) {
         const std::string table = row.text(0);
         const std::string key = row.text(1);
         const auto known = rows_.find(table);

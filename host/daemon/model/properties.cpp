@@ -64,10 +64,10 @@ Status Properties::changeOfSwitch(Switch &sw, Scope scope, std::string_view key,
 
     Transaction transaction(store_);
     if (property != nullptr) {
-        store_.run(Sql::SetSwitchProperty, sw.row, static_cast<uint32_t>(scope), key, property->value,
+        store_.run(kSetSwitchProperty, sw.row, static_cast<uint32_t>(scope), key, property->value,
                    property->type);
     } else {
-        store_.run(Sql::RemoveSwitchProperty, sw.row, static_cast<uint32_t>(scope), key);
+        store_.run(kRemoveSwitchProperty, sw.row, static_cast<uint32_t>(scope), key);
     }
     uplinks_.store(bindings);
     transaction.commit();
@@ -100,9 +100,9 @@ Status Properties::changeOfPort(Port &port, std::string_view key, const Property
     const bool isBlock = key == kPortBlockKey;
     Transaction transaction(store_);
     if (property != nullptr) {
-        store_.run(Sql::SetPortProperty, port.number, key, property->value, property->type);
+        store_.run(kSetPortProperty, port.number, key, property->value, property->type);
     } else {
-        store_.run(Sql::SetPortProperty, port.number, key, nullptr, 0u);
+        store_.run(kSetPortProperty, port.number, key, nullptr, 0u);
     }
     if (isBlock) storeStatusReturn(store_, port);
     transaction.commit();

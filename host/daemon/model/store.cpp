@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The SQLite side of the store: schema, statements, and which files are refused.
+// Opens, checks, changes and closes the database.
 #include "daemon/model/store.h"
 
 #include <unistd.h>
@@ -22,71 +22,7 @@ namespace qvs::kernel {
 namespace {
 
 constexpr uint32_t kApplicationId = 0x71767331;  // "qvs1" in the file's header
-constexpr uint32_t kSchemaVersion = 1;
 constexpr uint32_t kPagesPerMebibyte = 256;
-
-// A new port is one row at the end of one table, so that adding one dirties one page: the properties it came
-// with stay together in `properties`, and what is set or cleared later (value null) is a row of
-// port_properties.
-constexpr char kSchema[] = R"(
-    CREATE TABLE counters (name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
-    CREATE TABLE nics (position INTEGER PRIMARY KEY, name BLOB NOT NULL, link INTEGER NOT NULL,
-        admin INTEGER NOT NULL, speed INTEGER NOT NULL, mtu INTEGER NOT NULL, mac BLOB NOT NULL,
-        port INTEGER NOT NULL);
-    CREATE TABLE portsets (number INTEGER PRIMARY KEY, name BLOB NOT NULL, capacity INTEGER NOT NULL,
-        mtu INTEGER NOT NULL);
-    CREATE TABLE switches (id INTEGER PRIMARY KEY, name BLOB NOT NULL, class BLOB NOT NULL,
-        max_ports INTEGER NOT NULL, version INTEGER NOT NULL, portset INTEGER NOT NULL);
-    CREATE TABLE switch_properties (switch INTEGER, scope INTEGER, key BLOB, value BLOB NOT NULL,
-        type INTEGER NOT NULL, PRIMARY KEY (switch, scope, key)) WITHOUT ROWID;
-    CREATE TABLE ports (number INTEGER PRIMARY KEY, switch INTEGER NOT NULL, name BLOB NOT NULL,
-        client BLOB NOT NULL, link INTEGER NOT NULL, properties BLOB NOT NULL);
-    CREATE TABLE port_properties (port INTEGER, key BLOB, value BLOB, type INTEGER NOT NULL,
-        PRIMARY KEY (port, key)) WITHOUT ROWID;
-    CREATE TABLE device_values (device TEXT, key BLOB, value BLOB NOT NULL, PRIMARY KEY (device, key))
-        WITHOUT ROWID;
-)";
-
-constexpr const char *kStatements[] = {
-    "BEGIN IMMEDIATE",
-    "COMMIT",
-    "INSERT OR REPLACE INTO counters VALUES ('nextPort', ?)",
-    "SELECT value FROM counters WHERE name = 'nextPort'",
-    "INSERT INTO nics VALUES (?, ?, ?, ?, ?, ?, ?, ?)",
-    "UPDATE nics SET link = ?2, admin = ?3, speed = ?4, mtu = ?5, mac = ?6, port = ?7 WHERE position = ?1",
-    "SELECT name, link, admin, speed, mtu, mac, port FROM nics ORDER BY position",
-    "DELETE FROM nics",
-    "INSERT INTO portsets VALUES (?, ?, ?, ?)",
-    "DELETE FROM portsets WHERE number = ?",
-    "UPDATE portsets SET mtu = ?2 WHERE number = ?1",
-    "SELECT number, name, capacity, mtu FROM portsets ORDER BY number",
-    "DELETE FROM portsets",
-    "INSERT INTO switches VALUES (?, ?, ?, ?, ?, 0)",
-    "UPDATE switches SET portset = ?2 WHERE id = ?1",
-    "DELETE FROM switches WHERE id = ?",
-    "SELECT id, name, class, max_ports, version, portset FROM switches ORDER BY id",
-    "DELETE FROM switches",
-    "INSERT OR REPLACE INTO switch_properties VALUES (?, ?, ?, ?, ?)",
-    "DELETE FROM switch_properties WHERE switch = ? AND scope = ? AND key = ?",
-    "DELETE FROM switch_properties WHERE switch = ?",
-    "SELECT switch, scope, key, value, type FROM switch_properties",
-    "DELETE FROM switch_properties",
-    "INSERT INTO ports VALUES (?, ?, ?, X'', 0, ?)",
-    "UPDATE ports SET client = ?2, link = ?3 WHERE number = ?1",
-    "DELETE FROM ports WHERE number = ?",
-    "SELECT number, switch, name, client, link, properties FROM ports ORDER BY number",
-    "DELETE FROM ports",
-    "INSERT OR REPLACE INTO port_properties VALUES (?, ?, ?, ?)",
-    "DELETE FROM port_properties WHERE port = ? AND key = ?",
-    "DELETE FROM port_properties WHERE port = ?",
-    "SELECT port, key, value, type FROM port_properties",
-    "DELETE FROM port_properties",
-    "INSERT OR REPLACE INTO device_values VALUES (?, ?, ?)",
-    "DELETE FROM device_values WHERE device = ? AND key = ?",
-    "SELECT device, key, value FROM device_values",
-    "DELETE FROM device_values",
-};
-static_assert(std::size(kStatements) == static_cast<size_t>(Sql::Count));
 
 // Reads the file's header itself: opening a foreign file through SQLite could already change it.
 void refuseForeign(const std::string &path) {
@@ -141,7 +77,6 @@ Store::Store(const std::string &path) : path_(path) {
         execute(
             "PRAGMA locking_mode = EXCLUSIVE; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 4000");
         verify();
-        prepare();
     } catch (const std::exception &error) {
         refuse(error.what());
     }
@@ -186,12 +121,20 @@ void Store::create(const std::string &path) try {
     throw StoreError(fmt::format("cannot make {}: {}", path, error.what()), false);
 }
 
-void Store::prepare() {
-    for (const char *text : kStatements) {
-        sqlite3_stmt *statement = nullptr;
-        check(sqlite3_prepare_v3(database_.get(), text, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr));
-        statements_.emplace_back(statement);
-    }
+// A statement that cannot be prepared shows that the tables are not ours.
+sqlite3_stmt *Store::prepare(const Sql &sql) {
+    auto &prepared = statements_[&sql];
+    if (prepared != nullptr) return prepared.get();
+    sqlite3_stmt *statement = nullptr;
+    const int code =
+        sqlite3_prepare_v3(database_.get(), sql.text, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
+    if (code != SQLITE_OK) refuse(sqlite3_errmsg(database_.get()));
+    prepared.reset(statement);
+    return statement;
+}
+
+void Store::clear() {
+    execute(kClearAll);
 }
 
 void Store::verify() {
@@ -226,8 +169,7 @@ void Store::limitTo(uint32_t mebibytes) {
     execute(fmt::format("PRAGMA max_page_count = {}", uint64_t{mebibytes} * kPagesPerMebibyte));
 }
 
-Store::Use::Use(Store &store, Sql sql)
-    : store_(store), statement_(store.statements_[static_cast<size_t>(sql)].get()) {}
+Store::Use::Use(Store &store, const Sql &sql) : store_(store), statement_(store.prepare(sql)) {}
 
 Store::Use::~Use() {
     sqlite3_reset(statement_);
@@ -255,7 +197,7 @@ bool Store::Use::step() const {
 }
 
 Transaction::Transaction(Store &store) : store_(store) {
-    if (store_.depth_ == 0) store_.run(Sql::Begin);
+    if (store_.depth_ == 0) store_.run(kBegin);
     ++store_.depth_;
 }
 
@@ -271,7 +213,7 @@ Transaction::~Transaction() {
 void Transaction::commit() {
     if (store_.depth_ == 1) {
         if (store_.dieAtCommit_) raise(SIGKILL);
-        store_.run(Sql::Commit);
+        store_.run(kCommit);
     }
     --store_.depth_;
     open_ = false;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The database behind the model: one SQLite file, one statement per kind of change, transactions.
+// The database of the model: one SQLite file.
 #pragma once
 
 #include <cstdint>
@@ -7,14 +7,16 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <unordered_map>
+
+#include "daemon/model/schema.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace qvs::kernel {
 
-// A change that could not be written; nothing of it remains.
+// Reports a change that could not be written. The database is unchanged.
 class StoreError : public std::runtime_error {
   public:
     StoreError(const std::string &message, bool full) : std::runtime_error(message), full_(full) {}
@@ -24,56 +26,14 @@ class StoreError : public std::runtime_error {
     bool full_;
 };
 
-// Every statement by name; the text is in store.cpp.
-enum class Sql {
-    Begin,
-    Commit,
-    SetNextPort,
-    GetNextPort,
-    AddNic,
-    SetNic,
-    AllNics,
-    ClearNics,
-    AddPortset,
-    RemovePortset,
-    SetPortsetMtu,
-    AllPortsets,
-    ClearPortsets,
-    AddSwitch,
-    SetSwitchPortset,
-    RemoveSwitch,
-    AllSwitches,
-    ClearSwitches,
-    SetSwitchProperty,
-    RemoveSwitchProperty,
-    RemoveSwitchProperties,
-    AllSwitchProperties,
-    ClearSwitchProperties,
-    AddPort,
-    SetPortClient,
-    RemovePort,
-    AllPorts,
-    ClearPorts,
-    SetPortProperty,
-    DropPortProperty,
-    RemovePortProperties,
-    AllPortProperties,
-    ClearPortProperties,
-    SetDeviceValue,
-    RemoveDeviceValue,
-    AllDeviceValues,
-    ClearDeviceValues,
-    Count,
-};
-
-// A column of the current row of a query.
+// The columns of the current row of a query.
 class Row {
   public:
     explicit Row(sqlite3_stmt *statement) : statement_(statement) {}
     bool null(int column) const;
     int64_t integer(int column) const;
     uint32_t u32(int column) const { return static_cast<uint32_t>(integer(column)); }
-    // Valid until the next row.
+    // Returns a view that is valid until the next row.
     std::string_view bytes(int column) const;
     std::string text(int column) const { return std::string(bytes(column)); }
 
@@ -83,23 +43,27 @@ class Row {
 
 class Store {
   public:
-    // Opens the database at `path` and makes a new one where there is none. A file that is not one of ours,
-    // or is damaged, is refused with a message and left as it is.
+    // Opens the database at `path`, or creates it. Throws for a damaged file or a file of another program and
+    // leaves it unchanged.
     explicit Store(const std::string &path);
-    // Throws what a file gets that cannot be used for that reason, and the way out.
+    // Throws an error that names the file, the reason and the remedy.
     [[noreturn]] void refuse(std::string_view reason) const;
     Store(const Store &) = delete;
     Store &operator=(const Store &) = delete;
 
-    // Brings everything into the main file; without it the next start does.
+    // Writes everything to the main file and closes it. Without this call, the next start does so.
     void close();
 
-    // Caps the size of the database; beyond it changes fail as on a full disk. 0: no cap.
+    // Limits the size of the database. Changes beyond the limit fail as on a full disk. 0 means no limit.
     void limitTo(uint32_t mebibytes);
     bool limited() const { return limited_; }
 
+    // Deletes all switches, portsets, ports, NICs, properties and rows of devices.
+    void clear();
+
+    // Executes a statement.
     template <typename... Args>
-    void run(Sql sql, const Args &...args) {
+    void run(const Sql &sql, const Args &...args) {
         const Use use(*this, sql);
         int index = 0;
         (use.bind(++index, args), ...);
@@ -107,23 +71,28 @@ class Store {
         }
     }
 
+    // Executes a statement in a transaction of its own.
+    template <typename... Args>
+    void change(const Sql &sql, const Args &...args);
+
+    // Calls `visitor` for each row of a query.
     template <typename Visitor>
-    void each(Sql sql, const Visitor &visitor) {
+    void each(const Sql &sql, const Visitor &visitor) {
         const Use use(*this, sql);
         while (use.step())
             visitor(Row(use.statement()));
     }
 
-    // For fault injection: the process dies instead of committing.
+    // Makes the process kill itself instead of committing (fault injection).
     void dieAtCommit(bool armed) { dieAtCommit_ = armed; }
 
   private:
     friend class Transaction;
 
-    // One execution of a prepared statement; it is reset afterwards, whatever happens.
+    // One execution of a prepared statement. The destructor resets the statement.
     class Use {
       public:
-        Use(Store &store, Sql sql);
+        Use(Store &store, const Sql &sql);
         ~Use();
         Use(const Use &) = delete;
         Use &operator=(const Use &) = delete;
@@ -142,7 +111,7 @@ class Store {
 
     void open(const std::string &path);
     void create(const std::string &path);
-    void prepare();
+    sqlite3_stmt *prepare(const Sql &sql);
     void verify();
     void execute(const std::string &sql);
     void check(int code) const;
@@ -154,13 +123,13 @@ class Store {
 
     std::string path_;
     std::unique_ptr<sqlite3, Close> database_;
-    std::vector<std::unique_ptr<sqlite3_stmt, Close>> statements_;
+    std::unordered_map<const Sql *, std::unique_ptr<sqlite3_stmt, Close>> statements_;
     int depth_ = 0;
     bool limited_ = false;
     bool dieAtCommit_ = false;
 };
 
-// A change: rolled back unless committed. One inside another is part of the outer one.
+// A transaction. It is rolled back unless it is committed. A nested transaction is part of the outer one.
 class Transaction {
   public:
     explicit Transaction(Store &store);
@@ -173,5 +142,12 @@ class Transaction {
     Store &store_;
     bool open_ = true;
 };
+
+template <typename... Args>
+void Store::change(const Sql &sql, const Args &...args) {
+    Transaction transaction(*this);
+    run(sql, args...);
+    transaction.commit();
+}
 
 }  // namespace qvs::kernel

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Showing bytes, words and errors.
+// Text forms of bytes, words, addresses and errors.
 #include "daemon/model/text.h"
+
+#include <arpa/inet.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -86,15 +88,33 @@ std::string hexRuns(std::string_view bytes) {
     return result + (result.empty() ? "" : " ") + leftOut(bytes.size() - shown.size());
 }
 
+std::optional<std::string> parseHex(std::string_view digits) {
+    std::string bytes;
+    if (digits.size() % 2 != 0) return std::nullopt;
+    for (size_t at = 0; at < digits.size(); at += 2) {
+        const auto byte = wire::numberOf<uint8_t>(digits.substr(at, 2), 16);
+        if (!byte) return std::nullopt;
+        bytes += static_cast<char>(*byte);
+    }
+    return bytes;
+}
+
 std::optional<std::string> parseMac(std::string_view text) {
     constexpr size_t kLength = 17;
-    std::string mac;
-    for (size_t at = 0; text.size() == kLength && at < kLength; at += 3) {
-        const auto byte = wire::numberOf<uint8_t>(text.substr(at, 2), 16);
-        if (!byte || (at != 0 && text[at - 1] != ':')) return std::nullopt;
-        mac += static_cast<char>(*byte);
+    if (text.size() != kLength) return std::nullopt;
+    std::string digits(text.substr(0, 2));
+    for (size_t at = 2; at < kLength; at += 3) {
+        if (text[at] != ':') return std::nullopt;
+        digits += text.substr(at + 1, 2);
     }
-    return mac.empty() ? std::nullopt : std::optional(mac);
+    return parseHex(digits);
+}
+
+std::optional<std::string> parseIp(const std::string &text) {
+    char bytes[sizeof(in6_addr)];
+    if (inet_pton(AF_INET, text.c_str(), bytes) == 1) return std::string(bytes, sizeof(in_addr));
+    if (inet_pton(AF_INET6, text.c_str(), bytes) == 1) return std::string(bytes, sizeof bytes);
+    return std::nullopt;
 }
 
 std::string errnoName(int error) {

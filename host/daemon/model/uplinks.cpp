@@ -84,8 +84,8 @@ void Uplinks::storeNic(const Nic &nic, const Nic &to, uint32_t port) {
     const auto &nics = inventory_.nics();
     const auto at =
         std::find_if(nics.begin(), nics.end(), [&](const auto &known) { return known.get() == &nic; });
-    store_.run(Sql::SetNic, int64_t{at - nics.begin()}, to.link, to.admin, to.speedMbps, to.mtu,
-               bytesOf(to.mac), port);
+    store_.run(kSetNic, int64_t{at - nics.begin()}, to.link, to.admin, to.speedMbps, to.mtu, bytesOf(to.mac),
+               port);
 }
 
 Status Uplinks::setNic(Nic &nic, const Nic &to) {
@@ -110,26 +110,22 @@ Status Uplinks::setNic(Nic &nic, const Nic &to) {
 Status Uplinks::addNic(const Nic &nic) {
     if (!isNodeName(nic.name, kMaxNicName) || !isMtu(nic.mtu)) return Status::BadParameter;
     if (inventory_.findNic(nic.name) != nullptr) return Status::Exists;
-    Transaction transaction(store_);
-    store_.run(Sql::AddNic, static_cast<int64_t>(inventory_.nics().size()), std::string_view(nic.name),
-               nic.link, nic.admin, nic.speedMbps, nic.mtu, bytesOf(nic.mac), 0u);
-    transaction.commit();
+    store_.change(kAddNic, static_cast<int64_t>(inventory_.nics().size()), std::string_view(nic.name),
+                  nic.link, nic.admin, nic.speedMbps, nic.mtu, bytesOf(nic.mac), 0u);
     inventory_.insert(std::make_unique<Nic>(nic));
     changes_.all();
     return Status::Ok;
 }
 
 void Uplinks::clearNics() {
-    Transaction transaction(store_);
-    store_.run(Sql::ClearNics);
-    transaction.commit();
+    store_.change(kClearNics);
     inventory_.clearNics();
     changes_.all();
 }
 
 void storeStatusReturn(Store &store, const Port &port) {
     if (port.statusFrom == Port::StatusFrom::Client)
-        store.run(Sql::DropPortProperty, port.number, std::string_view(kPortStatusKey));
+        store.run(kDropPortProperty, port.number, std::string_view(kPortStatusKey));
 }
 
 std::string_view bytesOf(const std::array<uint8_t, 6> &mac) {
