@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The launcher's own failures.
+// The errors of the launcher.
 #pragma once
 
 #include <string_view>
@@ -11,8 +11,8 @@ namespace qvs::launcher {
 
 using cli::complain;
 
-// Paths, and what the host and the system say, stand in the message: they are shown as a terminal may see
-// them.
+// An error of the launcher. Control characters are escaped, because messages contain paths and texts of the
+// host.
 struct Error : qvs::Failure {
     explicit Error(std::string_view what, qvs::Exit code = qvs::Exit::Failed)
         : Failure{code, qvs::shown(what)} {}

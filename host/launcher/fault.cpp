@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// A fault as it is typed, checked and made a request.
+// Checks the options of a fault and builds its request.
 #include "launcher/fault.h"
 
 #include <algorithm>
 #include <string>
 
-#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "launcher/host.h"
@@ -52,7 +51,7 @@ json patchGiven(const std::string &text) {
 }  // namespace
 
 json requestOf(const Arguments &arguments) {
-    if (arguments.text("MATCH").empty()) fail(Exit::Usage, "MATCH: matches nothing; * is every request");
+    if (arguments.text("MATCH").empty()) fail(Exit::Usage, "MATCH: is empty; * matches every request");
     const uint32_t nth = arguments.number("--nth", 1, 1);
     const uint32_t count = arguments.number("--count", arguments.given("--forever") ? 0 : 1, 1);
     json action;
@@ -68,8 +67,9 @@ json requestOf(const Arguments &arguments) {
     if (arguments.given("--lab")) action["lab"] = readJson(arguments.text("--lab"));
     if (action.empty()) {
         fail(Exit::Usage,
-             "nothing is to happen; one of --errno, --status, --exit, --delay, --kill, --output, --truncate "
-             "and --lab is needed");
+             "the fault has no effect; give at least one of --errno, --status, --exit, --delay, --kill, "
+             "--output, --truncate "
+             "and --lab");
     }
     json request = {{"op", "fault.add"}, {"match", arguments.text("MATCH")}, {"nth", nth}, {"count", count}};
     request.update(action);

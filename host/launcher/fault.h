@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// `qvs-host fault add`: a fault as it is typed.
+// Reads the options of `qvs-host fault add`.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
@@ -8,7 +8,7 @@
 
 namespace qvs::launcher {
 
-// The control request that adds the fault.
+// Returns the control request that adds the fault.
 nlohmann::json requestOf(const cli::Arguments &arguments);
 
 }  // namespace qvs::launcher

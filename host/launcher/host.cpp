@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Starting, joining and leaving a daemon.
+// Starts, joins and leaves daemons.
 #include "launcher/host.h"
 
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,9 +14,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <optional>
-#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -25,7 +22,8 @@
 #include <nlohmann/json.hpp>
 
 #include "launcher/error.h"
-#include "wire/fault.h"
+#include "launcher/process.h"
+#include "wire/host_files.h"
 #include "wire/json.h"
 
 namespace qvs::launcher {
@@ -35,8 +33,6 @@ namespace {
 using namespace std::chrono_literals;
 using nlohmann::json;
 
-// The daemon's exit code when another one has the directory.
-constexpr int kServedAlready = 3;
 constexpr auto kAgainAfter = 20ms;
 
 constexpr int kReadyDescriptor = 3;
@@ -45,7 +41,7 @@ struct ServedAlready : Error {
     using Error::Error;
 };
 
-// In the child: nothing of the launcher's remains open, and the terminal is not the daemon's.
+// Executes the daemon in the child process. The daemon gets no open files of the launcher and no terminal.
 [[noreturn]] void becomeDaemon(const std::vector<std::string> &words, int ready) {
     setsid();
     dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
@@ -53,11 +49,7 @@ struct ServedAlready : Error {
     close_range(kReadyDescriptor + 1, ~0u, 0);
     unsetenv("LD_PRELOAD");
     if (chdir("/") != 0) _exit(1);
-    std::vector<char *> arguments;
-    arguments.reserve(words.size() + 1);
-    for (const std::string &word : words)
-        arguments.push_back(const_cast<char *>(word.c_str()));
-    arguments.push_back(nullptr);
+    const std::vector<char *> arguments = argumentsOf(words);
     execv(arguments[0], arguments.data());
     dprintf(kReadyDescriptor, "cannot run %s: %s", arguments[0], strerror(errno));
     _exit(1);
@@ -65,7 +57,7 @@ struct ServedAlready : Error {
 
 using Clock = std::chrono::steady_clock;
 
-// What the daemon says of its start, or nothing when it does not say it in time.
+// Returns the report of the daemon about its start, or nothing if there is none in time.
 std::optional<std::string> readAll(int descriptor, Clock::time_point deadline) {
     std::string text;
     char buffer[512];
@@ -81,15 +73,8 @@ std::optional<std::string> readAll(int descriptor, Clock::time_point deadline) {
     }
 }
 
-int waitForProcess(pid_t process) {
-    int status = 0;
-    while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
-    }
-    return status;
-}
-
-// Its status, or nothing when it does not end in time.
-std::optional<int> waitForProcess(pid_t process, std::chrono::seconds within) {
+// Waits until a process ends. Returns its status, or nothing if it does not end in time.
+std::optional<int> waitWithin(std::chrono::seconds within, pid_t process) {
     const auto deadline = Clock::now() + within;
     int status = 0;
     while (waitpid(process, &status, WNOHANG) == 0) {
@@ -109,12 +94,8 @@ std::string endOf(int status) {
                                : fmt::format("ended with status {}", WEXITSTATUS(status));
 }
 
-}  // namespace
-
-namespace {
-
-// Starts a daemon and waits until it serves; its process. Throws ServedAlready when another one has the
-// directory.
+// Starts a daemon, waits until it serves and returns its process. Throws ServedAlready if another daemon
+// serves the directory.
 pid_t startDaemon(const std::string &program, const HostOptions &options) {
     std::vector<std::string> words = {program, "--state", options.directory, "--ready-fd",
                                       std::to_string(kReadyDescriptor)};
@@ -127,38 +108,38 @@ pid_t startDaemon(const std::string &program, const HostOptions &options) {
     if (options.isPrivate) words.emplace_back("--private");
 
     int ready[2];
-    if (pipe2(ready, O_CLOEXEC) != 0) throw Error(fmt::format("no pipe: {}", strerror(errno)));
+    if (pipe2(ready, O_CLOEXEC) != 0) throw Error(fmt::format("cannot create a pipe: {}", strerror(errno)));
     const pid_t process = fork();
     if (process == 0) {
-        // The duplicate that exec is to keep; descriptor 3 itself may be the pipe's end.
+        // exec must keep this descriptor. dup2 clears the flag only for other descriptors.
         if (ready[1] == kReadyDescriptor) fcntl(ready[1], F_SETFD, 0);
         becomeDaemon(words, ready[1]);
     }
     close(ready[1]);
     if (process < 0) {
         close(ready[0]);
-        throw Error(fmt::format("no process can be made: {}", strerror(errno)));
+        throw Error(fmt::format("cannot create a process: {}", strerror(errno)));
     }
     const auto said = readAll(ready[0], Clock::now() + kBeginsWithin);
     close(ready[0]);
     if (said == "R") return process;
     if (!said) {
         killProcess(process);
-        throw Error(
-            fmt::format("the daemon {} (process {}) did not serve within {} s and was killed; see {}/log",
-                        program, process, kBeginsWithin.count(), options.directory));
+        throw Error(fmt::format("the daemon {} (process {}) did not serve within {} s and was killed; see {}",
+                                program, process, kBeginsWithin.count(), wire::logFile(options.directory)));
     }
 
     const int status = waitForProcess(process);
-    const std::string message = said->empty() ? fmt::format("the daemon {} {} before it served; see {}/log",
-                                                            program, endOf(status), options.directory)
-                                              : *said;
-    if (WIFEXITED(status) && WEXITSTATUS(status) == kServedAlready) throw ServedAlready(message);
+    const std::string message = said->empty()
+                                    ? fmt::format("the daemon {} {} before it served; see {}", program,
+                                                  endOf(status), wire::logFile(options.directory))
+                                    : *said;
+    if (WIFEXITED(status) && WEXITSTATUS(status) == wire::kServedAlready) throw ServedAlready(message);
     throw Error(message);
 }
 
-// Tries until it is there. A daemon that has the directory may be one that begins, one that ends, or one that
-// was killed and has not been cleared away: `isJoined` says when it serves instead.
+// Starts a daemon, and tries again while another daemon has the directory, because that one may be starting
+// or ending. Returns 0 when `isJoined` returns true, because the other daemon serves.
 template <typename IsJoined>
 pid_t startOrJoin(const std::string &program, const HostOptions &options, const IsJoined &isJoined) {
     const auto deadline = Clock::now() + kEndsWithin;
@@ -179,7 +160,7 @@ pid_t startOrJoin(const std::string &program, const HostOptions &options, const 
 }  // namespace
 
 pid_t startAlone(const std::string &program, const HostOptions &options) {
-    const std::string socket = options.directory + "/socket";
+    const std::string socket = wire::socketFile(options.directory);
     return startOrJoin(program, options, [&](const ServedAlready &error) -> bool {
         wire::Client client;
         wire::Writer request(wire::Kind::Control);
@@ -194,7 +175,7 @@ pid_t startAlone(const std::string &program, const HostOptions &options) {
 }
 
 Host::Host(const std::string &program, const HostOptions &options)
-    : socket_(options.directory + "/socket"), isPrivate_(options.isPrivate) {
+    : socket_(wire::socketFile(options.directory)), isPrivate_(options.isPrivate) {
     while (!join()) {
         const pid_t started = startOrJoin(program, options, [this](const ServedAlready &) { return join(); });
         if (started == 0) break;
@@ -217,30 +198,25 @@ bool Host::join() {
         if (lease_.call(request, &nothing)) return true;
     }
     if (errno == ETIMEDOUT) throw noAnswer(socket_, who_);
-    if (errno == ENAMETOOLONG) {
-        throw Error(
-            fmt::format("{}: the path is longer than the 107 bytes a socket may have; use a shorter state "
-                        "directory",
-                        socket_));
-    }
+    if (errno == ENAMETOOLONG) throw Error(wire::pathTooLong(socket_));
     if (errno == EACCES || errno == EPERM)
-        throw Error(fmt::format("the host at {} is another user's: {}", socket_, strerror(errno)));
+        throw Error(fmt::format("the host at {} belongs to another user: {}", socket_, strerror(errno)));
     return false;
 }
 
 void Host::leave() {
-    // The daemon answers when it stays, for other leases or for good, and else keeps silent until it is gone.
+    // The daemon answers if it stays. Otherwise it closes the connection when it ends.
     std::string nothing;
     lease_.setTimeout(millisecondsOf(kEndsWithin));
     const bool sent = shutdown(lease_.socket(), SHUT_WR) == 0;
     const bool stays = sent && lease_.receive(wire::Kind::Reply, &nothing);
     const bool silent = sent && !stays && errno == ETIMEDOUT;
     lease_.close();
-    if (silent) complain("the host at {}{} does not end", qvs::shown(socket_), who_);
+    if (silent) complain("the host at {}{} does not stop", qvs::shown(socket_), who_);
     if (stays || daemon_ == 0 || (silent && !isPrivate_)) return;
-    const std::optional<int> status = silent ? killProcess(daemon_) : waitForProcess(daemon_, kEndsWithin);
+    const std::optional<int> status = silent ? killProcess(daemon_) : waitWithin(kEndsWithin, daemon_);
     if (!status) {
-        complain("the host at {}{} does not end", qvs::shown(socket_), who_);
+        complain("the host at {}{} does not stop", qvs::shown(socket_), who_);
     } else if (*status != 0) {
         complain("the host {}", endOf(*status));
     }
@@ -262,42 +238,48 @@ Error noAnswer(const std::string &socket, const std::string &who) {
                     socket, who));
 }
 
-void connectTo(wire::Client *client, const std::string &socket) {
-    if (client->connect(socket.c_str())) return;
+HostClient::HostClient(const std::string &socket) : socket_(socket) {
+    if (client.connect(socket.c_str())) {
+        who = processBehind(client);
+        return;
+    }
     const bool isThere = errno != ENOENT && errno != ECONNREFUSED;
     throw Error(fmt::format("no host answers at {} ({}){}", socket, strerror(errno),
                             isThere ? "" : "; start one with \"qvs-host start --state DIR\""));
 }
 
+std::string HostClient::call(wire::Writer &request) {
+    std::string payload;
+    if (!client.call(request, &payload)) throw noAnswer(socket_, who);
+    return payload;
+}
+
 json control(const std::string &socket, const json &request, std::chrono::milliseconds within) {
-    // What was written into a request stands deeper in an answer that gives it back.
+    // An answer nests the contents of earlier requests deeper.
     constexpr size_t kDeepest = wire::kMaxJsonDepth + 8;
-    wire::Client client;
-    connectTo(&client, socket);
-    client.setTimeout(millisecondsOf(within));
-    const std::string who = processBehind(client);
+    HostClient host(socket);
+    host.client.setTimeout(millisecondsOf(within));
     wire::Writer message(wire::Kind::Control);
     message.text(request.dump());
-    std::string payload;
-    if (!client.call(message, &payload)) throw noAnswer(socket, who);
+    const std::string payload = host.call(message);
     json answer;
     try {
         answer = wire::parseJson(wire::Reader(payload).text(), kDeepest);
     } catch (const std::exception &) {
-        // It is no object then.
+        // The answer is not an object in this case.
     }
-    if (!answer.is_object()) throw Error("the host's answer makes no sense; are both of one version?");
+    if (!answer.is_object())
+        throw Error(
+            "the host sent an invalid answer; check that qvs-host and qvs-hostd have the same version");
     if (!answer.value("ok", false)) throw Error(answer.value("error", "the host refused"));
     return answer;
 }
 
 json readJson(const std::string &path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw Error(fmt::format("cannot read {}: {}", path, strerror(errno)));
-    std::stringstream text;
-    text << file.rdbuf();
+    const auto text = wire::readFile(path);
+    if (!text) throw Error(fmt::format("cannot read {}: {}", path, strerror(errno)));
     try {
-        return wire::parseJson(text.str());
+        return wire::parseJson(*text);
     } catch (const std::exception &error) {
         throw Error(fmt::format("{}: {}", path, error.what()));
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A daemon and this process's part in it: started or joined, leased, left.
+// Starts, joins and leaves daemons, and sends them control requests.
 #pragma once
 
 #include <sys/types.h>
@@ -20,11 +20,11 @@ struct HostOptions {
     std::string trace;
     unsigned maxStateMib = 0;
     bool whileLeased = false;
-    bool isPrivate = false;  // the daemon removes the directory when it ends
+    bool isPrivate = false;  // whether the daemon removes the directory when it ends
 };
 
-// How long the launcher waits for a daemon to begin or to end, and for a lab to be applied. Other answers
-// have the wait of every client.
+// The times that the launcher waits for a daemon to start, to end, and to apply a lab. It waits for other
+// answers as long as every client.
 constexpr std::chrono::seconds kBeginsWithin{30};
 constexpr std::chrono::seconds kEndsWithin{30};
 constexpr std::chrono::seconds kChangesWithin{60};
@@ -32,40 +32,52 @@ inline int millisecondsOf(std::chrono::milliseconds time) {
     return static_cast<int>(time.count());
 }
 
-// Starts a daemon and waits until it serves; its process. Throws when it does not, or when another one serves
-// the directory. One that was killed just now does not count.
+// Starts a daemon, waits until it serves and returns its process. Throws if it fails or if another daemon
+// serves the directory. A daemon that was just killed is ignored.
 pid_t startAlone(const std::string &program, const HostOptions &options);
 
-// The host of a directory while this object lives.
+// A lease of the host of a directory.
 class Host {
   public:
     // Joins the daemon that serves the directory, or starts one that ends with its last lease.
     Host(const std::string &program, const HostOptions &options);
 
-    // Gives the lease back. When it was the last one, waits until the daemon is gone; a private one that does
-    // not go is killed.
+    // Ends the lease. If it was the last one, waits until the daemon ends. A private daemon that does not end
+    // is killed.
     void leave();
 
   private:
     bool join();
 
     std::string socket_;
-    std::string who_;  // serves the directory, for messages
+    std::string who_;  // the process that serves, for messages
     bool isPrivate_;
     wire::Client lease_;
-    pid_t daemon_ = 0;  // when this process started it
+    pid_t daemon_ = 0;  // 0 unless this process started it
 };
 
-// A control request at the given socket; the answer, after its "ok" was checked.
+// A connection to a running host.
+struct HostClient {
+    // Connects. Throws an error that names the remedy if no host answers.
+    explicit HostClient(const std::string &socket);
+    // Sends a request and returns the reply. Throws if the host does not answer.
+    std::string call(wire::Writer &request);
+
+    wire::Client client;
+    std::string who;  // the process that serves, for messages
+
+  private:
+    std::string socket_;
+};
+
+// Sends a control request and returns the answer. Throws if the request failed.
 nlohmann::json control(const std::string &socket, const nlohmann::json &request,
                        std::chrono::milliseconds within = std::chrono::milliseconds(wire::hostTimeout()));
-// Connects or throws with the remedy.
-void connectTo(wire::Client *client, const std::string &socket);
-// " (process 123)", or nothing where that cannot be known.
+// Returns " (process 123)", or an empty text if the process is unknown.
 std::string processBehind(const wire::Client &client);
-// What to say of a host after a call failed.
+// Returns the error about a host after a failed call.
 Error noAnswer(const std::string &socket, const std::string &who);
-// A file that holds JSON, such as a lab.
+// Reads a JSON file, such as a lab.
 nlohmann::json readJson(const std::string &path);
 
 }  // namespace qvs::launcher

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where the parts of the emulated host lie.
+// Finds the parts of the emulated host.
 #include "launcher/layout.h"
 
 #include <filesystem>
-
-#include <fmt/format.h>
 
 #include "launcher/error.h"
 
@@ -14,7 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// The launcher is in the prefix's program directory; the way up is as long as that directory's name.
+// Returns the prefix of the installation. The launcher is in QVS_BINDIR below it.
 fs::path findPrefix() {
     std::error_code error;
     fs::path prefix = fs::read_symlink("/proc/self/exe", error).parent_path();
@@ -39,13 +37,13 @@ Layout findLayout() {
         if (!fs::exists(part))
             throw Error(part + " is missing; install or build the emulated host completely");
     }
-    // The dynamic linker's lists are divided by these, and nothing quotes them.
+    // The lists of the dynamic linker are separated by these characters, which cannot be quoted.
     if (layout.lib.find_first_of(":;") != std::string::npos) {
         throw Error(layout.lib +
                     ": libraries cannot be found by a path with a colon or a semicolon; move the "
                     "installation");
     }
-    // LD_PRELOAD is divided by blanks as well; a name without a path is searched for like any library.
+    // LD_PRELOAD is also separated by blanks. A name without a path is searched like any library.
     if (layout.preload.find(' ') != std::string::npos) {
         layout.lib += ':' + fs::path(layout.preload).parent_path().string();
         layout.preload = fs::path(layout.preload).filename();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where the parts of the emulated host lie: beside the launcher, in the build tree as in an installed one.
+// Finds the parts of the emulated host, in the build tree or in an installation.
 #pragma once
 
 #include <string>
@@ -8,14 +8,14 @@ namespace qvs::launcher {
 
 struct Layout {
     std::string bin;
-    std::string lib;       // what the dynamic linker is to search
-    std::string toolPath;  // of the emulated shell
+    std::string lib;       // search path for the dynamic linker
+    std::string toolPath;  // directory of the emulated shell
     std::string daemon;
     std::string treesh;
-    std::string preload;  // as the dynamic linker is to be given it
+    std::string preload;  // value for LD_PRELOAD
 };
 
-// Throws when a part is missing.
+// Finds the parts relative to the launcher. Throws if one is missing.
 Layout findLayout();
 
 }  // namespace qvs::launcher

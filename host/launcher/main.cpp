@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// qvs-host: gives a command an emulated host, and manages one that stays up.
+// qvs-host: runs commands on an emulated host, and manages hosts.
 #include <unistd.h>
 
 #include <cerrno>
@@ -20,6 +20,7 @@
 #include "tool/command.h"
 #include "tool/output.h"
 #include "tool/run.h"
+#include "wire/host_files.h"
 
 namespace qvs::launcher {
 
@@ -53,12 +54,12 @@ HostOptions hostOptions(const Arguments &arguments) {
     return options;
 }
 
-// The socket of the host that a command is about.
+// Returns the socket of the host that a command applies to.
 std::string socketOf(const Arguments &arguments) {
-    if (arguments.given("--state")) return absolute(arguments.text("--state")) + "/socket";
+    if (arguments.given("--state")) return wire::socketFile(absolute(arguments.text("--state")));
     const char *socket = getenv(wire::kSocketVariable);
     if (socket != nullptr && socket[0] != '\0') return socket;
-    throw Error("no host is named: give --state DIR, or run this on a host", qvs::Exit::Usage);
+    throw Error("no host is named; give --state DIR, or run the command on a host", qvs::Exit::Usage);
 }
 
 void run(const Arguments &arguments, Output &out) {
@@ -79,17 +80,13 @@ void start(const Arguments &arguments, Output &out) {
 
 void stop(const Arguments &arguments, Output &) {
     const std::string socket = socketOf(arguments);
-    wire::Client client;
-    connectTo(&client, socket);
-    const std::string who = processBehind(client);
+    HostClient host(socket);
     wire::Writer message(wire::Kind::Control);
-    message.text(R"({"op":"stop"})");
-    std::string payload;
-    if (!client.call(message, &payload)) throw noAnswer(socket, who);
-    // The connection lasts as long as the daemon does.
-    client.setTimeout(millisecondsOf(kEndsWithin));
-    client.receive(wire::Kind::Reply, &payload);
-    if (errno == ETIMEDOUT) throw Error(fmt::format("the host at {}{} does not end", socket, who));
+    std::string payload = host.call(message.text(R"({"op":"stop"})"));
+    // The connection stays open until the daemon ends.
+    host.client.setTimeout(millisecondsOf(kEndsWithin));
+    host.client.receive(wire::Kind::Reply, &payload);
+    if (errno == ETIMEDOUT) throw Error(fmt::format("the host at {}{} does not stop", socket, host.who));
 }
 
 void status(const Arguments &arguments, Output &out) {
@@ -102,16 +99,12 @@ void reset(const Arguments &arguments, Output &) {
 }
 
 void followTrace(const Arguments &arguments, Output &out) {
-    const std::string socket = socketOf(arguments);
-    wire::Client client;
-    connectTo(&client, socket);
-    const std::string who = processBehind(client);
+    HostClient host(socketOf(arguments));
     wire::Writer message(wire::Kind::TraceFollow);
-    std::string payload;
-    if (!client.call(message, &payload)) throw noAnswer(socket, who);
-    // The next request may be long in coming.
-    client.setTimeout(0);
-    while (client.receive(wire::Kind::TraceLine, &payload)) {
+    std::string payload = host.call(message);
+    // It can take any time until the next request.
+    host.client.setTimeout(0);
+    while (host.client.receive(wire::Kind::TraceLine, &payload)) {
         out.write(wire::Reader(payload).text());
         out.write("\n");
         out.flush();

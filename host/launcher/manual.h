@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the manual of qvs-host says besides its commands.
+// The text of the manual of qvs-host, except the commands.
 #pragma once
 
 #include "tool/program.h"

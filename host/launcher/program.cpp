@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whether a program can be given a host: the interposer is loaded by the dynamic loader of this machine's C
-// library, and by no other.
+// Checks whether a program can use a host. Only the dynamic loader of the C library of this machine loads the
+// interposer.
 #include "launcher/program.h"
 
 #include <elf.h>
@@ -22,11 +22,11 @@ namespace qvs::launcher {
 
 namespace {
 
-// The kernel follows no more scripts than that, and reads no more of their first line.
+// The limits of the kernel for nested scripts and for the first line of a script.
 constexpr int kMaxScripts = 5;
 constexpr size_t kMaxLine = 256;
 
-// The file that a command's first word means.
+// Returns the file that the first word of a command names.
 std::optional<std::string> findProgram(const std::string &word) {
     if (word.empty()) return std::nullopt;
     if (word.find('/') != std::string::npos) return word;
@@ -41,7 +41,7 @@ std::optional<std::string> findProgram(const std::string &word) {
     return std::nullopt;
 }
 
-// The word behind "#!" that matters: the interpreter, or what env looks for.
+// Returns the interpreter in a line that starts with "#!", or the program that env searches.
 std::optional<std::string> interpreterOf(std::string_view line) {
     std::istringstream words(std::string(line.substr(2, line.find('\n') - 2)));
     std::string word;
@@ -49,18 +49,18 @@ std::optional<std::string> interpreterOf(std::string_view line) {
     if (std::filesystem::path(word).filename() != "env") return word;
     const std::string env = word;
     while (words >> word) {
-        // Options and variables of env's own.
+        // Skips the options and variables of env.
         if (!word.starts_with('-') && word.find('=') == std::string::npos) return findProgram(word);
     }
     return env;
 }
 
 struct Image {
-    bool foreign = false;  // of another kind of machine
-    std::string loader;    // empty: none
+    bool foreign = false;  // for another kind of machine
+    std::string loader;    // empty if there is none
 };
 
-// What the header of an ELF file says of how it is loaded; nothing for any other file.
+// Returns how an ELF file is loaded. Returns nothing for any other file.
 std::optional<Image> readImage(std::ifstream &file) {
     using Header = ElfW(Ehdr);
     using Segment = ElfW(Phdr);
@@ -96,7 +96,7 @@ std::string ownLoader() {
     return image ? image->loader : std::string();
 }
 
-// The loader of a program with the rights of its file's owner ignores LD_PRELOAD.
+// Tells whether a program gets the rights of the owner of its file. Its loader then ignores LD_PRELOAD.
 bool changesRights(const std::string &path) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) return false;
@@ -124,7 +124,7 @@ std::string whyNotOnHost(const std::string &command, const Layout &layout) {
     auto path = findProgram(command);
     std::error_code ignored;
     for (int scripts = 0; path && scripts < kMaxScripts; ++scripts) {
-        // Opening a pipe would wait for who writes to it; the kernel refuses to run it.
+        // Opening a pipe would block. The kernel refuses to execute it.
         if (!std::filesystem::is_regular_file(*path, ignored)) return {};
         std::ifstream file(*path, std::ios::binary);
         char line[kMaxLine] = {};

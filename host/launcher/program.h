@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whether a program can be given a host.
+// Checks whether a program can use a host.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace qvs::launcher {
 
-// Why the program that `command` names, or the interpreter of that script, will not see the host, and what
-// helps; empty for every other program and for what cannot be read.
+// Returns why the program that `command` names, or the interpreter of a script, cannot use the host, and the
+// remedy. Returns an empty text for other programs and for files that cannot be read.
 std::string whyNotOnHost(const std::string &command, const Layout &layout);
 
 }  // namespace qvs::launcher

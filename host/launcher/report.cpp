@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The host's state for people.
+// Prints the state of a host.
 #include "launcher/report.h"
 
 #include <string>
@@ -27,7 +27,7 @@ std::string text(const json &value, const char *member) {
     return found->is_string() ? qvs::shown(found->get<std::string>()) : found->dump();
 }
 
-// What a fault does, in the options that `fault add` has for it.
+// Returns the effect of a fault as options of `fault add`.
 std::string actionOf(const json &fault) {
     constexpr std::pair<const char *, const char *> kOptions[] = {
         {"errno", "--errno"},   {"status", "--status"}, {"exit", "--exit"},
@@ -69,7 +69,7 @@ void printFaults(cli::Output &out, const json &faults) {
 }
 
 void printJson(cli::Output &out, const json &value) {
-    // JSON escapes the first of the control characters itself, and these stand in its texts alone.
+    // The JSON library escapes only the control characters below U+0020. Others appear only in texts.
     std::string text;
     const std::string whole = value.dump(2);
     for (size_t at = 0; at < whole.size(); ++at) {

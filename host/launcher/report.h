@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What `qvs-host status` and `qvs-host fault list` print for people.
+// Prints the output of `qvs-host status` and `qvs-host fault list`.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>
@@ -8,7 +8,7 @@
 
 namespace qvs::launcher {
 
-// As it is, in lines, with no character that a terminal would obey.
+// Prints indented JSON without control characters.
 void printJson(cli::Output &out, const nlohmann::json &value);
 void printStatus(cli::Output &out, const nlohmann::json &status);
 void printFaults(cli::Output &out, const nlohmann::json &faults);

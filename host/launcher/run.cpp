@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Running a command on a host: private directory, environment, child, signals.
+// Runs a command on a host: private directory, environment, child process, signals.
 #include "launcher/run.h"
 
 #include <fcntl.h>
@@ -14,12 +14,16 @@
 #include <cstring>
 #include <filesystem>
 #include <optional>
+#include <sstream>
 
 #include <fmt/format.h>
 
 #include "launcher/error.h"
 #include "launcher/layout.h"
+#include "launcher/process.h"
 #include "launcher/program.h"
+#include "wire/host_files.h"
+#include "wire/noncopyable.h"
 #include "wire/protocol.h"
 
 namespace qvs::launcher {
@@ -30,9 +34,9 @@ constexpr int kNotFound = 127;
 constexpr int kNotExecutable = 126;
 constexpr int kSignalled = 128;
 
-// The terminal sends these to the command as well, which decides what they mean.
+// The terminal also sends these signals to the command, which handles them.
 constexpr int kFromTerminal[] = {SIGINT, SIGQUIT};
-// These are sent to the launcher alone and meant for the command.
+// These signals are sent only to the launcher and forwarded to the command.
 constexpr int kForwarded[] = {SIGTERM, SIGHUP, SIGUSR1, SIGUSR2, SIGALRM};
 
 std::atomic<pid_t> forwardTo{0};
@@ -43,8 +47,8 @@ void forward(int signal) {
     errno = saved;
 }
 
-// Signals on their way to the command, from before it exists until after it ended.
-class Signals {
+// Forwards signals to the command. An object exists from before the start of the command until after its end.
+class Signals : private wire::Noncopyable {
   public:
     Signals() {
         sigemptyset(&defaults_);
@@ -59,7 +63,7 @@ class Signals {
             set(signal, forward);
     }
 
-    // The command starts with the dispositions the launcher itself was started with.
+    // Makes the command start with the signal dispositions of the launcher at its start.
     void prepare(posix_spawnattr_t *attributes) const {
         posix_spawnattr_setflags(attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
         posix_spawnattr_setsigdefault(attributes, &defaults_);
@@ -71,7 +75,7 @@ class Signals {
         sigprocmask(SIG_SETMASK, &original_, nullptr);
     }
 
-    // Without the command they are meant for the launcher again, and end what it then waits for.
+    // Restores the dispositions, so that signals end the waits of the launcher.
     ~Signals() {
         forwardTo = 0;
         for (const int signal : kFromTerminal)
@@ -80,8 +84,6 @@ class Signals {
             restore(signal);
         sigprocmask(SIG_SETMASK, &original_, nullptr);
     }
-    Signals(const Signals &) = delete;
-    Signals &operator=(const Signals &) = delete;
 
   private:
     void set(int signal, void (*handler)(int)) {
@@ -102,30 +104,26 @@ class Signals {
     sigset_t defaults_;
 };
 
-void prepend(const char *variable, const std::string &value) {
+// Adds a value to a list that is separated by colons.
+void addTo(const char *variable, const std::string &value, bool inFront = true) {
     const char *before = getenv(variable);
     const bool isSet = before != nullptr && before[0] != '\0';
-    setenv(variable, (isSet ? value + ':' + before : value).c_str(), 1);
+    const std::string list = !isSet ? value : inFront ? value + ':' + before : before + (':' + value);
+    setenv(variable, list.c_str(), 1);
 }
 
-void append(const char *variable, const std::string &value) {
-    const char *before = getenv(variable);
-    const bool isSet = before != nullptr && before[0] != '\0';
-    setenv(variable, (isSet ? before + (':' + value) : value).c_str(), 1);
-}
-
-// The runtime of an address-sanitized program wants to be the first library, and the interposer is; it does
-// as well behind the interposer, which allocates nothing. Preloading the runtime would force it on every
-// program that the command starts.
+// Sets the environment of the command. The runtime of the address sanitizer requires to be the first library,
+// but it also works after the interposer, which does not allocate memory. Preloading the runtime would load
+// it into every program that the command starts.
 void setEnvironment(const Layout &layout, const std::string &directory) {
-    prepend("LD_PRELOAD", layout.preload);
-    prepend("LD_LIBRARY_PATH", layout.lib);
-    prepend("PATH", layout.toolPath + ':' + layout.bin);
-    setenv(wire::kSocketVariable, (directory + "/socket").c_str(), 1);
+    addTo("LD_PRELOAD", layout.preload);
+    addTo("LD_LIBRARY_PATH", layout.lib);
+    addTo("PATH", layout.toolPath + ':' + layout.bin);
+    setenv(wire::kSocketVariable, wire::socketFile(directory).c_str(), 1);
     setenv(wire::kTreeshVariable, layout.treesh.c_str(), 1);
     setenv("QVS_HOST_STATE", directory.c_str(), 1);
     unsetenv(std::string(wire::kLostEntry, strcspn(wire::kLostEntry, "=")).c_str());
-    append("ASAN_OPTIONS", "verify_asan_link_order=0");
+    addTo("ASAN_OPTIONS", "verify_asan_link_order=0", false);
 }
 
 int runChild(const std::vector<std::string> &command) {
@@ -133,11 +131,7 @@ int runChild(const std::vector<std::string> &command) {
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     signals.prepare(&attributes);
-    std::vector<char *> words;
-    words.reserve(command.size() + 1);
-    for (const std::string &word : command)
-        words.push_back(const_cast<char *>(word.c_str()));
-    words.push_back(nullptr);
+    const std::vector<char *> words = argumentsOf(command);
     pid_t child = 0;
     const int failure = posix_spawnp(&child, words[0], nullptr, &attributes, words.data(), environ);
     posix_spawnattr_destroy(&attributes);
@@ -146,15 +140,13 @@ int runChild(const std::vector<std::string> &command) {
         return failure == ENOENT ? kNotFound : kNotExecutable;
     }
     signals.started(child);
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
+    const int status = waitForProcess(child);
     return WIFSIGNALED(status) ? kSignalled + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-// A state directory for one command. The daemon removes it when it ends, even when the launcher is gone by
-// then; the launcher removes it when the daemon was killed.
-class PrivateDirectory {
+// A state directory for one command. The daemon removes it at its end, even if the launcher was killed. The
+// launcher removes it if the daemon was killed.
+class PrivateDirectory : private wire::Noncopyable {
   public:
     PrivateDirectory() {
         const char *parent = getenv("TMPDIR");
@@ -165,11 +157,9 @@ class PrivateDirectory {
                             "be written",
                             path_, strerror(errno)));
         }
-        // Held open, the log can still be read when its file is gone.
-        log_ = open((path_ + "/log").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0666);
+        // The open descriptor allows reading the log after the file is removed.
+        log_ = open(wire::logFile(path_).c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0666);
     }
-    PrivateDirectory(const PrivateDirectory &) = delete;
-    PrivateDirectory &operator=(const PrivateDirectory &) = delete;
     ~PrivateDirectory() {
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
@@ -179,17 +169,10 @@ class PrivateDirectory {
     const std::string &path() const { return path_; }
 
     void printWarnings() const {
-        FILE *log = fdopen(dup(log_), "r");
-        if (log == nullptr) return;
-        char *line = nullptr;
-        size_t size = 0;
-        while (getline(&line, &size, log) > 0) {
-            if (std::string_view(line).starts_with("info ")) continue;
-            line[strcspn(line, "\n")] = '\0';
-            complain("the host's log: {}", qvs::shown(line));
+        std::istringstream log(wire::readFile(fmt::format("/proc/self/fd/{}", log_)).value_or(""));
+        for (std::string line; std::getline(log, line);) {
+            if (!line.starts_with("info ")) complain("the host's log: {}", qvs::shown(line));
         }
-        free(line);
-        fclose(log);
     }
 
   private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Running a command on a host.
+// Runs a command on a host.
 #pragma once
 
 #include <string>
@@ -9,8 +9,8 @@
 
 namespace qvs::launcher {
 
-// Runs the command on the host of the options' directory, or without one on a private host, and returns the
-// exit status to pass on.
+// Runs a command on the host of the directory in the options, or on a private host if there is none. Returns
+// the exit status of the command.
 int runCommand(HostOptions options, const std::vector<std::string> &command);
 
 }  // namespace qvs::launcher

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A device of the emulated kernel. Everything here runs inside other people's programs, in forked and vforked
-// children and in signal handlers: no allocation, and errno changes on failure alone.
+// Devices of the emulated kernel. These functions run inside arbitrary programs, in forked and vforked
+// children and in signal handlers. They do not allocate memory, and change errno only on failure.
 #include "preload/device.h"
 
 #include <fcntl.h>
@@ -10,11 +10,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 
 #include "preload/device_name.h"
 #include "preload/dialogue.h"
+#include "wire/noncopyable.h"
 #include "wire/protocol.h"
 #include "wire/silence.h"
 #include "wire/stream.h"
@@ -28,13 +28,8 @@ constinit qvs::wire::Silence qvsHostSilence;
 namespace qvs::preload {
 namespace {
 
-using wire::Head;
-using wire::Kind;
-using wire::receiveAll;
-using wire::sendAll;
-
-// Threads that share a descriptor take turns: one dialogue at a time. (A mutex of the C library is born
-// zero.)
+// Threads that share a descriptor use it one after the other. A mutex of the C library is initialised by
+// zeros.
 pthread_mutex_t turns[64];
 
 void resetTurns() {
@@ -43,14 +38,14 @@ void resetTurns() {
 }
 
 __attribute__((constructor)) void prepareTurns() {
-    // The thread that had its turn does not exist in the child.
+    // A thread that held a mutex does not exist in the child.
     pthread_atfork(nullptr, nullptr, resetTurns);
 }
 
-class Turn {
+class Turn : private wire::Noncopyable {
   public:
     explicit Turn(int descriptor) : mutex_(&turns[static_cast<unsigned>(descriptor) % 64]) {
-        // A real ioctl is no cancellation point.
+        // A real ioctl is not a cancellation point.
         pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState_);
         pthread_mutex_lock(mutex_);
     }
@@ -58,8 +53,6 @@ class Turn {
         pthread_mutex_unlock(mutex_);
         pthread_setcancelstate(cancelState_, nullptr);
     }
-    Turn(const Turn &) = delete;
-    Turn &operator=(const Turn &) = delete;
 
   private:
     pthread_mutex_t *mutex_;
@@ -76,7 +69,7 @@ int fail(int reason) {
     return -1;
 }
 
-// What a program sees when the kernel vanishes under it, does not answer or cannot be reached by it.
+// Fails with the error that a program gets if the kernel ends, does not answer or cannot be reached.
 int failLost() {
     switch (errno) {
         case ETIMEDOUT:
@@ -100,7 +93,8 @@ bool sendOpen(int connection, const char *path) {
     return sendAll(connection, parts, 2);
 }
 
-// False when there is no sensible answer, with ETIMEDOUT when there is none in time.
+// Receives the answer to DeviceOpen. Returns false after an invalid answer, or with ETIMEDOUT if there is
+// none in time.
 bool receiveOpened(int connection, uint32_t *error) {
     Head head;
     wire::LongerWait wait(&connection);
@@ -112,13 +106,13 @@ bool receiveOpened(int connection, uint32_t *error) {
     return false;
 }
 
-// A connection on which the daemon at `socket` has opened the device, or -1.
+// Returns a connection on which the daemon at `socket` has opened the device, or -1.
 int connectDevice(const char *socket, int device, int flags) {
     if (qvsHostSilence.lasts(socket)) return fail(ETIMEDOUT);
     const int connection = wire::connectTo(socket, flags, wire::hostTimeout());
     if (connection < 0) {
         if (errno == ETIMEDOUT) qvsHostSilence.begin(socket);
-        // Nobody listens: to the program, a machine without this device.
+        // Without a daemon, the machine does not have this device.
         const bool nobody = errno == ECONNREFUSED || errno == ENAMETOOLONG || errno == ENOTDIR;
         return nobody ? fail(ENOENT) : -1;
     }
@@ -133,7 +127,7 @@ int connectDevice(const char *socket, int device, int flags) {
     return fail(reason);
 }
 
-// The daemon that a connection leads to, whatever the environment says by now.
+// Finds the daemon of a connection. The environment can name another one by now.
 bool daemonOf(int connection, sockaddr_un *daemon, const char **path) {
     memset(daemon, 0, sizeof *daemon);
     socklen_t length = sizeof *daemon;
@@ -145,9 +139,8 @@ bool daemonOf(int connection, sockaddr_un *daemon, const char **path) {
     return true;
 }
 
-// Two programs that share a descriptor would mix their dialogues on one connection. The daemon keeps nothing
-// for an open device but which one it is, so whoever did not open it gets a connection of its own under the
-// same number.
+// Replaces an inherited connection by a new one under the same number. Two programs that share a connection
+// would mix their messages. The daemon has no other state for an open device, so nothing is lost.
 bool separate(int descriptor, const DeviceName &name) {
     sockaddr_un daemon;
     const char *path = nullptr;
@@ -162,7 +155,7 @@ bool separate(int descriptor, const DeviceName &name) {
 }
 
 int indexOf(const char *path) {
-    // Nearly every path is dismissed by its second letter.
+    // The second letter rules out nearly every path.
     if (path == nullptr || path[0] != '/' || (path[1] != 'd' && path[1] != 'c')) return -1;
     int device = 0;
     for (const char *candidate : wire::kDevicePaths) {
@@ -213,7 +206,7 @@ int controlDevice(int descriptor, unsigned long request, uint64_t argument) {
     if (!sendAll(descriptor, parts, 2) || !converse(descriptor, &result, &error)) {
         const int reason = errno;
         if (reason == ETIMEDOUT && daemonOf(descriptor, &daemon, &path)) qvsHostSilence.begin(path);
-        // Half a dialogue must not be taken for the next one's beginning.
+        // The rest of this dialogue must not be read as the start of the next one.
         shutdown(descriptor, SHUT_RDWR);
         errno = reason;
         return failLost();

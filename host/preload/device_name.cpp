@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Naming connections, and reading their names.
+// Sets and reads the names of connections.
 #include "preload/device_name.h"
 
 #include <sys/random.h>
@@ -13,15 +13,16 @@
 #include <ctime>
 #include <iterator>
 
+#include "wire/kept_errno.h"
 #include "wire/protocol.h"
 
 namespace qvs::preload {
 namespace {
 
-// Which program in which process this is.
+// Identifies this process and the program in it.
 std::atomic<uint64_t> known;
 
-// The process's number changes with a fork, the rest with the program.
+// Returns the identifier. The process id in it changes with a fork, and the rest changes with the program.
 uint64_t thisProgram() {
     const auto process = static_cast<uint64_t>(getpid());
     uint64_t program = known.load(std::memory_order_relaxed);
@@ -65,11 +66,10 @@ bool nameDevice(int connection, int device) {
 }
 
 bool readName(int descriptor, DeviceName *name) {
-    const int savedErrno = errno;
+    const wire::KeptErrno kept;
     sockaddr_un own;
     socklen_t length = sizeof own;
     const bool named = getsockname(descriptor, reinterpret_cast<sockaddr *>(&own), &length) == 0;
-    errno = savedErrno;
     if (!named || length != sizeof *name || own.sun_family != AF_UNIX) return false;
     memcpy(static_cast<void *>(name), &own, sizeof *name);
     const int device = name->device - '0';

@@ -1,29 +1,29 @@
 // SPDX-License-Identifier: Apache-2.0
-// The name of a connection that stands for a device.
+// The names of connections that stand for devices.
 #pragma once
 
 #include <sys/socket.h>
 
 namespace qvs::preload {
 
-// The connection gets a name of its own in the abstract namespace. By its beginning it is known for a device
-// wherever it is inherited or passed to, whatever the environment there and however the daemon's path is
-// spelled; by the rest, which device it is and whose.
+// Each connection has a name in the abstract namespace. The start of the name identifies a device in every
+// process that inherits or receives the descriptor, even if its environment differs. The rest contains the
+// device and the program that opened it.
 constexpr char kDeviceMark[11] = {'\0', 'q', 'v', 's', '-', 'd', 'e', 'v', 'i', 'c', 'e'};
 
 struct DeviceName {
     sa_family_t family = AF_UNIX;
     char mark[sizeof kDeviceMark];
     char device;
-    char program[16];  // that speaks on this connection, and nobody else does
-    char number[16];   // so that every name is another one
+    char program[16];  // the only program that uses this connection
+    char number[16];   // makes the name unique
 };
 
-// Gives a connection its name: that of this device and this program.
+// Names a connection after this device and this program.
 bool nameDevice(int connection, int device);
-// False for what is no device of ours. Leaves errno alone.
+// Reads the name of a descriptor. Returns false if it is not a device of the host. Does not change errno.
 bool readName(int descriptor, DeviceName *name);
-// True when this program opened the device itself.
+// Returns true if this program opened the device itself.
 bool belongsHere(const DeviceName &name);
 
 }  // namespace qvs::preload

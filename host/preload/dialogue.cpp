@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The dialogue of a request: the emulated kernel reads and writes this program's memory until it answers.
+// Serves a request. The emulated kernel reads and writes the memory of this program until it answers.
 #include "preload/dialogue.h"
 
 #include <sys/mman.h>
@@ -9,16 +9,13 @@
 #include <cerrno>
 #include <cstring>
 
+#include "wire/noncopyable.h"
+
 namespace qvs::preload {
 namespace {
 
-using wire::Head;
-using wire::Kind;
-using wire::receiveAll;
-using wire::sendAll;
-
-// Memory for one piece of data: on the stack when it is small, mapped when it is not.
-class Scratch {
+// Memory for one piece of data. A small piece is on the stack, a large one is mapped.
+class Scratch : private wire::Noncopyable {
   public:
     explicit Scratch(size_t size) : size_(size) {
         if (size_ <= sizeof small_) return;
@@ -28,8 +25,6 @@ class Scratch {
     ~Scratch() {
         if (data_ != nullptr && data_ != small_) munmap(data_, size_);
     }
-    Scratch(const Scratch &) = delete;
-    Scratch &operator=(const Scratch &) = delete;
 
     void *data() { return data_; }
 
@@ -39,13 +34,13 @@ class Scratch {
     size_t size_;
 };
 
-// The kernel names the program's memory by number.
+// Converts an address of the protocol to a pointer.
 void *pointer(uint64_t address) {
     return reinterpret_cast<void *>(address);  // NOLINT(performance-no-int-to-ptr)
 }
 
-// Copies like the kernel does: an address that cannot be read is an error, not a crash. A sandbox may forbid
-// the call; a plain copy then serves every program that passes good addresses.
+// Copies memory like a kernel: an address that cannot be read is an error instead of a crash. If a sandbox
+// forbids the system call, a plain copy is used, which works for valid addresses.
 int copyFromProgram(void *target, uint64_t address, size_t size) {
     auto *bytes = static_cast<char *>(target);
     while (size != 0) {
@@ -74,7 +69,7 @@ bool sendCopied(int descriptor, uint32_t error, void *data, uint32_t size) {
     return sendAll(descriptor, parts, 2);
 }
 
-// The kernel reads the program's memory.
+// Sends memory of the program to the kernel.
 bool serveCopyIn(int descriptor, uint32_t payload) {
     struct __attribute__((packed)) {
         uint64_t address;
@@ -89,8 +84,8 @@ bool serveCopyIn(int descriptor, uint32_t payload) {
     return sendCopied(descriptor, 0, scratch.data(), wanted.size);
 }
 
-// The kernel writes the program's memory: straight from the socket, which fails with EFAULT where a copy by
-// the kernel would, and leaves what it could not deliver to be read.
+// Receives bytes directly into the memory of the program. The system call fails with EFAULT like a copy by
+// the kernel, and the remaining bytes are then discarded.
 bool serveCopyOut(int descriptor, uint32_t payload) {
     struct __attribute__((packed)) {
         uint64_t address;
@@ -118,15 +113,8 @@ bool serveCopyOut(int descriptor, uint32_t payload) {
 }  // namespace
 
 bool receiveHead(int descriptor, Head *head, wire::LongerWait *wait) {
-    for (;;) {
-        if (!receiveAll(descriptor, head, sizeof *head)) return false;
-        if (head->kind != static_cast<uint32_t>(Kind::Delay)) return true;
-        uint32_t milliseconds = 0;
-        if (head->length != sizeof milliseconds ||
-            !receiveAll(descriptor, &milliseconds, sizeof milliseconds))
-            return false;
-        wait->extend(milliseconds);
-    }
+    return wire::receiveHead(
+        head, wait, [descriptor](void *data, size_t size) { return receiveAll(descriptor, data, size); });
 }
 
 bool converse(int descriptor, int *result, int *error) {

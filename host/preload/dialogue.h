@@ -1,18 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the emulated kernel says on a connection before it answers a request. Nothing here allocates.
+// The messages of the emulated kernel before it answers a request. These functions do not allocate memory.
 #pragma once
-
-#include <cstdint>
 
 #include "wire/protocol.h"
 #include "wire/stream.h"
 
 namespace qvs::preload {
 
-// Receives the head of the next message, but for those that say that it will come late.
+using wire::Head;
+using wire::Kind;
+using wire::receiveAll;
+using wire::sendAll;
+
+// Receives the head of the next message. Delay messages before it extend the wait.
 bool receiveHead(int descriptor, wire::Head *head, wire::LongerWait *wait);
 
-// Serves the kernel's copies until it answers. False when it is gone or talks nonsense.
+// Serves CopyIn and CopyOut until the kernel answers. Returns false if the connection is closed or a message
+// is invalid.
 bool converse(int descriptor, int *result, int *error);
 
 }  // namespace qvs::preload

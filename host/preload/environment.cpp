@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a program that this process starts gets of the host.
+// The environment and the path of programs that this process starts.
 #include "preload/environment.h"
 
 #include <sys/mman.h>
@@ -7,10 +7,10 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
+#include "wire/kept_errno.h"
 #include "wire/protocol.h"
 #include "wire/stream.h"
 
@@ -21,9 +21,10 @@ namespace {
 constexpr char kOwnName[] = "libqvs-host-preload";
 constexpr size_t kMaxEntries = 4096;
 
-// The environment may be cleared before a program is started, so what it was is looked at when we are loaded.
+// Whether this process was started on a host. Stored when the interposer is loaded, because a program can
+// clear its environment later.
 bool onHost;
-// Shared with forks, so that a program that makes a thousand children complains once.
+// Shared with forks, so that a program that starts many children prints one warning.
 std::atomic<bool> *complained;
 
 __attribute__((constructor)) void remember() {
@@ -33,13 +34,13 @@ __attribute__((constructor)) void remember() {
     if (page != MAP_FAILED) complained = static_cast<std::atomic<bool> *>(page);
 }
 
-// The value of an entry by that name, or null.
+// Returns the value of an entry if it has this name, or null.
 const char *valueOf(const char *entry, const char *name) {
     const size_t length = strlen(name);
     return strncmp(entry, name, length) == 0 && entry[length] == '=' ? entry + length + 1 : nullptr;
 }
 
-// Somebody who takes one of the two away does so on purpose.
+// One of the two variables is sufficient. A program that removes the other one does so on purpose.
 bool keepsHost(const char *entry) {
     if (valueOf(entry, wire::kSocketVariable) != nullptr) return true;
     const char *libraries = valueOf(entry, "LD_PRELOAD");
@@ -48,7 +49,7 @@ bool keepsHost(const char *entry) {
 
 void complain(const char *path) {
     if (complained == nullptr || complained->exchange(true)) return;
-    const int savedErrno = errno;
+    const wire::KeptErrno kept;
     const char *const words[] = {
         "qvs-host: ", path == nullptr ? "a program" : path,
         " is started without the environment of this host, and so without the host; keep QVS_HOST_SOCKET, "
@@ -58,7 +59,6 @@ void complain(const char *path) {
     for (size_t i = 0; i < 3; ++i)
         parts[i] = {const_cast<char *>(words[i]), strlen(words[i])};
     [[maybe_unused]] const ssize_t written = writev(STDERR_FILENO, parts, 3);
-    errno = savedErrno;
 }
 
 }  // namespace

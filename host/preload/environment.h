@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a program that this process starts gets of the host.
+// The environment and the path of programs that this process starts.
 #pragma once
 
 #include <alloca.h>
@@ -8,21 +8,20 @@
 
 namespace qvs::preload {
 
-// The shell lives under a fixed name that this machine does not have: its real one, and any other path as it
-// is.
+// Returns the path of the emulated shell for /bin/treesh, and any other path unchanged.
 const char *program(const char *path);
 
-// True when an environment holds nothing of the host that this process was started on. Says so on standard
-// error, once in this process and its forks.
+// Returns true if an environment has lost the variables of the host. Prints a warning once for this process
+// and its forks.
 bool losesHost(char *const *environment, const char *path);
 
-// Room for a copy with one entry more, or 0 when that would be too large for a stack.
+// Returns the size of a copy with one more entry, or 0 if the copy is too large for a stack.
 size_t markedSize(char *const *environment);
-// Fills the copy in: its entry more tells the program that there was a host.
+// Fills in the copy. The additional entry tells the program that there was a host.
 char *const *mark(char *const *environment, char **copy);
 
-// Calls `start` with the environment for the program at `path`. Nothing is allocated: this may be a child
-// that shares its memory.
+// Calls `start` with the environment for the program at `path`. Does not allocate memory, because this can be
+// a child that shares the memory of its parent.
 template <typename Start>
 int startWith(char *const *environment, const char *path, Start start) {
     if (!losesHost(environment, path)) return start(environment);

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Programs that look at a file before they open or run it: the host's devices and its shell are there for
-// them like for those that open and run.
+// Replaces the functions of the C library that examine files, so that the devices and the shell of the host
+// exist for programs that examine a file before they open or run it.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
-#include <cstring>
 
 #include "preload/device.h"
 #include "preload/environment.h"
@@ -16,7 +14,9 @@
 #include "wire/stream.h"
 
 using qvs::preload::deviceOf;
+using qvs::preload::next;
 
+// The functions for 64-bit file sizes are the same functions.
 static_assert(sizeof(struct stat) == sizeof(struct stat64));
 
 namespace {
@@ -24,65 +24,24 @@ namespace {
 using Stat = int(const char *, struct stat *);
 using StatAt = int(int, const char *, struct stat *, int);
 using StatDescriptor = int(int, struct stat *);
-// What programs call that were linked with a C library older than 2.33.
 using OldStat = int(int, const char *, struct stat *);
 using OldStatAt = int(int, int, const char *, struct stat *, int);
 using OldStatDescriptor = int(int, int, struct stat *);
 using Access = int(const char *, int);
 using Attribute = ssize_t(const char *, const char *, void *, size_t);
 
-struct Next {
-    Stat *stat, *lstat;
-    StatAt *fstatat;
-    StatDescriptor *fstat;
-    OldStat *oldStat, *oldLstat;
-    OldStatAt *oldFstatat;
-    OldStatDescriptor *oldFstat;
-    Access *access, *euidaccess;
-    Attribute *getxattr, *lgetxattr;
-    int (*faccessat)(int, const char *, int, int);
-    int (*statx)(int, const char *, int, unsigned, struct statx *);
-};
-Next found;
-std::atomic<bool> searched;
-
-// The 64-bit forms are the same functions here.
-__attribute__((constructor)) void findAll() {
-    using qvs::preload::find;
-    find(found.stat, "stat");
-    find(found.lstat, "lstat");
-    find(found.fstatat, "fstatat");
-    find(found.fstat, "fstat");
-    find(found.oldStat, "__xstat");
-    find(found.oldLstat, "__lxstat");
-    find(found.oldFstatat, "__fxstatat");
-    find(found.oldFstat, "__fxstat");
-    find(found.access, "access");
-    find(found.euidaccess, "euidaccess");
-    find(found.faccessat, "faccessat");
-    find(found.getxattr, "getxattr");
-    find(found.lgetxattr, "lgetxattr");
-    find(found.statx, "statx");
-    searched.store(true, std::memory_order_release);
-}
-
-const Next &next() {
-    if (!searched.load(std::memory_order_acquire)) findAll();
-    return found;
-}
-
-// The file whose owner, times and permissions are shown for a path: a device is there when the host's socket
-// is, for whoever may use that.
+// Returns the file whose owner, times and permissions are shown for a path. For a device, this is the socket
+// of the host.
 const char *shownFor(const char *path, int device) {
     return device >= 0 ? qvs::wire::hostSocket() : qvs::preload::program(path);
 }
 
-// For a path and for a descriptor alike.
-constexpr unsigned kMajor = 240;  // of those for local use
+constexpr unsigned kMajor = 240;  // one of the numbers for local use
 constexpr mode_t modeOf(mode_t socket) {
     return S_IFCHR | (socket & (S_IRUSR | S_IWUSR));
 }
 
+// Makes the status of the socket look like that of a device.
 int disguise(int result, struct stat *status, int device) {
     if (result != 0 || device < 0) return result;
     status->st_mode = modeOf(status->st_mode);
@@ -109,14 +68,14 @@ int disguise(int result, struct statx *status, int device) {
     return result;
 }
 
-// The device that a path names, or the descriptor when the path is empty and that is allowed.
+// Returns the device that a path names, or the device of the descriptor if the path is empty and
+// AT_EMPTY_PATH is given.
 int deviceAt(int directory, const char *path, int flags) {
     const int device = deviceOf(path);
     const bool itself = (flags & AT_EMPTY_PATH) != 0 && (path == nullptr || *path == '\0');
     return device < 0 && itself ? deviceOf(directory) : device;
 }
 
-// The empty path stays what it is.
 const char *shownAt(const char *path) {
     return shownFor(path, deviceOf(path));
 }
@@ -125,7 +84,7 @@ bool isSocket(int result, const struct stat *status) {
     return result == 0 && S_ISSOCK(status->st_mode);
 }
 
-// A device has none; ls, for one, asks for lists of access rights.
+// Reads an extended attribute. A device has none (ls asks for access control lists).
 ssize_t attribute(Attribute *function, const char *path, const char *name, void *value, size_t size) {
     const int device = deviceOf(path);
     if (device < 0) return function(shownFor(path, device), name, value, size);
@@ -133,28 +92,39 @@ ssize_t attribute(Attribute *function, const char *path, const char *name, void 
     return -1;
 }
 
-template <typename Function>
-int look(Function *function, const char *path, struct stat *status) {
+// Examines the file that is shown for a path.
+template <typename Look>
+int look(const char *path, struct stat *status, Look examine) {
     const int device = deviceOf(path);
-    return disguise(function(shownFor(path, device), status), status, device);
+    return disguise(examine(shownFor(path, device)), status, device);
 }
 
 }  // namespace
 
-// Named like in interpose.cpp.
+// The names are explained in interpose.cpp.
 #pragma GCC visibility push(default)
 extern "C" {
-Stat interposedStat __asm__("stat"), interposedStat64 __asm__("stat64");
-Stat interposedLstat __asm__("lstat"), interposedLstat64 __asm__("lstat64");
-StatAt interposedFstatat __asm__("fstatat"), interposedFstatat64 __asm__("fstatat64");
-StatDescriptor interposedFstat __asm__("fstat"), interposedFstat64 __asm__("fstat64");
-OldStat interposedXstat __asm__("__xstat"), interposedXstat64 __asm__("__xstat64");
-OldStat interposedLxstat __asm__("__lxstat"), interposedLxstat64 __asm__("__lxstat64");
-OldStatAt interposedFxstatat __asm__("__fxstatat"), interposedFxstatat64 __asm__("__fxstatat64");
-OldStatDescriptor interposedFxstat __asm__("__fxstat"), interposedFxstat64 __asm__("__fxstat64");
+Stat interposedStat __asm__("stat");
+Stat interposedStat64 __asm__("stat64") __attribute__((alias("stat")));
+Stat interposedLstat __asm__("lstat");
+Stat interposedLstat64 __asm__("lstat64") __attribute__((alias("lstat")));
+StatAt interposedFstatat __asm__("fstatat");
+StatAt interposedFstatat64 __asm__("fstatat64") __attribute__((alias("fstatat")));
+StatDescriptor interposedFstat __asm__("fstat");
+StatDescriptor interposedFstat64 __asm__("fstat64") __attribute__((alias("fstat")));
+OldStat interposedXstat __asm__("__xstat");
+OldStat interposedXstat64 __asm__("__xstat64") __attribute__((alias("__xstat")));
+OldStat interposedLxstat __asm__("__lxstat");
+OldStat interposedLxstat64 __asm__("__lxstat64") __attribute__((alias("__lxstat")));
+OldStatAt interposedFxstatat __asm__("__fxstatat");
+OldStatAt interposedFxstatat64 __asm__("__fxstatat64") __attribute__((alias("__fxstatat")));
+OldStatDescriptor interposedFxstat __asm__("__fxstat");
+OldStatDescriptor interposedFxstat64 __asm__("__fxstat64") __attribute__((alias("__fxstat")));
 Access interposedAccess __asm__("access");
-Attribute interposedGetxattr __asm__("getxattr"), interposedLgetxattr __asm__("lgetxattr");
-Access interposedEuidaccess __asm__("euidaccess"), interposedEaccess __asm__("eaccess");
+Access interposedEuidaccess __asm__("euidaccess");
+Access interposedEaccess __asm__("eaccess") __attribute__((alias("euidaccess")));
+Attribute interposedGetxattr __asm__("getxattr");
+Attribute interposedLgetxattr __asm__("lgetxattr");
 int interposedFaccessat(int directory, const char *path, int mode, int flags) __asm__("faccessat");
 int interposedStatx(int directory, const char *path, int flags, unsigned mask,
                     struct statx *status) __asm__("statx");
@@ -162,19 +132,11 @@ int interposedStatx(int directory, const char *path, int flags, unsigned mask,
 #pragma GCC visibility pop
 
 int interposedStat(const char *path, struct stat *status) {
-    return look(next().stat, path, status);
-}
-
-int interposedStat64(const char *path, struct stat *status) {
-    return look(next().stat, path, status);
+    return look(path, status, [&](const char *shown) { return next().stat(shown, status); });
 }
 
 int interposedLstat(const char *path, struct stat *status) {
-    return look(next().lstat, path, status);
-}
-
-int interposedLstat64(const char *path, struct stat *status) {
-    return look(next().lstat, path, status);
+    return look(path, status, [&](const char *shown) { return next().lstat(shown, status); });
 }
 
 int interposedFstatat(int directory, const char *path, struct stat *status, int flags) {
@@ -182,35 +144,17 @@ int interposedFstatat(int directory, const char *path, struct stat *status, int 
     return disguise(next().fstatat(directory, shownAt(path), status, flags), status, device);
 }
 
-int interposedFstatat64(int directory, const char *path, struct stat *status, int flags) {
-    return interposedFstatat(directory, path, status, flags);
-}
-
 int interposedFstat(int descriptor, struct stat *status) {
     const int result = next().fstat(descriptor, status);
     return isSocket(result, status) ? disguise(result, status, deviceOf(descriptor)) : result;
 }
 
-int interposedFstat64(int descriptor, struct stat *status) {
-    return interposedFstat(descriptor, status);
-}
-
 int interposedXstat(int version, const char *path, struct stat *status) {
-    const int device = deviceOf(path);
-    return disguise(next().oldStat(version, shownFor(path, device), status), status, device);
-}
-
-int interposedXstat64(int version, const char *path, struct stat *status) {
-    return interposedXstat(version, path, status);
+    return look(path, status, [&](const char *shown) { return next().oldStat(version, shown, status); });
 }
 
 int interposedLxstat(int version, const char *path, struct stat *status) {
-    const int device = deviceOf(path);
-    return disguise(next().oldLstat(version, shownFor(path, device), status), status, device);
-}
-
-int interposedLxstat64(int version, const char *path, struct stat *status) {
-    return interposedLxstat(version, path, status);
+    return look(path, status, [&](const char *shown) { return next().oldLstat(version, shown, status); });
 }
 
 int interposedFxstatat(int version, int directory, const char *path, struct stat *status, int flags) {
@@ -218,17 +162,9 @@ int interposedFxstatat(int version, int directory, const char *path, struct stat
     return disguise(next().oldFstatat(version, directory, shownAt(path), status, flags), status, device);
 }
 
-int interposedFxstatat64(int version, int directory, const char *path, struct stat *status, int flags) {
-    return interposedFxstatat(version, directory, path, status, flags);
-}
-
 int interposedFxstat(int version, int descriptor, struct stat *status) {
     const int result = next().oldFstat(version, descriptor, status);
     return isSocket(result, status) ? disguise(result, status, deviceOf(descriptor)) : result;
-}
-
-int interposedFxstat64(int version, int descriptor, struct stat *status) {
-    return interposedFxstat(version, descriptor, status);
 }
 
 int interposedAccess(const char *path, int mode) {
@@ -236,10 +172,6 @@ int interposedAccess(const char *path, int mode) {
 }
 
 int interposedEuidaccess(const char *path, int mode) {
-    return next().euidaccess(shownAt(path), mode);
-}
-
-int interposedEaccess(const char *path, int mode) {
     return next().euidaccess(shownAt(path), mode);
 }
 

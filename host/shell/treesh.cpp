@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// treesh: the kernel information shell. It carries its arguments to the emulated kernel, prints what comes
-// back and exits with the kernel's code. Programs run it several times per operation, so it does nothing
-// else.
+// treesh: the information shell of the kernel. It sends its arguments to the emulated kernel, prints the
+// output and exits with the code of the kernel. It starts fast, because programs run it several times for one
+// operation.
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <string>
 
 #include "wire/client.h"
@@ -13,11 +12,7 @@
 namespace {
 
 void print(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = write(descriptor, text.data(), text.size());
-        if (written < 0 && errno != EINTR) return;
-        if (written > 0) text.remove_prefix(static_cast<size_t>(written));
-    }
+    qvs::wire::writeAll(descriptor, text.data(), text.size());
 }
 
 int complain(std::string_view text) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Memory for blobs, to be given back with free.
+// Allocates memory for blobs.
 #pragma once
 
 #include <sys/mman.h>
@@ -8,8 +8,8 @@
 
 namespace qvs::mesh {
 
-// Null when there is none. A large block is asked for in large pages: at first touch each page costs more
-// than what is copied into it.
+// Returns a block to be released with free, or null. A large block uses large pages, because the first access
+// to a page takes longer than copying its contents.
 inline void *allocateBlock(size_t size) {
     constexpr size_t kLargePage = 2 << 20;
     if (size < 2 * kLargePage) return std::malloc(size);

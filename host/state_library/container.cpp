@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// DVSData_Alloc and its fellows: the container in which the first properties of a port are gathered.
+// DVSData_Alloc and the other functions of the container, which collects the first properties of a port.
 #include <qvs/mesh_public.h>
 
 #include <cstdlib>
@@ -14,7 +14,7 @@ using qvs::mesh::PropertyView;
 
 namespace {
 
-// Key and value follow the entry in its own allocation, each with a zero byte behind it.
+// Key and value follow the entry in the same allocation. A zero byte follows each of them.
 struct Entry {
     Entry *next;
     uint32_t keyLength;
@@ -28,7 +28,7 @@ struct Entry {
 
 }  // namespace
 
-// All of its memory comes from the client's allocator.
+// All memory comes from the allocator of the client.
 struct DVSData {
     void *(*allocator)(size_t);
     void (*releaser)(void *);
@@ -58,7 +58,7 @@ HYP_ReturnStatus DVSData_Alloc(DVSData **data, void *(*allocator)(size_t), void 
     return memory == nullptr ? HYP_NO_MEMORY : HYP_OK;
 }
 
-// A key that is there already keeps its place and takes the new value.
+// An existing key keeps its place and gets the new value.
 HYP_ReturnStatus DVSData_Update(DVSData *data, const char *key, const void *value, uint32_t length,
                                 uint32_t propType) {
     if (data == nullptr || key == nullptr || (value == nullptr && length != 0)) return HYP_BAD_PARAM;
@@ -86,7 +86,7 @@ HYP_ReturnStatus DVSData_Serialize(DVSData *data, void **buffer, uint32_t *lengt
         size += uint64_t{entry->keyLength} + entry->length;
         properties.push_back(entry->view());
     }
-    // No request could carry it to the kernel.
+    // A larger container would not fit into a request.
     if (size > qvs::wire::kMaxRequest) return HYP_LIMIT_EXCEEDED;
     const flatbuffers::DetachedBuffer blob = qvs::mesh::packProperties(properties);
 

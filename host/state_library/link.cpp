@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The process's one connection to the emulated kernel.
+// The connection of the process to the emulated kernel.
 #include "state_library/link.h"
 
 #include <pthread.h>
@@ -18,8 +18,8 @@
 namespace qvs::mesh {
 namespace {
 
-// Constant-initialised and never destroyed: the first request comes from another library's initialiser, the
-// last may come after exit has begun.
+// Constant-initialised and never destroyed. The first request can come from the initialiser of another
+// library, and the last one after the start of exit.
 struct Link {
     std::mutex mutex;
     wire::Client *client = nullptr;
@@ -29,7 +29,7 @@ struct Link {
 };
 constinit Link link;
 
-// The interposer's in a program that has one, so that a host that hangs is waited for once.
+// The object of the interposer, if the program has one, so that only one request waits for a host that hangs.
 extern "C" [[gnu::weak]] wire::Silence qvsHostSilence;
 constinit wire::Silence ownSilence;
 
@@ -37,18 +37,20 @@ wire::Silence &silence() {
     return &qvsHostSilence != nullptr ? qvsHostSilence : ownSilence;
 }
 
-// A thread that holds the mutex while another forks does not exist in the child.
+// A thread that held the mutex during a fork does not exist in the child.
 void forgetLockInChild() {
     new (&link.mutex) std::mutex;
 }
 
-// A program may close descriptors that it did not open, and the number then comes back as something else.
+// Checks that the descriptor is still our connection. A program can close descriptors that it did not open
+// and reuse their numbers.
 bool sameDescriptor() {
     struct stat now;
     return fstat(link.client->socket(), &now) == 0 && now.st_dev == link.device && now.st_ino == link.inode;
 }
 
-// A connection is not shared with the parent: answers would reach whoever reads first.
+// Drops a connection that belongs to the parent or to another file. Two processes must not read the answers
+// of one connection.
 void dropWhatIsNotOurs() {
     if (!link.client->connected()) return;
     if (!sameDescriptor()) {
@@ -60,9 +62,8 @@ void dropWhatIsNotOurs() {
 
 bool connect() {
     if (!link.client->connectToHost()) return false;
-    // A program started without standard input must not find a socket there.
-    constexpr int kOutOfTheWay = 200;
-    link.client->moveAbove(kOutOfTheWay);
+    // A program that was started without standard input must not find a socket there.
+    link.client->moveAside();
     struct stat now;
     if (fstat(link.client->socket(), &now) != 0) return false;
     link.owner = getpid();
@@ -81,8 +82,8 @@ bool send(wire::Writer &message) {
     const bool kept = link.client->connected();
     if (!kept && !connect()) return false;
     if (link.client->send(message)) return true;
-    // The daemon that we were connected to has gone, and nothing of this request was executed; there may be a
-    // new one. After a request went out whole it is never repeated.
+    // The daemon of this connection has ended without executing the request, so the request can be repeated
+    // with a new daemon. A request that was sent completely is never repeated.
     return kept && (errno == EPIPE || errno == ECONNRESET) && connect() && link.client->send(message);
 }
 
@@ -118,10 +119,10 @@ HYP_ReturnStatus broken() {
     return HYP_FAILURE;
 }
 
-// A status of ours alone: the reply's file did not arrive, because the program has no descriptor left.
+// An internal status: the file of the reply was not received, because the program has no free descriptor.
 constexpr HYP_ReturnStatus kFileLost = 1;
 
-// The whole file behind a descriptor of the link's, which it closes.
+// Reads the whole file that was received, and closes it.
 bool readFile(void *bytes, size_t size) {
     const int file = link.client->takeFile();
     auto *target = static_cast<char *>(bytes);
@@ -137,7 +138,7 @@ bool readFile(void *bytes, size_t size) {
     return gotten;
 }
 
-// Reads the rest of a reply that carries bytes, in itself or in a file beside it.
+// Reads the bytes of a reply, from the message or from its file.
 HYP_ReturnStatus receiveValue(uint32_t rest, void **bytes, uint32_t *length) {
     uint32_t size = 0;
     if (rest < sizeof size) return broken();
@@ -171,7 +172,7 @@ HYP_ReturnStatus exchange(wire::Writer &message, void **bytes, uint32_t *length)
     rest -= static_cast<uint32_t>(sizeof status);
 
     if (status == HYP_OK && bytes != nullptr) return receiveValue(rest, bytes, length);
-    // A failed request carries at most an empty value.
+    // The reply to a failed request contains at most an empty value.
     uint32_t empty = 0;
     if (rest == sizeof empty && !link.client->receiveBytes(&empty, sizeof empty)) return lost();
     if (empty != 0 || (rest != 0 && rest != sizeof empty)) return broken();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// DVSHYP_*: the state that the kernel holds. Each operation is one request.
+// DVSHYP_*: reads and changes the state in the kernel. Each operation is one request.
 #include <qvs/mesh_public.h>
 
 #include <cstdlib>
@@ -16,7 +16,7 @@ using qvs::wire::Writer;
 
 namespace {
 
-// Where a property lives. Null members are a client's mistake, found by `complete`.
+// The place of a property. `complete` finds null arguments of the client.
 struct Place {
     Scope scope;
     const char *switchId;
@@ -31,26 +31,17 @@ struct Place {
     }
 };
 
-Place globalPlace(const char *switchId, const char *key) {
-    return {Scope::Global, switchId, "", key};
-}
-Place hostPlace(const char *switchId, const char *key) {
-    return {Scope::Host, switchId, "", key};
-}
-Place portPlace(const char *switchId, const char *portId, const char *key) {
-    return {Scope::Port, switchId, portId, key};
-}
-
 std::string_view view(const void *data, uint32_t length) {
     return {static_cast<const char *>(data), length};
 }
 
-// The daemon refuses larger requests by hanging up; half of what it takes leaves room for every identifier.
+// Tells whether a value is too large for a request. The daemon closes the connection after a larger request.
+// Half of its limit leaves room for the identifiers.
 bool tooLarge(uint32_t length) {
     return length > qvs::wire::kMaxRequest / 2;
 }
 
-// Building a message may run out of memory, which must not leave through a C interface.
+// Returns HYP_NO_MEMORY if a message cannot be built. Exceptions must not leave a C interface.
 template <typename Operation>
 HYP_ReturnStatus guarded(Operation operation) {
     try {
@@ -102,42 +93,42 @@ HYP_ReturnStatus DVSHYP_StateGet(void **buffer, uint32_t *length) {
 
 HYP_ReturnStatus DVSHYP_PortDataGet(const char *switchId, const char *portId, const char *key, void **value,
                                     uint32_t *length) {
-    return get(portPlace(switchId, portId, key), value, length);
+    return get({Scope::Port, switchId, portId, key}, value, length);
 }
 
 HYP_ReturnStatus DVSHYP_HostPropGet(const char *switchId, const char *key, void **value, uint32_t *length) {
-    return get(hostPlace(switchId, key), value, length);
+    return get({Scope::Host, switchId, "", key}, value, length);
 }
 
 HYP_ReturnStatus DVSHYP_GlobalPropGet(const char *switchId, const char *key, void **value, uint32_t *length) {
-    return get(globalPlace(switchId, key), value, length);
+    return get({Scope::Global, switchId, "", key}, value, length);
 }
 
 HYP_ReturnStatus DVSHYP_PortDataSet(const char *switchId, const char *portId, const char *key,
                                     const void *value, uint32_t length, uint32_t propType) {
-    return set(portPlace(switchId, portId, key), value, length, propType);
+    return set({Scope::Port, switchId, portId, key}, value, length, propType);
 }
 
 HYP_ReturnStatus DVSHYP_HostPropSet(const char *switchId, const char *key, const void *value, uint32_t length,
                                     uint32_t propType) {
-    return set(hostPlace(switchId, key), value, length, propType);
+    return set({Scope::Host, switchId, "", key}, value, length, propType);
 }
 
 HYP_ReturnStatus DVSHYP_GlobalPropSet(const char *switchId, const char *key, const void *value,
                                       uint32_t length, uint32_t propType) {
-    return set(globalPlace(switchId, key), value, length, propType);
+    return set({Scope::Global, switchId, "", key}, value, length, propType);
 }
 
 HYP_ReturnStatus DVSHYP_PortDataClear(const char *switchId, const char *portId, const char *key) {
-    return clear(portPlace(switchId, portId, key));
+    return clear({Scope::Port, switchId, portId, key});
 }
 
 HYP_ReturnStatus DVSHYP_HostPropClear(const char *switchId, const char *key) {
-    return clear(hostPlace(switchId, key));
+    return clear({Scope::Host, switchId, "", key});
 }
 
 HYP_ReturnStatus DVSHYP_GlobalPropClear(const char *switchId, const char *key) {
-    return clear(globalPlace(switchId, key));
+    return clear({Scope::Global, switchId, "", key});
 }
 
 HYP_ReturnStatus DVSHYP_SwitchAdd(const char *switchId, const char *className, uint32_t maxPorts,

@@ -33,7 +33,7 @@ flatbuffers::DetachedBuffer packProperties(std::span<const PropertyView> propert
     }
 
     flatbuffers::FlatBufferBuilder builder(size + entries.size() * sizeof(Property) + 64);
-    // One after the other: as arguments of one call their order would be the compiler's choice.
+    // Separate statements, because the order in which arguments are evaluated is not defined.
     const auto entryVector = builder.CreateVectorOfStructs(entries);
     const auto byteVector =
         builder.CreateVector(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
@@ -43,7 +43,7 @@ flatbuffers::DetachedBuffer packProperties(std::span<const PropertyView> propert
 
 std::optional<std::vector<PropertyValue>> unpackProperties(std::string_view blob) {
     if (blob.empty()) return std::nullopt;
-    // Fields are read in place, and a blob inside a message stands anywhere.
+    // Fields are read in place and need alignment, which a blob inside a message does not have.
     std::vector<uint64_t> aligned(blob.size() / sizeof(uint64_t) + 1);
     std::memcpy(aligned.data(), blob.data(), blob.size());
     const auto *data = reinterpret_cast<const uint8_t *>(aligned.data());

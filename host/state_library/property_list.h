@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The PropertyList blob of state.fbs: written by DVSData_Serialize, read by the emulated kernel.
+// The PropertyList blob of state.fbs. DVSData_Serialize writes it, and the emulated kernel reads it.
 #pragma once
 
 #include <cstdint>
@@ -25,12 +25,13 @@ struct PropertyValue {
     uint32_t type = 0;
 };
 
+// Builds a blob.
 flatbuffers::DetachedBuffer packProperties(std::span<const PropertyView> properties);
 
-// Nothing when the blob is malformed; it may come from anywhere.
+// Reads a blob. Returns nothing if it is malformed. The blob need not be trusted.
 std::optional<std::vector<PropertyValue>> unpackProperties(std::string_view blob);
 
-// What both blobs promise of a property: key and value lie within the bytes and a zero byte follows them.
+// Checks that key and value are within the bytes and that a zero byte follows each.
 bool wellFormed(const Property &property, std::span<const uint8_t> bytes);
 
 }  // namespace qvs::mesh

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The process's snapshot: a verified copy of a State blob, searched in place.
+// The snapshot of the process.
 #include "state_library/snapshot.h"
 
 #include <algorithm>
@@ -49,7 +49,7 @@ int compare(const Field &id, const char *text) {
 template <typename T>
 const T *own(std::span<const T> all, const void *handle) {
     const auto *entry = static_cast<const T *>(handle);
-    // std::less orders pointers that belong to different objects, too.
+    // std::less is also defined for pointers to different objects.
     const std::less<const T *> before;
     if (all.empty() || before(entry, &all.front()) || before(&all.back(), entry)) return nullptr;
     return entry;
@@ -88,7 +88,7 @@ bool Snapshot::read(const uint8_t *blob, uint32_t length) {
     return true;
 }
 
-// Everything a lookup follows without another look: indices, ranges, terminators.
+// Checks the indices, ranges and terminators, because lookups do not check them.
 bool Snapshot::consistent() const {
     const auto goodProperty = [this](const Property &property) { return wellFormed(property, bytes_); };
     const auto goodPort = [this](const Port &port) {
@@ -119,7 +119,7 @@ const Switch *Snapshot::findSwitch(const char *id) const {
     return found == switches_.end() ? nullptr : &*found;
 }
 
-// An alias is its property's value up to a NUL, or the whole value when there is none.
+// The alias is the value of its property up to a NUL, or the whole value if it has none.
 const Switch *Snapshot::findAlias(std::string_view alias) const {
     for (const Switch &sw : switches_) {
         const Property *stored = findProperty(sw.globals(), kAliasKey);

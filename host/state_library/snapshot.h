@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The process's snapshot: a verified copy of a State blob, searched in place.
+// The snapshot of the process: a verified copy of a State blob, which is searched in place.
 #pragma once
 
 #include <cstdint>
@@ -12,18 +12,18 @@ namespace qvs::mesh {
 
 constexpr char kAliasKey[] = "com.quillon.common.alias";
 
-// Empty until loaded. The handles of the public interface are pointers into the blob: the `own...` functions
-// turn them back, and answer null for what does not lie in the present one, a handle from before a reload
-// included.
+// A snapshot is empty until it is loaded. The handles of the public interface are pointers into the blob. The
+// `own...` functions check and convert them. They return null for pointers outside of the current blob, such
+// as handles from before a reload.
 class Snapshot {
   public:
     enum class Result { Loaded, Malformed, NoMemory };
 
-    // Replaces what is there; after a failure the snapshot is empty. The blob may come from anywhere and
-    // stand at any address.
+    // Replaces the snapshot. After a failure it is empty. The blob need not be trusted or aligned.
     Result load(const void *blob, uint32_t length);
     void reset();
-    // Changes with every load and reset, so that a walk notices when a callback pulled the blob away.
+    // Returns a number that changes with every load and reset, so that a walk detects when a callback
+    // replaced the blob.
     uint64_t generation() const { return generation_; }
 
     std::span<const Switch> switches() const { return switches_; }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writes the State blob of state.fbs.
+// Builds the State blob of state.fbs.
 #include "state_library/snapshot_writer.h"
 
 #include <algorithm>
@@ -21,7 +21,7 @@ flatbuffers::span<const uint8_t, Size> view(const std::array<uint8_t, Size> &fie
     return flatbuffers::span<const uint8_t, Size>(field);
 }
 
-// Eight bytes as a number that orders as they do.
+// Returns eight bytes as a number, so that numbers sort like the bytes.
 uint64_t bigEndian(const uint8_t *bytes) {
     uint64_t number = 0;
     for (size_t i = 0; i < sizeof number; ++i)
@@ -32,7 +32,7 @@ uint64_t bigEndian(const uint8_t *bytes) {
 }  // namespace
 
 uint32_t SnapshotWriter::append(std::string_view value) {
-    // A reader may cast what it finds: values begin where records may.
+    // Values are aligned, because readers may cast them to records.
     bytes_.resize((bytes_.size() + 7) & ~size_t{7});
     const auto position = static_cast<uint32_t>(bytes_.size());
     bytes_.insert(bytes_.end(), value.begin(), value.end());
@@ -46,28 +46,7 @@ uint32_t SnapshotWriter::text(std::string_view value) {
     return texts_.emplace(value, append(value)).first->second;
 }
 
-bool SnapshotWriter::equals(const Property &property, uint32_t key, std::string_view value,
-                            uint32_t type) const {
-    return property.key() == key && property.type() == type && property.length() == value.size() &&
-           std::equal(value.begin(), value.end(), bytes_.data() + property.value(),
-                      [](char a, uint8_t b) { return static_cast<uint8_t>(a) == b; });
-}
-
 uint32_t SnapshotWriter::property(std::string_view key, std::string_view value, uint32_t type) {
-    const uint32_t keyPosition = text(key);
-    const size_t hash = std::hash<std::string_view>{}(value) ^ (size_t{keyPosition} << 32 | type);
-    const auto [begin, end] = known_.equal_range(hash);
-    const auto same = std::find_if(begin, end, [&](const auto &entry) {
-        return equals(properties_[entry.second], keyPosition, value, type);
-    });
-    if (same != end) return same->second;
-
-    const uint32_t index = newProperty(key, value, type);
-    known_.emplace(hash, index);
-    return index;
-}
-
-uint32_t SnapshotWriter::newProperty(std::string_view key, std::string_view value, uint32_t type) {
     const auto index = static_cast<uint32_t>(properties_.size());
     const uint32_t keyPosition = text(key);
     const uint32_t valuePosition = append(value);
@@ -105,7 +84,8 @@ void SnapshotWriter::replacePort(uint32_t index, std::span<const uint32_t> prope
     ports_[index].mutable_properties() = list(properties);
 }
 
-// What the identifiers of all these ports begin with, but for as much as an Entry below takes.
+// Returns the length of the common prefix of the identifiers, at most as long as leaves room for the bytes of
+// an Entry.
 size_t SnapshotWriter::commonBeginning(std::span<const Port> ports) {
     if (ports.empty()) return 0;
     const auto &first = *ports.front().id();
@@ -117,8 +97,8 @@ size_t SnapshotWriter::commonBeginning(std::span<const Port> ports) {
     return common;
 }
 
-// Ordering compares what the identifiers have of their own, side by side; the ports themselves, far apart,
-// are looked at only where that is equal.
+// Returns the ports of each switch in the order of their identifiers. Sorting compares copies of the bytes
+// after the common prefix. It reads the ports, which are far apart in memory, only if these bytes are equal.
 std::vector<uint32_t> SnapshotWriter::portOrder() const {
     struct Entry {
         uint64_t high;
@@ -160,8 +140,8 @@ flatbuffers::DetachedBuffer SnapshotWriter::finish() {
     if (bytes_.empty()) bytes_.push_back(0);
     if (portsById_.size() != ports_.size()) portsById_ = portOrder();
     flatbuffers::FlatBufferBuilder builder(size() + 256);
-    // One after the other, last field first: as arguments of one call their order would be the compiler's
-    // choice.
+    // Separate statements, because the order in which arguments are evaluated is not defined. The last field
+    // is first.
     const auto switches = builder.CreateVectorOfStructs(switches_);
     const auto portsById = builder.CreateVector(portsById_);
     const auto ports = builder.CreateVectorOfStructs(ports_);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// DVSState_*, DVS_* and the accessors of DVSData_*: the snapshot as clients see it.
+// DVSState_*, DVS_* and the accessors of DVSData_*: the interface of the snapshot.
 #include <qvs/mesh_public.h>
 
 #include "state_library/snapshot.h"
@@ -12,7 +12,7 @@ using qvs::mesh::Switch;
 
 namespace {
 
-// Ready before any code runs and never destroyed: other libraries call from their initialisers.
+// Constant-initialised and never destroyed, because other libraries use it in their initialisers.
 constinit Snapshot snapshot;
 
 DVSSwitch *handle(const Switch *sw) {
@@ -33,7 +33,7 @@ const T *resolve(const T &entry) {
     return &entry;
 }
 
-// Ends early when a callback answers non-zero, or has replaced the snapshot.
+// Calls `callback` for each entry. Stops if it returns a value other than 0 or has replaced the snapshot.
 template <typename Entries, typename Handle>
 void walk(Entries entries, int (*callback)(Handle *, void *), void *context) {
     const uint64_t generation = snapshot.generation();
@@ -41,6 +41,13 @@ void walk(Entries entries, int (*callback)(Handle *, void *), void *context) {
         if (callback(handle(resolve(entry)), context) != 0) return;
         if (snapshot.generation() != generation) return;
     }
+}
+
+// Calls `callback` for each property in a list of an entry, which is null if the handle is not valid.
+template <typename Entry>
+void walkList(const Entry *entry, const Range &(Entry::*list)() const, int (*callback)(DVSData *, void *),
+              void *context) {
+    if (entry != nullptr && callback != nullptr) walk(snapshot.list((entry->*list)()), callback, context);
 }
 
 HYP_ReturnStatus lookup(const char *switchId, const char *key, DVSData **data,
@@ -99,18 +106,15 @@ void DVSState_PortForEach(DVSSwitch *sw, int (*callback)(DVSPort *, void *), voi
 }
 
 void DVSState_PortDataForEach(DVSPort *port, int (*callback)(DVSData *, void *), void *context) {
-    const Port *own = snapshot.ownPort(port);
-    if (own != nullptr && callback != nullptr) walk(snapshot.list(own->properties()), callback, context);
+    walkList(snapshot.ownPort(port), &Port::properties, callback, context);
 }
 
 void DVSState_HostPropForEach(DVSSwitch *sw, int (*callback)(DVSData *, void *), void *context) {
-    const Switch *own = snapshot.ownSwitch(sw);
-    if (own != nullptr && callback != nullptr) walk(snapshot.list(own->hosts()), callback, context);
+    walkList(snapshot.ownSwitch(sw), &Switch::hosts, callback, context);
 }
 
 void DVSState_GlobalPropForEach(DVSSwitch *sw, int (*callback)(DVSData *, void *), void *context) {
-    const Switch *own = snapshot.ownSwitch(sw);
-    if (own != nullptr && callback != nullptr) walk(snapshot.list(own->globals()), callback, context);
+    walkList(snapshot.ownSwitch(sw), &Switch::globals, callback, context);
 }
 
 const char *DVS_SwitchId(const DVSSwitch *sw) {
@@ -143,7 +147,7 @@ uint32_t DVS_PortState(const DVSPort *port) {
     return own == nullptr ? 0 : own->state();
 }
 
-// A container is no property: asked as if it were one, it has no name and an empty value, like null.
+// A container is not a property. Like null, it has an empty value and no name.
 uint32_t DVSData_Data(const DVSData *data, const void **value) {
     const Property *own = snapshot.ownProperty(data);
     if (value != nullptr) *value = own == nullptr ? "" : snapshot.text(own->value());

@@ -2,33 +2,14 @@
 // A blocking client of the emulated kernel.
 #include "wire/client.h"
 
-#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <utility>
 
 namespace qvs::wire {
-
-Client::Client(Client &&other) noexcept {
-    *this = std::move(other);
-}
-
-Client &Client::operator=(Client &&other) noexcept {
-    if (this == &other) return *this;
-    close();
-    begin_ = 0;
-    end_ = other.end_ - other.begin_;
-    std::memcpy(buffered_, other.buffered_ + other.begin_, end_);
-    socket_ = std::exchange(other.socket_, -1);
-    timeoutMs_ = other.timeoutMs_;
-    file_ = other.takeFile();
-    other.begin_ = other.end_ = 0;
-    return *this;
-}
 
 bool Client::connect(const char *path, int timeoutMs) {
     close();
@@ -56,13 +37,6 @@ void Client::close() {
 void Client::abandon() {
     socket_ = -1;
     begin_ = end_ = 0;
-}
-
-void Client::moveAbove(int lowest) {
-    const int moved = fcntl(socket_, F_DUPFD_CLOEXEC, lowest);
-    if (moved < 0) return;
-    ::close(socket_);
-    socket_ = moved;
 }
 
 bool Client::fail(int reason) {
@@ -101,14 +75,8 @@ bool Client::receiveBytes(void *data, size_t size) {
 bool Client::receiveHead(Kind kind, uint32_t *length) {
     Head head;
     LongerWait wait(&socket_);
-    for (;;) {
-        if (!receiveBytes(&head, sizeof head)) return false;
-        if (head.kind != static_cast<uint32_t>(Kind::Delay)) break;
-        uint32_t milliseconds = 0;
-        if (head.length != sizeof milliseconds) return fail(EPROTO);
-        if (!receiveBytes(&milliseconds, sizeof milliseconds)) return false;
-        wait.extend(milliseconds);
-    }
+    const auto receive = [this](void *data, size_t size) { return receiveBytes(data, size); };
+    if (!wire::receiveHead(&head, &wait, receive)) return fail(errno);
     if (head.kind != static_cast<uint32_t>(kind)) return fail(EPROTO);
     *length = head.length;
     return true;

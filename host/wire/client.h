@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A blocking client of the emulated kernel: what the state library, the shell, the launcher and the tests
-// use.
+// A blocking client of the emulated kernel, for the state library, the shell, the launcher and the tests.
 #pragma once
 
 #include <cstddef>
@@ -9,49 +8,44 @@
 #include <utility>
 
 #include "wire/message.h"
+#include "wire/noncopyable.h"
 #include "wire/stream.h"
 
 namespace qvs::wire {
 
-// One connection, one thread at a time. Failures leave their reason in errno: ENOENT when no socket is named,
-// EPROTO for an answer that makes no sense, ETIMEDOUT for none in time, else what the socket said; after one
-// the connection is closed.
-class Client {
+// One connection, for one thread at a time. A failure closes the connection and sets errno: ENOENT if no
+// socket is named, EPROTO for an invalid answer, ETIMEDOUT if there is no answer in time, or the error of the
+// socket.
+class Client : private Noncopyable {
   public:
-    Client() = default;
-    Client(const Client &) = delete;
-    Client &operator=(const Client &) = delete;
-    Client(Client &&other) noexcept;
-    Client &operator=(Client &&other) noexcept;
     ~Client() { close(); }
 
-    // Connects to the socket at `path`, or to the one that $QVS_HOST_SOCKET names. Each wait for an answer
-    // then ends after so many milliseconds.
+    // Connects to the socket at `path`, or to the one that $QVS_HOST_SOCKET names. The timeout limits each
+    // wait for an answer.
     bool connect(const char *path, int timeoutMs = hostTimeout());
     bool connectToHost();
-    // For the waits from now on; 0 waits without a bound.
+    // Changes the timeout. 0 means no limit.
     void setTimeout(int timeoutMs);
     bool connected() const { return socket_ >= 0; }
     int socket() const { return socket_; }
     void close();
-    // Forgets the descriptor without closing it: it is somebody else's by now.
+    // Forgets the descriptor without closing it, because the program uses the number for another file.
     void abandon();
-    // Moves the descriptor out of the low numbers, which programs take for their own. Best effort.
-    void moveAbove(int lowest);
+    // Moves the descriptor out of the low numbers.
+    void moveAside() { socket_ = wire::moveAside(socket_); }
 
     bool send(Writer &message);
-    // Receives a whole message of the given kind, of at most kMaxRequest bytes. The payload is replaced.
+    // Receives a message of this kind with at most kMaxRequest bytes and replaces the payload.
     bool receive(Kind kind, std::string *payload);
-    // A request and its reply.
+    // Sends a request and receives its reply.
     bool call(Writer &request, std::string *payload) {
         return send(request) && receive(Kind::Reply, payload);
     }
 
-    // Receiving piece by piece, into memory of the caller's choice: first the head, then exactly `length`
-    // bytes.
+    // Receive a message in parts: the head first, and then exactly `length` bytes.
     bool receiveHead(Kind kind, uint32_t *length);
     bool receiveBytes(void *data, size_t size);
-    // The descriptor that came along with what was received, now the caller's; -1 when there was none.
+    // Returns the descriptor that was received with the message, or -1. The caller must close it.
     int takeFile() { return std::exchange(file_, -1); }
 
   private:
@@ -60,7 +54,7 @@ class Client {
     int socket_ = -1;
     int timeoutMs_ = 0;
     int file_ = -1;
-    // Small answers arrive whole in one system call.
+    // With this buffer, a small answer needs one system call.
     size_t begin_ = 0;
     size_t end_ = 0;
     char buffered_[2048];

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Text of others on a terminal or in a log.
+// Escapes text that is printed to a terminal or a log.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 
 namespace qvs::wire {
 
-// Control characters as \n or \xHH, those of the upper half of Unicode's first page included: a name must
-// neither steer a terminal nor make a line of its own.
+// Returns a text with its control characters as \n or \xHH, including U+0080 to U+009F. A name must neither
+// control a terminal nor start a new line.
 inline std::string escaped(std::string_view text) {
     constexpr char kDigits[] = "0123456789abcdef";
     std::string result;

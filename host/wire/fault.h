@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What may be said of a fault, to the launcher that reads it and to the kernel that takes it.
+// The limits and the text forms of faults, which the launcher and the kernel share.
 #pragma once
 
 #include <charconv>
@@ -14,7 +14,7 @@ constexpr uint32_t kMaxFaultOffset = 64u << 20;
 constexpr uint32_t kMaxFaultDelayMs = 600'000;
 constexpr uint32_t kMaxFaultExit = 255;
 
-// The whole of a text as a number, and nothing for any other text.
+// Returns the number that a whole text stands for. Returns nothing for any other text.
 template <typename Number>
 std::optional<Number> numberOf(std::string_view text, int base = 10) {
     Number number = 0;
@@ -22,7 +22,7 @@ std::optional<Number> numberOf(std::string_view text, int base = 10) {
     return code == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
 
-// An error by its number or its name, such as EIO.
+// Returns the error with this number or this name, such as EIO.
 inline std::optional<int> errnoOf(std::string_view text) {
     constexpr int kMaxErrno = 133;
     if (const auto number = numberOf<int>(text); number && *number > 0) return number;
@@ -33,7 +33,7 @@ inline std::optional<int> errnoOf(std::string_view text) {
     return std::nullopt;
 }
 
-// A status in decimal or, after 0x, in hexadecimal digits.
+// Returns a status from decimal digits or, after 0x, from hexadecimal digits.
 inline std::optional<uint32_t> statusOf(std::string_view text) {
     return text.starts_with("0x") ? numberOf<uint32_t>(text.substr(2), 16) : numberOf<uint32_t>(text);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Building and reading the payloads of protocol.h.
+// Builds and reads the messages of protocol.h.
 #pragma once
 
 #include <cstring>
@@ -10,7 +10,7 @@
 
 namespace qvs::wire {
 
-// A message under construction: fields are appended, `bytes()` is what goes on the wire.
+// Builds a message. Fields are appended, and `bytes()` returns the message to send.
 class Writer {
   public:
     explicit Writer(Kind kind) : buffer_(sizeof(Head), '\0') {
@@ -42,8 +42,8 @@ class Writer {
     std::string buffer_;
 };
 
-// A payload being read. A field that is not there reads as zero or empty and makes the reader bad for good,
-// so that a caller checks once, at the end.
+// Reads a payload. A missing field reads as zero or empty text and makes `complete` return false, so that
+// callers check once at the end.
 class Reader {
   public:
     explicit Reader(std::string_view payload) : rest_(payload) {}
@@ -54,7 +54,7 @@ class Reader {
     uint64_t u64() { return number<uint64_t>(); }
     std::string_view text() { return take(u32()); }
 
-    // True when every field was there and nothing follows the last one.
+    // Returns true if no field was missing and nothing follows the last one.
     bool complete() const { return good_ && rest_.empty(); }
 
   private:

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// What travels over the Unix socket between the emulated kernel (qvs-hostd) and everything that talks to it:
-// the state library, the interposer, the emulated shell and the launcher.
-//
-// A message is an 8-byte head (payload length, kind; both u32) and a payload of fields in the order given
-// below. Integers are little-endian; text and bytes are a u32 length and that many bytes. One connection
-// carries one request at a time; every request is answered by exactly one Reply, except where noted.
+// The protocol on the Unix socket between the emulated kernel (qvs-hostd) and its clients: the state library,
+// the interposer, the emulated shell and the launcher.
+// A message consists of a head of 8 bytes (payload length and kind, both u32) and a payload of fields in the
+// order given below. Integers are little-endian. Text and bytes are a u32 length, followed by that many
+// bytes. A connection has one request at a time. Each request is answered by one Reply, unless noted
+// otherwise.
 #pragma once
 
 #include <cstdint>
@@ -17,22 +17,21 @@ struct Head {
 };
 static_assert(sizeof(Head) == 8);
 
-// Larger payloads are refused before anything is allocated for them.
+// The largest payload. A larger one is refused before memory is allocated for it.
 constexpr uint32_t kMaxRequest = 64u << 20;
 
 enum class Kind : uint32_t {
-    // The answer to every request. Fields depend on the request and are given there.
+    // The answer to a request. Its fields are listed with the request.
     Reply = 1,
-    // {} -> {}. Asks for nothing but an answer.
+    // {} -> {}. Tests whether the daemon answers.
     Ping = 2,
-    // Daemon to client, ahead of what it answers next: {u32 milliseconds}. It will wait that long on purpose,
-    // which the client does not hold against it. No answer.
+    // Daemon to client, before the next answer: {u32 milliseconds}. The daemon delays the answer by this time
+    // on purpose, and the client must wait longer. There is no answer.
     Delay = 3,
 
     // State library. Replies begin with a u32 status (HYP_ReturnStatus).
-    // {u8 file} -> {status, bytes blob}. When `file` is not 0, a large blob may come as a sealed file
-    // instead:
-    // {status, u32 length} with its descriptor beside it.
+    // {u8 file} -> {status, bytes blob}. If `file` is not 0, a large blob can be sent as a sealed file:
+    // {status, u32 length} with its descriptor.
     StateGet = 10,
     PropGet = 11,    // {u8 scope, text switchId, text portId, text key} -> {status, bytes value}
     PropSet = 12,    // {u8 scope, text switchId, text portId, text key, bytes value, u32 type} -> {status}
@@ -44,7 +43,7 @@ enum class Kind : uint32_t {
     PortAdd = 18,           // {text switchId, text portId, bytes properties} -> {status}
     PortRemove = 19,        // {text switchId, text portId} -> {status}
 
-    // Interposer. A connection is one open device; closing it closes the device.
+    // Interposer. Each connection is one open device. Closing the connection closes the device.
     DeviceOpen = 30,  // {text path} -> {u32 errno}
     DeviceIoctl =
         31,  // {u32 request, u64 argument} -> any number of CopyIn and CopyOut, then {i32 result, u32 errno}
@@ -60,22 +59,22 @@ enum class Kind : uint32_t {
     // {} -> {}, then a TraceLine for each request as it happens, until the client closes.
     TraceFollow = 51,
     TraceLine = 52,  // daemon to client: {text line}, no answer
-    // {} -> {} when the daemon serves; it stays up while a lease is open.
+    // {} -> {} when the daemon serves. The daemon stays while a lease is open.
     Lease = 53,
 };
 
-// Where a property lives; portId is empty for the first two.
+// The scope of a property. The portId of a request is empty for the first two.
 enum class Scope : uint8_t { Global = 0, Host = 1, Port = 2 };
 
-// What clients are told by the launcher.
-constexpr char kSocketVariable[] = "QVS_HOST_SOCKET";  // the daemon's socket
-constexpr char kTreeshVariable[] = "QVS_HOST_TREESH";  // the emulated shell that stands in for /bin/treesh
-// How many seconds clients wait for an answer, by the user's will; see hostTimeout.
+// The environment that the launcher sets for clients.
+constexpr char kSocketVariable[] = "QVS_HOST_SOCKET";  // path of the socket of the daemon
+constexpr char kTreeshVariable[] = "QVS_HOST_TREESH";  // path of the emulated shell that replaces /bin/treesh
+// The number of seconds that clients wait for an answer, which users set. See hostTimeout.
 constexpr char kTimeoutVariable[] = "QVS_HOST_TIMEOUT";
-// The interposer's mark in an environment from which the variables of the host were dropped.
+// The entry that the interposer adds to an environment without the variables of the host.
 constexpr char kLostEntry[] = "QVS_HOST_LOST=1";
 
-// The eight device paths that belong to the emulated kernel.
+// The paths of the devices of the emulated kernel.
 constexpr const char *kDevicePaths[] = {
     "/dev/vswitch",
     "/dev/ipfix",

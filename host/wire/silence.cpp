@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// A daemon that did not answer in time, remembered so that each further request fails at once.
+// Remembers a daemon that did not answer in time, so that each further request fails at once.
 #include "wire/silence.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -10,36 +9,17 @@
 
 #include <cerrno>
 
+#include "wire/kept_errno.h"
 #include "wire/protocol.h"
 #include "wire/stream.h"
 
 namespace qvs::wire {
 
-namespace {
-
-class KeptErrno {
-  public:
-    KeptErrno() = default;
-    KeptErrno(const KeptErrno &) = delete;
-    KeptErrno &operator=(const KeptErrno &) = delete;
-    ~KeptErrno() { errno = value_; }
-
-  private:
-    int value_ = errno;
-};
-
-}  // namespace
-
-// True when an answer can be waited for, now or later.
+// Returns true if the daemon can answer, now or later.
 bool Silence::ask(const char *path) {
-    // Out of the low numbers, which programs take for their own.
-    constexpr int kOutOfTheWay = 200;
-    const int low = connectTo(path, SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    unasked_ = low < 0 && errno == ETIMEDOUT;
-    if (low < 0) return unasked_;
-    const int high = fcntl(low, F_DUPFD_CLOEXEC, kOutOfTheWay);
-    if (high >= 0) close(low);
-    const int connection = high >= 0 ? high : low;
+    const int connection = moveAside(connectTo(path, SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    unasked_ = connection < 0 && errno == ETIMEDOUT;
+    if (connection < 0) return unasked_;
     const Head ping = {0, static_cast<uint32_t>(Kind::Ping)};
     struct stat status;
     if (fstat(connection, &status) != 0 || !sendAll(connection, &ping, sizeof ping)) {
@@ -47,7 +27,7 @@ bool Silence::ask(const char *path) {
         return false;
     }
     inode_ = status.st_ino;
-    // Another thread may have been as quick.
+    // Another thread can have stored a connection already.
     int none = 0;
     if (!socketAndOne_.compare_exchange_strong(none, connection + 1)) close(connection);
     return true;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A daemon that did not answer in time, remembered so that each further request fails at once.
+// Remembers a daemon that did not answer in time, so that each further request fails at once.
 #pragma once
 
 #include <atomic>
@@ -7,27 +7,27 @@
 
 namespace qvs::wire {
 
-// One in a process, the interposer's qvsHostSilence, which the state library finds by that name.
-// Zero-initialised, without constructor and destructor: it is used before the one and after the other could
-// run.
+// A process has one object: qvsHostSilence of the interposer, which the state library finds by this name. The
+// object is zero-initialised and has neither constructor nor destructor, because it is used before and after
+// they would run.
 class Silence {
   public:
-    // A request to the daemon at `path` was not answered in time. Leaves errno alone.
+    // Records that the daemon at `path` did not answer a request in time. Does not change errno.
     void begin(const char *path);
     bool begun() const { return socketAndOne_ != 0 || unasked_; }
-    // True as long as the daemon has not answered anything since. Leaves errno alone.
+    // Returns true until the daemon answers again. Does not change errno.
     bool lasts(const char *path);
 
   private:
     bool ask(const char *path);
     bool isOurs(int socket) const;
 
-    // A connection with a Ping on its way, whose answer ends the silence: its descriptor and one, so that
-    // zero is none, and its inode, by which it is known when the program has closed the number and used it
-    // again.
+    // A connection on which a Ping was sent. Its answer ends the silence. The descriptor is stored plus one,
+    // so that zero means none. The inode shows whether the program has reused the descriptor for another
+    // file.
     std::atomic<int> socketAndOne_;
     std::atomic<uint64_t> inode_;
-    // The daemon could not even be asked: its queue is full.
+    // Whether the daemon could not be asked because its queue was full.
     std::atomic<bool> unasked_;
 };
 

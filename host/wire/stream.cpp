@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// The socket underneath a connection to the emulated kernel.
+// Functions for the sockets of connections to the emulated kernel.
 #include "wire/stream.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sched.h>
 #include <sys/socket.h>
@@ -14,6 +15,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "wire/kept_errno.h"
 #include "wire/protocol.h"
 
 namespace qvs::wire {
@@ -36,8 +38,8 @@ timeval timevalOf(int milliseconds) {
     return {milliseconds / 1000, suseconds_t{milliseconds % 1000} * 1000};
 }
 
-// The timeout of a socket is kept in the socket, so it goes wherever the descriptor is inherited or passed
-// to.
+// Returns the timeout of a socket. It is an option of the socket, so processes that inherit the descriptor
+// have it too.
 int timeoutOf(int socket) {
     timeval timeout = {};
     socklen_t size = sizeof timeout;
@@ -45,12 +47,12 @@ int timeoutOf(int socket) {
     return static_cast<int>(timeout.tv_sec * 1000 + timeout.tv_usec / 1000);
 }
 
-// The end of one wait. Interruptions do not prolong it.
+// The end of one wait. Interruptions do not extend it.
 class Deadline {
   public:
     explicit Deadline(int timeoutMs) : end_(timeoutMs == 0 ? 0 : now() + timeoutMs) {}
 
-    // What is left in milliseconds, as poll takes it: -1 is for ever.
+    // Returns the rest in milliseconds for poll. -1 means no limit.
     int left() const {
         if (end_ == 0) return -1;
         const int64_t left = end_ - now();
@@ -67,7 +69,7 @@ class Deadline {
     int64_t end_;
 };
 
-// False when the socket was not ready in time, with ETIMEDOUT, or cannot be waited for.
+// Waits until a socket is ready. Returns false after a failure, with ETIMEDOUT if it was not ready in time.
 bool waitFor(int socket, short events, const Deadline &deadline) {
     for (;;) {
         pollfd wanted = {socket, events, 0};
@@ -94,7 +96,7 @@ int hostTimeout() {
     constexpr int kMost = 86'400'000;
     const char *text = secure_getenv(kTimeoutVariable);
     if (text == nullptr) return kDefault;
-    // By hand: what strtod takes for a point depends on the program's locale.
+    // strtod would use the decimal point of the locale.
     int time = 0;
     for (; digit(*text) >= 0; ++text)
         time = time < kMost / 10 ? time * 10 + digit(*text) * 1000 : kMost;
@@ -117,9 +119,8 @@ void setTimeout(int socket, int timeoutMs) {
 
 LongerWait::~LongerWait() {
     if (before_ == 0) return;
-    const int reason = errno;
+    const KeptErrno kept;
     setTimeout(*socket_, before_);
-    errno = reason;
 }
 
 void LongerWait::extend(uint32_t milliseconds) {
@@ -136,7 +137,7 @@ int connectTo(const char *path, int flags, int timeoutMs) {
     if (connection < 0) return -1;
 
     setTimeout(connection, timeoutMs);
-    // A daemon that hangs accepts nobody: the wait for a place in its queue is bounded, too.
+    // A daemon that hangs does not accept connections, so the wait for a place in its queue is limited too.
     const Deadline deadline(timeoutMs);
     int result = 0;
     do {
@@ -151,6 +152,15 @@ int connectTo(const char *path, int flags, int timeoutMs) {
     close(connection);
     errno = reason;
     return -1;
+}
+
+int moveAside(int descriptor) {
+    constexpr int kLowest = 200;
+    const KeptErrno kept;
+    const int moved = descriptor < 0 ? -1 : fcntl(descriptor, F_DUPFD_CLOEXEC, kLowest);
+    if (moved < 0) return descriptor;
+    close(descriptor);
+    return moved;
 }
 
 bool sendAll(int socket, iovec *parts, size_t count) {
@@ -196,7 +206,7 @@ size_t receiveSome(int socket, void *data, size_t size) {
 }
 
 size_t receiveSome(int socket, void *data, size_t size, int *file) {
-    // Most answers come sooner than who sleeps can be woken.
+    // Most answers arrive before a sleeping thread could be woken.
     int looks = 100;
     iovec part = {data, size};
     alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))];
@@ -224,6 +234,18 @@ size_t receiveSome(int socket, void *data, size_t size, int *file) {
         if (received == 0) errno = ECONNRESET;
         return 0;
     }
+}
+
+bool writeAll(int file, const void *data, size_t size) {
+    const auto *bytes = static_cast<const char *>(data);
+    while (size != 0) {
+        const ssize_t written = write(file, bytes, size);
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return false;
+        bytes += written;
+        size -= static_cast<size_t>(written);
+    }
+    return true;
 }
 
 bool receiveAll(int socket, void *data, size_t size) {

@@ -51,8 +51,8 @@ Labs that cannot be.
   $ bad() { echo "$1" >bad; qvs-host run --state ../state --lab bad -- true; }; bad '{"bfd": {"logLevel": 2}}'; bad '{"bfd": {"sessions": [{"local": "192.0.2.1", "remote": "::1"}]}}'; bad '{"bfd": {"sessions": [{"local": "192.0.2.1", "remote": "192.0.2.2", "count": 8902}]}}'; bad '{"bfd": {"sessions": [{"local": "x", "remote": "192.0.2.2"}]}}'; bad '{"bfd": {"sessions": [{"local": "192.0.2.1", "remote": "192.0.2.2", "state": "off"}]}}'
   qvs-host: lab.bfd: "logLevel" is none of 0, 1, 3 and 5
   qvs-host: lab.bfd.sessions[0]: "remote" is of another family than "local"
-  qvs-host: lab.bfd.sessions[0]: "count" is more than there is room for
-  qvs-host: lab.bfd.sessions[0]: "local" is not an address
-  qvs-host: lab.bfd.sessions[0]: "state" is none of "admin-down", "down", "init" and "up"
+  qvs-host: lab.bfd.sessions[0]: "count" exceeds the free room in the table
+  qvs-host: lab.bfd.sessions[0]: "local" is not an IP address
+  qvs-host: lab.bfd.sessions[0]: "state" is none of "admin-down", "down", "init", "up"
   ? 125
   $ qvs bfd sessions --raw - | head -c 20 | bytes  => 0:03000000c5220000010000000100008003000103 (20 bytes)

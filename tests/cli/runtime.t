@@ -151,5 +151,5 @@ A lab that makes no sense is refused.
 
   $ bad() { echo "$1" >bad.json; LAB='--lab bad.json' sh on true 2>&1 | sed 's/.*used: //'; }; bad '{"busy": [{"switch": "sw1", "port": "p9"}]}'; bad '{"mcastFilters": [{"switch": "sw1", "port": "p0", "group": "192.0.2.1"}]}'; bad '{"spfPorts": [{"switch": "sw1", "port": "p0", "mac": "01:00:00:00:00:01"}]}'
   lab.busy[0]: "port" is not a port of the switch: p9
-  lab.mcastFilters[0]: "group" is not a group
-  lab.spfPorts[0]: "mac" is not the address of a station
+  lab.mcastFilters[0]: "group" is not a multicast group
+  lab.spfPorts[0]: "mac" is not a unicast address

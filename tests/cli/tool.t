@@ -98,14 +98,14 @@ A lab that counts too far is refused.
 
   $ cat >bad <<<'while read -r member; do echo "{\"switches\": [{\"alias\": \"sw1\", \"ports\": [\"p0\"]}], $member}" >lab.json; qvs-host run --lab lab.json -- true 2>&1 | sed "s/.*used: lab.//"; done'
   $ sed 's/"IN"/"switch": "sw1", "port": "p0"/g' <<<'"mcastFilters": [{"IN", "group": "239.255.255.255", "count": 2}]@"mcastFilters": [{"IN", "group": "ff05::", "count": 65537}]@"mcastFilters": [{"IN", "group": "01:ff:ff:ff:ff:ff", "count": 2}]' | tr @ '\n' | sh bad
-  mcastFilters[0]: "count" leads beyond the last group
-  mcastFilters[0]: "count" is more than there is room for
-  mcastFilters[0]: "count" leads beyond the last group
+  mcastFilters[0]: "count" exceeds the last multicast group
+  mcastFilters[0]: "count" exceeds the free room in the table
+  mcastFilters[0]: "count" exceeds the last multicast group
   $ tr @ '\n' <<<'"bfd": {"sessions": [{"local": "192.0.2.1", "remote": "255.255.255.255", "count": 2}]}@"kcp": {"interfaces": [{"name": "x", "mac": "00:ff:ff:ff:ff:ff", "count": 2}]}@"kcp": {"interfaces": [{"name": "x", "vlan": 4095}]}@"kcp": {"containers": [{"number": 4294967295, "count": 2}]}@"kcp": {"containers": [{"number": 4294967295}]}' | sh bad
-  bfd.sessions[0]: "count" leads beyond the last address
-  kcp.interfaces[0]: "mac" leads to the address of a group
-  kcp.interfaces[0]: "vlan" is not a VLAN from 0 to 4094
-  kcp.containers[0]: "count" leads beyond the last number
+  bfd.sessions[0]: "count" exceeds the last address
+  kcp.interfaces[0]: "mac" results in a multicast address
+  kcp.interfaces[0]: "vlan" is not a number from 0 to 4094
+  kcp.containers[0]: "count" exceeds the last number
 
 A fault that makes no sense is a wrong usage.
 
@@ -118,8 +118,8 @@ A fault that makes no sense is a wrong usage.
   qvs-host: --output: '0:f' is not an offset and bytes, such as 0:ffffffff
   qvs-host: --delay: '0' is not a number from 1 to 600000
   qvs-host: --kill: 'never' is none of before, middle, after
-  qvs-host: nothing is to happen; one of --errno, --status, --exit, --delay, --kill, --output, --truncate and --lab is needed
-  qvs-host: MATCH: matches nothing; * is every request
+  qvs-host: the fault has no effect; give at least one of --errno, --status, --exit, --delay, --kill, --output, --truncate and --lab
+  qvs-host: MATCH: is empty; * matches every request
   ? 2
   $ qvs-host run -- sh -c 'qvs-host fault add ls --output 0:7065 --output 2:74 --truncate 4; treesh -e ls /; qvs-host fault list'
   pet/  1: "ls" --nth 1 --count 1 --truncate 4 --output 0:7065 --output 2:74; matched 1, fired 1
@@ -153,9 +153,9 @@ The launcher's own words.
   pnics[0]: "mtu" is not a number from 1280 to 9000
   switches[0]: "alias" is not a name of 1 to 127 characters
   switches[0]: "maxPorts" is not a number from 1 to 4294967295
-  options[0]: "hex" holds something else than hexadecimal digits
+  options[0]: "hex" is not a row of pairs of hexadecimal digits
   $ qvs-host run -- sh -c 'qvs switch create sw1; echo "{\"pnics\": [{\"name\": \"pnic4\"}]}" >lab.json; qvs-host run --state $QVS_HOST_STATE --lab lab.json -- true; qvs-host fault add PortAdd --lab lab.json; qvs port add sw1 p0'
   sw1: changed
-  qvs-host: NIC pnic4: NICs can be added to an empty host alone
+  qvs-host: NIC pnic4: NICs can be added only to an empty host
   sw1/p0: changed
-  qvs-host: the host's log: warning fault: the lab cannot be applied: NIC pnic4: NICs can be added to an empty host alone
+  qvs-host: the host's log: warning fault: cannot apply the lab: NIC pnic4: NICs can be added only to an empty host

@@ -78,7 +78,7 @@ head -c 4096 /dev/zero >>state/hypercore.db
 refused 'foreign' 'a database of another program'
 cp whole state/hypercore.db
 python3 -c 'import sqlite3; d = sqlite3.connect("state/hypercore.db"); d.execute("DELETE FROM switches"); d.commit()'
-refused 'inconsistent' "cannot use $PWD/state/hypercore.db: the database is inconsistent: port 0x4000001 belongs to no switch; put back a copy and remove"
+refused 'inconsistent' "cannot use $PWD/state/hypercore.db: the database is inconsistent: port 0x4000001 belongs to no switch; restore a copy and remove"
 cp whole state/hypercore.db
 start
 expect 'the whole one' "$("$QVS_PORTS" check sw "$full")" $((full + 10))

@@ -287,7 +287,7 @@ def who_may():
         assert result.returncode == 125 and message in result.stderr, (message, result)
 
     os.chmod("state", 0o777)
-    refused("can be written by other users")
+    refused("other users can write to")
     os.chmod("state", 0o755)
     if os.geteuid() == 0:
         os.chown("state", 65534, 65534)
@@ -373,7 +373,7 @@ def strange_rows():
             database.execute("INSERT INTO device_values VALUES (?, ?, ?)", (table, key, value))
             database.commit()
         result = qvs_host("start", "--state", "state")
-        expected = f'row "{key}" of the table "{table}" makes no sense; put back a copy'
+        expected = f'row "{key}" of the table "{table}" is invalid; restore a copy'
         assert result.returncode == 125 and expected in result.stderr, (table, key, result)
 
 

@@ -555,15 +555,15 @@ TEST(Lab, IsAppliedWholeOrNotAtAll) {
         return client.connectToHost() && client.call(request, &payload) ? std::string(Reader(payload).text())
                                                                         : "";
     };
-    EXPECT_EQ(refused(R"({"pnic":[]})"), R"({"error":"lab: \"pnic\" is not known here","ok":false})");
+    EXPECT_EQ(refused(R"({"pnic":[]})"), R"({"error":"lab: \"pnic\" is unknown","ok":false})");
     EXPECT_EQ(refused(R"({"switches":[{"alias":"sw2"},{"alias":7}]})"),
               R"({"error":"lab.switches[1]: \"alias\" is not a text","ok":false})");
     EXPECT_EQ(refused(R"({"switches":[{"alias":"sw2"}],"pnics":[{"name":"eth9"}]})"),
-              R"({"error":"NIC eth9: NICs can be added to an empty host alone","ok":false})");
+              R"({"error":"NIC eth9: NICs can be added only to an empty host","ok":false})");
     EXPECT_EQ(refused(R"({"switches":[{"alias":"sw2"}],"clients":[{"switch":"sw2","port":"x","name":"n"}]})"),
               R"({"error":"port x: not found","ok":false})");
     EXPECT_EQ(refused(R"({"switches":[{"alias":"sw1","id":"id","maxPorts":9}]})"),
-              R"({"error":"switch sw1: exists already and is another one","ok":false})");
+              R"({"error":"switch sw1: exists already with other attributes","ok":false})");
     EXPECT_EQ(hostState(), before);
 }
 

@@ -27,7 +27,7 @@ expect 'missing lab' "$(code qvs-host run --lab nosuch.json -- true)" 125
 echo '{"pnics":[{"name":"a","speed":1}]}' >bad.json
 expect 'bad lab' "$(code qvs-host run --lab bad.json -- true)" 125
 expect 'its message' "$(cat err)" \
-    "qvs-host: the lab $PWD/bad.json cannot be used: lab.pnics[0]: \"speed\" is not known here"
+    "qvs-host: the lab $PWD/bad.json cannot be used: lab.pnics[0]: \"speed\" is unknown"
 long=$PWD/$(printf '%0120d' 0)
 expect 'long path' "$(code qvs-host run --state "$long" -- true)" 125
 grep -q 'longer than the 107 bytes' err || fail "long path: $(cat err)"

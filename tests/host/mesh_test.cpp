@@ -29,7 +29,6 @@ std::string sampleBlob() {
     const uint32_t second = writer.property(kAliasKey, "sw2", 16);
     const uint32_t empty = writer.property("com.quillon.empty", "", 32);
     const uint32_t shared = writer.property("com.quillon.shared", hex("00 ff 00"), 8);
-    EXPECT_EQ(writer.property("com.quillon.shared", hex("00 ff 00"), 8), shared);
     writer.addSwitch("id-1", "vswitch", 128, 105, {{shared, first}}, {{empty}});
     writer.addPort("p2", 1, {{shared, empty}});
     writer.addPort("p10", 2, {});

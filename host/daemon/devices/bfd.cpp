@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The module for Bidirectional Forwarding Detection: sessions out of a lab, log level, statistics.
-// The flags of a request for sessions say which families it is about.
+// The device of Bidirectional Forwarding Detection: sessions, which labs define, log level and statistics.
+// The flags of a request for sessions select the address families.
 //
 // Records in layouts/emulated.json: bfd-sessions, bfd-stats.
 #include <cerrno>
@@ -23,7 +23,7 @@ constexpr uint32_t kRoom = (kTableSize - kTableHead) / kEntry;
 constexpr uint8_t kFamilies = 3;
 constexpr size_t kStats = 64;
 
-// A session as it is kept: the head of its entry, with its port (none) where the number will be.
+// A stored session is the start of its entry. The place of the number contains the port, which is 0.
 constexpr size_t kStateAt = 8;
 constexpr size_t kFamilyAt = 10;
 constexpr size_t kLocalAt = 24;
@@ -38,8 +38,8 @@ constexpr const char *kStates[] = {"admin-down", "down", "init", "up"};
 
 bool isSession(std::string_view kept) {
     if (kept.size() != kInterfaceAt + kInterface) return false;
-    const auto family = static_cast<uint8_t>(kept[kFamilyAt]);
-    return static_cast<uint8_t>(kept[kStateAt]) <= Up && (family == 1 || family == 2);
+    const auto family = u8At(kept, kFamilyAt);
+    return u8At(kept, kStateAt) <= Up && (family == 1 || family == 2);
 }
 
 constexpr bool isLogLevel(uint32_t level) {

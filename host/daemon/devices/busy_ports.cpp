@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// Ports that a lab has made busy: their statistics, sixteen u64 counters, grow whenever someone looks. All
-// others keep what was stored for them.
+// Busy ports, which labs define. Their statistics, sixteen u64 counters, grow with every read. Other ports
+// keep the stored statistics.
 #include "daemon/devices/busy_ports.h"
 
 #include <cstring>
-
-#include <fmt/format.h>
 
 #include "daemon/devices/device_request.h"
 #include "daemon/devices/record_table.h"
@@ -16,7 +14,7 @@ namespace {
 
 constexpr size_t kStatistics = 128;
 constexpr char kMember[] = "busy";
-// A row for each busy port, by its number, without a value.
+// One row for each busy port: its number, without a value.
 constexpr Table<uint32_t, std::string> kBusy("busy ports", kPortKey, kBytes<hasSize<0>>);
 constexpr const AnyTable *kTables[] = {&kBusy};
 
@@ -28,7 +26,7 @@ std::vector<Port *> busyPorts(const Model &model) {
     return ports;
 }
 
-// What has grown in memory alone is stored when the port comes to rest.
+// Stores the statistics of a port that is no longer busy. Until then they grow only in memory.
 void rest(Model &model, const Port &port) {
     const Property *statistics = port.properties.find(kStatisticsKey);
     if (statistics == nullptr) return;
@@ -38,7 +36,7 @@ void rest(Model &model, const Port &port) {
     if (status != Status::Ok) throw JsonError("lab: the statistics of a busy port cannot be stored");
 }
 
-// A lab that names busy ports names them all.
+// Replaces the busy ports.
 void applyBusy(Members &lab, Model &model) {
     for (const Port *port : busyPorts(model))
         rest(model, *port);

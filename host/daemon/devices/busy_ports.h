@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The statistics of busy ports grow whenever someone looks at them.
+// Busy ports, whose statistics grow with every read.
 #pragma once
 
 #include <string_view>
@@ -8,7 +8,7 @@
 
 namespace qvs::kernel {
 
-// To be called before the statistics of a port, a property, or everything is read.
+// Update the statistics of a port, of the port at a place, or of all ports. Call them before reading.
 void lookAt(Model &model, Port &port);
 void lookAt(Model &model, const Place &place, std::string_view key);
 void lookAtAll(Model &model);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The emulated kernel's devices: the layout of each one's request frame, and a table of commands.
+// The devices of the emulated kernel: the frames of their requests and their commands.
 #pragma once
 
 #include <algorithm>
@@ -17,22 +17,22 @@
 
 namespace qvs::kernel {
 
-// One request as a handler sees it: frame and input were fetched from the client's memory.
+// A request, whose input was copied from the memory of the client.
 struct Call {
     Model &model;
     uint32_t command = 0;
-    std::string_view input;  // at least as long as the command says
-    uint32_t outLength = 0;  // what the client has room for
+    std::string_view input;  // at least Command::minInput bytes
+    uint32_t outLength = 0;  // the most bytes that the client accepts
 };
 
-// What goes back. Output beyond the client's room is dropped by the caller.
+// The answer to a request. The caller cuts output that exceeds the room of the client.
 struct [[nodiscard]] Result {
     int error = 0;
     std::string output;
 };
 
 struct Command {
-    // Stands for every number that no other row has.
+    // Matches every number that no other row has.
     static constexpr uint32_t kAny = UINT32_MAX;
 
     uint32_t number = 0;
@@ -41,7 +41,8 @@ struct Command {
     Result (*handle)(const Call &call) = nullptr;
 };
 
-// Offsets of the frame's fields: u32 lengths, u64 addresses. A frame without an input has kNone there.
+// The offsets of the fields of a frame: u32 lengths and u64 addresses. A frame without input has kNone for
+// them.
 struct FrameLayout {
     static constexpr size_t kNone = SIZE_MAX;
     size_t size = 0;
@@ -75,13 +76,13 @@ struct LabMember {
     void (*apply)(Members &lab, Model &model) = nullptr;
 };
 
-// What one source file adds to a device.
+// The part of a device that one source file contains.
 struct DevicePart {
     std::span<const Command> commands = {};
     std::span<const LabMember> lab = {};
-    // What it keeps.
+    // The tables and settings that it keeps.
     std::span<const AnyTable *const> tables = {};
-    // Adds members to the host's status; may be null.
+    // Adds members to the status of the host. Can be null.
     void (*describe)(const Model &model, nlohmann::json *status) = nullptr;
 };
 
@@ -101,7 +102,7 @@ std::vector<const AnyTable *> deviceTables();
 // Returns the device with this path, or null if there is none.
 const Device *findDevice(std::string_view path);
 
-// The parts with a model, one a file; the table of devices is in device.cpp.
+// The parts of the devices. device.cpp contains the table of devices.
 extern const DevicePart kVswitchInventory;
 extern const DevicePart kVswitchMac;
 extern const DevicePart kVswitchLearning;
@@ -123,8 +124,8 @@ inline Result failure(int error) {
     return {error, {}};
 }
 
-// The answer to a counted list: u32 count, u32 second word, entries. A client with room for the two words
-// alone learns how many there are; any other gets as many as fit, and that number.
+// Returns a counted list: u32 count, u32 second word, entries. A client that has room only for the two words
+// gets the number of all entries. Other clients get as many entries as fit, and their number.
 template <typename Entries, typename Fill>
 Result countedList(const Call &call, uint32_t second, size_t entrySize, const Entries &entries,
                    const Fill &fill) {

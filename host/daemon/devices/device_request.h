@@ -89,7 +89,7 @@ inline uint16_t vlanOf(Members &members) {
 // Returns the number of objects that an entry of a lab stands for. Fails if it exceeds `room`.
 inline uint32_t countOf(Members &members, size_t room) {
     const uint32_t count = members.maybeNumber("count").value_or(1);
-    if (count > room) members.fail("count", "is more than there is room for");
+    if (count > room) members.fail("count", "exceeds the free room in the table");
     return count;
 }
 
@@ -98,7 +98,7 @@ template <typename Address, typename Visit>
 void eachAddress(const Members &members, uint32_t count, Address address, const Visit &visit) {
     bool valid = true;
     for (; count != 0; --count) {
-        if (!valid) members.fail("count", "leads beyond the last address");
+        if (!valid) members.fail("count", "exceeds the last address");
         visit(address);
         valid = std::any_of(address.rbegin(), address.rend(), [](auto &byte) { return ++byte != 0; });
     }

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// /dev/ipfix: what flow sampling did.
+// /dev/ipfix: statistics of flow sampling.
 //
 // Requests carry the portset name at 0 (128 bytes), or the switch identifier there and the port's at 128 (48
 // bytes).
 //
 // Record in layouts/emulated.json: flow-stats.
-#include <cerrno>
 #include <set>
 
 #include "daemon/devices/device_request.h"
@@ -23,7 +22,8 @@ struct Sampling {
     std::set<std::string_view> collectors;
 };
 
-// The record of a sampled port has the number of its collectors at 13 and the collectors, of 20 bytes, at 24.
+// Adds a port if it is sampled. Its record contains the number of collectors at 13 and the collectors, of 20
+// bytes each, at 24.
 void addSampling(const Port &port, Sampling *sampling) {
     constexpr size_t kCountAt = 13;
     constexpr size_t kCollectorsAt = 24;
@@ -33,12 +33,12 @@ void addSampling(const Port &port, Sampling *sampling) {
     if (property == nullptr || property->value.size() < kRecord) return;
     ++sampling->ports;
     const std::string_view record = property->value;
-    const auto count = static_cast<uint8_t>(record[kCountAt]);
+    const auto count = u8At(record, kCountAt);
     for (size_t at = kCollectorsAt, i = 0; i < count && at < kRecord; ++i, at += kCollector)
         sampling->collectors.insert(record.substr(at, kCollector));
 }
 
-// Without a sampled port nothing happens, and nothing is counted.
+// Returns statistics. Without a sampled port, all counters are 0.
 Result statistics(const Call &call, const std::string &object, const Sampling &sampling) {
     Record stats(kStats);
     stats.put(0, sampling.ports).put(4, static_cast<uint32_t>(sampling.collectors.size()));

@@ -80,7 +80,7 @@ std::vector<std::string> Members::texts(const char *name) {
     if (value == nullptr) return result;
     if (!value->is_array()) fail(name, "is not a list");
     for (const json &element : *value) {
-        if (!element.is_string()) fail(name, "holds something else than texts");
+        if (!element.is_string()) fail(name, "contains an element that is not a text");
         result.push_back(element.get<std::string>());
     }
     return result;
@@ -108,7 +108,7 @@ void Members::each(const char *name, const std::function<void(Members &)> &visit
 
 void Members::finish() const {
     for (const auto &[name, value] : object_->items()) {
-        if (!taken_.contains(name)) fail(name.c_str(), "is not known here");
+        if (!taken_.contains(name)) fail(name.c_str(), "is unknown");
     }
 }
 

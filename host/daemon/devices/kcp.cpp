@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// The kernel control plane: eight lists and a status. Switches, portsets and uplinks are the host's own;
-// interfaces, NICs of the hypervisor and containers come out of a lab.
+// The kernel control plane: eight lists and a status. Labs define the interfaces, the NICs of the hypervisor
+// and the containers.
 //
 // Records in layouts/emulated.json: those that begin with kcp-.
-// A list is u32 count and its entries; containers have a second word, 0, behind the count.
+// A list is a u32 count and its entries. In the list of containers, the word 0 follows the count.
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -19,7 +19,7 @@ namespace qvs::kernel {
 
 namespace {
 
-// An interface as it is kept: u32 port number, u32 container, MAC at 8, u16 VLAN at 14, name behind it.
+// A stored interface: u32 port number, u32 container, MAC at 8, u16 VLAN at 14, name at 16.
 constexpr size_t kMacAt = 8;
 constexpr size_t kVlanAt = 14;
 constexpr size_t kNameAt = 16;
@@ -29,12 +29,12 @@ bool isInterface(std::string_view kept) {
     return kept.size() >= kNameAt && kept.size() <= kNameAt + kMaxName;
 }
 
-// A container as it is kept: no port, u32 number, u16 VLAN.
+// A stored container: u32 0 (no port), u32 number, u16 VLAN.
 bool isContainer(std::string_view kept) {
     return kept.size() == 10 && u32At(kept, 0) == 0;
 }
 
-// What is kept of a lab. So many interfaces of a kind, or containers, fit.
+// The most interfaces of one kind, and the most containers.
 constexpr size_t kRoom = 10000;
 constexpr RecordTable interfaceTable(const char *name) {
     return {name, kRecordKey, kBytes<isInterface>, kRoom};
@@ -48,7 +48,7 @@ constexpr Setting<std::string> kStatus("kcp", "status", kBytes<hasSize<3>>);
 constexpr const AnyTable *kTables[] = {&kInterfaces,     &kContainerInterfaces, &kHypervisorInterfaces,
                                        &kHypervisorNics, &kContainers,          &kStatus};
 
-// What a list's entries begin with; the rest of each is zero.
+// The start of each entry of a list. The rest of an entry is zero.
 using Heads = std::vector<std::string>;
 
 Heads switches(const Model &model) {
@@ -198,7 +198,7 @@ void addInterfaces(Members &members, Model &model, const RecordTable &table) {
     if (&table == &kContainerInterfaces) head.put(4, members.maybeNumber("container").value_or(0));
     uint32_t index = 0;
     eachAddress(members, count, first, [&](const std::array<uint8_t, 6> &mac) {
-        if ((mac[0] & 1) != 0) members.fail("mac", "leads to the address of a group");
+        if ((mac[0] & 1) != 0) members.fail("mac", "results in a multicast address");
         head.put(kMacAt, mac);
         appendRecord(model, table, head.view() + (many ? fmt::format("{}{}", name, index++) : name));
     });
@@ -207,13 +207,13 @@ void addInterfaces(Members &members, Model &model, const RecordTable &table) {
 void addContainers(Members &members, Model &model, const RecordTable &table) {
     const uint32_t count = countOf(members, roomIn(model, table));
     const uint32_t first = members.maybeNumber("number").value_or(1);
-    if (uint64_t{first} + count > uint64_t{1} << 32) members.fail("count", "leads beyond the last number");
+    if (uint64_t{first} + count > uint64_t{1} << 32) members.fail("count", "exceeds the last number");
     const uint16_t vlan = vlanOf(members);
     for (uint32_t i = 0; i < count; ++i)
         appendRecord(model, table, Record(10).put(4, first + i).put(8, vlan).view());
 }
 
-// A list that is given replaces the one that is there.
+// The lists of a lab. A list in the lab replaces the existing one.
 struct LabList {
     const char *member;
     const RecordTable *table;

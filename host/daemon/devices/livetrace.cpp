@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// /dev/livetrace: sessions, which stay as long as their ports, and what they count.
-//
-// A session is created by the switch identifier at 0 (64 bytes), the port identifier at 64 (48) and a
-// definition of any length behind them, which is kept. Action counts are asked for by an action at 8 and a
-// phase at 9: 1 counts, 2 fetches.
+// /dev/livetrace: sessions, which exist as long as their ports, and their statistics.
+// A request that creates a session contains the switch identifier at 0 (64 bytes), the port identifier at 64
+// (48 bytes) and a definition of any length at 112. A request for action counts contains an action at 8 and a
+// phase at 9 (1: count, 2: fetch).
 //
 // Records in layouts/emulated.json: livetrace-sessions, livetrace-count, livetrace-port, livetrace-stats.
 #include <cerrno>
@@ -34,7 +33,7 @@ constexpr size_t kCount = 26;
 constexpr size_t kPortData = 21;
 constexpr size_t kStats = 96;
 
-// A session as it is kept: u32 port number and its definition.
+// A stored session: u32 port number and the definition.
 constexpr size_t kDefinitionAt = 4;
 
 bool isSession(std::string_view kept) {
@@ -44,7 +43,7 @@ bool isSession(std::string_view kept) {
 constexpr RecordTable kSessions("livetrace.sessions", kRecordKey, kBytes<isSession>, kRoom);
 constexpr const AnyTable *kTables[] = {&kSessions};
 
-// False when there is no room.
+// Adds a session. Returns false if the table is full.
 bool addSession(Model &model, const Port &port, std::string_view definition) {
     dropDeadRecords(model, kSessions);
     if (roomIn(model, kSessions) == 0) return false;
@@ -80,8 +79,8 @@ Record countOf(Model &model, uint8_t action, uint32_t session, uint32_t port) {
 
 Result getActionCounts(const Call &call) {
     enum Phase : uint8_t { AskCount = 1, Fetch = 2 };
-    const auto action = static_cast<uint8_t>(call.input[8]);
-    const auto phase = static_cast<uint8_t>(call.input[9]);
+    const auto action = u8At(call.input, 8);
+    const auto phase = u8At(call.input, 9);
     if (phase != AskCount && phase != Fetch) return failure(EINVAL);
     const size_t room = call.outLength < kCountsHead ? 0 : (call.outLength - kCountsHead) / kCount;
     uint32_t count = 0;
@@ -122,13 +121,13 @@ constexpr Command kCommands[] = {
     {4, 0, "GetStats", getStats},
 };
 
-// The sessions of a lab replace those that are there.
+// Replaces the sessions.
 void applySessions(Members &lab, Model &model) {
     clearTable(model, kSessions);
     lab.each("liveTrace", [&](Members &members) {
         const Port &port = portOf(members, model);
         if (!addSession(model, port, members.maybeBytes("definition").value_or("")))
-            members.fail("port", "is one too many: there is room for 8");
+            members.fail("port", "exceeds the limit of 8 sessions");
     });
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The forwarding table, its ageing and its limits. An entry is stored under its address, VLAN and switch, and
-// says behind which port it is, and when it was learnt if it was.
+// The forwarding table, its ageing and its limits. The key of a stored entry is its address, VLAN and switch.
+// The value is the port and, for a learnt address, the time.
 #include "daemon/devices/mac_table.h"
 
 #include <algorithm>
@@ -28,11 +28,11 @@ bool fitsName(const std::string &name, const uint64_t &number) {
 constexpr Table<std::string, uint64_t> kLearning("mac learning", kBytes<isAnything>, kNumber<uint64_t>,
                                                  SIZE_MAX, fitsName);
 
-// The record that a switch has stored: 24 bits of seconds, u32 limit at 4.
+// The stored record of a switch: 24 bits of seconds, u32 limit at 4.
 constexpr char kSwitchLearningKey[] = "com.quillon.vswitch.macLearning";
 constexpr size_t kSwitchLearningSize = 8;
 constexpr uint32_t kDefaultSwitchLimit = 65536;
-// The record of a port: three flags, u32 limit at 3, u32 policy at 7.
+// The stored record of a port: three flags, u32 limit at 3, u32 policy at 7.
 constexpr char kPortLearningKey[] = "com.quillon.vswitch.port.macManagement";
 constexpr size_t kPortLearningSize = 11;
 
@@ -42,7 +42,7 @@ std::optional<uint64_t> storedNumber(const Model &model, const char *name) {
     return found == values.end() ? std::nullopt : std::optional(found->second);
 }
 
-// An entry as it is kept: behind which port, and when it was learnt if it was.
+// A stored entry: the port and, for a learnt address, the time.
 struct KeptEntry {
     uint32_t port = 0;
     std::optional<uint64_t> since;
@@ -64,7 +64,7 @@ std::optional<MacKey> readKey(std::string_view text) {
     return MacKey{*address, *vlan, *sw};
 }
 
-// "67108865 1700000000": the port, and the time of a learnt one.
+// "67108865 1700000000": the port and the time.
 std::string entryText(const KeptEntry &entry) {
     return entry.since ? fmt::format("{} {}", entry.port, *entry.since) : fmt::format("{}", entry.port);
 }
@@ -84,7 +84,7 @@ KeptEntry keptEntry(const MacEntry &entry) {
     return {entry.port->number, entry.learnt ? std::optional(entry.since) : std::nullopt};
 }
 
-// Of a port that is gone the entry has none; port numbers are not used again.
+// Returns an entry. Its port is null if the port was removed, because port numbers are not reused.
 MacEntry entryOf(const Model &model, const KeptEntry &kept) {
     return {model.inventory.findPort(kept.port), kept.since.has_value(), kept.since.value_or(0)};
 }
@@ -104,7 +104,7 @@ LearningProps learningProps(const Model &model) {
 }
 
 void setLearningProps(Model &model, const LearningProps &props) {
-    // Addresses that are too old by now do not come back because the time is longer from now on.
+    // Removes expired addresses first, so that a longer time does not restore them.
     const MacTable aged(model);
     model.tables.setRows(kLearning, {{kAgingValue, props.aging}, {kLimitValue, props.limit}});
 }
@@ -169,7 +169,7 @@ MacTable::MacTable(Model &model) : model_(model), now_(learningClock(model)) {
     try {
         model.tables.clearRows(kTable, gone);
     } catch (const StoreError &) {
-        // Whoever only looks needs no room on the disk; the next one tries again.
+        // Reading must work on a full disk. The next read tries again.
     }
 }
 

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The forwarding table of the emulated kernel: which address is behind which port.
+// The forwarding table of the emulated kernel: the ports of MAC addresses.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <string>
-#include <tuple>
 #include <unordered_map>
 
 #include "daemon/model/model.h"
@@ -15,13 +14,13 @@ namespace qvs::kernel {
 
 // The learning properties of the host, for all its switches.
 struct LearningProps {
-    uint64_t aging = 600;  // seconds that a learnt address is kept; 0: for ever
-    uint16_t limit = 0;    // addresses behind one port; 0: as many as the switch has room for
+    uint64_t aging = 600;  // seconds until a learnt address expires; 0: never
+    uint16_t limit = 0;    // the most addresses behind one port; 0: the limit of the switch
 };
 LearningProps learningProps(const Model &model);
 void setLearningProps(Model &model, const LearningProps &props);
 
-// The clock of ages, in seconds: that of the machine, unless a lab has stopped it.
+// Returns the time in seconds, from which ages are computed. A lab can stop this clock.
 uint64_t learningClock(const Model &model);
 void stopLearningClock(Model &model, uint64_t at);
 
@@ -37,44 +36,43 @@ std::optional<PortLearning> portLearning(const Port &port);
 // The following values are those that the switch or the port has stored, or else those of the host.
 uint64_t agingOf(const Model &model, const Switch &sw);
 uint32_t macLimitOf(const Switch &sw);
-// Nothing: the switch's limit is the only one.
+// Returns nothing if only the limit of the switch applies.
 std::optional<uint32_t> macLimitOf(const Model &model, const Port &port);
 
-// What a switch's stored switches say: static addresses are learnt, are accepted, and there is an overlay
-// cache.
+// The learning flags of a switch: static addresses are learnt, static addresses are accepted, the overlay
+// cache is enabled.
 constexpr uint32_t kLearnStatic = 1;
 constexpr uint32_t kStaticAllowed = 2;
 constexpr uint32_t kOverlayCache = 4;
 uint32_t learningFlags(const Switch &sw);
 
-// What the forwarding table is kept in.
+// The tables in which the forwarding table is stored.
 extern const AnyTable *const kMacTables[2];
 
 struct MacKey {
-    uint64_t address = 0;  // its first byte is the highest of the low six
+    uint64_t address = 0;  // the first byte of the address is the most significant one
     uint16_t vlan = 0;
     int64_t switchRow = 0;
 
-    bool operator<(const MacKey &other) const {
-        return std::tie(address, vlan, switchRow) < std::tie(other.address, other.vlan, other.switchRow);
-    }
+    // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the comparison with 0 for a null pointer
+    auto operator<=>(const MacKey &) const = default;
 };
 
 struct MacEntry {
     const Port *port = nullptr;
     bool learnt = false;
-    uint64_t since = 0;  // when it was learnt
+    uint64_t since = 0;  // the time at which it was learnt
 };
 
-// The table as it is at one moment. Looking is what makes addresses go: those that are too old, and those
-// behind ports that are gone.
+// The forwarding table at one moment. The constructor removes expired addresses and addresses behind removed
+// ports.
 class MacTable {
   public:
     explicit MacTable(Model &model);
 
-    // By address and VLAN.
+    // Returns the entries, sorted by address and VLAN.
     const std::map<MacKey, MacEntry> &entries() const { return entries_; }
-    // How many there are behind a port, and on a switch.
+    // The number of addresses behind a port or on a switch.
     struct Count {
         uint32_t all = 0;
         uint32_t learnt = 0;
@@ -83,10 +81,10 @@ class MacTable {
     Count countOn(const Switch &sw) const;
     uint32_t ageOf(const MacEntry &entry) const;
 
-    // An address is behind one port of its switch: one that was behind another one moves. False when the port
-    // or the switch has as many as it may.
+    // Adds an address, or moves it from another port of the switch. Returns false if the limit of the port or
+    // of the switch is reached.
     bool put(uint64_t address, uint16_t vlan, const MacEntry &entry);
-    // False when it is not behind this port.
+    // Removes an address. Returns false if it is not behind this port.
     bool remove(uint64_t address, uint16_t vlan, const Port &port);
 
   private:

@@ -15,13 +15,14 @@ namespace qvs::kernel {
 namespace {
 
 constexpr uint32_t kMagic = 0xfacebeef;
-constexpr uint32_t kUntyped = 1;  // the version whose sessions have masks in place of a type
+constexpr uint32_t kUntyped = 1;  // the version whose sessions have masks instead of a type
 constexpr size_t kHead = 20;
 constexpr size_t kSession = 232;
 constexpr size_t kIdWidth = 32;
 constexpr uint32_t kDisabled = 0x20;
 
-// The types whose destinations are names: of mixed destinations, of ports, of a remote session's end.
+// Tells whether the destinations of this type are names. The types are mixed destinations (0), ports (1) and
+// the end of a remote session (3).
 bool namesPorts(uint32_t version, uint32_t type) {
     return version == kUntyped || type == 0 || type == 1 || type == 3;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Rows of tables that go when a condition says so, and tables of numbered records: each begins with the
-// kernel's number of the port that it belongs to, 0 for none, and goes when that port goes.
+// Tables of numbered records. A record starts with the number of its port (0: none) and is ignored when that
+// port no longer exists.
 #pragma once
 
 #include <string>
@@ -18,7 +18,7 @@ inline bool isAlive(const Model &model, std::string_view record) {
     return port == 0 || model.inventory.findPort(port) != nullptr;
 }
 
-// Visits number and record of all that are left, in order.
+// Calls `visit` with number and record of each record whose port exists.
 template <typename Visit>
 void eachRecord(const Model &model, const RecordTable &table, const Visit &visit) {
     for (const auto &[number, record] : model.tables.rows(table)) {
@@ -32,18 +32,18 @@ inline size_t countRecords(const Model &model, const RecordTable &table) {
     return count;
 }
 
-// Numbers are given from 1 up; that of the last record is the highest that is taken.
+// Adds a record under the next number.
 inline void appendRecord(Model &model, const RecordTable &table, std::string_view record) {
     model.tables.setRow(table, nextNumber(model.tables.rows(table)), std::string(record));
 }
 
-// How many rows there is room for.
+// Returns the number of rows that can be added.
 template <typename Key, typename Value>
 size_t roomIn(const Model &model, const Table<Key, Value> &table) {
     return table.room() - model.tables.rows(table).size();
 }
 
-// The rows of any table that the condition finds by key and value go, as one change.
+// Removes the rows that satisfy the condition, in one transaction.
 template <typename Key, typename Value, typename Condition>
 void removeRows(Model &model, const Table<Key, Value> &table, const Condition &condition) {
     std::vector<Key> gone;
@@ -58,7 +58,7 @@ void clearTable(Model &model, const Table<Key, Value> &table) {
     removeRows(model, table, [](const auto &, const auto &) { return true; });
 }
 
-// Records whose port is gone make room.
+// Removes the records whose port no longer exists.
 inline void dropDeadRecords(Model &model, const RecordTable &table) {
     removeRows(model, table, [&](uint32_t, std::string_view record) { return !isAlive(model, record); });
 }

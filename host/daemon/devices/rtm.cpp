@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// The route-table module: operations are checked for their length and kept, newest last, for the host's
-// status.
-//
-// Input of an operation on routes: u32 count, count * 136 bytes and 5 more; of a modification: u32 count,
-// count * 5 bytes and 128 more. Their commands are the caller's, and the length alone tells the two apart. An
-// operation on a port has a command of its own: u32, u32, u8 flag.
+// The route-table module. It checks the length of operations and keeps them for the status of the host.
+// The input of an operation on routes is a u32 count, count * 136 bytes and 5 more bytes. The input of a
+// modification is a u32 count, count * 5 bytes and 128 more bytes. The caller chooses their command numbers,
+// so only the length distinguishes them. An operation on a port has its own command: u32, u32, u8 flag.
 #include <cerrno>
 
-#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "daemon/devices/device.h"
@@ -21,7 +18,7 @@ constexpr uint32_t kPortCommand = 10;
 constexpr uint32_t kPortSize = 9;
 constexpr uint32_t kShortest = 9;
 constexpr uint32_t kMostEntries = 1024;
-// So many of the newest are kept.
+// The number of operations that are kept.
 constexpr size_t kKept = 64;
 
 // The length of a block of count entries is count * entry + fixed.
@@ -40,7 +37,7 @@ const Form *formOf(std::string_view block) {
     return nullptr;
 }
 
-// An operation is kept under a running number, as u32 command and the input.
+// A stored operation has a running number: u32 command and the input.
 constexpr size_t kInputAt = sizeof(uint32_t);
 
 bool isOperation(std::string_view kept) {
@@ -49,7 +46,7 @@ bool isOperation(std::string_view kept) {
     return u32At(kept, 0) == kPortCommand ? input.size() == kPortSize : formOf(input) != nullptr;
 }
 
-// One more than is kept: the newest comes before the oldest goes.
+// There is room for one more, because the newest operation is added before the oldest is removed.
 constexpr Table<uint64_t, std::string> kOperations("rtm", kNumber<uint64_t, 10, 20>, kBytes<isOperation>,
                                                    kKept + 1);
 constexpr const AnyTable *kTables[] = {&kOperations};
@@ -86,7 +83,7 @@ nlohmann::json describeOperation(uint32_t command, std::string_view input) {
         operation["kind"] = "port";
         operation["first"] = u32At(input, 0);
         operation["second"] = u32At(input, 4);
-        operation["flag"] = static_cast<uint8_t>(input[8]);
+        operation["flag"] = u8At(input, 8);
         return operation;
     }
     operation["kind"] = formOf(input)->kind;

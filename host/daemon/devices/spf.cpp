@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// /crate/devices/char/hypdriver/tarn-spf: the ports that are plumbed into the SPF data path.
-//
-// Requests about a switch or port carry a switch name at 0 (128 bytes: portset name or switch identifier), a
-// port identifier at 128 (48 bytes) and a MAC address as text at 176 (18 bytes); requests for the statistics
-// of one port carry its number alone.
+// /crate/devices/char/hypdriver/tarn-spf: plumbs ports into the SPF data path.
+// A request about a switch or a port contains a switch name at 0 (128 bytes: portset name or switch
+// identifier), a port identifier at 128 (48 bytes) and the text of a MAC address at 176 (18 bytes). A request
+// for the statistics of one port is its number.
 //
 // Records in layouts/emulated.json: those that begin with spf-.
 #include <cerrno>
 #include <set>
 #include <utility>
-
-#include <fmt/format.h>
 
 #include "daemon/devices/device_request.h"
 #include "daemon/devices/record_table.h"
@@ -36,13 +33,12 @@ constexpr size_t kMacSize = 6;
 constexpr char kMember[] = "spfPorts";
 
 bool isStation(std::string_view mac) {
-    return mac.size() == kMacSize && (static_cast<uint8_t>(mac[0]) & 1) == 0 &&
-           mac != std::string(kMacSize, '\0');
+    return mac.size() == kMacSize && (u8At(mac, 0) & 1) == 0 && mac != std::string(kMacSize, '\0');
 }
 
-// A row for each plumbed port: its number, and its address.
+// One row for each plumbed port: its number and its address.
 constexpr Table<uint32_t, std::string> kPlumbed("tarn-spf ports", kPortKey, kBytes<isStation>);
-// How often each kind of change was refused, as answered.
+// The record of refused changes.
 constexpr Setting<std::string> kCounts("tarn-spf", "failures", kBytes<hasSize<kFailures>>);
 constexpr const AnyTable *kTables[] = {&kPlumbed, &kCounts};
 
@@ -52,7 +48,7 @@ const std::string *plumbedMac(const Model &model, const Port &port) {
     return row == rows.end() ? nullptr : &row->second;
 }
 
-// The plumbed ports that there still are; nobody unplumbs a port before it is removed.
+// Returns the plumbed ports of a switch. Removed ports can still be in the table.
 std::vector<const Port *> plumbedPorts(const Model &model, const Switch *sw) {
     std::vector<const Port *> ports;
     for (const auto &[number, mac] : model.tables.rows(kPlumbed)) {
@@ -62,7 +58,7 @@ std::vector<const Port *> plumbedPorts(const Model &model, const Switch *sw) {
     return ports;
 }
 
-// Both kinds of names are taken: a portset name need not fit the field of all requests.
+// Accepts both kinds of names, because a portset name can be too long for the field of a request.
 const Switch *requestedSwitch(const Call &call) {
     const std::string_view name = textAt(call.input, 0, kPortsetField);
     const Portset *portset = call.model.inventory.findPortset(name);
@@ -85,24 +81,23 @@ Result getPortsList(const Call &call, const Portset &portset) {
     });
 }
 
-// A guest's port is any that is neither an uplink nor plumbed.
+// Returns the statistics of a port: its number and flags, followed by fields of the kind and counters.
+Result portStats(const Call &call, const Port &port, const char *kind, Record stats, size_t countersAt) {
+    const CounterRow counters = call.model.counters.read(kind + kPortKey.write(port.number));
+    return {0, stats.put(0, port.number).put(4, port.flags()).counters(countersAt, counters).take()};
+}
+
+// A guest port is a port that is neither an uplink nor plumbed.
 Result getGuestPortStats(const Call &call, const Port &port) {
     if (port.owner->uplinkSet.contains(port.id) || plumbedMac(call.model, port) != nullptr)
         return failure(ENOENT);
-    Record stats(kGuestStats);
-    stats.put(0, port.number).put(4, port.flags());
-    return {
-        0,
-        stats.counters(8, call.model.counters.read("spf guest port " + kPortKey.write(port.number))).take()};
+    return portStats(call, port, "spf guest port ", Record(kGuestStats), 8);
 }
 
 Result getServicePortStats(const Call &call, const Port &port) {
     const std::string *mac = plumbedMac(call.model, port);
     if (mac == nullptr) return failure(ENOENT);
-    Record stats(kServiceStats);
-    stats.put(0, port.number).put(4, port.flags()).bytes(8, *mac);
-    return {0, stats.counters(16, call.model.counters.read("spf service port " + kPortKey.write(port.number)))
-                   .take()};
+    return portStats(call, port, "spf service port ", Record(kServiceStats).bytes(8, *mac), 16);
 }
 
 Result getSwitchStats(const Call &call, const Portset &portset) {
@@ -123,19 +118,19 @@ Result getConfigFailureStats(const Call &call) {
 
 // --- changing ---
 
-// Empty for what is not the address of a station.
+// Returns the bytes of an address, or nothing if it is not a unicast address.
 std::string stationOf(std::string_view text) {
     const std::string mac = parseMac(text).value_or("");
     return isStation(mac) ? mac : "";
 }
 
-// Rows of ports that are gone are in nobody's way but would heap up.
+// Removes the rows of removed ports, because they would accumulate.
 void forgetRemovedPorts(Model &model) {
     removeRows(model, kPlumbed,
                [&](uint32_t number, const auto &) { return model.inventory.findPort(number) == nullptr; });
 }
 
-// The addresses of all plumbed ports; an address is taken within its switch.
+// The addresses of all plumbed ports. An address is unique within its switch.
 using Addresses = std::set<std::pair<const Switch *, std::string>>;
 
 Addresses takenAddresses(const Model &model) {
@@ -146,7 +141,7 @@ Addresses takenAddresses(const Model &model) {
     return taken;
 }
 
-// Refuses a change, and counts that in the word at `offset`.
+// Refuses a change and counts it in the word at `offset`.
 Result refuse(const Call &call, size_t offset, int error) {
     const std::string before = failures(call.model);
     Record record(kFailures);
@@ -184,11 +179,11 @@ constexpr Command kCommands[] = {
     {8195, 0, "GetConfigFailureStats", getConfigFailureStats},
 };
 
-// A port that is plumbed already gets the lab's address.
+// Plumbs a port, or changes the address of a plumbed port.
 void applyPort(Members &members, Model &model, Addresses *taken) {
     const Port &port = portOf(members, model);
     const std::string mac = stationOf(members.text("mac"));
-    if (mac.empty()) members.fail("mac", "is not the address of a station");
+    if (mac.empty()) members.fail("mac", "is not a unicast address");
     if (const std::string *before = plumbedMac(model, port)) taken->erase({port.owner, *before});
     if (!taken->emplace(port.owner, mac).second) members.fail("mac", "is the address of another port");
     model.tables.setRow(kPlumbed, port.number, mac);

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// /dev/traceflow: trace requests, which are kept until they are cleared, telemetry, and statistics of ports.
-//
-// A trace request carries the switch identifier at 0 (64 bytes), the port identifier at 64 (48), source and
-// destination address at 112 and 118, and five values of the caller's: u32 at 124 and 128, u16 at 132, u64 at
-// 134 and 142. Clearing names the switch at 0.
+// /dev/traceflow: trace requests, which are kept until they are cleared, telemetry and statistics of ports.
+// A trace request contains the switch identifier at 0 (64 bytes), the port identifier at 64 (48 bytes),
+// source and destination address at 112 and 118, and five values: u32 at 124 and 128, u16 at 132, u64 at 134
+// and 142. A request that clears contains the switch identifier at 0.
 //
 // Records in layouts/emulated.json: trace-stats, telemetry.
 #include <cerrno>
@@ -25,7 +24,7 @@ constexpr size_t kStats = 64;
 constexpr uint32_t kTelemetrySize = 6;
 constexpr size_t kRoom = 1024;
 
-// A request as it is kept: u32 port number and what came.
+// A stored request: u32 port number and the input.
 constexpr size_t kKeptAt = 4;
 
 bool isRequest(std::string_view kept) {

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// /dev/vswitch: inventory and links of the host's switches.
-//
-// Requests carry one record: switch name at 0 (128 bytes), port at 128, uplink name at 176 (32 bytes), the
-// wanted link state at 208.
+// /dev/vswitch: switches, ports and links.
+// A request contains the switch name at 0 (128 bytes), the port at 128, the uplink name at 176 (32 bytes) and
+// the link state to set at 208.
 //
 // Records in layouts/emulated.json: those from uplink to switch-alias.
 #include <cerrno>
@@ -28,7 +27,7 @@ Result word(uint32_t value) {
     return {0, Record(sizeof value).put(0, value).take()};
 }
 
-// An uplink of a switch: by the name of its NIC or of its port. Null for what is neither.
+// Returns the uplink of a switch that has a NIC or a port of this name, or null.
 const Port *findUplink(const Model &model, const Switch &sw, std::string_view name) {
     if (const Port *served = model.inventory.findServedBy(sw, name)) return served;
     const Port *port = sw.port(name);
@@ -53,7 +52,7 @@ Result getUplinkLinkState(const Call &, const Port &uplink) {
     return word(uplink.linkUp());
 }
 
-// No uplink is a member of a LAG, so none has a link in that sense.
+// No uplink is a member of a LAG, so the state is always down.
 Result getUplinkLacpLinkState(const Call &, const Port &) {
     return word(0);
 }
@@ -76,7 +75,7 @@ Result getSwitchInfo(const Call &call, const Portset &portset) {
     return {0, info.take()};
 }
 
-// The VLAN of an access port; a trunk has none of its own.
+// Returns the VLAN of an access port, or 0 for a trunk port.
 uint16_t vlanOf(const Port &port) {
     constexpr uint16_t kTrunk = 1;
     const Property *vlan = port.properties.find(kPortVlanKey);
@@ -85,7 +84,8 @@ uint16_t vlanOf(const Port &port) {
     return (flagsAndId & kTrunk) != 0 ? uint16_t{0} : static_cast<uint16_t>(flagsAndId >> 16);
 }
 
-// A bound uplink has its NIC's address, a client's port one made from the port number.
+// Returns the address of the NIC of a bound uplink. The address of a port with a client is derived from its
+// number.
 std::string macOf(const Port &port) {
     if (port.nic != nullptr) return {port.nic->mac.begin(), port.nic->mac.end()};
     if (!port.inUse()) return std::string(6, '\0');
@@ -124,8 +124,8 @@ Result getPortInfo(const Call &call, Port &port) {
     return {0, portInfo(port).take()};
 }
 
-// Ports are spread over the uplinks that have a link, by port number.
-Result getTeamUplinkNicField(const Call &call, Port &port) {
+// The uplinks that have a link are assigned by port number.
+Result getTeamUplinkHint(const Call &call, Port &port) {
     std::vector<const Nic *> nics = call.model.inventory.boundNics(*port.owner);
     std::erase_if(nics, [](const Nic *nic) { return !nic->up(); });
     Record hint(kNicField);
@@ -133,7 +133,7 @@ Result getTeamUplinkNicField(const Call &call, Port &port) {
     return {0, hint.take()};
 }
 
-// The one link request without a switch name: an uplink port's name is looked for on every switch.
+// Searches all switches, because this request contains no switch name.
 Result getUplinkDvPortId(const Call &call) {
     const std::string_view name = textAt(call.input, kUplinkAt, kNicField);
     for (const auto &[row, sw] : call.model.inventory.switches()) {
@@ -152,7 +152,7 @@ Result getSwitches(const Call &call) {
         if (selector == kPortsetNames) {
             names.push_back(portset->name);
         } else if (portset->owner != nullptr) {
-            // A switch that nobody named goes by the name of its portset.
+            // A switch without an alias is listed with the name of its portset.
             const std::string_view alias = portset->owner->alias();
             names.push_back(alias.empty() ? std::string_view(portset->name) : alias);
         }
@@ -191,7 +191,7 @@ constexpr Command kCommands[] = {
     {0x1010, kRequest, "GetSwitchInfo", on<requestedPortset, getSwitchInfo>},
     {0x1013, kRequest, "GetSwitchPortInfo", on<requestedPortset, getSwitchPortInfo>},
     {0x1014, kRequest, "GetPortInfo", on<requestedPortNumber, getPortInfo>},
-    {0x1022, kRequest, "PortGetTeamUplinkNicField", on<requestedPortNumber, getTeamUplinkNicField>},
+    {0x1022, kRequest, "PortGetTeamUplinkHint", on<requestedPortNumber, getTeamUplinkHint>},
     {0x1023, kRequest, "GetUplinkDVPortID", getUplinkDvPortId},
     {0x1026, sizeof(uint32_t), "GetSwitches", getSwitches},
     {0x1027, kRequest, "DVSAliasToSwitchId", on<requestedByAlias, aliasToSwitchId>},

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// /dev/vswitch: how addresses are learnt, and layer-2 security.
-//
-// Requests about a switch carry its portset name, those about a distributed port the identifiers of switch
-// and port; the properties of the host, u64 seconds of ageing and u16 limit, are set from 176.
+// /dev/vswitch: MAC learning and layer-2 security.
+// A request about a switch contains its portset name. A request about a distributed port contains the
+// identifiers of the switch and the port. The request that sets the properties of the host contains the
+// ageing time (u64 seconds) at 176 and the limit (u16) at 184.
 //
 // Records in layouts/emulated.json: port-learning, learning-stats, learning-info,
 // learning-properties, port-security.
 #include <algorithm>
-#include <cerrno>
 
 #include <fmt/format.h>
 
@@ -89,7 +88,7 @@ Result setGlobalMacLearningProps(const Call &call) {
 
 // --- layer-2 security ---
 
-// What each port may not do, as stored; without a record, promiscuous mode.
+// Returns what is denied to each port. Without a stored record, promiscuous mode is denied.
 Result getL2Security(const Call &call, const Portset &portset) {
     constexpr uint32_t kDenyPromiscuous = 1;
     return countedList(call, 0, kSecurity, portsOf(portset), [](const Port *port) {

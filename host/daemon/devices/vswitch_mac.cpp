@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: MAC tables.
-//
-// Requests about a switch carry its portset name, those about a distributed port the identifiers of switch
-// and port; changes have the kernel's number of a port at 264 where they name none. Tables are chosen by a
-// byte at 182; an entry to be set or cleared is at 176.
+// A request about a switch contains its portset name. A request about a distributed port contains the
+// identifiers of the switch and the port. A change without a port identifier contains the port number at 264.
+// A byte at 182 selects the table. The entry to set or clear is at 176.
 //
 // Records in layouts/emulated.json: mac-entry, static-context.
 #include <algorithm>
@@ -22,15 +21,15 @@ constexpr size_t kNumberAt = 264;
 constexpr size_t kMacEntry = 86;
 constexpr size_t kStaticContext = 529;
 
-// Kinds of entries, and with Any the tables that can be asked for.
+// The kinds of entries. Any selects all of them.
 enum class MacKind : uint8_t { Any = 0, Static = 1, Learnt = 2 };
 
 constexpr uint64_t kGroupBit = uint64_t{1} << 40;
 constexpr uint64_t kAllOnes = 0xffffffffffff;
 
-// --- who is asked about ---
+// --- requested ports ---
 
-// The port with an identifier; that its field is empty tells a port by number.
+// Returns the port that a request names by its identifier or, if that is empty, by its number.
 const Port *requestedPort(const Call &call, const Switch &sw) {
     const std::string_view id = textAt(call.input, SwitchRequest::kPortIdAt, kPortIdField);
     if (!id.empty()) return sw.port(id);
@@ -68,7 +67,7 @@ std::vector<const Row *> rowsOf(const MacTable &table, MacKind kind, const Wante
 
 template <typename Wanted>
 Result macTable(const Call &call, const Wanted &wanted) {
-    const auto kind = static_cast<uint8_t>(call.input[kSelectorAt]);
+    const auto kind = u8At(call.input, kSelectorAt);
     if (kind > static_cast<uint8_t>(MacKind::Learnt)) return failure(EINVAL);
     const MacTable table(call.model);
     return countedList(call, 0, kMacEntry, rowsOf(table, MacKind{kind}, wanted), [&](const Row *row) {
@@ -85,7 +84,7 @@ Result getMacTable(const Call &call, const Portset &portset) {
     return macTable(call, [&](const Port &port) { return port.owner == portset.owner; });
 }
 
-// What is reached through the team: behind the uplinks.
+// Returns the addresses behind the uplinks.
 Result getTeamMacTable(const Call &call, const Portset &portset) {
     return macTable(call, [&](const Port &port) {
         return port.owner == portset.owner && port.owner->uplinkSet.contains(port.id);
@@ -105,7 +104,7 @@ Result changeEntry(const Call &call, const Switch *sw, bool set) {
     if (port == nullptr) return failure(ENOENT);
     const std::string_view given = std::string_view(call.input).substr(kEntryAt, kMacEntry);
     const uint64_t address = addressAt(given, 0);
-    const auto kind = static_cast<uint8_t>(given[6]);
+    const auto kind = u8At(given, 6);
     const auto vlan = u16At(given, 8);
     if (!validAddress(address, vlan) || kind > static_cast<uint8_t>(MacKind::Learnt)) return failure(EINVAL);
     MacTable table(call.model);
@@ -114,7 +113,8 @@ Result changeEntry(const Call &call, const Switch *sw, bool set) {
     return failure(table.put(address, vlan, {port, learnt, learningClock(call.model)}) ? 0 : ENOSPC);
 }
 
-// Whoever adds an entry by port number names the portset, by port identifier the switch.
+// A request with a port number contains the portset name. A request with a port identifier contains the
+// switch identifier.
 Result setPortMacTable(const Call &call) {
     if (!textAt(call.input, SwitchRequest::kPortIdAt, kPortIdField).empty())
         return changeEntry(call, requestedSwitchById(call), true);
@@ -122,14 +122,14 @@ Result setPortMacTable(const Call &call) {
     return changeEntry(call, portset == nullptr ? nullptr : portset->owner, true);
 }
 
-// Whoever removes one names the switch in both cases.
+// This request always contains the switch identifier.
 Result clearPortMacTable(const Call &call) {
     return changeEntry(call, requestedSwitchById(call), false);
 }
 
 // --- static contexts ---
 
-// The static addresses behind each port, as many to a record as fit.
+// Returns the static addresses behind each port. A port with many addresses has several records.
 template <typename Wanted>
 Result staticContexts(const Call &call, const Wanted &wanted) {
     constexpr size_t kFirst = 56;
@@ -204,9 +204,9 @@ void applyMacEntry(Members &members, Model &model, MacTable &table) {
     const uint64_t since = now - std::min<uint64_t>(members.maybeNumber("age").value_or(0), now);
     for (uint64_t address = first; address < first + count; ++address) {
         if (address > kAllOnes || !validAddress(address, vlan))
-            members.fail("mac", "leads to an address that no port can have");
+            members.fail("mac", "results in an address that is not unicast");
         if (!table.put(address, vlan, {&port, learnt, since}))
-            members.fail("mac", "is one address more than the port or the switch may have");
+            members.fail("mac", "exceeds the address limit of the port or the switch");
     }
 }
 
@@ -215,7 +215,7 @@ void applyMacEntries(Members &lab, Model &model) {
     lab.each("macEntries", [&](Members &members) { applyMacEntry(members, model, table); });
 }
 
-// In this order: ages are counted from the clock.
+// The clock must be set before the entries, because their ages depend on it.
 constexpr LabMember kLab[] = {
     {"macLearning", applyMacLearning},
     {"macEntries", applyMacEntries},

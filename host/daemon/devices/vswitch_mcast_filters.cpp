@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// /dev/vswitch: the multicast groups that ports have joined, which a lab says.
-//
-// Requests carry the portset name at 0 (128 bytes), the port at 176 (its number; 0: all of the switch), the
-// type at 180 (0 MAC, 2 IPv4, 3 IPv6) and the group at 184. A filter is an address of 6, 4 or 16 bytes.
+// /dev/vswitch: the multicast groups that ports have joined. Labs define them.
+// A request contains the portset name at 0 (128 bytes), the port number at 176 (0: all ports of the switch),
+// the type at 180 (0: MAC, 2: IPv4, 3: IPv6) and the group at 184. A filter is an address of 6, 4 or 16
+// bytes.
 //
 // Records in layouts/emulated.json: mcast-filter, mcast-group-stats.
 #include <algorithm>
@@ -47,7 +47,7 @@ struct Address {
     auto operator<=>(const Address &) const = default;
 };
 
-// Which port has joined which group.
+// A port and a group that it has joined.
 struct Membership {
     uint32_t port = 0;
     Address group;
@@ -74,21 +74,21 @@ std::optional<Membership> readKey(std::string_view text) {
     return Membership{*port, {static_cast<Type>(*type), *group}};
 }
 
-// Sources have the size of their group.
+// The addresses of the sources have the size of the group address.
 bool fitsGroup(const Membership &key, const std::string &sources) {
     return sources.size() % addressSize(key.group.type) == 0;
 }
 
-// The sources' addresses by port and group, of which so many fit.
+// The addresses of the sources, by port and group, and the most rows of this table.
 constexpr size_t kRoom = 65536;
 constexpr Table<Membership, std::string> kJoined("multicast groups", {keyOf, readKey}, kBytes<isAnything>,
                                                  kRoom, fitsGroup);
 constexpr const AnyTable *kTables[] = {&kJoined};
 
-// What ports have joined of one type, over all the ports asked for.
+// A group that some of the requested ports have joined.
 struct Group {
     uint32_t ports = 0;
-    bool everybody = false;  // some port has joined it whoever sends
+    bool everybody = false;  // a port has joined it for all sources
     std::set<std::string> sources;
 };
 using Groups = std::map<std::string, Group>;
@@ -108,7 +108,7 @@ void addGroups(const Model &model, const Port &port, uint32_t type, Groups *grou
     }
 }
 
-// Each port of the switch that has joined anything: there are fewer of them than ports.
+// Adds the groups of all ports of a switch. It visits the rows, because most ports have joined no group.
 void addGroupsOfSwitch(const Model &model, const Switch &sw, uint32_t type, Groups *groups) {
     const Port *last = nullptr;
     for (const auto &[key, sources] : model.tables.rows(kJoined)) {
@@ -120,7 +120,7 @@ void addGroupsOfSwitch(const Model &model, const Switch &sw, uint32_t type, Grou
     }
 }
 
-// What a request asks for. An errno, or 0.
+// Finds the groups that a request selects. Returns an errno, or 0.
 int findGroups(const Call &call, uint32_t number, Groups *groups) {
     const Portset *portset = requestedPortset(call);
     if (portset == nullptr) return ENOENT;
@@ -145,7 +145,7 @@ Result getMcastFilters(const Call &call) {
                        [&](const auto &group) { return Record(size).bytes(0, group.first); });
 }
 
-// The port field is not part of this request.
+// This request ignores the port field.
 Result getSwitchMcastFilters(const Call &call) {
     Groups groups;
     if (const int error = findGroups(call, 0, &groups)) return failure(error);
@@ -200,14 +200,14 @@ Address parseAddress(const Members &members, const char *name, const std::string
 }
 
 bool isMulticast(const Address &address) {
-    const auto first = static_cast<uint8_t>(address.bytes[0]);
+    const auto first = u8At(address.bytes, 0);
     return address.type == Mac ? (first & 1) != 0 : address.type == IPv4 ? first >> 4 == 0xe : first == 0xff;
 }
 
 void applyFilter(Members &members, Model &model) {
     const Port &port = portOf(members, model);
     const Address first = parseAddress(members, "group", members.text("group"));
-    if (!isMulticast(first)) members.fail("group", "is not a group");
+    if (!isMulticast(first)) members.fail("group", "is not a multicast group");
     std::string sources;
     for (const std::string &text : members.texts("sources")) {
         const Address source = parseAddress(members, "sources", text);
@@ -219,13 +219,13 @@ void applyFilter(Members &members, Model &model) {
     const uint32_t count = countOf(members, roomIn(model, kJoined));
     eachAddress(members, count, first.bytes, [&](const std::string &bytes) {
         const Address group{first.type, bytes};
-        if (!isMulticast(group)) members.fail("count", "leads beyond the last group");
+        if (!isMulticast(group)) members.fail("count", "exceeds the last multicast group");
         rows.insert_or_assign(Membership{port.number, group}, sources);
     });
     model.tables.setRows(kJoined, rows);
 }
 
-// A lab that says anything about groups says all of it.
+// Replaces all groups.
 void applyFilters(Members &lab, Model &model) {
     clearTable(model, kJoined);
     lab.each(kMember, [&](Members &members) { applyFilter(members, model); });

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// /dev/vswitch: the mirror sessions that run, and the mirror agent.
-//
-// Requests carry the portset name at 0 (128 bytes), a session's name at 176 (32 bytes). What runs is what the
-// switch has stored.
+// /dev/vswitch: the running mirror sessions and the mirror agent.
+// A request contains the portset name at 0 (128 bytes) and the name of a session at 176 (32 bytes). The
+// running sessions are those that are stored for the switch.
 //
 // Records in layouts/emulated.json: those that begin with mirror-.
-#include <algorithm>
 #include <cerrno>
 #include <set>
 
@@ -21,7 +19,7 @@ constexpr size_t kDestination = 4;
 constexpr size_t kSessionStats = 121;
 constexpr size_t kAgentStats = 76;
 
-// The identifiers of a switch, each once, in the order in which they are stored.
+// Returns the session identifiers of a switch without repetitions, in the stored order.
 std::vector<std::string_view> sessionIds(const Switch &sw) {
     std::vector<std::string_view> ids;
     std::set<std::string_view> seen;
@@ -31,13 +29,13 @@ std::vector<std::string_view> sessionIds(const Switch &sw) {
     return ids;
 }
 
-// A port of the switch by its identifier, or by the NIC that it is bound to.
+// Returns the port that has this identifier or is bound to the NIC of this name.
 const Port *findByName(const Model &model, const Switch &sw, std::string_view name) {
     const Port *served = model.inventory.findServedBy(sw, name);
     return served != nullptr ? served : sw.port(name);
 }
 
-// The ports with a link that enabled sessions mirror to, by number.
+// Returns the numbers of the ports that have a link and are destinations of enabled sessions.
 std::vector<uint32_t> activeDestinations(const Model &model, const Switch &sw) {
     constexpr size_t kNameAt = 4;
     std::set<uint32_t> numbers;
@@ -66,7 +64,7 @@ Result getSessionIds(const Call &call, const Portset &portset) {
                        [](std::string_view id) { return Record(kSessionWidth).bytes(0, id); });
 }
 
-// A session that is disabled wherever it stands does nothing: its counters are zero.
+// The counters of a session are zero if it is disabled in all lists.
 Result getSessionStats(const Call &call, const Portset &portset) {
     constexpr size_t kCountersAt = 32;
     constexpr size_t kActiveAt = 120;
@@ -76,7 +74,7 @@ Result getSessionStats(const Call &call, const Portset &portset) {
     bool found = false;
     bool active = false;
     forEachMirrorSession(*portset.owner, [&](const MirrorSession &session) {
-        // An identifier may fill its field, and no request has room for its last character then.
+        // If an identifier fills its field, a request cannot contain its last character.
         if (session.id.substr(0, kSessionWidth - 1) != name) return;
         if (!found) id = session.id;
         found = true;
@@ -92,7 +90,7 @@ Result getSessionStats(const Call &call, const Portset &portset) {
     return {0, stats.take()};
 }
 
-// The one request that names nothing: there is one agent, for the sessions of all switches.
+// This request has no input, because one agent serves the sessions of all switches.
 Result getAgentStats(const Call &call) {
     constexpr size_t kCountersAt = 4;
     size_t sessions = 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// /dev/vswitch: how a switch filters multicast. The request carries the portset name at 0 (128 bytes).
-#include <cerrno>
+// /dev/vswitch: the multicast filter mode of a switch. The request contains the portset name at 0 (128
+// bytes).
 
 #include "daemon/devices/device_request.h"
 
@@ -10,7 +10,7 @@ namespace {
 
 enum FilterMode : uint32_t { Legacy = 0, Snooping = 1 };
 
-// The stored mode; without one, switches up to this version filter the old way, and newer ones snoop.
+// The last version whose default mode is legacy filtering.
 constexpr uint32_t kLastLegacyVersion = 106;
 
 FilterMode filterModeOf(const Switch &sw) {

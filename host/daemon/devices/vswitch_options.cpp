@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// /dev/vswitch: the switch module's options at run time.
-//
-// A block is a u32, its own length, and behind it for each option: u16 identifier, u16 length of the value,
-// value. A request for options carries their identifiers, u16 each, and none for all of them; the answer is a
-// block of 4096 bytes (runtime-options in layouts/emulated.json), so options that would not fit there are not
-// kept.
+// /dev/vswitch: the runtime options of the switch module.
+// A block is a u32 length, which includes itself, followed by the options: u16 identifier, u16 length of the
+// value, value. A request for options contains their identifiers (u16 each), or nothing for all of them. The
+// answer is a block of 4096 bytes (runtime-options in layouts/emulated.json), so all options together must
+// fit into it.
 #include <cerrno>
 #include <optional>
 
@@ -29,7 +28,8 @@ std::string packed(const Options &options) {
     return bytes;
 }
 
-// Nothing when an option ends beyond the bytes. Of two with one identifier the last one counts.
+// Returns nothing if an option ends beyond the bytes. The last of several options with one identifier is
+// used.
 std::optional<Options> unpacked(std::string_view bytes) {
     Options options;
     while (!bytes.empty()) {
@@ -45,7 +45,7 @@ std::optional<Options> readOptions(std::string_view stored) {
     return kLength + stored.size() <= kBlock ? unpacked(stored) : std::nullopt;
 }
 
-// One row with all options.
+// All options are one value.
 constexpr Setting<Options> kOptions("options", "packed", {packed, readOptions});
 constexpr const AnyTable *kTables[] = {&kOptions};
 
@@ -53,7 +53,8 @@ Options storedOptions(const Model &model) {
     return model.tables.get(kOptions).value_or(Options{});
 }
 
-// An option without a value is one that is no longer there. False when all of them do not fit.
+// Changes options. An option without a value is removed. Returns false if the options do not fit into a
+// block.
 bool changeOptions(Model &model, const Options &changes) {
     Options options = storedOptions(model);
     for (const auto &[id, value] : changes) {

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// /dev/vswitch: what teaming did, and the logical-switch teaming policies that are in force.
-//
-// Requests carry the portset name at 0 (128 bytes) or a port number at 128. The policies are what the switch
-// and its ports have stored.
+// /dev/vswitch: statistics of teaming, and the logical-switch teaming policies.
+// A request contains the portset name at 0 (128 bytes) or a port number at 128. The policies are those that
+// are stored for the switch and its ports.
 //
 // Records in layouts/emulated.json: rarp-stats, teaming-stats.
 #include <algorithm>
-#include <cerrno>
 
 #include "daemon/devices/device_request.h"
 
@@ -27,14 +25,14 @@ Result statistics(const Call &call, const Portset &portset) {
 constexpr char kRarp[] = "rarp ";
 constexpr char kServicePort[] = "service-port teaming ";
 
-// A port that has chosen none has an empty name.
+// The name is empty if the port has no policy.
 Result getPortPolicyName(const Call &, Port &port) {
     const std::string_view name = port.properties.text("com.quillon.vswitch.port.logicalswitch.teaming");
     return {0, Record(kPolicyName).text(0, kPolicyName, name).take()};
 }
 
-// u32 count and the entries. Who has room for the count alone learns how many there are, any other gets as
-// many as fit, and that number.
+// Returns a u32 count and the entries. A client that has room only for the count gets the number of all
+// entries. Other clients get as many entries as fit, and their number.
 Result getPolicyTable(const Call &call, const Portset &portset) {
     constexpr size_t kCount = sizeof(uint32_t);
     const Property *stored = nullptr;
@@ -43,7 +41,7 @@ Result getPolicyTable(const Call &call, const Portset &portset) {
     std::string_view entries;
     if (stored != nullptr && stored->value.size() > kCount) {
         entries = std::string_view(stored->value).substr(kCount);
-        // The stored count is a client's and may promise more than there is.
+        // A client stored the count, which can exceed the number of entries.
         const size_t count = std::min<size_t>(u32At(stored->value, 0), entries.size() / kPolicyEntry);
         entries = entries.substr(0, count * kPolicyEntry);
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reading and writing of messages.
+// Receives and sends messages.
 #include "daemon/front/channel.h"
 
 #include <sys/socket.h>
@@ -22,7 +22,7 @@ namespace {
 constexpr size_t kChunk = 16 << 10;
 
 void giveBack(std::string *buffer) {
-    // Memory beyond this is given back once it is not needed.
+    // A buffer above this size is freed when it is empty.
     constexpr size_t kKept = 1 << 20;
     if (buffer->capacity() > kKept) std::string().swap(*buffer);
 }
@@ -32,7 +32,7 @@ void giveBack(std::string *buffer) {
 Channel::Channel(Socket socket, Server &server)
     : server_(server), socket_(std::move(socket)), chunk_(kChunk) {}
 
-// In the middle of a message, or when the answer was on its way, there is nothing left to say.
+// In the middle of a message or of an answer, no answer is possible.
 void Channel::answer(const std::exception &error) try {
     const bool between = !isSending_ && !isReceiving_;
     if (!answerFailure(error, between)) drop("its request failed");
@@ -77,7 +77,8 @@ void Channel::receiveMore() {
 }
 
 void Channel::end() {
-    if (received_.size() != taken_) spdlog::info("client left in the middle of a message");
+    if (received_.size() != taken_)
+        spdlog::info("the client closed the connection in the middle of a message");
     server_.weigh(shared_from_this(), 0);
     ended();
 }
@@ -86,7 +87,7 @@ void Channel::drop(std::string_view reason) {
     spdlog::info("connection closed: {}", reason);
     received_.clear();
     taken_ = 0;
-    // First of all: nothing that follows is to be taken for an answer.
+    // The socket is closed first, so that nothing else can be taken for an answer.
     asio::error_code ignored;
     socket_.close(ignored);
     end();
@@ -98,7 +99,7 @@ void Channel::send(wire::Writer message, std::function<void()> then) {
 
 void Channel::sendWith(wire::Writer message, Blob tail) {
     std::string start(message.bytes());
-    // The head counts what follows, too.
+    // The length in the head includes the blob.
     const auto length = static_cast<uint32_t>(start.size() - sizeof(wire::Head) + tail.bytes.size());
     std::memcpy(start.data() + offsetof(wire::Head, length), &length, sizeof length);
     sendParts(std::move(start), std::move(tail), {});
@@ -108,7 +109,7 @@ void Channel::sendParts(std::string message, Blob tail, std::function<void()> th
     sending_ = std::move(message);
     sendingTail_ = std::move(tail);
     isSending_ = true;
-    // What the next request needs is there soon enough.
+    // The buffer is allocated again for the next request.
     if (received_.size() == taken_) {
         received_.clear();
         taken_ = 0;

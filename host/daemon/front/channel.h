@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The messages of one client: taken from its socket one after the other, and sent to it.
+// Receives the messages of one client one after the other, and sends messages to it.
 #pragma once
 
 #include <exception>
@@ -13,21 +13,20 @@
 
 #include "daemon/model/snapshot.h"
 #include "wire/message.h"
+#include "wire/noncopyable.h"
 
 namespace qvs::kernel {
 
 class Server;
 
-class Channel : public std::enable_shared_from_this<Channel> {
+class Channel : public std::enable_shared_from_this<Channel>, private wire::Noncopyable {
   public:
     using Socket = asio::local::stream_protocol::socket;
 
-    Channel(const Channel &) = delete;
-    Channel &operator=(const Channel &) = delete;
     virtual ~Channel() = default;
 
     void start();
-    // One log line, and the connection is closed.
+    // Writes the reason to the log and closes the connection.
     void drop(std::string_view reason);
 
   protected:
@@ -35,15 +34,15 @@ class Channel : public std::enable_shared_from_this<Channel> {
 
     Channel(Socket socket, Server &server);
 
-    // A whole message of the client's.
+    // Handles a complete message.
     virtual void handle(Kind kind, std::string payload) = 0;
-    // Serving it failed in a way that nobody thought of. `between` messages there is an answer to be given;
-    // false when there is none.
+    // Answers a request that failed with an unexpected error. `between` is false in the middle of a message,
+    // when no answer is possible. Returns false if it sent no answer.
     virtual bool answerFailure(const std::exception &error, bool between) = 0;
-    // The client is gone, or was dropped.
+    // Called when the connection ends.
     virtual void ended() = 0;
 
-    // What the event loop calls: a failure that nobody thought of becomes the answer of the request.
+    // Runs work for the event loop. An unexpected error becomes the answer to the request.
     template <typename Work>
     void guarded(const Work &work) {
         try {
@@ -52,20 +51,20 @@ class Channel : public std::enable_shared_from_this<Channel> {
             answer(error);
         }
     }
-    // Looks at the client's next message, or waits for it.
+    // Handles the next message, or waits for it.
     void next();
 
-    // Sends a message and goes on with `then`, by default with the client's next message.
+    // Sends a message and then calls `then`, or handles the next message if `then` is empty.
     void send(wire::Writer message, std::function<void()> then = {});
-    // The same for a message whose last field is this blob, without its length.
+    // Sends a message followed by a blob. The message contains the length of the blob.
     void sendWith(wire::Writer message, Blob tail);
-    // Sends a short message, with a file beside it unless that is -1, when there is room for it at once. True
-    // when it was sent.
+    // Sends a short message without waiting, with a descriptor unless `file` is -1. Returns false if it was
+    // not sent.
     bool sendAtOnce(wire::Writer &message, int file = -1);
-    // Sends bytes beside the order of requests.
+    // Sends bytes that are no answer to a request.
     void sendLoose(std::string bytes, std::function<void(bool sent)> then);
 
-    // Tells the server how much memory this client takes up, with so much of the request under way.
+    // Reports to the server how much memory this client uses. `dialogue_` is the part of the current request.
     void weigh();
     size_t dialogue_ = 0;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Serving a client: its requests, and those that are one message and one reply.
+// Serves the requests that consist of one message and one reply.
 #include "daemon/front/connection.h"
 
 #include <csignal>
@@ -47,7 +47,7 @@ bool Connection::answerFailure(const std::exception &error, bool between) {
     } else if (kind == Kind::Shell) {
         reply.u32(1).text("").text(fmt::format("treesh: the host failed: {}\n", error.what()));
     } else if (kind == Kind::Control) {
-        reply.text(R"({"ok":false,"error":"the host could not carry this out; see its log"})");
+        reply.text(R"({"ok":false,"error":"the host could not execute this request; see its log"})");
     } else {
         return false;
     }
@@ -63,11 +63,11 @@ void Connection::handle(Kind kind, std::string payload) {
         const std::string_view data = reader.text();
         const size_t expected = error == 0 ? copiedLength_ : 0;
         if (kind != Kind::Copied || !reader.complete() || data.size() != expected) {
-            return drop("an answer to a copy that makes no sense");
+            return drop("an invalid answer to a copy");
         }
         return std::exchange(copied_, {})(error, data);
     }
-    if (follower_) return drop("a request of a client that follows the trace");
+    if (follower_) return drop("a request on a connection that follows the trace");
     if (isStateRequest(kind)) return serveState(kind, std::move(payload));
     switch (kind) {
         case Kind::DeviceOpen:
@@ -90,11 +90,10 @@ void Connection::handle(Kind kind, std::string payload) {
 }
 
 void Connection::ended() {
-    // It holds the connection.
+    // `copied_` holds a reference to the connection.
     copied_ = {};
     if (device_ != nullptr) {
-        if (kernel().trace.active())
-            kernel().trace.write(fmt::format("device close {}", quote(device_->path)));
+        kernel().trace.write(fmt::format("device close {}", quote(device_->path)));
         device_ = nullptr;
     }
     if (follower_) kernel().trace.unfollow(*std::exchange(follower_, {}));
@@ -129,8 +128,9 @@ void Connection::underFaults(const std::string &line, std::function<void(const E
     });
 }
 
-// Clients give up on a host that hangs, but not on one that was asked to be slow. Who waits for an answer has
-// room for so short a message; who has gone must not keep the request from being carried out.
+// Tells the client to wait longer, because clients give up on a host that does not answer. The message is
+// sent without waiting: a client that waits for an answer has room for it, and one that has gone must not
+// delay the request.
 void Connection::announceDelay(uint32_t milliseconds) {
     wire::Writer message(Kind::Delay);
     message.u32(milliseconds);
@@ -143,20 +143,15 @@ void Connection::begin(const Effect &effect) {
         try {
             applyLab(*lab, kernel().model, kernel().store);
         } catch (const std::exception &error) {
-            spdlog::warn("fault: the lab cannot be applied: {}", error.what());
+            spdlog::warn("fault: cannot apply the lab: {}", error.what());
         }
     }
     kernel().store.dieAtCommit(effect.kill == Effect::Kill::Middle);
 }
 
 void Connection::carriedOut(const Effect &effect) {
-    // A request that had nothing to commit dies here.
-    if (effect.kill == Effect::Kill::Middle) raise(SIGKILL);
-    if (effect.kill == Effect::Kill::After) raise(SIGKILL);
-}
-
-void Connection::record(const std::string &line) {
-    if (kernel().trace.active()) kernel().trace.write(line);
+    // A request for the middle of a change dies here if there was nothing to commit.
+    if (effect.kill == Effect::Kill::Middle || effect.kill == Effect::Kill::After) raise(SIGKILL);
 }
 
 void Connection::serveState(Kind kind, std::string payload) {
@@ -168,7 +163,7 @@ void Connection::serveState(Kind kind, std::string payload) {
         StateAnswer answer = effect.fails() ? failed(*request, effect.statusOr()) : execute(*request, kernel);
         self->carriedOut(effect);
         changeValue(effect, &answer);
-        if (kernel.trace.active()) self->record(line + describe(answer));
+        if (kernel.trace.active()) kernel.trace.write(line + describe(answer));
         self->replyState(answer, request->asFile);
         kernel.snapshot.dropOutdated();
     });
@@ -182,8 +177,7 @@ void Connection::replyState(const StateAnswer &answer, bool asFile) {
         return send(std::move(message));
     }
     message.u32(static_cast<uint32_t>(answer.blob.bytes.size()));
-    // A client that has its answers read has room for so short a message; one that has not gets the long
-    // form.
+    // If the client has no room for the short message, it gets the blob itself.
     if (asFile && answer.blob.file >= 0 && sendAtOnce(message, answer.blob.file)) return next();
     sendWith(std::move(message), answer.blob);
 }
@@ -204,16 +198,17 @@ void Connection::serveShell(const std::string &payload) {
     underFaults(line, [this, self = self(), words, line](const Effect &effect) {
         ShellResult result;
         if (effect.fails()) {
-            result = {effect.exitOr(), {}, "treesh: this failure was asked for\n"};
+            result = {effect.exitOr(), {}, "treesh: a fault made this request fail\n"};
         } else {
             result = runGuarded(words);
         }
         carriedOut(effect);
         effect.change(&result.out, wire::kMaxRequest);
-        record(fmt::format("{} -> exit {}", line, result.exitCode));
-        wire::Writer message(Kind::Reply);
-        message.u32(static_cast<uint32_t>(result.exitCode)).text(result.out).text(result.err);
-        send(std::move(message));
+        kernel().trace.write(fmt::format("{} -> exit {}", line, result.exitCode));
+        send(wire::Writer(Kind::Reply)
+                 .u32(static_cast<uint32_t>(result.exitCode))
+                 .text(result.out)
+                 .text(result.err));
     });
 }
 
@@ -239,10 +234,10 @@ void Connection::serveControl(const std::string &payload) {
 }
 
 void Connection::serveFollow() {
-    // The reply to the end of a lease would stand between its lines.
-    if (leased_) return drop("the trace on the connection of a lease");
+    // The reply that ends a lease would appear between the lines of the trace.
+    if (leased_) return drop("a request for the trace on the connection of a lease");
     send(wire::Writer(Kind::Reply), [self = self()] {
-        // It is taken back when the connection ends.
+        // `ended` removes the follower, so the pointer stays valid.
         self->follower_ = self->kernel().trace.follow([connection = self.get()](std::string_view line) {
             connection->lines_.put(line);
             connection->flushLines();

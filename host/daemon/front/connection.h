@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// One client: its requests in order, each answered before the next is looked at.
+// Serves one client. Each request is answered before the next one is read.
 #pragma once
 
 #include <functional>
@@ -27,7 +27,7 @@ class Connection : public Channel {
     Connection(Socket socket, Server &server);
 
   private:
-    // What the client answers to CopyIn and CopyOut.
+    // Receives the answer of the client to CopyIn or CopyOut.
     using Copied = std::function<void(int error, std::string_view data)>;
     struct Ioctl;
 
@@ -36,13 +36,12 @@ class Connection : public Channel {
     bool answerFailure(const std::exception &error, bool between) override;
     void ended() override;
 
-    // Runs `perform` with what fault injection has in mind for the request that `line` describes.
+    // Runs `perform` with the effect of the faults that match the trace line of the request.
     void underFaults(const std::string &line, std::function<void(const Effect &)> perform);
     void announceDelay(uint32_t milliseconds);
     void begin(const Effect &effect);
-    // To be called when the request was carried out: the moment to die for a fault that says so.
+    // Ends the process if a fault requires it after the request. Call it when the request was executed.
     void carriedOut(const Effect &effect);
-    void record(const std::string &line);
     bool watched() const;
 
     void serveState(Kind kind, std::string payload);
@@ -67,13 +66,13 @@ class Connection : public Channel {
     Kernel &kernel() const { return server_.kernel(); }
 
     asio::steady_timer timer_;
-    Kind request_ = Kind::Reply;  // the one that waits for its reply; Reply for none
+    Kind request_ = Kind::Reply;  // the current request; Reply: none
     const Device *device_ = nullptr;
-    Copied copied_;  // set while an answer of the client is awaited
+    Copied copied_;  // set while the client must answer
     uint32_t copiedLength_ = 0;
     bool leased_ = false;
     std::optional<uint64_t> follower_;
-    LineQueue lines_;  // on their way to a follower
+    LineQueue lines_;  // the lines to be sent to this follower of the trace
     bool flushing_ = false;
 };
 

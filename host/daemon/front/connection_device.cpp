@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Devices: opening one, and the dialogue of an ioctl, which reads and writes the client's memory on its way.
+// Serves devices. An ioctl reads and writes the memory of the client before it is answered.
 #include <cerrno>
 
 #include <fmt/format.h>
@@ -12,7 +12,7 @@ namespace qvs::kernel {
 
 namespace {
 
-// More than any request carries; an input length beyond it is a mistake.
+// No request has an input of this length.
 constexpr uint32_t kMaxInput = 16u << 20;
 constexpr size_t kCopyPiece = 1u << 20;
 
@@ -22,7 +22,7 @@ struct Connection::Ioctl {
     uint32_t number = 0;
     const Command *command = nullptr;
     Frame frame;
-    std::string line;  // of the trace; grows with what is known of the request
+    std::string line;  // of the trace; extended while the request is read
     std::string input;
     std::string output;
 };
@@ -36,11 +36,9 @@ void Connection::serveOpen(const std::string &payload) {
         const Device *device = findDevice(path);
         const int error = effect.fails() ? effect.errorOr() : device == nullptr ? ENOENT : 0;
         carriedOut(effect);
-        record(fmt::format("{} -> {}", line, errnoName(error)));
+        kernel().trace.write(fmt::format("{} -> {}", line, errnoName(error)));
         if (error == 0) device_ = device;
-        wire::Writer message(Kind::Reply);
-        message.u32(static_cast<uint32_t>(error));
-        send(std::move(message));
+        send(wire::Writer(Kind::Reply).u32(static_cast<uint32_t>(error)));
     });
 }
 
@@ -105,7 +103,8 @@ Result Connection::callDevice(const Command &command, const Call &call) try {
     return {error.full() ? ENOSPC : EIO, {}};
 }
 
-// Large answers go in pieces, so that neither side needs to hold them twice and other clients get their turn.
+// Sends a large answer in pieces, so that neither side copies it whole and other clients are served in
+// between.
 void Connection::deliver(const std::shared_ptr<Ioctl> &ioctl, size_t sent) {
     const std::string_view rest = std::string_view(ioctl->output).substr(sent);
     if (rest.empty()) return finishIoctl(*ioctl, 0);
@@ -118,20 +117,16 @@ void Connection::deliver(const std::shared_ptr<Ioctl> &ioctl, size_t sent) {
 }
 
 void Connection::finishIoctl(const Ioctl &ioctl, int error) {
-    record(fmt::format("{} -> {}", ioctl.line, errnoName(error)));
+    kernel().trace.write(fmt::format("{} -> {}", ioctl.line, errnoName(error)));
     dialogue_ = 0;
-    wire::Writer message(Kind::Reply);
-    message.i32(error == 0 ? 0 : -1).u32(static_cast<uint32_t>(error));
-    send(std::move(message));
+    send(wire::Writer(Kind::Reply).i32(error == 0 ? 0 : -1).u32(static_cast<uint32_t>(error)));
 }
 
 void Connection::copyIn(uint64_t address, uint32_t length, Copied then) {
     if (length == 0) return then(0, {});
     copied_ = std::move(then);
     copiedLength_ = length;
-    wire::Writer message(Kind::CopyIn);
-    message.u64(address).u32(length);
-    send(std::move(message));
+    send(wire::Writer(Kind::CopyIn).u64(address).u32(length));
 }
 
 void Connection::copyOut(uint64_t address, std::string_view data, Copied then) {

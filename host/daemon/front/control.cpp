@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Control requests: a table of operations.
+// The table of control operations.
 #include "daemon/front/control.h"
 
 #include <unistd.h>
@@ -97,11 +97,11 @@ json traceFile(Members &members, Server &server) {
     const std::string path = members.text("path");
     members.finish();
     if (const auto problem = server.kernel().trace.openFile(path))
-        throw JsonError(fmt::format("the trace {} cannot be opened: {}", path, *problem));
+        throw JsonError(fmt::format("cannot open the trace {}: {}", path, *problem));
     return json::object();
 }
 
-// The answer is all there is to it; the rest happens once it is sent.
+// Only answers. The caller ends the daemon after the answer is sent.
 json nothing(Members &, Server &) {
     return json::object();
 }
@@ -136,7 +136,7 @@ json perform(const json &request, Server &server, bool *stops) {
     for (const auto &operation : kOperations) {
         if (operation.name != name) continue;
         json reply = operation.run(members, server);
-        // For the operations that look at nothing else.
+        // Checks the operations that have no other members.
         members.finish();
         *stops = name == "stop";
         return reply;
@@ -158,7 +158,7 @@ ControlAnswer runControl(std::string_view request, Server &server) {
     } catch (const std::exception &error) {
         reply = {{"ok", false}, {"error", error.what()}};
     }
-    // Names may hold any bytes; JSON is UTF-8.
+    // Names can contain any bytes, but JSON must be UTF-8.
     answer.json = reply.dump(-1, ' ', false, json::error_handler_t::replace);
     return answer;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The control requests of the launcher and of tests, in JSON.
+// Executes the control requests of the launcher and of tests, which are JSON.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ namespace qvs::kernel {
 
 struct ControlAnswer {
     std::string json;
-    bool stops = false;  // the daemon ends once the answer is sent
+    bool stops = false;  // whether the daemon ends after the answer is sent
 };
 
 ControlAnswer runControl(std::string_view request, Server &server);

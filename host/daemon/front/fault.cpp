@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Rules of fault injection: reading, counting, changing answers.
+// Reads and applies the rules of fault injection.
 #include "daemon/front/fault.h"
 
 #include <algorithm>
@@ -87,7 +87,7 @@ uint64_t Faults::add(Members *request) {
     const Effect &effect = rule.effect;
     if (!effect.fails() && effect.delayMs == 0 && effect.kill == Effect::Kill::No &&
         !effect.changesOutput() && effect.labs.empty()) {
-        members.fail("match", "comes without anything to do");
+        members.fail("match", "comes without an effect, such as \"errno\" or \"delayMs\"");
     }
     rule.given = members.object();
     rule.given.erase("op");
@@ -124,7 +124,7 @@ Effect Faults::match(std::string_view line) {
 }
 
 bool globMatches(std::string_view pattern, std::string_view text) {
-    // On a mismatch the last star takes one character more; earlier stars never need to be tried again.
+    // After a mismatch, the last star matches one more character. Earlier stars need no second attempt.
     size_t p = 0;
     size_t t = 0;
     size_t star = std::string_view::npos;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Fault injection: rules that match the trace line of a request and change what happens to it.
+// Fault injection: rules that match the trace line of a request and change its result.
 #pragma once
 
 #include <cstdint>
@@ -18,8 +18,8 @@
 
 namespace qvs::kernel {
 
-// What is to happen to one request. A failure may be given for each family of requests; the one of a family
-// that was given none is a plain one.
+// The effect of faults on one request. A fault can have a failure for each kind of request. A request of
+// another kind fails with the default error of its kind.
 struct Effect {
     enum class Kill { No, Before, Middle, After };
     struct Patch {
@@ -41,7 +41,7 @@ struct Effect {
     Status statusOr() const { return status.value_or(Status::Failure); }
     int exitOr() const { return exit.value_or(1); }
     bool changesOutput() const { return !patches.empty() || truncate; }
-    // Changes an answer of which the client takes at most `room` bytes.
+    // Changes an answer. The client accepts at most `room` bytes.
     void change(std::string *output, size_t room) const;
     void add(const Effect &other);
 };
@@ -49,14 +49,14 @@ struct Effect {
 class Faults {
   public:
     bool empty() const { return rules_.empty(); }
-    // Adds a rule as the control request "fault.add" gives it; throws JsonError or LabError. Returns its
-    // number.
+    // Adds the rule of a control request "fault.add" and returns its number. Throws JsonError or LabError.
     uint64_t add(Members *request);
     void clear() { rules_.clear(); }
-    // Each rule as it was given, with its number and how often it matched and fired.
+    // Returns each rule as it was added, with its number and the number of matches and of uses.
     nlohmann::json list() const;
 
-    // The sum of all rules that fire for this request.
+    // Counts a match for each rule that matches the line. Returns the combined effect of the rules that are
+    // due.
     Effect match(std::string_view line);
 
   private:
@@ -64,7 +64,7 @@ class Faults {
         uint64_t id = 0;
         std::string pattern;
         uint32_t nth = 1;
-        uint32_t count = 1;  // 0: for ever
+        uint32_t count = 1;  // 0: no limit
         Effect effect;
         nlohmann::json given;
         uint64_t matched = 0;
@@ -75,7 +75,8 @@ class Faults {
     uint64_t nextId_ = 1;
 };
 
-// "*" is any text, "?" any character; all else is literal, so that a trace line can be pasted.
+// Matches a pattern. "*" stands for any text and "?" for any character. Other characters are literal, so that
+// trace lines can be used as patterns.
 bool globMatches(std::string_view pattern, std::string_view text);
 
 }  // namespace qvs::kernel

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Everything the emulated kernel holds, in the order in which it depends on each other.
+// The parts of the emulated kernel. Each part depends only on those above it.
 #pragma once
 
 #include <string>
@@ -23,8 +23,8 @@ struct Kernel {
     Faults faults;
 };
 
-// Puts a change that could not be stored into the log: a full disk under a cap was asked for, all else is
-// trouble.
+// Logs a change that could not be stored. It is a warning unless the user limited the size of the database
+// and the limit was reached.
 void logStoreFailure(const Store &store, const StoreError &error);
 
 }  // namespace qvs::kernel

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Putting a lab onto the host.
+// Applies a lab to the host.
 #include "daemon/front/lab.h"
 
 #include <algorithm>
@@ -17,27 +17,18 @@ constexpr uint32_t kDefaultVersion = 105;
 constexpr uint32_t kPolicy = 8;
 constexpr uint32_t kRuntime = 32;
 
+constexpr std::pair<Status, const char *> kReasons[] = {
+    {Status::NotFound, "not found"},
+    {Status::Busy, "in use"},
+    {Status::Exists, "exists already"},
+    {Status::LimitExceeded, "the switch has no room for it"},
+    {Status::BadParameter, "not a valid name or value"},
+};
+
 [[noreturn]] void fail(const std::string &what, Status status) {
-    const char *reason = "cannot be applied";
-    switch (status) {
-        case Status::NotFound:
-            reason = "not found";
-            break;
-        case Status::Busy:
-            reason = "in use";
-            break;
-        case Status::Exists:
-            reason = "exists already";
-            break;
-        case Status::LimitExceeded:
-            reason = "the switch has no room for it";
-            break;
-        case Status::BadParameter:
-            reason = "not a valid name or value";
-            break;
-        default:
-            break;
-    }
+    const auto known = std::find_if(std::begin(kReasons), std::end(kReasons),
+                                    [&](const auto &reason) { return reason.first == status; });
+    const char *reason = known == std::end(kReasons) ? "cannot be applied" : known->second;
     throw LabError(fmt::format("{}: {}", what, reason));
 }
 
@@ -53,7 +44,7 @@ std::string u32Bytes(uint32_t value) {
     return Record(sizeof value).put(0, value).take();
 }
 
-// The identifier that a management tool derives from an alias: 16 bytes in hexadecimal.
+// Returns the identifier that a management tool derives from an alias: 16 bytes in hexadecimal digits.
 std::string identifierOf(std::string_view alias) {
     std::string id;
     for (size_t i = 0; i < 16; ++i) {
@@ -63,7 +54,7 @@ std::string identifierOf(std::string_view alias) {
     return id;
 }
 
-// u32 count and one zero-padded field a name.
+// Returns a list of names: a u32 count, followed by a field of this width for each name.
 std::string nameList(const std::vector<std::string> &names, size_t width) {
     std::string bytes = u32Bytes(static_cast<uint32_t>(names.size()));
     for (const std::string &name : names) {
@@ -101,7 +92,7 @@ class Laboratory {
         for (const Lab::NicPart &part : parts) {
             Nic *known = fresh ? nullptr : model_.inventory.findNic(part.name);
             if (known == nullptr && !fresh)
-                throw LabError(fmt::format("NIC {}: NICs can be added to an empty host alone", part.name));
+                throw LabError(fmt::format("NIC {}: NICs can be added only to an empty host", part.name));
             Nic nic;
             if (known != nullptr) nic = *known;
             if (known == nullptr) nic.mac = {2, 0, 0, 0, 0, index++};
@@ -151,17 +142,18 @@ class Laboratory {
         return *model_.inventory.findSwitch(id);
     }
 
-    // A lab may be applied again; it does not turn one switch into another.
+    // Checks that an existing switch has the attributes of the lab. A lab can be applied again, but it does
+    // not change the attributes of a switch.
     void compare(const Switch &sw, const Lab::SwitchPart &part) {
         const std::string_view portset = sw.host.text(kPortsetKey);
         const bool same = sw.alias() == part.alias && part.className.value_or(sw.className) == sw.className &&
                           part.version.value_or(sw.version) == sw.version &&
                           part.maxPorts.value_or(sw.maxPorts) == sw.maxPorts &&
                           part.portset.value_or(std::string(portset)) == portset;
-        if (!same) throw LabError(fmt::format("switch {}: exists already and is another one", part.alias));
+        if (!same) throw LabError(fmt::format("switch {}: exists already with other attributes", part.alias));
     }
 
-    // As a management tool makes ports.
+    // Adds a port with the properties that a management tool sets.
     void addPort(Switch &sw, const std::string &name, std::string_view vlan) {
         if (sw.port(name) != nullptr) return;
         const std::string alias = terminated(name);
@@ -219,7 +211,7 @@ void applyLab(const Lab &lab, Model &model, Store &store) {
         model.load();
         throw LabError(error.what());
     } catch (...) {
-        // Memory ran ahead of the transaction that is now rolled back.
+        // Memory contains changes that were rolled back in the store.
         if (entered) model.load();
         throw;
     }

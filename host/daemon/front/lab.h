@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A laboratory: NICs, switches, ports and clients described in JSON (docs/lab.md), checked and applied whole.
+// Labs: NICs, switches, ports and clients that are described in JSON (docs/lab.md).
 #pragma once
 
 #include <array>
@@ -7,7 +7,6 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -17,7 +16,7 @@
 
 namespace qvs::kernel {
 
-// What is wrong, and where.
+// Describes what is wrong with a lab, and where.
 class LabError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -63,10 +62,10 @@ struct Lab {
     nlohmann::json devices = nlohmann::json::object();  // the members that devices read
 };
 
-// Throws LabError.
+// Reads a lab and checks it. Throws LabError.
 Lab parseLab(const nlohmann::json &json);
 
-// All of it or, with an exception (LabError, StoreError), nothing.
+// Applies a lab. After an exception (LabError, StoreError), nothing is changed.
 void applyLab(const Lab &lab, Model &model, Store &store);
 
 }  // namespace qvs::kernel

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reading the lab JSON; every unknown member and every wrong type is named.
+// Reads the JSON of a lab.
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 

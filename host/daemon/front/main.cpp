@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// qvs-hostd: the emulated kernel. Serves one state directory.
+// qvs-hostd: the emulated kernel. It serves one state directory.
 #include <fcntl.h>
 #include <malloc.h>
 #include <sys/file.h>
@@ -14,18 +14,17 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <sstream>
 
 #include <fmt/format.h>
 #include <spdlog/details/null_mutex.h>
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/spdlog.h>
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
 #include "daemon/front/server.h"
 #include "daemon/model/state_directory.h"
 #include "wire/escape.h"
+#include "wire/host_files.h"
 #include "wire/json.h"
 #include "wire/stream.h"
 
@@ -42,7 +41,6 @@ void logStoreFailure(const Store &store, const StoreError &error) {
 namespace {
 
 constexpr int kFailed = 1;
-constexpr int kServedAlready = 3;
 
 struct Options {
     std::string directory;
@@ -54,7 +52,7 @@ struct Options {
     bool isPrivate = false;
 };
 
-// Why the daemon does not start, and the exit code that says so.
+// Reports why the daemon does not start, with its exit code.
 class StartError : public std::runtime_error {
   public:
     explicit StartError(const std::string &message, int exitCode = kFailed)
@@ -69,7 +67,8 @@ std::string reason() {
     return std::strerror(errno);
 }
 
-// The lock that makes this the one daemon of the directory; its pid is inside for whoever comes second.
+// Takes the lock of the directory, so that only one daemon serves it. The lock file contains the process id
+// for the error of a second daemon.
 int takeLock(const std::string &directory) {
     const std::string path = directory + "/lock";
     const int lock = openOwnFile(path, O_RDWR);
@@ -78,7 +77,7 @@ int takeLock(const std::string &directory) {
         std::ifstream(path) >> pid;
         throw StartError(
             fmt::format("{} is served already, by process {}", directory, pid.empty() ? "?" : pid),
-            kServedAlready);
+            wire::kServedAlready);
     }
     const std::string pid = fmt::format("{}\n", getpid());
     if (ftruncate(lock, 0) != 0 || write(lock, pid.data(), pid.size()) != static_cast<ssize_t>(pid.size())) {
@@ -87,15 +86,11 @@ int takeLock(const std::string &directory) {
     return lock;
 }
 
-// A socket file that is there belongs to a daemon that is gone: the lock is ours.
+// Listens on a new socket. An existing socket belongs to a daemon that has ended, because this process holds
+// the lock.
 int listenOn(const std::string &path) {
     sockaddr_un address;
-    if (!wire::socketAddress(path.c_str(), &address)) {
-        throw StartError(
-            fmt::format("{}: the path is longer than the {} bytes a socket may have; use a shorter "
-                        "state directory",
-                        path, sizeof address.sun_path - 1));
-    }
+    if (!wire::socketAddress(path.c_str(), &address)) throw StartError(wire::pathTooLong(path));
     if (unlink(path.c_str()) != 0 && errno != ENOENT)
         throw StartError(fmt::format("cannot replace {}: {}", path, reason()));
     const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -104,19 +99,17 @@ int listenOn(const std::string &path) {
         listener >= 0 && bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
     const std::string problem = reason();
     umask(before);
-    if (!bound) throw StartError(fmt::format("cannot make {}: {}", path, problem));
+    if (!bound) throw StartError(fmt::format("cannot create {}: {}", path, problem));
     if (listen(listener, SOMAXCONN) != 0)
         throw StartError(fmt::format("cannot listen on {}: {}", path, reason()));
     return listener;
 }
 
 void applyLabFile(const std::string &path, Kernel &kernel) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw StartError(fmt::format("cannot read the lab {}: {}", path, reason()));
-    std::stringstream text;
-    text << file.rdbuf();
+    const auto text = wire::readFile(path);
+    if (!text) throw StartError(fmt::format("cannot read the lab {}: {}", path, reason()));
     try {
-        applyLab(parseLab(wire::parseJson(text.str())), kernel.model, kernel.store);
+        applyLab(parseLab(wire::parseJson(*text)), kernel.model, kernel.store);
     } catch (const std::exception &error) {
         throw StartError(fmt::format("the lab {} cannot be used: {}", path, error.what()));
     }
@@ -132,7 +125,7 @@ std::unique_ptr<Kernel> makeKernel(const Options &options) {
     return kernel;
 }
 
-// A line is one line, whatever names are in it.
+// Writes the log. Control characters are escaped, so that each message is one line.
 class LogFile : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
   public:
     explicit LogFile(int file) : file_(file) {}
@@ -150,7 +143,7 @@ class LogFile : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
     int file_;
 };
 
-// The log is also standard output and standard error of a daemon that a launcher has started.
+// Opens the log. It is also the standard output and standard error of a daemon that a launcher started.
 void openLog(const std::string &path, bool isStarted) {
     const int file = openOwnFile(path, O_WRONLY | O_APPEND);
     if (isStarted) {
@@ -162,7 +155,7 @@ void openLog(const std::string &path, bool isStarted) {
     spdlog::set_default_logger(std::move(logger));
 }
 
-// Each client is a descriptor.
+// Raises the limit of descriptors, because each client needs one.
 void raiseDescriptorLimit() {
     rlimit limit{};
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
@@ -170,14 +163,14 @@ void raiseDescriptorLimit() {
     setrlimit(RLIMIT_NOFILE, &limit);
 }
 
-// Each snapshot needs again what the last one gave back; fetching it from the system anew costs more than the
-// rest.
+// Keeps freed memory for the next snapshot. Allocating it from the system again would take most of the time.
 void keepMemory() {
     mallopt(M_MMAP_THRESHOLD, 32 << 20);
     mallopt(M_TRIM_THRESHOLD, 256 << 20);
 }
 
-// Tells the launcher how the start went: one 'R', or the message. False when it is no longer there.
+// Reports the result of the start to the launcher: 'R', or an error message. Returns false if the launcher
+// has ended.
 bool report(int descriptor, std::string_view text) {
     if (descriptor < 0) return true;
     const ssize_t written = write(descriptor, text.data(), text.size());
@@ -185,7 +178,7 @@ bool report(int descriptor, std::string_view text) {
     return written == static_cast<ssize_t>(text.size());
 }
 
-// Why there is no host: to who waits for one, or on standard error.
+// Reports an error to the launcher, or on standard error if there is none.
 void reportFailure(int descriptor, const std::exception &error) {
     if (descriptor >= 0) {
         report(descriptor, error.what());
@@ -194,7 +187,7 @@ void reportFailure(int descriptor, const std::exception &error) {
     std::fputs(("qvs-hostd: " + wire::escaped(error.what()) + '\n').c_str(), stderr);
 }
 
-// What fails beside all requests must not cost anybody the host.
+// Runs the event loop. An error outside of requests must not end the host.
 void serve(asio::io_context &io) {
     for (;;) {
         try {
@@ -209,8 +202,8 @@ void serve(asio::io_context &io) {
 void run(const Options &options) {
     prepareDirectory(options.directory);
     const int lock = takeLock(options.directory);
-    openLog(options.directory + "/log", options.readyDescriptor >= 0);
-    const std::string socketPath = options.directory + "/socket";
+    openLog(wire::logFile(options.directory), options.readyDescriptor >= 0);
+    const std::string socketPath = wire::socketFile(options.directory);
     const int listener = listenOn(socketPath);
     std::unique_ptr<Kernel> whole;
     try {
@@ -256,7 +249,7 @@ int main(int argc, char **argv) {
     CLI11_PARSE(app, argc, argv);
 
     signal(SIGPIPE, SIG_IGN);
-    // What others may read here, they may never write.
+    // Other users must not be able to write the files of the host.
     umask(umask(0) | 022);
     raiseDescriptorLimit();
     keepMemory();

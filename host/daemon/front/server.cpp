@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Accepting clients, leases, stopping.
+// Accepts clients and counts leases.
 #include "daemon/front/server.h"
 
 #include <fcntl.h>
@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
@@ -23,7 +22,7 @@ namespace {
 using namespace std::chrono_literals;
 constexpr auto kFirstLeaseWithin = 30s;
 constexpr auto kAcceptAgainAfter = 100ms;
-// Clients that hold less are not looked at; all others together hold no more than the second.
+// Clients that use at most kLight are not counted. The others can use kMaxHeld together.
 constexpr size_t kLight = 256 << 10;
 constexpr size_t kMaxHeld = 512u << 20;
 
@@ -36,7 +35,7 @@ Server::Server(asio::io_context &io, Kernel &kernel, int listener, Options optio
       acceptor_(io, Protocol(), listener),
       timer_(io) {
     if (options_.whileLeased) {
-        // A launcher that died before it took its lease must not leave the daemon behind.
+        // The daemon must not stay if the launcher ended before it took its lease.
         timer_.expires_after(kFirstLeaseWithin);
         timer_.async_wait([this](const asio::error_code &error) {
             if (!error && leases_ == 0) stop();
@@ -57,20 +56,21 @@ void Server::accept() {
             if (mayConnect(socket)) std::make_shared<Connection>(std::move(socket), *this)->start();
             accept();
         } else if (acceptor_.is_open()) {
-            spdlog::warn("no connection can be accepted: {}", error.message());
+            spdlog::warn("cannot accept a connection: {}", error.message());
             timer_.expires_after(kAcceptAgainAfter);
             timer_.async_wait([this](const asio::error_code &) { accept(); });
         }
     });
 }
 
-// The host is its user's own: others would otherwise write with that user's rights.
+// Accepts only the user of the host and root. Other users would act with the rights of the user of the host.
 bool Server::mayConnect(Protocol::socket &socket) const {
     ucred peer{};
     socklen_t size = sizeof peer;
     const bool known = getsockopt(socket.native_handle(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
     if (known && (peer.uid == 0 || peer.uid == geteuid())) return true;
-    spdlog::info("connection closed: it is of user {}, and the host of user {}", peer.uid, geteuid());
+    spdlog::info("connection closed: the client belongs to user {}, the host to user {}", peer.uid,
+                 geteuid());
     return false;
 }
 
@@ -92,8 +92,8 @@ void Server::weigh(const std::shared_ptr<Channel> &connection, size_t bytes) {
         loads_.erase(stalest);
         asio::post(io_, [dropped] {
             if (const auto live = dropped.connection.lock())
-                live->drop(fmt::format("{} bytes that it did not read, or sent in part, are in the way",
-                                       dropped.bytes));
+                live->drop(
+                    fmt::format("{} bytes of messages are not read or not sent completely", dropped.bytes));
         });
     }
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Accepts clients on the Unix socket, and decides how long the daemon stays.
+// Accepts clients on the Unix socket, and ends the daemon.
 #pragma once
 
 #include <chrono>
@@ -24,11 +24,11 @@ class Server {
   public:
     struct Options {
         std::string directory;
-        // The daemon ends with the last lease, or when none is taken soon after the start.
+        // The daemon ends with the last lease, or if there is no lease soon after the start.
         bool whileLeased = false;
     };
 
-    // `listener` is bound and listening.
+    // Serves clients of a listening socket.
     Server(asio::io_context &io, Kernel &kernel, int listener, Options options);
 
     Kernel &kernel() { return kernel_; }
@@ -39,13 +39,13 @@ class Server {
 
     void stop();
     void leaseOpened();
-    // True when that was the last one and the daemon ends: the connection then stays open until the process
-    // is gone, which is how a launcher knows that it is.
+    // Returns true if the daemon ends because this was the last lease. The connection must then stay open
+    // until the process ends, because the launcher waits for that.
     bool leaseClosed();
-    // How much memory a client takes up with what it has not read, or sent in part. Beyond what there is for
-    // all of them, those that have stood still for the longest time are let go.
+    // Records how much memory a client uses for messages that it has not read or not sent completely. If all
+    // clients together exceed the limit, those without progress for the longest time are disconnected.
     void weigh(const std::shared_ptr<Channel> &connection, size_t bytes);
-    // Calls `then` once the file can be written again.
+    // Calls `then` when the file can be written again.
     void whenWritable(int file, std::function<void()> then);
     void keepUntilExit(std::shared_ptr<Channel> connection) { lasting_.push_back(std::move(connection)); }
 
@@ -55,7 +55,7 @@ class Server {
     struct Load {
         std::weak_ptr<Channel> connection;
         size_t bytes = 0;
-        uint64_t moved = 0;  // when it last changed, in the order of such moments
+        uint64_t moved = 0;  // the order of its last change
     };
 
     void accept();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The node tree: a table of patterns, each with what can be done there.
+// The table of the nodes and their operations.
 #include "daemon/front/shell.h"
 
 #include <algorithm>
@@ -37,7 +37,8 @@ ShellResult answer(Status status) {
     }
 }
 
-// A decimal number; blanks and line ends around it do not matter. 0 when it is not one.
+// Returns a decimal number, without the blanks and line ends around it. Returns 0 if the text is not a
+// number.
 uint32_t parseNumber(std::string_view text) {
     constexpr std::string_view kBlank = " \t\r\n";
     const size_t first = text.find_first_not_of(kBlank);
@@ -110,19 +111,6 @@ ShellResult listNics(Model &model, std::string_view) {
     return result;
 }
 
-ShellResult listRoot(Model &, std::string_view) {
-    return printed("net/\n");
-}
-ShellResult listNet(Model &, std::string_view) {
-    return printed("create\npNics/\nportsets/\n");
-}
-ShellResult listPortset(Model &, std::string_view) {
-    return printed("destroy\nmtu\nuplinks/\n");
-}
-ShellResult listNic(Model &, std::string_view) {
-    return printed("mtu\n");
-}
-
 bool isPortset(const Model &model, std::string_view name) {
     return model.inventory.findPortset(name) != nullptr;
 }
@@ -130,37 +118,32 @@ bool isNic(const Model &model, std::string_view name) {
     return model.inventory.findNic(name) != nullptr;
 }
 
-// "*" stands for the name of an object, of which `exists` knows; the handlers are called for existing ones
-// only.
+// A node, or all nodes of a kind: "*" stands for the name of an object. The handlers are called only if
+// `exists` knows the object.
 struct Node {
-    std::vector<std::string_view> path;
+    std::string_view path;
     bool (*exists)(const Model &, std::string_view name) = nullptr;
     ShellResult (*get)(Model &, std::string_view name) = nullptr;
     ShellResult (*set)(Model &, std::string_view name, Words values) = nullptr;
     ShellResult (*list)(Model &, std::string_view name) = nullptr;
+    const char *children = nullptr;  // a fixed list
 };
 
-const std::vector<Node> &nodes() {
-    static const std::vector<Node> kNodes = {
-        {.path = {}, .list = listRoot},
-        {.path = {"net"}, .list = listNet},
-        {.path = {"net", "create"}, .set = createPortset},
-        {.path = {"net", "portsets"}, .list = listPortsets},
-        {.path = {"net", "portsets", "*"}, .exists = isPortset, .list = listPortset},
-        {.path = {"net", "portsets", "*", "destroy"}, .exists = isPortset, .set = destroyPortset},
-        {.path = {"net", "portsets", "*", "mtu"},
-         .exists = isPortset,
-         .get = getPortsetMtu,
-         .set = setPortsetMtu},
-        {.path = {"net", "portsets", "*", "uplinks"}, .exists = isPortset, .list = listUplinks},
-        {.path = {"net", "pNics"}, .list = listNics},
-        {.path = {"net", "pNics", "*"}, .exists = isNic, .list = listNic},
-        {.path = {"net", "pNics", "*", "mtu"}, .exists = isNic, .get = getNicMtu, .set = setNicMtu},
-    };
-    return kNodes;
-}
+constexpr Node kNodes[] = {
+    {.path = "", .children = "net/\n"},
+    {.path = "net", .children = "create\npNics/\nportsets/\n"},
+    {.path = "net/create", .set = createPortset},
+    {.path = "net/portsets", .list = listPortsets},
+    {.path = "net/portsets/*", .exists = isPortset, .children = "destroy\nmtu\nuplinks/\n"},
+    {.path = "net/portsets/*/destroy", .exists = isPortset, .set = destroyPortset},
+    {.path = "net/portsets/*/mtu", .exists = isPortset, .get = getPortsetMtu, .set = setPortsetMtu},
+    {.path = "net/portsets/*/uplinks", .exists = isPortset, .list = listUplinks},
+    {.path = "net/pNics", .list = listNics},
+    {.path = "net/pNics/*", .exists = isNic, .children = "mtu\n"},
+    {.path = "net/pNics/*/mtu", .exists = isNic, .get = getNicMtu, .set = setNicMtu},
+};
 
-// Empty pieces fall away: doubled slashes are one, and one at the end does not matter.
+// Splits a path into its pieces. Empty pieces are left out, so repeated slashes count as one.
 std::vector<std::string_view> splitPath(std::string_view path) {
     std::vector<std::string_view> pieces;
     while (!path.empty()) {
@@ -173,14 +156,15 @@ std::vector<std::string_view> splitPath(std::string_view path) {
 
 const Node *findNode(const Model &model, const std::vector<std::string_view> &pieces,
                      std::string_view *name) {
-    for (const Node &node : nodes()) {
+    for (const Node &node : kNodes) {
+        const auto path = splitPath(node.path);
         const bool same =
-            std::equal(node.path.begin(), node.path.end(), pieces.begin(), pieces.end(),
+            std::equal(path.begin(), path.end(), pieces.begin(), pieces.end(),
                        [](std::string_view a, std::string_view b) { return a == "*" || a == b; });
         if (!same) continue;
-        const auto star = std::find(node.path.begin(), node.path.end(), "*");
-        if (star == node.path.end()) return &node;
-        *name = pieces[static_cast<size_t>(star - node.path.begin())];
+        const auto star = std::find(path.begin(), path.end(), "*");
+        if (star == path.end()) return &node;
+        *name = pieces[static_cast<size_t>(star - path.begin())];
         return node.exists(model, *name) ? &node : nullptr;
     }
     return nullptr;
@@ -194,6 +178,7 @@ ShellResult perform(Model &model, std::string_view verb, std::string_view path, 
         return node->set != nullptr ? node->set(model, name, values) : refused("cannot be set");
     if (!values.empty()) return refused("too many words");
     if (verb == "get") return node->get != nullptr ? node->get(model, name) : refused("cannot be read");
+    if (node->children != nullptr) return printed(node->children);
     return node->list != nullptr ? node->list(model, name) : refused("has no nodes below it");
 }
 

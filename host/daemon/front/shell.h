@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The information shell's node tree, as treesh shows it.
+// The node tree of the information shell, which treesh shows.
 #pragma once
 
 #include <string>
@@ -16,7 +16,7 @@ struct [[nodiscard]] ShellResult {
     std::string err;
 };
 
-// `words` is the command line without the program's name.
+// Executes a command line of treesh. `words` does not contain the name of the program.
 ShellResult runShell(Model &model, const std::vector<std::string_view> &words);
 
 }  // namespace qvs::kernel

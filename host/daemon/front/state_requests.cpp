@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The requests of the state library. A new kind is one row of the table.
+// The table of the requests of the state library.
 #include "daemon/front/state_requests.h"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ namespace {
 
 using wire::Kind;
 
-// A field as it is read, and as the trace shows it.
+// Reads a field and shows it in the trace.
 struct StateField {
     void (*read)(wire::Reader &reader, StateRequest *request) = nullptr;
     void (*show)(const StateRequest &request, const char *label, std::string *line) = nullptr;
@@ -34,7 +34,7 @@ constexpr StateField text(const char *label) {
             label};
 }
 
-// A text of which the trace shows the length alone.
+// A text whose length is shown in the trace.
 template <auto member>
 constexpr StateField bytes(const char *label) {
     StateField field = text<member>(label);
@@ -55,7 +55,7 @@ constexpr StateField number(const char *label) {
 
 constexpr StateField kSwitch = text<&StateRequest::switchId>("switch");
 constexpr StateField kPort = text<&StateRequest::portId>("port");
-// What a property of a switch has in place of its port is empty and not shown.
+// The port field of a property of a switch is empty and is not shown.
 constexpr StateField kPropertyPort = {kPort.read,
                                       [](const StateRequest &request, const char *name, std::string *line) {
                                           if (!request.portId.empty() || request.scope == Scope::Port)
@@ -65,7 +65,7 @@ constexpr StateField kPropertyPort = {kPort.read,
 constexpr StateField kKey = text<&StateRequest::key>("key");
 constexpr StateField kValue = bytes<&StateRequest::value>("length");
 constexpr StateField kType = number<&StateRequest::type>("type");
-// The name of a request on a property begins with its scope.
+// The trace shows the scope in the name of the request.
 constexpr StateField kScope = {
     [](wire::Reader &reader, StateRequest *request) { request->scope = static_cast<Scope>(reader.u8()); }};
 constexpr StateField kAsFile = {
@@ -82,7 +82,7 @@ Status getState(const StateRequest &, Kernel &kernel, StateAnswer *answer) {
 Status getProperty(const StateRequest &request, Kernel &kernel, StateAnswer *answer) {
     constexpr size_t kShared = 64 << 10;
     lookAt(kernel.model, request.place(), request.key);
-    // However many clients ask for a large value, and take their time to read it, there is one of it.
+    // All clients share one copy of a large value, even if they read it slowly.
     const PropertyRef stored = kernel.model.properties.stored(request.place(), request.key);
     if (stored == nullptr || stored->value.size() < kShared)
         return kernel.model.properties.get(request.place(), request.key, &answer->value);
@@ -102,7 +102,7 @@ Status addSwitch(const StateRequest &request, Kernel &kernel, StateAnswer *) {
     return kernel.model.dataPaths.addSwitch(request.switchId, request.key, request.type, request.version);
 }
 
-// What needs the name of the switch alone.
+// Executes a change that needs only the identifier of a switch.
 template <Status (DataPaths::*change)(std::string_view id)>
 Status changeSwitch(const StateRequest &request, Kernel &kernel, StateAnswer *) {
     return (kernel.model.dataPaths.*change)(request.switchId);

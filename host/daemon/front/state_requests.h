@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The requests of the state library: a table of kinds, each with its fields, its trace line and its handler.
+// Reads, executes and describes the requests of the state library.
 #pragma once
 
 #include <memory>
@@ -7,18 +7,15 @@
 #include <string_view>
 
 #include "daemon/front/kernel.h"
+#include "wire/noncopyable.h"
 #include "wire/protocol.h"
 
 namespace qvs::kernel {
 
 struct StateRow;
 
-// The fields of all state requests; each kind uses its own. The texts lie within the payload.
-struct StateRequest {
-    StateRequest() = default;
-    StateRequest(const StateRequest &) = delete;
-    StateRequest &operator=(const StateRequest &) = delete;
-
+// The fields of all state requests. Each kind uses some of them. The texts point into the payload.
+struct StateRequest : private wire::Noncopyable {
     const StateRow *row = nullptr;
     std::string payload;
     Scope scope = Scope::Global;
@@ -28,31 +25,31 @@ struct StateRequest {
     std::string_view value;  // or the container of a new port
     uint32_t type = 0;       // or the capacity of a switch
     uint32_t version = 0;
-    bool asFile = false;  // the client takes a large blob as a file
+    bool asFile = false;  // the client accepts a large blob as a file
 
     Place place() const { return {scope, switchId, portId}; }
 };
 
 struct StateAnswer {
     Status status = Status::Ok;
-    bool hasValue = false;  // of the request's kind, whatever the status
+    bool hasValue = false;  // depends only on the kind of the request
     std::string value;
-    Blob blob;  // instead of `value`, for the whole state
+    Blob blob;  // replaces `value` for the whole state and for large values
 };
 
 bool isStateRequest(wire::Kind kind);
-// Null when the payload is malformed.
+// Reads a request. Returns null if the payload is malformed.
 std::shared_ptr<const StateRequest> parseStateRequest(wire::Kind kind, std::string payload);
-// The trace line up to " -> ".
+// Returns the trace line up to " -> ".
 std::string describe(const StateRequest &request);
-// " -> 0x0 length=4"
+// Returns the rest of the trace line, such as " -> 0x0 length=4".
 std::string describe(const StateAnswer &answer);
 
 StateAnswer execute(const StateRequest &request, Kernel &kernel);
-// The answer to a request of this kind that fails.
+// Return the answer to a request that fails.
 StateAnswer failedState(wire::Kind kind, Status status);
 StateAnswer failed(const StateRequest &request, Status status);
-// What faults change of a value; the whole state becomes a plain value by it.
+// Applies the changes of faults to the value of an answer.
 void changeValue(const Effect &effect, StateAnswer *answer);
 
 }  // namespace qvs::kernel

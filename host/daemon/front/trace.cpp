@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writing of trace lines.
+// Writes the trace lines.
 #include "daemon/front/trace.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <iterator>
 #include <utility>
 
 #include <fmt/format.h>
@@ -28,7 +26,7 @@ void LineQueue::put(std::string_view line) {
 }
 
 std::string LineQueue::take() {
-    // After the last line nothing else would say it.
+    // Without this, lines dropped at the end would not be reported.
     if (waiting_.empty()) sayMissing();
     return std::exchange(waiting_, {});
 }
@@ -56,17 +54,16 @@ Trace::~Trace() {
 }
 
 std::optional<std::string> Trace::openFile(const std::string &path) {
-    // Whoever may put a link into the directory would otherwise choose which file is written; and a pipe must
-    // make nobody wait, neither here nor later.
+    // A symbolic link could make the daemon write any file. A pipe must block neither here nor later.
     const int descriptor = ::open(
         path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY, 0666);
     if (descriptor < 0) {
         if (errno == ELOOP) return "it is a symbolic link; name the file itself";
-        if (errno == ENXIO) return "nobody reads from it; start its reader first";
+        if (errno == ENXIO) return "no process reads from it; start the reader first";
         return std::strerror(errno);
     }
     const auto form = [](std::string_view line) { return std::string(line) + '\n'; };
-    // The file of that name may be another one by now.
+    // The name may belong to another file now.
     if (const auto known = files_.find(path); known != files_.end()) {
         close(known->second.descriptor);
         files_.erase(known);
@@ -91,7 +88,8 @@ void Trace::write(const std::string &line) {
         follower(line);
 }
 
-// One write a line: lines of several daemons on one file do not mix, and none is lost with the process.
+// Each line is one write, so that the lines of several daemons do not mix and no line is lost if the process
+// ends.
 void Trace::flush(const std::string &path) {
     const auto found = files_.find(path);
     if (found == files_.end()) return;
@@ -112,7 +110,7 @@ void Trace::flush(const std::string &path) {
             if (!full) continue;
             return waitFor(path, file);
         }
-        if (!file.failing) spdlog::warn("the trace {} takes no lines: {}", path, std::strerror(errno));
+        if (!file.failing) spdlog::warn("cannot write to the trace {}: {}", path, std::strerror(errno));
         file.failing = true;
         return file.queue.drop();
     }

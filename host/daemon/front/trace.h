@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The record of requests: one line each, to a file and to whoever follows.
+// The trace: one line for each request, to files and to followers.
 #pragma once
 
 #include <cstdint>
@@ -11,19 +11,22 @@
 #include <string_view>
 #include <vector>
 
+#include "wire/noncopyable.h"
+
 namespace qvs::kernel {
 
-// Lines on their way to a reader who takes his time. Those that find no room are counted, and a line says how
-// many there were.
+// A queue of lines for a slow reader. Lines beyond its capacity are dropped and counted, and a later line
+// contains the count.
 class LineQueue {
   public:
     using Form = std::string (*)(std::string_view line);
 
-    // How a line goes out, and where those are counted that do not.
+    // `form` converts a line to the bytes to send. `dropped` counts the dropped lines.
     LineQueue(Form form, uint64_t *dropped) : form_(form), dropped_(dropped) {}
 
     void put(std::string_view line);
-    // What is to go out now. Then one of these: it did, this is left of it, or nothing goes out any more.
+    // Returns the bytes to send. Afterwards call `sent`, `putBack` with the bytes that were not sent, or
+    // `drop` if nothing can be sent any more.
     std::string take();
     void sent();
     void putBack(std::string rest) { waiting_ = std::move(rest); }
@@ -38,33 +41,31 @@ class LineQueue {
     Form form_;
     uint64_t *dropped_;
     std::string waiting_;
-    uint64_t lines_ = 0;    // that wait or are on their way
-    uint64_t said_ = 0;     // missing ones that a line on its way tells of
-    uint64_t missing_ = 0;  // of which no line tells yet
+    uint64_t lines_ = 0;    // waiting or being sent
+    uint64_t said_ = 0;     // dropped lines that a line being sent reports
+    uint64_t missing_ = 0;  // dropped lines that no line reports yet
 };
 
-class Trace {
+class Trace : private wire::Noncopyable {
   public:
     using Follower = std::function<void(std::string_view line)>;
     // Calls `then` when the file takes more.
     using WhenWritable = std::function<void(int file, std::function<void()> then)>;
 
-    Trace() = default;
     ~Trace();
-    Trace(const Trace &) = delete;
-    Trace &operator=(const Trace &) = delete;
 
-    // How to wait for files that are not always writable; without it they are tried again with the next line.
+    // Sets the function that waits for files that are not always writable. Without it, writing is tried again
+    // with the next line.
     void waitWith(WhenWritable whenWritable) { whenWritable_ = std::move(whenWritable); }
 
-    // Appends to this file, too, from now on; what is wrong when it cannot be opened.
+    // Starts to append lines to a file. Returns an error message if the file cannot be opened.
     std::optional<std::string> openFile(const std::string &path);
     std::vector<std::string> files() const;
-    // Lines that files and followers did not take.
+    // Returns the number of lines that were not delivered to files and followers.
     uint64_t dropped() const { return *dropped_; }
     uint64_t *droppedCounter() { return dropped_.get(); }
 
-    // Nothing needs to be formatted while this is false.
+    // Returns false if there is neither a file nor a follower.
     bool active() const { return !files_.empty() || !followers_.empty(); }
     void write(const std::string &line);
 
@@ -76,7 +77,7 @@ class Trace {
         int descriptor = -1;
         LineQueue queue;
         bool waiting = false;
-        bool failing = false;  // which the log says once
+        bool failing = false;  // already reported in the log
         bool midLine = false;
     };
 

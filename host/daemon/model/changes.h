@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What has changed since somebody looked: whoever derives something from the model sees what of it is stale.
+// Records what changed, so that data derived from the model can be updated.
 #pragma once
 
 #include <cstdint>
@@ -14,10 +14,11 @@ class Changes {
   public:
     explicit Changes(const Inventory &inventory) : inventory_(inventory) {}
 
-    // Grows with every change: what was derived from the model is stale when this differs.
+    // Returns a number that grows with every change. Data derived from the model is outdated when the number
+    // differs.
     uint64_t generation() const { return generation_; }
 
-    // What was changed since this was last asked for: properties of these alone, or anything.
+    // The changes since the last call of `take`: properties of these objects, or anything.
     struct Touched {
         bool anything = true;
         std::vector<const Switch *> switches;
@@ -27,10 +28,12 @@ class Changes {
         return std::exchange(touched_, Touched{.anything = false, .switches = {}, .ports = {}});
     }
 
+    // Records a change of anything.
     void all() {
         ++generation_;
         touched_ = {};
     }
+    // Record a change of the properties of one object.
     void properties(const Switch &sw) { touch(&touched_.switches, &sw); }
     void properties(const Port &port) { touch(&touched_.ports, &port); }
 
@@ -40,7 +43,7 @@ class Changes {
         constexpr size_t kFew = 16;
         ++generation_;
         if (!touched_.anything) touched->push_back(entity);
-        // To look at so many one by one is no less than to look at everything.
+        // With this many objects, updating everything is as fast as updating each one.
         if (touched_.switches.size() + touched_.ports.size() > kFew + inventory_.portCount() / 4) all();
     }
 

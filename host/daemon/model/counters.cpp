@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// The generator behind the counters.
+// Generates the counters.
 #include "daemon/model/counters.h"
 
 namespace qvs::kernel {
 
 namespace {
 
-// SplitMix64: every bit of the answer depends on every bit of the state.
+// Returns the next number of the SplitMix64 generator.
 uint64_t nextRandom(uint64_t *state) {
     uint64_t z = *state += 0x9e3779b97f4a7c15;
     z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Counters in the answers of devices: they grow from one look to the next, by amounts that a seed decides.
+// Counters in the answers of devices. They grow with every read, by amounts that depend on a seed.
 #pragma once
 
 #include <cstdint>
@@ -10,14 +10,15 @@
 
 namespace qvs::kernel {
 
-// The counters of one object at one look, taken one after the other.
+// The counters of one object at one read.
 class CounterRow {
   public:
     CounterRow(uint64_t seed, uint64_t look) : state_(seed), look_(look) {}
 
-    // Counter n stands at look * step(n) + a remainder below step(n): it never falls, and always grows.
+    // Returns the value of the next counter. It is the number of the read times the step of the counter, plus
+    // a remainder below the step, so it grows with every read.
     uint64_t next();
-    // What counter n grows by from one look to the next.
+    // Returns the step of the next counter: the amount by which it grows with every read.
     uint64_t nextStep();
 
   private:
@@ -25,10 +26,11 @@ class CounterRow {
     uint64_t look_;
 };
 
-// Anew with every start of the host, as on a real one.
+// The counters of all objects. They restart when the host starts.
 class Counters {
   public:
     void seed(uint64_t seed);
+    // Reads the counters of an object, which is identified by a name.
     CounterRow read(std::string_view object);
 
   private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Changes of portsets, switches and ports: validate, store in one transaction, apply.
+// Creates and removes portsets, switches and ports.
 #include "daemon/model/data_paths.h"
 
 #include "daemon/model/stored_properties.h"
@@ -60,7 +60,7 @@ Status DataPaths::addSwitch(std::string_view id, std::string_view className, uin
     return Status::Ok;
 }
 
-// With the portset come and go the NICs.
+// Associates a switch with a portset, or dissociates it. NICs are bound only while a switch has a portset.
 void DataPaths::bind(Switch &sw, Portset &portset, bool associated) {
     const Bindings bindings = uplinks_.plan(sw, associated ? sw.uplinks : std::vector<std::string>{});
     Transaction transaction(store_);
@@ -149,7 +149,7 @@ Status DataPaths::removePort(std::string_view switchId, std::string_view portId)
     if (port->nic != nullptr) bindings = uplinks_.planWith(*port->owner, portId, 0);
     Transaction transaction(store_);
     removeStored(*port);
-    // The highest number may just have gone from the table, and it is not to be given out again.
+    // Numbers are not reused, and the highest number may just have been removed from the table.
     store_.run(kSetNextPort, inventory_.nextPort());
     uplinks_.store(bindings);
     transaction.commit();

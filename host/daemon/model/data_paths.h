@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Making and unmaking portsets, switches and ports. Every change is validated, stored, and only then applied
-// to memory.
+// Creates and removes portsets, switches and ports.
 #pragma once
 
 #include <string_view>
@@ -14,6 +13,7 @@
 
 namespace qvs::kernel {
 
+// Each change is validated first, then stored, and then applied to memory.
 class DataPaths {
   public:
     DataPaths(Store &store, Inventory &inventory, Uplinks &uplinks, Changes &changes)
@@ -31,7 +31,7 @@ class DataPaths {
     Status addPort(std::string_view switchId, std::string_view portId,
                    const std::vector<PropertyView> &properties);
     Status removePort(std::string_view switchId, std::string_view portId);
-    // Someone takes the port, or leaves it (empty name).
+    // Connects a client to a port. An empty name disconnects the client.
     Status setClient(Port &port, std::string_view name, bool link);
 
   private:

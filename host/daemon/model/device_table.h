@@ -15,6 +15,7 @@
 #include <fmt/format.h>
 
 #include "wire/fault.h"
+#include "wire/noncopyable.h"
 
 namespace qvs::kernel {
 
@@ -26,11 +27,8 @@ struct Form {
 };
 
 // The rows of one table, without their type.
-class AnyRows {
+class AnyRows : private wire::Noncopyable {
   public:
-    AnyRows() = default;
-    AnyRows(const AnyRows &) = delete;
-    AnyRows &operator=(const AnyRows &) = delete;
     virtual ~AnyRows() = default;
     // Adds a row from the store. Returns false if the row is invalid for this table.
     virtual bool read(std::string_view key, std::string_view value) = 0;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// What switches and ports know of themselves.
+// Functions of switches and ports.
 #include "daemon/model/entities.h"
 
 #include "daemon/model/bytes.h"
 
 namespace qvs::kernel {
 
-// The count is trusted as far as the value reaches.
+// A count that exceeds the value is ignored.
 std::vector<std::string> parseUplinkPorts(std::string_view value) {
     constexpr size_t kCount = sizeof(uint32_t);
     constexpr size_t kEntry = 48;

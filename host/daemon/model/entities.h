@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the emulated kernel has: switches, their ports, portsets and physical NICs.
+// The objects of the emulated kernel: switches, ports, portsets and physical NICs.
 #pragma once
 
 #include <array>
@@ -72,21 +72,21 @@ struct Portset {
 };
 
 struct Port {
-    // Who answers for the status property: the kernel, until a client sets or clears it, and again from the
-    // next change of the port's state on.
+    // Tells who provides the status property. A client that sets or clears it replaces the kernel until the
+    // state of the port changes.
     enum class StatusFrom { Kernel, Client };
 
     uint32_t number = 0;
     Switch *owner = nullptr;
     std::string id;
-    PropertyList properties;  // changed by set and clear below
-    bool blocked = false;     // as one of them says
+    PropertyList properties;  // changed only by `set` and `clear`
+    bool blocked = false;     // the value of the block property
     std::string client;
     bool clientLink = false;
     StatusFrom statusFrom = StatusFrom::Kernel;
-    bool changed = false;  // has rows of its own among the stored properties
+    bool changed = false;  // whether the port has rows in port_properties
     const Nic *nic = nullptr;
-    mutable uint32_t snapshotIndex = 0;  // where the snapshot has put it
+    mutable uint32_t snapshotIndex = 0;  // its index in the snapshot
 
     void set(PropertyRef property);
     void clear(std::string_view key);
@@ -94,9 +94,10 @@ struct Port {
     bool linkUp() const { return nic != nullptr ? nic->up() : !client.empty() && clientLink; }
     std::string_view clientName() const { return nic != nullptr ? nic->name : client; }
     uint32_t flags() const;
-    // The value of the status property as the kernel has it; it is not among `properties` then.
+    // Returns the value of the status property that the kernel provides. The kernel's value is not in
+    // `properties`.
     std::string statusRecord() const;
-    // From now on the kernel answers for the status property again.
+    // Makes the kernel provide the status property again.
     void returnStatus();
 };
 
@@ -109,10 +110,10 @@ struct Switch {
     PropertyList global;
     PropertyList host;
     Portset *portset = nullptr;                   // while associated
-    std::pmr::unsynchronized_pool_resource pool;  // keeps what a walk over the ports visits together
-    std::pmr::map<uint32_t, std::unique_ptr<Port>> ports{&pool};  // by number: in the order of their creation
+    std::pmr::unsynchronized_pool_resource pool;  // keeps the nodes of `ports` close together in memory
+    std::pmr::map<uint32_t, std::unique_ptr<Port>> ports{&pool};  // by number, which is the order of creation
     std::unordered_map<std::string_view, Port *> portsById;
-    // The entries of the uplink list, in order and for look-up.
+    // The entries of the uplink list, in order and for lookup.
     std::vector<std::string> uplinks;
     std::unordered_set<std::string> uplinkSet;
     mutable uint32_t snapshotIndex = 0;
@@ -124,7 +125,8 @@ struct Switch {
     const PropertyList &properties(Scope scope) const { return scope == Scope::Global ? global : host; }
 };
 
-// What can be the name of something: so long at most, without NUL. Names in the shell's tree have no slash.
+// Tells whether a text is a valid name: not empty, at most this long, without NUL. Names of nodes in the
+// shell contain no slash.
 inline bool isName(std::string_view name, size_t maximum) {
     return !name.empty() && name.size() <= maximum && name.find('\0') == std::string_view::npos;
 }
@@ -135,14 +137,14 @@ inline bool isMtu(uint32_t mtu) {
     return mtu >= kMinMtu && mtu <= kMaxMtu;
 }
 
-// Where a property lives.
+// The place of a property.
 struct Place {
     Scope scope = Scope::Global;
     std::string_view switchId;
     std::string_view portId;
 };
 
-// The names in the host's uplink list: u32 count, then 48-byte names.
+// Returns the names in the uplink list of a host: a u32 count, followed by names of 48 bytes.
 std::vector<std::string> parseUplinkPorts(std::string_view value);
 
 }  // namespace qvs::kernel

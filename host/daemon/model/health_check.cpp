@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The emulated check of VLANs and MTU. What is behind the uplinks carries every VLAN, and frames as long as
-// the NICs do, so all depends on whether an uplink has a link.
+// The emulated check of VLANs and MTU. The network behind the uplinks carries every VLAN and the MTU of the
+// NICs, so the results depend only on the links of the uplinks.
 #include "daemon/model/health_check.h"
 
 #include <algorithm>
@@ -18,7 +18,8 @@ struct Range {
 };
 using Ranges = std::vector<Range>;
 
-// The VLANs that a policy names: u16 flags (1 trunk), u16 id, 2 bytes, u16 number of ranges, the ranges.
+// Returns the VLANs that a policy names. Its layout is: u16 flags (1: trunk), u16 id, 2 bytes, u16 number of
+// ranges, the ranges.
 Ranges vlansOf(std::string_view policy) {
     constexpr size_t kHead = 8;
     constexpr uint16_t kTrunk = 1;
@@ -35,7 +36,7 @@ Ranges vlansOf(std::string_view policy) {
     return ranges;
 }
 
-// u16 number of good ranges, u16 number of bad ones, and the ranges in this order.
+// Builds a result: u16 number of good ranges, u16 number of bad ranges, the good ranges, the bad ranges.
 std::string packResult(const Ranges &good, const Ranges &bad) {
     Record record((1 + good.size() + bad.size()) * sizeof(Range));
     record.put(0, static_cast<uint16_t>(good.size())).put(2, static_cast<uint16_t>(bad.size()));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the check of VLANs and MTU finds on the ports of a switch, while it is deployed.
+// The results of the check of VLANs and MTU on the ports of a switch.
 #pragma once
 
 #include <optional>
@@ -14,12 +14,12 @@ constexpr char kCheckDeployKey[] = "com.quillon.common.vlanmtucheck.deploy";
 constexpr char kVlanResultKey[] = "com.quillon.common.port.volatile.vlanchkresult";
 constexpr char kMtuResultKey[] = "com.quillon.common.port.volatile.mtuchkresult";
 
-// One look at the switch and its uplinks; to be asked about as many ports as wanted, before the next change.
+// Checks the ports of one switch. An object is valid until the next change of the model.
 class HealthCheck {
   public:
     HealthCheck(const Inventory &inventory, const Switch &sw);
 
-    // The results of a port, nothing for a port that has none: its VLAN policy names no VLAN, or the check is
+    // Returns the results of a port. A port has no results if its VLAN policy names no VLAN or the check is
     // not deployed.
     struct Results {
         std::string vlan;
@@ -29,10 +29,10 @@ class HealthCheck {
 
   private:
     bool deployed_ = false;
-    uint32_t mtu_ = 0;  // the smallest of the uplinks with a link; 0 without one
+    uint32_t mtu_ = 0;  // the smallest MTU of the uplinks with a link; 0 if there is none
 };
 
-// The result with this key as the kernel has it; nothing for any other key.
+// Returns the result that has this key. Returns nothing for any other key.
 std::optional<std::string> checkResult(const Inventory &inventory, const Port &port, std::string_view key);
 
 }  // namespace qvs::kernel

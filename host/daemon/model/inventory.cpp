@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Finding, inserting and erasing.
+// Finds, adds and removes objects.
 #include "daemon/model/inventory.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The switches, ports, portsets and NICs in memory, and how each is found. Nothing here is stored.
+// The switches, ports, portsets and NICs in memory. This class does not write to the store.
 #pragma once
 
 #include <cstdint>
@@ -11,39 +11,37 @@
 #include <vector>
 
 #include "daemon/model/entities.h"
+#include "wire/noncopyable.h"
 
 namespace qvs::kernel {
 
-class Inventory {
+class Inventory : private wire::Noncopyable {
   public:
     static constexpr uint32_t kFirstPort = 0x4000001;
 
-    Inventory() = default;
-    Inventory(const Inventory &) = delete;
-    Inventory &operator=(const Inventory &) = delete;
-
-    // True while no portset and no switch was made.
+    // Returns true if there is no portset and no switch.
     bool empty() const { return switches_.empty() && portsets_.empty(); }
-    // Switches in the order of their creation, portsets by number, NICs in order.
+    // Switches are in the order of creation, portsets in the order of their numbers.
     const std::map<int64_t, std::unique_ptr<Switch>> &switches() const { return switches_; }
     const std::map<uint32_t, std::unique_ptr<Portset>> &portsets() const { return portsets_; }
     const std::vector<std::unique_ptr<Nic>> &nics() const { return nics_; }
     size_t portCount() const { return ports_.size(); }
-    // The number of the next port to be made; no number is given out twice.
+    // Returns the number of the next port. Numbers are not reused.
     uint32_t nextPort() const { return nextPort_; }
 
+    // The find functions return null for an unknown object.
     Switch *findSwitch(std::string_view id) const;
-    // The first switch whose alias begins with the same kMaxAlias characters.
+    // Returns the first switch whose alias starts with the same kMaxAlias characters.
     Switch *findAlias(std::string_view alias) const;
-    // By alias, or else by identifier.
+    // Returns the switch with this alias, or else the switch with this identifier.
     Switch *findByName(std::string_view name) const;
     Portset *findPortset(std::string_view name) const;
     Port *findPort(uint32_t number) const;
     Port *findPort(std::string_view switchId, std::string_view portId) const;
     Nic *findNic(std::string_view name) const;
-    // The port of the switch that this NIC serves; null for no such NIC, or one that serves none of them.
+    // Returns the port of the switch that a NIC is bound to, or null.
     Port *findServedBy(const Switch &sw, std::string_view nic) const;
-    // The bound NICs of a switch in the order of its uplink list.
+    // Returns the bound NICs of a switch, in the order of its uplink list.
     std::vector<const Nic *> boundNics(const Switch &sw) const;
 
     void clear();
@@ -55,12 +53,12 @@ class Inventory {
     void erase(Port &port);
     void insert(std::unique_ptr<Nic> nic) { nics_.push_back(std::move(nic)); }
     void clearNics() { nics_.clear(); }
-    // To be called before and after the alias of a switch changes.
+    // Remove and add the alias of a switch. Call them before and after the alias changes.
     void eraseAlias(Switch &sw);
     void insertAlias(Switch &sw);
     void keepFrom(uint32_t nextPort) { nextPort_ = std::max(nextPort_, nextPort); }
 
-    // Whatever has properties takes them from here.
+    // The pool of all properties.
     PropertyPool properties;
 
   private:
@@ -74,7 +72,7 @@ class Inventory {
     uint32_t nextPort_ = kFirstPort;
 };
 
-// The number behind the last one of a list that is sorted by number.
+// Returns the number after the last one of a list that is sorted by number.
 template <typename Number, typename Entity>
 Number numberAfter(const std::map<Number, std::unique_ptr<Entity>> &entities) {
     return entities.empty() ? Number{1} : entities.rbegin()->first + 1;

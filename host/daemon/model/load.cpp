@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The inventory read from the store.
+// Reads the inventory from the store.
 #include <cstring>
 
 #include <fmt/format.h>
@@ -16,7 +16,7 @@ class Loader {
     Loader(Store &store, Inventory &inventory) : store_(store), inventory_(inventory) {}
 
     void load() {
-        // One list after the other: each refers to those before it.
+        // Each list refers only to the lists before it.
         each(kAllPortsets, &Loader::addPortset);
         each(kAllSwitches, &Loader::addSwitch);
         each(kAllSwitchProperties, &Loader::addSwitchProperty);
@@ -36,7 +36,7 @@ class Loader {
         store_.each(sql, [&](const Row &row) { (this->*add)(row); });
     }
 
-    // What a row refers to, which has to be there.
+    // Returns the object that a row refers to. Throws if it does not exist.
     template <typename Entity, typename Id>
     Entity &require(Entity *found, const char *complaint, const Id &id) {
         if (found == nullptr) refuseDamaged(store_, fmt::format(fmt::runtime(complaint), id));
@@ -101,7 +101,7 @@ class Loader {
         if (row.null(2)) {
             port.clear(key);
         } else {
-            // The key is passed on before the value's column is read, and both stay valid for this row.
+            // The views of both columns are valid until the next row.
             port.set(inventory_.properties.intern({key, row.bytes(2), row.u32(3)}));
         }
     }
@@ -115,7 +115,7 @@ class Loader {
         nic->mtu = row.u32(4);
         const std::string_view mac = row.bytes(5);
         if (mac.size() != nic->mac.size())
-            refuseDamaged(store_, fmt::format("the address of NIC {}", nic->name));
+            refuseDamaged(store_, fmt::format("the address of NIC {} is damaged", nic->name));
         std::memcpy(nic->mac.data(), mac.data(), mac.size());
         if (const uint32_t number = row.u32(6); number != 0) {
             nic->port = &require(inventory_.findPort(number), "NIC {} serves no port", nic->name);
@@ -126,7 +126,7 @@ class Loader {
 
     Store &store_;
     Inventory &inventory_;
-    Switch *owner_ = nullptr;  // of the last port
+    Switch *owner_ = nullptr;  // the owner of the last port
 };
 
 }  // namespace

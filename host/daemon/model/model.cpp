@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The model as a whole: read from the store, emptied, seeded.
+// Reads, empties and seeds the model.
 #include "daemon/model/model.h"
 
 #include <fmt/format.h>
@@ -69,8 +69,7 @@ void DeviceTables::load() {
         const std::string key = row.text(1);
         const auto known = rows_.find(table);
         if (known == rows_.end() || !known->second->read(key, row.bytes(2)))
-            refuseDamaged(store_,
-                          fmt::format("row {} of the table {} makes no sense", quote(key), quote(table)));
+            refuseDamaged(store_, fmt::format("row {} of the table {} is invalid", quote(key), quote(table)));
     });
 }
 

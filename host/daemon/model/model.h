@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The emulated kernel's model: the parts that know its switches, ports, portsets, NICs and their properties.
+// The model of the emulated kernel: all its objects, and the parts that change them.
 #pragma once
 
 #include <cstdint>
@@ -13,22 +13,20 @@
 #include "daemon/model/properties.h"
 #include "daemon/model/store.h"
 #include "daemon/model/uplinks.h"
+#include "wire/noncopyable.h"
 
 namespace qvs::kernel {
 
-// Holds the parts together, in the order in which they depend on each other. A change is validated, stored,
-// and only then applied to memory.
-struct Model {
-    // The tables that devices keep are read with everything else.
+// The parts of the model. Each part depends only on those above it.
+struct Model : private wire::Noncopyable {
+    // Reads the model and the tables of the devices from the store.
     Model(Store &store, std::vector<const AnyTable *> deviceTables);
-    Model(const Model &) = delete;
-    Model &operator=(const Model &) = delete;
 
-    // Everything anew from the store, for start-up and after a rollback of more than one change.
+    // Reads everything from the store again. Required after a rollback.
     void load();
-    // An empty host with its default NICs, as new.
+    // Makes the host empty, with the default NICs.
     void reset();
-    // Keeps the seed of the counters, and begins them anew.
+    // Stores the seed of the counters and restarts them.
     void seedCounters(uint32_t seed);
 
     Store &store;
@@ -41,9 +39,9 @@ struct Model {
     Counters counters;
 };
 
-// Reads switches, ports, portsets and NICs into an empty inventory.
+// Reads switches, ports, portsets and NICs from the store into an empty inventory.
 void loadInventory(Store &store, Inventory *inventory);
-// Refuses a database whose rows do not belong together.
+// Throws an error about rows that contradict each other.
 [[noreturn]] void refuseDamaged(const Store &store, const std::string &what);
 
 }  // namespace qvs::kernel

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Properties of switches and ports.
+// Reads, sets and clears properties.
 #include "daemon/model/properties.h"
 
 #include "daemon/model/health_check.h"
@@ -93,7 +93,7 @@ Status Properties::changeOfPort(Port &port, std::string_view key, const Property
     const bool isStatus = key == kPortStatusKey;
     const bool fromKernel = isStatus && port.statusFrom == Port::StatusFrom::Kernel;
     if (property == nullptr && !fromKernel && port.properties.find(key) == nullptr) {
-        // A result of a check that is cleared is found again at once.
+        // The kernel provides the results of a check, so clearing one has no effect.
         return checkResult(inventory_, port, key) ? Status::Ok : Status::NotFound;
     }
 

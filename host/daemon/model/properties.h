@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reading, storing and clearing properties, with those that the kernel itself answers or acts on.
+// Reads, sets and clears properties.
 #pragma once
 
 #include <string>
@@ -13,13 +13,16 @@
 
 namespace qvs::kernel {
 
+// Some properties are provided by the kernel, such as the status of a port. Others change the model when they
+// are set, such as the list of uplinks.
 class Properties {
   public:
     Properties(Store &store, Inventory &inventory, Uplinks &uplinks, Changes &changes)
         : store_(store), inventory_(inventory), uplinks_(uplinks), changes_(changes) {}
 
     Status get(const Place &place, std::string_view key, std::string *value) const;
-    // The stored one as it is, to be shared; null for none, and for what the kernel itself answers.
+    // Returns a stored property without a copy. Returns null if there is none or if the kernel provides the
+    // value.
     PropertyRef stored(const Place &place, std::string_view key) const;
     Status set(const Place &place, const PropertyView &property) {
         return change(place, property.key, &property);
@@ -27,9 +30,9 @@ class Properties {
     Status clear(const Place &place, std::string_view key) { return change(place, key, nullptr); }
 
   private:
-    // The stored properties of a place; null for a place that does not exist.
+    // Returns the stored properties of a place, or null if the place does not exist.
     const PropertyList *listOf(const Place &place) const;
-    // `property` is null when the key is cleared.
+    // Sets a property, or clears the key if `property` is null.
     Status change(const Place &place, std::string_view key, const PropertyView *property);
     Status changeOfSwitch(Switch &sw, Scope scope, std::string_view key, const PropertyView *property);
     Status changeOfPort(Port &port, std::string_view key, const PropertyView *property);

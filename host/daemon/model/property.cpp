@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Sharing of equal properties, and the sorted list of one place.
+// The pool of shared properties, and the sorted list of one place.
 #include "daemon/model/property.h"
 
 #include <algorithm>

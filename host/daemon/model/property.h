@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Properties of switches, hosts and ports. Equal ones are one object, however many ports carry them.
+// Properties of switches, hosts and ports. Equal properties share one object.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,8 @@
 #include <unordered_set>
 #include <utility>
 #include <vector>
+
+#include "wire/noncopyable.h"
 
 namespace qvs::kernel {
 
@@ -30,23 +32,20 @@ struct Property : std::enable_shared_from_this<Property> {
         : key(pooledKey), value(view.value), type(view.type) {}
     PropertyView view() const { return {key, value, type}; }
 
-    const std::string_view key;  // the pool's
+    const std::string_view key;  // owned by the pool
     const std::string value;
     const uint32_t type;
 
-    // Where the snapshot with this mark has put it: finding that out is most of the work of building one.
+    // The number of the property in the snapshot that has this mark. Looking it up would take most of the
+    // time of building a snapshot.
     mutable uint64_t snapshotMark = 0;
     mutable uint32_t snapshotName = 0;
 };
 using PropertyRef = std::shared_ptr<const Property>;
 
-// Hands out the one object of each distinct property; it must outlive them all.
-class PropertyPool {
+// Creates one object for equal properties. The pool must outlive its properties.
+class PropertyPool : private wire::Noncopyable {
   public:
-    PropertyPool() = default;
-    PropertyPool(const PropertyPool &) = delete;
-    PropertyPool &operator=(const PropertyPool &) = delete;
-
     PropertyRef intern(const PropertyView &view);
 
   private:
@@ -62,19 +61,20 @@ class PropertyPool {
         bool operator()(const auto &a, const auto &b) const { return viewOf(a) == viewOf(b); }
     };
 
-    // There are few keys and many properties: looking at one touches no memory of its own for the key.
+    // There are few keys and many properties, so equal keys share their memory.
     std::string_view takeKey(std::string_view key);
     void returnKey(std::string_view key);
 
     std::unordered_set<const Property *, Hash, Equal> known_;
-    std::unordered_map<std::string_view, std::pair<std::unique_ptr<std::string>, size_t>> keys_;  // and uses
+    std::unordered_map<std::string_view, std::pair<std::unique_ptr<std::string>, size_t>>
+        keys_;  // with the number of uses
 };
 
 // The properties of one place, sorted by key.
 class PropertyList {
   public:
     const Property *find(std::string_view key) const;
-    // The value up to its first NUL, or nothing.
+    // Returns a value up to its first NUL, or an empty text if there is no such property.
     std::string_view text(std::string_view key) const;
     void set(PropertyRef property);
     void clear(std::string_view key);
@@ -88,7 +88,7 @@ class PropertyList {
     std::vector<PropertyRef> properties_;
 };
 
-// Bytes up to the first NUL: how the kernel reads the text of records and values.
+// Returns the bytes up to the first NUL.
 std::string_view untilNul(std::string_view bytes);
 
 }  // namespace qvs::kernel

@@ -1,36 +1,37 @@
 // SPDX-License-Identifier: Apache-2.0
-// Builds the state blob from the model.
+// Builds the snapshot from the model.
 #include "daemon/model/snapshot.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <memory>
 #include <utility>
 #include <vector>
 
 #include "daemon/model/health_check.h"
 #include "state_library/snapshot_writer.h"
+#include "wire/noncopyable.h"
+#include "wire/stream.h"
 
 namespace qvs::kernel {
 
 namespace {
 
 constexpr uint32_t kLive = 1;
-// The blob's positions are 31 bits wide in effect.
+// Positions in the blob have 31 bits.
 constexpr uint64_t kMaxBytes = 1'900'000'000;
 
 }  // namespace
 
-// Keeps what went into the blob, so that a change of a few properties is added to it and the rest is left as
-// it is.
+// Builds the blob and keeps its contents, so that a change of a few properties is appended without building
+// everything again.
 class Snapshot::Builder {
   public:
     Builder(const Model &model, uint64_t mark) : model_(model), mark_(mark) {}
 
-    // False when the state does not fit.
+    // Adds all switches. Returns false if the state does not fit.
     bool addAll() {
         for (const auto &[row, sw] : model_.inventory.switches()) {
             add(*sw);
@@ -40,7 +41,8 @@ class Snapshot::Builder {
         return true;
     }
 
-    // False when so much has become useless that everything had better be built anew.
+    // Replaces the properties of these objects. Returns false if so many bytes are unused that everything
+    // must be built again.
     bool replace(const Changes::Touched &touched) {
         for (const Switch *sw : touched.switches) {
             const auto [globals, hosts] = switchLists(*sw);
@@ -86,7 +88,7 @@ class Snapshot::Builder {
         return lists;
     }
 
-    // Stays until the next port's.
+    // Returns the properties of a port. The result is valid until the next call.
     const Names &portList(const Port &port, const HealthCheck &check) {
         portNames_.clear();
         appendNames(port.properties, &portNames_);
@@ -100,8 +102,8 @@ class Snapshot::Builder {
         return portNames_;
     }
 
-    // Ports, their lists and their properties lie far apart, and waiting for them one after the other would
-    // be most of the work on a large host.
+    // Prefetches the next ports, their lists and their properties. They are far apart in memory, and waiting
+    // for each of them would take most of the time on a large host.
     static void fetchAhead(const std::vector<const Port *> &ports, size_t i) {
         constexpr size_t kPort = 12;
         constexpr size_t kList = 8;
@@ -117,12 +119,12 @@ class Snapshot::Builder {
 
     uint32_t name(const PropertyView &view) {
         size_ += view.key.size() + view.value.size() + kPropertySize;
-        return writer_.newProperty(view.key, view.value, view.type);
+        return writer_.property(view.key, view.value, view.type);
     }
 
     void appendNames(const PropertyList &list, Names *result) {
         for (const PropertyRef &property : list) {
-            // Equal properties are one object in the model, so looking at the object is enough.
+            // Equal properties share one object, so comparing objects is sufficient.
             if (property->snapshotMark != mark_) {
                 property->snapshotName = name(property->view());
                 property->snapshotMark = mark_;
@@ -132,7 +134,7 @@ class Snapshot::Builder {
         }
     }
 
-    // A value that a client has stored stands in the kernel's place.
+    // Adds a result of the check, unless a client has stored a value under its key.
     void addResult(const Port &port, std::string_view key, std::string_view value) {
         if (port.properties.find(key) == nullptr) portNames_.push_back(name({key, value, kVolatile}));
     }
@@ -147,36 +149,27 @@ class Snapshot::Builder {
 
 namespace {
 
-// The bytes as a file that nobody can change any more; -1 when there is none to be had.
+// Returns a sealed file in memory with these bytes, or -1 on failure.
 int sealedFile(std::string_view bytes) {
     const int file = memfd_create("qvs-state", MFD_CLOEXEC | MFD_ALLOW_SEALING);
     if (file < 0) return -1;
-    size_t written = 0;
-    while (written < bytes.size()) {
-        const ssize_t step = write(file, bytes.data() + written, bytes.size() - written);
-        if (step < 0 && errno == EINTR) continue;
-        if (step <= 0) break;
-        written += static_cast<size_t>(step);
-    }
     const int seals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE | F_SEAL_SEAL;
-    if (written == bytes.size() && fcntl(file, F_ADD_SEALS, seals) == 0) return file;
+    if (wire::writeAll(file, bytes.data(), bytes.size()) && fcntl(file, F_ADD_SEALS, seals) == 0) return file;
     close(file);
     return -1;
 }
 
-struct Stored {
+struct Stored : private wire::Noncopyable {
     explicit Stored(flatbuffers::DetachedBuffer &&built) : buffer(std::move(built)) {
         if (buffer.size() >= kLeastFile) file = sealedFile(bytes());
     }
-    Stored(const Stored &) = delete;
-    Stored &operator=(const Stored &) = delete;
     ~Stored() {
         if (file >= 0) close(file);
     }
 
     std::string_view bytes() const { return {reinterpret_cast<const char *>(buffer.data()), buffer.size()}; }
 
-    // What a socket's buffer holds at once goes through it faster.
+    // Smaller blobs fit into the buffer of a socket, which is faster than a file.
     static constexpr size_t kLeastFile = 64 << 10;
 
     flatbuffers::DetachedBuffer buffer;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The blob that StateGet answers: built when it is asked for, kept until the next change.
+// The snapshot that StateGet returns. It is built on request and kept until the next change.
 #pragma once
 
 #include <cstdint>
@@ -10,12 +10,12 @@
 
 namespace qvs::kernel {
 
-// Bytes and whoever owns them; they stay while a slow client still receives an older state. Large ones are
-// also a sealed file in memory, which clients read on their own.
+// Bytes with a shared owner, so that they exist as long as a client receives them. A large blob is also a
+// sealed file in memory, which clients can read directly.
 struct Blob {
     std::shared_ptr<const void> owner;
     std::string_view bytes;
-    int file = -1;  // the owner's
+    int file = -1;  // owned by `owner`; -1: none
 };
 
 class Snapshot {
@@ -23,9 +23,10 @@ class Snapshot {
     explicit Snapshot(Model &model);
     ~Snapshot();
 
-    // Without an owner when the state is too large for a blob.
+    // Returns the current snapshot. It has no owner if the state is too large.
     const Blob &get();
-    // To be called when the answer is on its way: giving back a large blob takes as long as making one.
+    // Frees the previous snapshot. Call it after the answer is sent, because it takes as long as building
+    // one.
     void dropOutdated() { outdated_ = {}; }
 
   private:
@@ -34,7 +35,7 @@ class Snapshot {
     bool update();
 
     Model &model_;
-    std::unique_ptr<Builder> builder_;  // knows the last blob; null when there is none
+    std::unique_ptr<Builder> builder_;  // null if there is no blob to update
     Blob blob_;
     Blob outdated_;
     uint64_t generation_ = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Checks of the state directory and what is in it.
+// Checks the state directory and its files.
 #include "daemon/model/state_directory.h"
 
 #include <fcntl.h>
@@ -23,7 +23,7 @@ template <typename... Values>
 }
 
 void requireOwn(const std::string &path, const struct stat &file) {
-    if (!S_ISREG(file.st_mode)) refuse("{} is no plain file; move it away", path);
+    if (!S_ISREG(file.st_mode)) refuse("{} is not a regular file; move it away", path);
     if (file.st_uid != geteuid())
         refuse("{} belongs to user {}, and this is user {}; move it away", path, file.st_uid, geteuid());
 }
@@ -35,20 +35,21 @@ void prepareDirectory(const std::string &directory) {
     std::filesystem::create_directories(directory, failure);
     struct stat found {};
     if (failure || stat(directory.c_str(), &found) != 0) {
-        refuse("cannot make the state directory {}: {}", directory,
+        refuse("cannot create the state directory {}: {}", directory,
                failure ? failure.message() : std::strerror(errno));
     }
     if (found.st_uid != geteuid()) {
         refuse(
             "the state directory {} belongs to user {}, and this is user {}; start the host as that user, or "
-            "give another directory",
+            "use another directory",
             directory, found.st_uid, geteuid());
     }
-    // A group of the user's own is nobody else.
+    // The primary group of the user is accepted.
     const bool shared = (found.st_mode & S_IWGRP) != 0 && found.st_gid != getegid();
     if (shared || (found.st_mode & S_IWOTH) != 0) {
         refuse(
-            "the state directory {0} can be written by other users; \"chmod go-w {0}\", or give another one",
+            "other users can write to the state directory {0}; run \"chmod go-w {0}\" or use another "
+            "directory",
             directory);
     }
 }

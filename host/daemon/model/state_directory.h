@@ -1,19 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
-// Who may have put a state directory and its files there.
+// Checks the owner and the permissions of the state directory and its files.
 #pragma once
 
 #include <string>
 
 namespace qvs::kernel {
 
-// Makes the directory when it is missing. Throws unless it belongs to this user and nobody else can write to
-// it: others could put files there that the daemon then opens.
+// Creates the directory if it does not exist. Throws unless it belongs to this user and no other user can
+// write to it, because others could place files there that the daemon opens.
 void prepareDirectory(const std::string &directory);
 
-// Opens a file in it, or makes it, and throws for what is no plain file of this user, a link above all.
+// Opens or creates a file in the directory. Throws unless it is a regular file of this user. Symbolic links
+// are refused.
 int openOwnFile(const std::string &path, int flags);
 
-// Throws when the path is there and is no such file, for those that others open.
+// Throws if the path exists and is not a regular file of this user. Use it for files that a library opens.
 void requireOwnFile(const std::string &path);
 
 }  // namespace qvs::kernel

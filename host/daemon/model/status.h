@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The statuses with which the kernel answers the state library. None may be ignored.
+// The statuses that the kernel returns to the state library. Ignoring one is a compile error.
 #pragma once
 
 #include <cstdint>

@@ -24,14 +24,15 @@ namespace {
 constexpr uint32_t kApplicationId = 0x71767331;  // "qvs1" in the file's header
 constexpr uint32_t kPagesPerMebibyte = 256;
 
-// Reads the file's header itself: opening a foreign file through SQLite could already change it.
+// Refuses files that are not ours. It reads the header itself, because SQLite could change a file when it
+// opens it.
 void refuseForeign(const std::string &path) {
     char header[100] = {};
     std::ifstream file(path, std::ios::binary);
     file.read(header, sizeof header);
     if (file.gcount() != sizeof header ||
         std::string_view(header, 16) != std::string_view("SQLite format 3\0", 16)) {
-        throw StoreError("not a database, or its beginning is damaged", false);
+        throw StoreError("it is not a database, or its header is damaged", false);
     }
     const auto bigEndian = [&](size_t offset) {
         uint32_t value = 0;
@@ -40,10 +41,10 @@ void refuseForeign(const std::string &path) {
         return value;
     };
     if (bigEndian(68) != kApplicationId) {
-        throw StoreError("a database of another program", false);
+        throw StoreError("it is a database of another program", false);
     }
     if (bigEndian(60) != kSchemaVersion) {
-        throw StoreError("written by another version of this program", false);
+        throw StoreError("it was written by another version of this program", false);
     }
 }
 
@@ -72,7 +73,7 @@ Store::Store(const std::string &path) : path_(path) {
     try {
         refuseForeign(path);
         open(path);
-        // Whatever is found below, closing must not touch a damaged file.
+        // Closing must not write to a damaged file.
         sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
         execute(
             "PRAGMA locking_mode = EXCLUSIVE; PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 4000");
@@ -83,11 +84,12 @@ Store::Store(const std::string &path) : path_(path) {
 }
 
 void Store::refuse(std::string_view reason) const {
-    // The log of one database, found beside another one, would be applied to it.
-    throw StoreError(fmt::format("cannot use {0}: {1}; put back a copy and remove {0}-wal, or move both away "
-                                 "to begin with an empty host",
-                                 path_, reason),
-                     false);
+    // SQLite would apply the log of one database to another one beside it.
+    throw StoreError(
+        fmt::format("cannot use {0}: {1}; restore a copy and remove {0}-wal, or move both files away "
+                    "to start with an empty host",
+                    path_, reason),
+        false);
 }
 
 void Store::Close::operator()(sqlite3 *database) const {
@@ -107,7 +109,8 @@ void Store::open(const std::string &path) {
 }
 
 void Store::create(const std::string &path) try {
-    // Made aside and moved into place, so that a file of this name always has its header.
+    // The file is created under another name and then moved, so that a file of this name always has its
+    // header.
     const std::string fresh = path + ".new";
     std::filesystem::remove(fresh);
     open(fresh);
@@ -118,7 +121,7 @@ void Store::create(const std::string &path) try {
     database_.reset();
     std::filesystem::rename(fresh, path);
 } catch (const std::exception &error) {
-    throw StoreError(fmt::format("cannot make {}: {}", path, error.what()), false);
+    throw StoreError(fmt::format("cannot create {}: {}", path, error.what()), false);
 }
 
 // A statement that cannot be prepared shows that the tables are not ours.
@@ -181,7 +184,7 @@ void Store::Use::bind(int index, int64_t value) const {
 }
 
 void Store::Use::bind(int index, std::string_view value) const {
-    // An empty view may hold a null pointer, which SQLite would read as NULL.
+    // An empty view can contain a null pointer, which SQLite would store as NULL.
     const char *data = value.empty() ? "" : value.data();
     store_.check(sqlite3_bind_blob64(statement_, index, data, value.size(), SQLITE_STATIC));
 }
@@ -203,8 +206,8 @@ Transaction::Transaction(Store &store) : store_(store) {
 
 Transaction::~Transaction() {
     if (!open_) return;
-    // A failed statement may have rolled back already. An inner one that is not committed dooms the outer
-    // one, which reports the failure itself.
+    // A failed statement may have rolled back already. If an inner transaction is not committed, the outer
+    // one fails too and reports the failure.
     if (--store_.depth_ == 0 && sqlite3_get_autocommit(store_.database_.get()) == 0) {
         sqlite3_exec(store_.database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
     }

@@ -10,6 +10,7 @@
 #include <unordered_map>
 
 #include "daemon/model/schema.h"
+#include "wire/noncopyable.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -41,15 +42,13 @@ class Row {
     sqlite3_stmt *statement_;
 };
 
-class Store {
+class Store : private wire::Noncopyable {
   public:
     // Opens the database at `path`, or creates it. Throws for a damaged file or a file of another program and
     // leaves it unchanged.
     explicit Store(const std::string &path);
     // Throws an error that names the file, the reason and the remedy.
     [[noreturn]] void refuse(std::string_view reason) const;
-    Store(const Store &) = delete;
-    Store &operator=(const Store &) = delete;
 
     // Writes everything to the main file and closes it. Without this call, the next start does so.
     void close();
@@ -90,12 +89,10 @@ class Store {
     friend class Transaction;
 
     // One execution of a prepared statement. The destructor resets the statement.
-    class Use {
+    class Use : private wire::Noncopyable {
       public:
         Use(Store &store, const Sql &sql);
         ~Use();
-        Use(const Use &) = delete;
-        Use &operator=(const Use &) = delete;
         void bind(int index, int64_t value) const;
         void bind(int index, uint32_t value) const { bind(index, static_cast<int64_t>(value)); }
         void bind(int index, bool value) const { bind(index, static_cast<int64_t>(value)); }
@@ -130,12 +127,10 @@ class Store {
 };
 
 // A transaction. It is rolled back unless it is committed. A nested transaction is part of the outer one.
-class Transaction {
+class Transaction : private wire::Noncopyable {
   public:
     explicit Transaction(Store &store);
     ~Transaction();
-    Transaction(const Transaction &) = delete;
-    Transaction &operator=(const Transaction &) = delete;
     void commit();
 
   private:

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// How the properties that a port came with stand in the database: u32 type, key and value, one after another.
+// The format in which the database stores the properties that a port is created with: u32 type, key and value
+// of each.
 #pragma once
 
 #include <string>
@@ -27,7 +28,8 @@ inline std::string packStored(const std::vector<PropertyView> &properties) {
     return bytes;
 }
 
-// False when the bytes are damaged. The views passed on lie within them.
+// Calls `visit` for each property. Returns false if the bytes are damaged. The views that are passed on point
+// into `bytes`.
 template <typename Visitor>
 bool unpackStored(std::string_view bytes, const Visitor &visit) {
     wire::Reader reader(bytes);

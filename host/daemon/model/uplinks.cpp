@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Which physical NIC serves which uplink port, and the NICs themselves.
+// Changes physical NICs and binds them to uplink ports.
 #include "daemon/model/uplinks.h"
 
 #include <algorithm>
@@ -25,8 +25,8 @@ Bindings Uplinks::planWith(const Switch &sw, std::string_view portId, uint32_t n
                 [&](std::string_view name) { return name == portId ? number : numberOf(sw, name); });
 }
 
-// Listed ports that exist get free NICs in order. A port that has one keeps it; what is no longer listed
-// gives its NIC back, and such NICs are free again at once.
+// Existing ports of the list get free NICs in order. A port keeps its NIC. A port that is no longer listed
+// releases its NIC, which is then free.
 Bindings Uplinks::plan(const Switch &sw, const std::vector<std::string> &uplinks,
                        const FindNumber &find) const {
     std::vector<uint32_t> waiting;

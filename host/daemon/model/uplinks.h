@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The physical NICs, and which of them serves which uplink port.
+// Changes physical NICs and binds them to uplink ports.
 #pragma once
 
 #include <functional>
@@ -15,7 +15,7 @@
 
 namespace qvs::kernel {
 
-// Which NIC is to serve which port number (0: none), where that changes.
+// The NICs to be bound to other ports, with the numbers of these ports (0: none).
 using Bindings = std::vector<std::pair<Nic *, uint32_t>>;
 
 class Uplinks {
@@ -23,18 +23,18 @@ class Uplinks {
     Uplinks(Store &store, Inventory &inventory, Changes &changes)
         : store_(store), inventory_(inventory), changes_(changes) {}
 
-    // What changes when these are the uplinks of the switch.
+    // Returns the bindings that change if these are the uplinks of the switch.
     Bindings plan(const Switch &sw, const std::vector<std::string> &uplinks) const;
-    // What changes when the port of this name has that number, 0 for a port that goes.
+    // Returns the bindings that change if a port with this identifier is added, or removed (number 0).
     Bindings planWith(const Switch &sw, std::string_view portId, uint32_t number) const;
-    // Within the transaction of the change, and once it is committed.
+    // `store` writes the bindings in the transaction of the change. `apply` changes memory after the commit.
     void store(const Bindings &bindings);
     void apply(const Bindings &bindings);
 
-    // Stores and applies a NIC's new attributes; name and binding stay.
+    // Changes the attributes of a NIC, except its name and its binding.
     Status setNic(Nic &nic, const Nic &to);
     Status addNic(const Nic &nic);
-    // Only on a host without bound uplinks.
+    // Removes all NICs. The host must not have bound uplinks.
     void clearNics();
 
   private:
@@ -48,9 +48,9 @@ class Uplinks {
     Changes &changes_;
 };
 
-// The stored part of Port::returnStatus.
+// Does in the store what Port::returnStatus does in memory.
 void storeStatusReturn(Store &store, const Port &port);
-// The address of a NIC as it is stored.
+// Returns the address of a NIC in its stored form.
 std::string_view bytesOf(const std::array<uint8_t, 6> &mac);
 
 }  // namespace qvs::kernel
