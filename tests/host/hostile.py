@@ -150,7 +150,7 @@ def trace_pipe():
     """A trace that nobody reads, or reads late, makes no one wait, and says what it lacks."""
     os.mkfifo("pipe")
     result = qvs_host("start", "--state", "state", "--trace", "pipe")
-    assert result.returncode == 125 and "nobody reads from it" in result.stderr, result
+    assert result.returncode == 125 and "no process reads from it" in result.stderr, result
     reader = os.open("pipe", os.O_RDONLY | os.O_NONBLOCK)
     with host("--trace", "pipe"):
         client = Client("state")
@@ -173,7 +173,7 @@ def trace_pipe():
             shell(Client("state"), "-e", "ls", "/net")
             assert f"dropped lines {dropped}\n" in qvs_host("status", "--state", "state").stdout
     log = pathlib.Path("state/log").read_text()
-    assert log.count("warning the trace /dev/full takes no lines: No space left on device") == 1, log
+    assert log.count("warning cannot write to the trace /dev/full: No space left on device") == 1, log
     os.symlink("elsewhere", "link")
     result = qvs_host("start", "--state", "state", "--trace", "link")
     assert result.returncode == 125 and "symbolic link" in result.stderr and not os.path.exists("elsewhere"), result
@@ -239,7 +239,7 @@ def unread_answers():
         assert shell(client, "-e", "ls", "/net")[:4] == number(0)
         assert memory(process) < 950, memory(process)
     log = pathlib.Path("state/log").read_text()
-    assert "info connection closed: " in log and "bytes that it did not read" in log, log
+    assert "info connection closed: " in log and "bytes of messages are not read" in log, log
 
 
 def no_memory():
@@ -279,7 +279,7 @@ def who_may():
                     os._exit(0 if client.is_closed() else 1)
                 os._exit(0)
             assert os.waitpid(child, 0)[1] == 0, "another user was served"
-            assert "it is of user 65534" in pathlib.Path("open/log").read_text()
+            assert "the client belongs to user 65534" in pathlib.Path("open/log").read_text()
     os.umask(old)
 
     def refused(message):
