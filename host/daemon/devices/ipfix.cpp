@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // /dev/ipfix: statistics of flow sampling.
-//
-// Requests carry the portset name at 0 (128 bytes), or the switch identifier there and the port's at 128 (48
-// bytes).
+// A request contains the portset name at 0 (128 bytes), or the switch identifier at 0 and the port identifier
+// at 128 (48 bytes).
 //
 // Record in layouts/emulated.json: flow-stats.
 #include <set>

@@ -49,7 +49,7 @@ class LineQueue {
 class Trace : private wire::Noncopyable {
   public:
     using Follower = std::function<void(std::string_view line)>;
-    // Calls `then` when the file takes more.
+    // Calls `then` when the file can be written again.
     using WhenWritable = std::function<void(int file, std::function<void()> then)>;
 
     ~Trace();
