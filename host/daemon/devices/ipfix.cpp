@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // /dev/ipfix: statistics of flow sampling.
+//
 // A request contains the portset name at 0 (128 bytes), or the switch identifier at 0 and the port identifier
 // at 128 (48 bytes).
 //

@@ -3,6 +3,7 @@
 // and the containers.
 //
 // Records in layouts/emulated.json: those that begin with kcp-.
+//
 // A list is a u32 count and its entries. In the list of containers, the word 0 follows the count.
 #include <algorithm>
 #include <array>

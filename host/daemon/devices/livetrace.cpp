@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // /dev/livetrace: sessions, which exist as long as their ports, and their statistics.
+//
 // A request that creates a session contains the switch identifier at 0 (64 bytes), the port identifier at 64
 // (48 bytes) and a definition of any length at 112. A request for action counts contains an action at 8 and a
 // phase at 9 (1: count, 2: fetch).

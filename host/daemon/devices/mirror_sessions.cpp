@@ -2,6 +2,7 @@
 // Reads stored mirror sessions. A list consists of
 //
 //   u32 magic, u32 version, u32 sessions, u32 entities, u32 0; the sessions (232); the entities (52)
+//
 // and a session has these fields:
 //
 //   0 identifier[32], 116 u32 type, 124 u32 flags, 216 u32 destinations, 228 u32 index of the first entity.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The route-table module. It checks the length of operations and keeps them for the status of the host.
+//
 // The input of an operation on routes is a u32 count, count * 136 bytes and 5 more bytes. The input of a
 // modification is a u32 count, count * 5 bytes and 128 more bytes. The caller chooses their command numbers,
 // so only the length distinguishes them. An operation on a port has its own command: u32, u32, u8 flag.

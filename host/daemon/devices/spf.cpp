@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // /crate/devices/char/hypdriver/tarn-spf: plumbs ports into the SPF data path.
+//
 // A request about a switch or a port contains a switch name at 0 (128 bytes: portset name or switch
 // identifier), a port identifier at 128 (48 bytes) and the text of a MAC address at 176 (18 bytes). A request
 // for the statistics of one port is its number.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // /dev/traceflow: trace requests, which are kept until they are cleared, telemetry and statistics of ports.
+//
 // A trace request contains the switch identifier at 0 (64 bytes), the port identifier at 64 (48 bytes),
 // source and destination address at 112 and 118, and five values: u32 at 124 and 128, u16 at 132, u64 at 134
 // and 142. A request that clears contains the switch identifier at 0.

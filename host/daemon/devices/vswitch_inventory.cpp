@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: switches, ports and links.
+//
 // A request contains the switch name at 0 (128 bytes), the port at 128, the uplink name at 176 (32 bytes) and
 // the link state to set at 208.
 //

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: MAC learning and layer-2 security.
+//
 // A request about a switch contains its portset name. A request about a distributed port contains the
 // identifiers of the switch and the port. The request that sets the properties of the host contains the
 // ageing time (u64 seconds) at 176 and the limit (u16) at 184.

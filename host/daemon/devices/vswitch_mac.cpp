@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: MAC tables.
+//
 // A request about a switch contains its portset name. A request about a distributed port contains the
 // identifiers of the switch and the port. A change without a port identifier contains the port number at 264.
 // A byte at 182 selects the table. The entry to set or clear is at 176.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: the multicast groups that ports have joined. Labs define them.
+//
 // A request contains the portset name at 0 (128 bytes), the port number at 176 (0: all ports of the switch),
 // the type at 180 (0: MAC, 2: IPv4, 3: IPv6) and the group at 184. A filter is an address of 6, 4 or 16
 // bytes.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: the running mirror sessions and the mirror agent.
+//
 // A request contains the portset name at 0 (128 bytes) and the name of a session at 176 (32 bytes). The
 // running sessions are those that are stored for the switch.
 //

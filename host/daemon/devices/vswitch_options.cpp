@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: the runtime options of the switch module.
+//
 // A block is a u32 length, which includes itself, followed by the options: u16 identifier, u16 length of the
 // value, value. A request for options contains their identifiers (u16 each), or nothing for all of them. The
 // answer is a block of 4096 bytes (runtime-options in layouts/emulated.json), so all options together must

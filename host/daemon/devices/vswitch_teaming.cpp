@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // /dev/vswitch: statistics of teaming, and the logical-switch teaming policies.
+//
 // A request contains the portset name at 0 (128 bytes) or a port number at 128. The policies are those that
 // are stored for the switch and its ports.
 //
