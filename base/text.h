@@ -47,6 +47,9 @@ using MacAddress = std::array<uint8_t, 6>;
 std::optional<MacAddress> parseMac(std::string_view text);
 std::string macText(Bytes address);
 
+// What a property can hold: the state library takes no more.
+inline constexpr size_t kMostValueBytes = size_t{32} << 20;
+
 // What the record that holds a name has room for.
 struct Limit {
     const char *what;

@@ -16,6 +16,7 @@
 #include "base/text.h"
 #include "config/library/host.h"
 #include "config/library/snapshot.h"
+#include "config/library/uplink_list.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 
@@ -154,18 +155,16 @@ struct StoredList {
     std::vector<std::string> entries;
 };
 
-StoredList readList(const Place &place, std::string_view key, size_t entrySize) {
+template <typename Entry>
+StoredList readList(const Place &place, std::string_view key) {
     StoredList list;
     std::optional<Property> stored = findProperty(place, key);
     if (!stored) return list;
     list.there = true;
-    uint32_t count = 0;
-    if (stored->value.size() >= sizeof count) std::memcpy(&count, stored->value.data(), sizeof count);
-    list.readable = stored->value.size() == sizeof count + uint64_t{count} * entrySize;
-    for (uint32_t i = 0; list.readable && i < count; i++) {
-        const uint8_t *entry = stored->value.data() + sizeof count + i * entrySize;
-        list.entries.emplace_back(boundedText(entry, entrySize));
-    }
+    const UplinkList<Entry> entries(stored->value);
+    list.readable = entries.wellFormed();
+    for (size_t i = 0; list.readable && i < entries.size(); i++)
+        list.entries.emplace_back(entries[i]);
     return list;
 }
 
@@ -302,8 +301,8 @@ std::vector<std::string> missingParts(DVSSwitch *sw, const KernelSwitches &kerne
 
 UplinkState uplinkState(DVSSwitch *sw) {
     UplinkState state;
-    StoredList names = readList({Scope::Global, sw}, QVS_KEY_UPLINK_NAMES, sizeof(VSDVS_UplinkName));
-    StoredList ports = readList({Scope::Host, sw}, QVS_KEY_UPLINK_PORTS, sizeof(VSDVS_UplinkPort));
+    StoredList names = readList<VSDVS_UplinkName>({Scope::Global, sw}, QVS_KEY_UPLINK_NAMES);
+    StoredList ports = readList<VSDVS_UplinkPort>({Scope::Host, sw}, QVS_KEY_UPLINK_PORTS);
     state.readable = names.readable && ports.readable;
     state.listed = names.there || ports.there;
     if (!state.readable) return state;

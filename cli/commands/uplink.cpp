@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstring>
 #include <string>
 #include <thread>
 #include <unordered_set>
@@ -16,6 +15,7 @@
 #include "config/library/host.h"
 #include "config/library/lock.h"
 #include "config/library/snapshot.h"
+#include "config/library/uplink_list.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/values.h"
@@ -61,16 +61,11 @@ std::vector<Uplink> readUplinks(const std::string &alias, std::string *broken) {
     if (!names || !ports) throw libraryFailure(named(alias), HYP_NO_MEMORY);
 
     // The library has checked both lengths against the count.
-    uint32_t count = 0;
-    std::memcpy(&count, names.get(), sizeof count);
-    const char *name = static_cast<const char *>(names.get()) + sizeof count;
-    const char *port = static_cast<const char *>(ports.get()) + sizeof count;
+    const auto nameList = UplinkNames::checked(names.get());
+    const auto portList = UplinkPorts::checked(ports.get());
     std::vector<Uplink> uplinks;
-    for (uint32_t i = 0; i < count; i++) {
-        uplinks.push_back(
-            {std::string(boundedText(name + i * sizeof(VSDVS_UplinkName), sizeof(VSDVS_UplinkName))),
-             std::string(boundedText(port + i * sizeof(VSDVS_UplinkPort), sizeof(VSDVS_UplinkPort)))});
-    }
+    for (size_t i = 0; i < nameList.size(); i++)
+        uplinks.push_back({std::string(nameList[i]), std::string(portList[i])});
     return uplinks;
 }
 

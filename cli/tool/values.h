@@ -34,9 +34,6 @@ std::vector<std::string> splitList(std::string_view text);
 // Which one of these arguments and options is given. None of them, or several, are a usage failure.
 std::string_view oneGiven(const Arguments &arguments, std::initializer_list<const char *> names);
 
-// What a property can hold: the state library takes no more.
-inline constexpr size_t kMostValueBytes = size_t{32} << 20;
-
 // Reads all of a file, or of standard input for "-". More than `most` bytes are a usage failure, and not
 // read.
 // Reading ends early behind a piece that is `enough`.

@@ -2,6 +2,7 @@
 #include "config/library/snapshot.h"
 
 #include <qvs/dvs.h>
+#include <qvs/records.h>
 
 #include <algorithm>
 #include <chrono>
@@ -12,6 +13,7 @@
 #include "base/failure.h"
 #include "config/library/call.h"
 #include "config/library/host.h"
+#include "config/library/uplink_list.h"
 
 namespace qvs {
 
@@ -153,31 +155,24 @@ std::string roomHint(HYP_ReturnStatus status, uint32_t maxPorts) {
 std::vector<std::string_view> uplinkPorts(DVSSwitch *sw) {
     std::vector<std::string_view> ports;
     std::optional<Property> list = findProperty({Scope::Host, sw}, QVS_KEY_UPLINK_PORTS);
-    if (!list || list->value.size() < sizeof(uint32_t)) return ports;
-    uint32_t count = 0;
-    std::memcpy(&count, list->value.data(), sizeof count);
-    Bytes entries = list->value.subspan(sizeof count);
-    size_t there = std::min<size_t>(count, entries.size() / sizeof(VSDVS_UplinkPort));
-    for (size_t i = 0; i < there; i++) {
-        ports.push_back(boundedText(&entries[i * sizeof(VSDVS_UplinkPort)], sizeof(VSDVS_UplinkPort)));
-    }
+    if (!list) return ports;
+    const UplinkPorts entries(list->value);
+    for (size_t i = 0; i < entries.size(); i++)
+        ports.push_back(entries[i]);
     return ports;
 }
 
 PortStatus readStatus(Bytes record) {
-    constexpr size_t kNumberOffset = 16;
-    constexpr size_t kClientOffset = 20;
     PortStatus status;
-    if (record.size() < kClientOffset) return status;
-    uint64_t flags = 0;
-    uint32_t number = 0;
-    std::memcpy(&flags, record.data(), sizeof flags);
-    std::memcpy(&number, &record[kNumberOffset], sizeof number);
-    status.inUse = (flags & 1) != 0;
-    status.linkUp = (flags & 2) != 0;
-    status.blocked = (flags & 4) != 0;
-    status.number = number;
-    std::string_view client = boundedText(record.data() + kClientOffset, record.size() - kClientOffset);
+    QVS_PortStatus fields;
+    if (record.size() < sizeof fields) return status;
+    std::memcpy(&fields, record.data(), sizeof fields);
+    status.inUse = (fields.flags & QVS_PORT_IN_USE) != 0;
+    status.linkUp = (fields.flags & QVS_PORT_LINK_UP) != 0;
+    status.blocked = (fields.flags & QVS_PORT_BLOCKED) != 0;
+    status.number = uint32_t{fields.portNumber};
+    const Bytes name = record.subspan(sizeof fields);
+    const std::string_view client = boundedText(name.data(), name.size());
     if (!client.empty()) status.client = client;
     return status;
 }

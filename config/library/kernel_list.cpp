@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "access/library.h"
+#include "config/library/kernel_list.h"
 
 #include <malloc.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstring>
 
+#include "base/failure.h"
+#include "config/library/call.h"
 #include "config/library/snapshot.h"
-#include "tool/failure.h"
 
-namespace qvs::cli {
+namespace qvs {
+
 Bytes KernelList::entry(uint32_t index) const {
     return {static_cast<const uint8_t *>(buffer.get()) + headerSize + index * entrySize, entrySize};
 }
@@ -62,7 +63,7 @@ KernelList boundedList(const AskList &ask, size_t entrySize, std::string_view wh
     while (doubtful())
         list.count--;
     if (list.count == counted) return list;
-    complain("warning: the kernel counts {} {}, but handed over {}", counted, what, list.count);
+    warn("the kernel counts {} {}, but handed over {}", counted, what, list.count);
     return list;
 }
 
@@ -73,4 +74,4 @@ std::string portsetOf(const std::string &alias) {
     return name.data();
 }
 
-}  // namespace qvs::cli
+}  // namespace qvs

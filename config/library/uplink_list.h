@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+// The two uplink lists as they are stored: a count, and that many texts of one size.
+#pragma once
+
+#include <qvs/vsdvs.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/text.h"
+
+namespace qvs {
+
+// A view of one list. It never leaves its bytes, whatever the list counts.
+template <typename Entry>
+class UplinkList {
+  public:
+    explicit UplinkList(Bytes bytes) : bytes_(bytes) {
+        if (bytes.size() < sizeof head_) return;
+        std::memcpy(&head_, bytes.data(), sizeof head_);
+        bytes_ = bytes.subspan(sizeof head_);
+        hasHead_ = true;
+    }
+    // A list in memory whose count has been checked.
+    static UplinkList checked(const void *list) {
+        QVS_ListHead head;
+        std::memcpy(&head, list, sizeof head);
+        return UplinkList({static_cast<const uint8_t *>(list), sizeof head + head.count * sizeof(Entry)});
+    }
+
+    // Whether there are as many entries as the list counts, and nothing else.
+    bool wellFormed() const { return hasHead_ && bytes_.size() == uint64_t{head_.count} * sizeof(Entry); }
+    // The entries that are counted and there.
+    size_t size() const {
+        return hasHead_ ? std::min<size_t>(head_.count, bytes_.size() / sizeof(Entry)) : 0;
+    }
+    // The text of an entry. One that fills its entry has no NUL.
+    std::string_view operator[](size_t index) const {
+        return boundedText(&bytes_[index * sizeof(Entry)], sizeof(Entry));
+    }
+
+  private:
+    QVS_ListHead head_{};
+    Bytes bytes_;
+    bool hasHead_ = false;
+};
+
+using UplinkNames = UplinkList<VSDVS_UplinkName>;
+using UplinkPorts = UplinkList<VSDVS_UplinkPort>;
+
+}  // namespace qvs
