@@ -130,10 +130,6 @@ HYP_ReturnStatus storePort(const Target &target, const Stored &records) {
     return call<VSDVS_SetPortMACLearning>(target.alias.c_str(), target.port.c_str(), &record.learning);
 }
 
-HYP_ReturnStatus clearPortLearning(const Target &target) {
-    return clearByKey(kPortMacLearning, target);
-}
-
 // --- options of this host ---
 
 constexpr Member kEnabled[] = {
@@ -193,7 +189,7 @@ const Setting kPortMacLearning = {
     .encode = encodePort,
     .read = readPort,
     .store = storePort,
-    .clear = clearPortLearning,
+    .clear = clearKey<kPortMacLearning>,
 };
 
 const Setting kLearnStatic = {

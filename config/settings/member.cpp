@@ -39,7 +39,20 @@ std::string problemOfText(const Member &member, std::string_view text) {
     if (text.size() > member.most)
         return fmt::format("has {} bytes, at most {} fit", text.size(), member.most);
     if (text.find('\0') != std::string_view::npos) return "contains a NUL";
+    if (member.form != nullptr && !member.form(text))
+        return inQuotes(text) + " is not " + expectation(member);
     return {};
+}
+
+std::string problemOfWord(const Member &member, std::string_view text) {
+    if (std::ranges::find(member.words, text) != member.words.end()) return {};
+    return inQuotes(text) + " is not " + expectation(member);
+}
+
+Parsed parseText(const Member &member, std::string_view text) {
+    std::string wrong = problemOfText(member, text);
+    if (!wrong.empty() || member.form == nullptr) return {text, std::move(wrong)};
+    return {*member.form(text), {}};
 }
 
 std::string problemOfBytes(const Member &member, size_t size) {
@@ -75,11 +88,9 @@ Parsed parseScalar(const Member &member, std::string_view text) {
         case Type::Number:
             return parseNumberOf(member, text);
         case Type::Word:
-            if (std::find(member.words.begin(), member.words.end(), text) != member.words.end())
-                return {text, {}};
-            return problem(inQuotes(text) + " is not " + expectation(member));
+            return {text, problemOfWord(member, text)};
         case Type::Text:
-            return {text, problemOfText(member, text)};
+            return parseText(member, text);
         case Type::Vlans:
             return parseVlans(text);
         case Type::Address:
@@ -100,6 +111,8 @@ std::string problemOf(const Member &member, const Value &value) {
     switch (member.type) {
         case Type::Number:
             return problemOfNumber(member, value.number());
+        case Type::Word:
+            return problemOfWord(member, value.text());
         case Type::Text:
             return problemOfText(member, value.text());
         case Type::Bytes:
@@ -107,6 +120,11 @@ std::string problemOf(const Member &member, const Value &value) {
         default:
             return {};
     }
+}
+
+Value fallbackOf(const Member &member) {
+    if (member.fallback == nullptr) return {};
+    return member.list ? Value(List{}) : parseScalar(member, member.fallback).value;
 }
 
 std::string formatScalar(const Member &member, const Value &value) {
@@ -148,6 +166,7 @@ std::string expectation(const Member &member) {
             return all;
         }
         case Type::Text:
+            if (member.shape != nullptr) return member.shape;
             return fmt::format("at most {} bytes", member.most);
         case Type::Vlans:
             return fmt::format("VLAN ids or ranges, 0 to {}", QVS_VLAN_MAX);

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -34,9 +35,15 @@ struct Member {
     std::span<const char *const> words = {};
     std::span<const Member> members = {};
     uint64_t mostItems = UINT32_MAX;
-    const char *unit = nullptr;      // of a number, "seconds"
-    const char *fallback = nullptr;  // the value when it is not given, as text; null: it is absent then
-    bool quiet = false;              // documents leave it out when it equals its fallback
+    const char *unit = nullptr;  // of a number, "seconds"
+    // The value when it is not given, as text; null: it is absent then. Of a list, "" is the empty list.
+    const char *fallback = nullptr;
+    bool quiet = false;  // documents leave it out when it equals its fallback
+    bool set = false;    // of a list of words: completed() puts them in the order of `words`, each once
+    // The one form of a text that can be written in several, or nothing when it is no such text; and what to
+    // call such a text. Null: any text is taken as it is.
+    std::optional<std::string> (*form)(std::string_view text) = nullptr;
+    const char *shape = nullptr;
 };
 
 // The result of reading a text: a value, or what is wrong with it ("5000 is beyond 4094").
@@ -53,6 +60,9 @@ Parsed parseScalar(const Member &member, std::string_view text);
 
 // Checks the bounds of a scalar that is typed already; returns the problem, or an empty text.
 std::string problemOf(const Member &member, const Value &value);
+
+// The value of a member that is not given; absent when it has no fallback.
+Value fallbackOf(const Member &member);
 
 // Writes a scalar as parseScalar reads it.
 std::string formatScalar(const Member &member, const Value &value);

@@ -4,6 +4,7 @@
 #include <qvs/keys.h>
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 #include <unordered_map>
 
@@ -43,10 +44,21 @@ KeyMap<uint32_t> classesByKey() {
     return map;
 }
 
+// The words of a set that are given, in their order; and what is no word, for problemOf.
+List ordered(const Member &member, const List &given) {
+    List words;
+    for (const char *word : member.words)
+        if (std::ranges::find(given, Value(word)) != given.end()) words.emplace_back(word);
+    std::ranges::copy_if(given, std::back_inserter(words), [&](const Value &each) {
+        return std::ranges::find(member.words, each.text()) == member.words.end();
+    });
+    return words;
+}
+
 Value completedMember(const Member &member, const Value &value) {
-    if (value.absent() && member.fallback != nullptr && !member.list)
-        return parseScalar(member, member.fallback).value;
-    if (value.absent() || member.type != Type::Record) return value;
+    if (value.absent()) return member.type == Type::Record && !member.list ? value : fallbackOf(member);
+    if (member.set) return ordered(member, value.list());
+    if (member.type != Type::Record) return value;
     if (member.list) {
         List items;
         Member item = member;
@@ -63,12 +75,49 @@ Value completedMember(const Member &member, const Value &value) {
     return all;
 }
 
+// A setting as one member.
+Member asMember(const Setting &setting) {
+    if (setting.isScalar()) return setting.members[0];
+    return {.name = "", .summary = "", .type = Type::Record, .members = setting.members};
+}
+
+std::string problemOfMember(const Member &member, const Value &value);
+
+std::string problemOfItems(const Member &member, const List &items) {
+    if (items.size() > member.mostItems)
+        return fmt::format("{} entries, at most {} fit", items.size(), member.mostItems);
+    Member item = member;
+    item.list = false;
+    for (size_t i = 0; i < items.size(); i++) {
+        std::string problem = problemOfMember(item, items[i]);
+        if (!problem.empty()) return fmt::format("entry {}: {}", i + 1, problem);
+    }
+    return {};
+}
+
+std::string problemOfMember(const Member &member, const Value &value) {
+    if (member.list) return problemOfItems(member, value.list());
+    if (member.type != Type::Record) return problemOf(member, value);
+    for (const Member &each : member.members) {
+        const Value &content = value[each.name];
+        if (content.absent() && !each.required) continue;
+        std::string problem = content.absent() ? "is missing" : problemOfMember(each, content);
+        if (!problem.empty()) return fmt::format("{}: {}", each.name, problem);
+    }
+    return {};
+}
+
 }  // namespace
 
 Value completed(const Setting &setting, const Value &value) {
-    if (setting.isScalar()) return completedMember(setting.members[0], value);
-    const Member record{.name = "", .summary = "", .type = Type::Record, .members = setting.members};
-    return completedMember(record, value);
+    Value all = completedMember(asMember(setting), value);
+    return setting.canonical == nullptr || all.absent() ? all : setting.canonical(std::move(all));
+}
+
+std::string problemOf(const Setting &setting, const Value &value) {
+    std::string problem = problemOfMember(asMember(setting), value);
+    if (!problem.empty() || setting.problem == nullptr) return problem;
+    return setting.problem(value);
 }
 
 Value fallbackOf(const Setting &setting) {
@@ -85,16 +134,35 @@ StoredView viewOf(const Stored &stored) {
 std::span<const Setting *const> settings() {
     static const Setting *const table[] = {
         // Of a switch on all hosts.
+        &kMtu,
         &kPrivateVlans,
+        &kTeaming,
+        &kLsTeaming,
+        &kMulticastMode,
+        &kRcf,
+        &kTeamCheck,
+        &kVlanMtuCheck,
+        &kDiscovery,
         // Of this host's part of a switch.
+        &kUplinkMirrorSessions,
         &kMacLearning,
         &kLearnStatic,
         &kOverlayCache,
         &kStaticMacAllow,
-        // Of a port.
+        &kMulticastAddresses,
+        // Of a port. Its security comes before what libqvs derives from it.
         &kVlan,
         &kNestedVlan,
+        &kSecurity,
+        &kFilter,
+        &kPortTeaming,
+        &kTeamingOverride,
+        &kPortLsTeaming,
+        &kTxUplink,
         &kPortMacLearning,
+        &kPortMulticastAddresses,
+        &kPortMirrorSessions,
+        &kIpfix,
     };
     return table;
 }
@@ -119,6 +187,7 @@ std::optional<uint32_t> classOfKey(Scope scope, std::string_view key) {
 
 StoredView storedOf(const Setting &setting, const Place &place) {
     StoredView stored;
+    if (place.scope == Scope::Port ? place.port == nullptr : place.sw == nullptr) return stored;
     for (size_t i = 0; i < kMostKeys; i++) {
         if (setting.keys[i] == nullptr) continue;
         std::optional<Property> property = findProperty(place, setting.keys[i]);
@@ -129,7 +198,7 @@ StoredView storedOf(const Setting &setting, const Place &place) {
 
 std::optional<Value> expressed(const Setting &setting, const StoredView &stored, const Target &target) {
     std::optional<Value> value = setting.decode(stored);
-    if (!value) return std::nullopt;
+    if (!value || !problemOf(setting, *value).empty()) return std::nullopt;
     const Stored again = setting.encode(*value, {}, target);
     for (size_t i = 0; i < kMostKeys; i++) {
         if (again[i].has_value() != stored[i].has_value()) return std::nullopt;

@@ -49,18 +49,27 @@ struct Setting {
     const char *details = nullptr;  // more for the manual
     const char *since = "1.0";      // the version of qvs that came with it
 
+    // Puts members in the one form in which decode gives them back; null when completed() needs no help.
+    Value (*canonical)(Value value) = nullptr;
+    // Returns what is wrong with members that depend on one another ("private requires id"), or an empty
+    // text. The value is completed, and each member within its own bounds. Null when no such fault is
+    // possible.
+    std::string (*problem)(const Value &value) = nullptr;
+
     // Returns the value that the stored records express, or nothing when the members cannot express them. At
     // least one of the records is there.
     std::optional<Value> (*decode)(const StoredView &stored);
     // Returns the records that libqvs stores for a checked, completed value. Bytes that no member expresses
-    // are taken from what is stored now, where there is something; otherwise they are what libqvs writes.
+    // are taken from what is stored now, where there is something; otherwise they are what libqvs writes. A
+    // value without a record says that nothing is stored: an empty map, a discovery that is down.
     Stored (*encode)(const Value &value, const StoredView &now, const Target &target);
     // Returns what holds, asked of libqvs, whether it is stored or not; nothing when there is no such policy.
     // Throws Failure.
     std::optional<Value> (*read)(const Target &target);
     // Returns what the running switch has, whatever is stored; null when the kernel cannot be asked.
     std::optional<Value> (*running)(const Target &target) = nullptr;
-    // Stores the records of encode through libqvs.
+    // Stores the records of encode through libqvs, and clears the keys that have none. Throws Failure when
+    // there is more to say than the status does.
     HYP_ReturnStatus (*store)(const Target &target, const Stored &records);
     // Removes what is stored, or stores what libqvs has for that. Null when there is no way back to the
     // default.
@@ -84,6 +93,10 @@ Value completed(const Setting &setting, const Value &value);
 // What holds when nothing is stored and libqvs needs no running switch to tell: the fallbacks alone. Absent
 // when there is no such value.
 Value fallbackOf(const Setting &setting);
+
+// What is wrong with a completed value, with the member in front ("id: 5000 is beyond 4094"), or an empty
+// text.
+std::string problemOf(const Setting &setting, const Value &value);
 
 // What the snapshot has stored for a setting. Views end with the next snapshot.
 StoredView storedOf(const Setting &setting, const Place &place);

@@ -148,6 +148,11 @@ std::optional<Value> decodeVlan(const StoredView &stored) {
     return vlanValue(*bytes, priority);
 }
 
+std::string problemOfVlan(const Value &value) {
+    if (value["private"].on() && value["id"].number() == 0) return "private requires id";
+    return {};
+}
+
 VSDVS_VLANRange rangeOf(const std::string &text) {
     const size_t dash = text.find('-');
     const auto first = static_cast<uint16_t>(*parseNumber(text.substr(0, dash)));
@@ -230,10 +235,6 @@ HYP_ReturnStatus storeNested(const Target &target, const Stored &records) {
                                                 records[0]->front());
 }
 
-HYP_ReturnStatus clearNested(const Target &target) {
-    return clearByKey(kNestedVlan, target);
-}
-
 }  // namespace
 
 const Setting kPrivateVlans = {
@@ -263,6 +264,7 @@ const Setting kVlan = {
     .example = "--trunk 1-100,200",
     .details =
         "clear stores a policy without VLANs when the port has a policy, and changes nothing otherwise.",
+    .problem = problemOfVlan,
     .decode = decodeVlan,
     .encode = encodeVlan,
     .read = readVlan,
@@ -284,7 +286,7 @@ const Setting kNestedVlan = {
     .encode = encodeNested,
     .read = readNested,
     .store = storeNested,
-    .clear = clearNested,
+    .clear = clearKey<kNestedVlan>,
 };
 
 }  // namespace qvs::config
