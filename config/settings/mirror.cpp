@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // Mirror sessions: of a port, and of the uplinks of this host.
-#include <arpa/inet.h>
 #include <qvs/keys.h>
 #include <qvs/vsdvs.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <iterator>
 #include <string_view>
 #include <unordered_set>
 
 #include "config/settings/codec.h"
 #include "config/settings/families.h"
+#include "config/settings/mirror_entity.h"
 #include "config/settings/mirror_list.h"
 
 namespace qvs::config {
@@ -87,15 +86,6 @@ constexpr Member kMembers[] = {
 constexpr Member kSessions[] = {
     {.name = "", .summary = "mirror sessions", .type = Type::Record, .list = true, .members = kMembers}};
 
-// --- entities: names, texts, addresses or VLAN ids, as the type of the session wants them ---
-
-enum class Form { Name, Text, Address, Mac, Vlan, Unknown };
-constexpr Form kDestinationForms[] = {Form::Name, Form::Name,    Form::Text,
-                                      Form::Name, Form::Address, Form::Mac};
-constexpr const char *kFormNames[] = {"a name of at most 47 bytes", "a text of at most 32 bytes",
-                                      "an IPv4 or IPv6 address", "a MAC address such as 02:00:00:00:00:01",
-                                      "a VLAN id from 0 to 4094"};
-
 // The three lists of a session, in the order of its entities.
 struct Group {
     const char *member;
@@ -110,77 +100,6 @@ constexpr Group kGroups[] = {
 using Counts = std::array<uint32_t, std::size(kGroups)>;
 Counts countsOf(const VSDVS_MirrorSession &session) {
     return {session.dstEntities, session.srcInEntities, session.srcOutEntities};
-}
-
-// The older form has names alone.
-Form formOf(size_t group, std::optional<uint32_t> type) {
-    if (!type) return Form::Name;
-    if (group != 0) return type == VSDVS_MIRROR_RMIRROR_DST ? Form::Vlan : Form::Name;
-    return *type < std::size(kDestinationForms) ? kDestinationForms[*type] : Form::Unknown;
-}
-
-template <typename Packed>
-Packed startOf(const VSDVS_MirrorEntity &entity) {
-    Packed start;
-    std::memcpy(&start, entity.value, sizeof start);
-    return start;
-}
-template <typename Packed>
-void setStart(VSDVS_MirrorEntity &entity, const Packed &start) {
-    std::memcpy(entity.value, &start, sizeof start);
-}
-
-std::string textOfEntity(Form form, const VSDVS_MirrorEntity &entity) {
-    switch (form) {
-        case Form::Name:
-            break;
-        case Form::Text:
-            return std::string(boundedText(entity.value, VSDVS_MIRROR_TEXT_SIZE));
-        case Form::Address: {
-            const auto address = startOf<VSDVS_MirrorAddress>(entity);
-            char text[INET6_ADDRSTRLEN];
-            return inet_ntop(address.isIPv6 != 0 ? AF_INET6 : AF_INET, address.address, text, sizeof text);
-        }
-        case Form::Mac:
-            return macText(startOf<MacAddress>(entity));
-        case Form::Vlan:
-            return fmt::to_string(startOf<uint16_t>(entity));
-        case Form::Unknown:
-            return hex(entity.value);
-    }
-    return std::string(boundedText(entity.value, sizeof entity.value));
-}
-
-// Writes a text into an entity; returns false when the form does not take it.
-bool setEntity(Form form, const std::string &text, VSDVS_MirrorEntity &entity) {
-    switch (form) {
-        case Form::Name:
-        case Form::Text:
-            if (text.size() > (form == Form::Text ? VSDVS_MIRROR_TEXT_SIZE : sizeof entity.value - 1))
-                return false;
-            std::ranges::copy(text, entity.value);
-            return true;
-        case Form::Address: {
-            VSDVS_MirrorAddress address{};
-            address.isIPv6 = inet_pton(AF_INET, text.c_str(), address.address) == 1 ? 0 : 1;
-            if (address.isIPv6 != 0 && inet_pton(AF_INET6, text.c_str(), address.address) != 1) return false;
-            setStart(entity, address);
-            return true;
-        }
-        case Form::Mac: {
-            const std::optional<MacAddress> address = parseMac(text);
-            if (address) setStart(entity, *address);
-            return address.has_value();
-        }
-        case Form::Vlan: {
-            const std::optional<uint32_t> id = parseNumber(text);
-            if (id) setStart(entity, static_cast<uint16_t>(*id));
-            return id.has_value() && *id <= QVS_VLAN_MAX;
-        }
-        case Form::Unknown:
-            break;
-    }
-    return false;
 }
 
 // --- from the list ---
@@ -217,9 +136,12 @@ std::optional<Value> decode(const StoredView &stored) {
     const std::optional<MirrorList> list = MirrorList::of(*stored[0]);
     if (!list || list->header().version != VSDVS_MIRROR_VERSION) return std::nullopt;
     List sessions;
+    uint64_t next = 0;
     for (uint32_t i = 0; i < list->size(); i++) {
         const VSDVS_MirrorSession session = list->session(i);
-        if (!list->hasGroup(session)) return std::nullopt;
+        // Groups in another order, or with entities in common, would be written otherwise.
+        if (session.firstEntity != next || !list->hasGroup(session)) return std::nullopt;
+        next = MirrorList::groupEnd(session);
         sessions.push_back(sessionOf(*list, session));
     }
     return ifTaken(setting, std::move(sessions));
@@ -238,7 +160,7 @@ std::string problemOfSession(const Value &session) {
             VSDVS_MirrorEntity entity{};
             if (!setEntity(form, each.text(), entity))
                 return fmt::format("{}{} {} is not {}", where, kGroups[group].what, inQuotes(each.text()),
-                                   kFormNames[static_cast<size_t>(form)]);
+                                   shapeOf(form));
         }
     }
     return {};

@@ -43,6 +43,9 @@ class Value {
     const List &list() const { return std::get<List>(data_); }
     const Members &members() const { return std::get<Members>(data_); }
 
+    // The content for visitors; std::monostate when it is absent.
+    const auto &content() const { return data_; }
+
     // The member of this name; an absent value when there is none.
     const Value &operator[](std::string_view name) const;
     // Replaces or adds a member. An absent value removes it.

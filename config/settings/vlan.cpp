@@ -84,9 +84,10 @@ std::optional<Value> readPrivateVlans(const Target &target) {
 }
 
 HYP_ReturnStatus storePrivateVlans(const Target &target, const Stored &records) {
-    const size_t size = records[0] ? records[0]->size() : 0;
-    return call<VSDVS_SetPrivateVLANMap>(target.alias.c_str(), size == 0 ? nullptr : records[0]->data(),
-                                         static_cast<uint32_t>(size / sizeof(VSDVS_PrivateVLAN)));
+    const char *alias = target.alias.c_str();
+    if (!records[0]) return unlessAbsent(call<VSDVS_SetPrivateVLANMap>(alias, nullptr, 0));
+    const auto count = static_cast<uint32_t>(records[0]->size() / sizeof(VSDVS_PrivateVLAN));
+    return call<VSDVS_SetPrivateVLANMap>(alias, records[0]->data(), count);
 }
 
 HYP_ReturnStatus clearPrivateVlans(const Target &target) {
