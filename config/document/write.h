@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+// Writes documents and values as text. readDocument reads both forms of a document back.
+#pragma once
+
+#include <string>
+
+#include "config/document/document.h"
+
+namespace qvs::config {
+
+std::string writeYaml(const Document &document);
+std::string writeJson(const Document &document);
+
+// The value of a setting in one line of YAML, as a document has it: "{id: 10}". An absent value is "-".
+std::string lineOf(const Setting &setting, const Value &value);
+
+}  // namespace qvs::config
