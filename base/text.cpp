@@ -19,8 +19,28 @@ bool continuation(unsigned char c) {
     return (c & 0xc0) == 0x80;
 }
 
-// The length of the UTF-8 sequence at the start of text, or 0 when there is none that a terminal should see:
-// overlong forms, surrogates and the control characters of the second block are not passed on.
+int hexDigit(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+template <typename Number>
+std::optional<Number> parseUnsigned(std::string_view text) {
+    int base = 10;
+    if (text.starts_with("0x") || text.starts_with("0X")) {
+        base = 16;
+        text.remove_prefix(2);
+    }
+    Number value = 0;
+    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
+}  // namespace
+
 size_t sequenceLength(std::string_view text) {
     auto at = [&](size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0u; };
     auto first = static_cast<unsigned char>(at(0));
@@ -45,28 +65,6 @@ size_t sequenceLength(std::string_view text) {
     }
     return 0;
 }
-
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
-template <typename Number>
-std::optional<Number> parseUnsigned(std::string_view text) {
-    int base = 10;
-    if (text.starts_with("0x") || text.starts_with("0X")) {
-        base = 16;
-        text.remove_prefix(2);
-    }
-    Number value = 0;
-    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return value;
-}
-
-}  // namespace
 
 void appendShown(fmt::memory_buffer &out, std::string_view name) {
     while (!name.empty()) {

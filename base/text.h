@@ -23,6 +23,10 @@ std::string shown(std::string_view name);
 // The same in single quotes and cut to a readable length, for messages.
 std::string inQuotes(std::string_view name);
 
+// The length of the UTF-8 sequence of two bytes or more at the start of text, or 0 when there is none that a
+// terminal should see: overlong forms, surrogates and the control characters of the second block are none.
+size_t sequenceLength(std::string_view text);
+
 // Text in a fixed field that may lack its NUL.
 std::string_view boundedText(const void *field, size_t size);
 // The text of a value that is one printable C string with its NUL and nothing else.

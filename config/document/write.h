@@ -13,5 +13,7 @@ std::string writeJson(const Document &document);
 
 // The value of a setting in one line of YAML, as a document has it: "{id: 10}". An absent value is "-".
 std::string lineOf(const Setting &setting, const Value &value);
+std::string lineOf(const Member &member, const Value &value);
+std::string lineOf(const std::vector<UplinkEntry> &uplinks);
 
 }  // namespace qvs::config

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "config/document/problem.h"
+
+#include <fmt/format.h>
+
+#include "base/text.h"
+
+namespace qvs::config {
+
+std::string messageOf(const Problem &problem) {
+    std::string message = shown(problem.origin);
+    if (problem.line > 0) message += fmt::format(":{}:{}", problem.line, problem.column);
+    if (!problem.path.empty()) message += ": " + problem.path;
+    return message + ": " + problem.text;
+}
+
+}  // namespace qvs::config
