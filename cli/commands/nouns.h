@@ -35,6 +35,7 @@ extern const std::span<const Command> kLivetraceCommands;
 extern const std::span<const Command> kOptionsCommands;
 extern const std::span<const Command> kRouteTableCommands;
 extern const std::span<const Command> kPropCommands;
+extern const std::span<const Command> kDocumentCommands;
 extern const std::span<const Command> kDumpCommands;
 extern const std::span<const Command> kStatusCommands;
 extern const std::span<const Command> kBatchCommands;

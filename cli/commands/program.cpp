@@ -134,6 +134,7 @@ std::span<const Noun> nouns() {
         {"options", "options of the switch module", kOptionsCommands},
         {"rtm", "the route-table module", kRouteTableCommands},
         {"prop", "stored properties of a switch, this host's part of it, and its ports", kPropCommands},
+        {"export", "the configuration of the host as a document", kDocumentCommands},
         {"dump", "the whole state as text", kDumpCommands},
         {"status", "statuses of the library", kStatusCommands},
         {"batch", "many commands in one run", kBatchCommands},

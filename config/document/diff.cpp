@@ -124,6 +124,7 @@ void Comparison::compareSetting(Scope scope, const Setting &setting, const Part 
     const Value *before = now.find(setting);
     if (before != nullptr && *before == wanted) return;
     std::string beforeText = before != nullptr ? lineOf(setting, *before) : rawTextOf(setting, now);
+    if (beforeText.empty() && setting.encode(wanted, {}, {}) == Stored{}) return;  // nothing to be stored
     Change &change = add(beforeText.empty() ? Kind::Added : Kind::Changed, scope, setting.name);
     change.setting = &setting;
     if (before != nullptr) change.before = *before;

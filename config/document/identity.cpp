@@ -95,7 +95,11 @@ constexpr Member kPropertyMembers[] = {
      .summary = "bits that classify the property: 8 for a policy, 16 for configuration",
      .type = Type::Number,
      .required = true},
-    {.name = "value", .summary = "bytes of the property", .type = Type::Bytes, .required = true},
+    {.name = "value",
+     .summary = "bytes of the property",
+     .type = Type::Bytes,
+     .required = true,
+     .most = kMostValueBytes},
 };
 
 }  // namespace
@@ -129,7 +133,8 @@ const Member kPropertyMember = {.name = "",
                                 .summary = "property with other class bits than usual",
                                 .type = Type::Record,
                                 .members = kPropertyMembers};
-const Member kShortPropertyMember = {.name = "", .summary = "bytes of the property", .type = Type::Bytes};
+const Member kShortPropertyMember = {
+    .name = "", .summary = "bytes of the property", .type = Type::Bytes, .most = kMostValueBytes};
 
 Value valueOf(const std::vector<UplinkEntry> &uplinks) {
     List list;

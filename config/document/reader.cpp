@@ -113,8 +113,11 @@ bool Reader::readOfPart(Part &part, Scope scope, const Node &key, const Node &va
     const size_t before = values_.problems();
     Value read = setting->isScalar() ? values_.read(setting->members[0], value, path)
                                      : values_.readRecord(setting->members, value, path);
-    if (values_.problems() == before && !read.absent())
-        part.settings.emplace_back(setting, completed(*setting, read));
+    if (values_.problems() != before || read.absent()) return true;
+    read = completed(*setting, read);
+    if (std::string wrong = problemOf(*setting, read); !wrong.empty())
+        values_.report(value, path, std::move(wrong));
+    part.settings.emplace_back(setting, std::move(read));
     return true;
 }
 

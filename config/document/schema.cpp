@@ -90,8 +90,8 @@ Json ofMember(const Member &member) {
     } else {
         schema.update(ofScalar(member));
     }
-    if (member.fallback != nullptr && !member.list)
-        schema["default"] = jsonOf(member, parseScalar(member, member.fallback).value);
+    if (const Value fallback = fallbackOf(member); !fallback.absent())
+        schema["default"] = jsonOf(member, fallback);
     return schema;
 }
 

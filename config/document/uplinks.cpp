@@ -2,31 +2,24 @@
 #include "config/document/uplinks.h"
 
 #include <qvs/keys.h>
-#include <qvs/vsdvs.h>
 
 #include <algorithm>
-#include <cstring>
 #include <string_view>
+
+#include "config/library/uplink_list.h"
 
 namespace qvs::config {
 namespace {
 
-// The texts of a counted list of fields of one size. Nothing when a field is empty or not a text with zeros
-// behind it.
-std::optional<std::vector<std::string_view>> textsOf(const Property &list, size_t fieldSize) {
-    uint32_t count = 0;
-    if (list.classes != DVS_PROP_CONFIG || list.value.size() < sizeof count) return std::nullopt;
-    std::memcpy(&count, list.value.data(), sizeof count);
-    const Bytes fields = list.value.subspan(sizeof count);
-    if (fields.size() != uint64_t{count} * fieldSize) return std::nullopt;
+// The texts of a list. Nothing when it is not whole, or when one of them is empty or fills its entry.
+template <typename Entry>
+std::optional<std::vector<std::string_view>> textsOf(const Property &property) {
+    const UplinkList<Entry> list(property.value);
+    if (property.classes != DVS_PROP_CONFIG || !list.wellFormed()) return std::nullopt;
     std::vector<std::string_view> texts;
-    for (size_t i = 0; i < count; i++) {
-        const Bytes field = fields.subspan(i * fieldSize, fieldSize);
-        const std::string_view text = boundedText(field.data(), field.size());
-        const Bytes rest = field.subspan(text.size());
-        if (text.empty() || rest.empty()) return std::nullopt;
-        if (std::ranges::any_of(rest, [](uint8_t byte) { return byte != 0; })) return std::nullopt;
-        texts.push_back(text);
+    for (size_t i = 0; i < list.size(); i++) {
+        texts.push_back(list[i]);
+        if (texts.back().empty() || texts.back().size() == sizeof(Entry)) return std::nullopt;
     }
     return texts;
 }
@@ -44,8 +37,8 @@ std::optional<std::vector<UplinkEntry>> uplinksOf(DVSSwitch *sw) {
     std::vector<UplinkEntry> uplinks;
     if (!nameList && !portList) return uplinks;
     if (!nameList || !portList) return std::nullopt;
-    const auto names = textsOf(*nameList, sizeof(VSDVS_UplinkName));
-    const auto ports = textsOf(*portList, sizeof(VSDVS_UplinkPort));
+    const auto names = textsOf<VSDVS_UplinkName>(*nameList);
+    const auto ports = textsOf<VSDVS_UplinkPort>(*portList);
     if (!names || !ports || names->empty() || names->size() != ports->size() || hasDuplicates(*names) ||
         hasDuplicates(*ports))
         return std::nullopt;

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/text.h"
 #include "config/document/identity.h"
 #include "config/document/places.h"
 #include "config/document/quoting.h"
@@ -91,9 +92,7 @@ Item Maker::record(std::span<const Member> members, const Value &value) const {
     for (const Member &member : members) {
         const Value &content = value[member.name];
         if (content.absent()) continue;
-        if (member.quiet && member.fallback != nullptr && !member.list &&
-            content == parseScalar(member, member.fallback).value)
-            continue;
+        if (member.quiet && content == fallbackOf(member)) continue;
         add(mapping, member.name, this->value(member, content));
     }
     return mapping;
@@ -259,6 +258,29 @@ void appendJson(std::string &out, const Item &item, size_t indent) {
     out += list ? ']' : '}';
 }
 
+// A value as JSON without its member.
+Item itemOf(const Value &value) {
+    Item item;
+    if (value.isRecord()) {
+        for (const NamedValue &member : value.members())
+            item.items.emplace_back(quotedForJson(member.name), itemOf(member.value));
+        return item;
+    }
+    if (value.isList()) {
+        item.kind = Item::Kind::Sequence;
+        for (const Value &each : value.list())
+            item.items.emplace_back(std::string(), itemOf(each));
+        return item;
+    }
+    item.kind = Item::Kind::Scalar;
+    item.text = value.absent()      ? "null"
+                : value.isBoolean() ? (value.on() ? "true" : "false")
+                : value.isNumber()  ? fmt::to_string(value.number())
+                : value.isText()    ? quotedForJson(documentText(value.text()))
+                                    : quotedForJson(base64(value.bytes()));
+    return item;
+}
+
 }  // namespace
 
 std::string writeYaml(const Document &document) {
@@ -284,6 +306,12 @@ std::string lineOf(const Member &member, const Value &value) {
     if (value.absent()) return "-";
     std::string out;
     appendLine(out, Maker(Format::Yaml).value(member, value), SIZE_MAX);
+    return out;
+}
+
+std::string jsonOf(const Value &value) {
+    std::string out;
+    appendLine(out, itemOf(value), SIZE_MAX);
     return out;
 }
 

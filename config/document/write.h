@@ -15,5 +15,7 @@ std::string writeJson(const Document &document);
 std::string lineOf(const Setting &setting, const Value &value);
 std::string lineOf(const Member &member, const Value &value);
 std::string lineOf(const std::vector<UplinkEntry> &uplinks);
+// The same as JSON; null for an absent value.
+std::string jsonOf(const Value &value);
 
 }  // namespace qvs::config

@@ -32,6 +32,9 @@ class Value {
     Value(Members members) : data_(std::move(members)) {}
 
     bool absent() const { return std::holds_alternative<std::monostate>(data_); }
+    bool isBoolean() const { return std::holds_alternative<bool>(data_); }
+    bool isNumber() const { return std::holds_alternative<uint64_t>(data_); }
+    bool isText() const { return std::holds_alternative<std::string>(data_); }
     bool isList() const { return std::holds_alternative<List>(data_); }
     bool isRecord() const { return std::holds_alternative<Members>(data_); }
 

@@ -1,0 +1,483 @@
+// SPDX-License-Identifier: Apache-2.0
+// Documents: what is wrong with a text and where, what is written, what a host's document is, and what
+// differs.
+#include "config/document/document.h"
+
+#include <algorithm>
+
+#include "config/document/diff.h"
+#include "config/document/export.h"
+#include "config/document/reader.h"
+#include "config/document/references.h"
+#include "config/document/write.h"
+#include "config/draw.h"
+#include "support/test.h"
+
+namespace qvs::test {
+namespace {
+
+using config::Change;
+using config::Document;
+using config::Problem;
+
+std::string messagesOf(const std::vector<Problem> &problems) {
+    std::string all;
+    for (const Problem &problem : problems)
+        all += (all.empty() ? "" : "\n") + messageOf(problem);
+    return all;
+}
+
+std::string problemsOf(std::string_view text) {
+    std::vector<Problem> problems;
+    config::readDocument(text, "f", problems);
+    return messagesOf(problems);
+}
+
+Document documentOf(std::string_view text) {
+    std::vector<Problem> problems;
+    Document document = config::readDocument(text, "f", problems);
+    EXPECT_EQ(messagesOf(problems), "") << text;
+    return document;
+}
+
+// --- reading ---
+
+struct ProblemRow {
+    const char *text;
+    const char *problems;
+};
+
+const ProblemRow kProblems[] = {
+    // Syntax.
+    {"", "f:1:1: the document is empty; it begins with 'switches:'"},
+    {"switches: [", "f:1:12: end of sequence flow not found"},
+    {"a: b: c\n", "f:1:5: illegal map value"},
+    {"switches: {}\n---\nswitches: {}\n", "f:3:1: the file has more than one document"},
+    {"switches: &a {}\n", "f:1:11: anchors are not allowed"},
+    {"switches: {sw1: !x {}}\n", "f:1:17: the tag '!x' is not allowed"},
+    {"switches: {sw1: \xff}\n", "f:1:17: the byte 0xff is not UTF-8 text; write it as \\xff"},
+    {"switches: {}\n# \xc3\n", "f:2:3: the byte 0xc3 is not UTF-8 text; write it as \\xc3"},
+    {"switches:\n\x04", "f:2:1: the control character 0x04 is not allowed"},
+    {"switches: {\"\\q\": {}}\n", "f:1:14: unknown escape character: q"},
+    {"switches: {\xef\xbf\xbd: {}}\n", "f:1:12: U+FFFD stands for bytes that were lost; write them as \\xHH"},
+    // Mappings.
+    {"swiches: {}\n",
+     "f:1:1: 'switches' is missing\nf:1:1: swiches: no such member; did you mean 'switches'?"},
+    {"- switches\n", "f:1:1: is a list, not a mapping"},
+    {"switches: 1\n", "f:1:11: switches: is a single value, not a mapping"},
+    {"switches: {a: {}, a: {}}\n", "f:1:19: switches.a: is given twice"},
+    {"switches: {a: {}, 'a': {}}\n", "f:1:19: switches.a: is given twice"},
+    {"switches: {a: {}, '\\x61': {}}\n", "f:1:19: switches.\\x61: is given twice"},
+    {"switches: {? [a] : {}}\n", "f:1:14: switches: a name is needed before the colon"},
+    // Names.
+    {"switches: {'': {}}\n", "f:1:12: switches.: is empty"},
+    {"switches: {'a\\': {}}\n",
+     "f:1:12: switches.a\\: a backslash is followed by x and two digits, n, t, or another backslash"},
+    {"switches: {a: {ports: {123456789012345678901234567890123456789012345678: {}}}}\n",
+     "f:1:24: switches.a.ports.123456789012345678901234567890123456789012345678: has 48 bytes, at most 47 "
+     "fit"},
+    // Members of identity.
+    {"switches: {a: {version: x, opaque: yes, maxPorts: 0, portset: ''}}\n",
+     "f:1:25: switches.a.version: 'x' is not a decimal number 0 to 4294967295\n"
+     "f:1:36: switches.a.opaque: 'yes' is not on or off\n"
+     "f:1:51: switches.a.maxPorts: 0 is below 1\n"
+     "f:1:63: switches.a.portset: is empty"},
+    {"switches: {a: {version: '1', maxPorts: 0x10, id: [1], portset: }}\n",
+     "f:1:25: switches.a.version: '1' stands in quotes, where 0 to 4294967295 is needed without\n"
+     "f:1:40: switches.a.maxPorts: '0x10' is not a decimal number 1 to 2147483647\n"
+     "f:1:50: switches.a.id: is a list, not a single value (at most 63 bytes)\n"
+     "f:1:64: switches.a.portset: has no value; at most 127 bytes is needed"},
+    {"switches: {a: {uplinks: [u, u, {name: v, port: u}, {name: w}, {nam: x}]}}\n",
+     "f:1:29: switches.a.uplinks[1]: uplink 'u' is given twice\n"
+     "f:1:32: switches.a.uplinks[2]: port 'u' carries another uplink\n"
+     "f:1:52: switches.a.uplinks[3]: 'port' is missing\n"
+     "f:1:63: switches.a.uplinks[4]: 'name' is missing\n"
+     "f:1:63: switches.a.uplinks[4]: 'port' is missing\n"
+     "f:1:64: switches.a.uplinks[4].nam: no such member; did you mean 'name'?"},
+    {"switches:\n  a:\n    maxPorts: 2\n    uplinks: [u]\n    ports: {u: {}, p: {}, q: {}}\n",
+     "f:3:5: switches.a: has 3 ports, those of uplinks among them, but maxPorts has room for 2"},
+    // Settings.
+    {"switches: {sw1: {ports: {web: {vlan: {id: 5000, idd: 1}}}}}\n",
+     "f:1:43: switches.sw1.ports.web.vlan.id: 5000 is beyond 4094\n"
+     "f:1:49: switches.sw1.ports.web.vlan.idd: no such member; did you mean 'id'?"},
+    {"switches: {a: {vlan: {}, host: {vlna: {}}, ports: {p: {macLearnig: {}, mtu: 1500}}}}\n",
+     "f:1:16: switches.a.vlan: is a setting of a port\n"
+     "f:1:33: switches.a.host.vlna: no such member\n"
+     "f:1:56: switches.a.ports.p.macLearnig: no such member; did you mean 'macLearning'?\n"
+     "f:1:72: switches.a.ports.p.mtu: is a setting of the switch"},
+    {"switches: {a: {privateVlans: [{primary: 1, type: isolated}, 7], mtu: }}\n",
+     "f:1:31: switches.a.privateVlans[0]: 'secondary' is missing\n"
+     "f:1:61: switches.a.privateVlans[1]: is a single value, not a mapping\n"
+     "f:1:70: switches.a.mtu: has no value; 1280 to 9000 is needed"},
+    {"switches: {a: {ports: {p: {vlan: {trunk: [1-2, 0x10, 5-3]}}}}}\n",
+     "f:1:48: switches.a.ports.p.vlan.trunk[1]: '0x10' is not a VLAN id or a range such as 1-100\n"
+     "f:1:54: switches.a.ports.p.vlan.trunk[2]: the range '5-3' runs backwards"},
+    {"switches: {a: {ports: {p: {vlan: {private: on}}}}}\n",
+     "f:1:34: switches.a.ports.p.vlan: private requires id"},
+    // Properties.
+    {"switches: {a: {properties: {k: '*', '': AA==, l: {class: 4, value: AA==}, m: {value: AA==}}}}\n",
+     "f:1:32: switches.a.properties.k: is not base64\n"
+     "f:1:37: switches.a.properties.: is empty\n"
+     "f:1:50: switches.a.properties.l: class 4 has neither the bit 8 of a policy nor the bit 16 of "
+     "configuration\n"
+     "f:1:78: switches.a.properties.m: 'class' is missing"},
+    {"switches: {a: {properties: {com.quillon.vswitch.mtu: AA==}, mtu: 1500}}\n",
+     "f:1:29: switches.a.properties.com.quillon.vswitch.mtu: is stored with 'mtu', which is given, too; "
+     "leave "
+     "out one of them"},
+};
+
+TEST(Documents, ProblemsHaveTheirPlace) {
+    for (const ProblemRow &row : kProblems)
+        EXPECT_EQ(problemsOf(row.text), row.problems) << row.text;
+}
+
+TEST(Documents, SizeIsBounded) {
+    std::string deep = "switches: ";
+    deep.append(70, '[');
+    EXPECT_EQ(problemsOf(deep), "f:1:74: nested more than 64 deep");
+    EXPECT_EQ(problemsOf(std::string(config::kMostDocumentBytes + 1, ' ')),
+              "f: has 67108865 bytes, at most 67108864 are read");
+    // Not a problem a line, of a text that is no document.
+    std::string text = "switches:\n";
+    for (int i = 0; i < 3000; i++)
+        text += "  " + std::to_string(i) + ": 1\n";
+    std::vector<Problem> problems;
+    config::readDocument(text, "f", problems);
+    ASSERT_EQ(problems.size(), 1001u);
+    EXPECT_EQ(messageOf(problems.back()), "f:1002:9: there are more problems from here on");
+}
+
+// YAML with and without brackets, and JSON, say the same.
+TEST(Documents, FormsAreEqual) {
+    const Document block = documentOf(R"(# Comments are allowed.
+switches:
+  "sw\\x09":
+    opaque: true
+    uplinks:
+      - uplink0
+      - {name: left, port: vmnic}
+    ports:
+      web:
+        vlan:
+          trunk: [100-100, "7", 1-3]
+      idle:
+)");
+    const Document json = documentOf(
+        R"({"switches":{"sw\\t":{"uplinks":["uplink0",{"port":"vmnic","name":"left"}],"opaque":true,)"
+        R"("ports":{"idle":{},"web":{"vlan":{"trunk":["100",7,"1-3"],"private":false}}}}}})");
+    EXPECT_EQ(block, json);
+    EXPECT_EQ(writeYaml(block), R"(switches:
+  'sw\t':
+    opaque: on
+    uplinks: [uplink0, {name: left, port: vmnic}]
+    ports:
+      idle: {}
+      web:
+        vlan: {trunk: [100, 7, 1-3]}
+)");
+    EXPECT_EQ(writeJson(block), R"({
+  "switches": {
+    "sw\\t": {
+      "opaque": true,
+      "uplinks": ["uplink0", {"name": "left", "port": "vmnic"}],
+      "ports": {
+        "idle": {},
+        "web": {
+          "vlan": {"trunk": ["100", "7", "1-3"]}
+        }
+      }
+    }
+  }
+}
+)");
+}
+
+// --- writing ---
+
+// Names that YAML would read as something else, or not at all.
+TEST(Documents, NamesAreQuoted) {
+    const std::pair<const char *, const char *> rows[] = {
+        {"web", "web"},
+        {"web 1.a/b-c_d", "web 1.a/b-c_d"},
+        {"on", "'on'"},
+        {"No", "'No'"},
+        {"NULL", "'NULL'"},
+        {"~", "'~'"},
+        {"1", "'1'"},
+        {"0x1f", "'0x1f'"},
+        {"1e3", "'1e3'"},
+        {"12:30:45", "'12:30:45'"},
+        {".inf", "'.inf'"},
+        {"-", "'-'"},
+        {"2001-01-01", "'2001-01-01'"},
+        {"a: b", "'a: b'"},
+        {"a #b", "'a #b'"},
+        {" a", "' a'"},
+        {"a ", "'a '"},
+        {"it's", "'it''s'"},
+        {"a\\b", "'a\\\\b'"},
+        {"\xff\n", "'\\xff\\n'"},
+        {"\xc3\xa4", "'\xc3\xa4'"},
+        {"\xef\xbf\xbd", "'\\xef\\xbf\\xbd'"},
+        {"\xe2\x80\xa8", "\"\\u2028\""},
+        {"<<", "'<<'"},
+        {"{a}", "'{a}'"},
+        {"a,b", "'a,b'"},
+    };
+    for (const auto &[name, quoted] : rows) {
+        Document document;
+        document.switches.emplace_back().alias = name;
+        EXPECT_EQ(writeYaml(document), "switches:\n  " + std::string(quoted) + ": {}\n");
+        EXPECT_EQ(documentOf(writeYaml(document)), document) << quoted;
+        EXPECT_EQ(documentOf(writeJson(document)), document) << quoted;
+    }
+}
+
+Document drawDocument(Random &random) {
+    const auto drawPart = [&](config::Part &part, Scope scope) {
+        for (const config::Setting *setting : config::settings())
+            if (setting->scope == scope && drawChance(random, 3))
+                part.settings.emplace_back(setting, drawValue(*setting, random));
+        for (uint64_t i = drawNumber(random, 0, 2); i > 0; i--)
+            part.properties.push_back({std::to_string(i) + drawText(random, 0, 60),
+                                       drawChance(random, 2) ? 16u : 24u,
+                                       config::Blob(drawNumber(random, 0, 90), 'x')});
+        std::ranges::sort(part.properties, {}, &config::RawProperty::key);
+    };
+    Document document;
+    for (uint64_t i = drawNumber(random, 0, 2); i > 0; i--) {
+        config::SwitchEntry &entry = document.switches.emplace_back();
+        entry.alias = drawText(random, 1, 70) + std::to_string(i);
+        if (drawChance(random, 2)) entry.id = drawText(random, 1, 63);
+        if (drawChance(random, 2)) entry.portset = drawText(random, 1, 127);
+        if (drawChance(random, 2)) entry.version = static_cast<uint32_t>(drawNumber(random, 0, UINT32_MAX));
+        if (drawChance(random, 2)) entry.opaque = drawChance(random, 2);
+        if (drawChance(random, 2)) entry.maxPorts = static_cast<uint32_t>(drawNumber(random, 9, INT32_MAX));
+        if (drawChance(random, 2))
+            entry.uplinks = {{"u", "u"}, {drawText(random, 2, 80), drawText(random, 2, 47)}};
+        drawPart(entry.global, Scope::Global);
+        drawPart(entry.host, Scope::Host);
+        for (uint64_t j = drawNumber(random, 0, 3); j > 0; j--) {
+            config::PortEntry &port = entry.ports.emplace_back();
+            port.id = drawText(random, 1, 40) + std::to_string(j);
+            if (drawChance(random, 2))
+                port.connectId = static_cast<uint32_t>(drawNumber(random, 0, UINT32_MAX));
+            if (drawChance(random, 2)) port.externalId = drawText(random, 0, 200);
+            if (drawChance(random, 2)) port.blocked = drawChance(random, 2);
+            drawPart(port.part, Scope::Port);
+        }
+        std::ranges::sort(entry.ports, {}, &config::PortEntry::id);
+    }
+    std::ranges::sort(document.switches, {}, &config::SwitchEntry::alias);
+    return document;
+}
+
+TEST(Documents, AnyDocumentSurvives) {
+    Random random(20240301);
+    for (int i = 0; i < 60; i++) {
+        const Document document = drawDocument(random);
+        for (const std::string &text : {writeYaml(document), writeJson(document)}) {
+            ASSERT_EQ(documentOf(text), document) << text;
+            EXPECT_TRUE(compare(document, documentOf(text), true).empty());
+        }
+    }
+}
+
+// --- a host's document ---
+
+Document exported(std::string &warnings, bool withDefaults = false) {
+    std::vector<std::string> list;
+    Document document = config::exportDocument({}, {.withDefaults = withDefaults}, list);
+    warnings.clear();
+    for (const std::string &warning : list)
+        warnings += warning + '\n';
+    return document;
+}
+
+class Hosts : public testing::Test {
+  protected:
+    void SetUp() override {
+        createSwitch(8, 1, 1);
+        ASSERT_STATUS(VSDVS_AddOpaqueDVPort("sw1", "\xff\\", "outside"), 0);
+        ASSERT_STATUS(setGlobalProp("id", QVS_KEY_MTU, u32(9000)), 0);
+        ASSERT_STATUS(setGlobalProp("id", QVS_KEY_ETHERSWITCH_MTU, u32(9000)), 0);
+        ASSERT_STATUS(setHostProp("id", QVS_KEY_LEARN_STATIC, std::string("true") + '\0'), 0);
+        ASSERT_STATUS(setHostProp("id", "runtime", "x", DVS_PROP_RUNTIME), 0);
+        ASSERT_STATUS(setPortProp("id", "port0", "com.example.k", "abc"), 0);
+        // Not what a setting expresses: another class, other bytes.
+        ASSERT_STATUS(setPortProp("id", "port0", QVS_KEY_PORT_NESTED_TAG, u32(1), DVS_PROP_POLICY), 0);
+        ASSERT_STATUS(setPortProp("id", "port0", QVS_KEY_PORT_SECURITY, u32(0x100)), 0);
+        ASSERT_STATUS(DVSLoadConfig(), 0);
+    }
+    void TearDown() override { resetHost(); }
+};
+
+TEST_F(Hosts, AreExported) {
+    std::string warnings;
+    const Document document = exported(warnings);
+    EXPECT_EQ(writeYaml(document), R"(switches:
+  sw1:
+    id: id
+    portset: sw1
+    version: 105
+    opaque: off
+    maxPorts: 8
+    uplinks: [uplink0]
+    mtu: 9000
+    host:
+      learnStatic: on
+    ports:
+      port0:
+        connectId: 1
+        blocked: off
+        vlan: {}
+        properties:
+          com.example.k: YWJj
+          com.quillon.vswitch.port.security: AAEAAA==
+          com.quillon.vswitch.port.vlanNestedTag: {class: 8, value: AQAAAA==}
+      uplink0:
+        vlan: {trunk: [0-4094]}
+      '\xff\\':
+        connectId: 1
+        externalId: outside
+        blocked: off
+        vlan: {}
+)");
+    EXPECT_EQ(warnings,
+              "switch 'sw1': port 'port0': the members of security cannot express the bytes of "
+              "'com.quillon.vswitch.port.security', which stay a property\n"
+              "switch 'sw1': port 'port0': the members of nestedVlan cannot express the bytes of "
+              "'com.quillon.vswitch.port.vlanNestedTag', which stay a property\n");
+    EXPECT_EQ(documentOf(writeYaml(document)), document);
+}
+
+TEST_F(Hosts, DefaultsAreWritten) {
+    std::string warnings;
+    const std::string text = writeYaml(exported(warnings, true));
+    EXPECT_NE(text.find("      macLearning: {aging: 600, limit: 65536}\n"), std::string::npos) << text;
+    // What is stored in another form is not hidden by a default.
+    EXPECT_EQ(text.find("nestedVlan: off\n", text.find("port0:")),
+              text.find("nestedVlan: off\n", text.find("uplink0:")));
+    EXPECT_EQ(documentOf(text), exported(warnings, true));
+}
+
+TEST_F(Hosts, UplinkListsThatDisagreeStayProperties) {
+    ASSERT_STATUS(setPortProp("id", "uplink0", QVS_KEY_PORT_ALIAS, std::string("other") + '\0'), 0);
+    ASSERT_STATUS(DVSLoadConfig(), 0);
+    std::string warnings;
+    const Document document = exported(warnings);
+    const config::SwitchEntry &entry = document.switches.at(0);
+    EXPECT_EQ(entry.uplinks, std::nullopt);
+    ASSERT_NE(entry.global.findProperty(QVS_KEY_UPLINK_NAMES), nullptr);
+    ASSERT_NE(entry.host.findProperty(QVS_KEY_UPLINK_PORTS), nullptr);
+    EXPECT_NE(entry.findPort("uplink0")->part.findProperty(QVS_KEY_PORT_ALIAS), nullptr);
+    EXPECT_NE(warnings.find("the lists of uplinks do not agree with the ports"), std::string::npos);
+}
+
+TEST_F(Hosts, UnknownSwitchesAreNotFound) {
+    std::vector<std::string> warnings;
+    const std::vector<std::string> aliases = {"sw9"};
+    try {
+        config::exportDocument(aliases, {}, warnings);
+        FAIL() << "exported";
+    } catch (const Failure &failure) {
+        EXPECT_EQ(failure.exit, Exit::NotFound);
+        EXPECT_EQ(failure.message, "switch 'sw9': Not found (0xbad0003)");
+    }
+}
+
+// --- differences ---
+
+std::string changesOf(std::string_view now, std::string_view wanted, bool prune) {
+    std::string all;
+    for (const Change &change : compare(documentOf(now), documentOf(wanted), prune)) {
+        all += change.kind == Change::Kind::Added ? '+' : change.kind == Change::Kind::Removed ? '-' : '~';
+        if (change.conflict) all += '!';
+        all += change.path().substr(std::string("switches.").size());
+        if (!change.beforeText.empty()) all += ' ' + change.beforeText;
+        if (!change.afterText.empty()) all += " > " + change.afterText;
+        all += '\n';
+    }
+    return all;
+}
+
+TEST(Documents, AreCompared) {
+    constexpr const char *kNow = R"(switches:
+  a:
+    version: 105
+    maxPorts: 8
+    uplinks: [u, v]
+    mtu: 1500
+    properties: {k: AA==}
+    host: {learnStatic: on}
+    ports:
+      p: {connectId: 1, vlan: {id: 10}, properties: {com.quillon.vswitch.port.security: AAEAAA==}}
+      q: {vlan: {id: 5}}
+      u: {vlan: {trunk: [0-4094]}}
+  b: {}
+)";
+    const struct {
+        const char *wanted;
+        bool prune;
+        const char *changes;
+    } rows[] = {
+        {"switches:", false, ""},
+        {"switches: {a: {}}", false, ""},
+        {"switches: {b: , c: {uplinks: [], mtu: 1500, ports: {p: {vlan: {}}}}}", false,
+         "+c\n+c.mtu > 1500\n+c.ports.p\n+c.ports.p.vlan > {}\n"},
+        {"switches: {a: {version: 106, uplinks: [u], mtu: 9000, properties: {k: AQ==}, host: {learnStatic: "
+         "off}}}",
+         false,
+         "~!a.version 105 > 106\n~a.uplinks [u, v] > [u]\n~a.mtu 1500 > 9000\n"
+         "~a.properties.k {class: 16, value: AA==} > {class: 16, value: AQ==}\n~a.host.learnStatic on > "
+         "off\n"},
+        // An empty map is what is not stored.
+        {"switches: {a: {privateVlans: []}}", false, ""},
+        // A setting in the place of a property and the other way round.
+        {"switches: {a: {ports: {p: {security: [promiscuous]}, q: {properties: "
+         "{com.quillon.vswitch.port.vlan: "
+         "AA==}}}}}",
+         false,
+         "~a.ports.p.security {class: 16, value: AAEAAA==} > [promiscuous]\n"
+         "~a.ports.q.properties.com.quillon.vswitch.port.vlan {id: 5} > {class: 8, value: AA==}\n"},
+        {"switches: {a: {ports: {p: {connectId: 2, externalId: x}}}}", true,
+         "-a.mtu 1500\n-a.properties.k {class: 16, value: AA==}\n-a.host.learnStatic on\n"
+         "~a.ports.p.connectId 1 > 2\n+a.ports.p.externalId > x\n-a.ports.p.vlan {id: 10}\n"
+         "-a.ports.p.properties.com.quillon.vswitch.port.security {class: 16, value: AAEAAA==}\n"
+         "-a.ports.q\n-a.ports.u.vlan {trunk: [0-4094]}\n-b\n"},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(changesOf(kNow, row.wanted, row.prune), row.changes) << row.wanted;
+    EXPECT_EQ(changesOf(kNow, kNow, true), "");
+}
+
+// What a document refers to may be in the document or on the host.
+TEST(Documents, ReferencesAreChecked) {
+    const Document now = documentOf(
+        "switches: {a: {uplinks: [u, v], ports: {p: }, privateVlans: [{primary: 1, secondary: 2, type: "
+        "isolated}]}}");
+    const Document wanted = documentOf(R"(switches:
+  a:
+    uplinks: [u, w]
+    teaming: {active: [u, v], standby: [w]}
+    host:
+      mirrorSessions: [{session: s, type: dvport, destinations: [p, q], sourcesIn: [z]}]
+    ports:
+      q: {vlan: {id: 2, private: on}}
+      r: {vlan: {id: 3, private: on}}
+)");
+    EXPECT_EQ(messagesOf(danglingReferences(now, wanted, false, "f")),
+              "f: switches.a.teaming: uplink 'v' does not exist\n"
+              "f: switches.a.host.mirrorSessions: port or uplink 'z' does not exist\n"
+              "f: switches.a.ports.r.vlan: private VLAN 3 does not exist");
+    EXPECT_EQ(messagesOf(danglingReferences(now, wanted, true, "f")),
+              "f: switches.a.teaming: uplink 'v' does not exist\n"
+              "f: switches.a.host.mirrorSessions: port or uplink 'p' does not exist\n"
+              "f: switches.a.host.mirrorSessions: port or uplink 'z' does not exist\n"
+              "f: switches.a.ports.q.vlan: private VLAN 2 does not exist\n"
+              "f: switches.a.ports.r.vlan: private VLAN 3 does not exist");
+}
+
+}  // namespace
+}  // namespace qvs::test
