@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "config/settings/references.h"
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+#include <utility>
+
+#include "base/text.h"
+#include "config/library/uplink_list.h"
+#include "config/settings/families.h"
+
+namespace qvs::config {
+namespace {
+
+using Missing = std::vector<std::string>;
+
+Missing missingOfTeaming(const Value &value, const Existing &existing) {
+    Missing missing;
+    for (const char *member : {"active", "standby"}) {
+        if (value[member].absent()) continue;
+        for (const Value &name : value[member].list())
+            if (!existing.uplink(name.text())) missing.push_back("uplink " + inQuotes(name.text()));
+    }
+    return missing;
+}
+
+Missing missingOfVlan(const Value &value, const Existing &existing) {
+    const Value &isPrivate = value["private"];
+    const Value &id = value["id"];
+    if (isPrivate.absent() || !isPrivate.on() || id.absent() || existing.privateVlan(id.number())) return {};
+    return {fmt::format("private VLAN {}", id.number())};
+}
+
+// Entities are names of ports or uplinks, but for destinations of the remote types and for sources that are
+// VLANs.
+Missing missingOfSessions(const Value &value, const Existing &existing) {
+    Missing missing;
+    for (const Value &session : value.list()) {
+        const std::string_view type = session["type"].absent() ? "" : session["type"].text();
+        const bool remote = type == "rmirror-src" || type == "ermirror-src" || type == "logical-span";
+        for (const char *member : {"destinations", "sourcesIn", "sourcesOut"}) {
+            const bool destinations = std::string_view(member) == "destinations";
+            if (session[member].absent() || (destinations ? remote : type == "rmirror-dst")) continue;
+            for (const Value &name : session[member].list())
+                if (!existing.port(name.text()) && !existing.uplink(name.text()))
+                    missing.push_back("port or uplink " + inQuotes(name.text()));
+        }
+    }
+    return missing;
+}
+
+struct Referrer {
+    const Setting *setting;
+    Missing (*missing)(const Value &value, const Existing &existing);
+};
+constexpr Referrer kReferrers[] = {
+    {&kTeaming, missingOfTeaming},
+    {&kPortTeaming, missingOfTeaming},
+    {&kVlan, missingOfVlan},
+    {&kUplinkMirrorSessions, missingOfSessions},
+    {&kPortMirrorSessions, missingOfSessions},
+};
+
+const Referrer *referrerOf(const Setting &setting) {
+    const auto *found = std::ranges::find(kReferrers, &setting, &Referrer::setting);
+    return found == std::end(kReferrers) ? nullptr : found;
+}
+
+void addSettings(Missing &missing, const Place &place, const std::string &before, const Existing &existing) {
+    for (const Referrer &referrer : kReferrers) {
+        if (referrer.setting->scope != place.scope) continue;
+        const StoredView stored = storedOf(*referrer.setting, place);
+        if (!stored[0]) continue;
+        const std::optional<Value> value = referrer.setting->decode(stored);
+        if (value && !referrer.missing(*value, existing).empty())
+            missing.push_back(before + referrer.setting->what);
+    }
+}
+
+std::set<uint64_t> privateVlansOf(const Place &global) {
+    std::set<uint64_t> ids;
+    const StoredView stored = storedOf(kPrivateVlans, global);
+    const std::optional<Value> map = stored[0] ? kPrivateVlans.decode(stored) : std::nullopt;
+    if (!map) return ids;
+    for (const Value &entry : map->list()) {
+        ids.insert(entry["primary"].number());
+        ids.insert(entry["secondary"].number());
+    }
+    return ids;
+}
+
+}  // namespace
+
+Existing existingIn(DVSSwitch *sw) {
+    const Place global{Scope::Global, sw, nullptr};
+    std::set<std::string, std::less<>> uplinks;
+    if (const std::optional<Property> stored = findProperty(global, QVS_KEY_UPLINK_NAMES)) {
+        const UplinkNames names(stored->value);
+        for (size_t i = 0; i < names.size(); i++)
+            uplinks.emplace(names[i]);
+    }
+    return {
+        .uplink = [uplinks = std::move(uplinks)](std::string_view name) { return uplinks.contains(name); },
+        .port = [sw](std::string_view id) { return lookUpPort(sw, std::string(id)) != nullptr; },
+        .privateVlan = [ids = privateVlansOf(global)](uint64_t id) { return ids.contains(id); },
+    };
+}
+
+bool refers(const Setting &setting) {
+    return referrerOf(setting) != nullptr;
+}
+
+std::vector<std::string> missingReferences(const Setting &setting, const Value &value,
+                                           const Existing &existing) {
+    const Referrer *referrer = referrerOf(setting);
+    return referrer == nullptr ? Missing{} : referrer->missing(value, existing);
+}
+
+std::vector<std::string> settingsThatMiss(DVSSwitch *sw, const Existing &existing) {
+    Missing missing;
+    addSettings(missing, {Scope::Global, sw, nullptr}, "", existing);
+    addSettings(missing, {Scope::Host, sw, nullptr}, "", existing);
+    forEachPort(sw, [&](DVSPort *port) {
+        addSettings(missing, placeOf(port), fmt::format("port {}: ", inQuotes(DVS_PortId(port))), existing);
+        return true;
+    });
+    return missing;
+}
+
+}  // namespace qvs::config
