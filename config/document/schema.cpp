@@ -114,10 +114,14 @@ Json ofRecord(std::span<const Member> members) {
 // --- settings and entries ---
 
 Json ofSetting(const Setting &setting) {
-    Json schema = {{"title", sentence(setting.what)}};
-    Json value = setting.isScalar() ? ofMember(setting.members[0]) : ofRecord(setting.members);
-    schema.update(value);
-    schema["description"] = sentence(setting.summary) + '.';
+    Json schema = {{"title", sentence(setting.what)}, {"description", sentence(setting.summary) + '.'}};
+    if (!setting.isScalar()) {
+        schema.update(ofRecord(setting.members));
+        return schema;
+    }
+    Member member = setting.members[0];
+    member.summary = setting.summary;
+    schema.update(ofMember(member));
     return schema;
 }
 

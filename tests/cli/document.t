@@ -23,7 +23,8 @@ A property is stored over a setting, and the other way round.
 
 Switches of other classes are left out.
 
-  $ qvs-host seed '{"switches": [{"alias": "hub", "id": "hub", "class": "etherswitch"}]}' >/dev/null 2>&1; qvs export hub
+  $ echo '{"switches":[{"alias":"hub","id":"hub","class":"etherswitch","version":1,"maxPorts":8,"portset":"hub","ports":["p"]}]}' >lab
+  $ qvs-host run --lab lab -- sh -c 'qvs export; qvs export hub; echo "switches: {hub: }" | qvs diff -'
 
 Bad documents.
 
