@@ -10,6 +10,7 @@
 #include "config/document/identity.h"
 #include "config/document/quoting.h"
 #include "config/document/write.h"
+#include "config/settings/families.h"
 
 namespace qvs::config {
 namespace {
@@ -42,6 +43,7 @@ class Comparison {
     bool prune_;
     std::string alias_;
     std::string port_;
+    bool ofUplink_ = false;  // the port carries an uplink
     std::vector<Change> changes_;
 };
 
@@ -60,6 +62,14 @@ std::string rawTextOf(const Setting &setting, const Part &part) {
     for (const RawProperty &property : part.properties)
         if (belongsTo(setting, property.key)) text += (text.empty() ? "" : " ") + textOf(&property);
     return text;
+}
+
+// Whether a setting holds without being told: as libqvs creates ports, those of uplinks with all VLANs, or as
+// it is when nothing is stored. Removing it changes nothing, or comes to the same again.
+bool isInitial(const Setting &setting, const Value &value, bool ofUplink) {
+    if (value == fallbackOf(setting)) return true;
+    if (&setting != &kVlan || !ofUplink) return false;
+    return value == completed(setting, Members{{"trunk", List{"1-4094"}}});
 }
 
 // The identifiers of the ports that carry uplinks, now or as it is wanted.
@@ -154,6 +164,7 @@ void Comparison::prunePart(Scope scope, const Part &now, const Part &wanted) {
     };
     for (const auto &[setting, value] : now.settings) {
         if (wanted.find(*setting) != nullptr || replacesSetting(*setting)) continue;
+        if (isInitial(*setting, value, ofUplink_)) continue;
         Change &change = add(Kind::Removed, scope, setting->name);
         change.setting = setting;
         change.before = value;
@@ -183,17 +194,18 @@ void Comparison::comparePorts(const SwitchEntry *now, const SwitchEntry &wanted)
     const PortEntry none;
     for (const PortEntry &port : wanted.ports) {
         const PortEntry *before = now == nullptr ? nullptr : now->findPort(port.id);
-        const bool carriesUplink = uplinks.contains(port.id);
         port_ = port.id;
-        if (before == nullptr && !carriesUplink) add(Kind::Added, Scope::Port, "");
+        ofUplink_ = uplinks.contains(port.id);
+        if (before == nullptr && !ofUplink_) add(Kind::Added, Scope::Port, "");
         compareIdentity(portMembers(), Scope::Port, before, port);
         comparePart(Scope::Port, before == nullptr ? none.part : before->part, port.part);
     }
     if (prune_ && now != nullptr) {
         for (const PortEntry &port : now->ports) {
-            port_ = port.id;
             if (wanted.findPort(port.id) != nullptr) continue;
-            if (uplinks.contains(port.id)) {
+            port_ = port.id;
+            ofUplink_ = uplinks.contains(port.id);
+            if (ofUplink_) {
                 prunePart(Scope::Port, port.part, none.part);
             } else {
                 add(Kind::Removed, Scope::Port, "");
@@ -201,6 +213,7 @@ void Comparison::comparePorts(const SwitchEntry *now, const SwitchEntry &wanted)
         }
     }
     port_.clear();
+    ofUplink_ = false;
 }
 
 void Comparison::compareSwitch(const SwitchEntry *now, const SwitchEntry &wanted) {

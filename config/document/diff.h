@@ -40,7 +40,8 @@ struct Change {
 
 // Lists what has to change for `now` to become `wanted`. A switch or port that is added is followed by what
 // is in it; one that is removed goes with all that is in it. What `wanted` does not name is no change unless
-// `prune` is set. The order is that of documents.
+// `prune` is set; settings that hold without being told are no change then, either. The order is that of
+// documents.
 std::vector<Change> compare(const Document &now, const Document &wanted, bool prune);
 
 }  // namespace qvs::config

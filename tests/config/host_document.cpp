@@ -145,7 +145,8 @@ TEST(Documents, AreCompared) {
     ports:
       p: {connectId: 1, vlan: {id: 10}, properties: {com.quillon.vswitch.port.security: AAEAAA==}}
       q: {vlan: {id: 5}}
-      u: {vlan: {trunk: [1-4094]}}
+      u: {vlan: {trunk: [1-4094], priority: 3}}
+      v: {vlan: {trunk: [1-4094]}, nestedVlan: off}
   b: {}
 )";
     const struct {
