@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "config/document/diff.h"
 
+#include <fmt/format.h>
+#include <qvs/keys.h>
+
 #include <algorithm>
 #include <iterator>
 #include <set>
@@ -64,12 +67,13 @@ std::string rawTextOf(const Setting &setting, const Part &part) {
     return text;
 }
 
-// Whether a setting holds without being told: as libqvs creates ports, those of uplinks with all VLANs, or as
-// it is when nothing is stored. Removing it changes nothing, or comes to the same again.
+// Whether a port has the VLAN policy that it was made with, or the one that clearing leaves. No port is
+// without one, so that there is nothing to remove.
 bool isInitial(const Setting &setting, const Value &value, bool ofUplink) {
-    if (value == fallbackOf(setting)) return true;
-    if (&setting != &kVlan || !ofUplink) return false;
-    return value == completed(setting, Members{{"trunk", List{"1-4094"}}});
+    if (&setting != &kVlan) return false;
+    const std::string all = fmt::format("1-{}", QVS_VLAN_MAX);
+    return value == fallbackOf(kVlan) ||
+           (ofUplink && value == completed(kVlan, Members{{"trunk", List{all}}}));
 }
 
 // The identifiers of the ports that carry uplinks, now or as it is wanted.

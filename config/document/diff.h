@@ -40,7 +40,7 @@ struct Change {
 
 // Lists what has to change for `now` to become `wanted`. A switch or port that is added is followed by what
 // is in it; one that is removed goes with all that is in it. What `wanted` does not name is no change unless
-// `prune` is set; settings that hold without being told are no change then, either. The order is that of
+// `prune` is set; the VLAN policy that each port is made with is no change then, either. The order is that of
 // documents.
 std::vector<Change> compare(const Document &now, const Document &wanted, bool prune);
 

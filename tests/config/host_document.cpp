@@ -147,6 +147,8 @@ TEST(Documents, AreCompared) {
       q: {vlan: {id: 5}}
       u: {vlan: {trunk: [1-4094], priority: 3}}
       v: {vlan: {trunk: [1-4094]}, nestedVlan: off}
+  d:
+    ports: {p: {vlan: {}}}
   b: {}
 )";
     const struct {
@@ -178,6 +180,8 @@ TEST(Documents, AreCompared) {
          "~a.ports.p.connectId 1 > 2\n+a.ports.p.externalId > x\n-a.ports.p.vlan {id: 10}\n"
          "-a.ports.p.properties.com.quillon.vswitch.port.security {class: 16, value: AAEAAA==}\n"
          "-a.ports.q\n-a.ports.u.vlan {trunk: [1-4094]}\n-b\n"},
+        // Each port has a VLAN policy.
+        {"switches: {d: {ports: {p: }}}", true, "-a\n-b\n"},
     };
     for (const auto &row : rows)
         EXPECT_EQ(changesOf(kNow, row.wanted, row.prune), row.changes) << row.wanted;
