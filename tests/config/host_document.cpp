@@ -173,13 +173,14 @@ TEST(Documents, AreCompared) {
          "{com.quillon.vswitch.port.vlan: "
          "AA==}}}}}",
          false,
-         "~a.ports.p.security {class: 16, value: AAEAAA==} > [promiscuous]\n"
+         "~a.ports.p.security {class: 16, value: AAEAAA==} > {promiscuous: allow, macChange: allow, forged: "
+         "allow}\n"
          "~a.ports.q.properties.com.quillon.vswitch.port.vlan {id: 5} > {class: 8, value: AA==}\n"},
         {"switches: {a: {ports: {p: {connectId: 2, externalId: x}}}}", true,
          "-a.mtu 1500\n-a.properties.k {class: 16, value: AA==}\n-a.host.learnStatic on\n"
          "~a.ports.p.connectId 1 > 2\n+a.ports.p.externalId > x\n-a.ports.p.vlan {id: 10}\n"
          "-a.ports.p.properties.com.quillon.vswitch.port.security {class: 16, value: AAEAAA==}\n"
-         "-a.ports.q\n-a.ports.u.vlan {trunk: [1-4094]}\n-b\n"},
+         "-a.ports.q\n-a.ports.u.vlan {trunk: [1-4094], priority: 3}\n-a.ports.v.nestedVlan off\n-b\n-d\n"},
         // Each port has a VLAN policy.
         {"switches: {d: {ports: {p: }}}", true, "-a\n-b\n"},
     };
