@@ -1,14 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "access/remains.h"
 
-#include <fcntl.h>
 #include <qvs/qvs.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <utility>
 
@@ -39,77 +34,13 @@ std::optional<std::string_view> portsetNameOf(DVSSwitch *sw) {
     return findText({Scope::Host, sw}, QVS_KEY_HOST_PORTSET);
 }
 
-// As long as the kernel's list has room for it.
-std::string_view cut(std::string_view name, size_t entrySize) {
-    return name.substr(0, entrySize - 1);
-}
-
-// Once in a run.
-void warnOfSilence(HYP_ReturnStatus status) {
-    static bool warned = false;
-    if (std::exchange(warned, true)) return;
-    complain("warning: {}; what is half made in the kernel does not show",
-             libraryFailure("switches of the kernel", status).message);
-}
-
-bool askNames(uint32_t selector, uint32_t entrySize, std::set<std::string, std::less<>> &names) {
-    HYP_ReturnStatus status = HYP_OK;
-    KernelList list = boundedList(
-        [&] {
-            VshypBuffer buffer;
-            status = fetch<VSHYP_GetSwitches>(buffer, selector);
-            return buffer;
-        },
-        entrySize, "switches");
-    if (!list.buffer) {
-        warnOfSilence(status);
-        return false;
-    }
-    for (uint32_t i = 0; i < list.count; i++)
-        names.emplace(boundedText(list.entry(i).data(), entrySize));
-    return true;
-}
-
 // --- the kernel's data paths ---
-
-// The switch that a portset belongs to by its properties; null for none.
-DVSSwitch *ownerOf(std::string_view portset) {
-    DVSSwitch *owner = nullptr;
-    forEachSwitch([&](DVSSwitch *sw) {
-        if (portsetNameOf(sw) == portset) owner = sw;
-        return owner == nullptr;
-    });
-    return owner;
-}
 
 // Neither a switch of the snapshot has it, nor one that the kernel alone knows and names like it.
 bool isStray(std::string_view portset, const KernelSwitches &kernel) {
     const bool named = kernel.aliases.contains(portset) &&
                        DVSState_SwitchFindByAlias(std::string(portset).c_str()) == nullptr;
-    return hasPortset(kernel, portset) && ownerOf(portset) == nullptr && !named;
-}
-
-// The library destroys a portset only together with its switch. No shell sees the name here, and the node's
-// path ends at the name.
-bool destroyPortset(const std::string &portset) {
-    if (portset.empty() || portset == "." || portset == ".." || portset.find('/') != std::string::npos)
-        return false;
-    std::string node = "/net/portsets/" + portset + "/destroy";
-    std::string words[] = {"/bin/treesh", "-e", "set", node, "destroy"};
-    char *argv[] = {words[0].data(), words[1].data(), words[2].data(),
-                    words[3].data(), words[4].data(), nullptr};
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    for (int fd : {STDOUT_FILENO, STDERR_FILENO})
-        posix_spawn_file_actions_addopen(&actions, fd, "/dev/null", O_WRONLY, 0);
-    pid_t child = 0;
-    int failure = posix_spawn(&child, argv[0], &actions, nullptr, argv, environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (failure != 0) return false;
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0)
-        if (errno != EINTR) return false;
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return hasPortset(kernel, portset) && ownerOfPortset(portset) == nullptr && !named;
 }
 
 void removePortset(const std::string &portset) {
@@ -271,18 +202,6 @@ void repairPortsets(Repairs &repairs, const KernelSwitches &kernel) {
 
 }  // namespace
 
-std::optional<KernelSwitches> askKernelSwitches() {
-    KernelSwitches kernel;
-    if (!askNames(VSHYP_SELECT_SWITCH_NAMES, VSHYP_SWITCH_NAME_ENTRY_SIZE, kernel.portsets) ||
-        !askNames(VSHYP_SELECT_SWITCH_NAMES - 1, VSHYP_SWITCH_ALIAS_ENTRY_SIZE, kernel.aliases))
-        return std::nullopt;
-    return kernel;
-}
-
-bool hasPortset(const KernelSwitches &kernel, std::string_view name) {
-    return kernel.portsets.contains(cut(name, VSHYP_SWITCH_NAME_ENTRY_SIZE));
-}
-
 std::vector<std::string> missingParts(DVSSwitch *sw, const KernelSwitches &kernel) {
     std::vector<std::string> missing;
     if (!isVswitch(sw)) return missing;
@@ -293,7 +212,7 @@ std::vector<std::string> missingParts(DVSSwitch *sw, const KernelSwitches &kerne
         missing.emplace_back("no portset name");
     } else if (!hasPortset(kernel, *portset)) {
         missing.push_back("no portset " + inQuotes(*portset));
-    } else if (alias && !kernel.aliases.contains(cut(*alias, VSHYP_SWITCH_ALIAS_ENTRY_SIZE))) {
+    } else if (alias && !hasAlias(kernel, *alias)) {
         missing.emplace_back("not associated with its portset");
     }
     return missing;
@@ -332,16 +251,6 @@ UplinkState uplinkState(DVSSwitch *sw) {
         return true;
     });
     return state;
-}
-
-std::vector<uint8_t> packList(const std::vector<std::string> &names, size_t entrySize) {
-    auto count = static_cast<uint32_t>(names.size());
-    std::vector<uint8_t> list(sizeof count + names.size() * entrySize);
-    std::memcpy(list.data(), &count, sizeof count);
-    for (size_t i = 0; i < names.size(); i++)
-        std::memcpy(&list[sizeof count + i * entrySize], names[i].data(),
-                    std::min(names[i].size(), entrySize));
-    return list;
 }
 
 std::vector<std::string> remainsOf(DVSSwitch *sw, const std::optional<KernelSwitches> &kernel) {

@@ -6,11 +6,11 @@
 #include <qvs/mesh_public.h>
 
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "config/library/portset.h"
 #include "tool/command.h"
 
 namespace qvs::cli {
@@ -21,15 +21,6 @@ struct Uplink {
     std::string name;
     std::string port;
 };
-
-// The portsets of the kernel, and the aliases of the switches that have one.
-struct KernelSwitches {
-    std::set<std::string, std::less<>> portsets;
-    std::set<std::string, std::less<>> aliases;
-};
-// Nothing, and a warning, when the kernel does not say.
-std::optional<KernelSwitches> askKernelSwitches();
-bool hasPortset(const KernelSwitches &kernel, std::string_view name);
 
 // What a switch lacks that a switch of class "vswitch" has once it is created, in words; nothing when it is
 // whole.
@@ -44,10 +35,6 @@ struct UplinkState {
     bool listed = false;                  // there is a list
 };
 UplinkState uplinkState(DVSSwitch *sw);
-
-// A list of uplinks or of their ports as it is stored: a count, and entries of one size with zeros behind the
-// name.
-std::vector<uint8_t> packList(const std::vector<std::string> &names, size_t entrySize);
 
 // Everything that is left of unfinished changes of a switch, in words.
 std::vector<std::string> remainsOf(DVSSwitch *sw, const std::optional<KernelSwitches> &kernel);

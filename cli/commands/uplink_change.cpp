@@ -9,6 +9,7 @@
 #include "access/remains.h"
 #include "commands/uplink.h"
 #include "config/library/snapshot.h"
+#include "config/library/uplink_list.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/values.h"

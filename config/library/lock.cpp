@@ -35,23 +35,11 @@ constexpr uint64_t kUnderWay = UINT64_MAX;
 
 bool holding = false;
 
-// Where the locks of the host lie. An emulated host is known by its socket.
+// Where the locks of the host lie.
 std::string lockDirectory() {
-    const char *socket = std::getenv("QVS_HOST_SOCKET");
-    if (socket == nullptr || *socket == '\0') {
-        if (geteuid() == 0) mkdir(kSystemDirectory, 0755);
-        return kSystemDirectory;
-    }
-    std::string path = socket;
-    size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, std::max<size_t>(slash, 1));
-}
-
-// Who else may write to the directory could put other files in the place of the lock.
-const char *distrust(int directory, struct stat &owner) {
-    if (fstat(directory, &owner) != 0) return std::strerror(errno);
-    if (owner.st_uid != geteuid() && owner.st_uid != 0 && geteuid() != 0) return "it belongs to another user";
-    return (owner.st_mode & S_IWOTH) != 0 ? "anybody may write to it" : nullptr;
+    if (std::optional<std::string> emulated = emulatedHostDirectory()) return *emulated;
+    if (geteuid() == 0) mkdir(kSystemDirectory, 0755);
+    return kSystemDirectory;
 }
 
 // The file belongs to whom the directory belongs to, even where root comes first.
@@ -158,6 +146,21 @@ bool isNews(off_t at) {
 std::optional<uint32_t> givenPatience;
 
 }  // namespace
+
+// Who else may write to the directory could put other files in the place of the lock.
+const char *distrust(int directory, struct stat &owner) {
+    if (fstat(directory, &owner) != 0) return std::strerror(errno);
+    if (owner.st_uid != geteuid() && owner.st_uid != 0 && geteuid() != 0) return "it belongs to another user";
+    return (owner.st_mode & S_IWOTH) != 0 ? "anybody may write to it" : nullptr;
+}
+
+std::optional<std::string> emulatedHostDirectory() {
+    const char *socket = std::getenv("QVS_HOST_SOCKET");
+    if (socket == nullptr || *socket == '\0') return std::nullopt;
+    const std::string path = socket;
+    const size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, std::max<size_t>(slash, 1));
+}
 
 uint32_t patience() {
     if (givenPatience) return *givenPatience;

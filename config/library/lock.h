@@ -3,11 +3,22 @@
 // reading and its storing.
 #pragma once
 
+#include <sys/stat.h>
+
+#include <optional>
 #include <string>
 
 #include "base/guard.h"
 
 namespace qvs {
+
+// The directory of the emulated host that this process belongs to, known by its socket; nothing on a real
+// host.
+std::optional<std::string> emulatedHostDirectory();
+
+// Why a directory is not trusted with files that other users must not put there; null when it is. Tells to
+// whom it belongs.
+const char *distrust(int directory, struct stat &owner);
 
 // How long a run waits, in seconds: for the host to answer, and for other runs to end.
 inline constexpr uint32_t kMostPatience = 86400;

@@ -52,4 +52,16 @@ class UplinkList {
 using UplinkNames = UplinkList<VSDVS_UplinkName>;
 using UplinkPorts = UplinkList<VSDVS_UplinkPort>;
 
+// A list of uplinks or of their ports as it is stored: a count, and entries of one size with zeros behind the
+// name.
+inline std::vector<uint8_t> packList(const std::vector<std::string> &names, size_t entrySize) {
+    auto count = static_cast<uint32_t>(names.size());
+    std::vector<uint8_t> list(sizeof count + names.size() * entrySize);
+    std::memcpy(list.data(), &count, sizeof count);
+    for (size_t i = 0; i < names.size(); i++)
+        std::memcpy(&list[sizeof count + i * entrySize], names[i].data(),
+                    std::min(names[i].size(), entrySize));
+    return list;
+}
+
 }  // namespace qvs
