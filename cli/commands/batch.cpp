@@ -3,11 +3,17 @@
 #include <qvs/qvs.h>
 
 #include <algorithm>
+#include <functional>
 #include <set>
+#include <span>
 #include <sstream>
 
 #include "access/library.h"
+#include "access/record.h"
+#include "access/settle.h"
 #include "commands/nouns.h"
+#include "config/apply/recover.h"
+#include "config/apply/transaction.h"
 #include "config/library/host.h"
 #include "config/library/lock.h"
 #include "config/library/snapshot.h"
@@ -128,6 +134,58 @@ class Touched {
     std::set<std::string> paths_;
 };
 
+// Runs the lines. What a line fails with goes to `failed`, which throws it or lets the next line run.
+void runLines(std::span<const Line> lines, Touched &touched,
+              const std::function<void(const Failure &)> &failed) {
+    const uint32_t wait = patience();
+    for (const Line &line : lines) {
+        try {
+            if (line.call.command->run.access != Access::Local && touched.overlaps(line.call)) {
+                requireState(loadSnapshot());
+                touched.forget();
+            }
+            // Even a change that fails may have begun.
+            touched.add(line.call);
+            setPatience(wait);
+            execute(line.call);
+        } catch (Failure &failure) {
+            failure.message = fmt::format("line {}: {}", line.number, failure.message);
+            failed(failure);
+        }
+    }
+}
+
+// All lines or none. What they name is recorded as a whole before the first of them runs.
+void runAtomic(const std::vector<Line> &lines) {
+    settle();
+    const Lock lock(Guard::Everything, "");
+    if (lock.behind()) requireState(loadSnapshot());
+    config::Recorder recorder;
+    for (const Line &line : lines) {
+        try {
+            recordSwitches(recorder, line.call);
+        } catch (Failure &failure) {
+            failLine(line.number, std::move(failure));
+        }
+    }
+    Touched touched;
+    config::Interruptions interruptions;
+    config::Transaction transaction(recorder.before());
+    try {
+        for (const Line &line : lines) {
+            runLines({&line, 1}, touched, [](const Failure &failure) { throw Failure(failure); });
+            if (const char *signal = interruptions.take())
+                fail(Exit::Failed, "line {}: {} came in", line.number, signal);
+        }
+    } catch (Failure &failure) {
+        const config::Restored restored = transaction.undo();
+        complain("{}", failure.message);
+        config::requireRestored(restored);
+        throw Failure{failure.exit, "all lines were undone"};
+    }
+    transaction.commit();
+}
+
 void runBatch(const Arguments &arguments, Output &out) {
     // A device that gives zeros for ever is refused as soon as the first is there.
     auto hasNul = [](Bytes piece) { return std::find(piece.begin(), piece.end(), 0) != piece.end(); };
@@ -135,33 +193,33 @@ void runBatch(const Arguments &arguments, Output &out) {
     std::istringstream text(std::string(bytes.begin(), bytes.end()));
     std::vector<Line> lines = readLines(text, out.json());
 
-    const uint32_t wait = patience();
+    if (arguments.given("--atomic")) return runAtomic(lines);
+    const bool goesOn = arguments.given("--keep-going");
     Touched touched;
-    for (const Line &line : lines) {
-        try {
-            if (line.call.command->run.access != Access::Local && touched.overlaps(line.call)) {
-                requireState(loadSnapshot());
-                touched.forget();
-            }
-            // Even a change that fails may have begun, but then this was the last one.
-            touched.add(line.call);
-            setPatience(wait);
-            execute(line.call);
-        } catch (const Failure &failure) {
-            failLine(line.number, failure);
-        }
-    }
+    runLines(lines, touched, [&](const Failure &failure) {
+        if (!goesOn || failure.exit == Exit::NoHost || failure.exit == Exit::NoAnswer) throw failure;
+        complain("{}", failure.message);
+        out.exitWith(static_cast<int>(Exit::Failed));
+    });
 }
 
 const Command kRows[] = {
     {.words = "batch",
      .summary = "run the commands of a file, one a line, up to the first that fails",
      .arguments = {{"FILE", "file of commands, or - for standard input", Kind::File}},
+     .options = {{.name = "--atomic",
+                  .value = nullptr,
+                  .summary = "undo all lines when one fails or the run is ended",
+                  .excludes = "--keep-going"},
+                 {"--keep-going", nullptr, "run the lines behind one that fails, too, and exit with 1"}},
      .details =
          "All lines are read before the first runs, and their commands, options and numbers of arguments are "
          "checked; a value is checked when its line runs, behind the changes of the lines before it. Words "
          "are separated by blanks; quotes and backslashes work as in a shell, nothing is expanded, # begins "
-         "a comment. With --json every command prints its own JSON.",
+         "a comment. With --json every command prints its own JSON. With --atomic the lines keep other runs "
+         "from changing anything meanwhile, and only change what is stored: a line whose change cannot be "
+         "undone is refused before the first line runs. A run that was killed is undone by the next run that "
+         "changes anything.",
      .example = "qvs batch changes.txt",
      .run = writes(runBatch),
      .guard = Guard::None},

@@ -38,6 +38,7 @@ extern const std::span<const Command> kPropCommands;
 extern const std::span<const Command> kDocumentCommands;
 extern const std::span<const Command> kDumpCommands;
 extern const std::span<const Command> kStatusCommands;
+extern const std::span<const Command> kApplyCommands;
 extern const std::span<const Command> kBatchCommands;
 
 }  // namespace qvs::cli

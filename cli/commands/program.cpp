@@ -2,11 +2,15 @@
 // qvs as a program: its commands, and what is done before and after each of them.
 #include "tool/program.h"
 
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "access/library.h"
+#include "access/settle.h"
 #include "base/text.h"
 #include "commands/nouns.h"
+#include "config/apply/recover.h"
 #include "config/library/host.h"
 #include "config/library/lock.h"
 #include "config/library/snapshot.h"
@@ -28,8 +32,15 @@ std::string lockName(const Arguments &arguments) {
 
 void runLocked(const Call &call, Output &out) {
     const bool writes = call.command->run.access == Access::Writes;
-    const Lock lock(writes ? call.command->guard : Guard::None, lockName(call.arguments));
-    if (lock.behind()) requireState(loadSnapshot());
+    const Guard guard = writes ? call.command->guard : Guard::None;
+    if (guard != Guard::None) settle();
+    std::optional<Lock> lock(std::in_place, guard, lockName(call.arguments));
+    while (guard != Guard::None && config::pendingJournal() != config::Pending::Nothing) {
+        lock.reset();
+        settle();
+        lock.emplace(guard, lockName(call.arguments));
+    }
+    if (lock->behind()) requireState(loadSnapshot());
     call.command->run(call.arguments, out);
 }
 
@@ -97,7 +108,8 @@ constexpr Passage kExitCodes[] = {
     {.text = "exists already, or exists and differs", .term = "4"},
     {.text = "no hypercore on this machine", .term = "5"},
     {.text = "the host does not answer", .term = "6"},
-    {.text = "locked by another run", .term = "7"},
+    {.text = "locked by another run, or by a change that waits to be confirmed", .term = "7"},
+    {.text = "not confirmed at the terminal", .term = "8"},
 };
 constexpr Passage kSeeAlso[] = {{"qvs-host(1), libqvs(7)"}};
 constexpr Section kSections[] = {{"Exit status", kExitCodes}, {"See also", kSeeAlso}};
@@ -137,6 +149,7 @@ std::span<const Noun> nouns() {
         {"export", "the configuration of the host as a document", kDocumentCommands},
         {"dump", "the whole state as text", kDumpCommands},
         {"status", "statuses of the library", kStatusCommands},
+        {"apply", "a document as a whole", kApplyCommands},
         {"batch", "many commands in one run", kBatchCommands},
         {"tool", "the tool itself", kToolCommands},
     };

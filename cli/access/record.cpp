@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "access/record.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "config/library/snapshot.h"
+#include "tool/failure.h"
+#include "tool/run.h"
+
+namespace qvs::cli {
+namespace {
+
+// They change what the kernel alone holds, or what is not known before.
+constexpr std::string_view kNotUndone[] = {
+    "livetrace create", "mac add",       "mac remove",          "spf plumb", "spf unplumb", "trace start",
+    "trace clear",      "switch repair", "switch refresh-numa", "uplink up", "uplink down",
+};
+
+bool changesNothingStored(const Call &call) {
+    const Run &run = call.command->run;
+    const bool listed =
+        std::find(std::begin(kNotUndone), std::end(kNotUndone), call.command->words) != std::end(kNotUndone);
+    return listed || (run.touches != nullptr && run.touches(call.arguments).empty());
+}
+
+bool isCreated(const config::Recorder &recorder, std::string_view alias) {
+    const auto &switches = recorder.before().switches;
+    return std::any_of(switches.begin(), switches.end(), [&](const auto &sw) { return sw.alias == alias; });
+}
+
+void recordNew(config::Recorder &recorder, const Arguments &arguments) {
+    const std::string &alias = arguments.text("ALIAS");
+    recorder.newSwitch(arguments.given("--id") ? arguments.text("--id") : config::defaultSwitchId(alias),
+                       alias, arguments.given("--portset") ? arguments.text("--portset") : alias);
+}
+
+}  // namespace
+
+void recordSwitches(config::Recorder &recorder, const Call &call) {
+    if (call.command->run.access != Access::Writes) return;
+    const std::string_view words = call.command->words;
+    if (changesNothingStored(call)) fail(Exit::Usage, "qvs {} cannot be undone", words);
+    const bool creates = call.arguments.given("ALIAS");
+    const std::string &name = call.arguments.text(creates ? "ALIAS" : "SWITCH");
+    DVSSwitch *sw =
+        call.arguments.given("--by-id") ? findSwitchById(name) : DVSState_SwitchFindByAlias(name.c_str());
+    if (sw != nullptr) recorder.wholeSwitch(sw);
+    if (sw != nullptr && words == "mtu set") recorder.mtu(sw);
+    if (creates) recordNew(recorder, call.arguments);
+    if (sw == nullptr && words == "switch destroy" && !isCreated(recorder, name) &&
+        !call.arguments.given("--if-exists"))
+        fail(Exit::Usage, "{} is no whole switch, so that its removal cannot be undone", named(name));
+}
+
+}  // namespace qvs::cli

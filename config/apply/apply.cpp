@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "config/apply/apply.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "config/document/export.h"
+#include "config/library/call.h"
+#include "config/library/host.h"
+#include "config/library/lock.h"
+#include "config/library/snapshot.h"
+
+namespace qvs::config {
+namespace {
+
+bool isSame(const Change &left, const Change &right) {
+    return left.kind == right.kind && left.path() == right.path() && left.before == right.before &&
+           left.after == right.after && left.beforeText == right.beforeText;
+}
+
+void requireAgreed(const std::vector<Change> &agreed, const std::vector<Change> &found) {
+    if (std::equal(agreed.begin(), agreed.end(), found.begin(), found.end(), isSame)) return;
+    fail(Exit::Differs,
+         "the host was changed meanwhile, so that the plan is another one; nothing was changed");
+}
+
+// Runs the steps. Throws what ends them.
+void runSteps(const Plan &plan, const ApplyOptions &options, const Progress &progress) {
+    Stage stage = Stage::Switches;
+    const size_t total = plan.steps.size();
+    for (size_t done = 0; done < total; done++) {
+        const Step &step = plan.steps[done];
+        if (const char *signal = options.interrupted ? options.interrupted() : nullptr)
+            fail(Exit::Failed, "{} came in before {}", signal, step.what);
+        if (std::exchange(stage, step.stage) != step.stage) requireState(loadSnapshot());
+        if (progress) progress(done, total, step.what);
+        const SignalsHeld held;
+        require(step.run(), step.what);
+    }
+    if (progress) progress(total, total, "");
+}
+
+// The snapshot is that of the lock.
+ApplyResult carryOut(const Document &wanted, const ApplyOptions &options, const Progress &progress) {
+    ApplyResult result;
+    std::vector<std::string> warnings;
+    result.changes = changesFor(wanted, options, warnings);
+    if (options.agreed != nullptr) requireAgreed(*options.agreed, result.changes);
+    if (result.changes.empty()) return result;
+    Plan plan = planOf(result.changes, wanted, options.prune);
+    Transaction transaction(std::move(plan.before));
+    try {
+        runSteps(plan, options, progress);
+        if (options.confirmSeconds != 0) {
+            result.deadline = transaction.commitForNow(options.confirmSeconds);
+        } else {
+            transaction.commit();
+        }
+        result.outcome = ApplyResult::Outcome::Applied;
+    } catch (const Failure &failure) {
+        result.problem = failure.message;
+        result.undone = transaction.undo();
+        result.outcome =
+            result.undone.complete() ? ApplyResult::Outcome::Undone : ApplyResult::Outcome::NotUndone;
+    }
+    return result;
+}
+
+}  // namespace
+
+std::vector<Change> changesFor(const Document &wanted, const ApplyOptions &options,
+                               std::vector<std::string> &warnings) {
+    Document only = wanted;
+    if (!options.switches.empty()) {
+        std::erase_if(only.switches, [&](const SwitchEntry &sw) {
+            return std::find(options.switches.begin(), options.switches.end(), sw.alias) ==
+                   options.switches.end();
+        });
+    }
+    // Only what may change is looked at.
+    if (options.prune && options.switches.empty())
+        return compare(exportDocument({}, {}, warnings), only, options.prune);
+    std::vector<std::string> there;
+    for (const SwitchEntry &sw : only.switches)
+        if (DVSState_SwitchFindByAlias(sw.alias.c_str()) != nullptr) there.push_back(sw.alias);
+    return compare(there.empty() ? Document{} : exportDocument(there, {}, warnings), only, options.prune);
+}
+
+ApplyResult applyDocument(const Document &wanted, const ApplyOptions &options, const Progress &progress) {
+    const Lock lock(Guard::Everything, "");
+    requireState(loadSnapshot());
+    if (pendingJournal() != Pending::Nothing) {
+        settlePending();
+        requireState(loadSnapshot());
+    }
+    return carryOut(wanted, options, progress);
+}
+
+}  // namespace qvs::config

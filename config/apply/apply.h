@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+// Carrying out a document: all of it or nothing.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "config/apply/plan.h"
+#include "config/apply/recover.h"
+#include "config/apply/transaction.h"
+#include "config/document/diff.h"
+#include "config/document/document.h"
+
+namespace qvs::config {
+
+struct ApplyOptions {
+    bool prune = false;                 // what the document does not name is removed
+    std::vector<std::string> switches;  // the only ones that count; all when empty
+    uint32_t confirmSeconds = 0;        // undone unless it is confirmed within this time; 0: kept
+    // The changes that the user has agreed to. When others are found, nothing is changed.
+    const std::vector<Change> *agreed = nullptr;
+    // The name of a signal that came in; null for none. Looked at between steps.
+    std::function<const char *()> interrupted;
+};
+
+// Told of each step before it runs, and with `done` equal to `total` at the end.
+using Progress = std::function<void(size_t done, size_t total, const std::string &what)>;
+
+struct ApplyResult {
+    enum class Outcome { Unchanged, Applied, Undone, NotUndone };
+    Outcome outcome = Outcome::Unchanged;
+    std::vector<Change> changes;
+    uint64_t deadline = 0;  // on the clock of bootTime(), of a change that has to be confirmed
+    std::string problem;    // why it was undone
+    Restored undone;        // and what of it is left
+};
+
+// What a document changes, compared with the loaded snapshot. Warnings name what the snapshot has and no
+// document can express in the members of a setting.
+std::vector<Change> changesFor(const Document &wanted, const ApplyOptions &options,
+                               std::vector<std::string> &warnings);
+
+// Takes the lock of everything, and compares with what is there then. Throws before anything is changed.
+// Afterwards the result tells.
+ApplyResult applyDocument(const Document &wanted, const ApplyOptions &options, const Progress &progress = {});
+
+}  // namespace qvs::config
