@@ -28,15 +28,19 @@ void requireAgreed(const std::vector<Change> &agreed, const std::vector<Change> 
 void runSteps(const Plan &plan, const ApplyOptions &options, const Progress &progress) {
     Stage stage = Stage::Switches;
     const size_t total = plan.steps.size();
+    const auto stopAtSignal = [&](const std::string &next) {
+        if (const char *signal = options.interrupted ? options.interrupted() : nullptr)
+            fail(Exit::Failed, "{} came in before {}", signal, next);
+    };
     for (size_t done = 0; done < total; done++) {
         const Step &step = plan.steps[done];
-        if (const char *signal = options.interrupted ? options.interrupted() : nullptr)
-            fail(Exit::Failed, "{} came in before {}", signal, step.what);
+        stopAtSignal(step.what);
         if (std::exchange(stage, step.stage) != step.stage) requireState(loadSnapshot());
         if (progress) progress(done, total, step.what);
         const SignalsHeld held;
         require(step.run(), step.what);
     }
+    stopAtSignal("the end");
     if (progress) progress(total, total, "");
 }
 

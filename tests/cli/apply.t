@@ -1,0 +1,151 @@
+A document is carried out as a whole, and a second time changes nothing.
+
+  $ printf 'switches:\n  sw1:\n    uplinks: [up]\n    ports:\n      web: {vlan: {id: 10}}\n      db: {}\n' >doc.yaml
+  $ qvs apply doc.yaml
+  qvs: nobody can be asked without a terminal; --yes applies the document without asking
+  ? 2
+  $ qvs apply - --dry-run <doc.yaml
+  + switches.sw1
+  + switches.sw1.uplinks: [up]
+  + switches.sw1.ports.db
+  + switches.sw1.ports.web
+  + switches.sw1.ports.web.vlan: {id: 10}
+  $ qvs apply doc.yaml --yes
+  + switches.sw1
+  + switches.sw1.uplinks: [up]
+  + switches.sw1.ports.db
+  + switches.sw1.ports.web
+  + switches.sw1.ports.web.vlan: {id: 10}
+  sw1: changed
+  sw1/db: changed
+  sw1/web: changed
+  $ qvs apply doc.yaml --yes
+  nothing to change
+  $ qvs apply doc.yaml --yes --json
+  {"outcome":"unchanged","changes":[]}
+  $ qvs port list sw1 --names
+  up
+  db
+  web
+  $ sed -i 's/id: 10/id: 5000/; s/db:/db: 7 #/' doc.yaml; qvs apply doc.yaml --yes
+  qvs: doc.yaml:5:24: switches.sw1.ports.web.vlan.id: 5000 is beyond 4094
+  qvs: doc.yaml:6:11: switches.sw1.ports.db: is a single value, not a mapping
+  ? 2
+  $ qvs apply --yes
+  qvs: FILE or --recover is needed
+  ? 2
+
+On a terminal it asks, and changes nothing without a yes.
+
+  $ printf 'switches: {sw1: {ports: {db: {vlan: {id: 11}}}}}' >doc.yaml
+  $ (sleep 0.5; echo n) | script -qec 'qvs apply doc.yaml' log >asked; grep -c '\[y/N\]' asked; qvs apply doc.yaml --dry-run
+  1
+  ~ switches.sw1.ports.db.vlan: {} -> {id: 11}
+  $ (sleep 0.5; echo n) | script -qec 'qvs apply doc.yaml; echo "? $?"' log | tr -d '\r' | grep -o '? [0-9]$'
+  ? 1
+  $ (sleep 0.5; echo y) | script -qec 'qvs apply doc.yaml; echo "? $?"' log | grep -o 'db: changed'
+  db: changed
+
+What fails is undone.
+
+  $ printf 'switches: {sw1: {ports: {db: {vlan: {id: 12}}, new: {}, web: {vlan: {id: 13}}}}}' >doc.yaml
+  $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --status 0xbad0004; qvs apply doc.yaml --yes
+  ~ switches.sw1.ports.db.vlan: {id: 11} -> {id: 12}
+  + switches.sw1.ports.new
+  ~ switches.sw1.ports.web.vlan: {id: 10} -> {id: 13}
+  qvs: switch 'sw1': port 'web': vlan: Busy (0xbad0004)
+  qvs: everything was undone
+  ? 1
+  $ qvs port list sw1 --names; qvs apply doc.yaml --dry-run; ls ../state | grep journal
+  up
+  db
+  web
+  ~ switches.sw1.ports.db.vlan: {id: 11} -> {id: 12}
+  + switches.sw1.ports.new
+  ~ switches.sw1.ports.web.vlan: {id: 10} -> {id: 13}
+  ? 1
+
+A run that was killed is undone by the next one that changes anything; reading does not.
+
+  $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; sh -c 'timeout -s KILL 0.4 qvs apply doc.yaml --yes >log; true' 2>log; sleep 0.5; qvs port list sw1 --names
+  /work/wt/apply/tests/cli/transcript: line 19: 29894 Killed                  timeout -s KILL 0.4 qvs apply doc.yaml --yes > log 2>&1
+  up
+  db
+  web
+  new
+  $ qvs port add sw1 more
+  qvs: a change that an earlier run did not finish was undone
+  sw1/more: changed
+  $ qvs port list sw1 --names; qvs apply --recover
+  up
+  db
+  web
+  more
+  nothing to undo
+  $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; sh -c 'timeout -s KILL 0.4 qvs apply doc.yaml --yes >log; true' 2>log; qvs apply --recover
+  /work/wt/apply/tests/cli/transcript: line 19: 30361 Killed                  timeout -s KILL 0.4 qvs apply doc.yaml --yes > log 2>&1
+  undone
+  $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; timeout -s TERM 0.4 qvs apply doc.yaml --yes 2>&1 | grep -v '^[+~]'
+  sw1/db: changed
+  sw1/new: changed
+  sw1/web: changed
+
+Of two at once the second waits, or is refused.
+
+  $ sed 's/13/14/' doc.yaml >other.yaml; qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 1500; (qvs apply doc.yaml --yes >log & sleep 0.3; qvs apply other.yaml --yes --timeout 1 2>&1 | grep -o 'did not end.*'; qvs apply other.yaml --yes | tail -1; wait); qvs port vlan get sw1 web | grep VLAN
+  nothing to change
+  VLAN:      14
+
+What is not confirmed in time is undone. Meanwhile nothing else is changed.
+
+  $ qvs confirm
+  qvs: nothing waits to be confirmed
+  ? 3
+  $ qvs apply doc.yaml --yes --confirm 2 | tail -1; qvs port add sw1 x 2>&1 | sed 's/for [0-9]* s/for N s/'; sleep 2.5; qvs port vlan get sw1 web | grep VLAN; qvs apply --recover
+  qvs: 'qvs confirm' keeps this; otherwise it is undone in 2 s
+  sw1/web: changed
+  qvs: a change waits to be confirmed, for N s more; 'qvs confirm' keeps it, 'qvs apply --recover' undoes it
+  VLAN:      14
+  nothing to undo
+  $ qvs apply doc.yaml --yes --confirm 100 | tail -1; qvs confirm; qvs port vlan get sw1 web | grep VLAN; qvs confirm
+  qvs: 'qvs confirm' keeps this; otherwise it is undone in 100 s
+  sw1/web: changed
+  confirmed
+  VLAN:      13
+  qvs: nothing waits to be confirmed
+  ? 3
+  $ qvs apply other.yaml --yes --confirm 100 | tail -1; qvs apply --recover; qvs port vlan get sw1 web | grep VLAN
+  qvs: 'qvs confirm' keeps this; otherwise it is undone in 100 s
+  sw1/web: changed
+  undone
+  VLAN:      13
+
+A batch that is atomic has the same way back; one that keeps going reports what fails.
+
+  $ printf '%s\n' 'switch create sw2' 'port remove sw1 web' 'port remove sw1 db' 'port add sw1 up' >lines
+  $ qvs batch --atomic lines
+  sw2: changed
+  sw1/web: changed
+  sw1/db: changed
+  qvs: line 4: switch 'sw1': port 'up': Already exists (0xbad0005)
+  qvs: all lines were undone
+  ? 4
+  $ qvs switch list --names; qvs port list sw1 --names; qvs port vlan get sw1 web | grep VLAN
+  sw1
+  up
+  more
+  new
+  db
+  web
+  VLAN:      13
+  $ printf '%s\n' 'port add sw1 y' 'switch refresh-numa sw1' | qvs batch --atomic -
+  qvs: line 2: qvs switch refresh-numa cannot be undone
+  ? 2
+  $ printf '%s\n' 'port add sw1 y' 'port add sw1 y' 'port add sw1 z' | qvs batch --keep-going -
+  sw1/y: changed
+  qvs: line 2: switch 'sw1': port 'y': Already exists (0xbad0005)
+  sw1/z: changed
+  ? 1
+  $ printf '%s\n' 'port remove sw1 y' 'port remove sw1 z' | qvs batch --atomic -
+  sw1/y: changed
+  sw1/z: changed

@@ -1,0 +1,325 @@
+// SPDX-License-Identifier: Apache-2.0
+// Documents are carried out as a whole or not at all: whichever request fails, and wherever the run ends.
+#include "config/apply/apply.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <iterator>
+
+#include "config/document/reader.h"
+#include "config/library/snapshot.h"
+#include "support/host.h"
+
+namespace qvs::test {
+namespace {
+
+using config::ApplyOptions;
+using config::ApplyResult;
+using config::Document;
+using Outcome = config::ApplyResult::Outcome;
+
+constexpr const char *kStart = R"(
+switches:
+  hall:
+    uplinks: [left]
+    mtu: 2000
+    properties: {com.example.gone: AAEC}
+    ports:
+      kept: {vlan: {id: 5}, properties: {com.example.x: {class: 8, value: AAEC}}}
+      gone: {vlan: {trunk: [1-9], priority: 3}, nestedVlan: on}
+  yard:
+    ports: {p: {vlan: {id: 7}}}
+)";
+
+// With --prune this creates, changes and removes one of everything.
+constexpr const char *kWanted = R"(
+switches:
+  hall:
+    uplinks: [right]
+    mtu: 9000
+    privateVlans: [{primary: 100, secondary: 101, type: isolated}]
+    host: {macLearning: {aging: 300, limit: 1024}}
+    ports:
+      kept: {vlan: {trunk: [20-30]}, properties: {com.example.x: AAED}, blocked: on}
+      added: {vlan: {id: 9, priority: 2}}
+  attic:
+    maxPorts: 16
+    uplinks: [u]
+    ports: {q: {vlan: {id: 8}}}
+)";
+
+Document documentOf(const char *text) {
+    std::vector<config::Problem> problems;
+    Document document = config::readDocument(text, "test", problems);
+    for (const config::Problem &problem : problems)
+        ADD_FAILURE() << messageOf(problem);
+    return document;
+}
+
+ApplyResult applyText(const char *text) {
+    ApplyOptions options;
+    options.prune = true;
+    return config::applyDocument(documentOf(text), options);
+}
+
+// The state of the configuration: without what the kernel counts, and in the order of names.
+std::string stateAfter(const char *text) {
+    resetHost();
+    EXPECT_EQ(applyText(text).outcome, Outcome::Applied);
+    return hostState();
+}
+
+std::string journal() {
+    return std::getenv("QVS_HOST_STATE") + std::string("/qvs.journal");
+}
+bool hasJournal() {
+    struct stat found;
+    return lstat(journal().c_str(), &found) == 0;
+}
+
+// What applying comes to when a request fails: the outcome, or the message of what was thrown before anything
+// was changed.
+std::string attempt() {
+    try {
+        switch (const ApplyResult result = applyText(kWanted); result.outcome) {
+            case Outcome::Unchanged:
+                return "unchanged";
+            case Outcome::Applied:
+                return "applied";
+            case Outcome::Undone:
+                return "undone";
+            case Outcome::NotUndone:
+                return "not undone";
+        }
+    } catch (const Failure &failure) {
+        return "refused";
+    }
+    return "?";
+}
+
+TEST(Apply, SecondChangesNothing) {
+    const std::string state = stateAfter(kWanted);
+    EXPECT_EQ(applyText(kWanted).outcome, Outcome::Unchanged);
+    EXPECT_EQ(hostState(), state);
+    EXPECT_EQ(applyText(kStart).outcome, Outcome::Applied);
+    EXPECT_EQ(applyText(kStart).outcome, Outcome::Unchanged);
+    EXPECT_FALSE(hasJournal());
+}
+
+struct Way {
+    const char *match;
+    const char *action;
+};
+constexpr Way kWays[] = {{"state ", R"("status":"0xbad00d7")"}, {"shell ", R"("exit":1)"}};
+
+// One request fails, each in turn.
+TEST(Apply, UndoesWhateverFailsOnce) {
+    const std::string start = stateAfter(kStart);
+    for (const Way &way : kWays) {
+        for (int nth = 1;; nth++) {
+            ASSERT_LT(nth, 500);
+            SCOPED_TRACE(std::string(way.match) + std::to_string(nth));
+            addFault(way.match, way.action, nth);
+            const std::string outcome = attempt();
+            ASSERT_FALSE(hasJournal());
+            if (outcome == "applied") break;
+            ASSERT_TRUE(outcome == "undone" || outcome == "refused") << outcome;
+            ASSERT_EQ(hostState(), start);
+        }
+        EXPECT_EQ(hostState(), stateAfter(kWanted));
+        ASSERT_EQ(stateAfter(kStart), start);
+    }
+}
+
+// From one request on all fail, until the host is healed.
+TEST(Apply, UndoesOnTheHealedHost) {
+    const std::string start = stateAfter(kStart);
+    for (const Way &way : kWays) {
+        for (int nth = 1;; nth++) {
+            ASSERT_LT(nth, 500);
+            SCOPED_TRACE(std::string(way.match) + std::to_string(nth));
+            addFault(way.match, way.action, nth, kFromThenOn);
+            const std::string outcome = attempt();
+            ASSERT_EQ(hasJournal(), outcome == "not undone") << outcome;
+            if (outcome == "applied") break;
+            clearFaults();
+            const config::Restored restored = config::recover();
+            ASSERT_TRUE(restored.complete()) << restored.left[0] << restored.problem;
+            ASSERT_FALSE(hasJournal());
+            ASSERT_EQ(hostState(), start);
+        }
+        ASSERT_EQ(stateAfter(kStart), start);
+    }
+}
+
+TEST(Apply, SaysWhatIsLeft) {
+    stateAfter("switches: {sw1: {ports: {a: {properties: {com.example.x: AAEC}}}}}");
+    addFault("PortDataSet*com.example.z", R"("status":"0xbad0004")");
+    addFault("PortRemove", R"("status":"0xbad0004")", 1, kFromThenOn);
+    addFault("PortDataClear", R"("status":"0xbad0004")", 1, kFromThenOn);
+    ApplyOptions options;
+    const ApplyResult result = config::applyDocument(
+        documentOf("switches: {sw1: {ports: {a: {properties: {com.example.y: AA==}}, b: {properties: "
+                   "{com.example.z: AA==}}}}}"),
+        options);
+    EXPECT_EQ(result.outcome, Outcome::NotUndone);
+    EXPECT_EQ(result.problem, "switch 'sw1': port 'b': com.example.z: Busy (0xbad0004)");
+    const std::vector<std::string> left = {"switch 'sw1': port 'a': property 'com.example.y' is still stored",
+                                           "switch 'sw1': port 'b' is still there"};
+    EXPECT_EQ(result.undone.left, left);
+    clearFaults();
+    EXPECT_EQ(config::pendingJournal(), config::Pending::Interrupted);
+    EXPECT_EQ(config::settlePending(), "a change that an earlier run did not finish was undone");
+    EXPECT_EQ(config::pendingJournal(), config::Pending::Nothing);
+}
+
+TEST(Apply, StopsBetweenSteps) {
+    const std::string start = stateAfter(kStart);
+    ApplyOptions options;
+    options.interrupted = [looks = 0]() mutable { return ++looks == 3 ? "SIGTERM" : nullptr; };
+    const ApplyResult result = config::applyDocument(documentOf(kWanted), options);
+    EXPECT_EQ(result.outcome, Outcome::Undone);
+    EXPECT_EQ(result.problem, "SIGTERM came in before switch 'attic': port 'q'");
+    EXPECT_EQ(hostState(), start);
+}
+
+TEST(Apply, RefusesWhatCannotBe) {
+    const std::string start = stateAfter(kStart);
+    struct Case {
+        const char *document, *message;
+    };
+    const Case cases[] = {
+        {"switches: {hall: {maxPorts: 7}}",
+         "switch 'hall': maxPorts is 128 and cannot become 7; remove what has it first"},
+        {"switches: {new: {portset: yard}}",
+         "switch 'new': portset 'yard' exists in the kernel; name another one, or remove it first"},
+    };
+    for (const Case &each : cases) {
+        try {
+            config::applyDocument(documentOf(each.document), {});
+            ADD_FAILURE() << each.document;
+        } catch (const Failure &failure) {
+            EXPECT_EQ(failure.message, each.message);
+        }
+        EXPECT_EQ(hostState(), start);
+        EXPECT_FALSE(hasJournal());
+    }
+}
+
+TEST(Confirm, KeepsOrUndoes) {
+    const std::string start = stateAfter(kStart);
+    ApplyOptions options;
+    options.prune = true;
+    options.confirmSeconds = 60;
+    EXPECT_FALSE(config::confirm());
+    for (const bool confirmed : {false, true}) {
+        ASSERT_EQ(config::applyDocument(documentOf(kWanted), options).outcome, Outcome::Applied);
+        EXPECT_EQ(config::pendingJournal(), config::Pending::Waits);
+        EXPECT_TRUE(config::recover(config::Recover::NotWhatWaits).complete());
+        EXPECT_THROW(config::applyDocument(documentOf(kStart), options), Failure);
+        if (confirmed) {
+            EXPECT_TRUE(config::confirm());
+        } else {
+            EXPECT_TRUE(config::recover().complete());
+            EXPECT_EQ(hostState(), start);
+        }
+        EXPECT_EQ(config::pendingJournal(), config::Pending::Nothing);
+    }
+    EXPECT_EQ(hostState(), stateAfter(kWanted));
+}
+
+TEST(Confirm, ComesTooLate) {
+    const std::string start = stateAfter(kStart);
+    ApplyOptions options;
+    options.confirmSeconds = 1;
+    ASSERT_EQ(config::applyDocument(documentOf(kWanted), options).outcome, Outcome::Applied);
+    sleep(2);
+    EXPECT_EQ(config::pendingJournal(), config::Pending::Expired);
+    EXPECT_THROW(config::confirm(), Failure);
+    EXPECT_EQ(hostState(), start);
+    EXPECT_FALSE(hasJournal());
+}
+
+// --- the file ---
+
+std::string contents() {
+    std::ifstream file(journal(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+void write(const std::string &text) {
+    unlink(journal().c_str());
+    std::ofstream(journal(), std::ios::binary) << text;
+    chmod(journal().c_str(), 0600);
+}
+std::string refusal() {
+    try {
+        config::pendingJournal();
+    } catch (const Failure &failure) {
+        return failure.message.substr(failure.message.rfind("': ") + 3);
+    }
+    return "";
+}
+
+TEST(Journal, IsForItsOwnerAlone) {
+    stateAfter(kStart);
+    ApplyOptions options;
+    options.confirmSeconds = 60;
+    ASSERT_EQ(config::applyDocument(documentOf(kWanted), options).outcome, Outcome::Applied);
+    struct stat found;
+    ASSERT_EQ(stat(journal().c_str(), &found), 0);
+    EXPECT_EQ(found.st_mode, S_IFREG | 0600u);
+    EXPECT_EQ(found.st_uid, geteuid());
+    EXPECT_TRUE(config::confirm());
+}
+
+TEST(Journal, IsNotTrustedWhenItIsNoJournal) {
+    stateAfter(kStart);
+    ApplyOptions options;
+    options.confirmSeconds = 60;
+    ASSERT_EQ(config::applyDocument(documentOf(kWanted), options).outcome, Outcome::Applied);
+    const std::string text = contents();
+    const std::string state = hostState();
+
+    // Cut anywhere, or with one byte changed, it is no journal.
+    for (size_t length = 0; length < text.size(); length += 1 + text.size() / 50) {
+        write(text.substr(0, length));
+        EXPECT_TRUE(refusal().starts_with("it is damaged: ")) << length << refusal();
+        std::string changed = text;
+        changed[length] = static_cast<char>(changed[length] ^ 1);
+        write(changed);
+        EXPECT_NE(refusal(), "") << length;
+    }
+    write(R"({"qvsJournal":2,"more":[]})"
+          "\n");
+    EXPECT_EQ(refusal(), "it is of version 2, and this program knows 1; use the newer program");
+    write(text);
+    chmod(journal().c_str(), 0666);
+    EXPECT_EQ(refusal(), "other users can write to it; move it away");
+    write(text);
+    ASSERT_EQ(link(journal().c_str(), "other"), 0);
+    EXPECT_EQ(refusal(), "it is no file of its own; move it away");
+    unlink(journal().c_str());
+    ASSERT_EQ(symlink("other", journal().c_str()), 0);
+    EXPECT_EQ(refusal(), "it is a symbolic link; move it away");
+    unlink(journal().c_str());
+    if (geteuid() == 0) {
+        write(text);
+        ASSERT_EQ(chown(journal().c_str(), 4711, 4711), 0);
+        EXPECT_EQ(refusal(), "it belongs to another user; move it away");
+    }
+    // Nothing of this changed anything.
+    EXPECT_THROW(config::settlePending(), Failure);
+    EXPECT_EQ(hostState(), state);
+    write(text);
+    EXPECT_TRUE(config::confirm());
+}
+
+}  // namespace
+}  // namespace qvs::test
