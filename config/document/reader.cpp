@@ -124,8 +124,8 @@ bool Reader::readOfPart(Part &part, Scope scope, const Node &key, const Node &va
 void Reader::finish(Part &part, const Path &path, const std::vector<KeyPlace> &keys) {
     for (const KeyPlace &key : keys) {
         if (part.find(*key.setting) == nullptr) continue;
-        const Path properties{&path, kProperties};
-        values_.report(*key.node, Path{&properties, key.path},
+        const Path properties{&path, kProperties, {}};
+        values_.report(*key.node, Path{&properties, key.path, {}},
                        fmt::format("is stored with '{}', which is given, too; leave out one of them",
                                    key.setting->name));
     }

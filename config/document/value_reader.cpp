@@ -61,7 +61,7 @@ const char *nameOf(Node::Kind kind) {
 
 std::string Path::text() const {
     std::string before = parent == nullptr ? std::string() : parent->text();
-    if (name.empty() && parent != nullptr) return fmt::format("{}[{}]", before, index);
+    if (index) return fmt::format("{}[{}]", before, *index);
     if (!before.empty()) before += '.';
     return before + shownPart(name);
 }

@@ -18,8 +18,8 @@ namespace qvs::config {
 // The way to a node, from the node up. Lives on the stack while the document is read.
 struct Path {
     const Path *parent = nullptr;
-    std::string_view name;  // as the document writes it; empty for an item of a list
-    size_t index = 0;
+    std::string_view name;        // as the document writes it
+    std::optional<size_t> index;  // of an item of a list, which has no name
 
     std::string text() const;
 };
@@ -52,7 +52,7 @@ class ValueReader {
         std::unordered_set<std::string_view> seen;
         for (size_t i = 0; i + 1 < node.items.size(); i += 2) {
             const Node &key = node.items[i];
-            const Path here{&path, key.text};
+            const Path here{&path, key.text, {}};
             if (isNewKey(key, here, seen)) visit(key, node.items[i + 1], here);
         }
     }

@@ -4,33 +4,108 @@
 Export and compare.
 
   $ qvs export sw2
+  switches:
+    sw2:
+      id: 73 77 32 00 00 00 00 00-00 00 00 00 00 00 00 00
+      portset: sw2
+      version: 105
+      opaque: off
+      maxPorts: 128
+      uplinks: []
   $ qvs export sw2 --json
+  {
+    "switches": {
+      "sw2": {
+        "id": "73 77 32 00 00 00 00 00-00 00 00 00 00 00 00 00",
+        "portset": "sw2",
+        "version": 105,
+        "opaque": false,
+        "maxPorts": 128,
+        "uplinks": []
+      }
+    }
+  }
   $ qvs export sw9
+  qvs: switch 'sw9': Not found (0xbad0003)
+  ? 3
   $ qvs export >all.yaml; qvs diff all.yaml; qvs export --json >all.json; qvs diff all.json --prune; qvs diff - --json <all.json
+  []
   $ qvs export sw2 sw1 sw2 | cmp - all.yaml
   $ echo 'switches: {sw1: {mtu: 9000, ports: {port0: {connectId: 2, vlan: {id: 5}}, new: }}, sw3: {uplinks: [u]}}' >wanted
   $ qvs diff wanted
+  + switches.sw1.mtu: 9000
+  + switches.sw1.ports.new
+  ~ switches.sw1.ports.port0.connectId: 1 -> 2
+  ~ switches.sw1.ports.port0.vlan: {} -> {id: 5}
+  + switches.sw3
+  + switches.sw3.uplinks: [u]
+  ? 4
   $ qvs diff wanted --switch sw1 --json
+  [
+  {"change":"added","switch":"sw1","port":null,"host":false,"member":"mtu","property":null,"before":null,"after":9000,"conflict":false},
+  {"change":"added","switch":"sw1","port":"new","host":false,"member":null,"property":null,"before":null,"after":null,"conflict":false},
+  {"change":"changed","switch":"sw1","port":"port0","host":false,"member":"connectId","property":null,"before":1,"after":2,"conflict":false},
+  {"change":"changed","switch":"sw1","port":"port0","host":false,"member":"vlan","property":null,"before":{"id": 0, "private": false},"after":{"id": 5, "private": false},"conflict":false}
+  ]
+  ? 4
   $ qvs diff wanted --switch sw2
+  qvs: switch 'sw2': the document has no such switch
+  ? 3
   $ qvs diff wanted --prune
+  + switches.sw1.mtu: 9000
+  + switches.sw1.ports.new
+  ~ switches.sw1.ports.port0.connectId: 1 -> 2
+  ~ switches.sw1.ports.port0.vlan: {} -> {id: 5}
+  + switches.sw3
+  + switches.sw3.uplinks: [u]
+  - switches.sw2
+  ? 4
   $ echo 'switches: {sw1: {id: other, version: 1, portset: p, opaque: on, maxPorts: 7}}' | qvs diff -
+  ! switches.sw1.id: 73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00 -> other (an existing switch cannot change it)
+  ! switches.sw1.portset: sw1 -> p (an existing switch cannot change it)
+  ! switches.sw1.version: 105 -> 1 (an existing switch cannot change it)
+  ! switches.sw1.opaque: off -> on (an existing switch cannot change it)
+  ! switches.sw1.maxPorts: 128 -> 7 (an existing switch cannot change it)
+  ? 4
 
 A property is stored over a setting, and the other way round.
 
   $ qvs prop set sw1 com.quillon.vswitch.port.vlan --hex 01 --port port0  => sw1/port0 com.quillon.vswitch.port.vlan: changed
   $ qvs export sw1 2>&1 >/dev/null
+  qvs: warning: switch 'sw1': port 'port0': the members of vlan cannot express the bytes of 'com.quillon.vswitch.port.vlan', which stay a property
   $ echo 'switches: {sw1: {ports: {port0: {vlan: {id: 5}}}}}' | qvs diff - 2>/dev/null
+  ~ switches.sw1.ports.port0.vlan: {class: 16, value: AQ==} -> {id: 5}
+  ? 4
 
 Switches of other classes are left out.
 
   $ echo '{"switches":[{"alias":"hub","id":"hub","class":"etherswitch","version":1,"maxPorts":8,"portset":"hub","ports":["p"]}]}' >lab
   $ qvs-host run --lab lab -- sh -c 'qvs export; qvs export hub; echo "switches: {hub: }" | qvs diff -'
+  switches: {}
+  qvs: switch 'hub': class is 'etherswitch', not 'vswitch'
+  qvs: switch 'hub': class is 'etherswitch', not 'vswitch'
+  ? 1
 
 Bad documents.
 
   $ printf 'switches: {sw1: {ports: {p: {vlan: {id: 5000}}}, mtuu: 1}}' | qvs diff -
+  qvs: standard input:1:41: switches.sw1.ports.p.vlan.id: 5000 is beyond 4094
+  qvs: standard input:1:50: switches.sw1.mtuu: no such member; did you mean 'mtu'?
+  ? 2
   $ for file in none .; do qvs diff $file; done
+  qvs: file 'none': No such file or directory
+  qvs: file '.': Is a directory
+  ? 1
   $ head -c 67108865 /dev/zero | qvs diff -
+  qvs: file '-': more than 67108864 bytes, which is all that fits
+  ? 2
   $ qvs diff wanted --switch
+  qvs: --switch: 1 required SWITCH missing
+  qvs: usage: qvs diff FILE [--prune] [--switch SWITCH]... [--strict]
+  ? 2
   $ qvs schema --json
+  qvs: --json: qvs schema has none
+  ? 2
   $ qvs schema | jq -c '.["$defs"].port.properties.vlan.properties.id, .["$defs"].host.properties.macLearning.properties.aging'
+  {"description":"VLAN of the port; 0 for none.","type":"integer","minimum":0,"maximum":4094,"default":0}
+  {"description":"Time after which a learned address expires, in seconds.","type":"integer","minimum":0,"maximum":1000000,"default":600}

@@ -33,7 +33,7 @@ struct ProblemRow {
 const ProblemRow kProblems[] = {
     // Syntax.
     {"", "f:1:1: the document is empty; it begins with 'switches:'"},
-    {"switches: [", "f:1:12: end of sequence flow not found"},
+    {"switches: [", "f:1:1: end of sequence flow not found"},
     {"a: b: c\n", "f:1:5: illegal map value"},
     {"switches: {}\n---\nswitches: {}\n", "f:3:1: the file has more than one document"},
     {"switches: &a {}\n", "f:1:11: anchors are not allowed"},
@@ -41,11 +41,11 @@ const ProblemRow kProblems[] = {
     {"switches: {sw1: \xff}\n", "f:1:17: the byte 0xff is not UTF-8 text; write it as \\xff"},
     {"switches: {}\n# \xc3\n", "f:2:3: the byte 0xc3 is not UTF-8 text; write it as \\xc3"},
     {"switches:\n\x04", "f:2:1: the control character 0x04 is not allowed"},
-    {"switches: {\"\\q\": {}}\n", "f:1:14: unknown escape character: q"},
+    {"switches: {\"\\q\": {}}\n", "f:1:15: unknown escape character: q"},
     {"switches: {\xef\xbf\xbd: {}}\n", "f:1:12: U+FFFD stands for bytes that were lost; write them as \\xHH"},
     // Mappings.
     {"swiches: {}\n",
-     "f:1:1: 'switches' is missing\nf:1:1: swiches: no such member; did you mean 'switches'?"},
+     "f:1:1: swiches: no such member; did you mean 'switches'?\nf:1:1: 'switches' is missing"},
     {"- switches\n", "f:1:1: is a list, not a mapping"},
     {"switches: 1\n", "f:1:11: switches: is a single value, not a mapping"},
     {"switches: {a: {}, a: {}}\n", "f:1:19: switches.a: is given twice"},
@@ -117,7 +117,7 @@ TEST(Documents, ProblemsHaveTheirPlace) {
 
 TEST(Documents, SizeIsBounded) {
     std::string deep = "switches: ";
-    deep.append(70, '[');
+    deep.append(70, '[').append(70, ']');
     EXPECT_EQ(problemsOf(deep), "f:1:74: nested more than 64 deep");
     EXPECT_EQ(problemsOf(std::string(config::kMostDocumentBytes + 1, ' ')),
               "f: has 67108865 bytes, at most 67108864 are read");

@@ -51,7 +51,7 @@ TEST_F(Hosts, AreExported) {
   sw1:
     id: id
     portset: sw1
-    version: 105
+    version: 106
     opaque: off
     maxPorts: 8
     uplinks: [uplink0]
