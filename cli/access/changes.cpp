@@ -1,77 +1,90 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "access/changes.h"
 
-#include <iterator>
+#include <cstdlib>
 #include <optional>
+#include <string>
+#include <string_view>
 
+#include "config/document/write.h"
 #include "tool/output.h"
 
 namespace qvs::cli {
 namespace {
 
-using Kind = config::Change::Kind;
+using config::Change;
 
-const char *signOf(Kind kind) {
-    switch (kind) {
-        case Kind::Added:
-            return "+";
-        case Kind::Removed:
-            return "-";
-        case Kind::Changed:
-            break;
-    }
-    return "~";
+// How each kind of change is shown.
+struct Look {
+    const char *name;  // in JSON
+    char mark;
+    const char *colour;
+};
+constexpr Look kLooks[] = {
+    {"added", '+', "\x1b[32m"}, {"removed", '-', "\x1b[31m"}, {"changed", '~', "\x1b[33m"}};
+
+const Look &lookOf(const Change &change) {
+    return kLooks[static_cast<size_t>(change.kind)];
 }
 
-const char *wordOf(Kind kind) {
-    switch (kind) {
-        case Kind::Added:
-            return "added";
-        case Kind::Removed:
-            return "removed";
-        case Kind::Changed:
-            break;
-    }
-    return "changed";
+std::string lineOf(const Change &change) {
+    std::string line = fmt::format("{} {}", change.conflict ? '!' : lookOf(change).mark, change.path());
+    const std::string &one = change.beforeText.empty() ? change.afterText : change.beforeText;
+    if (!one.empty()) line += ": " + one;
+    if (change.kind == Change::Kind::Changed) line += " -> " + change.afterText;
+    if (change.conflict) line += " (an existing switch cannot change it)";
+    return line;
 }
 
-std::optional<std::string_view> orNull(const std::string &text) {
-    if (text.empty()) return std::nullopt;
-    return text;
+bool inColour(const Output &out) {
+    const char *noColour = std::getenv("NO_COLOR");
+    return out.terminal() && (noColour == nullptr || *noColour == '\0');
+}
+
+// Text that is JSON already.
+struct Json {
+    std::string text;
+};
+void appendJson(fmt::memory_buffer &out, const Json &json) {
+    out.append(json.text);
+}
+[[maybe_unused]] void appendText(fmt::memory_buffer &out, const Json &json) {
+    out.append(json.text);
 }
 
 }  // namespace
 
-void appendChanges(fmt::memory_buffer &out, const std::vector<config::Change> &changes) {
-    for (const config::Change &change : changes) {
-        const auto end = std::back_inserter(out);
-        fmt::format_to(end, "{} {}", signOf(change.kind), change.path());
-        const bool both = !change.beforeText.empty() && !change.afterText.empty();
-        if (both) {
-            fmt::format_to(end, ": {} -> {}", change.beforeText, change.afterText);
-        } else if (!change.beforeText.empty() || !change.afterText.empty()) {
-            fmt::format_to(end, ": {}{}", change.beforeText, change.afterText);
-        }
-        out.push_back('\n');
+void printText(const std::vector<Change> &changes, Output &out) {
+    const bool colour = inColour(out);
+    for (const Change &change : changes) {
+        if (colour) out.write(std::string_view(lookOf(change).colour));
+        out.write(lineOf(change));
+        out.write(std::string_view(colour ? "\x1b[0m\n" : "\n"));
     }
 }
 
-void appendChangesJson(fmt::memory_buffer &out, const std::vector<config::Change> &changes) {
-    std::string_view before = "[";
-    for (const config::Change &change : changes) {
-        out.append(before);
-        out.append(std::string_view("{\"path\":"));
-        appendJson(out, change.path());
-        out.append(std::string_view(",\"change\":"));
-        appendJson(out, std::string_view(wordOf(change.kind)));
-        out.append(std::string_view(",\"before\":"));
-        appendJson(out, orNull(change.beforeText));
-        out.append(std::string_view(",\"after\":"));
-        appendJson(out, orNull(change.afterText));
-        out.push_back('}');
-        before = ",";
+void printJson(const std::vector<Change> &changes, Output &out) {
+    const auto orNull = [](const std::string &text) {
+        return text.empty() ? std::nullopt : std::optional<std::string_view>(text);
+    };
+    Listing listing(out, {{"change", "CHANGE"},
+                          {"switch", "SWITCH"},
+                          {"port", "PORT"},
+                          {"host", "HOST"},
+                          {"member", "MEMBER"},
+                          {"property", "PROPERTY"},
+                          {"before", "BEFORE"},
+                          {"after", "AFTER"},
+                          {"conflict", "CONFLICT"}});
+    for (const Change &change : changes) {
+        const std::string key = change.property ? change.member : std::string();
+        listing.row(std::string_view(lookOf(change).name), std::string_view(change.alias),
+                    orNull(change.port), Flag{change.scope == Scope::Host},
+                    change.property ? std::nullopt : orNull(change.member), orNull(key),
+                    Json{config::jsonOf(change.before)}, Json{config::jsonOf(change.after)},
+                    Flag{change.conflict});
     }
-    out.append(std::string_view(changes.empty() ? "[]" : "]"));
+    listing.finish();
 }
 
 }  // namespace qvs::cli

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Differences between documents, as text and as JSON.
+// Differences between a document and the host, as text and as JSON.
 #pragma once
-
-#include <fmt/format.h>
 
 #include <vector>
 
@@ -10,9 +8,9 @@
 
 namespace qvs::cli {
 
-// One line each: "+ PATH: NEW", "- PATH: OLD", "~ PATH: OLD -> NEW".
-void appendChanges(fmt::memory_buffer &out, const std::vector<config::Change> &changes);
-// An array of objects.
-void appendChangesJson(fmt::memory_buffer &out, const std::vector<config::Change> &changes);
+class Output;
+
+void printText(const std::vector<config::Change> &changes, Output &out);
+void printJson(const std::vector<config::Change> &changes, Output &out);
 
 }  // namespace qvs::cli

@@ -12,13 +12,12 @@
 #include "access/changes.h"
 #include "access/detach.h"
 #include "access/settle.h"
+#include "access/wanted.h"
 #include "commands/nouns.h"
-#include "config/document/reader.h"
 #include "config/library/host.h"
 #include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
-#include "tool/values.h"
 
 namespace qvs::cli {
 namespace {
@@ -29,33 +28,6 @@ using config::Change;
 using config::Document;
 
 constexpr uint32_t kMostConfirmSeconds = 7 * 86400;
-
-// --- the document ---
-
-// Throws a usage failure that lists all that is wrong with it.
-Document readGiven(const std::string &file) {
-    const std::vector<uint8_t> bytes = readFile(file, config::kMostDocumentBytes);
-    const std::string_view text(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-    std::vector<config::Problem> problems;
-    Document document = config::readDocument(text, file == "-" ? "standard input" : file, problems);
-    if (problems.empty()) return document;
-    std::string message;
-    for (const config::Problem &problem : problems)
-        message += (message.empty() ? "" : "\n") + config::messageOf(problem);
-    throw Failure{Exit::Usage, message};
-}
-
-ApplyOptions optionsOf(const Arguments &arguments, const Document &document) {
-    ApplyOptions options;
-    options.prune = arguments.given("--prune");
-    if (arguments.given("--switch")) options.switches = arguments.all("--switch");
-    options.confirmSeconds = arguments.number("--confirm", 0, 1, kMostConfirmSeconds);
-    for (const std::string &alias : options.switches) {
-        if (document.findSwitch(alias) == nullptr)
-            fail(Exit::NotFound, "{} is not in the document", named(alias));
-    }
-    return options;
-}
 
 // --- agreement and progress ---
 
@@ -130,7 +102,7 @@ const char *wordOf(ApplyResult::Outcome outcome) {
 
 void reportJson(Output &out, const char *outcome, const std::vector<Change> &changes) {
     fmt::format_to(std::back_inserter(out.buffer()), "{{\"outcome\":\"{}\",\"changes\":", outcome);
-    appendChangesJson(out.buffer(), changes);
+    printJson(changes, out);
     out.write("}\n");
 }
 
@@ -151,14 +123,9 @@ void report(Output &out, const ApplyResult &result) {
 // --- the verbs ---
 
 void applyChanges(const Document &document, ApplyOptions options, const Arguments &arguments, Output &out) {
-    std::vector<std::string> warnings;
     requireState(loadSnapshot());
-    const std::vector<Change> changes = config::changesFor(document, options, warnings);
-    for (const std::string &warning : warnings)
-        warn("{}", warning);
-    if (arguments.given("--strict") && !warnings.empty())
-        fail(Exit::Failed, "nothing was changed, because of the warnings and --strict");
-    if (!out.json()) appendChanges(out.buffer(), changes);
+    const std::vector<Change> changes = compareWithHost(document, arguments);
+    if (!out.json()) printText(changes, out);
     if (arguments.given("--dry-run")) {
         if (out.json()) reportJson(out, "planned", changes);
         if (!out.json() && changes.empty()) out.write("nothing to change\n");
@@ -203,8 +170,11 @@ void apply(const Arguments &arguments, Output &out) {
     if (asks && (!isTerminal() || file == "-"))
         fail(Exit::Usage, "nobody can be asked{}; --yes applies the document without asking",
              file == "-" ? ", because standard input is the document" : " without a terminal");
-    const Document document = readGiven(file);
-    const ApplyOptions options = optionsOf(arguments, document);
+    const Document document = readWanted(arguments);
+    ApplyOptions options;
+    options.prune = arguments.given("--prune");
+    options.keepsSwitches = arguments.given("--switch");
+    options.confirmSeconds = arguments.number("--confirm", 0, 1, kMostConfirmSeconds);
     if (arguments.given("--recover")) recoverPending(arguments, out);
     if (!arguments.given("--dry-run")) settle();
     applyChanges(document, options, arguments, out);
@@ -222,12 +192,8 @@ const Command kRows[] = {
      .options = {{"--yes", nullptr, "do not ask"},
                  {"--dry-run", nullptr, "only print what would be changed"},
                  {"--prune", nullptr, "remove what the document does not name"},
-                 {.name = "--switch",
-                  .value = "NAME",
-                  .summary = "leave all other switches as they are",
-                  .kind = Kind::Switch,
-                  .repeated = true},
-                 {"--strict", nullptr, "change nothing when there is a warning"},
+                 kOnlySwitch,
+                 kStrict,
                  {"--confirm", "SECONDS", "undo everything unless 'qvs confirm' is run within this time"},
                  {"--recover", nullptr,
                   "first undo what an earlier run has left, or what waits to be confirmed"},

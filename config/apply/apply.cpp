@@ -48,7 +48,8 @@ void runSteps(const Plan &plan, const ApplyOptions &options, const Progress &pro
 ApplyResult carryOut(const Document &wanted, const ApplyOptions &options, const Progress &progress) {
     ApplyResult result;
     std::vector<std::string> warnings;
-    result.changes = changesFor(wanted, options, warnings);
+    const Document now = documentOfHost(wanted, options.prune && !options.keepsSwitches, warnings);
+    result.changes = compare(now, wanted, options.prune);
     if (options.agreed != nullptr) requireAgreed(*options.agreed, result.changes);
     if (result.changes.empty()) return result;
     Plan plan = planOf(result.changes, wanted, options.prune);
@@ -72,22 +73,13 @@ ApplyResult carryOut(const Document &wanted, const ApplyOptions &options, const 
 
 }  // namespace
 
-std::vector<Change> changesFor(const Document &wanted, const ApplyOptions &options,
-                               std::vector<std::string> &warnings) {
-    Document only = wanted;
-    if (!options.switches.empty()) {
-        std::erase_if(only.switches, [&](const SwitchEntry &sw) {
-            return std::find(options.switches.begin(), options.switches.end(), sw.alias) ==
-                   options.switches.end();
-        });
-    }
-    // Only what may change is looked at.
-    if (options.prune && options.switches.empty())
-        return compare(exportDocument({}, {}, warnings), only, options.prune);
+Document documentOfHost(const Document &wanted, bool all, std::vector<std::string> &warnings) {
+    if (all) return exportDocument({}, {}, warnings);
     std::vector<std::string> there;
-    for (const SwitchEntry &sw : only.switches)
+    for (const SwitchEntry &sw : wanted.switches)
         if (DVSState_SwitchFindByAlias(sw.alias.c_str()) != nullptr) there.push_back(sw.alias);
-    return compare(there.empty() ? Document{} : exportDocument(there, {}, warnings), only, options.prune);
+    if (there.empty()) return {};
+    return exportDocument(there, {}, warnings);
 }
 
 ApplyResult applyDocument(const Document &wanted, const ApplyOptions &options, const Progress &progress) {

@@ -16,9 +16,9 @@
 namespace qvs::config {
 
 struct ApplyOptions {
-    bool prune = false;                 // what the document does not name is removed
-    std::vector<std::string> switches;  // the only ones that count; all when empty
-    uint32_t confirmSeconds = 0;        // undone unless it is confirmed within this time; 0: kept
+    bool prune = false;           // what the document does not name is removed
+    bool keepsSwitches = false;   // but no switches
+    uint32_t confirmSeconds = 0;  // undone unless it is confirmed within this time; 0: kept
     // The changes that the user has agreed to. When others are found, nothing is changed.
     const std::vector<Change> *agreed = nullptr;
     // The name of a signal that came in; null for none. Looked at between steps.
@@ -37,10 +37,8 @@ struct ApplyResult {
     Restored undone;        // and what of it is left
 };
 
-// What a document changes, compared with the loaded snapshot. Warnings name what the snapshot has and no
-// document can express in the members of a setting.
-std::vector<Change> changesFor(const Document &wanted, const ApplyOptions &options,
-                               std::vector<std::string> &warnings);
+// What the loaded snapshot has of the switches of a document; of all switches when others are to go.
+Document documentOfHost(const Document &wanted, bool all, std::vector<std::string> &warnings);
 
 // Takes the lock of everything, and compares with what is there then. Throws before anything is changed.
 // Afterwards the result tells.
