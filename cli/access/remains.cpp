@@ -10,6 +10,7 @@
 #include "access/library.h"
 #include "base/text.h"
 #include "config/library/host.h"
+#include "config/library/portset.h"
 #include "config/library/snapshot.h"
 #include "config/library/uplink_list.h"
 #include "tool/failure.h"

@@ -109,7 +109,9 @@ class Touched {
   public:
     bool overlaps(const Call &call) const {
         if (paths_.empty()) return false;
-        for (const std::string &path : pathsOf(call)) {
+        std::set<std::string> looks = pathsOf(call);
+        if (call.command->run.looksAtSwitch) looks.insert(touchedPath({call.arguments.text("SWITCH")}));
+        for (const std::string &path : looks) {
             auto below = paths_.lower_bound(path);
             if (below != paths_.end() && below->starts_with(path)) return true;
             for (size_t i = 0; i < path.size(); i++) {

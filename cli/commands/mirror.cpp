@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-// qvs mirror: the mirror sessions of a port, or of the uplinks of this host.
+// qvs mirror: the mirror sessions of a port, or of the uplinks of this host. A list of sessions is a
+// setting; these commands show and change single sessions of it.
 #include <qvs/qvs.h>
 
 #include <algorithm>
-#include <cstring>
+#include <deque>
 #include <string>
 
 #include "access/library.h"
-#include "access/mirror_session.h"
-#include "access/policy.h"
-#include "commands/mirror.h"
+#include "access/setting.h"
+#include "access/setting_json.h"
+#include "access/setting_value.h"
 #include "commands/nouns.h"
-#include "config/library/snapshot.h"
-#include "config/library/vlan_id.h"
+#include "commands/settings.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/values.h"
@@ -20,120 +20,239 @@
 namespace qvs::cli {
 namespace {
 
+using config::List;
+using config::Member;
+using config::Target;
+
+const Setting &settingOf(const Arguments &arguments) {
+    return arguments.given("--port") ? config::kPortMirrorSessions : config::kUplinkMirrorSessions;
+}
+
 std::vector<std::string> touchedSessions(const Arguments &arguments) {
-    return touchedPolicies(arguments, {&mirrorPolicy(arguments)});
+    return touchedSettings(arguments, {&settingOf(arguments)});
 }
 
-void report(Output &out, const PolicyPlace &place, const std::string *id, bool changed) {
-    std::string label = place.name();
-    if (place.port() != nullptr) label += std::string("/") + place.port();
-    if (id == nullptr) {
-        return reportChange(out, label, {{"switch", place.name()}, {"port", portGiven(place)}}, changed);
-    }
+// The members of a session; both settings have the same.
+std::span<const Member> sessionMembers() {
+    return config::kPortMirrorSessions.members[0].members;
+}
+
+// The masks that sessions of the older form have in place of a type.
+constexpr Member kMasks[] = {
+    {.name = "wildIn", .summary = "mask of incoming frames", .type = config::Type::Word, .list = true},
+    {.name = "wildOut", .summary = "mask of outgoing frames", .type = config::Type::Word, .list = true},
+};
+
+std::string sessionNamed(const Setting &setting, const Target &target, std::string_view id) {
+    return fmt::format("{}: {}", namedSetting(setting, target), inQuotes(id));
+}
+
+const char *portOrNull(const Target &target) {
+    return target.port.empty() ? nullptr : target.port.c_str();
+}
+
+std::optional<std::string_view> portGiven(const Target &target) {
+    if (target.port.empty()) return std::nullopt;
+    return target.port;
+}
+
+const std::string &sessionGiven(const Arguments &arguments) {
+    const std::string &id = arguments.text("SESSION");
+    const Member &member = sessionMembers()[0];
+    const std::string problem = problemOf(member, Value(id));
+    if (!problem.empty()) fail(Exit::Usage, "SESSION: {}", problem);
+    return id;
+}
+
+void report(Output &out, const Target &target, const std::string *id, bool changed) {
+    std::string label = target.alias;
+    if (!target.port.empty()) label += "/" + target.port;
+    if (id == nullptr)
+        return reportChange(out, label, {{"switch", target.alias}, {"port", portGiven(target)}}, changed);
     reportChange(out, label + " " + *id,
-                 {{"switch", place.name()}, {"port", portGiven(place)}, {"session", *id}}, changed);
+                 {{"switch", target.alias}, {"port", portGiven(target)}, {"session", *id}}, changed);
 }
 
-MirrorSession givenSession(const Arguments &arguments) {
-    MirrorSession session;
-    session.id = arguments.text("SESSION");
-    session.type = mirrorType("--type", arguments.text("--type"));
-    if (arguments.given("--name")) session.name = arguments.text("--name");
-    if (arguments.given("--snap-length"))
-        session.snapLength = arguments.number("--snap-length", 0, 0, kMostSnapLength);
-    for (const std::string &flag : arguments.all("--flag"))
-        session.flags |= flagNamed("--flag", kMirrorFlags, flag);
-    if (arguments.given("--encap-vlan")) {
-        session.encapVlan = vlanId("--encap-vlan", arguments.text("--encap-vlan"));
-        session.flags |= VSDVS_MIRROR_DST_ENCAP;
+// The sessions as libqvs reads them, in the older form, too.
+List readSessions(const Setting &setting, const Target &target) {
+    const std::optional<Value> sessions = setting.read(target);
+    return sessions ? sessions->list() : List{};
+}
+
+const Value *findSession(const List &sessions, const std::string &id) {
+    auto found =
+        std::ranges::find_if(sessions, [&](const Value &each) { return each["session"].text() == id; });
+    return found == sessions.end() ? nullptr : &*found;
+}
+
+// A member of a session as it is shown: an empty name is none.
+MemberValue shownMember(const Member &member, const Value &session) {
+    static const Value none;
+    static const Value noMask = List{};
+    const Value &value = session[member.name];
+    if (member.name == std::string_view("name") && value.text().empty()) return {member, none};
+    return {member, value.absent() && member.list ? noMask : value};
+}
+
+void listSessions(const Arguments &arguments, Output &out) {
+    const Setting &setting = settingOf(arguments);
+    const List sessions = readSessions(setting, targetOf(setting, arguments));
+    if (arguments.given("--names")) {
+        NameList names(out);
+        for (const Value &session : sessions)
+            names.add(session["session"].text());
+        return names.finish();
     }
-    session.samplingRate = arguments.number("--sampling-rate", 0);
-    session.stack = arguments.given("--stack");
-    if (session.stack && session.type != VSDVS_MIRROR_ERMIRROR_SRC)
-        fail(Exit::Usage, "--stack: only sessions of type ermirror-src have one");
-    session.destinations = arguments.all("--dst");
-    session.sourcesIn = arguments.all("--src-in");
-    session.sourcesOut = arguments.all("--src-out");
+    const auto member = sessionMembers();
+    Listing listing(out, {{"session", "SESSION"},
+                          {"name", "NAME"},
+                          {"type", "TYPE"},
+                          {"snapLength", nullptr},
+                          {"flags", "FLAGS"},
+                          {"encapVlan", nullptr},
+                          {"samplingRate", nullptr},
+                          {"stack", nullptr},
+                          {"destinations", "DESTINATIONS"},
+                          {"sourcesIn", "INGRESS"},
+                          {"sourcesOut", "EGRESS"},
+                          {"wildIn", nullptr},
+                          {"wildOut", nullptr}});
+    for (const Value &each : sessions) {
+        auto at = [&](size_t i) { return shownMember(member[i], each); };
+        listing.row(at(0), at(1), at(2), at(3), at(4), at(5), at(6), at(7), at(8), at(9), at(10),
+                    shownMember(kMasks[0], each), shownMember(kMasks[1], each));
+    }
+    listing.finish();
+}
+
+void showSession(const Arguments &arguments, Output &out) {
+    const std::string &id = sessionGiven(arguments);
+    const Setting &setting = settingOf(arguments);
+    const Target target = targetOf(setting, arguments);
+    const List sessions = readSessions(setting, target);
+    const Value *session = findSession(sessions, id);
+    if (session == nullptr) throw libraryFailure(sessionNamed(setting, target, id), HYP_NOT_FOUND);
+    Record record(out);
+    record.field("switch", "switch", target.alias);
+    record.field("port", "port", portGiven(target));
+    for (std::span<const Member> members : {sessionMembers(), std::span<const Member>(kMasks)})
+        for (const Member &member : members)
+            record.field(member.name, labelOf(member).c_str(), shownMember(member, *session));
+    record.finish();
+}
+
+// --- changes ---
+
+Value givenSession(const Arguments &arguments) {
+    Value session = config::Members{{"session", sessionGiven(arguments)}};
+    for (const Member &member : sessionMembers()) {
+        const std::string option = optionOf(member);
+        if (arguments.given(option))
+            session.set(member.name, parseMember(member, option, arguments.text(option)));
+    }
+    if (session["encapVlan"].absent()) return session;
+    List flags = session["flags"].absent() ? List{} : session["flags"].list();
+    flags.emplace_back("encap");
+    session.set("flags", std::move(flags));
     return session;
 }
 
-// A typed session behind older ones would be read as one of them.
-void requireTyped(const PolicyPlace &place, const VsdvsBuffer &list) {
-    VSDVS_MirrorHeader header;
-    if (!list) return;
-    std::memcpy(&header, list.get(), sizeof header);
-    if (header.version == VSDVS_MIRROR_VERSION_WILDCARD)
-        fail(Exit::Failed, "{}: the list is of the older form, which has no types; clear it first",
-             place.named());
+// A list of sessions that can be stored.
+Value checked(const Setting &setting, const Target &target, const Value &given, const Arguments &arguments) {
+    Value sessions = completed(setting, given);
+    const std::string problem = problemOf(setting, sessions);
+    if (!problem.empty()) fail(Exit::Usage, "{}: {}", namedSetting(setting, target), problem);
+    checkReferences(setting, target, sessions, arguments.given(kStrict.name));
+    return sessions;
 }
 
 void add(const Arguments &arguments, Output &out) {
-    MirrorSession session = givenSession(arguments);
-    std::vector<uint8_t> added = encodeMirrorList({session});
-    PolicyPlace place(mirrorPolicy(arguments), arguments);
-    VsdvsBuffer list = readMirrorList(place);
-    requireTyped(place, list);
-    auto isThere = [&](const std::vector<MirrorSession> &sessions) {
-        const MirrorSession *existing = findSession(sessions, session.id);
+    const Setting &setting = settingOf(arguments);
+    const Value session = givenSession(arguments);
+    const Target target = targetOf(setting, arguments);
+    const Value added = checked(setting, target, List{session}, arguments);
+    const std::string &id = session["session"].text();
+    // A session behind a list of the older form would be read as one of that.
+    (void)storedValue(setting, target);
+
+    auto isThere = [&] {
+        const List sessions = readSessions(setting, targetOf(setting, arguments));
+        const Value *existing = findSession(sessions, id);
         if (existing == nullptr) return false;
         if (!arguments.given("--may-exist"))
-            throw libraryFailure(sessionNamed(place, session.id), HYP_EXISTS);
-        // An address may be written in several ways, so what was given is compared as it would be read.
-        if (*existing != decodeMirrorList(added.data()).front())
-            fail(Exit::Differs, "{}: exists and differs", sessionNamed(place, session.id));
+            throw libraryFailure(sessionNamed(setting, target, id), HYP_EXISTS);
+        if (*existing != added.list().front())
+            fail(Exit::Differs, "{}: exists and differs", sessionNamed(setting, target, id));
         return true;
     };
-    bool there = list && isThere(decodeMirrorList(list.get()));
+    bool there = isThere();
     if (!there) {
-        HYP_ReturnStatus status =
-            call<VSDVS_AppendDVMirrorSessions>(place.name(), place.port(), added.data());
-        there = status == HYP_EXISTS && arguments.given("--may-exist") && comesTrue([&] {
-                    return isThere(readSessions({mirrorPolicy(arguments), arguments}));
-                });
-        if (!there) require(status, sessionNamed(place, session.id));
+        const auto list = setting.encode(added, {}, target);
+        const HYP_ReturnStatus status =
+            call<VSDVS_AppendDVMirrorSessions>(target.alias.c_str(), portOrNull(target), list[0]->data());
+        there = status == HYP_EXISTS && arguments.given("--may-exist") && comesTrue(isThere);
+        if (!there) require(status, sessionNamed(setting, target, id));
     }
-    report(out, place, &session.id, !there);
+    report(out, target, &id, !there);
 }
 
 void remove(const Arguments &arguments, Output &out) {
-    const std::string &id = arguments.text("SESSION");
-    requireFits(kMirrorIdLimit, id);
-    PolicyPlace place(mirrorPolicy(arguments), arguments);
-    HYP_ReturnStatus status = call<VSDVS_RemoveDVMirrorSession>(place.name(), place.port(), id.c_str());
-    bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
-    if (!absent) require(status, sessionNamed(place, id));
-    report(out, place, &id, !absent);
+    const std::string &id = sessionGiven(arguments);
+    const Setting &setting = settingOf(arguments);
+    const Target target = targetOf(setting, arguments);
+    const HYP_ReturnStatus status =
+        call<VSDVS_RemoveDVMirrorSession>(target.alias.c_str(), portOrNull(target), id.c_str());
+    const bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
+    if (!absent) require(status, sessionNamed(setting, target, id));
+    report(out, target, &id, !absent);
 }
 
-void set(const Arguments &arguments, Output &out) {
-    const std::string &path = arguments.text("FILE");
-    std::vector<uint8_t> text = readFile(path);
-    std::vector<uint8_t> list;
+Value sessionsOfFile(const std::string &path, const Setting &setting) {
+    const std::vector<uint8_t> text = readFile(path);
     try {
-        list = encodeMirrorList(parseMirrorJson({reinterpret_cast<const char *>(text.data()), text.size()}));
+        return parseJson(setting.members[0], setting.content,
+                         {reinterpret_cast<const char *>(text.data()), text.size()});
     } catch (const Failure &failure) {
         fail(failure.exit, "file {}: {}", inQuotes(path), failure.message);
     }
-    PolicyPlace place(mirrorPolicy(arguments), arguments);
-    bool same = place.holds(list);
-    if (!same) {
-        require(call<VSDVS_SetDVMirrorSessions>(place.name(), place.port(), list.data()), place.named());
-    }
-    report(out, place, nullptr, !same);
+}
+
+void set(const Arguments &arguments, Output &out) {
+    const Setting &setting = settingOf(arguments);
+    const Value given = sessionsOfFile(arguments.text("FILE"), setting);
+    const Target target = targetOf(setting, arguments);
+    const Value sessions = checked(setting, target, given, arguments);
+    report(out, target, nullptr, storeSetting(setting, target, sessions));
 }
 
 void clear(const Arguments &arguments, Output &out) {
-    PolicyPlace place(mirrorPolicy(arguments), arguments);
-    bool there = place.stored().has_value();
-    if (there) {
-        require(call<VSDVS_ClearDVMirrorSessions>(place.name(), place.port()), place.named());
-    }
-    report(out, place, nullptr, there);
+    const Setting &setting = settingOf(arguments);
+    const Target target = targetOf(setting, arguments);
+    report(out, target, nullptr, clearSetting(setting, target));
 }
+
+// --- rows ---
 
 constexpr Argument kSession{"SESSION", "identifier of the session"};
 constexpr Option kPort{"--port", "PORT", "the sessions of this port instead of the uplinks of this host",
                        Kind::Port};
+
+Shape shapeOfAdd(const Command &) {
+    static constexpr Argument kArguments[] = {kSwitchArgument, kSession};
+    static std::deque<std::string> texts;
+    static std::vector<Option> options;
+    if (options.empty()) {
+        options = {kPort};
+        for (const Member &member : sessionMembers().subspan(1))
+            options.push_back(optionFor(member, texts));
+        options.insert(options.end(), {kMayExist, kStrict});
+    }
+    return {.summary = "add a mirror session behind those that are there",
+            .arguments = kArguments,
+            .options = options,
+            .details = config::kPortMirrorSessions.details,
+            .example = "qvs mirror add sw1 monitor --type dvport --destinations port1 --sources-in port0"};
+}
 
 const Command kRows[] = {
     {.words = "mirror list",
@@ -149,28 +268,7 @@ const Command kRows[] = {
      .options = {kPort},
      .example = "qvs mirror show sw1 monitor",
      .run = reads(showSession, touchedSessions)},
-    {.words = "mirror add",
-     .summary = "add a mirror session behind those that are there",
-     .arguments = {kSwitchArgument, {"SESSION", "identifier of a new session, at most 32 bytes"}},
-     .options = {kPort,
-                 {"--type", "TYPE", "mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src or logical-span",
-                  Kind::Word, false, Need::Always},
-                 {"--name", "TEXT", "display name, at most 83 bytes"},
-                 {"--snap-length", "BYTES", "how much of each frame is kept (all)"},
-                 {"--flag", "FLAG", "no-output, no-input, orig-vlan, encap, legacy or disabled", Kind::Word,
-                  true},
-                 {"--encap-vlan", "VLAN", "VLAN of the mirrored frames, 0 to 4094; sets the flag encap"},
-                 {"--sampling-rate", "N", "sampling rate, 32 bits (0)"},
-                 {"--stack", nullptr, "use the mirror stack, with type ermirror-src"},
-                 {"--dst", "ENTITY", "destination", Kind::Word, true},
-                 {"--src-in", "ENTITY", "source whose incoming frames are mirrored", Kind::Word, true},
-                 {"--src-out", "ENTITY", "source whose outgoing frames are mirrored", Kind::Word, true},
-                 kMayExist},
-     .details = "A destination is the name of a port or uplink, at most 47 bytes; with type rmirror-src a "
-                "text of at most 32 bytes, with ermirror-src an IPv4 or IPv6 address, with logical-span "
-                "a MAC address. A source is a name as well; with type rmirror-dst a VLAN id, 0 to 4094.",
-     .example = "qvs mirror add sw1 monitor --type dvport --dst port1 --src-in port0 --src-out port0",
-     .run = writes(add, touchedSessions)},
+    {.words = "mirror add", .run = looking(writes(add, touchedSessions)), .shape = shapeOfAdd},
     {.words = "mirror remove",
      .summary = "remove a mirror session",
      .arguments = {kSwitchArgument, kSession},
@@ -181,10 +279,10 @@ const Command kRows[] = {
      .summary = "store the mirror sessions of a file in place of all that are there",
      .arguments = {kSwitchArgument,
                    {"FILE", "what mirror list --json has printed (- for standard input)", Kind::File}},
-     .options = {kPort},
+     .options = {kPort, kStrict},
      .details = "An empty list is stored as one; mirror clear removes it.",
      .example = "qvs mirror set sw1 sessions.json",
-     .run = writes(set, touchedSessions)},
+     .run = looking(writes(set, touchedSessions))},
     {.words = "mirror clear",
      .summary = "remove all mirror sessions",
      .arguments = {kSwitchArgument},

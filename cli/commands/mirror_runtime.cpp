@@ -6,7 +6,6 @@
 #include <string>
 
 #include "access/library.h"
-#include "access/mirror_session.h"
 #include "access/opaque.h"
 #include "commands/nouns.h"
 #include "config/library/snapshot.h"
@@ -35,7 +34,7 @@ void destinations(const Arguments &arguments, Output &out) {
 
 void stats(const Arguments &arguments, Output &out) {
     const std::string &id = arguments.text("SESSION");
-    requireFits(kMirrorIdLimit, id);
+    requireFits({"mirror session", VSHYP_MIRROR_SESSION_ID_SIZE}, id);
     std::array<uint8_t, VSHYP_MIRROR_STATS_SIZE> stats{};
     require(call<VSHYP_GetDVMirrorSessionStats>(arguments.text("SWITCH").c_str(), id.c_str(), stats.data()),
             named(arguments) + ": mirror session " + inQuotes(id));

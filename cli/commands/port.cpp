@@ -6,6 +6,7 @@
 #include <string>
 
 #include "access/library.h"
+#include "access/setting.h"
 #include "commands/nouns.h"
 #include "commands/port.h"
 #include "config/library/snapshot.h"
@@ -175,7 +176,7 @@ const Command kRows[] = {
     {.words = "port remove",
      .summary = "remove ports from a switch",
      .arguments = {kSwitchArgument, {"PORT", "identifier of a port", Kind::Port, false, true}},
-     .options = {kIfExists},
+     .options = {kIfExists, kStrict},
      .details =
          "All ports are checked before the first is removed. A port that carries an uplink is refused.",
      .example = "qvs port remove sw1 web db",

@@ -7,6 +7,7 @@
 #include <unordered_set>
 
 #include "access/library.h"
+#include "access/setting.h"
 #include "commands/port.h"
 #include "config/library/snapshot.h"
 #include "tool/failure.h"
@@ -49,6 +50,21 @@ HYP_ReturnStatus addOne(const Arguments &arguments, const std::string &alias, co
     }
     return call<VSDVS_AddDVPort>(alias.c_str(), port.c_str(),
                                  arguments.number("--connect-id", kDefaultConnectId));
+}
+
+// Warns, or with --strict fails, when something uses a port that is to be removed.
+void requireUnused(DVSSwitch *sw, const Arguments &arguments, const std::string &alias,
+                   const std::vector<std::string> &ports) {
+    const bool strict = arguments.given(kStrict.name);
+    for (const std::string &id : ports) {
+        DVSPort *port = lookUpPort(sw, id);
+        if (port == nullptr) continue;
+        const PortStatus status = portStatus(port);
+        if (status.inUse)
+            warnOrFail(strict, fmt::format("{}: is removed while {} uses it", named(alias, id),
+                                           inQuotes(status.client.value_or("a client"))));
+    }
+    checkUsers(sw, alias, ports, strict);
 }
 
 }  // namespace
@@ -109,6 +125,7 @@ void removePorts(const Arguments &arguments, Output &out) {
                  named(alias, port));
         }
     }
+    requireUnused(sw, arguments, alias, ports);
     ChangeList changes(out, alias, "ports", "port");
     for (size_t i = 0; i < ports.size(); i++) {
         if (there[i]) {

@@ -10,10 +10,12 @@
 #include "access/settle.h"
 #include "base/text.h"
 #include "commands/nouns.h"
+#include "commands/settings.h"
 #include "config/apply/recover.h"
 #include "config/library/host.h"
 #include "config/library/lock.h"
 #include "config/library/snapshot.h"
+#include "config/settings/families.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/run.h"
@@ -116,26 +118,32 @@ constexpr Section kSections[] = {{"Exit status", kExitCodes}, {"See also", kSeeA
 
 // In the order of the help. Made when it is first asked for: the rows stand in other files.
 std::span<const Noun> nouns() {
+    using namespace config;
     static const Noun table[] = {
         {"switch", "distributed switches", kSwitchCommands},
         {"port", "ports of a switch", kPortCommands},
         {"uplink", "uplinks of a switch and their links", kUplinkCommands},
-        {"mtu", "the MTU of a switch", kMtuCommands},
+        {"mtu", "the MTU of a switch", settingRows({&kMtu})},
         {"mirror", "mirror sessions of a port, or of the uplinks of this host", kMirrorCommands},
         {"mirror runtime", "mirror sessions as the kernel runs them", kMirrorRuntimeCommands},
-        {"pvlan", "the private VLANs of a switch", kPrivateVlanCommands},
-        {"port vlan", "the VLANs of a port", kPortVlanCommands},
-        {"port security", "what a port may do and receive", kPortSecurityCommands},
-        {"teaming", "how a switch and its ports spread traffic over the uplinks", kTeamingCommands},
+        {"pvlan", "the private VLANs of a switch", settingRows({&kPrivateVlans})},
+        {"port vlan", "the VLANs of a port", settingRows({&kVlan, &kNestedVlan})},
+        {"port security", "what a port may do and receive", settingRows({&kSecurity, &kFilter})},
+        {"port sink", "ports that receive what no other port does", kSinkCommands},
+        {"teaming", "how a switch and its ports spread traffic over the uplinks",
+         settingRows({&kTeaming, &kPortTeaming, &kTeamingOverride, &kTxUplink})},
         {"rarp", "what the kernel counted when it moved ports between uplinks", kTeamingStatsCommands},
-        {"ls-teaming", "teaming policies of logical switches", kLsTeamingCommands},
-        {"mac-learning", "how MAC addresses are learned", kMacLearningCommands},
+        {"ls-teaming", "teaming policies of logical switches", settingRows({&kLsTeaming, &kPortLsTeaming})},
+        {"mac-learning", "how MAC addresses are learned",
+         settingRows({&kMacLearning, &kPortMacLearning, &kLearnStatic, &kOverlayCache, &kStaticMacAllow})},
         {"mac", "the MAC tables of the running switch, and how it learns", kMacCommands},
-        {"mcast", "multicast filtering and the receive filter", kMulticastCommands},
+        {"mcast", "multicast filtering and the receive filter",
+         settingRows({&kMulticastMode, &kMulticastAddresses, &kPortMulticastAddresses, &kRcf})},
         {"mcast filters", "the multicast groups that the kernel lets in", kMulticastFilterCommands},
-        {"health", "checks of teaming, VLANs and MTU", kHealthCommands},
-        {"discovery", "the discovery protocol of a switch", kDiscoveryCommands},
-        {"port ipfix", "flow sampling of a port", kIpfixCommands},
+        {"health", "checks of teaming, VLANs and MTU", settingRows({&kTeamCheck, &kVlanMtuCheck})},
+        {"health result", "what the checks have found", kHealthCommands},
+        {"discovery", "the discovery protocol of a switch", settingRows({&kDiscovery})},
+        {"port ipfix", "flow sampling of a port", settingRows({&kIpfix})},
         {"ipfix", "what the kernel counted when it sampled flows", kIpfixStatsCommands},
         {"spf", "the ports of the SPF data path", kSpfCommands},
         {"bfd", "forwarding detection between tunnel ends", kBfdCommands},

@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <string>
 
+#include "access/library.h"
 #include "access/opaque.h"
-#include "access/policy.h"
 #include "commands/nouns.h"
 #include "tool/failure.h"
 #include "tool/output.h"
@@ -16,7 +16,13 @@
 namespace qvs::cli {
 namespace {
 
-constexpr Policy kEnabled{"traceflow", QVS_KEY_TRACEFLOW_ENABLED};
+std::string switchTraced(const Arguments &arguments) {
+    return named(arguments.text("SWITCH")) + ": traceflow";
+}
+
+std::vector<std::string> touchedEnabled(const Arguments &arguments) {
+    return {touchedPath({arguments.text("SWITCH"), "host", QVS_KEY_TRACEFLOW_ENABLED})};
+}
 
 // As the library reads them, with groups of one digit, too; it would not say which of the two is wrong.
 const std::string &address(const Arguments &arguments, std::string_view name) {
@@ -51,16 +57,20 @@ void start(const Arguments &arguments, Output &out) {
 
 // Whether the kernel held anything without the property cannot be told.
 void clear(const Arguments &arguments, Output &out) {
-    PolicyPlace place(kEnabled, arguments);
-    require(call<TFHYP_ClearTraceflowConfig>(place.name()), place.named());
-    place.report(out, true);
+    const std::string &alias = arguments.text("SWITCH");
+    findVswitch(alias);
+    require(call<TFHYP_ClearTraceflowConfig>(alias.c_str()), switchTraced(arguments));
+    reportSwitch(out, alias, true);
 }
 
 template <bool on>
 void enable(const Arguments &arguments, Output &out) {
-    PolicyPlace place(kEnabled, arguments);
-    bool same = on ? place.holdsText("true") : !place.stored();
-    storePolicy(out, place, same, [&] { return call<TFHYP_SetTraceflowConfig>(place.name(), on ? 1 : 0); });
+    const std::string &alias = arguments.text("SWITCH");
+    const std::optional<Property> stored =
+        findProperty({Scope::Host, findVswitch(alias), nullptr}, QVS_KEY_TRACEFLOW_ENABLED);
+    const bool same = on ? stored && stored->text() == "true" : !stored;
+    if (!same) require(call<TFHYP_SetTraceflowConfig>(alias.c_str(), on ? 1 : 0), switchTraced(arguments));
+    reportSwitch(out, alias, !same);
 }
 
 void stats(const Arguments &arguments, Output &out) {
@@ -109,17 +119,17 @@ const Command kTraceRows[] = {
      .arguments = {kSwitchArgument},
      .details = "While tracing is on, it is switched off; when it is off, the kernel drops what it holds.",
      .example = "qvs trace clear sw1",
-     .run = writes(clear, touches<kEnabled>)},
+     .run = writes(clear, touchedEnabled)},
     {.words = "trace enable",
      .summary = "switch tracing of a switch on this host on",
      .arguments = {kSwitchArgument},
      .example = "qvs trace enable sw1",
-     .run = writes(enable<true>, touches<kEnabled>)},
+     .run = writes(enable<true>, touchedEnabled)},
     {.words = "trace disable",
      .summary = "switch tracing of a switch on this host off",
      .arguments = {kSwitchArgument},
      .example = "qvs trace disable sw1",
-     .run = writes(enable<false>, touches<kEnabled>)},
+     .run = writes(enable<false>, touchedEnabled)},
     {.words = "trace stats",
      .summary = "show the trace statistics of a port, 64 bytes",
      .arguments = {kSwitchArgument, kPortArgument},

@@ -10,6 +10,7 @@
 
 #include "access/library.h"
 #include "access/remains.h"
+#include "access/setting.h"
 #include "commands/nouns.h"
 #include "commands/uplink.h"
 #include "config/library/host.h"
@@ -223,7 +224,7 @@ const Command kRows[] = {
     {.words = "uplink remove",
      .summary = "remove uplinks and their ports from a switch",
      .arguments = {kSwitchArgument, kUplinks},
-     .options = {kIfExists},
+     .options = {kIfExists, kStrict},
      .details = "Removing is not undone when it fails half way; uplink list then says what is left.",
      .example = "qvs uplink remove sw1 uplink2",
      .run = writes(removeUplinks)},
@@ -237,6 +238,7 @@ const Command kRows[] = {
     {.words = "uplink clear",
      .summary = "forget the uplinks of a switch and leave their ports as ordinary ones",
      .arguments = {kSwitchArgument},
+     .options = {kStrict},
      .details = "A port that stays as it was made for its uplink, and unused, counts as left over: qvs "
                 "switch repair "
                 "removes it.",

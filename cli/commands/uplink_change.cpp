@@ -7,6 +7,7 @@
 
 #include "access/library.h"
 #include "access/remains.h"
+#include "access/setting.h"
 #include "commands/uplink.h"
 #include "config/library/snapshot.h"
 #include "config/library/uplink_list.h"
@@ -106,6 +107,10 @@ void removeUplinks(const Arguments &arguments, Output &out) {
             throw libraryFailure(namedUplink(alias, uplink), HYP_NOT_FOUND);
         }
     }
+    std::vector<std::string> names;
+    for (const Uplink *uplink : there)
+        if (uplink != nullptr) names.push_back(uplink->name);
+    checkUsers(findVswitch(alias), alias, names, arguments.given(kStrict.name));
     ChangeList changes(out, alias, "uplinks", "uplink");
     for (size_t i = 0; i < wanted.size(); i++) {
         bool changed = there[i] != nullptr;
@@ -158,9 +163,13 @@ void setUplinks(const Arguments &arguments, Output &out) {
 
 void clearUplinks(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
-    findVswitch(alias);
+    DVSSwitch *sw = findVswitch(alias);
     bool there = hasLists(alias);
     if (there) {
+        std::vector<std::string> names;
+        for (const Uplink &uplink : uplinkState(sw).whole)
+            names.push_back(uplink.name);
+        checkUsers(sw, alias, names, arguments.given(kStrict.name));
         require(callWhole<VSDVS_ClearSwitchUplinkPorts>(alias.c_str()), named(alias));
         // Its status is that of the name alone.
         if (hasLists(alias)) throw libraryFailure(named(alias) + ": uplink lists", HYP_FAILURE);

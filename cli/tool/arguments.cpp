@@ -116,23 +116,33 @@ const std::string *unknownOption(const CLI::App &app, std::span<const std::strin
 }
 
 // The argument that is all words behind --, or null.
-const Argument *verbatimOf(const Command &command) {
-    const bool is = command.arguments.size() == 1 && command.arguments.begin()->verbatim;
-    return is ? command.arguments.begin() : nullptr;
+const Argument *verbatimOf(const Shape &shape) {
+    const bool is = shape.arguments.size() == 1 && shape.arguments.front().verbatim;
+    return is ? &shape.arguments.front() : nullptr;
 }
 
 [[noreturn]] void failUsage(const Command &command, std::string_view message) {
     fail(Exit::Usage, "{}\nusage: {}", message, usageLine(command));
 }
 
+// "--timeout requires SECONDS" for CLI11's "--timeout: 1 required SECONDS missing".
+std::string requiring(std::string message) {
+    constexpr std::string_view kBefore = ": 1 required ";
+    constexpr std::string_view kBehind = " missing";
+    const size_t at = message.find(kBefore);
+    if (at == std::string::npos || !message.ends_with(kBehind)) return message;
+    message.erase(message.size() - kBehind.size());
+    return message.replace(at, kBefore.size(), " requires ");
+}
+
 [[noreturn]] void failParse(const CLI::App &app, const Command &command, std::span<const std::string> words,
                             std::string message) {
     std::erase(message, kGuard);
-    message = shown(message);
+    message = requiring(shown(message));
     if (const std::string *word = unknownOption(app, words)) {
         message = fmt::format(
             "no such option: {}{}", inQuotes(*word),
-            verbatimOf(command) != nullptr ? "" : "; a name that begins with a dash goes behind --");
+            verbatimOf(shapeOf(command)) != nullptr ? "" : "; a name that begins with a dash goes behind --");
     }
     failUsage(command, message);
 }
@@ -151,7 +161,7 @@ void requireGood(const Command &command, const Slot &slot) {
 
 // What the options of a call make of each other.
 void requireConsistent(const Command &command, const Arguments &arguments) {
-    for (const Option &option : command.options) {
+    for (const Option &option : shapeOf(command).options) {
         const bool given = arguments.given(option.name);
         if (option.need == Need::Always && !given)
             failUsage(command, fmt::format("{} is needed", option.name));
@@ -159,7 +169,7 @@ void requireConsistent(const Command &command, const Arguments &arguments) {
             fail(Exit::Usage, "{} and {} exclude each other", option.name, option.excludes);
     }
     if (arguments.given(kJson.name) && !command.json)
-        fail(Exit::Usage, "--json: {} {} has none", program().name, words(command));
+        fail(Exit::Usage, "{} {} has no JSON; call it without --json", program().name, words(command));
 }
 
 }  // namespace
@@ -179,11 +189,12 @@ Arguments parseArguments(const Command &command, std::span<const std::string> wo
     CLI::App app;
     app.set_help_flag("-h,--help");
     std::deque<Slot> slots;
-    const Argument *verbatim = verbatimOf(command);
-    for (const Argument &argument : command.arguments) {
+    const Shape shape = shapeOf(command);
+    const Argument *verbatim = verbatimOf(shape);
+    for (const Argument &argument : shape.arguments) {
         if (&argument != verbatim) addArgument(app, slots, argument);
     }
-    for (const Option &option : command.options)
+    for (const Option &option : shape.options)
         addOption(app, slots, option);
     for (const Option *option : commonOptions()) {
         if (option != &kHelp) addOption(app, slots, *option);
@@ -197,6 +208,7 @@ Arguments parseArguments(const Command &command, std::span<const std::string> wo
     std::vector<std::string> reversed(own.rbegin(), own.rend());
     std::transform(reversed.begin(), reversed.end(), reversed.begin(), guarded);
     Arguments arguments;
+    arguments.subject = command.subject;
     try {
         app.parse(std::move(reversed));
     } catch (const CLI::CallForHelp &) {

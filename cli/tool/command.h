@@ -62,45 +62,68 @@ class Arguments {
 
     void add(std::string_view name, std::vector<std::string> values);
 
+    // The subject of the row that the words were taken apart by.
+    const void *subject = nullptr;
+
   private:
     const std::vector<std::string> *find(std::string_view name) const;
 
     std::vector<std::pair<std::string_view, std::vector<std::string>>> values_;
 };
 
-// What a command touches when it writes, and all that it looks at, as paths from the switch down; null:
-// everything. A batch loads the snapshot again only before a command that looks at what was touched.
+// Paths from the switch down to what a command concerns; null: everything. A batch loads the snapshot again
+// only before a command that looks at what an earlier one has touched.
 using Touches = std::vector<std::string> (*)(const Arguments &);
 
 // What a command does: its function, and what that needs and changes. Rows say reads(), writes() or local().
 struct Run {
     Access access;
     void (*function)(const Arguments &, Output &);
-    Touches touches;
+    Touches touches;     // what it changes, and looks at
+    bool looksAtSwitch;  // it looks at the whole switch besides
 
     void operator()(const Arguments &arguments, Output &out) const { function(arguments, out); }
 };
 constexpr Run reads(void (*function)(const Arguments &, Output &), Touches touches = nullptr) {
-    return {Access::Reads, function, touches};
+    return {Access::Reads, function, touches, false};
 }
 constexpr Run writes(void (*function)(const Arguments &, Output &), Touches touches = nullptr) {
-    return {Access::Writes, function, touches};
+    return {Access::Writes, function, touches, false};
+}
+// The same command when it looks at the whole switch besides what it touches.
+constexpr Run looking(Run run) {
+    run.looksAtSwitch = true;
+    return run;
 }
 constexpr Run local(void (*function)(const Arguments &, Output &)) {
-    return {Access::Local, function, nullptr};
+    return {Access::Local, function, nullptr, false};
 }
+
+// What a command takes, and what its help says.
+struct Shape {
+    const char *summary;
+    std::span<const Argument> arguments;
+    std::span<const Option> options;
+    const char *details;
+    const char *example;
+};
 
 struct Command {
     const char *words;  // one to three: "status", "switch create", "port vlan get"
-    const char *summary;
+    const char *summary = nullptr;
     std::initializer_list<Argument> arguments = {};
     std::initializer_list<Option> options = {};
     const char *details = nullptr;  // more for the manual
-    const char *example;
+    const char *example = nullptr;
     bool json = true;  // --json is understood; refused otherwise
     Run run;
     Guard guard = Guard::Switch;  // when it writes
+    // Of rows that are made from a table: what the row is about, and a function that makes the shape when it
+    // is asked for.
+    const void *subject = nullptr;
+    Shape (*shape)(const Command &) = nullptr;
 };
+Shape shapeOf(const Command &command);
 
 // A path of names, which may contain any character but NUL.
 std::string touchedPath(std::initializer_list<std::string_view> names);

@@ -102,7 +102,7 @@ constexpr const char *kTail = R"bash(        *) COMPREPLY=($(compgen -W "$nouns"
 
 std::string optionWords(const Command &command) {
     std::string text;
-    for (const Option &option : command.options)
+    for (const Option &option : shapeOf(command).options)
         text += std::string(option.name) + " ";
     for (const Option *option : commonOptions()) {
         if (command.json || option->name != std::string_view("--json"))
@@ -114,7 +114,7 @@ std::string optionWords(const Command &command) {
 
 std::string kindWords(const Command &command) {
     std::string text;
-    for (const Argument &argument : command.arguments) {
+    for (const Argument &argument : shapeOf(command).arguments) {
         if (!text.empty()) text += " ";
         if (argument.verbatim) {
             text += "program file+";
@@ -167,7 +167,7 @@ std::string bashCompletion() {
         if (option->value != nullptr) valued.insert(option->name);
     for (const Noun &noun : program().nouns) {
         for (const Command &command : noun.commands) {
-            for (const Option &option : command.options) {
+            for (const Option &option : shapeOf(command).options) {
                 if (option.value == nullptr) continue;
                 valued.insert(option.name);
                 if (option.kind != Kind::Word) byKind[kindWord(option.kind)].insert(option.name);

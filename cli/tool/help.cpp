@@ -51,6 +51,15 @@ std::vector<std::string_view> wordsOf(const Command &command) {
     return words;
 }
 
+Shape shapeOf(const Command &command) {
+    if (command.shape != nullptr) return command.shape(command);
+    return {command.summary,
+            {command.arguments.begin(), command.arguments.size()},
+            {command.options.begin(), command.options.size()},
+            command.details,
+            command.example};
+}
+
 std::string words(const Command &command) {
     return command.words;
 }
@@ -60,18 +69,19 @@ std::string words(const Option &option) {
 }
 
 std::string exampleOf(const Command &command) {
-    std::string text = command.example;
+    std::string text = shapeOf(command).example;
     if (const size_t at = text.find('%'); at != std::string::npos) text.replace(at, 1, program().name);
     return text;
 }
 
 std::string usageLine(const Command &command) {
+    const Shape shape = shapeOf(command);
     std::string line = called(command);
     std::string verbatim;
-    for (const Argument &argument : command.arguments)
+    for (const Argument &argument : shape.arguments)
         (argument.verbatim ? verbatim : line) += " " + argumentWords(argument);
     bool choosing = false;
-    for (const Option &option : command.options) {
+    for (const Option &option : shape.options) {
         bool choice = option.need == Need::Choice;
         if (choosing && !choice) line += ")";
         line += choosing && choice ? " | " : choice ? " (" : " ";
@@ -89,7 +99,7 @@ std::string programHelp() {
         text += fmt::format("{}: {}\n", noun.name, noun.summary);
         std::vector<std::pair<std::string, std::string>> lines;
         for (const Command &command : noun.commands)
-            lines.emplace_back(called(command), command.summary);
+            lines.emplace_back(called(command), shapeOf(command).summary);
         appendAligned(text, lines);
         text += "\n";
     }
@@ -108,7 +118,7 @@ std::string nounHelp(std::span<const std::string> asked) {
     for (const Noun &noun : program().nouns) {
         std::vector<std::pair<std::string, std::string>> lines;
         for (const Command &command : noun.commands) {
-            if (beginsWith(command, asked)) lines.emplace_back(called(command), command.summary);
+            if (beginsWith(command, asked)) lines.emplace_back(called(command), shapeOf(command).summary);
         }
         if (lines.empty()) continue;
         if (!text.empty()) text += "\n";
@@ -119,18 +129,19 @@ std::string nounHelp(std::span<const std::string> asked) {
 }
 
 std::string commandHelp(const Command &command) {
-    std::string text = fmt::format("usage: {}\n\n  {}\n", usageLine(command), command.summary);
-    if (command.details != nullptr) text += fmt::format("  {}\n", command.details);
-    if (command.arguments.size() > 0) {
+    const Shape shape = shapeOf(command);
+    std::string text = fmt::format("usage: {}\n\n  {}\n", usageLine(command), shape.summary);
+    if (shape.details != nullptr) text += fmt::format("  {}\n", shape.details);
+    if (shape.arguments.size() > 0) {
         text += "\narguments:\n";
         std::vector<std::pair<std::string, std::string>> lines;
-        for (const Argument &argument : command.arguments)
+        for (const Argument &argument : shape.arguments)
             lines.emplace_back(argument.name, argument.summary);
         appendAligned(text, lines);
     }
     text += "\noptions:\n";
     std::vector<std::pair<std::string, std::string>> lines;
-    for (const Option &option : command.options)
+    for (const Option &option : shape.options)
         lines.emplace_back(words(option), option.summary);
     for (const Option *option : commonOptions()) {
         bool refused = !command.json && option->name == std::string_view("--json");

@@ -33,6 +33,20 @@ std::string troff(std::string_view text) {
     return out;
 }
 
+// A usage with the words that stand for others in italics.
+std::string troffUsage(std::string_view text) {
+    auto stands = [](char c) { return c >= 'A' && c <= 'Z'; };
+    std::string out;
+    bool italic = false;
+    for (size_t i = 0; i < text.size(); i++) {
+        const bool inside = stands(text[i]) || (italic && text[i] >= '0' && text[i] <= '9');
+        if (inside != italic) out += inside ? "\\fI" : "\\fR";
+        italic = inside;
+        out += troff(text.substr(i, 1));
+    }
+    return italic ? out + "\\fR" : out;
+}
+
 void troffItem(std::string &page, std::string_view term, std::string_view text) {
     page += fmt::format(".TP\n\\fB{}\\fR\n{}\n", troff(term), troff(text));
 }
@@ -48,13 +62,14 @@ void troffPassage(std::string &page, const Passage &passage) {
 }
 
 void troffCommand(std::string &page, const Command &command) {
+    const Shape shape = shapeOf(command);
     page += fmt::format(".SS \"{}\"\n", troff(fmt::format("{} {}", program().name, words(command))));
-    page += fmt::format("{}.\n.PP\n.nf\n{}\n.fi\n", troff(command.summary), troff(usageLine(command)));
-    for (const Argument &argument : command.arguments)
+    page += fmt::format("{}.\n.PP\n.nf\n{}\n.fi\n", troff(shape.summary), troffUsage(usageLine(command)));
+    for (const Argument &argument : shape.arguments)
         troffItem(page, argument.name, argument.summary);
-    for (const Option &option : command.options)
+    for (const Option &option : shape.options)
         troffItem(page, words(option), option.summary);
-    if (command.details != nullptr) page += fmt::format(".PP\n{}\n", troff(command.details));
+    if (shape.details != nullptr) page += fmt::format(".PP\n{}\n", troff(shape.details));
     page += fmt::format(".PP\nExample: {}\n", troff(exampleOf(command)));
 }
 
@@ -79,7 +94,7 @@ std::string manualPage() {
     std::string page =
         fmt::format(".TH {} 1 \"\" \"qvs {}\" \"User Commands\"\n", troff(upper(self.name)), self.version);
     page += fmt::format(".SH NAME\n{} \\- {}\n", troff(self.name), troff(self.summary));
-    page += fmt::format(".SH SYNOPSIS\n\\fB{}\\fR {}\n", troff(self.name), troff(self.usage));
+    page += fmt::format(".SH SYNOPSIS\n\\fB{}\\fR {}\n", troff(self.name), troffUsage(self.usage));
     page += ".SH DESCRIPTION\n";
     for (const Passage &passage : self.description)
         troffPassage(page, passage);
@@ -110,14 +125,15 @@ std::string markdownManual() {
     for (const Noun &noun : self.nouns) {
         page += fmt::format("\n## {}\n", noun.name);
         for (const Command &command : noun.commands) {
-            page += fmt::format("\n### {} {}\n\n{}.\n\n    {}\n", self.name, words(command), command.summary,
+            const Shape shape = shapeOf(command);
+            page += fmt::format("\n### {} {}\n\n{}.\n\n    {}\n", self.name, words(command), shape.summary,
                                 usageLine(command));
-            if (command.arguments.size() + command.options.size() > 0) page += "\n";
-            for (const Argument &argument : command.arguments)
+            if (shape.arguments.size() + shape.options.size() > 0) page += "\n";
+            for (const Argument &argument : shape.arguments)
                 page += fmt::format("- `{}`: {}\n", argument.name, argument.summary);
-            for (const Option &option : command.options)
+            for (const Option &option : shape.options)
                 page += fmt::format("- `{}`: {}\n", words(option), option.summary);
-            if (command.details != nullptr) page += fmt::format("\n{}\n", command.details);
+            if (shape.details != nullptr) page += fmt::format("\n{}\n", shape.details);
             page += fmt::format("\nExample: `{}`\n", exampleOf(command));
         }
     }

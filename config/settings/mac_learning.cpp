@@ -158,7 +158,7 @@ HYP_ReturnStatus storeOption(const Target &target, const Stored &records) {
 
 const Setting kMacLearning = {
     .name = "macLearning",
-    .noun = "mac learning",
+    .noun = "mac-learning",
     .what = "MAC learning",
     .summary = "how long learned addresses are kept on this host, and how many",
     .scope = Scope::Host,

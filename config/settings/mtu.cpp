@@ -51,10 +51,12 @@ const Setting kMtu = {
     .details =
         "The MTU that is shown is that of the portset. When a step of a change fails, the old value is "
         "restored. The NICs are set in any case.",
+    .content = "mtu",
     .decode = decode,
     .encode = encode,
     .read = read,
     .store = store,
+    .storesMore = true,
 };
 
 }  // namespace qvs::config

@@ -45,9 +45,10 @@ struct Setting {
     std::array<const char *, kMostKeys> keys;  // the second may be null
     // One member with an empty name: the value is that member's. Otherwise a record of the members.
     std::span<const Member> members;
-    const char *example;            // the words behind "qvs NOUN set SWITCH [PORT]"
-    const char *details = nullptr;  // more for the manual
-    const char *since = "1.0";      // the version of qvs that came with it
+    const char *example;              // the words behind "qvs NOUN set SWITCH [PORT]"
+    const char *details = nullptr;    // more for the manual
+    const char *since = "1.0";        // the version of qvs that came with it
+    const char *content = "enabled";  // in the tool: what a value of one member is called
 
     // Puts members in the one form in which decode gives them back; null when completed() needs no help.
     Value (*canonical)(Value value) = nullptr;
@@ -74,7 +75,9 @@ struct Setting {
     // Removes what is stored, or stores what libqvs has for that. Null when there is no way back to the
     // default.
     HYP_ReturnStatus (*clear)(const Target &target) = nullptr;
-    bool readsById = false;  // libqvs reads it by the identifier of the switch, too
+    bool storesMore = false;   // libqvs sets more than the records: the same is worth storing again
+    bool clearStores = false;  // clear stores the fallbacks
+    bool readsById = false;    // libqvs reads it by the identifier of the switch, too
 
     bool isScalar() const { return members.size() == 1 && *members[0].name == '\0'; }
 };

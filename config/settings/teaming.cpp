@@ -205,7 +205,7 @@ HYP_ReturnStatus storeTxUplink(const Target &target, const Stored &records) {
 }
 
 constexpr const char *kDetails =
-    "What is not given is off. Active and standby uplinks together are at most 32, and each is named once.";
+    "Active and standby uplinks together are at most 32, and each is named once.";
 
 }  // namespace
 
@@ -255,6 +255,7 @@ const Setting kTeamingOverride = {
     .keys = {QVS_KEY_PORT_TEAMING_OVERRIDE},
     .members = kOverride,
     .example = "storage",
+    .content = "override",
     .decode = decodeText<kTeamingOverride>,
     .encode = encodeText,
     .read = readOverride,
@@ -271,6 +272,7 @@ const Setting kTxUplink = {
     .keys = {QVS_KEY_PORT_TX_UPLINK},
     .members = kTxMode,
     .example = "always",
+    .content = "mode",
     .decode = decodeText<kTxUplink>,
     .encode = encodeText,
     .read = readTxUplink,

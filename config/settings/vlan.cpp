@@ -247,6 +247,7 @@ const Setting kPrivateVlans = {
     .keys = {QVS_KEY_PRIVATE_VLAN_MAP},
     .members = kPrivateVlanMap,
     .example = "100:100:promiscuous 100:101:isolated",
+    .content = "privateVlans",
     .decode = decodePrivateVlans,
     .encode = encodePrivateVlans,
     .read = readPrivateVlans,
@@ -271,6 +272,7 @@ const Setting kVlan = {
     .read = readVlan,
     .store = storeVlan,
     .clear = clearPort<VSDVS_ClearPortVLANPolicy>,
+    .clearStores = true,
 };
 
 const Setting kNestedVlan = {

@@ -11,7 +11,7 @@ BUDGET = 0.060
 RUNS = 8
 TABLES = """
 switch list | port list tenants | uplink list tenants | mac table tenants | mac table tenants --json | mac static tenants
-mac learning ports tenants | mac learning stats tenants | mac security tenants | mirror list tenants | mirror runtime ids tenants
+mac ports tenants | mac stats tenants | mac security tenants | mirror list tenants | mirror runtime ids tenants
 mirror runtime destinations tenants | mcast switch-filters tenants | bfd sessions | bfd sessions --json | bfd stats
 kcp switches | kcp portsets | kcp interfaces | kcp interfaces --json | kcp container-interfaces | kcp hypervisor-interfaces
 kcp hypervisor-nics | kcp uplinks | kcp containers | livetrace list | livetrace counts 0 | spf list edge | options get

@@ -83,12 +83,12 @@ Static contexts hold the static addresses of a port, 59 to a record.
 
 How a switch learns: what is stored for it goes before the properties of the host.
 
-  $ sh on 'qvs mac learning get --json; qvs mac learning info sw1 --raw - | bytes; qvs mac learning info sw1 --raw - | bytes; qvs mac learning ports sw1 --raw - | bytes'
+  $ sh on 'qvs mac host get --json; qvs mac info sw1 --raw - | bytes; qvs mac info sw1 --raw - | bytes; qvs mac ports sw1 --raw - | bytes'
   {"first":300,"second":0}
   0:2c01 10:0100040000000200000002 28:01000000a703 40:52 48:0a01 56:d505 64:6104 72:8304 80:bd03 (88 bytes)
   0:2c01 10:0100040000000200000002 28:010000000507 40:89 48:de01 56:5909 64:0b07 72:ca07 80:1506 (88 bytes)
   0:03 8:01000004000001 22:02000004000001 36:030000040000010002 (50 bytes)
-  $ sh on 'qvs port mac-learning set sw1 p1 --learning on --flooding on --limit 2 --limit-policy deny; qvs mac-learning set sw1 --aging 40 --limit 7; qvs mac learning info sw1 --raw - | head -c 32 | bytes; qvs mac learning ports sw1 --raw - | bytes'
+  $ sh on 'qvs port mac-learning set sw1 p1 --learning on --flooding on --limit 2 --limit-policy deny; qvs mac-learning set sw1 --aging 40 --limit 7; qvs mac info sw1 --raw - | head -c 32 | bytes; qvs mac ports sw1 --raw - | bytes'
   sw1/p1: changed
   sw1: changed
   0:28 8:070000000400000002000000020000000100000001 (32 bytes)
@@ -100,7 +100,7 @@ How a switch learns: what is stored for it goes before the properties of the hos
   sw1/p0: changed
   sw1/p0: changed
   qvs: switch 'sw1': port 'p0': No free pointer blocks (deprecated) (0xbad001a)
-  $ sh on 'for i in 1 2; do qvs mac learning stats sw1 --port p1 --raw - | bytes; done; qvs mac learning stats sw1 --raw - | bytes'
+  $ sh on 'for i in 1 2; do qvs mac stats sw1 --port p1 --raw - | bytes; done; qvs mac stats sw1 --raw - | bytes'
   0:020000040200000002000000fb 20:2101 28:5403 36:cc01 44:bc03 (52 bytes)
   0:020000040200000002000000e401 20:db01 28:0406 36:d402 44:ae05 (52 bytes)
   0:03 8:010000040300000007000000be 28:1401 36:a203 44:3703 52:8403 60:020000040200000002000000cd02 80:9502 88:b408 96:dc03 104:a007 112:030000040200000007000000e503 132:5505 140:0701 148:9a04 156:2b04 (164 bytes)
@@ -109,26 +109,26 @@ How a switch learns: what is stored for it goes before the properties of the hos
 Addresses that are too old go, and do not come back.
 
   $ cat >later.json <<<'{"macLearning": {"clock": 1021}}'
-  $ LAB='--lab later.json' sh on 'sh table sw1 --team; qvs mac-learning clear sw1; qvs mac learning set --first 20 --second 3; qvs mac learning set --second 3; sh table sw1 --team'
+  $ LAB='--lab later.json' sh on 'sh table sw1 --team; qvs mac-learning clear sw1; qvs mac host set --first 20 --second 3; qvs mac host set --second 3; sh table sw1 --team'
   (8 bytes)
   sw1: changed
   host: changed
   host: unchanged
   (8 bytes)
-  $ sh on 'qvs mac learning get --json; qvs mac add sw1 0200000003000200 --port uplink0; sh table sw1 --team; qvs mac add sw2 02:00:00:00:03:00 --port p0'
+  $ sh on 'qvs mac host get --json; qvs mac add sw1 0200000003000200 --port uplink0; sh table sw1 --team; qvs mac add sw2 02:00:00:00:03:00 --port p0'
   {"first":20,"second":3}
   sw1/uplink0: changed
   0:01 8:02000000030002 20:03000004 28:75706c696e6b30 (94 bytes)
   qvs: switch 'sw2': port 'p0': No free pointer blocks (deprecated) (0xbad001a)
   $ cat >later.json <<<'{"macLearning": {"clock": 1041}}'; cat >last.json <<<'{"macLearning": {"clock": 1042}}'
-  $ LAB='--lab later.json' sh on 'sh table sw1 --team'; LAB='--lab last.json' sh on 'sh table sw1 --team; qvs mac learning set --first 0xffffffffffffffff; qvs mac learning get; sh table sw1 --team'
+  $ LAB='--lab later.json' sh on 'sh table sw1 --team'; LAB='--lab last.json' sh on 'sh table sw1 --team; qvs mac host set --first 0xffffffffffffffff; qvs mac host get; sh table sw1 --team'
   0:01 8:02000000030002 20:030000041400000075706c696e6b30 (94 bytes)
   (8 bytes)
   host: changed
   first:   18446744073709551615
   second:  3
   (8 bytes)
-  $ sh on 'qvs mac learning set; qvs mac learning set --second 65536; qvs mac learning set --first 0x10000000000000000'
+  $ sh on 'qvs mac host set; qvs mac host set --second 65536; qvs mac host set --first 0x10000000000000000'
   qvs: at least one of --first and --second is needed
   qvs: --second: 65536, at most 65535 fits
   qvs: --first: '0x10000000000000000' is not a number of 64 bits

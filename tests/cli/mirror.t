@@ -5,13 +5,13 @@ Sessions of every type, on a port.
   $ qvs mirror list sw1 --port port0; qvs mirror list sw1 --port port0 --json
   SESSION  NAME  TYPE  FLAGS  DESTINATIONS  INGRESS  EGRESS
   []
-  $ qvs mirror add sw1 mix --port port0 --type mixdst --dst uplink0 --dst port1 --src-in port0 --src-out port0 --src-out port2 --flag no-input --flag disabled --sampling-rate 10
+  $ qvs mirror add sw1 mix --port port0 --type mixdst --destinations uplink0,port1 --sources-in port0 --sources-out port0,port2 --flags no-input,disabled --sampling-rate 10
   sw1/port0 mix: changed
-  $ qvs mirror add sw1 dv --port port0 --type dvport --name "to the probe" --snap-length 96 --dst port1 --src-in port0 --json  => {"switch":"sw1","port":"port0","session":"dv","changed":true}
-  $ qvs mirror add sw1 rsrc --port port0 --type rmirror-src --encap-vlan 4094 --dst 12345678901234567890123456789012 --src-in port0  => sw1/port0 rsrc: changed
-  $ qvs mirror add sw1 rdst --port port0 --type rmirror-dst --dst port1 --src-in 100 --src-in 0x65 --src-out 0  => sw1/port0 rdst: changed
-  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --stack --dst 192.0.2.7 --dst 2001:DB8:0:0::1 --src-in port0  => sw1/port0 er4: changed
-  $ qvs mirror add sw1 12345678901234567890123456789012 --port port0 --type logical-span --dst 02:00:00:00:00:AA  => sw1/port0 12345678901234567890123456789012: changed
+  $ qvs mirror add sw1 dv --port port0 --type dvport --name "to the probe" --snap-length 96 --destinations port1 --sources-in port0 --json  => {"switch":"sw1","port":"port0","session":"dv","changed":true}
+  $ qvs mirror add sw1 rsrc --port port0 --type rmirror-src --encap-vlan 4094 --destinations 12345678901234567890123456789012 --sources-in port0  => sw1/port0 rsrc: changed
+  $ qvs mirror add sw1 rdst --port port0 --type rmirror-dst --destinations port1 --sources-in 100,0x65 --sources-out 0  => sw1/port0 rdst: changed
+  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --stack on --destinations 192.0.2.7,2001:DB8:0:0::1 --sources-in port0  => sw1/port0 er4: changed
+  $ qvs mirror add sw1 12345678901234567890123456789012 --port port0 --type logical-span --destinations 02:00:00:00:00:AA  => sw1/port0 12345678901234567890123456789012: changed
   $ qvs mirror list sw1 --port port0 | head -n 3
   SESSION                           NAME          TYPE          FLAGS              DESTINATIONS                      INGRESS  EGRESS
   mix                               -             mixdst        no-input disabled  uplink0 port1                     port0    port0 port2
@@ -56,37 +56,16 @@ The list is given back byte by byte, and moved to the uplinks.
 
 The bytes of one session with one entity of each group.
 
-  $ qvs mirror clear sw1 --json; qvs mirror add sw1 s --name n --type rmirror-dst --snap-length 1 --flag legacy --encap-vlan 2 --sampling-rate 3 --dst d --src-in 4 --src-out 5; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host --raw raw; bytes <raw
+  $ qvs mirror clear sw1 --json; qvs mirror add sw1 s --name n --type rmirror-dst --snap-length 1 --flags legacy --encap-vlan 2 --sampling-rate 3 --destinations d --sources-in 4 --sources-out 5; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host --raw raw; bytes <raw
   {"switch":"sw1","port":null,"changed":true}
   sw1 s: changed
   0:efbecefa020000000100000003 20:73 52:6e 136:03000000010000001800000002 156:03 236:010000000100000001 256:64 308:04 360:05 (408 bytes)
 
-What nobody reads comes back as well: the header's last word, masks of a typed session, what is behind texts and addresses.
-
-  $ patched() { cp raw some; for at in "$@"; do printf "${at#*:}" | dd of=some bs=1 seek=${at%%:*} conv=notrunc status=none; done; qvs prop set sw1 com.quillon.vswitch.uplinkMirrorSessions --host --file some >/dev/null; qvs mirror list sw1 --json >all; grep -o '"unread.*' all; }; patched '16:\001' '60:tail' '150:\003' '168:\002' '252:word' '354:\001'; qvs mirror clear sw1; qvs mirror set sw1 all; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host --raw - | cmp some -; for name in '\377' '\357\277\275'; do patched 52:$name; qvs mirror set sw1 all; done
-  "unread":["16:01","60:7461696c","150:03","168:02","252:776f7264","354:01"]}
-  sw1: changed
-  sw1: changed
-  "unread":[]}
-  qvs: file 'all': session 0 of the array: name: holds U+FFFD, which stands for bytes that JSON cannot hold; mirror add takes them
-  "unread":[]}
-  qvs: file 'all': session 0 of the array: name: holds U+FFFD, which stands for bytes that JSON cannot hold; mirror add takes them
-  ? 2
-  $ for unread in 8:02 248:01 136:04 404:0000000000 408:00 56 x:00; do sed "s/\"unread\":.*\]/\"unread\":[\"$unread\"]/; s/�/n/" all | qvs mirror set sw1 -; done
-  qvs: file '-': session 0 of the array: unread: 8:02 changes what the other members say
-  qvs: file '-': session 0 of the array: unread: 248:01 changes what the other members say
-  qvs: file '-': session 0 of the array: unread: 136:04 changes what the other members say
-  qvs: file '-': session 0 of the array: unread: '404:0000000000' is outside the session, which has 408 bytes
-  qvs: file '-': session 0 of the array: unread: '408:00' is outside the session, which has 408 bytes
-  qvs: file '-': session 0 of the array: unread: '56' is not OFFSET:DIGITS
-  qvs: file '-': session 0 of the array: unread: 'x:00' is not OFFSET:DIGITS
-  ? 2
-
 Existing, absent, and removed sessions.
 
   $ qvs mirror add sw1 rdst --port port0 --type dvport  => [4] qvs: switch 'sw1': port 'port0': mirror sessions: 'rdst': Already exists (0xbad0005)
-  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --stack --dst 192.0.2.7 --dst 2001:db8::1 --src-in port0 --may-exist  => sw1/port0 er4: unchanged
-  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --dst 192.0.2.7 --dst 2001:db8::1 --src-in port0 --may-exist
+  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --stack on --destinations 192.0.2.7,2001:db8::1 --sources-in port0 --may-exist  => sw1/port0 er4: unchanged
+  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --destinations 192.0.2.7,2001:db8::1 --sources-in port0 --may-exist
   qvs: switch 'sw1': port 'port0': mirror sessions: 'er4': exists and differs
   ? 4
   $ qvs mirror remove sw1 mix --port port0; qvs mirror remove sw1 er4 --port port0 --json; qvs mirror list sw1 --port port0 --names
@@ -105,7 +84,7 @@ Existing, absent, and removed sessions.
 
 What the records cannot hold is refused, and nothing stored.
 
-  $ codes=; fit() { qvs mirror add sw1 "$@"; codes="$codes $?"; }; long=$(printf 'x%.0s' $(seq 84)); fit ${long:0:33} --type dvport; fit s --type dvport --name $long; fit s --type dvport --dst ${long:0:48}; fit s --type dvport --src-out ${long:0:48}; fit s --type rmirror-src --dst ${long:0:33}; fit s --type dvport --dst ''; echo $codes
+  $ codes=; fit() { qvs mirror add sw1 "$@"; codes="$codes $?"; }; long=$(printf 'x%.0s' $(seq 84)); fit ${long:0:33} --type dvport; fit s --type dvport --name $long; fit s --type dvport --destinations "${long:0:48}"; fit s --type dvport --sources-out "${long:0:48}"; fit s --type rmirror-src --destinations "${long:0:33}"; fit s --type dvport --destinations ; echo $codes
   qvs: mirror session 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 33 bytes, at most 32 fit
   qvs: display name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 84 bytes, at most 83 fit
   qvs: port or uplink name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 bytes, at most 47 fit
@@ -113,7 +92,7 @@ What the records cannot hold is refused, and nothing stored.
   qvs: destination 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 33 bytes, at most 32 fit
   qvs: port or uplink name: may not be empty
   2 2 2 2 2 2
-  $ codes=; fit() { qvs mirror add sw1 s --type "$@"; codes="$codes $?"; }; fit rmirror-dst --src-in 4095; fit rmirror-dst --src-out port0; fit ermirror-src --dst 192.0.2.256; fit ermirror-src --dst port0; fit logical-span --dst 02:00:00:00:00; fit dvport --encap-vlan 4095; fit dvport --snap-length 2147483648; fit dvport --sampling-rate 4294967296; fit dvport --stack; fit other; fit dvport --flag other; echo $codes
+  $ codes=; fit() { qvs mirror add sw1 s --type "$@"; codes="$codes $?"; }; fit rmirror-dst --sources-in 4095; fit rmirror-dst --sources-out port0; fit ermirror-src --destinations 192.0.2.256; fit ermirror-src --destinations port0; fit logical-span --destinations 02:00:00:00:00; fit dvport --encap-vlan 4095; fit dvport --snap-length 2147483648; fit dvport --sampling-rate 4294967296; fit dvport --stack on; fit other; fit dvport --flags other; echo $codes
   qvs: source: '4095' is no VLAN id, which go from 0 to 4094
   qvs: source: 'port0' is no VLAN id, which go from 0 to 4094
   qvs: destination '192.0.2.256': neither an IPv4 nor an IPv6 address
@@ -128,7 +107,7 @@ What the records cannot hold is refused, and nothing stored.
   2 2 2 2 2 2 2 2 2 2 2
   $ qvs mirror add sw1 s
   qvs: --type is needed
-  qvs: usage: qvs mirror add SWITCH SESSION [--port PORT] --type TYPE [--name TEXT] [--snap-length BYTES] [--flag FLAG]... [--encap-vlan VLAN] [--sampling-rate N] [--stack] [--dst ENTITY]... [--src-in ENTITY]... [--src-out ENTITY]... [--may-exist]
+  qvs: usage: qvs mirror add SWITCH SESSION [--port PORT] --type TYPE [--name TEXT] [--snap-length BYTES] [--flag FLAG]... [--encap-vlan VLAN] [--sampling-rate N] [--stack on] [--dst ENTITY]... [--src-in ENTITY]... [--src-out ENTITY]... [--may-exist]
   ? 2
   $ qvs mirror list sw1 --json  => []
   $ codes=; fit() { echo "$1" | qvs mirror set sw1 -; codes="$codes $?"; }; fit '{}'; fit '[1]'; fit '[{"session":"a"}]'; fit '[{"session":"a","type":"mixdst"},{"session":"a","type":"mixdst"}]'; fit '[{"session":"a","type":"mixdst","flags":["b"]}]'; fit '[{"session":"a","type":"mixdst","stack":1}]'; fit '[{"session":"a","type":"mixdst","encapVlan":4095}]'; fit '[{"session":"a","type":"mixdst","more":1}]'; fit '[{"session":"a","type":"mixdst","samplingRate":-1}]'; fit '[{"session":"a","type":"mixdst","wildIn":["vmm"]}]'; fit '[{"session":"a","type":"mixdst"},{"session":"b","type":"ermirror-src","destinations":["x"]}]'; echo $codes

@@ -15,7 +15,7 @@ Mirror sessions are those that are stored: a disabled one is idle, and destinati
   INDEX  ENTRY
   qvs: switch 'sw1': mirror session 'cap': Not found (0xbad0003)
   ? 3
-  $ sh on 'qvs mirror add sw1 cap --type dvport --dst p1 --dst p2 --dst pnic0 --port p0; qvs mirror add sw1 cap --type dvport --dst p1 --port p2; qvs mirror add sw1 a-name-of-thirty-two-characters- --type dvport --dst p0 --flag disabled'
+  $ sh on 'qvs mirror add sw1 cap --type dvport --destinations p1,p2,pnic0 --port p0; qvs mirror add sw1 cap --type dvport --destinations p1 --port p2; qvs mirror add sw1 a-name-of-thirty-two-characters- --type dvport --destinations p0 --flags disabled
   sw1/p0 cap: changed
   sw1/p2 cap: changed
   sw1 a-name-of-thirty-two-characters-: changed
@@ -89,7 +89,7 @@ Multicast groups of a port, and of all ports together.
 
 Flows are counted where they are sampled.
 
-  $ sh on 'qvs ipfix stats sw1 --raw - | bytes; qvs ipfix stats sw1 p0 --raw - | bytes; qvs port ipfix set sw1 p0 --collector 192.0.2.9:4739'  => (192 bytes) | (192 bytes) | sw1/p0: changed
+  $ sh on 'qvs ipfix stats sw1 --raw - | bytes; qvs ipfix stats sw1 p0 --raw - | bytes; qvs port ipfix set sw1 p0 --collectors 192.0.2.9:4739'  => (192 bytes) | (192 bytes) | sw1/p0: changed
   $ sh on 'qvs ipfix stats sw1 --raw - | bytes; qvs ipfix stats sw1 p0 --raw a; qvs ipfix stats sw1 p0 --raw b; cmp a b; qvs ipfix stats sw1 p2 --raw - | bytes'
   0:01000000010000009e01 16:2703 24:4c04 32:b501 40:9102 48:da 56:c103 64:8f05 72:a6 80:6401 88:5903 96:4e 104:0207 112:cf 121:02 128:e801 136:8002 144:b205 152:1b03 160:a502 168:7e03 176:2a02 184:1002 (192 bytes)
   a b differ: byte 9, line 1

@@ -22,7 +22,7 @@ port vlan set tenants vm2 --id 77 | port security set tenants vm2 --mac-change d
 prop set tenants com.quillon.common.port.statistics --port vm2 --hex {NUMBERS} | options set 09000200abcd
 port mac-learning set tenants vm1 --learning on --flooding on --limit 300 --limit-policy deny
 learn-static set tenants on | overlay-cache set tenants on | mac-learning set tenants --aging 700 --limit 6000
-mac learning set --first 900 --second 20000 | port ipfix set tenants vm0 --collector 192.0.2.9:1 --collector 192.0.2.8:1
+mac host set --first 900 --second 20000 | port ipfix set tenants vm0 --collectors 192.0.2.9:1,192.0.2.8:1
 livetrace create tenants vm2 --hex {bytes(range(1, 31)).hex()} | spf plumb tenants vm2 02:07:00:00:00:09
 spf plumb tenants vm2 02:07:00:00:00:09 | spf unplumb tenants vm3 | spf unplumb tenants vm3
 """
@@ -50,7 +50,7 @@ FETCH = {
     "uplink list tenants": lambda: single("VSHYP_GetUplinkDVPortID", 48, b"pnic4"),
     "switch list --kernel portsets": lambda: listed("VSHYP_GetSwitches", 1, 128),
     "switch list --kernel": lambda: listed("VSHYP_GetSwitches", 0, 81),
-    "mac learning get": lambda: single("VSHYP_GetGlobalMACLearningProps", 10),
+    "mac host get": lambda: single("VSHYP_GetGlobalMACLearningProps", 10),
     "mirror runtime ids tenants": lambda: listed("VSHYP_GetDVMirrorSessionIDs", b"tenants", 32),
 }
 
