@@ -35,11 +35,17 @@ std::vector<std::string> rangesOf(const uint8_t *ranges, uint32_t count) {
 }
 
 template <auto Read>
-Result readResult(const std::string &alias, const std::string &port) {
+Result readResult(const std::string &alias, const std::string &port, const char *key) {
     void *raw = nullptr;
     HYP_ReturnStatus status = call<Read>(alias.c_str(), port.c_str(), &raw);
     if (status == HYP_NOT_FOUND) return {};
-    require(status, named(alias, port) + ": check result");
+    const std::string subject = named(alias, port) + ": check result";
+    if (status == HYP_FAILURE)
+        throw libraryFailure(subject, status,
+                             fmt::format("the bytes that are stored as {} are not a result; 'qvs prop clear "
+                                         "{} {} --port {}' removes them",
+                                         key, shown(alias), key, shown(port)));
+    require(status, subject);
     ResultBuffer buffer(raw);
     HealthCheck_Result head;
     std::memcpy(&head, raw, sizeof head);
@@ -58,8 +64,9 @@ void result(const Arguments &arguments, Output &out) {
     const std::string &port = arguments.text("PORT");
     requireFits(kPortIdLimit, port);
     findPort(findVswitch(alias), alias, port);
-    const Result vlan = readResult<HealthCheck_GetVLANCheckResult>(alias, port);
-    const Result mtu = readResult<HealthCheck_GetMTUCheckResult>(alias, port);
+    const Result vlan =
+        readResult<HealthCheck_GetVLANCheckResult>(alias, port, QVS_KEY_PORT_VLAN_CHECK_RESULT);
+    const Result mtu = readResult<HealthCheck_GetMTUCheckResult>(alias, port, QVS_KEY_PORT_MTU_CHECK_RESULT);
     if (!vlan.first && !mtu.first) throw libraryFailure(named(alias, port) + ": check result", HYP_NOT_FOUND);
     Record record(out);
     record.field("switch", "switch", alias);

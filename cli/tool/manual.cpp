@@ -42,7 +42,8 @@ std::string troffUsage(std::string_view text) {
         const bool inside = stands(text[i]) || (italic && text[i] >= '0' && text[i] <= '9');
         if (inside != italic) out += inside ? "\\fI" : "\\fR";
         italic = inside;
-        out += troff(text.substr(i, 1));
+        // Dots are no requests here: a usage begins with the name of the program.
+        out += text[i] == '.' ? "." : troff(text.substr(i, 1));
     }
     return italic ? out + "\\fR" : out;
 }

@@ -8,7 +8,9 @@
 
 #include "base/text.h"
 #include "config/library/uplink_list.h"
+#include "config/settings/codec.h"
 #include "config/settings/families.h"
+#include "config/settings/mirror_entity.h"
 
 namespace qvs::config {
 namespace {
@@ -32,17 +34,18 @@ Missing missingOfVlan(const Value &value, const Existing &existing) {
     return {fmt::format("private VLAN {}", id.number())};
 }
 
-// Entities are names of ports or uplinks, but for destinations of the remote types and for sources that are
-// VLANs.
+// Only entities of some types are names of ports or uplinks.
 Missing missingOfSessions(const Value &value, const Existing &existing) {
+    const std::span<const Member> members = kPortMirrorSessions.members[0].members;
+    const auto type = std::ranges::find(members, std::string_view("type"), &Member::name);
+    constexpr const char *kGroups[] = {"destinations", "sourcesIn", "sourcesOut"};
     Missing missing;
     for (const Value &session : value.list()) {
-        const std::string_view type = session["type"].absent() ? "" : session["type"].text();
-        const bool remote = type == "rmirror-src" || type == "ermirror-src" || type == "logical-span";
-        for (const char *member : {"destinations", "sourcesIn", "sourcesOut"}) {
-            const bool destinations = std::string_view(member) == "destinations";
-            if (session[member].absent() || (destinations ? remote : type == "rmirror-dst")) continue;
-            for (const Value &name : session[member].list())
+        for (size_t group = 0; group < std::size(kGroups); group++) {
+            const Value &names = session[kGroups[group]];
+            const uint32_t number = numberOf(type->words, session["type"]);
+            if (names.absent() || formOf(group, number) != Form::Name) continue;
+            for (const Value &name : names.list())
                 if (!existing.port(name.text()) && !existing.uplink(name.text()))
                     missing.push_back("port or uplink " + inQuotes(name.text()));
         }

@@ -45,10 +45,10 @@ A value that a client stores stands in their place until it is cleared; with the
   sw1/port0 com.quillon.common.port.volatile.vlanchkresult: changed
   0100000064006400
   $ key=com.quillon.common.port.volatile.vlanchkresult; for hex in 0000 00000000 0100010001000200 ffffffff01000200; do qvs prop set sw1 $key --hex $hex --port port0 >/dev/null; qvs health result sw1 port0 --json; done; qvs prop clear sw1 $key --port port0
-  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001); what is stored as com.quillon.common.port.volatile.vlanchkresult is no such record (2 bytes); 'qvs prop clear sw1 com.quillon.common.port.volatile.vlanchkresult --port port0' removes it
+  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001); the bytes that are stored as com.quillon.common.port.volatile.vlanchkresult are not a result; 'qvs prop clear sw1 com.quillon.common.port.volatile.vlanchkresult --port port0' removes them
   {"switch":"sw1","port":"port0","trunkedVlans":[],"untrunkedVlans":[],"allowedMtus":["1280-9000"],"disallowedMtus":[]}
-  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001); what is stored as com.quillon.common.port.volatile.vlanchkresult is no such record (8 bytes); 'qvs prop clear sw1 com.quillon.common.port.volatile.vlanchkresult --port port0' removes it
-  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001); what is stored as com.quillon.common.port.volatile.vlanchkresult is no such record (8 bytes); 'qvs prop clear sw1 com.quillon.common.port.volatile.vlanchkresult --port port0' removes it
+  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001); the bytes that are stored as com.quillon.common.port.volatile.vlanchkresult are not a result; 'qvs prop clear sw1 com.quillon.common.port.volatile.vlanchkresult --port port0' removes them
+  qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001); the bytes that are stored as com.quillon.common.port.volatile.vlanchkresult are not a result; 'qvs prop clear sw1 com.quillon.common.port.volatile.vlanchkresult --port port0' removes them
   sw1/port0 com.quillon.common.port.volatile.vlanchkresult: changed
   $ for hex in 0100000000000000 01000000000001000100 0000000000; do qvs prop set sw1 com.quillon.vswitch.port.vlan --hex $hex --port port0 >/dev/null; qvs health result sw1 port0; done
   qvs: switch 'sw1': port 'port0': check result: Not found (0xbad0003)

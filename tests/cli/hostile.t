@@ -26,7 +26,7 @@ entries that there are, and for both patches the exit status, the number of entr
   2 mcast switch-filters sw1; 0, 2, counts 4294967295 multicast filters, but handed over 2; 0, 2, counts 3 multicast filters, but handed over 2
   2 uplink list sw1 --kernel; 0, 2, counts 4294967295 uplinks, but handed over 2; 0, 2, counts 3 uplinks, but handed over 2
   4 port list sw1 --kernel; 0, 4, counts 4294967295 ports, but handed over 4; 0, 4, counts 5 ports, but handed over 4
-  2 ls-teaming get sw1 --kernel; 0, 2, counts 4294967295 entries, but handed over 2; 0, 2, counts 3 entries, but handed over 2
+  2 ls-teaming get sw1 --kernel; 0, 1, counts 4294967295 entries, but handed over 2; 0, 1, counts 3 entries, but handed over 2
   4 switch list --kernel; 0, 4, counts 4294967295 switches, but handed over 2; 0, 4, counts 5 switches, but handed over 2
   2 livetrace counts 0; 0, 2, counts 4294967295 action counts, but handed over 2; 0, 2, counts 3 action counts, but handed over 2
   2 spf list sw1; 0, 2, counts 4294967295 ports, but handed over 2; 0, 2, counts 3 ports, but handed over 2
@@ -60,7 +60,7 @@ The sources of a group, and records without an end of their texts.
   0 options get
   0 kcp status
   0 int get
-  545
+  591
 
 An entry of zeros at the end of a list is an entry when the kernel counts it once more.
 

@@ -15,7 +15,8 @@ Mirror sessions are those that are stored: a disabled one is idle, and destinati
   INDEX  ENTRY
   qvs: switch 'sw1': mirror session 'cap': Not found (0xbad0003)
   ? 3
-  $ sh on 'qvs mirror add sw1 cap --type dvport --destinations p1,p2,pnic0 --port p0; qvs mirror add sw1 cap --type dvport --destinations p1 --port p2; qvs mirror add sw1 a-name-of-thirty-two-characters- --type dvport --destinations p0 --flags disabled
+  $ sh on 'qvs mirror add sw1 cap --type dvport --destinations p1,p2,pnic0 --port p0; qvs mirror add sw1 cap --type dvport --destinations p1 --port p2; qvs mirror add sw1 a-name-of-thirty-two-characters- --type dvport --destinations p0 --flags disabled'
+  qvs: warning: switch 'sw1': port 'p0': mirror sessions: port or uplink 'pnic0' is missing
   sw1/p0 cap: changed
   sw1/p2 cap: changed
   sw1 a-name-of-thirty-two-characters-: changed
@@ -39,7 +40,7 @@ Mirror sessions are those that are stored: a disabled one is idle, and destinati
 
 Logical-switch teaming as stored; a table that counts more than it holds is cut.
 
-  $ sh on 'qvs ls-teaming get sw1 --kernel --json; qvs port ls-teaming get sw1 p0 --kernel'  => [3] [] | qvs: switch 'sw1': port 'p0': logical-switch teaming choice: Not found (0xbad0003)
+  $ sh on 'qvs ls-teaming get sw1 --kernel --json; qvs port ls-teaming get sw1 p0 --kernel'  => [3] {"switch":"sw1","policies":[],"stored":false} | qvs: switch 'sw1': port 'p0': logical-switch teaming choice: Not found (0xbad0003)
   $ sh on 'head -c 5496 /dev/zero | tr "\000" x >table; qvs ls-teaming set sw1 --file table; qvs port ls-teaming set sw1 p0 storage'
   sw1: changed
   sw1/p0: changed
@@ -54,7 +55,7 @@ Logical-switch teaming as stored; a table that counts more than it holds is cut.
 
 Multicast groups of a port, and of all ports together.
 
-  $ sh on 'qvs mcast mode get sw1; qvs mcast mode set sw1 snooping; qvs mcast mode get sw1 --kernel'  => legacy | sw1: changed | snooping
+  $ sh on 'qvs mcast mode get sw1; qvs mcast mode set sw1 snooping; qvs mcast mode get sw1 --kernel'  => switch:  sw1 | mode:    legacy | stored:  no | sw1: changed | switch:  sw1 | mode:    snooping | stored:  yes
   $ sh on 'qvs mcast filters sw1; qvs mcast filters sw1 --port p0 --type ipv4 --json; qvs mcast filters sw1 --port uplink0 --json'
   TYPE  GROUP
   mac   01:00:5e:00:00:fb
@@ -85,7 +86,7 @@ Multicast groups of a port, and of all ports together.
   qvs: switch 'sw1': group '239.1.1.253': Not found (0xbad0003)
   qvs: '01:00:5e:00:00:fb' is no IPv4 or IPv6 address
   ? 2
-  $ sh on 'qvs port remove sw1 p1; qvs mcast filters sw1 | wc -l'  => sw1/p1: changed | 4
+  $ sh on 'qvs port remove sw1 p1; qvs mcast filters sw1 | wc -l'  => qvs: warning: switch 'sw1': port 'p1': is removed while 'web' uses it | qvs: warning: switch 'sw1': p1 is removed, but still named by: port 'p0': mirror sessions | sw1/p1: changed | 4
 
 Flows are counted where they are sampled.
 
@@ -122,6 +123,7 @@ Ports of the SPF data path.
   qvs: switch 'sw1': port 'p0': Not found (0xbad0003)
   ? 3
   $ sh on 'qvs port remove sw1 p2; qvs spf list sw1'
+  qvs: warning: switch 'sw1': p2 is removed, but still named by: port 'p0': mirror sessions
   sw1/p2: changed
   INDEX  ENTRY
   $ sh on 'qvs --trace spf stats gvm sw1 uplink0 2>&1 | sed "s/, [0-9]* us//"'

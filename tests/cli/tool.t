@@ -26,7 +26,7 @@ Usage.
   qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
   2 2 2 2 2 2 2
   $ codes=; for words in 'dump --json' 'switch show sw1 --raw file --json' 'port list sw1 --names --kernel' 'completion zsh'; do qvs $words; codes="$codes $?"; done; echo $codes
-  qvs: --json: qvs dump has none
+  qvs: qvs dump has no JSON; call it without --json
   qvs: --raw and --json exclude each other
   qvs: --names and --kernel exclude each other
   qvs: SHELL: 'zsh' is not 'bash'
@@ -60,7 +60,7 @@ Help, manual and completion come from the table.
   .SH NAME
   qvs \- control the distributed virtual switches of a hypervisor host
   .SH SYNOPSIS
-  \fBqvs\fR NOUN VERB [ARGUMENT...] [OPTION...]
+  \fBqvs\fR \fINOUN\fR \fIVERB\fR [\fIARGUMENT\fR...] [\fIOPTION\fR...]
   $ qvs help | grep -c '^  --'  => 4
   $ qvs help | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; qvs manual | grep -qF "${command//-/\\-}" || echo "$command"; done
   $ qvs manual --markdown | sed -n '/### qvs switch destroy/,/Example/p'
@@ -140,7 +140,7 @@ The launcher's own words.
   qvs-host: --state is needed
   qvs-host: usage: qvs-host start --state DIR [--lab FILE] [--trace FILE] [--max-state-mib N]
   qvs-host: no such command: fault 'nix'; 'qvs-host help fault' lists them
-  qvs-host: --json: qvs-host stop has none
+  qvs-host: qvs-host stop has no JSON; call it without --json
   ? 2
   $ . <(qvs-host completion bash); try() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvs_host; echo "${COMPREPLY[@]}"; }; mkdir lab; try qvs-host fault ''; try qvs-host start --m; try qvs-host run --state l; try qvs-host run -- treesh --; try qvs-host run -- false l
   add list clear

@@ -42,7 +42,7 @@ How long it may take is for the user to say.
   $ for words in '--timeout 0 switch list' 'switch list --timeout x' 'switch list --timeout' '--timeout'; do qvs $words 2>&1 | head -n 1; done
   qvs: --timeout: '0' is not a number from 1 to 86400
   qvs: --timeout: 'x' is not a number from 1 to 86400
-  qvs: --timeout: 1 required SECONDS missing
+  qvs: --timeout requires SECONDS
   usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
   $ qvs-host fault add PortAdd --delay 400; qvs --timeout 7 port add sw1 late >log & sleep 0.2; tr '\0' '\n' </proc/$!/environ | grep ^QVS_HOST_TIMEOUT; wait  => QVS_HOST_TIMEOUT=7
   $ qvs --timeout 5 switch list --names --timeout=6  => [2] qvs: --timeout: given twice | qvs: usage: qvs switch list [--names] [--kernel]
