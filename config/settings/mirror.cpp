@@ -343,7 +343,7 @@ const Setting kUplinkMirrorSessions = {
 
 const Setting kPortMirrorSessions = {
     .name = "mirrorSessions",
-    .noun = "port mirror",
+    .noun = "mirror",
     .what = "mirror sessions",
     .summary = "the mirror sessions of a port",
     .scope = Scope::Port,
