@@ -33,6 +33,7 @@ Layout findLayout() {
     layout.daemon = prefix / QVS_LIBEXECDIR / "qvs-hostd";
     layout.treesh = layout.toolPath + "/treesh";
     layout.preload = layout.lib + "/qvs/libqvs-host-preload.so";
+    layout.records = prefix / QVS_DATADIR / "qvs/layouts/emulated.json";
     for (const std::string &part : {layout.daemon, layout.treesh, layout.preload}) {
         if (!fs::exists(part))
             throw Error(part + " is missing; install or build the emulated host completely");

@@ -13,6 +13,7 @@ struct Layout {
     std::string daemon;
     std::string treesh;
     std::string preload;  // value for LD_PRELOAD
+    std::string records;  // the layout file of the records of the emulated kernel
 };
 
 // Finds the parts relative to the launcher. Throws if one is missing.

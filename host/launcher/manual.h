@@ -40,6 +40,9 @@ inline constexpr cli::Passage kEnvironment[] = {
     {"The command finds QVS_HOST_SOCKET and QVS_HOST_STATE set to the host's socket and directory, "
      "LD_PRELOAD, LD_LIBRARY_PATH and PATH with the host's parts in front, and ASAN_OPTIONS with "
      "verify_asan_link_order=0 behind. Programs with privileges of their own ignore the first two."},
+    {.text = "the layout file of this kernel's records, by which qvs shows their fields; a value that is "
+             "already set is kept, an empty one has qvs show bytes",
+     .term = "QVS_LAYOUT"},
     {.text = "how many seconds programs on the host wait for an answer; may have a fraction (10)",
      .term = "QVS_HOST_TIMEOUT"},
     {.text = "is set where a program was started without the variables above", .term = "QVS_HOST_LOST"},

@@ -122,6 +122,8 @@ void setEnvironment(const Layout &layout, const std::string &directory) {
     setenv(wire::kSocketVariable, wire::socketFile(directory).c_str(), 1);
     setenv(wire::kTreeshVariable, layout.treesh.c_str(), 1);
     setenv("QVS_HOST_STATE", directory.c_str(), 1);
+    // The user may name another file, or none. An installation without the file is complete all the same.
+    if (std::filesystem::exists(layout.records)) setenv("QVS_LAYOUT", layout.records.c_str(), 0);
     unsetenv(std::string(wire::kLostEntry, strcspn(wire::kLostEntry, "=")).c_str());
     addTo("ASAN_OPTIONS", "verify_asan_link_order=0", false);
 }
