@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "access/opaque.h"
 
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 
@@ -9,8 +12,205 @@
 namespace qvs::cli {
 namespace {
 
-// What fits a line as hexadecimal digits.
+// What fits a line as hexadecimal digits: a short record, and the longest entry of a list that is better read
+// in one line.
 constexpr size_t kLineBytes = 32;
+constexpr size_t kEntryLineBytes = VSHYP_MAC_ENTRY_SIZE;
+
+// The layout of a record, or why there is none.
+struct FoundLayout {
+    const RecordLayout *layout = nullptr;
+    std::string why;
+    bool isFault = false;  // of the file that the environment names
+};
+
+FoundLayout layoutFrom(const std::string &path, const RecordKind &kind, size_t size) {
+    const RecordLayout *layout = layoutIn(openLayout(path), kind.name);
+    const std::string subject = "layout " + inQuotes(path);
+    if (layout == nullptr) return {nullptr, fmt::format("{}: there is no record {}", subject, kind.name)};
+    if (layout->size == size || (layout->hasTail && layout->size < size)) return {layout, {}};
+    return {nullptr,
+            fmt::format("{}: record {} has {} bytes, but the kernel's has {}; name the layout file of "
+                        "this kernel",
+                        subject, kind.name, layout->size, size)};
+}
+
+FoundLayout findLayout(const Arguments &arguments, const RecordKind &kind, size_t size) {
+    if (arguments.given(kLayout.name)) return layoutFrom(arguments.text(kLayout.name), kind, size);
+    const char *path = std::getenv("QVS_LAYOUT");
+    if (path == nullptr || path[0] == '\0')
+        return {nullptr, "no layout file is named; name one with --layout or in the variable QVS_LAYOUT"};
+    try {
+        return layoutFrom(path, kind, size);
+    } catch (const Failure &failure) {
+        return {nullptr, "QVS_LAYOUT: " + failure.message, true};
+    }
+}
+
+// Fails when an option that chooses entries is given.
+void refuseChoice(const Arguments &arguments, std::string_view why) {
+    for (const char *option : {"--vlan", "--where", "--sort", "--reverse", "--limit"}) {
+        if (arguments.given(option)) fail(Exit::Usage, "{} {}", option, why);
+    }
+}
+
+// The layout, or null and a remark, unless an option needs it.
+const RecordLayout *layoutFor(const Arguments &arguments, const Output &out, const RecordKind &kind,
+                              size_t size) {
+    static bool remarked = false;
+    const FoundLayout found = findLayout(arguments, kind, size);
+    if (found.layout != nullptr) return found.layout;
+    refuseChoice(arguments, "needs a layout: " + found.why);
+    if (!remarked && (found.isFault || !out.json())) {
+        complain("{}the kernel's records are shown as bytes: {}", found.isFault ? "warning: " : "",
+                 found.why);
+        remarked = true;
+    }
+    return nullptr;
+}
+
+// --- choosing entries ---
+
+size_t fieldNamed(const LayoutFields &fields, std::string_view option, std::string_view name) {
+    std::string all;
+    for (size_t i = 0; i < fields.size(); i++) {
+        if (fields[i].name == name) return i;
+        all += (all.empty() ? "" : ", ") + fields[i].name;
+    }
+    fail(Exit::Usage, "{}: no field is called {}; the fields are {}", option, inQuotes(name), all);
+}
+
+bool holds(const FieldValue &value, std::string_view wanted) {
+    if (const auto *flags = std::get_if<std::vector<std::string>>(&value.is)) {
+        if (std::find(flags->begin(), flags->end(), wanted) != flags->end()) return true;
+    }
+    fmt::memory_buffer text;
+    appendText(text, value);
+    return std::string_view(text.data(), text.size()) == wanted;
+}
+
+void chooseEntries(const Arguments &arguments, const LayoutFields &fields,
+                   std::vector<FieldValues> &entries) {
+    if (arguments.given("--vlan")) {
+        const uint32_t vlan = arguments.number("--vlan", 0);
+        const size_t field = fieldNamed(fields, "--vlan", "vlan");
+        std::erase_if(entries, [&](const FieldValues &entry) { return entry.values[field].number != vlan; });
+    }
+    for (const std::string &text : arguments.all("--where")) {
+        const size_t equals = text.find('=');
+        if (equals == std::string::npos)
+            fail(Exit::Usage, "--where: {} is not a field and a value, like vlan=10", inQuotes(text));
+        const std::string wanted = text.substr(equals + 1);
+        const size_t field = fieldNamed(fields, "--where", text.substr(0, equals));
+        std::erase_if(entries, [&](const FieldValues &entry) { return !holds(entry.values[field], wanted); });
+    }
+    if (arguments.given("--sort")) {
+        const size_t field = fieldNamed(fields, "--sort", arguments.text("--sort"));
+        std::stable_sort(entries.begin(), entries.end(),
+                         [&](const FieldValues &first, const FieldValues &second) {
+                             return compareValues(first.values[field], second.values[field]) < 0;
+                         });
+    }
+    if (arguments.given("--reverse")) std::reverse(entries.begin(), entries.end());
+    const uint32_t limit = arguments.number("--limit", UINT32_MAX);
+    if (entries.size() > limit) entries.resize(limit);
+}
+
+// --- text ---
+
+// "portId" as "port id", with the unit behind it.
+std::string labelOf(const LayoutField &field) {
+    std::string label;
+    for (const char c : field.name) {
+        const bool capital = std::isupper(static_cast<unsigned char>(c)) != 0;
+        if (capital) label += ' ';
+        label += capital ? static_cast<char>(std::tolower(static_cast<unsigned char>(c))) : c;
+    }
+    return label;
+}
+
+std::string unitOf(const LayoutField &field) {
+    return field.unit.empty() ? "" : fmt::format(" ({})", shown(field.unit));
+}
+
+// The one group whose entries are rows.
+const LayoutField *groupIn(const LayoutFields &fields) {
+    const auto it = std::find_if(fields.begin(), fields.end(), [](const LayoutField &field) {
+        return field.type == LayoutField::Type::Group;
+    });
+    return it != fields.end() ? &*it : nullptr;
+}
+
+void addHeadings(const LayoutFields &fields, const LayoutField *group, std::vector<std::string> &headings) {
+    for (const LayoutField &field : fields) {
+        if (&field == group) {
+            addHeadings(group->fields, nullptr, headings);
+            continue;
+        }
+        std::string heading = labelOf(field);
+        std::transform(heading.begin(), heading.end(), heading.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+        headings.push_back(heading + unitOf(field));
+    }
+}
+
+// The cells of a row. The values of an entry stand in place of the group; without an entry they are absent.
+void addCells(const FieldValues &record, const LayoutField *group, const FieldValues *entry,
+              std::vector<FieldValue> &cells) {
+    for (size_t i = 0; i < record.values.size(); i++) {
+        if (&(*record.fields)[i] != group) {
+            cells.push_back(record.values[i]);
+        } else if (entry != nullptr) {
+            cells.insert(cells.end(), entry->values.begin(), entry->values.end());
+        } else {
+            cells.resize(cells.size() + group->fields.size());
+        }
+    }
+}
+
+void printTable(Output &out, const LayoutFields &fields, const std::vector<FieldValues> &records) {
+    const LayoutField *group = groupIn(fields);
+    std::vector<std::string> headings;
+    addHeadings(fields, group, headings);
+    std::vector<Column> columns;
+    for (const std::string &heading : headings)
+        columns.push_back({nullptr, heading.c_str()});
+    Listing listing(out, columns);
+    std::vector<FieldValue> cells;
+    auto addRow = [&](const FieldValues &record, const FieldValues *entry) {
+        cells.clear();
+        addCells(record, group, entry, cells);
+        listing.rowOf(cells);
+    };
+    for (const FieldValues &record : records) {
+        if (group == nullptr) {
+            listing.rowOf(record.values);
+            continue;
+        }
+        const auto &entries =
+            std::get<std::vector<FieldValues>>(record.values[static_cast<size_t>(group - fields.data())].is);
+        for (const FieldValues &entry : entries)
+            addRow(record, &entry);
+        if (entries.empty()) addRow(record, nullptr);
+    }
+    listing.finish();
+}
+
+void printBytes(Output &out, const KernelList &list, const RecordKind &kind) {
+    // An empty list shows its heading, whatever the size of its entries.
+    if (list.entrySize <= kEntryLineBytes || list.count == 0) {
+        Listing listing(out, {{"index", "INDEX"}, {kind.key, "ENTRY"}});
+        for (uint32_t i = 0; i < list.count; i++)
+            listing.row(i, list.entry(i));
+        return listing.finish();
+    }
+    for (uint32_t i = 0; i < list.count; i++) {
+        fmt::format_to(std::back_inserter(out.buffer()), "{} {} ({} bytes):\n", kind.label, i,
+                       list.entrySize);
+        appendHexDump(out.buffer(), list.entry(i));
+        out.drain();
+    }
+}
 
 }  // namespace
 
@@ -24,30 +224,95 @@ Failure requestFailure(std::string_view subject, int error) {
     return {exit, fmt::format("{}: {}", subject, error == 0 ? "no answer" : std::strerror(error)), true};
 }
 
-void printRecord(const Arguments &arguments, Output &out, const char *key, const char *label, Bytes record) {
-    if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), record);
-    Record shown(out);
-    if (record.size() <= kLineBytes) {
-        shown.field(key, label, record);
+std::optional<FieldValues> decoded(const Arguments &arguments, const Output &out, const RecordKind &kind,
+                                   Bytes record, std::optional<uint32_t> given) {
+    const RecordLayout *layout = layoutFor(arguments, out, kind, record.size());
+    if (layout == nullptr) return std::nullopt;
+    FieldValues fields = decodeRecord(*layout, record, given);
+    if (const LayoutField *group = groupIn(layout->fields)) {
+        auto &entries = fields.values[static_cast<size_t>(group - layout->fields.data())].is;
+        chooseEntries(arguments, group->fields, std::get<std::vector<FieldValues>>(entries));
     } else {
-        shown.block(key, label, record);
+        refuseChoice(arguments, "needs a list, and this is a single record");
     }
-    shown.finish();
+    return fields;
 }
 
-void printList(const Arguments &arguments, Output &out, const KernelList &list, std::string_view label) {
-    if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), list.bytes());
-    // An empty list shows its heading, whatever the size of its entries.
-    if (out.json() || list.entrySize <= kLineBytes || list.count == 0) {
-        Listing listing(out, {{"index", "INDEX"}, {"entry", "ENTRY"}});
-        for (uint32_t i = 0; i < list.count; i++)
-            listing.row(i, list.entry(i));
-        return listing.finish();
+void addRecord(Record &shown, Output &out, const RecordKind &kind, const std::optional<Bytes> &bytes,
+               const std::optional<FieldValues> &fields, const char *fieldsKey) {
+    if (out.json() || !fields) {
+        shown.block(kind.key, kind.label, bytes);
+        return shown.member(fieldsKey, fields);
     }
+    Record part(out);
+    addFields(part, *fields);
+    shown.section(kind.label, part);
+}
+
+void addFields(Record &shown, const FieldValues &record, const LayoutField *without) {
+    for (size_t i = 0; i < record.values.size(); i++) {
+        const LayoutField &field = (*record.fields)[i];
+        if (&field == without) continue;
+        shown.field(field.name.c_str(), (labelOf(field) + unitOf(field)).c_str(), record.values[i]);
+    }
+}
+
+void addRecord(const Arguments &arguments, Record &shown, Output &out, const RecordKind &kind,
+               const std::optional<Bytes> &bytes, const char *fieldsKey) {
+    const auto fields = bytes ? decoded(arguments, out, kind, *bytes) : std::nullopt;
+    addRecord(shown, out, kind, bytes, fields, fieldsKey);
+}
+
+void printRecord(const Arguments &arguments, Output &out, const RecordKind &kind, Bytes record) {
+    if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), record);
+    const std::optional<FieldValues> fields = decoded(arguments, out, kind, record);
+    Record shown(out);
+    if (out.json() || !fields) {
+        if (record.size() <= kLineBytes) {
+            shown.field(kind.key, kind.label, record);
+        } else {
+            shown.block(kind.key, kind.label, record);
+        }
+        shown.member("fields", fields);
+        return shown.finish();
+    }
+    const LayoutField *group = groupIn(*fields->fields);
+    addFields(shown, *fields, group);
+    shown.finish();
+    if (group == nullptr) return;
+    out.write("\n");
+    const auto &entries = fields->values[static_cast<size_t>(group - fields->fields->data())].is;
+    printTable(out, group->fields, std::get<std::vector<FieldValues>>(entries));
+}
+
+void printList(const Arguments &arguments, Output &out, const KernelList &list, const RecordKind &kind,
+               std::optional<uint32_t> given) {
+    if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), list.bytes());
+    const RecordLayout *layout = layoutFor(arguments, out, kind, list.entrySize);
+    if (layout == nullptr && !out.json()) return printBytes(out, list, kind);
+    std::vector<FieldValues> entries(list.count);
     for (uint32_t i = 0; i < list.count; i++) {
-        fmt::format_to(std::back_inserter(out.buffer()), "{} {} ({} bytes):\n", label, i, list.entrySize);
-        appendHexDump(out.buffer(), list.entry(i));
-        out.drain();
+        if (layout != nullptr) entries[i] = decodeRecord(*layout, list.entry(i), given);
+        entries[i].index = i;
+    }
+    if (layout != nullptr) chooseEntries(arguments, layout->fields, entries);
+    if (!out.json()) return printTable(out, layout->fields, entries);
+    Listing listing(out, {{"index", nullptr}, {kind.key, nullptr}, {"fields", nullptr}});
+    for (FieldValues &entry : entries) {
+        const uint32_t index = entry.index;
+        if (layout == nullptr) {
+            listing.row(index, list.entry(index), std::optional<FieldValues>());
+        } else {
+            listing.row(index, list.entry(index), entry);
+        }
+    }
+    listing.finish();
+}
+
+void requireKernel(const Arguments &arguments) {
+    if (arguments.given("--kernel")) return;
+    for (const Option &option : kListOptions) {
+        if (arguments.given(option.name)) fail(Exit::Usage, "{} needs --kernel", option.name);
     }
 }
 

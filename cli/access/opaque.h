@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Records that nobody but the kernel reads, from the calls that answer a pointer alone: fetched with the
-// reason of a failure, and shown as bytes.
+// Records that only the kernel defines: fetched with the reason of a failure, and shown by the fields that a
+// layout file names, else as bytes.
 #pragma once
 
 #include <cerrno>
@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "access/layout.h"
 #include "access/library.h"
 #include "tool/command.h"
 #include "tool/failure.h"
@@ -52,12 +53,55 @@ inline Bytes recordIn(const HeapBuffer &buffer, size_t size) {
     return {static_cast<const uint8_t *>(buffer.get()), size};
 }
 
-// One record under a key and a label: in a line when it is short, else as a hex dump; --raw writes its bytes.
-void printRecord(const Arguments &arguments, Output &out, const char *key, const char *label, Bytes record);
+// What a record is called: by layout files, as a key in JSON, as a label in text.
+struct RecordKind {
+    const char *name;
+    const char *key;
+    const char *label;
+};
 
-// The entries of a list by their index, likewise; --raw writes header and entries. One entry is called
-// `label`.
-void printList(const Arguments &arguments, Output &out, const KernelList &list, std::string_view label);
+// The record by its fields; nothing, and a remark in text once, when no layout describes it. Options that
+// need a layout are then usage failures. `given` is the number that the request tells the layout.
+std::optional<FieldValues> decoded(const Arguments &arguments, const Output &out, const RecordKind &kind,
+                                   Bytes record, std::optional<uint32_t> given = std::nullopt);
+
+// A record as a part of what is shown of an object: its bytes and, under `fieldsKey`, its fields in JSON; in
+// text its fields, else its bytes.
+void addRecord(Record &shown, Output &out, const RecordKind &kind, const std::optional<Bytes> &bytes,
+               const std::optional<FieldValues> &fields, const char *fieldsKey = "fields");
+void addRecord(const Arguments &arguments, Record &shown, Output &out, const RecordKind &kind,
+               const std::optional<Bytes> &bytes, const char *fieldsKey = "fields");
+// The fields of a record as fields of what is shown, in text or as members; all but `without`.
+void addFields(Record &shown, const FieldValues &record, const LayoutField *without = nullptr);
+
+// One record alone; --raw writes its bytes. A group of entries in it is a list that the options of lists
+// select from.
+void printRecord(const Arguments &arguments, Output &out, const RecordKind &kind, Bytes record);
+
+// The entries of a list; --raw writes header and entries.
+void printList(const Arguments &arguments, Output &out, const KernelList &list, const RecordKind &kind,
+               std::optional<uint32_t> given = std::nullopt);
+
+// The options of commands that show such a record, and such a list.
+inline constexpr Option kLayout{
+    "--layout", "FILE", "show the fields that this layout file describes (the file that QVS_LAYOUT names)",
+    Kind::File};
+inline constexpr Option kRecordOptions[] = {kRaw, kLayout};
+inline constexpr Option kListOptions[] = {
+    kRaw,
+    kLayout,
+    {.name = "--where",
+     .value = "FIELD=VALUE",
+     .summary = "show only entries with this value of a field",
+     .repeated = true,
+     .excludes = "--raw"},
+    {.name = "--sort", .value = "FIELD", .summary = "sort the entries by a field", .excludes = "--raw"},
+    {.name = "--reverse", .value = nullptr, .summary = "list the last entry first", .excludes = "--raw"},
+    {.name = "--limit", .value = "N", .summary = "show at most N entries", .excludes = "--raw"},
+};
+
+// A usage failure when an option above is given without --kernel, for commands that otherwise show no record.
+void requireKernel(const Arguments &arguments);
 
 // The port that SWITCH and PORT name, as the kernel numbers it; throws when there is none.
 struct NumberedPort {

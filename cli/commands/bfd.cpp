@@ -22,7 +22,7 @@ void sessions(const Arguments &arguments, Output &out) {
     if (flags > UINT8_MAX || (flags & kAllSessions) == 0)
         fail(Exit::Usage, "--flags: {} is not a byte with bit 0 or bit 1 set", flags);
     HeapBuffer table = fetchRecord<BFD_GetSessions>("BFD sessions", static_cast<uint8_t>(flags));
-    printRecord(arguments, out, "sessions", "sessions", recordIn(table, BFD_SESSIONS_SIZE));
+    printRecord(arguments, out, {"bfd-sessions", "sessions", "sessions"}, recordIn(table, BFD_SESSIONS_SIZE));
 }
 
 std::string levelText(uint32_t level) {
@@ -60,14 +60,15 @@ void setLevel(const Arguments &arguments, Output &out) {
 
 void stats(const Arguments &arguments, Output &out) {
     HeapBuffer stats = fetchRecord<BFD_GetStats>("BFD statistics");
-    printRecord(arguments, out, "stats", "statistics", recordIn(stats, BFD_STATS_SIZE));
+    printRecord(arguments, out, {"bfd-stats", "stats", "statistics"}, recordIn(stats, BFD_STATS_SIZE));
 }
 
 const Command kRows[] = {
     {.words = "bfd sessions",
      .summary = "show the kernel's table of sessions",
-     .options = {{"--flags", "N", "a byte that says which sessions, bit 0 or bit 1 set (3)"}, kRaw},
-     .details = "The table is the kernel's own, 1139336 bytes, and is shown as it is.",
+     .options = {{"--flags", "N", "a byte that says which sessions, bit 0 or bit 1 set (3)"}},
+     .more = kListOptions,
+     .details = "The table is the kernel's own, 1139336 bytes.",
      .example = "qvs bfd sessions --raw sessions.bin",
      .run = reads(sessions, touchesNothing)},
     {.words = "bfd log-level get",
@@ -81,7 +82,7 @@ const Command kRows[] = {
      .run = writes(setLevel, touchesNothing)},
     {.words = "bfd stats",
      .summary = "show the statistics of the kernel's module, 64 bytes",
-     .options = {kRaw},
+     .more = kRecordOptions,
      .example = "qvs bfd stats",
      .run = reads(stats, touchesNothing)},
 };

@@ -23,15 +23,15 @@ void stats(const Arguments &arguments, Output &out) {
                 ? call<IPFIXHYP_GetIpfixGranularStats>(alias, arguments.text("PORT").c_str(), stats.data())
                 : call<IPFIXHYP_GetIpfixStats>(alias, stats.data()),
             named(arguments));
-    printRecord(arguments, out, "stats", "flow statistics", stats);
+    printRecord(arguments, out, {"flow-stats", "stats", "flow statistics"}, stats);
 }
 
 const Command kRows[] = {
     {.words = "ipfix stats",
      .summary = "show the flow statistics of a switch or of one of its ports",
      .arguments = {kSwitchArgument, {"PORT", "identifier of the port", Kind::Port, true}},
-     .options = {kRaw},
-     .details = "The statistics are the kernel's own, 192 bytes, and are shown as they are.",
+     .more = kRecordOptions,
+     .details = "The statistics are the kernel's own, 192 bytes.",
      .example = "qvs ipfix stats sw1 port0",
      .run = reads(stats)},
 };

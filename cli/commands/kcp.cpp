@@ -14,18 +14,20 @@ namespace {
 struct KcpList {
     const char *what;   // in messages
     const char *label;  // of one entry
+    const char *record;
     uint32_t entrySize;
     uint32_t headerSize = sizeof(uint32_t);
 };
 
-constexpr KcpList kSwitches{"switches", "switch", KCP_DVS_SIZE};
-constexpr KcpList kPortsets{"portset properties", "portset", KCP_PSPROP_SIZE};
-constexpr KcpList kInterfaces{"virtual interfaces", "interface", KCP_VIF_SIZE};
-constexpr KcpList kContainerInterfaces{"container interfaces", "interface", KCP_CIF_SIZE};
-constexpr KcpList kHypervisorInterfaces{"hypervisor interfaces", "interface", KCP_VIF_SIZE};
-constexpr KcpList kHypervisorNics{"hypervisor NICs", "NIC", KCP_HYPNIC_SIZE};
-constexpr KcpList kUplinks{"uplinks", "uplink", KCP_UPLINK_SIZE};
-constexpr KcpList kContainers{"containers", "container", KCP_CONTAINER_SIZE, 8};
+constexpr KcpList kSwitches{"switches", "switch", "kcp-switch", KCP_DVS_SIZE};
+constexpr KcpList kPortsets{"portset properties", "portset", "kcp-portset", KCP_PSPROP_SIZE};
+constexpr KcpList kInterfaces{"virtual interfaces", "interface", "kcp-interface", KCP_VIF_SIZE};
+constexpr KcpList kContainerInterfaces{"container interfaces", "interface", "kcp-container-interface",
+                                       KCP_CIF_SIZE};
+constexpr KcpList kHypervisorInterfaces{"hypervisor interfaces", "interface", "kcp-interface", KCP_VIF_SIZE};
+constexpr KcpList kHypervisorNics{"hypervisor NICs", "NIC", "kcp-hypervisor-nic", KCP_HYPNIC_SIZE};
+constexpr KcpList kUplinks{"uplinks", "uplink", "kcp-uplink", KCP_UPLINK_SIZE};
+constexpr KcpList kContainers{"containers", "container", "kcp-container", KCP_CONTAINER_SIZE, 8};
 
 template <const KcpList &list, auto Get>
 void show(const Arguments &arguments, Output &out) {
@@ -36,67 +38,68 @@ void show(const Arguments &arguments, Output &out) {
             throw requestFailure(std::string("kernel control plane: ") + list.what, answer.error);
         return std::move(answer.buffer);
     };
-    printList(arguments, out, boundedList(ask, list.entrySize, list.what, list.headerSize), list.label);
+    printList(arguments, out, boundedList(ask, list.entrySize, list.what, list.headerSize),
+              {list.record, "entry", list.label});
 }
 
 void status(const Arguments &arguments, Output &out) {
     HeapBuffer status = fetchRecord<KCP_GetStatus>("kernel control plane: status");
-    printRecord(arguments, out, "status", "status", recordIn(status, KCP_STATUS_SIZE));
+    printRecord(arguments, out, {"kcp-status", "status", "status"}, recordIn(status, KCP_STATUS_SIZE));
 }
 
-constexpr const char *kDetails = "The entries are the kernel's own and are shown as they are.";
+constexpr const char *kDetails = "The entries are the kernel's own.";
 
 const Command kRows[] = {
     {.words = "kcp status",
      .summary = "show the status of the kernel control plane, 3 bytes",
-     .options = {kRaw},
+     .more = kRecordOptions,
      .example = "qvs kcp status",
      .run = reads(status, touchesNothing)},
     {.words = "kcp switches",
      .summary = "list its switches, 128 bytes each",
-     .options = {kRaw},
+     .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp switches",
      .run = reads(show<kSwitches, KCP_GetDVSList>, touchesNothing)},
     {.words = "kcp portsets",
      .summary = "list the properties of its portsets, 256 bytes each",
-     .options = {kRaw},
+     .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp portsets",
      .run = reads(show<kPortsets, KCP_GetPSPropList>, touchesNothing)},
     {.words = "kcp interfaces",
      .summary = "list its virtual interfaces, 11441 bytes each",
-     .options = {kRaw},
+     .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp interfaces --raw interfaces.bin",
      .run = reads(show<kInterfaces, KCP_GetVIFList>, touchesNothing)},
     {.words = "kcp container-interfaces",
      .summary = "list its container interfaces, 11689 bytes each",
-     .options = {kRaw},
+     .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp container-interfaces",
      .run = reads(show<kContainerInterfaces, KCP_GetCIFList>, touchesNothing)},
     {.words = "kcp hypervisor-interfaces",
      .summary = "list its hypervisor virtual interfaces, 11441 bytes each",
-     .options = {kRaw},
+     .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp hypervisor-interfaces",
      .run = reads(show<kHypervisorInterfaces, KCP_GetHYPVIFList>, touchesNothing)},
     {.words = "kcp hypervisor-nics",
      .summary = "list its hypervisor NICs, 1108 bytes each",
-     .options = {kRaw},
+     .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp hypervisor-nics --json",
      .run = reads(show<kHypervisorNics, KCP_GetHYPNICList>, touchesNothing)},
     {.words = "kcp uplinks",
      .summary = "list its uplinks, 1237 bytes each",
-     .options = {kRaw},
+     .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp uplinks",
      .run = reads(show<kUplinks, KCP_GetUplinkList>, touchesNothing)},
     {.words = "kcp containers",
      .summary = "list its containers, 10 bytes each",
-     .options = {kRaw},
+     .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp containers",
      .run = reads(show<kContainers, KCP_GetContainerList>, touchesNothing)},

@@ -40,7 +40,8 @@ void create(const Arguments &arguments, Output &out) {
 
 void list(const Arguments &arguments, Output &out) {
     HeapBuffer sessions = fetchRecord<LIVETRACEHYP_ListSession>("live-trace sessions");
-    printRecord(arguments, out, "sessions", "sessions", recordIn(sessions, LIVETRACEHYP_SESSION_LIST_SIZE));
+    printRecord(arguments, out, {"livetrace-sessions", "sessions", "sessions"},
+                recordIn(sessions, LIVETRACEHYP_SESSION_LIST_SIZE));
 }
 
 void counts(const Arguments &arguments, Output &out) {
@@ -50,18 +51,21 @@ void counts(const Arguments &arguments, Output &out) {
         return fetchRecord<LIVETRACEHYP_GetCountActionData>(fmt::format("live-trace action {}", action),
                                                             static_cast<uint8_t>(action));
     };
-    printList(arguments, out, boundedList(ask, LIVETRACEHYP_ACTION_COUNT_SIZE, "action counts"), "count");
+    printList(arguments, out, boundedList(ask, LIVETRACEHYP_ACTION_COUNT_SIZE, "action counts"),
+              {"livetrace-count", "entry", "count"});
 }
 
 void port(const Arguments &arguments, Output &out) {
     NumberedPort port = numberedPort(arguments);
     HeapBuffer data = fetchRecord<LIVETRACEHYP_GetPortData>(port.named, port.number);
-    printRecord(arguments, out, "data", "data", recordIn(data, LIVETRACEHYP_PORT_DATA_SIZE));
+    printRecord(arguments, out, {"livetrace-port", "data", "data"},
+                recordIn(data, LIVETRACEHYP_PORT_DATA_SIZE));
 }
 
 void stats(const Arguments &arguments, Output &out) {
     HeapBuffer stats = fetchRecord<LIVETRACEHYP_GetStats>("live-trace statistics");
-    printRecord(arguments, out, "stats", "statistics", recordIn(stats, LIVETRACEHYP_STATS_SIZE));
+    printRecord(arguments, out, {"livetrace-stats", "stats", "statistics"},
+                recordIn(stats, LIVETRACEHYP_STATS_SIZE));
 }
 
 const Command kRows[] = {
@@ -75,24 +79,24 @@ const Command kRows[] = {
      .run = writes(create, touchedPort)},
     {.words = "livetrace list",
      .summary = "show the kernel's list of sessions, 705 bytes",
-     .options = {kRaw},
+     .more = kListOptions,
      .example = "qvs livetrace list",
      .run = reads(list, touchesNothing)},
     {.words = "livetrace counts",
      .summary = "list what was counted under an action, 26 bytes an entry",
      .arguments = {{"ACTION", "the kernel's selector, 8 bits"}},
-     .options = {kRaw},
+     .more = kListOptions,
      .example = "qvs livetrace counts 1",
      .run = reads(counts, touchesNothing)},
     {.words = "livetrace port",
      .summary = "show what was found on a port, 21 bytes",
      .arguments = {kSwitchArgument, kPortArgument},
-     .options = {kRaw},
+     .more = kRecordOptions,
      .example = "qvs livetrace port sw1 port0",
      .run = reads(port, touchedPort)},
     {.words = "livetrace stats",
      .summary = "show the statistics of live trace, 96 bytes",
-     .options = {kRaw},
+     .more = kRecordOptions,
      .example = "qvs livetrace stats",
      .run = reads(stats, touchesNothing)},
 };

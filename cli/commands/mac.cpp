@@ -41,12 +41,7 @@ void table(const Arguments &arguments, Output &out) {
         return fetched<VSHYP_GetMACTable>(subject, alias, selector);
     };
     KernelList list = boundedList(ask, VSHYP_MAC_ENTRY_SIZE, "MAC entries");
-    if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), list.bytes());
-    // Long, but an address and what is known of it stay in one line.
-    Listing listing(out, {{"index", "INDEX"}, {"entry", "ENTRY"}});
-    for (uint32_t i = 0; i < list.count; i++)
-        listing.row(i, list.entry(i));
-    listing.finish();
+    printList(arguments, out, list, {"mac-entry", "entry", "entry"});
 }
 
 void contexts(const Arguments &arguments, Output &out) {
@@ -58,7 +53,7 @@ void contexts(const Arguments &arguments, Output &out) {
         return fetched<VSHYP_GetPortStaticLectx>(subject, alias, port);
     };
     printList(arguments, out, boundedList(ask, VSHYP_STATIC_LECTX_SIZE, "static learning contexts"),
-              "context");
+              {"static-context", "entry", "context"});
 }
 
 // --- changes ---
@@ -135,32 +130,35 @@ void info(const Arguments &arguments, Output &out) {
     std::array<uint8_t, VSHYP_MAC_LEARNING_INFO_SIZE> info{};
     require(call<VSHYP_GetSwitchMACLearningInfo>(portsetOf(arguments.text("SWITCH")).c_str(), info.data()),
             named(arguments));
-    printRecord(arguments, out, "info", "learning information", info);
+    printRecord(arguments, out, {"learning-info", "info", "learning information"}, info);
 }
 
 template <auto Query>
-void listOf(const Arguments &arguments, Output &out, size_t entrySize, const char *what) {
+void listOf(const Arguments &arguments, Output &out, size_t entrySize, const char *what, const char *record) {
     auto ask = [&] { return fetched<Query>(named(arguments), arguments.text("SWITCH").c_str()); };
-    printList(arguments, out, boundedList(ask, entrySize, what), "entry");
+    printList(arguments, out, boundedList(ask, entrySize, what), {record, "entry", "entry"});
 }
 
 void ports(const Arguments &arguments, Output &out) {
-    listOf<VSHYP_GetMACLearningAllPorts>(arguments, out, VSHYP_PORT_MAC_LEARNING_SIZE, "ports");
+    listOf<VSHYP_GetMACLearningAllPorts>(arguments, out, VSHYP_PORT_MAC_LEARNING_SIZE, "ports",
+                                         "port-learning");
 }
+
+constexpr const char *kLearningStats = "learning-stats";
 
 void stats(const Arguments &arguments, Output &out) {
     const char *port = portOf(arguments);
     if (port == nullptr)
-        return listOf<VSHYP_GetSwitchMACLearningStats>(arguments, out, VSHYP_MAC_LEARNING_STATS_SIZE,
-                                                       "ports");
+        return listOf<VSHYP_GetSwitchMACLearningStats>(arguments, out, VSHYP_MAC_LEARNING_STATS_SIZE, "ports",
+                                                       kLearningStats);
     std::array<uint8_t, VSHYP_MAC_LEARNING_STATS_SIZE> stats{};
     require(call<VSHYP_GetPortMACLearningStats>(port, arguments.text("SWITCH").c_str(), stats.data()),
             named(arguments));
-    printRecord(arguments, out, "stats", "learning statistics", stats);
+    printRecord(arguments, out, {kLearningStats, "stats", "learning statistics"}, stats);
 }
 
 void security(const Arguments &arguments, Output &out) {
-    listOf<VSHYP_GetL2Security>(arguments, out, VSHYP_L2_SECURITY_SIZE, "security entries");
+    listOf<VSHYP_GetL2Security>(arguments, out, VSHYP_L2_SECURITY_SIZE, "security entries", "port-security");
 }
 
 constexpr const char *kHostProps = "host-wide learning properties";
@@ -171,11 +169,19 @@ VSHYP_GlobalMACLearningProps readProps() {
     return props;
 }
 
-void get(const Arguments &, Output &out) {
+void get(const Arguments &arguments, Output &out) {
     VSHYP_GlobalMACLearningProps props = readProps();
+    const RecordKind kind{"learning-properties", "properties", kHostProps};
+    const auto fields =
+        decoded(arguments, out, kind, {reinterpret_cast<const uint8_t *>(&props), sizeof props});
     Record record(out);
+    if (fields && !out.json()) {
+        addFields(record, *fields);
+        return record.finish();
+    }
     record.field("first", "first", uint64_t{props.first});
     record.field("second", "second", uint32_t{props.second});
+    record.member("fields", fields);
     record.finish();
 }
 
@@ -217,8 +223,9 @@ const Command kRows[] = {
           {"--team", nullptr, "those behind the uplinks"},
           {"--selector", "N",
            "the kernel's number of a table, 8 bits (0); of the emulated host: 0 all, 1 static, 2 learnt"},
-          kRaw},
-     .details = "The entries are the kernel's own, 86 bytes each, and are shown as they are.",
+          {.name = "--vlan", .value = "N", .summary = "those in this VLAN", .excludes = "--raw"}},
+     .more = kListOptions,
+     .details = "The entries are the kernel's own, 86 bytes each.",
      .example = "qvs mac table sw1 --port port0",
      .run = reads(table)},
     {.words = "mac add",
@@ -238,38 +245,41 @@ const Command kRows[] = {
     {.words = "mac static",
      .summary = "list the static learning contexts of a switch",
      .arguments = {kSwitchArgument},
-     .options = {kPortOption, kRaw},
-     .details = "The entries are the kernel's own, 529 bytes each, and are shown as they are.",
+     .options = {kPortOption},
+     .more = kListOptions,
+     .details = "The entries are the kernel's own, 529 bytes each.",
      .example = "qvs mac static sw1",
      .run = reads(contexts)},
     {.words = "mac security",
      .summary = "list the layer-2 security that is in force on a switch",
      .arguments = {kSwitchArgument},
-     .options = {kRaw},
-     .details = "The entries are the kernel's own, 8 bytes each, and are shown as they are.",
+     .more = kListOptions,
+     .details = "The entries are the kernel's own, 8 bytes each.",
      .example = "qvs mac security sw1",
      .run = reads(security)},
     {.words = "mac info",
      .summary = "show what a switch has learned, 88 bytes",
      .arguments = {kSwitchArgument},
-     .options = {kRaw},
+     .more = kRecordOptions,
      .example = "qvs mac info sw1",
      .run = reads(info)},
     {.words = "mac ports",
      .summary = "list what each port of a switch has learned, 14 bytes each",
      .arguments = {kSwitchArgument},
-     .options = {kRaw},
+     .more = kListOptions,
      .example = "qvs mac ports sw1",
      .run = reads(ports)},
     {.words = "mac stats",
      .summary = "show the learning statistics of the ports of a switch, 52 bytes each",
      .arguments = {kSwitchArgument},
-     .options = {{"--port", "PORT", "of this port alone", Kind::Port}, kRaw},
+     .options = {{"--port", "PORT", "of this port alone", Kind::Port}},
+     .more = kListOptions,
      .example = "qvs mac stats sw1 --port port0",
      .run = reads(stats)},
     {.words = "mac host get",
      .summary = "show the learning properties of the host, two numbers",
-     .details = "What they mean is the kernel's business. Those of one switch are 'qvs mac-learning'.",
+     .options = {kLayout},
+     .details = "Those of one switch are 'qvs mac-learning'.",
      .example = "qvs mac host get",
      .run = reads(get, touchesNothing)},
     {.words = "mac host set",

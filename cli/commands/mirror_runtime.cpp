@@ -29,7 +29,8 @@ void destinations(const Arguments &arguments, Output &out) {
     auto ask = [&] {
         return fetched<VSHYP_GetPromiscSessionActiveDsts>(named(arguments), arguments.text("SWITCH").c_str());
     };
-    printList(arguments, out, boundedList(ask, VSHYP_PROMISC_DST_SIZE, "destinations"), "destination");
+    printList(arguments, out, boundedList(ask, VSHYP_PROMISC_DST_SIZE, "destinations"),
+              {"mirror-destination", "entry", "destination"});
 }
 
 void stats(const Arguments &arguments, Output &out) {
@@ -38,13 +39,13 @@ void stats(const Arguments &arguments, Output &out) {
     std::array<uint8_t, VSHYP_MIRROR_STATS_SIZE> stats{};
     require(call<VSHYP_GetDVMirrorSessionStats>(arguments.text("SWITCH").c_str(), id.c_str(), stats.data()),
             named(arguments) + ": mirror session " + inQuotes(id));
-    printRecord(arguments, out, "stats", "session statistics", stats);
+    printRecord(arguments, out, {"mirror-session-stats", "stats", "session statistics"}, stats);
 }
 
 void agent(const Arguments &arguments, Output &out) {
     std::array<uint8_t, VSHYP_MIRROR_AGENT_STATS_SIZE> stats{};
     require(call<VSHYP_GetDVMirrorAgentWorldStats>(stats.data()), "mirror agent");
-    printRecord(arguments, out, "stats", "agent statistics", stats);
+    printRecord(arguments, out, {"mirror-agent-stats", "stats", "agent statistics"}, stats);
 }
 
 const Command kRows[] = {
@@ -57,22 +58,22 @@ const Command kRows[] = {
     {.words = "mirror runtime destinations",
      .summary = "list where the frames of a switch's promiscuous session go at present",
      .arguments = {kSwitchArgument},
-     .options = {kRaw},
-     .details = "The destinations are the kernel's own, 4 bytes each, and are shown as they are.",
+     .more = kListOptions,
+     .details = "The destinations are the kernel's own, 4 bytes each.",
      .example = "qvs mirror runtime destinations sw1",
      .run = reads(destinations)},
     {.words = "mirror runtime stats",
      .summary = "show the statistics of a mirror session",
      .arguments = {kSwitchArgument,
                    {"SESSION", "identifier of the session; the kernel is asked for its first 31 bytes"}},
-     .options = {kRaw},
-     .details = "The statistics are the kernel's own, 121 bytes, and are shown as they are.",
+     .more = kRecordOptions,
+     .details = "The statistics are the kernel's own, 121 bytes.",
      .example = "qvs mirror runtime stats sw1 capture",
      .run = reads(stats)},
     {.words = "mirror runtime agent",
      .summary = "show the statistics of this host's mirror agent",
-     .options = {kRaw},
-     .details = "The statistics are the kernel's own, 76 bytes, and are shown as they are.",
+     .more = kRecordOptions,
+     .details = "The statistics are the kernel's own, 76 bytes.",
      .example = "qvs mirror runtime agent",
      .run = reads(agent, touchesNothing)},
 };

@@ -66,7 +66,7 @@ void switchFilters(const Arguments &arguments, Output &out) {
                                                     arguments.number("--value", 0));
     };
     printList(arguments, out, boundedList(ask, VSHYP_SWITCH_MCAST_FILTER_SIZE, "multicast filters"),
-              "filter");
+              {"mcast-filter", "entry", "filter"}, arguments.number("--value", 0));
 }
 
 void stats(const Arguments &arguments, Output &out) {
@@ -86,13 +86,17 @@ void stats(const Arguments &arguments, Output &out) {
     };
     KernelList list = boundedList(ask, family.size, "addresses", kStatsHeader, kStatsCountAt);
     if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), list.bytes());
+    const RecordKind kind{"mcast-group-stats", "stats", "statistics"};
+    const auto fields = decoded(arguments, out, kind, list.bytes(), static_cast<uint32_t>(family.type));
     std::vector<std::string> addresses;
     for (uint32_t i = 0; i < list.count; i++)
         addresses.push_back(addressText(family, list.entry(i)));
     Record record(out);
     record.field("group", "group", addressText(family, Bytes(group).first(family.size)));
-    record.field("addresses", "addresses", Words{{addresses.begin(), addresses.end()}});
-    record.field("stats", "statistics", list.bytes().first(kStatsHeader));
+    // In text they are among the fields.
+    if (out.json() || !fields)
+        record.field("addresses", "addresses", Words{{addresses.begin(), addresses.end()}});
+    addRecord(record, out, kind, list.bytes().first(kStatsHeader), fields);
     record.finish();
 }
 
@@ -109,16 +113,17 @@ const Command kRows[] = {
      .summary = "list the multicast filters of a switch as the kernel has them",
      .arguments = {kSwitchArgument},
      .options = {{"--value", "N",
-                  "which ones, as the kernel numbers them (0); of the emulated host: 0 MAC, 2 IPv4, 3 IPv6"},
-                 kRaw},
-     .details = "The filters are the kernel's own, 20 bytes each, and are shown as they are.",
+                  "which ones, as the kernel numbers them (0); of the emulated host: 0 MAC, 2 IPv4, 3 IPv6"}},
+     .more = kListOptions,
+     .details = "The filters are the kernel's own, 20 bytes each.",
      .example = "qvs mcast switch-filters sw1 --value 2",
      .run = reads(switchFilters)},
     {.words = "mcast stats",
      .summary = "show the statistics of a multicast group and the addresses it is joined for",
      .arguments = {kSwitchArgument, {"GROUP", "an IPv4 or IPv6 address"}},
-     .options = {kPort, kRaw},
-     .details = "The statistics are the kernel's own, 28 bytes, and are shown as they are.",
+     .options = {kPort},
+     .more = kRecordOptions,
+     .details = "The statistics are the kernel's own, 28 bytes.",
      .example = "qvs mcast stats sw1 239.1.1.1",
      .run = reads(stats)},
 };

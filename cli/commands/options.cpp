@@ -39,7 +39,7 @@ VshypBuffer readBlock(std::vector<uint16_t> ids) {
 
 void get(const Arguments &arguments, Output &out) {
     const VshypBuffer block = readBlock(identifiers(arguments));
-    printRecord(arguments, out, "options", kWhat,
+    printRecord(arguments, out, {"runtime-options", "options", kWhat},
                 {static_cast<const uint8_t *>(block.get()), VSHYP_RUNTIME_OPTIONS_SIZE});
 }
 
@@ -80,8 +80,8 @@ const Command kRows[] = {
      .summary = "show the options of the switch module",
      .arguments = {{"ID", "number of an option, 16 bits; without any, all are shown", Kind::Word, true,
                     true}},
-     .options = {kRaw},
-     .details = "The block is the kernel's own, 4096 bytes, and is shown as it is.",
+     .more = kListOptions,
+     .details = "The block is the kernel's own, 4096 bytes.",
      .example = "qvs options get 7 --raw option.bin",
      .run = reads(get, touchesNothing)},
     {.words = "options set",

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "access/library.h"
+#include "access/opaque.h"
 #include "access/setting.h"
 #include "commands/nouns.h"
 #include "commands/port.h"
@@ -28,26 +29,16 @@ std::vector<std::string> touchedPorts(const Arguments &arguments) {
     return paths;
 }
 
-void listKernel(const std::string &alias, Output &out) {
+void listKernel(const Arguments &arguments, const std::string &alias, Output &out) {
     auto ask = [&] { return fetched<VSHYP_GetSwitchPortInfo>(named(alias), alias.c_str()); };
-    KernelList list = boundedList(ask, VSHYP_PORT_INFO_SIZE, "ports");
-    if (out.json()) {
-        Listing listing(out, {{"index", "INDEX"}, {"info", "INFO"}});
-        for (uint32_t i = 0; i < list.count; i++)
-            listing.row(i, list.entry(i));
-        return listing.finish();
-    }
-    for (uint32_t i = 0; i < list.count; i++) {
-        fmt::format_to(std::back_inserter(out.buffer()), "port {} ({} bytes):\n", i, VSHYP_PORT_INFO_SIZE);
-        appendHexDump(out.buffer(), list.entry(i));
-        out.drain();
-    }
+    printList(arguments, out, boundedList(ask, VSHYP_PORT_INFO_SIZE, "ports"), {"port-info", "info", "port"});
 }
 
 void list(const Arguments &arguments, Output &out) {
+    requireKernel(arguments);
     const std::string &alias = arguments.text("SWITCH");
     DVSSwitch *sw = findSwitch(alias);
-    if (arguments.given("--kernel")) return listKernel(alias, out);
+    if (arguments.given("--kernel")) return listKernel(arguments, alias, out);
     if (arguments.given("--names")) {
         NameList names(out);
         forEachPort(sw, [&](DVSPort *port) {
@@ -137,8 +128,9 @@ void show(const Arguments &arguments, Output &out) {
     record.field("client", "client", status.client);
     std::optional<Bytes> hint;
     if (kernel.hint) hint.emplace(*kernel.hint);
-    record.block("teamHint", "team uplink hint", hint);
-    record.block("info", "kernel information", info);
+    addRecord(arguments, record, out, {"team-uplink-hint", "teamHint", "team uplink hint"}, hint,
+              "teamHintFields");
+    addRecord(arguments, record, out, {"port-info", "info", "kernel information"}, info);
     record.finish();
 }
 
@@ -185,13 +177,14 @@ const Command kRows[] = {
      .summary = "list the ports of a switch",
      .arguments = {kSwitchArgument},
      .options = {kNames, {"--kernel", nullptr, "show the kernel's information blocks instead"}},
+     .more = kListOptions,
      .example = "qvs port list sw1",
      .run = reads(list)},
     {.words = "port show",
      .summary = "show a port, the uplink teaming would choose for it, and the kernel's information block",
      .arguments = {kSwitchArgument, kPortArgument},
-     .options = {kRaw},
-     .details = "Hint and block are the kernel's own, 32 and 1458 bytes, and are shown as they are.",
+     .more = kRecordOptions,
+     .details = "Hint and block are the kernel's own, 32 and 1458 bytes.",
      .example = "qvs port show sw1 port0",
      .run = reads(show)},
     {.words = "port number",

@@ -96,9 +96,11 @@ constexpr Passage kDescription[] = {
      "absent value "
      "is null and shown as -; a boolean is always present. Names are shown with control characters, "
      "backslashes and "
-     "bytes that are not UTF-8 escaped. Records whose layout is the kernel's own are shown as hexadecimal "
-     "digits, and "
-     "as base64 in JSON."},
+     "bytes that are not UTF-8 escaped."},
+    {"Records whose layout is the kernel's own are shown by the fields that a layout file describes. "
+     "--layout "
+     "names the file, or the variable QVS_LAYOUT; a host that qvs-host runs sets it. Without a layout the "
+     "records are shown as hexadecimal digits. JSON has the bytes as base64, and the fields under fields."},
     {"On a machine without a hypervisor, qvs-host run -- qvs ... gives qvs an emulated host."},
 };
 
@@ -114,7 +116,11 @@ constexpr Passage kExitCodes[] = {
     {.text = "not confirmed at the terminal", .term = "8"},
 };
 constexpr Passage kSeeAlso[] = {{"qvs-host(1), libqvs(7)"}};
-constexpr Section kSections[] = {{"Exit status", kExitCodes}, {"See also", kSeeAlso}};
+constexpr Passage kEnvironment[] = {
+    {.text = "the layout file of the kernel's records, unless --layout names one", .term = "QVS_LAYOUT"},
+};
+constexpr Section kSections[] = {
+    {"Exit status", kExitCodes}, {"Environment", kEnvironment}, {"See also", kSeeAlso}};
 
 // In the order of the help. Made when it is first asked for: the rows stand in other files.
 std::span<const Noun> nouns() {

@@ -35,25 +35,31 @@ HeapBuffer fetchSpf(std::string_view subject, Arguments... arguments) {
 void list(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
     auto ask = [&] { return fetchSpf<SPFHYP_GetPortsList>(named(alias), alias.c_str()); };
-    printList(arguments, out, boundedList(ask, SPFHYP_PORT_ENTRY_SIZE, "ports"), "port");
+    printList(arguments, out, boundedList(ask, SPFHYP_PORT_ENTRY_SIZE, "ports"),
+              {"spf-port", "entry", "port"});
 }
 
 void switchStats(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
     HeapBuffer stats = fetchSpf<SPFHYP_GetSPFPortStats>(named(alias), alias.c_str());
-    printRecord(arguments, out, "stats", "statistics", recordIn(stats, SPFHYP_SPF_STATS_SIZE));
+    printRecord(arguments, out, {"spf-switch-stats", "stats", "statistics"},
+                recordIn(stats, SPFHYP_SPF_STATS_SIZE));
 }
 
-template <auto Get, size_t size>
+constexpr char kGuestStats[] = "spf-guest-stats";
+constexpr char kServiceStats[] = "spf-service-stats";
+
+template <auto Get, size_t size, const char *record>
 void portStats(const Arguments &arguments, Output &out) {
     uint32_t number = portNumber(arguments.text("SWITCH"), arguments.text("PORT"));
     HeapBuffer stats = fetchSpf<Get>(named(arguments), number);
-    printRecord(arguments, out, "stats", "statistics", recordIn(stats, size));
+    printRecord(arguments, out, {record, "stats", "statistics"}, recordIn(stats, size));
 }
 
 void failures(const Arguments &arguments, Output &out) {
     HeapBuffer stats = fetchSpf<SPFHYP_GetConfigFailureStats>("configuration failures");
-    printRecord(arguments, out, "failures", "failures", recordIn(stats, SPFHYP_CONFIG_FAILURE_STATS_SIZE));
+    printRecord(arguments, out, {"spf-failures", "failures", "failures"},
+                recordIn(stats, SPFHYP_CONFIG_FAILURE_STATS_SIZE));
 }
 
 // The name that a change is sent with: the field has room for every identifier, but not for every portset
@@ -92,28 +98,28 @@ const Command kRows[] = {
     {.words = "spf list",
      .summary = "list the ports of a switch that are plumbed into the data path",
      .arguments = {kSwitchArgument},
-     .options = {kRaw},
-     .details = "The entries are the kernel's own, 8 bytes each, and are shown as they are.",
+     .more = kListOptions,
+     .details = "The entries are the kernel's own, 8 bytes each.",
      .example = "qvs spf list sw1",
      .run = reads(list)},
     {.words = "spf stats switch",
      .summary = "show the data path's statistics of a switch, 80 bytes",
      .arguments = {kSwitchArgument},
-     .options = {kRaw},
+     .more = kRecordOptions,
      .example = "qvs spf stats switch sw1",
      .run = reads(switchStats)},
     {.words = "spf stats gvm",
      .summary = "show the data path's statistics of a guest's port, 256 bytes",
      .arguments = {kSwitchArgument, kPortArgument},
-     .options = {kRaw},
+     .more = kRecordOptions,
      .example = "qvs spf stats gvm sw1 port0",
-     .run = reads(portStats<SPFHYP_GetGVMPortStats, SPFHYP_GVM_STATS_SIZE>)},
+     .run = reads(portStats<SPFHYP_GetGVMPortStats, SPFHYP_GVM_STATS_SIZE, kGuestStats>)},
     {.words = "spf stats svm",
      .summary = "show the data path's statistics of a service's port, 104 bytes",
      .arguments = {kSwitchArgument, kPortArgument},
-     .options = {kRaw},
+     .more = kRecordOptions,
      .example = "qvs spf stats svm sw1 port1",
-     .run = reads(portStats<SPFHYP_GetSVMPortStats, SPFHYP_SVM_STATS_SIZE>)},
+     .run = reads(portStats<SPFHYP_GetSVMPortStats, SPFHYP_SVM_STATS_SIZE, kServiceStats>)},
     {.words = "spf plumb",
      .summary = "plumb a port into the data path",
      .arguments = {kSwitchArgument, kPortArgument, {"MAC", "address of the port, like 02:00:00:00:00:01"}},
@@ -127,7 +133,7 @@ const Command kRows[] = {
      .run = writes(unplumb, touchedPort)},
     {.words = "spf failures",
      .summary = "show how often plumbing failed, 8 bytes",
-     .options = {kRaw},
+     .more = kRecordOptions,
      .example = "qvs spf failures",
      .run = reads(failures, touchesNothing)},
 };

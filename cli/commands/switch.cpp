@@ -8,6 +8,7 @@
 #include <string>
 
 #include "access/library.h"
+#include "access/opaque.h"
 #include "access/remains.h"
 #include "commands/nouns.h"
 #include "commands/switch.h"
@@ -81,6 +82,8 @@ void list(const Arguments &arguments, Output &out) {
     listing.finish();
 }
 
+constexpr RecordKind kSwitchInfo{"switch-info", "info", "kernel information"};
+
 // The kernel's information block; none for a switch that is not on this host.
 VshypBuffer switchInfo(const std::string &alias) {
     VshypBuffer info;
@@ -114,7 +117,7 @@ void show(const Arguments &arguments, Output &out) {
     record.field("uplinks", "uplinks", sw.uplinks);
     record.field("portset", "portset", sw.portset);
     record.field("opaque", "opaque", Flag{sw.opaque});
-    record.block("info", "kernel information", info);
+    addRecord(arguments, record, out, kSwitchInfo, info);
     record.finish();
 }
 
@@ -126,7 +129,7 @@ void info(const Arguments &arguments, Output &out) {
     if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), block);
     Record record(out);
     record.field("portset", "portset", portset);
-    record.block("info", "kernel information", Bytes(block));
+    addRecord(arguments, record, out, kSwitchInfo, Bytes(block));
     record.finish();
 }
 
@@ -172,7 +175,7 @@ void lagTable(const Arguments &arguments, Output &out) {
     if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), *bytes);
     Record record(out);
     record.field("switch", "switch", alias);
-    record.block("lagTable", "link aggregation table", bytes);
+    addRecord(arguments, record, out, {"lag-table", "lagTable", "link aggregation table"}, bytes);
     record.finish();
 }
 
@@ -235,8 +238,8 @@ const Command kRows[] = {
     {.words = "switch show",
      .summary = "show a switch and the kernel's information block",
      .arguments = {kSwitchArgument},
-     .options = {kRaw},
-     .details = "The block is the kernel's own, 220 bytes, and is shown as it is.",
+     .more = kRecordOptions,
+     .details = "The block is the kernel's own, 220 bytes.",
      .example = "qvs switch show sw1",
      .run = reads(show)},
     {.words = "switch find",
@@ -250,14 +253,14 @@ const Command kRows[] = {
     {.words = "switch info",
      .summary = "show the kernel's information block of a portset",
      .arguments = {{"PORTSET", "name of the data path"}},
-     .options = {kRaw},
+     .more = kRecordOptions,
      .example = "qvs switch info sw1 --raw sw1.bin",
      .run = reads(info)},
     {.words = "switch lag-table",
      .summary = "show the kernel's link aggregation table",
      .arguments = {kSwitchArgument},
-     .options = {kRaw},
-     .details = "The table is the kernel's own, 35588 bytes, and is shown as it is.",
+     .more = kRecordOptions,
+     .details = "The table is the kernel's own, 35588 bytes.",
      .example = "qvs switch lag-table sw1 --raw lag.bin",
      .run = reads(lagTable)},
     {.words = "switch refresh-numa",

@@ -15,36 +15,36 @@ namespace qvs::cli {
 namespace {
 
 template <auto Get, size_t size>
-void show(const Arguments &arguments, Output &out, const char *label) {
+void show(const Arguments &arguments, Output &out, const char *record, const char *label) {
     const std::string &alias = arguments.text("SWITCH");
     std::string portset = portsetOf(alias);
     std::array<uint8_t, size> stats{};
     require(call<Get>(portset.c_str(), stats.data()), named(alias) + ": " + label);
-    printRecord(arguments, out, "stats", label, stats);
+    printRecord(arguments, out, {record, "stats", label}, stats);
 }
 
 void rarp(const Arguments &arguments, Output &out) {
-    show<VSHYP_GetRARPStats, VSHYP_RARP_STATS_SIZE>(arguments, out, "reverse-ARP statistics");
+    show<VSHYP_GetRARPStats, VSHYP_RARP_STATS_SIZE>(arguments, out, "rarp-stats", "reverse-ARP statistics");
 }
 
 void servicePorts(const Arguments &arguments, Output &out) {
-    show<VSHYP_GetServicePortTeamingStats, VSHYP_SERVICE_PORT_TEAMING_STATS_SIZE>(arguments, out,
-                                                                                  "teaming statistics");
+    show<VSHYP_GetServicePortTeamingStats, VSHYP_SERVICE_PORT_TEAMING_STATS_SIZE>(
+        arguments, out, "teaming-stats", "teaming statistics");
 }
 
 const Command kRows[] = {
     {.words = "rarp",
      .summary = "show what a switch announced by reverse ARP",
      .arguments = {kSwitchArgument},
-     .options = {kRaw},
-     .details = "The statistics are the kernel's own, 16 bytes, and are shown as they are.",
+     .more = kRecordOptions,
+     .details = "The statistics are the kernel's own, 16 bytes.",
      .example = "qvs rarp sw1",
      .run = reads(rarp)},
     {.words = "teaming stats",
      .summary = "show the teaming statistics of a switch's service ports",
      .arguments = {kSwitchArgument},
-     .options = {kRaw},
-     .details = "The statistics are the kernel's own, 48 bytes, and are shown as they are.",
+     .more = kRecordOptions,
+     .details = "The statistics are the kernel's own, 48 bytes.",
      .example = "qvs teaming stats sw1",
      .run = reads(servicePorts)},
 };

@@ -76,7 +76,8 @@ void enable(const Arguments &arguments, Output &out) {
 void stats(const Arguments &arguments, Output &out) {
     NumberedPort port = numberedPort(arguments);
     HeapBuffer stats = fetchRecord<TFHYP_GetPortStats>(port.named, port.number);
-    printRecord(arguments, out, "stats", "statistics", recordIn(stats, TFHYP_PORT_STATS_SIZE));
+    printRecord(arguments, out, {"trace-stats", "stats", "statistics"},
+                recordIn(stats, TFHYP_PORT_STATS_SIZE));
 }
 
 HeapBuffer readTelemetry() {
@@ -85,7 +86,8 @@ HeapBuffer readTelemetry() {
 
 void getTelemetry(const Arguments &arguments, Output &out) {
     HeapBuffer config = readTelemetry();
-    printRecord(arguments, out, "config", "configuration", recordIn(config, TFHYP_INT_CONFIG_SIZE));
+    printRecord(arguments, out, {"telemetry", "config", "configuration"},
+                recordIn(config, TFHYP_INT_CONFIG_SIZE));
 }
 
 void setTelemetry(const Arguments &arguments, Output &out) {
@@ -133,7 +135,7 @@ const Command kTraceRows[] = {
     {.words = "trace stats",
      .summary = "show the trace statistics of a port, 64 bytes",
      .arguments = {kSwitchArgument, kPortArgument},
-     .options = {kRaw},
+     .more = kRecordOptions,
      .example = "qvs trace stats sw1 port0",
      .run = reads(stats, touchedPort)},
 };
@@ -141,7 +143,7 @@ const Command kTraceRows[] = {
 const Command kTelemetryRows[] = {
     {.words = "int get",
      .summary = "show the telemetry configuration, 6 bytes",
-     .options = {kRaw},
+     .more = kRecordOptions,
      .example = "qvs int get",
      .run = reads(getTelemetry, touchesNothing)},
     {.words = "int set",

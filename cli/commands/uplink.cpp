@@ -9,6 +9,7 @@
 #include <unordered_set>
 
 #include "access/library.h"
+#include "access/opaque.h"
 #include "access/remains.h"
 #include "access/setting.h"
 #include "commands/nouns.h"
@@ -114,20 +115,19 @@ std::optional<std::string_view> unlessEmpty(std::string_view text) {
     return text;
 }
 
-void listKernel(const std::string &portset, const std::string &alias, Output &out) {
+void listKernel(const Arguments &arguments, const std::string &portset, const std::string &alias,
+                Output &out) {
     auto ask = [&] { return fetched<VSHYP_GetUplinks>(named(alias), portset.c_str()); };
-    KernelList list = boundedList(ask, VSHYP_UPLINK_ENTRY_SIZE, "uplinks");
-    Listing listing(out, {{"index", "INDEX"}, {"entry", "ENTRY"}});
-    for (uint32_t i = 0; i < list.count; i++)
-        listing.row(i, list.entry(i));
-    listing.finish();
+    printList(arguments, out, boundedList(ask, VSHYP_UPLINK_ENTRY_SIZE, "uplinks"),
+              {"uplink", "entry", "uplink"});
 }
 
 void list(const Arguments &arguments, Output &out) {
+    requireKernel(arguments);
     const std::string &alias = arguments.text("SWITCH");
     findVswitch(alias);
     std::string portset = portsetOf(alias);
-    if (arguments.given("--kernel")) return listKernel(portset, alias, out);
+    if (arguments.given("--kernel")) return listKernel(arguments, portset, alias, out);
     std::string broken;
     std::vector<Uplink> uplinks = readUplinks(alias, &broken);
     DVSSwitch *sw = findVswitch(alias);
@@ -207,6 +207,7 @@ const Command kRows[] = {
      .summary = "list the uplinks of a switch with their ports, links and NICs",
      .arguments = {kSwitchArgument},
      .options = {kNames, {"--kernel", nullptr, "show the kernel's entries instead"}},
+     .more = kListOptions,
      .details = "A link that the kernel does not answer for is shown as -. Lists that do not agree with the "
                 "ports are a "
                 "failure behind the uplinks that are whole; qvs switch repair mends them.",

@@ -161,7 +161,7 @@ void requireGood(const Command &command, const Slot &slot) {
 
 // What the options of a call make of each other.
 void requireConsistent(const Command &command, const Arguments &arguments) {
-    for (const Option &option : shapeOf(command).options) {
+    for (const Option &option : optionsOf(command)) {
         const bool given = arguments.given(option.name);
         if (option.need == Need::Always && !given)
             failUsage(command, fmt::format("{} is needed", option.name));
@@ -194,7 +194,7 @@ Arguments parseArguments(const Command &command, std::span<const std::string> wo
     for (const Argument &argument : shape.arguments) {
         if (&argument != verbatim) addArgument(app, slots, argument);
     }
-    for (const Option &option : shape.options)
+    for (const Option &option : optionsOf(command))
         addOption(app, slots, option);
     for (const Option *option : commonOptions()) {
         if (option != &kHelp) addOption(app, slots, *option);

@@ -113,7 +113,8 @@ struct Command {
     const char *summary = nullptr;
     std::initializer_list<Argument> arguments = {};
     std::initializer_list<Option> options = {};
-    const char *details = nullptr;  // more for the manual
+    std::span<const Option> more = {};  // those that it shares with others, behind its own
+    const char *details = nullptr;      // more for the manual
     const char *example = nullptr;
     bool json = true;  // --json is understood; refused otherwise
     Run run;
@@ -124,6 +125,9 @@ struct Command {
     Shape (*shape)(const Command &) = nullptr;
 };
 Shape shapeOf(const Command &command);
+
+// All options of a command.
+std::vector<Option> optionsOf(const Command &command);
 
 // A path of names, which may contain any character but NUL.
 std::string touchedPath(std::initializer_list<std::string_view> names);

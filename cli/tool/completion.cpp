@@ -102,7 +102,7 @@ constexpr const char *kTail = R"bash(        *) COMPREPLY=($(compgen -W "$nouns"
 
 std::string optionWords(const Command &command) {
     std::string text;
-    for (const Option &option : shapeOf(command).options)
+    for (const Option &option : optionsOf(command))
         text += std::string(option.name) + " ";
     for (const Option *option : commonOptions()) {
         if (command.json || option->name != std::string_view("--json"))
@@ -167,7 +167,7 @@ std::string bashCompletion() {
         if (option->value != nullptr) valued.insert(option->name);
     for (const Noun &noun : program().nouns) {
         for (const Command &command : noun.commands) {
-            for (const Option &option : shapeOf(command).options) {
+            for (const Option &option : optionsOf(command)) {
                 if (option.value == nullptr) continue;
                 valued.insert(option.name);
                 if (option.kind != Kind::Word) byKind[kindWord(option.kind)].insert(option.name);

@@ -68,6 +68,13 @@ std::string words(const Option &option) {
     return option.value == nullptr ? option.name : fmt::format("{} {}", option.name, option.value);
 }
 
+std::vector<Option> optionsOf(const Command &command) {
+    const Shape shape = shapeOf(command);
+    std::vector<Option> options(shape.options.begin(), shape.options.end());
+    options.insert(options.end(), command.more.begin(), command.more.end());
+    return options;
+}
+
 std::string exampleOf(const Command &command) {
     std::string text = shapeOf(command).example;
     if (const size_t at = text.find('%'); at != std::string::npos) text.replace(at, 1, program().name);
@@ -81,7 +88,7 @@ std::string usageLine(const Command &command) {
     for (const Argument &argument : shape.arguments)
         (argument.verbatim ? verbatim : line) += " " + argumentWords(argument);
     bool choosing = false;
-    for (const Option &option : shape.options) {
+    for (const Option &option : optionsOf(command)) {
         bool choice = option.need == Need::Choice;
         if (choosing && !choice) line += ")";
         line += choosing && choice ? " | " : choice ? " (" : " ";
@@ -141,7 +148,7 @@ std::string commandHelp(const Command &command) {
     }
     text += "\noptions:\n";
     std::vector<std::pair<std::string, std::string>> lines;
-    for (const Option &option : shape.options)
+    for (const Option &option : optionsOf(command))
         lines.emplace_back(words(option), option.summary);
     for (const Option *option : commonOptions()) {
         bool refused = !command.json && option->name == std::string_view("--json");

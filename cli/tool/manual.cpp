@@ -68,7 +68,7 @@ void troffCommand(std::string &page, const Command &command) {
     page += fmt::format("{}.\n.PP\n.nf\n{}\n.fi\n", troff(shape.summary), troffUsage(usageLine(command)));
     for (const Argument &argument : shape.arguments)
         troffItem(page, argument.name, argument.summary);
-    for (const Option &option : shape.options)
+    for (const Option &option : optionsOf(command))
         troffItem(page, words(option), option.summary);
     if (shape.details != nullptr) page += fmt::format(".PP\n{}\n", troff(shape.details));
     page += fmt::format(".PP\nExample: {}\n", troff(exampleOf(command)));
@@ -129,10 +129,10 @@ std::string markdownManual() {
             const Shape shape = shapeOf(command);
             page += fmt::format("\n### {} {}\n\n{}.\n\n    {}\n", self.name, words(command), shape.summary,
                                 usageLine(command));
-            if (shape.arguments.size() + shape.options.size() > 0) page += "\n";
+            if (shape.arguments.size() + optionsOf(command).size() > 0) page += "\n";
             for (const Argument &argument : shape.arguments)
                 page += fmt::format("- `{}`: {}\n", argument.name, argument.summary);
-            for (const Option &option : shape.options)
+            for (const Option &option : optionsOf(command))
                 page += fmt::format("- `{}`: {}\n", words(option), option.summary);
             if (shape.details != nullptr) page += fmt::format("\n{}\n", shape.details);
             page += fmt::format("\nExample: `{}`\n", exampleOf(command));

@@ -146,7 +146,7 @@ void appendText(fmt::memory_buffer &out, Bytes bytes) {
     put(out, hex(bytes));
 }
 
-Listing::Listing(Output &out, std::initializer_list<Column> columns) : out_(out), columns_(columns) {
+Listing::Listing(Output &out, std::vector<Column> columns) : out_(out), columns_(std::move(columns)) {
     if (out_.json()) {
         put(out_.buffer(), "[");
         return;
@@ -256,22 +256,29 @@ void Record::block(const char *key, const char *label, const std::optional<Bytes
     appendHexDump(blocks_, *bytes);
 }
 
+void Record::section(const char *label, const Record &part) {
+    fmt::format_to(std::back_inserter(blocks_), "{}:\n", label);
+    part.appendLines(blocks_, "  ");
+}
+
+void Record::appendLines(fmt::memory_buffer &out, std::string_view indent) const {
+    size_t widest = 0;
+    for (const std::string &label : labels_)
+        widest = std::max(widest, width(label));
+    size_t begin = 0;
+    for (size_t i = 0; i < labels_.size(); i++) {
+        std::string_view value(text_.data() + begin, ends_[i] - begin);
+        begin = ends_[i];
+        fmt::format_to(std::back_inserter(out), "{}{:{}}  {}\n", indent, labels_[i] + ":", widest + 1, value);
+    }
+}
+
 void Record::finish() {
     if (out_.json()) {
         out_.write(first_ ? "{}\n" : "}\n");
         return;
     }
-    size_t widest = 0;
-    for (const std::string &label : labels_)
-        widest = std::max(widest, label.size());
-    size_t begin = 0;
-    for (size_t i = 0; i < labels_.size(); i++) {
-        std::string_view value(text_.data() + begin, ends_[i] - begin);
-        begin = ends_[i];
-        fmt::format_to(std::back_inserter(out_.buffer()), "{:{}}  ", labels_[i] + ":", widest + 1);
-        put(out_.buffer(), value);
-        out_.write("\n");
-    }
+    appendLines(out_.buffer(), "");
     out_.write(std::string_view(blocks_.data(), blocks_.size()));
 }
 

@@ -94,13 +94,21 @@ struct Column {
 // widths.
 class Listing {
   public:
-    Listing(Output &out, std::initializer_list<Column> columns);
+    Listing(Output &out, std::vector<Column> columns);
 
     template <typename... Values>
     void row(const Values &...values) {
         size_t column = 0;
         beginRow();
         (cell(column++, values), ...);
+        endRow();
+    }
+    // A row of as many values as there are columns.
+    template <typename Value>
+    void rowOf(const std::vector<Value> &values) {
+        beginRow();
+        for (size_t column = 0; column < values.size(); column++)
+            cell(column, values[column]);
         endRow();
     }
     void finish();
@@ -159,12 +167,22 @@ class Record {
     // A record of the kernel that nobody but the kernel reads: base64 in JSON, a hex dump behind the fields
     // in text.
     void block(const char *key, const char *label, const std::optional<Bytes> &bytes);
+    // A value that only JSON has.
+    template <typename Value>
+    void member(const char *key, const Value &value) {
+        if (!out_.json()) return;
+        appendKey(key);
+        appendJson(out_.buffer(), value);
+    }
+    // Values of a part of the object, indented behind the fields; in text alone.
+    void section(const char *label, const Record &part);
     void finish();
 
   private:
     void appendKey(const char *key);
     void beginField(const char *label);
     void endField();
+    void appendLines(fmt::memory_buffer &out, std::string_view indent) const;
 
     Output &out_;
     bool first_ = true;

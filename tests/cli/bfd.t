@@ -9,7 +9,7 @@ into the third byte.
   $ qvs bfd sessions --flags 1 --raw table; bytes <table
   0:02000000c5220000010000000100008003000103e0930400a0bb0d 32:c0000201 48:c63364ff 64:74756e6e656c30 96:8d04 104:5a07 136:020000000200008003000103e0930400a0bb0d 160:c0000201 176:c63365 192:74756e6e656c30 224:bf07 232:2805 (1139336 bytes)
   $ qvs bfd sessions --flags 2 --json >json && head -c 60 json && wc -c <json
-  {"sessions":"AQAAAMUiAAADAAAAAAAAAAEBAgVAQg8AQEtMAAAAAAAgAQ21519132
+  {"sessions":"AQAAAMUiAAADAAAAAAAAAAEBAgVAQg8AQEtMAAAAAAAgAQ21519420
   $ for flags in 4 259; do qvs bfd sessions --flags $flags; done  => [2] qvs: --flags: 4 is not a byte with bit 0 or bit 1 set | qvs: --flags: 259 is not a byte with bit 0 or bit 1 set
   $ grep -o 'GetSessions.*' ../trace
   GetSessions in=1 out=1139336 input=[0:03] -> 0

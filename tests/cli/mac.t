@@ -6,11 +6,11 @@ entries are left out.
   $ cat >table <<<'qvs mac table "$@" --raw - | bytes'
   $ cat >on <<<'qvs-host run --state rack --trace trace $LAB -- sh -c "$1" 2>&1 | sed -E "s/lab .*bad/lab bad/; /^[0-9]/s/(00)*$//"'
   $ LAB='--lab lab.json' sh on 'qvs mac table sw1; sh table sw1; sh table sw1 --team; sh table sw1 --port p0; sh table sw2; qvs mac table sw2 --json'
-  INDEX  ENTRY
-  0      02000000000101000000000001000004000000007030
-  1      02000000000202000000000001000004220100007030
-  2      020000000fff020064000000030000041400000075706c696e6b30
-  3      020000001000020064000000030000041400000075706c696e6b30
+  MAC                KIND    VLAN  PORT      AGE (seconds)  PORT ID
+  02:00:00:00:00:01  static  0     67108865  0              p0
+  02:00:00:00:00:02  learnt  0     67108865  290            p0
+  02:00:00:00:0f:ff  learnt  100   67108867  20             uplink0
+  02:00:00:00:10:00  learnt  100   67108867  20             uplink0
   0:04 8:02 13:0101 20:01000004 28:7030 94:02 99:0202 106:01000004220100007030 180:020000000fff020064000000030000041400000075706c696e6b30 266:020000001000020064000000030000041400000075706c696e6b30 (352 bytes)
   0:02 8:020000000fff020064000000030000041400000075706c696e6b30 94:020000001000020064000000030000041400000075706c696e6b30 (180 bytes)
   0:02 8:02 13:0101 20:01000004 28:7030 94:02 99:0202 106:01000004220100007030 (180 bytes)
@@ -84,7 +84,7 @@ Static contexts hold the static addresses of a port, 59 to a record.
 How a switch learns: what is stored for it goes before the properties of the host.
 
   $ sh on 'qvs mac host get --json; qvs mac info sw1 --raw - | bytes; qvs mac info sw1 --raw - | bytes; qvs mac ports sw1 --raw - | bytes'
-  {"first":300,"second":0}
+  {"first":300,"second":0,"fields":{"aging":300,"limit":"unlimited"}}
   0:2c01 10:0100040000000200000002 28:01000000a703 40:52 48:0a01 56:d505 64:6104 72:8304 80:bd03 (88 bytes)
   0:2c01 10:0100040000000200000002 28:010000000507 40:89 48:de01 56:5909 64:0b07 72:ca07 80:1506 (88 bytes)
   0:03 8:01000004000001 22:02000004000001 36:030000040000010002 (50 bytes)
@@ -116,7 +116,7 @@ Addresses that are too old go, and do not come back.
   host: unchanged
   (8 bytes)
   $ sh on 'qvs mac host get --json; qvs mac add sw1 0200000003000200 --port uplink0; sh table sw1 --team; qvs mac add sw2 02:00:00:00:03:00 --port p0'
-  {"first":20,"second":3}
+  {"first":20,"second":3,"fields":{"aging":20,"limit":3}}
   sw1/uplink0: changed
   0:01 8:02000000030002 20:03000004 28:75706c696e6b30 (94 bytes)
   qvs: switch 'sw2': port 'p0': No free pointer blocks (deprecated) (0xbad001a)
@@ -125,8 +125,8 @@ Addresses that are too old go, and do not come back.
   0:01 8:02000000030002 20:030000041400000075706c696e6b30 (94 bytes)
   (8 bytes)
   host: changed
-  first:   18446744073709551615
-  second:  3
+  aging (seconds):    18446744073709551615
+  limit (addresses):  3
   (8 bytes)
   $ sh on 'qvs mac host set; qvs mac host set --second 65536; qvs mac host set --first 0x10000000000000000'
   qvs: at least one of --first and --second is needed

@@ -44,9 +44,9 @@ One port, with what the kernel says about it.
   link:               down
   blocked by kernel:  no
   client:             -
-  team uplink hint (32 bytes):
+  team uplink hint:
   $ qvs port show sw1 uplink0 --json | sed 's/"info":.*/.../'
-  {"switch":"sw1","port":"uplink0","alias":"uplink0","state":"live","connectId":1,"externalId":null,"blocked":false,"number":67108865,"inUse":true,"linkUp":true,"kernelBlocked":false,"client":"pnic0","teamHint":"cG5pYzAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=",...
+  {"switch":"sw1","port":"uplink0","alias":"uplink0","state":"live","connectId":1,"externalId":null,"blocked":false,"number":67108865,"inUse":true,"linkUp":true,"kernelBlocked":false,"client":"pnic0","teamHint":"cG5pYzAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=","teamHintFields":{"nic":"pnic0"},...
   $ qvs port show sw1 vm --raw - | bytes  => 0:05000004 8:766d 320:01 (1458 bytes)
   $ qvs port number sw1 db  => 67108868
   $ qvs port number "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00" db --by-id --json  => {"switch":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","port":"db","number":67108868}

@@ -4,15 +4,16 @@ was changed before has survived a restart, and counters begin anew; within a lin
   $ cat >lab.json <<<'{"switches": [{"alias": "sw1", "uplinks": ["uplink0"], "ports": ["p0", "p1", "p2"]}], "clients": [{"switch": "sw1", "port": "p1", "name": "web"}], "busy": [{"switch": "sw1", "port": "p0"}], "spfPorts": [{"switch": "sw1", "port": "p2", "mac": "02:00:00:00:01:02"}], "mcastFilters": [{"switch": "sw1", "port": "p0", "group": "239.1.1.254", "count": 3}, {"switch": "sw1", "port": "p1", "group": "239.1.1.255", "sources": ["192.0.2.9", "192.0.2.8"]}, {"switch": "sw1", "port": "p1", "group": "ff02::fb", "sources": ["2001:db8::7"]}, {"switch": "sw1", "port": "p1", "group": "01:00:5e:00:00:fb"}]}'
   $ cat >on <<<'exec qvs-host run --state rack $LAB -- sh -c "$1"'
   $ LAB='--lab lab.json' sh on 'qvs rarp sw1; qvs rarp sw1 --json; qvs teaming stats sw1 --raw - | head -c 16 | bytes'
-  reverse-ARP statistics:  d5040000000000007f06000000000000
-  {"stats":"rAgAAAAAAAAyCgAAAAAAAA=="}
+  sent (announcements):  1237
+  lost (announcements):  1663
+  {"stats":"rAgAAAAAAAAyCgAAAAAAAA==","fields":{"sent":2220,"lost":2610}}
   0:1304 8:07 (16 bytes)
 
 Mirror sessions are those that are stored: a disabled one is idle, and destinations count while they have a link.
 
   $ sh on 'qvs mirror runtime ids sw1; qvs mirror runtime destinations sw1; qvs mirror runtime stats sw1 cap'
   SESSION
-  INDEX  ENTRY
+  PORT
   qvs: switch 'sw1': mirror session 'cap': Not found (0xbad0003)
   ? 3
   $ sh on 'qvs mirror add sw1 cap --type dvport --destinations p1,p2,pnic0 --port p0; qvs mirror add sw1 cap --type dvport --destinations p1 --port p2; qvs mirror add sw1 a-name-of-thirty-two-characters- --type dvport --destinations p0 --flags disabled'
@@ -32,7 +33,7 @@ Mirror sessions are those that are stored: a disabled one is idle, and destinati
   0:612d6e616d652d6f662d7468697274792d74776f2d636861726163746572732d (121 bytes)
   $ sh on 'qvs mirror runtime agent --raw - | head -c 16 | bytes; qvs mirror runtime agent --json; qvs mirror clear sw1; qvs mirror clear sw1 --port p2; qvs uplink down sw1 uplink0; qvs mirror runtime destinations sw1 --raw - | bytes'
   0:02000000a806 12:0904 (16 bytes)
-  {"stats":"AgAAAFAKAAAAAAAABwcAAAAAAADvCAAAAAAAAIIAAAAAAAAA8wAAAAAAAAAbAgAAAAAAAO8AAAAAAAAAbAgAAAAAAACPAAAAAAAAAA=="}
+  {"stats":"AgAAAFAKAAAAAAAABwcAAAAAAADvCAAAAAAAAIIAAAAAAAAA8wAAAAAAAAAbAgAAAAAAAO8AAAAAAAAAbAgAAAAAAACPAAAAAAAAAA==","fields":{"sessions":2,"wakeups":2640,"framesTaken":1799,"bytesTaken":2287,"framesSent":130,"bytesSent":243,"droppedNoMemory":539,"droppedNoRoute":239,"droppedNoUplink":2156,"droppedNoAddress":143}}
   sw1: changed
   sw1/p2: changed
   sw1/uplink0: changed
@@ -75,14 +76,24 @@ Multicast groups of a port, and of all ports together.
   qvs: switch 'sw1': Failure (0xbad0001)
   (0 bytes)
   $ sh on 'qvs mcast stats sw1 239.1.1.255 --json; qvs mcast stats sw1 239.1.1.255 --port p1; qvs mcast stats sw1 239.1.1.255 --port p0 --raw - | wc -c; qvs mcast stats sw1 ff02::fb; qvs mcast stats sw1 239.1.1.253; qvs mcast stats sw1 01:00:5e:00:00:fb'
-  {"group":"239.1.1.255","addresses":[],"stats":"HwMAAAAAAABdBAAAAAAAAAAAAAAAAAAAAgAAAA=="}
-  group:       239.1.1.255
-  addresses:   192.0.2.8 192.0.2.9
-  statistics:  ca040000000000007404000000000000010000000200000001000000
+  {"group":"239.1.1.255","addresses":[],"stats":"HwMAAAAAAABdBAAAAAAAAAAAAAAAAAAAAgAAAA==","fields":{"framesIn":799,"framesDropped":1117,"forSources":"no","sources":0,"ports":2,"addresses":[]}}
+  group:  239.1.1.255
+  statistics:
+    frames in (frames):       1226
+    frames dropped (frames):  1140
+    for sources:              yes
+    sources:                  2
+    ports:                    1
+    addresses:                192.0.2.8 192.0.2.9
   28
-  group:       ff02::fb
-  addresses:   2001:db8::7
-  statistics:  1504000000000000dc06000000000000010000000100000001000000
+  group:  ff02::fb
+  statistics:
+    frames in (frames):       1045
+    frames dropped (frames):  1756
+    for sources:              yes
+    sources:                  1
+    ports:                    1
+    addresses:                2001:db8::7
   qvs: switch 'sw1': group '239.1.1.253': Not found (0xbad0003)
   qvs: '01:00:5e:00:00:fb' is no IPv4 or IPv6 address
   ? 2
@@ -99,8 +110,8 @@ Flows are counted where they are sampled.
 Ports of the SPF data path.
 
   $ sh on 'qvs spf list sw1; qvs spf plumb sw1 p0 02:00:00:00:01:00; qvs spf plumb sw1 p0 02:00:00:00:01:01; qvs spf plumb sw1 uplink0 02:00:00:00:01:02; qvs spf plumb sw1 uplink0 01:00:00:00:01:03; qvs spf plumb sw1 p0 02'
-  INDEX  ENTRY
-  0      0300000400000000
+  PORT      FLAGS
+  67108867  -
   sw1/p0: changed
   qvs: switch 'sw1': port 'p0': Already exists (0xbad0005)
   qvs: switch 'sw1': port 'uplink0': Already exists (0xbad0005)
@@ -109,7 +120,8 @@ Ports of the SPF data path.
   ? 2
   $ sh on 'qvs spf list sw1 --raw - | bytes; qvs spf failures; qvs spf stats switch sw1 --raw - | bytes; qvs spf stats svm sw1 p0 --raw - | head -c 32 | bytes; qvs spf stats gvm sw1 p0'
   0:02 8:01000004 16:03000004 (24 bytes)
-  failures:  0300000000000000
+  plumbs:    3
+  unplumbs:  0
   0:02 8:c6 16:76 24:5602 32:a004 40:8803 48:4906 56:4205 64:0404 72:63 (80 bytes)
   0:01000004 8:02000000010000007204 24:6201 (32 bytes)
   qvs: switch 'sw1': port 'p0': Not found (0xbad0003)
@@ -118,14 +130,14 @@ Ports of the SPF data path.
   sw1/p0: changed
   qvs: switch 'sw1': port 'p0': Not found (0xbad0003)
   {"switch":"sw1","port":"p0","changed":false}
-  {"failures":"AwAAAAIAAAA="}
+  {"failures":"AwAAAAIAAAA=","fields":{"plumbs":3,"unplumbs":2}}
   0:01000004 8:0401 16:3b04 24:1b04 32:fa02 40:bb 48:78 56:9b 64:d001 72:e9 80:9105 88:6b04 96:7903 104:d505 112:e402 120:cf 128:92 136:4905 144:e001 152:4804 160:02 168:fa02 176:8c02 184:ae03 192:2407 200:d504 208:e401 216:fd 224:9e05 232:6a01 240:f305 248:2c03 (256 bytes)
   qvs: switch 'sw1': port 'p0': Not found (0xbad0003)
   ? 3
   $ sh on 'qvs port remove sw1 p2; qvs spf list sw1'
   qvs: warning: switch 'sw1': p2 is removed, but still named by: port 'p0': mirror sessions
   sw1/p2: changed
-  INDEX  ENTRY
+  PORT  FLAGS
   $ sh on 'qvs --trace spf stats gvm sw1 uplink0 2>&1 | sed "s/, [0-9]* us//"'
   qvs: VSDVS_DvPortIDToPortID("sw1", "uplink0", ...) -> 0x0 (Success)
   qvs: SPFHYP_GetGVMPortStats(67108868) -> null, 0xbad0003 (Not found)

@@ -35,9 +35,9 @@ Created with uplinks and ports, listed and shown.
   uplinks:    0
   portset:    data2
   opaque:     yes
-  kernel information (220 bytes):
+  kernel information:
   $ qvs switch show sw2 --json
-  {"alias":"sw2","id":"id-2","class":"vswitch","version":99,"maxPorts":7,"ports":0,"uplinks":0,"portset":"data2","opaque":true,"info":"AgAAAAcAAAAAAAAAAAAAANwFAABjAAAAaWQtMgAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAGRhdGEyAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=="}
+  {"alias":"sw2","id":"id-2","class":"vswitch","version":99,"maxPorts":7,"ports":0,"uplinks":0,"portset":"data2","opaque":true,"info":"AgAAAAcAAAAAAAAAAAAAANwFAABjAAAAaWQtMgAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAGRhdGEyAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA==","fields":{"portsetNumber":2,"maxPorts":7,"ports":0,"uplinks":0,"mtu":1500,"version":99,"switchId":"id-2","portset":"data2"}}
   $ qvs switch show sw2 --raw block; bytes <block
   0:0200000007 16:dc0500006300000069642d32 88:6461746132 (220 bytes)
   $ qvs switch info data2 --raw - | cmp - block

@@ -37,7 +37,7 @@ Statistics of a port, twice; the library says what the kernel answered.
 
   $ qvs trace stats sw1 port0 --raw - | head -c 16 | bytes && qvs trace stats sw1 port0 --json
   0:8101 8:fc01 (16 bytes)
-  {"stats":"ugIAAAAAAACYAwAAAAAAAEYKAAAAAAAApQcAAAAAAABqAgAAAAAAAB8AAAAAAAAAAggAAAAAAAAsCQAAAAAAAA=="}
+  {"stats":"ugIAAAAAAACYAwAAAAAAAEYKAAAAAAAApQcAAAAAAABqAgAAAAAAAB8AAAAAAAAAAggAAAAAAAAsCQAAAAAAAA==","fields":{"requests":698,"traced":920,"received":2630,"forwarded":1957,"delivered":618,"dropped":31,"copied":2050,"reports":2348}}
   $ qvs-host fault add 'traceflow*GetPortStats' --errno EPERM && qvs trace stats sw1 port0
   Failed to get port stats: Operation not permitted
   qvs: switch 'sw1': port 'port0': Operation not permitted
@@ -49,7 +49,7 @@ Telemetry.
   configuration:  000000000000
   telemetry: changed
   {"changed":false}
-  {"config":"8QIDBAWG"}
+  {"config":"8QIDBAWG","fields":{"configuration":"8QIDBAWG"}}
   $ qvs int set 0102030405  => [2] qvs: CONFIG: '0102030405' is not 6 bytes in hexadecimal
   $ qvs-host fault add 'traceflow*SetINTConfig' --errno EIO && qvs int set 000000000000
   Failed to set INT config: Metadata read error

@@ -9,10 +9,10 @@
   $ qvs uplink add sw1 port0 --may-exist  => [4] qvs: switch 'sw1': uplink 'port0': Already exists (0xbad0005); an ordinary port has this name
   $ qvs uplink add sw1 left --may-exist  => sw1/left: unchanged
   $ qvs uplink list sw1 --kernel
-  INDEX  ENTRY
-  0      706e69633000000000000000000000000000000000000000000000000000000001000004
-  1      706e69633100000000000000000000000000000000000000000000000000000003000004
-  2      706e69633200000000000000000000000000000000000000000000000000000004000004
+  NIC    PORT
+  pnic0  67108865
+  pnic1  67108867
+  pnic2  67108868
 
 Links: changed is what the link shows; taking down is asked of the kernel each time.
 
