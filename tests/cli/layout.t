@@ -22,7 +22,7 @@ Records by the fields of a layout file. The lab's MAC addresses stand for all li
   NIC    PORT
   pnic0  67108867
   MAC  KIND  VLAN  PORT  AGE (seconds)  PORT ID
-  $ sh on 'qvs mac table sw1 --sort size; qvs mac table sw1 --where vlan; qvs mac table sw1 --limit x; qvs mac table sw1 --sort mac --raw -; qvs port list sw1 --sort port; qvs uplink list sw1 --raw x; qvs mac learning stats sw1 --port p0 --sort port'
+  $ sh on 'qvs mac table sw1 --sort size; qvs mac table sw1 --where vlan; qvs mac table sw1 --limit x; qvs mac table sw1 --sort mac --raw -; qvs port list sw1 --sort port; qvs uplink list sw1 --raw x; qvs mac stats sw1 --port p0 --sort port'
   qvs: --sort: no field is called 'size'; the fields are mac, kind, vlan, port, age, portId
   qvs: --where: 'vlan' is not a field and a value, like vlan=10
   qvs: --limit: 'x' is not a number from 0 to 4294967295
@@ -55,7 +55,7 @@ A file is named by the option or the environment. Without one, bytes are shown, 
   qvs: --limit needs a layout: QVS_LAYOUT: file 'nix': No such file or directory
   qvs: file 'nix': No such file or directory
   ? 1
-  $ sh on 'printf "mac security sw1\nmac learning get\n" >commands; QVS_LAYOUT= qvs batch commands; QVS_LAYOUT=nix qvs mac security sw1 --raw - | wc -c; QVS_LAYOUT=nix qvs mac security sw1 --layout "$QVS_LAYOUT" | head -n 2'
+  $ sh on 'printf "mac security sw1\nmac host get\n" >commands; QVS_LAYOUT= qvs batch commands; QVS_LAYOUT=nix qvs mac security sw1 --raw - | wc -c; QVS_LAYOUT=nix qvs mac security sw1 --layout "$QVS_LAYOUT" | head -n 2'
   qvs: the kernel's records are shown as bytes: no layout file is named; name one with --layout or in the variable QVS_LAYOUT
   INDEX  ENTRY
   0      0100000401000000
@@ -72,7 +72,7 @@ makes their last field ask for more bytes than there are.
 
   $ printf '%s\n' 's/"format": 1/"format": 2/' '1s/{/[/' 's/"words": {/"words": 1, "x": {/' 's/"macKind": {"1"/"macKind": {"one"/' 's/"mac-entry": {/"mac-entry": 1, "x": {/' 's/"MAC entry"/"MAC entry", "like": "mac-entry"/' 's/"MAC entry"/"MAC entry", "tail": "age"/' 's/"MAC entry"/"MAC entry", "given": {"type": 1}/' 's/"size": 86/"size": 0/' 's/"size": 86/"size": -1/' >faults
   $ group='"type": "group", "count": 1, "stride": 9, "fields": [{"at": 0, "name": "g",'; printf '%s\n' 's/"at": 8, "name": "vlan"/"at": 5, "name": "vlan"/' 's/"at": 20, "name"/"at": 60, "name"/' 's/"at": 12, "name"/"at": 1e30, "name"/' 's/"name": "kind", "type": "u8"/"name": "kind", "type": "u9"/' 's/"values": "macKind"/"values": "macKinds"/' 's/"name": "kind"/"name": "mac"/' 's/"name": "kind"/"name": "\\u001b[2J"/' 's/"name": "kind", "type": "u8"/"name": "kind", "type": "bytes"/' 's/"name": "kind", "type": "u8"/"name": "kind", "type": "address", "length": 1/' 's/"name": "kind", "type": "u8"/"name": "kind", "type": "u8", "count": "later"/' 's/"name": "kind", "type": "u8"/"name": "kind", "type": "u8", "count": 81/' 's/"name": "kind", "type": "u8"/"name": "kind", "type": "group"/' "s/{\"at\": 0, \"name\": \"mac\", \"type\": \"mac\"}/{\"at\": 0, \"name\": \"mac\", $group $group $group $group \"type\": \"u8\"}]}]}]}]}/" >>faults
-  $ sh on 'while read -r fault; do sed "$fault" "$QVS_LAYOUT" >bad.json; qvs mac table sw1 --limit 1 --layout bad.json; done <faults; head -c 2000 "$QVS_LAYOUT" >bad.json; qvs mac table sw1 --layout bad.json; QVS_LAYOUT=bad.json qvs mac learning ports sw1 | head -n 2'
+  $ sh on 'while read -r fault; do sed "$fault" "$QVS_LAYOUT" >bad.json; qvs mac table sw1 --limit 1 --layout bad.json; done <faults; head -c 2000 "$QVS_LAYOUT" >bad.json; qvs mac table sw1 --layout bad.json; QVS_LAYOUT=bad.json qvs mac ports sw1 | head -n 2'
   qvs: layout 'bad.json': "format" is not 1, the only format that this version reads
   qvs: layout 'bad.json': it is not JSON from byte 13 on
   qvs: layout 'bad.json': "words" is not an object
