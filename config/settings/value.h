@@ -21,15 +21,21 @@ using Blob = std::vector<uint8_t>;
 // the order of their setting, and absent ones are left out, so that equal values compare equal.
 class Value {
   public:
-    Value() = default;
-    Value(bool on) : data_(on) {}
-    Value(uint64_t number) : data_(number) {}
-    Value(std::string text) : data_(std::move(text)) {}
-    Value(std::string_view text) : data_(std::string(text)) {}
-    Value(const char *text) : data_(std::string(text)) {}
-    Value(Blob bytes) : data_(std::move(bytes)) {}
-    Value(List list) : data_(std::move(list)) {}
-    Value(Members members) : data_(std::move(members)) {}
+    // Defined below, where the members of a record are complete.
+    Value();
+    Value(const Value &);
+    Value(Value &&) noexcept;
+    Value &operator=(const Value &);
+    Value &operator=(Value &&) noexcept;
+    ~Value();
+    Value(bool on);
+    Value(uint64_t number);
+    Value(std::string text);
+    Value(std::string_view text);
+    Value(const char *text);
+    Value(Blob bytes);
+    Value(List list);
+    Value(Members members);
 
     bool absent() const { return std::holds_alternative<std::monostate>(data_); }
     bool isBoolean() const { return std::holds_alternative<bool>(data_); }
@@ -66,6 +72,21 @@ struct NamedValue {
 
     friend bool operator==(const NamedValue &, const NamedValue &) = default;
 };
+
+inline Value::Value() = default;
+inline Value::Value(const Value &) = default;
+inline Value::Value(Value &&) noexcept = default;
+inline Value &Value::operator=(const Value &) = default;
+inline Value &Value::operator=(Value &&) noexcept = default;
+inline Value::~Value() = default;
+inline Value::Value(bool on) : data_(on) {}
+inline Value::Value(uint64_t number) : data_(number) {}
+inline Value::Value(std::string text) : data_(std::move(text)) {}
+inline Value::Value(std::string_view text) : data_(std::string(text)) {}
+inline Value::Value(const char *text) : data_(std::string(text)) {}
+inline Value::Value(Blob bytes) : data_(std::move(bytes)) {}
+inline Value::Value(List list) : data_(std::move(list)) {}
+inline Value::Value(Members members) : data_(std::move(members)) {}
 
 inline bool operator==(const Value &left, const Value &right) {
     return left.data_ == right.data_;
