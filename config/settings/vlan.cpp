@@ -7,6 +7,7 @@
 #include <cstring>
 #include <iterator>
 #include <limits>
+#include <utility>
 
 #include "config/settings/codec.h"
 #include "config/settings/families.h"
@@ -144,9 +145,19 @@ std::optional<Value> decodeVlan(const StoredView &stored) {
     const auto record = *recordOf<VSDVS_PortVLAN>(bytes->first(sizeof(VSDVS_PortVLAN)));
     if (bytes->size() != sizeof record + record.rangeCount * sizeof(VSDVS_VLANRange)) return std::nullopt;
     if (record.vlan > QVS_VLAN_MAX) return std::nullopt;
+    // libqvs cannot store such a trunk.
+    if ((record.flags & VSDVS_VLAN_TRUNK) != 0 && record.rangeCount == 0) return std::nullopt;
     const auto priority = recordOf<uint32_t>(stored[1]);
     if (priority > QVS_PRIORITY_MAX) return std::nullopt;
-    return vlanValue(*bytes, priority);
+    std::optional<Value> value = vlanValue(*bytes, priority);
+    return value ? ifTaken(kVlan, std::move(*value)) : value;
+}
+
+// libqvs stores a trunk without ranges as one of all VLANs.
+Value canonicalVlan(Value value) {
+    const Value &trunk = value["trunk"];
+    if (!trunk.absent() && trunk.list().empty()) value.set("trunk", List{fmt::format("0-{}", QVS_VLAN_MAX)});
+    return value;
 }
 
 std::string problemOfVlan(const Value &value) {
@@ -265,7 +276,9 @@ const Setting kVlan = {
     .members = kVlanMembers,
     .example = "--trunk 1-100,200",
     .details =
-        "clear stores a policy without VLANs when the port has a policy, and changes nothing otherwise.",
+        "A trunk without ranges is one of all VLANs. clear stores a policy without VLANs when the port has a "
+        "policy, and changes nothing otherwise.",
+    .canonical = canonicalVlan,
     .problem = problemOfVlan,
     .decode = decodeVlan,
     .encode = encodeVlan,
