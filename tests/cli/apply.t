@@ -22,7 +22,8 @@ A document is carried out as a whole, and a second time changes nothing.
   $ qvs apply doc.yaml --yes
   nothing to change
   $ qvs apply doc.yaml --yes --json
-  {"outcome":"unchanged","changes":[]}
+  {"outcome":"unchanged","changes":[]
+  }
   $ qvs port list sw1 --names
   up
   db
@@ -42,7 +43,7 @@ On a terminal it asks, and changes nothing without a yes.
   1
   ~ switches.sw1.ports.db.vlan: {} -> {id: 11}
   $ (sleep 0.5; echo n) | script -qec 'qvs apply doc.yaml; echo "? $?"' log | tr -d '\r' | grep -o '? [0-9]$'
-  ? 1
+  ? 8
   $ (sleep 0.5; echo y) | script -qec 'qvs apply doc.yaml; echo "? $?"' log | grep -o 'db: changed'
   db: changed
 
@@ -68,7 +69,6 @@ What fails is undone.
 A run that was killed is undone by the next one that changes anything; reading does not.
 
   $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; sh -c 'timeout -s KILL 0.4 qvs apply doc.yaml --yes >log; true' 2>log; sleep 0.5; qvs port list sw1 --names
-  /work/wt/apply/tests/cli/transcript: line 19: 29894 Killed                  timeout -s KILL 0.4 qvs apply doc.yaml --yes > log 2>&1
   up
   db
   web
@@ -83,17 +83,16 @@ A run that was killed is undone by the next one that changes anything; reading d
   more
   nothing to undo
   $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; sh -c 'timeout -s KILL 0.4 qvs apply doc.yaml --yes >log; true' 2>log; qvs apply --recover
-  /work/wt/apply/tests/cli/transcript: line 19: 30361 Killed                  timeout -s KILL 0.4 qvs apply doc.yaml --yes > log 2>&1
   undone
   $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; timeout -s TERM 0.4 qvs apply doc.yaml --yes 2>&1 | grep -v '^[+~]'
-  sw1/db: changed
-  sw1/new: changed
-  sw1/web: changed
+  qvs: SIGTERM came in before the end
+  qvs: everything was undone
 
 Of two at once the second waits, or is refused.
 
   $ sed 's/13/14/' doc.yaml >other.yaml; qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 1500; (qvs apply doc.yaml --yes >log & sleep 0.3; qvs apply other.yaml --yes --timeout 1 2>&1 | grep -o 'did not end.*'; qvs apply other.yaml --yes | tail -1; wait); qvs port vlan get sw1 web | grep VLAN
-  nothing to change
+  did not end within 1 s; --timeout SECONDS waits longer
+  sw1/web: changed
   VLAN:      14
 
 What is not confirmed in time is undone. Meanwhile nothing else is changed.
