@@ -151,9 +151,10 @@ Journal parseJournal(std::string_view text) {
             rest.remove_prefix(end + 1);
         }
     } catch (const Json::exception &) {
-        fail(Exit::Failed, "it is damaged: a line is not what it should be");
+        fail(Exit::Failed,
+             "it is damaged: a line is not what it should be; check the switches and move it away");
     } catch (const std::invalid_argument &error) {
-        fail(Exit::Failed, "it is damaged: {}", error.what());
+        fail(Exit::Failed, "it is damaged: {}; check the switches and move it away", error.what());
     }
     return journal;
 }

@@ -55,6 +55,8 @@ inline constexpr cli::Passage kFiles[] = {
     {.text = "held by the daemon; its process id is inside", .term = "lock"},
     {.text = "held by each run of qvs(1) that changes something, one part of it for each switch",
      .term = "qvs.lock"},
+    {.text = "what undoes a change that qvs(1) apply or batch is at, or that waits to be confirmed",
+     .term = "qvs.journal"},
     {.text = "the daemon's log", .term = "log"},
     {"The directory must belong to the user who starts the host, and no other user may be able to write to "
      "it. Files in it that are symbolic links are refused."},
