@@ -52,7 +52,37 @@ void appendJson(fmt::memory_buffer &out, const Json &json) {
     out.append(json.text);
 }
 
+std::optional<std::string_view> orNull(const std::string &text) {
+    if (text.empty()) return std::nullopt;
+    return text;
+}
+
+void appendMembers(fmt::memory_buffer &out, std::optional<std::string_view> path, std::string_view word,
+                   std::optional<std::string_view> before, std::optional<std::string_view> after) {
+    out.append(std::string_view("\"path\":"));
+    appendJson(out, path);
+    out.append(std::string_view(",\"change\":"));
+    appendJson(out, word);
+    out.append(std::string_view(",\"before\":"));
+    appendJson(out, before);
+    out.append(std::string_view(",\"after\":"));
+    appendJson(out, after);
+}
+
 }  // namespace
+
+void appendChange(fmt::memory_buffer &out, const Change &change) {
+    out.append(lineOf(change));
+}
+
+void appendChangeMembers(fmt::memory_buffer &out, const Change &change) {
+    const std::string path = change.path();
+    appendMembers(out, path, lookOf(change).name, orNull(change.beforeText), orNull(change.afterText));
+}
+
+void appendNoChangeMembers(fmt::memory_buffer &out, std::string_view word) {
+    appendMembers(out, std::nullopt, word, std::nullopt, std::nullopt);
+}
 
 void printText(const std::vector<Change> &changes, Output &out) {
     const bool colour = inColour(out);
@@ -64,9 +94,6 @@ void printText(const std::vector<Change> &changes, Output &out) {
 }
 
 void printJson(const std::vector<Change> &changes, Output &out) {
-    const auto orNull = [](const std::string &text) {
-        return text.empty() ? std::nullopt : std::optional<std::string_view>(text);
-    };
     Listing listing(out, {{"change", "CHANGE"},
                           {"switch", "SWITCH"},
                           {"port", "PORT"},

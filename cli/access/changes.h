@@ -2,6 +2,9 @@
 // Differences between a document and the host, as text and as JSON.
 #pragma once
 
+#include <fmt/format.h>
+
+#include <string_view>
 #include <vector>
 
 #include "config/document/diff.h"
@@ -9,6 +12,13 @@
 namespace qvs::cli {
 
 class Output;
+
+// "+ PATH: NEW", "- PATH: OLD", "~ PATH: OLD -> NEW".
+void appendChange(fmt::memory_buffer &out, const config::Change &change);
+// The members "path", "change", "before" and "after" of a JSON object. Without a change, "change" is the
+// word, and the others are null.
+void appendChangeMembers(fmt::memory_buffer &out, const config::Change &change);
+void appendNoChangeMembers(fmt::memory_buffer &out, std::string_view word);
 
 void printText(const std::vector<config::Change> &changes, Output &out);
 void printJson(const std::vector<config::Change> &changes, Output &out);

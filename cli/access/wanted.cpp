@@ -29,17 +29,8 @@ std::string messageOf(const std::vector<config::Problem> &problems) {
     return message;
 }
 
-Document readFileOf(const Arguments &arguments) {
-    const std::vector<uint8_t> bytes = readFile(arguments.text("FILE"), config::kMostDocumentBytes);
-    std::vector<config::Problem> problems;
-    Document document = config::readDocument({reinterpret_cast<const char *>(bytes.data()), bytes.size()},
-                                             nameOfFile(arguments), problems);
-    if (!problems.empty()) throw Failure{Exit::Usage, messageOf(problems)};
-    return document;
-}
-
-void reportReferences(const std::vector<config::Problem> &problems, const Arguments &arguments) {
-    if (!problems.empty() && arguments.given("--strict")) throw Failure{Exit::Usage, messageOf(problems)};
+void reportReferences(const std::vector<config::Problem> &problems, bool strict) {
+    if (!problems.empty() && strict) throw Failure{Exit::Usage, messageOf(problems)};
     for (const config::Problem &problem : problems)
         warn("{}", messageOf(problem));
 }
@@ -58,20 +49,33 @@ void narrow(Document &document, const Arguments &arguments) {
 
 }  // namespace
 
+Document checkedDocument(std::string_view text, std::string_view origin) {
+    std::vector<config::Problem> problems;
+    Document document = config::readDocument(text, origin, problems);
+    if (!problems.empty()) throw Failure{Exit::Usage, messageOf(problems)};
+    return document;
+}
+
 Document readWanted(const Arguments &arguments) {
-    Document wanted = readFileOf(arguments);
+    const std::vector<uint8_t> bytes = readFile(arguments.text("FILE"), config::kMostDocumentBytes);
+    Document wanted =
+        checkedDocument({reinterpret_cast<const char *>(bytes.data()), bytes.size()}, nameOfFile(arguments));
     narrow(wanted, arguments);
     return wanted;
 }
 
-std::vector<config::Change> compareWithHost(const Document &wanted, const Arguments &arguments) {
-    const bool prune = arguments.given("--prune");
+Comparison comparisonOf(const Arguments &arguments) {
+    return {arguments.given("--prune"), arguments.given("--switch"), arguments.given("--strict"),
+            std::string(nameOfFile(arguments))};
+}
+
+std::vector<config::Change> compareWithHost(const Document &wanted, const Comparison &how) {
     std::vector<std::string> warnings;
-    const Document now = config::documentOfHost(wanted, prune && !arguments.given("--switch"), warnings);
+    const Document now = config::documentOfHost(wanted, how.prune && !how.keepsSwitches, warnings);
     for (const std::string &warning : warnings)
         warn("{}", warning);
-    reportReferences(danglingReferences(now, wanted, prune, nameOfFile(arguments)), arguments);
-    return compare(now, wanted, prune);
+    reportReferences(danglingReferences(now, wanted, how.prune, how.origin), how.strict);
+    return compare(now, wanted, how.prune);
 }
 
 }  // namespace qvs::cli

@@ -2,6 +2,8 @@
 // The document that a command names, and what it would change.
 #pragma once
 
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "config/document/diff.h"
@@ -21,7 +23,19 @@ inline constexpr Option kStrict{"--strict", nullptr,
 // What FILE holds, of the switches that --switch names or of all. Throws a usage failure that lists all that
 // is wrong with it.
 config::Document readWanted(const Arguments &arguments);
-// Compares it with the host as --prune and --switch say. Warns, or throws with --strict.
-std::vector<config::Change> compareWithHost(const config::Document &wanted, const Arguments &arguments);
+// Reads a document. Throws a usage failure that lists all that is wrong with it.
+config::Document checkedDocument(std::string_view text, std::string_view origin);
+
+// How a document is compared with the host.
+struct Comparison {
+    bool prune = false;          // what the document does not name is to be removed
+    bool keepsSwitches = false;  // but not the switches that it does not name
+    bool strict = false;         // a reference to nothing is a failure, not a warning
+    std::string origin;          // of the document, in messages
+};
+// As FILE, --prune, --switch and --strict say.
+Comparison comparisonOf(const Arguments &arguments);
+// What the document would change on the host. Prints warnings.
+std::vector<config::Change> compareWithHost(const config::Document &wanted, const Comparison &how);
 
 }  // namespace qvs::cli

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // qvs apply and confirm.
-#include "config/apply/apply.h"
+#include "commands/apply.h"
 
 #include <unistd.h>
 
@@ -120,11 +120,24 @@ void report(Output &out, const ApplyResult &result) {
     config::requireRestored(result.undone);
 }
 
-// --- the verbs ---
+}  // namespace
 
-void applyChanges(const Document &document, ApplyOptions options, const Arguments &arguments, Output &out) {
+// --- for other commands ---
+
+void requireSomebodyToAsk(const Arguments &arguments, bool inputIsTaken) {
+    if (arguments.given("--yes") || arguments.given("--dry-run") || (isTerminal() && !inputIsTaken)) return;
+    fail(Exit::Usage, "nobody can be asked{}; --yes applies the document without asking",
+         inputIsTaken ? ", because standard input is the document" : " without a terminal");
+}
+
+void applyChanges(const Document &document, const Comparison &how, const Arguments &arguments, Output &out) {
+    ApplyOptions options;
+    options.prune = how.prune;
+    options.keepsSwitches = how.keepsSwitches;
+    options.confirmSeconds = arguments.number("--confirm", 0, 1, kMostConfirmSeconds);
+    if (!arguments.given("--dry-run")) settle();
     requireState(loadSnapshot());
-    const std::vector<Change> changes = compareWithHost(document, arguments);
+    const std::vector<Change> changes = compareWithHost(document, how);
     if (!out.json()) printText(changes, out);
     if (arguments.given("--dry-run")) {
         if (out.json()) reportJson(out, "planned", changes);
@@ -148,6 +161,10 @@ void applyChanges(const Document &document, ApplyOptions options, const Argument
         complain("'qvs confirm' keeps this; otherwise it is undone in {} s", options.confirmSeconds);
 }
 
+// --- the verbs ---
+
+namespace {
+
 void recoverPending(const Arguments &arguments, Output &out) {
     const bool pending = config::pendingJournal() != config::Pending::Nothing;
     config::requireRestored(
@@ -165,19 +182,10 @@ void apply(const Arguments &arguments, Output &out) {
         if (!arguments.given("--recover")) fail(Exit::Usage, "FILE or --recover is needed");
         return recoverPending(arguments, out);
     }
-    const bool asks = !arguments.given("--yes") && !arguments.given("--dry-run");
-    const std::string &file = arguments.text("FILE");
-    if (asks && (!isTerminal() || file == "-"))
-        fail(Exit::Usage, "nobody can be asked{}; --yes applies the document without asking",
-             file == "-" ? ", because standard input is the document" : " without a terminal");
+    requireSomebodyToAsk(arguments, arguments.text("FILE") == "-");
     const Document document = readWanted(arguments);
-    ApplyOptions options;
-    options.prune = arguments.given("--prune");
-    options.keepsSwitches = arguments.given("--switch");
-    options.confirmSeconds = arguments.number("--confirm", 0, 1, kMostConfirmSeconds);
     if (arguments.given("--recover")) recoverPending(arguments, out);
-    if (!arguments.given("--dry-run")) settle();
-    applyChanges(document, options, arguments, out);
+    applyChanges(document, comparisonOf(arguments), arguments, out);
 }
 
 void confirmChange(const Arguments &, Output &out) {
@@ -189,12 +197,12 @@ const Command kRows[] = {
     {.words = "apply",
      .summary = "carry out a document, all of it or nothing",
      .arguments = {{"FILE", "document, or - for standard input", Kind::File, true}},
-     .options = {{"--yes", nullptr, "do not ask"},
-                 {"--dry-run", nullptr, "only print what would be changed"},
+     .options = {kYes,
+                 kDryRun,
                  {"--prune", nullptr, "remove what the document does not name"},
                  kOnlySwitch,
                  kStrict,
-                 {"--confirm", "SECONDS", "undo everything unless 'qvs confirm' is run within this time"},
+                 kConfirm,
                  {"--recover", nullptr,
                   "first undo what an earlier run has left, or what waits to be confirmed"},
                  {"--expired", nullptr,

@@ -24,8 +24,9 @@ void requireAgreed(const std::vector<Change> &agreed, const std::vector<Change> 
          "the host was changed meanwhile, so that the plan is another one; nothing was changed");
 }
 
-// Runs the steps. Throws what ends them.
-void runSteps(const Plan &plan, const ApplyOptions &options, const Progress &progress) {
+// Runs the steps. Throws what ends them; `status` is that of the step that failed.
+void runSteps(const Plan &plan, const ApplyOptions &options, const Progress &progress,
+              HYP_ReturnStatus &status) {
     Stage stage = Stage::Switches;
     const size_t total = plan.steps.size();
     const auto stopAtSignal = [&](const std::string &next) {
@@ -38,7 +39,9 @@ void runSteps(const Plan &plan, const ApplyOptions &options, const Progress &pro
         if (std::exchange(stage, step.stage) != step.stage) requireState(loadSnapshot());
         if (progress) progress(done, total, step.what);
         const SignalsHeld held;
-        require(step.run(), step.what);
+        const HYP_ReturnStatus stepStatus = step.run();
+        if (stepStatus != HYP_OK) status = stepStatus;
+        require(stepStatus, step.what);
     }
     stopAtSignal("the end");
     if (progress) progress(total, total, "");
@@ -55,7 +58,7 @@ ApplyResult carryOut(const Document &wanted, const ApplyOptions &options, const 
     Plan plan = planOf(result.changes, wanted, options.prune);
     Transaction transaction(std::move(plan.before));
     try {
-        runSteps(plan, options, progress);
+        runSteps(plan, options, progress, result.status);
         if (options.confirmSeconds != 0) {
             result.deadline = transaction.commitForNow(options.confirmSeconds);
         } else {

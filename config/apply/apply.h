@@ -34,7 +34,8 @@ struct ApplyResult {
     std::vector<Change> changes;
     uint64_t deadline = 0;  // on the clock of bootTime(), of a change that has to be confirmed
     std::string problem;    // why it was undone
-    Restored undone;        // and what of it is left
+    HYP_ReturnStatus status = HYP_FAILURE;  // of the step that failed
+    Restored undone;                        // and what of it is left
 };
 
 // What the loaded snapshot has of the switches of a document; of all switches when others are to go.
