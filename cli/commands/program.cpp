@@ -115,7 +115,7 @@ constexpr Passage kExitCodes[] = {
     {.text = "locked by another run, or by a change that waits to be confirmed", .term = "7"},
     {.text = "not confirmed at the terminal", .term = "8"},
 };
-constexpr Passage kSeeAlso[] = {{"qvs-host(1), libqvs(7)"}};
+constexpr Passage kSeeAlso[] = {{"qvs-host(1), libqvs(7), libqvs-config(3)"}};
 constexpr Passage kEnvironment[] = {
     {.text = "the layout file of the kernel's records, unless --layout names one", .term = "QVS_LAYOUT"},
 };
@@ -165,6 +165,8 @@ std::span<const Noun> nouns() {
         {"status", "statuses of the library", kStatusCommands},
         {"apply", "a document as a whole", kApplyCommands},
         {"batch", "many commands in one run", kBatchCommands},
+        {"checkpoint", "kept states of switches, and the way back to them", kCheckpointCommands},
+        {"monitor", "changes as they happen", kMonitorCommands},
         {"tool", "the tool itself", kToolCommands},
     };
     return table;

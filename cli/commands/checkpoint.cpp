@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: Apache-2.0
+// qvs checkpoint: states of switches that are kept under a name, and the way back to them.
+#include "config/apply/checkpoint.h"
+
+#include "access/changes.h"
+#include "commands/apply.h"
+#include "commands/nouns.h"
+#include "config/document/export.h"
+#include "config/document/write.h"
+#include "tool/failure.h"
+#include "tool/output.h"
+
+namespace qvs::cli {
+namespace {
+
+using config::Checkpoint;
+using config::Checkpoints;
+using config::Document;
+
+constexpr Argument kName{"NAME", "name of the checkpoint: letters, digits, '.', '_' and '-'"};
+constexpr Option kDirectory{.name = "--dir",
+                            .value = "DIR",
+                            .summary =
+                                "keep checkpoints in DIR instead of /var/lib/qvs/checkpoints (root) or "
+                                "~/.local/state/qvs/checkpoints",
+                            .kind = Kind::Directory};
+
+std::string directoryOf(const Arguments &arguments) {
+    return arguments.given("--dir") ? arguments.text("--dir") : config::checkpointDirectory();
+}
+
+void save(const Arguments &arguments, Output &out) {
+    const std::string &name = arguments.text("NAME");
+    std::vector<std::string> warnings;
+    const Document document = config::exportDocument(
+        arguments.given("SWITCH") ? arguments.all("SWITCH") : std::vector<std::string>(), {}, warnings);
+    if (document.switches.empty()) fail(Exit::NotFound, "there are no switches to keep");
+    Checkpoints(directoryOf(arguments), true)
+        .save(name, config::writeYaml(document), static_cast<uint32_t>(document.switches.size()),
+              arguments.given("--replace"));
+    reportChange(out, name, {{"checkpoint", name}}, true);
+}
+
+void list(const Arguments &arguments, Output &out) {
+    Listing listing(out, {{"name", "NAME"},
+                          {"time", "TIME"},
+                          {"host", "HOST"},
+                          {"switches", "SWITCHES"},
+                          {"bytes", nullptr},
+                          {"problem", nullptr}});
+    for (const Checkpoints::Entry &entry : Checkpoints(directoryOf(arguments)).list()) {
+        const auto &kept = entry.checkpoint;
+        if (!kept && !out.json()) warn("{}", entry.problem);
+        const auto text = [&](const std::string Checkpoint::*member) {
+            return kept ? std::optional<std::string_view>((*kept).*member) : std::nullopt;
+        };
+        listing.row(entry.name, text(&Checkpoint::time), text(&Checkpoint::host),
+                    kept ? std::optional<uint32_t>(kept->switches) : std::nullopt,
+                    kept ? std::optional<uint64_t>(kept->document.size()) : std::nullopt,
+                    kept ? std::nullopt : std::optional<std::string_view>(entry.problem));
+    }
+    listing.finish();
+}
+
+// The document of a checkpoint, as checked as any other.
+Document documentOf(const std::string &name, const Checkpoint &checkpoint) {
+    return checkedDocument(checkpoint.document, "checkpoint " + name);
+}
+
+void show(const Arguments &arguments, Output &out) {
+    const std::string &name = arguments.text("NAME");
+    const Checkpoint kept = Checkpoints(directoryOf(arguments)).load(name);
+    if (!out.json()) {
+        // A document with comments is a document.
+        out.write(fmt::format("# checkpoint {}, {}, host {}\n", name, kept.time, kept.host));
+        return out.write(kept.document);
+    }
+    std::string document = config::writeJson(documentOf(name, kept));
+    while (document.ends_with('\n'))
+        document.pop_back();
+    Record record(out);
+    record.field("name", "", name);
+    record.field("time", "", kept.time);
+    record.field("host", "", kept.host);
+    record.field("switches", "", kept.switches);
+    record.field("bytes", "", uint64_t{kept.document.size()});
+    out.write(",\"document\":" + document);
+    record.finish();
+}
+
+Document loadDocument(const Arguments &arguments) {
+    const std::string &name = arguments.text("NAME");
+    return documentOf(name, Checkpoints(directoryOf(arguments)).load(name));
+}
+
+// The switches of a checkpoint become as they were. Others stay as they are.
+Comparison wayBack(const Arguments &arguments) {
+    return {.prune = true, .keepsSwitches = true, .origin = "checkpoint " + arguments.text("NAME")};
+}
+
+void diff(const Arguments &arguments, Output &out) {
+    const std::vector<config::Change> changes = compareWithHost(loadDocument(arguments), wayBack(arguments));
+    if (out.json()) {
+        printJson(changes, out);
+    } else {
+        printText(changes, out);
+    }
+    if (!changes.empty()) out.exitWith(static_cast<int>(Exit::Differs));
+}
+
+void rollback(const Arguments &arguments, Output &out) {
+    requireSomebodyToAsk(arguments);
+    applyChanges(loadDocument(arguments), wayBack(arguments), arguments, out);
+}
+
+void remove(const Arguments &arguments, Output &out) {
+    const std::string &name = arguments.text("NAME");
+    Checkpoints(directoryOf(arguments)).remove(name);
+    reportChange(out, name, {{"checkpoint", name}}, true);
+}
+
+const Command kRows[] = {
+    {.words = "checkpoint save",
+     .summary = "keep the configuration of switches under a name",
+     .arguments = {kName, {"SWITCH", "aliases of the switches; all without one", Kind::Switch, true, true}},
+     .options = {kDirectory, {"--replace", nullptr, "overwrite a checkpoint of this name"}},
+     .details = "A checkpoint holds what qvs export writes: switches, uplinks, ports, settings and other "
+                "stored properties. It is a file that only its owner may read.",
+     .example = "qvs checkpoint save before-upgrade",
+     .run = reads(save)},
+    {.words = "checkpoint list",
+     .summary = "print the checkpoints",
+     .options = {kDirectory},
+     .example = "qvs checkpoint list",
+     .run = local(list)},
+    {.words = "checkpoint show",
+     .summary = "print a checkpoint as a document, which qvs apply takes",
+     .arguments = {kName},
+     .options = {kDirectory},
+     .example = "qvs checkpoint show before-upgrade",
+     .run = local(show)},
+    {.words = "checkpoint diff",
+     .summary = "print what a rollback would change",
+     .arguments = {kName},
+     .options = {kDirectory},
+     .details = "Exit status 4 when the host differs from the checkpoint. Switches that the checkpoint does "
+                "not hold are not compared.",
+     .example = "qvs checkpoint diff before-upgrade",
+     .run = reads(diff)},
+    {.words = "checkpoint rollback",
+     .summary = "make the switches of a checkpoint as they were",
+     .arguments = {kName},
+     .options = {kDirectory, kYes, kDryRun, kConfirm},
+     .details =
+         "The checkpoint is applied as qvs apply --prune does it, all of it or nothing: what was added "
+         "to its switches is removed. Switches that it does not hold stay as they are.",
+     .example = "qvs checkpoint rollback before-upgrade --yes",
+     .run = writes(rollback),
+     .guard = Guard::None},
+    {.words = "checkpoint remove",
+     .summary = "remove a checkpoint",
+     .arguments = {kName},
+     .options = {kDirectory},
+     .example = "qvs checkpoint remove before-upgrade",
+     .run = local(remove)},
+};
+
+}  // namespace
+
+const std::span<const Command> kCheckpointCommands = kRows;
+
+}  // namespace qvs::cli
