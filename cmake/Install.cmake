@@ -1,15 +1,18 @@
 # SPDX-License-Identifier: Apache-2.0
-# Installation of the library, and the files with which other builds find it. The directories that build the
+# Installation of the libraries, and the files with which other builds find them. The directories that build the
 # programs, the state library and the parts of the emulated host install them.
 include(CMakePackageConfigHelpers)
 
-# A program needs the component `library` to run, and `development` to be built.
+# A program needs the component `library` to run, and `config` if it uses libqvs-config; both need `development` to be
+# built.
 install(TARGETS qvs
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
+install(TARGETS qvs-config
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT config NAMELINK_COMPONENT development)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qvs DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-    COMPONENT development FILES_MATCHING PATTERN *.h)
+    COMPONENT development FILES_MATCHING PATTERN *.h PATTERN *.hpp)
 
-# CMake: find_package(qvs 1 CONFIG REQUIRED), target_link_libraries(tool PRIVATE qvs::qvs)
+# CMake: find_package(qvs 1 CONFIG REQUIRED), target_link_libraries(tool PRIVATE qvs::qvs), or qvs::config
 # There are two configuration files. The installed one uses paths relative to itself, so that the prefix can be chosen
 # at install time. The other one is in the root of the build tree, where -D CMAKE_PREFIX_PATH and -D qvs_DIR find it.
 set(QVS_AS_INSTALLED ${CMAKE_BINARY_DIR}/CMakeFiles/as-installed)
@@ -31,11 +34,15 @@ set(QVS_PC_PREFIX "\${pcfiledir}/${up}")
 set(QVS_PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
 set(QVS_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
 configure_file(cmake/qvs.pc.in ${QVS_AS_INSTALLED}/qvs.pc @ONLY)
-install(FILES ${QVS_AS_INSTALLED}/qvs.pc DESTINATION ${QVS_PC_DIR} COMPONENT development)
+configure_file(cmake/qvs-config.pc.in ${QVS_AS_INSTALLED}/qvs-config.pc @ONLY)
+install(FILES ${QVS_AS_INSTALLED}/qvs.pc ${QVS_AS_INSTALLED}/qvs-config.pc
+    DESTINATION ${QVS_PC_DIR} COMPONENT development)
 
 set(QVS_PC_PREFIX ${CMAKE_BINARY_DIR})
 set(QVS_PC_LIBDIR ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 set(QVS_PC_INCLUDEDIR ${PROJECT_SOURCE_DIR}/include)
 configure_file(cmake/qvs.pc.in ${CMAKE_BINARY_DIR}/pkgconfig/qvs.pc @ONLY)
+configure_file(cmake/qvs-config.pc.in ${CMAKE_BINARY_DIR}/pkgconfig/qvs-config.pc @ONLY)
 
 install(FILES docs/man/libqvs.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT development)
+install(FILES docs/man/libqvs-config.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)

@@ -49,7 +49,7 @@ typedef struct QVSConfig_Report QVSConfig_Report;
 typedef struct QVSConfig_Entry {
     uint32_t kind;      /* QVSCONFIG_ERROR and the constants after it */
     uint32_t line;      /* place in the document, from 1; 0 when there is none */
-    uint32_t column;    /* in characters, from 1; 0 when there is none */
+    uint32_t column;    /* in bytes, from 1; 0 when there is none */
     const char *path;   /* the object or member: "switches.sw1.ports.web.vlan.id"; empty for the host */
     const char *text;   /* the error or warning in words; empty for a change */
     const char *before; /* value on the host; empty when there is none */

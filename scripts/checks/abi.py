@@ -19,7 +19,9 @@ PROGRAM = """\
 #define KEY(key, scope, propType) printf("key %%s: scope %%u, class %%u\\n", key, scope, (unsigned)(propType));
 int main(void) {
 %(body)s
+#ifdef QVS_KEYS
     QVS_KEYS(KEY)
+#endif
     return 0;
 }
 """
@@ -29,13 +31,15 @@ def run(*command, **options):
     return subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE, **options).stdout
 
 
-def functions(includes, include, imported):
+def functions(includes, include, headers, imported):
     """'export' lines, and 'import' lines for the functions that a header declares and the library needs."""
+    names = {header.name for header in headers}
     rows = run("gcc", "-std=c99", "-x", "c", "-", f"-I{include}", "-fsyntax-only", "-aux-info", "/dev/stdout",
                input=includes)
     for header, result, name, arguments in re.findall(
             r"^/\* \S*/qvs/([\w.]+):.*?\*/ extern (.*?[ *])(\w+) (\(.*\));$", rows, re.MULTILINE):
-        yield f"{'import' if header == imported else 'export'} {name}: {result.strip()} {arguments}"
+        if header in names:
+            yield f"{'import' if header == imported else 'export'} {name}: {result.strip()} {arguments}"
 
 
 def statements(text):
@@ -65,4 +69,4 @@ def describe(headers, imported, scratch):
     body = "\n".join(f"    {line}" for text in texts for line in statements(text))
     run("gcc", "-std=c99", "-x", "c", "-", f"-I{include}", "-o", f"{scratch}/abi",
         input=PROGRAM % {"includes": includes, "body": body})
-    return sorted([*functions(includes, include, imported), *run(f"{scratch}/abi").splitlines()])
+    return sorted([*functions(includes, include, headers, imported), *run(f"{scratch}/abi").splitlines()])
