@@ -105,10 +105,12 @@ def main():
     unread.process.stdout.close()
     expect("closed pipe", unread.process.wait(PATIENCE), 128 + signal.SIGPIPE)
 
-    host("stop")
     for failure in failures:
         print(f"monitor: {failure}")
     return 1 if failures else 0
 
 
-sys.exit(main())
+try:
+    sys.exit(main())
+finally:
+    host("stop")
