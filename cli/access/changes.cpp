@@ -60,13 +60,13 @@ std::optional<std::string_view> orNull(const std::string &text) {
 void appendMembers(fmt::memory_buffer &out, std::optional<std::string_view> path, std::string_view word,
                    std::optional<std::string_view> before, std::optional<std::string_view> after) {
     out.append(std::string_view("\"path\":"));
-    appendJson(out, path);
+    cli::appendJson(out, path);
     out.append(std::string_view(",\"change\":"));
-    appendJson(out, word);
+    cli::appendJson(out, word);
     out.append(std::string_view(",\"before\":"));
-    appendJson(out, before);
+    cli::appendJson(out, before);
     out.append(std::string_view(",\"after\":"));
-    appendJson(out, after);
+    cli::appendJson(out, after);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "access/settle.h"
 #include "access/wanted.h"
 #include "commands/nouns.h"
+#include "config/apply/apply.h"
 #include "config/library/host.h"
 #include "config/library/snapshot.h"
 #include "tool/failure.h"

@@ -119,7 +119,9 @@ HYP_ReturnStatus QVSConfig_Compare(const char *text, size_t length, uint32_t fla
         if (const HYP_ReturnStatus status = load(entries); status != HYP_OK) return status;
         if (!checkReferences(entries, document, flags)) return HYP_BAD_PARAM;
         std::vector<std::string> warnings;
-        const std::vector<Change> changes = changesFor(document, optionsOf(flags, 0), warnings);
+        const bool prune = (flags & QVSCONFIG_PRUNE) != 0;
+        const std::vector<Change> changes =
+            compare(documentOfHost(document, prune, warnings), document, prune);
         addWarnings(entries, warnings);
         addAll(entries, changes);
         return HYP_OK;
