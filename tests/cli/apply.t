@@ -90,34 +90,34 @@ A run that was killed is undone by the next one that changes anything; reading d
 
 Of two at once the second waits, or is refused.
 
-  $ sed 's/13/14/' doc.yaml >other.yaml; qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 1500; (qvs apply doc.yaml --yes >log & sleep 0.3; qvs apply other.yaml --yes --timeout 1 2>&1 | grep -o 'did not end.*'; qvs apply other.yaml --yes | tail -1; wait); qvs port vlan get sw1 web | grep VLAN
+  $ sed 's/13/14/' doc.yaml >other.yaml; qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 1500; (qvs apply doc.yaml --yes >log & sleep 0.3; qvs apply other.yaml --yes --timeout 1 2>&1 | grep -o 'did not end.*'; qvs apply other.yaml --yes | tail -1; wait); qvs port vlan get sw1 web | grep ^id
   did not end within 1 s; --timeout SECONDS waits longer
   sw1/web: changed
-  VLAN:      14
+  id:        14
 
 What is not confirmed in time is undone. Meanwhile nothing else is changed.
 
   $ qvs confirm
   qvs: nothing waits to be confirmed
   ? 3
-  $ qvs apply doc.yaml --yes --confirm 2 | tail -1; qvs port add sw1 x 2>&1 | sed 's/for [0-9]* s/for N s/'; sleep 2.5; qvs port vlan get sw1 web | grep VLAN; qvs apply --recover
+  $ qvs apply doc.yaml --yes --confirm 2 | tail -1; qvs port add sw1 x 2>&1 | sed 's/for [0-9]* s/for N s/'; sleep 2.5; qvs port vlan get sw1 web | grep ^id; qvs apply --recover
   qvs: 'qvs confirm' keeps this; otherwise it is undone in 2 s
   sw1/web: changed
   qvs: a change waits to be confirmed, for N s more; 'qvs confirm' keeps it, 'qvs apply --recover' undoes it
-  VLAN:      14
+  id:        14
   nothing to undo
-  $ qvs apply doc.yaml --yes --confirm 100 | tail -1; qvs confirm; qvs port vlan get sw1 web | grep VLAN; qvs confirm
+  $ qvs apply doc.yaml --yes --confirm 100 | tail -1; qvs confirm; qvs port vlan get sw1 web | grep ^id; qvs confirm
   qvs: 'qvs confirm' keeps this; otherwise it is undone in 100 s
   sw1/web: changed
   confirmed
-  VLAN:      13
+  id:        13
   qvs: nothing waits to be confirmed
   ? 3
-  $ qvs apply other.yaml --yes --confirm 100 | tail -1; qvs apply --recover; qvs port vlan get sw1 web | grep VLAN
+  $ qvs apply other.yaml --yes --confirm 100 | tail -1; qvs apply --recover; qvs port vlan get sw1 web | grep ^id
   qvs: 'qvs confirm' keeps this; otherwise it is undone in 100 s
   sw1/web: changed
   undone
-  VLAN:      13
+  id:        13
 
 A batch that is atomic has the same way back; one that keeps going reports what fails.
 
@@ -129,14 +129,14 @@ A batch that is atomic has the same way back; one that keeps going reports what 
   qvs: line 4: switch 'sw1': port 'up': Already exists (0xbad0005)
   qvs: all lines were undone
   ? 4
-  $ qvs switch list --names; qvs port list sw1 --names; qvs port vlan get sw1 web | grep VLAN
+  $ qvs switch list --names; qvs port list sw1 --names; qvs port vlan get sw1 web | grep ^id
   sw1
   up
   more
   new
   db
   web
-  VLAN:      13
+  id:        13
   $ printf '%s\n' 'port add sw1 y' 'switch refresh-numa sw1' | qvs batch --atomic -
   qvs: line 2: qvs switch refresh-numa cannot be undone
   ? 2

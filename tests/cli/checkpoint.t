@@ -31,7 +31,15 @@ A checkpoint keeps switches as a document; a rollback changes what differs, and 
   - switches.sw1.ports.extra
   ? 4
   $ qvs checkpoint diff first --dir cp/points --json
-  [{"path":"switches.sw1.host.macLearning","change":"removed","before":"{aging: 77, limit: 65536}","after":null},{"path":"switches.sw1.ports.port0.vlan","change":"changed","before":"{id: 10}","after":"{}"},{"path":"switches.sw1.ports.port1","change":"added","before":null,"after":null},{"path":"switches.sw1.ports.port1.connectId","change":"added","before":null,"after":"1"},{"path":"switches.sw1.ports.port1.blocked","change":"added","before":null,"after":"off"},{"path":"switches.sw1.ports.port1.vlan","change":"added","before":null,"after":"{}"},{"path":"switches.sw1.ports.extra","change":"removed","before":null,"after":null}]
+  [
+  {"change":"removed","switch":"sw1","port":null,"host":true,"member":"macLearning","property":null,"before":{"aging": 77, "limit": 65536},"after":null,"conflict":false},
+  {"change":"changed","switch":"sw1","port":"port0","host":false,"member":"vlan","property":null,"before":{"id": 10, "private": false},"after":{"id": 0, "private": false},"conflict":false},
+  {"change":"added","switch":"sw1","port":"port1","host":false,"member":null,"property":null,"before":null,"after":null,"conflict":false},
+  {"change":"added","switch":"sw1","port":"port1","host":false,"member":"connectId","property":null,"before":null,"after":1,"conflict":false},
+  {"change":"added","switch":"sw1","port":"port1","host":false,"member":"blocked","property":null,"before":null,"after":false,"conflict":false},
+  {"change":"added","switch":"sw1","port":"port1","host":false,"member":"vlan","property":null,"before":null,"after":{"id": 0, "private": false},"conflict":false},
+  {"change":"removed","switch":"sw1","port":"extra","host":false,"member":null,"property":null,"before":null,"after":null,"conflict":false}
+  ]
   ? 4
   $ qvs checkpoint rollback first --dir cp/points --dry-run >plan; qvs checkpoint diff first --dir cp/points | diff - plan && echo same
   same
@@ -52,7 +60,25 @@ A checkpoint keeps switches as a document; a rollback changes what differs, and 
   nothing to change
   $ qvs switch destroy sw1; qvs checkpoint rollback first --dir cp/points --yes --json; qvs checkpoint diff first --dir cp/points; qvs port list sw1 --names
   sw1: changed
-  {"outcome":"applied","changes":[{"path":"switches.sw1","change":"added","before":null,"after":null},{"path":"switches.sw1.id","change":"added","before":null,"after":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00"},{"path":"switches.sw1.portset","change":"added","before":null,"after":"sw1"},{"path":"switches.sw1.version","change":"added","before":null,"after":"105"},{"path":"switches.sw1.opaque","change":"added","before":null,"after":"off"},{"path":"switches.sw1.maxPorts","change":"added","before":null,"after":"128"},{"path":"switches.sw1.uplinks","change":"added","before":null,"after":"[uplink0]"},{"path":"switches.sw1.ports.port0","change":"added","before":null,"after":null},{"path":"switches.sw1.ports.port0.connectId","change":"added","before":null,"after":"1"},{"path":"switches.sw1.ports.port0.blocked","change":"added","before":null,"after":"off"},{"path":"switches.sw1.ports.port0.vlan","change":"added","before":null,"after":"{}"},{"path":"switches.sw1.ports.port1","change":"added","before":null,"after":null},{"path":"switches.sw1.ports.port1.connectId","change":"added","before":null,"after":"1"},{"path":"switches.sw1.ports.port1.blocked","change":"added","before":null,"after":"off"},{"path":"switches.sw1.ports.port1.vlan","change":"added","before":null,"after":"{}"},{"path":"switches.sw1.ports.uplink0.vlan","change":"added","before":null,"after":"{trunk: [1-4094]}"}]}
+  {"outcome":"applied","changes":[
+  {"change":"added","switch":"sw1","port":null,"host":false,"member":null,"property":null,"before":null,"after":null,"conflict":false},
+  {"change":"added","switch":"sw1","port":null,"host":false,"member":"id","property":null,"before":null,"after":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","conflict":false},
+  {"change":"added","switch":"sw1","port":null,"host":false,"member":"portset","property":null,"before":null,"after":"sw1","conflict":false},
+  {"change":"added","switch":"sw1","port":null,"host":false,"member":"version","property":null,"before":null,"after":105,"conflict":false},
+  {"change":"added","switch":"sw1","port":null,"host":false,"member":"opaque","property":null,"before":null,"after":false,"conflict":false},
+  {"change":"added","switch":"sw1","port":null,"host":false,"member":"maxPorts","property":null,"before":null,"after":128,"conflict":false},
+  {"change":"added","switch":"sw1","port":null,"host":false,"member":"uplinks","property":null,"before":null,"after":[{"name": "uplink0", "port": "uplink0"}],"conflict":false},
+  {"change":"added","switch":"sw1","port":"port0","host":false,"member":null,"property":null,"before":null,"after":null,"conflict":false},
+  {"change":"added","switch":"sw1","port":"port0","host":false,"member":"connectId","property":null,"before":null,"after":1,"conflict":false},
+  {"change":"added","switch":"sw1","port":"port0","host":false,"member":"blocked","property":null,"before":null,"after":false,"conflict":false},
+  {"change":"added","switch":"sw1","port":"port0","host":false,"member":"vlan","property":null,"before":null,"after":{"id": 0, "private": false},"conflict":false},
+  {"change":"added","switch":"sw1","port":"port1","host":false,"member":null,"property":null,"before":null,"after":null,"conflict":false},
+  {"change":"added","switch":"sw1","port":"port1","host":false,"member":"connectId","property":null,"before":null,"after":1,"conflict":false},
+  {"change":"added","switch":"sw1","port":"port1","host":false,"member":"blocked","property":null,"before":null,"after":false,"conflict":false},
+  {"change":"added","switch":"sw1","port":"port1","host":false,"member":"vlan","property":null,"before":null,"after":{"id": 0, "private": false},"conflict":false},
+  {"change":"added","switch":"sw1","port":"uplink0","host":false,"member":"vlan","property":null,"before":null,"after":{"id": 0, "private": false, "trunk": ["1-4094"]},"conflict":false}
+  ]
+  }
   uplink0
   port0
   port1

@@ -100,11 +100,11 @@ Bad documents.
   qvs: file '-': more than 67108864 bytes, which is all that fits
   ? 2
   $ qvs diff wanted --switch
-  qvs: --switch: 1 required SWITCH missing
+  qvs: --switch requires SWITCH
   qvs: usage: qvs diff FILE [--prune] [--switch SWITCH]... [--strict]
   ? 2
   $ qvs schema --json
-  qvs: --json: qvs schema has none
+  qvs: qvs schema has no JSON; call it without --json
   ? 2
   $ qvs schema | jq -c '.["$defs"].port.properties.vlan.properties.id, .["$defs"].host.properties.macLearning.properties.aging'
   {"description":"VLAN of the port; 0 for none.","type":"integer","minimum":0,"maximum":4094,"default":0}

@@ -458,7 +458,7 @@ Help and completion.
   usage: qvs port vlan set SWITCH PORT [--id N] [--private STATE] [--trunk VLANS,...] [--priority N] [--reset] [--strict]
   
     change the VLANs of a port
-    A member that is not given keeps its value. clear stores a policy without VLANs when the port has a policy, and changes nothing otherwise.
+    A member that is not given keeps its value. A trunk without ranges is one of all VLANs. clear stores a policy without VLANs when the port has a policy, and changes nothing otherwise.
   
   arguments:
     SWITCH  alias of the switch
