@@ -31,7 +31,8 @@ void exportSwitches(const Arguments &arguments, Output &out) {
 // --- diff ---
 
 void diff(const Arguments &arguments, Output &out) {
-    const std::vector<config::Change> changes = compareWithHost(readWanted(arguments), comparisonOf(arguments));
+    const std::vector<config::Change> changes =
+        compareWithHost(readWanted(arguments), comparisonOf(arguments));
     if (out.json()) {
         printJson(changes, out);
     } else {

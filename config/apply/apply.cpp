@@ -2,6 +2,7 @@
 #include "config/apply/apply.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "config/document/export.h"
@@ -67,10 +68,13 @@ ApplyResult carryOut(const Document &wanted, const ApplyOptions &options, const 
         result.outcome = ApplyResult::Outcome::Applied;
     } catch (const Failure &failure) {
         result.problem = failure.message;
-        result.undone = transaction.undo();
-        result.outcome =
-            result.undone.complete() ? ApplyResult::Outcome::Undone : ApplyResult::Outcome::NotUndone;
+    } catch (const std::exception &error) {
+        result.problem = error.what();
     }
+    if (result.outcome == ApplyResult::Outcome::Applied) return result;
+    result.undone = transaction.undo();
+    result.outcome =
+        result.undone.complete() ? ApplyResult::Outcome::Undone : ApplyResult::Outcome::NotUndone;
     return result;
 }
 

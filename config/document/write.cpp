@@ -18,12 +18,18 @@ namespace {
 enum class Format { Yaml, Json };
 
 // What is to be written, with its scalars and keys in their final form.
+struct Keyed;
 struct Item {
     enum class Kind { Scalar, Sequence, Mapping };
     Kind kind = Kind::Mapping;
     bool spread = false;  // each entry has lines of its own
     std::string text;
-    std::vector<std::pair<std::string, Item>> items;  // of a list: without keys
+    std::vector<Keyed> items;
+};
+// The key is empty in a list.
+struct Keyed {
+    std::string key;
+    Item content;
 };
 
 // --- from the document to items ---
@@ -45,7 +51,7 @@ class Maker {
     std::string scalar(const Member &member, const Value &value) const;
     Item record(std::span<const Member> members, const Value &value) const;
     void add(Item &to, std::string_view key, Item item) const {
-        to.items.emplace_back(quoted(key), std::move(item));
+        to.items.push_back({quoted(key), std::move(item)});
     }
     template <typename Entry>
     void addIdentity(Item &to, std::span<const IdentityMember<Entry>> members, const Entry &entry) const;
@@ -77,7 +83,7 @@ Item Maker::value(const Member &member, const Value &value) const {
         Item list;
         list.kind = Item::Kind::Sequence;
         for (const Value &each : value.list())
-            list.items.emplace_back(std::string(), this->value(member, each));
+            list.items.push_back({std::string(), this->value(member, each)});
         return list;
     }
     if (value.isRecord()) return record(member.members, value);
@@ -117,8 +123,8 @@ void Maker::addPart(Item &to, const Part &part, Scope scope) const {
     properties.spread = true;
     for (const RawProperty &property : part.properties) {
         const bool usual = property.classes == usualClasses(scope, property.key);
-        properties.items.emplace_back(name(property.key), usual ? value(kShortPropertyMember, property.value)
-                                                                : value(kPropertyMember, valueOf(property)));
+        properties.items.push_back({name(property.key), usual ? value(kShortPropertyMember, property.value)
+                                                              : value(kPropertyMember, valueOf(property))});
     }
     add(to, kProperties, std::move(properties));
 }
@@ -127,10 +133,10 @@ Item Maker::ofUplinks(const std::vector<UplinkEntry> &uplinks) const {
     Item list;
     list.kind = Item::Kind::Sequence;
     for (const UplinkEntry &uplink : uplinks)
-        list.items.emplace_back(std::string(),
-                                uplink.name == uplink.port
-                                    ? value(kShortUplinkMember, uplink.name)
-                                    : record(kUplinkMember.members, valueOf({uplink}).list()[0]));
+        list.items.push_back(
+            {std::string(), uplink.name == uplink.port
+                                ? value(kShortUplinkMember, uplink.name)
+                                : record(kUplinkMember.members, valueOf({uplink}).list()[0])});
     return list;
 }
 
@@ -151,7 +157,7 @@ Item Maker::ofSwitch(const SwitchEntry &entry) const {
         made.spread = true;
         addIdentity(made, portMembers(), port);
         addPart(made, port.part, Scope::Port);
-        ports.items.emplace_back(name(port.id), std::move(made));
+        ports.items.push_back({name(port.id), std::move(made)});
     }
     if (!ports.items.empty()) add(mapping, kPorts, std::move(ports));
     return mapping;
@@ -161,7 +167,7 @@ Item Maker::document(const Document &document) const {
     Item switches;
     switches.spread = true;
     for (const SwitchEntry &entry : document.switches)
-        switches.items.emplace_back(name(entry.alias), ofSwitch(entry));
+        switches.items.push_back({name(entry.alias), ofSwitch(entry)});
     Item all;
     all.spread = true;
     add(all, kSwitches, std::move(switches));
@@ -183,8 +189,8 @@ bool appendLine(std::string &out, const Item &item, size_t most) {
     out += list ? '[' : '{';
     for (size_t i = 0; i < item.items.size(); i++) {
         if (i > 0) out += ", ";
-        if (!list) out += item.items[i].first + ": ";
-        if (!appendLine(out, item.items[i].second, most)) return false;
+        if (!list) out += item.items[i].key + ": ";
+        if (!appendLine(out, item.items[i].content, most)) return false;
     }
     out += list ? ']' : '}';
     return out.size() <= most;
@@ -263,13 +269,13 @@ Item itemOf(const Value &value) {
     Item item;
     if (value.isRecord()) {
         for (const NamedValue &member : value.members())
-            item.items.emplace_back(quotedForJson(member.name), itemOf(member.value));
+            item.items.push_back({quotedForJson(member.name), itemOf(member.value)});
         return item;
     }
     if (value.isList()) {
         item.kind = Item::Kind::Sequence;
         for (const Value &each : value.list())
-            item.items.emplace_back(std::string(), itemOf(each));
+            item.items.push_back({std::string(), itemOf(each)});
         return item;
     }
     item.kind = Item::Kind::Scalar;

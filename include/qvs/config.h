@@ -8,8 +8,8 @@
  * from before the call are void. The functions may be called from one thread at a time.
  *
  * Reports: a function that takes `report` stores a report there, on success and on failure, unless it returns
- * HYP_BAD_PARAM for a null argument or HYP_NO_MEMORY; it stores null then. The caller releases the report with
- * QVSConfig_FreeReport. `report` may be null when the caller does not want it.
+ * HYP_BAD_PARAM for a null argument or HYP_NO_MEMORY; it stores null then. The caller releases the report
+ * with QVSConfig_FreeReport. `report` may be null when the caller does not want it.
  *
  * Example, without the checks of the statuses:
  *
@@ -65,8 +65,8 @@ QVS_API void QVSConfig_FreeReport(QVSConfig_Report *report);
 /* Returns the number of entries of a report; 0 for null. */
 QVS_API uint32_t QVSConfig_CountEntries(const QVSConfig_Report *report);
 
-/* Reads one entry of a report into entry, owned by the caller. HYP_BAD_PARAM: a pointer is null. HYP_NOT_FOUND:
- * index is not below the number of entries. */
+/* Reads one entry of a report into entry, owned by the caller. HYP_BAD_PARAM: a pointer is null.
+ * HYP_NOT_FOUND: index is not below the number of entries. */
 QVS_API HYP_ReturnStatus QVSConfig_GetEntry(const QVSConfig_Report *report, uint32_t index,
                                             QVSConfig_Entry *entry);
 
@@ -118,10 +118,10 @@ QVS_API HYP_ReturnStatus QVSConfig_Compare(const char *text, size_t length, uint
  *   confirmSeconds  0, or the time in which QVSConfig_Confirm must be called; the change is undone otherwise
  *   report          receives the changes that were made, or the errors
  *
- * HYP_BAD_PARAM: as in QVSConfig_Compare; nothing was changed. HYP_EXISTS: another process holds the lock of the
- * host, or a change waits for its confirmation; nothing was changed. HYP_FAILURE: the undo failed as well; the
- * report names what is left, and QVSConfig_Recover goes on. Any other failure is the status of the step that
- * failed, after everything was undone.
+ * HYP_BAD_PARAM: as in QVSConfig_Compare; nothing was changed. HYP_EXISTS: another process holds the lock of
+ * the host, or a change waits for its confirmation; nothing was changed. HYP_FAILURE: the undo failed as
+ * well; the report names what is left, and QVSConfig_Recover goes on. Any other failure is the status of the
+ * step that failed, after everything was undone.
  */
 QVS_API HYP_ReturnStatus QVSConfig_Apply(const char *text, size_t length, uint32_t flags,
                                          uint32_t confirmSeconds, QVSConfig_Report **report);
@@ -129,8 +129,8 @@ QVS_API HYP_ReturnStatus QVSConfig_Apply(const char *text, size_t length, uint32
 /* Keeps the change that waits for its confirmation. HYP_NOT_FOUND: no change is waiting. */
 QVS_API HYP_ReturnStatus QVSConfig_Confirm(void);
 
-/* Undoes a change that was interrupted, or that waits for its confirmation. HYP_NOT_FOUND: there is nothing to
- * undo. HYP_FAILURE: something could not be undone; the report names it, and the journal is kept. */
+/* Undoes a change that was interrupted, or that waits for its confirmation. HYP_NOT_FOUND: there is nothing
+ * to undo. HYP_FAILURE: something could not be undone; the report names it, and the journal is kept. */
 QVS_API HYP_ReturnStatus QVSConfig_Recover(QVSConfig_Report **report);
 
 QVS_EXTERN_C_END

@@ -85,8 +85,9 @@ inline Report validate(std::string_view text) {
         [&](QVSConfig_Report **report) { return QVSConfig_Validate(text.data(), text.size(), report); });
 }
 inline Report compare(std::string_view text, uint32_t flags = 0) {
-    return detail::required(
-        [&](QVSConfig_Report **report) { return QVSConfig_Compare(text.data(), text.size(), flags, report); });
+    return detail::required([&](QVSConfig_Report **report) {
+        return QVSConfig_Compare(text.data(), text.size(), flags, report);
+    });
 }
 inline Report apply(std::string_view text, uint32_t flags = 0, uint32_t confirmSeconds = 0) {
     return detail::required([&](QVSConfig_Report **report) {
