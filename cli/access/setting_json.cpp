@@ -27,7 +27,9 @@ Value readJson(const Member &member, const Json &json, const std::string &path);
 Value readRecord(const Member &member, const Json &json, const std::string &path) {
     if (!json.is_object()) refuse(path, json, member);
     Value record = config::Members{};
-    for (const auto &[key, value] : json.items()) {
+    for (const auto &entry : json.items()) {
+        const std::string &key = entry.key();
+        const Json &value = entry.value();
         const std::string at = fmt::format("{}: {}", path, shown(key));
         const auto found =
             std::ranges::find_if(member.members, [&](const Member &each) { return key == each.name; });
