@@ -173,6 +173,7 @@ void printTable(Output &out, const LayoutFields &fields, const std::vector<Field
     std::vector<std::string> headings;
     addHeadings(fields, group, headings);
     std::vector<Column> columns;
+    columns.reserve(headings.size());
     for (const std::string &heading : headings)
         columns.push_back({nullptr, heading.c_str()});
     Listing listing(out, columns);

@@ -139,7 +139,7 @@ std::string commandHelp(const Command &command) {
     const Shape shape = shapeOf(command);
     std::string text = fmt::format("usage: {}\n\n  {}\n", usageLine(command), shape.summary);
     if (shape.details != nullptr) text += fmt::format("  {}\n", shape.details);
-    if (shape.arguments.size() > 0) {
+    if (!shape.arguments.empty()) {
         text += "\narguments:\n";
         std::vector<std::pair<std::string, std::string>> lines;
         for (const Argument &argument : shape.arguments)

@@ -157,9 +157,29 @@ class Planner {
     void planSetting(const Change &change) {
         for (const char *key : change.setting->keys)
             record(change, key);
-        if (change.kind == Change::Kind::Removed)
-            return add(Stage::Removals, change, [&change] { return clearSetting(change); });
-        add(Stage::Contents, change, [&change] { return storeSetting(change); });
+        if (change.kind != Change::Kind::Removed) {
+            add(Stage::Contents, change, [&change] { return storeSetting(change); });
+        } else {
+            // Nothing refers to the setting of a port, and others may repeat a part of it.
+            add(change.scope == Scope::Port ? Stage::Contents : Stage::Removals, change,
+                [&change] { return clearSetting(change); });
+        }
+        if (change.scope == Scope::Port) storeRepeating(change);
+    }
+
+    // Stores again what repeats a part of a setting that changes.
+    void storeRepeating(const Change &change) {
+        const PortEntry *port = wanted_.findSwitch(change.alias)->findPort(change.port);
+        for (const Setting *setting : settings()) {
+            const Value *value = port == nullptr ? nullptr : port->part.find(*setting);
+            if (value == nullptr || setting->repeats != change.setting) continue;
+            Change again = change;
+            again.setting = setting;
+            again.after = completed(*setting, *value);
+            for (const char *key : setting->keys)
+                record(again, key);
+            add(Stage::Contents, again, [again] { return storeSetting(again); });
+        }
     }
 
     void planProperty(const Change &change) {

@@ -35,6 +35,7 @@ HYP_ReturnStatus orAbsent(HYP_ReturnStatus status) {
 
 Blob listOf(const std::vector<UplinkEntry> &uplinks, std::string UplinkEntry::*name, size_t entrySize) {
     std::vector<std::string> names;
+    names.reserve(uplinks.size());
     for (const UplinkEntry &uplink : uplinks)
         names.push_back(uplink.*name);
     return packList(names, entrySize);

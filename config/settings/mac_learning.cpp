@@ -185,6 +185,7 @@ const Setting kPortMacLearning = {
     .details =
         "By default, learning and flooding are off, and frames beyond 4096 addresses are allowed. The record "
         "also notes whether the security of the port allows it to change its MAC address.",
+    .repeats = &kSecurity,
     .decode = decodePort,
     .encode = encodePort,
     .read = readPort,

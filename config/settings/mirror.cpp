@@ -178,6 +178,7 @@ std::string problemOfSessions(const Value &value) {
 }
 
 // Addresses and VLAN ids may be written in several ways.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the table has one type for all
 Value canonical(Value value) {
     List sessions = value.list();
     for (Value &session : sessions) {

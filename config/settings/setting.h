@@ -50,6 +50,10 @@ struct Setting {
     const char *since = "1.0";        // the version of qvs that came with it
     const char *content = "enabled";  // in the tool: what a value of one member is called
 
+    // A setting of the same port of which the record repeats a part, so that it is stored again when that one
+    // changes.
+    const Setting *repeats = nullptr;
+
     // Puts members in the one form in which decode gives them back; null when completed() needs no help.
     Value (*canonical)(Value value) = nullptr;
     // Returns what is wrong with members that depend on one another ("private requires id"), or an empty

@@ -113,6 +113,17 @@ TEST(Apply, SecondChangesNothing) {
     EXPECT_FALSE(hasJournal());
 }
 
+// What is stored of MAC learning repeats a part of the security of the port, whatever the order of the
+// changes.
+TEST(Apply, StoresAgainWhatRepeatsAnotherSetting) {
+    for (const char *security : {"security: {macChange: allow}", "security: {macChange: deny}", ""}) {
+        const std::string text =
+            std::string("switches: {sw1: {ports: {p: {macLearning: {learning: on}, ") + security + "}}}}";
+        EXPECT_EQ(applyText(text.c_str()).outcome, Outcome::Applied) << text;
+        EXPECT_EQ(applyText(text.c_str()).outcome, Outcome::Unchanged) << text;
+    }
+}
+
 struct Way {
     const char *match;
     const char *action;
