@@ -81,6 +81,7 @@ std::string suggestion(std::string_view text, std::span<const std::string_view> 
 }
 
 void ValueReader::report(const Node &node, const Path &path, std::string text) {
+    faults_++;
     if (node.kind == Node::Kind::Refused || problems_.size() > kMostProblems) return;
     const bool last = problems_.size() == kMostProblems;
     problems_.push_back({std::string(origin_), node.line, node.column, last ? std::string() : path.text(),

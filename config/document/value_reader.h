@@ -33,7 +33,9 @@ class ValueReader {
         : origin_(origin), problems_(problems) {}
 
     void report(const Node &node, const Path &path, std::string text);
-    size_t problems() const { return problems_.size(); }
+    // The number of problems so far, with those that are not listed: of nodes that were refused before, and
+    // beyond the most that a list has.
+    size_t problems() const { return faults_; }
 
     // Reads the value of a member, a list when it is one. Absent when there was a problem.
     Value read(const Member &member, const Node &node, const Path &path);
@@ -64,6 +66,7 @@ class ValueReader {
 
     std::string_view origin_;
     std::vector<Problem> &problems_;
+    size_t faults_ = 0;
 };
 
 }  // namespace qvs::config

@@ -43,6 +43,8 @@ const ProblemRow kProblems[] = {
     {"switches:\n\x04", "f:2:1: the control character 0x04 is not allowed"},
     {"switches: {\"\\q\": {}}\n", "f:1:15: unknown escape character: q"},
     {"switches: {\xef\xbf\xbd: {}}\n", "f:1:12: U+FFFD stands for bytes that were lost; write them as \\xHH"},
+    {"switches: {a: {ports: {p: {filter: {flags: [\xef\xbf\xbd]}}}}}\n",
+     "f:1:45: U+FFFD stands for bytes that were lost; write them as \\xHH"},
     // Mappings.
     {"swiches: {}\n",
      "f:1:1: swiches: no such member; did you mean 'switches'?\nf:1:1: 'switches' is missing"},
