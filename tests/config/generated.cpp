@@ -95,7 +95,12 @@ void applyWithFault(const Document &document, Random &random) {
         EXPECT_TRUE(config::recover().complete());
     }
     EXPECT_EQ(config::pendingJournal(), config::Pending::Nothing);
-    if (done) return expectExported(document);
+    if (done) {
+        // libqvs takes a security mask that it could not read for one that denies, and notes that in the
+        // record of MAC learning. The next run finds it.
+        EXPECT_TRUE(apply(document).problem.empty());
+        return expectExported(document);
+    }
     EXPECT_EQ(hostState(), before);
 }
 
