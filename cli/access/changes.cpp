@@ -114,4 +114,13 @@ void printJson(const std::vector<Change> &changes, Output &out) {
     listing.finish();
 }
 
+void printDifference(const std::vector<Change> &changes, Output &out) {
+    if (out.json()) {
+        printJson(changes, out);
+    } else {
+        printText(changes, out);
+    }
+    if (!changes.empty()) out.exitWith(static_cast<int>(Exit::Differs));
+}
+
 }  // namespace qvs::cli

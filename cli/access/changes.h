@@ -23,4 +23,7 @@ void appendNoChangeMembers(fmt::memory_buffer &out, std::string_view word);
 void printText(const std::vector<config::Change> &changes, Output &out);
 void printJson(const std::vector<config::Change> &changes, Output &out);
 
+// Prints changes as text or JSON. The program ends with the status of a difference when there is one.
+void printDifference(const std::vector<config::Change> &changes, Output &out);
+
 }  // namespace qvs::cli

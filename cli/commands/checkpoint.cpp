@@ -100,12 +100,7 @@ Comparison wayBack(const Arguments &arguments) {
 
 void diff(const Arguments &arguments, Output &out) {
     const std::vector<config::Change> changes = compareWithHost(loadDocument(arguments), wayBack(arguments));
-    if (out.json()) {
-        printJson(changes, out);
-    } else {
-        printText(changes, out);
-    }
-    if (!changes.empty()) out.exitWith(static_cast<int>(Exit::Differs));
+    printDifference(changes, out);
 }
 
 void rollback(const Arguments &arguments, Output &out) {

@@ -33,12 +33,7 @@ void exportSwitches(const Arguments &arguments, Output &out) {
 void diff(const Arguments &arguments, Output &out) {
     const std::vector<config::Change> changes =
         compareWithHost(readWanted(arguments), comparisonOf(arguments));
-    if (out.json()) {
-        printJson(changes, out);
-    } else {
-        printText(changes, out);
-    }
-    if (!changes.empty()) out.exitWith(static_cast<int>(Exit::Differs));
+    printDifference(changes, out);
 }
 
 // --- schema ---
