@@ -102,7 +102,7 @@ void getSetting(const Arguments &arguments, Output &out) {
     const bool mayBeAbsent =
         target.place.sw != nullptr && !arguments.given(kStoredOption) && !arguments.given(kKernelOption);
     if (!found && !mayBeAbsent) throw libraryFailure(namedSetting(setting, target), HYP_NOT_FOUND);
-    const Value value = found.value_or(Value());
+    const Value value = found ? *found : Value();
     if (arguments.given(kRaw.name)) return writeRaw(out, arguments.text(kRaw.name), rawBytes(setting, value));
 
     Record record(out);
