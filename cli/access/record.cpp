@@ -2,7 +2,6 @@
 #include "access/record.h"
 
 #include <algorithm>
-#include <iterator>
 #include <string_view>
 
 #include "config/library/snapshot.h"
@@ -12,17 +11,13 @@
 namespace qvs::cli {
 namespace {
 
-// They change what the kernel alone holds, or what is not known before.
-constexpr std::string_view kNotUndone[] = {
-    "livetrace create", "mac add",       "mac remove",          "spf plumb", "spf unplumb", "trace start",
-    "trace clear",      "switch repair", "switch refresh-numa", "uplink up", "uplink down",
-};
-
-bool changesNothingStored(const Call &call) {
+// Whether a call changes something that is not stored in a switch that it names.
+bool changesOther(const Call &call) {
     const Run &run = call.command->run;
-    const bool listed =
-        std::find(std::begin(kNotUndone), std::end(kNotUndone), call.command->words) != std::end(kNotUndone);
-    return listed || (run.touches != nullptr && run.touches(call.arguments).empty());
+    if (run.isLasting) return true;
+    if (run.access != Access::Writes) return false;
+    const bool namesSwitch = call.arguments.given("SWITCH") || call.arguments.given("ALIAS");
+    return !namesSwitch || (run.touches != nullptr && run.touches(call.arguments).empty());
 }
 
 bool isCreated(const config::Recorder &recorder, std::string_view alias) {
@@ -39,9 +34,9 @@ void recordNew(config::Recorder &recorder, const Arguments &arguments) {
 }  // namespace
 
 void recordSwitches(config::Recorder &recorder, const Call &call) {
-    if (call.command->run.access != Access::Writes) return;
     const std::string_view words = call.command->words;
-    if (changesNothingStored(call)) fail(Exit::Usage, "qvs {} cannot be undone", words);
+    if (changesOther(call)) fail(Exit::Usage, "qvs {} cannot be undone", words);
+    if (call.command->run.access != Access::Writes) return;
     const bool creates = call.arguments.given("ALIAS");
     const std::string &name = call.arguments.text(creates ? "ALIAS" : "SWITCH");
     DVSSwitch *sw =

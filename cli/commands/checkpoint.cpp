@@ -122,7 +122,7 @@ const Command kRows[] = {
      .details = "A checkpoint holds what qvs export writes: switches, uplinks, ports, settings and other "
                 "stored properties. It is a file that only its owner may read.",
      .example = "qvs checkpoint save before-upgrade",
-     .run = reads(save)},
+     .run = lasting(reads(save))},
     {.words = "checkpoint list",
      .summary = "print the checkpoints",
      .options = {kDirectory},
@@ -157,7 +157,7 @@ const Command kRows[] = {
      .arguments = {kName},
      .options = {kDirectory},
      .example = "qvs checkpoint remove before-upgrade",
-     .run = local(remove)},
+     .run = lasting(local(remove))},
 };
 
 }  // namespace

@@ -76,7 +76,7 @@ const Command kRows[] = {
                  {"--file", "FILE", "the definition from FILE (- for standard input)", Kind::File}},
      .details = "What a definition means is the kernel's.",
      .example = "qvs livetrace create sw1 port0 --hex 01000000",
-     .run = writes(create, touchedPort)},
+     .run = lasting(writes(create, touchedPort))},
     {.words = "livetrace list",
      .summary = "show the kernel's list of sessions, 705 bytes",
      .more = kListOptions,

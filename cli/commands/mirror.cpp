@@ -12,6 +12,7 @@
 #include "access/setting_json.h"
 #include "access/setting_value.h"
 #include "commands/nouns.h"
+#include "commands/setting_names.h"
 #include "commands/settings.h"
 #include "tool/failure.h"
 #include "tool/output.h"
@@ -96,7 +97,10 @@ MemberValue shownMember(const Member &member, const Value &session) {
 
 void listSessions(const Arguments &arguments, Output &out) {
     const Setting &setting = settingOf(arguments);
-    const List sessions = readSessions(setting, targetOf(setting, arguments));
+    const Target target = targetOf(setting, arguments);
+    if (arguments.given(kStoredOption) && !isStored(storedOf(setting, target.place)))
+        throw libraryFailure(namedSetting(setting, target), HYP_NOT_FOUND);
+    const List sessions = readSessions(setting, target);
     if (arguments.given("--names")) {
         NameList names(out);
         for (const Value &session : sessions)
@@ -258,7 +262,7 @@ const Command kRows[] = {
     {.words = "mirror list",
      .summary = "list the mirror sessions",
      .arguments = {kSwitchArgument},
-     .options = {kPort, kNames},
+     .options = {kPort, kNames, kStored},
      .details = "With --json the list is one that mirror set takes.",
      .example = "qvs mirror list sw1 --port port0",
      .run = reads(listSessions, touchedSessions)},

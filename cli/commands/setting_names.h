@@ -11,6 +11,8 @@
 namespace qvs::cli {
 
 inline constexpr const char *kStoredOption = "--stored";
+inline constexpr Option kStored{kStoredOption, nullptr,
+                                "show the stored value alone; fail when nothing is stored"};
 inline constexpr const char *kKernelOption = "--kernel";
 inline constexpr const char *kResetOption = "--reset";
 inline constexpr const char *kEmptyOption = "--empty";

@@ -15,6 +15,7 @@
 #include "config/settings/references.h"
 
 namespace qvs::cli {
+
 namespace {
 
 using config::Member;
@@ -50,10 +51,8 @@ std::string summaryOf(const Member &member) {
 }
 
 void addGetOptions(Made &made, const Setting &setting) {
-    made.options.push_back({.name = kStoredOption,
-                            .value = nullptr,
-                            .summary = "show the stored value alone; fail when nothing is stored",
-                            .excludes = kKernelOption});
+    made.options.push_back(kStored);
+    if (setting.running != nullptr) made.options.back().excludes = kKernelOption;
     if (setting.running != nullptr)
         made.options.push_back({kKernelOption, nullptr, "ask the running switch, whatever is stored"});
     if (setting.readsById) made.options.push_back(kById);

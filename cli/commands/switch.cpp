@@ -224,7 +224,7 @@ const Command kRows[] = {
          "uplinks, are in no list and are as they were made are removed unless in use. Changes of other runs "
          "wait meanwhile; other programs should make none.",
      .example = "qvs switch repair --dry-run",
-     .run = writes(repair),
+     .run = lasting(writes(repair)),
      .guard = Guard::Everything},
     {.words = "switch list",
      .summary = "list the switches",
@@ -267,7 +267,7 @@ const Command kRows[] = {
      .summary = "have the kernel place the devices of a switch on NUMA nodes anew",
      .arguments = {kSwitchArgument},
      .example = "qvs switch refresh-numa sw1",
-     .run = writes(refreshNuma)},
+     .run = lasting(writes(refreshNuma))},
 };
 
 }  // namespace

@@ -250,13 +250,13 @@ const Command kRows[] = {
      .arguments = {kSwitchArgument, kUplinks},
      .details = kLinkDetails,
      .example = "qvs uplink up sw1 uplink0",
-     .run = writes(takeUp)},
+     .run = lasting(writes(takeUp))},
     {.words = "uplink down",
      .summary = "take uplinks administratively down",
      .arguments = {kSwitchArgument, kUplinks},
      .details = kLinkDetails,
      .example = "qvs uplink down sw1 uplink0",
-     .run = writes(takeDown)},
+     .run = lasting(writes(takeDown))},
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <deque>
+#include <stdexcept>
 
 #include "base/text.h"
 #include "tool/failure.h"
@@ -25,7 +26,9 @@ bool Arguments::given(std::string_view name) const {
 }
 
 const std::string &Arguments::text(std::string_view name) const {
-    return all(name).front();
+    const auto *values = find(name);
+    if (values == nullptr || values->empty()) throw std::logic_error(fmt::format("{} is not given", name));
+    return values->front();
 }
 
 const std::vector<std::string> &Arguments::all(std::string_view name) const {

@@ -81,22 +81,29 @@ struct Run {
     void (*function)(const Arguments &, Output &);
     Touches touches;     // what it changes, and looks at
     bool looksAtSwitch;  // it looks at the whole switch besides
+    bool isLasting;      // what it changes cannot be undone
 
     void operator()(const Arguments &arguments, Output &out) const { function(arguments, out); }
 };
 constexpr Run reads(void (*function)(const Arguments &, Output &), Touches touches = nullptr) {
-    return {Access::Reads, function, touches, false};
+    return {Access::Reads, function, touches, false, false};
 }
 constexpr Run writes(void (*function)(const Arguments &, Output &), Touches touches = nullptr) {
-    return {Access::Writes, function, touches, false};
+    return {Access::Writes, function, touches, false, false};
 }
 // The same command when it looks at the whole switch besides what it touches.
 constexpr Run looking(Run run) {
     run.looksAtSwitch = true;
     return run;
 }
+// The same command when an atomic batch cannot undo it: it changes what only the kernel holds, what is not
+// known before, or a file.
+constexpr Run lasting(Run run) {
+    run.isLasting = true;
+    return run;
+}
 constexpr Run local(void (*function)(const Arguments &, Output &)) {
-    return {Access::Local, function, nullptr, false};
+    return {Access::Local, function, nullptr, false, false};
 }
 
 // What a command takes, and what its help says.

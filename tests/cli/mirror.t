@@ -112,6 +112,7 @@ What the records cannot hold is refused, and nothing stored.
   qvs: usage: qvs mirror add SWITCH SESSION [--port PORT] [--name TEXT] --type TYPE [--snap-length BYTES] [--flags FLAGS,...] [--encap-vlan N] [--sampling-rate N] [--stack STATE] [--destinations TEXT,...] [--sources-in TEXT,...] [--sources-out TEXT,...] [--may-exist] [--strict]
   ? 2
   $ qvs mirror list sw1 --json  => []
+  $ qvs mirror list sw1 --stored  => [3] qvs: switch 'sw1': mirror sessions: Not found (0xbad0003)
   $ codes=; fit() { echo "$1" | qvs mirror set sw1 -; codes="$codes $?"; }; fit '{}'; fit '[1]'; fit '[{"session":"a"}]'; fit '[{"session":"a","type":"mixdst"},{"session":"a","type":"mixdst"}]'; fit '[{"session":"a","type":"mixdst","flags":["b"]}]'; fit '[{"session":"a","type":"mixdst","stack":1}]'; fit '[{"session":"a","type":"mixdst","encapVlan":4095}]'; fit '[{"session":"a","type":"mixdst","more":1}]'; fit '[{"session":"a","type":"mixdst","samplingRate":-1}]'; fit '[{"session":"a","type":"mixdst","wildIn":["vmm"]}]'; fit '[{"session":"a","type":"mixdst"},{"session":"b","type":"ermirror-src","destinations":["x"]}]'; echo $codes
   qvs: file '-': sessions: '{}' is not an array
   qvs: file '-': sessions[0]: '1' is not a mapping
