@@ -7,8 +7,8 @@
 
 namespace qvs::cli {
 
-// Starts this program again with these words when the clock of bootTime() has come so far. The process that
-// waits for that has nothing open, and no terminal. Throws when there can be no process.
+// Starts a process that waits until bootTime() reaches the given time, and then runs this program with these
+// words. The process has no open files and no terminal. Throws when the process cannot be created.
 void runAt(uint64_t time, std::initializer_list<const char *> words);
 
 }  // namespace qvs::cli

@@ -42,7 +42,7 @@ constexpr TypeRow kTypes[] = {
     {"group", LayoutField::Type::Group, 0},
 };
 
-// Where in the file something is wrong: "layout 'x': record mac-entry: field vlan".
+// The place of a problem in the file: "layout 'x': record mac-entry: field vlan".
 template <typename... Values>
 [[noreturn]] void failAt(const std::string &where, fmt::format_string<Values...> format, Values &&...values) {
     fail(Exit::Usage, "{}: {}", where, fmt::format(format, std::forward<Values>(values)...));

@@ -77,11 +77,11 @@ void appendJson(fmt::memory_buffer &out, const FieldValues &values);
 void appendText(fmt::memory_buffer &out, const FieldValue &value);
 void appendText(fmt::memory_buffer &out, const FieldValues &values);
 
-// The layout of a record in a layout file that says so, read when it is first asked for. Throws a usage
-// failure when the file or what it says of the record is wrong.
+// Layouts of records in a file. The file is read at the first use. Throws a usage failure when the file, or
+// the layout of the record, is invalid.
 class LayoutFile;
 const LayoutFile &openLayout(const std::string &path);
-// Null when the file does not describe the record. It stays for the time of the program.
+// Returns null when the file does not describe the record. The layout lives as long as the program.
 const RecordLayout *layoutIn(const LayoutFile &file, const std::string &record);
 
 }  // namespace qvs::cli

@@ -12,8 +12,7 @@
 namespace qvs::cli {
 namespace {
 
-// What fits a line as hexadecimal digits: a short record, and the longest entry of a list that is better read
-// in one line.
+// The number of bytes that one line shows as hexadecimal digits: of a record, and of an entry of a list.
 constexpr size_t kLineBytes = 32;
 constexpr size_t kEntryLineBytes = VSHYP_MAC_ENTRY_SIZE;
 
@@ -54,7 +53,7 @@ void refuseChoice(const Arguments &arguments, std::string_view why) {
     }
 }
 
-// The layout, or null and a remark, unless an option needs it.
+// Returns the layout, or null after a remark. Fails when an option needs the layout.
 const RecordLayout *layoutFor(const Arguments &arguments, const Output &out, const RecordKind &kind,
                               size_t size) {
     static bool remarked = false;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Records that only the kernel defines: fetched with the reason of a failure, and shown by the fields that a
-// layout file names, else as bytes.
+// Records whose format only the kernel defines. They are shown by field when a layout file describes them,
+// and as bytes otherwise.
 #pragma once
 
 #include <cerrno>
@@ -22,7 +22,7 @@ namespace qvs::cli {
 
 using HeapBuffer = std::unique_ptr<void, Releaser<std::free>>;
 
-// What such a call answered.
+// The result of a call that fetches such a record.
 struct Answer {
     HeapBuffer buffer;
     int error = 0;  // why there is no buffer; 0 when no request has failed
@@ -53,7 +53,7 @@ inline Bytes recordIn(const HeapBuffer &buffer, size_t size) {
     return {static_cast<const uint8_t *>(buffer.get()), size};
 }
 
-// What a record is called: by layout files, as a key in JSON, as a label in text.
+// The names of a record: in layout files, as a key in JSON, and as a label in text.
 struct RecordKind {
     const char *name;
     const char *key;
@@ -65,20 +65,19 @@ struct RecordKind {
 std::optional<FieldValues> decoded(const Arguments &arguments, const Output &out, const RecordKind &kind,
                                    Bytes record, std::optional<uint32_t> given = std::nullopt);
 
-// A record as a part of what is shown of an object: its bytes and, under `fieldsKey`, its fields in JSON; in
-// text its fields, else its bytes.
+// Prints a record as a part of an object. JSON has its bytes and, under `fieldsKey`, its fields. Text has its
+// fields, or its bytes when there is no layout.
 void addRecord(Record &shown, Output &out, const RecordKind &kind, const std::optional<Bytes> &bytes,
                const std::optional<FieldValues> &fields, const char *fieldsKey = "fields");
 void addRecord(const Arguments &arguments, Record &shown, Output &out, const RecordKind &kind,
                const std::optional<Bytes> &bytes, const char *fieldsKey = "fields");
-// The fields of a record as fields of what is shown, in text or as members; all but `without`.
+// Prints the fields of a record, except `without`, as fields of the object.
 void addFields(Record &shown, const FieldValues &record, const LayoutField *without = nullptr);
 
-// One record alone; --raw writes its bytes. A group of entries in it is a list that the options of lists
-// select from.
+// Prints one record; --raw writes its bytes. The options of lists apply to the group of entries in it.
 void printRecord(const Arguments &arguments, Output &out, const RecordKind &kind, Bytes record);
 
-// The entries of a list; --raw writes header and entries.
+// Prints the entries of a list; --raw writes the header and the entries.
 void printList(const Arguments &arguments, Output &out, const KernelList &list, const RecordKind &kind,
                std::optional<uint32_t> given = std::nullopt);
 
@@ -110,12 +109,12 @@ struct NumberedPort {
 };
 NumberedPort numberedPort(const Arguments &arguments);
 
-// What such a command looks at, for its row.
+// The paths that such a command reads.
 inline std::vector<std::string> touchedPort(const Arguments &arguments) {
     return {touchedPath({arguments.text("SWITCH"), "port", arguments.text("PORT")})};
 }
 
-// For rows that are about the kernel alone and leave the snapshot as it is.
+// For commands that neither read nor change what the snapshot holds.
 inline std::vector<std::string> touchesNothing(const Arguments &) {
     return {};
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a command may change, recorded so that it can be undone.
+// Records what a command may change, so that the change can be undone.
 #pragma once
 
 #include "config/apply/before.h"
@@ -8,8 +8,8 @@ namespace qvs::cli {
 
 struct Call;
 
-// Records all that is stored of the switches that a call names. Throws a usage failure when it changes what
-// cannot be undone.
+// Records everything that is stored for the switch that a call names. Throws a usage failure when the call
+// makes a change that cannot be undone.
 void recordSwitches(config::Recorder &recorder, const Call &call);
 
 }  // namespace qvs::cli

@@ -37,7 +37,8 @@ std::optional<std::string_view> portsetNameOf(DVSSwitch *sw) {
 
 // --- the kernel's data paths ---
 
-// Neither a switch of the snapshot has it, nor one that the kernel alone knows and names like it.
+// Whether the portset belongs neither to a switch in the snapshot nor to one of the same name that only the
+// kernel has.
 bool isStray(std::string_view portset, const KernelSwitches &kernel) {
     const bool named = kernel.aliases.contains(portset) &&
                        DVSState_SwitchFindByAlias(std::string(portset).c_str()) == nullptr;
@@ -57,7 +58,7 @@ bool holds(const Property &property, const void *bytes, size_t size) {
     return property.value.size() == size && std::memcmp(property.value.data(), bytes, size) == 0;
 }
 
-// As the library makes a port for an uplink, and nobody has changed or used it.
+// Whether the port is one that the library created for an uplink, and neither changed nor used since.
 bool isNewUplinkPort(DVSPort *port) {
     const std::string id = DVS_PortId(port);
     const uint32_t connectId = 1;
@@ -100,7 +101,7 @@ StoredList readList(const Place &place, std::string_view key) {
     return list;
 }
 
-// The name that the alias of a port stands for, which is then no longer to be had; nothing when none is left.
+// Removes the name that is the alias of the port from the list. Returns false when the list does not have it.
 bool takeName(std::vector<std::string> &names, DVSPort *port) {
     std::optional<Property> alias = findProperty(placeOf(port), QVS_KEY_PORT_ALIAS);
     auto it = std::find_if(names.begin(), names.end(), [&](const std::string &name) {
@@ -111,7 +112,7 @@ bool takeName(std::vector<std::string> &names, DVSPort *port) {
     return true;
 }
 
-// One of the two lists, of a switch by its identifier: stored, or removed when there is nothing to list.
+// Stores one of the two lists of a switch, or removes it when it is empty.
 template <auto Set, auto Clear>
 HYP_ReturnStatus storeList(const std::string &id, const char *key, const std::vector<Uplink> &uplinks,
                            std::string Uplink::*member, size_t entrySize) {
@@ -125,7 +126,7 @@ HYP_ReturnStatus storeList(const std::string &id, const char *key, const std::ve
     return status == HYP_NOT_FOUND ? HYP_OK : status;
 }
 
-// Lists first: whatever ends this, running it again goes on.
+// The lists come first, so that a second run can continue after an interruption.
 void mendUplinks(DVSSwitch *sw, const UplinkState &state, const std::string &subject) {
     const std::string id = idOf(sw);
     SignalsHeld held;
@@ -180,7 +181,7 @@ void repairUplinks(Repairs &repairs, DVSSwitch *sw, std::string_view alias) {
 
 void repairSwitch(Repairs &repairs, DVSSwitch *sw, const KernelSwitches &kernel) {
     if (!isVswitch(sw)) return;
-    // A copy: removing loads the snapshot again.
+    // This is a copy, because each removal loads the snapshot again.
     const std::optional<std::string> copy(aliasOf(sw));
     const std::optional<std::string_view> alias(copy);
     std::vector<std::string> missing = missingParts(sw, kernel);
@@ -193,7 +194,7 @@ void repairSwitch(Repairs &repairs, DVSSwitch *sw, const KernelSwitches &kernel)
 void repairPortsets(Repairs &repairs, const KernelSwitches &kernel) {
     for (const std::string &portset : kernel.portsets) {
         if (!isStray(portset, kernel)) continue;
-        // One that went with its switch a moment ago.
+        // The portset was removed with its switch a moment ago.
         std::optional<KernelSwitches> now = askKernelSwitches();
         if (!now || !hasPortset(*now, portset)) continue;
         if (!repairs.dry()) removePortset(portset);
@@ -276,7 +277,7 @@ std::string mendingHint(const std::string &alias) {
 
 void removeHalfMade(DVSSwitch *sw, const std::string &subject) {
     const std::string id = idOf(sw);
-    // Without a name of its portset, a switch was to have the one of its alias.
+    // A switch without a portset name uses its alias as the name.
     std::string portset(portsetNameOf(sw).value_or(aliasOf(sw).value_or("")));
     SignalsHeld held;
     HYP_ReturnStatus status = call<DVSHYP_SwitchDissociate>(id.c_str());
@@ -310,7 +311,7 @@ void repair(const Arguments &arguments, Output &out) {
     if (!kernel) fail(Exit::Failed, "nothing was repaired");
     Repairs repairs(out, arguments.given("--dry-run"));
     for (const std::string &id : ids) {
-        // Removing one loads the snapshot again.
+        // Each removal loads the snapshot again.
         if (DVSSwitch *sw = findSwitchById(id)) repairSwitch(repairs, sw, *kernel);
     }
     if (only == nullptr) repairPortsets(repairs, *kernel);

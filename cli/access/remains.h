@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What changes that were killed, or that could not be undone, leave behind: switches without data path, data
-// paths without switch, uplinks without port and ports without uplink.
+// Finds and removes what an incomplete change leaves behind, when it was killed or could not be undone:
+// switches without a data path, data paths without a switch, uplinks without a port and ports without an
+// uplink.
 #pragma once
 
 #include <qvs/mesh_public.h>
@@ -22,11 +23,10 @@ struct Uplink {
     std::string port;
 };
 
-// What a switch lacks that a switch of class "vswitch" has once it is created, in words; nothing when it is
-// whole.
+// Returns the names of the parts that a switch of class "vswitch" lacks. Empty when the switch is complete.
 std::vector<std::string> missingParts(DVSSwitch *sw, const KernelSwitches &kernel);
 
-// The uplinks of a switch, as the snapshot has them.
+// The uplinks of a switch in the snapshot.
 struct UplinkState {
     std::vector<Uplink> whole;            // those with a name, an entry for their port, and the port
     std::vector<std::string> broken;      // what is listed and is no such uplink, in words
@@ -36,17 +36,17 @@ struct UplinkState {
 };
 UplinkState uplinkState(DVSSwitch *sw);
 
-// Everything that is left of unfinished changes of a switch, in words.
+// Describes everything that incomplete changes have left behind in a switch.
 std::vector<std::string> remainsOf(DVSSwitch *sw, const std::optional<KernelSwitches> &kernel);
 
-// The words behind a message that tell how to mend the uplinks; none when they are whole. The snapshot is
-// loaded again.
+// Returns the end of a message that says how to repair the uplinks. Empty when they are consistent. Loads the
+// snapshot again.
 std::string mendingHint(const std::string &alias);
 
 // Removes a switch of which parts are missing, and the portset that is its own.
 void removeHalfMade(DVSSwitch *sw, const std::string &subject);
-// What the name stands for beside the alias of a switch: the identifier of one without alias, or a portset
-// without switch. True when that was there, and has been removed.
+// Removes the switch without an alias that has this identifier, or the portset of this name that belongs to
+// no switch. Returns true when there was one.
 bool removeNameless(const std::string &name);
 
 void repair(const Arguments &arguments, Output &out);

@@ -87,7 +87,7 @@ bool storeSetting(const Setting &setting, const Target &target, const Value &val
     if (!changed && !setting.storesMore) return false;
     if (!changed) changed = setting.read(target) != value;
     const HYP_ReturnStatus status = setting.store(target, records);
-    // Another process may have been quicker to remove it.
+    // Another process may have removed it in the meantime.
     if (status == HYP_NOT_FOUND && !isStored(config::viewOf(records))) return false;
     require(status, namedSetting(setting, target));
     return changed;
@@ -144,7 +144,7 @@ void reportSetting(Output &out, const Target &target, bool changed) {
 
 std::vector<std::string> touchedSettings(const Arguments &arguments,
                                          std::initializer_list<const Setting *> settings) {
-    // By identifier it could be any switch.
+    // With --by-id the alias is not known, so that the command may touch any switch.
     if (arguments.given("--by-id")) return {touchedPath({})};
     const std::string &name = arguments.text("SWITCH");
     std::vector<std::string> paths;

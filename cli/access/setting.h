@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Settings as commands have them: the switch or port that a call names, what is stored there, and its change.
+// Settings of the switch or port that a call names: reading, storing, removing and reporting them.
 #pragma once
 
 #include <initializer_list>
@@ -24,7 +24,7 @@ config::Target targetOf(const Setting &setting, const Arguments &arguments);
 // "switch 'sw1': port 'p': teaming policy"
 std::string namedSetting(const Setting &setting, const config::Target &target);
 
-// Whether one of the properties of a setting is stored.
+// Returns whether one of the properties of a setting is stored.
 bool isStored(const config::StoredView &stored);
 // The value that is stored, or nothing. Throws when the members cannot express what is stored.
 std::optional<Value> storedValue(const Setting &setting, const config::Target &target);
@@ -36,15 +36,15 @@ bool clearSetting(const Setting &setting, const config::Target &target);
 
 // A warning, or with --strict a failure.
 void warnOrFail(bool strict, const std::string &message);
-// Says on standard error what a value refers to and is not there. With --strict that is a failure.
+// Warns about each object that a value refers to and that does not exist. Fails instead when `strict` is set.
 void checkReferences(const Setting &setting, const config::Target &target, const Value &value, bool strict);
 inline constexpr Option kStrict{"--strict", nullptr,
                                 "fail, instead of warn, when something is missing that is referred to"};
 
-// Says the same of the stored settings that name an uplink or port which is to be removed.
+// Does the same for the stored settings that refer to an uplink or a port which is to be removed.
 void checkUsers(DVSSwitch *sw, const std::string &alias, const std::vector<std::string> &names, bool strict);
 
-// The members that tell whose setting it is.
+// Prints the names of the switch and the port.
 void describe(Record &record, const config::Target &target);
 void reportSetting(Output &out, const config::Target &target, bool changed);
 

@@ -58,7 +58,7 @@ Value readJson(const Member &member, const Json &json, const std::string &path) 
                                                     : json.is_string();
     if (!kind) refuse(path, json, member);
     const std::string text = json.is_string() ? json.get<std::string>() : json.dump();
-    // What is printed for bytes that are not UTF-8.
+    // Bytes that are not UTF-8 are printed as escapes.
     if (text.find("\xef\xbf\xbd") != std::string::npos)
         fail(Exit::Usage, "{}: contains U+FFFD, which stands for bytes that JSON cannot hold", path);
     config::Parsed parsed = parseScalar(member, text);

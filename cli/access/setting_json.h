@@ -10,7 +10,7 @@
 
 namespace qvs::cli {
 
-// The value of a member. Anything else than the member takes is a usage failure about `what`.
+// Reads the value of a member. Throws a usage failure about `what` when the member cannot have this value.
 config::Value parseJson(const config::Member &member, const std::string &what, std::string_view text);
 
 }  // namespace qvs::cli

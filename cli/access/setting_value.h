@@ -26,11 +26,11 @@ void appendText(fmt::memory_buffer &out, const MemberValue &shown);
 std::string labelOf(const config::Member &member);
 // What stands for the value in a usage: "SECONDS", "NAME,...".
 std::string placeholderOf(const config::Member &member);
-// Whether "none" stands for no value.
+// Whether the word "none" removes the member.
 bool takesNone(const config::Member &member);
 
-// Reads the text of an option: items of a list with commas between, and for Bytes a file of them. What is
-// wrong is a usage failure about `what`.
+// Reads the value of a member from the text of an option. Items of a list are separated by commas; a member
+// of type Bytes is read from the file of that name. Throws a usage failure about `what`.
 config::Value parseMember(const config::Member &member, std::string_view what, const std::string &text);
 // Reads the items of a list, each a text.
 config::Value parseItems(const config::Member &member, std::string_view what,

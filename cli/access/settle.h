@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a change begins with.
+// The first step of every change.
 #pragma once
 
 namespace qvs::cli {
 
-// Undoes what an earlier run has left half done, and says so. Throws while a change waits to be confirmed.
+// Undoes an incomplete change of an earlier run and reports it. Throws while a change waits to be confirmed.
 void settle();
 
 }  // namespace qvs::cli

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// One property by its key: where a call says that it lives, and what the library reads and stores there.
+// The property that a call names by its key, and its value.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,8 @@
 
 namespace qvs::cli {
 
-// Where the property of a call lives. The switch and port handles are null when the snapshot does not know
-// them, which only --by-id permits.
+// The place of the property that a call names. The handles are null when the snapshot does not have the
+// switch or the port, which only --by-id permits.
 struct Target {
     Place place;
     std::string switchName;
@@ -37,7 +37,7 @@ Target targetOf(const Arguments &arguments);
 // "switch 'sw1': global property 'k'", for messages.
 std::string propertyNamed(const Target &target);
 
-// The value as it is stored now; throws when there is none.
+// Reads the stored value. Throws when there is none.
 std::vector<uint8_t> readValue(const Target &target);
 HYP_ReturnStatus storeValue(const Target &target, const std::vector<uint8_t> &value, bool runtime);
 HYP_ReturnStatus clearValue(const Target &target);

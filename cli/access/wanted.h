@@ -20,10 +20,10 @@ inline constexpr Option kOnlySwitch{.name = "--switch",
 inline constexpr Option kStrict{"--strict", nullptr,
                                 "fail when a setting names an uplink, port or VLAN that does not exist"};
 
-// What FILE holds, of the switches that --switch names or of all. Throws a usage failure that lists all that
-// is wrong with it.
+// Reads the document FILE, limited to the switches that --switch names. Throws a usage failure that lists all
+// problems.
 config::Document readWanted(const Arguments &arguments);
-// Reads a document. Throws a usage failure that lists all that is wrong with it.
+// Reads a document. Throws a usage failure that lists all problems.
 config::Document checkedDocument(std::string_view text, std::string_view origin);
 
 // How a document is compared with the host.
@@ -33,7 +33,7 @@ struct Comparison {
     bool strict = false;         // a reference to nothing is a failure, not a warning
     std::string origin;          // of the document, in messages
 };
-// As FILE, --prune, --switch and --strict say.
+// Reads the arguments FILE, --prune, --switch and --strict.
 Comparison comparisonOf(const Arguments &arguments);
 // What the document would change on the host. Prints warnings.
 std::vector<config::Change> compareWithHost(const config::Document &wanted, const Comparison &how);

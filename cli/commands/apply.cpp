@@ -47,7 +47,7 @@ void requireAgreement(size_t changes) {
     throw Failure{Exit::NotConfirmed, "nothing was changed"};
 }
 
-// A bar on a terminal, when it takes longer than a second.
+// A progress bar on a terminal, shown when a change takes longer than a second.
 class Bar {
   public:
     ~Bar() {
@@ -75,7 +75,7 @@ class Bar {
 
 // --- reports ---
 
-// Once for each switch and port in which something changes.
+// Reports each switch and port that was changed once.
 void reportObjects(Output &out, const std::vector<Change> &changes) {
     const Change *last = nullptr;
     for (const Change &change : changes) {

@@ -15,10 +15,10 @@ inline constexpr Option kDryRun{"--dry-run", nullptr, "only print what would be 
 inline constexpr Option kConfirm{"--confirm", "SECONDS",
                                  "undo everything unless 'qvs confirm' is run within this time"};
 
-// Throws a usage failure when a person would have to be asked, and cannot.
+// Throws a usage failure when the change needs an answer and there is no terminal.
 void requireSomebodyToAsk(const Arguments &arguments, bool inputIsTaken = false);
 
-// Prints what a document changes, asks, carries it out and reports it.
+// Prints the changes of a document, asks for confirmation, carries them out and reports them.
 void applyChanges(const config::Document &document, const Comparison &how, const Arguments &arguments,
                   Output &out);
 

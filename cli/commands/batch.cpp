@@ -78,7 +78,7 @@ struct Line {
 }
 
 std::vector<Line> readLines(std::istream &in, bool json) {
-    // What every line has from the batch.
+    // The options of the batch that apply to each line.
     std::vector<std::string> inherited;
     if (json) inherited.emplace_back("--json");
     if (onCall != nullptr) inherited.emplace_back("--trace");
@@ -104,7 +104,8 @@ std::vector<Line> readLines(std::istream &in, bool json) {
     return lines;
 }
 
-// The snapshot is the one of the start of the run, so what was changed since has to be remembered.
+// The paths that earlier lines have changed. The snapshot is loaded once, and again only before a line that
+// reads such a path.
 class Touched {
   public:
     bool overlaps(const Call &call) const {
@@ -136,7 +137,8 @@ class Touched {
     std::set<std::string> paths_;
 };
 
-// Runs the lines. What a line fails with goes to `failed`, which throws it or lets the next line run.
+// Runs the lines. The failure of a line goes to `failed`, which throws it, or returns to continue with the
+// next line.
 void runLines(std::span<const Line> lines, Touched &touched,
               const std::function<void(const Failure &)> &failed) {
     const uint32_t wait = patience();
@@ -146,7 +148,7 @@ void runLines(std::span<const Line> lines, Touched &touched,
                 requireState(loadSnapshot());
                 touched.forget();
             }
-            // Even a change that fails may have begun.
+            // A change that fails may have been carried out in part.
             touched.add(line.call);
             setPatience(wait);
             execute(line.call);
@@ -157,7 +159,7 @@ void runLines(std::span<const Line> lines, Touched &touched,
     }
 }
 
-// All lines or none. What they name is recorded as a whole before the first of them runs.
+// Runs all lines or none. The state of all switches that they name is recorded before the first line runs.
 void runAtomic(const std::vector<Line> &lines) {
     settle();
     const Lock lock(Guard::Everything, "");
@@ -189,7 +191,7 @@ void runAtomic(const std::vector<Line> &lines) {
 }
 
 void runBatch(const Arguments &arguments, Output &out) {
-    // A device that gives zeros for ever is refused as soon as the first is there.
+    // Reading stops at the first NUL, so that a device such as /dev/zero is refused at once.
     auto hasNul = [](Bytes piece) { return std::find(piece.begin(), piece.end(), 0) != piece.end(); };
     std::vector<uint8_t> bytes = readFile(arguments.text("FILE"), kMostBytes, hasNul);
     std::istringstream text(std::string(bytes.begin(), bytes.end()));

@@ -49,7 +49,7 @@ void getLevel(const Arguments &, Output &out) {
 
 void setLevel(const Arguments &arguments, Output &out) {
     uint32_t level = arguments.number("LEVEL", 0);
-    // The library would say so on standard output.
+    // The library would report this on standard output.
     if (std::find(kLogLevels.begin(), kLogLevels.end(), level) == kLogLevels.end())
         fail(Exit::Usage, "LEVEL: {} is none of {}", level, fmt::join(kLogLevels, ", "));
     bool same = readLevel() == level;

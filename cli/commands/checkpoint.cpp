@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// qvs checkpoint: states of switches that are kept under a name, and the way back to them.
+// qvs checkpoint: saves the state of switches under a name, and restores it.
 #include "config/apply/checkpoint.h"
 
 #include "access/changes.h"
@@ -62,7 +62,7 @@ void list(const Arguments &arguments, Output &out) {
     listing.finish();
 }
 
-// The document of a checkpoint, as checked as any other.
+// Reads the document of a checkpoint, with the same checks as any document.
 Document documentOf(const std::string &name, const Checkpoint &checkpoint) {
     return checkedDocument(checkpoint.document, "checkpoint " + name);
 }
@@ -93,7 +93,7 @@ Document loadDocument(const Arguments &arguments) {
     return documentOf(name, Checkpoints(directoryOf(arguments)).load(name));
 }
 
-// The switches of a checkpoint become as they were. Others stay as they are.
+// Restores the switches of a checkpoint. Other switches are not changed.
 Comparison wayBack(const Arguments &arguments) {
     return {.prune = true, .keepsSwitches = true, .origin = "checkpoint " + arguments.text("NAME")};
 }

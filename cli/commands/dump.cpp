@@ -14,7 +14,7 @@
 namespace qvs::cli {
 namespace {
 
-// A terminal must not obey what is stored. What makes up the dump's own lines stays.
+// Writes text to a terminal: control characters, except tabs and line ends, are escaped.
 void writeShown(Output &out, std::string_view text) {
     while (!text.empty()) {
         const size_t end = std::min(text.find_first_of("\n\t"), text.size());

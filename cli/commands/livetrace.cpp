@@ -14,7 +14,7 @@
 namespace qvs::cli {
 namespace {
 
-// The session's definition: digits, or the bytes of a file.
+// Reads the definition of a session: hexadecimal digits, or a file of bytes.
 std::vector<uint8_t> definitionOf(const Arguments &arguments) {
     if (arguments.given("--hex") && arguments.given("--file"))
         fail(Exit::Usage, "--hex and --file exclude each other");

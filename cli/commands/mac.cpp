@@ -85,7 +85,7 @@ KernelList portTable(const Arguments &arguments) {
     return boundedList(ask, VSHYP_MAC_ENTRY_SIZE, "MAC entries");
 }
 
-// What an entry says is the kernel's, so only the table can tell whether it was new.
+// The kernel does not answer whether an entry is new, so that the table is read before and after.
 void add(const Arguments &arguments, Output &out) {
     const bool byName = arguments.given("--port");
     const KernelList before = byName ? portTable(arguments) : KernelList{};
@@ -97,7 +97,7 @@ void add(const Arguments &arguments, Output &out) {
     report(arguments, out, !std::equal(was.begin(), was.end(), is.begin(), is.end()));
 }
 
-// The kernel does not tell a port that is not there from an entry that is not there.
+// The kernel answers the same for a port and for an entry that does not exist.
 void requirePort(const Arguments &arguments) {
     if (arguments.given("--port")) {
         portTable(arguments);
@@ -200,7 +200,7 @@ void set(const Arguments &arguments, Output &out) {
     reportChange(out, "host", {}, changed);
 }
 
-// Entries are the kernel's alone: nothing that the snapshot holds.
+// Only the kernel holds the entries; the snapshot does not have them.
 std::vector<std::string> touchesTables(const Arguments &arguments) {
     return {touchedPath({arguments.text("SWITCH"), "mac"})};
 }

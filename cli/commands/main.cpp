@@ -14,22 +14,22 @@
 
 namespace {
 
-// A closed standard descriptor would be given to the next file or device that is opened, and what is printed
-// would go there. It is filled with one that cannot be written, before any library has run.
+// Opens the standard descriptors that are closed. Otherwise the next file or device that is opened would get
+// the number, and output would be written to it. This runs before the constructors of libraries.
 void fillStandardDescriptors() {
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; fd++) {
         if (fcntl(fd, F_GETFD) < 0) (void)open("/dev/null", O_RDONLY);
     }
 }
 
-// The environment variable by which the clients of an emulated host know how long to wait. They ask before
+// The environment variable that tells the clients of an emulated host how long to wait. They read it before
 // main.
 constexpr char kVariable[] = "QVS_HOST_TIMEOUT=";
 constexpr char kSocketVariable[] = "QVS_HOST_SOCKET=";
 constexpr size_t kMostVariables = 4000;
 
-// What runs before any library has only itself: a sanitizer, say, has not prepared the C library's functions
-// yet.
+// Code that runs before the constructors of libraries must not call the C library: a sanitizer has not
+// prepared its functions yet.
 
 [[gnu::no_sanitize_address]] size_t lengthOf(const char *text) {
     size_t length = 0;
@@ -50,7 +50,7 @@ constexpr size_t kMostVariables = 4000;
     return *text == '\0';
 }
 
-// The value of --timeout, or null; whether it makes sense is for main to say.
+// The value of --timeout, or null. main checks it.
 [[gnu::no_sanitize_address]] const char *timeoutWord(char **argv) {
     constexpr char kOption[] = "--timeout";
     constexpr size_t kLength = sizeof kOption - 1;
@@ -70,8 +70,8 @@ constexpr size_t kMostVariables = 4000;
     return nullptr;
 }
 
-// The environment cannot be changed yet, so the program begins anew with another one. Where that fails, the
-// first wait is as long as without the option.
+// The environment cannot be changed at this point, so the program starts itself again with another
+// environment. If that fails, the first wait is as long as without the option.
 [[gnu::no_sanitize_address]] void applyTimeout(char **argv, char **environment) {
     constexpr size_t kMostDigits = 5;
     static char entry[sizeof kVariable + kMostDigits];

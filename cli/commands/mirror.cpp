@@ -74,7 +74,7 @@ void report(Output &out, const Target &target, const std::string *id, bool chang
                  {{"switch", target.alias}, {"port", portGiven(target)}, {"session", *id}}, changed);
 }
 
-// The sessions as libqvs reads them, in the older form, too.
+// Reads the sessions. libqvs translates lists of the older form.
 List readSessions(const Setting &setting, const Target &target) {
     const std::optional<Value> sessions = setting.read(target);
     return sessions ? sessions->list() : List{};
@@ -161,7 +161,7 @@ Value givenSession(const Arguments &arguments) {
     return session;
 }
 
-// A list of sessions that can be stored.
+// Checks that a list of sessions can be stored, and returns it.
 Value checked(const Setting &setting, const Target &target, const Value &given, const Arguments &arguments) {
     Value sessions = completed(setting, given);
     const std::string problem = problemOf(setting, sessions);

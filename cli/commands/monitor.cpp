@@ -39,8 +39,8 @@ milliseconds interval(const Arguments &arguments) {
     return milliseconds(static_cast<long>(seconds * 1000));
 }
 
-// Everything was written out, nothing is held, and a host that hangs may be waited for: the program ends
-// here.
+// Ends the program at once. All output has been written and no lock is held. A normal end could wait for a
+// host that does not answer.
 void end(int) {
     _exit(0);
 }
@@ -52,8 +52,8 @@ void endOnSignals() {
         sigaction(signal, &action, nullptr);
 }
 
-// Waits, or ends as a writer does whose reader is gone: without a change there is nothing to write that would
-// show it.
+// Waits. Ends the program when the reader of its output is gone, because without a change it writes nothing
+// and would not notice.
 void pause(milliseconds time) {
     struct pollfd reader {
         STDOUT_FILENO, 0, 0
@@ -69,7 +69,7 @@ void pause(milliseconds time) {
     if (ready > 0) poll(nullptr, 0, static_cast<int>(std::chrono::duration_cast<milliseconds>(left).count()));
 }
 
-// Writes a line with the time out at once. Appends what follows the time, as text or as members of JSON.
+// Writes one line at once: the time, and what the function appends as text or as members of a JSON object.
 template <typename Text, typename Members>
 void printLine(Output &out, Text text, Members members) {
     const std::string time = utcTime(true);

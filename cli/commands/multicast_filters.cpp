@@ -93,7 +93,7 @@ void stats(const Arguments &arguments, Output &out) {
         addresses.push_back(addressText(family, list.entry(i)));
     Record record(out);
     record.field("group", "group", addressText(family, Bytes(group).first(family.size)));
-    // In text they are among the fields.
+    // Text has them among the fields.
     if (out.json() || !fields)
         record.field("addresses", "addresses", Words{{addresses.begin(), addresses.end()}});
     addRecord(record, out, kind, list.bytes().first(kStatsHeader), fields);

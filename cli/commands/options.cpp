@@ -43,8 +43,8 @@ void get(const Arguments &arguments, Output &out) {
                 {static_cast<const uint8_t *>(block.get()), VSHYP_RUNTIME_OPTIONS_SIZE});
 }
 
-// A block says its own length in front. A file holds all that 'options get' hands out, and the rest behind
-// that length is left out.
+// A block begins with its own length. A file has the size of the longest block; the bytes behind the
+// length are not sent.
 std::vector<uint8_t> givenBlock(const Arguments &arguments) {
     std::vector<uint8_t> bytes = bytesGiven(arguments, "OPTIONS");
     uint32_t length = 0;
@@ -68,7 +68,7 @@ void set(const Arguments &arguments, Output &out) {
     std::vector<uint8_t> block = givenBlock(arguments);
     std::vector<uint32_t> words((block.size() + sizeof(uint32_t) - 1) / sizeof(uint32_t));
     std::memcpy(words.data(), block.data(), block.size());
-    // Which options a block changes is the module's business.
+    // Only the module knows which options a block changes.
     const VshypBuffer before = readBlock({});
     require(call<VSHYP_SetRuntimeOptions>(words.data()), kWhat);
     const VshypBuffer after = readBlock({});

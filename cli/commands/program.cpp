@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// qvs as a program: its commands, and what is done before and after each of them.
+// The table of commands of qvs, and what is done before and after each command.
 #include "tool/program.h"
 
 #include <optional>
@@ -64,7 +64,7 @@ void runOnHost(const Call &call, Output &out) {
     try {
         blameHost("");
     } catch (const Failure &) {
-        // An empty answer of a host that is not there says nothing.
+        // A host that cannot be reached answers with an empty list, which must not be printed as a result.
         out.buffer().clear();
         throw;
     }
@@ -122,7 +122,8 @@ constexpr Passage kEnvironment[] = {
 constexpr Section kSections[] = {
     {"Exit status", kExitCodes}, {"Environment", kEnvironment}, {"See also", kSeeAlso}};
 
-// In the order of the help. Made when it is first asked for: the rows stand in other files.
+// The commands in the order of the help. The table is built at the first use, because its rows are in other
+// files.
 std::span<const Noun> nouns() {
     using namespace config;
     static const Noun table[] = {

@@ -67,7 +67,7 @@ void getProperty(const Arguments &arguments, Output &out) {
 
 // --- set, clear ---
 
-// Text is stored as the system stores its own, with the NUL.
+// Text is stored with its NUL, as the system stores text.
 std::vector<uint8_t> textValue(const std::string &text) {
     return {text.c_str(), text.c_str() + text.size() + 1};
 }
@@ -106,7 +106,7 @@ void clearProperty(const Arguments &arguments, Output &out) {
     report(out, target, !absent);
 }
 
-// By identifier it could be any switch.
+// With --by-id the alias is not known, so that the command may touch any switch.
 std::vector<std::string> touchedProperty(const Arguments &arguments) {
     if (arguments.given("--by-id")) return {touchedPath({})};
     const std::string &name = arguments.text("SWITCH");
@@ -119,7 +119,7 @@ std::vector<std::string> touchedProperty(const Arguments &arguments) {
 
 // --- list ---
 
-// In the table a long value is cut; JSON has all of it.
+// The table shortens long values; JSON has them in full.
 std::string tableValue(Bytes value) {
     constexpr size_t kShown = 32;
     if (auto text = printableText(value)) return std::string(*text);

@@ -16,7 +16,7 @@
 namespace qvs::cli {
 namespace {
 
-// The library sends as many bytes as the count in front of the block says, so they have to be there.
+// The library sends as many bytes as the count at the start of the block says. The block must have that many.
 template <auto Send, uint64_t entrySize, uint64_t fixedSize>
 void sendBlock(const Arguments &arguments, Output &out) {
     uint32_t command = arguments.number("COMMAND", 0);

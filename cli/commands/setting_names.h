@@ -22,7 +22,7 @@ inline bool isBytes(const config::Member &member) {
     return member.type == config::Type::Bytes;
 }
 
-// What the usage calls the value of a setting that is one member: "STATE", "MODE", "MTU", "MAC".
+// The placeholder for the value of a setting with one member: "STATE", "MODE", "MTU", "MAC".
 inline std::string argumentOf(const config::Setting &setting) {
     config::Member member = setting.members[0];
     member.list = false;

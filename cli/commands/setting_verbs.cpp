@@ -27,7 +27,7 @@ std::optional<Value> asked(const Setting &setting, const Target &target, const A
     return setting.read(target);
 }
 
-// Bytes stand behind the other members; a list of them one behind the other.
+// Prints bytes after the other members, and the entries of a list of bytes one after the other.
 void printBytes(Record &record, Output &out, const char *key, const std::string &label, const Member &member,
                 const Value &value) {
     if (out.json() || value.absent()) return record.field(key, label.c_str(), MemberValue{member, value});
@@ -43,7 +43,7 @@ void printMember(Record &record, Output &out, const char *key, const std::string
     record.field(key, label.c_str(), MemberValue{member, value});
 }
 
-// The bytes of a value without anything else; those that nobody has stored are none.
+// Returns the bytes of a value. Empty when nothing is stored.
 std::vector<uint8_t> rawBytes(const Setting &setting, const Value &value) {
     for (const Member &member : setting.members) {
         if (!isBytes(member)) continue;
@@ -70,7 +70,7 @@ Value givenScalar(const Setting &setting, const Arguments &arguments) {
     return parseItems(member, argument, arguments.all(argument));
 }
 
-// The members that are given, over those that are stored.
+// The stored members, overwritten with those that are given.
 Value givenMembers(const Setting &setting, const Target &target, const Arguments &arguments) {
     Value value = config::Members{};
     if (!arguments.given(kResetOption)) value = storedValue(setting, target).value_or(value);

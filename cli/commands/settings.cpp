@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The rows of the settings' commands. What is needed to find a command is made at the start, the rest when
-// it is asked for.
+// The rows of the settings' commands. Their words are made at the start of the program, their shapes at the
+// first use.
 #include "commands/settings.h"
 
 #include <algorithm>
@@ -21,7 +21,7 @@ namespace {
 using config::Member;
 using config::Type;
 
-// A shape with the texts that it refers to, which stay where they are.
+// A shape, and the texts that it refers to.
 struct Made {
     std::deque<std::string> texts = {};
     std::vector<Argument> arguments = {kSwitchArgument};
@@ -87,7 +87,7 @@ void addSetOptions(Made &made, const Setting &setting) {
     if (config::refers(setting)) made.options.push_back(kStrict);
 }
 
-// The details of set: what happens to members that are not given, and what the setting says of itself.
+// The details in the help of set: what happens to members that are not given, and the details of the setting.
 const char *setDetails(Made &made, const Setting &setting) {
     if (setting.isScalar()) return setting.details;
     constexpr const char *kKept = "A member that is not given keeps its value.";

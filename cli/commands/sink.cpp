@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// qvs port sink: a port that receives what no other port does, a flag of its receive filter.
+// qvs port sink: the flag of the receive filter that makes a port receive frames for unknown destinations.
 #include <qvs/qvs.h>
 
 #include "access/library.h"

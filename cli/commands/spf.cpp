@@ -16,7 +16,7 @@
 namespace qvs::cli {
 namespace {
 
-// These calls leave a status in errno, and ENOMEM when it was memory that was missing.
+// These calls set errno to a status, or to ENOMEM when memory was short.
 HYP_ReturnStatus leftStatus() {
     return errno == ENOMEM ? HYP_NO_MEMORY : static_cast<HYP_ReturnStatus>(errno);
 }
@@ -62,8 +62,7 @@ void failures(const Arguments &arguments, Output &out) {
                 recordIn(stats, SPFHYP_CONFIG_FAILURE_STATS_SIZE));
 }
 
-// The name that a change is sent with: the field has room for every identifier, but not for every portset
-// name.
+// The name that a request carries. Every identifier fits into the field, but not every portset name.
 const char *sentName(const Arguments &arguments) {
     const std::string &alias = arguments.text("SWITCH");
     const std::string &port = arguments.text("PORT");

@@ -43,7 +43,7 @@ void requireSame(const SwitchView &sw, const Arguments &arguments, const std::st
            arguments.number("--ports", 0));
 }
 
-// What a switch lacks to be a whole one: something of itself, or of its uplinks. Nothing when it is whole.
+// Returns the parts that a switch or its uplinks lack. Empty when the switch is complete.
 std::string halfMade(DVSSwitch *sw, const std::string &alias) {
     std::optional<KernelSwitches> kernel = askKernelSwitches();
     std::vector<std::string> parts;
@@ -55,7 +55,7 @@ std::string halfMade(DVSSwitch *sw, const std::string &alias) {
     return fmt::format("{}; 'qvs switch repair {}' mends that", fmt::join(parts, ", "), shown(alias));
 }
 
-// Whether the switch is there as it is wanted. Throws when it is there and may not be, is half made, or
+// Whether the switch exists with the wanted attributes. Throws when it exists and must not, is incomplete, or
 // differs.
 bool isThere(const Arguments &arguments, const std::string &alias) {
     DVSSwitch *sw = DVSState_SwitchFindByAlias(alias.c_str());
@@ -77,7 +77,7 @@ bool isInTheMaking(const Arguments &arguments, const std::string &alias) {
     return countPorts(sw) < wanted || !halfMade(sw, alias).empty();
 }
 
-// Throws when the kernel has a portset of this name, whoever made it.
+// Throws when the kernel has a portset of this name.
 void requireNoPortset(const std::string &portset, const std::string &alias) {
     std::optional<KernelSwitches> kernel = askKernelSwitches();
     if (!kernel || !hasPortset(*kernel, portset)) return;
@@ -88,7 +88,7 @@ void requireNoPortset(const std::string &portset, const std::string &alias) {
          named(alias), inQuotes(portset), shown(portset));
 }
 
-// A switch that stands in the way of a new one, and what to do about it.
+// The message for a switch that prevents the creation of a new one, with the remedy.
 void requireFree(const std::string &portset, const Arguments &arguments, const std::string &alias) {
     forEachSwitch([&](DVSSwitch *sw) {
         std::string owner = inQuotes(findText({Scope::Global, sw}, QVS_KEY_ALIAS).value_or("-"));
@@ -104,7 +104,8 @@ void requireFree(const std::string &portset, const Arguments &arguments, const s
     });
 }
 
-// The library makes lists of all uplinks, and the switch, before the first of them is refused.
+// The library creates the switch and both lists before it refuses the first uplink, so that the room is
+// checked here.
 void requireRoom(const Arguments &arguments, const std::string &alias) {
     uint32_t given = arguments.number("--max-ports", 0);
     uint32_t maxPorts = given == 0 ? QVS_MAX_PORTS_DEFAULT : given;
@@ -136,7 +137,8 @@ std::string_view hintFor(HYP_ReturnStatus status, const Arguments &arguments) {
     }
 }
 
-// Runs of qvs that create the switch have been waited for; another program gets a moment.
+// Waits a moment for another program that is creating the switch. The lock has already excluded other runs of
+// qvs.
 constexpr int kLooksAtOthers = 15;
 
 bool isHalfMade(const std::string &alias) {
@@ -145,7 +147,7 @@ bool isHalfMade(const std::string &alias) {
     return sw != nullptr && kernel && !missingParts(sw, *kernel).empty();
 }
 
-// True unless another process was quicker.
+// Returns false when another process has already removed it.
 bool destroyAlias(const std::string &alias) {
     auto isGone = [&] { return DVSState_SwitchFindByAlias(alias.c_str()) == nullptr; };
     findVswitch(alias);
@@ -154,7 +156,7 @@ bool destroyAlias(const std::string &alias) {
         require(status, named(alias));
         return true;
     }
-    // It is gone, or half made and so without the association that the library did not find.
+    // The switch is gone, or it is incomplete and lacks the association with its portset.
     if (!comesTrue([&] { return isGone() || isHalfMade(alias); })) require(status, named(alias));
     if (isGone()) return false;
     removeHalfMade(findVswitch(alias), named(alias));

@@ -24,7 +24,8 @@ std::vector<std::string> touchedEnabled(const Arguments &arguments) {
     return {touchedPath({arguments.text("SWITCH"), "host", QVS_KEY_TRACEFLOW_ENABLED})};
 }
 
-// As the library reads them, with groups of one digit, too; it would not say which of the two is wrong.
+// Checks an address as the library does, which accepts groups of one digit. The library does not report which
+// of two addresses is invalid.
 const std::string &address(const Arguments &arguments, std::string_view name) {
     const std::string &text = arguments.text(name);
     MacAddress mac{};
@@ -55,7 +56,7 @@ void start(const Arguments &arguments, Output &out) {
     reportPort(out, alias, port, true);
 }
 
-// Whether the kernel held anything without the property cannot be told.
+// Without the property, it is unknown whether the kernel held a request.
 void clear(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
     findVswitch(alias);

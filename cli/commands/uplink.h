@@ -11,12 +11,12 @@
 
 namespace qvs::cli {
 
-// The uplinks of a switch as stored now. A switch without lists has none. Where the lists do not agree with
-// one another or with the ports, that is a failure, or goes into `broken`, with the uplinks that are whole.
-// The snapshot may have been loaded again.
+// Reads the stored uplinks of a switch. A switch without lists has none. Throws when the lists disagree with
+// each other or with the ports; if `broken` is given, describes that there and returns the uplinks that are
+// consistent. May load the snapshot again.
 std::vector<Uplink> readUplinks(const std::string &alias, std::string *broken = nullptr);
 
-// The uplinks that are given: each once, and short enough.
+// The uplinks that are given. Throws for a name that is given twice or is too long.
 const std::vector<std::string> &uplinkArguments(const Arguments &arguments, const Limit &limit);
 
 void addUplinks(const Arguments &arguments, Output &out);

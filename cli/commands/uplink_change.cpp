@@ -24,18 +24,18 @@ const Uplink *findUplink(const std::vector<Uplink> &uplinks, std::string_view na
     return it == uplinks.end() ? nullptr : &*it;
 }
 
-// Whether a change may have failed because another process was quicker, or was between the two lists.
+// Whether a change may have failed because another process changed the uplinks at the same time.
 bool raced(HYP_ReturnStatus status, HYP_ReturnStatus quicker) {
     return status == quicker || status == HYP_FAILURE;
 }
 
-// Why there was no room, or what the change has left half done.
+// Returns the end of a message: why there was no room, or what the change has left incomplete.
 std::string hintFor(HYP_ReturnStatus status, uint32_t maxPorts, const std::string &alias) {
     std::string room = roomHint(status, maxPorts);
     return room.empty() ? mendingHint(alias) : room;
 }
 
-// The names that were asked for: those given, or uplink0 onward.
+// The names of the uplinks: those given, or uplink0, uplink1 and so on.
 std::vector<std::string> wantedUplinks(const Arguments &arguments) {
     if (oneGiven(arguments, {"UPLINK", "--count"}) == "UPLINK")
         return uplinkArguments(arguments, kUplinkLimit);
@@ -171,7 +171,7 @@ void clearUplinks(const Arguments &arguments, Output &out) {
             names.push_back(uplink.name);
         checkUsers(sw, alias, names, arguments.given(kStrict.name));
         require(callWhole<VSDVS_ClearSwitchUplinkPorts>(alias.c_str()), named(alias));
-        // Its status is that of the name alone.
+        // The status of this call concerns only the name.
         if (hasLists(alias)) throw libraryFailure(named(alias) + ": uplink lists", HYP_FAILURE);
     }
     reportSwitch(out, alias, there);
