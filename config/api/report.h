@@ -33,10 +33,10 @@ struct QVSConfig_Report {
 
 namespace qvs::config {
 
-// The status that says the same as a failure.
+// Returns the status that corresponds to a failure.
 HYP_ReturnStatus statusOf(const Failure &failure);
 
-// Puts the warnings of the libraries below into a report as long as it lives.
+// Collects the warnings of the libraries in a report while it exists.
 class WarningsInto {
   public:
     explicit WarningsInto(QVSConfig_Report &report);
@@ -45,8 +45,8 @@ class WarningsInto {
     WarningsInto &operator=(const WarningsInto &) = delete;
 };
 
-// Runs body(report), which returns a status, and hands the report out. What body throws becomes an error in
-// the report and a status.
+// Runs body(report), which returns a status, and passes the report to the caller. An exception becomes an
+// error in the report, and a status.
 template <typename Body>
 HYP_ReturnStatus reported(QVSConfig_Report **out, Body body) noexcept {
     if (out != nullptr) *out = nullptr;

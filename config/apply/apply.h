@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Carrying out a document: all of it or nothing.
+// Carries out a document: all of it or nothing.
 #pragma once
 
 #include <cstddef>
@@ -19,13 +19,13 @@ struct ApplyOptions {
     bool prune = false;           // what the document does not name is removed
     bool keepsSwitches = false;   // but no switches
     uint32_t confirmSeconds = 0;  // undone unless it is confirmed within this time; 0: kept
-    // The changes that the user has agreed to. When others are found, nothing is changed.
+    // The changes that the user has confirmed. If the comparison finds others, nothing is changed.
     const std::vector<Change> *agreed = nullptr;
-    // The name of a signal that came in; null for none. Looked at between steps.
+    // Returns the name of a signal that was received, or null. Called between steps.
     std::function<const char *()> interrupted;
 };
 
-// Told of each step before it runs, and with `done` equal to `total` at the end.
+// Called before each step, and with `done` equal to `total` at the end.
 using Progress = std::function<void(size_t done, size_t total, const std::string &what)>;
 
 struct ApplyResult {
@@ -38,11 +38,12 @@ struct ApplyResult {
     Restored undone;                        // and what of it is left
 };
 
-// What the loaded snapshot has of the switches of a document; of all switches when others are to go.
+// Returns the document of the loaded snapshot: of the switches that `wanted` names, or of all switches when
+// others are to be removed.
 Document documentOfHost(const Document &wanted, bool all, std::vector<std::string> &warnings);
 
-// Takes the lock of everything, and compares with what is there then. Throws before anything is changed.
-// Afterwards the result tells.
+// Locks the host, compares it with the document, and carries out the difference. Throws before anything is
+// changed; a later failure is in the result.
 ApplyResult applyDocument(const Document &wanted, const ApplyOptions &options, const Progress &progress = {});
 
 }  // namespace qvs::config

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What was stored before a change, in enough detail to make it so again whatever part of the change was done.
+// Records what was stored before a change, so that it can be restored whatever part of the change was carried
+// out.
 #pragma once
 
 #include <cstdint>
@@ -51,26 +52,28 @@ struct Before {
     std::vector<SwitchBefore> switches;
 };
 
-// Whether properties of these classes are configuration, which documents and undoing are about.
+// Returns whether properties of these classes are configuration, which documents contain and an undo
+// restores.
 bool isConfiguration(uint32_t classes);
 
-// The identifier that libqvs makes for a switch without one: 16 bytes that begin with those of the alias.
+// Returns the identifier that libqvs makes for a switch without one: 16 bytes that begin with the start of
+// the alias.
 std::string defaultSwitchId(std::string_view alias);
 
-// Collects what is stored now, from the snapshot. Things may be recorded again and again.
+// Records the present state from the snapshot. An object may be recorded several times.
 class Recorder {
   public:
-    // A property that a change stores or clears; of a port when one is named.
+    // Records a property that a change stores or clears, of a port if one is named.
     void property(Scope scope, DVSSwitch *sw, const std::string &port, std::string_view key);
-    // A port that a change adds.
+    // Records that a change adds this port.
     void newPort(DVSSwitch *sw, const std::string &port);
-    // A port or a switch with all that is stored there.
+    // Records a port, or a switch, with everything that is stored there.
     void wholePort(DVSSwitch *sw, DVSPort *port);
     void wholeSwitch(DVSSwitch *sw);
-    // A switch that a change creates. Nothing in it needs to be recorded. One that is there already is not
-    // the change's own.
+    // Records that a change creates this switch. Its contents need not be recorded. Has no effect if the
+    // switch exists already.
     void newSwitch(const std::string &id, const std::string &alias, const std::string &portset);
-    // The MTU, which a change sets.
+    // Records the MTU of a switch.
     void mtu(DVSSwitch *sw);
 
     const Before &before() const { return before_; }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Checkpoints: documents of a host that were kept under a name, one file each.
+// Checkpoints: documents of a host that are stored under a name, one file each.
 #pragma once
 
 #include <cstdint>
@@ -19,12 +19,12 @@ struct Checkpoint {
     std::string document;  // YAML
 };
 
-// The text of a file, and back. checkpointOf throws Failure, with `subject` first, for a damaged file and for
-// one of a newer format.
+// Convert a checkpoint to the text of its file, and back. checkpointOf throws a Failure that begins with
+// `subject` for a damaged file and for a newer format.
 std::string checkpointText(const Checkpoint &checkpoint);
 Checkpoint checkpointOf(std::string_view subject, std::string_view text);
 
-// Where checkpoints are kept unless another directory is given.
+// Returns the default directory of checkpoints.
 std::string checkpointDirectory();
 
 class Checkpoints {
@@ -32,13 +32,14 @@ class Checkpoints {
     // `create` makes the directory. Throws Failure when others may write to it.
     explicit Checkpoints(const std::string &directory, bool create = false) : directory_(directory, create) {}
 
-    // Keeps a document under a name, with the present time and the name of this machine. Throws when there
-    // is one of this name and `replace` is not set.
+    // Stores a document under a name, with the current time and the name of this machine. Throws when the
+    // name exists and `replace` is not set.
     void save(const std::string &name, std::string document, uint32_t switches, bool replace) const;
     Checkpoint load(const std::string &name) const;
     void remove(const std::string &name) const;
 
-    // All checkpoints by name; those that cannot be read have the reason instead.
+    // Returns all checkpoints, sorted by name. One that cannot be read has the reason instead of its
+    // contents.
     struct Entry {
         std::string name;
         std::optional<Checkpoint> checkpoint;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The steps that carry out changes, and what was there before.
+// Plans the steps that carry out changes, and records what was there before.
 #pragma once
 
 #include <qvs/hyp.h>
@@ -15,8 +15,8 @@
 
 namespace qvs::config {
 
-// What is referred to is created before, and removed after, what refers to it. Each stage begins with a
-// snapshot that has what the stages before it did.
+// An object is created before, and removed after, those that refer to it. Each stage begins with a snapshot
+// that contains the results of the stages before it.
 enum class Stage { Switches, Ports, Contents, Removals };
 
 struct Step {
@@ -30,9 +30,9 @@ struct Plan {
     Before before;            // of all that the steps touch
 };
 
-// The steps for changes that compare() found between the loaded snapshot and a document. Both have to live as
-// long as the plan. Throws a failure when they cannot be carried out: an identity that cannot be changed, a
-// name that is taken.
+// Plans the changes that compare() found between the loaded snapshot and a document. Both must live as long
+// as the plan. Throws when a change is impossible: another identity of an existing object, or a name that is
+// in use.
 Plan planOf(std::span<const Change> changes, const Document &wanted, bool prune);
 
 }  // namespace qvs::config

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What an earlier run has left: a change that was interrupted, or one that waits to be confirmed.
+// Finds and ends the change of an earlier run that was interrupted or waits for confirmation.
 #pragma once
 
 #include "config/apply/restore.h"
@@ -13,23 +13,24 @@ enum class Pending {
     Waits,        // a change may still be confirmed
 };
 
-// What there is. Throws for a journal that cannot be used. The change that this process is at does not count.
+// Returns the pending change. Throws when the journal cannot be used. The transaction of this process does
+// not count.
 Pending pendingJournal();
 
-// Undoes what is pending, or only what has expired or was interrupted. Nothing is pending afterwards if the
-// result is complete. Takes the lock of everything.
+// Undoes the pending change; with NotWhatWaits, only if it was interrupted or has expired. If the result is
+// complete, no change is pending afterwards. Locks the host.
 enum class Recover { All, NotWhatWaits };
 Restored recover(Recover which = Recover::All);
 
-// Keeps the change that waits. False when there is none. One that has expired is undone, and throws. Takes
-// the lock of everything.
+// Confirms the waiting change. Returns false when there is none. Undoes a change that has expired, and
+// throws. Locks the host.
 bool confirm();
 
-// What every change begins with: undoes what is to be undone, and throws while something waits. Returns what
-// was undone, as a sentence, or nothing.
+// The first step of every change: undoes an interrupted or expired change, and throws while another waits for
+// confirmation. Returns a sentence about what was undone, or nothing.
 std::string settlePending();
 
-// "undone" for messages, or what is left. Throws the latter.
+// Throws a failure that lists what could not be restored.
 void requireRestored(const Restored &restored);
 
 }  // namespace qvs::config

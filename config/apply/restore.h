@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Making things as they were before a change.
+// Restores the state before a change.
 #pragma once
 
 #include <string>
@@ -17,8 +17,7 @@ struct Restored {
     bool complete() const { return left.empty(); }
 };
 
-// Changes what differs from before, and nothing else, so that it may run any number of times. Loads the
-// snapshot again.
+// Changes only what differs from the recorded state, so that it is idempotent. Loads the snapshot again.
 Restored restore(const Before &before);
 
 }  // namespace qvs::config

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What single steps of a plan do.
+// The functions of the steps of a plan.
 #pragma once
 
 #include <qvs/hyp.h>
@@ -12,18 +12,18 @@
 
 namespace qvs::config {
 
-// They run on the snapshot of their stage.
+// Steps use the snapshot of their stage.
 HYP_ReturnStatus createSwitch(const SwitchEntry &sw);
 HYP_ReturnStatus addPort(const std::string &alias, const PortEntry &port);
-// Stores the value of a setting, or removes what is stored for it.
+// Stores the value of a setting, or removes it.
 HYP_ReturnStatus storeSetting(const Change &change);
 HYP_ReturnStatus clearSetting(const Change &change);
 
-// A property at the place of a change, byte by byte; null clears it.
+// Stores the bytes of a property, or clears it when they are null.
 HYP_ReturnStatus storeRaw(const Change &change, const char *key, uint32_t classes, const Blob *value);
-// Makes both lists of uplinks and the aliases of their ports those that are wanted.
+// Changes both lists of uplinks, and the aliases of their ports, to the wanted uplinks.
 HYP_ReturnStatus arrangeUplinks(const std::string &alias, const std::vector<UplinkEntry> &wanted);
-// The uplinks in the value of the member "uplinks".
+// Returns the uplinks in the value of the member "uplinks".
 std::vector<UplinkEntry> uplinksIn(const Value &value);
 
 }  // namespace qvs::config

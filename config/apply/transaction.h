@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A change of many steps that is done as a whole or not at all, whatever ends it.
+// A change of several steps that is carried out as a whole or not at all.
 #pragma once
 
 #include <csignal>
@@ -9,8 +9,8 @@
 
 namespace qvs::config {
 
-// From its making until it is committed or undone, the journal lies on disk, and a later run undoes what this
-// one cannot. The caller holds the lock of everything.
+// The journal exists from construction until the transaction is committed or undone. If the process ends
+// before, a later run undoes the change. The caller holds the lock of the host.
 class Transaction {
   public:
     explicit Transaction(Before before);
@@ -18,29 +18,30 @@ class Transaction {
     Transaction(const Transaction &) = delete;
     Transaction &operator=(const Transaction &) = delete;
 
-    // Makes everything as it was. The journal stays unless that was possible.
+    // Restores the state before the change. The journal is kept if that was not possible in full.
     Restored undo();
-    // Keeps what was done; for good, or until the time that is returned, unless somebody confirms it before.
+    // commit makes the change permanent. commitForNow keeps it until the time that it returns, on the clock of
+    // bootTime(); if it is not confirmed before, it is undone.
     void commit();
     uint64_t commitForNow(uint32_t seconds);
 
-    // Whether this process is in a transaction: its journal is none that a run has left behind.
+    // Whether this process is in a transaction, so that the journal is its own.
     static bool underWay();
 
   private:
     Before before_;
 };
 
-// Holds back the signals that end a run, so that the run can see them between two steps.
+// Blocks the signals that end a run, so that the run can look for them between two steps.
 class Interruptions {
   public:
     Interruptions();
-    // What has come in since is delivered, but for what was taken.
+    // Delivers the signals that were received and not taken.
     ~Interruptions();
     Interruptions(const Interruptions &) = delete;
     Interruptions &operator=(const Interruptions &) = delete;
 
-    // The name of a signal that came in; null for none. Each is told once.
+    // Returns the name of a signal that was received, or null. Each signal is returned once.
     const char *take();
 
   private:

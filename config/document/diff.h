@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What differs between two documents.
+// Compares two documents.
 #pragma once
 
 #include <string>
@@ -22,7 +22,7 @@ struct Change {
     std::string member;
     const Setting *setting = nullptr;
     bool property = false;
-    // An existing switch or port cannot change this.
+    // Whether an existing switch or port cannot be changed in this way.
     bool conflict = false;
     // As typed: values of settings; uplinks as a list of {name, port}; properties as {class, value}; bool,
     // number or text. Absent on the side that has nothing, and for switches and ports. Where a property takes
@@ -30,7 +30,7 @@ struct Change {
     // tells.
     Value before;
     Value after;
-    // As text in one line, empty on the side that has nothing.
+    // The values as text of one line; empty on the side that has none.
     std::string beforeText;
     std::string afterText;
 

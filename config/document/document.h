@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The configuration of a host as data: what a document says, or what a snapshot holds.
+// The configuration of a host as data, from a document or from a snapshot.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 namespace qvs::config {
 
-// A stored property that is no setting, or whose record the members of its setting cannot express.
+// A stored property that no setting covers, or whose record the members of its setting cannot express.
 struct RawProperty {
     std::string key;
     uint32_t classes = 0;  // DVS_PROP_...
@@ -22,12 +22,12 @@ struct RawProperty {
     friend bool operator==(const RawProperty &, const RawProperty &) = default;
 };
 
-// What is stored at one place: settings in the order of the table, other properties by key.
+// What is stored at one place: settings in the order of the table, and other properties by key.
 struct Part {
     std::vector<std::pair<const Setting *, Value>> settings;
     std::vector<RawProperty> properties;
 
-    // Null when the part has no such setting or property.
+    // Returns null when the part has no such setting or property.
     const Value *find(const Setting &setting) const;
     const RawProperty *findProperty(std::string_view key) const;
 

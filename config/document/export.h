@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The document of what a host has stored.
+// Makes the document of what a host has stored.
 #pragma once
 
 #include <span>

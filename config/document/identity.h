@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The members of switches and ports in documents that are no settings. Reader, writer, schema and comparison
+// The members of switches and ports in documents that are not settings. Reader, writer, schema and comparison
 // are made from these tables.
 #pragma once
 
@@ -36,7 +36,7 @@ inline constexpr const char *kProperties = "properties";
 inline constexpr const char *kHost = "host";
 inline constexpr const char *kPorts = "ports";
 
-// The uplinks of an entry as a list of {name, port}, and back.
+// Convert the uplinks of an entry to a list of {name, port}, and back.
 Value valueOf(const std::vector<UplinkEntry> &uplinks);
 Value valueOf(const RawProperty &property);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Texts as documents write them.
+// Writes texts as scalars of documents.
 #pragma once
 
 #include <string>
@@ -7,10 +7,10 @@
 
 namespace qvs::config {
 
-// The bytes of a name as text, as shown() has them. U+FFFD is escaped, too: readers take it for lost bytes.
+// Returns a name as shown() does. U+FFFD is escaped, too, because readers take it for lost bytes.
 std::string documentText(std::string_view bytes);
 
-// Text as a scalar of YAML, in quotes when YAML 1.1 or 1.2 would read something else without.
+// Returns a text as a YAML scalar, in quotes if YAML 1.1 or 1.2 would otherwise read something else.
 std::string quotedForYaml(std::string_view text);
 std::string quotedForJson(std::string_view text);
 

@@ -28,8 +28,8 @@ struct Node {
     std::vector<Node> items;  // of a mapping: key, value, key, value...
 };
 
-// Reads YAML, of which JSON is a part. Anchors, aliases and tags are problems. Nothing when the text cannot
-// be read to its end.
+// Reads YAML, which includes JSON. Anchors, aliases and tags are reported as problems. Returns nothing when
+// the text cannot be parsed.
 std::optional<Node> parseTree(std::string_view text, std::string_view origin, std::vector<Problem> &problems);
 
 }  // namespace qvs::config

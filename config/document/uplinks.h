@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The two stored lists that make up the uplinks of a switch.
+// Reads the two stored lists that make up the uplinks of a switch.
 #pragma once
 
 #include <optional>
@@ -9,8 +9,8 @@
 
 namespace qvs::config {
 
-// The uplinks that the lists of a switch name, in the order of their ports. Nothing when the lists do not
-// agree with each other or with the ports, so that no list of uplinks stands for them.
+// Returns the uplinks of a switch in the order of their ports. Returns nothing when the lists disagree with
+// each other or with the ports; a document then contains the lists as properties.
 std::optional<std::vector<UplinkEntry>> uplinksOf(DVSSwitch *sw);
 
 }  // namespace qvs::config

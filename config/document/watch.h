@@ -18,18 +18,18 @@ namespace qvs::config {
 
 class Watch {
   public:
-    // Watches these switches, or all. Takes the first look; throws Failure when the host does not answer or
-    // has no switch of one of the names.
+    // Watches these switches, or all. Reads the state once. Throws when the host does not answer or does not
+    // have one of the switches.
     explicit Watch(std::vector<std::string> aliases);
 
-    // Looks again. While nothing changes, this costs little more than a copy of the state. Returns the status
-    // of the state library when it does not have the state; there are no changes then.
+    // Reads the state again. While nothing changes, this costs little more than a copy of the state. Returns
+    // the status of the state library when the state cannot be read; there are no changes then.
     HYP_ReturnStatus look();
 
-    // What the last look found changed. Includes the link states of ports, as the member "link" with the
-    // texts "up" and "down".
+    // The changes that the last look found. The link state of a port is the member "link" with the texts "up"
+    // and "down".
     const std::vector<Change> &changes() const { return changes_; }
-    // Of the last look that found a host.
+    // The state of the last look that succeeded.
     size_t switches() const { return seen_.document.switches.size(); }
 
   private:

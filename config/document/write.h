@@ -11,11 +11,11 @@ namespace qvs::config {
 std::string writeYaml(const Document &document);
 std::string writeJson(const Document &document);
 
-// The value of a setting in one line of YAML, as a document has it: "{id: 10}". An absent value is "-".
+// Returns the value of a setting as one line of YAML: "{id: 10}". An absent value is "-".
 std::string lineOf(const Setting &setting, const Value &value);
 std::string lineOf(const Member &member, const Value &value);
 std::string lineOf(const std::vector<UplinkEntry> &uplinks);
-// The same as JSON; null for an absent value.
+// Returns the value as JSON; null for an absent value.
 std::string jsonOf(const Value &value);
 
 }  // namespace qvs::config

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Calls of libqvs: traced on request, their buffers released.
+// Calls functions of libqvs, traces the calls on request, and releases their buffers.
 #pragma once
 
 #include <fmt/format.h>
@@ -22,7 +22,8 @@ namespace qvs {
 
 // Receives one line for each call of the library: its name, arguments, outcome and time. Null: no trace.
 inline void (*onCall)(std::string_view line) = nullptr;
-// Whether a call found nothing since this was last set to false. A host that ends shows like that, too.
+// True after a call has answered "not found", until it is set to false. A host that has ended answers the
+// same.
 inline bool foundNothing = false;
 
 template <auto Free>
@@ -39,7 +40,7 @@ void line(std::string_view name, const std::string &arguments, const std::string
           std::chrono::steady_clock::duration elapsed);
 std::string statusText(HYP_ReturnStatus status);
 
-// Numbers and texts that go in are shown; records and whatever comes out is not.
+// Arguments in a trace: numbers and texts that are passed in are shown, records and results are not.
 template <typename Value>
 std::string shownArgument(const Value &value) {
     if constexpr (std::is_same_v<Value, const char *>) {
@@ -53,7 +54,7 @@ std::string shownArgument(const Value &value) {
 
 }  // namespace trace
 
-// What the function's name is in its program text.
+// Takes the name of a function out of the text of the program.
 template <auto Function>
 consteval std::string_view nameOfFunction() {
     constexpr std::string_view kBefore = "Function = ";
@@ -65,8 +66,8 @@ consteval std::string_view nameOfFunction() {
 
 static_assert(nameOfFunction<DVSLoadConfig>() == "DVSLoadConfig");
 
-// traced<FUNCTION>(outcome, arguments...): calls FUNCTION of the library, and with --trace says so; `outcome`
-// puts the result in words. The errno that the function left stays.
+// traced<FUNCTION>(outcome, arguments...): calls FUNCTION of libqvs and, with --trace, prints the call.
+// `outcome` describes the result in words. errno is kept.
 template <auto Function>
 struct TracedCall;
 template <typename Result, typename... Parameters, Result (*Function)(Parameters...)>
@@ -87,7 +88,7 @@ struct TracedCall<Function> {
 template <auto Function>
 inline constexpr TracedCall<Function> traced;
 
-// call<FUNCTION>(arguments...): the same for a function that answers a status.
+// call<FUNCTION>(arguments...): does the same for a function that returns a status.
 template <auto Function>
 struct StatusCall;
 template <typename... Parameters, HYP_ReturnStatus (*Function)(Parameters...)>
@@ -101,7 +102,7 @@ struct StatusCall<Function> {
 template <auto Function>
 inline constexpr StatusCall<Function> call;
 
-// Interrupting, ending and hanging up wait until this is gone.
+// Blocks SIGINT, SIGTERM and SIGHUP while it exists.
 class SignalsHeld {
   public:
     SignalsHeld() {
@@ -119,8 +120,8 @@ class SignalsHeld {
     sigset_t before_;
 };
 
-// callWhole<FUNCTION>(arguments...): the same for a change of several steps, which a signal may not stop half
-// way: what is half done has no verb that finishes or removes it.
+// callWhole<FUNCTION>(arguments...): does the same for a change of several steps and blocks signals
+// meanwhile, because no command could complete or remove an interrupted change.
 template <auto Function>
 struct WholeCall;
 template <typename... Parameters, HYP_ReturnStatus (*Function)(Parameters...)>
@@ -133,7 +134,7 @@ struct WholeCall<Function> {
 template <auto Function>
 inline constexpr WholeCall<Function> callWhole;
 
-// One of the VSHYP calls that hand out a buffer as their last argument.
+// Calls a VSHYP function that returns a buffer in its last argument.
 template <auto Function, typename... Arguments>
 HYP_ReturnStatus fetch(VshypBuffer &buffer, Arguments... arguments) {
     void *raw = nullptr;
@@ -142,7 +143,7 @@ HYP_ReturnStatus fetch(VshypBuffer &buffer, Arguments... arguments) {
     return status;
 }
 
-// The same, and throws what fails.
+// Does the same, and throws when the call fails.
 template <auto Function, typename... Arguments>
 VshypBuffer fetched(std::string_view subject, Arguments... arguments) {
     VshypBuffer buffer;

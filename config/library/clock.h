@@ -9,7 +9,8 @@
 
 namespace qvs {
 
-// The present time as RFC 3339 has it: "2026-11-22T05:40:00Z", or with milliseconds before the Z.
+// Returns the current time in the format of RFC 3339: "2026-11-22T05:40:00Z", or with milliseconds before the
+// Z.
 inline std::string utcTime(bool milliseconds = false) {
     struct timespec now {};
     struct tm parts {};

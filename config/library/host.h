@@ -1,20 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whether there is a host, and whether it answers.
+// Checks that there is a host and that it answers.
 #pragma once
 
 #include "config/library/status.h"
 
 namespace qvs {
 
-// Throws unless the kernel's switch device can be opened and the state of the switches was loaded. Asks once
-// in a run.
+// Throws unless the switch device can be opened and the state was loaded. Checks only once in a run.
 void requireHost();
 
-// Throws unless the switch state could be loaded.
+// Throws unless the state was loaded.
 void requireState(HYP_ReturnStatus status);
 
-// What a library call that failed, or that found nothing, comes from when the host is gone or has stopped
-// answering; nothing when it answers.
+// Called after a call of the library has failed or found nothing. If that is because the host is gone or does
+// not answer, throws a failure that says so. Returns otherwise.
 void blameHost(const std::string &message);
 
 }  // namespace qvs

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Counted lists of the kernel, kept within what was handed over; and the name by which the kernel knows a
-// switch.
+// Reads the lists of the kernel within the bytes that it returned.
 #pragma once
 
 #include <qvs/vshyp.h>
@@ -16,7 +15,7 @@
 
 namespace qvs {
 
-// A counted list of the kernel: a header with the count in front, and entries of one size.
+// A list of the kernel: a header that contains the count, and entries of one size.
 struct KernelList {
     std::shared_ptr<void> buffer;
     size_t entrySize = 0;
@@ -24,20 +23,20 @@ struct KernelList {
     uint32_t count = 0;  // of the entries that were really handed over
 
     Bytes entry(uint32_t index) const;
-    // The header and the entries that were handed over.
+    // The header and the entries that the kernel returned.
     Bytes bytes() const;
 };
 
-// Asks the kernel for a list; null for none.
+// Requests a list. Returns null when there is none.
 using AskList = std::function<std::shared_ptr<void>()>;
 
-// Asks, and bounds the count that the kernel wrote, into the header at countAt, by what the buffer holds;
-// warns when it claims more. Asks again where the buffer alone does not tell whether its last entries, of
-// zeros, were handed over.
+// Requests a list and limits the count in its header, at countAt, to the entries that the buffer holds. Warns
+// when the count is larger. Repeats the request when the last entries are zeros, because the buffer alone
+// does not show whether the kernel wrote them.
 KernelList boundedList(const AskList &ask, size_t entrySize, std::string_view what,
                        size_t headerSize = sizeof(VSHYP_ListHeader), size_t countAt = 0);
 
-// The portset name, by which the kernel knows the switch.
+// Returns the portset name of a switch, which the kernel uses as its name.
 std::string portsetOf(const std::string &alias);
 
 }  // namespace qvs

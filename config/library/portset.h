@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Portsets, the kernel's side of switches, apart from the switches that they belong to.
+// Finds and removes portsets, the data paths of switches in the kernel.
 #pragma once
 
 #include <qvs/mesh_public.h>
@@ -16,15 +16,15 @@ struct KernelSwitches {
     std::set<std::string, std::less<>> portsets;
     std::set<std::string, std::less<>> aliases;
 };
-// Nothing, and a warning, when the kernel does not say.
+// Returns nothing and warns when the kernel does not answer.
 std::optional<KernelSwitches> askKernelSwitches();
 bool hasPortset(const KernelSwitches &kernel, std::string_view name);
 bool hasAlias(const KernelSwitches &kernel, std::string_view alias);
 
-// The switch that a portset belongs to by its properties; null for none.
+// Returns the switch whose properties name the portset, or null.
 DVSSwitch *ownerOfPortset(std::string_view portset);
 
-// Removes a portset that belongs to no switch. False when the kernel's shell did not remove it.
+// Removes a portset that belongs to no switch. Returns false when the kernel's shell did not remove it.
 bool destroyPortset(const std::string &portset);
 
 }  // namespace qvs

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the snapshot holds: switches, ports and their properties.
+// Reads switches, ports and their properties from the snapshot.
 #pragma once
 
 #include <qvs/keys.h>
@@ -17,7 +17,7 @@
 
 namespace qvs {
 
-// How messages name what they are about.
+// The names of objects in messages.
 std::string named(std::string_view alias);                         // "switch 'sw1'"
 std::string named(std::string_view alias, std::string_view port);  // "switch 'sw1': port 'p'"
 std::string namedUplink(std::string_view alias, std::string_view uplink);
@@ -45,7 +45,7 @@ int visitProperty(DVSData *data, void *visit) {
 }
 }  // namespace detail
 
-// Walks end when visit answers false.
+// Visits all objects. Stops when `visit` returns false.
 template <typename Visit>
 void forEachSwitch(Visit visit) {
     DVSState_SwitchForEach(detail::visitHandle<DVSSwitch, Visit>, &visit);
@@ -80,45 +80,44 @@ void forEachProperty(const Place &place, Visit visit) {
     }
 }
 std::optional<Property> findProperty(const Place &place, std::string_view key);
-// A text property, or nothing when there is no such property.
+// Returns the value of a text property, or nothing when it is not stored.
 std::optional<std::string_view> findText(const Place &place, std::string_view key);
 
-// A 32-bit property; nothing when there is none or it has another size.
+// Returns the value of a 32-bit property, or nothing when it is not stored or has another size.
 std::optional<uint32_t> findNumber(const Place &place, std::string_view key);
 
 bool snapshotEmpty();
 
 // Nanoseconds since the machine was started, the same for all processes.
 uint64_t bootTime();
-// When the loading of the snapshot began. The first is loaded before main, not before the program has
-// started.
+// The time at which the snapshot began to load. The first snapshot is loaded before main.
 inline uint64_t snapshotTime = 0;
-// Loads the snapshot again. Handles from before are void.
+// Loads the snapshot again, which invalidates all handles.
 HYP_ReturnStatus loadSnapshot();
 
-// Whether a change that another process was quicker to make, and may still be at, comes true: the snapshot is
-// loaded again until `made` finds it there, as often as is said, 20 ms apart. What `made` throws counts only
-// at the end. Handles from before are void.
+// Waits for a change of another process: loads the snapshot again, 20 ms apart and at most the given number
+// of times, until `made` returns true. A failure that `made` throws counts only at the last attempt. All
+// handles become invalid.
 bool comesTrue(const std::function<bool()> &made, int looks = 50);
 
-// The switch with this alias; a not-found failure without one.
+// Returns the switch with this alias. Throws a not-found failure.
 DVSSwitch *findSwitch(const std::string &alias);
-// The same for a switch that can be changed: one of class "vswitch".
+// Does the same, and throws for a switch that is not of class "vswitch" and so cannot be changed.
 DVSSwitch *findVswitch(const std::string &alias);
 DVSSwitch *findSwitchById(std::string_view switchId);
-// Null when the switch has no such port.
+// Returns the port, or null.
 DVSPort *lookUpPort(DVSSwitch *sw, const std::string &portId);
-// The port; a not-found failure without one.
+// Returns the port. Throws a not-found failure.
 DVSPort *findPort(DVSSwitch *sw, const std::string &alias, const std::string &portId);
 
-// The number that the kernel has for a port; a failure when it has none.
+// Returns the number of the port in the kernel. Throws when it has none.
 uint32_t portNumber(const std::string &alias, const std::string &portId);
 
 uint32_t countPorts(DVSSwitch *sw);
-// The words that tell how many ports a switch has room for when that was too few, and nothing for any other
-// status.
+// Returns a hint with the capacity of a switch if `status` says that the capacity was exceeded. Empty for any
+// other status.
 std::string roomHint(HYP_ReturnStatus status, uint32_t maxPorts);
-// The identifiers of the ports that carry the uplinks of a switch, in their order.
+// Returns the identifiers of the uplink ports of a switch, in their order.
 std::vector<std::string_view> uplinkPorts(DVSSwitch *sw);
 
 // The record that the kernel keeps for each port.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Statuses of the library as failures of the tool.
+// Turns statuses of the library into failures.
 #pragma once
 
 #include <qvs/hyp.h>
@@ -10,10 +10,10 @@
 
 namespace qvs {
 
-// No answer in time, from the device or from the state library.
+// The status of a device or state library that does not answer in time.
 inline constexpr HYP_ReturnStatus kTimedOut = 0xbad0021u;
 
-// The failure of a library call: "switch 'sw9': Not found (0xbad0003)", with a hint behind it when there is
+// Makes the failure of a library call: "switch 'sw9': Not found (0xbad0003)", followed by a hint if there is
 // one.
 Failure libraryFailure(std::string_view subject, HYP_ReturnStatus status, std::string_view hint = {});
 

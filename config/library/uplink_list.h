@@ -15,7 +15,7 @@
 
 namespace qvs {
 
-// A view of one list. It never leaves its bytes, whatever the list counts.
+// A view of one list. It stays within its bytes, whatever count the list contains.
 template <typename Entry>
 class UplinkList {
   public:
@@ -32,13 +32,13 @@ class UplinkList {
         return UplinkList({static_cast<const uint8_t *>(list), sizeof head + head.count * sizeof(Entry)});
     }
 
-    // Whether there are as many entries as the list counts, and nothing else.
+    // Whether the size of the list matches its count.
     bool wellFormed() const { return hasHead_ && bytes_.size() == uint64_t{head_.count} * sizeof(Entry); }
-    // The entries that are counted and there.
+    // The number of entries that are counted and present.
     size_t size() const {
         return hasHead_ ? std::min<size_t>(head_.count, bytes_.size() / sizeof(Entry)) : 0;
     }
-    // The text of an entry. One that fills its entry has no NUL.
+    // Returns the text of an entry. A text that fills its entry has no NUL.
     std::string_view operator[](size_t index) const {
         return boundedText(&bytes_[index * sizeof(Entry)], sizeof(Entry));
     }
@@ -52,8 +52,7 @@ class UplinkList {
 using UplinkNames = UplinkList<VSDVS_UplinkName>;
 using UplinkPorts = UplinkList<VSDVS_UplinkPort>;
 
-// A list of uplinks or of their ports as it is stored: a count, and entries of one size with zeros behind the
-// name.
+// Makes a stored list of uplinks, or of their ports: a count, and entries of one size, filled up with zeros.
 inline std::vector<uint8_t> packList(const std::vector<std::string> &names, size_t entrySize) {
     auto count = static_cast<uint32_t>(names.size());
     std::vector<uint8_t> list(sizeof count + names.size() * entrySize);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the families share: records as packed structs, texts, and statuses of libqvs.
+// Functions that the families share: records as packed structs, texts, and statuses of libqvs.
 #pragma once
 
 #include <cstring>
@@ -13,7 +13,7 @@
 
 namespace qvs::config {
 
-// The packed record that exactly these bytes hold.
+// Returns the packed record if the bytes have exactly its size.
 template <typename Packed>
 std::optional<Packed> recordOf(const std::optional<Bytes> &bytes) {
     Packed record;
@@ -28,13 +28,13 @@ Blob blobOf(const Packed &record) {
     return {bytes, bytes + sizeof record};
 }
 
-// A stored text with its NUL.
+// Returns the bytes of a text with its NUL.
 inline Blob blobOfText(std::string_view text) {
     Blob blob(text.begin(), text.end());
     blob.push_back(0);
     return blob;
 }
-// The text that is stored with one NUL at its end and none before.
+// Returns the text if the bytes have one NUL, at their end.
 inline std::optional<std::string> textOf(const std::optional<Bytes> &bytes) {
     if (!bytes || bytes->empty() || bytes->back() != 0) return std::nullopt;
     std::string text(bytes->begin(), bytes->end() - 1);
@@ -42,45 +42,45 @@ inline std::optional<std::string> textOf(const std::optional<Bytes> &bytes) {
     return text;
 }
 
-// The word for a number of a record; a number without a word as text, which no member takes.
+// Returns the word for a number of a record. A number without a word becomes a text that no member accepts.
 Value wordOf(std::span<const char *const> words, uint32_t number);
-// The number that stands for a word.
+// Returns the number that a word stands for.
 uint32_t numberOf(std::span<const char *const> words, const Value &word);
 
-// Bits of a record and the words for them, in the same order.
+// Bits of a record, and their words in the same order.
 struct Flags {
     std::span<const char *const> words;
     std::span<const uint32_t> bits;
 };
-// The words for the bits that are set; bits without a word together as a number, which no member takes.
+// Returns the words for the bits that are set. Bits without a word become one number, which no member
+// accepts.
 List wordsOf(const Flags &flags, uint32_t bits);
 uint32_t bitsOf(const Flags &flags, const Value &words);
 
-// The value that a record was decoded to, or nothing when the members do not take it.
+// Returns the decoded value, or nothing when the members do not accept it.
 std::optional<Value> ifTaken(const Setting &setting, Value value);
 
-// Throws unless libqvs could read what is stored under one of the keys of a setting. Returns false when there
-// is nothing to read.
+// Throws unless libqvs can read what is stored under a key of a setting. Returns false when nothing is
+// stored.
 bool wasRead(const Setting &setting, const Target &target, HYP_ReturnStatus status, size_t key = 0);
 
-// A property that is stored under the key of a setting and cleared by its key, for settings that libqvs
-// stores with a function of their own but does not clear with one.
+// Functions for a property that libqvs stores with a function of the family and that is cleared by its key.
 HYP_ReturnStatus clearByKey(const Setting &setting, const Target &target);
 
 template <const Setting &setting>
 HYP_ReturnStatus clearKey(const Target &target) {
     return clearByKey(setting, target);
 }
-// What is not there is cleared already.
+// A property that does not exist counts as cleared.
 inline HYP_ReturnStatus unlessAbsent(HYP_ReturnStatus status) {
     return status == HYP_NOT_FOUND ? HYP_OK : status;
 }
 
-// The functions of a setting that is one text of two words, "true" for on and "false" for off.
+// The functions of a setting whose property is "true" for on and "false" for off.
 std::optional<Value> decodeTrueFalse(const StoredView &stored);
 Stored encodeTrueFalse(const Value &value, const StoredView &now, const Target &target);
 
-// The functions of a setting that is one text, stored with its NUL. store: a function of libqvs that takes
+// The functions of a setting whose property is a text with its NUL. store: a function of libqvs that takes
 // the switch, the port and the text.
 template <const Setting &setting>
 std::optional<Value> decodeText(const StoredView &stored) {

@@ -36,17 +36,18 @@ struct Member {
     std::span<const Member> members = {};
     uint64_t mostItems = UINT32_MAX;
     const char *unit = nullptr;  // of a number, "seconds"
-    // The value when it is not given, as text; null: it is absent then. Of a list, "" is the empty list.
+    // The value, as text, when the member is not given. Null: the member is then absent. "" is the empty
+    // list.
     const char *fallback = nullptr;
     bool quiet = false;  // documents leave it out when it equals its fallback
     bool set = false;    // of a list of words: completed() puts them in the order of `words`, each once
-    // The one form of a text that can be written in several, or nothing when it is no such text; and what to
-    // call such a text. Null: any text is taken as it is.
+    // Returns the canonical form of a text, or nothing when the text is invalid; and the name of such texts.
+    // Null: every text is accepted as it is.
     std::optional<std::string> (*form)(std::string_view text) = nullptr;
     const char *shape = nullptr;
 };
 
-// The result of reading a text: a value, or what is wrong with it ("5000 is beyond 4094").
+// The result of reading a text: a value, or a problem ("5000 is beyond 4094").
 struct Parsed {
     Value value;
     std::string problem;
@@ -54,14 +55,14 @@ struct Parsed {
     bool ok() const { return problem.empty(); }
 };
 
-// Reads one scalar of a member (one item of a list) from a document or a command line. Booleans may be on,
-// off, true or false. Texts are taken as they are. Bytes are base64.
+// Reads one scalar of a member, or one item of a list, from a document or a command line. Booleans are on,
+// off, true or false. Bytes are base64.
 Parsed parseScalar(const Member &member, std::string_view text);
 
-// Checks the bounds of a scalar that is typed already; returns the problem, or an empty text.
+// Checks the bounds of a typed scalar. Returns the problem, or an empty text.
 std::string problemOf(const Member &member, const Value &value);
 
-// The value of a member that is not given; absent when it has no fallback.
+// Returns the value of a member that is not given; absent when it has no fallback.
 Value fallbackOf(const Member &member);
 
 // Writes a scalar as parseScalar reads it.
@@ -70,7 +71,7 @@ std::string formatScalar(const Member &member, const Value &value);
 // "--limit-policy" for "limitPolicy".
 std::string optionOf(const Member &member);
 
-// What a member takes, for help, errors and schema: "0 to 4094", "allow or deny".
+// Describes the values that a member accepts, for help, errors and schema: "0 to 4094", "allow or deny".
 std::string expectation(const Member &member);
 
 }  // namespace qvs::config

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The entities of mirror sessions as text: names, texts, addresses or VLAN ids, as the type of the session
-// wants them.
+// Converts the entities of mirror sessions to text and back: names, texts, addresses or VLAN ids, depending
+// on the type of the session.
 #pragma once
 
 #include <qvs/vsdvs.h>
@@ -12,19 +12,19 @@
 
 namespace qvs::config {
 
-// What the value of an entity is.
+// The kind of value that an entity holds.
 enum class Form { Name, Text, Address, Mac, Vlan, Unknown };
 
-// The form of an entity in one of the three groups of a session: 0 the destinations, 1 and 2 the sources. The
-// older form of sessions has no type, and names alone.
+// Returns the form of an entity in one of the three groups of a session: 0 is the destinations, 1 and 2 are
+// the sources. Sessions of the older form have no type, and only names.
 Form formOf(size_t group, std::optional<uint32_t> type);
 
-// What a form takes, for messages.
+// Describes the values of a form, for messages.
 const char *shapeOf(Form form);
 
 std::string textOfEntity(Form form, const VSDVS_MirrorEntity &entity);
 
-// Writes a text into an entity; returns false when the form does not take it.
+// Writes a text into an entity. Returns false when the form does not accept it.
 bool setEntity(Form form, const std::string &text, VSDVS_MirrorEntity &entity);
 
 }  // namespace qvs::config

@@ -12,7 +12,7 @@
 
 namespace qvs::config {
 
-// A view of a list. It never leaves its bytes, whatever the list counts.
+// A view of a list. It stays within its bytes, whatever counts the list contains.
 class MirrorList {
   public:
     static constexpr uint64_t sizeFor(uint64_t sessions, uint64_t entities) {
@@ -20,7 +20,7 @@ class MirrorList {
                entities * sizeof(VSDVS_MirrorEntity);
     }
 
-    // Nothing when the bytes are fewer than the list counts.
+    // Returns nothing when the list counts more than the bytes hold.
     static std::optional<MirrorList> of(Bytes bytes) {
         MirrorList list(bytes);
         if (bytes.size() < sizeof list.header_) return std::nullopt;
@@ -43,7 +43,7 @@ class MirrorList {
         return at<VSDVS_MirrorEntity>(sizeFor(header_.sessionCount, index));
     }
 
-    // The end of the group of a session, as it claims.
+    // Returns the end of a group of a session, as the session claims it.
     static uint64_t groupEnd(const VSDVS_MirrorSession &session) {
         return uint64_t{session.firstEntity} + session.dstEntities + session.srcInEntities +
                session.srcOutEntities;

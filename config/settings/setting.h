@@ -19,13 +19,13 @@ namespace qvs::config {
 
 // A setting is stored in one property or in two.
 inline constexpr size_t kMostKeys = 2;
-// What is stored under each key of a setting, or nothing.
+// The stored value of each key of a setting, or nothing.
 using StoredView = std::array<std::optional<Bytes>, kMostKeys>;
 using Stored = std::array<std::optional<Blob>, kMostKeys>;
 StoredView viewOf(const Stored &stored);
 
-// Where a setting of a call lives: the names that libqvs takes, and the place in the snapshot. The handles
-// are null when the snapshot does not know the switch or port (yet).
+// The place of a setting: the names that libqvs takes, and the handles of the snapshot. A handle is null when
+// the snapshot does not contain the switch or the port.
 struct Target {
     std::string alias;  // or the identifier, when byId is set
     std::string port;   // empty for settings of a switch
@@ -54,11 +54,10 @@ struct Setting {
     // changes.
     const Setting *repeats = nullptr;
 
-    // Puts members in the one form in which decode gives them back; null when completed() needs no help.
+    // Brings members into the form that decode returns. Null when completed() suffices.
     Value (*canonical)(Value value) = nullptr;
-    // Returns what is wrong with members that depend on one another ("private requires id"), or an empty
-    // text. The value is completed, and each member within its own bounds. Null when no such fault is
-    // possible.
+    // Checks members that depend on one another ("private requires id"). Returns the problem or an empty
+    // text. The value is completed, and each member is within its bounds. Null when members are independent.
     std::string (*problem)(const Value &value) = nullptr;
 
     // Returns the value that the stored records express, or nothing when the members cannot express them. At
@@ -86,29 +85,30 @@ struct Setting {
     bool isScalar() const { return members.size() == 1 && *members[0].name == '\0'; }
 };
 
-// All settings, in the order of documents. Settings that others are stored with come first.
+// All settings in the order of documents. A setting that is stored with another one comes first.
 std::span<const Setting *const> settings();
-// The setting of this name in a scope, or the one that a key belongs to; null when there is none.
+// Returns the setting of this name in a scope, or the one that a key belongs to, or null.
 const Setting *settingNamed(Scope scope, std::string_view name);
 const Setting *settingOfKey(Scope scope, std::string_view key);
 
-// The class bits with which libqvs stores a key; 0 for what it never stores, nothing for a key of others.
+// Returns the class bits with which libqvs stores a key: 0 for a key that it never stores, nothing for a key
+// that it does not know.
 std::optional<uint32_t> classOfKey(Scope scope, std::string_view key);
 
-// Gives the members that are not given their fallbacks, and puts the members in the order of the setting.
+// Fills in the fallbacks of members that are not given, and sorts the members in the order of the setting.
 Value completed(const Setting &setting, const Value &value);
-// What holds when nothing is stored and libqvs needs no running switch to tell: the fallbacks alone. Absent
-// when there is no such value.
+// Returns the value that holds when nothing is stored, if it does not depend on the running switch: the
+// fallbacks. Absent when there is no such value.
 Value fallbackOf(const Setting &setting);
 
-// What is wrong with a completed value, with the member in front ("id: 5000 is beyond 4094"), or an empty
+// Returns the problem of a completed value, with the member first ("id: 5000 is beyond 4094"), or an empty
 // text.
 std::string problemOf(const Setting &setting, const Value &value);
 
-// What the snapshot has stored for a setting. Views end with the next snapshot.
+// Returns what the snapshot has stored for a setting. The views are invalid after the next snapshot.
 StoredView storedOf(const Setting &setting, const Place &place);
 
-// The value that is stored and that the members express to the byte; otherwise nothing.
+// Returns the stored value if the members express it to the byte, and nothing otherwise.
 std::optional<Value> expressed(const Setting &setting, const StoredView &stored, const Target &target);
 
 }  // namespace qvs::config

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The value of a setting, as documents and commands have it: scalars, lists, and named members.
+// The value of a setting in documents and commands: scalars, lists, and named members.
 #pragma once
 
 #include <cstdint>
@@ -44,7 +44,7 @@ class Value {
     bool isList() const { return std::holds_alternative<List>(data_); }
     bool isRecord() const { return std::holds_alternative<Members>(data_); }
 
-    // The content. The caller knows the type from the member.
+    // Return the content. The caller knows the type from the member.
     bool on() const { return std::get<bool>(data_); }
     uint64_t number() const { return std::get<uint64_t>(data_); }
     const std::string &text() const { return std::get<std::string>(data_); }
@@ -52,10 +52,10 @@ class Value {
     const List &list() const { return std::get<List>(data_); }
     const Members &members() const { return std::get<Members>(data_); }
 
-    // The content for visitors; std::monostate when it is absent.
+    // The content for visitors; std::monostate when the value is absent.
     const auto &content() const { return data_; }
 
-    // The member of this name; an absent value when there is none.
+    // Returns the member of this name, or an absent value.
     const Value &operator[](std::string_view name) const;
     // Replaces or adds a member. An absent value removes it.
     void set(std::string_view name, Value value);
