@@ -320,46 +320,34 @@ constexpr const char *kDetails =
     "most 32 bytes, with ermirror-src an IPv4 or IPv6 address, with logical-span a MAC address. A source is "
     "a name as well; with type rmirror-dst a VLAN id. An empty list is stored as one.";
 
+template <const Setting &setting>
+constexpr Setting mirrorSessions(Scope scope, const char *key, const char *summary) {
+    return {
+        .name = "mirrorSessions",
+        .noun = "mirror",
+        .what = "mirror sessions",
+        .summary = summary,
+        .scope = scope,
+        .keys = {key},
+        .members = kSessions,
+        .example = "sessions.json",
+        .details = kDetails,
+        .content = "sessions",
+        .canonical = canonical,
+        .problem = problemOfSessions,
+        .decode = decode<setting>,
+        .encode = encode,
+        .read = read<setting>,
+        .store = store,
+        .clear = clear,
+    };
+}
+
 }  // namespace
 
-const Setting kUplinkMirrorSessions = {
-    .name = "mirrorSessions",
-    .noun = "mirror",
-    .what = "mirror sessions",
-    .summary = "the mirror sessions of the uplinks of this host",
-    .scope = Scope::Host,
-    .keys = {QVS_KEY_UPLINK_MIRROR_SESSIONS},
-    .members = kSessions,
-    .example = "sessions.json",
-    .details = kDetails,
-    .content = "sessions",
-    .canonical = canonical,
-    .problem = problemOfSessions,
-    .decode = decode<kUplinkMirrorSessions>,
-    .encode = encode,
-    .read = read<kUplinkMirrorSessions>,
-    .store = store,
-    .clear = clear,
-};
-
-const Setting kPortMirrorSessions = {
-    .name = "mirrorSessions",
-    .noun = "mirror",
-    .what = "mirror sessions",
-    .summary = "the mirror sessions of a port",
-    .scope = Scope::Port,
-    .keys = {QVS_KEY_PORT_MIRROR_SESSIONS},
-    .members = kSessions,
-    .example = "sessions.json",
-    .details = kDetails,
-    .content = "sessions",
-    .canonical = canonical,
-    .problem = problemOfSessions,
-    .decode = decode<kPortMirrorSessions>,
-    .encode = encode,
-    .read = read<kPortMirrorSessions>,
-    .store = store,
-    .clear = clear,
-};
+constinit const Setting kUplinkMirrorSessions = mirrorSessions<kUplinkMirrorSessions>(
+    Scope::Host, QVS_KEY_UPLINK_MIRROR_SESSIONS, "the mirror sessions of the uplinks of this host");
+constinit const Setting kPortMirrorSessions = mirrorSessions<kPortMirrorSessions>(
+    Scope::Port, QVS_KEY_PORT_MIRROR_SESSIONS, "the mirror sessions of a port");
 
 }  // namespace qvs::config
