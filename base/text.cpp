@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstring>
 #include <iterator>
+#include <utility>
 
 #include "base/failure.h"
 
@@ -257,6 +258,26 @@ std::optional<MacAddress> parseMac(std::string_view text) {
 
 std::string macText(Bytes address) {
     return fmt::format("{:02x}", fmt::join(address.begin(), address.end(), ":"));
+}
+
+size_t distanceBetween(std::string_view one, std::string_view other) {
+    // Rows of the table of the distances between the beginnings: that of two letters before, of one, and now.
+    std::vector<size_t> earlier;
+    std::vector<size_t> before(other.size() + 1);
+    std::vector<size_t> row(other.size() + 1);
+    for (size_t j = 0; j < row.size(); j++)
+        row[j] = j;
+    for (size_t i = 1; i <= one.size(); i++) {
+        earlier = std::exchange(before, row);
+        row[0] = i;
+        for (size_t j = 1; j < row.size(); j++) {
+            const size_t replaced = before[j - 1] + (one[i - 1] == other[j - 1] ? 0 : 1);
+            row[j] = std::min({replaced, before[j] + 1, row[j - 1] + 1});
+            if (i > 1 && j > 1 && one[i - 1] == other[j - 2] && one[i - 2] == other[j - 1])
+                row[j] = std::min(row[j], earlier[j - 2] + 1);
+        }
+    }
+    return row.back();
 }
 
 void requireFits(const Limit &limit, std::string_view name) {

@@ -51,6 +51,9 @@ using MacAddress = std::array<uint8_t, 6>;
 std::optional<MacAddress> parseMac(std::string_view text);
 std::string macText(Bytes address);
 
+// The number of letters to insert, remove, replace, or swap with the next one to make one text the other.
+size_t distanceBetween(std::string_view one, std::string_view other);
+
 // What a property can hold: the state library takes no more.
 inline constexpr size_t kMostValueBytes = size_t{32} << 20;
 

@@ -21,23 +21,6 @@ std::string shownPart(std::string_view name) {
     return plain ? std::string(name) : shown(name);
 }
 
-// The number of letters to insert, remove or replace.
-size_t distanceBetween(std::string_view one, std::string_view other) {
-    std::vector<size_t> row(other.size() + 1);
-    for (size_t j = 0; j < row.size(); j++)
-        row[j] = j;
-    for (size_t i = 1; i <= one.size(); i++) {
-        size_t diagonal = row[0];
-        row[0] = i;
-        for (size_t j = 1; j < row.size(); j++) {
-            const size_t replaced = diagonal + (one[i - 1] == other[j - 1] ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
-        }
-    }
-    return row.back();
-}
-
 bool isDecimal(std::string_view text) {
     const bool digits =
         !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });

@@ -82,9 +82,10 @@ const ProblemRow kProblems[] = {
     {"switches:\n  a:\n    maxPorts: 2\n    uplinks: [u]\n    ports: {u: {}, p: {}, q: {}}\n",
      "f:3:5: switches.a: has 3 ports, those of uplinks among them, but maxPorts has room for 2"},
     // Settings.
-    {"switches: {sw1: {ports: {web: {vlan: {id: 5000, idd: 1}}}}}\n",
+    {"switches: {sw1: {ports: {web: {vlan: {id: 5000, idd: 1, di: 1}}}}}\n",
      "f:1:43: switches.sw1.ports.web.vlan.id: 5000 is beyond 4094\n"
-     "f:1:49: switches.sw1.ports.web.vlan.idd: no such member; did you mean 'id'?"},
+     "f:1:49: switches.sw1.ports.web.vlan.idd: no such member; did you mean 'id'?\n"
+     "f:1:57: switches.sw1.ports.web.vlan.di: no such member; did you mean 'id'?"},
     {"switches: {a: {vlan: {}, host: {vlna: {}}, ports: {p: {macLearnig: {}, mtu: 1500}}}}\n",
      "f:1:16: switches.a.vlan: is a setting of a port\n"
      "f:1:33: switches.a.host.vlna: no such member\n"
