@@ -166,7 +166,7 @@ void Comparison::prunePart(Scope scope, const Part &now, const Part &wanted) {
         return std::ranges::any_of(
             wanted.properties, [&](const RawProperty &property) { return belongsTo(setting, property.key); });
     };
-    for (const auto &[setting, value] : now.settings) {
+    for (const auto &[setting, value, mark] : now.settings) {
         if (wanted.find(*setting) != nullptr || replacesSetting(*setting)) continue;
         if (isInitial(*setting, value, ofUplink_)) continue;
         Change &change = add(Kind::Removed, scope, setting->name);
@@ -186,7 +186,7 @@ void Comparison::prunePart(Scope scope, const Part &now, const Part &wanted) {
 }
 
 void Comparison::comparePart(Scope scope, const Part &now, const Part &wanted) {
-    for (const auto &[setting, value] : wanted.settings)
+    for (const auto &[setting, value, mark] : wanted.settings)
         compareSetting(scope, *setting, now, value);
     for (const RawProperty &property : wanted.properties)
         compareProperty(scope, now, property);

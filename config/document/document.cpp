@@ -15,8 +15,8 @@ auto pointerTo(const Items &items, Matches matches) {
 }  // namespace
 
 const Value *Part::find(const Setting &setting) const {
-    const auto *found = pointerTo(settings, [&](const auto &item) { return item.first == &setting; });
-    return found == nullptr ? nullptr : &found->second;
+    const auto *found = pointerTo(settings, [&](const auto &item) { return item.setting == &setting; });
+    return found == nullptr ? nullptr : &found->value;
 }
 
 const RawProperty *Part::findProperty(std::string_view key) const {

@@ -6,7 +6,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "config/settings/setting.h"
@@ -22,9 +21,27 @@ struct RawProperty {
     friend bool operator==(const RawProperty &, const RawProperty &) = default;
 };
 
-// What is stored at one place: settings in the order of the table, and other properties by key.
+// Where something stands in the text of a document: line and column from 1, the column in bytes; 0 for what
+// is from no text. All are equal, so that documents compare by what they say.
+struct Mark {
+    uint32_t line = 0;
+    uint32_t column = 0;
+
+    friend bool operator==(const Mark &, const Mark &) { return true; }
+};
+
+// A setting with a completed value.
+struct SettingEntry {
+    const Setting *setting = nullptr;
+    Value value;
+    Mark mark = {};
+
+    friend bool operator==(const SettingEntry &, const SettingEntry &) = default;
+};
+
+// What is stored at one place: settings in the order of the table, other properties by key.
 struct Part {
-    std::vector<std::pair<const Setting *, Value>> settings;
+    std::vector<SettingEntry> settings;
     std::vector<RawProperty> properties;
 
     // Returns null when the part has no such setting or property.
@@ -54,6 +71,7 @@ struct UplinkEntry {
 // Members that a document leaves out are absent; a snapshot has them all.
 struct SwitchEntry {
     std::string alias;
+    Mark mark = {};
     std::optional<std::string> id;
     std::optional<std::string> portset;
     std::optional<uint32_t> version;

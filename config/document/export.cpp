@@ -78,7 +78,7 @@ void Exporter::addSettings(Part &part, std::vector<Found> &found, const Target &
         std::optional<Value> value =
             each.usual ? expressed(*each.setting, each.stored, target) : std::nullopt;
         if (value) {
-            part.settings.emplace_back(each.setting, completed(*each.setting, *value));
+            part.settings.push_back({each.setting, completed(*each.setting, *value)});
             continue;
         }
         for (const Property &property : each.properties) {
@@ -96,7 +96,7 @@ void Exporter::addDefaults(Part &part, const std::vector<Found> &found, const Ta
         if (setting->scope != target.place.scope) continue;
         if (std::ranges::any_of(found, [&](const Found &each) { return each.setting == setting; })) continue;
         if (std::optional<Value> value = setting->read(target))
-            part.settings.emplace_back(setting, completed(*setting, *value));
+            part.settings.push_back({setting, completed(*setting, *value)});
     }
 }
 

@@ -25,7 +25,7 @@ inline void sortPart(Part &part) {
     const auto rank = [](const Setting *setting) {
         return std::ranges::find(settings(), setting) - settings().begin();
     };
-    std::ranges::sort(part.settings, {}, [&](const auto &item) { return rank(item.first); });
+    std::ranges::sort(part.settings, {}, [&](const SettingEntry &entry) { return rank(entry.setting); });
     std::ranges::sort(part.properties, {}, &RawProperty::key);
 }
 

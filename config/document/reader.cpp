@@ -54,6 +54,10 @@ const char *placeName(Scope scope) {
     return scope == Scope::Global ? "of the switch" : scope == Scope::Host ? "under 'host'" : "of a port";
 }
 
+Mark markOf(const Node &node) {
+    return {node.line, node.column};
+}
+
 template <typename Entry>
 bool Reader::readIdentity(std::span<const IdentityMember<Entry>> members, Entry &entry, const Node &key,
                           const Node &value, const Path &path) {
@@ -117,7 +121,7 @@ bool Reader::readOfPart(Part &part, Scope scope, const Node &key, const Node &va
     read = completed(*setting, read);
     if (std::string wrong = problemOf(*setting, read); !wrong.empty())
         values_.report(value, path, std::move(wrong));
-    part.settings.emplace_back(setting, std::move(read));
+    part.settings.push_back({setting, std::move(read), markOf(value)});
     return true;
 }
 
@@ -217,6 +221,7 @@ void Reader::checkRoom(const SwitchEntry &entry, const Node &node, const Path &p
 SwitchEntry Reader::readSwitch(std::string alias, const Node &node, const Path &path) {
     SwitchEntry entry;
     entry.alias = std::move(alias);
+    entry.mark = markOf(node);
     std::vector<KeyPlace> keys;
     values_.forEachEntry(node, path, true, [&](const Node &key, const Node &value, const Path &here) {
         if (key.text == kUplinks) return readUplinks(entry, value, here);

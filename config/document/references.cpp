@@ -61,10 +61,10 @@ std::vector<Problem> danglingReferences(const Document &now, const Document &wan
         };
         const std::string path = std::string(kSwitches) + '.' + documentText(entry.alias);
         const auto check = [&](const Part &part, const std::string &place) {
-            for (const auto &[setting, value] : part.settings)
+            for (const auto &[setting, value, mark] : part.settings)
                 for (const std::string &missing : missingReferences(*setting, value, existing))
-                    problems.push_back({std::string(origin), 0, 0, place + '.' + setting->name,
-                                        missing + " does not exist"});
+                    problems.push_back({std::string(origin), mark.line, mark.column,
+                                        place + '.' + setting->name, missing + " does not exist"});
         };
         check(entry.global, path);
         check(entry.host, path + '.' + kHost);

@@ -116,7 +116,7 @@ void Maker::addIdentity(Item &to, std::span<const IdentityMember<Entry>> members
 }
 
 void Maker::addPart(Item &to, const Part &part, Scope scope) const {
-    for (const auto &[setting, content] : part.settings)
+    for (const auto &[setting, content, mark] : part.settings)
         add(to, setting->name, this->setting(*setting, content));
     if (part.properties.empty()) return;
     Item properties;

@@ -224,7 +224,7 @@ Document drawDocument(Random &random) {
     const auto drawPart = [&](config::Part &part, Scope scope) {
         for (const config::Setting *setting : config::settings())
             if (setting->scope == scope && drawChance(random, 3))
-                part.settings.emplace_back(setting, drawValue(*setting, random));
+                part.settings.push_back({setting, drawValue(*setting, random)});
         for (uint64_t i = drawNumber(random, 0, 2); i > 0; i--)
             part.properties.push_back({std::to_string(i) + drawText(random, 0, 60),
                                        drawChance(random, 2) ? 16u : 24u,

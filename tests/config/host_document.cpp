@@ -205,15 +205,15 @@ TEST(Documents, ReferencesAreChecked) {
       r: {vlan: {id: 3, private: on}}
 )");
     EXPECT_EQ(messagesOf(danglingReferences(now, wanted, false, "f")),
-              "f: switches.a.teaming: uplink 'v' does not exist\n"
-              "f: switches.a.host.mirrorSessions: port or uplink 'z' does not exist\n"
-              "f: switches.a.ports.r.vlan: private VLAN 3 does not exist");
+              "f:4:14: switches.a.teaming: uplink 'v' does not exist\n"
+              "f:6:23: switches.a.host.mirrorSessions: port or uplink 'z' does not exist\n"
+              "f:9:17: switches.a.ports.r.vlan: private VLAN 3 does not exist");
     EXPECT_EQ(messagesOf(danglingReferences(now, wanted, true, "f")),
-              "f: switches.a.teaming: uplink 'v' does not exist\n"
-              "f: switches.a.host.mirrorSessions: port or uplink 'p' does not exist\n"
-              "f: switches.a.host.mirrorSessions: port or uplink 'z' does not exist\n"
-              "f: switches.a.ports.q.vlan: private VLAN 2 does not exist\n"
-              "f: switches.a.ports.r.vlan: private VLAN 3 does not exist");
+              "f:4:14: switches.a.teaming: uplink 'v' does not exist\n"
+              "f:6:23: switches.a.host.mirrorSessions: port or uplink 'p' does not exist\n"
+              "f:6:23: switches.a.host.mirrorSessions: port or uplink 'z' does not exist\n"
+              "f:8:17: switches.a.ports.q.vlan: private VLAN 2 does not exist\n"
+              "f:9:17: switches.a.ports.r.vlan: private VLAN 3 does not exist");
 }
 
 }  // namespace
