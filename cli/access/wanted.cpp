@@ -29,10 +29,10 @@ std::string messageOf(const std::vector<config::Problem> &problems) {
     return message;
 }
 
-void reportReferences(const std::vector<config::Problem> &problems, bool strict) {
-    if (!problems.empty() && strict) throw Failure{Exit::Usage, messageOf(problems)};
-    for (const config::Problem &problem : problems)
+void report(const config::Findings &findings) {
+    for (const config::Problem &problem : findings.warnings)
         warn("{}", messageOf(problem));
+    if (!findings.errors.empty()) throw Failure{Exit::Usage, messageOf(findings.errors)};
 }
 
 // Leaves those switches that --switch names.
@@ -74,7 +74,7 @@ std::vector<config::Change> compareWithHost(const Document &wanted, const Compar
     const Document now = config::documentOfHost(wanted, how.prune && !how.keepsSwitches, warnings);
     for (const std::string &warning : warnings)
         warn("{}", warning);
-    reportReferences(danglingReferences(now, wanted, how.prune, how.origin), how.strict);
+    report(checkOnHost(now, wanted, how.prune, how.strict, how.origin));
     return compare(now, wanted, how.prune);
 }
 

@@ -44,16 +44,18 @@ void addWarnings(QVSConfig_Report &report, const std::vector<std::string> &warni
         report.add(QVSCONFIG_WARNING, warning);
 }
 
-// Reports what a document refers to and what does not exist. Returns whether the document may be used.
-bool checkReferences(QVSConfig_Report &report, const Document &document, uint32_t flags) {
+// Reports what is wrong with a document on this host. Returns whether it may be used.
+bool checkHere(QVSConfig_Report &report, const Document &document, uint32_t flags) {
     // The warnings of the comparison are those of this export.
     std::vector<std::string> repeated;
-    const std::vector<Problem> problems =
-        danglingReferences(exportDocument({}, {}, repeated), document, (flags & QVSCONFIG_PRUNE) != 0, "");
-    const bool strict = (flags & QVSCONFIG_STRICT) != 0;
-    for (const Problem &problem : problems)
-        report.add(problem, strict ? QVSCONFIG_ERROR : QVSCONFIG_WARNING);
-    return problems.empty() || !strict;
+    const Findings findings =
+        checkOnHost(documentOfHost(document, false, repeated), document, (flags & QVSCONFIG_PRUNE) != 0,
+                    (flags & QVSCONFIG_STRICT) != 0, "");
+    for (const Problem &problem : findings.warnings)
+        report.add(problem, QVSCONFIG_WARNING);
+    for (const Problem &problem : findings.errors)
+        report.add(problem);
+    return findings.errors.empty();
 }
 
 ApplyOptions optionsOf(uint32_t flags, uint32_t confirmSeconds) {
@@ -117,7 +119,7 @@ HYP_ReturnStatus QVSConfig_Compare(const char *text, size_t length, uint32_t fla
         Document document;
         if (!read(entries, {text, length}, document)) return HYP_BAD_PARAM;
         if (const HYP_ReturnStatus status = load(entries); status != HYP_OK) return status;
-        if (!checkReferences(entries, document, flags)) return HYP_BAD_PARAM;
+        if (!checkHere(entries, document, flags)) return HYP_BAD_PARAM;
         std::vector<std::string> warnings;
         const bool prune = (flags & QVSCONFIG_PRUNE) != 0;
         const std::vector<Change> changes =
@@ -136,7 +138,7 @@ HYP_ReturnStatus QVSConfig_Apply(const char *text, size_t length, uint32_t flags
         Document document;
         if (!read(entries, {text, length}, document)) return HYP_BAD_PARAM;
         if (const HYP_ReturnStatus status = load(entries); status != HYP_OK) return status;
-        if (!checkReferences(entries, document, flags)) return HYP_BAD_PARAM;
+        if (!checkHere(entries, document, flags)) return HYP_BAD_PARAM;
         const ApplyResult result = applyDocument(document, optionsOf(flags, confirmSeconds));
         switch (result.outcome) {
             case ApplyResult::Outcome::Unchanged:

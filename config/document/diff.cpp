@@ -162,12 +162,8 @@ void Comparison::compareProperty(Scope scope, const Part &now, const RawProperty
 }
 
 void Comparison::prunePart(Scope scope, const Part &now, const Part &wanted) {
-    const auto replacesSetting = [&](const Setting &setting) {
-        return std::ranges::any_of(
-            wanted.properties, [&](const RawProperty &property) { return belongsTo(setting, property.key); });
-    };
     for (const auto &[setting, value, mark] : now.settings) {
-        if (wanted.find(*setting) != nullptr || replacesSetting(*setting)) continue;
+        if (wanted.names(*setting)) continue;
         if (isInitial(*setting, value, ofUplink_)) continue;
         Change &change = add(Kind::Removed, scope, setting->name);
         change.setting = setting;

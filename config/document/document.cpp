@@ -23,6 +23,22 @@ const RawProperty *Part::findProperty(std::string_view key) const {
     return pointerTo(properties, [&](const RawProperty &property) { return property.key == key; });
 }
 
+bool Part::names(const Setting &setting) const {
+    return find(setting) != nullptr || std::ranges::any_of(setting.keys, [&](const char *key) {
+               return key != nullptr && findProperty(key) != nullptr;
+           });
+}
+
+std::set<std::string_view> SwitchEntry::portIds() const {
+    std::set<std::string_view> ids;
+    for (const PortEntry &port : ports)
+        ids.insert(port.id);
+    if (uplinks)
+        for (const UplinkEntry &uplink : *uplinks)
+            ids.insert(uplink.port);
+    return ids;
+}
+
 // Entries are sorted, so that documents with many ports are compared quickly.
 const PortEntry *SwitchEntry::findPort(std::string_view portId) const {
     auto found = std::lower_bound(

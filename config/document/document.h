@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,6 +48,8 @@ struct Part {
     // Returns null when the part has no such setting or property.
     const Value *find(const Setting &setting) const;
     const RawProperty *findProperty(std::string_view key) const;
+    // Whether the part has a setting, or a property in its place.
+    bool names(const Setting &setting) const;
 
     friend bool operator==(const Part &, const Part &) = default;
 };
@@ -84,6 +87,8 @@ struct SwitchEntry {
         ports;  // by identifier; a port that carries an uplink has an entry, too, if it has a part
 
     const PortEntry *findPort(std::string_view portId) const;
+    // The identifiers of all ports, those of uplinks among them.
+    std::set<std::string_view> portIds() const;
 
     friend bool operator==(const SwitchEntry &, const SwitchEntry &) = default;
 };

@@ -3,9 +3,17 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <utility>
+
 #include "base/text.h"
 
 namespace qvs::config {
+
+void sortByPlace(std::vector<Problem> &problems) {
+    std::ranges::stable_sort(problems, {},
+                             [](const Problem &problem) { return std::pair(problem.line, problem.column); });
+}
 
 std::string messageOf(const Problem &problem) {
     std::string message = shown(problem.origin);

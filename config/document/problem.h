@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace qvs::config {
 
@@ -16,6 +17,9 @@ struct Problem {
 
     friend bool operator==(const Problem &, const Problem &) = default;
 };
+
+// Puts problems in the order of their places; those of one place keep theirs.
+void sortByPlace(std::vector<Problem> &problems);
 
 // "FILE:LINE:COLUMN: switches.sw1.ports.web.vlan.id: 5000 is beyond 4094"
 std::string messageOf(const Problem &problem);

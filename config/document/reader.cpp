@@ -206,16 +206,11 @@ void Reader::readHost(SwitchEntry &entry, const Node &node, const Path &path) {
 
 void Reader::checkRoom(const SwitchEntry &entry, const Node &node, const Path &path) {
     if (!entry.maxPorts) return;
-    std::set<std::string_view> ports;
-    for (const PortEntry &port : entry.ports)
-        ports.insert(port.id);
-    if (entry.uplinks)
-        for (const UplinkEntry &uplink : *entry.uplinks)
-            ports.insert(uplink.port);
-    if (ports.size() > *entry.maxPorts)
+    const size_t ports = entry.portIds().size();
+    if (ports > *entry.maxPorts)
         values_.report(node, path,
                        fmt::format("has {} ports, those of uplinks among them, but maxPorts has room for {}",
-                                   ports.size(), *entry.maxPorts));
+                                   ports, *entry.maxPorts));
 }
 
 SwitchEntry Reader::readSwitch(std::string alias, const Node &node, const Path &path) {
@@ -271,8 +266,7 @@ Document readDocument(std::string_view text, std::string_view origin, std::vecto
     const std::optional<Node> root = parseTree(text, origin, problems);
     if (!root) return {};
     Document document = Reader(origin, problems).read(*root);
-    std::ranges::stable_sort(problems, {},
-                             [](const Problem &problem) { return std::pair(problem.line, problem.column); });
+    sortByPlace(problems);
     return document;
 }
 

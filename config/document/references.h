@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the settings of a document refer to although neither the document nor the host has it.
+// What is wrong with a document on a host: references to what neither of them has, and more ports than there
+// is room for.
 #pragma once
 
 #include <string_view>
@@ -10,9 +11,23 @@
 
 namespace qvs::config {
 
-// Checks the settings of `wanted` against what there is once it is carried out: what it names, and what `now`
-// has besides unless `prune` removes that.
+// Checks the settings of each switch of `wanted` against what there is once it is carried out: what it names,
+// and what `now` has besides unless `prune` removes that. The settings that stay on the host are checked,
+// too, for what the document removes.
 std::vector<Problem> danglingReferences(const Document &now, const Document &wanted, bool prune,
                                         std::string_view origin);
+
+// Checks whether the switches have room for their ports, those that stay on the host among them. Ports are
+// added before others are removed, so that both count for a while.
+std::vector<Problem> lackOfRoom(const Document &now, const Document &wanted, bool prune,
+                                std::string_view origin);
+
+struct Findings {
+    std::vector<Problem> errors;
+    std::vector<Problem> warnings;
+};
+// Both of these. References to nothing are errors with `strict`, and warnings without.
+Findings checkOnHost(const Document &now, const Document &wanted, bool prune, bool strict,
+                     std::string_view origin);
 
 }  // namespace qvs::config

@@ -103,8 +103,8 @@ QVS_API HYP_ReturnStatus QVSConfig_Validate(const char *text, size_t length, QVS
  *   flags         QVSCONFIG_PRUNE, QVSCONFIG_STRICT
  *   report        receives the changes that QVSConfig_Apply would make, none when they agree
  *
- * HYP_BAD_PARAM: as in QVSConfig_Validate, or a reference to nothing with QVSCONFIG_STRICT. Statuses of
- * DVSLoadConfig are returned unchanged.
+ * HYP_BAD_PARAM: as in QVSConfig_Validate; a switch has more ports than there is room for; a reference to
+ * nothing with QVSCONFIG_STRICT. Statuses of DVSLoadConfig are returned unchanged.
  */
 QVS_API HYP_ReturnStatus QVSConfig_Compare(const char *text, size_t length, uint32_t flags,
                                            QVSConfig_Report **report);

@@ -119,6 +119,37 @@ What is not confirmed in time is undone. Meanwhile nothing else is changed.
   undone
   id:        13
 
+More ports than there is room for are refused before anything is changed. So is, with --strict, the removal of what a stored setting names.
+
+  $ qvs switch create full --max-ports 4 --ports 1 --uplinks 1; printf 'switches:\n  full:\n    ports: {a: , b: , c: }\n  fresh:\n    ports:\n' >many; for i in $(seq 200); do echo "      p$i:"; done >>many
+  full: changed
+  $ qvs diff many
+  qvs: many:3:5: switches.full: has 5 ports, those of uplinks and those that stay on the host among them, but there is room for 4
+  qvs: many:5:5: switches.fresh: has 200 ports, those of uplinks among them, but there is room for 128
+  ? 2
+  $ qvs apply many --yes; qvs switch list --names
+  qvs: many:3:5: switches.full: has 5 ports, those of uplinks and those that stay on the host among them, but there is room for 4
+  qvs: many:5:5: switches.fresh: has 200 ports, those of uplinks among them, but there is room for 128
+  sw1
+  full
+  $ qvs uplink add full left; qvs teaming set full --active uplink0,left; qvs pvlan set full 100:100:promiscuous; qvs port vlan set full port0 --private on --id 100
+  full/left: changed
+  full: changed
+  full: changed
+  full/port0: changed
+  $ echo 'switches: {full: {uplinks: [left], privateVlans: []}}' >less; qvs diff less
+  qvs: warning: less:1:18: switches.full.teaming: is stored and names uplink 'uplink0', which the document removes
+  qvs: warning: less:1:18: switches.full.ports.port0.vlan: is stored and names private VLAN 100, which the document removes
+  ~ switches.full.uplinks: [uplink0, left] -> [left]
+  ~ switches.full.privateVlans: [{primary: 100, secondary: 100, type: promiscuous}] -> []
+  ? 4
+  $ qvs apply less --strict --yes; qvs uplink list full --names; qvs switch destroy full
+  qvs: less:1:18: switches.full.teaming: is stored and names uplink 'uplink0', which the document removes
+  qvs: less:1:18: switches.full.ports.port0.vlan: is stored and names private VLAN 100, which the document removes
+  uplink0
+  left
+  full: changed
+
 A batch that is atomic has the same way back; one that keeps going reports what fails.
 
   $ printf '%s\n' 'switch create sw2' 'port remove sw1 web' 'port remove sw1 db' 'port add sw1 up' >lines

@@ -80,6 +80,28 @@ static void checkValidation(void) {
     expectEntry(kWrong);
 }
 
+/* A new switch has room for 128 ports. */
+static void checkRoom(void) {
+    static const QVSConfig_Entry kFull = {
+        QVSCONFIG_ERROR,
+        1,
+        17,
+        "switches.sw3",
+        "has 200 ports, those of uplinks among them, but there is room for 128",
+        "",
+        ""};
+    char text[4096] = "switches: {sw3: {ports: {";
+    int i;
+    for (i = 0; i < 200; i++)
+        sprintf(text + strlen(text), "p%d: , ", i);
+    strcat(text, "}}}");
+    EXPECT(QVSConfig_Compare(text, strlen(text), 0, &report) == HYP_BAD_PARAM);
+    expectEntry(kFull);
+    EXPECT(QVSConfig_Apply(text, strlen(text), 0, 0, &report) == HYP_BAD_PARAM);
+    expectEntry(kFull);
+    EXPECT(QVSConfig_Validate(text, strlen(text), NULL) == HYP_OK);
+}
+
 static void checkExport(const char *wanted) {
     const char *names[] = {"sw1"};
     char *text = NULL;
@@ -121,6 +143,7 @@ int main(void) {
     EXPECT(DVSLoadConfig() == HYP_OK && VSDVS_AddDVPort("sw1", "web", 0) == HYP_OK);
     checkArguments();
     checkValidation();
+    checkRoom();
     checkExport("\"web\"");
     checkApplication();
     checkExport("20");

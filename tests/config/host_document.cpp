@@ -216,5 +216,75 @@ TEST(Documents, ReferencesAreChecked) {
               "f:9:17: switches.a.ports.r.vlan: private VLAN 3 does not exist");
 }
 
+// What stays on the host may name what the document removes.
+TEST(Documents, ReferencesOfTheHostAreChecked) {
+    const Document now = documentOf(R"(switches:
+  a:
+    uplinks: [u, v]
+    privateVlans: [{primary: 1, secondary: 2, type: isolated}]
+    teaming: {active: [u, gone]}
+    host:
+      mirrorSessions: [{session: s, type: dvport, sourcesIn: [u, p]}]
+    ports:
+      p: {vlan: {id: 2, private: on}}
+      u: {teaming: {active: [u]}}
+)");
+    const struct {
+        const char *wanted;
+        bool prune;
+        const char *problems;
+    } rows[] = {
+        {"switches: {a: {uplinks: [v], privateVlans: []}}", false,
+         "f:1:15: switches.a.teaming: is stored and names uplink 'u', which the document removes\n"
+         "f:1:15: switches.a.host.mirrorSessions: is stored and names port or uplink 'u', which the document "
+         "removes\n"
+         "f:1:15: switches.a.ports.p.vlan: is stored and names private VLAN 2, which the document removes"},
+        {"switches: {a: {uplinks: [v], privateVlans: []}}", true, ""},
+        // What the document says itself counts instead.
+        {"switches: {a: {uplinks: [v], privateVlans: [], teaming: {active: [v]}, host: {properties: "
+         "{com.quillon.vswitch.uplinkMirrorSessions: AA==}}, ports: {p: {vlan: {id: 2}}}}}",
+         false, ""},
+        {"switches: {a: {uplinks: [v, u], ports: {q: }}, b: }", false, ""},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(messagesOf(danglingReferences(now, documentOf(row.wanted), row.prune, "f")), row.problems)
+            << row.wanted;
+}
+
+TEST(Documents, RoomIsChecked) {
+    const Document now = documentOf(
+        "switches: {a: {maxPorts: 4, uplinks: [u], ports: {p: , q: , u: {vlan: {id: 1}}}}, b: {ports: {p: "
+        "}}}");
+    std::string many = "switches: {new: {uplinks: [u], ports: {";
+    for (int i = 0; i < 127; i++)
+        many += std::to_string(i) + ": , ";
+    const struct {
+        std::string wanted;
+        bool prune;
+        const char *problems;
+    } rows[] = {
+        {"switches: {a: {ports: {r: }}}", false, ""},
+        {"switches: {a: {ports: {r: , s: }}}", false,
+         "f:1:15: switches.a: has 5 ports, those of uplinks and those that stay on the host among them, but "
+         "there is room for 4"},
+        {"switches: {a: {uplinks: [], ports: {q: , r: , s: , t: , w: }}}", true,
+         "f:1:15: switches.a: has 5 ports, those of uplinks among them, but there is room for 4"},
+        {"switches: {a: {uplinks: [v], ports: {r: }}}", false,
+         "f:1:15: switches.a: needs 5 ports until others are removed, but there is room for 4; remove ports "
+         "first"},
+        {"switches: {a: {ports: {r: , s: }}}", true,
+         "f:1:15: switches.a: needs 5 ports until others are removed, but there is room for 4; remove ports "
+         "first"},
+        // The comparison says that an existing switch cannot have another number.
+        {"switches: {a: {maxPorts: 5, ports: {r: , s: }}}", false, ""},
+        {many + "}}}", false, ""},
+        {many + "127: }}}", false,
+         "f:1:17: switches.new: has 129 ports, those of uplinks among them, but there is room for 128"},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(messagesOf(lackOfRoom(now, documentOf(row.wanted), row.prune, "f")), row.problems)
+            << row.wanted;
+}
+
 }  // namespace
 }  // namespace qvs::test
