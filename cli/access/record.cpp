@@ -42,7 +42,7 @@ void recordSwitches(config::Recorder &recorder, const Call &call) {
     DVSSwitch *sw =
         call.arguments.given("--by-id") ? findSwitchById(name) : DVSState_SwitchFindByAlias(name.c_str());
     if (sw != nullptr) recorder.wholeSwitch(sw);
-    if (sw != nullptr && words == "mtu set") recorder.mtu(sw);
+    if (sw != nullptr && (words == "mtu set" || words == "mtu clear")) recorder.mtu(sw);
     if (creates) recordNew(recorder, call.arguments);
     if (sw == nullptr && words == "switch destroy" && !isCreated(recorder, name) &&
         !call.arguments.given("--if-exists"))

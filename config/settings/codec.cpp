@@ -61,17 +61,17 @@ bool wasRead(const Setting &setting, const Target &target, HYP_ReturnStatus stat
                     stored[key]->size(), setting.keys[key], clearing(setting, target, key)));
 }
 
-HYP_ReturnStatus clearByKey(const Setting &setting, const Target &target) {
+HYP_ReturnStatus clearByKey(const Setting &setting, const Target &target, size_t key) {
     const char *alias = target.alias.c_str();
     switch (setting.scope) {
         case Scope::Global:
-            return call<VSDVS_ClearGlobProp>(alias, setting.keys[0], nullptr, uint8_t{1});
+            return call<VSDVS_ClearGlobProp>(alias, setting.keys[key], nullptr, uint8_t{1});
         case Scope::Host:
-            return call<VSDVS_ClearHostProp>(alias, setting.keys[0], nullptr, uint8_t{1});
+            return call<VSDVS_ClearHostProp>(alias, setting.keys[key], nullptr, uint8_t{1});
         case Scope::Port:
             break;
     }
-    return call<VSDVS_ClearPortProp>(alias, target.port.c_str(), setting.keys[0], nullptr, uint8_t{1});
+    return call<VSDVS_ClearPortProp>(alias, target.port.c_str(), setting.keys[key], nullptr, uint8_t{1});
 }
 
 std::optional<Value> decodeTrueFalse(const StoredView &stored) {

@@ -14,7 +14,8 @@ constexpr Member kMembers[] = {{.name = "",
                                 .type = Type::Number,
                                 .least = QVS_MTU_MIN,
                                 .most = QVS_MTU_MAX,
-                                .unit = "bytes"}};
+                                .unit = "bytes",
+                                .fallback = "1500"}};
 
 std::optional<Value> decode(const StoredView &stored) {
     const auto mtu = recordOf<uint32_t>(stored[0]);
@@ -37,6 +38,16 @@ HYP_ReturnStatus store(const Target &target, const Stored &records) {
     return callWhole<VSDVS_SetMTU>(target.alias.c_str(), *recordOf<uint32_t>(viewOf(records)[0]));
 }
 
+// Nothing stored says what the portset and the NICs have, so that they get the default.
+HYP_ReturnStatus clear(const Target &target) {
+    const SignalsHeld held;
+    const auto mtu = static_cast<uint32_t>(fallbackOf(kMtu).number());
+    if (const HYP_ReturnStatus status = call<VSDVS_SetMTU>(target.alias.c_str(), mtu); status != HYP_OK)
+        return status;
+    const HYP_ReturnStatus status = unlessAbsent(clearByKey(kMtu, target, 0));
+    return status == HYP_OK ? unlessAbsent(clearByKey(kMtu, target, 1)) : status;
+}
+
 }  // namespace
 
 const Setting kMtu = {
@@ -50,12 +61,14 @@ const Setting kMtu = {
     .example = "9000",
     .details =
         "The MTU that is shown is that of the portset. When a step of a change fails, the old value is "
-        "restored. The NICs are set in any case.",
+        "restored. The NICs are set in any case. Clearing sets the default and removes the "
+        "properties.",
     .content = "mtu",
     .decode = decode,
     .encode = encode,
     .read = read,
     .store = store,
+    .clear = clear,
     .storesMore = true,
 };
 

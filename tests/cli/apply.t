@@ -168,7 +168,14 @@ A batch that is atomic has the same way back; one that keeps going reports what 
   db
   web
   id:        13
-  $ for l in 'switch refresh-numa sw1' 'checkpoint remove c' 'apply one.yaml --yes' confirm 'bfd log-level set 1'; do printf '%s\n' 'port add sw1 y' "$l" | qvs batch --atomic -; done
+  $ qvs mtu set sw1 9000; printf '%s\n' 'mtu clear sw1' 'port add sw1 up' | qvs batch --atomic - 2>/dev/null; qvs mtu get sw1; treesh -e get /net/pNics/pnic0/mtu
+  sw1: changed
+  sw1: changed
+  switch:  sw1
+  mtu:     9000
+  stored:  yes
+  mtu:9000
+  $ printf '%s\n' 'port add sw1 y' 'switch refresh-numa sw1' | qvs batch --atomic -
   qvs: line 2: qvs switch refresh-numa cannot be undone
   qvs: line 2: qvs checkpoint remove cannot be undone
   qvs: line 2: qvs apply cannot be undone

@@ -95,6 +95,29 @@ A checkpoint keeps switches as a document; a rollback changes what differs, and 
   qvs: nobody can be asked without a terminal; --yes applies the document without asking
   ? 2
 
+An MTU that was not stored is the default again.
+
+  $ qvs mtu set sw1 9000; qvs checkpoint rollback first --dir cp/points --yes; qvs mtu get sw1; treesh -e get /net/pNics/pnic0/mtu
+  sw1: changed
+  - switches.sw1.mtu: 9000
+  - switches.sw1.ports.late
+  sw1: changed
+  sw1/late: changed
+  switch:  sw1
+  mtu:     1500
+  stored:  no
+  mtu:1500
+  $ qvs mtu set sw1 9000; qvs-host fault add 'GlobalPropClear*etherswitch.mtu' --status 0xbad0004; qvs checkpoint rollback first --dir cp/points --yes; qvs mtu get sw1; treesh -e get /net/pNics/pnic0/mtu; qvs checkpoint rollback first --dir cp/points --yes >log; qvs port add sw1 late
+  sw1: changed
+  - switches.sw1.mtu: 9000
+  qvs: switch 'sw1': mtu: Busy (0xbad0004)
+  qvs: everything was undone
+  switch:  sw1
+  mtu:     9000
+  stored:  yes
+  mtu:9000
+  sw1/late: changed
+
 What show prints is a document.
 
   $ qvs checkpoint show first --dir cp/points >doc.yaml; sed -n 1p doc.yaml | sed 's/20[0-9T:-]*Z/TIME/; s/host .*/host HOST/'; qvs apply --dry-run --prune --switch sw1 doc.yaml

@@ -19,6 +19,10 @@ What was left behind differs from what is set.
   $ qvs mtu set sw1 1280 && qvs mtu get sw1  => sw1: changed | switch:  sw1 | mtu:     1280 | stored:  yes
   $ qvs mtu set sw9 1500  => [3] qvs: switch 'sw9': Not found (0xbad0003)
 
+Clearing goes back to the default everywhere.
+
+  $ qvs mtu clear sw1; qvs mtu get sw1; treesh -e get /net/pNics/pnic1/mtu; qvs mtu clear sw1; qvs mtu set sw1 1280  => sw1: changed | switch:  sw1 | mtu:     1500 | stored:  no | mtu:1500 | sw1: unchanged | sw1: changed
+
 A step that fails leaves the old value.
 
   $ qvs-host fault add 'set /net/pNics/pnic2/mtu 9000' --exit 1; qvs mtu set sw1 9000; qvs-host fault clear

@@ -8,7 +8,7 @@ Every setting: what holds while nothing is stored, a change that is told once, w
   sw1: changed
   sw1: unchanged
   {"switch":"sw1","mtu":1400,"stored":true}
-  qvs: no such command: mtu 'clear'; 'qvs help mtu' lists them
+  sw1: changed
   $ sh try pvlan '100:101:isolated 100:100:promiscuous 0x64:4094:community'
   {"switch":"sw1","privateVlans":null,"stored":false}
   sw1: changed

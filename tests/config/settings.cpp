@@ -176,8 +176,8 @@ struct StoredRow {
 };
 
 const StoredRow kStored[] = {
-    {"mtu", "9000", {hex("28230000"), hex("28230000")}, {hex("28230000"), hex("28230000")}},
-    {"mtu", "1280", {hex("00050000"), hex("00050000")}, {hex("00050000"), hex("00050000")}},
+    {"mtu", "9000", {hex("28230000"), hex("28230000")}},
+    {"mtu", "1280", {hex("00050000"), hex("00050000")}},
     {"privateVlans",
      R"([{"primary":100,"secondary":101,"type":"isolated"},{"primary":4094,"secondary":0,"type":"promiscuous"}])",
      {hex("6400 6500 02 000000 fe0f 0000 01 000000")}},
