@@ -2,6 +2,7 @@
 #include "access/setting.h"
 
 #include <algorithm>
+#include <set>
 
 #include "access/library.h"
 #include "config/settings/references.h"
@@ -34,6 +35,13 @@ bool holds(const Setting &setting, const Target &target, const Stored &records) 
 
 // libqvs derives one record from another, so that a change of one of these touches both.
 constexpr const Setting *kDerived[] = {&config::kSecurity, &config::kPortMacLearning};
+
+void reportUsers(const std::string &alias, const std::string &removed, const std::vector<std::string> &users,
+                 bool strict) {
+    if (users.empty()) return;
+    warnOrFail(strict, fmt::format("{}: {} is removed, but still named by: {}", named(alias), removed,
+                                   fmt::join(users, ", ")));
+}
 
 }  // namespace
 
@@ -127,9 +135,20 @@ void checkUsers(DVSSwitch *sw, const std::string &alias, const std::vector<std::
         std::erase_if(users, [&](const std::string &user) {
             return user.starts_with(fmt::format("port {}: ", inQuotes(name)));
         });
-    if (users.empty()) return;
-    warnOrFail(strict, fmt::format("{}: {} is removed, but still named by: {}", named(alias),
-                                   fmt::join(names, ", "), fmt::join(users, ", ")));
+    reportUsers(alias, fmt::to_string(fmt::join(names, ", ")), users, strict);
+}
+
+void checkUsers(const Setting &setting, const Target &target, const Value &after, bool strict) {
+    if (!config::isReferredTo(setting)) return;
+    DVSSwitch *sw = findVswitch(target.alias);
+    std::set<uint64_t> removed = config::privateVlansOf(sw);
+    if (!after.absent())
+        std::erase_if(removed,
+                      [kept = config::privateVlansIn(after)](uint64_t id) { return kept.contains(id); });
+    const auto exists = [](std::string_view) { return true; };
+    const auto stays = [&](uint64_t id) { return !removed.contains(id); };
+    reportUsers(target.alias, fmt::format("private VLAN {}", fmt::join(removed, ", ")),
+                config::settingsThatMiss(sw, {exists, exists, stays}), strict);
 }
 
 void describe(Record &record, const Target &target) {

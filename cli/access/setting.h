@@ -43,6 +43,8 @@ inline constexpr Option kStrict{"--strict", nullptr,
 
 // Does the same for the stored settings that refer to an uplink or a port which is to be removed.
 void checkUsers(DVSSwitch *sw, const std::string &alias, const std::vector<std::string> &names, bool strict);
+// And of those that name what a value, or nothing, in the place of the stored one no longer has.
+void checkUsers(const Setting &setting, const config::Target &target, const Value &after, bool strict);
 
 // Prints the names of the switch and the port.
 void describe(Record &record, const config::Target &target);

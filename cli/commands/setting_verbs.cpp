@@ -128,12 +128,14 @@ void setSetting(const Arguments &arguments, Output &out) {
     const std::string problem = problemOf(setting, value);
     if (!problem.empty()) fail(Exit::Usage, "{}: {}", namedSetting(setting, target), problem);
     checkReferences(setting, target, value, arguments.given(kStrict.name));
+    checkUsers(setting, target, value, arguments.given(kStrict.name));
     reportSetting(out, target, storeSetting(setting, target, value));
 }
 
 void clearSettings(const Arguments &arguments, Output &out) {
     const Setting &setting = subjectOf(arguments);
     const Target target = targetOf(setting, arguments);
+    checkUsers(setting, target, Value(), arguments.given(kStrict.name));
     reportSetting(out, target, clearSetting(setting, target));
 }
 

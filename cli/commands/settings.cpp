@@ -59,6 +59,10 @@ void addGetOptions(Made &made, const Setting &setting) {
     if (std::ranges::any_of(setting.members, isBytes)) made.options.push_back(kRaw);
 }
 
+bool isChecked(const Setting &setting) {
+    return config::refers(setting) || config::isReferredTo(setting);
+}
+
 void addValueArgument(Made &made, const Setting &setting) {
     const Member &member = setting.members[0];
     if (member.type == Type::Bytes) {
@@ -84,7 +88,7 @@ void addSetOptions(Made &made, const Setting &setting) {
             made.options.push_back(optionFor(member, made.texts));
         made.options.push_back({kResetOption, nullptr, "start from the default, not from what is stored"});
     }
-    if (config::refers(setting)) made.options.push_back(kStrict);
+    if (isChecked(setting)) made.options.push_back(kStrict);
 }
 
 // The details in the help of set: what happens to members that are not given, and the details of the setting.
@@ -114,6 +118,7 @@ void make(Made &made, const Command &command) {
     } else {
         shape.summary = made.keep(fmt::format("clear the stored {} of {}", setting.what, owner(setting)));
         shape.details = nullptr;
+        if (config::isReferredTo(setting)) made.options.push_back(kStrict);
     }
     shape.example = made.keep(std::move(example));
     shape.arguments = made.arguments;
@@ -156,8 +161,9 @@ std::span<const Command> settingRows(std::initializer_list<const Setting *> sett
         };
         add("get", reads(getSetting, touchesSubject));
         const Run set = writes(setSetting, touchesSubject);
-        add("set", config::refers(*setting) ? looking(set) : set);
-        if (setting->clear != nullptr) add("clear", writes(clearSettings, touchesSubject));
+        add("set", isChecked(*setting) ? looking(set) : set);
+        const Run clear = writes(clearSettings, touchesSubject);
+        if (setting->clear != nullptr) add("clear", config::isReferredTo(*setting) ? looking(clear) : clear);
     }
     return rows;
 }

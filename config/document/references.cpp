@@ -25,11 +25,7 @@ struct Merged {
 };
 
 void addPrivateVlans(Merged &merged, const Part &part) {
-    const Value *map = part.find(kPrivateVlans);
-    if (map == nullptr) return;
-    for (const Value &entry : map->list())
-        for (const char *member : {"primary", "secondary"})
-            merged.privateVlans.insert(entry[member].number());
+    if (const Value *map = part.find(kPrivateVlans)) merged.privateVlans.merge(privateVlansIn(*map));
 }
 
 bool carriesUplink(const SwitchEntry &entry, std::string_view port) {

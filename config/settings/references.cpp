@@ -81,18 +81,6 @@ void addSettings(Missing &missing, const Place &place, const std::string &before
     }
 }
 
-std::set<uint64_t> privateVlansOf(const Place &global) {
-    std::set<uint64_t> ids;
-    const StoredView stored = storedOf(kPrivateVlans, global);
-    const std::optional<Value> map = stored[0] ? kPrivateVlans.decode(stored) : std::nullopt;
-    if (!map) return ids;
-    for (const Value &entry : map->list()) {
-        ids.insert(entry["primary"].number());
-        ids.insert(entry["secondary"].number());
-    }
-    return ids;
-}
-
 }  // namespace
 
 Existing existingIn(DVSSwitch *sw) {
@@ -106,8 +94,26 @@ Existing existingIn(DVSSwitch *sw) {
     return {
         .uplink = [uplinks = std::move(uplinks)](std::string_view name) { return uplinks.contains(name); },
         .port = [sw](std::string_view id) { return lookUpPort(sw, std::string(id)) != nullptr; },
-        .privateVlan = [ids = privateVlansOf(global)](uint64_t id) { return ids.contains(id); },
+        .privateVlan = [ids = privateVlansOf(sw)](uint64_t id) { return ids.contains(id); },
     };
+}
+
+std::set<uint64_t> privateVlansIn(const Value &map) {
+    std::set<uint64_t> ids;
+    for (const Value &entry : map.list())
+        for (const char *member : {"primary", "secondary"})
+            ids.insert(entry[member].number());
+    return ids;
+}
+
+std::set<uint64_t> privateVlansOf(DVSSwitch *sw) {
+    const StoredView stored = storedOf(kPrivateVlans, {Scope::Global, sw, nullptr});
+    const std::optional<Value> map = stored[0] ? kPrivateVlans.decode(stored) : std::nullopt;
+    return map ? privateVlansIn(*map) : std::set<uint64_t>();
+}
+
+bool isReferredTo(const Setting &setting) {
+    return &setting == &kPrivateVlans;
 }
 
 bool refers(const Setting &setting) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,7 +25,13 @@ Existing existingIn(DVSSwitch *sw);
 // Whether values of a setting can refer to other objects.
 bool refers(const Setting &setting);
 
-// Returns the objects that a value refers to and that do not exist: "uplink 'uplink7'".
+// Whether other settings can refer to what a setting lists: the map of private VLANs.
+bool isReferredTo(const Setting &setting);
+// The private VLANs in a map, and in the one that a switch has stored.
+std::set<uint64_t> privateVlansIn(const Value &map);
+std::set<uint64_t> privateVlansOf(DVSSwitch *sw);
+
+// What a value refers to that does not exist, one text each: "uplink 'uplink7'".
 std::vector<std::string> missingReferences(const Setting &setting, const Value &value,
                                            const Existing &existing);
 

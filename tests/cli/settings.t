@@ -434,6 +434,13 @@ What refers to something that is not there is stored with a warning, and not wit
   sw1/uplink1: changed
   qvs: warning: switch 'sw1': uplink0 is removed, but still named by: teaming policy
   sw1/uplink0: changed
+  $ for change in 'set sw1 7:7:promiscuous --strict' 'clear sw1 --strict' 'set sw1 7:8:community --strict' 'set sw1 9:9:promiscuous' 'clear sw1'; do qvs pvlan $change; done
+  qvs: switch 'sw1': private VLAN 8 is removed, but still named by: port 'port0': VLAN policy
+  qvs: switch 'sw1': private VLAN 7, 8 is removed, but still named by: port 'port0': VLAN policy
+  sw1: changed
+  qvs: warning: switch 'sw1': private VLAN 7, 8 is removed, but still named by: port 'port0': VLAN policy
+  sw1: changed
+  sw1: changed
   $ printf '%s\n' 'uplink add sw1 late' 'teaming set sw1 --reset --active late --strict' | qvs batch -
   sw1/late: changed
   sw1: changed
@@ -479,7 +486,7 @@ Help and completion.
   example:
     qvs port vlan set sw1 port0 --trunk 1-100,200
   $ qvs pvlan set --help | head -n 3; qvs help port nested-vlan; qvs port vlan nix
-  usage: qvs pvlan set SWITCH [PRIMARY:SECONDARY:TYPE...] [--empty]
+  usage: qvs pvlan set SWITCH [PRIMARY:SECONDARY:TYPE...] [--empty] [--strict]
   
     store the private VLANs of a switch
   qvs port vlan: the VLANs of a port
