@@ -30,6 +30,7 @@ extern const std::span<const Command> kDocumentCommands;
 extern const std::span<const Command> kDumpCommands;
 extern const std::span<const Command> kStatusCommands;
 extern const std::span<const Command> kApplyCommands;
+extern const std::span<const Command> kDoctorCommands;
 extern const std::span<const Command> kBatchCommands;
 extern const std::span<const Command> kCheckpointCommands;
 extern const std::span<const Command> kMonitorCommands;

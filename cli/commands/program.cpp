@@ -164,6 +164,7 @@ std::span<const Noun> nouns() {
         {"export", "the configuration of the host as a document", kDocumentCommands},
         {"dump", "the whole state as text", kDumpCommands},
         {"status", "statuses of the library", kStatusCommands},
+        {"doctor", "what this machine has and lacks", kDoctorCommands},
         {"apply", "a document as a whole", kApplyCommands},
         {"batch", "many commands in one run", kBatchCommands},
         {"checkpoint", "kept states of switches, and the way back to them", kCheckpointCommands},

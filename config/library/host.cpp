@@ -17,20 +17,7 @@
 namespace qvs {
 namespace {
 
-constexpr const char *kDevice = "/dev/vswitch";
 constexpr uint64_t kSecond = 1'000'000'000;
-
-// The errno with which the switch device cannot be opened; 0 when it can.
-int deviceError() {
-    const int device = open(kDevice, O_RDWR | O_CLOEXEC);
-    if (device < 0) return errno;
-    close(device);
-    return 0;
-}
-
-bool isAbsence(int error) {
-    return error == ENOENT || error == ENXIO || error == ENODEV;
-}
 
 // What qvs-host tells the programs that it starts is there even when the host is not any more.
 const char *noHost() {
@@ -60,7 +47,7 @@ const char *remedy(int error) {
 void requireDevice(int error, bool absent, std::string_view before) {
     if (isAbsence(error) && absent) throw Failure{Exit::NoHost, fmt::format("{}{}", before, noHost())};
     if (error == 0 || isAbsence(error)) return;
-    throw Failure{Exit::NoAnswer, fmt::format("{}the host does not answer: {}: {}{}", before, kDevice,
+    throw Failure{Exit::NoAnswer, fmt::format("{}the host does not answer: {}: {}{}", before, kSwitchDevice,
                                               std::strerror(error), remedy(error))};
 }
 
@@ -77,10 +64,21 @@ HYP_ReturnStatus loadInTheTimeLeft() {
 
 }  // namespace
 
+int openError(const char *path) {
+    const int device = open(path, O_RDWR | O_CLOEXEC);
+    if (device < 0) return errno;
+    close(device);
+    return 0;
+}
+
+bool isAbsence(int error) {
+    return error == ENOENT || error == ENXIO || error == ENODEV;
+}
+
 void requireState(HYP_ReturnStatus status) {
     if (status == HYP_OK) return;
     // A host that let this one wait is not asked again.
-    int error = status == kTimedOut ? ETIMEDOUT : deviceError();
+    int error = status == kTimedOut ? ETIMEDOUT : openError(kSwitchDevice);
     if (status != kTimedOut) requireDevice(error, true, "");
     throw Failure{Exit::NoAnswer, fmt::format("the host does not answer: switch state: {} (0x{:x}){}",
                                               ReturnStatusToString(status), status, remedy(error))};
@@ -92,12 +90,12 @@ void requireHost() {
     // An empty snapshot is an empty host, no host, or a host whose state could not be loaded. Loaded again,
     // it says which.
     if (snapshotEmpty()) requireState(loadInTheTimeLeft());
-    requireDevice(deviceError(), snapshotEmpty(), "");
+    requireDevice(openError(kSwitchDevice), snapshotEmpty(), "");
     found = true;
 }
 
 void blameHost(const std::string &message) {
-    requireDevice(deviceError(), true, message.empty() ? "" : message + "\n");
+    requireDevice(openError(kSwitchDevice), true, message.empty() ? "" : message + "\n");
 }
 
 }  // namespace qvs

@@ -6,7 +6,15 @@
 
 namespace qvs {
 
-// Throws unless the switch device can be opened and the state was loaded. Checks only once in a run.
+inline constexpr const char kSwitchDevice[] = "/dev/vswitch";
+
+// The errno with which a device cannot be opened; 0 when it can.
+int openError(const char *path);
+// Whether such an errno says that there is no such device.
+bool isAbsence(int error);
+
+// Throws unless the kernel's switch device can be opened and the state of the switches was loaded. Asks once
+// in a run.
 void requireHost();
 
 // Throws unless the state was loaded.

@@ -28,6 +28,7 @@ namespace {
 constexpr uint32_t kDefaultPatience = 10;
 constexpr const char *kPatienceVariable = "QVS_HOST_TIMEOUT";
 constexpr const char *kSystemDirectory = "/run/lock/qvs";
+constexpr const char *kLockName = "qvs.lock";
 constexpr off_t kSlot = sizeof(uint64_t);
 constexpr off_t kSwitchSlots = 65536;
 // Stands in a slot while its change goes on, and for good when that was killed.
@@ -37,21 +38,18 @@ bool holding = false;
 
 // Where the locks of the host lie.
 std::string lockDirectory() {
-    if (std::optional<std::string> emulated = emulatedHostDirectory()) return *emulated;
-    if (geteuid() == 0) mkdir(kSystemDirectory, 0755);
-    return kSystemDirectory;
+    return emulatedHostDirectory().value_or(kSystemDirectory);
 }
 
 // The file belongs to whom the directory belongs to, even where root comes first.
 int openIn(int directory, const struct stat &owner) {
-    constexpr const char *kName = "qvs.lock";
     constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
-    int file = openat(directory, kName, kFlags | O_CREAT | O_EXCL, 0600);
+    int file = openat(directory, kLockName, kFlags | O_CREAT | O_EXCL, 0600);
     if (file >= 0 && owner.st_uid != geteuid()) {
         [[maybe_unused]] int given = fchown(file, owner.st_uid, owner.st_gid);
     }
     if (file >= 0) return file;
-    if (errno == EEXIST) file = openat(directory, kName, kFlags);
+    if (errno == EEXIST) file = openat(directory, kLockName, kFlags);
     struct stat found;
     if (file < 0 || (fstat(file, &found) == 0 && S_ISREG(found.st_mode) && found.st_nlink == 1)) return file;
     close(file);
@@ -61,6 +59,7 @@ int openIn(int directory, const struct stat &owner) {
 
 int openLockFile() {
     const std::string path = lockDirectory();
+    if (path == kSystemDirectory && geteuid() == 0) mkdir(kSystemDirectory, 0755);
     const char *problem = nullptr;
     int file = -1;
     const int directory = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
@@ -160,6 +159,26 @@ std::optional<std::string> emulatedHostDirectory() {
     const std::string path = socket;
     const size_t slash = path.rfind('/');
     return slash == std::string::npos ? "." : path.substr(0, std::max<size_t>(slash, 1));
+}
+
+LockPlace lockPlace() {
+    LockPlace place{lockDirectory(), {}};
+    const int directory = open(place.directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
+    if (directory < 0) {
+        // root creates it with the first change.
+        const bool created = errno == ENOENT && place.directory == kSystemDirectory && geteuid() == 0;
+        if (!created) place.problem = std::strerror(errno);
+        return place;
+    }
+    struct stat owner;
+    if (const char *problem = distrust(directory, owner); problem != nullptr) {
+        place.problem = problem;
+    } else if (faccessat(directory, kLockName, R_OK | W_OK, AT_EACCESS) != 0 &&
+               (errno != ENOENT || faccessat(directory, ".", W_OK | X_OK, AT_EACCESS) != 0)) {
+        place.problem = std::strerror(errno);
+    }
+    close(directory);
+    return place;
 }
 
 uint32_t patience() {

@@ -44,6 +44,14 @@ class Lock {
     long size_ = 0;
 };
 
+// The directory of the lock file, and what keeps runs from locking in it; empty when nothing does. Creates
+// nothing.
+struct LockPlace {
+    std::string directory;
+    std::string problem;
+};
+LockPlace lockPlace();
+
 // Waits until no other run changes the switch, unless this one does.
 void awaitOtherRuns(const std::string &alias);
 
