@@ -106,7 +106,9 @@ const Command kRows[] = {
     {.words = "mcast filters",
      .summary = "list the multicast groups that a switch or a port has joined",
      .arguments = {kSwitchArgument},
-     .options = {kPort, {"--type", "TYPE", "mac, ipv4 or ipv6 alone"}},
+     .options =
+         {kPort,
+          {.name = "--type", .value = "TYPE", .summary = "mac, ipv4 or ipv6 alone", .choices = kFamilyNames}},
      .example = "qvs mcast filters sw1 --port port0",
      .run = reads(filters)},
     {.words = "mcast switch-filters",

@@ -78,8 +78,28 @@ constexpr Option kOptions[] = {
 
 constexpr NameSource kNameSources[] = {
     {Kind::Switch, "switch list --names"},
-    {Kind::Port, "port list \"$switch\" --names"},
-    {Kind::Uplink, "uplink list \"$switch\" --names"},
+    {Kind::Port, "port list --names $switch"},
+    {Kind::Uplink, "uplink list --names $switch"},
+};
+
+constexpr Topic kTopics[] = {
+    {"Switches", "switch port uplink mtu pvlan"},
+    {"Policies", "teaming ls-teaming mac-learning mcast mirror health discovery"},
+    {"Running switches", "mac ipfix spf bfd kcp rarp trace int livetrace options rtm"},
+    {"Configuration", "export diff apply confirm checkpoint batch prop"},
+    {"This host", "status monitor dump doctor"},
+};
+
+constexpr OtherName kOtherNames[] = {
+    {"vswitch dvs dvswitch bridge", "switch"},
+    {"nic pnic interface link", "uplink"},
+    {"bond bonding lag team", "teaming"},
+    {"span", "mirror"},
+    {"fdb", "mac"},
+    {"property properties key", "prop"},
+    {"cdp lldp", "discovery"},
+    {"multicast igmp mld", "mcast"},
+    {"netflow sflow", "ipfix"},
 };
 
 constexpr Passage kDescription[] = {
@@ -164,8 +184,8 @@ std::span<const Noun> nouns() {
         {"export", "the configuration of the host as a document", kDocumentCommands},
         {"dump", "the whole state as text", kDumpCommands},
         {"status", "statuses of the library", kStatusCommands},
-        {"doctor", "what this machine has and lacks", kDoctorCommands},
         {"apply", "a document as a whole", kApplyCommands},
+        {"doctor", "what this machine has and lacks", kDoctorCommands},
         {"batch", "many commands in one run", kBatchCommands},
         {"checkpoint", "kept states of switches, and the way back to them", kCheckpointCommands},
         {"monitor", "changes as they happen", kMonitorCommands},
@@ -188,6 +208,8 @@ const Program &program() {
         .description = kDescription,
         .sections = kSections,
         .failed = 1,
+        .topics = kTopics,
+        .otherNames = kOtherNames,
         .run = runOnHost,
     };
     return self;

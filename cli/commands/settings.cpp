@@ -13,6 +13,7 @@
 #include "access/setting_value.h"
 #include "commands/setting_names.h"
 #include "config/settings/references.h"
+#include "tool/values.h"
 
 namespace qvs::cli {
 
@@ -50,6 +51,11 @@ std::string summaryOf(const Member &member) {
     return text;
 }
 
+// The words that completion offers for a member. Its own check refuses others.
+Choices choicesOf(const Member &member) {
+    return member.type == Type::Boolean ? Choices(kOffOn) : member.words;
+}
+
 void addGetOptions(Made &made, const Setting &setting) {
     made.options.push_back(kStored);
     if (setting.running != nullptr) made.options.back().excludes = kKernelOption;
@@ -76,7 +82,9 @@ void addValueArgument(Made &made, const Setting &setting) {
     made.arguments.push_back({.name = made.keep(argumentOf(setting)),
                               .summary = made.keep(summaryOf(member)),
                               .optional = member.list,
-                              .repeated = member.list});
+                              .repeated = member.list,
+                              .choices = choicesOf(member),
+                              .open = true});
     if (member.list) made.options.push_back({kEmptyOption, nullptr, "store a list without entries"});
 }
 
@@ -132,6 +140,19 @@ Shape shapeOfRow(const Command &command) {
     return entry->second.shape;
 }
 
+void checkValue(const Command &command, std::string_view name, const std::string &text) {
+    const auto &setting = *static_cast<const Setting *>(command.subject);
+    for (const Member &member : setting.members) {
+        const bool named = name == (setting.isScalar() ? argumentOf(setting) : optionOf(member));
+        if (!named || isBytes(member)) continue;
+        if (setting.isScalar() && member.list) {
+            parseItems(member, name, {text});
+        } else {
+            parseMember(member, name, text);
+        }
+    }
+}
+
 std::vector<std::string> touchesSubject(const Arguments &arguments) {
     return touchedSettings(arguments, {static_cast<const Setting *>(arguments.subject)});
 }
@@ -144,7 +165,9 @@ Option optionFor(const Member &member, std::deque<std::string> &texts) {
             .value = keep(placeholderOf(member)),
             .summary = keep(summaryOf(member)),
             .kind = isBytes(member) ? Kind::File : Kind::Word,
-            .need = member.required ? Need::Always : Need::Never};
+            .need = member.required ? Need::Always : Need::Never,
+            .choices = choicesOf(member),
+            .open = true};
 }
 
 std::span<const Command> settingRows(std::initializer_list<const Setting *> settings) {
@@ -161,9 +184,9 @@ std::span<const Command> settingRows(std::initializer_list<const Setting *> sett
         };
         add("get", reads(getSetting, touchesSubject));
         const Run set = writes(setSetting, touchesSubject);
-        add("set", isChecked(*setting) ? looking(set) : set);
-        const Run clear = writes(clearSettings, touchesSubject);
-        if (setting->clear != nullptr) add("clear", config::isReferredTo(*setting) ? looking(clear) : clear);
+        add("set", config::refers(*setting) ? looking(set) : set);
+        rows.back().check = checkValue;
+        if (setting->clear != nullptr) add("clear", writes(clearSettings, touchesSubject));
     }
     return rows;
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Takes the words of one call apart with CLI11. Only the parser of the command at hand is built.
+// Parses the words of one call with CLI11, and words its errors. Builds the parser of the called command
+// only.
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include "tool/help.h"
 #include "tool/program.h"
 #include "tool/run.h"
+#include "tool/suggest.h"
 
 namespace qvs::cli {
 
@@ -56,24 +58,28 @@ void Arguments::add(std::string_view name, std::vector<std::string> values) {
 namespace {
 
 constexpr Option kJson{"--json", nullptr, "print JSON"};
+constexpr Option kWide{"--wide", nullptr, "do not cut tables to the width of the terminal"};
 constexpr Option kHelp{"--help", nullptr, "print the help of the command"};
 
-// What the parser fills, by row entry; addresses must stay, so a deque.
+// An argument or option of a row, and the words that CLI11 found for it. CLI11 keeps pointers to slots, so
+// they stand in a deque.
 struct Slot {
     const char *name = nullptr;
     Kind kind = Kind::Word;
+    Choices choices = {};
     CLI::Option *option = nullptr;
     std::vector<std::string> values = {};
     bool flag = false;
     bool repeated = false;
+    bool open = false;
 };
 
-// CLI11 makes a list of a word like "[a,b]" where several words are taken, but a name may look like that. A
-// guard behind the bracket keeps it from doing so, and is taken away again afterwards.
+// CLI11 splits a word such as "[a,b]" into a list, and takes the next word as the value of "--name=". A guard
+// at the end of such words prevents both. unguard() removes it from the values.
 constexpr char kGuard = '\x01';
 
 std::string guarded(std::string word) {
-    if (word.ends_with(']') || word.ends_with(kGuard)) word += kGuard;
+    if (word.ends_with(']') || word.ends_with('=') || word.ends_with(kGuard)) word += kGuard;
     return word;
 }
 
@@ -88,7 +94,8 @@ void configure(Slot &slot, bool repeated) {
 }
 
 void addArgument(CLI::App &app, std::deque<Slot> &slots, const Argument &argument) {
-    Slot &slot = slots.emplace_back(Slot{.name = argument.name, .kind = argument.kind});
+    Slot &slot = slots.emplace_back(Slot{
+        .name = argument.name, .kind = argument.kind, .choices = argument.choices, .open = argument.open});
     slot.option = app.add_option(argument.name, slot.values);
     configure(slot, argument.repeated);
     slot.option->required(!argument.optional);
@@ -96,10 +103,12 @@ void addArgument(CLI::App &app, std::deque<Slot> &slots, const Argument &argumen
 }
 
 void addOption(CLI::App &app, std::deque<Slot> &slots, const Option &option) {
-    Slot &slot = slots.emplace_back(Slot{.name = option.name, .kind = option.kind});
+    Slot &slot = slots.emplace_back(
+        Slot{.name = option.name, .kind = option.kind, .choices = option.choices, .open = option.open});
     if (option.value == nullptr) {
         slot.option = app.add_flag(option.name, slot.flag);
         slot.option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+        slot.option->disable_flag_override();
         return;
     }
     slot.option = app.add_option(option.name, slot.values);
@@ -108,17 +117,7 @@ void addOption(CLI::App &app, std::deque<Slot> &slots, const Option &option) {
     slot.repeated = option.repeated;
 }
 
-// The first word that looks like an option and is none.
-const std::string *unknownOption(const CLI::App &app, std::span<const std::string> words) {
-    for (const std::string &word : words) {
-        if (word == "--") break;
-        bool looks = word.size() > 1 && word.front() == '-';
-        if (looks && app.get_option_no_throw(word.substr(0, word.find('='))) == nullptr) return &word;
-    }
-    return nullptr;
-}
-
-// The argument that is all words behind --, or null.
+// The argument that takes all words behind --, or null.
 const Argument *verbatimOf(const Shape &shape) {
     const bool is = shape.arguments.size() == 1 && shape.arguments.front().verbatim;
     return is ? &shape.arguments.front() : nullptr;
@@ -128,41 +127,92 @@ const Argument *verbatimOf(const Shape &shape) {
     fail(Exit::Usage, "{}\nusage: {}", message, usageLine(command));
 }
 
-// "--timeout requires SECONDS" for CLI11's "--timeout: 1 required SECONDS missing".
-std::string requiring(std::string message) {
-    constexpr std::string_view kBefore = ": 1 required ";
-    constexpr std::string_view kBehind = " missing";
-    const size_t at = message.find(kBefore);
-    if (at == std::string::npos || !message.ends_with(kBehind)) return message;
-    message.erase(message.size() - kBehind.size());
-    return message.replace(at, kBefore.size(), " requires ");
+// A call that CLI11 refused.
+struct Refused {
+    const CLI::App &app;
+    const Command &command;
+    std::span<const std::string> words;  // without the verbatim words behind --
+    const std::deque<Slot> &slots;
+
+    // The arguments and options that CLI11 found, without their values.
+    Arguments found() const {
+        Arguments arguments;
+        for (const Slot &slot : slots)
+            if (slot.option->count() > 0) arguments.add(slot.name, {});
+        return arguments;
+    }
+};
+
+// The first word that looks like an option, but is not one.
+const std::string *unknownOption(const Refused &call) {
+    for (const std::string &word : call.words) {
+        if (word == "--") break;
+        const bool looks = word.size() > 1 && word.front() == '-';
+        if (looks && call.app.get_option_no_throw(word.substr(0, word.find('='))) == nullptr) return &word;
+    }
+    return nullptr;
 }
 
-[[noreturn]] void failParse(const CLI::App &app, const Command &command, std::span<const std::string> words,
-                            std::string message) {
+std::string unknownProblem(const Refused &call, const std::string &word) {
+    const std::vector<std::string> meant = optionsMeant(&call.command, word);
+    const bool mayBeName = meant.empty() && verbatimOf(shapeOf(call.command)) == nullptr;
+    return fmt::format("no such option: {}{}{}", inQuotes(word), didYouMean(meant),
+                       mayBeName ? "; a name that begins with a dash goes behind --" : "");
+}
+
+std::string surplusProblem(const Refused &call) {
+    const std::vector<std::string> rest = call.app.remaining();
+    std::string word = rest.empty() ? "" : rest.front();
+    unguard(word);
+    const Shape shape = shapeOf(call.command);
+    if (const Argument *verbatim = verbatimOf(shape))
+        return fmt::format("unexpected argument: {}; {} goes behind --", inQuotes(word), verbatim->name);
+    return fmt::format("unexpected argument: {}{}", inQuotes(word),
+                       didYouMean(optionsFor(call.command, call.found(), word)));
+}
+
+// The problem with the value of an option: it is missing, or the option takes none.
+std::string valueProblem(const Refused &call, std::string_view message) {
+    std::string name(message.substr(0, message.find_first_of(": ")));
+    if (!name.starts_with("--")) name.insert(0, "--");
+    const std::optional<Option> option = optionNamed(&call.command, name);
+    if (!option) return shown(message);
+    if (option->value == nullptr) return fmt::format("{} takes no value", name);
+    return fmt::format("{} requires {}", name, option->value);
+}
+
+[[noreturn]] void failParse(const Refused &call, const CLI::ParseError &error) {
+    if (const std::string *word = unknownOption(call)) failUsage(call.command, unknownProblem(call, *word));
+    std::string message = error.what();
     std::erase(message, kGuard);
-    message = requiring(shown(message));
-    if (const std::string *word = unknownOption(app, words)) {
-        message = fmt::format(
-            "no such option: {}{}", inQuotes(*word),
-            verbatimOf(shapeOf(command)) != nullptr ? "" : "; a name that begins with a dash goes behind --");
+    if (dynamic_cast<const CLI::ExtrasError *>(&error) != nullptr) {
+        message = surplusProblem(call);
+    } else if (dynamic_cast<const CLI::ArgumentMismatch *>(&error) != nullptr) {
+        message = valueProblem(call, message);
+    } else {
+        message = shown(message);
     }
-    failUsage(command, message);
+    failUsage(call.command, message);
 }
 
 void requireGood(const Command &command, const Slot &slot) {
     if (slot.values.size() > 1 && !slot.repeated)
         failUsage(command, fmt::format("{}: given twice", slot.name));
-    // An empty name comes from a variable that nobody set.
-    if (slot.kind != Kind::File && slot.kind != Kind::Directory) return;
+    const bool directory = slot.kind == Kind::Directory;
+    const bool file = slot.kind == Kind::File || slot.kind == Kind::Lab;
     for (const std::string &value : slot.values) {
-        if (value.empty())
-            fail(Exit::Usage, "{}: the name of a {} is empty", slot.name,
-                 slot.kind == Kind::File ? "file" : "directory");
+        const auto found = std::find(slot.choices.begin(), slot.choices.end(), value);
+        if (!slot.choices.empty() && !slot.open && found == slot.choices.end())
+            fail(Exit::Usage, "{}: {} is none of {}", slot.name, inQuotes(value),
+                 fmt::join(slot.choices, ", "));
+        // A variable that is not set gives an empty name.
+        if (value.empty() && (directory || file))
+            fail(Exit::Usage, "{}: the name of a {} is empty", slot.name, directory ? "directory" : "file");
+        if (command.check != nullptr) command.check(command, slot.name, value);
     }
 }
 
-// What the options of a call make of each other.
+// Refuses a call that lacks an option that it needs, or has options that exclude each other.
 void requireConsistent(const Command &command, const Arguments &arguments) {
     for (const Option &option : optionsOf(command)) {
         const bool given = arguments.given(option.name);
@@ -171,21 +221,40 @@ void requireConsistent(const Command &command, const Arguments &arguments) {
         if (given && option.excludes != nullptr && arguments.given(option.excludes))
             fail(Exit::Usage, "{} and {} exclude each other", option.name, option.excludes);
     }
-    if (arguments.given(kJson.name) && !command.json)
-        fail(Exit::Usage, "{} {} has no JSON; call it without --json", program().name, words(command));
+    const auto refuse = [&](const Option &option, const char *lacking) {
+        if (arguments.given(option.name) && !takes(command, option))
+            fail(Exit::Usage, "{} {} has no {}; call it without {}", program().name, words(command), lacking,
+                 option.name);
+    };
+    refuse(kJson, "JSON");
+    refuse(kWide, "tables");
 }
 
 }  // namespace
 
 std::span<const Option *const> commonOptions() {
     static const std::vector<const Option *> all = [] {
-        std::vector<const Option *> options = {&kJson};
+        std::vector<const Option *> options = {&kJson, &kWide};
         for (const Option &option : program().options)
             options.push_back(&option);
         options.push_back(&kHelp);
         return options;
     }();
     return all;
+}
+
+std::optional<Option> optionNamed(const Command *command, std::string_view name) {
+    if (command != nullptr) {
+        for (const Option &option : optionsOf(*command))
+            if (name == option.name) return option;
+    }
+    for (const Option *option : commonOptions())
+        if (name == option->name) return *option;
+    return std::nullopt;
+}
+
+bool takes(const Command &command, const Option &common) {
+    return command.json || (&common != &kJson && &common != &kWide);
 }
 
 Arguments parseArguments(const Command &command, std::span<const std::string> words) {
@@ -218,7 +287,7 @@ Arguments parseArguments(const Command &command, std::span<const std::string> wo
         arguments.add(kHelp.name, {});
         return arguments;
     } catch (const CLI::ParseError &error) {
-        failParse(app, command, own, error.what());
+        failParse({app, command, own, slots}, error);
     }
 
     for (Slot &slot : slots) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The rows of a command table, one per command. Parsing, help, completion and the manual are made from them.
+// The rows of the command table, one for each command. The parser, help, completion and manual use them.
 #pragma once
 
 #include <cstdint>
@@ -17,52 +17,60 @@ namespace qvs::cli {
 
 class Output;
 
-// What a word stands for, so that completion can offer it. A file or directory has a name that is not empty.
-enum class Kind { Word, Switch, Port, Uplink, File, Directory, Program, Shell };
+// What a word names, so that completion can offer names. The parser refuses an empty name of a file,
+// directory or lab. A lab is a file, or the name of an installed lab.
+enum class Kind { Word, Switch, Port, Uplink, File, Directory, Program, Lab };
+
+// The words that an argument or a value may be. Completion offers them.
+using Choices = std::span<const char *const>;
 
 struct Argument {
     const char *name;
     const char *summary;
     Kind kind = Kind::Word;
     bool optional = false;
-    bool repeated = false;  // the last one of a row only
-    bool verbatim = false;  // the only one of a row: all words behind --, to the letter
+    bool repeated = false;  // takes all remaining words; only the last argument of a row
+    bool verbatim = false;  // takes all words behind --, unchanged; only the sole argument of a row
+    Choices choices = {};
+    bool open = false;  // the command itself refuses words that are no choice
 };
 
-// Whether a call does without an option: always, never, or when another one of its row's choice is given. A
-// choice is a run of such options; that one of them is given is for the command to see.
+// Whether an option is required: never, always, or as one of a choice. A choice is a group of adjacent
+// options of which the command requires one.
 enum class Need { Never, Always, Choice };
 
 struct Option {
     const char *name;
-    const char *value;  // what the value is called, or null for a flag
+    const char *value;  // the name of the value in the help; null for a flag
     const char *summary;
     Kind kind = Kind::Word;
     bool repeated = false;  // may be given several times
     Need need = Need::Never;
     const char *excludes = nullptr;  // an option that cannot be given together with this one
+    Choices choices = {};
+    bool open = false;  // the command itself refuses words that are no choice
 };
 
 // Reads and Writes need a host; Local commands run anywhere.
 enum class Access { Reads, Writes, Local };
 
-// The words of one call, taken apart as its row says.
+// The parsed arguments and options of one call.
 class Arguments {
   public:
     bool given(std::string_view name) const;
-    // The value of an argument or option that is there.
+    // The value of an argument or option, which must be given.
     const std::string &text(std::string_view name) const;
     const std::vector<std::string> &all(std::string_view name) const;
-    // The value or null, as the library takes names that may be left out.
+    // The value, or null when it is not given, for optional names of library functions.
     const char *orNull(std::string_view name) const;
-    // A number in decimal or, after 0x, hexadecimal; anything else, or one beyond the bounds, is a usage
-    // failure.
+    // The number, in decimal or, with 0x, in hexadecimal. Throws a usage failure for other texts and for
+    // numbers out of bounds.
     uint32_t number(std::string_view name, uint32_t absent, uint32_t least = 0,
                     uint32_t most = UINT32_MAX) const;
 
     void add(std::string_view name, std::vector<std::string> values);
 
-    // The subject of the row that the words were taken apart by.
+    // The subject of the command's row.
     const void *subject = nullptr;
 
   private:
@@ -71,17 +79,16 @@ class Arguments {
     std::vector<std::pair<std::string_view, std::vector<std::string>>> values_;
 };
 
-// Paths from the switch down to what a command concerns; null: everything. A batch loads the snapshot again
-// only before a command that looks at what an earlier one has touched.
+// The paths of the objects that a command reads or changes, from the switch down; null means all objects. A
+// batch reloads the snapshot only before a command that reads what an earlier command changed.
 using Touches = std::vector<std::string> (*)(const Arguments &);
 
-// What a command does: its function, and what that needs and changes. Rows say reads(), writes() or local().
+// The function of a command, and what it reads and changes. Rows use reads(), writes() or local().
 struct Run {
     Access access;
     void (*function)(const Arguments &, Output &);
-    Touches touches;     // what it changes, and looks at
-    bool looksAtSwitch;  // it looks at the whole switch besides
-    bool isLasting;      // what it changes cannot be undone
+    Touches touches;     // the objects that it reads and changes
+    bool looksAtSwitch;  // it also reads the whole switch
 
     void operator()(const Arguments &arguments, Output &out) const { function(arguments, out); }
 };
@@ -91,7 +98,7 @@ constexpr Run reads(void (*function)(const Arguments &, Output &), Touches touch
 constexpr Run writes(void (*function)(const Arguments &, Output &), Touches touches = nullptr) {
     return {Access::Writes, function, touches, false, false};
 }
-// The same command when it looks at the whole switch besides what it touches.
+// The same command, which also reads the whole switch.
 constexpr Run looking(Run run) {
     run.looksAtSwitch = true;
     return run;
@@ -106,7 +113,7 @@ constexpr Run local(void (*function)(const Arguments &, Output &)) {
     return {Access::Local, function, nullptr, false, false};
 }
 
-// What a command takes, and what its help says.
+// The arguments, options and help texts of a command.
 struct Shape {
     const char *summary;
     std::span<const Argument> arguments;
@@ -120,26 +127,30 @@ struct Command {
     const char *summary = nullptr;
     std::initializer_list<Argument> arguments = {};
     std::initializer_list<Option> options = {};
-    std::span<const Option> more = {};  // those that it shares with others, behind its own
+    std::span<const Option> more = {};  // options shared with other commands, listed behind its own
     const char *details = nullptr;      // more for the manual
     const char *example = nullptr;
-    bool json = true;  // --json is understood; refused otherwise
+    bool json = true;  // whether it accepts --json
     Run run;
-    Guard guard = Guard::Switch;  // when it writes
-    // Of rows that are made from a table: what the row is about, and a function that makes the shape when it
-    // is asked for.
+    Guard guard = Guard::Switch;  // used when it writes
+    // Only in rows that are made from a table: the entry of that table, and a function that makes the shape.
     const void *subject = nullptr;
     Shape (*shape)(const Command &) = nullptr;
+    // Throws a usage failure when an argument or option cannot have this value. Runs before the host is
+    // looked for. Null: the command checks all values itself.
+    void (*check)(const Command &, std::string_view name, const std::string &value) = nullptr;
 };
 Shape shapeOf(const Command &command);
 
-// All options of a command.
+// All options of a command: its own and the shared ones.
 std::vector<Option> optionsOf(const Command &command);
 
 // A path of names, which may contain any character but NUL.
 std::string touchedPath(std::initializer_list<std::string_view> names);
 
-// The words that call a command, one by one.
+// Splits a text at its blanks, which are single.
+std::vector<std::string_view> splitWords(std::string_view text);
+// The words of a command: {"port", "vlan", "get"}.
 std::vector<std::string_view> wordsOf(const Command &command);
 
 // Commands that the help lists together. Rows of one noun may stand in several groups.
@@ -149,7 +160,7 @@ struct Noun {
     std::span<const Command> commands;
 };
 
-// help, completion and manual, which every program has.
+// The commands that every program has: help, completion and manual.
 extern const std::span<const Command> kToolCommands;
 
 // Options and arguments that many rows share.

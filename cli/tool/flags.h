@@ -20,7 +20,7 @@ struct FlagName {
     uint32_t bit;
 };
 
-// The names of the bits that are set; those without one together as a number.
+// The names of the bits that are set. Bits without a name follow as one number.
 inline std::vector<std::string> flagNames(std::span<const FlagName> names, uint32_t flags) {
     std::vector<std::string> found;
     for (const FlagName &flag : names) {
@@ -31,7 +31,7 @@ inline std::vector<std::string> flagNames(std::span<const FlagName> names, uint3
     return found;
 }
 
-// The bit of this name; a usage failure about what when none is called so.
+// The bit with this name. Throws a usage failure about `what` when there is none.
 inline uint32_t flagNamed(std::string_view what, std::span<const FlagName> names, std::string_view name) {
     std::string all;
     for (const FlagName &flag : names) {

@@ -5,20 +5,52 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iterator>
+#include <cctype>
+#include <utility>
 
 #include "tool/program.h"
+#include "tool/suggest.h"
+#include "tool/terminal.h"
 
 namespace qvs::cli {
 namespace {
 
-void appendAligned(std::string &out, const std::vector<std::pair<std::string, std::string>> &lines) {
+using Lines = std::vector<std::pair<std::string, std::string>>;
+
+// Appends two columns. If the left text is longer than half a line, the right one begins on the next line.
+void appendAligned(std::string &out, const Lines &lines) {
+    constexpr size_t kIndent = 2;
+    const size_t most = proseColumns() / 2;
     size_t widest = 0;
     for (const auto &[left, right] : lines)
-        widest = std::max(widest, left.size());
+        if (left.size() + 2 * kIndent <= most) widest = std::max(widest, left.size());
+    const size_t column = widest == 0 ? 4 * kIndent : widest + 2 * kIndent;
     for (const auto &[left, right] : lines) {
-        fmt::format_to(std::back_inserter(out), "  {:{}}  {}\n", left, widest, right);
+        out += std::string(kIndent, ' ') + left;
+        const size_t at = kIndent + left.size();
+        out += at + kIndent > column ? "\n" + std::string(column, ' ') : std::string(column - at, ' ');
+        appendWrapped(out, right, column, column);
+        out += "\n";
     }
+}
+
+void appendIndented(std::string &out, std::string_view text) {
+    out += "  ";
+    appendWrapped(out, text, 2, 2);
+    out += "\n";
+}
+
+void appendCommonOptions(std::string &out) {
+    out += "options of every command:\n";
+    Lines lines;
+    for (const Option *option : commonOptions())
+        lines.emplace_back(words(*option), option->summary);
+    appendAligned(out, lines);
+}
+
+std::string lower(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+    return text;
 }
 
 std::string argumentWords(const Argument &argument) {
@@ -28,7 +60,7 @@ std::string argumentWords(const Argument &argument) {
     return argument.optional ? "[" + text + "]" : text;
 }
 
-// A command as it is typed.
+// The command with the name of the program.
 std::string called(const Command &command) {
     return fmt::format("{} {}", program().name, words(command));
 }
@@ -40,15 +72,18 @@ bool beginsWith(const Command &command, std::span<const std::string> words) {
 
 }  // namespace
 
-std::vector<std::string_view> wordsOf(const Command &command) {
+std::vector<std::string_view> splitWords(std::string_view text) {
     std::vector<std::string_view> words;
-    std::string_view rest = command.words;
-    while (!rest.empty()) {
-        size_t blank = std::min(rest.find(' '), rest.size());
-        words.push_back(rest.substr(0, blank));
-        rest.remove_prefix(std::min(blank + 1, rest.size()));
+    while (!text.empty()) {
+        const size_t blank = std::min(text.find(' '), text.size());
+        words.push_back(text.substr(0, blank));
+        text.remove_prefix(std::min(blank + 1, text.size()));
     }
     return words;
+}
+
+std::vector<std::string_view> wordsOf(const Command &command) {
+    return splitWords(command.words);
 }
 
 Shape shapeOf(const Command &command) {
@@ -75,57 +110,129 @@ std::vector<Option> optionsOf(const Command &command) {
     return options;
 }
 
-std::string exampleOf(const Command &command) {
-    std::string text = shapeOf(command).example;
-    if (const size_t at = text.find('%'); at != std::string::npos) text.replace(at, 1, program().name);
+std::string summaryOf(std::string_view beginning) {
+    std::string group;
+    for (const Noun &noun : program().nouns) {
+        if (noun.name == beginning) return noun.summary;
+        for (const Command &command : noun.commands) {
+            if (command.words == beginning) return shapeOf(command).summary;
+            if (group.empty() && std::string_view(command.words).starts_with(std::string(beginning) + " "))
+                group = noun.summary;
+        }
+    }
+    return group;
+}
+
+std::string ofProgram(std::string text) {
+    const std::string_view name = program().name;
+    for (size_t at = 0; (at = text.find('%', at)) != std::string::npos; at += name.size())
+        text.replace(at, 1, name);
     return text;
 }
 
-std::string usageLine(const Command &command) {
-    const Shape shape = shapeOf(command);
-    std::string line = called(command);
+std::string exampleOf(const Command &command) {
+    return ofProgram(shapeOf(command).example);
+}
+
+namespace {
+
+// The parts of a usage line. Lines are not broken inside of a part.
+std::vector<std::string> usageParts(const Command &command) {
+    std::vector<std::string> parts;
     std::string verbatim;
-    for (const Argument &argument : shape.arguments)
-        (argument.verbatim ? verbatim : line) += " " + argumentWords(argument);
+    for (const Argument &argument : shapeOf(command).arguments) {
+        if (argument.verbatim) {
+            verbatim = argumentWords(argument);
+        } else {
+            parts.push_back(argumentWords(argument));
+        }
+    }
     bool choosing = false;
     for (const Option &option : optionsOf(command)) {
-        bool choice = option.need == Need::Choice;
-        if (choosing && !choice) line += ")";
-        line += choosing && choice ? " | " : choice ? " (" : " ";
-        choosing = choice;
+        const bool choice = option.need == Need::Choice;
+        if (choosing && !choice) parts.back() += ")";
         const std::string text = words(option);
-        line += option.need == Need::Never ? "[" + text + "]" : text;
-        if (option.repeated) line += "...";
+        const std::string named = option.need == Need::Never ? "[" + text + "]" : text;
+        const char *before = !choice ? "" : choosing ? "| " : "(";
+        parts.push_back(before + named + (option.repeated ? "..." : ""));
+        choosing = choice;
     }
-    return line + (choosing ? ")" : "") + verbatim;
+    if (choosing) parts.back() += ")";
+    if (!verbatim.empty()) parts.push_back(verbatim);
+    return parts;
+}
+
+// Replaces the blanks inside of parts while lines are broken.
+std::string wrappedUsage(const Command &command) {
+    constexpr char kHold = '\x01';
+    std::string line = called(command);
+    const size_t indent = sizeof "usage: " - 1;
+    std::replace(line.begin(), line.end(), ' ', kHold);
+    for (std::string part : usageParts(command)) {
+        std::replace(part.begin(), part.end(), ' ', kHold);
+        line += " " + part;
+    }
+    std::string text = "usage: ";
+    appendWrapped(text, line, indent, indent + 4);
+    std::replace(text.begin(), text.end(), kHold, ' ');
+    return text;
+}
+
+}  // namespace
+
+std::string usageLine(const Command &command) {
+    std::string line = called(command);
+    for (const std::string &part : usageParts(command))
+        line += " " + part;
+    return line;
 }
 
 std::string programHelp() {
+    if (program().topics.empty()) return wholeHelp();
+    std::string text = fmt::format("usage: {} {}\n", program().name, program().usage);
+    std::vector<std::string_view> rest = wordsBehind({});
+    for (const Topic &topic : program().topics) {
+        Lines lines;
+        for (const std::string_view noun : splitWords(topic.nouns)) {
+            if (std::erase(rest, noun) > 0) lines.emplace_back(noun, summaryOf(noun));
+        }
+        text += fmt::format("{}:\n", topic.title);
+        appendAligned(text, lines);
+    }
+    text += "More: ";
+    appendWrapped(text, fmt::format("{}", fmt::join(rest, " ")), sizeof "More: " - 1, 2);
+    return text + fmt::format(
+                      "\n\n{0} help NOUN lists the verbs of a noun, {0} help all every command.\n"
+                      "{0} help WORD searches; {0} COMMAND --help says more about a command.\n",
+                      program().name);
+}
+
+std::string wholeHelp() {
     std::string text = fmt::format("usage: {} {}\n\n", program().name, program().usage);
     for (const Noun &noun : program().nouns) {
         text += fmt::format("{}: {}\n", noun.name, noun.summary);
-        std::vector<std::pair<std::string, std::string>> lines;
+        Lines lines;
         for (const Command &command : noun.commands)
             lines.emplace_back(called(command), shapeOf(command).summary);
         appendAligned(text, lines);
         text += "\n";
     }
-    text += "options of every command:\n";
-    std::vector<std::pair<std::string, std::string>> lines;
-    for (const Option *option : commonOptions())
-        lines.emplace_back(words(*option), option->summary);
-    appendAligned(text, lines);
+    appendCommonOptions(text);
     text += fmt::format("\n{0} COMMAND --help says more about a command, {0} manual everything.\n",
                         program().name);
     return text;
 }
 
-std::string nounHelp(std::span<const std::string> asked) {
+namespace {
+
+// The commands for which `picks` returns true, grouped by noun.
+template <typename Picks>
+std::string pickedHelp(Picks picks) {
     std::string text;
     for (const Noun &noun : program().nouns) {
-        std::vector<std::pair<std::string, std::string>> lines;
+        Lines lines;
         for (const Command &command : noun.commands) {
-            if (beginsWith(command, asked)) lines.emplace_back(called(command), shapeOf(command).summary);
+            if (picks(command)) lines.emplace_back(called(command), shapeOf(command).summary);
         }
         if (lines.empty()) continue;
         if (!text.empty()) text += "\n";
@@ -135,24 +242,39 @@ std::string nounHelp(std::span<const std::string> asked) {
     return text;
 }
 
+}  // namespace
+
+std::string nounHelp(std::span<const std::string> asked) {
+    return pickedHelp([&](const Command &command) { return beginsWith(command, asked); });
+}
+
+std::string searchHelp(std::span<const std::string> asked) {
+    return pickedHelp([&](const Command &command) {
+        const std::string said = lower(fmt::format("{} {}", command.words, shapeOf(command).summary));
+        return std::all_of(asked.begin(), asked.end(), [&](const std::string &word) {
+            return said.find(lower(word)) != std::string::npos;
+        });
+    });
+}
+
 std::string commandHelp(const Command &command) {
     const Shape shape = shapeOf(command);
-    std::string text = fmt::format("usage: {}\n\n  {}\n", usageLine(command), shape.summary);
-    if (shape.details != nullptr) text += fmt::format("  {}\n", shape.details);
+    std::string text = wrappedUsage(command) + "\n\n";
+    appendIndented(text, shape.summary);
+    if (shape.details != nullptr) appendIndented(text, ofProgram(shape.details));
     if (!shape.arguments.empty()) {
         text += "\narguments:\n";
-        std::vector<std::pair<std::string, std::string>> lines;
+        Lines lines;
         for (const Argument &argument : shape.arguments)
             lines.emplace_back(argument.name, argument.summary);
         appendAligned(text, lines);
     }
     text += "\noptions:\n";
-    std::vector<std::pair<std::string, std::string>> lines;
+    Lines lines;
     for (const Option &option : optionsOf(command))
         lines.emplace_back(words(option), option.summary);
     for (const Option *option : commonOptions()) {
-        bool refused = !command.json && option->name == std::string_view("--json");
-        if (!refused) lines.emplace_back(words(*option), option->summary);
+        if (takes(command, *option)) lines.emplace_back(words(*option), option->summary);
     }
     appendAligned(text, lines);
     text += fmt::format("\nexample:\n  {}\n", exampleOf(command));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The manual page, made from the command table and what the program says of itself.
+// The manual page, made from the command table and the description of the program.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -33,7 +33,7 @@ std::string troff(std::string_view text) {
     return out;
 }
 
-// A usage with the words that stand for others in italics.
+// A usage line with its placeholders in italics.
 std::string troffUsage(std::string_view text) {
     auto stands = [](char c) { return c >= 'A' && c <= 'Z'; };
     std::string out;
@@ -42,7 +42,7 @@ std::string troffUsage(std::string_view text) {
         const bool inside = stands(text[i]) || (italic && text[i] >= '0' && text[i] <= '9');
         if (inside != italic) out += inside ? "\\fI" : "\\fR";
         italic = inside;
-        // Dots are no requests here: a usage begins with the name of the program.
+        // A dot is a request only at the beginning of a line, where the name of the program stands.
         out += text[i] == '.' ? "." : troff(text.substr(i, 1));
     }
     return italic ? out + "\\fR" : out;
@@ -70,7 +70,7 @@ void troffCommand(std::string &page, const Command &command) {
         troffItem(page, argument.name, argument.summary);
     for (const Option &option : optionsOf(command))
         troffItem(page, words(option), option.summary);
-    if (shape.details != nullptr) page += fmt::format(".PP\n{}\n", troff(shape.details));
+    if (shape.details != nullptr) page += fmt::format(".PP\n{}\n", troff(ofProgram(shape.details)));
     page += fmt::format(".PP\nExample: {}\n", troff(exampleOf(command)));
 }
 
@@ -112,6 +112,12 @@ std::string manualPage() {
         for (const Passage &passage : section.passages)
             troffPassage(page, passage);
     }
+    // The title of a section begins a paragraph, and no request for one may follow it.
+    constexpr std::string_view kParagraph = ".PP\n";
+    for (size_t at = 0; (at = page.find("\n.SH ", at)) != std::string::npos;) {
+        at = page.find('\n', at + 1) + 1;
+        if (std::string_view(page).substr(at).starts_with(kParagraph)) page.erase(at--, kParagraph.size());
+    }
     return page;
 }
 
@@ -134,7 +140,7 @@ std::string markdownManual() {
                 page += fmt::format("- `{}`: {}\n", argument.name, argument.summary);
             for (const Option &option : optionsOf(command))
                 page += fmt::format("- `{}`: {}\n", words(option), option.summary);
-            if (shape.details != nullptr) page += fmt::format("\n{}\n", shape.details);
+            if (shape.details != nullptr) page += fmt::format("\n{}\n", ofProgram(shape.details));
             page += fmt::format("\nExample: `{}`\n", exampleOf(command));
         }
     }

@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tool/failure.h"
+#include "tool/terminal.h"
 
 namespace qvs::cli {
 namespace {
@@ -36,10 +37,25 @@ std::string_view asText(Bytes bytes) {
     return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
 }
 
-// Columns are counted in characters, not bytes.
-size_t width(std::string_view text) {
-    return static_cast<size_t>(std::count_if(
-        text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }));
+// The least width to which a column is cut.
+constexpr size_t kLeastColumn = 6;
+constexpr size_t kBetweenColumns = 2;
+
+// Reduces the widest column that may be cut until a row fits, or no column can be reduced further.
+void narrow(std::vector<size_t> &widths, const std::vector<bool> &mayBeCut, size_t most) {
+    size_t whole = (widths.size() - 1) * kBetweenColumns;
+    for (const size_t width : widths)
+        whole += width;
+    while (whole > most) {
+        size_t widest = widths.size();
+        for (size_t i = 0; i < widths.size(); i++) {
+            if (!mayBeCut[i] || widths[i] <= kLeastColumn) continue;
+            if (widest == widths.size() || widths[i] > widths[widest]) widest = i;
+        }
+        if (widest == widths.size()) return;
+        widths[widest]--;
+        whole--;
+    }
 }
 
 }  // namespace
@@ -62,14 +78,14 @@ void Output::drain() {
 }
 
 void Output::flush() {
-    // Emptied first: what could not be written is not tried again on the way out.
+    // The buffer is emptied first, so that a failed write is not repeated when the program ends.
     fmt::memory_buffer waiting = std::move(buffer_);
     buffer_ = fmt::memory_buffer();
     try {
         writeAll(STDOUT_FILENO, {waiting.data(), waiting.size()}, "standard output");
     } catch (const Failure &) {
-        // A reader that has seen enough hears nothing more. The signal was held off until here so that
-        // nothing but output ends the tool, and no change in the middle.
+        // The reader has closed the pipe: end by SIGPIPE as usual. The signal is ignored elsewhere, so that
+        // it cannot interrupt a change.
         if (errno == EPIPE) {
             std::signal(SIGPIPE, SIG_DFL);
             std::raise(SIGPIPE);
@@ -87,7 +103,7 @@ void appendJson(fmt::memory_buffer &out, std::string_view text) {
         out.push_back('"');
         return;
     }
-    // JSON is UTF-8; bytes that are not become U+FFFD.
+    // JSON is UTF-8. Other bytes are replaced by U+FFFD.
     put(out,
         nlohmann::ordered_json(text).dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
 }
@@ -181,6 +197,26 @@ void Listing::endCell() {
     ends_.push_back(cells_.size());
 }
 
+std::string_view Listing::cellAt(size_t index) const {
+    const size_t begin = index == 0 ? 0 : ends_[index - 1];
+    return {cells_.data() + begin, ends_[index] - begin};
+}
+
+// Columns of numbers keep their width, since a cut number would be a different number.
+std::vector<size_t> Listing::widths(size_t columns) const {
+    std::vector<size_t> widths(columns, 0);
+    std::vector<bool> hasText(columns, false);
+    for (size_t i = 0; i < ends_.size(); i++) {
+        const std::string_view cell = cellAt(i);
+        widths[i % columns] = std::max(widths[i % columns], columnsOf(cell));
+        if (i >= columns && cell.find_first_not_of("0123456789-") != std::string_view::npos)
+            hasText[i % columns] = true;
+    }
+    const std::optional<size_t> most = out_.wide() ? std::nullopt : terminalColumns();
+    if (most) narrow(widths, hasText, *most);
+    return widths;
+}
+
 void Listing::finish() {
     if (out_.json()) {
         put(out_.buffer(), first_ ? "]\n" : "\n]\n");
@@ -188,23 +224,22 @@ void Listing::finish() {
     }
     auto columns = static_cast<size_t>(std::count_if(columns_.begin(), columns_.end(),
                                                      [](const Column &c) { return c.heading != nullptr; }));
-    std::string_view cells(cells_.data(), cells_.size());
-    std::vector<size_t> widths(columns, 0);
-    size_t begin = 0;
-    for (size_t i = 0; i < ends_.size(); i++) {
-        widths[i % columns] = std::max(widths[i % columns], width(cells.substr(begin, ends_[i] - begin)));
-        begin = ends_[i];
-    }
-
-    bool bold = out_.terminal();
+    const std::vector<size_t> width = widths(columns);
+    const bool bold = showsBold();
     if (bold) out_.write("\x1b[1m");
-    begin = 0;
     for (size_t i = 0; i < ends_.size(); i++) {
-        std::string_view cell = cells.substr(begin, ends_[i] - begin);
-        begin = ends_[i];
-        put(out_.buffer(), cell);
+        const std::string_view cell = cellAt(i);
+        const size_t room = width[i % columns];
+        size_t used = columnsOf(cell);
+        if (used > room) {
+            const std::string shorter = cutTo(cell, room);
+            used = columnsOf(shorter);
+            put(out_.buffer(), shorter);
+        } else {
+            put(out_.buffer(), cell);
+        }
         if ((i + 1) % columns != 0) {
-            size_t blanks = widths[i % columns] - width(cell) + 2;
+            const size_t blanks = room - used + kBetweenColumns;
             out_.buffer().resize(out_.buffer().size() + blanks);
             std::fill_n(out_.buffer().end() - static_cast<long>(blanks), blanks, ' ');
             continue;
@@ -264,7 +299,7 @@ void Record::section(const char *label, const Record &part) {
 void Record::appendLines(fmt::memory_buffer &out, std::string_view indent) const {
     size_t widest = 0;
     for (const std::string &label : labels_)
-        widest = std::max(widest, width(label));
+        widest = std::max(widest, columnsOf(label));
     size_t begin = 0;
     for (size_t i = 0; i < labels_.size(); i++) {
         std::string_view value(text_.data() + begin, ends_[i] - begin);

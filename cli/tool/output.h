@@ -20,30 +20,33 @@ namespace qvs::cli {
 // Standard output. A failure to write is a failure of the command.
 class Output {
   public:
-    explicit Output(bool json) : json_(json) {}
+    // wide: tables are not cut to the width of the terminal.
+    explicit Output(bool json, bool wide = false) : json_(json), wide_(wide) {}
 
     bool json() const { return json_; }
-    // Whether a person is looking, so that headings may be bold.
+    bool wide() const { return wide_; }
+    // Whether standard output is a terminal.
     bool terminal() const;
 
     fmt::memory_buffer &buffer() { return buffer_; }
     void write(std::string_view text);
     void write(Bytes bytes);
-    // Writes out when much is waiting.
+    // Writes the buffer out when it is large.
     void drain();
     void flush();
 
-    // What the program exits with when the command does not fail.
+    // The exit status when the command does not fail.
     int exitCode() const { return exitCode_; }
     void exitWith(int code) { exitCode_ = code; }
 
   private:
     bool json_;
+    bool wide_;
     int exitCode_ = 0;
     fmt::memory_buffer buffer_;
 };
 
-// Booleans by what they are called in text; in JSON all are true or false.
+// A boolean with its words in text. In JSON it is true or false.
 struct Flag {
     bool value;
     const char *yes = "yes";
@@ -86,12 +89,12 @@ void appendText(fmt::memory_buffer &out, const std::optional<Value> &value) {
 }
 
 struct Column {
-    const char *key;      // in JSON, or null for a column that only text has; never the first
-    const char *heading;  // in text, or null for a column that only JSON has
+    const char *key;      // in JSON; null for a column of text only, which cannot be the first
+    const char *heading;  // in text; null for a column of JSON only
 };
 
-// Rows under headings; an array of objects in JSON. Rows go out as they come in JSON; text waits for the
-// widths.
+// A table with headings, or an array of objects in JSON. JSON is written row by row. Text is written at the
+// end, when the widths of the columns are known.
 class Listing {
   public:
     Listing(Output &out, std::vector<Column> columns);
@@ -103,7 +106,7 @@ class Listing {
         (cell(column++, values), ...);
         endRow();
     }
-    // A row of as many values as there are columns.
+    // Adds a row, with a value for each column.
     template <typename Value>
     void rowOf(const std::vector<Value> &values) {
         beginRow();
@@ -128,15 +131,17 @@ class Listing {
     void endRow();
     void appendKey(size_t column);
     void endCell();
+    std::string_view cellAt(size_t index) const;
+    std::vector<size_t> widths(size_t columns) const;
 
     Output &out_;
     std::vector<Column> columns_;
     bool first_ = true;
-    fmt::memory_buffer cells_;  // all cells, back to back
-    std::vector<size_t> ends_;  // where each ends
+    fmt::memory_buffer cells_;  // the text of all cells
+    std::vector<size_t> ends_;  // the end of each cell in it
 };
 
-// Names alone: one a line, an array in JSON.
+// A list of names: one a line, or an array in JSON.
 class NameList {
   public:
     explicit NameList(Output &out) : out_(out) {}
@@ -164,17 +169,16 @@ class Record {
             endField();
         }
     }
-    // A record of the kernel that nobody but the kernel reads: base64 in JSON, a hex dump behind the fields
-    // in text.
+    // Bytes of the kernel: base64 in JSON, a hex dump behind the fields in text.
     void block(const char *key, const char *label, const std::optional<Bytes> &bytes);
-    // A value that only JSON has.
+    // A value that is printed in JSON only.
     template <typename Value>
     void member(const char *key, const Value &value) {
         if (!out_.json()) return;
         appendKey(key);
         appendJson(out_.buffer(), value);
     }
-    // Values of a part of the object, indented behind the fields; in text alone.
+    // The values of a part of the object, indented behind the fields. Printed in text only.
     void section(const char *label, const Record &part);
     void finish();
 
@@ -200,8 +204,8 @@ void reportChange(Output &out, std::string_view label,
 void reportSwitch(Output &out, std::string_view alias, bool changed);
 void reportPort(Output &out, std::string_view alias, std::string_view port, bool changed);
 
-// Changes of several ports or uplinks of a switch: a line for each, or one object with an array. What was
-// done is reported even when a later one fails.
+// Changes of several ports or uplinks of a switch: a line for each, or one object with an array. Reports the
+// changes that were made even when a later one fails.
 class ChangeList {
   public:
     ChangeList(Output &out, std::string_view alias, const char *arrayKey, const char *itemKey)
@@ -220,7 +224,7 @@ class ChangeList {
     std::vector<std::pair<std::string, bool>> items_;
 };
 
-// Writes a block of the kernel to a file, or to standard output for "-".
+// Writes bytes to a file, or to standard output for "-".
 void writeRaw(Output &out, const std::string &path, Bytes bytes);
 
 }  // namespace qvs::cli

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// A program as the framework sees it: its rows, and what its help and manual say of it as a whole.
+// The description of a program: its commands, and the texts of its help and manual.
 #pragma once
 
+#include <optional>
 #include <span>
+#include <string_view>
 
 #include "tool/command.h"
 
@@ -10,7 +12,7 @@ namespace qvs::cli {
 
 struct Call;
 
-// A piece of the manual: a paragraph, an entry behind its term, or lines that stay as they are.
+// A piece of the manual: a paragraph, an entry of a list with its term, or preformatted lines.
 struct Passage {
     const char *text;
     const char *term = nullptr;
@@ -21,33 +23,52 @@ struct Section {
     std::span<const Passage> passages;
 };
 
-// A command that prints the names of one kind, one a line, for the completion. $switch is the switch that was
-// typed before.
+// A command that prints the names of one kind, one a line, for completion. $switch stands for the switch on
+// the command line.
 struct NameSource {
     Kind kind;
     const char *words;
+};
+
+// A group of nouns in the short help. Nouns without a topic are listed there without a summary.
+struct Topic {
+    const char *title;
+    const char *nouns;
+};
+
+// Names of a noun in other tools, and its name here.
+struct OtherName {
+    const char *theirs;
+    const char *ours;
 };
 
 struct Program {
     const char *name;
     const char *version;
     const char *summary;
-    const char *usage;  // the words behind the name
+    const char *usage;  // the usage line behind the name
     std::span<const Noun> nouns;
-    // Those that every command takes besides --json and --help.
+    // Options of all commands, besides --json, --wide and --help.
     std::span<const Option> options;
     std::span<const NameSource> names;
     std::span<const Passage> description;
-    std::span<const Section> sections;  // of the manual, behind the commands
-    int failed;                         // what Exit::Failed is documented as
-    // Runs the row of a call with what this program does before and after it; null: the row alone.
-    void (*run)(const Call &, Output &);
+    std::span<const Section> sections;  // of the manual, behind its commands
+    int failed;                         // the exit status for Exit::Failed
+    std::span<const Topic> topics = {};
+    std::span<const OtherName> otherNames = {};
+    // Runs the command of a call, with the work of the program before and after it. Null: runs only the
+    // command.
+    void (*run)(const Call &, Output &) = nullptr;
 };
 
-// The program at hand; each defines its own.
+// The running program. Each program defines this function.
 const Program &program();
 
-// The options of every command of the program.
+// The options that every command of the program has.
 std::span<const Option *const> commonOptions();
+// The option with this name: of the command, which may be null, or of every command.
+std::optional<Option> optionNamed(const Command *command, std::string_view name);
+// Whether a command accepts an option of every command.
+bool takes(const Command &command, const Option &common);
 
 }  // namespace qvs::cli

@@ -10,14 +10,15 @@
 #include "tool/help.h"
 #include "tool/output.h"
 #include "tool/program.h"
+#include "tool/suggest.h"
 
 namespace qvs::cli {
 namespace {
 
-// The command whose words come first, and how many words they are; null when more words are needed.
+// The command that the words begin with, and its number of words; null when more words are needed.
 const Command *findCommand(std::span<const std::string> words, size_t &taken) {
     if (words.empty()) return nullptr;
-    size_t known = 0;  // words that some command begins with
+    size_t known = 0;  // the number of words that some command begins with
     for (const Noun &noun : program().nouns) {
         for (const Command &command : noun.commands) {
             std::vector<std::string_view> own = wordsOf(command);
@@ -30,24 +31,17 @@ const Command *findCommand(std::span<const std::string> words, size_t &taken) {
     if (known == words.size()) return nullptr;
     std::string begin = fmt::format("{}", fmt::join(words.first(known), " "));
     const char *blank = known == 0 ? "" : " ";
-    fail(Exit::Usage, "no such command: {}{}{}; '{} help{}{}' lists them", begin, blank,
-         inQuotes(words[known]), program().name, blank, begin);
+    const std::string meant = didYouMean(commandsMeant(words, known));
+    fail(Exit::Usage, "no such command: {}{}{}{} '{} help{}{}' lists them", begin, blank,
+         inQuotes(words[known]), meant.empty() ? ";" : meant, program().name, blank, begin);
 }
 
-bool takesValue(const std::string &word) {
-    for (const Option *option : commonOptions()) {
-        if (option->name == word) return option->value != nullptr;
-    }
-    return false;
+// The option of every command that a word names, with or without "=VALUE".
+std::optional<Option> commonOption(const std::string &word) {
+    return optionNamed(nullptr, std::string_view(word).substr(0, word.find('=')));
 }
 
-bool isCommon(const std::string &word) {
-    const std::string name = word.substr(0, word.find('='));
-    return std::any_of(commonOptions().begin(), commonOptions().end(),
-                       [&](const Option *option) { return option->name == name; });
-}
-
-// Takes out the options of every command that stand before or between the words of the command.
+// Removes the options that stand before or between the words of the command, and returns them.
 std::vector<std::string> takeLeading(std::vector<std::string> &words) {
     constexpr size_t kMostWords = 3;
     std::vector<std::string> leading;
@@ -55,13 +49,16 @@ std::vector<std::string> takeLeading(std::vector<std::string> &words) {
     while (plain < words.size() && plain < kMostWords) {
         const auto word = words.begin() + static_cast<long>(plain);
         if (*word == "-h") *word = "--help";
-        if (isCommon(*word)) {
-            const bool valued = takesValue(*word) && plain + 1 < words.size();
+        if (const std::optional<Option> option = commonOption(*word)) {
+            const bool valued =
+                option->value != nullptr && word->find('=') == std::string::npos && plain + 1 < words.size();
             const auto end = word + (valued ? 2 : 1);
             leading.insert(leading.end(), word, end);
             words.erase(word, end);
         } else if (word->starts_with("-")) {
-            if (plain == 0) fail(Exit::Usage, "no such option: {}", inQuotes(*word));
+            if (plain == 0)
+                fail(Exit::Usage, "no such option: {}{}", inQuotes(*word),
+                     didYouMean(optionsMeant(nullptr, *word)));
             break;
         } else {
             plain++;
@@ -70,7 +67,7 @@ std::vector<std::string> takeLeading(std::vector<std::string> &words) {
     return leading;
 }
 
-// The call that the words name, or one without a command when they need more.
+// The call that the words name; its command is null when more words are needed.
 Call takeApart(std::vector<std::string> &words) {
     std::vector<std::string> rest = takeLeading(words);
     const bool help = std::find(rest.begin(), rest.end(), "--help") != rest.end();
@@ -111,7 +108,7 @@ Call parseCall(std::vector<std::string> words) {
 }
 
 int execute(const Call &call) {
-    Output out(call.arguments.given("--json"));
+    Output out(call.arguments.given("--json"), call.arguments.given("--wide"));
     try {
         if (program().run != nullptr) {
             program().run(call, out);
@@ -119,7 +116,7 @@ int execute(const Call &call) {
             call.command->run(call.arguments, out);
         }
     } catch (const Failure &) {
-        // What was done before the failure is reported, and the failure after it.
+        // Output of the command comes before the message of the failure.
         out.flush();
         throw;
     }

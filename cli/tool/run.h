@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// From the words of a command line to an exit code.
+// Runs the command that a command line names.
 #pragma once
 
 #include <span>
@@ -16,19 +16,19 @@ struct Call {
     Arguments arguments;
 };
 
-// Takes the words of a line apart. Throws a usage failure.
+// Parses a command line. Throws a usage failure.
 Call parseCall(std::vector<std::string> words);
 
-// Takes the words behind the command's own apart. Throws a usage failure.
+// Parses the words behind the words of the command. Throws a usage failure.
 Arguments parseArguments(const Command &command, std::span<const std::string> words);
 
-// Runs a call, writes out what it prints and returns the exit code. Throws what fails.
+// Runs a call, writes its output and returns the exit code. Throws Failure.
 int execute(const Call &call);
 
 // Runs the command that the words name and returns the exit code. Messages go to standard error.
 int run(int argc, char **argv);
 
-// The help of what the words name: nothing, a noun, or a command.
+// The help of the program (without words), of a noun, or of a command.
 std::string helpFor(std::span<const std::string> words);
 
 }  // namespace qvs::cli

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // qvs help, completion and manual: what the tool says about itself.
+#include <algorithm>
+#include <string>
+#include <vector>
+
 #include "base/text.h"
 #include "tool/command.h"
-#include "tool/failure.h"
 #include "tool/help.h"
 #include "tool/output.h"
 #include "tool/run.h"
+#include "tool/suggest.h"
 
 namespace qvs::cli {
 namespace {
@@ -15,32 +19,56 @@ void help(const Arguments &arguments, Output &out) {
     std::vector<std::string> asked = {arguments.text("NOUN")};
     for (const std::string &word : arguments.all("VERB"))
         asked.push_back(word);
-    out.write(helpFor(asked));
+    if (asked.size() == 1 && asked[0] == "all") return out.write(wholeHelp());
+    const std::vector<std::string_view> first = wordsBehind({});
+    const bool known = std::find(first.begin(), first.end(), asked[0]) != first.end();
+    const std::string found = known ? "" : searchHelp(asked);
+    out.write(found.empty() ? helpFor(asked) : found);
 }
 
 void completion(const Arguments &arguments, Output &out) {
-    if (arguments.text("SHELL") != "bash")
-        fail(Exit::Usage, "SHELL: {} is not 'bash'", inQuotes(arguments.text("SHELL")));
-    out.write(bashCompletion());
+    out.write(completionScript(arguments.text("SHELL")));
+}
+
+void complete(const Arguments &arguments, Output &out) {
+    offerNext(arguments.all("WORD"), out);
 }
 
 void manual(const Arguments &arguments, Output &out) {
     out.write(arguments.given("--markdown") ? markdownManual() : manualPage());
 }
 
+constexpr const char *kShells[] = {"bash", "zsh", "fish"};
+
 const Command kRows[] = {
     {.words = "help",
-     .summary = "print the help of the tool, a noun or a command",
-     .arguments = {{"NOUN", "the noun", Kind::Word, true}, {"VERB", "the verb", Kind::Word, true, true}},
+     .summary = "print the help of the tool, a noun or a command, or search it",
+     .arguments = {{"NOUN", "the noun, a word to look for, or all for every command", Kind::Word, true},
+                   {"VERB", "the verb", Kind::Word, true, true}},
+     .details = "A word that is no noun is looked for in the words and summaries of all commands.",
      .example = "% help completion",
      .json = false,
      .run = local(help)},
     {.words = "completion",
      .summary = "print the completion of a shell",
-     .arguments = {{"SHELL", "bash", Kind::Shell}},
+     .arguments = {{.name = "SHELL", .summary = "bash, zsh or fish", .choices = kShells}},
+     .details = "An installation has the completion of each shell in place. To try one without: source "
+                "<(% completion bash) in bash and zsh, % completion fish | source in fish.",
      .example = "source <(% completion bash)",
      .json = false,
      .run = local(completion)},
+    {.words = "complete",
+     .summary = "print what the last of some words may become",
+     .arguments = {{.name = "WORD",
+                    .summary = "the words of a command line behind the program, the last one unfinished",
+                    .repeated = true,
+                    .verbatim = true}},
+     .details = "The completion of each shell calls this. The first line says which names of the machine are "
+                "offered as well: file, directory, program, or - for none. Each other line is a word and, "
+                "behind a tab, what it is. The shell picks those that begin like the last word.",
+     .example = "% complete -- he",
+     .json = false,
+     .run = local(complete)},
     {.words = "manual",
      .summary = "print the manual page",
      .options = {{"--markdown", nullptr, "print it as Markdown instead of troff"}},

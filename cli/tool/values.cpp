@@ -61,7 +61,7 @@ std::vector<uint8_t> readFile(const std::string &path, size_t most, bool (*enoug
     int fd = path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC);
     std::vector<uint8_t> bytes;
     ssize_t got = fd < 0 ? -1 : 1;
-    // One byte more than may be there tells that there is more.
+    // One byte more than allowed is read, to detect a file that is too large.
     while (got > 0 && bytes.size() <= most) {
         size_t size = bytes.size();
         size_t piece = std::min(kPiece, most + 1 - size);

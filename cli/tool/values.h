@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Values as people write them: choices, lists, addresses, files.
+// Reads the values of arguments and options: choices, lists, numbers, files.
 #pragma once
 
 #include <cstdint>
@@ -20,23 +20,22 @@ using Names = std::span<const char *const>;
 
 inline constexpr const char *kOffOn[] = {"off", "on"};
 
-// The number of the name that an argument or option holds; any other text is a usage failure.
+// The index of the name that an argument or option holds. Throws a usage failure for any other text.
 uint32_t chosen(const Arguments &arguments, std::string_view name, Names names);
-// The name of a number, or its digits when it has none.
+// The name with this index, or its digits when there is none.
 std::string nameOf(Names names, uint32_t number);
 
 // A 64-bit number like Arguments::number; 0 when it is not given.
 uint64_t wideNumber(const Arguments &arguments, std::string_view name);
 
-// "a,b,c" taken apart; an empty text is an empty list.
+// Splits "a,b,c". An empty text is an empty list.
 std::vector<std::string> splitList(std::string_view text);
 
-// Which one of these arguments and options is given. None of them, or several, are a usage failure.
+// The one of these arguments and options that is given. Throws a usage failure for none or several.
 std::string_view oneGiven(const Arguments &arguments, std::initializer_list<const char *> names);
 
-// Reads all of a file, or of standard input for "-". More than `most` bytes are a usage failure, and not
-// read.
-// Reading ends early behind a piece that is `enough`.
+// Reads a file, or standard input for "-". More than `most` bytes are a usage failure. Reading ends early
+// when `enough` returns true for what was read.
 std::vector<uint8_t> readFile(const std::string &path, size_t most = kMostValueBytes,
                               bool (*enough)(Bytes) = nullptr);
 

@@ -1,7 +1,7 @@
 Every line is read before the first runs.
 
   $ for lines in 'switch create sw1\nswitch crate sw2\n' 'switch create sw1\n\n# more\nport add sw1 "open\n' 'switch create sw1 --json\ndump --json\n' 'batch -\n'; do printf "$lines" | qvs batch -; done
-  qvs: line 2: no such command: switch 'crate'; 'qvs help switch' lists them
+  qvs: line 2: no such command: switch 'crate'; did you mean 'switch create'? 'qvs help switch' lists them
   qvs: line 4: a quote is not closed
   qvs: line 2: qvs dump has no JSON; call it without --json
   qvs: line 1: neither help nor a batch can be asked for in a batch

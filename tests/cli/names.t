@@ -92,3 +92,40 @@ Numbers have 32 bits.
 UTF-8 has no surrogates and no longer form of a byte.
 
   $ qvs port add 'a b' $'\xed\xa0\x80' $'\xed\x9f\xbf' $'\xc1\x80' --json  => {"switch":"a b","changed":true,"ports":[{"port":"���","changed":true},{"port":"퟿","changed":true},{"port":"��","changed":true}]}
+
+The completion quotes names, and runs nothing.
+
+  $ try() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvs; printf '%s\n' "${COMPREPLY[@]}"; }; . <(qvs completion bash); try qvs switch show a; try qvs port show 'a\ b' '$'; try qvs prop get 'a b' k --port = '$'; try qvs port remove 'a b' "it's" ';'; try qvs port add 'a b' '$'; try qvs port list nix --na; test -e x || echo nothing ran
+  a\ b
+  \$\(touch\ x\)
+  \$\(touch\ x\)
+  \;touch\ x\;
+  
+  --names
+  nothing ran
+
+A table fits a terminal; numbers are never cut, and no character is.
+
+  $ qvs switch create tabelle >/dev/null; qvs port add tabelle 交換機の入口ポート $'e\u0301te\u0301-de\u0301ja\u0300-vu' a-port-with-a-name-that-is-long short
+  tabelle/交換機の入口ポート: changed
+  tabelle/été-déjà-vu: changed
+  tabelle/a-port-with-a-name-that-is-long: changed
+  tabelle/short: changed
+  $ on() { COLUMNS=$1 script -qec "$2" /dev/null | tr -d '\r' | cat -v | sed 's/M-bM-^@M-&/…/'; }; on 200 'qvs port list tabelle' | head -n 1; NO_COLOR=1 on 60 'qvs port list tabelle' | tail -n 2
+  ^[[1mPORT                             NUMBER    IN USE  LINK  CLIENT  CONNECT ID^[[0m
+  a-port-with-a-n…  67108884  no      down  -       1
+  short             67108885  no      down  -       1
+  $ COLUMNS=60 NO_COLOR=1 script -qec 'qvs port list tabelle' /dev/null | tr -d '\r'
+  PORT              NUMBER    IN USE  LINK  CLIENT  CONNECT ID
+  交換機の入口ポ…   67108882  no      down  -       1
+  été-déjà-vu       67108883  no      down  -       1
+  a-port-with-a-n…  67108884  no      down  -       1
+  short             67108885  no      down  -       1
+  $ COLUMNS=60 NO_COLOR=1 script -qec 'qvs port list tabelle --wide' /dev/null | tr -d '\r'
+  PORT                             NUMBER    IN USE  LINK  CLIENT  CONNECT ID
+  交換機の入口ポート               67108882  no      down  -       1
+  été-déjà-vu                      67108883  no      down  -       1
+  a-port-with-a-name-that-is-long  67108884  no      down  -       1
+  short                            67108885  no      down  -       1
+  $ COLUMNS=20 qvs port list tabelle | awk '{ print length }' | sort -n | tail -n 1
+  75

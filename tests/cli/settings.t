@@ -342,8 +342,8 @@ Nothing is stored of what is refused.
   qvs: either PRIMARY:SECONDARY:TYPE or --empty is required
   2
   $ sh no teaming set sw1 --active "$(seq -s, 33)"; sh no teaming set sw1 --reset --active a,b --standby a; sh no teaming set sw1 --reset --active a,,b; sh no teaming set sw1 --reset --balance best
-  qvs: switch 'sw1': teaming policy: the members cannot express the 2616 bytes that are stored as com.quillon.vswitch.teaming; 'qvs teaming set' with --reset replaces them
-  1
+  qvs: --active: 33 entries, at most 32 fit
+  2
   qvs: switch 'sw1': teaming policy: uplink 'a' is given twice
   2
   qvs: --active: is empty
@@ -479,6 +479,7 @@ Help and completion.
     --reset            start from the default, not from what is stored
     --strict           fail, instead of warn, when something is missing that is referred to
     --json             print JSON
+    --wide             do not cut tables to the width of the terminal
     --trace            print each library call, its status and its time to standard error
     --timeout SECONDS  wait so long for the host to answer, and for other runs that change the same (10)
     --help             print the help of the command

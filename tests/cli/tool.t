@@ -20,16 +20,16 @@ Usage.
   qvs: usage: qvs switch list [--names] [--kernel]
   qvs: PORT is required
   qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
-  qvs: The following argument was not expected: more
+  qvs: unexpected argument: 'more'
   qvs: usage: qvs port list SWITCH [--names] [--kernel] [--raw FILE] [--layout FILE] [--where FIELD=VALUE]... [--sort FIELD] [--reverse] [--limit N]
   qvs: --connect-id: given twice
   qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
   2 2 2 2 2 2 2
-  $ codes=; for words in 'dump --json' 'switch show sw1 --raw file --json' 'port list sw1 --names --kernel' 'completion zsh'; do qvs $words; codes="$codes $?"; done; echo $codes
+  $ codes=; for words in 'dump --json' 'switch show sw1 --raw file --json' 'port list sw1 --names --kernel' 'completion ksh'; do qvs $words; codes="$codes $?"; done; echo $codes
   qvs: qvs dump has no JSON; call it without --json
   qvs: --raw and --json exclude each other
   qvs: --names and --kernel exclude each other
-  qvs: SHELL: 'zsh' is not 'bash'
+  qvs: SHELL: 'ksh' is none of bash, zsh, fish
   2 2 2 2
 
 Help, manual and completion come from the table.
@@ -46,6 +46,7 @@ Help, manual and completion come from the table.
   options:
     --if-exists        succeed when it is not there
     --json             print JSON
+    --wide             do not cut tables to the width of the terminal
     --trace            print each library call, its status and its time to standard error
     --timeout SECONDS  wait so long for the host to answer, and for other runs that change the same (10)
     --help             print the help of the command
@@ -61,8 +62,9 @@ Help, manual and completion come from the table.
   qvs \- control the distributed virtual switches of a hypervisor host
   .SH SYNOPSIS
   \fBqvs\fR \fINOUN\fR \fIVERB\fR [\fIARGUMENT\fR...] [\fIOPTION\fR...]
-  $ qvs help | grep -c '^  --'  => 4
-  $ qvs help | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; qvs manual | grep -qF "${command//-/\\-}" || echo "$command"; done
+  $ ! command -v mandoc >/dev/null || for program in qvs qvs-host; do $program manual | mandoc -Tlint -W warning | grep -v 'missing date'; done; true
+  $ qvs help all | grep -c '^  --'  => 5
+  $ qvs help all | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; qvs manual | grep -qF "${command//-/\\-}" || echo "$command"; done
   $ qvs manual --markdown | sed -n '/### qvs switch destroy/,/Example/p'
   ### qvs switch destroy
   
@@ -85,14 +87,7 @@ The completion offers nouns, verbs, options and names, and runs nothing.
   list add remove set clear up down
   --max-ports --may-exist
   --trace --timeout --help
-  bash
-  $ qvs() { printf '%s\n' 'a b' 'abc' '$(touch x)'; }; . <(command qvs completion bash); try() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvs; echo "${COMPREPLY[@]}"; }; try qvs switch show a; try qvs port show sw1 ''; try qvs prop get sw1 k --port '$'; try qvs port add sw1 ''; try qvs port remove sw1 abc a; try qvs switch show abc a; ls
-  a\ b abc
-  a\ b abc \$\(touch\ x\)
-  \$\(touch\ x\)
-  
-  a\ b abc
-  
+  bash zsh fish
 
 A lab that counts too far is refused.
 
@@ -133,9 +128,9 @@ The launcher's own words.
   qvs-host: --max-state-mib: '0' is not a number from 1 to 4294967295
   qvs-host 1.0.0
   usage: qvs-host COMMAND [ARGUMENT...] [OPTION...]
-  qvs-host: The following argument was not expected: true
+  qvs-host: unexpected argument: 'true'; COMMAND goes behind --
   qvs-host: usage: qvs-host run [--state DIR] [--lab FILE] [--trace FILE] [--max-state-mib N] -- COMMAND...
-  qvs-host: no such option: '--stat'
+  qvs-host: no such option: '--stat'; did you mean '--state'?
   qvs-host: usage: qvs-host run [--state DIR] [--lab FILE] [--trace FILE] [--max-state-mib N] -- COMMAND...
   qvs-host: --state is needed
   qvs-host: usage: qvs-host start --state DIR [--lab FILE] [--trace FILE] [--max-state-mib N]

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: Apache-2.0
+// Finds the words that may complete the unfinished word of a command line, for the completion of the shells.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "base/failure.h"
+#include "tool/help.h"
+#include "tool/output.h"
+#include "tool/program.h"
+#include "tool/run.h"
+#include "tool/suggest.h"
+
+namespace qvs::cli {
+namespace {
+
+// A command line up to the unfinished word.
+struct Line {
+    std::vector<std::string> plain;    // the words without options and their values
+    const Command *command = nullptr;  // the longest command that the plain words begin with
+    size_t taken = 0;                  // how many of the plain words are the command
+    std::optional<Option> unfinished;  // the option whose value is the unfinished word
+    std::vector<std::string> options;  // the options that are given
+    bool behind = false;               // whether -- was given
+};
+
+void findCommand(Line &line) {
+    for (const Noun &noun : program().nouns) {
+        for (const Command &command : noun.commands) {
+            const std::vector<std::string_view> own = wordsOf(command);
+            const bool begins =
+                own.size() <= line.plain.size() && std::equal(own.begin(), own.end(), line.plain.begin());
+            if (!begins || own.size() <= line.taken) continue;
+            line.command = &command;
+            line.taken = own.size();
+        }
+    }
+}
+
+Line readLine(std::span<const std::string> words) {
+    Line line;
+    for (const std::string &word : words) {
+        // bash splits --option=value into three words.
+        if (line.unfinished && word == "=") continue;
+        if (line.unfinished) {
+            line.unfinished.reset();
+        } else if (line.behind || !word.starts_with("-")) {
+            line.plain.push_back(word);
+            if (!line.behind) findCommand(line);
+        } else if (word == "--") {
+            line.behind = true;
+        } else if (const std::optional<Option> option =
+                       optionNamed(line.command, word.substr(0, word.find('=')))) {
+            line.options.emplace_back(option->name);
+            if (option->value != nullptr && word.find('=') == std::string::npos) line.unfinished = option;
+        }
+    }
+    return line;
+}
+
+void offer(Output &out, std::string_view word, std::string_view summary) {
+    out.write(fmt::format("{}\t{}\n", word, summary));
+}
+
+// Runs the command that prints the names of a kind. Offers none when it fails, as without a host.
+void offerNames(const Line &line, Kind kind, Output &out) {
+    for (const NameSource &source : program().names) {
+        if (source.kind != kind) continue;
+        std::vector<std::string> words;
+        for (const std::string_view word : splitWords(source.words)) {
+            if (word != "$switch") {
+                words.emplace_back(word);
+            } else if (line.plain.size() > line.taken) {
+                words.push_back("--");
+                words.push_back(line.plain[line.taken]);
+            } else {
+                return;
+            }
+        }
+        out.flush();
+        try {
+            execute(parseCall(words));
+        } catch (const Failure &) {
+            return;
+        }
+    }
+}
+
+const char *filesOf(Kind kind) {
+    switch (kind) {
+        case Kind::File:
+        case Kind::Lab:
+            return "file";
+        case Kind::Directory:
+            return "directory";
+        case Kind::Program:
+            return "program";
+        default:
+            return "-";
+    }
+}
+
+void offerValues(const Line &line, Kind kind, Choices choices, Output &out) {
+    out.write(fmt::format("{}\n", filesOf(kind)));
+    for (const char *choice : choices)
+        offer(out, choice, "");
+    offerNames(line, kind, out);
+}
+
+void offerOptions(const Line &line, Output &out) {
+    out.write("-\n");
+    const auto offerOne = [&](const Option &option) {
+        const bool given =
+            std::find(line.options.begin(), line.options.end(), option.name) != line.options.end();
+        if (!given || option.repeated) offer(out, option.name, option.summary);
+    };
+    if (line.command != nullptr) {
+        for (const Option &option : optionsOf(*line.command))
+            offerOne(option);
+    }
+    for (const Option *option : commonOptions())
+        if (line.command == nullptr || takes(*line.command, *option)) offerOne(*option);
+}
+
+// Offers the words that can come next in a command, each with the summary of its command or group.
+void offerWords(const Line &line, Output &out) {
+    out.write("-\n");
+    const std::string before = fmt::format("{}", fmt::join(line.plain, " "));
+    for (const std::string_view word : wordsBehind(line.plain)) {
+        const std::string whole = before.empty() ? std::string(word) : fmt::format("{} {}", before, word);
+        offer(out, word, summaryOf(whole));
+    }
+}
+
+void offerArgument(const Line &line, Output &out) {
+    const Shape shape = shapeOf(*line.command);
+    const std::span<const Argument> arguments = shape.arguments;
+    size_t at = line.plain.size() - line.taken;
+    if (!arguments.empty() && at >= arguments.size() && arguments.back().repeated) {
+        if (arguments.back().verbatim) return offerValues(line, Kind::File, {}, out);
+        at = arguments.size() - 1;
+    }
+    if (at >= arguments.size()) return offerOptions(line, out);
+    const Argument &argument = arguments[at];
+    if (argument.verbatim && !line.behind) return offerOptions(line, out);
+    offerValues(line, argument.kind, argument.choices, out);
+}
+
+}  // namespace
+
+void offerNext(std::span<const std::string> words, Output &out) {
+    const std::string &current = words.back();
+    const Line line = readLine(words.first(words.size() - 1));
+    std::optional<Option> valued = line.unfinished;
+    const size_t equals = current.find('=');
+    if (!valued && !line.behind && current.starts_with("--") && equals != std::string::npos)
+        valued = optionNamed(line.command, current.substr(0, equals));
+    if (valued) return offerValues(line, valued->kind, valued->choices, out);
+    if (!line.behind && current.starts_with("-")) return offerOptions(line, out);
+    if (line.command != nullptr) return offerArgument(line, out);
+    offerWords(line, out);
+}
+
+}  // namespace qvs::cli

@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tool/suggest.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <utility>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "tool/program.h"
+
+namespace qvs::cli {
+namespace {
+
+constexpr size_t kMostSuggestions = 3;
+
+// Verbs of this and other tools that mean the same. For a wrong verb, the verbs of its line that exist are
+// suggested.
+constexpr const char *kSameVerbs[] = {
+    "remove rm del delete destroy clear erase purge unset drop",
+    "list ls show get display view info print cat dump status",
+    "create add new make mk define",
+    "set change edit modify update configure config put",
+    "rename mv move",
+    "stop off down disable shutdown kill",
+    "start on up enable begin",
+    "check verify test diagnose doctor",
+    "help man usage",
+};
+
+bool contains(const std::vector<std::string_view> &words, std::string_view word) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+// The words with a spelling similar to the typed one, the most similar first.
+std::vector<std::string_view> similar(std::string_view typed, const std::vector<std::string_view> &words) {
+    constexpr size_t kLongestWord = 64;
+    if (typed.empty() || typed.size() > kLongestWord) return {};
+    // One mistake in three letters at most.
+    const size_t most = std::max<size_t>(1, typed.size() / 3);
+    std::vector<std::pair<size_t, std::string_view>> found;
+    for (const std::string_view word : words) {
+        const size_t distance = distanceBetween(typed, word);
+        if (distance <= most && distance < word.size()) {
+            found.emplace_back(distance, word);
+        } else if (typed.size() > 1 && word.starts_with(typed)) {
+            found.emplace_back(most + 1, word);
+        }
+    }
+    std::stable_sort(found.begin(), found.end(),
+                     [](const auto &a, const auto &b) { return a.first < b.first; });
+    std::vector<std::string_view> best;
+    for (const auto &[distance, word] : found)
+        best.push_back(word);
+    return best;
+}
+
+// The verbs among the words that mean the same as the typed one, which comes first if it is one of them.
+std::vector<std::string_view> sameVerbs(std::string_view typed, const std::vector<std::string_view> &words) {
+    std::vector<std::string_view> found;
+    if (contains(words, typed)) found.push_back(typed);
+    for (const char *line : kSameVerbs) {
+        const std::vector<std::string_view> same = splitWords(line);
+        if (!contains(same, typed)) continue;
+        for (const std::string_view verb : same)
+            if (verb != typed && contains(words, verb)) found.push_back(verb);
+    }
+    return found;
+}
+
+// The noun for a plural or for a noun of another tool; otherwise the word itself.
+std::string_view nounMeant(std::string_view typed, const std::vector<std::string_view> &nouns) {
+    for (const std::string_view ending : {"", "s", "es"}) {
+        if (!typed.ends_with(ending)) continue;
+        const std::string_view singular = typed.substr(0, typed.size() - ending.size());
+        if (contains(nouns, singular)) return singular;
+        for (const OtherName &name : program().otherNames)
+            if (contains(splitWords(name.theirs), singular)) return name.ours;
+    }
+    return typed;
+}
+
+// The commands that contain the word behind their noun, up to that word: "port vlan" for "vlan".
+std::vector<std::string> endingWith(std::string_view word) {
+    std::vector<std::string> found;
+    for (const Noun &noun : program().nouns) {
+        for (const Command &command : noun.commands) {
+            const std::vector<std::string_view> own = wordsOf(command);
+            const auto at = std::find(own.begin() + 1, own.end(), word);
+            if (at == own.end()) continue;
+            std::string beginning = fmt::format("{}", fmt::join(own.begin(), at + 1, " "));
+            if (std::find(found.begin(), found.end(), beginning) == found.end())
+                found.push_back(std::move(beginning));
+        }
+    }
+    return found;
+}
+
+// How well a word fits as the value of an option. Most texts fit any option with a text, so only options that
+// take choices, numbers, files or names of the host are considered.
+enum class Fit { None, Possible, Certain };
+
+Fit fitOf(const Command &command, const Option &option, std::string_view word) {
+    static const std::vector<std::string_view> numeric = {"N", "ID", "VLAN", "BYTES", "SECONDS", "MINUTES"};
+    if (!option.choices.empty()) {
+        const auto &choices = option.choices;
+        return std::find(choices.begin(), choices.end(), word) != choices.end() ? Fit::Certain : Fit::None;
+    }
+    try {
+        if (command.check != nullptr) command.check(command, option.name, std::string(word));
+    } catch (const Failure &) {
+        return Fit::None;
+    }
+    const bool number = parseWideNumber(word).has_value();
+    switch (option.kind) {
+        case Kind::Word:
+            return number && contains(numeric, option.value) ? Fit::Possible : Fit::None;
+        case Kind::File:
+        case Kind::Directory:
+        case Kind::Lab:
+            return word.find_first_of("/.") != std::string_view::npos ? Fit::Possible : Fit::None;
+        default:
+            return number ? Fit::None : Fit::Possible;
+    }
+}
+
+}  // namespace
+
+std::vector<std::string_view> wordsBehind(std::span<const std::string> words) {
+    std::vector<std::string_view> behind;
+    for (const Noun &noun : program().nouns) {
+        for (const Command &command : noun.commands) {
+            const std::vector<std::string_view> own = wordsOf(command);
+            if (own.size() > words.size() && std::equal(words.begin(), words.end(), own.begin()) &&
+                !contains(behind, own[words.size()]))
+                behind.push_back(own[words.size()]);
+        }
+    }
+    return behind;
+}
+
+std::string didYouMean(const std::vector<std::string> &suggestions) {
+    if (suggestions.empty()) return {};
+    std::string text = "; did you mean ";
+    const size_t count = std::min(suggestions.size(), kMostSuggestions);
+    for (size_t i = 0; i < count; i++) {
+        const char *before = i == 0 ? "" : i + 1 == count ? " or " : ", ";
+        text += fmt::format("{}{}", before, inQuotes(suggestions[i]));
+    }
+    return text + "?";
+}
+
+std::vector<std::string> commandsMeant(std::span<const std::string> words, size_t known) {
+    const std::vector<std::string_view> next = wordsBehind(words.first(known));
+    const std::string &typed = words[known];
+    std::vector<std::string> meant;
+    const auto add = [&](std::string command) {
+        if (std::find(meant.begin(), meant.end(), command) == meant.end())
+            meant.push_back(std::move(command));
+    };
+    const std::string before = fmt::format("{}{}", fmt::join(words.first(known), " "), known == 0 ? "" : " ");
+
+    if (known == 0) {
+        if (const std::string_view noun = nounMeant(typed, next); noun != typed) add(std::string(noun));
+        // The verb may come first: "rm port".
+        if (words.size() > 1) {
+            const std::string noun(nounMeant(words[1], next));
+            for (const std::string_view verb : sameVerbs(typed, wordsBehind({&noun, 1})))
+                add(fmt::format("{} {}", noun, verb));
+        }
+        for (const std::string &command : endingWith(typed))
+            add(command);
+    }
+    for (const std::string_view verb : sameVerbs(typed, next))
+        add(before + std::string(verb));
+    for (const std::string_view word : similar(typed, next))
+        add(before + std::string(word));
+    return meant;
+}
+
+std::vector<std::string> optionsMeant(const Command *command, std::string_view word) {
+    std::vector<std::string_view> names;
+    const std::vector<Option> own = command != nullptr ? optionsOf(*command) : std::vector<Option>();
+    for (const Option &option : own)
+        names.emplace_back(option.name);
+    for (const Option *option : commonOptions())
+        names.emplace_back(option->name);
+    const std::vector<std::string_view> meant = similar(word.substr(0, word.find('=')), names);
+    return {meant.begin(), meant.end()};
+}
+
+std::vector<std::string> optionsFor(const Command &command, const Arguments &given, std::string_view word) {
+    std::vector<std::string> fitting;
+    Fit best = Fit::Possible;
+    for (const Option &option : optionsOf(command)) {
+        const bool free = option.value != nullptr && (option.repeated || !given.given(option.name));
+        const Fit fit = free ? fitOf(command, option, word) : Fit::None;
+        if (fit < best) continue;
+        if (fit > best) fitting.clear();
+        best = fit;
+        fitting.push_back(fmt::format("{} {}", option.name, word));
+    }
+    // Many options fit, so none of them is a good suggestion.
+    if (fitting.size() > kMostSuggestions) fitting.clear();
+    return fitting;
+}
+
+}  // namespace qvs::cli

@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tool/terminal.h"
+
+#include <clocale>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+
+namespace qvs::cli {
+namespace {
+
+constexpr size_t kUsualColumns = 80;  // if the terminal does not report its size
+constexpr size_t kLeastColumns = 20;
+constexpr size_t kMostColumns = 10000;
+constexpr size_t kMostProse = 100;
+constexpr size_t kUnlimited = SIZE_MAX / 4;  // small enough for sums
+
+// The value of COLUMNS, if it is a number of columns.
+std::optional<size_t> columnsSet() {
+    const char *set = std::getenv("COLUMNS");
+    if (set == nullptr) return std::nullopt;
+    const char *end = set + std::strlen(set);
+    size_t columns = 0;
+    const auto [rest, error] = std::from_chars(set, end, columns);
+    if (error != std::errc() || rest != end || columns == 0 || columns > kMostColumns) return std::nullopt;
+    return std::max(columns, kLeastColumns);
+}
+
+// The number of bytes of the first character of a text.
+size_t lengthOfFirst(std::string_view text) {
+    size_t length = 1;
+    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xc0) == 0x80)
+        length++;
+    return length;
+}
+
+// wcwidth() knows the width of characters only in a Unicode locale.
+class UnicodeLocale {
+  public:
+    UnicodeLocale() : locale_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {
+        if (locale_ != nullptr) before_ = uselocale(locale_);
+    }
+    ~UnicodeLocale() {
+        if (locale_ == nullptr) return;
+        uselocale(before_);
+        freelocale(locale_);
+    }
+    UnicodeLocale(const UnicodeLocale &) = delete;
+    UnicodeLocale &operator=(const UnicodeLocale &) = delete;
+
+    size_t columnsOf(std::string_view character) const {
+        if (character.size() == 1 || locale_ == nullptr) return 1;
+        wchar_t wide = 0;
+        std::mbstate_t state{};
+        if (std::mbrtowc(&wide, character.data(), character.size(), &state) != character.size()) return 1;
+        const int columns = wcwidth(wide);
+        return columns < 0 ? 1 : static_cast<size_t>(columns);
+    }
+
+  private:
+    locale_t locale_;
+    locale_t before_ = nullptr;
+};
+
+bool isAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+}  // namespace
+
+std::optional<size_t> terminalColumns() {
+    if (isatty(STDOUT_FILENO) != 1) return std::nullopt;
+    if (const auto set = columnsSet()) return set;
+    struct winsize size {};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualColumns;
+    return std::max<size_t>(size.ws_col, kLeastColumns);
+}
+
+size_t proseColumns() {
+    const std::optional<size_t> terminal = terminalColumns();
+    const std::optional<size_t> columns = terminal ? terminal : columnsSet();
+    return columns ? std::min(*columns, kMostProse) : kUnlimited;
+}
+
+bool showsBold() {
+    const char *refused = std::getenv("NO_COLOR");
+    return isatty(STDOUT_FILENO) == 1 && (refused == nullptr || *refused == '\0');
+}
+
+size_t columnsOf(std::string_view text) {
+    if (isAscii(text)) return text.size();
+    const UnicodeLocale locale;
+    size_t columns = 0;
+    while (!text.empty()) {
+        const size_t length = lengthOfFirst(text);
+        columns += locale.columnsOf(text.substr(0, length));
+        text.remove_prefix(length);
+    }
+    return columns;
+}
+
+std::string cutTo(std::string_view text, size_t columns) {
+    if (columnsOf(text) <= columns) return std::string(text);
+    const UnicodeLocale locale;
+    size_t taken = 0;
+    for (size_t used = 0; taken < text.size();) {
+        const size_t length = lengthOfFirst(text.substr(taken));
+        used += locale.columnsOf(text.substr(taken, length));
+        if (used >= columns) break;
+        taken += length;
+    }
+    return std::string(text.substr(0, taken)) + "…";
+}
+
+void appendWrapped(std::string &out, std::string_view text, size_t at, size_t indent) {
+    const size_t most = proseColumns();
+    bool first = true;
+    while (!text.empty()) {
+        const size_t end = std::min(text.find_first_of(" \n"), text.size());
+        const std::string_view word = text.substr(0, end);
+        const size_t columns = columnsOf(word);
+        if (!first && at + 1 + columns > most) {
+            out += '\n' + std::string(indent, ' ');
+            at = indent;
+        } else if (!first) {
+            out += ' ';
+            at++;
+        }
+        out += word;
+        at += columns;
+        first = false;
+        if (end < text.size() && text[end] == '\n') {
+            out += '\n' + std::string(indent, ' ');
+            at = indent;
+            first = true;
+        }
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+}
+
+}  // namespace qvs::cli

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+// The width of the terminal and of text, and how text is cut and wrapped to fit it.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace qvs::cli {
+
+// The columns of the terminal behind standard output; nothing when standard output is no terminal.
+std::optional<size_t> terminalColumns();
+
+// The columns that help texts may fill: at most 100 of a terminal, or of COLUMNS. Without both, lines are not
+// broken.
+size_t proseColumns();
+
+// Whether standard output is a terminal that may show bold text.
+bool showsBold();
+
+// The columns of a text: none for combining characters, two for wide ones.
+size_t columnsOf(std::string_view text);
+
+// Returns the text, or its first characters and "…" when it has more columns.
+std::string cutTo(std::string_view text, size_t columns);
+
+// Appends words that are separated by blanks, the first at the column `at`. Breaks lines between words so
+// that they fit proseColumns(), and begins each new line at the column `indent`. Keeps the line breaks of the
+// text.
+void appendWrapped(std::string &out, std::string_view text, size_t at, size_t indent);
+
+}  // namespace qvs::cli

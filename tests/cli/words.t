@@ -1,0 +1,117 @@
+A wrong word is answered with the right one, whether there is a host or not.
+
+  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs <<<$'swich list\nswitch lst\nsw list\nswitches list\nports\nswitch rm sw1\nport delete sw1 p0\nmtu show sw1\nmtu modify sw1 9000\nls switches\nrm port sw1 p0\nvlan get sw1 p0\nnics\nlldp get sw1\nxyzzy'
+  qvs: no such command: 'swich'; did you mean 'switch'? 'qvs help' lists them
+  qvs: no such command: switch 'lst'; did you mean 'switch list'? 'qvs help switch' lists them
+  qvs: no such command: 'sw'; did you mean 'switch'? 'qvs help' lists them
+  qvs: no such command: 'switches'; did you mean 'switch' or 'kcp switches'? 'qvs help' lists them
+  qvs: no such command: 'ports'; did you mean 'port' or 'mac ports'? 'qvs help' lists them
+  qvs: no such command: switch 'rm'; did you mean 'switch destroy'? 'qvs help switch' lists them
+  qvs: no such command: port 'delete'; did you mean 'port remove'? 'qvs help port' lists them
+  qvs: no such command: mtu 'show'; did you mean 'mtu get'? 'qvs help mtu' lists them
+  qvs: no such command: mtu 'modify'; did you mean 'mtu set'? 'qvs help mtu' lists them
+  qvs: no such command: 'ls'; did you mean 'switch list', 'switch show' or 'switch info'? 'qvs help' lists them
+  qvs: no such command: 'rm'; did you mean 'port remove' or 'rtm'? 'qvs help' lists them
+  qvs: no such command: 'vlan'; did you mean 'port vlan' or 'pvlan'? 'qvs help' lists them
+  qvs: no such command: 'nics'; did you mean 'uplink'? 'qvs help' lists them
+  qvs: no such command: 'lldp'; did you mean 'discovery'? 'qvs help' lists them
+  qvs: no such command: 'xyzzy'; 'qvs help' lists them
+  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs <<<$'--jsno switch list\nport list sw1 --tiemout 3\nswitch create sw1 --max 4\nswitch create sw1 --may-exists\nswitch show sw1 100\nuplink add sw1 u0 --connect 5\nmirror list sw1 p0\nmirror list sw1 p0 --port p1\nport list sw1 p0 p1\nmac-learning set sw1 100\nteaming set sw1 source-mac\nmcast filters sw1 ipv4\nmcast filters sw1 --type ipv5\nswitch list --timeout\nswitch list --json=yes\nport show sw1'
+  qvs: no such option: '--jsno'; did you mean '--json'?
+  qvs: no such option: '--tiemout'; did you mean '--timeout'?
+  qvs: no such option: '--max'; did you mean '--max-ports'?
+  qvs: no such option: '--may-exists'; did you mean '--may-exist'?
+  qvs: unexpected argument: '100'
+  qvs: no such option: '--connect'; a name that begins with a dash goes behind --
+  qvs: unexpected argument: 'p0'; did you mean '--port p0'?
+  qvs: unexpected argument: 'p0'
+  qvs: unexpected argument: 'p0'
+  qvs: unexpected argument: '100'; did you mean '--aging 100' or '--limit 100'?
+  qvs: unexpected argument: 'source-mac'; did you mean '--balance source-mac'?
+  qvs: unexpected argument: 'ipv4'; did you mean '--type ipv4'?
+  qvs: --type: 'ipv5' is none of mac, ipv4, ipv6
+  qvs: --timeout requires SECONDS
+  qvs: --json takes no value
+  qvs: PORT is required
+  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs-host <<<$'ls\nexec true\nfault rm\nfault ls\nstat\nrun -- \nstart --stat x'
+  qvs-host: no such command: 'ls'; did you mean 'status'? 'qvs-host help' lists them
+  qvs-host: no such command: 'exec'; 'qvs-host help' lists them
+  qvs-host: no such command: fault 'rm'; did you mean 'fault clear'? 'qvs-host help fault' lists them
+  qvs-host: no such command: fault 'ls'; did you mean 'fault list'? 'qvs-host help fault' lists them
+  qvs-host: no such command: 'stat'; did you mean 'start' or 'status'? 'qvs-host help' lists them
+  qvs-host: COMMAND is needed behind --
+  qvs-host: no such option: '--stat'; did you mean '--state'?
+
+The help of the whole tool fits on a screen of 80 by 50, and no line of help is too long.
+
+  $ COLUMNS=80 qvs help | awk 'length > 80 { print } END { print NR < 50 }'  => 1
+  $ COLUMNS=80 qvs-host help | awk 'length > 80 { print } END { print NR < 24 }'  => 1
+  $ qvs help
+  usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
+  Switches:
+    switch  distributed switches
+    port    ports of a switch
+    uplink  uplinks of a switch and their links
+    mtu     the MTU of a switch
+    pvlan   the private VLANs of a switch
+  Policies:
+    teaming       how a switch and its ports spread traffic over the uplinks
+    ls-teaming    teaming policies of logical switches
+    mac-learning  how MAC addresses are learned
+    mcast         multicast filtering and the receive filter
+    mirror        mirror sessions of a port, or of the uplinks of this host
+    health        checks of teaming, VLANs and MTU
+    discovery     the discovery protocol of a switch
+  Running switches:
+    mac        the MAC tables of the running switch, and how it learns
+    ipfix      what the kernel counted when it sampled flows
+    spf        the ports of the SPF data path
+    bfd        forwarding detection between tunnel ends
+    kcp        lists and status of the kernel control plane
+    rarp       what the kernel counted when it moved ports between uplinks
+    trace      tracing of flows
+    int        in-band network telemetry
+    livetrace  live-trace sessions
+    options    options of the switch module
+    rtm        the route-table module
+  Configuration:
+    export      the configuration of the host as a document
+    diff        compare a document with the host
+    apply       a document as a whole
+    confirm     keep what qvs apply --confirm has changed
+    checkpoint  kept states of switches, and the way back to them
+    batch       many commands in one run
+    prop        stored properties of a switch, this host's part of it, and its ports
+  This host:
+    status   statuses of the library
+    monitor  changes as they happen
+    dump     the whole state as text
+    doctor   what this machine has and lacks
+  More: learn-static overlay-cache static-mac-allow rcf schema help completion complete manual
+  
+  qvs help NOUN lists the verbs of a noun, qvs help all every command.
+  qvs help WORD searches; qvs COMMAND --help says more about a command.
+  $ qvs help vlan | grep '^qvs'
+  qvs pvlan: the private VLANs of a switch
+  qvs port vlan: the VLANs of a port
+  qvs health: checks of teaming, VLANs and MTU
+  qvs health result: what the checks have found
+  $ qvs help PRIVATE vlan | grep -c '^  qvs'
+  3
+  $ qvs help swich
+  qvs: no such command: 'swich'; did you mean 'switch'? 'qvs help' lists them
+  ? 2
+  $ for columns in 72 200; do COLUMNS=$columns qvs help teaming set | head -n -1 | awk -v most=$columns 'length > most && length > widest { widest = length } length > longest { longest = length } END { print longest, widest + 0 }'; done
+  72 0
+  99 0
+  $ COLUMNS=60 qvs help switch destroy | sed -n 1,8p
+  usage: qvs switch destroy SWITCH [--if-exists]
+  
+    destroy a switch with its ports and its portset
+    What a change that was killed or not undone left of a
+    switch is removed as well. SWITCH is then its alias, the
+    identifier of a switch without alias, or the name of a
+    portset without switch.
+  
+  $ test $(qvs manual | grep -c '^Example: ') = $(qvs manual | grep -c '^.SS ') && echo each
+  each
