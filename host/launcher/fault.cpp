@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "launcher/host.h"
+#include "launcher/layout.h"
 #include "tool/failure.h"
 #include "tool/values.h"
 #include "wire/fault.h"
@@ -21,8 +22,6 @@ using nlohmann::json;
 using qvs::Exit;
 using qvs::fail;
 using qvs::inQuotes;
-
-constexpr const char *kMoments[] = {"before", "middle", "after"};
 
 std::string errnoGiven(const std::string &text) {
     if (!wire::errnoOf(text))
@@ -64,7 +63,7 @@ json requestOf(const Arguments &arguments) {
     for (const std::string &patch : arguments.all("--output"))
         action["output"].push_back(patchGiven(patch));
     if (arguments.given("--truncate")) action["truncate"] = arguments.number("--truncate", 0);
-    if (arguments.given("--lab")) action["lab"] = readJson(arguments.text("--lab"));
+    if (arguments.given("--lab")) action["lab"] = readJson(findLab(arguments.text("--lab")));
     if (action.empty()) {
         fail(Exit::Usage,
              "the fault has no effect; give at least one of --errno, --status, --exit, --delay, --kill, "

@@ -8,6 +8,9 @@
 
 namespace qvs::launcher {
 
+// The values of --kill.
+inline constexpr const char *kMoments[] = {"before", "middle", "after"};
+
 // Returns the control request that adds the fault.
 nlohmann::json requestOf(const cli::Arguments &arguments);
 

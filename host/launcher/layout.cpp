@@ -2,6 +2,7 @@
 // Finds the parts of the emulated host.
 #include "launcher/layout.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "launcher/error.h"
@@ -50,6 +51,28 @@ Layout findLayout() {
         layout.preload = fs::path(layout.preload).filename();
     }
     return layout;
+}
+
+std::vector<Lab> findLabs() {
+    std::vector<Lab> labs;
+    std::error_code error;
+    for (const auto &entry : fs::directory_iterator(findPrefix() / QVS_DATADIR / "qvs/labs", error)) {
+        if (entry.path().extension() == ".json") labs.push_back({entry.path().stem(), entry.path()});
+    }
+    std::sort(labs.begin(), labs.end(), [](const Lab &a, const Lab &b) { return a.name < b.name; });
+    return labs;
+}
+
+std::string findLab(const std::string &name) {
+    std::error_code error;
+    if (name.find('/') != std::string::npos || fs::exists(name, error)) return name;
+    std::string names;
+    for (const Lab &lab : findLabs()) {
+        if (lab.name == name) return lab.file;
+        names += (names.empty() ? "" : ", ") + lab.name;
+    }
+    throw Error(name + ": no such file, and not an installed lab (" +
+                (names.empty() ? "there are none" : names) + ")");
 }
 
 }  // namespace qvs::launcher

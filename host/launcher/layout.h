@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace qvs::launcher {
 
@@ -18,5 +19,16 @@ struct Layout {
 
 // Finds the parts relative to the launcher. Throws if one is missing.
 Layout findLayout();
+
+// An installed lab.
+struct Lab {
+    std::string name;
+    std::string file;
+};
+// Returns the installed labs, sorted by name.
+std::vector<Lab> findLabs();
+
+// Returns the file of a lab: the named file, or the installed lab of that name if there is no such file.
+std::string findLab(const std::string &name);
 
 }  // namespace qvs::launcher

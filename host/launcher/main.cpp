@@ -17,6 +17,7 @@
 #include "launcher/manual.h"
 #include "launcher/report.h"
 #include "launcher/run.h"
+#include "launcher/shell.h"
 #include "tool/command.h"
 #include "tool/output.h"
 #include "tool/run.h"
@@ -45,10 +46,17 @@ std::string pathGiven(const Arguments &arguments, std::string_view option) {
     return arguments.given(option) ? absolute(arguments.text(option)) : "";
 }
 
+void listLabs(const Arguments &, Output &out) {
+    cli::NameList names(out);
+    for (const Lab &lab : findLabs())
+        names.add(lab.name);
+    names.finish();
+}
+
 HostOptions hostOptions(const Arguments &arguments) {
     HostOptions options;
     options.directory = pathGiven(arguments, "--state");
-    options.lab = pathGiven(arguments, "--lab");
+    if (arguments.given("--lab")) options.lab = absolute(findLab(arguments.text("--lab")));
     options.trace = pathGiven(arguments, "--trace");
     options.maxStateMib = arguments.number("--max-state-mib", 0, 1);
     return options;
@@ -67,9 +75,8 @@ void run(const Arguments &arguments, Output &out) {
 }
 
 void shell(const Arguments &arguments, Output &out) {
-    const char *program = getenv("SHELL");
-    const bool isSet = program != nullptr && program[0] != '\0';
-    out.exitWith(runCommand(hostOptions(arguments), {isSet ? program : "/bin/sh"}));
+    const HostOptions options = hostOptions(arguments);
+    out.exitWith(runCommand(options, shellFor(options.directory)));
 }
 
 void start(const Arguments &arguments, Output &out) {
@@ -125,17 +132,26 @@ void clearFaults(const Arguments &arguments, Output &) {
     control(socketOf(arguments), {{"op", "fault.clear"}});
 }
 
+constexpr cli::NameSource kNames[] = {{Kind::Lab, "labs"}};
+
 constexpr Option kState{"--state", "DIR",
                         "directory of the host's state; without it the host is private and ends "
                         "with the command",
                         Kind::Directory};
-constexpr Option kLab{"--lab", "FILE",
-                      "set the host up from JSON: NICs, switches, ports, properties, clients", Kind::File};
+constexpr Option kLab{"--lab", "LAB",
+                      "set the host up from a JSON file, or from an installed lab: NICs, switches, ports, "
+                      "properties, clients",
+                      Kind::Lab};
 constexpr Option kTrace{"--trace", "FILE", "append a line for each request to FILE before it is answered",
                         Kind::File};
 constexpr Option kMaxState{"--max-state-mib", "N", "limit the size of the state, to try a full disk"};
 constexpr Option kRunning{"--state", "DIR", "directory of the host (default: the host that this runs on)",
                           Kind::Directory};
+
+constexpr cli::Topic kTopics[] = {
+    {"Hosts", "run shell start stop status reset labs"},
+    {"Requests", "trace fault"},
+};
 
 const Command kHostRows[] = {
     {.words = "run",
@@ -154,7 +170,7 @@ const Command kHostRows[] = {
     {.words = "shell",
      .summary = "open a shell on a host",
      .options = {kState, kLab, kTrace, kMaxState},
-     .details = "Runs $SHELL as run does.",
+     .details = "Runs $SHELL as run does. The prompt begins with the name of the state directory.",
      .example = "qvs-host shell --state lab",
      .json = false,
      .run = local(shell)},
@@ -185,6 +201,11 @@ const Command kHostRows[] = {
      .example = "qvs-host reset --state lab",
      .json = false,
      .run = local(reset)},
+    {.words = "labs",
+     .summary = "list the installed labs",
+     .details = "--lab accepts these names.",
+     .example = "% labs",
+     .run = local(listLabs)},
     {.words = "trace",
      .summary = "print each request as it happens, until interrupted",
      .options = {kRunning},
@@ -207,15 +228,17 @@ const Command kFaultRows[] = {
           {"--status", "STATUS", "a state request fails with this status, such as 0xbad0014"},
           {"--exit", "CODE", "a shell request (treesh) fails with this exit code"},
           {"--delay", "MILLISECONDS", "any request waits so long first"},
-          {"--kill", "MOMENT",
-           "before, middle or after: the host dies before the request, before its change is committed, or "
-           "after that and before it answers"},
+          {.name = "--kill",
+           .value = "MOMENT",
+           .summary = "before, middle or after: the host dies before the request, before its change is "
+                      "committed, or after that and before it answers",
+           .choices = kMoments},
           {.name = "--output",
            .value = "OFFSET:HEX",
            .summary = "any answer holds these bytes at OFFSET",
            .repeated = true},
           {"--truncate", "N", "any answer is cut to N bytes"},
-          {"--lab", "FILE", "this lab is applied just before the request", Kind::File}},
+          {"--lab", "LAB", "this lab is applied just before the request", Kind::Lab}},
      .details = "MATCH is looked for in the line that qvs-host trace prints for a request, up to \" -> \": "
                 "watch that first. At least one of --errno, --status, --exit, --delay, --kill, --output, "
                 "--truncate and --lab is needed. A request that is to fail and was given nothing of its kind "
@@ -255,11 +278,11 @@ const Program &program() {
         .usage = "COMMAND [ARGUMENT...] [OPTION...]",
         .nouns = nouns,
         .options = {},
-        .names = {},
+        .names = launcher::kNames,
         .description = launcher::kDescription,
         .sections = launcher::kSections,
         .failed = 125,
-        .run = nullptr,
+        .topics = launcher::kTopics,
     };
     return self;
 }

@@ -119,6 +119,23 @@ A fault that makes no sense is a wrong usage.
   $ qvs-host run -- sh -c 'qvs-host fault add ls --output 0:7065 --output 2:74 --truncate 4; treesh -e ls /; qvs-host fault list'
   pet/  1: "ls" --nth 1 --count 1 --truncate 4 --output 0:7065 --output 2:74; matched 1, fired 1
 
+An installed lab is found by its name, and the prompt of a shell names the host.
+
+  $ qvs-host labs  => pod | rack | two-nics
+  $ qvs-host run --lab two-nics -- qvs-host status | sed 1,4d
+  NICs 2
+    pnic0: link up, admin up, 10000 Mb/s, MTU 1500, 02:00:00:00:00:00, port -
+    pnic1: link down, admin up, 1000 Mb/s, MTU 1500, 02:00:00:00:00:01, port -
+  faults 0
+  $ echo '{}' >rack; qvs-host run --lab rack -- qvs switch list --names; rm rack; qvs-host run --lab rack -- qvs switch list --names
+  storage
+  tenants
+  $ echo exit | SHELL=/bin/bash HOME=. script -qec 'qvs-host shell --state my-lab' /dev/null | grep -ao '(qvs-host[^)]*)' | head -n 1
+  (qvs-host my-lab)
+  $ echo exit | SHELL=/bin/sh HOME=. script -qec "qvs-host shell --state 'd\$(touch x)'" /dev/null | grep -ao '(qvs-host[^)]*)' | head -n 1; test -e x || echo nothing ran
+  (qvs-host d??touch?x?)
+  nothing ran
+
 The launcher's own words.
 
   $ for option in --lab --trace --max-state-mib; do qvs-host run $option '' -- true 2>&1 | head -n 1; done; qvs-host run --max-state-mib 0 -- true; qvs-host --version; qvs-host help | head -n 1; qvs-host run true; qvs-host run --stat -- true; qvs-host start; qvs-host fault nix; qvs-host stop --json
@@ -129,11 +146,11 @@ The launcher's own words.
   qvs-host 1.0.0
   usage: qvs-host COMMAND [ARGUMENT...] [OPTION...]
   qvs-host: unexpected argument: 'true'; COMMAND goes behind --
-  qvs-host: usage: qvs-host run [--state DIR] [--lab FILE] [--trace FILE] [--max-state-mib N] -- COMMAND...
+  qvs-host: usage: qvs-host run [--state DIR] [--lab LAB] [--trace FILE] [--max-state-mib N] -- COMMAND...
   qvs-host: no such option: '--stat'; did you mean '--state'?
-  qvs-host: usage: qvs-host run [--state DIR] [--lab FILE] [--trace FILE] [--max-state-mib N] -- COMMAND...
+  qvs-host: usage: qvs-host run [--state DIR] [--lab LAB] [--trace FILE] [--max-state-mib N] -- COMMAND...
   qvs-host: --state is needed
-  qvs-host: usage: qvs-host start --state DIR [--lab FILE] [--trace FILE] [--max-state-mib N]
+  qvs-host: usage: qvs-host start --state DIR [--lab LAB] [--trace FILE] [--max-state-mib N]
   qvs-host: no such command: fault 'nix'; 'qvs-host help fault' lists them
   qvs-host: qvs-host stop has no JSON; call it without --json
   ? 2

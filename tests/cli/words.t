@@ -33,7 +33,7 @@ A wrong word is answered with the right one, whether there is a host or not.
   qvs: --timeout requires SECONDS
   qvs: --json takes no value
   qvs: PORT is required
-  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs-host <<<$'ls\nexec true\nfault rm\nfault ls\nstat\nrun -- \nstart --stat x'
+  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs-host <<<$'ls\nexec true\nfault rm\nfault ls\nstat\nrun -- \nstart --stat x\nfault add x --kill soon\nrun --lab rak -- true'
   qvs-host: no such command: 'ls'; did you mean 'status'? 'qvs-host help' lists them
   qvs-host: no such command: 'exec'; 'qvs-host help' lists them
   qvs-host: no such command: fault 'rm'; did you mean 'fault clear'? 'qvs-host help fault' lists them
@@ -41,6 +41,8 @@ A wrong word is answered with the right one, whether there is a host or not.
   qvs-host: no such command: 'stat'; did you mean 'start' or 'status'? 'qvs-host help' lists them
   qvs-host: COMMAND is needed behind --
   qvs-host: no such option: '--stat'; did you mean '--state'?
+  qvs-host: --kill: 'soon' is none of before, middle, after
+  qvs-host: rak: no such file, and not an installed lab (pod, rack, two-nics)
 
 The help of the whole tool fits on a screen of 80 by 50, and no line of help is too long.
 
