@@ -3,14 +3,16 @@
 # programs, the state library and the parts of the emulated host install them.
 include(CMakePackageConfigHelpers)
 
-# A program needs the component `library` to run, and `config` if it uses libqvs-config; both need `development` to be
-# built.
+# A program needs the component `library` to run and `development` to be built. One that uses libqvs-config needs
+# `config` and `config-development`, too.
 install(TARGETS qvs
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
 install(TARGETS qvs-config
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT config NAMELINK_COMPONENT development)
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT config NAMELINK_COMPONENT config-development)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qvs DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-    COMPONENT development FILES_MATCHING PATTERN *.h PATTERN *.hpp)
+    COMPONENT development FILES_MATCHING PATTERN *.h PATTERN config.h EXCLUDE)
+install(FILES include/qvs/config.h include/qvs/config.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qvs
+    COMPONENT config-development)
 
 # CMake: find_package(qvs 1 CONFIG REQUIRED), target_link_libraries(tool PRIVATE qvs::qvs), or qvs::config
 # There are two configuration files. The installed one uses paths relative to itself, so that the prefix can be chosen
@@ -35,8 +37,8 @@ set(QVS_PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
 set(QVS_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
 configure_file(cmake/qvs.pc.in ${QVS_AS_INSTALLED}/qvs.pc @ONLY)
 configure_file(cmake/qvs-config.pc.in ${QVS_AS_INSTALLED}/qvs-config.pc @ONLY)
-install(FILES ${QVS_AS_INSTALLED}/qvs.pc ${QVS_AS_INSTALLED}/qvs-config.pc
-    DESTINATION ${QVS_PC_DIR} COMPONENT development)
+install(FILES ${QVS_AS_INSTALLED}/qvs.pc DESTINATION ${QVS_PC_DIR} COMPONENT development)
+install(FILES ${QVS_AS_INSTALLED}/qvs-config.pc DESTINATION ${QVS_PC_DIR} COMPONENT config-development)
 
 set(QVS_PC_PREFIX ${CMAKE_BINARY_DIR})
 set(QVS_PC_LIBDIR ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
@@ -45,4 +47,7 @@ configure_file(cmake/qvs.pc.in ${CMAKE_BINARY_DIR}/pkgconfig/qvs.pc @ONLY)
 configure_file(cmake/qvs-config.pc.in ${CMAKE_BINARY_DIR}/pkgconfig/qvs-config.pc @ONLY)
 
 install(FILES docs/man/libqvs.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT development)
-install(FILES docs/man/libqvs-config.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)
+install(FILES docs/man/libqvs-config.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT config-development)
+
+install(FILES README.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation PATTERN man EXCLUDE)

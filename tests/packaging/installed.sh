@@ -1,0 +1,61 @@
+#!/bin/bash
+# SPDX-License-Identifier: Apache-2.0
+# Installs the packages on a minimal system, uses them as a newcomer would, upgrades and removes them. Runs as root in
+# a root of its own, from the root of the clone; the user `tester` runs the programs.
+set -euo pipefail
+export DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8
+packages=$PWD/build/release/packages
+source=$PWD/tests
+fail() { echo "installed: $*" >&2; exit 1; }
+apt() { apt-get -qq -o Dpkg::Use-Pty=0 "$@" >/tmp/apt.log 2>&1 </dev/null || { cat /tmp/apt.log >&2; fail "apt-get $*"; }; }
+as_tester() { runuser -u tester -- env -i HOME=/home/tester PATH=/usr/bin:/bin "$@"; }
+files() { find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /tmp -o -path /home -o -path /var/cache \
+    -o -path /var/lib/apt -o -path /var/lib/dpkg -o -path /var/log -o -path /etc/ld.so.cache \) -prune -o -print | sort; }
+
+apt update
+# The version before: the same files under another number.
+mkdir /tmp/before
+for package in "$packages"/*.deb; do
+    rm -rf /tmp/unpacked
+    dpkg-deb -R "$package" /tmp/unpacked
+    sed -i "s/1\.0\.0-0qvs1/0.9.0-0qvs1/g" /tmp/unpacked/DEBIAN/control
+    dpkg-deb -b /tmp/unpacked /tmp/before >/dev/null
+done
+mapfile -t names < <(for package in "$packages"/*.deb; do dpkg-deb -f "$package" Package; done)
+
+# What the packages depend on stays, so that the lists of files can be compared.
+apt install --no-install-recommends /tmp/before/*.deb
+apt-mark manual $(dpkg-query -W -f '${Package}\n') >/dev/null
+files >/tmp/with
+apt purge "${names[@]}"
+files >/tmp/without
+for name in "${names[@]}"; do ! dpkg-query -W "$name" 2>/dev/null || fail "$name is still known"; done
+[ -z "$(grep -E 'qvs|libmesh|treesh' /tmp/without | grep -v "^$PWD")" ] || fail "files of the packages remain"
+
+apt install --no-install-recommends /tmp/before/*.deb
+apt install --no-install-recommends "$packages"/*.deb
+files >/tmp/upgraded
+cmp /tmp/with /tmp/upgraded || fail "an upgrade leaves other files than an installation"
+[ "$(as_tester qvs --version)" = 'qvs 1.0.0' ] || fail "qvs --version: $(as_tester qvs --version)"
+[ "$(as_tester qvs-host run -- sh -c 'qvs switch create sw1 --ports 2 && qvs port list sw1 --names' | tr '\n' ' ')" = \
+    'sw1: changed port0 port1 ' ] || fail "the tool does not work on the emulated host"
+ldconfig -p | grep -q 'libqvs\.so\.1 ' || fail "the dynamic linker does not know libqvs"
+for page in man1/qvs.1 man1/qvs-host.1 man7/libqvs.7 man3/libqvs-config.3; do
+    gzip -t "/usr/share/man/$page.gz" || fail "no manual page $page"
+done
+
+# Programs in C, C++ and Go are built as the documentation says, and run on an emulated host.
+apt install --no-install-recommends gcc g++ libc6-dev pkg-config golang-go
+cp "$source"/packaging/program.{c,go} "$source"/config/consumer.cpp /home/tester
+cd /home/tester
+# shellcheck disable=SC2046
+{
+    as_tester gcc -std=c99 -Werror program.c -o program-c $(pkg-config --cflags --libs qvs)
+    as_tester g++ -std=c++17 -Werror consumer.cpp -o program-cpp $(pkg-config --cflags --libs qvs-config)
+    as_tester go build -o program-go program.go
+}
+as_tester qvs-host run -- ./program-c
+as_tester qvs-host run -- ./program-cpp >/dev/null
+[ "$(as_tester qvs-host run -- ./program-go)" = 'created sw1
+ports 2' ] || fail "the program in Go prints something else"
+echo "installed: ${#names[@]} packages, $(du -ck "$packages"/*.deb | tail -n 1 | cut -f 1) kB"
