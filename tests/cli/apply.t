@@ -175,7 +175,7 @@ A batch that is atomic has the same way back; one that keeps going reports what 
   mtu:     9000
   stored:  yes
   mtu:9000
-  $ printf '%s\n' 'port add sw1 y' 'switch refresh-numa sw1' | qvs batch --atomic -
+  $ for l in 'switch refresh-numa sw1' 'checkpoint remove c' 'apply one.yaml --yes' confirm 'bfd log-level set 1'; do printf '%s\n' 'port add sw1 y' "$l" | qvs batch --atomic -; done
   qvs: line 2: qvs switch refresh-numa cannot be undone
   qvs: line 2: qvs checkpoint remove cannot be undone
   qvs: line 2: qvs apply cannot be undone

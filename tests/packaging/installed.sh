@@ -25,7 +25,7 @@ mapfile -t names < <(for package in "$packages"/*.deb; do dpkg-deb -f "$package"
 
 # What the packages depend on stays, so that the lists of files can be compared.
 apt install --no-install-recommends /tmp/before/*.deb
-apt-mark manual $(dpkg-query -W -f '${Package}\n') >/dev/null
+dpkg-query -W -f '${Package}\n' | xargs apt-mark manual >/dev/null
 files >/tmp/with
 apt purge "${names[@]}"
 files >/tmp/without
