@@ -89,6 +89,7 @@ struct Run {
     void (*function)(const Arguments &, Output &);
     Touches touches;     // the objects that it reads and changes
     bool looksAtSwitch;  // it also reads the whole switch
+    bool isLasting;      // what it changes cannot be undone
 
     void operator()(const Arguments &arguments, Output &out) const { function(arguments, out); }
 };

@@ -40,7 +40,7 @@ struct SettingEntry {
     friend bool operator==(const SettingEntry &, const SettingEntry &) = default;
 };
 
-// What is stored at one place: settings in the order of the table, other properties by key.
+// What is stored at one place: settings in the order of the table, and other properties by key.
 struct Part {
     std::vector<SettingEntry> settings;
     std::vector<RawProperty> properties;

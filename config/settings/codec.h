@@ -64,8 +64,7 @@ std::optional<Value> ifTaken(const Setting &setting, Value value);
 // stored.
 bool wasRead(const Setting &setting, const Target &target, HYP_ReturnStatus status, size_t key = 0);
 
-// A property that is stored under the key of a setting and cleared by its key, for settings that libqvs
-// stores with a function of their own but does not clear with one.
+// Functions for a property that libqvs stores with a function of the family and that is cleared by its key.
 HYP_ReturnStatus clearByKey(const Setting &setting, const Target &target, size_t key = 0);
 
 template <const Setting &setting>

@@ -31,7 +31,7 @@ bool isReferredTo(const Setting &setting);
 std::set<uint64_t> privateVlansIn(const Value &map);
 std::set<uint64_t> privateVlansOf(DVSSwitch *sw);
 
-// What a value refers to that does not exist, one text each: "uplink 'uplink7'".
+// Returns the objects that a value refers to and that do not exist: "uplink 'uplink7'".
 std::vector<std::string> missingReferences(const Setting &setting, const Value &value,
                                            const Existing &existing);
 
