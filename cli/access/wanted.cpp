@@ -35,13 +35,17 @@ void report(const config::Findings &findings) {
     if (!findings.errors.empty()) throw Failure{Exit::Usage, messageOf(findings.errors)};
 }
 
+void requireSwitches(const Document &document, const Arguments &arguments) {
+    if (!arguments.given("--switch")) return;
+    for (const std::string &name : arguments.all("--switch"))
+        if (document.findSwitch(name) == nullptr)
+            fail(Exit::NotFound, "{}: the document has no such switch", named(name));
+}
+
 // Leaves those switches that --switch names.
 void narrow(Document &document, const Arguments &arguments) {
     if (!arguments.given("--switch")) return;
     const std::vector<std::string> &names = arguments.all("--switch");
-    for (const std::string &name : names)
-        if (document.findSwitch(name) == nullptr)
-            fail(Exit::NotFound, "{}: the document has no such switch", named(name));
     std::erase_if(document.switches, [&](const config::SwitchEntry &entry) {
         return std::ranges::find(names, entry.alias) == names.end();
     });
@@ -58,10 +62,15 @@ Document checkedDocument(std::string_view text, std::string_view origin) {
 
 Document readWanted(const Arguments &arguments) {
     const std::vector<uint8_t> bytes = readFile(arguments.text("FILE"), config::kMostDocumentBytes);
-    Document wanted =
-        checkedDocument({reinterpret_cast<const char *>(bytes.data()), bytes.size()}, nameOfFile(arguments));
+    std::vector<config::Problem> problems;
+    Document wanted = config::readDocument({reinterpret_cast<const char *>(bytes.data()), bytes.size()},
+                                           nameOfFile(arguments), problems);
+    if (problems.empty()) requireSwitches(wanted, arguments);
     narrow(wanted, arguments);
-    return wanted;
+    if (problems.empty()) return wanted;
+    const Comparison how = comparisonOf(arguments);
+    addHostProblems(wanted, how.prune, how.strict, how.origin, problems);
+    throw Failure{Exit::Usage, messageOf(problems)};
 }
 
 Comparison comparisonOf(const Arguments &arguments) {

@@ -28,8 +28,6 @@ using config::ApplyResult;
 using config::Change;
 using config::Document;
 
-constexpr uint32_t kMostConfirmSeconds = 7 * 86400;
-
 // --- agreement and progress ---
 
 bool isTerminal() {
@@ -135,7 +133,7 @@ void applyChanges(const Document &document, const Comparison &how, const Argumen
     ApplyOptions options;
     options.prune = how.prune;
     options.keepsSwitches = how.keepsSwitches;
-    options.confirmSeconds = arguments.number("--confirm", 0, 1, kMostConfirmSeconds);
+    options.confirmSeconds = arguments.number("--confirm", 0, 1, config::kMostConfirmSeconds);
     if (!arguments.given("--dry-run")) settle();
     requireState(loadSnapshot());
     const std::vector<Change> changes = compareWithHost(document, how);

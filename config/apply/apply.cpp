@@ -3,9 +3,11 @@
 
 #include <algorithm>
 #include <exception>
+#include <iterator>
 #include <utility>
 
 #include "config/document/export.h"
+#include "config/document/references.h"
 #include "config/library/call.h"
 #include "config/library/host.h"
 #include "config/library/lock.h"
@@ -87,6 +89,20 @@ Document documentOfHost(const Document &wanted, bool all, std::vector<std::strin
         if (DVSState_SwitchFindByAlias(sw.alias.c_str()) != nullptr) there.push_back(sw.alias);
     if (there.empty()) return {};
     return exportDocument(there, {}, warnings);
+}
+
+void addHostProblems(const Document &wanted, bool prune, bool strict, std::string_view origin,
+                     std::vector<Problem> &problems) {
+    std::vector<std::string> warnings;
+    Findings findings;
+    try {
+        findings = checkOnHost(documentOfHost(wanted, false, warnings), wanted, prune, strict, origin);
+    } catch (const Failure &) {
+        // The problems of the document come first.
+        return;
+    }
+    std::ranges::move(findings.errors, std::back_inserter(problems));
+    sortByPlace(problems);
 }
 
 ApplyResult applyDocument(const Document &wanted, const ApplyOptions &options, const Progress &progress) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "config/apply/plan.h"
@@ -12,6 +13,7 @@
 #include "config/apply/transaction.h"
 #include "config/document/diff.h"
 #include "config/document/document.h"
+#include "config/document/problem.h"
 
 namespace qvs::config {
 
@@ -42,8 +44,16 @@ struct ApplyResult {
 // others are to be removed.
 Document documentOfHost(const Document &wanted, bool all, std::vector<std::string> &warnings);
 
-// Locks the host, compares it with the document, and carries out the difference. Throws before anything is
-// changed; a later failure is in the result.
+// The most seconds for which a change can wait to be confirmed.
+inline constexpr uint32_t kMostConfirmSeconds = 7 * 86400;
+
+// Adds to the problems that reading a document has found those that it has on the host of the snapshot, so
+// that all are told at once. A host that does not answer adds none.
+void addHostProblems(const Document &wanted, bool prune, bool strict, std::string_view origin,
+                     std::vector<Problem> &problems);
+
+// Takes the lock of everything, and compares with what is there then. Throws before anything is changed.
+// Afterwards the result tells.
 ApplyResult applyDocument(const Document &wanted, const ApplyOptions &options, const Progress &progress = {});
 
 }  // namespace qvs::config

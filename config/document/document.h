@@ -75,6 +75,9 @@ struct UplinkEntry {
 struct SwitchEntry {
     std::string alias;
     Mark mark = {};
+    // What the problems of reading it hide: what it has, and some of its settings.
+    bool hidesObjects = false;
+    bool hidesSettings = false;
     std::optional<std::string> id;
     std::optional<std::string> portset;
     std::optional<uint32_t> version;

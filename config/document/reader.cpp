@@ -11,6 +11,7 @@
 #include "config/document/identity.h"
 #include "config/document/places.h"
 #include "config/document/value_reader.h"
+#include "config/settings/references.h"
 
 namespace qvs::config {
 namespace {
@@ -48,10 +49,17 @@ class Reader {
     void checkRoom(const SwitchEntry &entry, const Node &node, const Path &path);
 
     ValueReader values_;
+    // Of the switch that is read.
+    bool hidesObjects_ = false;
+    bool hidesSettings_ = false;
 };
 
 const char *placeName(Scope scope) {
     return scope == Scope::Global ? "of the switch" : scope == Scope::Host ? "under 'host'" : "of a port";
+}
+
+bool isNoMapping(const Node &node) {
+    return node.kind != Node::Kind::Mapping && node.kind != Node::Kind::Empty;
 }
 
 Mark markOf(const Node &node) {
@@ -65,6 +73,7 @@ bool Reader::readIdentity(std::span<const IdentityMember<Entry>> members, Entry 
         if (key.text != each.member.name) continue;
         const Value read = values_.read(each.member, value, path);
         if (!read.absent()) each.set(entry, read);
+        hidesObjects_ = hidesObjects_ || read.absent();
         return true;
     }
     return false;
@@ -73,6 +82,8 @@ bool Reader::readIdentity(std::span<const IdentityMember<Entry>> members, Entry 
 // Reports a member that a mapping does not have; the words are those that it has.
 void Reader::refuse(const Node &key, const Path &path, Scope scope, std::vector<std::string_view> words) {
     words.emplace_back(kProperties);
+    hidesObjects_ = hidesObjects_ || scope == Scope::Global;
+    hidesSettings_ = true;
     for (const Setting *setting : settings()) {
         if (setting->scope == scope) {
             words.emplace_back(setting->name);
@@ -93,7 +104,7 @@ void Reader::readProperties(Part &part, Scope scope, const Node &node, const Pat
         const size_t before = values_.problems();
         Value read = values_.readItem(whole ? kPropertyMember : kShortPropertyMember, value, here);
         if (!name || values_.problems() != before || value.kind == Node::Kind::Refused) return;
-        if (!seen.insert(*name).second) return values_.report(key, here, "is given twice");
+        if (!seen.insert(*name).second) values_.reportTwice(key, here);
         RawProperty property{*name, usualClasses(scope, *name), whole ? read["value"].bytes() : read.bytes()};
         if (whole) property.classes = static_cast<uint32_t>(read["class"].number());
         if ((property.classes & kKeptClasses) == 0)
@@ -117,7 +128,11 @@ bool Reader::readOfPart(Part &part, Scope scope, const Node &key, const Node &va
     const size_t before = values_.problems();
     Value read = setting->isScalar() ? values_.read(setting->members[0], value, path)
                                      : values_.readRecord(setting->members, value, path);
-    if (values_.problems() != before || read.absent()) return true;
+    if (values_.problems() != before || read.absent()) {
+        hidesObjects_ = hidesObjects_ || isReferredTo(*setting);
+        hidesSettings_ = true;
+        return true;
+    }
     read = completed(*setting, read);
     if (std::string wrong = problemOf(*setting, read); !wrong.empty())
         values_.report(value, path, std::move(wrong));
@@ -150,8 +165,10 @@ std::optional<UplinkEntry> Reader::readUplink(const Node &node, const Path &path
 void Reader::readUplinks(SwitchEntry &entry, const Node &node, const Path &path) {
     if (node.kind != Node::Kind::Sequence) {
         values_.report(node, path, "is not a list of uplinks, such as [uplink0, uplink1]");
+        hidesObjects_ = true;
         return;
     }
+    const size_t before = values_.problems();
     entry.uplinks.emplace();
     std::set<std::string> names;
     std::set<std::string> ports;
@@ -167,6 +184,7 @@ void Reader::readUplinks(SwitchEntry &entry, const Node &node, const Path &path)
                            fmt::format("port {} carries another uplink", inQuotes(uplink->port)));
         entry.uplinks->push_back(std::move(*uplink));
     }
+    hidesObjects_ = hidesObjects_ || values_.problems() != before;
 }
 
 PortEntry Reader::readPort(std::string id, const Node &node, const Path &path) {
@@ -187,10 +205,12 @@ PortEntry Reader::readPort(std::string id, const Node &node, const Path &path) {
 
 void Reader::readPorts(SwitchEntry &entry, const Node &node, const Path &path) {
     std::set<std::string> ids;
+    hidesObjects_ = hidesObjects_ || isNoMapping(node);
     values_.forEachEntry(node, path, true, [&](const Node &key, const Node &value, const Path &here) {
         std::optional<std::string> id = values_.readName(kPortIdMember, key, here);
+        hidesObjects_ = hidesObjects_ || !id;
         if (!id) return;
-        if (!ids.insert(*id).second) return values_.report(key, here, "is given twice");
+        if (!ids.insert(*id).second) values_.reportTwice(key, here);
         entry.ports.push_back(readPort(std::move(*id), value, here));
     });
     std::ranges::sort(entry.ports, {}, &PortEntry::id);
@@ -198,6 +218,7 @@ void Reader::readPorts(SwitchEntry &entry, const Node &node, const Path &path) {
 
 void Reader::readHost(SwitchEntry &entry, const Node &node, const Path &path) {
     std::vector<KeyPlace> keys;
+    hidesObjects_ = hidesObjects_ || isNoMapping(node);
     values_.forEachEntry(node, path, true, [&](const Node &key, const Node &value, const Path &here) {
         if (!readOfPart(entry.host, Scope::Host, key, value, here, keys)) refuse(key, here, Scope::Host, {});
     });
@@ -217,6 +238,7 @@ SwitchEntry Reader::readSwitch(std::string alias, const Node &node, const Path &
     SwitchEntry entry;
     entry.alias = std::move(alias);
     entry.mark = markOf(node);
+    hidesObjects_ = hidesSettings_ = false;
     std::vector<KeyPlace> keys;
     values_.forEachEntry(node, path, true, [&](const Node &key, const Node &value, const Path &here) {
         if (key.text == kUplinks) return readUplinks(entry, value, here);
@@ -231,6 +253,8 @@ SwitchEntry Reader::readSwitch(std::string alias, const Node &node, const Path &
     });
     finish(entry.global, path, keys);
     checkRoom(entry, node, path);
+    entry.hidesObjects = hidesObjects_;
+    entry.hidesSettings = hidesSettings_;
     return entry;
 }
 
@@ -251,7 +275,7 @@ Document Reader::read(const Node &root) {
         values_.forEachEntry(value, here, true, [&](const Node &name, const Node &sw, const Path &at) {
             std::optional<std::string> alias = values_.readName(kAliasMember, name, at);
             if (!alias) return;
-            if (!aliases.insert(*alias).second) return values_.report(name, at, "is given twice");
+            if (!aliases.insert(*alias).second) values_.reportTwice(name, at);
             document.switches.push_back(readSwitch(std::move(*alias), sw, at));
         });
     });

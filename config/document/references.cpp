@@ -78,7 +78,7 @@ class References {
         checkNamed(wanted_.host, path + '.' + kHost);
         for (const PortEntry &port : wanted_.ports)
             checkNamed(port.part, pathOf(port));
-        if (prune_) return std::move(problems_);
+        if (prune_ || wanted_.hidesSettings) return std::move(problems_);
         checkStored(before_.global, wanted_.global, path);
         checkStored(before_.host, wanted_.host, path + '.' + kHost);
         const Part none;
@@ -130,6 +130,7 @@ std::vector<Problem> checkEach(const Document &now, const Document &wanted, Chec
     std::vector<Problem> problems;
     const SwitchEntry none;
     for (const SwitchEntry &entry : wanted.switches) {
+        if (entry.hidesObjects) continue;
         const SwitchEntry *before = now.findSwitch(entry.alias);
         std::vector<Problem> found = check(before == nullptr ? none : *before, entry);
         std::ranges::move(found, std::back_inserter(problems));

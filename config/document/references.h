@@ -11,6 +11,8 @@
 
 namespace qvs::config {
 
+// Where problems of reading hide what a document has, nothing is said that these may have caused.
+
 // Checks the settings of each switch of `wanted` against what there is once it is carried out: what it names,
 // and what `now` has besides unless `prune` removes that. The settings that stay on the host are checked,
 // too, for what the document removes.

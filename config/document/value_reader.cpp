@@ -81,14 +81,18 @@ bool ValueReader::isMapping(const Node &node, const Path &path, bool mayBeEmpty)
     return false;
 }
 
-bool ValueReader::isNewKey(const Node &key, const Path &path, std::unordered_set<std::string_view> &seen) {
+void ValueReader::reportTwice(const Node &key, const Path &path) {
+    if (twice_ != &key) report(key, path, "is given twice");
+    twice_ = &key;
+}
+
+bool ValueReader::isKey(const Node &key, const Path &path, std::unordered_set<std::string_view> &seen) {
     if (key.kind != Node::Kind::Scalar) {
         report(key, *path.parent, "a name is needed before the colon");
         return false;
     }
-    if (seen.insert(key.text).second) return true;
-    report(key, path, "is given twice");
-    return false;
+    if (!seen.insert(key.text).second) reportTwice(key, path);
+    return true;
 }
 
 // Texts of documents are stricter than those of commands: numbers are decimal, and quotes make a text.

@@ -33,6 +33,8 @@ class ValueReader {
         : origin_(origin), problems_(problems) {}
 
     void report(const Node &node, const Path &path, std::string text);
+    // Reports a name that is given twice, once for each key.
+    void reportTwice(const Node &key, const Path &path);
     // The number of problems so far, with those that are not listed: of nodes that were refused before, and
     // beyond the most that a list has.
     size_t problems() const { return faults_; }
@@ -46,7 +48,8 @@ class ValueReader {
     // The text that a name stands for. Nothing when there was a problem.
     std::optional<std::string> readName(const Member &member, const Node &node, const Path &path);
 
-    // Calls visit(key, value, path) for each entry of a mapping whose key is a scalar and not there twice.
+    // Calls visit(key, value, path) for each entry of a mapping whose key is a scalar. A key that is there
+    // twice is a problem, and both entries are visited, so that all of their problems are found.
     // A value that is missing is an empty mapping when `mayBeEmpty` is set.
     template <typename Visit>
     void forEachEntry(const Node &node, const Path &path, bool mayBeEmpty, Visit visit) {
@@ -55,18 +58,19 @@ class ValueReader {
         for (size_t i = 0; i + 1 < node.items.size(); i += 2) {
             const Node &key = node.items[i];
             const Path here{&path, key.text, {}};
-            if (isNewKey(key, here, seen)) visit(key, node.items[i + 1], here);
+            if (isKey(key, here, seen)) visit(key, node.items[i + 1], here);
         }
     }
 
   private:
     bool isMapping(const Node &node, const Path &path, bool mayBeEmpty);
-    bool isNewKey(const Node &key, const Path &path, std::unordered_set<std::string_view> &seen);
+    bool isKey(const Node &key, const Path &path, std::unordered_set<std::string_view> &seen);
     std::string problemOfForm(const Member &member, const Node &node) const;
 
     std::string_view origin_;
     std::vector<Problem> &problems_;
     size_t faults_ = 0;
+    const Node *twice_ = nullptr;  // the last key that was reported as such
 };
 
 }  // namespace qvs::config

@@ -92,6 +92,13 @@ Bad documents.
   qvs: standard input:1:41: switches.sw1.ports.p.vlan.id: 5000 is beyond 4094
   qvs: standard input:1:50: switches.sw1.mtuu: no such member; did you mean 'mtu'?
   ? 2
+  $ printf 'switches:\n  sw1: {mtu: 1, teaming: {active: [u9]}, ports: {p: {vlan: {id: 5000}}}}\n  sw2: {mtuu: 1, teaming: {active: [u9]}}\n  sw7: {maxPorts: 0, ports: {p: {vlan: {id: 7, private: on}}}}\n' >many; qvs diff many --strict
+  qvs: many:2:14: switches.sw1.mtu: 1 is below 1280
+  qvs: many:2:26: switches.sw1.teaming: uplink 'u9' does not exist
+  qvs: many:2:65: switches.sw1.ports.p.vlan.id: 5000 is beyond 4094
+  qvs: many:3:9: switches.sw2.mtuu: no such member; did you mean 'mtu'?
+  qvs: many:4:19: switches.sw7.maxPorts: 0 is below 1
+  ? 2
   $ for file in none .; do qvs diff $file; done
   qvs: file 'none': No such file or directory
   qvs: file '.': Is a directory

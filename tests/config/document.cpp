@@ -51,6 +51,22 @@ const ProblemRow kProblems[] = {
     {"- switches\n", "f:1:1: is a list, not a mapping"},
     {"switches: 1\n", "f:1:11: switches: is a single value, not a mapping"},
     {"switches: {a: {}, a: {}}\n", "f:1:19: switches.a: is given twice"},
+    {"switches:\n  a: {mtu: 1500, mtu: 1, host: , host: {x: 1}, properties: {k: AA==, k: '*'}}\n"
+     "  a: {ports: {p: {}, p: {vlan: {id: 1, id: 5000}}, '\\x70': {x: 1}}, uplinks: [], uplinks: 1}\n",
+     "f:2:18: switches.a.mtu: is given twice\n"
+     "f:2:23: switches.a.mtu: 1 is below 1280\n"
+     "f:2:34: switches.a.host: is given twice\n"
+     "f:2:41: switches.a.host.x: no such member\n"
+     "f:2:70: switches.a.properties.k: is given twice\n"
+     "f:2:73: switches.a.properties.k: is not base64\n"
+     "f:3:3: switches.a: is given twice\n"
+     "f:3:22: switches.a.ports.p: is given twice\n"
+     "f:3:40: switches.a.ports.p.vlan.id: is given twice\n"
+     "f:3:44: switches.a.ports.p.vlan.id: 5000 is beyond 4094\n"
+     "f:3:52: switches.a.ports.\\x70: is given twice\n"
+     "f:3:61: switches.a.ports.\\x70.x: no such member\n"
+     "f:3:82: switches.a.uplinks: is given twice\n"
+     "f:3:91: switches.a.uplinks: is not a list of uplinks, such as [uplink0, uplink1]"},
     {"switches: {a: {}, 'a': {}}\n", "f:1:19: switches.a: is given twice"},
     {"switches: {a: {}, '\\x61': {}}\n", "f:1:19: switches.\\x61: is given twice"},
     {"switches: {? [a] : {}}\n", "f:1:14: switches: a name is needed before the colon"},
