@@ -30,37 +30,57 @@ char *copyOf(std::string_view text) {
     return copy;
 }
 
-// Reads a document; its problems are in the report. Returns whether there are none.
-bool read(QVSConfig_Report &report, std::string_view text, Document &document) {
-    std::vector<Problem> problems;
-    document = readDocument(text, "", problems);
-    for (const Problem &problem : problems)
-        report.add(problem);
-    return problems.empty();
-}
-
 void addWarnings(QVSConfig_Report &report, const std::vector<std::string> &warnings) {
     for (const std::string &warning : warnings)
         report.add(QVSCONFIG_WARNING, warning);
 }
 
-// Reports what is wrong with a document on this host. Returns whether it may be used.
-bool checkHere(QVSConfig_Report &report, const Document &document, uint32_t flags) {
-    // The warnings of the comparison are those of this export.
-    std::vector<std::string> repeated;
-    const Findings findings =
-        checkOnHost(documentOfHost(document, false, repeated), document, (flags & QVSCONFIG_PRUNE) != 0,
-                    (flags & QVSCONFIG_STRICT) != 0, "");
+constexpr uint32_t kExportFlags = QVSCONFIG_JSON | QVSCONFIG_DEFAULTS;
+constexpr uint32_t kChangeFlags = QVSCONFIG_PRUNE | QVSCONFIG_STRICT;
+
+bool prunes(uint32_t flags) {
+    return (flags & QVSCONFIG_PRUNE) != 0;
+}
+
+// Reads a document and checks it on the host. What is wrong with it is in the report.
+HYP_ReturnStatus readForHost(QVSConfig_Report &report, std::string_view text, uint32_t flags,
+                             Document &document) {
+    const bool strict = (flags & QVSCONFIG_STRICT) != 0;
+    Findings findings;
+    document = readDocument(text, "", findings.errors);
+    if (!findings.errors.empty()) {
+        if (loadSnapshot() == HYP_OK) addHostProblems(document, prunes(flags), strict, "", findings.errors);
+    } else {
+        if (const HYP_ReturnStatus status = load(report); status != HYP_OK) return status;
+        // The warnings of the comparison are those of this export.
+        std::vector<std::string> repeated;
+        findings =
+            checkOnHost(documentOfHost(document, false, repeated), document, prunes(flags), strict, "");
+    }
     for (const Problem &problem : findings.warnings)
         report.add(problem, QVSCONFIG_WARNING);
     for (const Problem &problem : findings.errors)
         report.add(problem);
-    return findings.errors.empty();
+    return findings.errors.empty() ? HYP_OK : HYP_BAD_PARAM;
+}
+
+// What functions about a document and the host have in common: body(entries, document) runs when the document
+// may be used on this host.
+template <typename Body>
+HYP_ReturnStatus withDocument(const char *text, size_t length, uint32_t flags, QVSConfig_Report **report,
+                              Body body) {
+    if (report != nullptr) *report = nullptr;
+    if (text == nullptr || (flags & ~kChangeFlags) != 0) return HYP_BAD_PARAM;
+    return reported(report, [&](QVSConfig_Report &entries) {
+        Document document;
+        const HYP_ReturnStatus status = readForHost(entries, {text, length}, flags, document);
+        return status == HYP_OK ? body(entries, document) : status;
+    });
 }
 
 ApplyOptions optionsOf(uint32_t flags, uint32_t confirmSeconds) {
     ApplyOptions options;
-    options.prune = (flags & QVSCONFIG_PRUNE) != 0;
+    options.prune = prunes(flags);
     options.confirmSeconds = confirmSeconds;
     return options;
 }
@@ -85,7 +105,7 @@ HYP_ReturnStatus QVSConfig_Export(const char *const *aliases, uint32_t count, ui
                                   QVSConfig_Report **report) {
     if (text != nullptr) *text = nullptr;
     const bool named = aliases != nullptr && std::find(aliases, aliases + count, nullptr) == aliases + count;
-    if (text == nullptr || (count != 0 && !named)) {
+    if (text == nullptr || (count != 0 && !named) || (flags & ~kExportFlags) != 0) {
         if (report != nullptr) *report = nullptr;
         return HYP_BAD_PARAM;
     }
@@ -106,53 +126,47 @@ HYP_ReturnStatus QVSConfig_Validate(const char *text, size_t length, QVSConfig_R
     if (report != nullptr) *report = nullptr;
     if (text == nullptr) return HYP_BAD_PARAM;
     return reported(report, [&](QVSConfig_Report &entries) {
-        Document document;
-        return read(entries, {text, length}, document) ? HYP_OK : HYP_BAD_PARAM;
+        std::vector<Problem> problems;
+        readDocument({text, length}, "", problems);
+        for (const Problem &problem : problems)
+            entries.add(problem);
+        return problems.empty() ? HYP_OK : HYP_BAD_PARAM;
     });
 }
 
 HYP_ReturnStatus QVSConfig_Compare(const char *text, size_t length, uint32_t flags,
                                    QVSConfig_Report **report) {
-    if (report != nullptr) *report = nullptr;
-    if (text == nullptr) return HYP_BAD_PARAM;
-    return reported(report, [&](QVSConfig_Report &entries) {
-        Document document;
-        if (!read(entries, {text, length}, document)) return HYP_BAD_PARAM;
-        if (const HYP_ReturnStatus status = load(entries); status != HYP_OK) return status;
-        if (!checkHere(entries, document, flags)) return HYP_BAD_PARAM;
-        std::vector<std::string> warnings;
-        const bool prune = (flags & QVSCONFIG_PRUNE) != 0;
-        const std::vector<Change> changes =
-            compare(documentOfHost(document, prune, warnings), document, prune);
-        addWarnings(entries, warnings);
-        addAll(entries, changes);
-        return HYP_OK;
-    });
+    return withDocument(
+        text, length, flags, report, [&](QVSConfig_Report &entries, const Document &document) {
+            std::vector<std::string> warnings;
+            const std::vector<Change> changes =
+                compare(documentOfHost(document, prunes(flags), warnings), document, prunes(flags));
+            addWarnings(entries, warnings);
+            addAll(entries, changes);
+            return HYP_OK;
+        });
 }
 
 HYP_ReturnStatus QVSConfig_Apply(const char *text, size_t length, uint32_t flags, uint32_t confirmSeconds,
                                  QVSConfig_Report **report) {
     if (report != nullptr) *report = nullptr;
-    if (text == nullptr) return HYP_BAD_PARAM;
-    return reported(report, [&](QVSConfig_Report &entries) {
-        Document document;
-        if (!read(entries, {text, length}, document)) return HYP_BAD_PARAM;
-        if (const HYP_ReturnStatus status = load(entries); status != HYP_OK) return status;
-        if (!checkHere(entries, document, flags)) return HYP_BAD_PARAM;
-        const ApplyResult result = applyDocument(document, optionsOf(flags, confirmSeconds));
-        switch (result.outcome) {
-            case ApplyResult::Outcome::Unchanged:
-            case ApplyResult::Outcome::Applied:
-                addAll(entries, result.changes);
-                return HYP_OK;
-            case ApplyResult::Outcome::Undone:
-            case ApplyResult::Outcome::NotUndone:
-                break;
-        }
-        entries.add(QVSCONFIG_ERROR, result.problem);
-        addRestored(entries, result.undone);
-        return result.outcome == ApplyResult::Outcome::Undone ? result.status : HYP_FAILURE;
-    });
+    if (confirmSeconds > kMostConfirmSeconds) return HYP_BAD_PARAM;
+    return withDocument(
+        text, length, flags, report, [&](QVSConfig_Report &entries, const Document &document) {
+            const ApplyResult result = applyDocument(document, optionsOf(flags, confirmSeconds));
+            switch (result.outcome) {
+                case ApplyResult::Outcome::Unchanged:
+                case ApplyResult::Outcome::Applied:
+                    addAll(entries, result.changes);
+                    return HYP_OK;
+                case ApplyResult::Outcome::Undone:
+                case ApplyResult::Outcome::NotUndone:
+                    break;
+            }
+            entries.add(QVSCONFIG_ERROR, result.problem);
+            addRestored(entries, result.undone);
+            return result.outcome == ApplyResult::Outcome::Undone ? result.status : HYP_FAILURE;
+        });
 }
 
 HYP_ReturnStatus QVSConfig_Confirm(void) {

@@ -8,7 +8,7 @@
  * from before the call are void. The functions may be called from one thread at a time.
  *
  * Reports: a function that takes `report` stores a report there, on success and on failure, unless it returns
- * HYP_BAD_PARAM for a null argument or HYP_NO_MEMORY; it stores null then. The caller releases the report
+ * HYP_BAD_PARAM for an argument other than the document, or HYP_NO_MEMORY; it stores null then. The caller releases the report
  * with QVSConfig_FreeReport. `report` may be null when the caller does not want it.
  *
  * Example, without the checks of the statuses:
@@ -29,7 +29,7 @@
 
 QVS_EXTERN_C_BEGIN
 
-/* Flags of the functions below; a flag that a function does not know is ignored. */
+/* Flags of the functions below. A function answers HYP_BAD_PARAM to a flag that it does not take. */
 #define QVSCONFIG_JSON 1u     /* export JSON instead of YAML */
 #define QVSCONFIG_DEFAULTS 2u /* export what holds, also where nothing is stored */
 #define QVSCONFIG_PRUNE 4u    /* compare, apply: remove what the document does not name */
@@ -80,8 +80,8 @@ QVS_API HYP_ReturnStatus QVSConfig_GetEntry(const QVSConfig_Report *report, uint
  *   report          receives a warning for each record that no setting can express and that the document
  *                   therefore holds by its key
  *
- * HYP_NOT_FOUND: there is no switch of one of the names. HYP_BAD_PARAM: text is null, or aliases is null and
- * count is not 0. Statuses of DVSLoadConfig are returned unchanged.
+ * HYP_NOT_FOUND: there is no switch of one of the names. HYP_BAD_PARAM: text is null, aliases is null and
+ * count is not 0, or a flag is another one. Statuses of DVSLoadConfig are returned unchanged.
  */
 QVS_API HYP_ReturnStatus QVSConfig_Export(const char *const *aliases, uint32_t count, uint32_t flags,
                                           char **text, QVSConfig_Report **report);
@@ -115,7 +115,7 @@ QVS_API HYP_ReturnStatus QVSConfig_Compare(const char *text, size_t length, uint
  *
  *   text, length    as in QVSConfig_Validate
  *   flags           QVSCONFIG_PRUNE, QVSCONFIG_STRICT
- *   confirmSeconds  0, or the time in which QVSConfig_Confirm must be called; the change is undone otherwise
+ *   confirmSeconds  0, or the time in which QVSConfig_Confirm must be called, at most 604800
  *   report          receives the changes that were made, or the errors
  *
  * HYP_BAD_PARAM: as in QVSConfig_Compare; nothing was changed. HYP_EXISTS: another process holds the lock of

@@ -61,6 +61,10 @@ static void checkArguments(void) {
     EXPECT(QVSConfig_Export(NULL, 1, 0, &text, NULL) == HYP_BAD_PARAM && text == NULL);
     EXPECT(QVSConfig_Export(missing, 1, 0, &text, NULL) == HYP_BAD_PARAM);
     EXPECT(QVSConfig_Export(missing + 1, 1, 0, &text, NULL) == HYP_NOT_FOUND && text == NULL);
+    EXPECT(QVSConfig_Export(NULL, 0, QVSCONFIG_JSON | QVSCONFIG_PRUNE, &text, NULL) == HYP_BAD_PARAM);
+    EXPECT(QVSConfig_Compare(kTen, strlen(kTen), 16, &report) == HYP_BAD_PARAM && report == NULL);
+    EXPECT(QVSConfig_Apply(kTen, strlen(kTen), QVSCONFIG_JSON, 0, NULL) == HYP_BAD_PARAM);
+    EXPECT(QVSConfig_Apply(kTen, strlen(kTen), 0, 604801, &report) == HYP_BAD_PARAM && report == NULL);
     EXPECT(QVSConfig_Validate(NULL, 0, NULL) == HYP_BAD_PARAM);
     EXPECT(QVSConfig_GetEntry(NULL, 0, &entry) == HYP_BAD_PARAM && QVSConfig_CountEntries(NULL) == 0);
     EXPECT(QVSConfig_Confirm() == HYP_NOT_FOUND);
