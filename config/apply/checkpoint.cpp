@@ -30,7 +30,6 @@ constexpr uint32_t kFormat = 1;
 constexpr std::string_view kTitle = "qvs checkpoint ";
 constexpr std::string_view kChecksum = "checksum: ";
 constexpr size_t kMostName = 200;  // a file name has room for 255 bytes
-constexpr size_t kMostBytes = size_t{1} << 30;
 
 // CRC-32 as in IEEE 802.3: the polynomial 0xedb88320, bits and result inverted.
 uint32_t crc32(std::string_view text, uint32_t before = 0) {
@@ -147,7 +146,7 @@ void Checkpoints::save(const std::string &name, std::string document, uint32_t s
 
 Checkpoint Checkpoints::load(const std::string &name) const {
     requireName(name);
-    const std::optional<std::string> text = directory_.read(name, kMostBytes);
+    const std::optional<std::string> text = directory_.read(name);
     if (!text) fail(Exit::NotFound, "{}: there is none of this name", about(name));
     return checkpointOf(about(name), *text);
 }

@@ -33,6 +33,8 @@ Journal readJournal();
 // On disk when it returns, in the place of an earlier one. Throws.
 void writeJournal(const Journal &journal);
 void removeJournal();
+// Removes what a run that was killed while it wrote a journal has left. Needs the lock of everything.
+void removeUnfinishedJournal();
 
 // The time `seconds` from now.
 Journal waiting(Before before, uint32_t seconds);

@@ -9,6 +9,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "config/library/hash.h"
 
 namespace qvs::config {
 namespace {
@@ -20,10 +21,7 @@ constexpr const char *kVersionMember = "qvsJournal";
 constexpr const char *kSumMember = "sum";
 
 std::string sumOf(std::string_view text) {
-    uint64_t sum = 0xcbf29ce484222325u;
-    for (const char c : text)
-        sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001b3u;
-    return fmt::format("{:016x}", sum);
+    return fmt::format("{:016x}", hashOf(text));
 }
 
 // --- out ---

@@ -32,6 +32,7 @@ Pending pendingJournal() {
 
 Restored recover(Recover which) {
     const Lock lock(Guard::Everything, "");
+    if (!Transaction::underWay()) removeUnfinishedJournal();
     if (!isThere()) return {};
     const Journal journal = readJournal();
     if (which == Recover::NotWhatWaits && stateOf(journal) == Pending::Waits) return {};

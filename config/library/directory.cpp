@@ -3,7 +3,6 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +13,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "config/library/lock.h"
 
 namespace qvs {
 namespace {
@@ -45,7 +45,7 @@ class Descriptor {
 };
 
 // Who may write to a directory or a file of another user could change it between two looks. Null: nobody.
-const char *problemWith(const struct stat &found) {
+const char *distrust(const struct stat &found) {
     if (found.st_uid != geteuid() && found.st_uid != 0) return "it belongs to another user";
     return (found.st_mode & kOthersWrite) != 0 ? "other users may write to it" : nullptr;
 }
@@ -73,26 +73,46 @@ int store(Descriptor &file, std::string_view text) {
 
 }  // namespace
 
-PrivateDirectory::PrivateDirectory(std::string path, bool create) : path_(std::move(path)) {
+PrivateDirectory::PrivateDirectory(std::string path, bool create, const DirectoryUse &use)
+    : path_(std::move(path)), use_(use) {
     if (create) makeDirectories(path_);
     descriptor_ = open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW);
-    if (descriptor_ < 0 && (create || errno != ENOENT))
-        fail(Exit::Failed, "directory {}: {}", inQuotes(path_), std::strerror(errno));
-    struct stat found;
+    if (descriptor_ < 0 && (create || errno != ENOENT)) failWhole(std::strerror(errno));
+    struct stat found {};
     if (descriptor_ < 0 || fstat(descriptor_, &found) != 0) return;
-    const char *problem = problemWith(found);
+    owner_ = found.st_uid;
+    group_ = found.st_gid;
+    const char *problem = use_.ofHost ? qvs::distrust(descriptor_, found) : distrust(found);
     if (problem == nullptr) return;
     ::close(descriptor_);
-    fail(Exit::Failed, "directory {}: {}", inQuotes(path_), problem);
+    failWhole(problem);
 }
 
 PrivateDirectory::~PrivateDirectory() {
     if (descriptor_ >= 0) ::close(descriptor_);
 }
 
-void PrivateDirectory::failAbout(const std::string &name, int error) const {
-    fail(Exit::Failed, "file {}: {}", inQuotes(path_ + "/" + name),
-         error == ELOOP ? "it is a symbolic link" : std::strerror(error));
+void PrivateDirectory::failWhole(std::string_view reason) const {
+    fail(Exit::Failed, "directory {}: {}", inQuotes(path_), reason);
+}
+
+void PrivateDirectory::failAbout(const std::string &name, std::string_view reason) const {
+    fail(Exit::Failed, "{} {}: {}", use_.file, inQuotes(path_ + "/" + name), reason);
+}
+
+void PrivateDirectory::failErrno(const std::string &name) const {
+    if (errno == ELOOP) failAbout(name, fmt::format("it is a symbolic link{}", use_.advice));
+    failAbout(name, std::strerror(errno));
+}
+
+// Why a file that was found is refused; null when it is not.
+const char *PrivateDirectory::problemWith(const struct stat &found) const {
+    if (!S_ISREG(found.st_mode)) return "it is not a file";
+    if (use_.ofHost && found.st_nlink != 1) return "it is no file of its own";
+    if (static_cast<uint64_t>(found.st_size) > use_.most) return "it is too large";
+    struct stat trusted = found;
+    if (use_.ofHost && found.st_uid == owner_) trusted.st_uid = geteuid();
+    return distrust(trusted);
 }
 
 std::vector<std::string> PrivateDirectory::names() const {
@@ -101,33 +121,31 @@ std::vector<std::string> PrivateDirectory::names() const {
     // The walk has a descriptor of its own, so that each begins at the first file.
     const int own = openat(descriptor_, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const std::unique_ptr<DIR, int (*)(DIR *)> walk(own < 0 ? nullptr : fdopendir(own), closedir);
-    if (!walk) fail(Exit::Failed, "directory {}: {}", inQuotes(path_), std::strerror(errno));
+    if (!walk) failWhole(std::strerror(errno));
     while (const struct dirent *entry = readdir(walk.get()))
         if (entry->d_name[0] != '.') names.emplace_back(entry->d_name);
     std::sort(names.begin(), names.end());
     return names;
 }
 
-std::optional<std::string> PrivateDirectory::read(const std::string &name, size_t most) const {
+std::optional<std::string> PrivateDirectory::read(const std::string &name) const {
     const int opened =
         descriptor_ < 0 ? -1
                         : openat(descriptor_, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
     if (opened < 0) {
         if (descriptor_ < 0 || errno == ENOENT) return std::nullopt;
-        failAbout(name, errno);
+        failErrno(name);
     }
     const Descriptor file(opened);
     struct stat found;
-    if (fstat(file.get(), &found) != 0) failAbout(name, errno);
-    const char *problem = S_ISREG(found.st_mode) ? problemWith(found) : "it is not a file";
-    if (problem == nullptr && static_cast<uint64_t>(found.st_size) > most) problem = "it is too large";
-    if (problem != nullptr) fail(Exit::Failed, "file {}: {}", inQuotes(path_ + "/" + name), problem);
+    if (fstat(file.get(), &found) != 0) failErrno(name);
+    if (const char *problem = problemWith(found)) failAbout(name, fmt::format("{}{}", problem, use_.advice));
     std::string text(static_cast<size_t>(found.st_size), '\0');
     size_t taken = 0;
     while (taken < text.size()) {
         const ssize_t got = ::read(file.get(), text.data() + taken, text.size() - taken);
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) failAbout(name, errno);
+        if (got < 0) failErrno(name);
         if (got == 0) break;
         taken += static_cast<size_t>(got);
     }
@@ -145,21 +163,36 @@ bool PrivateDirectory::rename(const std::string &from, const std::string &to, bo
         result = renameat(descriptor_, from.c_str(), descriptor_, to.c_str());
     }
     if (result != 0 && errno == EEXIST) return false;
-    if (result != 0) failAbout(to, errno);
+    if (result != 0) failErrno(to);
     return true;
 }
 
-bool PrivateDirectory::write(const std::string &name, std::string_view text, bool replace) const {
-    const std::string temporary = fmt::format(".{}.{}", name, getpid());
+std::string PrivateDirectory::temporaryOf(const std::string &name) const {
+    return use_.ofHost ? name + ".new" : fmt::format(".{}.{}", name, getpid());
+}
+
+int PrivateDirectory::openNew(const std::string &temporary, const std::string &name) const {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
-    // A process of the same number may have died here.
-    unlinkat(descriptor_, temporary.c_str(), 0);
-    Descriptor file(openat(descriptor_, temporary.c_str(), kFlags, kFileMode));
-    if (file.get() < 0) failAbout(name, errno);
+    if (descriptor_ < 0) failWhole(std::strerror(ENOENT));
+    // What a process that was killed has left.
+    if (unlinkat(descriptor_, temporary.c_str(), 0) != 0 && errno != ENOENT) failErrno(temporary);
+    const int file = openat(descriptor_, temporary.c_str(), kFlags, kFileMode);
+    if (file < 0) failErrno(name);
+    if (use_.ofHost && owner_ != geteuid()) {
+        [[maybe_unused]] const int given = fchown(file, owner_, group_);
+    }
+    return file;
+}
+
+bool PrivateDirectory::write(const std::string &name, std::string_view text, bool replace) const {
+    if (text.size() > use_.most) failAbout(name, "it is too large");
+    const std::string temporary = temporaryOf(name);
+    Descriptor file(openNew(temporary, name));
     try {
-        if (const int error = store(file, text); error != 0) failAbout(name, error);
+        errno = store(file, text);
+        if (errno != 0) failErrno(name);
         if (rename(temporary, name, replace)) {
-            fsync(descriptor_);
+            sync();
             return true;
         }
     } catch (...) {
@@ -173,11 +206,21 @@ bool PrivateDirectory::write(const std::string &name, std::string_view text, boo
 bool PrivateDirectory::remove(const std::string &name) const {
     if (descriptor_ < 0) return false;
     if (unlinkat(descriptor_, name.c_str(), 0) == 0) {
-        fsync(descriptor_);
+        sync();
         return true;
     }
     if (errno == ENOENT) return false;
-    failAbout(name, errno);
+    failErrno(name);
+}
+
+void PrivateDirectory::removeUnfinished(const std::string &name) const {
+    // What cannot be removed is told when the file is written.
+    if (descriptor_ >= 0 && use_.ofHost) unlinkat(descriptor_, temporaryOf(name).c_str(), 0);
+}
+
+// Some file systems have nothing to do for a directory, and say EINVAL.
+void PrivateDirectory::sync() const {
+    if (fsync(descriptor_) != 0 && errno != EINVAL) failWhole(std::strerror(errno));
 }
 
 }  // namespace qvs

@@ -20,6 +20,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "config/library/hash.h"
 #include "config/library/snapshot.h"
 
 namespace qvs {
@@ -85,10 +86,7 @@ int lockFile() {
 }
 
 off_t slotOf(std::string_view alias) {
-    uint64_t hash = 0xcbf29ce484222325u;
-    for (char c : alias)
-        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3u;
-    return kSlot * (1 + static_cast<off_t>(hash % kSwitchSlots));
+    return kSlot * (1 + static_cast<off_t>(hashOf(alias) % kSwitchSlots));
 }
 
 struct flock range(short type, off_t at, off_t size) {

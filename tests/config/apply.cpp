@@ -260,6 +260,27 @@ TEST(Confirm, ComesTooLate) {
 
 // --- the file ---
 
+// What a run that was killed while it wrote the journal has left is in nobody's way.
+TEST(Journal, UnfinishedIsRemoved) {
+    stateAfter(kStart);
+    const std::string unfinished = journal() + ".new";
+    std::ofstream(unfinished) << "{";
+    EXPECT_TRUE(config::recover().complete());
+    EXPECT_NE(access(unfinished.c_str(), F_OK), 0);
+    std::ofstream(unfinished) << "{";
+    EXPECT_EQ(applyText(kWanted).outcome, Outcome::Applied);
+    EXPECT_NE(access(unfinished.c_str(), F_OK), 0);
+    ASSERT_EQ(mkdir(unfinished.c_str(), 0700), 0);
+    try {
+        applyText(kStart);
+        ADD_FAILURE() << "applied";
+    } catch (const Failure &failure) {
+        EXPECT_EQ(failure.message, "journal '" + unfinished + "': Is a directory");
+    }
+    EXPECT_TRUE(config::recover().complete());
+    rmdir(unfinished.c_str());
+}
+
 std::string contents() {
     std::ifstream file(journal(), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
@@ -312,7 +333,7 @@ TEST(Journal, IsNotTrustedWhenItIsNoJournal) {
     EXPECT_EQ(refusal(), "it is of version 2, and this program knows 1; use the newer program");
     write(text);
     chmod(journal().c_str(), 0666);
-    EXPECT_EQ(refusal(), "other users can write to it; move it away");
+    EXPECT_EQ(refusal(), "other users may write to it; move it away");
     write(text);
     ASSERT_EQ(link(journal().c_str(), "other"), 0);
     EXPECT_EQ(refusal(), "it is no file of its own; move it away");
