@@ -154,6 +154,15 @@ bool checkBytes(std::string_view text, std::string_view origin, std::vector<Prob
     return false;
 }
 
+// What is wrong in a line that the parser refuses. Tabs in front confuse it, and it does not say so.
+std::string faultOf(std::string_view text, const YAML::Exception &exception) {
+    for (int line = 0; line < exception.mark.line; line++)
+        text.remove_prefix(std::min(text.find('\n') + 1, text.size()));
+    const std::string_view indent = text.substr(0, text.find_first_not_of(" \t"));
+    if (exception.mark.is_null() || indent.find('\t') == std::string_view::npos) return exception.msg;
+    return fmt::format("the line begins with a tab, and only spaces indent YAML ({})", exception.msg);
+}
+
 }  // namespace
 
 std::optional<Node> parseTree(std::string_view text, std::string_view origin,
@@ -174,7 +183,7 @@ std::optional<Node> parseTree(std::string_view text, std::string_view origin,
         }
         return root;
     } catch (const YAML::Exception &exception) {
-        builder.report(exception.mark, exception.msg);
+        builder.report(exception.mark, faultOf(text, exception));
     } catch (const Stop &) {
     }
     return std::nullopt;

@@ -21,6 +21,10 @@ std::string shownPart(std::string_view name) {
     return plain ? std::string(name) : shown(name);
 }
 
+std::vector<std::string_view> wordsOf(const Member &member) {
+    return {member.words.begin(), member.words.end()};
+}
+
 bool isDecimal(std::string_view text) {
     const bool digits =
         !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
@@ -136,7 +140,8 @@ Value ValueReader::readItem(const Member &member, const Node &node, const Path &
     } else if (wrong.empty()) {
         parsed = parseScalar(member, node.text);
     }
-    if (wrong.empty()) wrong = std::move(parsed.problem);
+    if (wrong.empty() && !parsed.ok())
+        wrong = std::move(parsed.problem) + suggestion(node.text, wordsOf(member));
     if (wrong.empty()) return std::move(parsed.value);
     report(node, path, std::move(wrong));
     return {};

@@ -37,6 +37,16 @@ const ProblemRow kProblems[] = {
     {"a: b: c\n", "f:1:5: illegal map value"},
     {"switches: {}\n---\nswitches: {}\n", "f:3:1: the file has more than one document"},
     {"switches: &a {}\n", "f:1:11: anchors are not allowed"},
+    {"switches:\n  a:\n\tmtu: 1500\n",
+     "f:3:2: the line begins with a tab, and only spaces indent YAML (end of map not found)"},
+    {"switches:\n  a:\n    mtu: 1500\n\tversion: 1\n",
+     "f:4:1: the line begins with a tab, and only spaces indent YAML (illegal tab when looking for "
+     "indentation)"},
+    {"\tswitches: {}\n",
+     "f:1:10: the line begins with a tab, and only spaces indent YAML (illegal map value)"},
+    {"switches:\n  a:\n  \tmtu: 1500\n",
+     "f:3:7: the line begins with a tab, and only spaces indent YAML (illegal map value)"},
+    {"switches: {a:\n\t{mtu: 1500},\n\tb: }\n", ""},
     {"switches: {sw1: !x {}}\n", "f:1:17: the tag '!x' is not allowed"},
     {"switches: {sw1: \xff}\n", "f:1:17: the byte 0xff is not UTF-8 text; write it as \\xff"},
     {"switches: {}\n# \xc3\n", "f:2:3: the byte 0xc3 is not UTF-8 text; write it as \\xc3"},
@@ -116,6 +126,12 @@ const ProblemRow kProblems[] = {
      "f:1:54: switches.a.ports.p.vlan.trunk[2]: the range '5-3' runs backwards"},
     {"switches: {a: {ports: {p: {vlan: {private: on}}}}}\n",
      "f:1:34: switches.a.ports.p.vlan: private requires id"},
+    {"switches: {a: {teaming: {balance: source-prt}, ports: {p: {filter: {flags: [snik]}, txUplink: x}}}}\n",
+     "f:1:35: switches.a.teaming.balance: 'source-prt' is not none, source-ip, source-mac, source-port, "
+     "explicit or port-load; did you mean 'source-port'?\n"
+     "f:1:77: switches.a.ports.p.filter.flags[0]: 'snik' is not unicast, multicast, allmulti, broadcast, "
+     "promisc, use-ladrf or sink; did you mean 'sink'?\n"
+     "f:1:95: switches.a.ports.p.txUplink: 'x' is not normal or always"},
     // Properties.
     {"switches: {a: {properties: {k: '*', '': AA==, l: {class: 4, value: AA==}, m: {value: AA==}}}}\n",
      "f:1:32: switches.a.properties.k: is not base64\n"
