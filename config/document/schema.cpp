@@ -115,13 +115,15 @@ Json ofRecord(std::span<const Member> members) {
 
 Json ofSetting(const Setting &setting) {
     Json schema = {{"title", sentence(setting.what)}, {"description", sentence(setting.summary) + '.'}};
-    if (!setting.isScalar()) {
+    if (setting.isScalar()) {
+        Member member = setting.members[0];
+        member.summary = setting.summary;
+        schema.update(ofMember(member));
+    } else {
         schema.update(ofRecord(setting.members));
-        return schema;
     }
-    Member member = setting.members[0];
-    member.summary = setting.summary;
-    schema.update(ofMember(member));
+    const auto description = schema["description"].get<std::string>();
+    schema["description"] = fmt::format("{} Since qvs {}.", description, setting.since);
     return schema;
 }
 

@@ -47,7 +47,7 @@ struct Setting {
     std::span<const Member> members;
     const char *example;              // the words behind "qvs NOUN set SWITCH [PORT]"
     const char *details = nullptr;    // more for the manual
-    const char *since = "1.0";        // the version of qvs that came with it
+    const char *since = "1.0";        // the version of qvs that came with it, for the schema
     const char *content = "enabled";  // in the tool: what a value of one member is called
 
     // A setting of the same port of which the record repeats a part, so that it is stored again when that one

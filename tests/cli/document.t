@@ -113,6 +113,10 @@ Bad documents.
   $ qvs schema --json
   qvs: qvs schema has no JSON; call it without --json
   ? 2
+  $ qvs schema | jq -c '.["$defs"].switch.properties.mtu'; qvs schema | jq '[.["$defs"] | .switch, .host, .port | .properties[] | select(.title) | .description | endswith(". Since qvs 1.0.")] | all, length'
+  {"title":"MTU","description":"The MTU of a switch: of its NICs, its portset and its properties, in bytes. Since qvs 1.0.","type":"integer","minimum":1280,"maximum":9000,"default":1500}
+  true
+  27
   $ qvs schema | jq -c '.["$defs"].port.properties.vlan.properties.id, .["$defs"].host.properties.macLearning.properties.aging'
   {"description":"VLAN of the port; 0 for none.","type":"integer","minimum":0,"maximum":4094,"default":0}
   {"description":"Time after which a learned address expires, in seconds.","type":"integer","minimum":0,"maximum":1000000,"default":600}
