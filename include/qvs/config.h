@@ -115,7 +115,10 @@ QVS_API HYP_ReturnStatus QVSConfig_Compare(const char *text, size_t length, uint
  *
  *   text, length    as in QVSConfig_Validate
  *   flags           QVSCONFIG_PRUNE, QVSCONFIG_STRICT
- *   confirmSeconds  0, or the time in which QVSConfig_Confirm must be called, at most 604800
+ *   confirmSeconds  0, or the time in which QVSConfig_Confirm must be called, at most 604800. The library
+ *                   starts no process and no thread, so that nothing happens by itself when the time is over:
+ *                   the caller then calls QVSConfig_Recover. If it ends before that, the change stays until
+ *                   the next change of the host, by this library or by qvs, which undoes it first.
  *   report          receives the changes that were made, or the errors
  *
  * HYP_BAD_PARAM: as in QVSConfig_Compare; nothing was changed. HYP_EXISTS: another process holds the lock of
@@ -126,10 +129,11 @@ QVS_API HYP_ReturnStatus QVSConfig_Compare(const char *text, size_t length, uint
 QVS_API HYP_ReturnStatus QVSConfig_Apply(const char *text, size_t length, uint32_t flags,
                                          uint32_t confirmSeconds, QVSConfig_Report **report);
 
-/* Keeps the change that waits for its confirmation. HYP_NOT_FOUND: no change is waiting. */
+/* Keeps the change that waits for its confirmation. HYP_NOT_FOUND: no change is waiting. HYP_FAILURE: the time
+ * was over, and the change was undone. */
 QVS_API HYP_ReturnStatus QVSConfig_Confirm(void);
 
-/* Undoes a change that was interrupted, or that waits for its confirmation. HYP_NOT_FOUND: there is nothing
+/* Undoes a change that was interrupted, or that waits for its confirmation, even if its time is not over. HYP_NOT_FOUND: there is nothing
  * to undo. HYP_FAILURE: something could not be undone; the report names it, and the journal is kept. */
 QVS_API HYP_ReturnStatus QVSConfig_Recover(QVSConfig_Report **report);
 
