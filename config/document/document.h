@@ -75,7 +75,7 @@ struct UplinkEntry {
 struct SwitchEntry {
     std::string alias;
     Mark mark = {};
-    // What the problems of reading it hide: what it has, and some of its settings.
+    // What the problems of reading it hide: what it has, and some of the settings that refer to that.
     bool hidesObjects = false;
     bool hidesSettings = false;
     std::optional<std::string> id;

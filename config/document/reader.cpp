@@ -130,7 +130,7 @@ bool Reader::readOfPart(Part &part, Scope scope, const Node &key, const Node &va
                                      : values_.readRecord(setting->members, value, path);
     if (values_.problems() != before || read.absent()) {
         hidesObjects_ = hidesObjects_ || isReferredTo(*setting);
-        hidesSettings_ = true;
+        hidesSettings_ = hidesSettings_ || refers(*setting);
         return true;
     }
     read = completed(*setting, read);

@@ -98,9 +98,11 @@ class References {
     }
 
     void checkNamed(const Part &part, const std::string &place) {
-        for (const auto &[setting, value, mark] : part.settings)
+        for (const auto &[setting, value, mark] : part.settings) {
+            if (!refers(*setting)) continue;
             for (const std::string &missing : missingReferences(*setting, value, existingOf(has_)))
                 add(mark, place, *setting, missing + " does not exist");
+        }
     }
 
     // What was missing before is nothing that the document removes.

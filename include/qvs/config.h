@@ -8,8 +8,8 @@
  * from before the call are void. The functions may be called from one thread at a time.
  *
  * Reports: a function that takes `report` stores a report there, on success and on failure, unless it returns
- * HYP_BAD_PARAM for an argument other than the document, or HYP_NO_MEMORY; it stores null then. The caller releases the report
- * with QVSConfig_FreeReport. `report` may be null when the caller does not want it.
+ * HYP_BAD_PARAM for a null argument, a flag or a number, or HYP_NO_MEMORY; it stores null then. The caller
+ * releases the report with QVSConfig_FreeReport. `report` may be null when the caller does not want it.
  *
  * Example, without the checks of the statuses:
  *
@@ -129,12 +129,13 @@ QVS_API HYP_ReturnStatus QVSConfig_Compare(const char *text, size_t length, uint
 QVS_API HYP_ReturnStatus QVSConfig_Apply(const char *text, size_t length, uint32_t flags,
                                          uint32_t confirmSeconds, QVSConfig_Report **report);
 
-/* Keeps the change that waits for its confirmation. HYP_NOT_FOUND: no change is waiting. HYP_FAILURE: the time
- * was over, and the change was undone. */
+/* Keeps the change that waits for its confirmation. HYP_NOT_FOUND: no change is waiting. HYP_FAILURE: the
+ * time was over, and the change was undone. */
 QVS_API HYP_ReturnStatus QVSConfig_Confirm(void);
 
-/* Undoes a change that was interrupted, or that waits for its confirmation, even if its time is not over. HYP_NOT_FOUND: there is nothing
- * to undo. HYP_FAILURE: something could not be undone; the report names it, and the journal is kept. */
+/* Undoes a change that was interrupted, or that waits for its confirmation, even if its time is not over.
+ * HYP_NOT_FOUND: there is nothing to undo. HYP_FAILURE: something could not be undone; the report names it,
+ * and the journal is kept. */
 QVS_API HYP_ReturnStatus QVSConfig_Recover(QVSConfig_Report **report);
 
 QVS_EXTERN_C_END

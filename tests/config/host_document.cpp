@@ -251,6 +251,36 @@ TEST(Documents, ReferencesOfTheHostAreChecked) {
             << row.wanted;
 }
 
+// What other problems of a document may have caused is not said.
+TEST(Documents, ReferencesOfFaultyDocumentsAreChecked) {
+    const Document now = documentOf("switches: {a: {uplinks: [u, v], teaming: {active: [u]}}}");
+    const struct {
+        const char *wanted;
+        const char *references;
+    } rows[] = {
+        {"switches: {a: {uplinks: [v], mtu: 1, host: {x: 1}}}", ""},
+        {"switches: {a: {uplinks: [v], teaming: {actve: [v]}}}", ""},
+        {"switches: {a: {uplinks: [v], mtu: 1, host: {learnStatic: x}}}",
+         "f:1:15: switches.a.teaming: is stored and names uplink 'u', which the document removes"},
+        {"switches: {a: {mtu: 1, teaming: {active: [w]}, ports: {p: 7}}}",
+         "f:1:33: switches.a.teaming: uplink 'w' does not exist"},
+        {"switches: {a: {uplinks: [w, 5, 5], teaming: {active: [w, x]}}}", ""},
+        {"switches: {a: {uplinsk: [w], teaming: {active: [w]}}}", ""},
+        {"switches: {a: {privateVlans: [7], ports: {p: {vlan: {id: 7, private: on}}}}}", ""},
+        {"switches: {a: {ports: [p], host: {mirrorSessions: [{session: s, type: dvport, sourcesIn: [p]}]}}}",
+         ""},
+        {"switches: {a: {ports: {'\\': }, host: {mirrorSessions: [{session: s, type: dvport, sourcesIn: "
+         "[p]}]}}}",
+         ""},
+    };
+    for (const auto &row : rows) {
+        std::vector<config::Problem> problems;
+        const Document wanted = config::readDocument(row.wanted, "f", problems);
+        EXPECT_FALSE(problems.empty()) << row.wanted;
+        EXPECT_EQ(messagesOf(danglingReferences(now, wanted, false, "f")), row.references) << row.wanted;
+    }
+}
+
 TEST(Documents, RoomIsChecked) {
     const Document now = documentOf(
         "switches: {a: {maxPorts: 4, uplinks: [u], ports: {p: , q: , u: {vlan: {id: 1}}}}, b: {ports: {p: "
