@@ -17,8 +17,9 @@ inline constexpr Option kOnlySwitch{.name = "--switch",
                                     .summary = "this switch of the document alone",
                                     .kind = Kind::Switch,
                                     .repeated = true};
-inline constexpr Option kStrict{"--strict", nullptr,
-                                "fail when a setting names an uplink, port or VLAN that does not exist"};
+inline constexpr Option kStrict{
+    "--strict", nullptr,
+    "fail when a setting names an uplink, port or VLAN that does not exist or is removed"};
 
 // Reads the document FILE, limited to the switches that --switch names. Throws a usage failure that lists all
 // problems.

@@ -299,6 +299,16 @@ std::string refusal() {
     return "";
 }
 
+// A later version reads what an earlier one has left.
+TEST(Journal, KeepsItsFormat) {
+    write(R"({"qvsJournal":1,"bootId":"","deadline":0}
+{"sum":"62f211377b28be2a"}
+)");
+    EXPECT_EQ(config::pendingJournal(), config::Pending::Interrupted);
+    EXPECT_TRUE(config::recover().complete());
+    EXPECT_FALSE(hasJournal());
+}
+
 TEST(Journal, IsForItsOwnerAlone) {
     stateAfter(kStart);
     ApplyOptions options;
