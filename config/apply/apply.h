@@ -52,8 +52,8 @@ inline constexpr uint32_t kMostConfirmSeconds = 7 * 86400;
 void addHostProblems(const Document &wanted, bool prune, bool strict, std::string_view origin,
                      std::vector<Problem> &problems);
 
-// Takes the lock of everything, and compares with what is there then. Throws before anything is changed.
-// Afterwards the result tells.
+// Locks the host, compares it with the document, and carries out the difference. Throws before anything is
+// changed; a later failure is in the result.
 ApplyResult applyDocument(const Document &wanted, const ApplyOptions &options, const Progress &progress = {});
 
 }  // namespace qvs::config
