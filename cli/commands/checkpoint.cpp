@@ -17,7 +17,8 @@ using config::Checkpoint;
 using config::Checkpoints;
 using config::Document;
 
-constexpr Argument kName{"NAME", "name of the checkpoint: letters, digits, '.', '_' and '-'"};
+constexpr Argument kName{"NAME", "name of the checkpoint: letters, digits, '.', '_' and '-'",
+                         Kind::Checkpoint};
 constexpr Option kDirectory{.name = "--dir",
                             .value = "DIR",
                             .summary =
@@ -41,7 +42,15 @@ void save(const Arguments &arguments, Output &out) {
     reportChange(out, name, {{"checkpoint", name}}, true);
 }
 
+void listNames(const Arguments &arguments, Output &out) {
+    NameList names(out);
+    for (const Checkpoints::Entry &entry : Checkpoints(directoryOf(arguments)).list())
+        names.add(entry.name);
+    names.finish();
+}
+
 void list(const Arguments &arguments, Output &out) {
+    if (arguments.given(kNames.name)) return listNames(arguments, out);
     Listing listing(out, {{"name", "NAME"},
                           {"time", "TIME"},
                           {"host", "HOST"},
@@ -125,7 +134,7 @@ const Command kRows[] = {
      .run = lasting(reads(save))},
     {.words = "checkpoint list",
      .summary = "print the checkpoints",
-     .options = {kDirectory},
+     .options = {kDirectory, kNames},
      .example = "qvs checkpoint list",
      .run = local(list)},
     {.words = "checkpoint show",

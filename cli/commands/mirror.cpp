@@ -237,7 +237,7 @@ void clear(const Arguments &arguments, Output &out) {
 
 // --- rows ---
 
-constexpr Argument kSession{"SESSION", "identifier of the session"};
+constexpr Argument kSession{"SESSION", "identifier of the session", Kind::Session};
 constexpr Option kPort{"--port", "PORT", "the sessions of this port instead of the uplinks of this host",
                        Kind::Port};
 

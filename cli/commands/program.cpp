@@ -80,6 +80,8 @@ constexpr NameSource kNameSources[] = {
     {Kind::Switch, "switch list --names"},
     {Kind::Port, "port list --names $switch"},
     {Kind::Uplink, "uplink list --names $switch"},
+    {Kind::Session, "mirror list --names $--port $switch"},
+    {Kind::Checkpoint, "checkpoint list --names $--dir"},
 };
 
 constexpr Topic kTopics[] = {

@@ -6,6 +6,8 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/failure.h"
@@ -24,8 +26,15 @@ struct Line {
     const Command *command = nullptr;  // the longest command that the plain words begin with
     size_t taken = 0;                  // how many of the plain words are the command
     std::optional<Option> unfinished;  // the option whose value is the unfinished word
-    std::vector<std::string> options;  // the options that are given
-    bool behind = false;               // whether -- was given
+    // The options that are given, and their values.
+    std::vector<std::pair<std::string, std::string>> options;
+    bool behind = false;  // whether -- was given
+
+    const std::string *given(std::string_view option) const {
+        const auto found = std::find_if(options.begin(), options.end(),
+                                        [&](const auto &each) { return each.first == option; });
+        return found == options.end() ? nullptr : &found->second;
+    }
 };
 
 void findCommand(Line &line) {
@@ -47,6 +56,7 @@ Line readLine(std::span<const std::string> words) {
         // bash splits --option=value into three words.
         if (line.unfinished && word == "=") continue;
         if (line.unfinished) {
+            line.options.back().second = word;
             line.unfinished.reset();
         } else if (line.behind || !word.starts_with("-")) {
             line.plain.push_back(word);
@@ -55,8 +65,10 @@ Line readLine(std::span<const std::string> words) {
             line.behind = true;
         } else if (const std::optional<Option> option =
                        optionNamed(line.command, word.substr(0, word.find('=')))) {
-            line.options.emplace_back(option->name);
-            if (option->value != nullptr && word.find('=') == std::string::npos) line.unfinished = option;
+            const size_t equals = word.find('=');
+            line.options.emplace_back(option->name,
+                                      equals == std::string::npos ? "" : word.substr(equals + 1));
+            if (option->value != nullptr && equals == std::string::npos) line.unfinished = option;
         }
     }
     return line;
@@ -66,21 +78,30 @@ void offer(Output &out, std::string_view word, std::string_view summary) {
     out.write(fmt::format("{}\t{}\n", word, summary));
 }
 
+// The words of the command that prints names; none when the line lacks the switch.
+std::vector<std::string> sourceWords(const NameSource &source, const Line &line) {
+    std::vector<std::string> words;
+    std::vector<std::string> behind;
+    for (const std::string_view word : splitWords(source.words)) {
+        if (word == "$switch") {
+            if (line.plain.size() <= line.taken) return {};
+            behind = {"--", line.plain[line.taken]};
+        } else if (!word.starts_with("$")) {
+            words.emplace_back(word);
+        } else if (const std::string *value = line.given(word.substr(1))) {
+            words.push_back(fmt::format("{}={}", word.substr(1), *value));
+        }
+    }
+    words.insert(words.end(), behind.begin(), behind.end());
+    return words;
+}
+
 // Runs the command that prints the names of a kind. Offers none when it fails, as without a host.
 void offerNames(const Line &line, Kind kind, Output &out) {
     for (const NameSource &source : program().names) {
         if (source.kind != kind) continue;
-        std::vector<std::string> words;
-        for (const std::string_view word : splitWords(source.words)) {
-            if (word != "$switch") {
-                words.emplace_back(word);
-            } else if (line.plain.size() > line.taken) {
-                words.push_back("--");
-                words.push_back(line.plain[line.taken]);
-            } else {
-                return;
-            }
-        }
+        const std::vector<std::string> words = sourceWords(source, line);
+        if (words.empty()) return;
         out.flush();
         try {
             execute(parseCall(words));
@@ -114,9 +135,7 @@ void offerValues(const Line &line, Kind kind, Choices choices, Output &out) {
 void offerOptions(const Line &line, Output &out) {
     out.write("-\n");
     const auto offerOne = [&](const Option &option) {
-        const bool given =
-            std::find(line.options.begin(), line.options.end(), option.name) != line.options.end();
-        if (!given || option.repeated) offer(out, option.name, option.summary);
+        if (line.given(option.name) == nullptr || option.repeated) offer(out, option.name, option.summary);
     };
     if (line.command != nullptr) {
         for (const Option &option : optionsOf(*line.command))

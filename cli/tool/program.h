@@ -24,7 +24,7 @@ struct Section {
 };
 
 // A command that prints the names of one kind, one a line, for completion. $switch stands for the switch on
-// the command line.
+// the command line, and $--port for the option --port and its value, if it is there.
 struct NameSource {
     Kind kind;
     const char *words;

@@ -62,7 +62,6 @@ Help, manual and completion come from the table.
   qvs \- control the distributed virtual switches of a hypervisor host
   .SH SYNOPSIS
   \fBqvs\fR \fINOUN\fR \fIVERB\fR [\fIARGUMENT\fR...] [\fIOPTION\fR...]
-  $ ! command -v mandoc >/dev/null || for program in qvs qvs-host; do $program manual | mandoc -Tlint -W warning | grep -v 'missing date'; done; true
   $ qvs help all | grep -c '^  --'  => 5
   $ qvs help all | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; qvs manual | grep -qF "${command//-/\\-}" || echo "$command"; done
   $ qvs manual --markdown | sed -n '/### qvs switch destroy/,/Example/p'
