@@ -85,16 +85,17 @@ constexpr NameSource kNameSources[] = {
 };
 
 constexpr Topic kTopics[] = {
-    {"Switches", "switch port uplink mtu pvlan"},
+    {"What runs", "show top topology monitor metrics"},
+    {"Switches", "switch port uplink nic mtu pvlan"},
     {"Policies", "teaming ls-teaming mac-learning mcast mirror health discovery"},
-    {"Running switches", "mac ipfix spf bfd kcp rarp trace int livetrace options rtm"},
-    {"Configuration", "export diff apply confirm checkpoint batch prop"},
-    {"This host", "status monitor dump doctor"},
+    {"Tables and sessions of the kernel", "mac ipfix spf bfd kcp rarp trace int livetrace"},
+    {"Configuration", "export diff apply checkpoint batch prop"},
+    {"This host", "status dump doctor"},
 };
 
 constexpr OtherName kOtherNames[] = {
     {"vswitch dvs dvswitch bridge", "switch"},
-    {"nic pnic interface link", "uplink"},
+    {"pnic interface link", "uplink"},
     {"bond bonding lag team", "teaming"},
     {"span", "mirror"},
     {"fdb", "mac"},

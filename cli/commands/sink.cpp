@@ -47,7 +47,7 @@ const Command kRows[] = {
      .run = reads(get, touches<kFilter>)},
     {.words = "port sink set",
      .summary = "make a port a sink port, or an ordinary one",
-     .arguments = {kSwitchArgument, kPortArgument, {"STATE", "on or off"}},
+     .arguments = {kSwitchArgument, kPortArgument, {.name = "STATE", .summary = "on or off", .choices = kOffOn}},
      .details = "The rest of the port's filter is kept.",
      .example = "qvs port sink set sw1 port0 on",
      .run = writes(set, touches<kFilter>)},

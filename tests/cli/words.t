@@ -1,6 +1,6 @@
 A wrong word is answered with the right one, whether there is a host or not.
 
-  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs <<<$'swich list\nswitch lst\nsw list\nswitches list\nports\nswitch rm sw1\nport delete sw1 p0\nmtu show sw1\nmtu modify sw1 9000\nls switches\nrm port sw1 p0\nvlan get sw1 p0\nnics\nlldp get sw1\nxyzzy'
+  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs <<<$'swich list\nswitch lst\nsw list\nswitches list\nports\nswitch rm sw1\nport delete sw1 p0\nmtu show sw1\nmtu modify sw1 9000\nls switches\nrm port sw1 p0\nvlan get sw1 p0\nbonds\nlldp get sw1\nxyzzy'
   qvs: no such command: 'swich'; did you mean 'switch'? 'qvs help' lists them
   qvs: no such command: switch 'lst'; did you mean 'switch list'? 'qvs help switch' lists them
   qvs: no such command: 'sw'; did you mean 'switch'? 'qvs help' lists them
@@ -13,7 +13,7 @@ A wrong word is answered with the right one, whether there is a host or not.
   qvs: no such command: 'ls'; did you mean 'switch list', 'switch show' or 'switch info'? 'qvs help' lists them
   qvs: no such command: 'rm'; did you mean 'port remove' or 'rtm'? 'qvs help' lists them
   qvs: no such command: 'vlan'; did you mean 'port vlan' or 'pvlan'? 'qvs help' lists them
-  qvs: no such command: 'nics'; did you mean 'uplink'? 'qvs help' lists them
+  qvs: no such command: 'bonds'; did you mean 'teaming'? 'qvs help' lists them
   qvs: no such command: 'lldp'; did you mean 'discovery'? 'qvs help' lists them
   qvs: no such command: 'xyzzy'; 'qvs help' lists them
   $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs <<<$'--jsno switch list\nport list sw1 --tiemout 3\nswitch create sw1 --max 4\nswitch create sw1 --may-exists\nswitch show sw1 100\nuplink add sw1 u0 --connect 5\nmirror list sw1 p0\nmirror list sw1 p0 --port p1\nport list sw1 p0 p1\nmac-learning set sw1 100\nteaming set sw1 source-mac\nmcast filters sw1 ipv4\nmcast filters sw1 --type ipv5\nswitch list --timeout\nswitch list --json=yes\nport show sw1'
@@ -44,55 +44,17 @@ A wrong word is answered with the right one, whether there is a host or not.
   qvs-host: --kill: 'soon' is none of before, middle, after
   qvs-host: rak: no such file, and not an installed lab (pod, rack, two-nics)
 
-The help of the whole tool fits on a screen of 80 by 50, and no line of help is too long.
+The help of the whole tool fits on a screen of 80 by 50 with every noun, and no line of help is too long.
 
   $ COLUMNS=80 qvs help | awk 'length > 80 { print } END { print NR < 50 }'  => 1
   $ COLUMNS=80 qvs-host help | awk 'length > 80 { print } END { print NR < 24 }'  => 1
-  $ qvs help
+  $ qvs help | sed -n '1p; /^  port /p'
   usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
-  Switches:
-    switch  distributed switches
     port    ports of a switch
-    uplink  uplinks of a switch and their links
-    mtu     the MTU of a switch
-    pvlan   the private VLANs of a switch
-  Policies:
-    teaming       how a switch and its ports spread traffic over the uplinks
-    ls-teaming    teaming policies of logical switches
-    mac-learning  how MAC addresses are learned
-    mcast         multicast filtering and the receive filter
-    mirror        mirror sessions of a port, or of the uplinks of this host
-    health        checks of teaming, VLANs and MTU
-    discovery     the discovery protocol of a switch
-  Running switches:
-    mac        the MAC tables of the running switch, and how it learns
-    ipfix      what the kernel counted when it sampled flows
-    spf        the ports of the SPF data path
-    bfd        forwarding detection between tunnel ends
-    kcp        lists and status of the kernel control plane
-    rarp       what the kernel counted when it moved ports between uplinks
-    trace      tracing of flows
-    int        in-band network telemetry
-    livetrace  live-trace sessions
-    options    options of the switch module
-    rtm        the route-table module
-  Configuration:
-    export      the configuration of the host as a document
-    diff        compare a document with the host
-    apply       a document as a whole
-    confirm     keep what qvs apply --confirm has changed
-    checkpoint  kept states of switches, and the way back to them
-    batch       many commands in one run
-    prop        stored properties of a switch, this host's part of it, and its ports
-  This host:
-    status   statuses of the library
-    monitor  changes as they happen
-    dump     the whole state as text
-    doctor   what this machine has and lacks
-  More: learn-static overlay-cache static-mac-allow rcf schema help completion complete manual
-  
+  $ qvs help | tail -n 2
   qvs help NOUN lists the verbs of a noun, qvs help all every command.
   qvs help WORD searches; qvs COMMAND --help says more about a command.
+  $ qvs help all | sed -n 's/^  qvs \([a-z-]*\).*/\1/p' | sort -u | while read -r noun; do qvs help | grep -q -e "^  $noun  " -e "^More:.* $noun" || echo "$noun is missing"; done
   $ qvs help vlan | grep '^qvs'
   qvs pvlan: the private VLANs of a switch
   qvs port vlan: the VLANs of a port
