@@ -56,6 +56,20 @@ Choices choicesOf(const Member &member) {
     return member.type == Type::Boolean ? Choices(kOffOn) : member.words;
 }
 
+// Whether the values of a member are names of uplinks: whether they are looked up as such.
+bool namesUplinks(const Setting &setting, const Member &member) {
+    if (!config::refers(setting) || member.type != Type::Text) return false;
+    bool looked = false;
+    const config::Existing existing = {.uplink = [&](std::string_view) { return looked = true; },
+                                       .port = [](std::string_view) { return true; },
+                                       .privateVlan = [](uint64_t) { return true; }};
+    Value value = config::Members{};
+    const Value name(std::string_view("name"));
+    value.set(member.name, member.list ? Value(config::List{name}) : name);
+    config::missingReferences(setting, value, existing);
+    return looked;
+}
+
 void addGetOptions(Made &made, const Setting &setting) {
     made.options.push_back(kStored);
     if (setting.running != nullptr) made.options.back().excludes = kKernelOption;
@@ -92,8 +106,10 @@ void addSetOptions(Made &made, const Setting &setting) {
     if (setting.isScalar()) {
         addValueArgument(made, setting);
     } else {
-        for (const Member &member : setting.members)
+        for (const Member &member : setting.members) {
             made.options.push_back(optionFor(member, made.texts));
+            if (namesUplinks(setting, member)) made.options.back().kind = Kind::Uplink;
+        }
         made.options.push_back({kResetOption, nullptr, "start from the default, not from what is stored"});
     }
     if (isChecked(setting)) made.options.push_back(kStrict);

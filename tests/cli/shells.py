@@ -30,6 +30,7 @@ COMPLETED = [
     ("qvs uplink down sw1 upl", "qvs uplink down sw1 uplink0"),
     ("qvs mcast filters sw1 --type i", "qvs mcast filters sw1 --type ipv"),
     ("qvs teaming set sw1 --balance source-p", "qvs teaming set sw1 --balance source-port"),
+    ("qvs teaming set sw1 --standby up", "qvs teaming set sw1 --standby uplink0"),
     ("qvs port vlan set sw1 port0 --priv", "qvs port vlan set sw1 port0 --private"),
     ("qvs mirror show sw1 mon", "qvs mirror show sw1 monitor"),
     ("qvs mirror show sw1 --port port0 tap", "qvs mirror show sw1 --port port0 tap0"),

@@ -16,7 +16,7 @@ A wrong word is answered with the right one, whether there is a host or not.
   qvs: no such command: 'bonds'; did you mean 'teaming'? 'qvs help' lists them
   qvs: no such command: 'lldp'; did you mean 'discovery'? 'qvs help' lists them
   qvs: no such command: 'xyzzy'; 'qvs help' lists them
-  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs <<<$'--jsno switch list\nport list sw1 --tiemout 3\nswitch create sw1 --max 4\nswitch create sw1 --may-exists\nswitch show sw1 100\nuplink add sw1 u0 --connect 5\nmirror list sw1 p0\nmirror list sw1 p0 --port p1\nport list sw1 p0 p1\nmac-learning set sw1 100\nteaming set sw1 source-mac\nmcast filters sw1 ipv4\nmcast filters sw1 --type ipv5\nswitch list --timeout\nswitch list --json=yes\nport show sw1'
+  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs <<<$'--jsno switch list\nport list sw1 --tiemout 3\nswitch create sw1 --max 4\nswitch create sw1 --may-exists\nswitch show sw1 100\nuplink add sw1 u0 --connect 5\nmirror list sw1 p0\nmirror list sw1 p0 --port p1\nport list sw1 p0 p1\nmac-learning set sw1 100\nteaming set sw1 source-mac\nteaming set sw1 uplink0\nmcast filters sw1 ipv4\nmcast filters sw1 --type ipv5\nswitch list --timeout\nswitch list --json=yes\nport show sw1'
   qvs: no such option: '--jsno'; did you mean '--json'?
   qvs: no such option: '--tiemout'; did you mean '--timeout'?
   qvs: no such option: '--max'; did you mean '--max-ports'?
@@ -28,6 +28,7 @@ A wrong word is answered with the right one, whether there is a host or not.
   qvs: unexpected argument: 'p0'
   qvs: unexpected argument: '100'; did you mean '--aging 100' or '--limit 100'?
   qvs: unexpected argument: 'source-mac'; did you mean '--balance source-mac'?
+  qvs: unexpected argument: 'uplink0'; did you mean '--active uplink0' or '--standby uplink0'?
   qvs: unexpected argument: 'ipv4'; did you mean '--type ipv4'?
   qvs: --type: 'ipv5' is none of mac, ipv4, ipv6
   qvs: --timeout requires SECONDS
