@@ -10,6 +10,7 @@
 
 #include "access/library.h"
 #include "access/opaque.h"
+#include "access/overview.h"
 #include "access/remains.h"
 #include "access/setting.h"
 #include "commands/nouns.h"
@@ -83,18 +84,6 @@ const std::vector<std::string> &uplinkArguments(const Arguments &arguments, cons
 
 namespace {
 
-// The state of a link, or nothing when the kernel does not know the uplink or its request has no room for the
-// name.
-template <auto Query>
-std::optional<bool> linkOf(const std::string &portset, const std::string &uplink, std::string_view subject) {
-    if (uplink.size() > kLinkUplinkLimit.bytes) return std::nullopt;
-    uint32_t up = 0;
-    HYP_ReturnStatus status = call<Query>(portset.c_str(), uplink.c_str(), &up);
-    if (status == HYP_NOT_FOUND) return std::nullopt;
-    require(status, subject);
-    return up != 0;
-}
-
 // The port identifier that the kernel has behind a NIC.
 std::string kernelPortOf(const std::string &nic, std::string_view subject) {
     if (nic.empty() || nic.size() > kLinkUplinkLimit.bytes) return {};
@@ -151,8 +140,8 @@ void list(const Arguments &arguments, Output &out) {
         std::string subject = namedUplink(alias, uplink.name);
         DVSPort *port = lookUpPort(sw, uplink.port);
         std::string nic(port != nullptr ? portStatus(port).client.value_or("") : "");
-        auto link = linkOf<VSHYP_GetUplinkLinkState>(portset, uplink.port, subject);
-        auto lacp = linkOf<VSHYP_GetUplinkLACPLinkState>(portset, uplink.port, subject);
+        auto link = uplinkLink(portset, uplink.port, subject);
+        auto lacp = uplinkLacpLink(portset, uplink.port, subject);
         std::string kernelPort = kernelPortOf(nic, subject);
         listing.row(uplink.name, uplink.port, linkFlag(link), linkFlag(lacp), unlessEmpty(nic),
                     unlessEmpty(kernelPort));
