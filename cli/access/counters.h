@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 #include "config/library/snapshot.h"
 
@@ -56,15 +57,34 @@ std::optional<CounterValues> countersIn(Bytes record);
 // loaded.
 std::optional<CounterValues> countersOf(DVSPort *port);
 
-// What is shown of the counters together: all packets and bytes of a direction, dropped packets apart.
+// Counters of ports are shown together: packets and bytes of all kinds of frames; those that were dropped
+// apart, and exceptions not at all.
+template <typename Number>
 struct Traffic {
-    uint64_t packetsIn = 0;
-    uint64_t packetsOut = 0;
-    uint64_t bytesIn = 0;
-    uint64_t bytesOut = 0;
-    uint64_t droppedIn = 0;
-    uint64_t droppedOut = 0;
+    Number packetsIn = 0;
+    Number packetsOut = 0;
+    Number bytesIn = 0;
+    Number bytesOut = 0;
+    Number droppedIn = 0;
+    Number droppedOut = 0;
 };
-Traffic trafficOf(const CounterValues &values);
+template <typename Number>
+Traffic<Number> trafficOf(const std::array<Number, kCounters.size()> &values) {
+    Traffic<Number> traffic;
+    for (size_t i = 0; i < values.size(); i++) {
+        const Counter &counter = kCounters[i];
+        const bool in = counter.direction == Direction::In;
+        const std::string_view kind = counter.kind;
+        if (kind == "exception") continue;
+        if (kind == "dropped") {
+            (in ? traffic.droppedIn : traffic.droppedOut) += values[i];
+        } else if (counter.unit == std::string_view("bytes")) {
+            (in ? traffic.bytesIn : traffic.bytesOut) += values[i];
+        } else {
+            (in ? traffic.packetsIn : traffic.packetsOut) += values[i];
+        }
+    }
+    return traffic;
+}
 
 }  // namespace qvs::cli

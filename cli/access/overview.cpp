@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <map>
 #include <unordered_map>
 #include <utility>
 
@@ -78,6 +79,9 @@ class Gatherer {
         gatherPlace(Scope::Host);
         gatherPorts();
         gatherUplinks();
+        for (const auto &[setting, count] : unreadable_)
+            if (count > 1)
+                warn("{}: {}: so on {} more ports", named(facts_.name()), setting->what, count - 1);
         if (ask_ == Ask::Kernel && facts_.className == "vswitch" && facts_.alias) askKernel();
         return std::move(facts_);
     }
@@ -95,6 +99,7 @@ class Gatherer {
 
     // Adds a property to what was found of its setting.
     void find(const Setting *setting, const Property &property) {
+        if (ask_ == Ask::NumbersAlone && setting != &config::kVlan) return;
         auto at = std::ranges::find(found_, setting, &Found::setting);
         if (at == found_.end()) at = found_.insert(found_.end(), {setting, {}});
         at->stored[property.key == setting->keys[0] ? 0 : 1] = property.value;
@@ -116,7 +121,8 @@ class Gatherer {
     void addPolicy(std::vector<Policy> &policies, const Found &found, const Target &target) {
         std::optional<Policy> policy = policyOf(*found.setting, found.stored);
         if (!policy) return;
-        if (!policy->value) warn("{}: {}: {}", target.named(), found.setting->what, policy->words);
+        if (!policy->value && unreadable_[found.setting]++ == 0)
+            warn("{}: {}: {}", target.named(), found.setting->what, policy->words);
         policies.push_back(std::move(*policy));
     }
 
@@ -154,8 +160,10 @@ class Gatherer {
 
     void gatherPorts() {
         forEachPort(facts_.handle, [&](DVSPort *handle) {
+            const size_t index = facts_.ports.size();
             PortFacts &port = facts_.ports.emplace_back();
             port.handle = handle;
+            port.index = index;
             port.id = DVS_PortId(handle);
             return true;
         });
@@ -187,7 +195,7 @@ class Gatherer {
                 addPolicy(port.policies, found, target);
             } else if (const auto vlan = found.setting->decode(found.stored)) {
                 port.vlan = vlanWords(*vlan);
-            } else {
+            } else if (ask_ != Ask::NumbersAlone) {
                 addPolicy(port.policies, found, target);
             }
         }
@@ -218,9 +226,14 @@ class Gatherer {
 
     void gatherUplinks() {
         const UplinkState state = uplinkState(facts_.handle);
+        if (ask_ == Ask::NumbersAlone) return addUplinks(state);
         if (!state.readable) gap("uplinks", named(facts_.name()) + ": the lists of uplinks cannot be read");
         for (const std::string &defect : state.broken)
             gap(defect, fmt::format("{}: {}", named(facts_.name()), defect));
+        addUplinks(state);
+    }
+
+    void addUplinks(const UplinkState &state) {
         std::unordered_map<std::string_view, size_t> places;
         if (!state.whole.empty())
             for (size_t i = 0; i < facts_.ports.size(); i++)
@@ -236,7 +249,7 @@ class Gatherer {
                 uplink.nic = port.client;
                 uplink.speedMbps = port.speedMbps;
                 // The kernel knows links of bound uplinks alone.
-                if (ask_ == Ask::SnapshotAlone && port.client) uplink.linkUp = port.linkUp;
+                if (ask_ != Ask::Kernel && port.client) uplink.linkUp = port.linkUp;
             }
             facts_.uplinks.push_back(std::move(uplink));
         }
@@ -268,6 +281,7 @@ class Gatherer {
     Ask ask_;
     SwitchFacts facts_;
     std::vector<Found> found_;  // at the place that is gathered
+    std::map<const Setting *, size_t> unreadable_;
 };
 
 }  // namespace

@@ -18,6 +18,7 @@ namespace qvs::cli {
 
 struct PortFacts {
     DVSPort *handle = nullptr;
+    size_t index = 0;  // in the order of the snapshot
     std::string_view id;
     std::optional<std::string_view> alias;
     std::optional<uint32_t> number;  // the kernel's
@@ -82,8 +83,9 @@ struct SwitchFacts {
     std::string_view name() const { return alias ? *alias : id; }
 };
 
-// What the kernel is asked for beside the snapshot: the MTU of switches and the links of uplinks.
-enum class Ask { SnapshotAlone, Kernel };
+// What is gathered: numbers, states and VLANs; that and the policies of the snapshot; or, asked of the
+// kernel, the MTU of switches and the links of uplinks, too.
+enum class Ask { NumbersAlone, SnapshotAlone, Kernel };
 
 // The switch, or all switches, in the order of their names. What cannot be read is left out, warned of and
 // named among the gaps.

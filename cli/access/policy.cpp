@@ -22,13 +22,38 @@ bool inherits(const Setting &setting) {
 }
 
 std::string wordsOf(const Member &member, const Value &value) {
-    if (member.type == Type::Bytes)
-        return member.list ? fmt::format("{} entries", value.list().size())
-                           : fmt::format("{} bytes", value.bytes().size());
     if (member.list && value.list().empty()) return "none";
+    if (member.list && (member.type == Type::Bytes || member.type == Type::Record)) {
+        const size_t entries = value.list().size();
+        return fmt::format("{} {}", entries, entries == 1 ? "entry" : "entries");
+    }
+    if (member.type == Type::Bytes) return fmt::format("{} bytes", value.bytes().size());
     fmt::memory_buffer text;
     appendText(text, MemberValue{member, value});
-    return fmt::to_string(text);
+    return member.unit == nullptr ? fmt::to_string(text)
+                                  : fmt::format("{} {}", fmt::to_string(text), member.unit);
+}
+
+// The label without the unit, which stands behind the value here.
+std::string nameOf(const Member &member) {
+    std::string name = labelOf(member);
+    if (member.unit != nullptr) name.resize(name.size() - std::string_view(member.unit).size() - 1);
+    return name;
+}
+
+template <typename Chosen>
+std::string membersWords(const Setting &setting, const Value &value, Chosen chosen) {
+    if (setting.isScalar()) {
+        const Member &member = setting.members[0];
+        return chosen(member, value) ? wordsOf(member, value) : std::string();
+    }
+    std::string words;
+    for (const Member &member : setting.members) {
+        const Value &content = value[member.name];
+        if (content.absent() || !chosen(member, content)) continue;
+        words += fmt::format("{}{} {}", words.empty() ? "" : ", ", nameOf(member), wordsOf(member, content));
+    }
+    return words;
 }
 
 }  // namespace
@@ -41,17 +66,17 @@ std::string_view Policy::name() const {
 }
 
 std::string policyWords(const Setting &setting, const Value &value) {
-    if (setting.isScalar()) {
-        const Member &member = setting.members[0];
-        return value == fallbackOf(member) ? std::string() : wordsOf(member, value);
+    return membersWords(setting, value, [](const Member &member, const Value &content) {
+        return content != fallbackOf(member);
+    });
+}
+
+std::string allWords(const Setting &setting, const Value &value) {
+    if (&setting == &config::kVlan) {
+        const std::string words = vlanWords(value);
+        return words.empty() ? "none" : words;
     }
-    std::string words;
-    for (const Member &member : setting.members) {
-        const Value &content = value[member.name];
-        if (content.absent() || content == fallbackOf(member)) continue;
-        words += fmt::format("{}{} {}", words.empty() ? "" : ", ", labelOf(member), wordsOf(member, content));
-    }
-    return words;
+    return membersWords(setting, value, [](const Member &, const Value &) { return true; });
 }
 
 std::string vlanWords(const Value &vlan) {

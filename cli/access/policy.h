@@ -25,6 +25,8 @@ std::optional<Policy> policyOf(const config::Setting &setting, const config::Sto
 
 // The members of a completed value that differ from their defaults, in words; empty when none does.
 std::string policyWords(const config::Setting &setting, const config::Value &value);
+// All its members in words.
+std::string allWords(const config::Setting &setting, const config::Value &value);
 // A VLAN policy in words: "100", "trunk 1-100", "private 101"; empty when it names no VLAN.
 std::string vlanWords(const config::Value &vlan);
 

@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // qvs monitor: the changes of the host as they happen.
-#include <poll.h>
-#include <unistd.h>
-
-#include <charconv>
 #include <chrono>
-#include <csignal>
 
 #include "access/changes.h"
+#include "access/pace.h"
 #include "commands/nouns.h"
 #include "config/document/watch.h"
 #include "config/library/clock.h"
@@ -22,52 +18,6 @@ using config::Watch;
 using std::chrono::milliseconds;
 
 constexpr milliseconds kInterval(200);
-constexpr milliseconds kLeastInterval(10);
-constexpr milliseconds kMostInterval(3'600'000);
-
-milliseconds interval(const Arguments &arguments) {
-    if (!arguments.given("--interval")) return kInterval;
-    const std::string &text = arguments.text("--interval");
-    double seconds = 0;
-    const char *end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, seconds, std::chars_format::fixed);
-    const auto least = std::chrono::duration<double>(kLeastInterval).count();
-    const auto most = std::chrono::duration<double>(kMostInterval).count();
-    if (error != std::errc() || rest != end || !(seconds >= least && seconds <= most))
-        fail(Exit::Usage, "--interval: {} is not a number of seconds from {} to {}", inQuotes(text), least,
-             most);
-    return milliseconds(static_cast<long>(seconds * 1000));
-}
-
-// Ends the program at once. All output has been written and no lock is held. A normal end could wait for a
-// host that does not answer.
-void end(int) {
-    _exit(0);
-}
-
-void endOnSignals() {
-    struct sigaction action {};
-    action.sa_handler = end;
-    for (int signal : {SIGINT, SIGTERM})
-        sigaction(signal, &action, nullptr);
-}
-
-// Waits. Ends the program when the reader of its output is gone, because without a change it writes nothing
-// and would not notice.
-void pause(milliseconds time) {
-    struct pollfd reader {
-        STDOUT_FILENO, 0, 0
-    };
-    const auto deadline = std::chrono::steady_clock::now() + time;
-    const int ready = poll(&reader, 1, static_cast<int>(time.count()));
-    if (ready > 0 && (reader.revents & (POLLERR | POLLHUP)) != 0) {
-        std::signal(SIGPIPE, SIG_DFL);
-        std::raise(SIGPIPE);
-    }
-    // A descriptor that poll does not take, such as a closed one, must not make the loop spin.
-    const auto left = deadline - std::chrono::steady_clock::now();
-    if (ready > 0) poll(nullptr, 0, static_cast<int>(std::chrono::duration_cast<milliseconds>(left).count()));
-}
 
 // Writes one line at once: the time, and what the function appends as text or as members of a JSON object.
 template <typename Text, typename Members>
@@ -98,7 +48,7 @@ void print(Output &out, const Change &change) {
 }
 
 void monitor(const Arguments &arguments, Output &out) {
-    const milliseconds time = interval(arguments);
+    const milliseconds time = intervalGiven(arguments, kInterval);
     Watch watch(arguments.given("SWITCH") ? arguments.all("SWITCH") : std::vector<std::string>());
     endOnSignals();
     printHost(out, "watching",

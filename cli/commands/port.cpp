@@ -13,6 +13,7 @@
 #include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
+#include "views/port_list.h"
 
 // A state library may lack it, and has live ports only then.
 // NOLINTNEXTLINE(readability-redundant-declaration): it is this one that makes the reference weak
@@ -47,25 +48,7 @@ void list(const Arguments &arguments, Output &out) {
         });
         return names.finish();
     }
-    Listing listing(out, {{"port", "PORT"},
-                          {"number", "NUMBER"},
-                          {"inUse", "IN USE"},
-                          {"linkUp", "LINK"},
-                          {"client", "CLIENT"},
-                          {"connectId", "CONNECT ID"}});
-    forEachPort(sw, [&](DVSPort *port) {
-        PortStatus status;
-        std::optional<uint32_t> connectId;
-        forEachProperty(placeOf(port), [&](const Property &property) {
-            if (property.key == QVS_KEY_PORT_STATUS) status = readStatus(property.value);
-            if (property.key == QVS_KEY_PORT_CONNECT_ID) connectId = property.number();
-            return true;
-        });
-        listing.row(std::string_view(DVS_PortId(port)), status.number, Flag{status.inUse},
-                    linkState(status.linkUp), status.client, connectId);
-        return true;
-    });
-    listing.finish();
+    listPorts(sw, arguments, out);
 }
 
 std::string_view stateName(uint32_t state) {
@@ -126,6 +109,7 @@ void show(const Arguments &arguments, Output &out) {
     record.field("linkUp", "link", linkState(status.linkUp));
     record.field("kernelBlocked", "blocked by kernel", Flag{status.blocked});
     record.field("client", "client", status.client);
+    addSettings(record, out, alias, port);
     std::optional<Bytes> hint;
     if (kernel.hint) hint.emplace(*kernel.hint);
     addRecord(arguments, record, out, {"team-uplink-hint", "teamHint", "team uplink hint"}, hint,
@@ -176,17 +160,33 @@ const Command kRows[] = {
     {.words = "port list",
      .summary = "list the ports of a switch",
      .arguments = {kSwitchArgument},
-     .options = {kNames, {"--kernel", nullptr, "show the kernel's information blocks instead"}},
+     .options = {kNames,
+                 kColumnsOption,
+                 {"--kernel", nullptr, "show the kernel's information blocks instead"}},
      .more = kListOptions,
-     .example = "qvs port list sw1",
+     .details = "POLICIES are the settings that differ from the default, VLAN and mirror sessions aside.",
+     .example = "qvs port list sw1 --columns port,client,vlan",
      .run = reads(list)},
     {.words = "port show",
-     .summary = "show a port, the uplink teaming would choose for it, and the kernel's information block",
+     .summary = "show a port, its settings, the uplink teaming would choose for it, and the kernel's "
+                "information block",
      .arguments = {kSwitchArgument, kPortArgument},
      .more = kRecordOptions,
-     .details = "Hint and block are the kernel's own, 32 and 1458 bytes.",
+     .details = "Hint and block are the kernel's own, 32 and 1458 bytes. The settings are those that hold, "
+                "whether they are stored or not.",
      .example = "qvs port show sw1 port0",
      .run = reads(show)},
+    {.words = "port block",
+     .summary = "let no frame through ports",
+     .arguments = {kSwitchArgument, {"PORT", "identifier of a port", Kind::Port, false, true}},
+     .details = "All ports are checked before the first is blocked.",
+     .example = "qvs port block sw1 web",
+     .run = writes(blockPorts, touchedPorts)},
+    {.words = "port unblock",
+     .summary = "let frames through ports that are blocked",
+     .arguments = {kSwitchArgument, {"PORT", "identifier of a port", Kind::Port, false, true}},
+     .example = "qvs port unblock sw1 web",
+     .run = writes(unblockPorts, touchedPorts)},
     {.words = "port number",
      .summary = "print the kernel's number of a port",
      .arguments = {kSwitchArgument, kPortArgument},

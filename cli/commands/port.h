@@ -8,5 +8,7 @@ namespace qvs::cli {
 
 void addPorts(const Arguments &arguments, Output &out);
 void removePorts(const Arguments &arguments, Output &out);
+void blockPorts(const Arguments &arguments, Output &out);
+void unblockPorts(const Arguments &arguments, Output &out);
 
 }  // namespace qvs::cli

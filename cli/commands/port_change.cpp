@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// qvs port add and remove.
+// qvs port add, remove, block and unblock.
 #include <qvs/qvs.h>
 
 #include <algorithm>
@@ -10,6 +10,7 @@
 #include "access/setting.h"
 #include "commands/port.h"
 #include "config/library/snapshot.h"
+#include "config/settings/codec.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 
@@ -136,6 +137,41 @@ void removePorts(const Arguments &arguments, Output &out) {
         }
         changes.add(ports[i], there[i]);
     }
+}
+
+namespace {
+
+void setBlocked(const Arguments &arguments, Output &out, bool blocked) {
+    const std::string &alias = arguments.text("SWITCH");
+    const std::vector<std::string> &ports = portArguments(arguments);
+    DVSSwitch *sw = findVswitch(alias);
+    const config::Blob value = config::blobOfText(blocked ? "true" : "false");
+    // A port without the property is not blocked.
+    std::vector<bool> changes;
+    for (const std::string &id : ports) {
+        const auto stored = findProperty(placeOf(findPort(sw, alias, id)), QVS_KEY_PORT_BLOCK);
+        const bool same =
+            stored && stored->classes == DVS_PROP_CONFIG && std::ranges::equal(stored->value, value);
+        changes.push_back(!same && (blocked || stored));
+    }
+    ChangeList list(out, alias, "ports", "port");
+    for (size_t i = 0; i < ports.size(); i++) {
+        if (changes[i])
+            require(call<VSDVS_SetPortProp>(alias.c_str(), ports[i].c_str(), QVS_KEY_PORT_BLOCK, value.data(),
+                                            static_cast<uint32_t>(value.size()), nullptr, 1),
+                    named(alias, ports[i]));
+        list.add(ports[i], changes[i]);
+    }
+}
+
+}  // namespace
+
+void blockPorts(const Arguments &arguments, Output &out) {
+    setBlocked(arguments, out, true);
+}
+
+void unblockPorts(const Arguments &arguments, Output &out) {
+    setBlocked(arguments, out, false);
 }
 
 }  // namespace qvs::cli

@@ -19,6 +19,7 @@
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/run.h"
+#include "views/nouns.h"
 
 namespace qvs::cli {
 namespace {
@@ -150,9 +151,12 @@ constexpr Section kSections[] = {
 std::span<const Noun> nouns() {
     using namespace config;
     static const Noun table[] = {
+        {"show", "what runs", kShowCommands},
         {"switch", "distributed switches", kSwitchCommands},
         {"port", "ports of a switch", kPortCommands},
+        {"port stats", "the counters of ports", kPortStatsCommands},
         {"uplink", "uplinks of a switch and their links", kUplinkCommands},
+        {"nic", "physical NICs of uplinks", kNicCommands},
         {"mtu", "the MTU of a switch", settingRows({&kMtu})},
         {"mirror", "mirror sessions of a port, or of the uplinks of this host", kMirrorCommands},
         {"mirror runtime", "mirror sessions as the kernel runs them", kMirrorRuntimeCommands},

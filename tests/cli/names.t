@@ -13,22 +13,22 @@ Names that a shell, a terminal or a parser would interpret are names like any ot
   a b/-dash: changed
   a b/--json: changed
   $ qvs port list 'a b'
-  PORT                    NUMBER    IN USE  LINK  CLIENT  CONNECT ID
-  $(touch x)              67108865  no      down  -       1
-  ;touch x;               67108866  no      down  -       1
-  [a,b]                   67108867  no      down  -       1
-  {c}                     67108868  no      down  -       1
-  it's                    67108869  no      down  -       1
-  back\\slash             67108870  no      down  -       1
-  tab\tnew\nline\x1b[31m  67108871  no      down  -       1
-  \xffé                   67108872  no      down  -       1
-  -dash                   67108873  no      down  -       1
-  --json                  67108874  no      down  -       1
+  PORT                    NUMBER    IN USE  LINK  CLIENT  CONNECT ID  BLOCKED  VLAN  POLICIES
+  $(touch x)              67108865  no      down  -       1           no       -     -
+  ;touch x;               67108866  no      down  -       1           no       -     -
+  [a,b]                   67108867  no      down  -       1           no       -     -
+  {c}                     67108868  no      down  -       1           no       -     -
+  it's                    67108869  no      down  -       1           no       -     -
+  back\\slash             67108870  no      down  -       1           no       -     -
+  tab\tnew\nline\x1b[31m  67108871  no      down  -       1           no       -     -
+  \xffé                   67108872  no      down  -       1           no       -     -
+  -dash                   67108873  no      down  -       1           no       -     -
+  --json                  67108874  no      down  -       1           no       -     -
   $ qvs port list 'a b' --json | tail -n 5
-  {"port":"tab\tnew\nline\u001b[31m","number":67108871,"inUse":false,"linkUp":false,"client":null,"connectId":1},
-  {"port":"�é","number":67108872,"inUse":false,"linkUp":false,"client":null,"connectId":1},
-  {"port":"-dash","number":67108873,"inUse":false,"linkUp":false,"client":null,"connectId":1},
-  {"port":"--json","number":67108874,"inUse":false,"linkUp":false,"client":null,"connectId":1}
+  {"port":"tab\tnew\nline\u001b[31m","number":67108871,"inUse":false,"linkUp":false,"client":null,"connectId":1,"blocked":false,"vlan":null,"policies":{}},
+  {"port":"�é","number":67108872,"inUse":false,"linkUp":false,"client":null,"connectId":1,"blocked":false,"vlan":null,"policies":{}},
+  {"port":"-dash","number":67108873,"inUse":false,"linkUp":false,"client":null,"connectId":1,"blocked":false,"vlan":null,"policies":{}},
+  {"port":"--json","number":67108874,"inUse":false,"linkUp":false,"client":null,"connectId":1,"blocked":false,"vlan":null,"policies":{}}
   ]
   $ qvs port remove 'a b' $'tab\tnew\nline\x1b[31m' '[a,b]' -- -dash  => a b/tab\tnew\nline\x1b[31m: changed | a b/[a,b]: changed | a b/-dash: changed
   $ qvs port remove 'a b' $'tab\tnew\nline\x1b[31m'  => [3] qvs: switch 'a b': port 'tab\tnew\nline\x1b[31m': Not found (0xbad0003)

@@ -6,16 +6,16 @@ Added several at a time, all checked first.
   $ qvs port add sw1 new web  => [4] qvs: switch 'sw1': port 'web': Already exists (0xbad0005)
   $ qvs port add sw1 vm --external-id vif-1 --json  => {"switch":"sw1","changed":true,"ports":[{"port":"vm","changed":true}]}
   $ qvs port list sw1
-  PORT     NUMBER    IN USE  LINK  CLIENT  CONNECT ID
-  uplink0  67108865  yes     up    pnic0   1
-  port0    67108866  no      down  -       1
-  web      67108867  no      down  -       7
-  db       67108868  no      down  -       7
-  vm       67108869  no      down  -       1
+  PORT     NUMBER    IN USE  LINK  CLIENT  CONNECT ID  BLOCKED  VLAN       POLICIES
+  uplink0  67108865  yes     up    pnic0   1           no       trunk all  -
+  port0    67108866  no      down  -       1           no       -          -
+  web      67108867  no      down  -       7           no       -          -
+  db       67108868  no      down  -       7           no       -          -
+  vm       67108869  no      down  -       1           no       -          -
   $ qvs port list sw1 --json | head -n 3
   [
-  {"port":"uplink0","number":67108865,"inUse":true,"linkUp":true,"client":"pnic0","connectId":1},
-  {"port":"port0","number":67108866,"inUse":false,"linkUp":false,"client":null,"connectId":1},
+  {"port":"uplink0","number":67108865,"inUse":true,"linkUp":true,"client":"pnic0","connectId":1,"blocked":false,"vlan":"trunk all","policies":{}},
+  {"port":"port0","number":67108866,"inUse":false,"linkUp":false,"client":null,"connectId":1,"blocked":false,"vlan":null,"policies":{}},
 
 What exists is compared in what is given.
 
@@ -44,9 +44,9 @@ One port, with what the kernel says about it.
   link:               down
   blocked by kernel:  no
   client:             -
-  team uplink hint:
+  settings:
   $ qvs port show sw1 uplink0 --json | sed 's/"info":.*/.../'
-  {"switch":"sw1","port":"uplink0","alias":"uplink0","state":"live","connectId":1,"externalId":null,"blocked":false,"number":67108865,"inUse":true,"linkUp":true,"kernelBlocked":false,"client":"pnic0","teamHint":"cG5pYzAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=","teamHintFields":{"nic":"pnic0"},...
+  {"switch":"sw1","port":"uplink0","alias":"uplink0","state":"live","connectId":1,"externalId":null,"blocked":false,"number":67108865,"inUse":true,"linkUp":true,"kernelBlocked":false,"client":"pnic0","settings":{"vlan":{"id":0,"private":false,"trunk":["1-4094"],"priority":null},"nestedVlan":false,"security":{"promiscuous":"deny","macChange":"allow","forged":"allow"},"filter":null,"teaming":null,"teamingOverride":null,"lsTeaming":null,"txUplink":null,"macLearning":{"learning":false,"flooding":false,"limit":4096,"limitPolicy":"allow"},"multicastAddresses":null,"mirrorSessions":null,"ipfix":null},"stored":["vlan"],"teamHint":"cG5pYzAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=","teamHintFields":{"nic":"pnic0"},...
   $ qvs port show sw1 vm --raw - | bytes  => 0:05000004 8:766d 320:01 (1458 bytes)
   $ qvs port number sw1 db  => 67108868
   $ qvs port number "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00" db --by-id --json  => {"switch":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","port":"db","number":67108868}

@@ -21,7 +21,7 @@ Usage.
   qvs: PORT is required
   qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
   qvs: unexpected argument: 'more'
-  qvs: usage: qvs port list SWITCH [--names] [--kernel] [--raw FILE] [--layout FILE] [--where FIELD=VALUE]... [--sort FIELD] [--reverse] [--limit N]
+  qvs: usage: qvs port list SWITCH [--names] [--columns NAME,...] [--kernel] [--raw FILE] [--layout FILE] [--where FIELD=VALUE]... [--sort FIELD] [--reverse] [--limit N]
   qvs: --connect-id: given twice
   qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
   2 2 2 2 2 2 2

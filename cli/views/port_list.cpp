@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "views/port_list.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "access/library.h"
+#include "access/overview.h"
+#include "access/setting.h"
+#include "tool/values.h"
+#include "views/facts_json.h"
+#include "views/port_words.h"
+
+namespace qvs::cli {
+namespace {
+
+using Policies = const std::vector<Policy> *;
+
+// The value of a cell, of any of the types that ports have.
+struct Cell {
+    std::variant<std::optional<std::string_view>, std::optional<uint32_t>, Flag, Policies> value;
+};
+
+void appendJson(fmt::memory_buffer &out, const Cell &cell) {
+    std::visit(
+        [&](const auto &value) {
+            using cli::appendJson;
+            if constexpr (std::is_same_v<std::decay_t<decltype(value)>, Policies>) {
+                appendJson(out, *value);
+            } else {
+                appendJson(out, value);
+            }
+        },
+        cell.value);
+}
+
+void appendText(fmt::memory_buffer &out, const Cell &cell) {
+    std::visit(
+        [&](const auto &value) {
+            using cli::appendText;
+            if constexpr (std::is_same_v<std::decay_t<decltype(value)>, Policies>) {
+                appendText(out, std::string_view(policyDetails(*value)));
+            } else {
+                appendText(out, value);
+            }
+        },
+        cell.value);
+}
+
+struct PortColumn {
+    const char *name;     // for --columns
+    const char *key;      // in JSON
+    const char *heading;  // in text
+    bool usual;           // shown without --columns
+    Cell (*cell)(const SwitchFacts &facts, const PortFacts &port);
+};
+
+Cell ofUplink(const SwitchFacts &facts, const PortFacts &port) {
+    if (!port.uplink) return {std::optional<std::string_view>()};
+    return {std::optional<std::string_view>(facts.uplinks[*port.uplink].name)};
+}
+
+Cell ofVlan(const SwitchFacts &, const PortFacts &port) {
+    if (port.vlan.empty()) return {std::optional<std::string_view>()};
+    return {std::optional<std::string_view>(port.vlan)};
+}
+
+constexpr PortColumn kPortColumns[] = {
+    {"port", "port", "PORT", true,
+     [](const SwitchFacts &, const PortFacts &port) { return Cell{std::optional(port.id)}; }},
+    {"number", "number", "NUMBER", true,
+     [](const SwitchFacts &, const PortFacts &port) { return Cell{port.number}; }},
+    {"in-use", "inUse", "IN USE", true,
+     [](const SwitchFacts &, const PortFacts &port) { return Cell{Flag{port.inUse}}; }},
+    {"link", "linkUp", "LINK", true,
+     [](const SwitchFacts &, const PortFacts &port) { return Cell{linkState(port.linkUp)}; }},
+    {"client", "client", "CLIENT", true,
+     [](const SwitchFacts &, const PortFacts &port) { return Cell{port.client}; }},
+    {"connect-id", "connectId", "CONNECT ID", true,
+     [](const SwitchFacts &, const PortFacts &port) { return Cell{port.connectId}; }},
+    {"alias", "alias", "ALIAS", false,
+     [](const SwitchFacts &, const PortFacts &port) { return Cell{port.alias}; }},
+    {"external-id", "externalId", "EXTERNAL ID", false,
+     [](const SwitchFacts &, const PortFacts &port) { return Cell{port.externalId}; }},
+    {"uplink", "uplink", "UPLINK", false, ofUplink},
+    {"blocked", "blocked", "BLOCKED", true,
+     [](const SwitchFacts &, const PortFacts &port) { return Cell{Flag{port.blocked}}; }},
+    {"vlan", "vlan", "VLAN", true, ofVlan},
+    {"policies", "policies", "POLICIES", true,
+     [](const SwitchFacts &, const PortFacts &port) { return Cell{&port.policies}; }},
+};
+
+std::vector<const PortColumn *> columnsGiven(const Arguments &arguments) {
+    std::vector<const PortColumn *> columns;
+    if (!arguments.given("--columns")) {
+        for (const PortColumn &column : kPortColumns)
+            if (column.usual) columns.push_back(&column);
+        return columns;
+    }
+    for (const std::string &name : splitList(arguments.text("--columns"))) {
+        const auto *column = std::ranges::find(kPortColumns, name, &PortColumn::name);
+        std::string names;
+        for (const PortColumn &each : kPortColumns)
+            names += fmt::format("{}{}", names.empty() ? "" : ", ", each.name);
+        if (column == std::end(kPortColumns))
+            fail(Exit::Usage, "--columns: {} is none of {}", inQuotes(name), names);
+        if (std::ranges::find(columns, column) != columns.end())
+            fail(Exit::Usage, "--columns: {} is given twice", inQuotes(name));
+        columns.push_back(column);
+    }
+    if (columns.empty()) fail(Exit::Usage, "--columns: is empty");
+    return columns;
+}
+
+}  // namespace
+
+const Option kColumnsOption{.name = "--columns",
+                            .value = "NAME,...",
+                            .summary =
+                                "show these columns: port, number, in-use, link, client, connect-id, "
+                                "alias, external-id, uplink, blocked, vlan, policies",
+                            .excludes = "--kernel"};
+
+void listPorts(DVSSwitch *sw, const Arguments &arguments, Output &out) {
+    const std::vector<const PortColumn *> columns = columnsGiven(arguments);
+    SwitchFacts facts = gatherSwitch(sw, Ask::SnapshotAlone);
+    std::vector<const PortFacts *> ports;
+    for (const PortFacts &port : facts.ports)
+        ports.push_back(&port);
+    std::ranges::sort(ports, {}, &PortFacts::index);
+
+    std::vector<Column> headings;
+    for (const PortColumn *column : columns)
+        headings.push_back({column->key, column->heading});
+    Listing listing(out, std::move(headings));
+    std::vector<Cell> cells(columns.size(), Cell{Flag{false}});
+    for (const PortFacts *port : ports) {
+        std::ranges::transform(columns, cells.begin(),
+                               [&](const PortColumn *column) { return column->cell(facts, *port); });
+        listing.rowOf(cells);
+    }
+    listing.finish();
+}
+
+void addSettings(Record &record, Output &out, const std::string &alias, DVSPort *port) {
+    const std::string id = DVS_PortId(port);
+    const config::Target target{.alias = alias, .port = id, .place = placeOf(port)};
+    Record part(out);
+    std::vector<Policy> values;
+    std::vector<std::string_view> stored;
+    for (const Setting *setting : config::settings()) {
+        if (setting->scope != Scope::Port) continue;
+        Policy policy{setting, {}, {}};
+        try {
+            policy.value = setting->read(target);
+        } catch (const Failure &failure) {
+            warn("{}", failure.message);
+        }
+        const bool kept = isStored(storedOf(*setting, placeOf(port)));
+        if (kept) stored.push_back(setting->name);
+        std::string words = policy.value ? allWords(*setting, *policy.value) : "";
+        if (!words.empty() && !kept) words += " (default)";
+        if (!out.json())
+            part.field(setting->name, std::string(policy.name()).c_str(), std::string_view(words));
+        values.push_back(std::move(policy));
+    }
+    record.member("settings", values);
+    record.member("stored", Words{stored});
+    if (!out.json()) record.section("settings", part);
+}
+
+}  // namespace qvs::cli

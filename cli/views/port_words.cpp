@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "views/port_words.h"
+
+#include <fmt/format.h>
+
+namespace qvs::cli {
+namespace {
+
+void add(std::string &details, std::string_view text) {
+    details += fmt::format("{}{}", details.empty() ? "" : "; ", text);
+}
+
+}  // namespace
+
+std::string_view portState(const PortFacts &port) {
+    if (!port.inUse) return "free";
+    return port.linkUp ? "up" : "down";
+}
+
+std::string policyDetails(const std::vector<Policy> &policies) {
+    std::string details;
+    for (const Policy &policy : policies)
+        add(details, fmt::format("{}: {}", policy.name(), policy.words));
+    return details;
+}
+
+std::string portDetails(const PortFacts &port) {
+    std::string details;
+    if (port.blocked) add(details, "blocked");
+    // The kernel blocks what is configured so.
+    if (port.kernelBlocked && !port.blocked) add(details, "blocked by the kernel");
+    // Uplinks and ports are made with their name as the alias.
+    if (port.alias && !port.alias->empty() && *port.alias != port.id && !port.uplink)
+        add(details, fmt::format("alias {}", *port.alias));
+    if (port.externalId && !port.externalId->empty())
+        add(details, fmt::format("external id {}", *port.externalId));
+    const std::string policies = policyDetails(port.policies);
+    if (!policies.empty()) add(details, policies);
+    return details;
+}
+
+}  // namespace qvs::cli

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "views/tree.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+
+namespace qvs::cli {
+namespace {
+
+struct Strokes {
+    std::string_view between;
+    std::string_view last;
+    std::string_view past;
+};
+constexpr Strokes kLines{"├─ ", "└─ ", "│  "};
+constexpr Strokes kPlain{"|- ", "`- ", "|  "};
+
+// The first of these variables that is set names the characters of the terminal.
+bool showsUnicode() {
+    for (const char *name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const char *set = std::getenv(name);
+        if (set == nullptr || *set == '\0') continue;
+        const std::string_view locale = set;
+        return locale.find("UTF-8") != std::string_view::npos ||
+               locale.find("utf8") != std::string_view::npos;
+    }
+    return false;
+}
+
+size_t characters(std::string_view text) {
+    return static_cast<size_t>(
+        std::ranges::count_if(text, [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }));
+}
+
+void print(Output &out, const Strokes &strokes, const Branch &branch, const std::string &indent) {
+    for (const Branch &each : branch.branches) {
+        const bool last = &each == &branch.branches.back();
+        out.write(indent);
+        out.write(last ? strokes.last : strokes.between);
+        out.write(each.text);
+        out.write("\n");
+        print(out, strokes, each, indent + std::string(last ? "   " : strokes.past));
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> aligned(const std::vector<std::vector<std::string>> &rows) {
+    std::vector<size_t> widths;
+    for (const auto &row : rows) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (size_t i = 0; i < row.size(); i++)
+            widths[i] = std::max(widths[i], characters(row[i]));
+    }
+    std::vector<std::string> lines;
+    for (const auto &row : rows) {
+        std::string &line = lines.emplace_back();
+        for (size_t i = 0; i < row.size(); i++) {
+            line += row[i];
+            // A column that is empty in all rows takes no room.
+            if (widths[i] > 0) line.append(widths[i] - characters(row[i]) + 2, ' ');
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+    }
+    return lines;
+}
+
+void printTree(Output &out, const Branch &root) {
+    out.write(root.text);
+    out.write("\n");
+    print(out, out.terminal() && showsUnicode() ? kLines : kPlain, root, "");
+}
+
+}  // namespace qvs::cli

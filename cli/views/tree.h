@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+// A tree of lines, drawn with branches in front of them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tool/output.h"
+
+namespace qvs::cli {
+
+struct Branch {
+    std::string text;  // safe to show
+    std::vector<Branch> branches = {};
+
+    Branch &add(std::string line) { return branches.emplace_back(Branch{std::move(line)}); }
+};
+
+// Pads all cells of a column but the last to one width. Rows may be of different lengths.
+std::vector<std::string> aligned(const std::vector<std::vector<std::string>> &rows);
+
+// Draws with lines on a terminal that shows Unicode, and with plain characters elsewhere.
+void printTree(Output &out, const Branch &root);
+
+}  // namespace qvs::cli

@@ -1,0 +1,176 @@
+What runs, in one look. A run of the host of its own for each line, so that counters begin anew; they grow with every look at busy ports.
+
+  $ cat >lab.json <<<'{"pnics": [{"name": "pnic0"}, {"name": "pnic1", "link": "down"}], "switches": [{"alias": "sw1", "uplinks": ["uplink0", "uplink1"], "ports": ["p9", "p10", "p11", "p12", "web", "db"], "properties": [{"scope": "port", "port": "uplink0", "key": "com.quillon.common.port.linkstatus", "hex": "01008000", "type": 4}, {"scope": "port", "port": "uplink1", "key": "com.quillon.common.port.linkstatus", "hex": "010080", "type": 4}]}, {"alias": "a b", "portset": "other", "class": "foreign", "ports": ["p\u001b1"]}], "clients": [{"switch": "sw1", "port": "web", "name": "web.eth0"}, {"switch": "sw1", "port": "db", "name": "db\t0", "link": "down"}], "busy": [{"switch": "sw1", "port": "web"}]}'
+  $ cat >on <<<'exec qvs-host run --state rack $LAB -- sh -c "$1"'
+  $ LAB='--lab lab.json' sh on 'qvs show'
+  a b: 1 port of at most 128, 0 in use, class foreign, portset other
+  `- ports
+     `- p\x1b1  free
+  
+  sw1: MTU 1500, 8 ports of at most 128, 4 in use
+  |- uplinks
+  |  |- uplink0  pnic0  up    10000 Mb/s
+  |  `- uplink1  pnic1  down
+  `- ports
+     |- db                 db\t0     down
+     |- web                web.eth0  up
+     `- p9..p12 (4 ports)            free
+  $ sh on 'qvs port block sw1 web p9; qvs port vlan set sw1 web --trunk 1-100,200 --priority 3; qvs port vlan set sw1 db --trunk 0-4094; qvs port vlan set sw1 p10 --id 101 --private on --strict; qvs pvlan set sw1 7:8:isolated 7:7:promiscuous; qvs port vlan set sw1 p10 --id 8 --private on --strict; qvs port security set sw1 p11 --mac-change deny; qvs port security set sw1 p12 --promiscuous deny; qvs port teaming set sw1 web --balance source-port; qvs mac-learning set sw1 --aging 300; qvs mirror add sw1 tap --type dvport --destinations p9 --sources-in web --sources-out db,web --flags disabled; qvs prop set sw1 com.quillon.vswitch.port.security --port db --hex 0102' | sort | uniq -c | sort -n
+  qvs: switch 'sw1': port 'p10': VLAN policy: private VLAN 101 is missing
+        1 sw1 tap: changed
+        1 sw1/db com.quillon.vswitch.port.security: changed
+        1 sw1/db: changed
+        1 sw1/p10: changed
+        1 sw1/p11: changed
+        1 sw1/p12: changed
+        1 sw1/p9: changed
+        2 sw1: changed
+        3 sw1/web: changed
+  $ sh on 'qvs show sw1; qvs show sw1 --all --json | jq -c ".[0].ports[] | [.port, .vlan, .policies]"; qvs show sw1 --json | jq -c ".[] | del(.ports), .ports[-1]"'
+  qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
+  sw1: MTU 1500, 8 ports of at most 128, 4 in use
+  |- policies
+  |  `- mac-learning: aging 300 seconds
+  |- private VLANs
+  |  `- 7: 8 isolated, 7 promiscuous
+  |- mirror sessions
+  |  `- tap  dvport  of uplinks  disabled  in web, out db web, to p9
+  |- uplinks
+  |  |- uplink0  pnic0  up    10000 Mb/s
+  |  `- uplink1  pnic1  down
+  `- ports
+     |- db   VLAN trunk all                    db\t0     down  security: 2 bytes that its members cannot express
+     |- web  VLAN trunk 1-100,200, priority 3  web.eth0  up    blocked; teaming: the default of a switch
+     |- p9                                               free  blocked
+     |- p10  VLAN private 8                              free
+     |- p11                                              free  security: mac change deny
+     `- p12                                              free
+  qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
+  ["db","trunk all",{"security":null}]
+  ["p9",null,{}]
+  ["p10","private 8",{}]
+  ["p11",null,{"security":{"promiscuous":"deny","macChange":"deny","forged":"allow"}}]
+  ["p12",null,{}]
+  ["uplink0","trunk all",{}]
+  ["uplink1","trunk all",{}]
+  ["web","trunk 1-100,200, priority 3",{"teaming":{"balance":"source-port","active":[],"standby":[],"linkState":false,"beacon":false,"notify":false,"rolling":false,"bestEffort":false,"shotgun":false}}]
+  qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
+  {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","class":"vswitch","version":105,"portset":"sw1","opaque":false,"maxPorts":128,"portsInUse":4,"mtu":1500,"policies":{"macLearning":{"aging":300,"limit":65536}},"privateVlans":[{"primary":7,"secondary":8,"type":"isolated"},{"primary":7,"secondary":7,"type":"promiscuous"}],"mirrorSessions":[{"port":null,"session":"tap","name":"","type":"dvport","snapLength":null,"flags":["disabled"],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["p9"],"sourcesIn":["web"],"sourcesOut":["db","web"]}],"uplinks":[{"uplink":"uplink0","port":"uplink0","nic":"pnic0","linkUp":true,"lacpUp":false,"speedMbps":10000},{"uplink":"uplink1","port":"uplink1","nic":"pnic1","linkUp":false,"lacpUp":false,"speedMbps":null}],"unread":[]}
+  {"port":"web","alias":"web","number":67108869,"connectId":1,"externalId":null,"uplink":null,"inUse":true,"client":"web.eth0","linkUp":true,"blocked":true,"kernelBlocked":true,"vlan":"trunk 1-100,200, priority 3","policies":{"teaming":{"balance":"source-port","active":[],"standby":[],"linkState":false,"beacon":false,"notify":false,"rolling":false,"bestEffort":false,"shotgun":false}}}
+
+Records that cannot be read are gaps: of ports, of the lists of uplinks, of the MTU, and of links when the kernel fails.
+
+  $ sh on 'qvs-host fault add GetUplinkLinkState --errno EIO --forever >log; qvs-host fault add "*mtu*" --exit 1 --forever >log; qvs show sw1 >out; echo $?; tail -n 4 out; qvs show sw1 --json | jq -c ".[].unread, .[].uplinks[0].linkUp"' 2>&1
+  qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
+  treesh: a fault made this request fail
+  qvs: warning: switch 'sw1': MTU: Failure (0xbad0001)
+  qvs: warning: switch 'sw1': uplink 'uplink0': Metadata read error (0xbad0008)
+  0
+  |  `- p12                                              free
+  `- cannot be read
+     |- MTU
+     `- links of uplinks
+  qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
+  treesh: a fault made this request fail
+  qvs: warning: switch 'sw1': MTU: Failure (0xbad0001)
+  qvs: warning: switch 'sw1': uplink 'uplink0': Metadata read error (0xbad0008)
+  ["MTU","links of uplinks"]
+  null
+  $ sh on 'qvs show nix; qvs show sw1 sw1; qvs port block sw1 web nix; qvs port unblock sw1 web p12; qvs port block sw1 p9 --json; qvs port show sw1 web | grep block'
+  qvs: switch 'nix': Not found (0xbad0003)
+  qvs: The following argument was not expected: sw1
+  qvs: usage: qvs show [SWITCH] [--all]
+  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
+  sw1/web: changed
+  sw1/p12: unchanged
+  {"switch":"sw1","changed":false,"ports":[{"port":"p9","changed":false}]}
+  blocked:            no
+  blocked by kernel:  no
+
+Many ports that are alike take a line; a name with a leading zero has no successor.
+
+  $ sh on 'qvs switch create many --max-ports 200 --ports 40; qvs port add many x07 x08 x9 x10 x011 y; qvs show many; qvs show many --all | wc -l'
+  many: changed
+  many/x07: changed
+  many/x08: changed
+  many/x9: changed
+  many/x10: changed
+  many/x011: changed
+  many/y: changed
+  many: MTU 1500, 46 ports of at most 200, 0 in use
+  `- ports
+     `- port0..port39, x07, x08, x9, x10, x011, ... (46 ports)  free
+  48
+
+Columns of ports.
+
+  $ sh on 'qvs port list sw1 --columns vlan,port,uplink; qvs port list sw1 --columns policies,alias --json | head -n 3; for columns in x "" port,port; do qvs port list sw1 --columns "$columns"; done'
+  qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
+  VLAN                         PORT     UPLINK
+  -                            p9       -
+  private 8                    p10      -
+  -                            p11      -
+  -                            p12      -
+  trunk 1-100,200, priority 3  web      -
+  trunk all                    db       -
+  trunk all                    uplink0  uplink0
+  trunk all                    uplink1  uplink1
+  qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
+  [
+  {"policies":{},"alias":"p9"},
+  {"policies":{},"alias":"p10"},
+  qvs: --columns: 'x' is none of port, number, in-use, link, client, connect-id, alias, external-id, uplink, blocked, vlan, policies
+  qvs: --columns: is empty
+  qvs: --columns: 'port' is given twice
+  ? 2
+  $ sh on 'qvs port show sw1 web | sed -n "/^settings/,/ipfix/p"; qvs port show sw1 p11 --json | jq -c "[.stored, .settings.security, .settings.teaming]"'
+  settings:
+    vlan:              trunk 1-100,200, priority 3
+    nested-vlan:       off (default)
+    security:          promiscuous deny, mac change allow, forged allow (default)
+    filter:            -
+    teaming:           balance source-port, active none, standby none, link state off, beacon off, notify off, rolling off, best effort off, shotgun off
+    teaming-override:  -
+    ls-teaming:        -
+    tx-uplink:         -
+    mac-learning:      learning off, flooding off, limit 4096, limit policy allow (default)
+    mcast:             -
+    mirror:            -
+    ipfix:             -
+  [["vlan","security"],{"promiscuous":"deny","macChange":"deny","forged":"allow"},null]
+
+Counters, and their growth: a busy port grows with every look, and what was set back shows none.
+
+  $ sh on 'qvs port stats sw1 | head -n 3; qvs port stats sw1 web; qvs port stats sw1 web --json; qvs port stats sw1 nix; qvs port stats sw1 --interval 1; qvs port stats --watch --interval x' 2>&1
+  SWITCH  PORT     PACKETS IN  PACKETS OUT  BYTES IN  BYTES OUT  DROPPED IN  DROPPED OUT
+  sw1     db       0           0            0         0          0           0
+  sw1     p9       0           0            0         0          0           0
+  COUNTER            IN   OUT
+  unicast packets    718  690
+  unicast bytes      756  1276
+  multicast packets  898  412
+  multicast bytes    108  1870
+  broadcast packets  890  1708
+  broadcast bytes    84   1002
+  dropped packets    144  1540
+  exception packets  464  1474
+  [
+  {"switch":"sw1","port":"web","pktsInUnicast":1077,"bytesInUnicast":1134,"pktsInMulticast":1347,"bytesInMulticast":162,"pktsInBroadcast":1335,"bytesInBroadcast":126,"pktsOutUnicast":1035,"bytesOutUnicast":1914,"pktsOutMulticast":618,"bytesOutMulticast":2805,"pktsOutBroadcast":2562,"bytesOutBroadcast":1503,"pktsInDropped":216,"pktsOutDropped":2310,"pktsInException":696,"pktsOutException":2211}
+  ]
+  qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
+  qvs: --interval requires --watch
+  qvs: --interval: 'x' is not a number of seconds from 0.01 to 3600
+  ? 2
+  $ sh on 'timeout 5 qvs port stats sw1 web --watch --interval 0.05 --json | head -n 3 | jq -c "[.pktsInUnicast, .bytesOutUnicast, (.perSecond | if . then (.pktsInUnicast | . > 0 and . < 50000) else . end)]"'
+  [359,638,null]
+  [718,1276,true]
+  [1077,1914,true]
+  $ sh on 'lines() { until [ "$(wc -l <log)" -ge "$1" ]; do sleep 0.05; done; }; timeout 20 qvs port stats sw1 web --watch --interval 0.1 --json >log & lines 3; qvs prop set sw1 com.quillon.common.port.statistics --port web --hex $(printf "0%.0s" $(seq 256)) >set; lines $(($(wc -l <log) + 3)); kill $!; jq -s -c "[.[0].perSecond, (map(.perSecond != null) | any), (.[1:] | map(select(.perSecond == null)) | length)]" log'
+  [null,true,1]
+  $ sh on 'timeout 20 qvs port stats sw1 --watch --interval 0.1 | grep --line-buffered web | head -n 2 | tr -s " " | sed "s/ [0-9][0-9.]*k\{0,1\}/ N/g"; qvs nic list; qvs nic list --names --json'
+  sw1 web - - - - - -
+  sw1 web N N N N N N
+  NIC    LINK  MBIT/S  SWITCH  UPLINK   PORT
+  pnic0  up    10000   sw1     uplink0  uplink0
+  pnic1  down  -       sw1     uplink1  uplink1
+  ["pnic0","pnic1"]
