@@ -11,6 +11,7 @@
 
 #include "access/counters.h"
 #include "access/policy.h"
+#include "base/natural.h"
 #include "config/library/snapshot.h"
 #include "config/settings/value.h"
 
@@ -98,8 +99,5 @@ std::optional<bool> uplinkLink(const std::string &portset, const std::string &up
                                std::string_view subject);
 std::optional<bool> uplinkLacpLink(const std::string &portset, const std::string &uplink,
                                    std::string_view subject);
-
-// Whether one name stands before another, with numbers in them by their value: "port2" before "port10".
-bool namedBefore(std::string_view left, std::string_view right);
 
 }  // namespace qvs::cli

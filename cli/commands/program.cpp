@@ -152,6 +152,7 @@ std::span<const Noun> nouns() {
     using namespace config;
     static const Noun table[] = {
         {"show", "what runs", kShowCommands},
+        {"top", "ports by their traffic", kTopCommands},
         {"switch", "distributed switches", kSwitchCommands},
         {"port", "ports of a switch", kPortCommands},
         {"port stats", "the counters of ports", kPortStatsCommands},

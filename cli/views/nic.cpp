@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "access/overview.h"
+#include "base/natural.h"
 #include "tool/output.h"
 #include "views/nouns.h"
 
