@@ -8,6 +8,8 @@
 #include <system_error>
 #include <utility>
 
+#include "base/text.h"
+
 namespace qvs::top {
 namespace {
 
@@ -31,8 +33,8 @@ std::vector<std::string_view> fieldsOf(std::string_view line) {
 void appendSample(std::string &out, const Sample &sample) {
     auto to = std::back_inserter(out);
     for (const Port &port : sample.ports) {
-        fmt::format_to(to, "{}\t{}\t{}\t{}\t{}\t{}", kPort, port.owner, port.id, port.client, port.vlan,
-                       port.state);
+        fmt::format_to(to, "{}\t{}\t{}\t{}\t{}\t{}", kPort, shown(port.owner), shown(port.id),
+                       shown(port.client), port.vlan, port.state);
         if (port.rates)
             for (const double rate : *port.rates)
                 fmt::format_to(to, "\t{:.3f}", rate);

@@ -33,7 +33,7 @@ struct Sample {
     std::string gone;  // why there is no look; empty otherwise
 };
 
-// Appends the lines of a sample. The names must be escaped.
+// Appends the lines of a sample, with its names escaped.
 void appendSample(std::string &out, const Sample &sample);
 
 // Puts samples together from what comes through the pipe, in pieces of any size.

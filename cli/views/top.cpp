@@ -42,9 +42,9 @@ std::string localTime() {
 top::Port portOf(const SwitchFacts &facts, const PortFacts &port, const Rates &rates) {
     constexpr double kBits = 8;
     top::Port made;
-    made.owner = shown(facts.name());
-    made.id = shown(port.id);
-    made.client = shown(port.client.value_or(""));
+    made.owner = facts.name();
+    made.id = port.id;
+    made.client = port.client.value_or("");
     made.vlan = port.vlan;
     made.state = portState(port);
     if (const auto growth = rates.rateOf(facts.id, port.id)) {

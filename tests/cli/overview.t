@@ -174,3 +174,20 @@ Counters, and their growth: a busy port grows with every look, and what was set 
   pnic0  up    10000   sw1     uplink0  uplink0
   pnic1  down  -       sw1     uplink1  uplink1
   ["pnic0","pnic1"]
+
+The ports with the most traffic, between two looks. The screen is for terminals.
+
+  $ sh on 'qvs top --once --interval 0.1 --limit 2 | tr -s " " | sed "s/ [0-9][0-9.]*k\{0,1\}/ N/g; s/p[0-9]*/P/"; qvs top sw1 --once --interval 0.1 --json | jq -c ".[0] | [.port, .client, .vlan, .state, (.bitsIn > 0), (.dropped > 0)]"'
+  SWITCH PORT CLIENT VLAN STATE BITS IN/S BITS OUT/S PACKETS IN/S PACKETS OUT/S DROPPED/S
+  sw1 web web.eth0 trunk N-100,200, Priority N up N N N N N
+  a b P\x1b1 - - free N N N N N
+  ["web","web.eth0","trunk 1-100,200, priority 3","up",true,true]
+  $ sh on 'for words in "" --json "--once --interval 0" "--once --limit 0" "--limit 3" "nix --once"; do qvs top $words; done; qvs-host fault add StateGet --status 0xbad0040 --nth 2 >log; qvs top --once --interval 0.1'
+  qvs: the screen needs a terminal; 'qvs top --once' prints text
+  qvs: --json requires --once
+  qvs: --interval: '0' is not a number of seconds from 0.01 to 3600
+  qvs: --limit: '0' is not a number from 1 to 4294967295
+  qvs: --limit requires --once
+  qvs: switch 'nix': Not found (0xbad0003)
+  qvs: the host does not answer: switch state: No connection (0xbad0040)
+  ? 6

@@ -160,16 +160,25 @@ def endings():
     terminal.wait("before SIGKILL", lambda d: "62 ports" in d[1])
     screen = child_of(terminal.pid)
     os.kill(terminal.pid, signal.SIGKILL)
-    terminal.read(1)
-    # Nobody may have asked for its status yet.
-    stat = pathlib.Path(f"/proc/{screen}/stat")
-    check("killed: the screen goes on", not stat.exists() or stat.read_text().rsplit(")", 1)[1].split()[0] == "Z")
+    end = time.monotonic() + 15
+    while runs(screen) and time.monotonic() < end:
+        terminal.read(0.05)
+    check("killed: the screen goes on", not runs(screen))
     terminal.check_given_back("killed")
     os.waitpid(terminal.pid, 0)
 
 
 def child_of(pid):
     return int(pathlib.Path(f"/proc/{pid}/task/{pid}/children").read_text().split()[0])
+
+
+def runs(pid):
+    stat = pathlib.Path(f"/proc/{pid}/stat")
+    try:
+        # Nobody may have asked for its status yet.
+        return stat.read_text().rsplit(")", 1)[1].split()[0] not in "ZX"
+    except (FileNotFoundError, ProcessLookupError):
+        return False
 
 
 def hosts():
