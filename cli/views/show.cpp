@@ -112,13 +112,17 @@ void addPorts(Branch &root, const SwitchFacts &facts, bool all) {
         branch.add(std::move(line));
 }
 
+std::string speedText(uint32_t mbps) {
+    return mbps < 1000 ? fmt::format("{} Mbit/s", mbps) : fmt::format("{:g} Gbit/s", mbps / 1000.0);
+}
+
 void addUplinks(Branch &root, const SwitchFacts &facts) {
     if (facts.uplinks.empty()) return;
     std::vector<Cells> rows;
     for (const UplinkFacts &uplink : facts.uplinks) {
         std::string link = uplink.nic ? "link unknown" : "no NIC";
         if (uplink.linkUp) link = *uplink.linkUp ? "up" : "down";
-        std::string speed = uplink.speedMbps ? fmt::format("{} Mb/s", *uplink.speedMbps) : "";
+        std::string speed = uplink.speedMbps ? speedText(*uplink.speedMbps) : "";
         std::string details;
         if (uplink.port) details = shown(portDetails(facts.ports[*uplink.port]));
         rows.push_back({shown(uplink.name), shown(uplink.nic.value_or("")), std::move(link), std::move(speed),

@@ -9,7 +9,7 @@ What runs, in one look. A run of the host of its own for each line, so that coun
   
   sw1: MTU 1500, 8 ports of at most 128, 4 in use
   |- uplinks
-  |  |- uplink0  pnic0  up    10000 Mb/s
+  |  |- uplink0  pnic0  up    10 Gbit/s
   |  `- uplink1  pnic1  down
   `- ports
      |- db                 db\t0     down
@@ -36,7 +36,7 @@ What runs, in one look. A run of the host of its own for each line, so that coun
   |- mirror sessions
   |  `- tap  dvport  of uplinks  disabled  in web, out db web, to p9
   |- uplinks
-  |  |- uplink0  pnic0  up    10000 Mb/s
+  |  |- uplink0  pnic0  up    10 Gbit/s
   |  `- uplink1  pnic1  down
   `- ports
      |- db   VLAN trunk all                    db\t0     down  security: 2 bytes that its members cannot express

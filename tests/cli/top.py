@@ -201,6 +201,13 @@ def hosts():
     terminal.end("after the host came back")
 
 
+def trees():
+    for locale, branch in (("C.UTF-8", "├─ vm0"), ("C", "|- vm0")):
+        terminal = Terminal([BIN / "qvs", "show", "--all"], lines=80, LC_ALL=locale)
+        terminal.wait(f"a tree in {locale}", lambda d: any(branch in line for line in d))
+        os.waitpid(terminal.pid, 0)
+
+
 def refusals():
     terminal = top(TERM="nonsense")
     terminal.read(1)
@@ -214,6 +221,7 @@ if len(sys.argv) == 1:
     sys.exit(subprocess.run([*HOST, "--lab", "lab.json", "--", sys.argv[0], "inside"]).returncode)
 screens()
 endings()
+trees()
 refusals()
 hosts()
 sys.exit(1 if failures else 0)
