@@ -21,8 +21,8 @@ namespace {
 constexpr milliseconds kLeastInterval(10);
 constexpr milliseconds kMostInterval(3'600'000);
 
-// Everything was written out, nothing is held, and a host that hangs may be waited for: the program ends
-// here.
+// Ends the program at once. All output has been written and no lock is held. A normal end could wait for a
+// host that does not answer.
 void end(int) {
     _exit(0);
 }

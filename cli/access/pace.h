@@ -15,8 +15,8 @@ std::chrono::milliseconds intervalGiven(const Arguments &arguments, std::chrono:
 // then.
 void endOnSignals();
 
-// Waits, or ends as a writer does whose reader is gone: without a change there is nothing to write that would
-// show it.
+// Waits. Ends the program when the reader of its output is gone, because without a change it writes nothing
+// and would not notice.
 void pause(std::chrono::milliseconds time);
 
 }  // namespace qvs::cli

@@ -134,8 +134,7 @@ void handle(int signal, void (*handler)(int)) {
     struct sigaction action {};
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART | SA_NOCLDSTOP;
-    for (const int each : {SIGCHLD, SIGTERM, SIGHUP})
-        sigaddset(&action.sa_mask, each);
+    sigfillset(&action.sa_mask);
     sigaction(signal, &action, nullptr);
 }
 
@@ -163,15 +162,14 @@ int startScreen() {
     sigset_t held;
     sigset_t before;
     sigemptyset(&held);
-    for (const int signal : {SIGCHLD, SIGTERM, SIGHUP, SIGINT})
+    constexpr int kEndings[] = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
+    sigaddset(&held, SIGCHLD);
+    for (const int signal : kEndings)
         sigaddset(&held, signal);
     sigprocmask(SIG_BLOCK, &held, &before);
     handle(SIGCHLD, onChild);
-    handle(SIGTERM, onEnding);
-    handle(SIGHUP, onEnding);
-    // The terminal sends it to the screen, too.
-    std::signal(SIGINT, SIG_IGN);
-    std::signal(SIGQUIT, SIG_IGN);
+    for (const int signal : kEndings)
+        handle(signal, onEnding);
 
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
