@@ -112,20 +112,20 @@ A table fits a terminal; numbers are never cut, and no character is.
   tabelle/a-port-with-a-name-that-is-long: changed
   tabelle/short: changed
   $ on() { COLUMNS=$1 script -qec "$2" /dev/null | tr -d '\r' | cat -v | sed 's/M-bM-^@M-&/…/'; }; on 200 'qvs port list tabelle' | head -n 1; NO_COLOR=1 on 60 'qvs port list tabelle' | tail -n 2
-  ^[[1mPORT                             NUMBER    IN USE  LINK  CLIENT  CONNECT ID^[[0m
-  a-port-with-a-n…  67108884  no      down  -       1
-  short             67108885  no      down  -       1
+  ^[[1mPORT                             NUMBER    IN USE  LINK  CLIENT  CONNECT ID  BLOCKED  VLAN  POLICIES^[[0m
+  a-por…  67108884  no      down  -       1           no      -     -
+  short   67108885  no      down  -       1           no      -     -
   $ COLUMNS=60 NO_COLOR=1 script -qec 'qvs port list tabelle' /dev/null | tr -d '\r'
-  PORT              NUMBER    IN USE  LINK  CLIENT  CONNECT ID
-  交換機の入口ポ…   67108882  no      down  -       1
-  été-déjà-vu       67108883  no      down  -       1
-  a-port-with-a-n…  67108884  no      down  -       1
-  short             67108885  no      down  -       1
+  PORT    NUMBER    IN USE  LINK  CLIENT  CONNECT ID  BLOCK…  VLAN  POLICIES
+  交換…   67108882  no      down  -       1           no      -     -
+  été-d…  67108883  no      down  -       1           no      -     -
+  a-por…  67108884  no      down  -       1           no      -     -
+  short   67108885  no      down  -       1           no      -     -
   $ COLUMNS=60 NO_COLOR=1 script -qec 'qvs port list tabelle --wide' /dev/null | tr -d '\r'
-  PORT                             NUMBER    IN USE  LINK  CLIENT  CONNECT ID
-  交換機の入口ポート               67108882  no      down  -       1
-  été-déjà-vu                      67108883  no      down  -       1
-  a-port-with-a-name-that-is-long  67108884  no      down  -       1
-  short                            67108885  no      down  -       1
+  PORT                             NUMBER    IN USE  LINK  CLIENT  CONNECT ID  BLOCKED  VLAN  POLICIES
+  交換機の入口ポート               67108882  no      down  -       1           no       -     -
+  été-déjà-vu                      67108883  no      down  -       1           no       -     -
+  a-port-with-a-name-that-is-long  67108884  no      down  -       1           no       -     -
+  short                            67108885  no      down  -       1           no       -     -
   $ COLUMNS=20 qvs port list tabelle | awk '{ print length }' | sort -n | tail -n 1
-  75
+  102

@@ -78,7 +78,7 @@ Records that cannot be read are gaps: of ports, of the lists of uplinks, of the 
   null
   $ sh on 'qvs show nix; qvs show sw1 sw1; qvs port block sw1 web nix; qvs port unblock sw1 web p12; qvs port block sw1 p9 --json; qvs port show sw1 web | grep block'
   qvs: switch 'nix': Not found (0xbad0003)
-  qvs: The following argument was not expected: sw1
+  qvs: unexpected argument: 'sw1'
   qvs: usage: qvs show [SWITCH] [--all]
   qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
   sw1/web: changed

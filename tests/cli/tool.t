@@ -13,7 +13,7 @@ Usage.
   $ qvs 2>&1 | head -n 1; qvs >/dev/null 2>&1  => [2] usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
   $ qvs switch 2>&1 | head -n 1  => qvs switch: distributed switches
   $ codes=; for words in nix 'switch nix' '--nix switch list' 'switch list --nix' 'port add sw1' 'port list sw1 more' 'port add sw1 p --connect-id 1 --connect-id 2'; do qvs $words; codes="$codes $?"; done; echo $codes
-  qvs: no such command: 'nix'; 'qvs help' lists them
+  qvs: no such command: 'nix'; did you mean 'nic'? 'qvs help' lists them
   qvs: no such command: switch 'nix'; 'qvs help switch' lists them
   qvs: no such option: '--nix'
   qvs: no such option: '--nix'; a name that begins with a dash goes behind --
