@@ -16,13 +16,6 @@ namespace {
 constexpr size_t kLineBytes = 32;
 constexpr size_t kEntryLineBytes = VSHYP_MAC_ENTRY_SIZE;
 
-// The layout of a record, or why there is none.
-struct FoundLayout {
-    const RecordLayout *layout = nullptr;
-    std::string why;
-    bool isFault = false;  // of the file that the environment names
-};
-
 FoundLayout layoutFrom(const std::string &path, const RecordKind &kind, size_t size) {
     const RecordLayout *layout = layoutIn(openLayout(path), kind.name);
     const std::string subject = "layout " + inQuotes(path);
@@ -33,6 +26,8 @@ FoundLayout layoutFrom(const std::string &path, const RecordKind &kind, size_t s
                         "this kernel",
                         subject, kind.name, layout->size, size)};
 }
+
+}  // namespace
 
 FoundLayout findLayout(const Arguments &arguments, const RecordKind &kind, size_t size) {
     if (arguments.given(kLayout.name)) return layoutFrom(arguments.text(kLayout.name), kind, size);
@@ -45,6 +40,8 @@ FoundLayout findLayout(const Arguments &arguments, const RecordKind &kind, size_
         return {nullptr, "QVS_LAYOUT: " + failure.message, true};
     }
 }
+
+namespace {
 
 // Fails when an option that chooses entries is given.
 void refuseChoice(const Arguments &arguments, std::string_view why) {

@@ -60,6 +60,15 @@ struct RecordKind {
     const char *label;
 };
 
+// The layout of a record of this size in the file that --layout or the environment names, or why there is
+// none. Throws a usage failure for a file that --layout names and that is wrong.
+struct FoundLayout {
+    const RecordLayout *layout = nullptr;
+    std::string why;
+    bool isFault = false;  // of the file that the environment names
+};
+FoundLayout findLayout(const Arguments &arguments, const RecordKind &kind, size_t size);
+
 // The record by its fields; nothing, and a remark in text once, when no layout describes it. Options that
 // need a layout are then usage failures. `given` is the number that the request tells the layout.
 std::optional<FieldValues> decoded(const Arguments &arguments, const Output &out, const RecordKind &kind,

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "access/opaque.h"
+#include "access/requests.h"
 #include "commands/nouns.h"
 #include "tool/failure.h"
 #include "tool/output.h"
@@ -14,12 +15,11 @@
 namespace qvs::cli {
 namespace {
 
-constexpr uint32_t kAllSessions = 3;
 constexpr std::array<uint32_t, 4> kLogLevels = {0, 1, 3, 5};
 
 void sessions(const Arguments &arguments, Output &out) {
-    uint32_t flags = arguments.number("--flags", kAllSessions);
-    if (flags > UINT8_MAX || (flags & kAllSessions) == 0)
+    uint32_t flags = arguments.number("--flags", kAllBfdSessions);
+    if (flags > UINT8_MAX || (flags & kAllBfdSessions) == 0)
         fail(Exit::Usage, "--flags: {} is not a byte with bit 0 or bit 1 set", flags);
     HeapBuffer table = fetchRecord<BFD_GetSessions>("BFD sessions", static_cast<uint8_t>(flags));
     printRecord(arguments, out, {"bfd-sessions", "sessions", "sessions"}, recordIn(table, BFD_SESSIONS_SIZE));

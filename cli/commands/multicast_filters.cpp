@@ -9,6 +9,7 @@
 
 #include "access/library.h"
 #include "access/opaque.h"
+#include "access/requests.h"
 #include "commands/nouns.h"
 #include "config/library/snapshot.h"
 #include "tool/failure.h"
@@ -18,19 +19,12 @@
 namespace qvs::cli {
 namespace {
 
-struct Family {
-    const char *name;
-    int32_t type;
-    size_t size;
-};
-constexpr Family kFamilies[] = {
-    {"mac", VSHYP_MCAST_MAC, 6}, {"ipv4", VSHYP_MCAST_IPV4, 4}, {"ipv6", VSHYP_MCAST_IPV6, 16}};
 constexpr const char *kFamilyNames[] = {"mac", "ipv4", "ipv6"};
 
 constexpr size_t kStatsHeader = 28;
 constexpr size_t kStatsCountAt = 20;
 
-std::string addressText(const Family &family, Bytes address) {
+std::string addressText(const MulticastFamily &family, Bytes address) {
     if (family.type == VSHYP_MCAST_MAC) return macText(address);
     char text[INET6_ADDRSTRLEN];
     return inet_ntop(family.type == VSHYP_MCAST_IPV4 ? AF_INET : AF_INET6, address.data(), text, sizeof text);
@@ -43,12 +37,12 @@ uint32_t filterPort(const Arguments &arguments) {
 }
 
 void filters(const Arguments &arguments, Output &out) {
-    std::span<const Family> families = kFamilies;
+    std::span<const MulticastFamily> families = kMulticastFamilies;
     if (arguments.given("--type")) families = families.subspan(chosen(arguments, "--type", kFamilyNames), 1);
     std::string portset = portsetOf(arguments.text("SWITCH"));
     uint32_t port = filterPort(arguments);
     Listing listing(out, {{"type", "TYPE"}, {"group", "GROUP"}});
-    for (const Family &family : families) {
+    for (const MulticastFamily &family : families) {
         auto ask = [&] {
             return fetched<VSHYP_GetMcastFilters>(named(arguments), portset.c_str(), port, family.type);
         };
@@ -75,7 +69,7 @@ void stats(const Arguments &arguments, Output &out) {
     const bool ipv4 = inet_pton(AF_INET, text.c_str(), group.data()) == 1;
     if (!ipv4 && inet_pton(AF_INET6, text.c_str(), group.data()) != 1)
         fail(Exit::Usage, "{} is no IPv4 or IPv6 address", inQuotes(text));
-    const Family &family = kFamilies[ipv4 ? 1 : 2];
+    const MulticastFamily &family = kMulticastFamilies[ipv4 ? 1 : 2];
     std::string portset = portsetOf(arguments.text("SWITCH"));
     uint32_t port = filterPort(arguments);
 

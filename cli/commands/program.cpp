@@ -20,6 +20,7 @@
 #include "tool/output.h"
 #include "tool/run.h"
 #include "views/nouns.h"
+#include "views/monitoring.h"
 
 namespace qvs::cli {
 namespace {
@@ -197,6 +198,7 @@ std::span<const Noun> nouns() {
         {"batch", "many commands in one run", kBatchCommands},
         {"checkpoint", "kept states of switches, and the way back to them", kCheckpointCommands},
         {"monitor", "changes as they happen", kMonitorCommands},
+        {"metrics", "measurements for monitoring systems", kMetricsCommands},
         {"tool", "the tool itself", kToolCommands},
     };
     return table;

@@ -20,6 +20,7 @@ namespace {
 
 constexpr mode_t kDirectoryMode = 0700;
 constexpr mode_t kFileMode = 0600;
+constexpr mode_t kPublicMode = 0644;
 constexpr mode_t kOthersWrite = S_IWGRP | S_IWOTH;
 
 // A descriptor that is closed at the end.
@@ -71,7 +72,29 @@ int store(Descriptor &file, std::string_view text) {
     return synced != 0 ? synced : closed;
 }
 
+std::string temporaryName(const std::string &name) {
+    return fmt::format(".{}.{}", name, getpid());
+}
+
 }  // namespace
+
+void writePublicFile(const std::string &path, std::string_view text) {
+    const size_t slash = path.rfind('/');
+    const std::string name = path.substr(slash == std::string::npos ? 0 : slash + 1);
+    const std::string parent = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    const std::string temporary = parent + "/" + temporaryName(name);
+    // A process of the same number may have died here.
+    unlink(temporary.c_str());
+    Descriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, kPublicMode));
+    int error = file.get() < 0 ? errno : 0;
+    // The mask of the process must not hide the file.
+    if (error == 0 && fchmod(file.get(), kPublicMode) != 0) error = errno;
+    if (error == 0) error = store(file, text);
+    if (error == 0 && rename(temporary.c_str(), path.c_str()) != 0) error = errno;
+    if (error == 0) return;
+    unlink(temporary.c_str());
+    fail(Exit::Failed, "file {}: {}", inQuotes(path), std::strerror(error));
+}
 
 PrivateDirectory::PrivateDirectory(std::string path, bool create, const DirectoryUse &use)
     : path_(std::move(path)), use_(use) {
@@ -168,7 +191,7 @@ bool PrivateDirectory::rename(const std::string &from, const std::string &to, bo
 }
 
 std::string PrivateDirectory::temporaryOf(const std::string &name) const {
-    return use_.ofHost ? name + ".new" : fmt::format(".{}.{}", name, getpid());
+    return use_.ofHost ? name + ".new" : temporaryName(name);
 }
 
 int PrivateDirectory::openNew(const std::string &temporary, const std::string &name) const {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A directory of files that only their owner may read and change.
+// Files that are replaced as a whole: directories of files that only their owner may read and change, and
+// single files that everyone may read.
 #pragma once
 
 #include <sys/stat.h>
@@ -64,5 +65,9 @@ class PrivateDirectory {
     gid_t group_ = 0;
     int descriptor_ = -1;
 };
+
+// Writes a whole file that everyone may read: under a temporary name, which begins with a dot, and then under
+// its own. Throws Failure for what the system refuses.
+void writePublicFile(const std::string &path, std::string_view text);
 
 }  // namespace qvs
