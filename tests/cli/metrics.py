@@ -130,6 +130,11 @@ def check_choices():
     expect("its count", values['qvs_scrape_failures{part="teaming"}'], "2")
     expect("the others", [values[f"qvs_{name}"] for name in ('scrape_failures{part="rarp"}', "mirror_agent_sessions")], ["0", "1"])
     run("qvs-host", "fault", "clear")
+    # A host that has not answered once is not asked again.
+    run("qvs-host", "fault", "add", "device ioctl*GetRARPStats", "--errno", "ETIMEDOUT")
+    values = samples(run("qvs", "metrics").stdout)[0]
+    expect("no answer", [values[f'qvs_scrape_failures{{part="{part}"}}'] for part in ("teaming", "rarp", "mirror", "bfd")],
+           ["0", "2", "3", "1"])
 
 
 def check_output():
