@@ -199,6 +199,7 @@ std::span<const Noun> nouns() {
         {"checkpoint", "kept states of switches, and the way back to them", kCheckpointCommands},
         {"monitor", "changes as they happen", kMonitorCommands},
         {"metrics", "measurements for monitoring systems", kMetricsCommands},
+        {"topology", "a picture of what is connected to what", kTopologyCommands},
         {"tool", "the tool itself", kToolCommands},
     };
     return table;

@@ -13,7 +13,7 @@
 #include "tool/output.h"
 #include "tool/values.h"
 #include "views/http.h"
-#include "views/monitoring.h"
+#include "views/nouns.h"
 #include "views/scrape.h"
 
 namespace qvs::cli {

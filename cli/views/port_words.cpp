@@ -39,4 +39,13 @@ std::string portDetails(const PortFacts &port) {
     return details;
 }
 
+std::map<uint32_t, std::string> privateVlanWords(const SwitchFacts &facts) {
+    std::map<uint32_t, std::string> byPrimary;
+    for (const PrivateVlanFacts &vlan : facts.privateVlans) {
+        std::string &line = byPrimary[vlan.primary];
+        line += fmt::format("{}{} {}", line.empty() ? "" : ", ", vlan.secondary, vlan.type);
+    }
+    return byPrimary;
+}
+
 }  // namespace qvs::cli

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is to be said of a port, in words.
+// What is to be said of ports and VLANs, in words.
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -17,5 +19,8 @@ std::string portDetails(const PortFacts &port);
 
 // Its policies alone.
 std::string policyDetails(const std::vector<Policy> &policies);
+
+// The private VLANs by their primary: "101 isolated, 102 community".
+std::map<uint32_t, std::string> privateVlanWords(const SwitchFacts &facts);
 
 }  // namespace qvs::cli

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // qvs show: what runs, as a tree.
 #include <algorithm>
-#include <map>
 #include <string>
 #include <unordered_map>
 
@@ -142,13 +141,8 @@ void addPolicies(Branch &root, const SwitchFacts &facts) {
 
 void addPrivateVlans(Branch &root, const SwitchFacts &facts) {
     if (facts.privateVlans.empty()) return;
-    std::map<uint32_t, std::string> byPrimary;
-    for (const PrivateVlanFacts &vlan : facts.privateVlans) {
-        std::string &line = byPrimary[vlan.primary];
-        line += fmt::format("{}{} {}", line.empty() ? "" : ", ", vlan.secondary, vlan.type);
-    }
     Branch &branch = root.add("private VLANs");
-    for (const auto &[primary, line] : byPrimary)
+    for (const auto &[primary, line] : privateVlanWords(facts))
         branch.add(fmt::format("{}: {}", primary, line));
 }
 
