@@ -20,7 +20,6 @@
 #include "tool/output.h"
 #include "tool/run.h"
 #include "views/nouns.h"
-#include "views/monitoring.h"
 
 namespace qvs::cli {
 namespace {
