@@ -19,7 +19,7 @@ class Output;
 
 // What a word names, so that completion can offer names. The parser refuses an empty name of a file,
 // directory or lab. A lab is a file, or the name of an installed lab.
-enum class Kind { Word, Switch, Port, Uplink, Session, Checkpoint, File, Directory, Program, Lab };
+enum class Kind { Word, Switch, Port, Uplink, Session, Checkpoint, Command, File, Directory, Program, Lab };
 
 // The words that an argument or a value may be. Completion offers them.
 using Choices = std::span<const char *const>;

@@ -146,10 +146,10 @@ void offerOptions(const Line &line, Output &out) {
 }
 
 // Offers the words that can come next in a command, each with the summary of its command or group.
-void offerWords(const Line &line, Output &out) {
+void offerWords(std::span<const std::string> words, Output &out) {
     out.write("-\n");
-    const std::string before = fmt::format("{}", fmt::join(line.plain, " "));
-    for (const std::string_view word : wordsBehind(line.plain)) {
+    const std::string before = fmt::format("{}", fmt::join(words, " "));
+    for (const std::string_view word : wordsBehind(words)) {
         const std::string whole = before.empty() ? std::string(word) : fmt::format("{} {}", before, word);
         offer(out, word, summaryOf(whole));
     }
@@ -166,6 +166,7 @@ void offerArgument(const Line &line, Output &out) {
     if (at >= arguments.size()) return offerOptions(line, out);
     const Argument &argument = arguments[at];
     if (argument.verbatim && !line.behind) return offerOptions(line, out);
+    if (argument.kind == Kind::Command) return offerWords(std::span(line.plain).subspan(line.taken), out);
     offerValues(line, argument.kind, argument.choices, out);
 }
 
@@ -181,7 +182,7 @@ void offerNext(std::span<const std::string> words, Output &out) {
     if (valued) return offerValues(line, valued->kind, valued->choices, out);
     if (!line.behind && current.starts_with("-")) return offerOptions(line, out);
     if (line.command != nullptr) return offerArgument(line, out);
-    offerWords(line, out);
+    offerWords(line.plain, out);
 }
 
 }  // namespace qvs::cli

@@ -103,7 +103,8 @@ std::vector<std::string> endingWith(std::string_view word) {
 enum class Fit { None, Possible, Certain };
 
 Fit fitOf(const Command &command, const Option &option, std::string_view word) {
-    static const std::vector<std::string_view> numeric = {"N", "ID", "VLAN", "BYTES", "SECONDS", "MINUTES"};
+    static const std::vector<std::string_view> numeric = {"N",       "ID",      "VLAN",        "BYTES",
+                                                          "MINUTES", "SECONDS", "MILLISECONDS"};
     if (!option.choices.empty()) {
         const auto &choices = option.choices;
         return std::find(choices.begin(), choices.end(), word) != choices.end() ? Fit::Certain : Fit::None;

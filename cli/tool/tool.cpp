@@ -43,8 +43,8 @@ constexpr const char *kShells[] = {"bash", "zsh", "fish"};
 const Command kRows[] = {
     {.words = "help",
      .summary = "print the help of the tool, a noun or a command, or search it",
-     .arguments = {{"NOUN", "the noun, a word to look for, or all for every command", Kind::Word, true},
-                   {"VERB", "the verb", Kind::Word, true, true}},
+     .arguments = {{"NOUN", "the noun, a word to look for, or all for every command", Kind::Command, true},
+                   {"VERB", "the verb", Kind::Command, true, true}},
      .details = "A word that is no noun is looked for in the words and summaries of all commands.",
      .example = "% help completion",
      .json = false,

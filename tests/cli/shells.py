@@ -35,6 +35,8 @@ COMPLETED = [
     ("qvs mirror show sw1 mon", "qvs mirror show sw1 monitor"),
     ("qvs mirror show sw1 --port port0 tap", "qvs mirror show sw1 --port port0 tap0"),
     ("qvs checkpoint show --dir kept bef", "qvs checkpoint show --dir kept before"),
+    ("qvs help checkp", "qvs help checkpoint"),
+    ("qvs help port vlan ge", "qvs help port vlan get"),
     ("qvs completion f", "qvs completion fish"),
     ("qvs-host fault a", "qvs-host fault add"),
     ("qvs-host start --lab two", "qvs-host start --lab two-nics"),

@@ -45,6 +45,22 @@ A wrong word is answered with the right one, whether there is a host or not.
   qvs-host: --kill: 'soon' is none of before, middle, after
   qvs-host: rak: no such file, and not an installed lab (pod, rack, two-nics)
 
+A wrong value is refused before the host is looked for.
+
+  $ for words in 'teaming set sw1 --balance nix' 'port vlan set sw1 p0 --id 5000' 'mtu set sw1 high' 'pvlan set sw1 1:2' 'mcast filters sw1 --type ip' 'switch list --names --kernel'; do qvs $words; echo $?; done
+  qvs: --balance: 'nix' is not none, source-ip, source-mac, source-port, explicit or port-load
+  2
+  qvs: --id: 5000 is beyond 4094
+  2
+  qvs: MTU: 'high' is not a number 1280 to 9000
+  2
+  qvs: PRIMARY:SECONDARY:TYPE: '1:2' is not PRIMARY:SECONDARY:TYPE
+  2
+  qvs: --type: 'ip' is none of mac, ipv4, ipv6
+  2
+  qvs: --names and --kernel exclude each other
+  2
+
 The help of the whole tool fits on a screen of 80 by 50 with every noun, and no line of help is too long.
 
   $ COLUMNS=80 qvs help | awk 'length > 80 { print } END { print NR < 50 }'  => 1
