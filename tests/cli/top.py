@@ -40,13 +40,18 @@ class Terminal:
         self.screen = pyte.Screen(columns, lines)
         self.stream = pyte.ByteStream(self.screen)
         self.raw = b""
+        go, start = os.pipe()
         self.pid, self.fd = pty.fork()
         if self.pid == 0:
+            os.read(go, 1)
             os.environ.update({"TERM": "linux", "LC_ALL": "C.UTF-8", **environment})
             # The size is there before the program looks.
             fcntl.ioctl(0, termios.TIOCSWINSZ, struct.pack("HHHH", lines, columns, 0, 0))
             os.execv(words[0], [str(word) for word in words])
         self.before = termios.tcgetattr(self.fd)
+        os.write(start, b"1")
+        os.close(go)
+        os.close(start)
 
     def resize(self, lines, columns):
         self.screen.resize(lines, columns)
