@@ -39,6 +39,10 @@ std::string portDetails(const PortFacts &port) {
     return details;
 }
 
+std::string speedText(uint32_t mbps) {
+    return mbps < 1000 ? fmt::format("{} Mbit/s", mbps) : fmt::format("{:g} Gbit/s", mbps / 1000.0);
+}
+
 std::map<uint32_t, std::string> privateVlanWords(const SwitchFacts &facts) {
     std::map<uint32_t, std::string> byPrimary;
     for (const PrivateVlanFacts &vlan : facts.privateVlans) {

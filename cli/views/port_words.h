@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is to be said of ports and VLANs, in words.
+// What is to be said of ports, links and VLANs, in words.
 #pragma once
 
 #include <cstdint>
@@ -19,6 +19,9 @@ std::string portDetails(const PortFacts &port);
 
 // Its policies alone.
 std::string policyDetails(const std::vector<Policy> &policies);
+
+// The speed of a link: "100 Mbit/s", "2.5 Gbit/s".
+std::string speedText(uint32_t mbps);
 
 // The private VLANs by their primary: "101 isolated, 102 community".
 std::map<uint32_t, std::string> privateVlanWords(const SwitchFacts &facts);

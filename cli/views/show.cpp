@@ -111,10 +111,6 @@ void addPorts(Branch &root, const SwitchFacts &facts, bool all) {
         branch.add(std::move(line));
 }
 
-std::string speedText(uint32_t mbps) {
-    return mbps < 1000 ? fmt::format("{} Mbit/s", mbps) : fmt::format("{:g} Gbit/s", mbps / 1000.0);
-}
-
 void addUplinks(Branch &root, const SwitchFacts &facts) {
     if (facts.uplinks.empty()) return;
     std::vector<Cells> rows;

@@ -51,7 +51,7 @@ void addUplinks(Branch &root, const SwitchFacts &facts) {
         std::string line =
             fmt::format("{} -- {}", uplink.nic ? "NIC " + shown(*uplink.nic) : "no NIC", shown(uplink.name));
         if (uplink.linkUp) line += *uplink.linkUp ? ": up" : ": down";
-        if (uplink.speedMbps) line += fmt::format(", {} Mb/s", *uplink.speedMbps);
+        if (uplink.speedMbps) line += ", " + speedText(*uplink.speedMbps);
         root.add(std::move(line));
     }
 }

@@ -111,7 +111,7 @@ class Picture {
             const UplinkFacts &uplink = facts_.uplinks[i];
             if (!uplink.nic) continue;
             const std::string node = fmt::format("{}n{}", name_, i);
-            const std::string speed = uplink.speedMbps ? fmt::format(", {} Mb/s", *uplink.speedMbps) : "";
+            const std::string speed = uplink.speedMbps ? ", " + speedText(*uplink.speedMbps) : "";
             line("{} [label={}, shape=component];", node, quoted(fmt::format("{}{}", *uplink.nic, speed)));
             line("{} -> {}u{} [dir=none, {}];", node, name_, i, wireOf(uplink));
         }

@@ -21,7 +21,7 @@ VLAN = "com.quillon.vswitch.port.vlan"
 MANY = 998
 failures = []
 TEXT = r"""sw1
-|- NIC pnic0 -- uplink0: up, 100000 Mb/s
+|- NIC pnic0 -- uplink0: up, 100 Gbit/s
 |- no NIC -- uplink1: down
 |- No VLAN: 2 ports
 |  |- </script><script>alert(1)</script><!--: free
@@ -127,7 +127,7 @@ def check_drawings():
     result = run("qvs", "topology", "--format", "svg")
     expect("svg", (result.returncode, result.stderr), (0, ""))
     texts = {element.text for element in xml.etree.ElementTree.fromstring(result.stdout).iter() if element.text}
-    for text in ("sw1", "pnic0, 100000 Mb/s", "uplink1", "VLAN 100", "security", "web", HOSTILE, QUOTES.replace("\\", "\\\\")
+    for text in ("sw1", "pnic0, 100 Gbit/s", "uplink1", "VLAN 100", "security", "web", HOSTILE, QUOTES.replace("\\", "\\\\")
                  .replace("\x01", "\\x01"), "mirror tap", "private VLAN 100: 100 promiscuous, 101 isolated"):
         expect(f"svg: {text}", text in {each.replace("\u00a0", " ") for each in texts}, True)
 
