@@ -77,8 +77,9 @@ The help of the whole tool fits on a screen of 80 by 50 with every noun, and no 
   qvs port vlan: the VLANs of a port
   qvs health: checks of teaming, VLANs and MTU
   qvs health result: what the checks have found
+  qvs topology: a picture of what is connected to what
   $ qvs help PRIVATE vlan | grep -c '^  qvs'
-  3
+  4
   $ qvs help swich
   qvs: no such command: 'swich'; did you mean 'switch'? 'qvs help' lists them
   ? 2
