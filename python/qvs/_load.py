@@ -1,0 +1,76 @@
+# SPDX-License-Identifier: Apache-2.0
+"""How the module reaches the libraries: the C types of qvs.lib, loading, and text."""
+from __future__ import annotations
+
+import ctypes
+from collections.abc import Callable
+from functools import cache
+from typing import Annotated, Any, get_args
+
+# The C types of parameters and results. The second part is what ctypes converts to.
+U8 = Annotated[int, ctypes.c_uint8]
+U16 = Annotated[int, ctypes.c_uint16]
+U32 = Annotated[int, ctypes.c_uint32]
+U64 = Annotated[int, ctypes.c_uint64]
+I32 = Annotated[int, ctypes.c_int32]
+Size = Annotated[int, ctypes.c_size_t]
+Text = Annotated["bytes | None", ctypes.c_char_p]
+Pointer = Annotated[Any, ctypes.c_void_p]
+# The callback of a walk over the snapshot: the object, and a context that is not used.
+WALK = ctypes.CFUNCTYPE(ctypes.c_int, ctypes.c_void_p, ctypes.c_void_p)
+Walk = Annotated[Any, WALK]
+
+LIBRARY = "libqvs.so.1"
+STATE_LIBRARY = "libmeshPublic.so"
+CONFIG_LIBRARY = "libqvs-config.so.0"
+
+
+@cache
+def library(soname: str) -> ctypes.CDLL:
+    """Loads a library. ImportError: the loader does not find it."""
+    try:
+        return ctypes.CDLL(soname, use_errno=True)
+    except OSError as error:
+        raise ImportError(
+            f"{error}; install the library, set LD_LIBRARY_PATH, or run the program with qvs-host run"
+        ) from None
+
+
+def soname_of(function: str) -> str:
+    if function.startswith("QVSConfig_"):
+        return CONFIG_LIBRARY
+    # DVSData, DVSHYP, DVSState and DVS_ are the state library's, DVSLoadConfig and DVSAlias... are not.
+    return STATE_LIBRARY if function.startswith(("DVSData_", "DVSHYP_", "DVSState_", "DVS_")) else LIBRARY
+
+
+def resolver(annotations: dict[str, Any], names: dict[str, Any]) -> Callable[[str], Any]:
+    """The __getattr__ of qvs.lib: finds a function when it is first used, with the types that it is annotated with."""
+
+    def find(name: str) -> Any:
+        if name not in annotations:
+            raise AttributeError(f"module 'qvs.lib' has no function {name!r}")
+        arguments, result = get_args(annotations[name])
+        # A state library may lack DVS_PortState, which gives an AttributeError.
+        function = getattr(library(soname_of(name)), name)
+        function.argtypes = [get_args(argument)[1] for argument in arguments]
+        function.restype = get_args(result)[1] if result not in (None, type(None)) else None
+        names[name] = function
+        return function
+
+    return find
+
+
+def from_text(text: str) -> bytes:
+    """The bytes of a text. Names of switches and ports need not be UTF-8; to_text and from_text keep every byte."""
+    data = text.encode("utf-8", "surrogateescape")
+    if b"\0" in data:
+        raise ValueError(f"{text!r} contains a NUL character")
+    return data
+
+
+def to_text(data: bytes) -> str:
+    return data.decode("utf-8", "surrogateescape")
+
+
+def optional(text: str | None) -> bytes | None:
+    return None if text is None else from_text(text)
