@@ -19,17 +19,24 @@ class Gate:
         self._changed = threading.Condition()
         self._calls = 0
         self._loading = False
+        self._inside = threading.local()  # whether a call of this thread is among those that are counted
 
     @contextmanager
     def use(self) -> Iterator[None]:
         """For the duration of a call that reads the snapshot."""
+        if getattr(self._inside, "call", False):
+            # Part of a call that runs already; a load that waits for it must not stop it.
+            yield
+            return
         with self._changed:
             while self._loading:
                 self._changed.wait()
             self._calls += 1
+        self._inside.call = True
         try:
             yield
         finally:
+            self._inside.call = False
             with self._changed:
                 self._calls -= 1
                 self._changed.notify_all()
@@ -38,11 +45,12 @@ class Gate:
     def alone(self) -> Iterator[None]:
         """For the duration of a call that loads the snapshot. It waits for the block of another thread to end."""
         with self.turn:
-            with self._changed:
-                while self._calls:
-                    self._changed.wait()
-                self._loading = True
             try:
+                with self._changed:
+                    # New calls wait from now on, so that the running ones come to an end.
+                    self._loading = True
+                    while self._calls:
+                        self._changed.wait()
                 yield
             finally:
                 with self._changed:

@@ -33,9 +33,10 @@ class Snapshot:
 
     def __enter__(self) -> Snapshot:
         gate.turn.acquire()
+        if self._open:
+            gate.turn.release()
+            raise RuntimeError("the block of this snapshot is open already")
         try:
-            if self._open:
-                raise RuntimeError("the block of this snapshot is open already")
             self._open = True
             self.reload()
         except BaseException:

@@ -1,0 +1,34 @@
+#!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
+# The wheel is built and installed without a network, and is typed for the programs that use it.
+set -eu
+fail() { echo "wheel: $*" >&2; exit 1; }
+
+for python in python3 /usr/bin/python3 ''; do
+    [ -n "$python" ] || { echo "wheel: skipped: no Python with pip, setuptools, wheel and venv"; exit 77; }
+    "$python" -c 'import ensurepip, pip, setuptools, venv, wheel' 2>/dev/null && break
+done
+
+# setuptools writes beside the sources.
+cp -r "$QVS_SOURCE/python" source
+"$python" -m pip wheel --quiet --no-cache-dir --no-build-isolation --no-index --no-deps -w . ./source
+"$python" -m venv env
+env/bin/pip install --quiet --no-cache-dir --no-index ./qvs-1.0.0-py3-none-any.whl
+
+cat >agent.py <<'END'
+import qvs
+
+with qvs.Snapshot() as host:
+    switch = host.create_switch("sw1", ports=1)
+    security = switch.port("port0").security
+    print(qvs.__file__, security)
+END
+qvs-host run -- env/bin/python -I agent.py >out
+grep -qx "$PWD/env/lib/python3[.0-9]*/site-packages/qvs/__init__.py 1" out || fail "the program prints $(cat out)"
+(cd "$QVS_SOURCE/python/qvs" && ls ./*.py py.typed) >expected
+(cd env/lib/python3*/site-packages/qvs && ls ./*.py py.typed) | diff expected - || fail "a file is missing"
+
+command -v mypy >/dev/null || exit 0
+echo 'text: str = security' >>agent.py
+if mypy --strict --python-executable env/bin/python agent.py >out; then fail "mypy sees no types"; fi
+grep -q '^agent.py:7: error: .*expression has type "Optional\[int\]", variable has type "str"' out || fail "$(cat out)"
