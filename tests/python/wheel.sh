@@ -5,8 +5,8 @@ set -eu
 fail() { echo "wheel: $*" >&2; exit 1; }
 
 for python in python3 /usr/bin/python3 ''; do
-    [ -n "$python" ] || { echo "wheel: skipped: no Python with pip, setuptools, wheel and venv"; exit 77; }
-    "$python" -c 'import ensurepip, pip, setuptools, venv, wheel' 2>/dev/null && break
+    [ -n "$python" ] || { echo "wheel: skipped: no Python with setuptools, pip, venv and wheel"; exit 77; }
+    "$python" -c 'import setuptools, ensurepip, pip, venv, wheel' 2>/dev/null && break
 done
 
 # setuptools writes beside the sources.
