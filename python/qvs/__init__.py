@@ -10,6 +10,7 @@ qvs.kernel reads the tables of the running kernel, qvs.config applies documents,
 and qvs.constants what the C headers define, and qvs.lib has every function of the libraries as in C.
 """
 from qvs import config, constants, kernel, keys, lib, records
+from qvs._handle import text
 from qvs._policy import Ipfix, Mirrors, Vlan
 from qvs.errors import (
     BadParameter,
@@ -23,7 +24,8 @@ from qvs.errors import (
     NotSupported,
     StaleHandle,
 )
-from qvs.snapshot import Port, Snapshot, Switch, Uplink
+from qvs.snapshot import Snapshot
+from qvs.switch import Port, Switch, Uplink
 
 __all__ = [
     "BadParameter",
@@ -49,4 +51,5 @@ __all__ = [
     "keys",
     "lib",
     "records",
+    "text",
 ]

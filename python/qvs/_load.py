@@ -43,6 +43,24 @@ def soname_of(function: str) -> str:
     return STATE_LIBRARY if function.startswith(("DVSData_", "DVSHYP_", "DVSState_", "DVS_")) else LIBRARY
 
 
+@cache
+def checked(kind: Any) -> Any:
+    """A type of a parameter. ctypes cuts off numbers that do not fit; these give ctypes.ArgumentError instead."""
+    if not isinstance(kind(), ctypes._SimpleCData) or not isinstance(kind().value, int):
+        return kind
+    bits, signed = 8 * ctypes.sizeof(kind), kind(-1).value < 0
+    low, high = (-1 << bits - 1, (1 << bits - 1) - 1) if signed else (0, (1 << bits) - 1)
+
+    class Checked:
+        @staticmethod
+        def from_param(value: int) -> Any:
+            if not low <= value <= high:
+                raise ValueError(f"{value} is not between {low} and {high}")
+            return kind(value)
+
+    return Checked
+
+
 def resolver(annotations: dict[str, Any], names: dict[str, Any]) -> Callable[[str], Any]:
     """The __getattr__ of qvs.lib: finds a function when it is first used, with the types that it is annotated with."""
 
@@ -52,12 +70,26 @@ def resolver(annotations: dict[str, Any], names: dict[str, Any]) -> Callable[[st
         arguments, result = get_args(annotations[name])
         # A state library may lack DVS_PortState, which gives an AttributeError.
         function = getattr(library(soname_of(name)), name)
-        function.argtypes = [get_args(argument)[1] for argument in arguments]
+        function.argtypes = [checked(get_args(argument)[1]) for argument in arguments]
         function.restype = get_args(result)[1] if result not in (None, type(None)) else None
         names[name] = function
         return function
 
     return find
+
+
+def copied(pointer: ctypes.c_void_p, size: int = -1) -> bytes:
+    """The bytes at an address, or those before a NUL. Some functions succeed with a null pointer without memory."""
+    if not pointer.value:
+        raise MemoryError("the library returned no value")
+    return ctypes.string_at(pointer.value, size)
+
+
+def word(name: str, value: int) -> int:
+    """A number that the library takes in 32 bits, and that ctypes would cut off."""
+    if not 0 <= value < 1 << 32:
+        raise ValueError(f"{name}: {value} is not between 0 and 4294967295")
+    return value
 
 
 def from_text(text: str) -> bytes:

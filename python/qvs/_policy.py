@@ -13,7 +13,7 @@ from contextlib import AbstractContextManager
 from typing import Any, Generic, NamedTuple, Protocol, TypeVar, overload
 
 from qvs import constants, lib, records
-from qvs._load import from_text, to_text
+from qvs._load import copied, from_text, to_text, word
 from qvs._record import Record
 from qvs.errors import NotFound, check
 
@@ -30,7 +30,7 @@ class Place(Protocol):
 
     def get_property(self, key: str) -> bytes: ...
 
-    def set_property(self, key: str, value: bytes) -> None: ...
+    def set_property(self, key: str, value: bytes | str) -> None: ...
 
     def clear_property(self, key: str) -> None: ...
 
@@ -93,26 +93,21 @@ class Policy(Generic[T]):
 
 
 class Number(Policy[int]):
-    """A number that the getter stores through a pointer."""
-
-    kind: type[Any] = ctypes.c_uint32
+    """A number of 32 bits that the getter stores through a pointer."""
 
     def _read(self, function: Callable[..., int], names: Names) -> tuple[int, Any]:
-        number = self.kind()
+        number = ctypes.c_uint32()
         return function(*names, ctypes.byref(number)), number.value
 
     def _store(self, function: Callable[..., int], names: Names, value: int) -> int:
-        limit = 1 << 8 * ctypes.sizeof(self.kind)
-        if not 0 <= value < limit:
-            raise ValueError(f"{self._name}: {value} is not between 0 and {limit - 1}")
-        return function(*names, value)
+        return function(*names, word(self._name, value))
 
 
 class Mask(Number):
     """A number that the setter, too, takes through a pointer."""
 
     def _store(self, function: Callable[..., int], names: Names, value: int) -> int:
-        return super()._store(lambda *rest: function(*names, ctypes.byref(self.kind(rest[-1]))), names, value)
+        return function(*names, ctypes.byref(ctypes.c_uint32(word(self._name, value))))
 
 
 class Flag(Policy[bool]):
@@ -180,10 +175,6 @@ class Stored(Policy[R]):
         place.set_property(self._key, bytes(value))
 
 
-def _at(pointer: ctypes.c_void_p, size: int) -> bytes:
-    return ctypes.string_at(pointer.value or 0, size)
-
-
 class Allocated(Policy[T]):
     """A value of the state library, released here. What it holds says how long it is."""
 
@@ -226,8 +217,8 @@ class VlanPolicy(Allocated[Vlan]):
 
     def _decode(self, pointer: ctypes.c_void_p, number: int) -> Vlan:
         size = records.VSDVS_PortVLAN.SIZE
-        head = records.VSDVS_PortVLAN.from_bytes(_at(pointer, size))
-        data = _at(pointer, size + head.rangeCount * records.VSDVS_VLANRange.SIZE)
+        head = records.VSDVS_PortVLAN.from_bytes(copied(pointer, size))
+        data = copied(pointer, size + head.rangeCount * records.VSDVS_VLANRange.SIZE)
         ranges = records.VSDVS_VLANRange.list_from_bytes(data, size, head.rangeCount)
         return Vlan(
             head.vlan,
@@ -254,7 +245,7 @@ class PrivateVlans(Allocated["list[records.VSDVS_PrivateVLAN]"]):
 
     def _decode(self, pointer: ctypes.c_void_p, number: int) -> list[records.VSDVS_PrivateVLAN]:
         record = records.VSDVS_PrivateVLAN
-        return record.list_from_bytes(_at(pointer, number * record.SIZE), 0, number)
+        return record.list_from_bytes(copied(pointer, number * record.SIZE), 0, number)
 
     def _store(self, function: Callable[..., int], names: Names, value: list[records.VSDVS_PrivateVLAN]) -> int:
         status = function(*names, b"".join(map(bytes, value)), len(value))
@@ -266,8 +257,8 @@ class Addresses(Allocated["list[bytes]"]):
     """MAC addresses of 6 bytes."""
 
     def _decode(self, pointer: ctypes.c_void_p, number: int) -> list[bytes]:
-        count = _at(pointer, 1)[0]
-        data = _at(pointer, 1 + 6 * count)
+        count = copied(pointer, 1)[0]
+        data = copied(pointer, 1 + 6 * count)
         return [data[place : place + 6] for place in range(1, len(data), 6)]
 
     def _store(self, function: Callable[..., int], names: Names, value: list[bytes]) -> int:
@@ -287,9 +278,9 @@ class MirrorPolicy(Allocated[Mirrors]):
     def _decode(self, pointer: ctypes.c_void_p, number: int) -> Mirrors:
         session, entity = records.VSDVS_MirrorSession, records.VSDVS_MirrorEntity
         start = records.VSDVS_MirrorHeader.SIZE
-        head = records.VSDVS_MirrorHeader.from_bytes(_at(pointer, start))
+        head = records.VSDVS_MirrorHeader.from_bytes(copied(pointer, start))
         middle = start + head.sessionCount * session.SIZE
-        data = _at(pointer, middle + head.entityCount * entity.SIZE)
+        data = copied(pointer, middle + head.entityCount * entity.SIZE)
         return Mirrors(
             session.list_from_bytes(data, start, head.sessionCount),
             entity.list_from_bytes(data, middle, head.entityCount),
@@ -321,8 +312,8 @@ class IpfixPolicy(Allocated[Ipfix]):
 
     def _decode(self, pointer: ctypes.c_void_p, number: int) -> Ipfix:
         size = records.IPFIXDVS_Port.SIZE
-        record = records.IPFIXDVS_Port.from_bytes(_at(pointer, size))
-        return Ipfix(record, _at(pointer, size + record.virtualObsIDLength)[size:])
+        record = records.IPFIXDVS_Port.from_bytes(copied(pointer, size))
+        return Ipfix(record, copied(pointer, size + record.virtualObsIDLength)[size:])
 
     def _store(self, function: Callable[..., int], names: Names, value: Ipfix) -> int:
         record = dataclasses.replace(value.record, virtualObsIDLength=len(value.observation))

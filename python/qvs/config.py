@@ -14,7 +14,7 @@ from enum import IntEnum
 
 from qvs import constants, lib
 from qvs._gate import gate
-from qvs._load import from_text, to_text
+from qvs._load import copied, from_text, to_text, word
 from qvs.errors import check
 
 
@@ -86,7 +86,7 @@ def export(*aliases: str, json: bool = False, defaults: bool = False) -> str:
     text = ctypes.c_void_p()
     try:
         _run("export", lib.QVSConfig_Export, names if aliases else None, len(aliases), flags, ctypes.byref(text))
-        return to_text(ctypes.string_at(text.value or 0))
+        return to_text(copied(text))
     finally:
         lib.QVSConfig_FreeText(text)
 
@@ -110,9 +110,8 @@ def apply(text: str | bytes, *, prune: bool = False, strict: bool = False, confi
 
     confirm  seconds within which confirm() must be called; otherwise the change is undone
     """
-    if not 0 <= confirm < 1 << 32:
-        raise ValueError(f"confirm: {confirm} is not between 0 and 4294967295")
-    return _run("the document", lib.QVSConfig_Apply, *_document(text), _flags(prune, strict), confirm)
+    seconds = word("confirm", confirm)
+    return _run("the document", lib.QVSConfig_Apply, *_document(text), _flags(prune, strict), seconds)
 
 
 def confirm() -> None:

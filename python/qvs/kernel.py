@@ -15,7 +15,7 @@ from typing import Any
 from qvs import constants as sizes
 from qvs import lib
 from qvs._gate import gate
-from qvs._load import from_text
+from qvs._load import copied, from_text
 from qvs.errors import check
 
 _free = ctypes.CDLL(None).free
@@ -52,7 +52,7 @@ def _block(function: Callable[..., int], *names: str | int, size: int) -> bytes:
         status = function(*_arguments(names), ctypes.byref(pointer))
     check(status, _what(function, names))
     try:
-        return ctypes.string_at(pointer.value or 0, size)
+        return copied(pointer, size)
     finally:
         lib.VSHYP_FreeMemory(pointer)
 

@@ -201,6 +201,10 @@ class Objects(unittest.TestCase):
                     self.assertEqual(switch.properties[f"com.example.{name}"].decode("utf-8", "surrogateescape"), name)
                     self.assertIn(name.replace("\n", "\\n")[:2], switch.dump())
                     switch.destroy()
+            self.assertRaises(TypeError, host.switch("sw1").set_property, "com.example.n", 5)
+            host.switch("sw1").set_property("com.example.text", "línea")
+            self.assertEqual(host.switch("sw1").get_property("com.example.text"), b"l\xc3\xadnea\0")
+            self.assertEqual(qvs.text(b"l\xc3\xadnea\0x"), "línea")
             for call in [lambda: host.switch("a\0b"), lambda: host.create_switch("a\0b"),
                          lambda: host.switch("sw1").port("p\0"), lambda: host.switch("sw1").get_property("k\0"),
                          lambda: host.switch("sw1").add_port("p", -1), lambda: host.create_switch("n", ports=1 << 32),

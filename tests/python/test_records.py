@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """Records are the literal bytes that the library stores, and refuse what does not fit."""
+import ctypes
 import unittest
 
 from qvs import keys, lib, records
@@ -62,6 +63,11 @@ class Library(unittest.TestCase):
             self.assertEqual(getattr(lib, name).__name__, name)
         with self.assertRaisesRegex(AttributeError, "module 'qvs.lib' has no function 'VSDVS_Nothing'"):
             lib.VSDVS_Nothing  # type: ignore[attr-defined]
+
+    def test_numbers_are_not_cut_off(self):
+        for call in [lambda: lib.VSDVS_SetMTU(b"sw1", 1 << 32), lambda: lib.BFD_GetSessions(256),
+                     lambda: lib.VSHYP_SetUplinkAdminLinkState(b"s", b"u", -(1 << 31) - 1)]:
+            self.assertRaisesRegex(ctypes.ArgumentError, "is not between", call)
 
     def test_keys(self):
         self.assertEqual(keys.PORT_VLAN, "com.quillon.vswitch.port.vlan")
