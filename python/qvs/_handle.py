@@ -21,12 +21,19 @@ R = TypeVar("R", bound=Record)
 def walk(function: Callable[..., None], *start: int) -> list[int]:
     """The addresses of what a walk of the state library visits."""
     found: list[int] = []
+    interrupts: list[BaseException] = []
 
     def visit(pointer: int, context: int | None) -> int:
-        found.append(pointer)
-        return 0
+        try:
+            found.append(pointer)
+            return 0
+        except BaseException as interrupt:  # such as KeyboardInterrupt, which ctypes would ignore
+            interrupts.append(interrupt)
+            return 1
 
     function(*start, WALK(visit), None)
+    if interrupts:
+        raise interrupts[0]
     return found
 
 
