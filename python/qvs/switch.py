@@ -152,15 +152,15 @@ class Switch(Handle):
     def uplinks(self) -> list[Uplink]:
         """The uplinks and the ports that carry them on this host."""
         names, ports = ctypes.c_void_p(), ctypes.c_void_p()
+        with self._names() as (alias,):
+            status = lib.VSDVS_GetSwitchUplinkPorts(alias, ctypes.byref(names), ctypes.byref(ports))
         try:
-            self._call(": uplinks", lib.VSDVS_GetSwitchUplinkPorts, ctypes.byref(names), ctypes.byref(ports))
+            if status == constants.HYP_NOT_FOUND:
+                return []  # nothing is stored
+            check(status, f"{self}: uplinks")
             # Both lists have the same count; the library compares them.
-            return [
-                Uplink(name.name, port.portId)
-                for name, port in zip(list_of(names, records.VSDVS_UplinkName), list_of(ports, records.VSDVS_UplinkPort))
-            ]
-        except NotFound:
-            return []
+            both = zip(list_of(names, records.VSDVS_UplinkName), list_of(ports, records.VSDVS_UplinkPort))
+            return [Uplink(name.name, port.portId) for name, port in both]
         finally:
             for pointer in (names, ports):
                 if pointer.value:

@@ -223,6 +223,7 @@ class Objects(unittest.TestCase):
             first = host.switch("twin").id
             with self.assertRaisesRegex(qvs.NotFound, "another switch has its alias"):
                 twins["twin-2" if first == "twin-1" else "twin-1"].learn_static = True
+            self.assertRaises(qvs.NotFound, lambda: twins["twin-2" if first == "twin-1" else "twin-1"].uplinks)
             twins[first].learn_static = True
 
 
