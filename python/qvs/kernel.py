@@ -16,10 +16,12 @@ from qvs import constants as sizes
 from qvs import lib
 from qvs._gate import gate
 from qvs._load import copied, from_text
-from qvs.errors import check
+from qvs.errors import Failure, check
 
 _free = ctypes.CDLL(None).free
 _free.argtypes, _free.restype = [ctypes.c_void_p], None
+_usable_size = ctypes.CDLL(None).malloc_usable_size
+_usable_size.argtypes, _usable_size.restype = [ctypes.c_void_p], ctypes.c_size_t
 
 
 def _arguments(names: tuple[str | int, ...]) -> list[bytes | int]:
@@ -31,6 +33,10 @@ def _copy(address: int | None, head: int, entry: int) -> list[bytes]:
     if not address:
         return []
     count = int.from_bytes(ctypes.string_at(address, 4), "little")
+    # The number is that of the kernel's last answer, the room that of its first. A kernel may contradict itself.
+    room = (_usable_size(address) - head) // entry
+    if count > room:
+        raise Failure(sizes.HYP_FAILURE, f"the kernel counts {count} entries, but handed over at most {room}")
     return [ctypes.string_at(address + head + index * entry, entry) for index in range(count)]
 
 

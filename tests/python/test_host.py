@@ -184,6 +184,23 @@ class Objects(unittest.TestCase):
                 self.assertEqual((type(caught.exception), caught.exception.status, caught.exception.name),
                                  (error, status, name))
 
+    def test_kernel_that_contradicts_itself(self):
+        with qvs.Snapshot() as host:
+            port = host.switch("sw1").port("port0")
+            self.assertEqual(qvs.kernel.port_info("sw1", "port0"), qvs.kernel.ports("sw1")[2])
+            self.assertEqual([qvs.kernel.uplink_is_up("sw1", "uplink0"), len(qvs.kernel.uplinks("sw1"))], [True, 2])
+            qvs.kernel.set_uplink_up("sw1", "uplink0", False)
+            self.assertFalse(qvs.kernel.uplink_is_up("sw1", "uplink0"))
+            qvs.kernel.set_uplink_up("sw1", "uplink0", True)
+            for request, call in [("GetUplinks", lambda: qvs.kernel.uplinks("sw1")),
+                                  ("GetUplink", qvs.kernel.control_plane_uplinks)]:
+                subprocess.run(["qvs-host", "fault", "add", f"device ioctl*{request}*", "--nth", "2", "--output",
+                                "0:ffffffff"], check=True, stdout=subprocess.DEVNULL)
+                with self.assertRaisesRegex(qvs.Failure, "counts 4294967295 entries, but handed over at most [24]: "):
+                    call()
+                subprocess.run(["qvs-host", "fault", "clear"], check=True, stdout=subprocess.DEVNULL)
+            self.assertEqual(port.security, 1)
+
     def test_hostile_names(self):
         with qvs.Snapshot() as host:
             for number, name in enumerate(HOSTILE):
