@@ -3,8 +3,8 @@
 """The functions of the libraries, as the C headers declare them.
 
 They follow the rules of the headers and of docs/rules.md: statuses are numbers, the caller
-releases what it is given, and nothing keeps DVSLoadConfig apart from other threads. A library is
-loaded when one of its functions is used for the first time.
+releases what it is given, and nothing keeps DVSLoadConfig apart from other threads. A
+library is loaded when one of its functions is used for the first time.
 """
 
 import ctypes

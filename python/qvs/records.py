@@ -3,9 +3,9 @@
 """The records of the C headers as dataclasses.
 
 bytes(record) are the bytes that the library and the kernel store, from_bytes() reads them.
-Of each field the offset and the size stand here, and the number of elements of an array. A list
-with fewer elements, such as the empty one of the default, is filled up with zeros. What follows
-the NUL of a text is not kept.
+Of each field the offset and the size stand here, and the number of elements of an array. A
+list with fewer elements, such as the empty one of the default, is filled up with zeros.
+What follows the NUL of a text is not kept.
 """
 
 from dataclasses import dataclass

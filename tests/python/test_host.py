@@ -175,7 +175,8 @@ class Objects(unittest.TestCase):
 
     def test_faults(self):
         with qvs.Snapshot() as host:
-            for status, error, name in [(0xBAD0014, qvs.NoMemory, "Out of memory"), (0xBAD0040, qvs.NoHost, "No connection"),
+            for status, error, name in [(0xBAD0014, qvs.NoMemory, "Out of memory"),
+                                        (0xBAD0040, qvs.NoHost, "No connection"),
                                         (0xBAD0099, qvs.Error, "Invalid metadata")]:
                 subprocess.run(["qvs-host", "fault", "add", "PortAdd", "--status", hex(status)], check=True,
                                stdout=subprocess.DEVNULL)

@@ -17,7 +17,8 @@ TABLE = [
     (records.VSDVS_TeamingPolicy(3, 0x80, 0, 0x20, 1, 1, ["uplink0", "u1"]),
      "03000000 80000000 00000000 20000000 01000000 01000000" + b"uplink0".hex() + "00" * 74 + b"u1".hex()
      + "00" * (79 + 30 * 81)),
-    (records.IPFIXDVS_Port(1, 2, 3, collectorCount=2, collectors=[records.IPFIXDVS_Collector(b"\x7f\0\0\1" + bytes(12), 53)]),
+    (records.IPFIXDVS_Port(1, 2, 3, collectorCount=2,
+                           collectors=[records.IPFIXDVS_Collector(b"\x7f\0\0\1" + bytes(12), 53)]),
      "01000000 02000000 03000000 00 02 0000 00000000 00000000 7f000001" + "00" * 12 + "3500 00 00" + "00" * 140),
 ]
 REFUSED = [
