@@ -50,4 +50,7 @@ install(FILES docs/man/libqvs.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONE
 install(FILES docs/man/libqvs-config.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT config-development)
 
 install(FILES README.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
-install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation PATTERN man EXCLUDE)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
+    PATTERN man EXCLUDE PATTERN site.css EXCLUDE)
+# The site, if scripts/site has built it.
+install(DIRECTORY build/site/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/html COMPONENT documentation OPTIONAL)

@@ -76,6 +76,15 @@ qvs_package(host qvs-host utils "libmesh-public-reference@"
 kernel, its devices and its shell, without privileges. It is for trying
 out and testing agents.")
 set(CPACK_DEBIAN_HOST_PACKAGE_RECOMMENDS "qvs")
+qvs_package(python python3-qvs python "libqvs1@, python3:any"
+    "Python module for virtual switches"
+    "The module qvs controls the distributed virtual switches of a hypervisor
+host from Python: switches, ports, policies, documents and tables of the
+kernel. It has type hints.")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS libqvs-config0)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_CURRENT_LIST_DIR}/debian/python/postinst ${CMAKE_CURRENT_LIST_DIR}/debian/python/prerm)
 qvs_package(documentation qvs-doc doc ""
     "documentation of qvs"
     "The documentation describes the control library libqvs, its command-line
