@@ -220,6 +220,7 @@ const Program &program() {
         .failed = 1,
         .topics = kTopics,
         .otherNames = kOtherNames,
+        .hasPagesOfNouns = true,
         .run = runOnHost,
     };
     return self;

@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tool/command.h"
 
@@ -41,7 +42,10 @@ std::string completionScript(std::string_view shell);
 // Prints the words that may complete the last of these words of a command line.
 void offerNext(std::span<const std::string> words, Output &out);
 
-std::string manualPage();      // troff
+std::string manualPage();  // troff
+// The first words of all commands, if the program has a manual page for each of them. Otherwise empty.
+std::vector<std::string_view> nounsWithPages();
+std::string manualPageOf(std::string_view noun);
 std::string markdownManual();  // the same as Markdown
 
 }  // namespace qvs::cli

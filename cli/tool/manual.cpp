@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The manual page, made from the command table and the description of the program.
+// The manual pages, made from the command table and the description of the program.
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -88,12 +88,72 @@ std::string markdown(const Passage &passage) {
     return lines + "\n\n";
 }
 
+std::string_view firstWord(std::string_view words) {
+    return words.substr(0, words.find(' '));
+}
+
+std::string pageNameOf(std::string_view noun) {
+    return fmt::format("{}-{}", program().name, noun);
+}
+
+std::string title(std::string_view name) {
+    return fmt::format(".TH {} 1 \"\" \"qvs {}\" \"User Commands\"\n", troff(upper(std::string(name))),
+                       program().version);
+}
+
+// The commands of a program that has pages of nouns: the pages.
+void troffPages(std::string &page) {
+    page += "Each noun has a page of its own.\n";
+    for (const std::string_view noun : nounsWithPages())
+        troffItem(page, pageNameOf(noun) + "(1)", summaryOf(noun));
+}
+
+// The title of a section begins a paragraph, and no request for one may follow it.
+std::string withoutEmptyParagraphs(std::string page) {
+    constexpr std::string_view kParagraph = ".PP\n";
+    for (size_t at = 0; (at = page.find("\n.SH ", at)) != std::string::npos;) {
+        at = page.find('\n', at + 1) + 1;
+        if (std::string_view(page).substr(at).starts_with(kParagraph)) page.erase(at--, kParagraph.size());
+    }
+    return page;
+}
+
 }  // namespace
+
+std::vector<std::string_view> nounsWithPages() {
+    std::vector<std::string_view> found;
+    if (!program().hasPagesOfNouns) return found;
+    for (const Noun &noun : program().nouns) {
+        for (const Command &command : noun.commands) {
+            const std::string_view word = firstWord(command.words);
+            if (std::find(found.begin(), found.end(), word) == found.end()) found.push_back(word);
+        }
+    }
+    return found;
+}
+
+std::string manualPageOf(std::string_view noun) {
+    const std::string name = pageNameOf(noun);
+    std::string page = title(name);
+    page += fmt::format(".SH NAME\n{} \\- {}\n", troff(name), troff(summaryOf(noun)));
+    page += ".SH SYNOPSIS\n.nf\n";
+    std::string commands;
+    for (const Noun &group : program().nouns) {
+        for (const Command &command : group.commands) {
+            if (firstWord(command.words) != noun) continue;
+            page += troffUsage(usageLine(command)) + "\n";
+            troffCommand(commands, command);
+        }
+    }
+    page += ".fi\n.SH COMMANDS\n" + commands;
+    page += fmt::format(".SH SEE ALSO\n{}(1) has the options of every command and the exit statuses.\n",
+                        troff(program().name));
+    return withoutEmptyParagraphs(std::move(page));
+}
 
 std::string manualPage() {
     const Program &self = program();
-    std::string page =
-        fmt::format(".TH {} 1 \"\" \"qvs {}\" \"User Commands\"\n", troff(upper(self.name)), self.version);
+    std::string page = title(self.name);
     page += fmt::format(".SH NAME\n{} \\- {}\n", troff(self.name), troff(self.summary));
     page += fmt::format(".SH SYNOPSIS\n\\fB{}\\fR {}\n", troff(self.name), troffUsage(self.usage));
     page += ".SH DESCRIPTION\n";
@@ -103,22 +163,17 @@ std::string manualPage() {
     for (const Option *option : commonOptions())
         troffItem(page, words(*option), option->summary);
     page += ".SH COMMANDS\n";
+    if (self.hasPagesOfNouns) troffPages(page);
     for (const Noun &noun : self.nouns) {
         for (const Command &command : noun.commands)
-            troffCommand(page, command);
+            if (!self.hasPagesOfNouns) troffCommand(page, command);
     }
     for (const Section &section : self.sections) {
         page += fmt::format(".SH {}\n", upper(section.title));
         for (const Passage &passage : section.passages)
             troffPassage(page, passage);
     }
-    // The title of a section begins a paragraph, and no request for one may follow it.
-    constexpr std::string_view kParagraph = ".PP\n";
-    for (size_t at = 0; (at = page.find("\n.SH ", at)) != std::string::npos;) {
-        at = page.find('\n', at + 1) + 1;
-        if (std::string_view(page).substr(at).starts_with(kParagraph)) page.erase(at--, kParagraph.size());
-    }
-    return page;
+    return withoutEmptyParagraphs(std::move(page));
 }
 
 std::string markdownManual() {

@@ -56,6 +56,8 @@ struct Program {
     int failed;                         // the exit status for Exit::Failed
     std::span<const Topic> topics = {};
     std::span<const OtherName> otherNames = {};
+    // Whether each noun has a manual page of its own.
+    bool hasPagesOfNouns = false;
     // Runs the command of a call, with the work of the program before and after it. Null: runs only the
     // command.
     void (*run)(const Call &, Output &) = nullptr;

@@ -6,6 +6,7 @@
 
 #include "base/text.h"
 #include "tool/command.h"
+#include "tool/failure.h"
 #include "tool/help.h"
 #include "tool/output.h"
 #include "tool/run.h"
@@ -35,7 +36,20 @@ void complete(const Arguments &arguments, Output &out) {
 }
 
 void manual(const Arguments &arguments, Output &out) {
-    out.write(arguments.given("--markdown") ? markdownManual() : manualPage());
+    const std::vector<std::string_view> nouns = nounsWithPages();
+    if (arguments.given(kNames.name)) {
+        NameList names(out);
+        for (const std::string_view noun : nouns)
+            names.add(noun);
+        return names.finish();
+    }
+    if (!arguments.given("NOUN"))
+        return out.write(arguments.given("--markdown") ? markdownManual() : manualPage());
+    const std::string &noun = arguments.text("NOUN");
+    if (std::find(nouns.begin(), nouns.end(), noun) == nouns.end())
+        fail(Exit::Usage, "there is no manual page about {}{}", inQuotes(noun),
+             didYouMean(commandsMeant({&noun, 1}, 0)));
+    out.write(manualPageOf(noun));
 }
 
 constexpr const char *kShells[] = {"bash", "zsh", "fish"};
@@ -70,8 +84,13 @@ const Command kRows[] = {
      .json = false,
      .run = local(complete)},
     {.words = "manual",
-     .summary = "print the manual page",
-     .options = {{"--markdown", nullptr, "print it as Markdown instead of troff"}},
+     .summary = "print a manual page",
+     .arguments = {{"NOUN", "the noun of the page; the page of the program without one", Kind::Command,
+                    true}},
+     .options = {{"--markdown", nullptr, "print all commands as Markdown instead of troff"},
+                 {.name = kNames.name,
+                  .value = nullptr,
+                  .summary = "print the nouns that have pages, one a line"}},
      .example = "% manual | man -l -",
      .json = false,
      .run = local(manual)},

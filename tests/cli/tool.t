@@ -63,7 +63,39 @@ Help, manual and completion come from the table.
   .SH SYNOPSIS
   \fBqvs\fR \fINOUN\fR \fIVERB\fR [\fIARGUMENT\fR...] [\fIOPTION\fR...]
   $ qvs help all | grep -c '^  --'  => 5
-  $ qvs help all | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; qvs manual | grep -qF "${command//-/\\-}" || echo "$command"; done
+  $ pages() { qvs manual --names | while read -r noun; do qvs manual $noun; done; }; pages >pages; qvs help all | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; grep -qF "${command//-/\\-}" pages || echo "$command"; done
+  $ qvs manual nic
+  .TH QVS\-NIC 1 "" "qvs 1.0.0" "User Commands"
+  .SH NAME
+  qvs\-nic \- physical NICs of uplinks
+  .SH SYNOPSIS
+  .nf
+  qvs nic list [\-\-names]
+  .fi
+  .SH COMMANDS
+  .SS "qvs nic list"
+  list the physical NICs that uplinks are bound to, with their links.
+  .PP
+  .nf
+  qvs nic list [\-\-names]
+  .fi
+  .TP
+  \fB\-\-names\fR
+  print the names alone, one a line
+  .PP
+  A NIC that no uplink is bound to is not known to the switches. MBIT/S is the speed in megabits per second, where the kernel stores it.
+  .PP
+  Example: qvs nic list
+  .SH SEE ALSO
+  qvs(1) has the options of every command and the exit statuses.
+  $ qvs manual | grep -A 1 -F 'port(1)'; qvs manual prot
+  \fBqvs\-port(1)\fR
+  ports of a switch
+  --
+  \fBqvs\-export(1)\fR
+  the configuration of the host as a document
+  qvs: there is no manual page about 'prot'; did you mean 'port' or 'prop'?
+  ? 2
   $ qvs manual --markdown | sed -n '/### qvs switch destroy/,/Example/p'
   ### qvs switch destroy
   

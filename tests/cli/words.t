@@ -95,5 +95,5 @@ The help of the whole tool fits on a screen of 80 by 50 with every noun, and no 
     identifier of a switch without alias, or the name of a
     portset without switch.
   
-  $ test $(qvs manual | grep -c '^Example: ') = $(qvs manual | grep -c '^.SS ') && echo each
+  $ qvs manual --names | while read -r noun; do qvs manual $noun; done >pages; test $(grep -c '^Example: ' pages) = $(grep -c '^.SS ' pages) && echo each
   each

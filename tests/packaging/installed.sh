@@ -39,8 +39,10 @@ cmp /tmp/with /tmp/upgraded || fail "an upgrade leaves other files than an insta
 [ "$(as_tester qvs --version)" = 'qvs 1.0.0' ] || fail "qvs --version: $(as_tester qvs --version)"
 [ "$(as_tester qvs-host run -- sh -c 'qvs switch create sw1 --ports 2 && qvs port list sw1 --names' | tr '\n' ' ')" = \
     'sw1: changed port0 port1 ' ] || fail "the tool does not work on the emulated host"
+[ "$(as_tester qvs-host run -- python3 -c 'import qvs
+with qvs.Snapshot() as snapshot: print(len(list(snapshot.switches)))')" = 0 ] || fail "the Python module does not work"
 ldconfig -p | grep -q 'libqvs\.so\.1 ' || fail "the dynamic linker does not know libqvs"
-for page in man1/qvs.1 man1/qvs-host.1 man7/libqvs.7 man3/libqvs-config.3; do
+for page in man1/qvs.1 man1/qvs-port.1 man1/qvs-host.1 man7/libqvs.7 man3/libqvs-config.3; do
     gzip -t "/usr/share/man/$page.gz" || fail "no manual page $page"
 done
 
