@@ -20,8 +20,8 @@ class Transaction {
 
     // Restores the state before the change. The journal is kept if that was not possible in full.
     Restored undo();
-    // commit makes the change permanent. commitForNow keeps it until the time that it returns, on the clock of
-    // bootTime(); if it is not confirmed before, it is undone.
+    // commit makes the change permanent. commitForNow keeps it until the time that it returns, on the clock
+    // of bootTime(); if it is not confirmed before, it is undone.
     void commit();
     uint64_t commitForNow(uint32_t seconds);
 

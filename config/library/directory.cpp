@@ -85,7 +85,8 @@ void writePublicFile(const std::string &path, std::string_view text) {
     const std::string temporary = parent + "/" + temporaryName(name);
     // A process of the same number may have died here.
     unlink(temporary.c_str());
-    Descriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, kPublicMode));
+    Descriptor file(
+        open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, kPublicMode));
     int error = file.get() < 0 ? errno : 0;
     // The mask of the process must not hide the file.
     if (error == 0 && fchmod(file.get(), kPublicMode) != 0) error = errno;
