@@ -41,11 +41,18 @@ std::string_view asText(Bytes bytes) {
 constexpr size_t kLeastColumn = 6;
 constexpr size_t kBetweenColumns = 2;
 
-// Reduces the widest column that may be cut until a row fits, or no column can be reduced further.
-void narrow(std::vector<size_t> &widths, const std::vector<bool> &mayBeCut, size_t most) {
+// Makes a row fit. Leaves out spare columns from the last one on, by giving them no width. Then reduces the
+// widest column that may be cut, until the row fits or no column can be reduced further.
+void narrow(std::vector<size_t> &widths, const std::vector<bool> &spare, const std::vector<bool> &mayBeCut,
+            size_t most) {
     size_t whole = (widths.size() - 1) * kBetweenColumns;
     for (const size_t width : widths)
         whole += width;
+    for (size_t i = widths.size(); i-- > 0 && whole > most;) {
+        if (!spare[i]) continue;
+        whole -= widths[i] + kBetweenColumns;
+        widths[i] = 0;
+    }
     while (whole > most) {
         size_t widest = widths.size();
         for (size_t i = 0; i < widths.size(); i++) {
@@ -213,7 +220,11 @@ std::vector<size_t> Listing::widths(size_t columns) const {
             hasText[i % columns] = true;
     }
     const std::optional<size_t> most = out_.wide() ? std::nullopt : terminalColumns();
-    if (most) narrow(widths, hasText, *most);
+    if (!most) return widths;
+    std::vector<bool> spare;
+    for (const Column &column : columns_)
+        if (column.heading != nullptr) spare.push_back(column.spare);
+    narrow(widths, spare, hasText, *most);
     return widths;
 }
 
@@ -225,11 +236,15 @@ void Listing::finish() {
     auto columns = static_cast<size_t>(std::count_if(columns_.begin(), columns_.end(),
                                                      [](const Column &c) { return c.heading != nullptr; }));
     const std::vector<size_t> width = widths(columns);
+    size_t last = columns - 1;
+    while (last > 0 && width[last] == 0)
+        last--;
     const bool bold = showsBold();
     if (bold) out_.write("\x1b[1m");
     for (size_t i = 0; i < ends_.size(); i++) {
         const std::string_view cell = cellAt(i);
         const size_t room = width[i % columns];
+        if (room == 0) continue;
         size_t used = columnsOf(cell);
         if (used > room) {
             const std::string shorter = cutTo(cell, room);
@@ -238,13 +253,13 @@ void Listing::finish() {
         } else {
             put(out_.buffer(), cell);
         }
-        if ((i + 1) % columns != 0) {
+        if (i % columns != last) {
             const size_t blanks = room - used + kBetweenColumns;
             out_.buffer().resize(out_.buffer().size() + blanks);
             std::fill_n(out_.buffer().end() - static_cast<long>(blanks), blanks, ' ');
             continue;
         }
-        if (bold && i + 1 == columns) out_.write("\x1b[0m");
+        if (bold && i == last) out_.write("\x1b[0m");
         out_.write("\n");
     }
 }

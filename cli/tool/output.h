@@ -91,6 +91,7 @@ void appendText(fmt::memory_buffer &out, const std::optional<Value> &value) {
 struct Column {
     const char *key;      // in JSON; null for a column of text only, which cannot be the first
     const char *heading;  // in text; null for a column of JSON only
+    bool spare = false;   // left out on a terminal that is too narrow for all columns
 };
 
 // A table with headings, or an array of objects in JSON. JSON is written row by row. Text is written at the

@@ -56,6 +56,7 @@ struct PortColumn {
     const char *key;      // in JSON
     const char *heading;  // in text
     bool usual;           // shown without --columns
+    bool spare;           // then left out on a narrow terminal
     Cell (*cell)(const SwitchFacts &facts, const PortFacts &port);
 };
 
@@ -70,27 +71,27 @@ Cell ofVlan(const SwitchFacts &, const PortFacts &port) {
 }
 
 constexpr PortColumn kPortColumns[] = {
-    {"port", "port", "PORT", true,
+    {"port", "port", "PORT", true, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{std::optional(port.id)}; }},
-    {"number", "number", "NUMBER", true,
+    {"number", "number", "NUMBER", true, true,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{port.number}; }},
-    {"in-use", "inUse", "IN USE", true,
+    {"in-use", "inUse", "IN USE", true, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{Flag{port.inUse}}; }},
-    {"link", "linkUp", "LINK", true,
+    {"link", "linkUp", "LINK", true, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{linkState(port.linkUp)}; }},
-    {"client", "client", "CLIENT", true,
+    {"client", "client", "CLIENT", true, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{port.client}; }},
-    {"connect-id", "connectId", "CONNECT ID", true,
+    {"connect-id", "connectId", "CONNECT ID", true, true,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{port.connectId}; }},
-    {"alias", "alias", "ALIAS", false,
+    {"alias", "alias", "ALIAS", false, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{port.alias}; }},
-    {"external-id", "externalId", "EXTERNAL ID", false,
+    {"external-id", "externalId", "EXTERNAL ID", false, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{port.externalId}; }},
-    {"uplink", "uplink", "UPLINK", false, ofUplink},
-    {"blocked", "blocked", "BLOCKED", true,
+    {"uplink", "uplink", "UPLINK", false, false, ofUplink},
+    {"blocked", "blocked", "BLOCKED", true, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{Flag{port.blocked}}; }},
-    {"vlan", "vlan", "VLAN", true, ofVlan},
-    {"policies", "policies", "POLICIES", true,
+    {"vlan", "vlan", "VLAN", true, false, ofVlan},
+    {"policies", "policies", "POLICIES", true, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{&port.policies}; }},
 };
 
@@ -135,7 +136,7 @@ void listPorts(DVSSwitch *sw, const Arguments &arguments, Output &out) {
 
     std::vector<Column> headings;
     for (const PortColumn *column : columns)
-        headings.push_back({column->key, column->heading});
+        headings.push_back({column->key, column->heading, column->spare && !arguments.given("--columns")});
     Listing listing(out, std::move(headings));
     std::vector<Cell> cells(columns.size(), Cell{Flag{false}});
     for (const PortFacts *port : ports) {

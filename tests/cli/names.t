@@ -113,14 +113,14 @@ A table fits a terminal; numbers are never cut, and no character is.
   tabelle/short: changed
   $ on() { COLUMNS=$1 script -qec "$2" /dev/null | tr -d '\r' | cat -v | sed 's/M-bM-^@M-&/…/'; }; on 200 'qvs port list tabelle' | head -n 1; NO_COLOR=1 on 60 'qvs port list tabelle' | tail -n 2
   ^[[1mPORT                             NUMBER    IN USE  LINK  CLIENT  CONNECT ID  BLOCKED  VLAN  POLICIES^[[0m
-  a-por…  67108884  no      down  -       1           no      -     -
-  short   67108885  no      down  -       1           no      -     -
+  a-port-with-…  no      down  -       no       -     -
+  short          no      down  -       no       -     -
   $ COLUMNS=60 NO_COLOR=1 script -qec 'qvs port list tabelle' /dev/null | tr -d '\r'
-  PORT    NUMBER    IN USE  LINK  CLIENT  CONNECT ID  BLOCK…  VLAN  POLICIES
-  交換…   67108882  no      down  -       1           no      -     -
-  été-d…  67108883  no      down  -       1           no      -     -
-  a-por…  67108884  no      down  -       1           no      -     -
-  short   67108885  no      down  -       1           no      -     -
+  PORT           IN USE  LINK  CLIENT  BLOCKED  VLAN  POLICIES
+  交換機の入口…  no      down  -       no       -     -
+  été-déjà-vu    no      down  -       no       -     -
+  a-port-with-…  no      down  -       no       -     -
+  short          no      down  -       no       -     -
   $ COLUMNS=60 NO_COLOR=1 script -qec 'qvs port list tabelle --wide' /dev/null | tr -d '\r'
   PORT                             NUMBER    IN USE  LINK  CLIENT  CONNECT ID  BLOCKED  VLAN  POLICIES
   交換機の入口ポート               67108882  no      down  -       1           no       -     -
