@@ -22,8 +22,8 @@ constexpr Argument kName{"NAME", "name of the checkpoint: letters, digits, '.', 
 constexpr Option kDirectory{.name = "--dir",
                             .value = "DIR",
                             .summary =
-                                "keep checkpoints in DIR instead of /var/lib/qvs/checkpoints (root) or "
-                                "~/.local/state/qvs/checkpoints",
+                                "keep checkpoints in DIR instead of /var/lib/qvs/checkpoints (root), "
+                                "~/.local/state/qvs/checkpoints, or the directory of an emulated host",
                             .kind = Kind::Directory};
 
 std::string directoryOf(const Arguments &arguments) {
@@ -157,7 +157,8 @@ const Command kRows[] = {
      .options = {kDirectory, kYes, kDryRun, kConfirm},
      .details =
          "The checkpoint is applied as qvs apply --prune does it, all of it or nothing: what was added "
-         "to its switches is removed. Switches that it does not hold stay as they are.",
+         "to its switches is removed. Switches that it does not hold stay as they are. Link states and the "
+         "clients of ports are no part of a checkpoint.",
      .example = "qvs checkpoint rollback before-upgrade --yes",
      .run = writes(rollback),
      .guard = Guard::None},

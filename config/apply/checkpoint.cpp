@@ -22,6 +22,7 @@
 #include "base/failure.h"
 #include "base/text.h"
 #include "config/library/clock.h"
+#include "config/library/lock.h"
 
 namespace qvs::config {
 namespace {
@@ -126,6 +127,9 @@ Checkpoint checkpointOf(std::string_view subject, std::string_view text) {
 }
 
 std::string checkpointDirectory() {
+    // Checkpoints of an emulated host must not be taken for those of this machine, or of another one.
+    if (const std::optional<std::string> emulated = emulatedHostDirectory())
+        return *emulated + "/checkpoints";
     constexpr const char *kBelow = "/qvs/checkpoints";
     if (geteuid() == 0) return std::string("/var/lib") + kBelow;
     // A relative path would depend on the current directory; the variable does not allow one.

@@ -2,6 +2,10 @@ A checkpoint keeps switches as a document; a rollback changes what differs, and 
 
   $ umask 0; qvs switch create sw1 --ports 2 --uplinks 1; qvs switch create sw2; qvs checkpoint save first sw1 --dir cp/points  => sw1: changed | sw2: changed | first: changed
   $ stat -c '%a %F' cp cp/points cp/points/first; ls -A cp/points  => 700 directory | 700 directory | 600 regular file | first
+  $ qvs checkpoint save here sw2; ls "${QVS_HOST_SOCKET%/*}/checkpoints"; qvs checkpoint remove here
+  here: changed
+  here
+  here: changed
   $ sed -n 1,2p cp/points/first | sed 's/: .*/: .../'; python3 -c 'import zlib; t = open("cp/points/first", "rb").read().split(b"\n", 2); print(t[1].decode() == "checksum: %08x" % zlib.crc32(t[0] + b"\n" + t[2]))'
   qvs checkpoint 1
   checksum: ...
