@@ -46,9 +46,6 @@ set(QVS_PC_INCLUDEDIR ${PROJECT_SOURCE_DIR}/include)
 configure_file(cmake/qvs.pc.in ${CMAKE_BINARY_DIR}/pkgconfig/qvs.pc @ONLY)
 configure_file(cmake/qvs-config.pc.in ${CMAKE_BINARY_DIR}/pkgconfig/qvs-config.pc @ONLY)
 
-install(FILES docs/man/libqvs.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT development)
-install(FILES docs/man/libqvs-config.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT config-development)
-
 install(FILES README.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
     PATTERN man EXCLUDE PATTERN site.css EXCLUDE)
