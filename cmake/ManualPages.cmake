@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Manual pages that no program prints: of the headers, of files, and those of docs/man. They stand beside those of the
-# programs, so that `man -M` with share/man of the build tree finds all. Without Python, those of docs/man alone are made.
+# programs, so that `man` finds all of them when the programs of the build tree are in the PATH. Without Python, only
+# those of docs/man are made.
 find_package(Python3 COMPONENTS Interpreter)
 set(manuals ${CMAKE_BINARY_DIR}/${CMAKE_INSTALL_DATADIR}/man)
 set(script ${PROJECT_SOURCE_DIR}/scripts/manual-pages)
@@ -48,12 +49,12 @@ add_dependencies(programs manual-pages qvs-document-page)
 
 function(qvs_install_pages section component)
     install(DIRECTORY ${manuals}/man${section}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section}
-        COMPONENT ${component} ${ARGN})
+        COMPONENT ${component} OPTIONAL ${ARGN})
 endfunction()
-set(config PATTERN libqvs-config.3 PATTERN qvs_config.*.3 PATTERN QVSConfig_*.3)
-set(other_than_config PATTERN libqvs-config.3 EXCLUDE PATTERN qvs_config.*.3 EXCLUDE PATTERN QVSConfig_*.3 EXCLUDE)
-qvs_install_pages(3 development ${other_than_config})
-qvs_install_pages(3 config-development FILES_MATCHING ${config})
+qvs_install_pages(3 config-development
+    FILES_MATCHING PATTERN libqvs-config.3 PATTERN qvs_config.*.3 PATTERN QVSConfig_*.3)
+qvs_install_pages(3 development
+    PATTERN libqvs-config.3 EXCLUDE PATTERN qvs_config.*.3 EXCLUDE PATTERN QVSConfig_*.3 EXCLUDE)
 qvs_install_pages(5 tool FILES_MATCHING PATTERN qvs-document.5)
 qvs_install_pages(5 host FILES_MATCHING PATTERN qvs-lab.5 PATTERN qvs-layout.5)
 qvs_install_pages(7 development)

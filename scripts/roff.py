@@ -139,4 +139,4 @@ class Page:
     def write(self, directory):
         path = directory / f"man{self.section}" / f"{self.name}.{self.section}"
         path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_text(f'.\\" SPDX-License-Identifier: Apache-2.0\n' + "\n".join(self.lines) + "\n")
+        path.write_text('.\\" SPDX-License-Identifier: Apache-2.0\n' + "\n".join(self.lines) + "\n")
