@@ -189,13 +189,13 @@ class Gatherer {
         if (found_.empty()) return;
         const Target target = targetOf(place, port.id);
         for (const Found &found : found_) {
+            const bool isVlan = found.setting == &config::kVlan;
+            const auto vlan = isVlan ? found.setting->decode(found.stored) : std::nullopt;
             if (isMirror(found.setting)) {
                 addMirrors(found, place, port.id);
-            } else if (found.setting != &config::kVlan) {
-                addPolicy(port.policies, found, target);
-            } else if (const auto vlan = found.setting->decode(found.stored)) {
+            } else if (vlan) {
                 port.vlan = vlanWords(*vlan);
-            } else if (ask_ != Ask::NumbersAlone) {
+            } else if (!isVlan || ask_ != Ask::NumbersAlone) {
                 addPolicy(port.policies, found, target);
             }
         }

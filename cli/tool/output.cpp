@@ -37,13 +37,14 @@ std::string_view asText(Bytes bytes) {
     return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
 }
 
-// The least width to which a column is cut.
+// The least width to which a column is cut, and a column of numbers, which are not cut themselves.
 constexpr size_t kLeastColumn = 6;
+constexpr size_t kLeastNumbers = 5;
 constexpr size_t kBetweenColumns = 2;
 
 // Makes a row fit. Leaves out spare columns from the last one on, by giving them no width. Then reduces the
 // widest column that may be cut, until the row fits or no column can be reduced further.
-void narrow(std::vector<size_t> &widths, const std::vector<bool> &spare, const std::vector<bool> &mayBeCut,
+void narrow(std::vector<size_t> &widths, const std::vector<bool> &spare, const std::vector<size_t> &least,
             size_t most) {
     size_t whole = (widths.size() - 1) * kBetweenColumns;
     for (const size_t width : widths)
@@ -56,7 +57,7 @@ void narrow(std::vector<size_t> &widths, const std::vector<bool> &spare, const s
     while (whole > most) {
         size_t widest = widths.size();
         for (size_t i = 0; i < widths.size(); i++) {
-            if (!mayBeCut[i] || widths[i] <= kLeastColumn) continue;
+            if (widths[i] <= least[i]) continue;
             if (widest == widths.size() || widths[i] > widths[widest]) widest = i;
         }
         if (widest == widths.size()) return;
@@ -209,22 +210,27 @@ std::string_view Listing::cellAt(size_t index) const {
     return {cells_.data() + begin, ends_[index] - begin};
 }
 
-// Columns of numbers keep their width, since a cut number would be a different number.
+// Numbers keep their width, since a cut number would be a different number. Their headings may be cut.
 std::vector<size_t> Listing::widths(size_t columns) const {
     std::vector<size_t> widths(columns, 0);
+    std::vector<size_t> least(columns, kLeastNumbers);
     std::vector<bool> hasText(columns, false);
     for (size_t i = 0; i < ends_.size(); i++) {
         const std::string_view cell = cellAt(i);
-        widths[i % columns] = std::max(widths[i % columns], columnsOf(cell));
-        if (i >= columns && cell.find_first_not_of("0123456789-") != std::string_view::npos)
-            hasText[i % columns] = true;
+        const size_t column = i % columns;
+        widths[column] = std::max(widths[column], columnsOf(cell));
+        if (i < columns) continue;
+        if (cell.find_first_not_of("0123456789-") != std::string_view::npos) hasText[column] = true;
+        least[column] = std::max(least[column], cell.size());
     }
+    for (size_t i = 0; i < columns; i++)
+        if (hasText[i]) least[i] = kLeastColumn;
     const std::optional<size_t> most = out_.wide() ? std::nullopt : terminalColumns();
     if (!most) return widths;
     std::vector<bool> spare;
     for (const Column &column : columns_)
         if (column.heading != nullptr) spare.push_back(column.spare);
-    narrow(widths, spare, hasText, *most);
+    narrow(widths, spare, least, *most);
     return widths;
 }
 

@@ -52,6 +52,7 @@ std::vector<std::string_view> similar(std::string_view typed, const std::vector<
     std::stable_sort(found.begin(), found.end(),
                      [](const auto &a, const auto &b) { return a.first < b.first; });
     std::vector<std::string_view> best;
+    best.reserve(found.size());
     for (const auto &[distance, word] : found)
         best.push_back(word);
     return best;
@@ -184,6 +185,7 @@ std::vector<std::string> commandsMeant(std::span<const std::string> words, size_
 std::vector<std::string> optionsMeant(const Command *command, std::string_view word) {
     std::vector<std::string_view> names;
     const std::vector<Option> own = command != nullptr ? optionsOf(*command) : std::vector<Option>();
+    names.reserve(own.size() + commonOptions().size());
     for (const Option &option : own)
         names.emplace_back(option.name);
     for (const Option *option : commonOptions())

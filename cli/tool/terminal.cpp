@@ -91,7 +91,9 @@ size_t proseColumns() {
 
 bool showsBold() {
     const char *refused = std::getenv("NO_COLOR");
-    return isatty(STDOUT_FILENO) == 1 && (refused == nullptr || *refused == '\0');
+    const char *type = std::getenv("TERM");
+    return isatty(STDOUT_FILENO) == 1 && (refused == nullptr || *refused == '\0') &&
+           (type == nullptr || std::string_view(type) != "dumb");
 }
 
 size_t columnsOf(std::string_view text) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <cwchar>
 
 #include "base/natural.h"
@@ -180,13 +181,14 @@ std::string fitted(std::string_view text, size_t columns, bool right) {
     std::string cut(text);
     size_t width = columnsOf(cut);
     if (width > columns) {
+        const bool isUnicode = MB_CUR_MAX > 1;
         while (!cut.empty() && columnsOf(cut) + 1 > columns) {
             // A character of several bytes goes as a whole.
             while (!cut.empty() && (static_cast<unsigned char>(cut.back()) & 0xc0) == 0x80)
                 cut.pop_back();
             if (!cut.empty()) cut.pop_back();
         }
-        if (columns > 0) cut += '~';
+        if (columns > 0) cut += isUnicode ? "…" : "~";
         width = columnsOf(cut);
     }
     const std::string blanks(columns - std::min(width, columns), ' ');

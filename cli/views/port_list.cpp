@@ -135,6 +135,7 @@ void listPorts(DVSSwitch *sw, const Arguments &arguments, Output &out) {
     std::ranges::sort(ports, {}, &PortFacts::index);
 
     std::vector<Column> headings;
+    headings.reserve(columns.size());
     for (const PortColumn *column : columns)
         headings.push_back({column->key, column->heading, column->spare && !arguments.given("--columns")});
     Listing listing(out, std::move(headings));

@@ -29,13 +29,17 @@ std::string vlanTitle(std::string_view vlan) {
     return title;
 }
 
-std::string policyNames(const PortFacts &port) {
+}  // namespace
+
+std::string policyNames(const std::vector<Policy> &policies) {
     std::vector<std::string_view> names;
-    for (const Policy &policy : port.policies)
+    for (const Policy &policy : policies)
         names.push_back(policy.name());
     std::ranges::sort(names);
     return fmt::format("{}", fmt::join(names, ", "));
 }
+
+namespace {
 
 // --- text ---
 
@@ -90,6 +94,7 @@ void printText(Output &out, const std::vector<SwitchFacts> &switches) {
     for (const SwitchFacts &facts : switches) {
         if (&facts != &switches.front()) out.write("\n");
         Branch root{shown(facts.name())};
+        if (!facts.policies.empty()) root.add("policies: " + policyNames(facts.policies));
         addUplinks(root, facts);
         addGroups(root, facts);
         addMirrors(root, facts);
@@ -184,7 +189,7 @@ std::vector<PortGroup> groupsOf(const SwitchFacts &facts) {
     std::vector<PortGroup> groups;
     for (const PortFacts &port : facts.ports) {
         if (port.uplink) continue;
-        std::pair<std::string, std::string> key{vlanTitle(port.vlan), policyNames(port)};
+        std::pair<std::string, std::string> key{vlanTitle(port.vlan), policyNames(port.policies)};
         const auto [place, fresh] = places.emplace(key, groups.size());
         if (fresh) groups.push_back({std::move(key.first), std::move(key.second), {}});
         groups[place->second].ports.push_back(&port);

@@ -20,6 +20,9 @@ struct PortGroup {
 // In the order of their titles.
 std::vector<PortGroup> groupsOf(const SwitchFacts &facts);
 
+// The names of policies, in order: "security, teaming".
+std::string policyNames(const std::vector<Policy> &policies);
+
 // "up", "down", "free" or "blocked".
 std::string_view drawnState(const PortFacts &port);
 

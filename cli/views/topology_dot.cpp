@@ -81,7 +81,7 @@ class Picture {
         line(
             "label={}; {} [label={}, style=\"rounded,filled\", fillcolor=\"#dbe7fb\", "
             "ordering=out];",
-            quoted(facts_.name()), name_, quoted(facts_.name()));
+            quoted(facts_.name()), name_, quoted(nameAndPolicies()));
         drawUplinks();
         drawGroups();
         drawMirrors();
@@ -94,6 +94,12 @@ class Picture {
     template <typename... Values>
     void line(fmt::format_string<Values...> format, Values &&...values) {
         dot_ += "  " + fmt::format(format, std::forward<Values>(values)...) + "\n";
+    }
+
+    std::string nameAndPolicies() const {
+        std::string text(facts_.name());
+        if (!facts_.policies.empty()) text += " (" + policyNames(facts_.policies) + ")";
+        return text;
     }
 
     void drawUplinks() {

@@ -83,6 +83,9 @@ void writePublicFile(const std::string &path, std::string_view text) {
     const std::string name = path.substr(slash == std::string::npos ? 0 : slash + 1);
     const std::string parent = slash == std::string::npos ? "." : path.substr(0, slash + 1);
     const std::string temporary = parent + "/" + temporaryName(name);
+    struct stat found {};
+    if (lstat(path.c_str(), &found) == 0 && !S_ISREG(found.st_mode))
+        fail(Exit::Failed, "file {}: it exists and is no regular file; name another one", inQuotes(path));
     // A process of the same number may have died here.
     unlink(temporary.c_str());
     Descriptor file(

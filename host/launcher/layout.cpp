@@ -65,7 +65,7 @@ std::vector<Lab> findLabs() {
 
 std::string findLab(const std::string &name) {
     std::error_code error;
-    if (name.find('/') != std::string::npos || fs::exists(name, error)) return name;
+    if (name.find('/') != std::string::npos || fs::is_regular_file(name, error)) return name;
     std::string names;
     for (const Lab &lab : findLabs()) {
         if (lab.name == name) return lab.file;

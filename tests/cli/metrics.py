@@ -145,9 +145,14 @@ def check_output():
     expect("files", os.listdir("collector"), ["qvs.prom"])
     expect("mode", stat.S_IMODE(os.stat("collector/qvs.prom").st_mode), 0o644)
     samples(open("collector/qvs.prom").read())
-    for path, error in {"none/qvs.prom": "No such file or directory", "collector": "Is a directory"}.items():
+    os.mkfifo("fifo")
+    os.symlink("fifo", "link")
+    irregular = "it exists and is no regular file; name another one"
+    for path, error in {"none/qvs.prom": "No such file or directory", "collector": irregular, "fifo": irregular,
+                        "link": irregular}.items():
         result = run("qvs", "metrics", "--output", path)
         expect(path, (result.returncode, result.stderr), (1, f"qvs: file '{path}': {error}\n"))
+    expect("kinds", (stat.S_ISFIFO(os.lstat("fifo").st_mode), os.path.islink("link")), (True, True))
 
 
 def ask(request, patience=10):
