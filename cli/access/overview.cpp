@@ -14,6 +14,7 @@
 #include "access/library.h"
 #include "access/remains.h"
 #include "config/settings/families.h"
+#include "config/settings/references.h"
 
 namespace qvs::cli {
 namespace {
@@ -118,12 +119,23 @@ class Gatherer {
             facts_.mirrors.push_back({port, session});
     }
 
-    void addPolicy(std::vector<Policy> &policies, const Found &found, const Target &target) {
+    void addPolicy(std::vector<Policy> &policies, const Found &found, const Target &target,
+                   std::string_view port) {
+        if (ask_ == Ask::Kernel && config::refers(*found.setting))
+            if (const auto value = found.setting->decode(found.stored))
+                addMissing(*found.setting, *value, port);
         std::optional<Policy> policy = policyOf(*found.setting, found.stored);
         if (!policy) return;
         if (!policy->value && unreadable_[found.setting]++ == 0)
             warn("{}: {}: {}", target.named(), found.setting->what, policy->words);
         policies.push_back(std::move(*policy));
+    }
+
+    void addMissing(const Setting &setting, const config::Value &value, std::string_view port) {
+        if (ask_ != Ask::Kernel) return;
+        if (!existing_) existing_ = config::existingIn(facts_.handle);
+        std::vector<std::string> objects = config::missingReferences(setting, value, *existing_);
+        if (!objects.empty()) facts_.missing.push_back({port, &setting, std::move(objects)});
     }
 
     void gatherPlace(Scope scope) {
@@ -140,7 +152,7 @@ class Gatherer {
             } else if (found.setting == &config::kPrivateVlans) {
                 addPrivateVlans(found);
             } else if (found.setting != &config::kMtu) {
-                addPolicy(facts_.policies, found, targetOf(place, {}));
+                addPolicy(facts_.policies, found, targetOf(place, {}), {});
             } else if (const auto mtu = found.setting->decode(found.stored)) {
                 facts_.mtu = mtu->number();
             }
@@ -195,8 +207,9 @@ class Gatherer {
                 addMirrors(found, place, port.id);
             } else if (vlan) {
                 port.vlan = vlanWords(*vlan);
+                addMissing(*found.setting, *vlan, port.id);
             } else if (!isVlan || ask_ != Ask::NumbersAlone) {
-                addPolicy(port.policies, found, target);
+                addPolicy(port.policies, found, target, port.id);
             }
         }
     }
@@ -281,6 +294,7 @@ class Gatherer {
     Ask ask_;
     SwitchFacts facts_;
     std::vector<Found> found_;  // at the place that is gathered
+    std::optional<config::Existing> existing_;
     std::map<const Setting *, size_t> unreadable_;
 };
 

@@ -62,6 +62,13 @@ struct PrivateVlanFacts {
     std::string type;
 };
 
+// A stored setting that refers to objects which do not exist. Mirror sessions are not among them.
+struct MissingReferences {
+    std::string_view port;  // empty for a setting of the switch
+    const config::Setting *setting = nullptr;
+    std::vector<std::string> objects;  // "uplink 'uplink7'"
+};
+
 struct SwitchFacts {
     DVSSwitch *handle = nullptr;
     std::optional<std::string_view> alias;
@@ -77,7 +84,8 @@ struct SwitchFacts {
     std::vector<PortFacts> ports;  // those of the uplinks among them, in the order of their names
     std::vector<MirrorFacts> mirrors;
     std::vector<PrivateVlanFacts> privateVlans;
-    std::vector<Policy> policies;   // without MTU, private VLANs and mirror sessions
+    std::vector<Policy> policies;  // without MTU, private VLANs and mirror sessions
+    std::vector<MissingReferences> missing;
     std::vector<std::string> gaps;  // what could not be read, in words: "MTU"
 
     // The alias, else the identifier.
@@ -85,7 +93,7 @@ struct SwitchFacts {
 };
 
 // What is gathered: numbers, states and VLANs; that and the policies of the snapshot; or, asked of the
-// kernel, the MTU of switches and the links of uplinks, too.
+// kernel, the MTU of switches and the links of uplinks, and what settings refer to in vain, too.
 enum class Ask { NumbersAlone, SnapshotAlone, Kernel };
 
 // The switch, or all switches, in the order of their names. What cannot be read is left out, warned of and

@@ -122,8 +122,7 @@ void checkReferences(const Setting &setting, const Target &target, const Value &
     const std::vector<std::string> missing =
         config::missingReferences(setting, value, config::existingIn(findVswitch(target.alias)));
     if (missing.empty()) return;
-    warnOrFail(strict, fmt::format("{}: {} {} missing", namedSetting(setting, target),
-                                   fmt::join(missing, ", "), missing.size() == 1 ? "is" : "are"));
+    warnOrFail(strict, fmt::format("{}: {}", namedSetting(setting, target), config::missingText(missing)));
 }
 
 void checkUsers(DVSSwitch *sw, const std::string &alias, const std::vector<std::string> &names, bool strict) {

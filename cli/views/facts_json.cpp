@@ -6,6 +6,7 @@
 
 #include "access/setting_value.h"
 #include "config/settings/families.h"
+#include "views/problems.h"
 
 namespace qvs::cli {
 namespace {
@@ -117,6 +118,15 @@ void appendPrivateVlan(fmt::memory_buffer &out, const PrivateVlanFacts &vlan) {
         .end();
 }
 
+void appendProblem(fmt::memory_buffer &out, const SwitchFacts &facts, const Problem &problem) {
+    Object(out)
+        .member("switch", facts.name())
+        .member("kind", std::string_view(problem.kind))
+        .member("name", std::string_view(problem.name))
+        .member("problem", std::string_view(problem.text))
+        .end();
+}
+
 }  // namespace
 
 void appendJson(fmt::memory_buffer &out, const std::vector<Policy> &policies) {
@@ -152,6 +162,8 @@ void appendJson(fmt::memory_buffer &out, const SwitchFacts &facts) {
     appendArray(out, facts.uplinks, [&](const auto &each) { appendUplink(out, each); });
     members.begin("ports");
     appendArray(out, facts.ports, [&](const auto &each) { appendPort(out, facts, each); });
+    members.begin("problems");
+    appendArray(out, problemsOf(facts), [&](const Problem &each) { appendProblem(out, facts, each); });
     members.begin("unread");
     appendArray(out, facts.gaps, [&](const std::string &each) { appendJson(out, std::string_view(each)); });
     members.end();

@@ -17,6 +17,20 @@ std::string_view portState(const PortFacts &port) {
     return port.linkUp ? "up" : "down";
 }
 
+std::string uplinkReason(const UplinkFacts &uplink) {
+    return uplink.nic ? fmt::format("NIC {} has no link", shown(*uplink.nic)) : "no NIC is bound";
+}
+
+std::string linkReason(const SwitchFacts &facts, const PortFacts &port) {
+    if (port.uplink) return uplinkReason(facts.uplinks[*port.uplink]);
+    if (!port.inUse) return "no client is attached";
+    if (port.blocked) return "the port is blocked";
+    if (port.kernelBlocked) return "the kernel blocks the port";
+    // A client that is attached to a port which is not blocked decides about the link itself.
+    if (!port.client) return "the client has its link off";
+    return fmt::format("the client {} has its link off", shown(*port.client));
+}
+
 std::string policyDetails(const std::vector<Policy> &policies) {
     std::string details;
     for (const Policy &policy : policies)

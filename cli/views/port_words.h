@@ -14,6 +14,10 @@ namespace qvs::cli {
 // "free", "up" or "down".
 std::string_view portState(const PortFacts &port);
 
+// Why a port, or an uplink, has no link, as far as the facts tell: "no client is attached".
+std::string linkReason(const SwitchFacts &facts, const PortFacts &port);
+std::string uplinkReason(const UplinkFacts &uplink);
+
 // Whatever is not as with most ports, its VLAN aside: "blocked; security: promiscuous allow".
 std::string portDetails(const PortFacts &port);
 

@@ -10,6 +10,7 @@
 #include "views/facts_json.h"
 #include "views/nouns.h"
 #include "views/port_words.h"
+#include "views/problems.h"
 #include "views/tree.h"
 
 namespace qvs::cli {
@@ -69,10 +70,20 @@ std::string namesOf(const Ports &ports) {
 
 // --- the branches of a switch ---
 
+std::string stateCell(std::string_view state) {
+    return state == "down" ? tinted(state, Tint::Red) : std::string(state);
+}
+
+std::string detailsCell(const PortFacts &port) {
+    const std::string details = shown(portDetails(port));
+    const size_t coloured = port.blocked || port.kernelBlocked ? std::string_view("blocked").size() : 0;
+    return coloured == 0 ? details
+                         : tinted(details.substr(0, coloured), Tint::Yellow) + details.substr(coloured);
+}
+
 Cells cellsOf(std::string name, const PortFacts &port, bool withClient) {
     return {std::move(name), port.vlan.empty() ? "" : "VLAN " + port.vlan,
-            withClient ? shown(port.client.value_or("")) : "", std::string(portState(port)),
-            shown(portDetails(port))};
+            withClient ? shown(port.client.value_or("")) : "", stateCell(portState(port)), detailsCell(port)};
 }
 
 // Ports that are alike in everything but names and clients.
@@ -116,10 +127,10 @@ void addUplinks(Branch &root, const SwitchFacts &facts) {
     std::vector<Cells> rows;
     for (const UplinkFacts &uplink : facts.uplinks) {
         std::string link = uplink.nic ? "link unknown" : "no NIC";
-        if (uplink.linkUp) link = *uplink.linkUp ? "up" : "down";
+        if (uplink.linkUp) link = stateCell(*uplink.linkUp ? "up" : "down");
         std::string speed = uplink.speedMbps ? speedText(*uplink.speedMbps) : "";
         std::string details;
-        if (uplink.port) details = shown(portDetails(facts.ports[*uplink.port]));
+        if (uplink.port) details = detailsCell(facts.ports[*uplink.port]);
         rows.push_back({shown(uplink.name), shown(uplink.nic.value_or("")), std::move(link), std::move(speed),
                         std::move(details)});
     }
@@ -168,11 +179,24 @@ void addMirrors(Branch &root, const SwitchFacts &facts) {
         branch.add(std::move(line));
 }
 
+// "4 ports (3 in use), 2 uplinks (1 up), room for 512"
+std::string portsInHead(const SwitchFacts &facts) {
+    const auto isUplink = [](const PortFacts &port) { return port.uplink.has_value(); };
+    const auto inUse = [&](const PortFacts &port) { return port.inUse && !port.uplink; };
+    const auto isUp = [](const UplinkFacts &uplink) { return uplink.linkUp == true; };
+    const auto uplinkPorts = static_cast<size_t>(std::ranges::count_if(facts.ports, isUplink));
+    std::string text = fmt::format("{} ({} in use)", counted(facts.ports.size() - uplinkPorts, "port"),
+                                   std::ranges::count_if(facts.ports, inUse));
+    if (!facts.uplinks.empty())
+        text += fmt::format(", {} ({} up)", counted(facts.uplinks.size(), "uplink"),
+                            std::ranges::count_if(facts.uplinks, isUp));
+    return text + fmt::format(", room for {}", facts.maxPorts);
+}
+
 void print(Output &out, const SwitchFacts &facts, bool all) {
     std::string head = fmt::format("{}: ", shown(facts.name()));
     if (facts.mtu) head += fmt::format("MTU {}, ", *facts.mtu);
-    head += fmt::format("{} of at most {}, {} in use", counted(facts.ports.size(), "port"), facts.maxPorts,
-                        facts.portsInUse);
+    head += portsInHead(facts);
     if (facts.className != "vswitch") head += fmt::format(", class {}", shown(facts.className));
     if (!facts.portset) {
         head += ", no portset";
@@ -191,6 +215,23 @@ void print(Output &out, const SwitchFacts &facts, bool all) {
         for (const std::string &gap : facts.gaps)
             branch.add(gap);
     }
+    printTree(out, root);
+}
+
+void printProblems(Output &out, const std::vector<SwitchFacts> &switches, bool all) {
+    std::vector<Cells> rows;
+    for (const SwitchFacts &facts : switches)
+        for (const Problem &problem : problemsOf(facts))
+            rows.push_back(
+                {shown(facts.name()), fmt::format("{} {}", problem.kind, shown(problem.name)), problem.text});
+    if (rows.empty()) return;
+    Branch root{counted(rows.size(), "problem")};
+    const size_t hidden = rows.size() > kMostLines && !all ? rows.size() - kMostLines : 0;
+    rows.resize(rows.size() - hidden);
+    for (std::string &line : aligned(rows))
+        root.add(std::move(line));
+    if (hidden > 0) root.add(fmt::format("and {} more; --all shows them", hidden));
+    out.write("\n");
     printTree(out, root);
 }
 
@@ -213,7 +254,8 @@ void show(const Arguments &arguments, Output &out) {
         }
         out.drain();
     }
-    if (out.json()) out.write(all.empty() ? "]\n" : "\n]\n");
+    if (out.json()) return out.write(all.empty() ? "]\n" : "\n]\n");
+    printProblems(out, all, arguments.given("--all"));
 }
 
 const Command kRows[] = {
@@ -225,7 +267,8 @@ const Command kRows[] = {
          "Unused ports that are alike share a line, and so do used ports of a switch with more than 64 of "
          "them. JSON has each port, and the whole values of the policies that are shown. What cannot be read "
          "is left out, with a warning, and listed at the end of the switch. A port is free, up or down: the "
-         "last two have a client.",
+         "last two have a client. The last lines are the problems: uplinks and used ports without a link, "
+         "blocked ports, mirror sessions without sources, and settings that refer to what does not exist.",
      .example = "qvs show sw1",
      .run = reads(show)},
 };

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "tool/terminal.h"
+
 namespace qvs::cli {
 namespace {
 
@@ -28,9 +30,16 @@ bool showsUnicode() {
     return false;
 }
 
+// Colours take no room. Texts that are safe to show have no other escape sequences.
 size_t characters(std::string_view text) {
-    return static_cast<size_t>(
-        std::ranges::count_if(text, [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }));
+    size_t count = 0;
+    bool inEscape = false;
+    for (const char c : text) {
+        inEscape = inEscape || c == '\x1b';
+        if (!inEscape && (static_cast<unsigned char>(c) & 0xc0) != 0x80) count++;
+        if (c == 'm') inEscape = false;
+    }
+    return count;
 }
 
 void print(Output &out, const Strokes &strokes, const Branch &branch, const std::string &indent) {
@@ -45,6 +54,11 @@ void print(Output &out, const Strokes &strokes, const Branch &branch, const std:
 }
 
 }  // namespace
+
+std::string tinted(std::string_view text, Tint tint) {
+    if (!showsBold()) return std::string(text);
+    return fmt::format("\x1b[{}m{}\x1b[0m", tint == Tint::Red ? 31 : 33, text);
+}
 
 std::vector<std::string> aligned(const std::vector<std::vector<std::string>> &rows) {
     std::vector<size_t> widths;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tool/output.h"
@@ -15,6 +16,10 @@ struct Branch {
 
     Branch &add(std::string line) { return branches.emplace_back(Branch{std::move(line)}); }
 };
+
+enum class Tint { Red, Yellow };
+// The text in a colour, on a terminal that may show one.
+std::string tinted(std::string_view text, Tint tint);
 
 // Pads all cells of a column but the last to one width. Rows may be of different lengths.
 std::vector<std::string> aligned(const std::vector<std::vector<std::string>> &rows);

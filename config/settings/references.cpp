@@ -126,6 +126,10 @@ std::vector<std::string> missingReferences(const Setting &setting, const Value &
     return referrer == nullptr ? Missing{} : referrer->missing(value, existing);
 }
 
+std::string missingText(const std::vector<std::string> &missing) {
+    return fmt::format("{} {} missing", fmt::join(missing, ", "), missing.size() == 1 ? "is" : "are");
+}
+
 std::vector<std::string> settingsThatMiss(DVSSwitch *sw, const Existing &existing) {
     Missing missing;
     addSettings(missing, {Scope::Global, sw, nullptr}, "", existing);

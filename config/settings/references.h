@@ -35,6 +35,9 @@ std::set<uint64_t> privateVlansOf(DVSSwitch *sw);
 std::vector<std::string> missingReferences(const Setting &setting, const Value &value,
                                            const Existing &existing);
 
+// "uplink 'uplink7' is missing"
+std::string missingText(const std::vector<std::string> &missing);
+
 // Returns the stored settings of a switch that refer to objects which do not exist: "port 'web': teaming
 // policy".
 std::vector<std::string> settingsThatMiss(DVSSwitch *sw, const Existing &existing);

@@ -3,11 +3,11 @@ What runs, in one look. A run of the host of its own for each line, so that coun
   $ cat >lab.json <<<'{"pnics": [{"name": "pnic0"}, {"name": "pnic1", "link": "down"}], "switches": [{"alias": "sw1", "uplinks": ["uplink0", "uplink1"], "ports": ["p9", "p10", "p11", "p12", "web", "db"], "properties": [{"scope": "port", "port": "uplink0", "key": "com.quillon.common.port.linkstatus", "hex": "01008000", "type": 4}, {"scope": "port", "port": "uplink1", "key": "com.quillon.common.port.linkstatus", "hex": "010080", "type": 4}]}, {"alias": "a b", "portset": "other", "class": "foreign", "ports": ["p\u001b1"]}], "clients": [{"switch": "sw1", "port": "web", "name": "web.eth0"}, {"switch": "sw1", "port": "db", "name": "db\t0", "link": "down"}], "busy": [{"switch": "sw1", "port": "web"}]}'
   $ cat >on <<<'exec qvs-host run --state rack $LAB -- sh -c "$1"'
   $ LAB='--lab lab.json' sh on 'qvs show'
-  a b: 1 port of at most 128, 0 in use, class foreign, portset other
+  a b: 1 port (0 in use), room for 128, class foreign, portset other
   `- ports
      `- p\x1b1  free
   
-  sw1: MTU 1500, 8 ports of at most 128, 4 in use
+  sw1: MTU 1500, 6 ports (2 in use), 2 uplinks (1 up), room for 128
   |- uplinks
   |  |- uplink0  pnic0  up    10 Gbit/s
   |  `- uplink1  pnic1  down
@@ -15,6 +15,10 @@ What runs, in one look. A run of the host of its own for each line, so that coun
      |- db                 db\t0     down
      |- web                web.eth0  up
      `- p9..p12 (4 ports)            free
+  
+  2 problems
+  |- sw1  uplink uplink1  NIC pnic1 has no link
+  `- sw1  port db         the client db\t0 has its link off
   $ sh on 'qvs port block sw1 web p9; qvs port vlan set sw1 web --trunk 1-100,200 --priority 3; qvs port vlan set sw1 db --trunk 0-4094; qvs port vlan set sw1 p10 --id 101 --private on --strict; qvs pvlan set sw1 7:8:isolated 7:7:promiscuous; qvs port vlan set sw1 p10 --id 8 --private on --strict; qvs port security set sw1 p11 --mac-change deny; qvs port security set sw1 p12 --promiscuous deny; qvs port teaming set sw1 web --balance source-port; qvs mac-learning set sw1 --aging 300; qvs mirror add sw1 tap --type dvport --destinations p9 --sources-in web --sources-out db,web --flags disabled; qvs prop set sw1 com.quillon.vswitch.port.security --port db --hex 0102' | sort | uniq -c | sort -n
   qvs: switch 'sw1': port 'p10': VLAN policy: private VLAN 101 is missing
         1 sw1 tap: changed
@@ -28,7 +32,7 @@ What runs, in one look. A run of the host of its own for each line, so that coun
         3 sw1/web: changed
   $ sh on 'qvs show sw1; qvs show sw1 --all --json | jq -c ".[0].ports[] | [.port, .vlan, .policies]"; qvs show sw1 --json | jq -c ".[] | del(.ports), .ports[-1]"'
   qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
-  sw1: MTU 1500, 8 ports of at most 128, 4 in use
+  sw1: MTU 1500, 6 ports (2 in use), 2 uplinks (1 up), room for 128
   |- policies
   |  `- mac-learning: aging 300 seconds
   |- private VLANs
@@ -45,6 +49,12 @@ What runs, in one look. A run of the host of its own for each line, so that coun
      |- p10  VLAN private 8                              free
      |- p11                                              free  security: mac change deny
      `- p12                                              free
+  
+  4 problems
+  |- sw1  uplink uplink1  NIC pnic1 has no link
+  |- sw1  port db         the client db\t0 has its link off
+  |- sw1  port p9         is blocked
+  `- sw1  port web        is blocked
   qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
   ["db","trunk all",{"security":null}]
   ["p9",null,{}]
@@ -55,21 +65,25 @@ What runs, in one look. A run of the host of its own for each line, so that coun
   ["uplink1","trunk all",{}]
   ["web","trunk 1-100,200, priority 3",{"teaming":{"balance":"source-port","active":[],"standby":[],"linkState":false,"beacon":false,"notify":false,"rolling":false,"bestEffort":false,"shotgun":false}}]
   qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
-  {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","class":"vswitch","version":105,"portset":"sw1","opaque":false,"maxPorts":128,"portsInUse":4,"mtu":1500,"policies":{"macLearning":{"aging":300,"limit":65536}},"privateVlans":[{"primary":7,"secondary":8,"type":"isolated"},{"primary":7,"secondary":7,"type":"promiscuous"}],"mirrorSessions":[{"port":null,"session":"tap","name":"","type":"dvport","snapLength":null,"flags":["disabled"],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["p9"],"sourcesIn":["web"],"sourcesOut":["db","web"]}],"uplinks":[{"uplink":"uplink0","port":"uplink0","nic":"pnic0","linkUp":true,"lacpUp":false,"speedMbps":10000},{"uplink":"uplink1","port":"uplink1","nic":"pnic1","linkUp":false,"lacpUp":false,"speedMbps":null}],"unread":[]}
+  {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","class":"vswitch","version":105,"portset":"sw1","opaque":false,"maxPorts":128,"portsInUse":4,"mtu":1500,"policies":{"macLearning":{"aging":300,"limit":65536}},"privateVlans":[{"primary":7,"secondary":8,"type":"isolated"},{"primary":7,"secondary":7,"type":"promiscuous"}],"mirrorSessions":[{"port":null,"session":"tap","name":"","type":"dvport","snapLength":null,"flags":["disabled"],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["p9"],"sourcesIn":["web"],"sourcesOut":["db","web"]}],"uplinks":[{"uplink":"uplink0","port":"uplink0","nic":"pnic0","linkUp":true,"lacpUp":false,"speedMbps":10000},{"uplink":"uplink1","port":"uplink1","nic":"pnic1","linkUp":false,"lacpUp":false,"speedMbps":null}],"problems":[{"switch":"sw1","kind":"uplink","name":"uplink1","problem":"NIC pnic1 has no link"},{"switch":"sw1","kind":"port","name":"db","problem":"the client db\\t0 has its link off"},{"switch":"sw1","kind":"port","name":"p9","problem":"is blocked"},{"switch":"sw1","kind":"port","name":"web","problem":"is blocked"}],"unread":[]}
   {"port":"web","alias":"web","number":67108869,"connectId":1,"externalId":null,"uplink":null,"inUse":true,"client":"web.eth0","linkUp":true,"blocked":true,"kernelBlocked":true,"vlan":"trunk 1-100,200, priority 3","policies":{"teaming":{"balance":"source-port","active":[],"standby":[],"linkState":false,"beacon":false,"notify":false,"rolling":false,"bestEffort":false,"shotgun":false}}}
 
 Records that cannot be read are gaps: of ports, of the lists of uplinks, of the MTU, and of links when the kernel fails.
 
-  $ sh on 'qvs-host fault add GetUplinkLinkState --errno EIO --forever >log; qvs-host fault add "*mtu*" --exit 1 --forever >log; qvs show sw1 >out; echo $?; tail -n 4 out; qvs show sw1 --json | jq -c ".[].unread, .[].uplinks[0].linkUp"' 2>&1
+  $ sh on 'qvs-host fault add GetUplinkLinkState --errno EIO --forever >log; qvs-host fault add "*mtu*" --exit 1 --forever >log; qvs show sw1 >out; echo $?; tail -n 8 out; qvs show sw1 --json | jq -c ".[].unread, .[].uplinks[0].linkUp"' 2>&1
   qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
   treesh: a fault made this request fail
   qvs: warning: switch 'sw1': MTU: Failure (0xbad0001)
   qvs: warning: switch 'sw1': uplink 'uplink0': Metadata read error (0xbad0008)
   0
-  |  `- p12                                              free
   `- cannot be read
      |- MTU
      `- links of uplinks
+  
+  3 problems
+  |- sw1  port db   the client db\t0 has its link off
+  |- sw1  port p9   is blocked
+  `- sw1  port web  is blocked
   qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
   treesh: a fault made this request fail
   qvs: warning: switch 'sw1': MTU: Failure (0xbad0001)
@@ -87,6 +101,63 @@ Records that cannot be read are gaps: of ports, of the lists of uplinks, of the 
   blocked:            no
   blocked by kernel:  no
 
+Problems, each with its object; at most 64 in text; colours on a terminal alone.
+
+  $ cat >bad.json <<<'{"pnics": [{"name": "pnic0", "link": "down"}], "switches": [{"alias": "bad", "uplinks": ["u0", "u1"], "ports": ["p0", "p1"]}], "clients": [{"switch": "bad", "port": "p0", "name": "c\u001b0", "link": "down"}]}'
+  $ cat >bad <<<'exec qvs-host run --state bad.state --lab bad.json -- sh -c "$1"'
+  $ sh bad 'qvs port block bad p1; qvs teaming set bad --active u7,u8; qvs port vlan set bad p0 --id 5 --private on; qvs mirror add bad tap --type dvport --destinations nix; qvs mirror add bad off --type dvport --destinations p1 --flags disabled; qvs show' 2>/dev/null
+  bad/p1: changed
+  bad: changed
+  bad/p0: changed
+  bad tap: changed
+  bad off: changed
+  bad: MTU 1500, 2 ports (1 in use), 2 uplinks (0 up), room for 128
+  |- policies
+  |  `- teaming: active u7 u8
+  |- mirror sessions
+  |  |- tap  dvport  of uplinks            to nix
+  |  `- off  dvport  of uplinks  disabled  to p1
+  |- uplinks
+  |  |- u0  pnic0  down
+  |  `- u1         down
+  `- ports
+     |- p0  VLAN private 5  c\x1b0  down
+     `- p1                          free  blocked
+  
+  9 problems
+  |- bad  uplink u0           NIC pnic0 has no link
+  |- bad  uplink u1           no NIC is bound
+  |- bad  switch bad          none of its uplinks has a link
+  |- bad  port p0             the client c\x1b0 has its link off
+  |- bad  port p1             is blocked
+  |- bad  mirror session tap  has no sources
+  |- bad  mirror session tap  port or uplink 'nix' is missing
+  |- bad  switch bad          teaming policy: uplink 'u7', uplink 'u8' are missing
+  `- bad  port p0             VLAN policy: private VLAN 5 is missing
+  $ sh bad 'qvs show --json | jq -c ".[].problems[]"; LC_ALL=C script -qec "qvs show" /dev/null | tr -d "\r" | grep -a "p[01] " | cat -v; NO_COLOR=1 LC_ALL=C script -qec "qvs show" /dev/null | grep -c -a "\[3[13]m"'
+  {"switch":"bad","kind":"uplink","name":"u0","problem":"NIC pnic0 has no link"}
+  {"switch":"bad","kind":"uplink","name":"u1","problem":"no NIC is bound"}
+  {"switch":"bad","kind":"switch","name":"bad","problem":"none of its uplinks has a link"}
+  {"switch":"bad","kind":"port","name":"p0","problem":"the client c\\x1b0 has its link off"}
+  {"switch":"bad","kind":"port","name":"p1","problem":"is blocked"}
+  {"switch":"bad","kind":"mirror session","name":"tap","problem":"has no sources"}
+  {"switch":"bad","kind":"mirror session","name":"tap","problem":"port or uplink 'nix' is missing"}
+  {"switch":"bad","kind":"switch","name":"bad","problem":"teaming policy: uplink 'u7', uplink 'u8' are missing"}
+  {"switch":"bad","kind":"port","name":"p0","problem":"VLAN policy: private VLAN 5 is missing"}
+     |- p0  VLAN private 5  c\x1b0  ^[[31mdown^[[0m
+     `- p1                          free  ^[[33mblocked^[[0m
+  |- bad  port p0             the client c\x1b0 has its link off
+  |- bad  port p1             is blocked
+  `- bad  port p0             VLAN policy: private VLAN 5 is missing
+  0
+  ? 1
+  $ sh on 'qvs switch create wide --max-ports 200 --ports 70; qvs port block wide $(seq -f port%.0f 0 69) >log; qvs show wide | tail -n 2; qvs show wide --all | tail -n 1; qvs switch destroy wide'
+  wide: changed
+  |- wide  port port63  is blocked
+  `- and 6 more; --all shows them
+  `- wide  port port69  is blocked
+  wide: changed
+
 Many ports that are alike take a line; a name with a leading zero has no successor.
 
   $ sh on 'qvs switch create many --max-ports 200 --ports 40; qvs port add many x07 x08 x9 x10 x011 y; qvs show many; qvs show many --all | wc -l'
@@ -97,7 +168,7 @@ Many ports that are alike take a line; a name with a leading zero has no success
   many/x10: changed
   many/x011: changed
   many/y: changed
-  many: MTU 1500, 46 ports of at most 200, 0 in use
+  many: MTU 1500, 46 ports (0 in use), room for 200
   `- ports
      `- port0..port39, x07, x08, x9, x10, x011, ... (46 ports)  free
   48
