@@ -28,11 +28,12 @@ struct PortFacts {
     std::optional<std::string_view> client;
     bool inUse = false;
     bool linkUp = false;
-    bool blocked = false;          // as it is configured
-    bool kernelBlocked = false;    // as the kernel says
-    std::string vlan;              // in words: "100", "trunk 1-100", "private 101"; empty for none
-    std::vector<Policy> policies;  // without VLAN and mirror sessions
-    std::optional<size_t> uplink;  // the place in SwitchFacts::uplinks of the uplink that it carries
+    bool blocked = false;           // as it is configured
+    bool kernelBlocked = false;     // as the kernel says
+    std::string vlan;               // in words: "100", "trunk 1-100", "private 101"; empty for none
+    std::vector<Policy> policies;   // without VLAN and mirror sessions
+    std::optional<size_t> uplink;   // the place in SwitchFacts::uplinks of the uplink that it carries
+    std::optional<size_t> carrier;  // that of the uplink that teaming would choose, when it was asked for
     std::optional<uint32_t> speedMbps;
     std::optional<CounterValues> counters;
 };

@@ -2,18 +2,21 @@
 // qvs port: the ports of a switch.
 #include <qvs/qvs.h>
 
+#include <algorithm>
 #include <array>
 #include <string>
 
 #include "access/library.h"
 #include "access/opaque.h"
 #include "access/setting.h"
+#include "access/team_hint.h"
 #include "commands/nouns.h"
 #include "commands/port.h"
 #include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "views/port_list.h"
+#include "views/port_words.h"
 
 // A state library may lack it, and has live ports only then.
 // NOLINTNEXTLINE(readability-redundant-declaration): it is this one that makes the reference weak
@@ -59,7 +62,7 @@ std::string_view stateName(uint32_t state) {
 // What the kernel answers about one port; nothing for a port that is not on this host.
 struct KernelPort {
     std::optional<uint32_t> number;
-    std::optional<std::array<uint8_t, VSHYP_TEAM_UPLINK_HINT_SIZE>> hint;
+    std::optional<TeamHint> hint;
     VshypBuffer info;
 };
 
@@ -71,22 +74,28 @@ KernelPort askKernel(const std::string &alias, const std::string &portId) {
     require(status, named(alias, portId));
     port.number = number;
 
-    port.hint.emplace();
-    status = call<VSHYP_PortGetTeamUplinkHint>(number, port.hint->data());
-    if (status == HYP_NOT_FOUND) {
-        port.hint.reset();
-    } else {
-        require(status, named(alias, portId));
-    }
+    port.hint = teamHint(number, named(alias, portId));
     status = fetch<VSHYP_GetPortInfo>(port.info, alias.c_str(), portId.c_str());
     if (status != HYP_NOT_FOUND) require(status, named(alias, portId));
     return port;
 }
 
+void addCarrier(Record &record, Output &out, const SwitchFacts &facts, std::optional<size_t> carrier) {
+    std::optional<std::string_view> name;
+    std::string nic;
+    if (carrier) {
+        name = facts.uplinks[*carrier].name;
+        nic = fmt::format("{} (NIC {})", *name, facts.uplinks[*carrier].nic.value_or(""));
+    }
+    if (out.json()) return record.member("uplink", name);
+    record.field(nullptr, "uplink", std::string_view(nic));
+}
+
 void show(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
     const std::string &portId = arguments.text("PORT");
-    DVSPort *port = findPort(findVswitch(alias), alias, portId);
+    DVSSwitch *sw = findVswitch(alias);
+    DVSPort *port = findPort(sw, alias, portId);
     KernelPort kernel = askKernel(alias, portId);
     std::optional<Bytes> info;
     if (kernel.info) info.emplace(static_cast<const uint8_t *>(kernel.info.get()), VSHYP_PORT_INFO_SIZE);
@@ -95,7 +104,12 @@ void show(const Arguments &arguments, Output &out) {
         return writeRaw(out, arguments.text("--raw"), *info);
     }
 
-    PortStatus status = portStatus(port);
+    const SwitchFacts facts = gatherSwitch(sw, Ask::NumbersAlone);
+    const PortFacts &status = *std::ranges::find(facts.ports, port, &PortFacts::handle);
+    const std::optional<std::string> why =
+        status.linkUp ? std::nullopt : std::optional(linkReason(facts, status));
+    const std::optional<size_t> carrier =
+        kernel.hint ? carrierOf(arguments, facts, status, *kernel.hint) : std::nullopt;
     Record record(out);
     record.field("switch", "switch", alias);
     record.field("port", "port", portId);
@@ -106,14 +120,20 @@ void show(const Arguments &arguments, Output &out) {
     record.field("blocked", "blocked", Flag{findText(placeOf(port), QVS_KEY_PORT_BLOCK) == "true"});
     record.field("number", "number", kernel.number);
     record.field("inUse", "in use", Flag{status.inUse});
-    record.field("linkUp", "link", linkState(status.linkUp));
-    record.field("kernelBlocked", "blocked by kernel", Flag{status.blocked});
+    if (out.json()) {
+        record.member("linkUp", Flag{status.linkUp});
+        record.member("linkReason", why ? std::optional<std::string_view>(*why) : std::nullopt);
+    } else {
+        const std::string link = why ? fmt::format("down ({})", *why) : "up";
+        record.field(nullptr, "link", std::string_view(link));
+    }
+    record.field("kernelBlocked", "blocked by kernel", Flag{status.kernelBlocked});
     record.field("client", "client", status.client);
+    addCarrier(record, out, facts, carrier);
     addSettings(record, out, alias, port);
     std::optional<Bytes> hint;
     if (kernel.hint) hint.emplace(*kernel.hint);
-    addRecord(arguments, record, out, {"team-uplink-hint", "teamHint", "team uplink hint"}, hint,
-              "teamHintFields");
+    addRecord(arguments, record, out, kTeamHint, hint, "teamHintFields");
     addRecord(arguments, record, out, {"port-info", "info", "kernel information"}, info);
     record.finish();
 }
@@ -172,7 +192,10 @@ const Command kRows[] = {
                 "information block",
      .arguments = {kSwitchArgument, kPortArgument},
      .more = kRecordOptions,
-     .details = "Hint and block are the kernel's own, 32 and 1458 bytes. The settings are those that hold, "
+     .details = "The uplink is the one that teaming would choose for a used port. Its NIC stands in the "
+                "hint, of which a "
+                "layout file is needed. A link that is down has the reason behind it. "
+                "Hint and block are the kernel's own, 32 and 1458 bytes. The settings are those that hold, "
                 "whether they are stored or not.",
      .example = "qvs port show sw1 port0",
      .run = reads(show)},

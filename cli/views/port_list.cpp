@@ -11,6 +11,7 @@
 #include "access/library.h"
 #include "access/overview.h"
 #include "access/setting.h"
+#include "access/team_hint.h"
 #include "tool/values.h"
 #include "views/facts_json.h"
 #include "views/port_words.h"
@@ -61,8 +62,9 @@ struct PortColumn {
 };
 
 Cell ofUplink(const SwitchFacts &facts, const PortFacts &port) {
-    if (!port.uplink) return {std::optional<std::string_view>()};
-    return {std::optional<std::string_view>(facts.uplinks[*port.uplink].name)};
+    const std::optional<size_t> place = port.uplink ? port.uplink : port.carrier;
+    if (!place) return {std::optional<std::string_view>()};
+    return {std::optional<std::string_view>(facts.uplinks[*place].name)};
 }
 
 Cell ofVlan(const SwitchFacts &, const PortFacts &port) {
@@ -129,6 +131,8 @@ const Option kColumnsOption{.name = "--columns",
 void listPorts(DVSSwitch *sw, const Arguments &arguments, Output &out) {
     const std::vector<const PortColumn *> columns = columnsGiven(arguments);
     SwitchFacts facts = gatherSwitch(sw, Ask::SnapshotAlone);
+    if (std::ranges::any_of(columns, [](const PortColumn *column) { return column->cell == ofUplink; }))
+        askCarriers(arguments, facts);
     std::vector<const PortFacts *> ports;
     for (const PortFacts &port : facts.ports)
         ports.push_back(&port);

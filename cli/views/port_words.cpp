@@ -18,7 +18,7 @@ std::string_view portState(const PortFacts &port) {
 }
 
 std::string uplinkReason(const UplinkFacts &uplink) {
-    return uplink.nic ? fmt::format("NIC {} has no link", shown(*uplink.nic)) : "no NIC is bound";
+    return uplink.nic ? fmt::format("NIC {} has no link", *uplink.nic) : "no NIC is bound";
 }
 
 std::string linkReason(const SwitchFacts &facts, const PortFacts &port) {
@@ -28,7 +28,7 @@ std::string linkReason(const SwitchFacts &facts, const PortFacts &port) {
     if (port.kernelBlocked) return "the kernel blocks the port";
     // A client that is attached to a port which is not blocked decides about the link itself.
     if (!port.client) return "the client has its link off";
-    return fmt::format("the client {} has its link off", shown(*port.client));
+    return fmt::format("the client {} has its link off", *port.client);
 }
 
 std::string policyDetails(const std::vector<Policy> &policies) {

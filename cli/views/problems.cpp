@@ -41,7 +41,7 @@ void addMirrors(Problems &problems, const SwitchFacts &facts) {
     if (facts.mirrors.empty()) return;
     const config::Existing existing = config::existingIn(facts.handle);
     for (const MirrorFacts &mirror : facts.mirrors) {
-        const std::string of = mirror.port.empty() ? "" : fmt::format("of port {}: ", shown(mirror.port));
+        const std::string of = mirror.port.empty() ? "" : fmt::format("of port {}: ", mirror.port);
         const auto add = [&](const std::string &text) {
             problems.push_back({"mirror session", std::string(mirror.text("session")), of + text});
         };

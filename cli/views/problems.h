@@ -12,7 +12,7 @@ namespace qvs::cli {
 struct Problem {
     const char *kind;  // of the object: "switch", "uplink", "port" or "mirror session"
     std::string name;
-    std::string text;  // safe to show
+    std::string text;
 };
 
 // Expects facts that were asked of the kernel: others lack the missing references.

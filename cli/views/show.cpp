@@ -222,8 +222,8 @@ void printProblems(Output &out, const std::vector<SwitchFacts> &switches, bool a
     std::vector<Cells> rows;
     for (const SwitchFacts &facts : switches)
         for (const Problem &problem : problemsOf(facts))
-            rows.push_back(
-                {shown(facts.name()), fmt::format("{} {}", problem.kind, shown(problem.name)), problem.text});
+            rows.push_back({shown(facts.name()), fmt::format("{} {}", problem.kind, shown(problem.name)),
+                            shown(problem.text)});
     if (rows.empty()) return;
     Branch root{counted(rows.size(), "problem")};
     const size_t hidden = rows.size() > kMostLines && !all ? rows.size() - kMostLines : 0;

@@ -65,7 +65,7 @@ What runs, in one look. A run of the host of its own for each line, so that coun
   ["uplink1","trunk all",{}]
   ["web","trunk 1-100,200, priority 3",{"teaming":{"balance":"source-port","active":[],"standby":[],"linkState":false,"beacon":false,"notify":false,"rolling":false,"bestEffort":false,"shotgun":false}}]
   qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
-  {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","class":"vswitch","version":105,"portset":"sw1","opaque":false,"maxPorts":128,"portsInUse":4,"mtu":1500,"policies":{"macLearning":{"aging":300,"limit":65536}},"privateVlans":[{"primary":7,"secondary":8,"type":"isolated"},{"primary":7,"secondary":7,"type":"promiscuous"}],"mirrorSessions":[{"port":null,"session":"tap","name":"","type":"dvport","snapLength":null,"flags":["disabled"],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["p9"],"sourcesIn":["web"],"sourcesOut":["db","web"]}],"uplinks":[{"uplink":"uplink0","port":"uplink0","nic":"pnic0","linkUp":true,"lacpUp":false,"speedMbps":10000},{"uplink":"uplink1","port":"uplink1","nic":"pnic1","linkUp":false,"lacpUp":false,"speedMbps":null}],"problems":[{"switch":"sw1","kind":"uplink","name":"uplink1","problem":"NIC pnic1 has no link"},{"switch":"sw1","kind":"port","name":"db","problem":"the client db\\t0 has its link off"},{"switch":"sw1","kind":"port","name":"p9","problem":"is blocked"},{"switch":"sw1","kind":"port","name":"web","problem":"is blocked"}],"unread":[]}
+  {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","class":"vswitch","version":105,"portset":"sw1","opaque":false,"maxPorts":128,"portsInUse":4,"mtu":1500,"policies":{"macLearning":{"aging":300,"limit":65536}},"privateVlans":[{"primary":7,"secondary":8,"type":"isolated"},{"primary":7,"secondary":7,"type":"promiscuous"}],"mirrorSessions":[{"port":null,"session":"tap","name":"","type":"dvport","snapLength":null,"flags":["disabled"],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["p9"],"sourcesIn":["web"],"sourcesOut":["db","web"]}],"uplinks":[{"uplink":"uplink0","port":"uplink0","nic":"pnic0","linkUp":true,"lacpUp":false,"speedMbps":10000},{"uplink":"uplink1","port":"uplink1","nic":"pnic1","linkUp":false,"lacpUp":false,"speedMbps":null}],"problems":[{"switch":"sw1","kind":"uplink","name":"uplink1","problem":"NIC pnic1 has no link"},{"switch":"sw1","kind":"port","name":"db","problem":"the client db\t0 has its link off"},{"switch":"sw1","kind":"port","name":"p9","problem":"is blocked"},{"switch":"sw1","kind":"port","name":"web","problem":"is blocked"}],"unread":[]}
   {"port":"web","alias":"web","number":67108869,"connectId":1,"externalId":null,"uplink":null,"inUse":true,"client":"web.eth0","linkUp":true,"blocked":true,"kernelBlocked":true,"vlan":"trunk 1-100,200, priority 3","policies":{"teaming":{"balance":"source-port","active":[],"standby":[],"linkState":false,"beacon":false,"notify":false,"rolling":false,"bestEffort":false,"shotgun":false}}}
 
 Records that cannot be read are gaps: of ports, of the lists of uplinks, of the MTU, and of links when the kernel fails.
@@ -100,6 +100,31 @@ Records that cannot be read are gaps: of ports, of the lists of uplinks, of the 
   {"switch":"sw1","changed":false,"ports":[{"port":"p9","changed":false}]}
   blocked:            no
   blocked by kernel:  no
+
+Why a port has no link, and which uplink carries it. The NIC of the uplink is known from the layout of the hint; a kernel that fails is asked for the column of uplinks alone.
+
+  $ sh on 'for port in web db p9 uplink0 uplink1; do qvs port show sw1 $port | grep -E "^(link|uplink):"; qvs port show sw1 $port --json | jq -c "[.linkUp, .linkReason, .uplink]"; done; qvs port list sw1 --columns port,uplink | sed -n "/web/p; /db/p; /p9/p"; QVS_LAYOUT= qvs port list sw1 --columns port,uplink 2>&1 | grep -E "web|layout"; qvs-host fault add PortGetTeamUplinkHint --errno EIO --forever >log; qvs port list sw1 --columns port | tail -n 1; qvs port list sw1 --columns uplink' 2>&1 | grep -v warning
+  link:               up
+  uplink:             uplink0 (NIC pnic0)
+  [true,null,"uplink0"]
+  link:               down (the client db\t0 has its link off)
+  uplink:             uplink0 (NIC pnic0)
+  [false,"the client db\t0 has its link off","uplink0"]
+  link:               down (no client is attached)
+  uplink:             -
+  [false,"no client is attached",null]
+  link:               up
+  uplink:             -
+  [true,null,null]
+  link:               down (NIC pnic1 has no link)
+  uplink:             -
+  [false,"NIC pnic1 has no link",null]
+  p9       -
+  web      uplink0
+  db       uplink0
+  web      -
+  uplink1
+  qvs: switch 'sw1': port 'db': Metadata read error (0xbad0008)
 
 Problems, each with its object; at most 64 in text; colours on a terminal alone.
 
@@ -138,7 +163,7 @@ Problems, each with its object; at most 64 in text; colours on a terminal alone.
   {"switch":"bad","kind":"uplink","name":"u0","problem":"NIC pnic0 has no link"}
   {"switch":"bad","kind":"uplink","name":"u1","problem":"no NIC is bound"}
   {"switch":"bad","kind":"switch","name":"bad","problem":"none of its uplinks has a link"}
-  {"switch":"bad","kind":"port","name":"p0","problem":"the client c\\x1b0 has its link off"}
+  {"switch":"bad","kind":"port","name":"p0","problem":"the client c\u001b0 has its link off"}
   {"switch":"bad","kind":"port","name":"p1","problem":"is blocked"}
   {"switch":"bad","kind":"mirror session","name":"tap","problem":"has no sources"}
   {"switch":"bad","kind":"mirror session","name":"tap","problem":"port or uplink 'nix' is missing"}
@@ -182,8 +207,8 @@ Columns of ports.
   private 8                    p10      -
   -                            p11      -
   -                            p12      -
-  trunk 1-100,200, priority 3  web      -
-  trunk all                    db       -
+  trunk 1-100,200, priority 3  web      uplink0
+  trunk all                    db       uplink0
   trunk all                    uplink0  uplink0
   trunk all                    uplink1  uplink1
   qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express

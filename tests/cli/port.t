@@ -31,7 +31,7 @@ What exists is compared in what is given.
 
 One port, with what the kernel says about it.
 
-  $ qvs port show sw1 vm | head -n 13
+  $ qvs port show sw1 vm | head -n 14
   switch:             sw1
   port:               vm
   alias:              vm
@@ -41,12 +41,13 @@ One port, with what the kernel says about it.
   blocked:            no
   number:             67108869
   in use:             no
-  link:               down
+  link:               down (no client is attached)
   blocked by kernel:  no
   client:             -
+  uplink:             -
   settings:
   $ qvs port show sw1 uplink0 --json | sed 's/"info":.*/.../'
-  {"switch":"sw1","port":"uplink0","alias":"uplink0","state":"live","connectId":1,"externalId":null,"blocked":false,"number":67108865,"inUse":true,"linkUp":true,"kernelBlocked":false,"client":"pnic0","settings":{"vlan":{"id":0,"private":false,"trunk":["1-4094"],"priority":null},"nestedVlan":false,"security":{"promiscuous":"deny","macChange":"allow","forged":"allow"},"filter":null,"teaming":null,"teamingOverride":null,"lsTeaming":null,"txUplink":null,"macLearning":{"learning":false,"flooding":false,"limit":4096,"limitPolicy":"allow"},"multicastAddresses":null,"mirrorSessions":null,"ipfix":null},"stored":["vlan"],"teamHint":"cG5pYzAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=","teamHintFields":{"nic":"pnic0"},...
+  {"switch":"sw1","port":"uplink0","alias":"uplink0","state":"live","connectId":1,"externalId":null,"blocked":false,"number":67108865,"inUse":true,"linkUp":true,"linkReason":null,"kernelBlocked":false,"client":"pnic0","uplink":null,"settings":{"vlan":{"id":0,"private":false,"trunk":["1-4094"],"priority":null},"nestedVlan":false,"security":{"promiscuous":"deny","macChange":"allow","forged":"allow"},"filter":null,"teaming":null,"teamingOverride":null,"lsTeaming":null,"txUplink":null,"macLearning":{"learning":false,"flooding":false,"limit":4096,"limitPolicy":"allow"},"multicastAddresses":null,"mirrorSessions":null,"ipfix":null},"stored":["vlan"],"teamHint":"cG5pYzAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=","teamHintFields":{"nic":"pnic0"},...
   $ qvs port show sw1 vm --raw - | bytes  => 0:05000004 8:766d 320:01 (1458 bytes)
   $ qvs port number sw1 db  => 67108868
   $ qvs port number "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00" db --by-id --json  => {"switch":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","port":"db","number":67108868}
