@@ -20,10 +20,11 @@ struct Port {
     std::string id;
     std::string client;
     std::string vlan;
-    std::string state;  // "up", "down", "free"
+    std::string state;  // "up", "down", "free", "blocked"
     // Nothing before the second look at a port, and after its counters were set back.
     std::optional<std::array<double, kRateKinds>> rates;
 
+    bool idle() const { return total() == 0 && (!rates || (*rates)[Dropped] == 0); }
     double total() const { return rates ? (*rates)[BitsIn] + (*rates)[BitsOut] : 0; }
 };
 

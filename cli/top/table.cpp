@@ -68,7 +68,7 @@ const Column kColumns[] = {
     {"SWITCH", 6, 30, 4, false, [](const Port &port) { return port.owner; }, Sort::Name},
     {"CLIENT", 6, 40, 5, false, [](const Port &port) { return orDash(port.client); }, Sort::Name},
     {"VLAN", 4, 20, 2, false, [](const Port &port) { return orDash(port.vlan); }, Sort::Name},
-    {"LINK", 4, 4, 3, false, [](const Port &port) { return port.state; }, Sort::Name},
+    {"STATE", 5, 7, 3, false, [](const Port &port) { return port.state; }, Sort::Name},
     {"IN b/s", kRate, kRate, 8, true, rateText<BitsIn>, Sort::BitsIn},
     {"OUT b/s", kRate, kRate, 8, true, rateText<BitsOut>, Sort::BitsOut},
     {"IN p/s", kRate, kRate, 6, true, rateText<PacketsIn>, Sort::PacketsIn},
@@ -141,7 +141,7 @@ std::string_view nameOf(Sort sort) {
 std::vector<const Port *> chosenPorts(const Sample &sample, const Choice &choice) {
     std::vector<const Port *> ports;
     for (const Port &port : sample.ports) {
-        if (!choice.idle && port.total() == 0 && (!port.rates || (*port.rates)[Dropped] == 0)) continue;
+        if (!choice.idle && port.idle()) continue;
         if (choice.filter.empty() || contains(port, choice.filter)) ports.push_back(&port);
     }
     std::ranges::stable_sort(ports, [&](const Port *left, const Port *right) {

@@ -52,12 +52,15 @@ void appendText(fmt::memory_buffer &out, const Cell &cell) {
         cell.value);
 }
 
+// Where a column stands without --columns.
+enum class Usual { Nowhere, Everywhere, InText, InJson };
+
 struct PortColumn {
     const char *name;     // for --columns
     const char *key;      // in JSON
     const char *heading;  // in text
-    bool usual;           // shown without --columns
-    bool spare;           // then left out on a narrow terminal
+    Usual usual;
+    bool spare;  // left out on a narrow terminal, unless --columns names it
     Cell (*cell)(const SwitchFacts &facts, const PortFacts &port);
 };
 
@@ -73,35 +76,38 @@ Cell ofVlan(const SwitchFacts &, const PortFacts &port) {
 }
 
 constexpr PortColumn kPortColumns[] = {
-    {"port", "port", "PORT", true, false,
+    {"port", "port", "PORT", Usual::Everywhere, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{std::optional(port.id)}; }},
-    {"number", "number", "NUMBER", true, true,
+    {"number", "number", "NUMBER", Usual::Everywhere, true,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{port.number}; }},
-    {"in-use", "inUse", "IN USE", true, false,
+    {"state", "state", "STATE", Usual::InText, false,
+     [](const SwitchFacts &, const PortFacts &port) { return Cell{std::optional(portState(port))}; }},
+    {"in-use", "inUse", "IN USE", Usual::InJson, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{Flag{port.inUse}}; }},
-    {"link", "linkUp", "LINK", true, false,
+    {"link", "linkUp", "LINK", Usual::InJson, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{linkState(port.linkUp)}; }},
-    {"client", "client", "CLIENT", true, false,
+    {"client", "client", "CLIENT", Usual::Everywhere, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{port.client}; }},
-    {"connect-id", "connectId", "CONNECT ID", true, true,
+    {"connect-id", "connectId", "CONNECT ID", Usual::Everywhere, true,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{port.connectId}; }},
-    {"alias", "alias", "ALIAS", false, false,
+    {"alias", "alias", "ALIAS", Usual::Nowhere, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{port.alias}; }},
-    {"external-id", "externalId", "EXTERNAL ID", false, false,
+    {"external-id", "externalId", "EXTERNAL ID", Usual::Nowhere, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{port.externalId}; }},
-    {"uplink", "uplink", "UPLINK", false, false, ofUplink},
-    {"blocked", "blocked", "BLOCKED", true, false,
+    {"uplink", "uplink", "UPLINK", Usual::Nowhere, false, ofUplink},
+    {"blocked", "blocked", "BLOCKED", Usual::InJson, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{Flag{port.blocked}}; }},
-    {"vlan", "vlan", "VLAN", true, false, ofVlan},
-    {"policies", "policies", "POLICIES", true, false,
+    {"vlan", "vlan", "VLAN", Usual::Everywhere, false, ofVlan},
+    {"policies", "policies", "POLICIES", Usual::Everywhere, false,
      [](const SwitchFacts &, const PortFacts &port) { return Cell{&port.policies}; }},
 };
 
-std::vector<const PortColumn *> columnsGiven(const Arguments &arguments) {
+std::vector<const PortColumn *> columnsGiven(const Arguments &arguments, bool json) {
     std::vector<const PortColumn *> columns;
     if (!arguments.given("--columns")) {
         for (const PortColumn &column : kPortColumns)
-            if (column.usual) columns.push_back(&column);
+            if (column.usual == Usual::Everywhere || column.usual == (json ? Usual::InJson : Usual::InText))
+                columns.push_back(&column);
         return columns;
     }
     for (const std::string &name : splitList(arguments.text("--columns"))) {
@@ -124,12 +130,12 @@ std::vector<const PortColumn *> columnsGiven(const Arguments &arguments) {
 const Option kColumnsOption{.name = "--columns",
                             .value = "NAME,...",
                             .summary =
-                                "show these columns: port, number, in-use, link, client, connect-id, "
+                                "show these columns: port, number, state, in-use, link, client, connect-id, "
                                 "alias, external-id, uplink, blocked, vlan, policies",
                             .excludes = "--kernel"};
 
 void listPorts(DVSSwitch *sw, const Arguments &arguments, Output &out) {
-    const std::vector<const PortColumn *> columns = columnsGiven(arguments);
+    const std::vector<const PortColumn *> columns = columnsGiven(arguments, out.json());
     SwitchFacts facts = gatherSwitch(sw, Ask::SnapshotAlone);
     if (std::ranges::any_of(columns, [](const PortColumn *column) { return column->cell == ofUplink; }))
         askCarriers(arguments, facts);

@@ -136,15 +136,20 @@ void printPort(Output &out, const Row &row, const Rates *rates) {
     listing.finish();
 }
 
-void printSums(Output &out, const std::vector<Row> &rows) {
-    Listing listing(out, {{nullptr, "SWITCH"},
-                          {nullptr, "PORT"},
-                          {nullptr, "PACKETS IN"},
-                          {nullptr, "PACKETS OUT"},
-                          {nullptr, "BYTES IN"},
-                          {nullptr, "BYTES OUT"},
-                          {nullptr, "DROPPED IN"},
-                          {nullptr, "DROPPED OUT"}});
+// The columns of several ports. The switch stands in a column of its own unless the call names it.
+std::vector<Column> columnsOfTraffic(bool withSwitch, bool perSecond) {
+    std::vector<Column> columns = {{nullptr, withSwitch ? "SWITCH" : nullptr}, {nullptr, "PORT"}};
+    constexpr const char *kHeadings[][2] = {
+        {"PKT IN", "PKT IN/S"},       {"PKT OUT", "PKT OUT/S"}, {"BYTES IN", "BYTES IN/S"},
+        {"BYTES OUT", "BYTES OUT/S"}, {"DROP IN", "DROP IN/S"}, {"DROP OUT", "DROP OUT/S"},
+    };
+    for (const auto &heading : kHeadings)
+        columns.push_back({nullptr, heading[perSecond ? 1 : 0], true});
+    return columns;
+}
+
+void printSums(Output &out, const std::vector<Row> &rows, bool withSwitch) {
+    Listing listing(out, columnsOfTraffic(withSwitch, false));
     for (const Row &row : rows) {
         const auto sums = trafficOf(*row.port->counters);
         listing.row(row.facts->name(), row.port->id, sums.packetsIn, sums.packetsOut, sums.bytesIn,
@@ -153,15 +158,8 @@ void printSums(Output &out, const std::vector<Row> &rows) {
     listing.finish();
 }
 
-void printRates(Output &out, const std::vector<Row> &rows, const Rates &rates) {
-    Listing listing(out, {{nullptr, "SWITCH"},
-                          {nullptr, "PORT"},
-                          {nullptr, "PACKETS IN/S"},
-                          {nullptr, "PACKETS OUT/S"},
-                          {nullptr, "BYTES IN/S"},
-                          {nullptr, "BYTES OUT/S"},
-                          {nullptr, "DROPPED IN/S"},
-                          {nullptr, "DROPPED OUT/S"}});
+void printRates(Output &out, const std::vector<Row> &rows, const Rates &rates, bool withSwitch) {
+    Listing listing(out, columnsOfTraffic(withSwitch, true));
     for (const Row &row : rows) {
         const std::optional<RateValues> growth = rates.rateOf(row.facts->id, row.port->id);
         if (!growth) {
@@ -185,7 +183,7 @@ void printLook(const Arguments &arguments, Output &out, Rates &rates) {
     if (arguments.given("PORT")) {
         printPort(out, rows[0], &rates);
     } else {
-        printRates(out, rows, rates);
+        printRates(out, rows, rates, !arguments.given("SWITCH"));
     }
     out.write("\n");
 }
@@ -223,7 +221,7 @@ void stats(const Arguments &arguments, Output &out) {
     const std::vector<SwitchFacts> all = gather(arguments);
     const std::vector<Row> rows = rowsOf(arguments, all);
     if (!out.json() && arguments.given("PORT")) return printPort(out, rows[0], nullptr);
-    if (!out.json()) return printSums(out, rows);
+    if (!out.json()) return printSums(out, rows, !arguments.given("SWITCH"));
     printObjects(out, rows);
 }
 

@@ -13,6 +13,7 @@ void add(std::string &details, std::string_view text) {
 }  // namespace
 
 std::string_view portState(const PortFacts &port) {
+    if (port.blocked || port.kernelBlocked) return "blocked";
     if (!port.inUse) return "free";
     return port.linkUp ? "up" : "down";
 }
@@ -40,7 +41,6 @@ std::string policyDetails(const std::vector<Policy> &policies) {
 
 std::string portDetails(const PortFacts &port) {
     std::string details;
-    if (port.blocked) add(details, "blocked");
     // The kernel blocks what is configured so.
     if (port.kernelBlocked && !port.blocked) add(details, "blocked by the kernel");
     // Uplinks and ports are made with their name as the alias.

@@ -11,14 +11,14 @@
 
 namespace qvs::cli {
 
-// "free", "up" or "down".
+// "blocked", or else "free", "up" or "down".
 std::string_view portState(const PortFacts &port);
 
 // Why a port, or an uplink, has no link, as far as the facts tell: "no client is attached".
 std::string linkReason(const SwitchFacts &facts, const PortFacts &port);
 std::string uplinkReason(const UplinkFacts &uplink);
 
-// Whatever is not as with most ports, its VLAN aside: "blocked; security: promiscuous allow".
+// Whatever is not as with most ports, its state and VLAN aside: "alias x; security: promiscuous allow".
 std::string portDetails(const PortFacts &port);
 
 // Its policies alone.

@@ -71,19 +71,14 @@ std::string namesOf(const Ports &ports) {
 // --- the branches of a switch ---
 
 std::string stateCell(std::string_view state) {
-    return state == "down" ? tinted(state, Tint::Red) : std::string(state);
-}
-
-std::string detailsCell(const PortFacts &port) {
-    const std::string details = shown(portDetails(port));
-    const size_t coloured = port.blocked || port.kernelBlocked ? std::string_view("blocked").size() : 0;
-    return coloured == 0 ? details
-                         : tinted(details.substr(0, coloured), Tint::Yellow) + details.substr(coloured);
+    if (state == "down") return tinted(state, Tint::Red);
+    return state == "blocked" ? tinted(state, Tint::Yellow) : std::string(state);
 }
 
 Cells cellsOf(std::string name, const PortFacts &port, bool withClient) {
     return {std::move(name), port.vlan.empty() ? "" : "VLAN " + port.vlan,
-            withClient ? shown(port.client.value_or("")) : "", stateCell(portState(port)), detailsCell(port)};
+            withClient ? shown(port.client.value_or("")) : "", stateCell(portState(port)),
+            shown(portDetails(port))};
 }
 
 // Ports that are alike in everything but names and clients.
@@ -130,7 +125,12 @@ void addUplinks(Branch &root, const SwitchFacts &facts) {
         if (uplink.linkUp) link = stateCell(*uplink.linkUp ? "up" : "down");
         std::string speed = uplink.speedMbps ? speedText(*uplink.speedMbps) : "";
         std::string details;
-        if (uplink.port) details = detailsCell(facts.ports[*uplink.port]);
+        if (uplink.port) {
+            const PortFacts &port = facts.ports[*uplink.port];
+            details = shown(portDetails(port));
+            if (portState(port) == "blocked")
+                details = stateCell("blocked") + (details.empty() ? "" : "; ") + details;
+        }
         rows.push_back({shown(uplink.name), shown(uplink.nic.value_or("")), std::move(link), std::move(speed),
                         std::move(details)});
     }
@@ -266,8 +266,9 @@ const Command kRows[] = {
      .details =
          "Unused ports that are alike share a line, and so do used ports of a switch with more than 64 of "
          "them. JSON has each port, and the whole values of the policies that are shown. What cannot be read "
-         "is left out, with a warning, and listed at the end of the switch. A port is free, up or down: the "
-         "last two have a client. The last lines are the problems: uplinks and used ports without a link, "
+         "is left out, with a warning, and listed at the end of the switch. A port is free, up, down or "
+         "blocked: up and down are the links of clients. The last lines are the problems: uplinks and used "
+         "ports without a link, "
          "blocked ports, mirror sessions without sources, and settings that refer to what does not exist.",
      .example = "qvs show sw1",
      .run = reads(show)},

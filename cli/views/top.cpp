@@ -80,17 +80,20 @@ void printOnce(const Arguments &arguments, Output &out, std::chrono::millisecond
     if (arguments.given("SWITCH")) findSwitch(arguments.text("SWITCH"));
     top::Sample sample = look(arguments, rates);
     std::ranges::stable_sort(sample.ports, std::ranges::greater(), &top::Port::total);
+    if (!arguments.given("--all"))
+        std::erase_if(sample.ports, [](const top::Port &port) { return port.idle(); });
     const size_t most = arguments.number("--limit", UINT32_MAX, 1);
-    Listing listing(out, {{"switch", "SWITCH"},
+    // Of a narrow terminal the names and the bits have the most.
+    Listing listing(out, {{"switch", arguments.given("SWITCH") ? nullptr : "SWITCH"},
                           {"port", "PORT"},
-                          {"client", "CLIENT"},
-                          {"vlan", "VLAN"},
+                          {"client", "CLIENT", true},
+                          {"vlan", "VLAN", true},
                           {"state", "STATE"},
-                          {"bitsIn", "BITS IN/S"},
-                          {"bitsOut", "BITS OUT/S"},
-                          {"packetsIn", "PACKETS IN/S"},
-                          {"packetsOut", "PACKETS OUT/S"},
-                          {"dropped", "DROPPED/S"}});
+                          {"bitsIn", "IN b/s"},
+                          {"bitsOut", "OUT b/s"},
+                          {"packetsIn", "IN p/s", true},
+                          {"packetsOut", "OUT p/s", true},
+                          {"dropped", "DROP/s", true}});
     const auto unlessEmpty = [](const std::string &text) {
         return text.empty() ? std::optional<std::string_view>() : text;
     };
@@ -238,7 +241,8 @@ void run(const Arguments &arguments, Output &out) {
     const std::chrono::milliseconds time = intervalGiven(arguments, kInterval);
     const bool once = arguments.given("--once");
     if (!once && out.json()) fail(Exit::Usage, "--json requires --once");
-    if (!once && arguments.given("--limit")) fail(Exit::Usage, "--limit requires --once");
+    for (const char *option : {"--limit", "--all"})
+        if (!once && arguments.given(option)) fail(Exit::Usage, "{} requires --once", option);
     if (!once && (isatty(STDIN_FILENO) != 1 || isatty(STDOUT_FILENO) != 1))
         fail(Exit::Usage, "the screen needs a terminal; 'qvs top --once' prints text");
     if (arguments.given("SWITCH")) findSwitch(arguments.text("SWITCH"));
@@ -252,6 +256,7 @@ const Command kRows[] = {
      .arguments = {{"SWITCH", "alias of the only switch to watch", Kind::Switch, true}},
      .options = {{"--interval", "SECONDS", "look at the host so often; a fraction is allowed (1)"},
                  {"--once", nullptr, "print the rates between two looks as text, and end"},
+                 {"--all", nullptr, "with --once, print the ports without traffic, too"},
                  {"--limit", "N", "with --once, print at most N ports"}},
      .details =
          "The ports with the most bits per second come first. The key h on the screen shows what other keys "

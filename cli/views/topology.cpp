@@ -67,7 +67,7 @@ void addGroups(Branch &root, const SwitchFacts &facts) {
                                               group.policies.empty() ? "" : " (" + group.policies + ")",
                                               count, count == 1 ? "port" : "ports"));
         for (const PortFacts *port : group.ports) {
-            std::string line = fmt::format("{}: {}", shown(port->id), drawnState(*port));
+            std::string line = fmt::format("{}: {}", shown(port->id), portState(*port));
             if (port->client) line += ", " + shown(*port->client);
             branch.add(std::move(line));
         }
@@ -199,10 +199,6 @@ std::vector<PortGroup> groupsOf(const SwitchFacts &facts) {
                                          : left.policies < right.policies;
     });
     return groups;
-}
-
-std::string_view drawnState(const PortFacts &port) {
-    return port.blocked || port.kernelBlocked ? "blocked" : portState(port);
 }
 
 const std::span<const Command> kTopologyCommands = kRows;

@@ -23,9 +23,6 @@ std::vector<PortGroup> groupsOf(const SwitchFacts &facts);
 // The names of policies, in order: "security, teaming".
 std::string policyNames(const std::vector<Policy> &policies);
 
-// "up", "down", "free" or "blocked".
-std::string_view drawnState(const PortFacts &port);
-
 // The switches in the language of Graphviz.
 std::string dotText(const std::vector<SwitchFacts> &switches);
 // The picture that Graphviz makes of it. Throws when Graphviz is not installed or fails.

@@ -62,7 +62,7 @@ constexpr Shade kShades[] = {
     {"up", "#d6f0dc"}, {"down", "#f8d7d2"}, {"free", "#f1f2f4"}, {"blocked", "#fbe3bd"}};
 
 const char *shadeOf(const PortFacts &port) {
-    return std::ranges::find(kShades, drawnState(port), &Shade::state)->fill;
+    return std::ranges::find(kShades, portState(port), &Shade::state)->fill;
 }
 
 const char *wireOf(const UplinkFacts &uplink) {

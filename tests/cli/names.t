@@ -13,17 +13,17 @@ Names that a shell, a terminal or a parser would interpret are names like any ot
   a b/-dash: changed
   a b/--json: changed
   $ qvs port list 'a b'
-  PORT                    NUMBER    IN USE  LINK  CLIENT  CONNECT ID  BLOCKED  VLAN  POLICIES
-  $(touch x)              67108865  no      down  -       1           no       -     -
-  ;touch x;               67108866  no      down  -       1           no       -     -
-  [a,b]                   67108867  no      down  -       1           no       -     -
-  {c}                     67108868  no      down  -       1           no       -     -
-  it's                    67108869  no      down  -       1           no       -     -
-  back\\slash             67108870  no      down  -       1           no       -     -
-  tab\tnew\nline\x1b[31m  67108871  no      down  -       1           no       -     -
-  \xffé                   67108872  no      down  -       1           no       -     -
-  -dash                   67108873  no      down  -       1           no       -     -
-  --json                  67108874  no      down  -       1           no       -     -
+  PORT                    NUMBER    STATE  CLIENT  CONNECT ID  VLAN  POLICIES
+  $(touch x)              67108865  free   -       1           -     -
+  ;touch x;               67108866  free   -       1           -     -
+  [a,b]                   67108867  free   -       1           -     -
+  {c}                     67108868  free   -       1           -     -
+  it's                    67108869  free   -       1           -     -
+  back\\slash             67108870  free   -       1           -     -
+  tab\tnew\nline\x1b[31m  67108871  free   -       1           -     -
+  \xffé                   67108872  free   -       1           -     -
+  -dash                   67108873  free   -       1           -     -
+  --json                  67108874  free   -       1           -     -
   $ qvs port list 'a b' --json | tail -n 5
   {"port":"tab\tnew\nline\u001b[31m","number":67108871,"inUse":false,"linkUp":false,"client":null,"connectId":1,"blocked":false,"vlan":null,"policies":{}},
   {"port":"�é","number":67108872,"inUse":false,"linkUp":false,"client":null,"connectId":1,"blocked":false,"vlan":null,"policies":{}},
@@ -112,20 +112,20 @@ A table fits a terminal; numbers are never cut, and no character is.
   tabelle/a-port-with-a-name-that-is-long: changed
   tabelle/short: changed
   $ on() { COLUMNS=$1 script -qec "$2" /dev/null | tr -d '\r' | cat -v | sed 's/M-bM-^@M-&/…/'; }; on 200 'qvs port list tabelle' | head -n 1; NO_COLOR=1 on 60 'qvs port list tabelle' | tail -n 2
-  ^[[1mPORT                             NUMBER    IN USE  LINK  CLIENT  CONNECT ID  BLOCKED  VLAN  POLICIES^[[0m
-  a-port-with-…  no      down  -       no       -     -
-  short          no      down  -       no       -     -
+  ^[[1mPORT                             NUMBER    STATE  CLIENT  CONNECT ID  VLAN  POLICIES^[[0m
+  a-port-with-a-name-that-is-l…  free   -       -     -
+  short                          free   -       -     -
   $ COLUMNS=60 NO_COLOR=1 script -qec 'qvs port list tabelle' /dev/null | tr -d '\r'
-  PORT           IN USE  LINK  CLIENT  BLOCKED  VLAN  POLICIES
-  交換機の入口…  no      down  -       no       -     -
-  été-déjà-vu    no      down  -       no       -     -
-  a-port-with-…  no      down  -       no       -     -
-  short          no      down  -       no       -     -
+  PORT                           STATE  CLIENT  VLAN  POLICIES
+  交換機の入口ポート             free   -       -     -
+  été-déjà-vu                    free   -       -     -
+  a-port-with-a-name-that-is-l…  free   -       -     -
+  short                          free   -       -     -
   $ COLUMNS=60 NO_COLOR=1 script -qec 'qvs port list tabelle --wide' /dev/null | tr -d '\r'
-  PORT                             NUMBER    IN USE  LINK  CLIENT  CONNECT ID  BLOCKED  VLAN  POLICIES
-  交換機の入口ポート               67108882  no      down  -       1           no       -     -
-  été-déjà-vu                      67108883  no      down  -       1           no       -     -
-  a-port-with-a-name-that-is-long  67108884  no      down  -       1           no       -     -
-  short                            67108885  no      down  -       1           no       -     -
+  PORT                             NUMBER    STATE  CLIENT  CONNECT ID  VLAN  POLICIES
+  交換機の入口ポート               67108882  free   -       1           -     -
+  été-déjà-vu                      67108883  free   -       1           -     -
+  a-port-with-a-name-that-is-long  67108884  free   -       1           -     -
+  short                            67108885  free   -       1           -     -
   $ COLUMNS=20 qvs port list tabelle | awk '{ print length }' | sort -n | tail -n 1
-  102
+  86

@@ -43,11 +43,11 @@ What runs, in one look. A run of the host of its own for each line, so that coun
   |  |- uplink0  pnic0  up    10 Gbit/s
   |  `- uplink1  pnic1  down
   `- ports
-     |- db   VLAN trunk all                    db\t0     down  security: 2 bytes that its members cannot express
-     |- web  VLAN trunk 1-100,200, priority 3  web.eth0  up    blocked; teaming: the default of a switch
-     |- p9                                               free  blocked
+     |- db   VLAN trunk all                    db\t0     down     security: 2 bytes that its members cannot express
+     |- web  VLAN trunk 1-100,200, priority 3  web.eth0  blocked  teaming: the default of a switch
+     |- p9                                               blocked
      |- p10  VLAN private 8                              free
-     |- p11                                              free  security: mac change deny
+     |- p11                                              free     security: mac change deny
      `- p12                                              free
   
   4 problems
@@ -147,7 +147,7 @@ Problems, each with its object; at most 64 in text; colours on a terminal alone.
   |  `- u1         down
   `- ports
      |- p0  VLAN private 5  c\x1b0  down
-     `- p1                          free  blocked
+     `- p1                          blocked
   
   9 problems
   |- bad  uplink u0           NIC pnic0 has no link
@@ -170,7 +170,7 @@ Problems, each with its object; at most 64 in text; colours on a terminal alone.
   {"switch":"bad","kind":"switch","name":"bad","problem":"teaming policy: uplink 'u7', uplink 'u8' are missing"}
   {"switch":"bad","kind":"port","name":"p0","problem":"VLAN policy: private VLAN 5 is missing"}
      |- p0  VLAN private 5  c\x1b0  ^[[31mdown^[[0m
-     `- p1                          free  ^[[33mblocked^[[0m
+     `- p1                          ^[[33mblocked^[[0m
   |- bad  port p0             the client c\x1b0 has its link off
   |- bad  port p1             is blocked
   `- bad  port p0             VLAN policy: private VLAN 5 is missing
@@ -215,7 +215,7 @@ Columns of ports.
   [
   {"policies":{},"alias":"p9"},
   {"policies":{},"alias":"p10"},
-  qvs: --columns: 'x' is none of port, number, in-use, link, client, connect-id, alias, external-id, uplink, blocked, vlan, policies
+  qvs: --columns: 'x' is none of port, number, state, in-use, link, client, connect-id, alias, external-id, uplink, blocked, vlan, policies
   qvs: --columns: is empty
   qvs: --columns: 'port' is given twice
   ? 2
@@ -238,9 +238,9 @@ Columns of ports.
 Counters, and their growth: a busy port grows with every look, and what was set back shows none.
 
   $ sh on 'qvs port stats sw1 | head -n 3; qvs port stats sw1 web; qvs port stats sw1 web --json; qvs port stats sw1 nix; qvs port stats sw1 --interval 1; qvs port stats --watch --interval x' 2>&1
-  SWITCH  PORT     PACKETS IN  PACKETS OUT  BYTES IN  BYTES OUT  DROPPED IN  DROPPED OUT
-  sw1     db       0           0            0         0          0           0
-  sw1     p9       0           0            0         0          0           0
+  PORT     PKT IN  PKT OUT  BYTES IN  BYTES OUT  DROP IN  DROP OUT
+  db       0       0        0         0          0        0
+  p9       0       0        0         0          0        0
   COUNTER            IN   OUT
   unicast packets    718  690
   unicast bytes      756  1276
@@ -264,19 +264,55 @@ Counters, and their growth: a busy port grows with every look, and what was set 
   $ sh on 'lines() { until [ "$(wc -l <log)" -ge "$1" ]; do sleep 0.05; done; }; timeout 20 qvs port stats sw1 web --watch --interval 0.1 --json >log & lines 3; qvs prop set sw1 com.quillon.common.port.statistics --port web --hex $(printf "0%.0s" $(seq 256)) >set; lines $(($(wc -l <log) + 3)); kill $!; jq -s -c "[.[0].perSecond, (map(.perSecond != null) | any), (.[1:] | map(select(.perSecond == null)) | length)]" log'
   [null,true,1]
   $ sh on 'timeout 20 qvs port stats sw1 --watch --interval 0.1 | grep --line-buffered web | head -n 2 | tr -s " " | sed "s/ [0-9][0-9.]*k\{0,1\}/ N/g"; qvs nic list; qvs nic list --names --json'
-  sw1 web - - - - - -
-  sw1 web N N N N N N
+  web - - - - - -
+  web N N N N N N
   NIC    LINK  MBIT/S  SWITCH  UPLINK   PORT
   pnic0  up    10000   sw1     uplink0  uplink0
   pnic1  down  -       sw1     uplink1  uplink1
   ["pnic0","pnic1"]
 
+One word for a state everywhere; names stay whole on a narrow terminal, and ports without traffic stand with --all.
+
+  $ sh on 'qvs port block sw1 web p9; qvs port list sw1 --columns port,state | tail -n 7; qvs port list sw1 --columns state --json | head -n 2; qvs top sw1 --once --all --interval 0.05 --json | jq -r ".[] | [.port, .state] | @tsv" | sort; qvs top sw1 --once --interval 0.05 --json | jq length; qvs port unblock sw1 web p9' 2>/dev/null
+  sw1/web: changed
+  sw1/p9: unchanged
+  p10      free
+  p11      free
+  p12      free
+  web      blocked
+  db       down
+  uplink0  up
+  uplink1  down
+  [
+  {"state":"blocked"},
+  db	down
+  p10	free
+  p11	free
+  p12	free
+  p9	blocked
+  uplink0	up
+  uplink1	down
+  web	blocked
+  1
+  sw1/web: changed
+  sw1/p9: changed
+  $ sh on 'qvs port add sw1 a-port-with-a-name-of-thirty-three; for words in "port stats sw1" "port stats" "top sw1 --once --all --interval 0.05"; do COLUMNS=60 NO_COLOR=1 script -qec "qvs $words" /dev/null | tr -d "\r" | grep -E "PORT|a-port"; done; qvs port remove sw1 a-port-with-a-name-of-thirty-three; qvs top --all'
+  sw1/a-port-with-a-name-of-thirty-three: changed
+  PORT                                PKT IN  PKT OUT
+  a-port-with-a-name-of-thirty-three  0       0
+  SWITCH  PORT                                PKT IN  PKT OUT
+  sw1     a-port-with-a-name-of-thirty-three  0       0
+  PORT                                STATE  IN b/s  OUT b/s
+  a-port-with-a-name-of-thirty-three  free   0       0
+  sw1/a-port-with-a-name-of-thirty-three: changed
+  qvs: --all requires --once
+  ? 2
+
 The ports with the most traffic, between two looks. The screen is for terminals.
 
   $ sh on 'qvs top --once --interval 0.1 --limit 2 | tr -s " " | sed "s/ [0-9][0-9.]*k\{0,1\}/ N/g; s/p[0-9]*/P/"; qvs top sw1 --once --interval 0.1 --json | jq -c ".[0] | [.port, .client, .vlan, .state, (.bitsIn > 0), (.dropped > 0)]"'
-  SWITCH PORT CLIENT VLAN STATE BITS IN/S BITS OUT/S PACKETS IN/S PACKETS OUT/S DROPPED/S
+  SWITCH PORT CLIENT VLAN STATE IN b/s OUT b/s IN P/s OUT p/s DROP/s
   sw1 web web.eth0 trunk N-100,200, Priority N up N N N N N
-  a b P\x1b1 - - free N N N N N
   ["web","web.eth0","trunk 1-100,200, priority 3","up",true,true]
   $ sh on 'for words in "" --json "--once --interval 0" "--once --limit 0" "--limit 3" "nix --once"; do qvs top $words; done; qvs-host fault add StateGet --status 0xbad0040 --nth 2 >log; qvs top --once --interval 0.1'
   qvs: the screen needs a terminal; 'qvs top --once' prints text

@@ -6,12 +6,12 @@ Added several at a time, all checked first.
   $ qvs port add sw1 new web  => [4] qvs: switch 'sw1': port 'web': Already exists (0xbad0005)
   $ qvs port add sw1 vm --external-id vif-1 --json  => {"switch":"sw1","changed":true,"ports":[{"port":"vm","changed":true}]}
   $ qvs port list sw1
-  PORT     NUMBER    IN USE  LINK  CLIENT  CONNECT ID  BLOCKED  VLAN       POLICIES
-  uplink0  67108865  yes     up    pnic0   1           no       trunk all  -
-  port0    67108866  no      down  -       1           no       -          -
-  web      67108867  no      down  -       7           no       -          -
-  db       67108868  no      down  -       7           no       -          -
-  vm       67108869  no      down  -       1           no       -          -
+  PORT     NUMBER    STATE  CLIENT  CONNECT ID  VLAN       POLICIES
+  uplink0  67108865  up     pnic0   1           trunk all  -
+  port0    67108866  free   -       1           -          -
+  web      67108867  free   -       7           -          -
+  db       67108868  free   -       7           -          -
+  vm       67108869  free   -       1           -          -
   $ qvs port list sw1 --json | head -n 3
   [
   {"port":"uplink0","number":67108865,"inUse":true,"linkUp":true,"client":"pnic0","connectId":1,"blocked":false,"vlan":"trunk all","policies":{}},
