@@ -97,6 +97,9 @@ constexpr Topic kTopics[] = {
 constexpr OtherName kOtherNames[] = {
     {"vswitch dvs dvswitch bridge", "switch"},
     {"pnic interface link", "uplink"},
+    {"lacp", "uplink list"},
+    {"vlan", "port vlan,topology"},
+    {"trunk", "port vlan set"},
     {"bond bonding lag team", "teaming"},
     {"span", "mirror"},
     {"fdb", "mac"},
@@ -104,6 +107,13 @@ constexpr OtherName kOtherNames[] = {
     {"cdp lldp", "discovery"},
     {"multicast igmp mld", "mcast"},
     {"netflow sflow", "ipfix"},
+    {"restore undo revert backup", "checkpoint"},
+    {"watch follow event log history change", "monitor"},
+    {"draw picture graph", "topology"},
+    {"counter traffic", "top,port stats"},
+    {"prometheus", "metrics"},
+    {"problem why check", "show,doctor"},
+    {"ls", "show"},
 };
 
 constexpr Passage kDescription[] = {

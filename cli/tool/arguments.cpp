@@ -155,7 +155,10 @@ const std::string *unknownOption(const Refused &call) {
 
 std::string unknownProblem(const Refused &call, const std::string &word) {
     const std::vector<std::string> meant = optionsMeant(&call.command, word);
-    const bool mayBeName = meant.empty() && verbatimOf(shapeOf(call.command)) == nullptr;
+    const bool takesName = std::ranges::any_of(shapeOf(call.command).arguments, [](const Argument &argument) {
+        return !argument.verbatim && argument.choices.empty();
+    });
+    const bool mayBeName = meant.empty() && takesName;
     return fmt::format("no such option: {}{}{}", inQuotes(word), didYouMean(meant),
                        mayBeName ? "; a name that begins with a dash goes behind --" : "");
 }

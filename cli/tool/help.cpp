@@ -65,9 +65,33 @@ std::string called(const Command &command) {
     return fmt::format("{} {}", program().name, words(command));
 }
 
-bool beginsWith(const Command &command, std::span<const std::string> words) {
+template <typename Words>
+bool beginsWith(const Command &command, const Words &words) {
     std::vector<std::string_view> own = wordsOf(command);
     return own.size() >= words.size() && std::equal(words.begin(), words.end(), own.begin());
+}
+
+// Whether a word of the text begins with the letters.
+bool hasWord(std::string_view text, std::string_view letters) {
+    const auto isInside = [&](size_t at) {
+        return at > 0 && std::isalnum(static_cast<unsigned char>(text[at - 1])) != 0;
+    };
+    size_t at = text.find(letters);
+    while (at != std::string_view::npos && isInside(at))
+        at = text.find(letters, at + 1);
+    return at != std::string_view::npos;
+}
+
+// What a search looks at, in small letters. The options that many commands share are found by their names
+// alone.
+std::string searchedText(const Command &command) {
+    const Shape shape = shapeOf(command);
+    std::string text = fmt::format("{} {}", command.words, shape.summary);
+    for (const Option &option : shape.options)
+        text += fmt::format(" {} {}", option.name, option.summary);
+    for (const Option &option : command.more)
+        text += fmt::format(" {}", option.name);
+    return lower(text);
 }
 
 }  // namespace
@@ -249,11 +273,15 @@ std::string nounHelp(std::span<const std::string> asked) {
 }
 
 std::string searchHelp(std::span<const std::string> asked) {
+    const std::vector<std::string> meanings =
+        asked.size() == 1 ? meaningsOf(lower(asked.front())) : std::vector<std::string>();
     return pickedHelp([&](const Command &command) {
-        const std::string said = lower(fmt::format("{} {}", command.words, shapeOf(command).summary));
-        return std::all_of(asked.begin(), asked.end(), [&](const std::string &word) {
-            return said.find(lower(word)) != std::string::npos;
-        });
+        if (std::ranges::any_of(meanings,
+                                [&](std::string_view each) { return beginsWith(command, splitWords(each)); }))
+            return true;
+        const std::string text = searchedText(command);
+        return std::ranges::all_of(asked,
+                                   [&](const std::string &word) { return hasWord(text, lower(word)); });
     });
 }
 

@@ -31,7 +31,8 @@ std::string ofProgram(std::string text);
 std::string programHelp();
 // The long help: all commands.
 std::string wholeHelp();
-// The commands whose words and summary contain all of these words.
+// The commands in whose names, summary or options a word begins with each of these words, and those that a
+// single word of another tool means.
 std::string searchHelp(std::span<const std::string> words);
 // The commands that begin with these words.
 std::string nounHelp(std::span<const std::string> words);

@@ -36,7 +36,7 @@ struct Topic {
     const char *nouns;
 };
 
-// Names of a noun in other tools, and its name here.
+// Words for what the tool can do, and the commands that do it: their beginnings, separated by commas.
 struct OtherName {
     const char *theirs;
     const char *ours;

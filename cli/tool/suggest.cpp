@@ -10,6 +10,7 @@
 #include "base/failure.h"
 #include "base/text.h"
 #include "tool/program.h"
+#include "tool/values.h"
 
 namespace qvs::cli {
 namespace {
@@ -30,6 +31,18 @@ constexpr const char *kSameVerbs[] = {
     "help man usage",
 };
 
+// Names of options in other tools, and what such options are called here.
+constexpr OtherName kOtherOptions[] = {
+    {"--vlan --vid --tag --vlan-id", "--id,--encap-vlan"},
+    {"--to --dst --dest --destination --target", "--destinations"},
+    {"--from --src --source --sources", "--sources-in,--sources-out"},
+    {"--trunks --range --ranges --vlans", "--trunk"},
+    {"--backup", "--standby"},
+    {"--out", "--output"},
+    {"--filter", "--where"},
+    {"--order", "--sort"},
+};
+
 bool contains(const std::vector<std::string_view> &words, std::string_view word) {
     return std::find(words.begin(), words.end(), word) != words.end();
 }
@@ -39,7 +52,7 @@ std::vector<std::string_view> similar(std::string_view typed, const std::vector<
     constexpr size_t kLongestWord = 64;
     if (typed.empty() || typed.size() > kLongestWord) return {};
     // One mistake in three letters at most.
-    const size_t most = std::max<size_t>(1, typed.size() / 3);
+    const size_t most = typed.size() / 3;
     std::vector<std::pair<size_t, std::string_view>> found;
     for (const std::string_view word : words) {
         const size_t distance = distanceBetween(typed, word);
@@ -71,16 +84,11 @@ std::vector<std::string_view> sameVerbs(std::string_view typed, const std::vecto
     return found;
 }
 
-// The noun for a plural or for a noun of another tool; otherwise the word itself.
-std::string_view nounMeant(std::string_view typed, const std::vector<std::string_view> &nouns) {
-    for (const std::string_view ending : {"", "s", "es"}) {
-        if (!typed.ends_with(ending)) continue;
-        const std::string_view singular = typed.substr(0, typed.size() - ending.size());
-        if (contains(nouns, singular)) return singular;
-        for (const OtherName &name : program().otherNames)
-            if (contains(splitWords(name.theirs), singular)) return name.ours;
-    }
-    return typed;
+// What a table says that a word means.
+std::vector<std::string> listedMeanings(std::span<const OtherName> table, std::string_view word) {
+    for (const OtherName &name : table)
+        if (contains(splitWords(name.theirs), word)) return splitList(name.ours);
+    return {};
 }
 
 // The commands that contain the word behind their noun, up to that word: "port vlan" for "vlan".
@@ -154,6 +162,19 @@ std::string didYouMean(const std::vector<std::string> &suggestions) {
     return text + "?";
 }
 
+std::vector<std::string> meaningsOf(std::string_view word) {
+    if (word == "version") return {"--version"};
+    const std::vector<std::string_view> nouns = wordsBehind({});
+    for (const std::string_view ending : {"", "s", "es"}) {
+        if (!word.ends_with(ending)) continue;
+        const std::string_view singular = word.substr(0, word.size() - ending.size());
+        if (contains(nouns, singular)) return {std::string(singular)};
+        std::vector<std::string> meanings = listedMeanings(program().otherNames, singular);
+        if (!meanings.empty()) return meanings;
+    }
+    return {};
+}
+
 std::vector<std::string> commandsMeant(std::span<const std::string> words, size_t known) {
     const std::vector<std::string_view> next = wordsBehind(words.first(known));
     const std::string &typed = words[known];
@@ -165,13 +186,18 @@ std::vector<std::string> commandsMeant(std::span<const std::string> words, size_
     const std::string before = fmt::format("{}{}", fmt::join(words.first(known), " "), known == 0 ? "" : " ");
 
     if (known == 0) {
-        if (const std::string_view noun = nounMeant(typed, next); noun != typed) add(std::string(noun));
         // The verb may come first: "rm port".
         if (words.size() > 1) {
-            const std::string noun(nounMeant(words[1], next));
-            for (const std::string_view verb : sameVerbs(typed, wordsBehind({&noun, 1})))
-                add(fmt::format("{} {}", noun, verb));
+            for (const std::string &meaning : meaningsOf(words[1])) {
+                const std::vector<std::string_view> split = splitWords(meaning);
+                const std::vector<std::string> noun(split.begin(), split.end());
+                for (const std::string_view verb : sameVerbs(typed, wordsBehind(noun)))
+                    add(fmt::format("{} {}", meaning, verb));
+            }
         }
+        // Words that look alike are weaker guesses.
+        if (!meant.empty()) return meant;
+        if (std::vector<std::string> meanings = meaningsOf(typed); !meanings.empty()) return meanings;
         for (const std::string &command : endingWith(typed))
             add(command);
     }
@@ -190,7 +216,11 @@ std::vector<std::string> optionsMeant(const Command *command, std::string_view w
         names.emplace_back(option.name);
     for (const Option *option : commonOptions())
         names.emplace_back(option->name);
-    const std::vector<std::string_view> meant = similar(word.substr(0, word.find('=')), names);
+    const std::string_view typed = word.substr(0, word.find('='));
+    std::vector<std::string> listed = listedMeanings(kOtherOptions, typed);
+    std::erase_if(listed, [&](const std::string &name) { return !contains(names, name); });
+    if (!listed.empty()) return listed;
+    const std::vector<std::string_view> meant = similar(typed, names);
     return {meant.begin(), meant.end()};
 }
 

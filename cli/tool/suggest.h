@@ -21,7 +21,12 @@ std::string didYouMean(const std::vector<std::string> &suggestions);
 // commands that do what a word of another tool says.
 std::vector<std::string> commandsMeant(std::span<const std::string> words, size_t known);
 
-// Suggests options with a similar name: of a command, which may be null, and of every command.
+// The beginnings of the commands that do what a word of another tool, or of everyday language, says. A noun
+// may be in the plural.
+std::vector<std::string> meaningsOf(std::string_view word);
+
+// Suggests options of a command, which may be null, and of every command: those that are called so in other
+// tools, or else those with a similar name.
 std::vector<std::string> optionsMeant(const Command *command, std::string_view word);
 
 // Suggests options of a command that accept the word as their value: "--id 100".

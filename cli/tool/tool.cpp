@@ -9,6 +9,7 @@
 #include "tool/failure.h"
 #include "tool/help.h"
 #include "tool/output.h"
+#include "tool/program.h"
 #include "tool/run.h"
 #include "tool/suggest.h"
 
@@ -23,8 +24,14 @@ void help(const Arguments &arguments, Output &out) {
     if (asked.size() == 1 && asked[0] == "all") return out.write(wholeHelp());
     const std::vector<std::string_view> first = wordsBehind({});
     const bool known = std::find(first.begin(), first.end(), asked[0]) != first.end();
-    const std::string found = known ? "" : searchHelp(asked);
-    out.write(found.empty() ? helpFor(asked) : found);
+    if (known) return out.write(helpFor(asked));
+    const std::string found = searchHelp(asked);
+    if (found.empty()) {
+        const std::string meant = didYouMean(commandsMeant(asked, 0));
+        fail(Exit::Usage, "nothing about {} was found{} '{} help' lists the commands",
+             inQuotes(fmt::format("{}", fmt::join(asked, " "))), meant.empty() ? ";" : meant, program().name);
+    }
+    out.write(found);
 }
 
 void completion(const Arguments &arguments, Output &out) {
@@ -59,7 +66,9 @@ const Command kRows[] = {
      .summary = "print the help of the tool, a noun or a command, or search it",
      .arguments = {{"NOUN", "the noun, a word to look for, or all for every command", Kind::Command, true},
                    {"VERB", "the verb", Kind::Command, true, true}},
-     .details = "A word that is no noun is looked for in the words and summaries of all commands.",
+     .details =
+         "A word that is no noun is looked for at the beginnings of words: in the names and summaries "
+         "of all commands and of their options. Words of other tools find the commands that do the same.",
      .example = "% help completion",
      .json = false,
      .run = local(help)},

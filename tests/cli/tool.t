@@ -16,7 +16,7 @@ Usage.
   qvs: no such command: 'nix'; did you mean 'nic'? 'qvs help' lists them
   qvs: no such command: switch 'nix'; 'qvs help switch' lists them
   qvs: no such option: '--nix'
-  qvs: no such option: '--nix'; a name that begins with a dash goes behind --
+  qvs: no such option: '--nix'
   qvs: usage: qvs switch list [--names] [--kernel]
   qvs: PORT is required
   qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]

@@ -1,22 +1,35 @@
 A wrong word is answered with the right one, whether there is a host or not.
 
-  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs <<<$'swich list\nswitch lst\nsw list\nswitches list\nports\nswitch rm sw1\nport delete sw1 p0\nmtu show sw1\nmtu modify sw1 9000\nls switches\nrm port sw1 p0\nvlan get sw1 p0\nbonds\nlldp get sw1\nxyzzy'
+  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs <<<$'swich list\nswitch lst\nsw list\nswitches list\nports\nswitch rm sw1\nport delete sw1 p0\nmtu show sw1\nmtu modify sw1 9000\nls switches\nrm port sw1 p0\nvlan get sw1 p0\nbonds\nlldp get sw1\nxyzzy\nvlans\ntrunk\nlacp\nundo\nwatch\nchanges\ncounters\nprometheus\nwhy\nversion\nls\nrm\nget trunk'
   qvs: no such command: 'swich'; did you mean 'switch'? 'qvs help' lists them
   qvs: no such command: switch 'lst'; did you mean 'switch list'? 'qvs help switch' lists them
   qvs: no such command: 'sw'; did you mean 'switch'? 'qvs help' lists them
-  qvs: no such command: 'switches'; did you mean 'switch' or 'kcp switches'? 'qvs help' lists them
-  qvs: no such command: 'ports'; did you mean 'port' or 'mac ports'? 'qvs help' lists them
+  qvs: no such command: 'switches'; did you mean 'switch'? 'qvs help' lists them
+  qvs: no such command: 'ports'; did you mean 'port'? 'qvs help' lists them
   qvs: no such command: switch 'rm'; did you mean 'switch destroy'? 'qvs help switch' lists them
   qvs: no such command: port 'delete'; did you mean 'port remove'? 'qvs help port' lists them
   qvs: no such command: mtu 'show'; did you mean 'mtu get'? 'qvs help mtu' lists them
   qvs: no such command: mtu 'modify'; did you mean 'mtu set'? 'qvs help mtu' lists them
   qvs: no such command: 'ls'; did you mean 'switch list', 'switch show' or 'switch info'? 'qvs help' lists them
-  qvs: no such command: 'rm'; did you mean 'port remove' or 'rtm'? 'qvs help' lists them
-  qvs: no such command: 'vlan'; did you mean 'port vlan' or 'pvlan'? 'qvs help' lists them
+  qvs: no such command: 'rm'; did you mean 'port remove'? 'qvs help' lists them
+  qvs: no such command: 'vlan'; did you mean 'port vlan' or 'topology'? 'qvs help' lists them
   qvs: no such command: 'bonds'; did you mean 'teaming'? 'qvs help' lists them
   qvs: no such command: 'lldp'; did you mean 'discovery'? 'qvs help' lists them
   qvs: no such command: 'xyzzy'; 'qvs help' lists them
-  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs <<<$'--jsno switch list\nport list sw1 --tiemout 3\nswitch create sw1 --max 4\nswitch create sw1 --may-exists\nswitch show sw1 100\nuplink add sw1 u0 --connect 5\nmirror list sw1 p0\nmirror list sw1 p0 --port p1\nport list sw1 p0 p1\nmac-learning set sw1 100\nteaming set sw1 source-mac\nteaming set sw1 uplink0\nmcast filters sw1 ipv4\nmcast filters sw1 --type ipv5\nswitch list --timeout\nswitch list --json=yes\nport show sw1'
+  qvs: no such command: 'vlans'; did you mean 'port vlan' or 'topology'? 'qvs help' lists them
+  qvs: no such command: 'trunk'; did you mean 'port vlan set'? 'qvs help' lists them
+  qvs: no such command: 'lacp'; did you mean 'uplink list'? 'qvs help' lists them
+  qvs: no such command: 'undo'; did you mean 'checkpoint'? 'qvs help' lists them
+  qvs: no such command: 'watch'; did you mean 'monitor'? 'qvs help' lists them
+  qvs: no such command: 'changes'; did you mean 'monitor'? 'qvs help' lists them
+  qvs: no such command: 'counters'; did you mean 'top' or 'port stats'? 'qvs help' lists them
+  qvs: no such command: 'prometheus'; did you mean 'metrics'? 'qvs help' lists them
+  qvs: no such command: 'why'; did you mean 'show' or 'doctor'? 'qvs help' lists them
+  qvs: no such command: 'version'; did you mean '--version'? 'qvs help' lists them
+  qvs: no such command: 'ls'; did you mean 'show'? 'qvs help' lists them
+  qvs: no such command: 'rm'; 'qvs help' lists them
+  qvs: no such command: 'get'; did you mean 'mtu get', 'pvlan get' or 'port vlan get'? 'qvs help' lists them
+  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs <<<$'--jsno switch list\nport list sw1 --tiemout 3\nswitch create sw1 --max 4\nswitch create sw1 --may-exists\nswitch show sw1 100\nuplink add sw1 u0 --connect 5\nmirror list sw1 p0\nmirror list sw1 p0 --port p1\nport list sw1 p0 p1\nmac-learning set sw1 100\nteaming set sw1 source-mac\nteaming set sw1 uplink0\nmcast filters sw1 ipv4\nmcast filters sw1 --type ipv5\nswitch list --timeout\nswitch list --json=yes\nport show sw1\nport vlan set sw1 p0 --vlan 5\nmirror add sw1 s --to p0\nswitch list --vlan 5'
   qvs: no such option: '--jsno'; did you mean '--json'?
   qvs: no such option: '--tiemout'; did you mean '--timeout'?
   qvs: no such option: '--max'; did you mean '--max-ports'?
@@ -34,6 +47,9 @@ A wrong word is answered with the right one, whether there is a host or not.
   qvs: --timeout requires SECONDS
   qvs: --json takes no value
   qvs: PORT is required
+  qvs: no such option: '--vlan'; did you mean '--id'?
+  qvs: no such option: '--to'; did you mean '--destinations'?
+  qvs: no such option: '--vlan'
   $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs-host <<<$'ls\nexec true\nfault rm\nfault ls\nstat\nrun -- \nstart --stat x\nfault add x --kill soon\nrun --lab rak -- true'
   qvs-host: no such command: 'ls'; did you mean 'status'? 'qvs-host help' lists them
   qvs-host: no such command: 'exec'; 'qvs-host help' lists them
@@ -73,15 +89,32 @@ The help of the whole tool fits on a screen of 80 by 50 with every noun, and no 
   qvs help WORD searches; qvs COMMAND --help says more about a command.
   $ qvs help all | sed -n 's/^  qvs \([a-z-]*\).*/\1/p' | sort -u | while read -r noun; do qvs help | grep -q -e "^  $noun  " -e "^More:.* $noun" || echo "$noun is missing"; done
   $ qvs help vlan | grep '^qvs'
+  qvs port: ports of a switch
+  qvs mirror: mirror sessions of a port, or of the uplinks of this host
   qvs pvlan: the private VLANs of a switch
   qvs port vlan: the VLANs of a port
+  qvs mac: the MAC tables of the running switch, and how it learns
   qvs health: checks of teaming, VLANs and MTU
   qvs health result: what the checks have found
+  qvs export: the configuration of the host as a document
+  qvs apply: a document as a whole
   qvs topology: a picture of what is connected to what
   $ qvs help PRIVATE vlan | grep -c '^  qvs'
-  4
+  5
+  $ qvs help rm | grep -c information
+  0
+  ? 1
+  $ qvs help svg | tail -n +3
+    qvs topology  draw what is connected to what: NICs, uplinks, switches, ports, mirror sessions, private VLANs
+  $ qvs help lacp | tail -n +3
+    qvs uplink list  list the uplinks of a switch with their ports, links and NICs
+  $ qvs help undo | grep -c '^  qvs checkpoint '
+  6
+  $ qvs help nothing such
+  qvs: nothing about 'nothing such' was found; 'qvs help' lists the commands
+  ? 2
   $ qvs help swich
-  qvs: no such command: 'swich'; did you mean 'switch'? 'qvs help' lists them
+  qvs: nothing about 'swich' was found; did you mean 'switch'? 'qvs help' lists the commands
   ? 2
   $ for columns in 72 200; do COLUMNS=$columns qvs help teaming set | head -n -1 | awk -v most=$columns 'length > most && length > widest { widest = length } length > longest { longest = length } END { print longest, widest + 0 }'; done
   72 0
