@@ -5,9 +5,12 @@
 #include <algorithm>
 #include <limits>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "access/library.h"
 #include "access/remains.h"
+#include "base/natural.h"
 #include "commands/switch.h"
 #include "config/library/snapshot.h"
 #include "tool/failure.h"
@@ -147,10 +150,29 @@ bool isHalfMade(const std::string &alias) {
     return sw != nullptr && kernel && !missingParts(sw, *kernel).empty();
 }
 
+// Warns when clients use ordinary ports of a switch that is to be destroyed.
+void warnOfClients(DVSSwitch *sw, const std::string &alias) {
+    constexpr size_t kMostNamed = 3;
+    const std::vector<std::string_view> uplinks = uplinkPorts(sw);
+    std::vector<std::string_view> used;
+    forEachPort(sw, [&](DVSPort *port) {
+        const std::string_view id = DVS_PortId(port);
+        if (portStatus(port).inUse && std::ranges::find(uplinks, id) == uplinks.end()) used.push_back(id);
+        return true;
+    });
+    if (used.empty()) return;
+    std::ranges::sort(used, namedBefore);
+    std::string names;
+    for (size_t i = 0; i < std::min(used.size(), kMostNamed); i++)
+        names += fmt::format("{}{}", i == 0 ? "" : ", ", inQuotes(used[i]));
+    warn("{}: is destroyed while {} of its ports {} in use: {}{}", named(alias), used.size(),
+         used.size() == 1 ? "is" : "are", names, used.size() > kMostNamed ? ", ..." : "");
+}
+
 // Returns false when another process has already removed it.
 bool destroyAlias(const std::string &alias) {
     auto isGone = [&] { return DVSState_SwitchFindByAlias(alias.c_str()) == nullptr; };
-    findVswitch(alias);
+    warnOfClients(findVswitch(alias), alias);
     HYP_ReturnStatus status = callWhole<VSDVS_DestroyVSwitch>(alias.c_str());
     if (status != HYP_NOT_FOUND) {
         require(status, named(alias));

@@ -150,6 +150,28 @@ void list(const Arguments &arguments, Output &out) {
     failBroken();
 }
 
+}  // namespace
+
+void checkLinksLeft(const std::string &alias, const std::vector<std::string> &taken, bool strict) {
+    DVSSwitch *sw = findVswitch(alias);
+    const auto portset = findText({Scope::Host, sw}, QVS_KEY_HOST_PORTSET);
+    if (!portset) return;
+    const auto isTaken = [&](std::string_view name) { return std::ranges::find(taken, name) != taken.end(); };
+    bool losesLink = false;
+    for (const Uplink &uplink : uplinkState(sw).whole) {
+        const std::optional<bool> up =
+            uplinkLink(std::string(*portset), uplink.port, namedUplink(alias, uplink.name));
+        if (!up.value_or(false)) continue;
+        DVSPort *port = lookUpPort(sw, uplink.port);
+        const std::string_view nic = port != nullptr ? portStatus(port).client.value_or("") : "";
+        if (!isTaken(uplink.name) && !isTaken(uplink.port) && (nic.empty() || !isTaken(nic))) return;
+        losesLink = true;
+    }
+    if (losesLink) warnOrFail(strict, fmt::format("{}: no uplink with a link remains", named(alias)));
+}
+
+namespace {
+
 // An uplink's administrative state cannot be read, its link can. A link that is up needs nothing to be taken
 // up; a link that is down may still be up administratively, so taking it down is always asked of the kernel.
 void setLinks(const Arguments &arguments, Output &out, bool up) {
@@ -165,6 +187,7 @@ void setLinks(const Arguments &arguments, Output &out, bool up) {
                 namedUplink(alias, uplink));
         isUp.push_back(state != 0);
     }
+    if (!up) checkLinksLeft(alias, uplinks, false);
     ChangeList changes(out, alias, "uplinks", "uplink");
     for (size_t i = 0; i < uplinks.size(); i++) {
         if (!up || !isUp[i]) {

@@ -111,6 +111,7 @@ void removeUplinks(const Arguments &arguments, Output &out) {
     for (const Uplink *uplink : there)
         if (uplink != nullptr) names.push_back(uplink->name);
     checkUsers(findVswitch(alias), alias, names, arguments.given(kStrict.name));
+    checkLinksLeft(alias, names, arguments.given(kStrict.name));
     ChangeList changes(out, alias, "uplinks", "uplink");
     for (size_t i = 0; i < wanted.size(); i++) {
         bool changed = there[i] != nullptr;

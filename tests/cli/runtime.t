@@ -36,6 +36,7 @@ Mirror sessions are those that are stored: a disabled one is idle, and destinati
   {"stats":"AgAAAFAKAAAAAAAABwcAAAAAAADvCAAAAAAAAIIAAAAAAAAA8wAAAAAAAAAbAgAAAAAAAO8AAAAAAAAAbAgAAAAAAACPAAAAAAAAAA==","fields":{"sessions":2,"wakeups":2640,"framesTaken":1799,"bytesTaken":2287,"framesSent":130,"bytesSent":243,"droppedNoMemory":539,"droppedNoRoute":239,"droppedNoUplink":2156,"droppedNoAddress":143}}
   sw1: changed
   sw1/p2: changed
+  qvs: warning: switch 'sw1': no uplink with a link remains
   sw1/uplink0: changed
   0:01 8:02000004 (12 bytes)
 

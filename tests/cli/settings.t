@@ -433,6 +433,7 @@ What refers to something that is not there is stored with a warning, and not wit
   qvs: switch 'sw1': uplink0 is removed, but still named by: teaming policy
   sw1/uplink1: changed
   qvs: warning: switch 'sw1': uplink0 is removed, but still named by: teaming policy
+  qvs: warning: switch 'sw1': no uplink with a link remains
   sw1/uplink0: changed
   $ for change in 'set sw1 7:7:promiscuous --strict' 'clear sw1 --strict' 'set sw1 7:8:community --strict' 'set sw1 9:9:promiscuous' 'clear sw1'; do qvs pvlan $change; done
   qvs: switch 'sw1': private VLAN 8 is removed, but still named by: port 'port0': VLAN policy

@@ -111,3 +111,12 @@ Four at a time agree on what one of them did; a signal waits until a switch is w
   $ treesh -e set /net/create orphan $'8\n' vswitch; qvs switch create orphan
   qvs: switch 'orphan': portset 'orphan' exists in the kernel; name another with --portset, or remove it with 'qvs switch destroy orphan' if nothing needs it
   ? 4
+
+A switch whose ports are in use is destroyed with a warning.
+
+  $ qvs-host run --lab rack -- qvs switch destroy tenants
+  qvs: warning: switch 'tenants': is destroyed while 3 of its ports are in use: 'db0', 'web0', 'web1'
+  tenants: changed
+  $ qvs-host run --lab two-nics -- qvs switch destroy edge
+  qvs: switch 'edge': Not found (0xbad0003)
+  ? 3

@@ -32,7 +32,7 @@ Links: changed is what the link shows; taking down is asked of the kernel each t
   $ qvs uplink set sw1 right uplink0  => [4] qvs: switch 'sw1': has other uplinks; remove them with 'qvs uplink remove' first
   $ qvs uplink set sw1 uplink0 right  => sw1: unchanged
   $ qvs uplink set sw1; qvs uplink set sw1 right --count 1  => [2] qvs: one of UPLINK, --count is needed | qvs: UPLINK and --count exclude each other
-  $ qvs uplink remove sw1 uplink0 right --json  => {"switch":"sw1","changed":true,"uplinks":[{"uplink":"uplink0","changed":true},{"uplink":"right","changed":true}]}
+  $ qvs uplink remove sw1 uplink0 right --json  => qvs: warning: switch 'sw1': no uplink with a link remains | {"switch":"sw1","changed":true,"uplinks":[{"uplink":"uplink0","changed":true},{"uplink":"right","changed":true}]}
   $ qvs uplink list sw1 --json  => []
   $ qvs uplink set sw1 b a && qvs uplink list sw1 --names  => sw1: changed | b | a
   $ qvs uplink clear sw1; qvs uplink clear sw1  => sw1: changed | sw1: unchanged
@@ -56,3 +56,19 @@ More uplinks than NICs: the last has no link and no NIC. A name that no link req
   u3                                u3                                up    down  pnic3  u3
   a-name-of-thirty-two-characters-  a-name-of-thirty-two-characters-  -     -     -      -
   $ qvs uplink up sw1 a-name-of-thirty-two-characters-  => [2] qvs: uplink name in a link request 'a-name-of-thirty-two-characters-': 32 bytes, at most 31 fit
+
+The loss of the last link is warned of, and refused by --strict.
+
+  $ qvs uplink down sw1 uplink0 uplink1 u2
+  sw1/uplink0: changed
+  sw1/uplink1: changed
+  sw1/u2: changed
+  $ qvs uplink remove sw1 u3 --strict
+  qvs: switch 'sw1': no uplink with a link remains
+  ? 1
+  $ qvs uplink down sw1 pnic3
+  qvs: warning: switch 'sw1': no uplink with a link remains
+  sw1/pnic3: changed
+  $ qvs uplink remove sw1 u2 u3 --strict
+  sw1/u2: changed
+  sw1/u3: changed
