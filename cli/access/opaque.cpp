@@ -306,13 +306,6 @@ void printList(const Arguments &arguments, Output &out, const KernelList &list, 
     listing.finish();
 }
 
-void requireKernel(const Arguments &arguments) {
-    if (arguments.given("--kernel")) return;
-    for (const Option &option : kListOptions) {
-        if (arguments.given(option.name)) fail(Exit::Usage, "{} needs --kernel", option.name);
-    }
-}
-
 NumberedPort numberedPort(const Arguments &arguments) {
     const std::string &alias = arguments.text("SWITCH");
     const std::string &port = arguments.text("PORT");

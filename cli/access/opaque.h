@@ -95,21 +95,24 @@ inline constexpr Option kLayout{
     "--layout", "FILE", "show the fields that this layout file describes (the file that QVS_LAYOUT names)",
     Kind::File};
 inline constexpr Option kRecordOptions[] = {kRaw, kLayout};
+constexpr Option ofKernel(Option option) {
+    option.needs = kKernelOption;
+    return option;
+}
 inline constexpr Option kListOptions[] = {
-    kRaw,
-    kLayout,
-    {.name = "--where",
-     .value = "FIELD=VALUE",
-     .summary = "show only entries with this value of a field",
-     .repeated = true,
-     .excludes = "--raw"},
-    {.name = "--sort", .value = "FIELD", .summary = "sort the entries by a field", .excludes = "--raw"},
-    {.name = "--reverse", .value = nullptr, .summary = "list the last entry first", .excludes = "--raw"},
-    {.name = "--limit", .value = "N", .summary = "show at most N entries", .excludes = "--raw"},
+    ofKernel(kRaw),
+    ofKernel(kLayout),
+    ofKernel({.name = "--where",
+              .value = "FIELD=VALUE",
+              .summary = "show only entries with this value of a field",
+              .repeated = true,
+              .excludes = "--raw"}),
+    ofKernel(
+        {.name = "--sort", .value = "FIELD", .summary = "sort the entries by a field", .excludes = "--raw"}),
+    ofKernel(
+        {.name = "--reverse", .value = nullptr, .summary = "list the last entry first", .excludes = "--raw"}),
+    ofKernel({.name = "--limit", .value = "N", .summary = "show at most N entries", .excludes = "--raw"}),
 };
-
-// A usage failure when an option above is given without --kernel, for commands that otherwise show no record.
-void requireKernel(const Arguments &arguments);
 
 // The port that SWITCH and PORT name, as the kernel numbers it; throws when there is none.
 struct NumberedPort {

@@ -194,7 +194,7 @@ void confirmChange(const Arguments &, Output &out) {
 
 const Command kRows[] = {
     {.words = "apply",
-     .summary = "carry out a document, all of it or nothing",
+     .summary = "make the host match a document, or change nothing",
      .arguments = {{"FILE", "document, or - for standard input", Kind::File, true}},
      .options = {kYes,
                  kDryRun,

@@ -125,7 +125,7 @@ void remove(const Arguments &arguments, Output &out) {
 
 const Command kRows[] = {
     {.words = "checkpoint save",
-     .summary = "keep the configuration of switches under a name",
+     .summary = "save the configuration of switches under a name",
      .arguments = {kName, {"SWITCH", "aliases of the switches; all without one", Kind::Switch, true, true}},
      .options = {kDirectory, {"--replace", nullptr, "overwrite a checkpoint of this name"}},
      .details = "A checkpoint holds what qvs export writes: switches, uplinks, ports, settings and other "
@@ -133,7 +133,7 @@ const Command kRows[] = {
      .example = "qvs checkpoint save before-upgrade",
      .run = lasting(reads(save))},
     {.words = "checkpoint list",
-     .summary = "print the checkpoints",
+     .summary = "list the checkpoints",
      .options = {kDirectory, kNames},
      .example = "qvs checkpoint list",
      .run = local(list)},
@@ -152,7 +152,7 @@ const Command kRows[] = {
      .example = "qvs checkpoint diff before-upgrade",
      .run = reads(diff)},
     {.words = "checkpoint rollback",
-     .summary = "make the switches of a checkpoint as they were",
+     .summary = "restore the switches of a checkpoint",
      .arguments = {kName},
      .options = {kDirectory, kYes, kDryRun, kConfirm},
      .details =

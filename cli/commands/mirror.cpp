@@ -251,7 +251,7 @@ Shape shapeOfAdd(const Command &) {
             options.push_back(optionFor(member, texts));
         options.insert(options.end(), {kMayExist, kStrict});
     }
-    return {.summary = "add a mirror session behind those that are there",
+    return {.summary = "add a mirror session",
             .arguments = kArguments,
             .options = options,
             .details = config::kPortMirrorSessions.details,

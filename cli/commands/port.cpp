@@ -39,7 +39,6 @@ void listKernel(const Arguments &arguments, const std::string &alias, Output &ou
 }
 
 void list(const Arguments &arguments, Output &out) {
-    requireKernel(arguments);
     const std::string &alias = arguments.text("SWITCH");
     DVSSwitch *sw = findSwitch(alias);
     if (arguments.given("--kernel")) return listKernel(arguments, alias, out);

@@ -13,7 +13,6 @@ namespace qvs::cli {
 inline constexpr const char *kStoredOption = "--stored";
 inline constexpr Option kStored{kStoredOption, nullptr,
                                 "show the stored value alone; fail when nothing is stored"};
-inline constexpr const char *kKernelOption = "--kernel";
 inline constexpr const char *kResetOption = "--reset";
 inline constexpr const char *kEmptyOption = "--empty";
 inline constexpr const char *kFileOption = "--file";

@@ -183,7 +183,8 @@ Option optionFor(const Member &member, std::deque<std::string> &texts) {
             .kind = isBytes(member) ? Kind::File : Kind::Word,
             .need = member.required ? Need::Always : Need::Never,
             .choices = choicesOf(member),
-            .open = true};
+            .open = true,
+            .list = member.list && !choicesOf(member).empty()};
 }
 
 std::span<const Command> settingRows(std::initializer_list<const Setting *> settings) {

@@ -23,7 +23,7 @@ void explain(const Arguments &arguments, Output &out) {
 
 const Command kRows[] = {
     {.words = "status",
-     .summary = "print the text of a status",
+     .summary = "explain an error code of the library",
      .arguments = {{"CODE", "status, decimal or hexadecimal after 0x"}},
      .example = "qvs status 0xbad0003",
      .run = local(explain)},

@@ -134,7 +134,7 @@ const Command kTraceRows[] = {
      .example = "qvs trace disable sw1",
      .run = writes(enable<false>, touchedEnabled)},
     {.words = "trace stats",
-     .summary = "show the trace statistics of a port, 64 bytes",
+     .summary = "show the trace statistics of a port",
      .arguments = {kSwitchArgument, kPortArgument},
      .more = kRecordOptions,
      .example = "qvs trace stats sw1 port0",
@@ -143,7 +143,7 @@ const Command kTraceRows[] = {
 
 const Command kTelemetryRows[] = {
     {.words = "int get",
-     .summary = "show the telemetry configuration, 6 bytes",
+     .summary = "show the telemetry configuration",
      .more = kRecordOptions,
      .example = "qvs int get",
      .run = reads(getTelemetry, touchesNothing)},

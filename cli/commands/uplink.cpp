@@ -112,7 +112,6 @@ void listKernel(const Arguments &arguments, const std::string &portset, const st
 }
 
 void list(const Arguments &arguments, Output &out) {
-    requireKernel(arguments);
     const std::string &alias = arguments.text("SWITCH");
     findVswitch(alias);
     std::string portset = portsetOf(alias);
@@ -258,13 +257,13 @@ const Command kRows[] = {
      .example = "qvs uplink clear sw1",
      .run = writes(clearUplinks)},
     {.words = "uplink up",
-     .summary = "take uplinks administratively up",
+     .summary = "enable uplinks",
      .arguments = {kSwitchArgument, kUplinks},
      .details = kLinkDetails,
      .example = "qvs uplink up sw1 uplink0",
      .run = lasting(writes(takeUp))},
     {.words = "uplink down",
-     .summary = "take uplinks administratively down",
+     .summary = "disable uplinks",
      .arguments = {kSwitchArgument, kUplinks},
      .details = kLinkDetails,
      .example = "qvs uplink down sw1 uplink0",

@@ -223,6 +223,8 @@ void requireConsistent(const Command &command, const Arguments &arguments) {
             failUsage(command, fmt::format("{} is needed", option.name));
         if (given && option.excludes != nullptr && arguments.given(option.excludes))
             fail(Exit::Usage, "{} and {} exclude each other", option.name, option.excludes);
+        if (given && option.needs != nullptr && !arguments.given(option.needs))
+            fail(Exit::Usage, "{} needs {}", option.name, option.needs);
     }
     const auto refuse = [&](const Option &option, const char *lacking) {
         if (arguments.given(option.name) && !takes(command, option))

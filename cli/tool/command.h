@@ -49,6 +49,9 @@ struct Option {
     const char *excludes = nullptr;  // an option that cannot be given together with this one
     Choices choices = {};
     bool open = false;  // the command itself refuses words that are no choice
+    bool list = false;  // the value is a list with commas; each item may be one of the choices
+    // An option without which this one has no meaning. Ignored in commands that do not have that option.
+    const char *needs = nullptr;
 };
 
 // Reads and Writes need a host; Local commands run anywhere.
@@ -143,7 +146,7 @@ struct Command {
 };
 Shape shapeOf(const Command &command);
 
-// All options of a command: its own and the shared ones.
+// All options of a command: its own and the shared ones. Their `needs` are options of the command.
 std::vector<Option> optionsOf(const Command &command);
 
 // A path of names, which may contain any character but NUL.
@@ -165,6 +168,7 @@ struct Noun {
 extern const std::span<const Command> kToolCommands;
 
 // Options and arguments that many rows share.
+inline constexpr const char *kKernelOption = "--kernel";
 inline constexpr Argument kSwitchArgument{"SWITCH", "alias of the switch", Kind::Switch};
 inline constexpr Argument kPortArgument{"PORT", "identifier of the port", Kind::Port};
 inline constexpr Option kMayExist{"--may-exist", nullptr,
@@ -178,10 +182,10 @@ inline constexpr Option kRaw{.name = "--raw",
 inline constexpr Option kById{.name = "--by-id",
                               .value = nullptr,
                               .summary = "SWITCH is an identifier, not an alias",
-                              .excludes = "--kernel"};
+                              .excludes = kKernelOption};
 inline constexpr Option kNames{.name = "--names",
                                .value = nullptr,
                                .summary = "print the names alone, one a line",
-                               .excludes = "--kernel"};
+                               .excludes = kKernelOption};
 
 }  // namespace qvs::cli

@@ -16,6 +16,7 @@
 #include "tool/program.h"
 #include "tool/run.h"
 #include "tool/suggest.h"
+#include "tool/values.h"
 
 namespace qvs::cli {
 namespace {
@@ -125,17 +126,33 @@ const char *filesOf(Kind kind) {
     }
 }
 
-void offerValues(const Line &line, Kind kind, Choices choices, Output &out) {
-    out.write(fmt::format("{}\n", filesOf(kind)));
+void offerChoices(Choices choices, Output &out) {
     for (const char *choice : choices)
         offer(out, choice, "");
+}
+
+void offerValues(const Line &line, Kind kind, Choices choices, Output &out) {
+    out.write(fmt::format("{}\n", filesOf(kind)));
+    offerChoices(choices, out);
     offerNames(line, kind, out);
+}
+
+// Offers the list as it is typed up to its last item, with each choice that is not in it yet as that item.
+void offerItems(std::string_view list, Choices choices, Output &out) {
+    out.write("-\n");
+    const size_t comma = list.rfind(',');
+    const std::string_view before = comma == std::string_view::npos ? "" : list.substr(0, comma + 1);
+    const std::vector<std::string> given = splitList(before);
+    for (const char *choice : choices) {
+        if (std::ranges::find(given, choice) == given.end())
+            offer(out, fmt::format("{}{}", before, choice), "");
+    }
 }
 
 void offerOptions(const Line &line, Output &out) {
     out.write("-\n");
     const auto offerOne = [&](const Option &option) {
-        if (line.given(option.name) == nullptr || option.repeated) offer(out, option.name, option.summary);
+        if (line.given(option.name) == nullptr || option.repeated) offer(out, option.name, summaryOf(option));
     };
     if (line.command != nullptr) {
         for (const Option &option : optionsOf(*line.command))
@@ -166,7 +183,10 @@ void offerArgument(const Line &line, Output &out) {
     if (at >= arguments.size()) return offerOptions(line, out);
     const Argument &argument = arguments[at];
     if (argument.verbatim && !line.behind) return offerOptions(line, out);
-    if (argument.kind == Kind::Command) return offerWords(std::span(line.plain).subspan(line.taken), out);
+    if (argument.kind == Kind::Command) {
+        offerWords(std::span(line.plain).subspan(line.taken), out);
+        return offerChoices(argument.choices, out);
+    }
     offerValues(line, argument.kind, argument.choices, out);
 }
 
@@ -179,6 +199,8 @@ void offerNext(std::span<const std::string> words, Output &out) {
     const size_t equals = current.find('=');
     if (!valued && !line.behind && current.starts_with("--") && equals != std::string::npos)
         valued = optionNamed(line.command, current.substr(0, equals));
+    if (valued && valued->list)
+        return offerItems(line.unfinished ? current : current.substr(equals + 1), valued->choices, out);
     if (valued) return offerValues(line, valued->kind, valued->choices, out);
     if (!line.behind && current.starts_with("-")) return offerOptions(line, out);
     if (line.command != nullptr) return offerArgument(line, out);

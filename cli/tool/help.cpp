@@ -127,10 +127,20 @@ std::string words(const Option &option) {
     return option.value == nullptr ? option.name : fmt::format("{} {}", option.name, option.value);
 }
 
+std::string summaryOf(const Option &option) {
+    if (option.needs == nullptr) return option.summary;
+    return fmt::format("{}; needs {}", option.summary, option.needs);
+}
+
 std::vector<Option> optionsOf(const Command &command) {
     const Shape shape = shapeOf(command);
     std::vector<Option> options(shape.options.begin(), shape.options.end());
     options.insert(options.end(), command.more.begin(), command.more.end());
+    const auto exists = [&](std::string_view name) {
+        return std::ranges::any_of(options, [&](const Option &option) { return option.name == name; });
+    };
+    for (Option &option : options)
+        if (option.needs != nullptr && !exists(option.needs)) option.needs = nullptr;
     return options;
 }
 
@@ -300,7 +310,7 @@ std::string commandHelp(const Command &command) {
     text += "\noptions:\n";
     Lines lines;
     for (const Option &option : optionsOf(command))
-        lines.emplace_back(words(option), option.summary);
+        lines.emplace_back(words(option), summaryOf(option));
     for (const Option *option : commonOptions()) {
         if (takes(command, *option)) lines.emplace_back(words(*option), option->summary);
     }

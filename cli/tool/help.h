@@ -18,6 +18,8 @@ std::string usageLine(const Command &command);  // "qvs switch create ALIAS [--i
 
 // An option with the name of its value: "--id ID".
 std::string words(const Option &option);
+// What the option does, and which other option it needs.
+std::string summaryOf(const Option &option);
 // The example of a command. In rows that several programs share, % stands for the name of the program.
 std::string exampleOf(const Command &command);
 

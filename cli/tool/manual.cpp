@@ -69,7 +69,7 @@ void troffCommand(std::string &page, const Command &command) {
     for (const Argument &argument : shape.arguments)
         troffItem(page, argument.name, argument.summary);
     for (const Option &option : optionsOf(command))
-        troffItem(page, words(option), option.summary);
+        troffItem(page, words(option), summaryOf(option));
     if (shape.details != nullptr) page += fmt::format(".PP\n{}\n", troff(ofProgram(shape.details)));
     page += fmt::format(".PP\nExample: {}\n", troff(exampleOf(command)));
 }
@@ -194,7 +194,7 @@ std::string markdownManual() {
             for (const Argument &argument : shape.arguments)
                 page += fmt::format("- `{}`: {}\n", argument.name, argument.summary);
             for (const Option &option : optionsOf(command))
-                page += fmt::format("- `{}`: {}\n", words(option), option.summary);
+                page += fmt::format("- `{}`: {}\n", words(option), summaryOf(option));
             if (shape.details != nullptr) page += fmt::format("\n{}\n", ofProgram(shape.details));
             page += fmt::format("\nExample: `{}`\n", exampleOf(command));
         }

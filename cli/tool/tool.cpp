@@ -16,12 +16,14 @@
 namespace qvs::cli {
 namespace {
 
+constexpr const char *kAllCommands[] = {"all"};
+
 void help(const Arguments &arguments, Output &out) {
     if (!arguments.given("NOUN")) return out.write(programHelp());
     std::vector<std::string> asked = {arguments.text("NOUN")};
     for (const std::string &word : arguments.all("VERB"))
         asked.push_back(word);
-    if (asked.size() == 1 && asked[0] == "all") return out.write(wholeHelp());
+    if (asked.size() == 1 && asked[0] == kAllCommands[0]) return out.write(wholeHelp());
     const std::vector<std::string_view> first = wordsBehind({});
     const bool known = std::find(first.begin(), first.end(), asked[0]) != first.end();
     if (known) return out.write(helpFor(asked));
@@ -64,7 +66,12 @@ constexpr const char *kShells[] = {"bash", "zsh", "fish"};
 const Command kRows[] = {
     {.words = "help",
      .summary = "print the help of the tool, a noun or a command, or search it",
-     .arguments = {{"NOUN", "the noun, a word to look for, or all for every command", Kind::Command, true},
+     .arguments = {{.name = "NOUN",
+                    .summary = "the noun, a word to look for, or all for every command",
+                    .kind = Kind::Command,
+                    .optional = true,
+                    .choices = kAllCommands,
+                    .open = true},
                    {"VERB", "the verb", Kind::Command, true, true}},
      .details =
          "A word that is no noun is looked for at the beginnings of words: in the names and summaries "

@@ -2,6 +2,7 @@
 #include "views/port_list.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -125,6 +126,12 @@ std::vector<const PortColumn *> columnsGiven(const Arguments &arguments, bool js
     return columns;
 }
 
+constexpr auto kColumnNames = [] {
+    std::array<const char *, std::size(kPortColumns)> names{};
+    std::ranges::transform(kPortColumns, names.begin(), &PortColumn::name);
+    return names;
+}();
+
 }  // namespace
 
 const Option kColumnsOption{.name = "--columns",
@@ -132,7 +139,10 @@ const Option kColumnsOption{.name = "--columns",
                             .summary =
                                 "show these columns: port, number, state, in-use, link, client, connect-id, "
                                 "alias, external-id, uplink, blocked, vlan, policies",
-                            .excludes = "--kernel"};
+                            .excludes = kKernelOption,
+                            .choices = kColumnNames,
+                            .open = true,
+                            .list = true};
 
 void listPorts(DVSSwitch *sw, const Arguments &arguments, Output &out) {
     const std::vector<const PortColumn *> columns = columnsGiven(arguments, out.json());

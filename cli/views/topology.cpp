@@ -173,7 +173,11 @@ const Command kRows[] = {
      .summary =
          "draw what is connected to what: NICs, uplinks, switches, ports, mirror sessions, private VLANs",
      .arguments = {{"SWITCH", "alias of the only switch to draw", Kind::Switch, true}},
-     .options = {{"--format", "WORD", "text, dot, svg or html (text)"}},
+     .options = {{.name = "--format",
+                  .value = "WORD",
+                  .summary = "text, dot, svg or html (text)",
+                  .choices = kFormats,
+                  .open = true}},
      .details = "Ports of one VLAN with the same policies are drawn together. dot is the language of "
                 "Graphviz, which draws svg; its Debian package is graphviz. html is a page for a browser, "
                 "with search, zoom and details; it needs no network.",

@@ -117,6 +117,6 @@ A switch whose ports are in use is destroyed with a warning.
   $ qvs-host run --lab rack -- qvs switch destroy tenants
   qvs: warning: switch 'tenants': is destroyed while 3 of its ports are in use: 'db0', 'web0', 'web1'
   tenants: changed
-  $ qvs-host run --lab two-nics -- qvs switch destroy edge
-  qvs: switch 'edge': Not found (0xbad0003)
-  ? 3
+  $ qvs-host run --lab pod -- qvs switch destroy tenants
+  qvs: warning: switch 'tenants': is destroyed while 14 of its ports are in use: 'vm0', 'vm1', 'vm2', ...
+  tenants: changed

@@ -97,7 +97,7 @@ The help of the whole tool fits on a screen of 80 by 50 with every noun, and no 
   qvs health: checks of teaming, VLANs and MTU
   qvs health result: what the checks have found
   qvs export: the configuration of the host as a document
-  qvs apply: a document as a whole
+  qvs apply: make the host match a document
   qvs topology: a picture of what is connected to what
   $ qvs help PRIVATE vlan | grep -c '^  qvs'
   5
