@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "access/changes.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <optional>
 #include <string>
@@ -27,11 +28,32 @@ const Look &lookOf(const Change &change) {
     return kLooks[static_cast<size_t>(change.kind)];
 }
 
+// The text of a value, in which the number of bytes stands for the base64 of a long property. The text of a
+// setting that is stored in a form of its own has several properties.
+std::string shortened(std::string text) {
+    constexpr size_t kMostShown = 64;
+    constexpr std::string_view kProperty = "{class: ";
+    constexpr std::string_view kBytes = "value: ";
+    if (!text.starts_with(kProperty)) return text;
+    size_t at = text.find(kBytes);
+    while (at != std::string::npos) {
+        at += kBytes.size();
+        const size_t end = std::min(text.find('}', at), text.size());
+        const std::string base64 = text.substr(at, end - at);
+        if (base64.size() > kMostShown) {
+            const auto padding = static_cast<size_t>(std::ranges::count(base64, '='));
+            text.replace(at, base64.size(), fmt::format("({} bytes)", base64.size() / 4 * 3 - padding));
+        }
+        at = text.find(kBytes, at);
+    }
+    return text;
+}
+
 std::string lineOf(const Change &change) {
     std::string line = fmt::format("{} {}", change.conflict ? '!' : lookOf(change).mark, change.path());
     const std::string &one = change.beforeText.empty() ? change.afterText : change.beforeText;
-    if (!one.empty()) line += ": " + one;
-    if (change.kind == Change::Kind::Changed) line += " -> " + change.afterText;
+    if (!one.empty()) line += ": " + shortened(one);
+    if (change.kind == Change::Kind::Changed) line += " -> " + shortened(change.afterText);
     if (change.conflict) line += " (an existing switch cannot change it)";
     return line;
 }

@@ -120,3 +120,11 @@ Bad documents.
   $ qvs schema | jq -c '.["$defs"].port.properties.vlan.properties.id, .["$defs"].host.properties.macLearning.properties.aging'
   {"description":"VLAN of the port; 0 for none.","type":"integer","minimum":0,"maximum":4094,"default":0}
   {"description":"Time after which a learned address expires, in seconds.","type":"integer","minimum":0,"maximum":1000000,"default":600}
+
+The text of a difference has the length of a long property, and JSON its value.
+
+  $ echo 'switches: {s: {properties: {com.example.p: AAAA}}}' >short.yaml; qvs-host run -- sh -c 'qvs switch create s; head -c 3000 /dev/zero | qvs prop set s com.example.p --file -; qvs diff short.yaml; qvs diff short.yaml --json | wc -c'
+  s: changed
+  s com.example.p: changed
+  ~ switches.s.properties.com.example.p: {class: 16, value: (3000 bytes)} -> {class: 16, value: AAAA}
+  4196
