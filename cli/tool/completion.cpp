@@ -26,7 +26,8 @@ _@() {
             line=${line%%$'\t'*}
             [[ $line == "$cur"* ]] || continue
             printf -v line '%q' "$line"
-            COMPREPLY+=("$line")
+            # A comma needs no backslash.
+            COMPREPLY+=("${line//\\,/,}")
         done
     } < <(QVS_HOST_TIMEOUT=2 "${COMP_WORDS[0]}" complete -- "${typed[@]}" 2>/dev/null)
     case $kind in
