@@ -14,6 +14,7 @@
 #include "tool/program.h"
 #include "tool/run.h"
 #include "tool/suggest.h"
+#include "tool/terminal.h"
 
 namespace qvs::cli {
 
@@ -124,7 +125,7 @@ const Argument *verbatimOf(const Shape &shape) {
 }
 
 [[noreturn]] void failUsage(const Command &command, std::string_view message) {
-    fail(Exit::Usage, "{}\nusage: {}", message, usageLine(command));
+    fail(Exit::Usage, "{}\n{}", message, wrappedUsage(command, messageColumns()));
 }
 
 // A call that CLI11 refused.

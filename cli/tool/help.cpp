@@ -196,8 +196,10 @@ std::vector<std::string> usageParts(const Command &command) {
     return parts;
 }
 
+}  // namespace
+
 // Replaces the blanks inside of parts while lines are broken.
-std::string wrappedUsage(const Command &command) {
+std::string wrappedUsage(const Command &command, size_t columns) {
     constexpr char kHold = '\x01';
     std::string line = called(command);
     const size_t indent = sizeof "usage: " - 1;
@@ -207,12 +209,10 @@ std::string wrappedUsage(const Command &command) {
         line += " " + part;
     }
     std::string text = "usage: ";
-    appendWrapped(text, line, indent, indent + 4);
+    appendWrapped(text, line, indent, indent + 4, columns);
     std::replace(text.begin(), text.end(), kHold, ' ');
     return text;
 }
-
-}  // namespace
 
 std::string usageLine(const Command &command) {
     std::string line = called(command);
@@ -297,7 +297,7 @@ std::string searchHelp(std::span<const std::string> asked) {
 
 std::string commandHelp(const Command &command) {
     const Shape shape = shapeOf(command);
-    std::string text = wrappedUsage(command) + "\n\n";
+    std::string text = wrappedUsage(command, proseColumns()) + "\n\n";
     appendIndented(text, shape.summary);
     if (shape.details != nullptr) appendIndented(text, ofProgram(shape.details));
     if (!shape.arguments.empty()) {

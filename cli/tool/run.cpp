@@ -11,6 +11,7 @@
 #include "tool/output.h"
 #include "tool/program.h"
 #include "tool/suggest.h"
+#include "tool/terminal.h"
 
 namespace qvs::cli {
 namespace {
@@ -135,7 +136,12 @@ int run(int argc, char **argv) {
     try {
         return runWords({argv + (argc > 0 ? 1 : 0), argv + argc});
     } catch (const Failure &failure) {
-        if (!failure.message.empty()) complain("{}", failure.message);
+        std::string message = failure.message;
+        if (failure.exit == Exit::Usage) {
+            message.clear();
+            appendWrapped(message, failure.message, 0, 0, messageColumns());
+        }
+        if (!message.empty()) complain("{}", message);
         return failure.exit == Exit::Failed ? program().failed : static_cast<int>(failure.exit);
     } catch (const std::bad_alloc &) {
         std::fprintf(stderr, "%s: Out of memory\n", program().name);

@@ -13,6 +13,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "tool/program.h"
+
 namespace qvs::cli {
 namespace {
 
@@ -69,6 +71,15 @@ class UnicodeLocale {
     locale_t before_ = nullptr;
 };
 
+// The columns of the terminal behind a file descriptor, if there is one.
+std::optional<size_t> columnsBehind(int file) {
+    if (isatty(file) != 1) return std::nullopt;
+    if (const auto set = columnsSet()) return set;
+    struct winsize size {};
+    if (ioctl(file, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualColumns;
+    return std::max<size_t>(size.ws_col, kLeastColumns);
+}
+
 bool isAscii(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
@@ -76,17 +87,20 @@ bool isAscii(std::string_view text) {
 }  // namespace
 
 std::optional<size_t> terminalColumns() {
-    if (isatty(STDOUT_FILENO) != 1) return std::nullopt;
-    if (const auto set = columnsSet()) return set;
-    struct winsize size {};
-    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualColumns;
-    return std::max<size_t>(size.ws_col, kLeastColumns);
+    return columnsBehind(STDOUT_FILENO);
 }
 
 size_t proseColumns() {
     const std::optional<size_t> terminal = terminalColumns();
     const std::optional<size_t> columns = terminal ? terminal : columnsSet();
     return columns ? std::min(*columns, kMostProse) : kUnlimited;
+}
+
+size_t messageColumns() {
+    const std::optional<size_t> columns = columnsBehind(STDERR_FILENO);
+    if (!columns) return kUnlimited;
+    const size_t before = std::string_view(program().name).size() + 2;  // "qvs: "
+    return std::max(std::min(*columns, kMostProse) - before, kLeastColumns);
 }
 
 bool showsBold() {
@@ -121,8 +135,7 @@ std::string cutTo(std::string_view text, size_t columns) {
     return std::string(text.substr(0, taken)) + "…";
 }
 
-void appendWrapped(std::string &out, std::string_view text, size_t at, size_t indent) {
-    const size_t most = proseColumns();
+void appendWrapped(std::string &out, std::string_view text, size_t at, size_t indent, size_t most) {
     bool first = true;
     while (!text.empty()) {
         const size_t end = std::min(text.find_first_of(" \n"), text.size());

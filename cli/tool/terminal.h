@@ -15,6 +15,9 @@ std::optional<size_t> terminalColumns();
 // The columns that help texts may fill: at most 100 of a terminal, or of COLUMNS. Without both, lines are not
 // broken.
 size_t proseColumns();
+// The columns that messages may fill behind the name of the program: those of a terminal behind standard
+// error, at most 100. Without one, lines are not broken.
+size_t messageColumns();
 
 // Whether standard output is a terminal that may show bold text.
 bool showsBold();
@@ -26,8 +29,9 @@ size_t columnsOf(std::string_view text);
 std::string cutTo(std::string_view text, size_t columns);
 
 // Appends words that are separated by blanks, the first at the column `at`. Breaks lines between words so
-// that they fit proseColumns(), and begins each new line at the column `indent`. Keeps the line breaks of the
+// that they fit `most` columns, and begins each new line at the column `indent`. Keeps the line breaks of the
 // text.
-void appendWrapped(std::string &out, std::string_view text, size_t at, size_t indent);
+void appendWrapped(std::string &out, std::string_view text, size_t at, size_t indent,
+                   size_t most = proseColumns());
 
 }  // namespace qvs::cli

@@ -77,6 +77,26 @@ A wrong value is refused before the host is looked for.
   qvs: --names and --kernel exclude each other
   2
 
+On a terminal, a usage error is broken to its width.
+
+  $ script -qec 'stty cols 60; qvs mirror add sw1' /dev/null | tr -d '\r'
+  qvs: SESSION is required
+  qvs: usage: qvs mirror add SWITCH SESSION [--port PORT]
+  qvs:            [--name TEXT] --type TYPE
+  qvs:            [--snap-length BYTES] [--flags FLAGS,...]
+  qvs:            [--encap-vlan N] [--sampling-rate N]
+  qvs:            [--stack STATE] [--destinations TEXT,...]
+  qvs:            [--sources-in TEXT,...]
+  qvs:            [--sources-out TEXT,...] [--may-exist]
+  qvs:            [--strict]
+  $ script -qec 'stty cols 60; qvs port list sw1 --columns; qvs mtu set sw1 high' /dev/null | tr -d '\r'
+  qvs: --columns requires NAME,...
+  qvs: usage: qvs port list SWITCH [--names]
+  qvs:            [--columns NAME,...] [--kernel] [--raw FILE]
+  qvs:            [--layout FILE] [--where FIELD=VALUE]...
+  qvs:            [--sort FIELD] [--reverse] [--limit N]
+  qvs: MTU: 'high' is not a number 1280 to 9000
+
 The help of the whole tool fits on a screen of 80 by 50 with every noun, and no line of help is too long.
 
   $ COLUMNS=80 qvs help | awk 'length > 80 { print } END { print NR < 50 }'  => 1
