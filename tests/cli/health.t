@@ -29,6 +29,7 @@ They follow the uplinks and their MTU.
   0100000064006400 010001000005780579052823
   sw1/uplink1: changed
   0100000064006400 010001000005dc05dd052823
+  qvs: warning: switch 'sw1': no uplink with a link remains
   sw1/uplink0: changed
   0000010064006400 0000010000052823
   {"switch":"sw1","port":"port1","trunkedVlans":[],"untrunkedVlans":["1-100","200"],"allowedMtus":[],"disallowedMtus":["1280-9000"]}
