@@ -70,6 +70,7 @@ qvs_package(tool qvs admin "libqvs1@"
     "command-line tool for virtual switches"
     "qvs shows and changes the distributed virtual switches of a hypervisor
 host, declares them in a document, and undoes changes that fail.")
+set(CPACK_DEBIAN_TOOL_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/qvs/postrm)
 qvs_package(host qvs-host utils "libmesh-public-reference@"
     "emulated hypervisor host for libqvs"
     "qvs-host runs programs that use libqvs on an emulated hypervisor host: a

@@ -131,7 +131,7 @@ Addresses that are too old go, and do not come back.
   $ sh on 'qvs mac host set; qvs mac host set --second 65536; qvs mac host set --first 0x10000000000000000'
   qvs: at least one of --first and --second is needed
   qvs: --second: 65536, at most 65535 fits
-  qvs: --first: '0x10000000000000000' is not a number of 64 bits
+  qvs: --first: '0x10000000000000000' is not a number of 0 or more
 
 With the switch its entries go, and a new one has none; the same for a port.
 

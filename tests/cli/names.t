@@ -83,8 +83,8 @@ Too long for the record: refused before anything is done.
 Numbers have 32 bits.
 
   $ qvs port add 'a b' n --connect-id 4294967296  => [2] qvs: --connect-id: '4294967296' is not a number from 0 to 4294967295
-  $ qvs port add 'a b' n --connect-id -1  => [2] qvs: --connect-id: '-1' is not a number from 0 to 4294967295
-  $ qvs port add 'a b' n --connect-id 1x  => [2] qvs: --connect-id: '1x' is not a number from 0 to 4294967295
+  $ qvs port add 'a b' n --connect-id -1  => [2] qvs: --connect-id: '-1' is not a number of 0 or more
+  $ qvs port add 'a b' n --connect-id 1x  => [2] qvs: --connect-id: '1x' is not a number of 0 or more
   $ qvs port add 'a b' n --connect-id 0xffffffff && qvs port show 'a b' n --json | cut -c 1-78
   a b/n: changed
   {"switch":"a b","port":"n","alias":"n","state":"live","connectId":4294967295,"

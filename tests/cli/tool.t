@@ -172,7 +172,7 @@ The launcher's own words.
   $ for option in --lab --trace --max-state-mib; do qvs-host run $option '' -- true 2>&1 | head -n 1; done; qvs-host run --max-state-mib 0 -- true; qvs-host --version; qvs-host help | head -n 1; qvs-host run true; qvs-host run --stat -- true; qvs-host start; qvs-host fault nix; qvs-host stop --json
   qvs-host: --lab: the name of a file is empty
   qvs-host: --trace: the name of a file is empty
-  qvs-host: --max-state-mib: '' is not a number from 1 to 4294967295
+  qvs-host: --max-state-mib: '' is not a number of 0 or more
   qvs-host: --max-state-mib: '0' is not a number from 1 to 4294967295
   qvs-host 1.0.0
   usage: qvs-host COMMAND [ARGUMENT...] [OPTION...]

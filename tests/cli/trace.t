@@ -14,7 +14,7 @@ Requests are kept by the kernel until they are cleared; all values arrive.
   qvs: SOURCE: '02-00-00-00-00-01' is not a MAC address
   qvs: DESTINATION: '02:00:00:00:00' is not a MAC address
   qvs: --short: 65536 is not a number of 16 bits
-  qvs: --value1: '18446744073709551616' is not a number of 64 bits
+  qvs: --value1: '18446744073709551616' is not a number of 0 or more
   ? 2
   $ grep -c 'ioctl.*CreateRequest' ../trace  => 4
 

@@ -63,7 +63,7 @@ A wrong word is answered with the right one, whether there is a host or not.
 
 A wrong value is refused before the host is looked for.
 
-  $ for words in 'teaming set sw1 --balance nix' 'port vlan set sw1 p0 --id 5000' 'mtu set sw1 high' 'pvlan set sw1 1:2' 'mcast filters sw1 --type ip' 'switch list --names --kernel'; do qvs $words; echo $?; done
+  $ for words in 'teaming set sw1 --balance nix' 'port vlan set sw1 p0 --id 5000' 'mtu set sw1 high' 'pvlan set sw1 1:2' 'mcast filters sw1 --type ip' 'switch list --names --kernel' 'switch create s --ports abc' 'topology --format htlm' 'port list s --limit 1'; do qvs $words; echo $?; done
   qvs: --balance: 'nix' is not none, source-ip, source-mac, source-port, explicit or port-load
   2
   qvs: --id: 5000 is beyond 4094
@@ -75,6 +75,13 @@ A wrong value is refused before the host is looked for.
   qvs: --type: 'ip' is none of mac, ipv4, ipv6
   2
   qvs: --names and --kernel exclude each other
+  2
+  qvs: --ports: 'abc' is not a number of 0 or more
+  2
+  qvs: no hypercore on this machine: the kernel's switch device does not answer
+  qvs: an emulated host to try this on: qvs-host run -- qvs ...
+  5
+  qvs: --limit needs --kernel
   2
 
 On a terminal, a usage error is broken to its width.

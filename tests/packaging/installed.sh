@@ -27,6 +27,8 @@ mapfile -t names < <(for package in "$packages"/*.deb; do dpkg-deb -f "$package"
 apt install --no-install-recommends /tmp/before/*.deb
 dpkg-query -W -f '${Package}\n' | xargs apt-mark manual >/dev/null
 files >/tmp/with
+# What the tool stores on a machine goes with a purge.
+mkdir -p /var/lib/qvs/checkpoints
 apt purge "${names[@]}"
 files >/tmp/without
 for name in "${names[@]}"; do ! dpkg-query -W "$name" 2>/dev/null || fail "$name is still known"; done
