@@ -176,8 +176,7 @@ const Command kRows[] = {
      .options = {{.name = "--format",
                   .value = "WORD",
                   .summary = "text, dot, svg or html (text)",
-                  .choices = kFormats,
-                  .open = true}},
+                  .choices = kFormats}},
      .details = "Ports of one VLAN with the same policies are drawn together. dot is the language of "
                 "Graphviz, which draws svg; its Debian package is graphviz. html is a page for a browser, "
                 "with search, zoom and details; it needs no network.",

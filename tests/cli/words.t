@@ -78,9 +78,8 @@ A wrong value is refused before the host is looked for.
   2
   qvs: --ports: 'abc' is not a number of 0 or more
   2
-  qvs: no hypercore on this machine: the kernel's switch device does not answer
-  qvs: an emulated host to try this on: qvs-host run -- qvs ...
-  5
+  qvs: --format: 'htlm' is none of text, dot, svg, html
+  2
   qvs: --limit needs --kernel
   2
 
