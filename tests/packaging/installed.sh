@@ -38,11 +38,6 @@ apt install --no-install-recommends /tmp/before/*.deb
 apt install --no-install-recommends "$packages"/*.deb
 files >/tmp/upgraded
 cmp /tmp/with /tmp/upgraded || fail "an upgrade leaves other files than an installation"
-[ "$(as_tester qvs --version)" = 'qvs 1.0.0' ] || fail "qvs --version: $(as_tester qvs --version)"
-[ "$(as_tester qvs-host run -- sh -c 'qvs switch create sw1 --ports 2 && qvs port list sw1 --names' | tr '\n' ' ')" = \
-    'sw1: changed port0 port1 ' ] || fail "the tool does not work on the emulated host"
-[ "$(as_tester qvs-host run -- python3 -c 'import qvs
-with qvs.Snapshot() as snapshot: print(len(list(snapshot.switches)))')" = 0 ] || fail "the Python module does not work"
 ldconfig -p | grep -q 'libqvs\.so\.1 ' || fail "the dynamic linker does not know libqvs"
 for page in man1/qvs.1 man1/qvs-port.1 man1/qvs-host.1 man1/treesh.1 man3/qvs_vsdvs.h.3 \
     man3/VSDVS_CreateVSwitch.3 man3/libqvs-config.3 man3/QVSConfig_Apply.3 man5/qvs-document.5 man5/qvs-lab.5 \
@@ -50,18 +45,9 @@ for page in man1/qvs.1 man1/qvs-port.1 man1/qvs-host.1 man1/treesh.1 man3/qvs_vs
     gzip -t "/usr/share/man/$page.gz" || fail "no manual page $page"
 done
 
-# Programs in C, C++ and Go are built as the documentation says, and run on an emulated host.
-apt install --no-install-recommends gcc g++ libc6-dev pkg-config golang-go
-cp "$source"/packaging/program.{c,go} "$source"/config/consumer.cpp /home/tester
+# What a newcomer does, and programs in four languages.
+apt install --no-install-recommends gcc g++ libc6-dev pkg-config golang-go man-db bash-completion
 cd /home/tester
-# shellcheck disable=SC2046
-{
-    as_tester gcc -std=c99 -Werror program.c -o program-c $(pkg-config --cflags --libs qvs)
-    as_tester g++ -std=c++17 -Werror consumer.cpp -o program-cpp $(pkg-config --cflags --libs qvs-config)
-    as_tester go build -o program-go program.go
-}
-as_tester qvs-host run -- ./program-c
-as_tester qvs-host run -- ./program-cpp >/dev/null
-[ "$(as_tester qvs-host run -- ./program-go)" = 'created sw1
-ports 2' ] || fail "the program in Go prints something else"
+as_tester SOURCE="$source" LC_ALL=C.UTF-8 bash "$source/cli/transcript" "$source/packaging/newcomer.t" ||
+    fail "a newcomer sees something else"
 echo "installed: ${#names[@]} packages, $(du -ck "$packages"/*.deb | tail -n 1 | cut -f 1) kB"
