@@ -3,9 +3,9 @@
  * The configuration of a host as a text document: export, validation, comparison, and application with undo.
  *
  * The functions are in libqvs-config.so.0 (pkg-config: qvs-config). <qvs/qvs.h> does not include this header.
- * A document is YAML 1.2 or JSON, in UTF-8; docs/configuration.md describes it, and share/qvs/schema.json is
- * its JSON Schema. Every function loads the snapshot of the switches (dvs.h) again, so that handles and views
- * from before the call are void. The functions may be called from one thread at a time.
+ * A document is YAML 1.2 or JSON, in UTF-8; qvs-document(5) describes it, and `qvs schema` prints its JSON
+ * Schema. Every function loads the snapshot of the switches (dvs.h) again, so that handles and views from
+ * before the call are void. The functions may be called from one thread at a time.
  *
  * Reports: a function that takes `report` stores a report there, on success and on failure, unless it returns
  * HYP_BAD_PARAM for a null argument, a flag or a number, or HYP_NO_MEMORY; it stores null then. The caller
