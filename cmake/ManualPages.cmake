@@ -13,7 +13,7 @@ function(qvs_manual_pages output words)
     if(Python3_FOUND)
         add_custom_command(
             OUTPUT ${manuals}/${output}
-            COMMAND ${Python3_EXECUTABLE} ${script} ${words} ${manuals}
+            COMMAND ${Python3_EXECUTABLE} ${script} ${PROJECT_VERSION} ${QVS_DATE} ${words} ${manuals}
             DEPENDS ${script} ${modules} ${ARGN}
             COMMENT "Writing ${output}"
             VERBATIM)
@@ -28,14 +28,7 @@ qvs_manual_pages(man5/qvs-lab.5 formats ${documents}/lab.md ${documents}/layouts
 
 foreach(page IN ITEMS libqvs.7 libqvs-config.3 treesh.1)
     string(REGEX MATCH "[0-9]$" section ${page})
-    set(copy ${manuals}/man${section}/${page})
-    add_custom_command(
-        OUTPUT ${copy}
-        COMMAND ${CMAKE_COMMAND} -E make_directory ${manuals}/man${section}
-        COMMAND ${CMAKE_COMMAND} -E copy ${documents}/man/${page} ${copy}
-        DEPENDS ${documents}/man/${page}
-        VERBATIM)
-    list(APPEND pages ${copy})
+    configure_file(${documents}/man/${page} ${manuals}/man${section}/${page} @ONLY)
 endforeach()
 add_custom_target(manual-pages ALL DEPENDS ${pages})
 

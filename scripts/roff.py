@@ -5,6 +5,12 @@ import textwrap
 
 # Documents that are manual pages, too.
 PAGES = {"lab.md": "qvs-lab(5)", "layouts.md": "qvs-layout(5)", "configuration.md": "qvs-document(5)"}
+# Where the others are.
+DOCUMENTS = "/usr/share/doc/qvs/docs/"
+# What mandoc and readers of the source expect of a line, less the escape that may precede its text.
+BYTES = 78
+# What a terminal of 80 columns has room for, less the indent of a page.
+COLUMNS = 80 - 7
 INLINE = re.compile(r"`([^`]+)`|\*([^*\s][^*]*)\*|\[([^\]]+)\]\(([^)\s]+)\)")
 
 
@@ -38,15 +44,29 @@ def inline(text):
             shown = bold(page.partition("(")[0]) + page[-3:]
             result += shown if link.endswith(".md") else f"{inline(link)} in {shown}"
         else:
-            result += bold(word) if word else italic(emphasis or link.strip("`"))
+            document = link and re.fullmatch(r"(\w+\.md)(#.*)?", target)
+            result += (bold(word) if word else
+                       italic(emphasis or (DOCUMENTS + document.group(1) if document else link.strip("`"))))
     return result + escaped(text[end:])
 
 
+def joined(line):
+    """A line that may not be broken, in several lines of source: a backslash joins two."""
+    lines = []
+    while len(line) > BYTES and (at := line.rfind(" ", 1, BYTES - 1)) > 0:
+        lines.append(line[:at] + " \\")
+        line = line[at + 1:]
+    return [*lines, line]
+
+
 class Page:
+    # Of the project: main sets them.
+    version = date = ""
+
     def __init__(self, name, section, summary):
         self.lines = []
         self.name, self.section = name, section
-        self.macro("TH", code(name.upper()), str(section), "", "qvs 1.0", "qvs manual")
+        self.macro("TH", code(name.upper()), str(section), self.date, f"qvs {self.version}", "qvs manual")
         self.heading("NAME")
         self.text(f"{code(name)} \\- {escaped(summary)}")
         self.begun = True  # whether a paragraph begins by itself, because a heading stands before it
@@ -62,7 +82,7 @@ class Page:
     def text(self, text):
         """Text with its escapes, which cannot be taken for a request."""
         self.lines += [re.sub(r"^(?=[.'])", r"\\&", line) for line in
-                       textwrap.wrap(text, 120, break_long_words=False, break_on_hyphens=False)]
+                       textwrap.wrap(text, BYTES, break_long_words=False, break_on_hyphens=False)]
 
     def paragraph(self, text):
         if not self.begun:
@@ -75,7 +95,8 @@ class Page:
         if not self.begun:
             self.macro("PP")
         self.lines += [".RS 4", ".nf"] if indent else [".nf"]
-        self.lines += [re.sub(r"^(?=[.'])", r"\\&", code(line)) for line in text.rstrip("\n").split("\n")]
+        for line in text.rstrip("\n").split("\n"):
+            self.lines += joined(re.sub(r"^(?=[.'])", r"\\&", code(line)))
         self.lines += [".fi", ".RE"] if indent else [".fi"]
         self.begun = False
 
@@ -87,7 +108,7 @@ class Page:
     def term(self, name, *texts):
         """A name, and what it means: texts that each begin a line."""
         self.macro("TP", "7")  # an item may have set another width
-        self.text(name)
+        self.lines += joined(name)
         for i, text in enumerate(filter(None, texts)):
             if i > 0:
                 self.macro("br")

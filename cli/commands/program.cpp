@@ -220,6 +220,7 @@ const Program &program() {
     static const Program self = {
         .name = "qvs",
         .version = QVS_VERSION,
+        .date = QVS_DATE,
         .summary = "control the distributed virtual switches of a hypervisor host",
         .usage = "NOUN VERB [ARGUMENT...] [OPTION...]",
         .nouns = nouns(),

@@ -199,16 +199,15 @@ std::vector<std::string> usageParts(const Command &command) {
 }  // namespace
 
 // Replaces the blanks inside of parts while lines are broken.
-std::string wrappedUsage(const Command &command, size_t columns) {
+std::string wrappedUsage(const Command &command, size_t columns, std::string text) {
     constexpr char kHold = '\x01';
     std::string line = called(command);
-    const size_t indent = sizeof "usage: " - 1;
+    const size_t indent = text.size();
     std::replace(line.begin(), line.end(), ' ', kHold);
     for (std::string part : usageParts(command)) {
         std::replace(part.begin(), part.end(), ' ', kHold);
         line += " " + part;
     }
-    std::string text = "usage: ";
     appendWrapped(text, line, indent, indent + 4, columns);
     std::replace(text.begin(), text.end(), kHold, ' ');
     return text;

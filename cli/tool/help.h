@@ -15,8 +15,8 @@ class Output;
 
 std::string words(const Command &command);      // "switch create"
 std::string usageLine(const Command &command);  // "qvs switch create ALIAS [--id ID] ..."
-// The same behind "usage: ", in lines of at most so many columns.
-std::string wrappedUsage(const Command &command, size_t columns);
+// The same behind a text, in lines of at most so many columns.
+std::string wrappedUsage(const Command &command, size_t columns, std::string text = "usage: ");
 
 // An option with the name of its value: "--id ID".
 std::string words(const Option &option);

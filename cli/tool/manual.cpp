@@ -48,6 +48,12 @@ std::string troffUsage(std::string_view text) {
     return italic ? out + "\\fR" : out;
 }
 
+// The usage of a command, in lines that fit a terminal of 80 columns.
+std::string troffUsage(const Command &command) {
+    constexpr size_t kColumns = 80 - 7;  // less the indent of a page
+    return troffUsage(wrappedUsage(command, kColumns, ""));
+}
+
 void troffItem(std::string &page, std::string_view term, std::string_view text) {
     page += fmt::format(".TP\n\\fB{}\\fR\n{}\n", troff(term), troff(text));
 }
@@ -65,7 +71,7 @@ void troffPassage(std::string &page, const Passage &passage) {
 void troffCommand(std::string &page, const Command &command) {
     const Shape shape = shapeOf(command);
     page += fmt::format(".SS \"{}\"\n", troff(fmt::format("{} {}", program().name, words(command))));
-    page += fmt::format("{}.\n.PP\n.nf\n{}\n.fi\n", troff(shape.summary), troffUsage(usageLine(command)));
+    page += fmt::format("{}.\n.PP\n.nf\n{}\n.fi\n", troff(shape.summary), troffUsage(command));
     for (const Argument &argument : shape.arguments)
         troffItem(page, argument.name, argument.summary);
     for (const Option &option : optionsOf(command))
@@ -97,8 +103,8 @@ std::string pageNameOf(std::string_view noun) {
 }
 
 std::string title(std::string_view name) {
-    return fmt::format(".TH {} 1 \"\" \"qvs {}\" \"User Commands\"\n", troff(upper(std::string(name))),
-                       program().version);
+    return fmt::format(".TH {} 1 {} \"qvs {}\" \"User Commands\"\n", troff(upper(std::string(name))),
+                       program().date, program().version);
 }
 
 // The commands of a program that has pages of nouns: the pages.
@@ -116,6 +122,35 @@ std::string withoutEmptyParagraphs(std::string page) {
         if (std::string_view(page).substr(at).starts_with(kParagraph)) page.erase(at--, kParagraph.size());
     }
     return page;
+}
+
+// Breaks lines at blanks, so that each has at most 80 bytes, as readers of the source expect.
+std::string withShortLines(std::string_view page) {
+    constexpr size_t kMost = 80;
+    std::string out;
+    bool filled = true;
+    bool tag = false;
+    while (!page.empty()) {
+        std::string_view line = page.substr(0, page.find('\n'));
+        page.remove_prefix(std::min(line.size() + 1, page.size()));
+        if (line == ".nf") filled = false;
+        if (line == ".fi") filled = true;
+        const bool next = line == ".TP";
+        const bool request = line.starts_with('.');
+        while (!request && line.size() > kMost) {
+            const size_t at = line.rfind(' ', kMost - 2);
+            if (at == 0 || at == std::string_view::npos) break;
+            out += line.substr(0, at);
+            line.remove_prefix(at + 1);
+            // Where lines stay as they are, and in a tag, a backslash joins this one and the next.
+            out += filled && !tag ? "\n" : " \\\n";
+            if (filled && line.starts_with('.')) out += "\\&";
+        }
+        out += line;
+        out += '\n';
+        tag = next;
+    }
+    return out;
 }
 
 }  // namespace
@@ -141,14 +176,14 @@ std::string manualPageOf(std::string_view noun) {
     for (const Noun &group : program().nouns) {
         for (const Command &command : group.commands) {
             if (firstWord(command.words) != noun) continue;
-            page += troffUsage(usageLine(command)) + "\n";
+            page += troffUsage(command) + "\n";
             troffCommand(commands, command);
         }
     }
     page += ".fi\n.SH COMMANDS\n" + commands;
     page += fmt::format(".SH SEE ALSO\n{}(1) has the options of every command and the exit statuses.\n",
                         troff(program().name));
-    return withoutEmptyParagraphs(std::move(page));
+    return withShortLines(withoutEmptyParagraphs(std::move(page)));
 }
 
 std::string manualPage() {
@@ -173,7 +208,7 @@ std::string manualPage() {
         for (const Passage &passage : section.passages)
             troffPassage(page, passage);
     }
-    return withoutEmptyParagraphs(std::move(page));
+    return withShortLines(withoutEmptyParagraphs(std::move(page)));
 }
 
 std::string markdownManual() {

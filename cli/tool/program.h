@@ -45,6 +45,7 @@ struct OtherName {
 struct Program {
     const char *name;
     const char *version;
+    const char *date;  // of the version, for the manual pages
     const char *summary;
     const char *usage;  // the usage line behind the name
     std::span<const Noun> nouns;

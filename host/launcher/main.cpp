@@ -274,6 +274,7 @@ const Program &program() {
     static const Program self = {
         .name = "qvs-host",
         .version = QVS_VERSION,
+        .date = QVS_DATE,
         .summary = "an emulated hypervisor host for programs that manage virtual switches",
         .usage = "COMMAND [ARGUMENT...] [OPTION...]",
         .nouns = nouns,

@@ -17,8 +17,9 @@ inline constexpr cli::Passage kDescription[] = {
 };
 
 inline constexpr cli::Passage kTraces[] = {
-    {"A line is the request and, behind \" -> \", its result:"},
-    {.text = "device ioctl \"/dev/vswitch\" 0x100b GetUplinks in=268 out=8 input=[0:737731] -> 0\n"
+    {"A line is the request and, behind \" -> \", its result. The first one is shown in two here:"},
+    {.text = "device ioctl \"/dev/vswitch\" 0x100b GetUplinks in=268 out=8\n"
+             "    input=[0:737731] -> 0\n"
              "state PortAdd switch=\"73 77 31\" port=\"port0\" length=420 -> 0xbad0005\n"
              "shell treesh -e set /net/create sw1 \"128\\n\" vswitch -> exit 0",
      .asIs = true},

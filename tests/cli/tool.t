@@ -57,7 +57,7 @@ Help, manual and completion come from the table.
   $ qvs switch --help | sed -n 3p
     qvs switch create        create a switch, its uplinks uplink0, uplink1... and its ports port0, port1...
   $ qvs manual | sed -n '1,5p'
-  .TH QVS 1 "" "qvs 1.0.0" "User Commands"
+  .TH QVS 1 2026-11-22 "qvs 1.0.0" "User Commands"
   .SH NAME
   qvs \- control the distributed virtual switches of a hypervisor host
   .SH SYNOPSIS
@@ -65,7 +65,7 @@ Help, manual and completion come from the table.
   $ qvs help all | grep -c '^  --'  => 5
   $ pages() { qvs manual --names | while read -r noun; do qvs manual $noun; done; }; pages >pages; qvs help all | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; grep -qF "${command//-/\\-}" pages || echo "$command"; done
   $ qvs manual nic
-  .TH QVS\-NIC 1 "" "qvs 1.0.0" "User Commands"
+  .TH QVS\-NIC 1 2026-11-22 "qvs 1.0.0" "User Commands"
   .SH NAME
   qvs\-nic \- physical NICs of uplinks
   .SH SYNOPSIS
@@ -83,11 +83,19 @@ Help, manual and completion come from the table.
   \fB\-\-names\fR
   print the names alone, one a line
   .PP
-  A NIC that no uplink is bound to is not known to the switches. MBIT/S is the speed in megabits per second, where the kernel stores it.
+  A NIC that no uplink is bound to is not known to the switches. MBIT/S is the
+  speed in megabits per second, where the kernel stores it.
   .PP
   Example: qvs nic list
   .SH SEE ALSO
   qvs(1) has the options of every command and the exit statuses.
+A usage wraps to fit 80 columns. A backslash joins lines of the source, of at most 80 bytes, whose text must not be broken.
+  $ qvs manual prop | sed -n '/^.nf/,/^qvs prop set/p;/^.fi/q'; awk 'length > 80' pages
+  .nf
+  qvs prop get \fISWITCH\fR \fIKEY\fR [\-\-host] [\-\-port \fIPORT\fR] \
+  [\-\-by\-id] [\-\-hex]
+  \&    [\-\-raw \fIFILE\fR]
+  qvs prop set \fISWITCH\fR \fIKEY\fR [\fIVALUE\fR] [\-\-host] [\-\-port \
   $ qvs manual | grep -A 1 -F 'port(1)'; qvs manual prot
   \fBqvs\-port(1)\fR
   ports of a switch

@@ -11,11 +11,10 @@ mapfile -t functions < <(sed -n 's/^export \(\w*\):.*/\1/p' "$QVS_SOURCE"/{src,c
     grep -vxE 'Log|Warning|Panic')
 [ "${#functions[@]}" -ge 209 ] || fail "only ${#functions[@]} exported functions"
 for function in "${functions[@]}"; do
-    read -r request page <"$manuals/man3/$function.3" || fail "no page of $function"
-    [ "$request" = .so ] || fail "the page of $function is none of a header"
+    page=$manuals/man3/$(readlink "$manuals/man3/$function.3") || fail "no page of $function, or none of a header"
     # Below a heading of its own, and with a prototype.
-    grep -qE "^\.SS .*\b$function\b" "$manuals/$page" || fail "$page has no heading with $function"
-    grep -qE "\b$function\(.*[,;]$" "$manuals/$page" || fail "$page has no prototype of $function"
+    grep -qE "^\.SS .*\b$function\b" "$page" || fail "$page has no heading with $function"
+    grep -qE "\b$function\(.*[,;]$" "$page" || fail "$page has no prototype of $function"
 done
 for header in "$QVS_SOURCE"/include/qvs/*; do
     grep -qxF "#include <qvs/${header##*/}>" "$manuals/man3/qvs_${header##*/}.3" || fail "no page of $header"
