@@ -8,7 +8,7 @@ from contextlib import contextmanager
 from typing import TYPE_CHECKING, Any, TypeVar
 
 from qvs import lib, records
-from qvs._load import WALK, copied, from_text, to_text
+from qvs._load import WALK, copied, from_text, octets, to_text
 from qvs._record import Record
 from qvs.errors import check
 
@@ -61,8 +61,7 @@ def text(value: bytes) -> str:
 
 def stored(value: bytes | str) -> tuple[bytes, int]:
     """The bytes of a value, a text with its NUL, and their number."""
-    # A number would give that many zeros with bytes() alone.
-    data = from_text(value) + b"\0" if isinstance(value, str) else bytes(memoryview(value))
+    data = from_text(value) + b"\0" if isinstance(value, str) else octets(value)
     return data, len(data)
 
 

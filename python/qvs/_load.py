@@ -3,9 +3,13 @@
 from __future__ import annotations
 
 import ctypes
-from collections.abc import Callable
+import operator
+from collections.abc import Callable, Iterator
+from contextlib import contextmanager
 from functools import cache
-from typing import Annotated, Any, get_args
+from typing import Annotated, Any, TypeVar, get_args
+
+T = TypeVar("T")
 
 # The C types of parameters and results. The second part is what ctypes converts to.
 U8 = Annotated[int, ctypes.c_uint8]
@@ -43,22 +47,44 @@ def soname_of(function: str) -> str:
     return STATE_LIBRARY if function.startswith(("DVSData_", "DVSHYP_", "DVSState_", "DVS_")) else LIBRARY
 
 
-@cache
-def checked(kind: Any) -> Any:
-    """A type of a parameter. ctypes cuts off numbers that do not fit; these give ctypes.ArgumentError instead."""
-    if not isinstance(kind(), ctypes._SimpleCData) or not isinstance(kind().value, int):
-        return kind
+def between(value: int, kind: Any) -> int:
+    """A number that a C type holds. ctypes would cut off one that does not fit."""
     bits, signed = 8 * ctypes.sizeof(kind), kind(-1).value < 0
     low, high = (-1 << bits - 1, (1 << bits - 1) - 1) if signed else (0, (1 << bits) - 1)
+    number = operator.index(value)
+    if not low <= number <= high:
+        raise ValueError(f"{number} is not between {low} and {high}")
+    return number
+
+
+@cache
+def checked(kind: Any) -> Any:
+    """A type of a parameter, which refuses numbers that do not fit."""
+    if not isinstance(kind(), ctypes._SimpleCData) or not isinstance(kind().value, int):
+        return kind
 
     class Checked:
         @staticmethod
         def from_param(value: int) -> Any:
-            if not low <= value <= high:
-                raise ValueError(f"{value} is not between {low} and {high}")
-            return kind(value)
+            return kind(between(value, kind))
 
     return Checked
+
+
+def plain(function: Any, name: str) -> Any:
+    """A function whose arguments raise TypeError and ValueError, which ctypes wraps in ArgumentError."""
+
+    def call(*arguments: Any) -> Any:
+        try:
+            return function(*arguments)
+        except ctypes.ArgumentError as error:
+            wrapped = error
+        for kind, argument in zip(function.argtypes, arguments):
+            kind.from_param(argument)  # raises the error again, as it was
+        raise wrapped
+
+    call.__name__ = name
+    return call
 
 
 def resolver(annotations: dict[str, Any], names: dict[str, Any]) -> Callable[[str], Any]:
@@ -72,8 +98,8 @@ def resolver(annotations: dict[str, Any], names: dict[str, Any]) -> Callable[[st
         function = getattr(library(soname_of(name)), name)
         function.argtypes = [checked(get_args(argument)[1]) for argument in arguments]
         function.restype = get_args(result)[1] if result not in (None, type(None)) else None
-        names[name] = function
-        return function
+        names[name] = plain(function, name)
+        return names[name]
 
     return find
 
@@ -86,15 +112,37 @@ def copied(pointer: ctypes.c_void_p, size: int = -1) -> bytes:
 
 
 def word(name: str, value: int) -> int:
-    """A number that the library takes in 32 bits, and that ctypes would cut off."""
-    if not 0 <= value < 1 << 32:
-        raise ValueError(f"{name}: {value} is not between 0 and 4294967295")
+    """A number of 32 bits."""
+    with named(name):
+        return between(value, ctypes.c_uint32)
+
+
+@contextmanager
+def named(name: str) -> Iterator[None]:
+    """Says what a value is wrong for."""
+    try:
+        yield
+    except TypeError as error:
+        raise TypeError(f"{name}: {error}") from None
+    except (ValueError, OverflowError) as error:
+        raise ValueError(f"{name}: {error}") from None
+
+
+def of_type(kind: type[T], value: T) -> T:
+    """The value, if it is of this type. bytes() makes zeros of a number, and truth has every value."""
+    if not isinstance(value, kind):
+        raise TypeError(f"{value!r} is not of the type {kind.__name__}")
     return value
+
+
+def octets(value: bytes) -> bytes:
+    """A copy of bytes, and of nothing that bytes() would make some from, such as a number or a list."""
+    return bytes(memoryview(value))
 
 
 def from_text(text: str) -> bytes:
     """The bytes of a text. Names of switches and ports need not be UTF-8; to_text and from_text keep every byte."""
-    data = text.encode("utf-8", "surrogateescape")
+    data = of_type(str, text).encode("utf-8", "surrogateescape")
     if b"\0" in data:
         raise ValueError(f"{text!r} contains a NUL character")
     return data

@@ -13,7 +13,7 @@ from contextlib import AbstractContextManager
 from typing import Any, Generic, NamedTuple, Protocol, TypeVar, overload
 
 from qvs import constants, lib, records
-from qvs._load import copied, from_text, to_text, word
+from qvs._load import between, copied, from_text, named, octets, of_type, to_text
 from qvs._record import Record
 from qvs.errors import NotFound, check
 
@@ -62,7 +62,7 @@ class Policy(Generic[T]):
         return value
 
     def __set__(self, place: Place, value: T) -> None:
-        with place._names() as names:
+        with place._names() as names, named(self._name):
             status = self._store(self._function("store"), names + self._more, value)
         check(status, f"{place}: {self._name}")
 
@@ -100,14 +100,14 @@ class Number(Policy[int]):
         return function(*names, ctypes.byref(number)), number.value
 
     def _store(self, function: Callable[..., int], names: Names, value: int) -> int:
-        return function(*names, word(self._name, value))
+        return function(*names, value)
 
 
 class Mask(Number):
     """A number that the setter, too, takes through a pointer."""
 
     def _store(self, function: Callable[..., int], names: Names, value: int) -> int:
-        return function(*names, ctypes.byref(ctypes.c_uint32(word(self._name, value))))
+        return function(*names, ctypes.byref(ctypes.c_uint32(between(value, ctypes.c_uint32))))
 
 
 class Flag(Policy[bool]):
@@ -116,7 +116,7 @@ class Flag(Policy[bool]):
         return function(*names, ctypes.byref(flag)), flag.value != 0
 
     def _store(self, function: Callable[..., int], names: Names, value: bool) -> int:
-        return function(*names, 1 if value else 0)
+        return function(*names, of_type(bool, value))
 
 
 class Name(Policy[str]):
@@ -133,7 +133,7 @@ class Name(Policy[str]):
     def _store(self, function: Callable[..., int], names: Names, value: str) -> int:
         data = from_text(value)
         if len(data) >= self._size:
-            raise ValueError(f"{self._name}: {len(data)} bytes, at most {self._size - 1} can be read back")
+            raise ValueError(f"{len(data)} bytes, at most {self._size - 1} can be read back")
         return function(*names, data)
 
 
@@ -149,9 +149,7 @@ class Whole(Policy[R]):
         return function(*names, buffer), self._record.from_bytes(buffer.raw)
 
     def _store(self, function: Callable[..., int], names: Names, value: R) -> int:
-        if not isinstance(value, self._record):
-            raise TypeError(f"{self._name}: {value!r} is not a {self._record.__name__}")
-        return function(*names, bytes(value))
+        return function(*names, self._record.one_to_bytes(value))
 
 
 class Stored(Policy[R]):
@@ -170,9 +168,9 @@ class Stored(Policy[R]):
             return None
 
     def __set__(self, place: Place, value: R) -> None:
-        if not isinstance(value, self._record):
-            raise TypeError(f"{self._name}: {value!r} is not a {self._record.__name__}")
-        place.set_property(self._key, bytes(value))
+        with named(self._name):
+            data = self._record.one_to_bytes(value)
+        place.set_property(self._key, data)
 
 
 class Allocated(Policy[T]):
@@ -230,14 +228,14 @@ class VlanPolicy(Allocated[Vlan]):
 
     def _store(self, function: Callable[..., int], names: Names, value: Vlan) -> int:
         # The library does not check the numbers, and ctypes cuts them off.
-        ranges = [*value.ranges, (value.id, value.id)]
+        ranges = [*of_type(Vlan, value).ranges, (value.id, value.id)]
         if not all(0 <= first <= last <= constants.QVS_VLAN_MAX for first, last in ranges):
-            raise ValueError(f"{self._name}: a VLAN id is between 0 and {constants.QVS_VLAN_MAX}: {value}")
+            raise ValueError(f"a VLAN id is between 0 and {constants.QVS_VLAN_MAX}: {value}")
         if value.priority is not None and not 0 <= value.priority <= constants.QVS_PRIORITY_MAX:
-            raise ValueError(f"{self._name}: a priority is between 0 and {constants.QVS_PRIORITY_MAX}: {value}")
+            raise ValueError(f"a priority is between 0 and {constants.QVS_PRIORITY_MAX}: {value}")
         priority = constants.VSDVS_NO_PRIORITY if value.priority is None else value.priority
-        packed = b"".join(bytes(records.VSDVS_VLANRange(*each)) for each in value.ranges)
-        return function(*names, value.id, priority, value.trunk, value.private, packed, len(value.ranges))
+        packed, count = records.VSDVS_VLANRange.list_to_bytes(records.VSDVS_VLANRange(*each) for each in value.ranges)
+        return function(*names, value.id, priority, value.trunk, value.private, packed, count)
 
 
 class PrivateVlans(Allocated["list[records.VSDVS_PrivateVLAN]"]):
@@ -248,9 +246,10 @@ class PrivateVlans(Allocated["list[records.VSDVS_PrivateVLAN]"]):
         return record.list_from_bytes(copied(pointer, number * record.SIZE), 0, number)
 
     def _store(self, function: Callable[..., int], names: Names, value: list[records.VSDVS_PrivateVLAN]) -> int:
-        status = function(*names, b"".join(map(bytes, value)), len(value))
+        packed, count = records.VSDVS_PrivateVLAN.list_to_bytes(value)
+        status = function(*names, packed, count)
         # An empty map is none.
-        return constants.HYP_OK if not value and status == constants.HYP_NOT_FOUND else status
+        return constants.HYP_OK if not count and status == constants.HYP_NOT_FOUND else status
 
 
 class Addresses(Allocated["list[bytes]"]):
@@ -262,8 +261,8 @@ class Addresses(Allocated["list[bytes]"]):
         return [data[place : place + 6] for place in range(1, len(data), 6)]
 
     def _store(self, function: Callable[..., int], names: Names, value: list[bytes]) -> int:
-        packed = b"".join(bytes(records.VSDVS_MACAddress(address)) for address in value)
-        return function(*names, len(value), packed)
+        packed, count = records.VSDVS_MACAddress.list_to_bytes(map(records.VSDVS_MACAddress, value))
+        return function(*names, count, packed)
 
 
 class Mirrors(NamedTuple):
@@ -288,10 +287,10 @@ class MirrorPolicy(Allocated[Mirrors]):
         )
 
     def _store(self, function: Callable[..., int], names: Names, value: Mirrors) -> int:
-        head = records.VSDVS_MirrorHeader(
-            constants.VSDVS_MIRROR_MAGIC, value.version, len(value.sessions), len(value.entities)
-        )
-        return function(*names, b"".join(map(bytes, [head, *value.sessions, *value.entities])))
+        sessions, session_count = records.VSDVS_MirrorSession.list_to_bytes(of_type(Mirrors, value).sessions)
+        entities, entity_count = records.VSDVS_MirrorEntity.list_to_bytes(value.entities)
+        head = records.VSDVS_MirrorHeader(constants.VSDVS_MIRROR_MAGIC, value.version, session_count, entity_count)
+        return function(*names, bytes(head) + sessions + entities)
 
 
 class UplinkMirrors(MirrorPolicy):
@@ -316,5 +315,6 @@ class IpfixPolicy(Allocated[Ipfix]):
         return Ipfix(record, copied(pointer, size + record.virtualObsIDLength)[size:])
 
     def _store(self, function: Callable[..., int], names: Names, value: Ipfix) -> int:
-        record = dataclasses.replace(value.record, virtualObsIDLength=len(value.observation))
-        return function(*names, bytes(record) + value.observation)
+        observation = octets(of_type(Ipfix, value).observation)
+        record = dataclasses.replace(of_type(records.IPFIXDVS_Port, value.record), virtualObsIDLength=len(observation))
+        return function(*names, records.IPFIXDVS_Port.one_to_bytes(record) + observation)

@@ -3,10 +3,12 @@
 from __future__ import annotations
 
 import dataclasses
+import operator
+from collections.abc import Iterable
 from functools import cache
 from typing import Any, ClassVar, NamedTuple, TypeVar, cast
 
-from qvs._load import from_text, to_text
+from qvs._load import from_text, named, octets, of_type, to_text
 
 R = TypeVar("R", bound="Record")
 
@@ -28,10 +30,10 @@ class Place(NamedTuple):
 
     def encode(self, value: Any) -> bytes:
         if self.kind == "unsigned" or self.kind == "signed":
-            return int(value).to_bytes(self.size, "little", signed=self.kind == "signed")
-        if isinstance(value, int):
-            raise TypeError(f"{value!r} is a number")  # bytes(3) would be three zeros
-        data = from_text(value) if self.kind == "text" else bytes(value)
+            return operator.index(value).to_bytes(self.size, "little", signed=self.kind == "signed")
+        if not isinstance(self.kind, str):
+            return self.kind.one_to_bytes(value)
+        data = from_text(value) if self.kind == "text" else octets(value)
         # Raw bytes have no end of their own, so that a wrong length is a mistake.
         if len(data) > self.size or (self.kind != "text" and len(data) != self.size):
             raise ValueError(f"{len(data)} bytes do not fit into {self.size}")
@@ -45,6 +47,8 @@ class Place(NamedTuple):
 
     def store(self, value: Any, data: bytearray) -> None:
         values = value if self.elements else [value]
+        if not isinstance(values, (list, tuple)):  # a text would be a list of its characters
+            raise TypeError(f"{value!r} is not a list")
         if len(values) > max(self.elements, 1):
             raise ValueError(f"{len(values)} elements do not fit into {self.elements}")
         for index, element in enumerate(values):
@@ -103,12 +107,24 @@ class Record:
         """Reads `count` records without gaps."""
         return [cls.from_bytes(data, offset + index * cls.SIZE) for index in range(count)]
 
+    @classmethod
+    def one_to_bytes(cls: type[R], value: R) -> bytes:
+        """The bytes of a record that must be of this type: the library reads as many as the type has."""
+        data = bytes(of_type(cls, value))
+        if len(data) != cls.SIZE:
+            raise TypeError(f"{value!r} has {len(data)} bytes, not the {cls.SIZE} of {cls.__name__}")
+        return data
+
+    @classmethod
+    def list_to_bytes(cls: type[R], values: Iterable[R]) -> tuple[bytes, int]:
+        """The bytes of records of this type without gaps, and their number, by which the library reads them."""
+        each = [cls.one_to_bytes(value) for value in values]
+        return b"".join(each), len(each)
+
     def __bytes__(self) -> bytes:
-        """The bytes of the record. ValueError: a value does not fit into its field."""
+        """The bytes of the record. ValueError: a value does not fit into its field. TypeError: it has another type."""
         data = bytearray(self.SIZE)
         for name, place in _layout(cast(Any, type(self))):
-            try:
+            with named(f"{type(self).__name__}.{name}"):
                 place.store(getattr(self, name), data)
-            except (ValueError, OverflowError, TypeError, AttributeError) as error:
-                raise ValueError(f"{type(self).__name__}.{name}: {error}") from None
         return bytes(data)

@@ -14,7 +14,7 @@ from enum import IntEnum
 
 from qvs import constants, lib
 from qvs._gate import gate
-from qvs._load import copied, from_text, to_text, word
+from qvs._load import copied, from_text, octets, to_text, word
 from qvs.errors import check
 
 
@@ -71,7 +71,7 @@ def _run(what: str, function: Callable[..., int], *arguments: object) -> list[En
 
 
 def _document(text: str | bytes) -> tuple[bytes, int]:
-    data = text.encode("utf-8", "surrogateescape") if isinstance(text, str) else bytes(text)
+    data = text.encode("utf-8", "surrogateescape") if isinstance(text, str) else octets(text)
     return data, len(data)
 
 

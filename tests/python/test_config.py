@@ -73,5 +73,7 @@ class Config(unittest.TestCase):
                     self.assertEqual(qvs.config.validate(hostile), [])
                 except qvs.BadParameter as error:
                     self.assertTrue(error.problems)
+        for value in (5, [1, 2], None, 1.5):
+            self.assertRaises(TypeError, qvs.config.validate, value)
         self.assertRaises(ValueError, qvs.config.apply, DOCUMENT, confirm=-1)
         self.assertRaises(ValueError, qvs.config.export, "a\0b")

@@ -62,6 +62,13 @@ PORT_POLICIES = [
 HOSTILE = ["a b;$(touch x)|`y`", "%s%n", "\udcff\udcfe", "línea\nnueva", "'\"\\", "-rf", "x" * 60]
 
 
+class Short(records.VSDVS_PrivateVLAN, size=8):
+    """A record whose bytes are fewer than the library reads."""
+
+    def __bytes__(self):
+        return b""
+
+
 def setUpModule():
     with qvs.Snapshot() as host:
         host.create_switch("sw1", id="id-1", uplinks=2, ports=2)
@@ -115,7 +122,24 @@ class Policies(unittest.TestCase):
                 (port, "vlan", qvs.Vlan(1, priority=8), ValueError, "vlan: a priority is between 0 and 7: "),
                 (port, "teaming", FILTER, TypeError, "teaming: VSDVS_ExtraEthFilter("),
                 (port, "teaming_override", "x" * 81, ValueError, "teaming_override: 81 bytes, at most 80 can"),
-                (port, "teaming_override", "a\0", ValueError, "'a\\x00' contains a NUL character"),
+                (port, "teaming_override", "a\0", ValueError, "teaming_override: 'a\\x00' contains a NUL character"),
+                # bytes(1) is one zero: the library would read 40 entries of 8 bytes from 40 bytes.
+                (switch, "private_vlans", [1] * 40, TypeError, "private_vlans: 1 is not of the type VSDVS_PrivateVLAN"),
+                (switch, "private_vlans", [b"12345678"], TypeError, "private_vlans: b'12345678' is not of the type"),
+                (switch, "private_vlans", [Short()], TypeError, "private_vlans: Short("),
+                (switch, "uplink_mirrors", qvs.Mirrors([1] * 9, []), TypeError, "uplink_mirrors: 1 is not of the type"),
+                (port, "mirrors", qvs.Mirrors([SESSION], [500]), TypeError, "mirrors: 500 is not of the type"),
+                (port, "mirrors", ([], [], 2), TypeError, "mirrors: ([], [], 2) is not of the type Mirrors"),
+                (port, "ipfix", qvs.Ipfix(records.QVS_Shaper()), TypeError, "ipfix: QVS_Shaper("),
+                (port, "ipfix", qvs.Ipfix(records.IPFIXDVS_Port(), "obs"), TypeError, "ipfix: memoryview: "),
+                (port, "multicast_addresses", bytes(6), TypeError, "multicast_addresses: VSDVS_MACAddress.bytes: "),
+                (port, "vlan", 5, TypeError, "vlan: 5 is not of the type Vlan"),
+                (port, "vlan", qvs.Vlan(5.0), TypeError, "vlan: 'float' object cannot be"),
+                (switch, "learn_static", "no", TypeError, "learn_static: 'no' is not of the type bool"),
+                (port, "sink", None, TypeError, "sink: None is not of the type bool"),
+                (switch, "mtu", 1500.0, TypeError, "mtu: 'float' object cannot be"),
+                (port, "ls_teaming", 5, TypeError, "ls_teaming: 5 is not of the type str"),
+                (port, "shaper_input", SESSION, TypeError, "shaper_input: VSDVS_MirrorSession("),
             ]:
                 with self.subTest(message), self.assertRaises(error) as caught:
                     setattr(place, name, value)

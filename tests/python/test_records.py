@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
 """Records are the literal bytes that the library stores, and refuse what does not fit."""
-import ctypes
 import unittest
 
 from qvs import keys, lib, records
@@ -25,10 +24,19 @@ REFUSED = [
     (records.VSDVS_PortVLAN(vlan=65536), "VSDVS_PortVLAN.vlan: int too big to convert"),
     (records.QVS_Lag(portNumber=1 << 31), "QVS_Lag.portNumber: int too big to convert"),
     (records.VSDVS_MACAddress(b"\0" * 5), "VSDVS_MACAddress.bytes: 5 bytes do not fit into 6"),
-    (records.VSDVS_MACAddress(6), "VSDVS_MACAddress.bytes: 6 is a number"),  # type: ignore[arg-type]
     (records.VSDVS_UplinkPort("x" * 49), "VSDVS_UplinkPort.portId: 49 bytes do not fit into 48"),
     (records.VSDVS_UplinkPort("a\0b"), "VSDVS_UplinkPort.portId: 'a\\x00b' contains a NUL character"),
     (records.VSDVS_TeamingPolicy(uplinks=["u"] * 33), "VSDVS_TeamingPolicy.uplinks: 33 elements do not fit into 32"),
+]
+# bytes(6) would be six zeros, and a text the list of its characters.
+WRONG_TYPE = [
+    (records.VSDVS_MACAddress(6), "VSDVS_MACAddress.bytes: memoryview: a bytes-like object is required, not 'int'"),
+    (records.VSDVS_PortVLAN(vlan="5"), "VSDVS_PortVLAN.vlan: 'str' object cannot be interpreted as an integer"),
+    (records.VSDVS_PortVLAN(vlan=1.5), "VSDVS_PortVLAN.vlan: 'float' object cannot be interpreted as an integer"),
+    (records.VSDVS_UplinkPort(5), "VSDVS_UplinkPort.portId: 5 is not of the type str"),
+    (records.VSDVS_TeamingPolicy(uplinks="u1"), "VSDVS_TeamingPolicy.uplinks: 'u1' is not a list"),
+    (records.VSDVS_PortMACManagement(1, bytes(11)),
+     f"VSDVS_PortMACManagement.learning: {bytes(11)!r} is not of the type VSDVS_PortMACLearning"),
 ]
 
 
@@ -46,10 +54,11 @@ class Records(unittest.TestCase):
                          [records.VSDVS_VLANRange(1, 2), records.VSDVS_VLANRange(3, 4)])
 
     def test_refused(self):
-        for record, message in REFUSED:
-            with self.subTest(message), self.assertRaises(ValueError) as caught:
-                bytes(record)
-            self.assertEqual(str(caught.exception), message)
+        for error, rows in ((ValueError, REFUSED), (TypeError, WRONG_TYPE)):
+            for record, message in rows:
+                with self.subTest(message), self.assertRaises(error) as caught:
+                    bytes(record)
+                self.assertEqual(str(caught.exception), message)
 
     def test_no_bit_of_a_record_is_lost(self):
         for name, record in vars(records).items():
@@ -68,7 +77,9 @@ class Library(unittest.TestCase):
     def test_numbers_are_not_cut_off(self):
         for call in [lambda: lib.VSDVS_SetMTU(b"sw1", 1 << 32), lambda: lib.BFD_GetSessions(256),
                      lambda: lib.VSHYP_SetUplinkAdminLinkState(b"s", b"u", -(1 << 31) - 1)]:
-            self.assertRaisesRegex(ctypes.ArgumentError, "is not between", call)
+            self.assertRaisesRegex(ValueError, "is not between", call)
+        self.assertRaises(TypeError, lib.VSDVS_SetMTU, "sw1", 1500)
+        self.assertRaises(TypeError, lib.VSDVS_SetMTU, b"sw1", 1500.0)
 
     def test_keys(self):
         self.assertEqual(keys.PORT_VLAN, "com.quillon.vswitch.port.vlan")
