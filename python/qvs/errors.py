@@ -2,7 +2,7 @@
 """The exceptions of the module: one class for each status that programs tell apart."""
 from __future__ import annotations
 
-from typing import TYPE_CHECKING
+from typing import TYPE_CHECKING, Any
 
 from qvs import constants, lib
 from qvs._load import to_text
@@ -27,6 +27,16 @@ class Error(Exception):
         self.problems = problems or []
         lines = [f"{what}: {self.name} (0x{status:x})", *(f"  {problem}" for problem in self.problems)]
         super().__init__("\n".join(lines))
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        # Without __init__, whose arguments are others, and which needs the library.
+        return _restored, (type(self), *self.args), self.__dict__
+
+
+def _restored(kind: type[Error], message: str) -> Error:
+    error = kind.__new__(kind)
+    error.args = (message,)
+    return error
 
 
 class Failure(Error):

@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Documents: export, checks, comparison and application on an emulated host."""
+import copy
+import pickle
 import unittest
 
 import qvs
@@ -58,6 +60,12 @@ class Config(unittest.TestCase):
         self.assertEqual(str(caught.exception), "the document: Bad parameter (0xbad0007)\n"
                          "  line 2, column 12: switches.x.mtu: 1 is below 1280\n"
                          "  line 2, column 15: switches.x.foo: no such member")
+        # An error goes to other processes, as of a pool.
+        for same in (copy.copy, copy.deepcopy, *(lambda error, number=number: pickle.loads(pickle.dumps(error, number))
+                                                 for number in range(pickle.HIGHEST_PROTOCOL + 1))):
+            error = same(caught.exception)
+            self.assertEqual((type(error), str(error), vars(error)),
+                             (qvs.BadParameter, str(caught.exception), vars(caught.exception)))
         self.assertEqual(qvs.config.validate(DOCUMENT), [])
         with self.assertRaisesRegex(qvs.NotFound, "export: Not found"):
             qvs.config.export("nothing")
