@@ -9,6 +9,7 @@ of qvs.config. Using one then raises StaleHandle.
 from __future__ import annotations
 
 import ctypes
+import threading
 from collections.abc import Iterator
 from contextlib import contextmanager
 from types import TracebackType
@@ -26,18 +27,18 @@ class Snapshot:
 
     def __init__(self) -> None:
         self._generation = 0
-        self._open = False
+        self._owner: int | None = None  # the thread whose block is open
 
     def __enter__(self) -> Snapshot:
         gate.turn.acquire()
-        if self._open:
+        if self._owner is not None:
             gate.turn.release()
             raise RuntimeError("the block of this snapshot is open already")
         try:
-            self._open = True
+            self._owner = threading.get_ident()
             self.reload()
         except BaseException:
-            self._open = False
+            self._owner = None
             gate.turn.release()
             raise
         return self
@@ -45,12 +46,15 @@ class Snapshot:
     def __exit__(
         self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
     ) -> None:
-        self._open = False
+        if self._owner != threading.get_ident():
+            state = "is not open" if self._owner is None else "must be ended by the thread that opened it"
+            raise RuntimeError(f"the block of this snapshot {state}")
+        self._owner = None
         gate.turn.release()
 
     def reload(self) -> None:
         """Loads the snapshot again. Switches and ports from before are void."""
-        if not self._open:
+        if self._owner is None:
             raise StaleHandle("the block of the snapshot has ended")
         gate.load()
         self._generation = gate.generation
@@ -58,7 +62,7 @@ class Snapshot:
     @contextmanager
     def _use(self, generation: int | None = None) -> Iterator[None]:
         with gate.use():
-            if not self._open:
+            if self._owner is None:
                 raise StaleHandle("the block of the snapshot has ended")
             if gate.generation != (self._generation if generation is None else generation):
                 raise StaleHandle("the snapshot was loaded again; get the object from it again")

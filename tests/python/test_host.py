@@ -283,7 +283,22 @@ class Handles(unittest.TestCase):
             port = host.switch("sw1").port("port0")
             with self.assertRaises(RuntimeError):
                 host.__enter__()
+            # Another thread cannot end the block, and what it tries changes nothing.
+            refused = []
+
+            def end():
+                try:
+                    host.__exit__(None, None, None)
+                except RuntimeError as error:
+                    refused.append(str(error))
+
+            thread = threading.Thread(target=end)
+            thread.start()
+            thread.join()
+            self.assertEqual(refused, ["the block of this snapshot must be ended by the thread that opened it"])
             self.assertEqual(port.security, 1)
+        with self.assertRaisesRegex(RuntimeError, "is not open"):
+            host.__exit__(None, None, None)
         for use in (lambda: host.switches, lambda: host.dump(), lambda: port.properties, lambda: port.get_property("k"),
                     lambda: setattr(port, "security", 1), lambda: port.remove(), host.reload):
             with self.assertRaisesRegex(qvs.StaleHandle, "has ended"):
