@@ -5,7 +5,8 @@ from __future__ import annotations
 import ctypes
 from collections.abc import Callable, Iterator
 from contextlib import contextmanager
-from typing import TYPE_CHECKING, Any, TypeVar
+from types import MemberDescriptorType
+from typing import TYPE_CHECKING, Any, Final, TypeVar
 
 from qvs import lib, records
 from qvs._load import WALK, copied, from_text, octets, to_text
@@ -68,10 +69,23 @@ def stored(value: bytes | str) -> tuple[bytes, int]:
 class Handle:
     """An object of a snapshot. Its properties are read from the kernel and stored there at once."""
 
-    def __init__(self, snapshot: Snapshot, pointer: int) -> None:
-        self._snapshot = snapshot
-        self._generation = snapshot._generation
-        self._pointer = pointer
+    __slots__ = ("_snapshot", "_generation", "_pointer", "_identity", "_id", "id", "__weakref__")
+
+    def __init__(self, snapshot: Snapshot, pointer: int, *identity: bytes) -> None:
+        self._snapshot: Final = snapshot
+        self._generation: Final = snapshot._generation
+        self._pointer: Final = pointer
+        self._identity: Final = identity  # the identifiers of the switch and of the port
+        self._id: Final = identity[-1]
+        self.id: Final = to_text(self._id)
+
+    if not TYPE_CHECKING:  # mypy knows what is final, and would allow every name
+
+        def __setattr__(self, name: str, value: Any) -> None:
+            """Attributes are policies. The others are set once: a switch gets no other name by assigning one."""
+            if isinstance(getattr(type(self), name, None), MemberDescriptorType) and hasattr(self, name):
+                raise AttributeError(f"{name!r} of a {type(self).__name__.lower()} is read-only")
+            super().__setattr__(name, value)
 
     @contextmanager
     def _object(self) -> Iterator[int]:

@@ -10,7 +10,7 @@ import ctypes
 import dataclasses
 from collections.abc import Callable
 from contextlib import AbstractContextManager
-from typing import Any, Generic, NamedTuple, Protocol, TypeVar, overload
+from typing import Any, Generic, NamedTuple, Protocol, Self, TypeVar, overload
 
 from qvs import constants, lib, records
 from qvs._load import between, copied, from_text, named, octets, of_type, to_text
@@ -35,25 +35,66 @@ class Place(Protocol):
     def clear_property(self, key: str) -> None: ...
 
 
-class Policy(Generic[T]):
-    _more: Names = ()  # arguments that follow those of the place
+class Reading(Generic[T]):
+    """A value that can be read. Switches and ports have no dictionary, so that assigning to it is an AttributeError."""
 
-    def __init__(self, read: str, store: str = "", clear: str = "") -> None:
-        self._functions = {"read": read, "store": store, "clear": clear}
-        self._name = ""
+    _name = ""
 
     def __set_name__(self, owner: type[Any], name: str) -> None:
         self._name = name
 
     @overload
-    def __get__(self, place: None, owner: type[Any]) -> Policy[T]: ...
+    def __get__(self, place: None, owner: type[Any]) -> Self: ...
 
     @overload
     def __get__(self, place: Place, owner: type[Any]) -> T | None: ...
 
-    def __get__(self, place: Place | None, owner: type[Any]) -> Any:
-        if place is None:
-            return self
+    def __get__(self, place: Place | None, owner: type[Any]) -> Self | T | None:
+        return self if place is None else self._value(place)
+
+    def _value(self, place: Place) -> T | None:
+        raise NotImplementedError
+
+
+class Known(Reading[R]):
+    """A record that no function of the library reads: it is there under a key."""
+
+    def __init__(self, record: type[R], key: str) -> None:
+        self._record, self._key = record, key
+
+    def _value(self, place: Place) -> R | None:
+        try:
+            return self._record.from_bytes(place.get_property(self._key))
+        except NotFound:
+            return None
+
+
+class Stored(Known[R]):
+    """Such a record that is stored under the key."""
+
+    def __set__(self, place: Place, value: R) -> None:
+        with named(self._name):
+            data = self._record.one_to_bytes(value)
+        place.set_property(self._key, data)
+
+    def __delete__(self, place: Place) -> None:
+        clear(place, self._key)
+
+
+def clear(place: Place, key: str) -> None:
+    try:
+        place.clear_property(key)
+    except NotFound:
+        pass
+
+
+class Policy(Reading[T]):
+    _more: Names = ()  # arguments that follow those of the place
+
+    def __init__(self, read: str, store: str = "", clear: str = "") -> None:
+        self._functions = {"read": read, "store": store, "clear": clear}
+
+    def _value(self, place: Place) -> T | None:
         with place._names() as names:
             status, value = self._read(self._function("read"), names + self._more)
         if status == constants.HYP_NOT_FOUND:
@@ -68,11 +109,7 @@ class Policy(Generic[T]):
 
     def __delete__(self, place: Place) -> None:
         if "." in self._functions["clear"]:
-            try:
-                place.clear_property(self._functions["clear"])
-            except NotFound:
-                pass
-            return
+            return clear(place, self._functions["clear"])
         with place._names() as names:
             status = self._function("clear")(*names, *self._more)
         if status != constants.HYP_NOT_FOUND:
@@ -85,7 +122,7 @@ class Policy(Generic[T]):
         function: Callable[..., int] = getattr(lib, name)
         return function
 
-    def _read(self, function: Callable[..., int], names: Names) -> tuple[int, Any]:
+    def _read(self, function: Callable[..., int], names: Names) -> tuple[int, T | None]:
         raise NotImplementedError
 
     def _store(self, function: Callable[..., int], names: Names, value: T) -> int:
@@ -152,27 +189,6 @@ class Whole(Policy[R]):
         return function(*names, self._record.one_to_bytes(value))
 
 
-class Stored(Policy[R]):
-    """A record that no function of the library reads: it is stored under a key."""
-
-    def __init__(self, record: type[R], key: str) -> None:
-        super().__init__("", "", key)
-        self._record, self._key = record, key
-
-    def __get__(self, place: Place | None, owner: type[Any]) -> Any:
-        if place is None:
-            return self
-        try:
-            return self._record.from_bytes(place.get_property(self._key))
-        except NotFound:
-            return None
-
-    def __set__(self, place: Place, value: R) -> None:
-        with named(self._name):
-            data = self._record.one_to_bytes(value)
-        place.set_property(self._key, data)
-
-
 class Allocated(Policy[T]):
     """A value of the state library, released here. What it holds says how long it is."""
 
@@ -199,7 +215,7 @@ class Allocated(Policy[T]):
         raise NotImplementedError
 
 
-@dataclasses.dataclass
+@dataclasses.dataclass(slots=True)
 class Vlan:
     """The VLAN policy of a port. Ranges are those of a trunk, with both ends; without ranges it carries all VLANs."""
 

@@ -6,7 +6,7 @@ import dataclasses
 import operator
 from collections.abc import Iterable
 from functools import cache
-from typing import Any, ClassVar, NamedTuple, TypeVar, cast
+from typing import TYPE_CHECKING, Any, ClassVar, NamedTuple, TypeVar, cast
 
 from qvs._load import from_text, named, octets, of_type, to_text
 
@@ -93,6 +93,13 @@ class Record:
 
     def __init_subclass__(cls, size: int) -> None:
         cls.SIZE = size
+
+    if not TYPE_CHECKING:  # mypy would allow every name
+
+        def __setattr__(self, name: str, value: Any) -> None:
+            if name not in type(self).__dataclass_fields__:
+                raise AttributeError(f"{type(self).__name__} has no field {name!r}")
+            super().__setattr__(name, value)
 
     @classmethod
     def from_bytes(cls: type[R], data: bytes, offset: int = 0) -> R:

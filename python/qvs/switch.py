@@ -5,7 +5,7 @@ from __future__ import annotations
 import ctypes
 from collections.abc import Callable, Iterator
 from contextlib import contextmanager
-from typing import TYPE_CHECKING, Any, NamedTuple
+from typing import TYPE_CHECKING, Any, Final, NamedTuple
 
 from qvs import _policy as policy
 from qvs import constants, keys, lib, records
@@ -24,6 +24,8 @@ class Uplink(NamedTuple):
 
 class Switch(Handle):
     """A switch of a snapshot. An attribute that is a policy is None when nothing is stored and there is no default."""
+
+    __slots__ = ("alias", "class_name", "max_ports", "version")
 
     mtu = policy.Number("VSDVS_GetMTU", "VSDVS_SetMTU")
     teaming = policy.Whole(
@@ -58,15 +60,13 @@ class Switch(Handle):
     )
 
     def __init__(self, snapshot: Snapshot, pointer: int) -> None:
-        super().__init__(snapshot, pointer)
-        self._id = lib.DVS_SwitchId(pointer) or b""
-        self.id = to_text(self._id)
-        self.class_name = to_text(lib.DVS_ClassName(pointer) or b"")
-        self.max_ports = lib.DVS_GetMaxPorts(pointer)
-        self.version = lib.DVS_Version(pointer)
+        super().__init__(snapshot, pointer, lib.DVS_SwitchId(pointer) or b"")
+        self.class_name: Final = to_text(lib.DVS_ClassName(pointer) or b"")
+        self.max_ports: Final = lib.DVS_GetMaxPorts(pointer)
+        self.version: Final = lib.DVS_Version(pointer)
         found = ctypes.c_void_p()
         status = lib.DVSState_GlobalPropLookup(self._id, from_text(keys.ALIAS), ctypes.byref(found))
-        self.alias = text(value_of(found.value)) if status == constants.HYP_OK and found.value else None
+        self.alias: Final = text(value_of(found.value)) if status == constants.HYP_OK and found.value else None
 
     def __repr__(self) -> str:
         return f"<switch {self.alias!r}, identifier {self.id!r}>"
@@ -183,6 +183,8 @@ class Switch(Handle):
 class Port(Handle):
     """A port of a switch. An attribute that is a policy is None when nothing is stored and there is no default."""
 
+    __slots__ = ("switch",)
+
     vlan = policy.VlanPolicy("VSDVS_GetPortVLANPolicy", "VSDVS_SetPortVLANPolicy", "VSDVS_ClearPortVLANPolicy")
     nested_tagging = policy.Flag(
         "VSDVS_GetPortNestedVLANTagging", "VSDVS_SetPortNestedVLANTagging", keys.PORT_NESTED_TAG
@@ -223,17 +225,15 @@ class Port(Handle):
         "VSDVS_GetDVMirrorSessions", "VSDVS_SetDVMirrorSessions", "VSDVS_ClearDVMirrorSessions"
     )
     ipfix = policy.IpfixPolicy("IPFIXDVS_GetIpfixGranular", "IPFIXDVS_SetIpfixGranular", keys.PORT_IPFIX)
-    status = policy.Stored(records.QVS_PortStatus, keys.PORT_STATUS)
-    statistics = policy.Stored(records.QVS_PortStatistics, keys.PORT_STATISTICS)
-    link_status = policy.Stored(records.QVS_LinkStatus, keys.PORT_LINK_STATUS)
+    status = policy.Known(records.QVS_PortStatus, keys.PORT_STATUS)
+    statistics = policy.Known(records.QVS_PortStatistics, keys.PORT_STATISTICS)
+    link_status = policy.Known(records.QVS_LinkStatus, keys.PORT_LINK_STATUS)
     shaper_input = policy.Stored(records.QVS_Shaper, keys.PORT_SHAPER_INPUT)
     shaper_output = policy.Stored(records.QVS_Shaper, keys.PORT_SHAPER_OUTPUT)
 
     def __init__(self, switch: Switch, pointer: int) -> None:
-        super().__init__(switch._snapshot, pointer)
-        self.switch = switch
-        self._id = lib.DVS_PortId(pointer) or b""
-        self.id = to_text(self._id)
+        super().__init__(switch._snapshot, pointer, switch._id, lib.DVS_PortId(pointer) or b"")
+        self.switch: Final = switch
 
     def __repr__(self) -> str:
         return f"<port {self.id!r} of {self.switch}>"

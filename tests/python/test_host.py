@@ -270,6 +270,23 @@ class Objects(unittest.TestCase):
 
 
 class Handles(unittest.TestCase):
+    def test_what_cannot_be_assigned(self):
+        with qvs.Snapshot() as host:
+            switch, port = host.switch("sw1"), host.switch("sw1").port("port0")
+            for place, name, message in [
+                (port, "vlann", "'Port' object has no attribute 'vlann'"),
+                (port, "status", "'Port' object attribute 'status' is read-only"),
+                (port, "statistics", "'Port' object attribute 'statistics' is read-only"),
+                (port, "link_status", "'Port' object attribute 'link_status' is read-only"),
+                (port, "id", "'id' of a port is read-only"),
+                (switch, "alias", "'alias' of a switch is read-only"),
+                (qvs.Vlan(), "ID", "'Vlan' object has no attribute 'ID'"),
+                (records.QVS_Shaper(), "avarage", "QVS_Shaper has no field 'avarage'"),
+            ]:
+                with self.subTest(message), self.assertRaises(AttributeError) as caught:
+                    setattr(place, name, records.QVS_LinkStatus())
+                self.assertEqual(str(caught.exception), message)
+
     def test_stale(self):
         with qvs.Snapshot() as host:
             switch = host.switch("sw1")

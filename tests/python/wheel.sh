@@ -29,6 +29,23 @@ grep -qx "$PWD/env/lib/python3[.0-9]*/site-packages/qvs/__init__.py 1" out || fa
 (cd env/lib/python3*/site-packages/qvs && ls ./*.py py.typed) | diff expected - || fail "a file is missing"
 
 command -v mypy >/dev/null || exit 0
-echo 'text: str = security' >>agent.py
-if mypy --strict --python-executable env/bin/python agent.py >out; then fail "mypy sees no types"; fi
-grep -q '^agent.py:7: error: .*expression has type "Optional\[int\]", variable has type "str"' out || fail "$(cat out)"
+cat >typed.py <<'END'
+from typing import assert_type
+
+import qvs
+from qvs.records import QVS_LinkStatus, QVS_PortStatistics, QVS_Shaper
+
+def use(switch: qvs.Switch, port: qvs.Port) -> None:
+    assert_type(switch.mtu, int | None)
+    assert_type(port.statistics, QVS_PortStatistics | None)
+    assert_type(port.shaper_input, QVS_Shaper | None)
+    port.shaper_input = QVS_Shaper()
+    port.vlann = 3
+    port.link_status = QVS_LinkStatus()
+    port.id = "x"
+END
+if mypy --strict --python-executable env/bin/python typed.py >out; then fail "mypy sees no types"; fi
+for expected in '11: error: "Port" has no attribute "vlann"' '12: error: .*"link_status"' '13: error: .*final attribute "id"'; do
+    grep -q "^typed.py:$expected" out || fail "$(cat out)"
+done
+grep -q '^Found 3 errors' out || fail "$(cat out)"
