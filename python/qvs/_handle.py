@@ -87,6 +87,18 @@ class Handle:
                 raise AttributeError(f"{name!r} of a {type(self).__name__.lower()} is read-only")
             super().__setattr__(name, value)
 
+    def __eq__(self, other: object) -> bool:
+        """Whether both are the same object of the host, in the same load of the snapshot."""
+        if not isinstance(other, Handle):
+            return NotImplemented
+        return self._key() == other._key()
+
+    def __hash__(self) -> int:
+        return hash(self._key())
+
+    def _key(self) -> tuple[object, ...]:
+        return self._snapshot, self._generation, self._identity
+
     @contextmanager
     def _object(self) -> Iterator[int]:
         with self._snapshot._use(self._generation):

@@ -270,6 +270,19 @@ class Objects(unittest.TestCase):
 
 
 class Handles(unittest.TestCase):
+    def test_equality(self):
+        with qvs.Snapshot() as host:
+            switch, other = host.switch("sw1"), host.create_switch("other", ports=1)
+            self.assertNotEqual(switch, host.switch("sw1"))  # the snapshot was loaded again: the first one is void
+            switch = host.switch("sw1")
+            self.assertEqual({switch, *host.switches, other}, set(host.switches))
+            self.assertIn(switch.port("port0"), set(switch.ports))
+            self.assertEqual(switch.ports.index(switch.port("port1")), 3)
+            self.assertNotEqual(switch.port("port0"), other.port("port0"))
+            self.assertNotEqual(switch, switch.port("port0"))
+            self.assertNotEqual(switch, "sw1")
+            other.destroy()
+
     def test_what_cannot_be_assigned(self):
         with qvs.Snapshot() as host:
             switch, port = host.switch("sw1"), host.switch("sw1").port("port0")
