@@ -27,6 +27,8 @@ from qvs.errors import (
 from qvs.snapshot import Snapshot
 from qvs.switch import Port, Switch, Uplink
 
+__version__ = "1.0.0"
+
 __all__ = [
     "BadParameter",
     "Error",
@@ -45,6 +47,7 @@ __all__ = [
     "Switch",
     "Uplink",
     "Vlan",
+    "__version__",
     "config",
     "constants",
     "kernel",

@@ -21,10 +21,10 @@ import qvs
 with qvs.Snapshot() as host:
     switch = host.create_switch("sw1", ports=1)
     security = switch.port("port0").security
-    print(qvs.__file__, security)
+    print(qvs.__file__, qvs.__version__, security)
 END
 qvs-host run -- env/bin/python -I agent.py >out
-grep -qx "$PWD/env/lib/python3[.0-9]*/site-packages/qvs/__init__.py 1" out || fail "the program prints $(cat out)"
+grep -qx "$PWD/env/lib/python3[.0-9]*/site-packages/qvs/__init__.py 1\.0\.0 1" out || fail "the program prints $(cat out)"
 (cd "$QVS_SOURCE/python/qvs" && ls ./*.py py.typed) >expected
 (cd env/lib/python3*/site-packages/qvs && ls ./*.py py.typed) | diff expected - || fail "a file is missing"
 
