@@ -2,7 +2,7 @@
 # Manual pages that no program prints: of the headers, of files, and those of docs/man. They stand beside those of the
 # programs, so that `man` finds all of them when the programs of the build tree are in the PATH. Without Python, only
 # those of docs/man are made.
-find_package(Python3 COMPONENTS Interpreter)
+find_program(QVS_PYTHON python3)
 set(manuals ${CMAKE_BINARY_DIR}/${CMAKE_INSTALL_DATADIR}/man)
 set(script ${PROJECT_SOURCE_DIR}/scripts/manual-pages)
 set(modules ${PROJECT_SOURCE_DIR}/scripts/headers.py ${PROJECT_SOURCE_DIR}/scripts/roff.py)
@@ -10,10 +10,10 @@ set(pages)
 
 # qvs_manual_pages(OUTPUT WORDS SOURCE...): a page, and others, that the script writes when it is run with these words.
 function(qvs_manual_pages output words)
-    if(Python3_FOUND)
+    if(QVS_PYTHON)
         add_custom_command(
             OUTPUT ${manuals}/${output}
-            COMMAND ${Python3_EXECUTABLE} ${script} ${PROJECT_VERSION} ${QVS_DATE} ${words} ${manuals}
+            COMMAND python3 ${script} ${PROJECT_VERSION} ${QVS_DATE} ${words} ${manuals}
             DEPENDS ${script} ${modules} ${ARGN}
             COMMENT "Writing ${output}"
             VERBATIM)
