@@ -117,6 +117,12 @@ def word(name: str, value: int) -> int:
         return between(value, ctypes.c_uint32)
 
 
+def flag(name: str, value: bool, number: int = 1) -> int:
+    """The number of a flag that is set, or 0. A text would be true, even "no"."""
+    with named(name):
+        return number if of_type(bool, value) else 0
+
+
 @contextmanager
 def named(name: str) -> Iterator[None]:
     """Says what a value is wrong for."""

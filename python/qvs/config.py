@@ -14,7 +14,7 @@ from enum import IntEnum
 
 from qvs import constants, lib
 from qvs._gate import gate
-from qvs._load import copied, from_text, octets, to_text, word
+from qvs._load import copied, flag, from_text, octets, to_text, word
 from qvs.errors import check
 
 
@@ -76,13 +76,13 @@ def _document(text: str | bytes) -> tuple[bytes, int]:
 
 
 def _flags(prune: bool, strict: bool) -> int:
-    return (constants.QVSCONFIG_PRUNE if prune else 0) | (constants.QVSCONFIG_STRICT if strict else 0)
+    return flag("prune", prune, constants.QVSCONFIG_PRUNE) | flag("strict", strict, constants.QVSCONFIG_STRICT)
 
 
 def export(*aliases: str, json: bool = False, defaults: bool = False) -> str:
     """The document of these switches, or of all. `defaults`: also with the values that hold where nothing is stored."""
     names = (ctypes.c_char_p * len(aliases))(*map(from_text, aliases))
-    flags = (constants.QVSCONFIG_JSON if json else 0) | (constants.QVSCONFIG_DEFAULTS if defaults else 0)
+    flags = flag("json", json, constants.QVSCONFIG_JSON) | flag("defaults", defaults, constants.QVSCONFIG_DEFAULTS)
     text = ctypes.c_void_p()
     try:
         _run("export", lib.QVSConfig_Export, names if aliases else None, len(aliases), flags, ctypes.byref(text))

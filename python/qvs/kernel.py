@@ -15,7 +15,7 @@ from typing import Any
 from qvs import constants as sizes
 from qvs import lib
 from qvs._gate import gate
-from qvs._load import copied, from_text
+from qvs._load import copied, flag, from_text
 from qvs.errors import Failure, check
 
 _free = ctypes.CDLL(None).free
@@ -25,7 +25,7 @@ _usable_size.argtypes, _usable_size.restype = [ctypes.c_void_p], ctypes.c_size_t
 
 
 def _arguments(names: tuple[str | int, ...]) -> list[bytes | int]:
-    return [from_text(name) if isinstance(name, str) else name for name in names]
+    return [name if isinstance(name, int) else from_text(name) for name in names]
 
 
 def _copy(address: int | None, head: int, entry: int) -> list[bytes]:
@@ -142,7 +142,7 @@ def uplink_is_up(portset: str, uplink: str) -> bool:
 
 def set_uplink_up(portset: str, uplink: str, up: bool) -> None:
     """Sets the administrative state of an uplink."""
-    status = lib.VSHYP_SetUplinkAdminLinkState(from_text(portset), from_text(uplink), 1 if up else 0)
+    status = lib.VSHYP_SetUplinkAdminLinkState(from_text(portset), from_text(uplink), flag("up", up))
     check(status, f"uplink {uplink!r} of portset {portset!r}")
 
 

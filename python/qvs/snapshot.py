@@ -17,7 +17,7 @@ from types import TracebackType
 from qvs import constants, lib
 from qvs._gate import gate
 from qvs._handle import walk
-from qvs._load import copied, from_text, optional, to_text, word
+from qvs._load import copied, flag, from_text, optional, to_text, word
 from qvs.errors import NotFound, StaleHandle, check
 from qvs.switch import Switch
 
@@ -98,7 +98,7 @@ class Snapshot:
         words = [word(name, number) for name, number in numbers.items()]
         names = (from_text(alias), optional(id), optional(portset))
         with self._use():
-            status = lib.VSDVS_CreateVSwitch(*names, word("version", version), opaque, *words)
+            status = lib.VSDVS_CreateVSwitch(*names, word("version", version), flag("opaque", opaque), *words)
         check(status, f"switch {alias!r}")
         self.reload()
         return self.switch(alias)

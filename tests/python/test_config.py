@@ -83,5 +83,7 @@ class Config(unittest.TestCase):
                     self.assertTrue(error.problems)
         for value in (5, [1, 2], None, 1.5):
             self.assertRaises(TypeError, qvs.config.validate, value)
+        with self.assertRaisesRegex(TypeError, "prune: 'no' is not of the type bool"):
+            qvs.config.apply("switches: {}\n", prune="no")
         self.assertRaises(ValueError, qvs.config.apply, DOCUMENT, confirm=-1)
         self.assertRaises(ValueError, qvs.config.export, "a\0b")

@@ -249,6 +249,12 @@ class Objects(unittest.TestCase):
                          lambda: host.switch("sw1").add_port("p", -1), lambda: host.create_switch("n", ports=1 << 32),
                          lambda: host.switch("sw1").add_uplink("u" * 48)]:
                 self.assertRaises(ValueError, call)
+            for call in [lambda: host.switch(None), lambda: host.create_switch("n", opaque="no"),
+                         lambda: host.create_switch("n", ports=1.0), lambda: host.switch("sw1").add_port("p", "1"),
+                         lambda: qvs.kernel.ports(None), lambda: qvs.kernel.set_uplink_up("sw1", "uplink0", "no"),
+                         lambda: qvs.kernel.port_info("sw1", 5)]:
+                self.assertRaises(TypeError, call)
+            self.assertRaises(ValueError, qvs.kernel.mac_table, "sw1", 256)
             self.assertFalse(os.path.exists("x"))
 
     def test_two_switches_with_one_alias(self):
