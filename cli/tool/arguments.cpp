@@ -227,7 +227,8 @@ void requireConsistent(const Command &command, const Arguments &arguments) {
         // The command checks the bounds.
         const bool isNumber = option.value != nullptr && option.value == std::string_view("N");
         if (given && isNumber && command.check == nullptr && !parseWideNumber(arguments.text(option.name)))
-            fail(Exit::Usage, "{}: {} is not a number of 0 or more", option.name, inQuotes(arguments.text(option.name)));
+            fail(Exit::Usage, "{}: {} is not a number of 0 or more", option.name,
+                 inQuotes(arguments.text(option.name)));
         if (given && option.needs != nullptr && !arguments.given(option.needs))
             fail(Exit::Usage, "{} needs {}", option.name, option.needs);
     }
