@@ -10,6 +10,8 @@ extern const std::span<const Command> kShowCommands;
 extern const std::span<const Command> kPortStatsCommands;
 extern const std::span<const Command> kNicCommands;
 extern const std::span<const Command> kTopCommands;
+extern const std::span<const Command> kTeamingStatsCommands;
+extern const std::span<const Command> kIpfixStatsCommands;
 extern const std::span<const Command> kMetricsCommands;
 extern const std::span<const Command> kTopologyCommands;
 

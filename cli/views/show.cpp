@@ -129,7 +129,7 @@ void addUplinks(Branch &root, const SwitchFacts &facts) {
             const PortFacts &port = facts.ports[*uplink.port];
             details = shown(portDetails(port));
             if (portState(port) == "blocked")
-                details = stateCell("blocked") + (details.empty() ? "" : "; ") + details;
+                details.insert(0, stateCell("blocked") + (details.empty() ? "" : "; "));
         }
         rows.push_back({shown(uplink.name), shown(uplink.nic.value_or("")), std::move(link), std::move(speed),
                         std::move(details)});

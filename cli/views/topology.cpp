@@ -33,6 +33,7 @@ std::string vlanTitle(std::string_view vlan) {
 
 std::string policyNames(const std::vector<Policy> &policies) {
     std::vector<std::string_view> names;
+    names.reserve(policies.size());
     for (const Policy &policy : policies)
         names.push_back(policy.name());
     std::ranges::sort(names);

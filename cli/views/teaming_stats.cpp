@@ -7,9 +7,9 @@
 
 #include "access/library.h"
 #include "access/opaque.h"
-#include "commands/nouns.h"
 #include "config/library/snapshot.h"
 #include "tool/output.h"
+#include "views/nouns.h"
 
 namespace qvs::cli {
 namespace {

@@ -7,10 +7,10 @@
 
 #include "access/library.h"
 #include "access/opaque.h"
-#include "commands/nouns.h"
 #include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
+#include "views/nouns.h"
 
 namespace qvs::cli {
 namespace {
