@@ -196,25 +196,26 @@ void multicastGroups(Scrape &scrape, const Running &sw) {
                                                          sw.portset.c_str(), uint32_t{0}, family.type));
 }
 
+// A record of statistics that a switch has one of.
+template <auto size, auto Function>
+void addStatistics(Scrape &scrape, const Running &sw, const RecordKind &kind) {
+    const auto stats = statsOf<size, Function>(named(sw.alias) + ": " + kind.label, sw.portset.c_str());
+    scrape.addRecord(kind, stats, sw.labels);
+}
+
 void learning(Scrape &scrape, const Running &sw) {
-    constexpr RecordKind kKind{"learning-info", "info", "statistics of MAC learning"};
-    const auto info = statsOf<VSHYP_MAC_LEARNING_INFO_SIZE, VSHYP_GetSwitchMACLearningInfo>(
-        named(sw.alias) + ": " + kKind.label, sw.portset.c_str());
-    scrape.addRecord(kKind, info, sw.labels);
+    addStatistics<VSHYP_MAC_LEARNING_INFO_SIZE, VSHYP_GetSwitchMACLearningInfo>(
+        scrape, sw, {"learning-info", "info", "statistics of MAC learning"});
 }
 
 void teaming(Scrape &scrape, const Running &sw) {
-    constexpr RecordKind kKind{"teaming-stats", "stats", "statistics of teaming"};
-    const auto stats = statsOf<VSHYP_SERVICE_PORT_TEAMING_STATS_SIZE, VSHYP_GetServicePortTeamingStats>(
-        named(sw.alias) + ": " + kKind.label, sw.portset.c_str());
-    scrape.addRecord(kKind, stats, sw.labels);
+    addStatistics<VSHYP_SERVICE_PORT_TEAMING_STATS_SIZE, VSHYP_GetServicePortTeamingStats>(
+        scrape, sw, {"teaming-stats", "stats", "statistics of teaming"});
 }
 
 void rarp(Scrape &scrape, const Running &sw) {
-    constexpr RecordKind kKind{"rarp-stats", "stats", "statistics of reverse ARP"};
-    const auto stats = statsOf<VSHYP_RARP_STATS_SIZE, VSHYP_GetRARPStats>(
-        named(sw.alias) + ": " + kKind.label, sw.portset.c_str());
-    scrape.addRecord(kKind, stats, sw.labels);
+    addStatistics<VSHYP_RARP_STATS_SIZE, VSHYP_GetRARPStats>(
+        scrape, sw, {"rarp-stats", "stats", "statistics of reverse ARP"});
 }
 
 void mirrors(Scrape &scrape, const Running &sw) {
