@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+// One switch of the data path: decides for each frame which ports receive it, and in which form. It knows no
+// sockets and no clock, so that tests run it with frames and times of their own.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include "datapath/frame.h"
+#include "datapath/shared.h"
+
+namespace qvs::policy {
+struct SwitchT;  // of policy.fbs
+}
+
+namespace qvs::datapath {
+
+// Milliseconds of a clock that never goes back.
+using Time = uint64_t;
+
+// What a switch asks of its surroundings.
+struct Surroundings {
+    // Sends a frame out of a port. Returns false if the receiver does not read, and the frame is dropped.
+    std::function<bool(uint32_t port, const Frame &frame)> send;
+    // Tells that an address was learnt behind a port or moved to it (true), or is gone (false).
+    std::function<void(MacAddress address, uint16_t vlan, uint32_t port, bool here)> learnt;
+    // Tells that a port joined a group (true) or left it (false).
+    std::function<void(uint32_t port, std::span<const uint8_t> group, bool joined)> joined;
+    Slot *slots = nullptr;
+};
+
+class Switch {
+  public:
+    explicit Switch(Surroundings surroundings);
+    ~Switch();
+
+    // Replaces the policies. What was learnt stays, as far as the new policies allow it.
+    void configure(std::unique_ptr<policy::SwitchT> policy, Time now);
+    // A frame arrives from a port.
+    void receive(uint32_t port, const Frame &frame, Time now);
+    // The link of an attachment changed.
+    void setCarrier(uint32_t port, bool up, Time now);
+    // The adapter of a client changed its address.
+    void setAddress(uint32_t port, MacAddress address, Time now);
+    // Does what time brings: addresses expire, memberships expire, reverse ARP is repeated. Returns when it
+    // wants to be called again.
+    Time tick(Time now);
+
+  private:
+    class State;
+    std::unique_ptr<State> state_;
+};
+
+}  // namespace qvs::datapath
