@@ -201,8 +201,8 @@ std::optional<Value> expressed(const Setting &setting, const StoredView &stored,
     if (!value || !problemOf(setting, *value).empty()) return std::nullopt;
     const Stored again = setting.encode(*value, {}, target);
     for (size_t i = 0; i < kMostKeys; i++) {
-        if (again[i].has_value() != stored[i].has_value()) return std::nullopt;
-        if (stored[i] && !std::ranges::equal(*stored[i], *again[i])) return std::nullopt;
+        const bool same = stored[i] ? again[i] && std::ranges::equal(*stored[i], *again[i]) : !again[i];
+        if (!same) return std::nullopt;
     }
     return value;
 }

@@ -72,6 +72,7 @@ The kernel's counts are not trusted, and its texts need not end.
 
 Clearing that did not happen is no success.
 
+  $ qvs-host fault add HostPropGet --status 0xbad0004; qvs uplink list sw1; qvs-host fault clear  => qvs: switch 'sw1': Busy (0xbad0004)
   $ qvs-host fault add GlobalPropClear --forever --status 0xbad0014; qvs uplink clear sw1; qvs-host fault clear  => qvs: switch 'sw1': uplink lists: Failure (0xbad0001)
 
 A host whose state cannot be loaded is not an empty host.

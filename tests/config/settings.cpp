@@ -419,6 +419,7 @@ TEST_F(Settings, RecordsAreComparedToTheByte) {
         {"privateVlans", {hex("6400 6500 02 000001")}, Fate::Refused},
         {"port/vlan", {hex("0800 0a00 0000 0000")}, Fate::Refused},
         {"port/vlan", {hex("0400 0a00 0000 0000")}, Fate::Refused},
+        {"port/vlan", {hex("0000 0a00 0000 0000"), hex("03000000")}, Fate::Refused},
         {"port/macLearning", {hex("01 01 00 00100000 00000000")}, Fate::Refused},
         {"port/filter", {hex("02000000 0000") + zeros(191) + hex("010000")}, Fate::Refused},
         {"host/mirrorSessions", {kList + "x"}, Fate::Refused},
