@@ -27,7 +27,7 @@ from qvs.errors import (
 from qvs.snapshot import Snapshot
 from qvs.switch import Port, Switch, Uplink
 
-__version__ = "1.0.0"
+__version__ = "1.1.0"
 
 __all__ = [
     "BadParameter",

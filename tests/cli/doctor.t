@@ -18,7 +18,7 @@ Each check fails once, and says how to correct it.
   $ qvs-host fault clear; chmod o+w $QVS_HOST_STATE; qvs doctor | sed -n "s,'/[^']*',DIR,;/locks/p"; chmod o-w $QVS_HOST_STATE
   warning  locks: no lock in DIR: anybody may write to it; concurrent runs may overwrite each other's changes. Make it a directory that only root or this user may write to
   $ bin=$(dirname "$(command -v qvs)"); mkdir old; cp -L "$bin/../lib/libqvs.so.1" old/libqvs.so.0.9.9; ln -s libqvs.so.0.9.9 old/libqvs.so.1; LD_LIBRARY_PATH=$PWD/old:$LD_LIBRARY_PATH qvs doctor | sed -n "s,(/[^)]*),FILE,;/versions/p"
-  warning  versions: qvs 1.0.0 runs with libqvs 0.9.9 FILE; install both from one release
+  warning  versions: qvs 1.1.0 runs with libqvs 0.9.9 FILE; install both from one release
   $ LD_LIBRARY_PATH=$(dirname "$(command -v qvs)")/../tests/dump/without-states:$LD_LIBRARY_PATH qvs doctor | sed -n "s,/[^ ]*/,,;/state library/p"
   warning  state library: libmeshPublic.so lacks the optional symbol DVS_PortState; qvs dump shows no states of ports. Install the state library of a newer hypercore if you need them
   $ as=; [ $(id -u) != 0 ] || as='setpriv --reuid 65534 --clear-groups'; qvs-host fault add 'device open' --errno EACCES --forever; $as qvs doctor | sed -n 's/user [0-9]*/user N/;/permissions/p'; qvs-host fault clear

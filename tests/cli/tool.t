@@ -9,7 +9,7 @@ Without a host.
 
 Usage.
 
-  $ qvs --version  => qvs 1.0.0
+  $ qvs --version  => qvs 1.1.0
   $ qvs 2>&1 | head -n 1; qvs >/dev/null 2>&1  => [2] usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
   $ qvs switch 2>&1 | head -n 1  => qvs switch: distributed switches
   $ codes=; for words in nix 'switch nix' '--nix switch list' 'switch list --nix' 'port add sw1' 'port list sw1 more' 'port add sw1 p --connect-id 1 --connect-id 2'; do qvs $words; codes="$codes $?"; done; echo $codes
@@ -57,7 +57,7 @@ Help, manual and completion come from the table.
   $ qvs switch --help | sed -n 3p
     qvs switch create        create a switch, its uplinks uplink0, uplink1... and its ports port0, port1...
   $ qvs manual | sed -n '1,5p'
-  .TH QVS 1 2026-11-22 "qvs 1.0.0" "User Commands"
+  .TH QVS 1 2026-11-22 "qvs 1.1.0" "User Commands"
   .SH NAME
   qvs \- control the distributed virtual switches of a hypervisor host
   .SH SYNOPSIS
@@ -65,7 +65,7 @@ Help, manual and completion come from the table.
   $ qvs help all | grep -c '^  --'  => 5
   $ pages() { qvs manual --names | while read -r noun; do qvs manual $noun; done; }; pages >pages; qvs help all | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; grep -qF "${command//-/\\-}" pages || echo "$command"; done
   $ qvs manual nic
-  .TH QVS\-NIC 1 2026-11-22 "qvs 1.0.0" "User Commands"
+  .TH QVS\-NIC 1 2026-11-22 "qvs 1.1.0" "User Commands"
   .SH NAME
   qvs\-nic \- physical NICs of uplinks
   .SH SYNOPSIS
@@ -182,7 +182,7 @@ The launcher's own words.
   qvs-host: --trace: the name of a file is empty
   qvs-host: --max-state-mib: '' is not a number of 0 or more
   qvs-host: --max-state-mib: '0' is not a number from 1 to 4294967295
-  qvs-host 1.0.0
+  qvs-host 1.1.0
   usage: qvs-host COMMAND [ARGUMENT...] [OPTION...]
   qvs-host: unexpected argument: 'true'; COMMAND goes behind --
   qvs-host: usage: qvs-host run [--state DIR] [--lab LAB] [--trace FILE] [--max-state-mib N] -- COMMAND...

@@ -1,7 +1,7 @@
 The path of a newcomer on a minimal system where the packages have just been installed.
 
   $ qvs --version
-  qvs 1.0.0
+  qvs 1.1.0
   $ man -w qvs-port libqvs | sed 's|.*/||; s/\.gz$//'; MANWIDTH=80 man qvs-nic | sed -n '3,5p'
   qvs-port.1
   libqvs.7

@@ -13,7 +13,7 @@ done
 cp -r "$QVS_SOURCE/python" source
 "$python" -m pip wheel --quiet --no-cache-dir --no-build-isolation --no-index --no-deps -w . ./source
 "$python" -m venv env
-env/bin/pip install --quiet --no-cache-dir --no-index ./qvs-1.0.0-py3-none-any.whl
+env/bin/pip install --quiet --no-cache-dir --no-index ./qvs-1.1.0-py3-none-any.whl
 
 cat >agent.py <<'END'
 import qvs
@@ -24,7 +24,7 @@ with qvs.Snapshot() as host:
     print(qvs.__file__, qvs.__version__, security)
 END
 qvs-host run -- env/bin/python -I agent.py >out
-grep -qx "$PWD/env/lib/python3[.0-9]*/site-packages/qvs/__init__.py 1\.0\.0 1" out || fail "the program prints $(cat out)"
+grep -qx "$PWD/env/lib/python3[.0-9]*/site-packages/qvs/__init__.py 1\.1\.0 1" out || fail "the program prints $(cat out)"
 (cd "$QVS_SOURCE/python/qvs" && ls ./*.py py.typed) >expected
 (cd env/lib/python3*/site-packages/qvs && ls ./*.py py.typed) | diff expected - || fail "a file is missing"
 
