@@ -46,8 +46,13 @@ set(QVS_PC_INCLUDEDIR ${PROJECT_SOURCE_DIR}/include)
 configure_file(cmake/qvs.pc.in ${CMAKE_BINARY_DIR}/pkgconfig/qvs.pc @ONLY)
 configure_file(cmake/qvs-config.pc.in ${CMAKE_BINARY_DIR}/pkgconfig/qvs-config.pc @ONLY)
 
-install(FILES README.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
-install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
-    PATTERN man EXCLUDE PATTERN site.css EXCLUDE)
-# The site, if scripts/site has built it.
-install(DIRECTORY build/site/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/html COMPONENT documentation OPTIONAL)
+# The site if scripts/site has built it, else the pages of which it is made.
+install(CODE "set(site ${PROJECT_SOURCE_DIR}/build/site)
+set(documents \${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DOCDIR})
+if(EXISTS \${site}/index.html)
+    file(INSTALL \${site}/ DESTINATION \${documents}/html)
+else()
+    file(INSTALL ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/SECURITY.md DESTINATION \${documents})
+    file(INSTALL ${PROJECT_SOURCE_DIR}/docs DESTINATION \${documents}
+        PATTERN man EXCLUDE PATTERN theme EXCLUDE PATTERN site.css EXCLUDE)
+endif()" COMPONENT documentation)

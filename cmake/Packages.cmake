@@ -19,6 +19,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/finish-packages.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/correct-sizes.cmake)
 
 # qvs_package(COMPONENT PACKAGE SECTION DEPENDS SUMMARY TEXT): the package of a component. In DEPENDS, commas separate
 # packages, and @ stands for " (= this version)". The lines of TEXT have at most 79 characters.
@@ -33,7 +34,11 @@ function(qvs_package component package section depends summary text)
     set(CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS "${depends}" PARENT_SCOPE)
     set(CPACK_COMPONENT_${upper}_DESCRIPTION "${summary}\n${text}" PARENT_SCOPE)
     if(section STREQUAL libs)
-        set(CPACK_DEBIAN_${upper}_PACKAGE_CONTROL_EXTRA "${CMAKE_CURRENT_SOURCE_DIR}/cmake/debian/triggers" PARENT_SCOPE)
+        # finish-packages.cmake writes the symbols.
+        set(symbols ${CMAKE_BINARY_DIR}/CMakeFiles/${package}/symbols)
+        set(CPACK_DEBIAN_${upper}_SYMBOLS ${symbols} PARENT_SCOPE)
+        set(CPACK_DEBIAN_${upper}_PACKAGE_CONTROL_EXTRA
+            "${CMAKE_CURRENT_SOURCE_DIR}/cmake/debian/triggers;${symbols}" PARENT_SCOPE)
     endif()
 endfunction()
 
@@ -77,7 +82,7 @@ qvs_package(host qvs-host utils "libmesh-public-reference@"
 kernel, its devices and its shell, without privileges. It is for trying
 out and testing agents.")
 set(CPACK_DEBIAN_HOST_PACKAGE_RECOMMENDS "qvs")
-qvs_package(python python3-qvs python "libqvs1@, python3:any"
+qvs_package(python python3-qvs python "libqvs1@, python3:any (>= 3.11)"
     "Python module for virtual switches"
     "The module qvs controls the distributed virtual switches of a hypervisor
 host from Python: switches, ports, policies, documents and tables of the

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Finishes the files of each package before cpack makes it: search paths of libraries that are not needed in a package
-# are removed, manual pages are compressed, and copyright, changelogs and overrides of lintian are added.
+# are removed, manual pages are compressed, and the symbols of libraries, copyright, changelogs, the registration of
+# documents and overrides of lintian are added.
 file(GLOB roots ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*)
 set(source ${CMAKE_CURRENT_LIST_DIR}/..)
 
@@ -34,12 +35,23 @@ foreach(root IN LISTS roots)
         endif()
     endforeach()
 
+    if(CPACK_DEBIAN_${upper}_SYMBOLS)
+        file(GLOB libraries ${usr}/lib/lib*.so*)
+        list(FILTER libraries EXCLUDE REGEX "\\.so\\.[0-9]+$")
+        get_filename_component(directory ${CPACK_DEBIAN_${upper}_SYMBOLS} DIRECTORY)
+        file(MAKE_DIRECTORY ${directory})
+        # Fails when a function of the list is no longer there.
+        execute_process(COMMAND dpkg-gensymbols -c4 -q -p${package} -v${CPACK_PACKAGE_VERSION} -e${libraries}
+            -I${source}/cmake/debian/${package}.symbols -O${CPACK_DEBIAN_${upper}_SYMBOLS} COMMAND_ERROR_IS_FATAL ANY)
+    endif()
+
     set(documentation ${usr}/share/doc/${package})
     configure_file(${source}/cmake/debian/copyright ${documentation}/copyright COPYONLY)
     configure_file(${source}/CHANGELOG.md ${documentation}/changelog COPYONLY)
     configure_file(${source}/cmake/debian/changelog.in ${documentation}/changelog.Debian @ONLY)
-    # What the site takes from other projects keeps their terms.
     if(EXISTS ${usr}/share/doc/qvs/html)
+        configure_file(${source}/cmake/debian/${package}.doc-base ${usr}/share/doc-base/${package}.${package} COPYONLY)
+        # What the site takes from other projects keeps their terms.
         foreach(other IN ITEMS mkdocs sphinx-rtd-theme-common libjs-jquery libjs-modernizr libjs-lunr fonts-font-awesome)
             if(EXISTS /usr/share/doc/${other}/copyright)
                 configure_file(/usr/share/doc/${other}/copyright ${documentation}/html/${other} COPYONLY)
@@ -52,6 +64,6 @@ foreach(root IN LISTS roots)
         configure_file(${source}/cmake/debian/${package}.lintian-overrides
             ${usr}/share/lintian/overrides/${package} COPYONLY)
     endif()
-    file(GLOB_RECURSE files LIST_DIRECTORIES false ${usr}/share/doc/* ${usr}/share/lintian/*)
+    file(GLOB_RECURSE files LIST_DIRECTORIES false ${usr}/share/doc/* ${usr}/share/doc-base/* ${usr}/share/lintian/*)
     file(CHMOD ${files} PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 endforeach()

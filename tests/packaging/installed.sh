@@ -13,20 +13,28 @@ files() { find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /tmp 
     -o -path /var/lib/apt -o -path /var/lib/dpkg -o -path /var/log -o -path /etc/ld.so.cache \) -prune -o -print | sort; }
 
 apt update
-# The version before: the same files under another number.
+# The version before: nearly the same files under another number.
+version=$(dpkg-deb -f "$packages"/libqvs1_*.deb Version)
 mkdir /tmp/before
 for package in "$packages"/*.deb; do
     rm -rf /tmp/unpacked
     dpkg-deb -R "$package" /tmp/unpacked
-    sed -i "s/1\.0\.0-0qvs1/0.9.0-0qvs1/g" /tmp/unpacked/DEBIAN/control
+    sed -i "s/${version//./\\.}/1.0.0-0qvs1/g" /tmp/unpacked/DEBIAN/control
+    library=/tmp/unpacked/usr/lib/libqvs.so
+    if [ -e "$library.${version%-*}" ]; then
+        mv "$library.${version%-*}" "$library.1.0.0"
+        ln -sf libqvs.so.1.0.0 "$library.1"
+    fi
     dpkg-deb -b /tmp/unpacked /tmp/before >/dev/null
 done
 mapfile -t names < <(for package in "$packages"/*.deb; do dpkg-deb -f "$package" Package; done)
 
 # What the packages depend on stays, so that the lists of files can be compared.
-apt install --no-install-recommends /tmp/before/*.deb
+apt install --no-install-recommends "$packages"/*.deb
 dpkg-query -W -f '${Package}\n' | xargs apt-mark manual >/dev/null
 files >/tmp/with
+size=$(dpkg-query -W -f '${Installed-Size}\n' "${names[@]}" | awk '{ total += $1 } END { print total }')
+[ "$((size * 1024))" -lt 12000000 ] || fail "the packages take $size kB"
 # What the tool stores on a machine goes with a purge.
 mkdir -p /var/lib/qvs/checkpoints
 apt purge "${names[@]}"
@@ -35,6 +43,7 @@ for name in "${names[@]}"; do ! dpkg-query -W "$name" 2>/dev/null || fail "$name
 [ -z "$(grep -E 'qvs|libmesh|treesh' /tmp/without | grep -v "^$PWD")" ] || fail "files of the packages remain"
 
 apt install --no-install-recommends /tmp/before/*.deb
+[ -e /usr/lib/libqvs.so.1.0.0 ] || fail "the version before is not installed"
 apt install --no-install-recommends "$packages"/*.deb
 files >/tmp/upgraded
 cmp /tmp/with /tmp/upgraded || fail "an upgrade leaves other files than an installation"
@@ -50,4 +59,4 @@ apt install --no-install-recommends gcc g++ libc6-dev pkg-config golang-go man-d
 cd /home/tester
 as_tester SOURCE="$source" LC_ALL=C.UTF-8 bash "$source/cli/transcript" "$source/packaging/newcomer.t" ||
     fail "a newcomer sees something else"
-echo "installed: ${#names[@]} packages, $(du -ck "$packages"/*.deb | tail -n 1 | cut -f 1) kB"
+echo "installed: ${#names[@]} packages, $size kB, downloads: $(du -ck "$packages"/*.deb | tail -n 1 | cut -f 1) kB"

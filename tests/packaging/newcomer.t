@@ -24,6 +24,9 @@ The path of a newcomer on a minimal system where the packages have just been ins
 
 Programs in C, C++, Go and Python.
 
+  $ python3 -c 'import importlib.metadata, qvs; print(importlib.metadata.version("qvs"), qvs.__version__)'
+  1.1.0 1.1.0
+
   $ gcc -std=c99 -Werror "$SOURCE/packaging/program.c" -o program-c $(pkg-config --cflags --libs qvs) && qvs-host run -- ./program-c && echo works
   works
   $ g++ -std=c++17 -Werror "$SOURCE/config/consumer.cpp" -o program-cpp $(pkg-config --cflags --libs qvs-config) && qvs-host run -- ./program-cpp
