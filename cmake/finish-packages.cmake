@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Finishes the files of each package before cpack makes it: search paths of libraries that are not needed in a package
-# are removed, manual pages are compressed, and the symbols of libraries, copyright, changelogs, the registration of
-# documents and overrides of lintian are added.
+# are removed, manual pages are compressed, completions of zsh are moved, and the symbols of libraries, copyright,
+# changelogs, the registration of documents and overrides of lintian are added.
 file(GLOB roots ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*)
 set(source ${CMAKE_CURRENT_LIST_DIR}/..)
 
@@ -34,6 +34,11 @@ foreach(root IN LISTS roots)
             endif()
         endif()
     endforeach()
+
+    # Where zsh of Debian looks for completions of packages.
+    if(EXISTS ${usr}/share/zsh/site-functions)
+        file(RENAME ${usr}/share/zsh/site-functions ${usr}/share/zsh/vendor-completions)
+    endif()
 
     if(CPACK_DEBIAN_${upper}_SYMBOLS)
         file(GLOB libraries ${usr}/lib/lib*.so*)

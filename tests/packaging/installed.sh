@@ -55,8 +55,20 @@ for page in man1/qvs.1 man1/qvs-port.1 man1/qvs-host.1 man1/treesh.1 man3/qvs_vs
 done
 
 # What a newcomer does, and programs in four languages.
-apt install --no-install-recommends gcc g++ libc6-dev pkg-config golang-go man-db bash-completion
+apt install --no-install-recommends gcc g++ libc6-dev pkg-config golang-go man-db bash-completion zsh
 cd /home/tester
 as_tester SOURCE="$source" LC_ALL=C.UTF-8 bash "$source/cli/transcript" "$source/packaging/newcomer.t" ||
     fail "a newcomer sees something else"
+# The state library of a hypervisor takes the place of the reference. The tool stays, and the emulated host goes.
+mkdir -p /tmp/own/DEBIAN /tmp/own/usr/lib
+cp -L /usr/lib/libmeshPublic.so /tmp/own/usr/lib
+printf '%s: %s\n' Package libmesh-public-own Version 1 Architecture "$(dpkg --print-architecture)" Maintainer nobody \
+    Description 'state library' Provides libmesh-public Conflicts libmesh-public Replaces libmesh-public \
+    >/tmp/own/DEBIAN/control
+dpkg-deb -b /tmp/own /tmp/own.deb >/dev/null
+apt install /tmp/own.deb
+[ ! -e /usr/bin/qvs-host ] || fail "the emulated host stays without its state library"
+status=0
+as_tester qvs switch list 2>/tmp/out || status=$?
+[ $status -eq 5 ] || fail "with another state library, the tool ends with status $status: $(cat /tmp/out)"
 echo "installed: ${#names[@]} packages, $size kB, downloads: $(du -ck "$packages"/*.deb | tail -n 1 | cut -f 1) kB"

@@ -18,6 +18,8 @@ The path of a newcomer on a minimal system where the packages have just been ins
      `- port0, port1 (2 ports)  free
   $ qvs-host run --state lab -- bash -c '. /usr/share/bash-completion/completions/qvs; COMP_WORDS=(qvs port show sw1 po); COMP_CWORD=4; _qvs; echo "${COMPREPLY[@]}"'
   port0 port1
+  $ zsh -fc 'autoload -U compinit; compinit -D; echo $_comps[qvs] $_comps[qvs-host]'
+  _qvs _qvs-host
   $ qvs-host run --state lab -- qvs export >sw1.yaml; qvs-host run -- sh -c 'qvs apply sw1.yaml --yes | tail -n 1; qvs diff sw1.yaml && echo the same'
   sw1/uplink1: changed
   the same
