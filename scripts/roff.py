@@ -5,8 +5,8 @@ import textwrap
 
 # Documents that are manual pages, too.
 PAGES = {"lab.md": "qvs-lab(5)", "layouts.md": "qvs-layout(5)", "configuration.md": "qvs-document(5)"}
-# Where the others are.
-DOCUMENTS = "/usr/share/doc/qvs/docs/"
+# Where the others are, as pages of the site.
+DOCUMENTS = "/usr/share/doc/qvs/html/"
 # What mandoc and readers of the source expect of a line, less the escape that may precede its text.
 BYTES = 78
 # What a terminal of 80 columns has room for, less the indent of a page.
@@ -44,9 +44,9 @@ def inline(text):
             shown = bold(page.partition("(")[0]) + page[-3:]
             result += shown if link.endswith(".md") else f"{inline(link)} in {shown}"
         else:
-            document = link and re.fullmatch(r"(\w+\.md)(#.*)?", target)
+            document = link and re.fullmatch(r"([\w-]+)\.md(?:#.*)?", target)
             result += (bold(word) if word else
-                       italic(emphasis or (DOCUMENTS + document.group(1) if document else link.strip("`"))))
+                       italic(emphasis or (f"{DOCUMENTS}{document.group(1)}.html" if document else link.strip("`"))))
     return result + escaped(text[end:])
 
 

@@ -53,6 +53,9 @@ for page in man1/qvs.1 man1/qvs-port.1 man1/qvs-host.1 man1/treesh.1 man3/qvs_vs
     man5/qvs-layout.5 man7/libqvs.7; do
     gzip -t "/usr/share/man/$page.gz" || fail "no manual page $page"
 done
+zcat /usr/share/man/man?/* | grep -oE '/usr/share/doc/qvs/[^\\]*' | sort -u >/tmp/named
+[ -s /tmp/named ] || fail "no manual page names a document"
+while read -r file; do [ -f "$file" ] || fail "a manual page names $file"; done </tmp/named
 
 # What a newcomer does, and programs in four languages.
 apt install --no-install-recommends gcc g++ libc6-dev pkg-config golang-go man-db bash-completion zsh
