@@ -40,6 +40,25 @@ std::optional<Number> parseUnsigned(std::string_view text) {
     return value;
 }
 
+// The number of the character that a well-formed sequence stands for.
+uint32_t characterOf(std::string_view sequence) {
+    uint32_t number = static_cast<unsigned char>(sequence[0]) & (0x7fu >> sequence.size());
+    for (const char c : sequence.substr(1))
+        number = number << 6 | (static_cast<unsigned char>(c) & 0x3fu);
+    return number;
+}
+
+// Characters that a terminal does not show, or that change the direction or the lines of what follows. A name
+// with them would look like another name.
+bool isHidden(uint32_t character) {
+    constexpr std::pair<uint32_t, uint32_t> kHidden[] = {
+        {0xad, 0xad},     {0x34f, 0x34f},   {0x61c, 0x61c},   {0x115f, 0x1160}, {0x17b4, 0x17b5},
+        {0x180b, 0x180f}, {0x200b, 0x200f}, {0x2028, 0x202e}, {0x2060, 0x206f}, {0x3164, 0x3164},
+        {0xfe00, 0xfe0f}, {0xfeff, 0xfeff}, {0xffa0, 0xffa0}, {0xfff0, 0xfffb}, {0xe0000, 0xe0fff}};
+    return std::ranges::any_of(
+        kHidden, [&](const auto &range) { return range.first <= character && character <= range.second; });
+}
+
 }  // namespace
 
 size_t sequenceLength(std::string_view text) {
@@ -77,7 +96,8 @@ void appendShown(fmt::memory_buffer &out, std::string_view name) {
         if (name.empty()) return;
 
         size_t length = sequenceLength(name);
-        if (length > 0) {
+        // The rest of a hidden character is no sequence, so that each of its bytes is escaped.
+        if (length > 0 && !isHidden(characterOf(name.substr(0, length)))) {
             out.append(name.substr(0, length));
         } else {
             length = 1;

@@ -17,7 +17,8 @@ namespace qvs {
 
 using Bytes = std::span<const uint8_t>;
 
-// A name as a terminal may see it: control characters, backslashes and what is not UTF-8 are escaped.
+// A name as a terminal may see it: control characters, invisible characters, backslashes and what is not
+// UTF-8 are escaped.
 void appendShown(fmt::memory_buffer &out, std::string_view name);
 std::string shown(std::string_view name);
 // The same in single quotes and cut to a readable length, for messages.

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <numeric>
 
 #include "config/library/snapshot.h"
 
@@ -16,47 +17,59 @@ namespace {
 constexpr size_t kLineBytes = 32;
 constexpr size_t kEntryLineBytes = VSHYP_MAC_ENTRY_SIZE;
 
-FoundLayout layoutFrom(const std::string &path, const RecordKind &kind, size_t size) {
-    const RecordLayout *layout = layoutIn(openLayout(path), kind.name);
+// The size is not known before the kernel has answered.
+FoundLayout layoutFrom(const std::string &path, const char *record, std::optional<size_t> size) {
+    const RecordLayout *layout = layoutIn(openLayout(path), record);
     const std::string subject = "layout " + inQuotes(path);
-    if (layout == nullptr) return {nullptr, fmt::format("{}: there is no record {}", subject, kind.name)};
-    if (layout->size == size || (layout->hasTail && layout->size < size)) return {layout, {}};
+    if (layout == nullptr) return {nullptr, fmt::format("{}: there is no record {}", subject, record)};
+    if (!size || layout->size == size || (layout->hasTail && layout->size < size)) return {layout, {}};
     return {nullptr,
             fmt::format("{}: record {} has {} bytes, but the kernel's has {}; name the layout file of "
                         "this kernel",
-                        subject, kind.name, layout->size, size)};
+                        subject, record, layout->size, *size)};
 }
 
-}  // namespace
-
-FoundLayout findLayout(const Arguments &arguments, const RecordKind &kind, size_t size) {
-    if (arguments.given(kLayout.name)) return layoutFrom(arguments.text(kLayout.name), kind, size);
+FoundLayout findLayout(const Arguments &arguments, const char *record, std::optional<size_t> size) {
+    if (arguments.given(kLayout.name)) return layoutFrom(arguments.text(kLayout.name), record, size);
     const char *path = std::getenv("QVS_LAYOUT");
     if (path == nullptr || path[0] == '\0')
         return {nullptr, "no layout file is named; name one with --layout or in the variable QVS_LAYOUT"};
     try {
-        return layoutFrom(path, kind, size);
+        return layoutFrom(path, record, size);
     } catch (const Failure &failure) {
         return {nullptr, "QVS_LAYOUT: " + failure.message, true};
     }
 }
 
-namespace {
+}  // namespace
 
-// Fails when an option that chooses entries is given.
-void refuseChoice(const Arguments &arguments, std::string_view why) {
-    for (const char *option : {"--vlan", "--where", "--sort", "--reverse", "--limit"}) {
-        if (arguments.given(option)) fail(Exit::Usage, "{} {}", option, why);
-    }
+FoundLayout findLayout(const Arguments &arguments, const RecordKind &kind, size_t size) {
+    return findLayout(arguments, kind.name, std::optional(size));
 }
 
-// Returns the layout, or null after a remark. Fails when an option needs the layout.
+namespace {
+
+// The options that choose entries by their fields, besides --limit and --reverse.
+constexpr const char *kByField[] = {"--vlan", "--mac", "--where", "--sort"};
+constexpr const char *kChoosing[] = {"--vlan", "--mac", "--where", "--sort", "--reverse", "--limit"};
+
+constexpr const char *kNeedsLayout = "needs a layout: ";
+constexpr const char *kNoList = "needs a list, and this is a single record";
+
+// Fails when one of these options is given.
+void refuse(const Arguments &arguments, std::span<const char *const> options, const std::string &why) {
+    for (const char *option : options)
+        if (arguments.given(option)) fail(Exit::Usage, "{} {}", option, why);
+}
+
+// Returns the layout, or null after a remark. Fails when one of these options, which need the layout, is
+// given.
 const RecordLayout *layoutFor(const Arguments &arguments, const Output &out, const RecordKind &kind,
-                              size_t size) {
+                              size_t size, std::span<const char *const> options) {
     static bool remarked = false;
     const FoundLayout found = findLayout(arguments, kind, size);
     if (found.layout != nullptr) return found.layout;
-    refuseChoice(arguments, "needs a layout: " + found.why);
+    refuse(arguments, options, kNeedsLayout + found.why);
     if (!remarked && (found.isFault || !out.json())) {
         complain("{}the kernel's records are shown as bytes: {}", found.isFault ? "warning: " : "",
                  found.why);
@@ -76,6 +89,19 @@ size_t fieldNamed(const LayoutFields &fields, std::string_view option, std::stri
     fail(Exit::Usage, "{}: no field is called {}; the fields are {}", option, inQuotes(name), all);
 }
 
+// "vlan=10" in its two parts.
+std::pair<std::string, std::string> conditionOf(const std::string &text) {
+    const size_t equals = text.find('=');
+    if (equals == std::string::npos) return {text, {}};
+    return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+bool beginsWith(const FieldValue &value, Bytes bytes) {
+    const auto *address = std::get_if<RawAddress>(&value.is);
+    return address != nullptr && address->bytes.size() >= bytes.size() &&
+           std::equal(bytes.begin(), bytes.end(), address->bytes.begin());
+}
+
 bool holds(const FieldValue &value, std::string_view wanted) {
     if (const auto *flags = std::get_if<std::vector<std::string>>(&value.is)) {
         if (std::find(flags->begin(), flags->end(), wanted) != flags->end()) return true;
@@ -92,12 +118,16 @@ void chooseEntries(const Arguments &arguments, const LayoutFields &fields,
         const size_t field = fieldNamed(fields, "--vlan", "vlan");
         std::erase_if(entries, [&](const FieldValues &entry) { return entry.values[field].number != vlan; });
     }
+    if (arguments.given("--mac")) {
+        const std::vector<uint8_t> bytes = *parseHex(arguments.text("--mac"));
+        const size_t field = fieldNamed(fields, "--mac", "mac");
+        std::erase_if(entries,
+                      [&](const FieldValues &entry) { return !beginsWith(entry.values[field], bytes); });
+    }
     for (const std::string &text : arguments.all("--where")) {
-        const size_t equals = text.find('=');
-        if (equals == std::string::npos)
-            fail(Exit::Usage, "--where: {} is not a field and a value, like vlan=10", inQuotes(text));
-        const std::string wanted = text.substr(equals + 1);
-        const size_t field = fieldNamed(fields, "--where", text.substr(0, equals));
+        const auto condition = conditionOf(text);
+        const std::string &wanted = condition.second;
+        const size_t field = fieldNamed(fields, "--where", condition.first);
         std::erase_if(entries, [&](const FieldValues &entry) { return !holds(entry.values[field], wanted); });
     }
     if (arguments.given("--sort")) {
@@ -107,6 +137,11 @@ void chooseEntries(const Arguments &arguments, const LayoutFields &fields,
                              return compareValues(first.values[field], second.values[field]) < 0;
                          });
     }
+}
+
+// --limit and --reverse choose from lists without a layout, too.
+template <typename Entry>
+void shorten(const Arguments &arguments, std::vector<Entry> &entries) {
     if (arguments.given("--reverse")) std::reverse(entries.begin(), entries.end());
     const uint32_t limit = arguments.number("--limit", UINT32_MAX);
     if (entries.size() > limit) entries.resize(limit);
@@ -193,15 +228,18 @@ void printTable(Output &out, const LayoutFields &fields, const std::vector<Field
     listing.finish();
 }
 
-void printBytes(Output &out, const KernelList &list, const RecordKind &kind) {
+void printBytes(const Arguments &arguments, Output &out, const KernelList &list, const RecordKind &kind) {
+    std::vector<uint32_t> entries(list.count);
+    std::iota(entries.begin(), entries.end(), 0u);
+    shorten(arguments, entries);
     // An empty list shows its heading, whatever the size of its entries.
-    if (list.entrySize <= kEntryLineBytes || list.count == 0) {
+    if (list.entrySize <= kEntryLineBytes || entries.empty()) {
         Listing listing(out, {{"index", "INDEX"}, {kind.key, "ENTRY"}});
-        for (uint32_t i = 0; i < list.count; i++)
+        for (const uint32_t i : entries)
             listing.row(i, list.entry(i));
         return listing.finish();
     }
-    for (uint32_t i = 0; i < list.count; i++) {
+    for (const uint32_t i : entries) {
         fmt::format_to(std::back_inserter(out.buffer()), "{} {} ({} bytes):\n", kind.label, i,
                        list.entrySize);
         appendHexDump(out.buffer(), list.entry(i));
@@ -210,6 +248,23 @@ void printBytes(Output &out, const KernelList &list, const RecordKind &kind) {
 }
 
 }  // namespace
+
+void checkCondition(std::string_view name, const std::string &text) {
+    if (text.find('=') == std::string::npos)
+        fail(Exit::Usage, "{}: {} is not a field and a value, like vlan=10", name, inQuotes(text));
+}
+
+void requireFields(const Arguments &arguments, const char *record, Entries entries) {
+    if (std::ranges::none_of(kByField, [&](const char *option) { return arguments.given(option); })) return;
+    const FoundLayout found = findLayout(arguments, record, std::nullopt);
+    if (found.layout == nullptr) return refuse(arguments, kByField, kNeedsLayout + found.why);
+    const LayoutField *group = entries == Entries::OfRecord ? groupIn(found.layout->fields) : nullptr;
+    if (entries == Entries::OfRecord && group == nullptr) return refuse(arguments, kByField, kNoList);
+    const LayoutFields &fields = group != nullptr ? group->fields : found.layout->fields;
+    for (const std::string &text : arguments.all("--where"))
+        (void)fieldNamed(fields, "--where", conditionOf(text).first);
+    if (arguments.given("--sort")) (void)fieldNamed(fields, "--sort", arguments.text("--sort"));
+}
 
 std::string pointerText(void *pointer) {
     if (pointer != nullptr) return "...";
@@ -223,14 +278,15 @@ Failure requestFailure(std::string_view subject, int error) {
 
 std::optional<FieldValues> decoded(const Arguments &arguments, const Output &out, const RecordKind &kind,
                                    Bytes record, std::optional<uint32_t> given) {
-    const RecordLayout *layout = layoutFor(arguments, out, kind, record.size());
+    const RecordLayout *layout = layoutFor(arguments, out, kind, record.size(), kChoosing);
     if (layout == nullptr) return std::nullopt;
     FieldValues fields = decodeRecord(*layout, record, given);
     if (const LayoutField *group = groupIn(layout->fields)) {
         auto &entries = fields.values[static_cast<size_t>(group - layout->fields.data())].is;
         chooseEntries(arguments, group->fields, std::get<std::vector<FieldValues>>(entries));
+        shorten(arguments, std::get<std::vector<FieldValues>>(entries));
     } else {
-        refuseChoice(arguments, "needs a list, and this is a single record");
+        refuse(arguments, kChoosing, kNoList);
     }
     return fields;
 }
@@ -285,14 +341,15 @@ void printRecord(const Arguments &arguments, Output &out, const RecordKind &kind
 void printList(const Arguments &arguments, Output &out, const KernelList &list, const RecordKind &kind,
                std::optional<uint32_t> given) {
     if (arguments.given("--raw")) return writeRaw(out, arguments.text("--raw"), list.bytes());
-    const RecordLayout *layout = layoutFor(arguments, out, kind, list.entrySize);
-    if (layout == nullptr && !out.json()) return printBytes(out, list, kind);
+    const RecordLayout *layout = layoutFor(arguments, out, kind, list.entrySize, kByField);
+    if (layout == nullptr && !out.json()) return printBytes(arguments, out, list, kind);
     std::vector<FieldValues> entries(list.count);
     for (uint32_t i = 0; i < list.count; i++) {
         if (layout != nullptr) entries[i] = decodeRecord(*layout, list.entry(i), given);
         entries[i].index = i;
     }
     if (layout != nullptr) chooseEntries(arguments, layout->fields, entries);
+    shorten(arguments, entries);
     if (!out.json()) return printTable(out, layout->fields, entries);
     Listing listing(out, {{"index", nullptr}, {kind.key, nullptr}, {"fields", nullptr}});
     for (FieldValues &entry : entries) {

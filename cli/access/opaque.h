@@ -17,6 +17,7 @@
 #include "tool/command.h"
 #include "tool/failure.h"
 #include "tool/output.h"
+#include "tool/values.h"
 
 namespace qvs::cli {
 
@@ -69,6 +70,21 @@ struct FoundLayout {
 };
 FoundLayout findLayout(const Arguments &arguments, const RecordKind &kind, size_t size);
 
+// Whether the options of lists choose from a list of records, or from the group of entries in one record.
+enum class Entries { OfList, OfRecord };
+// For the `agrees` of rows: refuses options of lists that name fields that the layout does not have, and such
+// options without a layout.
+void requireFields(const Arguments &arguments, const char *record, Entries entries);
+template <const RecordKind &kind>
+void choosesFrom(const Arguments &arguments) {
+    requireFields(arguments, kind.name, Entries::OfList);
+}
+template <const RecordKind &kind>
+void choosesWithin(const Arguments &arguments) {
+    requireFields(arguments, kind.name, Entries::OfRecord);
+}
+void checkCondition(std::string_view name, const std::string &text);
+
 // The record by its fields; nothing, and a remark in text once, when no layout describes it. Options that
 // need a layout are then usage failures. `given` is the number that the request tells the layout.
 std::optional<FieldValues> decoded(const Arguments &arguments, const Output &out, const RecordKind &kind,
@@ -106,12 +122,17 @@ inline constexpr Option kListOptions[] = {
               .value = "FIELD=VALUE",
               .summary = "show only entries with this value of a field",
               .repeated = true,
-              .excludes = "--raw"}),
+              .excludes = "--raw",
+              .check = checkCondition}),
     ofKernel(
         {.name = "--sort", .value = "FIELD", .summary = "sort the entries by a field", .excludes = "--raw"}),
     ofKernel(
         {.name = "--reverse", .value = nullptr, .summary = "list the last entry first", .excludes = "--raw"}),
-    ofKernel({.name = "--limit", .value = "N", .summary = "show at most N entries", .excludes = "--raw"}),
+    ofKernel({.name = "--limit",
+              .value = "N",
+              .summary = "show at most N entries",
+              .excludes = "--raw",
+              .check = checkNumber<0, UINT32_MAX>}),
 };
 
 // The port that SWITCH and PORT name, as the kernel numbers it; throws when there is none.

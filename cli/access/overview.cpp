@@ -207,6 +207,7 @@ class Gatherer {
                 addMirrors(found, place, port.id);
             } else if (vlan) {
                 port.vlan = vlanWords(*vlan);
+                port.vlanPolicy = *vlan;
                 addMissing(*found.setting, *vlan, port.id);
             } else if (!isVlan || ask_ != Ask::NumbersAlone) {
                 addPolicy(port.policies, found, target, port.id);

@@ -31,6 +31,7 @@ struct PortFacts {
     bool blocked = false;           // as it is configured
     bool kernelBlocked = false;     // as the kernel says
     std::string vlan;               // in words: "100", "trunk 1-100", "private 101"; empty for none
+    config::Value vlanPolicy;       // its members; absent for none
     std::vector<Policy> policies;   // without VLAN and mirror sessions
     std::optional<size_t> uplink;   // the place in SwitchFacts::uplinks of the uplink that it carries
     std::optional<size_t> carrier;  // that of the uplink that teaming would choose, when it was asked for

@@ -27,20 +27,26 @@ void end(int) {
     _exit(0);
 }
 
-}  // namespace
-
-milliseconds intervalGiven(const Arguments &arguments, milliseconds absent) {
-    if (!arguments.given("--interval")) return absent;
-    const std::string &text = arguments.text("--interval");
+milliseconds parseInterval(std::string_view name, const std::string &text) {
     double seconds = 0;
     const char *end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, seconds, std::chars_format::fixed);
     const auto least = std::chrono::duration<double>(kLeastInterval).count();
     const auto most = std::chrono::duration<double>(kMostInterval).count();
     if (error != std::errc() || rest != end || !(seconds >= least && seconds <= most))
-        fail(Exit::Usage, "--interval: {} is not a number of seconds from {} to {}", inQuotes(text), least,
+        fail(Exit::Usage, "{}: {} is not a number of seconds from {} to {}", name, inQuotes(text), least,
              most);
     return milliseconds(static_cast<long>(seconds * 1000));
+}
+
+}  // namespace
+
+void checkInterval(std::string_view name, const std::string &text) {
+    (void)parseInterval(name, text);
+}
+
+milliseconds intervalGiven(const Arguments &arguments, milliseconds absent) {
+    return arguments.given("--interval") ? parseInterval("--interval", arguments.text("--interval")) : absent;
 }
 
 void endOnSignals() {

@@ -8,6 +8,12 @@
 
 namespace qvs::cli {
 
+// The option --interval with its default in the summary.
+void checkInterval(std::string_view name, const std::string &text);
+constexpr Option intervalOption(const char *summary, const char *needs = nullptr) {
+    return {
+        .name = "--interval", .value = "SECONDS", .summary = summary, .needs = needs, .check = checkInterval};
+}
 // The value of --interval, in seconds.
 std::chrono::milliseconds intervalGiven(const Arguments &arguments, std::chrono::milliseconds absent);
 

@@ -3,6 +3,8 @@
 
 #include <qvs/keys.h>
 
+#include <algorithm>
+
 #include "access/setting_value.h"
 #include "base/text.h"
 #include "config/settings/families.h"
@@ -97,6 +99,18 @@ std::string vlanWords(const Value &vlan) {
     if (!priority.absent())
         words += fmt::format("{}priority {}", words.empty() ? "" : ", ", priority.number());
     return words;
+}
+
+bool carriesVlan(const Value &vlan, uint32_t id) {
+    if (vlan.absent()) return false;
+    if (!vlan["id"].absent() && vlan["id"].number() == id) return true;
+    const auto isIn = [id](const Value &range) {
+        const std::string &text = range.text();
+        const size_t dash = text.find('-');
+        const uint32_t first = parseNumber(text.substr(0, dash)).value_or(QVS_VLAN_MAX);
+        return first <= id && id <= (dash == std::string::npos ? first : *parseNumber(text.substr(dash + 1)));
+    };
+    return !vlan["trunk"].absent() && std::ranges::any_of(vlan["trunk"].list(), isIn);
 }
 
 std::optional<Policy> policyOf(const Setting &setting, const StoredView &stored) {

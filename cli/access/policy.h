@@ -29,5 +29,7 @@ std::string policyWords(const config::Setting &setting, const config::Value &val
 std::string allWords(const config::Setting &setting, const config::Value &value);
 // A VLAN policy in words: "100", "trunk 1-100", "private 101"; empty when it names no VLAN.
 std::string vlanWords(const config::Value &vlan);
+// Whether a VLAN policy lets this VLAN through: as its id, or in its trunk.
+bool carriesVlan(const config::Value &vlan, uint32_t id);
 
 }  // namespace qvs::cli

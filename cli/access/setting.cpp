@@ -16,8 +16,14 @@ using config::StoredView;
 using config::Target;
 
 // The port is an option of commands whose setting the switch has, too.
-const std::string &portOf(const Arguments &arguments) {
-    return arguments.text(arguments.given("--port") ? "--port" : "PORT");
+const std::vector<std::string> &portsOf(const Arguments &arguments) {
+    return arguments.all(arguments.given("--port") ? "--port" : "PORT");
+}
+
+void setPort(Target &target, const std::string &port) {
+    target.port = port;
+    requireFits(kPortIdLimit, port);
+    target.place.port = findPort(target.place.sw, target.alias, port);
 }
 
 // Whether exactly these records are stored, with the classes of their keys.
@@ -48,7 +54,7 @@ void reportUsers(const std::string &alias, const std::string &removed, const std
 std::string named(const Arguments &arguments) {
     const std::string &alias = arguments.text("SWITCH");
     const bool port = arguments.given("--port") || arguments.given("PORT");
-    return port ? named(alias, portOf(arguments)) : named(alias);
+    return port ? named(alias, portsOf(arguments).front()) : named(alias);
 }
 
 Target targetOf(const Setting &setting, const Arguments &arguments) {
@@ -62,11 +68,21 @@ Target targetOf(const Setting &setting, const Arguments &arguments) {
         return target;
     }
     target.place.sw = findVswitch(target.alias);
-    if (setting.scope != Scope::Port) return target;
-    target.port = portOf(arguments);
-    requireFits(kPortIdLimit, target.port);
-    target.place.port = findPort(target.place.sw, target.alias, target.port);
+    if (setting.scope == Scope::Port) setPort(target, portsOf(arguments).front());
     return target;
+}
+
+std::vector<Target> targetsOf(const Setting &setting, const Arguments &arguments) {
+    std::vector<Target> targets = {targetOf(setting, arguments)};
+    if (setting.scope != Scope::Port) return targets;
+    const std::vector<std::string> &ports = portsOf(arguments);
+    for (size_t i = 1; i < ports.size(); i++) {
+        if (std::find(ports.begin(), ports.begin() + static_cast<long>(i), ports[i]) !=
+            ports.begin() + static_cast<long>(i))
+            fail(Exit::Usage, "port {}: given twice", inQuotes(ports[i]));
+        setPort(targets.emplace_back(targets[0]), ports[i]);
+    }
+    return targets;
 }
 
 std::string namedSetting(const Setting &setting, const Target &target) {
@@ -170,7 +186,8 @@ std::vector<std::string> touchedSettings(const Arguments &arguments,
         for (const char *key : setting.keys) {
             if (key == nullptr) continue;
             if (setting.scope == Scope::Port) {
-                paths.push_back(touchedPath({name, "port", portOf(arguments), key}));
+                for (const std::string &port : portsOf(arguments))
+                    paths.push_back(touchedPath({name, "port", port, key}));
             } else {
                 paths.push_back(touchedPath({name, setting.scope == Scope::Host ? "host" : "global", key}));
             }

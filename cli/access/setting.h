@@ -22,6 +22,9 @@ using config::Value;
 // switch is given by identifier.
 config::Target targetOf(const Setting &setting, const Arguments &arguments);
 // "switch 'sw1': port 'p': teaming policy"
+// The same for each port that is given. Throws for one that is given twice.
+std::vector<config::Target> targetsOf(const Setting &setting, const Arguments &arguments);
+
 std::string namedSetting(const Setting &setting, const config::Target &target);
 
 // Returns whether one of the properties of a setting is stored.

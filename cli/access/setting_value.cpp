@@ -24,10 +24,6 @@ Member itemOf(const Member &list) {
     return item;
 }
 
-void put(fmt::memory_buffer &out, std::string_view text) {
-    out.append(text);
-}
-
 std::string upper(std::string_view text) {
     std::string out(text);
     std::ranges::transform(

@@ -42,13 +42,7 @@ Target targetOf(const Arguments &arguments) {
     Target target;
     target.switchName = arguments.text("SWITCH");
     target.byId = arguments.given("--by-id");
-    if (arguments.given("KEY")) {
-        target.key = arguments.text("KEY");
-        if (target.key.empty()) fail(Exit::Usage, "key: may not be empty");
-    }
-    if (arguments.given("--host") && arguments.given("--port")) {
-        fail(Exit::Usage, "--host and --port exclude each other");
-    }
+    if (arguments.given("KEY")) target.key = arguments.text("KEY");
     if (arguments.given("--host")) target.place.scope = Scope::Host;
     if (arguments.given("--port")) {
         target.place.scope = Scope::Port;

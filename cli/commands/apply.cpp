@@ -133,7 +133,7 @@ void applyChanges(const Document &document, const Comparison &how, const Argumen
     ApplyOptions options;
     options.prune = how.prune;
     options.keepsSwitches = how.keepsSwitches;
-    options.confirmSeconds = arguments.number("--confirm", 0, 1, config::kMostConfirmSeconds);
+    options.confirmSeconds = arguments.number("--confirm", 0);
     if (!arguments.given("--dry-run")) settle();
     requireState(loadSnapshot());
     const std::vector<Change> changes = compareWithHost(document, how);
@@ -176,12 +176,13 @@ void recoverPending(const Arguments &arguments, Output &out) {
     }
 }
 
+void requireWork(const Arguments &arguments) {
+    if (arguments.given("FILE")) return requireSomebodyToAsk(arguments, arguments.text("FILE") == "-");
+    if (!arguments.given("--recover")) fail(Exit::Usage, "FILE or --recover is needed");
+}
+
 void apply(const Arguments &arguments, Output &out) {
-    if (!arguments.given("FILE")) {
-        if (!arguments.given("--recover")) fail(Exit::Usage, "FILE or --recover is needed");
-        return recoverPending(arguments, out);
-    }
-    requireSomebodyToAsk(arguments, arguments.text("FILE") == "-");
+    if (!arguments.given("FILE")) return recoverPending(arguments, out);
     const Document document = readWanted(arguments);
     if (arguments.given("--recover")) recoverPending(arguments, out);
     applyChanges(document, comparisonOf(arguments), arguments, out);
@@ -214,7 +215,8 @@ const Command kRows[] = {
          "does only that. No other run changes anything meanwhile.",
      .example = "qvs apply host.yaml --yes",
      .run = writes(apply),
-     .guard = Guard::None},
+     .guard = Guard::None,
+     .agrees = requireWork},
     {.words = "confirm",
      .summary = "keep what qvs apply --confirm has changed",
      .details = "When the time is over, the change is undone instead, and the exit status is 1.",

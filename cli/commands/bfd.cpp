@@ -11,18 +11,32 @@
 #include "commands/nouns.h"
 #include "tool/failure.h"
 #include "tool/output.h"
+#include "tool/values.h"
 
 namespace qvs::cli {
 namespace {
 
 constexpr std::array<uint32_t, 4> kLogLevels = {0, 1, 3, 5};
 
-void sessions(const Arguments &arguments, Output &out) {
-    uint32_t flags = arguments.number("--flags", kAllBfdSessions);
+constexpr RecordKind kSessions{"bfd-sessions", "sessions", "sessions"};
+
+void checkFlags(std::string_view name, const std::string &text) {
+    const uint32_t flags = numberIn(name, text, 0, UINT32_MAX);
     if (flags > UINT8_MAX || (flags & kAllBfdSessions) == 0)
-        fail(Exit::Usage, "--flags: {} is not a byte with bit 0 or bit 1 set", flags);
+        fail(Exit::Usage, "{}: {} is not a byte with bit 0 or bit 1 set", name, flags);
+}
+
+// The library would report other levels on standard output.
+void checkLevel(std::string_view name, const std::string &text) {
+    const uint32_t level = numberIn(name, text, 0, UINT32_MAX);
+    if (std::find(kLogLevels.begin(), kLogLevels.end(), level) == kLogLevels.end())
+        fail(Exit::Usage, "{}: {} is none of {}", name, level, fmt::join(kLogLevels, ", "));
+}
+
+void sessions(const Arguments &arguments, Output &out) {
+    const uint32_t flags = arguments.number("--flags", kAllBfdSessions);
     HeapBuffer table = fetchRecord<BFD_GetSessions>("BFD sessions", static_cast<uint8_t>(flags));
-    printRecord(arguments, out, {"bfd-sessions", "sessions", "sessions"}, recordIn(table, BFD_SESSIONS_SIZE));
+    printRecord(arguments, out, kSessions, recordIn(table, BFD_SESSIONS_SIZE));
 }
 
 std::string levelText(uint32_t level) {
@@ -49,9 +63,6 @@ void getLevel(const Arguments &, Output &out) {
 
 void setLevel(const Arguments &arguments, Output &out) {
     uint32_t level = arguments.number("LEVEL", 0);
-    // The library would report this on standard output.
-    if (std::find(kLogLevels.begin(), kLogLevels.end(), level) == kLogLevels.end())
-        fail(Exit::Usage, "LEVEL: {} is none of {}", level, fmt::join(kLogLevels, ", "));
     bool same = readLevel() == level;
     errno = 0;
     if (!same && traced<BFD_SetLogLevel>(resultText, level) < 0) throw requestFailure("BFD log level", errno);
@@ -66,18 +77,22 @@ void stats(const Arguments &arguments, Output &out) {
 const Command kRows[] = {
     {.words = "bfd sessions",
      .summary = "show the kernel's table of sessions",
-     .options = {{"--flags", "N", "a byte that says which sessions, bit 0 or bit 1 set (3)"}},
+     .options = {{.name = "--flags",
+                  .value = "N",
+                  .summary = "a byte that says which sessions, bit 0 or bit 1 set (3)",
+                  .check = checkFlags}},
      .more = kListOptions,
      .details = "The table is the kernel's own, 1139336 bytes.",
      .example = "qvs bfd sessions --raw sessions.bin",
-     .run = reads(sessions, touchesNothing)},
+     .run = reads(sessions, touchesNothing),
+     .agrees = choosesWithin<kSessions>},
     {.words = "bfd log-level get",
      .summary = "print how much the kernel's module logs",
      .example = "qvs bfd log-level get",
      .run = reads(getLevel, touchesNothing)},
     {.words = "bfd log-level set",
      .summary = "say how much the kernel's module logs",
-     .arguments = {{"LEVEL", "0, 1, 3 or 5"}},
+     .arguments = {{.name = "LEVEL", .summary = "0, 1, 3 or 5", .check = checkLevel}},
      .example = "qvs bfd log-level set 3",
      .run = writes(setLevel, touchesNothing)},
     {.words = "bfd stats",

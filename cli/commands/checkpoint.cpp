@@ -17,8 +17,14 @@ using config::Checkpoint;
 using config::Checkpoints;
 using config::Document;
 
-constexpr Argument kName{"NAME", "name of the checkpoint: letters, digits, '.', '_' and '-'",
-                         Kind::Checkpoint};
+void checkName(std::string_view, const std::string &name) {
+    config::requireCheckpointName(name);
+}
+
+constexpr Argument kName{.name = "NAME",
+                         .summary = "name of the checkpoint: letters, digits, '.', '_' and '-'",
+                         .kind = Kind::Checkpoint,
+                         .check = checkName};
 constexpr Option kDirectory{.name = "--dir",
                             .value = "DIR",
                             .summary =
@@ -113,7 +119,6 @@ void diff(const Arguments &arguments, Output &out) {
 }
 
 void rollback(const Arguments &arguments, Output &out) {
-    requireSomebodyToAsk(arguments);
     applyChanges(loadDocument(arguments), wayBack(arguments), arguments, out);
 }
 
@@ -123,13 +128,19 @@ void remove(const Arguments &arguments, Output &out) {
     reportChange(out, name, {{"checkpoint", name}}, true);
 }
 
+void requireAnswer(const Arguments &arguments) {
+    requireSomebodyToAsk(arguments);
+}
+
 const Command kRows[] = {
     {.words = "checkpoint save",
      .summary = "save the configuration of switches under a name",
      .arguments = {kName, {"SWITCH", "aliases of the switches; all without one", Kind::Switch, true, true}},
      .options = {kDirectory, {"--replace", nullptr, "overwrite a checkpoint of this name"}},
      .details = "A checkpoint holds what qvs export writes: switches, uplinks, ports, settings and other "
-                "stored properties. It is a file that only its owner may read.",
+                "stored properties. It is a file that only its owner may read. A safe change: save a "
+                "checkpoint, make the "
+                "change, look at qvs checkpoint diff, and go back with qvs checkpoint rollback.",
      .example = "qvs checkpoint save before-upgrade",
      .run = lasting(reads(save))},
     {.words = "checkpoint list",
@@ -161,7 +172,8 @@ const Command kRows[] = {
          "clients of ports are no part of a checkpoint.",
      .example = "qvs checkpoint rollback before-upgrade --yes",
      .run = writes(rollback),
-     .guard = Guard::None},
+     .guard = Guard::None,
+     .agrees = requireAnswer},
     {.words = "checkpoint remove",
      .summary = "remove a checkpoint",
      .arguments = {kName},

@@ -42,6 +42,11 @@ void show(const Arguments &arguments, Output &out) {
               {list.record, "entry", list.label});
 }
 
+template <const KcpList &list>
+void chooses(const Arguments &arguments) {
+    requireFields(arguments, list.record, Entries::OfList);
+}
+
 void status(const Arguments &arguments, Output &out) {
     HeapBuffer status = fetchRecord<KCP_GetStatus>("kernel control plane: status");
     printRecord(arguments, out, {"kcp-status", "status", "status"}, recordIn(status, KCP_STATUS_SIZE));
@@ -60,49 +65,57 @@ const Command kRows[] = {
      .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp switches",
-     .run = reads(show<kSwitches, KCP_GetDVSList>, touchesNothing)},
+     .run = reads(show<kSwitches, KCP_GetDVSList>, touchesNothing),
+     .agrees = chooses<kSwitches>},
     {.words = "kcp portsets",
      .summary = "list the properties of the control plane's portsets",
      .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp portsets",
-     .run = reads(show<kPortsets, KCP_GetPSPropList>, touchesNothing)},
+     .run = reads(show<kPortsets, KCP_GetPSPropList>, touchesNothing),
+     .agrees = chooses<kPortsets>},
     {.words = "kcp interfaces",
      .summary = "list the control plane's virtual interfaces",
      .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp interfaces --raw interfaces.bin",
-     .run = reads(show<kInterfaces, KCP_GetVIFList>, touchesNothing)},
+     .run = reads(show<kInterfaces, KCP_GetVIFList>, touchesNothing),
+     .agrees = chooses<kInterfaces>},
     {.words = "kcp container-interfaces",
      .summary = "list the control plane's container interfaces",
      .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp container-interfaces",
-     .run = reads(show<kContainerInterfaces, KCP_GetCIFList>, touchesNothing)},
+     .run = reads(show<kContainerInterfaces, KCP_GetCIFList>, touchesNothing),
+     .agrees = chooses<kContainerInterfaces>},
     {.words = "kcp hypervisor-interfaces",
      .summary = "list the control plane's hypervisor virtual interfaces",
      .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp hypervisor-interfaces",
-     .run = reads(show<kHypervisorInterfaces, KCP_GetHYPVIFList>, touchesNothing)},
+     .run = reads(show<kHypervisorInterfaces, KCP_GetHYPVIFList>, touchesNothing),
+     .agrees = chooses<kHypervisorInterfaces>},
     {.words = "kcp hypervisor-nics",
      .summary = "list the control plane's hypervisor NICs",
      .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp hypervisor-nics --json",
-     .run = reads(show<kHypervisorNics, KCP_GetHYPNICList>, touchesNothing)},
+     .run = reads(show<kHypervisorNics, KCP_GetHYPNICList>, touchesNothing),
+     .agrees = chooses<kHypervisorNics>},
     {.words = "kcp uplinks",
      .summary = "list the control plane's uplinks",
      .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp uplinks",
-     .run = reads(show<kUplinks, KCP_GetUplinkList>, touchesNothing)},
+     .run = reads(show<kUplinks, KCP_GetUplinkList>, touchesNothing),
+     .agrees = chooses<kUplinks>},
     {.words = "kcp containers",
      .summary = "list the control plane's containers",
      .more = kListOptions,
      .details = kDetails,
      .example = "qvs kcp containers",
-     .run = reads(show<kContainers, KCP_GetContainerList>, touchesNothing)},
+     .run = reads(show<kContainers, KCP_GetContainerList>, touchesNothing),
+     .agrees = chooses<kContainers>},
 };
 
 }  // namespace

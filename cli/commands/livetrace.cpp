@@ -14,15 +14,14 @@
 namespace qvs::cli {
 namespace {
 
+constexpr RecordKind kSessions{"livetrace-sessions", "sessions", "sessions"};
+constexpr RecordKind kCount{"livetrace-count", "entry", "count"};
+
 // Reads the definition of a session: hexadecimal digits, or a file of bytes.
 std::vector<uint8_t> definitionOf(const Arguments &arguments) {
-    if (arguments.given("--hex") && arguments.given("--file"))
-        fail(Exit::Usage, "--hex and --file exclude each other");
     if (arguments.given("--file")) return readFile(arguments.text("--file"));
     if (!arguments.given("--hex")) return {};
-    std::optional<std::vector<uint8_t>> bytes = parseHex(arguments.text("--hex"));
-    if (!bytes) fail(Exit::Usage, "--hex: {} is not hexadecimal", inQuotes(arguments.text("--hex")));
-    return *bytes;
+    return *parseHex(arguments.text("--hex"));
 }
 
 void create(const Arguments &arguments, Output &out) {
@@ -40,19 +39,16 @@ void create(const Arguments &arguments, Output &out) {
 
 void list(const Arguments &arguments, Output &out) {
     HeapBuffer sessions = fetchRecord<LIVETRACEHYP_ListSession>("live-trace sessions");
-    printRecord(arguments, out, {"livetrace-sessions", "sessions", "sessions"},
-                recordIn(sessions, LIVETRACEHYP_SESSION_LIST_SIZE));
+    printRecord(arguments, out, kSessions, recordIn(sessions, LIVETRACEHYP_SESSION_LIST_SIZE));
 }
 
 void counts(const Arguments &arguments, Output &out) {
     uint32_t action = arguments.number("ACTION", 0);
-    if (action > UINT8_MAX) fail(Exit::Usage, "ACTION: {} is not a number of 8 bits", action);
     auto ask = [&] {
         return fetchRecord<LIVETRACEHYP_GetCountActionData>(fmt::format("live-trace action {}", action),
                                                             static_cast<uint8_t>(action));
     };
-    printList(arguments, out, boundedList(ask, LIVETRACEHYP_ACTION_COUNT_SIZE, "action counts"),
-              {"livetrace-count", "entry", "count"});
+    printList(arguments, out, boundedList(ask, LIVETRACEHYP_ACTION_COUNT_SIZE, "action counts"), kCount);
 }
 
 void port(const Arguments &arguments, Output &out) {
@@ -72,7 +68,11 @@ const Command kRows[] = {
     {.words = "livetrace create",
      .summary = "create a live-trace session on a port",
      .arguments = {kSwitchArgument, kPortArgument},
-     .options = {{"--hex", "BYTES", "the session's definition in hexadecimal (none)"},
+     .options = {{.name = "--hex",
+                  .value = "BYTES",
+                  .summary = "the session's definition in hexadecimal (none)",
+                  .excludes = "--file",
+                  .check = checkHex},
                  {"--file", "FILE", "the definition from FILE (- for standard input)", Kind::File}},
      .details = "What a definition means is the kernel's.",
      .example = "qvs livetrace create sw1 port0 --hex 01000000",
@@ -81,13 +81,17 @@ const Command kRows[] = {
      .summary = "show the kernel's list of sessions",
      .more = kListOptions,
      .example = "qvs livetrace list",
-     .run = reads(list, touchesNothing)},
+     .run = reads(list, touchesNothing),
+     .agrees = choosesWithin<kSessions>},
     {.words = "livetrace counts",
      .summary = "list what was counted under an action",
-     .arguments = {{"ACTION", "the kernel's selector, 8 bits"}},
+     .arguments = {{.name = "ACTION",
+                    .summary = "the kernel's selector, 8 bits",
+                    .check = checkNumber<0, UINT8_MAX>}},
      .more = kListOptions,
      .example = "qvs livetrace counts 1",
-     .run = reads(counts, touchesNothing)},
+     .run = reads(counts, touchesNothing),
+     .agrees = choosesFrom<kCount>},
     {.words = "livetrace port",
      .summary = "show what was found on a port",
      .arguments = {kSwitchArgument, kPortArgument},

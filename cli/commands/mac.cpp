@@ -25,14 +25,24 @@ const char *portOf(const Arguments &arguments) {
 
 // --- tables ---
 
+constexpr RecordKind kMacEntry{"mac-entry", "entry", "entry"};
+constexpr RecordKind kStaticContext{"static-context", "entry", "context"};
+constexpr RecordKind kSecurityEntry{"port-security", "entry", "entry"};
+constexpr RecordKind kPortLearning{"port-learning", "entry", "entry"};
+constexpr RecordKind kLearningStats{"learning-stats", "entry", "entry"};
+
+void checkAddress(std::string_view name, const std::string &text) {
+    const auto bytes = parseHex(text);
+    if (!bytes || bytes->empty() || bytes->size() > std::tuple_size_v<MacAddress>)
+        fail(Exit::Usage, "{}: {} is not a MAC address, like 02:00:00:00:00:01, or the beginning of one",
+             name, inQuotes(text));
+}
+
 void table(const Arguments &arguments, Output &out) {
     const char *alias = arguments.text("SWITCH").c_str();
     const char *port = portOf(arguments);
-    bool team = arguments.given("--team");
-    if (team && port != nullptr) fail(Exit::Usage, "--team and --port exclude each other");
-    uint32_t number = arguments.number("--selector", 0);
-    auto selector = static_cast<uint8_t>(number);
-    if (selector != number) fail(Exit::Usage, "--selector: {} does not fit a byte", number);
+    const bool team = arguments.given("--team");
+    const auto selector = static_cast<uint8_t>(arguments.number("--selector", 0));
 
     const std::string subject = named(arguments);
     auto ask = [&] {
@@ -41,7 +51,7 @@ void table(const Arguments &arguments, Output &out) {
         return fetched<VSHYP_GetMACTable>(subject, alias, selector);
     };
     KernelList list = boundedList(ask, VSHYP_MAC_ENTRY_SIZE, "MAC entries");
-    printList(arguments, out, list, {"mac-entry", "entry", "entry"});
+    printList(arguments, out, list, kMacEntry);
 }
 
 void contexts(const Arguments &arguments, Output &out) {
@@ -53,19 +63,23 @@ void contexts(const Arguments &arguments, Output &out) {
         return fetched<VSHYP_GetPortStaticLectx>(subject, alias, port);
     };
     printList(arguments, out, boundedList(ask, VSHYP_STATIC_LECTX_SIZE, "static learning contexts"),
-              {"static-context", "entry", "context"});
+              kStaticContext);
 }
 
 // --- changes ---
 
+void checkEntry(std::string_view name, const std::string &text) {
+    checkHex(name, text);
+    const size_t bytes = parseHex(text)->size();
+    if (bytes == 0 || bytes > VSHYP_MAC_ENTRY_SIZE)
+        fail(Exit::Usage, "{}: {} bytes, 1 to {} fit", name, bytes, VSHYP_MAC_ENTRY_SIZE);
+}
+
 template <auto Change>
 HYP_ReturnStatus changeEntry(const Arguments &arguments) {
-    oneGiven(arguments, {"--port", "--number"});
     const char *port = portOf(arguments);
     uint32_t number = arguments.number("--number", 0);
-    std::vector<uint8_t> entry = bytesGiven(arguments, "ENTRY");
-    if (entry.empty() || entry.size() > VSHYP_MAC_ENTRY_SIZE)
-        fail(Exit::Usage, "ENTRY: {} bytes, 1 to {} fit", entry.size(), VSHYP_MAC_ENTRY_SIZE);
+    std::vector<uint8_t> entry = *parseHex(arguments.text("ENTRY"));
     entry.resize(VSHYP_MAC_ENTRY_SIZE);
     return call<Change>(arguments.text("SWITCH").c_str(), port, number, entry.data());
 }
@@ -134,17 +148,16 @@ void info(const Arguments &arguments, Output &out) {
 }
 
 template <auto Query>
-void listOf(const Arguments &arguments, Output &out, size_t entrySize, const char *what, const char *record) {
+void listOf(const Arguments &arguments, Output &out, size_t entrySize, const char *what,
+            const RecordKind &kind) {
     auto ask = [&] { return fetched<Query>(named(arguments), arguments.text("SWITCH").c_str()); };
-    printList(arguments, out, boundedList(ask, entrySize, what), {record, "entry", "entry"});
+    printList(arguments, out, boundedList(ask, entrySize, what), kind);
 }
 
 void ports(const Arguments &arguments, Output &out) {
     listOf<VSHYP_GetMACLearningAllPorts>(arguments, out, VSHYP_PORT_MAC_LEARNING_SIZE, "ports",
-                                         "port-learning");
+                                         kPortLearning);
 }
-
-constexpr const char *kLearningStats = "learning-stats";
 
 void stats(const Arguments &arguments, Output &out) {
     const char *port = portOf(arguments);
@@ -154,11 +167,11 @@ void stats(const Arguments &arguments, Output &out) {
     std::array<uint8_t, VSHYP_MAC_LEARNING_STATS_SIZE> stats{};
     require(call<VSHYP_GetPortMACLearningStats>(port, arguments.text("SWITCH").c_str(), stats.data()),
             named(arguments));
-    printRecord(arguments, out, {kLearningStats, "stats", "learning statistics"}, stats);
+    printRecord(arguments, out, {kLearningStats.name, "stats", "learning statistics"}, stats);
 }
 
 void security(const Arguments &arguments, Output &out) {
-    listOf<VSHYP_GetL2Security>(arguments, out, VSHYP_L2_SECURITY_SIZE, "security entries", "port-security");
+    listOf<VSHYP_GetL2Security>(arguments, out, VSHYP_L2_SECURITY_SIZE, "security entries", kSecurityEntry);
 }
 
 constexpr const char *kHostProps = "host-wide learning properties";
@@ -186,11 +199,8 @@ void get(const Arguments &arguments, Output &out) {
 }
 
 void set(const Arguments &arguments, Output &out) {
-    if (!arguments.given("--first") && !arguments.given("--second"))
-        fail(Exit::Usage, "at least one of --first and --second is needed");
     uint64_t first = wideNumber(arguments, "--first");
     uint32_t second = arguments.number("--second", 0);
-    if (second > UINT16_MAX) fail(Exit::Usage, "--second: {}, at most {} fits", second, UINT16_MAX);
     VSHYP_GlobalMACLearningProps stored = readProps();
     VSHYP_GlobalMACLearningProps props = stored;
     if (arguments.given("--first")) props.first = first;
@@ -200,13 +210,19 @@ void set(const Arguments &arguments, Output &out) {
     reportChange(out, "host", {}, changed);
 }
 
+void requireNumber(const Arguments &arguments) {
+    if (!arguments.given("--first") && !arguments.given("--second"))
+        fail(Exit::Usage, "at least one of --first and --second is needed");
+}
+
 // Only the kernel holds the entries; the snapshot does not have them.
 std::vector<std::string> touchesTables(const Arguments &arguments) {
     return {touchedPath({arguments.text("SWITCH"), "mac"})};
 }
 
 constexpr Option kPortOption{"--port", "PORT", "of this port instead of the switch", Kind::Port};
-constexpr Argument kEntry{"ENTRY", "the entry's bytes as pairs of hexadecimal digits"};
+constexpr Argument kEntry{
+    .name = "ENTRY", .summary = "the entry's bytes as pairs of hexadecimal digits", .check = checkEntry};
 constexpr Option kAtPort{"--port", "PORT", "identifier of the port", Kind::Port, false, Need::Choice};
 constexpr Option kAtNumber{"--number", "N",   "the kernel's number of the port",
                            Kind::Word, false, Need::Choice};
@@ -220,14 +236,27 @@ const Command kRows[] = {
      .arguments = {kSwitchArgument},
      .options =
          {{"--port", "PORT", "those behind this port", Kind::Port},
-          {"--team", nullptr, "those behind the uplinks"},
-          {"--selector", "N",
-           "the kernel's number of a table, 8 bits (0); of the emulated host: 0 all, 1 static, 2 learnt"},
-          {.name = "--vlan", .value = "N", .summary = "those in this VLAN", .excludes = "--raw"}},
+          {.name = "--team", .value = nullptr, .summary = "those behind the uplinks", .excludes = "--port"},
+          {.name = "--selector",
+           .value = "N",
+           .summary =
+               "the kernel's number of a table, 8 bits (0); of the emulated host: 0 all, 1 static, 2 learnt",
+           .check = checkNumber<0, UINT8_MAX>},
+          {.name = "--vlan",
+           .value = "N",
+           .summary = "those in this VLAN",
+           .excludes = "--raw",
+           .check = checkNumber<0, QVS_VLAN_MAX>},
+          {.name = "--mac",
+           .value = "ADDRESS",
+           .summary = "those with this address, or whose address begins with these bytes",
+           .excludes = "--raw",
+           .check = checkAddress}},
      .more = kListOptions,
      .details = "The entries are the kernel's own, 86 bytes each.",
-     .example = "qvs mac table sw1 --port port0",
-     .run = reads(table)},
+     .example = "qvs mac table sw1 --mac 00:50:56:aa:00:10",
+     .run = reads(table),
+     .agrees = choosesFrom<kMacEntry>},
     {.words = "mac add",
      .summary = "add an entry to a port's MAC table",
      .arguments = {kSwitchArgument, kEntry},
@@ -249,14 +278,16 @@ const Command kRows[] = {
      .more = kListOptions,
      .details = "The entries are the kernel's own, 529 bytes each.",
      .example = "qvs mac static sw1",
-     .run = reads(contexts)},
+     .run = reads(contexts),
+     .agrees = choosesFrom<kStaticContext>},
     {.words = "mac security",
      .summary = "list the layer-2 security that is in force on a switch",
      .arguments = {kSwitchArgument},
      .more = kListOptions,
      .details = "The entries are the kernel's own, 8 bytes each.",
      .example = "qvs mac security sw1",
-     .run = reads(security)},
+     .run = reads(security),
+     .agrees = choosesFrom<kSecurityEntry>},
     {.words = "mac info",
      .summary = "show what a switch has learned",
      .arguments = {kSwitchArgument},
@@ -268,14 +299,16 @@ const Command kRows[] = {
      .arguments = {kSwitchArgument},
      .more = kListOptions,
      .example = "qvs mac ports sw1",
-     .run = reads(ports)},
+     .run = reads(ports),
+     .agrees = choosesFrom<kPortLearning>},
     {.words = "mac stats",
      .summary = "show the learning statistics of the ports of a switch",
      .arguments = {kSwitchArgument},
      .options = {{"--port", "PORT", "of this port alone", Kind::Port}},
      .more = kListOptions,
      .example = "qvs mac stats sw1 --port port0",
-     .run = reads(stats)},
+     .run = reads(stats),
+     .agrees = choosesFrom<kLearningStats>},
     {.words = "mac host get",
      .summary = "show the learning properties of the host, two numbers",
      .options = {kLayout},
@@ -285,10 +318,14 @@ const Command kRows[] = {
     {.words = "mac host set",
      .summary = "change the learning properties of the host",
      .options = {{"--first", "N", "the first of them, 64 bits"},
-                 {"--second", "N", "the second of them, 16 bits"}},
+                 {.name = "--second",
+                  .value = "N",
+                  .summary = "the second of them, 16 bits",
+                  .check = checkNumber<0, UINT16_MAX>}},
      .details = "What is not given stays as it is.",
      .example = "qvs mac host set --first 300",
-     .run = writes(set, touchesNothing)},
+     .run = writes(set, touchesNothing),
+     .agrees = requireNumber},
 };
 
 }  // namespace

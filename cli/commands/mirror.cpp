@@ -57,12 +57,9 @@ std::optional<std::string_view> portGiven(const Target &target) {
     return target.port;
 }
 
-const std::string &sessionGiven(const Arguments &arguments) {
-    const std::string &id = arguments.text("SESSION");
-    const Member &member = sessionMembers()[0];
-    const std::string problem = problemOf(member, Value(id));
-    if (!problem.empty()) fail(Exit::Usage, "SESSION: {}", problem);
-    return id;
+void checkSession(std::string_view name, const std::string &id) {
+    const std::string problem = problemOf(sessionMembers()[0], Value(id));
+    if (!problem.empty()) fail(Exit::Usage, "{}: {}", name, problem);
 }
 
 void report(Output &out, const Target &target, const std::string *id, bool changed) {
@@ -130,7 +127,7 @@ void listSessions(const Arguments &arguments, Output &out) {
 }
 
 void showSession(const Arguments &arguments, Output &out) {
-    const std::string &id = sessionGiven(arguments);
+    const std::string &id = arguments.text("SESSION");
     const Setting &setting = settingOf(arguments);
     const Target target = targetOf(setting, arguments);
     const List sessions = readSessions(setting, target);
@@ -147,8 +144,13 @@ void showSession(const Arguments &arguments, Output &out) {
 
 // --- changes ---
 
+void checkMember(const Command &, std::string_view name, const std::string &text) {
+    for (const Member &member : sessionMembers().subspan(1))
+        if (name == optionOf(member)) (void)parseMember(member, name, text);
+}
+
 Value givenSession(const Arguments &arguments) {
-    Value session = config::Members{{"session", sessionGiven(arguments)}};
+    Value session = config::Members{{"session", arguments.text("SESSION")}};
     for (const Member &member : sessionMembers()) {
         const std::string option = optionOf(member);
         if (arguments.given(option))
@@ -201,7 +203,7 @@ void add(const Arguments &arguments, Output &out) {
 }
 
 void remove(const Arguments &arguments, Output &out) {
-    const std::string &id = sessionGiven(arguments);
+    const std::string &id = arguments.text("SESSION");
     const Setting &setting = settingOf(arguments);
     const Target target = targetOf(setting, arguments);
     const HYP_ReturnStatus status =
@@ -237,7 +239,8 @@ void clear(const Arguments &arguments, Output &out) {
 
 // --- rows ---
 
-constexpr Argument kSession{"SESSION", "identifier of the session", Kind::Session};
+constexpr Argument kSession{
+    .name = "SESSION", .summary = "identifier of the session", .kind = Kind::Session, .check = checkSession};
 constexpr Option kPort{"--port", "PORT", "the sessions of this port instead of the uplinks of this host",
                        Kind::Port};
 
@@ -249,6 +252,9 @@ Shape shapeOfAdd(const Command &) {
         options = {kPort};
         for (const Member &member : sessionMembers().subspan(1))
             options.push_back(optionFor(member, texts));
+        // The members that are lists of ports; a session may also send to addresses or uplinks.
+        for (Option &option : options)
+            if (option.list && option.choices.empty()) option.kind = Kind::Port;
         options.insert(options.end(), {kMayExist, kStrict});
     }
     return {.summary = "add a mirror session",
@@ -263,7 +269,9 @@ const Command kRows[] = {
      .summary = "list the mirror sessions",
      .arguments = {kSwitchArgument},
      .options = {kPort, kNames, kStored},
-     .details = "With --json the list is one that mirror set takes.",
+     .details =
+         "INGRESS and EGRESS are the ports that a session watches. qvs show SWITCH lists the sessions of "
+         "all ports, too. With --json the list is one that mirror set takes.",
      .example = "qvs mirror list sw1 --port port0",
      .run = reads(listSessions, touchedSessions)},
     {.words = "mirror show",
@@ -272,7 +280,10 @@ const Command kRows[] = {
      .options = {kPort},
      .example = "qvs mirror show sw1 monitor",
      .run = reads(showSession, touchedSessions)},
-    {.words = "mirror add", .run = looking(writes(add, touchedSessions)), .shape = shapeOfAdd},
+    {.words = "mirror add",
+     .run = looking(writes(add, touchedSessions)),
+     .shape = shapeOfAdd,
+     .check = checkMember},
     {.words = "mirror remove",
      .summary = "remove a mirror session",
      .arguments = {kSwitchArgument, kSession},

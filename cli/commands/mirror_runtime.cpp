@@ -10,9 +10,13 @@
 #include "commands/nouns.h"
 #include "config/library/snapshot.h"
 #include "tool/output.h"
+#include "tool/values.h"
 
 namespace qvs::cli {
 namespace {
+
+constexpr RecordKind kDestination{"mirror-destination", "entry", "destination"};
+constexpr Limit kSessionLimit{"mirror session", VSHYP_MIRROR_SESSION_ID_SIZE};
 
 void ids(const Arguments &arguments, Output &out) {
     auto ask = [&] {
@@ -29,13 +33,11 @@ void destinations(const Arguments &arguments, Output &out) {
     auto ask = [&] {
         return fetched<VSHYP_GetPromiscSessionActiveDsts>(named(arguments), arguments.text("SWITCH").c_str());
     };
-    printList(arguments, out, boundedList(ask, VSHYP_PROMISC_DST_SIZE, "destinations"),
-              {"mirror-destination", "entry", "destination"});
+    printList(arguments, out, boundedList(ask, VSHYP_PROMISC_DST_SIZE, "destinations"), kDestination);
 }
 
 void stats(const Arguments &arguments, Output &out) {
     const std::string &id = arguments.text("SESSION");
-    requireFits({"mirror session", VSHYP_MIRROR_SESSION_ID_SIZE}, id);
     std::array<uint8_t, VSHYP_MIRROR_STATS_SIZE> stats{};
     require(call<VSHYP_GetDVMirrorSessionStats>(arguments.text("SWITCH").c_str(), id.c_str(), stats.data()),
             named(arguments) + ": mirror session " + inQuotes(id));
@@ -61,12 +63,15 @@ const Command kRows[] = {
      .more = kListOptions,
      .details = "The destinations are the kernel's own, 4 bytes each.",
      .example = "qvs mirror runtime destinations sw1",
-     .run = reads(destinations)},
+     .run = reads(destinations),
+     .agrees = choosesFrom<kDestination>},
     {.words = "mirror runtime stats",
      .summary = "show the statistics of a mirror session",
      .arguments = {kSwitchArgument,
-                   {"SESSION", "identifier of the session; the kernel is asked for its first 31 bytes",
-                    Kind::Session}},
+                   {.name = "SESSION",
+                    .summary = "identifier of the session; the kernel is asked for its first 31 bytes",
+                    .kind = Kind::Session,
+                    .check = checkFits<kSessionLimit>}},
      .more = kRecordOptions,
      .details = "The statistics are the kernel's own, 121 bytes.",
      .example = "qvs mirror runtime stats sw1 capture",

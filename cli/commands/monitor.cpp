@@ -69,12 +69,14 @@ const Command kRows[] = {
     {.words = "monitor",
      .summary = "print changes of the configuration and of link states as they happen",
      .arguments = {{"SWITCH", "aliases of the switches to watch; all without one", Kind::Switch, true, true}},
-     .options = {{"--interval", "SECONDS", "look at the host so often; a fraction is allowed (0.2)"}},
+     .options = {intervalOption("look at the host so often; a fraction is allowed (0.2)")},
      .details =
          "Each line has the time (UTC), the place in the document (qvs export), and the value before and "
          "after. The link state of a port is its member link. The command compares the state of the host "
          "with the state of its last look: a change that is shorter than the "
-         "interval is not seen. When the host ends, a line says so, and the command goes on when it is back. "
+         "interval is not seen. What changed earlier is not recorded: qvs checkpoint save keeps a state, and "
+         "qvs checkpoint diff lists what is different since. When the host ends, a line says so, and the "
+         "command goes on when it is back. "
          "It ends with SIGINT or SIGTERM, with exit status 0, or when nobody reads its output any more.",
      .example = "qvs monitor sw1 --interval 1",
      .run = reads(monitor)},

@@ -53,22 +53,30 @@ void filters(const Arguments &arguments, Output &out) {
     listing.finish();
 }
 
+constexpr RecordKind kFilter{"mcast-filter", "entry", "filter"};
+
 void switchFilters(const Arguments &arguments, Output &out) {
     std::string portset = portsetOf(arguments.text("SWITCH"));
     auto ask = [&] {
         return fetched<VSHYP_GetSwitchMcastFilters>(named(arguments), portset.c_str(),
                                                     arguments.number("--value", 0));
     };
-    printList(arguments, out, boundedList(ask, VSHYP_SWITCH_MCAST_FILTER_SIZE, "multicast filters"),
-              {"mcast-filter", "entry", "filter"}, arguments.number("--value", 0));
+    printList(arguments, out, boundedList(ask, VSHYP_SWITCH_MCAST_FILTER_SIZE, "multicast filters"), kFilter,
+              arguments.number("--value", 0));
+}
+
+void checkGroup(std::string_view, const std::string &text) {
+    std::array<uint8_t, 16> group{};
+    for (const int family : {AF_INET, AF_INET6})
+        if (inet_pton(family, text.c_str(), group.data()) == 1) return;
+    fail(Exit::Usage, "{} is no IPv4 or IPv6 address", inQuotes(text));
 }
 
 void stats(const Arguments &arguments, Output &out) {
     const std::string &text = arguments.text("GROUP");
     std::array<uint8_t, 16> group{};
     const bool ipv4 = inet_pton(AF_INET, text.c_str(), group.data()) == 1;
-    if (!ipv4 && inet_pton(AF_INET6, text.c_str(), group.data()) != 1)
-        fail(Exit::Usage, "{} is no IPv4 or IPv6 address", inQuotes(text));
+    if (!ipv4) (void)inet_pton(AF_INET6, text.c_str(), group.data());
     const MulticastFamily &family = kMulticastFamilies[ipv4 ? 1 : 2];
     std::string portset = portsetOf(arguments.text("SWITCH"));
     uint32_t port = filterPort(arguments);
@@ -108,15 +116,21 @@ const Command kRows[] = {
     {.words = "mcast switch-filters",
      .summary = "list the multicast filters of a switch as the kernel has them",
      .arguments = {kSwitchArgument},
-     .options = {{"--value", "N",
-                  "which ones, as the kernel numbers them (0); of the emulated host: 0 MAC, 2 IPv4, 3 IPv6"}},
+     .options =
+         {{.name = "--value",
+           .value = "N",
+           .summary =
+               "which ones, as the kernel numbers them (0); of the emulated host: 0 MAC, 2 IPv4, 3 IPv6",
+           .check = checkNumber<0, UINT32_MAX>}},
      .more = kListOptions,
      .details = "The filters are the kernel's own, 20 bytes each.",
      .example = "qvs mcast switch-filters sw1 --value 2",
-     .run = reads(switchFilters)},
+     .run = reads(switchFilters),
+     .agrees = choosesFrom<kFilter>},
     {.words = "mcast stats",
      .summary = "show the statistics of a multicast group and the addresses it is joined for",
-     .arguments = {kSwitchArgument, {"GROUP", "an IPv4 or IPv6 address"}},
+     .arguments = {kSwitchArgument,
+                   {.name = "GROUP", .summary = "an IPv4 or IPv6 address", .check = checkGroup}},
      .options = {kPort},
      .more = kRecordOptions,
      .details = "The statistics are the kernel's own, 28 bytes.",

@@ -17,15 +17,13 @@ namespace qvs::cli {
 namespace {
 
 constexpr const char *kWhat = "runtime options";
+constexpr RecordKind kOptions{"runtime-options", "options", kWhat};
 constexpr size_t kLengthSize = sizeof(uint32_t);
 
 std::vector<uint16_t> identifiers(const Arguments &arguments) {
     std::vector<uint16_t> ids;
     for (const std::string &text : arguments.all("ID")) {
-        std::optional<uint32_t> id = parseNumber(text);
-        if (!id || *id > UINT16_MAX)
-            fail(Exit::Usage, "ID: {} is not a number from 0 to 65535", inQuotes(text));
-        ids.push_back(static_cast<uint16_t>(*id));
+        ids.push_back(static_cast<uint16_t>(*parseNumber(text)));
     }
     if (ids.size() > UINT16_MAX) fail(Exit::Usage, "ID: {} of them, at most 65535 fit", ids.size());
     return ids;
@@ -39,7 +37,7 @@ VshypBuffer readBlock(std::vector<uint16_t> ids) {
 
 void get(const Arguments &arguments, Output &out) {
     const VshypBuffer block = readBlock(identifiers(arguments));
-    printRecord(arguments, out, {"runtime-options", "options", kWhat},
+    printRecord(arguments, out, kOptions,
                 {static_cast<const uint8_t *>(block.get()), VSHYP_RUNTIME_OPTIONS_SIZE});
 }
 
@@ -75,23 +73,34 @@ void set(const Arguments &arguments, Output &out) {
     reportChange(out, "host", {}, std::memcmp(before.get(), after.get(), VSHYP_RUNTIME_OPTIONS_SIZE) != 0);
 }
 
+void requireBlock(const Arguments &arguments) {
+    oneGiven(arguments, {"OPTIONS", "--file"});
+}
+
 const Command kRows[] = {
     {.words = "options get",
      .summary = "show the options of the switch module",
-     .arguments = {{"ID", "number of an option, 16 bits; without any, all are shown", Kind::Word, true,
-                    true}},
+     .arguments = {{.name = "ID",
+                    .summary = "number of an option, 16 bits; without any, all are shown",
+                    .optional = true,
+                    .repeated = true,
+                    .check = checkNumber<0, UINT16_MAX>}},
      .more = kListOptions,
      .details = "The block is the kernel's own, 4096 bytes.",
      .example = "qvs options get 7 --raw option.bin",
-     .run = reads(get, touchesNothing)},
+     .run = reads(get, touchesNothing),
+     .agrees = choosesWithin<kOptions>},
     {.words = "options set",
      .summary = "change options of the switch module",
-     .arguments = {{"OPTIONS", "the bytes behind the block's length, as pairs of hexadecimal digits",
-                    Kind::Word, true}},
+     .arguments = {{.name = "OPTIONS",
+                    .summary = "the bytes behind the block's length, as pairs of hexadecimal digits",
+                    .optional = true,
+                    .check = checkHex}},
      .options = {{"--file", "FILE", "a whole block (- for standard input), as --raw writes it", Kind::File}},
      .details = "A block begins with its length, 32 bits; what follows is the kernel's own.",
      .example = "qvs options set '0700 0400 01000000'",
-     .run = writes(set, touchesNothing)},
+     .run = writes(set, touchesNothing),
+     .agrees = requireBlock},
 };
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "config/library/snapshot.h"
 #include "tool/failure.h"
 #include "tool/output.h"
+#include "tool/values.h"
 #include "views/port_list.h"
 #include "views/port_words.h"
 
@@ -33,16 +34,18 @@ std::vector<std::string> touchedPorts(const Arguments &arguments) {
     return paths;
 }
 
+constexpr RecordKind kPortInfo{"port-info", "info", "port"};
+
 void listKernel(const Arguments &arguments, const std::string &alias, Output &out) {
     auto ask = [&] { return fetched<VSHYP_GetSwitchPortInfo>(named(alias), alias.c_str()); };
-    printList(arguments, out, boundedList(ask, VSHYP_PORT_INFO_SIZE, "ports"), {"port-info", "info", "port"});
+    printList(arguments, out, boundedList(ask, VSHYP_PORT_INFO_SIZE, "ports"), kPortInfo);
 }
 
 void list(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
     DVSSwitch *sw = findSwitch(alias);
     if (arguments.given("--kernel")) return listKernel(arguments, alias, out);
-    if (arguments.given("--names")) {
+    if (arguments.given("--names") && !arguments.given(kVlanOption.name)) {
         NameList names(out);
         forEachPort(sw, [&](DVSPort *port) {
             names.add(DVS_PortId(port));
@@ -133,7 +136,7 @@ void show(const Arguments &arguments, Output &out) {
     std::optional<Bytes> hint;
     if (kernel.hint) hint.emplace(*kernel.hint);
     addRecord(arguments, record, out, kTeamHint, hint, "teamHintFields");
-    addRecord(arguments, record, out, {"port-info", "info", "kernel information"}, info);
+    addRecord(arguments, record, out, {kPortInfo.name, "info", "kernel information"}, info);
     record.finish();
 }
 
@@ -161,13 +164,18 @@ const Command kRows[] = {
     {.words = "port add",
      .summary = "add ports to a switch",
      .arguments = {kSwitchArgument,
-                   {"PORT", "identifier of a new port, at most 47 bytes", Kind::Word, false, true}},
-     .options = {{"--connect-id", "N", "connection id, 32 bits (1)"},
+                   {"PORT", "identifier of a new port, at most 47 bytes", Kind::Name, false, true}},
+     .options = {{.name = "--connect-id",
+                  .value = "N",
+                  .summary = "connection id, 32 bits (1)",
+                  .excludes = "--external-id",
+                  .check = checkNumber<0, UINT32_MAX>},
                  {"--external-id", "ID", "identifier of the interface outside that the one port is for"},
                  kMayExist},
      .details = "All ports are checked before the first is added.",
      .example = "qvs port add sw1 web db --connect-id 7",
-     .run = writes(addPorts, touchedPorts)},
+     .run = writes(addPorts, touchedPorts),
+     .agrees = requirePortsToAdd},
     {.words = "port remove",
      .summary = "remove ports from a switch",
      .arguments = {kSwitchArgument, {"PORT", "identifier of a port", Kind::Port, false, true}},
@@ -175,17 +183,20 @@ const Command kRows[] = {
      .details =
          "All ports are checked before the first is removed. A port that carries an uplink is refused.",
      .example = "qvs port remove sw1 web db",
-     .run = writes(removePorts, touchedPorts)},
+     .run = writes(removePorts, touchedPorts),
+     .agrees = requirePortsOnce},
     {.words = "port list",
      .summary = "list the ports of a switch",
      .arguments = {kSwitchArgument},
      .options = {kNames,
                  kColumnsOption,
+                 kVlanOption,
                  {"--kernel", nullptr, "show the kernel's information blocks instead"}},
      .more = kListOptions,
      .details = "POLICIES are the settings that differ from the default, VLAN and mirror sessions aside.",
-     .example = "qvs port list sw1 --columns port,client,vlan",
-     .run = reads(list)},
+     .example = "qvs port list sw1 --vlan 100 --columns port,client,uplink",
+     .run = reads(list),
+     .agrees = choosesFrom<kPortInfo>},
     {.words = "port show",
      .summary = "show a port, its settings, the uplink teaming would choose for it, and the kernel's "
                 "information block",
@@ -201,14 +212,16 @@ const Command kRows[] = {
     {.words = "port block",
      .summary = "let no frame through ports",
      .arguments = {kSwitchArgument, {"PORT", "identifier of a port", Kind::Port, false, true}},
-     .details = "All ports are checked before the first is blocked.",
+     .details = "All ports are checked before the first is blocked. qvs port unblock undoes it.",
      .example = "qvs port block sw1 web",
-     .run = writes(blockPorts, touchedPorts)},
+     .run = writes(blockPorts, touchedPorts),
+     .agrees = requirePortsOnce},
     {.words = "port unblock",
      .summary = "let frames through ports that are blocked",
      .arguments = {kSwitchArgument, {"PORT", "identifier of a port", Kind::Port, false, true}},
      .example = "qvs port unblock sw1 web",
-     .run = writes(unblockPorts, touchedPorts)},
+     .run = writes(unblockPorts, touchedPorts),
+     .agrees = requirePortsOnce},
     {.words = "port number",
      .summary = "print the kernel's number of a port",
      .arguments = {kSwitchArgument, kPortArgument},

@@ -6,6 +6,10 @@
 
 namespace qvs::cli {
 
+// Throw usage failures when the ports that are given cannot be changed together.
+void requirePortsOnce(const Arguments &arguments);
+void requirePortsToAdd(const Arguments &arguments);
+
 void addPorts(const Arguments &arguments, Output &out);
 void removePorts(const Arguments &arguments, Output &out);
 void blockPorts(const Arguments &arguments, Output &out);

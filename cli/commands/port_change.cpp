@@ -19,16 +19,6 @@ namespace {
 
 constexpr uint32_t kDefaultConnectId = 1;
 
-const std::vector<std::string> &portArguments(const Arguments &arguments) {
-    const std::vector<std::string> &ports = arguments.all("PORT");
-    std::unordered_set<std::string_view> seen;
-    for (const std::string &port : ports) {
-        requireFits(kPortIdLimit, port);
-        if (!seen.insert(port).second) fail(Exit::Usage, "port {}: given twice", inQuotes(port));
-    }
-    return ports;
-}
-
 // Throws when a port that is there differs from what was given.
 void requireSame(DVSPort *port, const Arguments &arguments, const std::string &name) {
     std::optional<uint32_t> connectId = findNumber(placeOf(port), QVS_KEY_PORT_CONNECT_ID);
@@ -70,16 +60,23 @@ void requireUnused(DVSSwitch *sw, const Arguments &arguments, const std::string 
 
 }  // namespace
 
+void requirePortsOnce(const Arguments &arguments) {
+    std::unordered_set<std::string_view> seen;
+    for (const std::string &port : arguments.all("PORT")) {
+        requireFits(kPortIdLimit, port);
+        if (!seen.insert(port).second) fail(Exit::Usage, "port {}: given twice", inQuotes(port));
+    }
+}
+
+void requirePortsToAdd(const Arguments &arguments) {
+    requirePortsOnce(arguments);
+    if (arguments.given("--external-id") && arguments.all("PORT").size() > 1)
+        fail(Exit::Usage, "--external-id names one interface, so it takes one port");
+}
+
 void addPorts(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
-    const std::vector<std::string> &ports = portArguments(arguments);
-    arguments.number("--connect-id", kDefaultConnectId);
-    if (arguments.given("--external-id") && arguments.given("--connect-id")) {
-        fail(Exit::Usage, "--external-id and --connect-id exclude each other");
-    }
-    if (arguments.given("--external-id") && ports.size() > 1) {
-        fail(Exit::Usage, "--external-id names one interface, so it takes one port");
-    }
+    const std::vector<std::string> &ports = arguments.all("PORT");
     DVSSwitch *sw = findVswitch(alias);
     const uint32_t maxPorts = DVS_GetMaxPorts(sw);
     const bool mayExist = arguments.given("--may-exist");
@@ -112,7 +109,7 @@ void addPorts(const Arguments &arguments, Output &out) {
 
 void removePorts(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
-    const std::vector<std::string> &ports = portArguments(arguments);
+    const std::vector<std::string> &ports = arguments.all("PORT");
     DVSSwitch *sw = findVswitch(alias);
     std::vector<std::string_view> uplinks = uplinkPorts(sw);
 
@@ -143,7 +140,7 @@ namespace {
 
 void setBlocked(const Arguments &arguments, Output &out, bool blocked) {
     const std::string &alias = arguments.text("SWITCH");
-    const std::vector<std::string> &ports = portArguments(arguments);
+    const std::vector<std::string> &ports = arguments.all("PORT");
     DVSSwitch *sw = findVswitch(alias);
     const config::Blob value = config::blobOfText(blocked ? "true" : "false");
     // A port without the property is not blocked.

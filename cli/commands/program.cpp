@@ -19,6 +19,7 @@
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/run.h"
+#include "tool/values.h"
 #include "views/nouns.h"
 
 namespace qvs::cli {
@@ -50,8 +51,7 @@ void runLocked(const Call &call, Output &out) {
 void runOnHost(const Call &call, Output &out) {
     onWarning = complainLines;
     onCall = call.arguments.given("--trace") ? complainLines : nullptr;
-    if (call.arguments.given("--timeout"))
-        setPatience(call.arguments.number("--timeout", 0, 1, kMostPatience));
+    if (call.arguments.given("--timeout")) setPatience(call.arguments.number("--timeout", 0));
     if (call.command->run.access != Access::Local) requireHost();
     foundNothing = false;
     try {
@@ -73,8 +73,10 @@ void runOnHost(const Call &call, Output &out) {
 
 constexpr Option kOptions[] = {
     {"--trace", nullptr, "print each library call, its status and its time to standard error"},
-    {"--timeout", "SECONDS",
-     "wait so long for the host to answer, and for other runs that change the same (10)"},
+    {.name = "--timeout",
+     .value = "SECONDS",
+     .summary = "wait so long for the host to answer, and for other runs that change the same (10)",
+     .check = checkNumber<1, kMostPatience>},
 };
 
 constexpr NameSource kNameSources[] = {
@@ -98,21 +100,28 @@ constexpr OtherName kOtherNames[] = {
     {"vswitch dvs dvswitch bridge", "switch"},
     {"pnic interface link", "uplink"},
     {"lacp", "uplink list"},
-    {"vlan", "port vlan,topology"},
+    {"vlan", "port vlan,port list,topology"},
+    {"who member membership", "port list,show"},
+    {"move migrate retag", "port vlan set,checkpoint save"},
     {"trunk", "port vlan set"},
     {"bond bonding lag team", "teaming"},
-    {"span", "mirror"},
-    {"fdb", "mac"},
+    {"span tap capture sniff pcap sniffer", "mirror"},
+    {"fdb neighbour arp locate where address", "mac table"},
     {"property properties key", "prop"},
     {"cdp lldp", "discovery"},
     {"multicast igmp mld", "mcast"},
     {"netflow sflow", "ipfix"},
-    {"restore undo revert backup", "checkpoint"},
-    {"watch follow event log history change", "monitor"},
+    {"restore undo revert backup save", "checkpoint,apply"},
+    {"safe safely", "checkpoint,apply,batch"},
+    {"watch follow event log", "monitor"},
+    {"history change changed recent recently last past audit when", "monitor,checkpoint diff,diff"},
+    {"enable disable shut shutdown isolate quarantine", "port block,port unblock,uplink up,uplink down"},
     {"draw picture graph", "topology"},
-    {"counter traffic", "top,port stats"},
-    {"prometheus", "metrics"},
-    {"problem why check", "show,doctor"},
+    {"counter traffic bandwidth throughput utilization load send receive busy busiest talker rate usage",
+     "top,port stats"},
+    {"prometheus grafana node_exporter exporter scrape textfile monitoring", "metrics"},
+    {"problem why check down broken trouble", "show,port show,doctor"},
+    {"carry carries carrier path route pin pinned", "port show,uplink list"},
     {"ls", "show"},
 };
 
@@ -128,9 +137,12 @@ constexpr Passage kDescription[] = {
      "dash."},
     {"Reading commands print a table, or JSON with --json: a list is an array of objects, one a line; an "
      "absent value "
-     "is null and shown as -; a boolean is always present. Names are shown with control characters, "
-     "backslashes and "
-     "bytes that are not UTF-8 escaped."},
+     "is null and shown as -; a boolean is always present. "
+     "Names are shown with control characters, invisible characters, backslashes and bytes that are not "
+     "UTF-8 "
+     "escaped: \\t, \\n, \\\\, and \\xNN for other bytes. Names of switches, ports, uplinks and mirror "
+     "sessions "
+     "may be typed in the same way; a backslash that begins no escape stands for itself."},
     {"Records whose layout is the kernel's own are shown by the fields that a layout file describes. "
      "--layout "
      "names the file, or the variable QVS_LAYOUT; a host that qvs-host runs sets it. Without a layout the "

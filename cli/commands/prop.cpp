@@ -72,14 +72,15 @@ std::vector<uint8_t> textValue(const std::string &text) {
     return {text.c_str(), text.c_str() + text.size() + 1};
 }
 
+std::string_view formGiven(const Arguments &arguments) {
+    return oneGiven(arguments, {"VALUE", "--text", "--hex", "--file"});
+}
+
 std::vector<uint8_t> givenValue(const Arguments &arguments) {
-    std::string_view form = oneGiven(arguments, {"VALUE", "--text", "--hex", "--file"});
+    const std::string_view form = formGiven(arguments);
     if (form == "--file") return readFile(arguments.text(form));
     if (form == "--hex") {
-        auto bytes = parseHex(arguments.text("--hex"));
-        if (!bytes)
-            fail(Exit::Usage, "--hex: {} is not a row of pairs of digits", inQuotes(arguments.text("--hex")));
-        return *bytes;
+        return *parseHex(arguments.text("--hex"));
     }
     return textValue(arguments.text(form));
 }
@@ -87,8 +88,6 @@ std::vector<uint8_t> givenValue(const Arguments &arguments) {
 void setProperty(const Arguments &arguments, Output &out) {
     std::vector<uint8_t> value = givenValue(arguments);
     bool runtime = arguments.given("--runtime");
-    if (runtime && !arguments.given("--host"))
-        fail(Exit::Usage, "--runtime is for host properties: add --host");
     Target target = targetOf(arguments);
     uint32_t wantedClass = runtime ? DVS_PROP_RUNTIME : DVS_PROP_CONFIG;
     std::optional<Property> stored = target.known() ? findProperty(target.place, target.key) : std::nullopt;
@@ -139,8 +138,7 @@ void listPlace(Listing &listing, const Place &place, std::optional<std::string_v
 void listProperties(const Arguments &arguments, Output &out) {
     Target target = targetOf(arguments);
     if (!target.known()) throw libraryFailure(named(target.switchName), HYP_NOT_FOUND);
-    bool all = arguments.given("--all");
-    if (all && target.place.scope != Scope::Global) fail(Exit::Usage, "--all goes without --host and --port");
+    const bool all = arguments.given("--all");
     Listing listing(out, {{"scope", "SCOPE"},
                           {"port", "PORT"},
                           {"key", "KEY"},
@@ -162,8 +160,26 @@ void listProperties(const Arguments &arguments, Output &out) {
     listing.finish();
 }
 
-constexpr Argument kKey{"KEY", "dotted name of the property"};
-constexpr Option kHost{"--host", nullptr, "the property of this host instead of the global one"};
+void checkKey(std::string_view, const std::string &key) {
+    if (key.empty()) fail(Exit::Usage, "key: may not be empty");
+}
+
+void requireForm(const Arguments &arguments) {
+    if (arguments.given("--runtime") && !arguments.given("--host"))
+        fail(Exit::Usage, "--runtime is for host properties: add --host");
+    (void)formGiven(arguments);
+}
+
+void requireOneScope(const Arguments &arguments) {
+    if (arguments.given("--all") && (arguments.given("--host") || arguments.given("--port")))
+        fail(Exit::Usage, "--all goes without --host and --port");
+}
+
+constexpr Argument kKey{.name = "KEY", .summary = "dotted name of the property", .check = checkKey};
+constexpr Option kHost{.name = "--host",
+                       .value = nullptr,
+                       .summary = "the property of this host instead of the global one",
+                       .excludes = "--port"};
 constexpr Option kPort{"--port", "PORT", "the property of this port instead of the global one", Kind::Port};
 
 const Command kRows[] = {
@@ -186,12 +202,16 @@ const Command kRows[] = {
                  kPort,
                  kById,
                  {"--text", "TEXT", "text, stored with a NUL behind it"},
-                 {"--hex", "DIGITS", "bytes as pairs of hexadecimal digits"},
+                 {.name = "--hex",
+                  .value = "DIGITS",
+                  .summary = "bytes as pairs of hexadecimal digits",
+                  .check = checkHex},
                  {"--file", "FILE", "the bytes of FILE (- for standard input), at most 32 MiB", Kind::File},
                  {"--runtime", nullptr, "class RUNTIME, for host properties"}},
      .details = "A property that has this value and class already is left alone.",
      .example = "qvs prop set sw1 com.example.rack --text b12",
-     .run = writes(setProperty, touchedProperty)},
+     .run = writes(setProperty, touchedProperty),
+     .agrees = requireForm},
     {.words = "prop clear",
      .summary = "delete a property",
      .arguments = {kSwitchArgument, kKey},
@@ -204,7 +224,8 @@ const Command kRows[] = {
      .options = {kHost, kPort, kById, {"--all", nullptr, "those of all scopes and ports"}},
      .details = "Values of more than 32 bytes that are no text are cut in the table; JSON has all bytes.",
      .example = "qvs prop list sw1 --port port0",
-     .run = reads(listProperties)},
+     .run = reads(listProperties),
+     .agrees = requireOneScope},
 };
 
 }  // namespace

@@ -36,13 +36,20 @@ void port(const Arguments &arguments, Output &out) {
     uint32_t first = arguments.number("FIRST", 0);
     uint32_t second = arguments.number("SECOND", 0);
     uint32_t flag = arguments.number("--flag", 0);
-    if (flag > UINT8_MAX) fail(Exit::Usage, "--flag: {}, at most {} fits", flag, UINT8_MAX);
     require(call<VSHYP_RTMPortOp>(first, second, static_cast<uint8_t>(flag)), "route table");
     reportChange(out, "route table", {}, true);
 }
 
-constexpr Argument kCommandArgument{"COMMAND", "number of the operation, 32 bits"};
-constexpr Argument kBlock{"BLOCK", "the block as pairs of hexadecimal digits", Kind::Word, true};
+void requireBlock(const Arguments &arguments) {
+    oneGiven(arguments, {"BLOCK", "--file"});
+}
+
+constexpr Argument kCommandArgument{
+    .name = "COMMAND", .summary = "number of the operation, 32 bits", .check = checkNumber<0, UINT32_MAX>};
+constexpr Argument kBlock{.name = "BLOCK",
+                          .summary = "the block as pairs of hexadecimal digits",
+                          .optional = true,
+                          .check = checkHex};
 constexpr Option kBlockFile{"--file", "FILE", "the block in FILE (- for standard input)", Kind::File};
 
 const Command kRows[] = {
@@ -53,7 +60,8 @@ const Command kRows[] = {
      .details =
          "A block is a count, 32 bits, and count * 136 + 5 bytes more; what they mean is the module's.",
      .example = "qvs rtm op 1 --file routes.bin",
-     .run = writes(sendBlock<VSHYP_RTMOp, 136, 9>, touchesNothing)},
+     .run = writes(sendBlock<VSHYP_RTMOp, 136, 9>, touchesNothing),
+     .agrees = requireBlock},
     {.words = "rtm mod",
      .summary = "send a modification of routes",
      .arguments = {kCommandArgument, kBlock},
@@ -61,12 +69,20 @@ const Command kRows[] = {
      .details =
          "A block is a count, 32 bits, and count * 5 + 128 bytes more; what they mean is the module's.",
      .example = "qvs rtm mod 2 --file changes.bin",
-     .run = writes(sendBlock<VSHYP_RTMModOp, 5, 132>, touchesNothing)},
+     .run = writes(sendBlock<VSHYP_RTMModOp, 5, 132>, touchesNothing),
+     .agrees = requireBlock},
     {.words = "rtm port",
      .summary = "send an operation on a port",
-     .arguments = {{"FIRST", "first word of the operation, 32 bits"},
-                   {"SECOND", "second word of the operation, 32 bits"}},
-     .options = {{"--flag", "N", "the flag behind them, 8 bits (0)"}},
+     .arguments = {{.name = "FIRST",
+                    .summary = "first word of the operation, 32 bits",
+                    .check = checkNumber<0, UINT32_MAX>},
+                   {.name = "SECOND",
+                    .summary = "second word of the operation, 32 bits",
+                    .check = checkNumber<0, UINT32_MAX>}},
+     .options = {{.name = "--flag",
+                  .value = "N",
+                  .summary = "the flag behind them, 8 bits (0)",
+                  .check = checkNumber<0, UINT8_MAX>}},
      .example = "qvs rtm port 67108865 100 --flag 1",
      .run = writes(port, touchesNothing)},
 };

@@ -65,8 +65,6 @@ Value givenScalar(const Setting &setting, const Arguments &arguments) {
     if (isBytes(member)) return parseMember(member, kFileOption, arguments.text(kFileOption));
     const std::string argument = argumentOf(setting);
     if (!member.list) return parseMember(member, argument, arguments.text(argument));
-    if (arguments.given(argument) == arguments.given(kEmptyOption))
-        fail(Exit::Usage, "either {} or {} is required", argument, kEmptyOption);
     return parseItems(member, argument, arguments.all(argument));
 }
 
@@ -82,8 +80,29 @@ Value givenMembers(const Setting &setting, const Target &target, const Arguments
     return value;
 }
 
-void requireAny(const Setting &setting, const Arguments &arguments) {
-    if (setting.isScalar()) return;
+// The completed value. Throws when the target cannot have it.
+Value checkedValue(const Setting &setting, const Target &target, const Value &given,
+                   const Arguments &arguments) {
+    const Value value = completed(setting, given);
+    const std::string problem = problemOf(setting, value);
+    if (!problem.empty()) fail(Exit::Usage, "{}: {}", namedSetting(setting, target), problem);
+    checkReferences(setting, target, value, arguments.given(kStrict.name));
+    checkUsers(setting, target, value, arguments.given(kStrict.name));
+    return value;
+}
+
+void requireItems(const Setting &setting, const Arguments &arguments) {
+    const std::string argument = argumentOf(setting);
+    const Member &member = setting.members[0];
+    if (!isBytes(member) && member.list && arguments.given(argument) == arguments.given(kEmptyOption))
+        fail(Exit::Usage, "either {} or {} is required", argument, kEmptyOption);
+}
+
+}  // namespace
+
+void requireValue(const Arguments &arguments) {
+    const Setting &setting = subjectOf(arguments);
+    if (setting.isScalar()) return requireItems(setting, arguments);
     std::string options;
     for (const Member &member : setting.members) {
         if (arguments.given(optionOf(member))) return;
@@ -92,8 +111,6 @@ void requireAny(const Setting &setting, const Arguments &arguments) {
     if (!arguments.given(kResetOption))
         fail(Exit::Usage, "at least one of {}{} is required", options, kResetOption);
 }
-
-}  // namespace
 
 void getSetting(const Arguments &arguments, Output &out) {
     const Setting &setting = subjectOf(arguments);
@@ -119,17 +136,18 @@ void getSetting(const Arguments &arguments, Output &out) {
 
 void setSetting(const Arguments &arguments, Output &out) {
     const Setting &setting = subjectOf(arguments);
-    requireAny(setting, arguments);
-    const bool scalar = setting.isScalar();
-    Value given = scalar ? givenScalar(setting, arguments) : Value();
-    const Target target = targetOf(setting, arguments);
-    if (!scalar) given = givenMembers(setting, target, arguments);
-    const Value value = completed(setting, given);
-    const std::string problem = problemOf(setting, value);
-    if (!problem.empty()) fail(Exit::Usage, "{}: {}", namedSetting(setting, target), problem);
-    checkReferences(setting, target, value, arguments.given(kStrict.name));
-    checkUsers(setting, target, value, arguments.given(kStrict.name));
-    reportSetting(out, target, storeSetting(setting, target, value));
+    const Value scalar = setting.isScalar() ? givenScalar(setting, arguments) : Value();
+    const std::vector<Target> targets = targetsOf(setting, arguments);
+    std::vector<Value> values;
+    for (const Target &target : targets)
+        values.push_back(checkedValue(setting, target,
+                                      setting.isScalar() ? scalar : givenMembers(setting, target, arguments),
+                                      arguments));
+    if (targets.size() == 1)
+        return reportSetting(out, targets[0], storeSetting(setting, targets[0], values[0]));
+    ChangeList changes(out, targets[0].alias, "ports", "port");
+    for (size_t i = 0; i < targets.size(); i++)
+        changes.add(targets[i].port, storeSetting(setting, targets[i], values[i]));
 }
 
 void clearSettings(const Arguments &arguments, Output &out) {

@@ -123,9 +123,23 @@ const char *setDetails(Made &made, const Setting &setting) {
     return made.keep(fmt::format("{} {}", kKept, setting.details));
 }
 
+// Words that are the values of a setting could not be told from ports.
+bool takesSeveralPorts(const Setting &setting) {
+    return setting.scope == Scope::Port && (!setting.isScalar() || isBytes(setting.members[0]));
+}
+
+Argument portArgument(const Setting &setting, const Command &command) {
+    Argument port = kPortArgument;
+    if (command.run.function == setSetting && takesSeveralPorts(setting)) {
+        port.summary = "identifiers of the ports; all are checked before the first is changed";
+        port.repeated = true;
+    }
+    return port;
+}
+
 void make(Made &made, const Command &command) {
     const auto &setting = *static_cast<const Setting *>(command.subject);
-    if (setting.scope == Scope::Port) made.arguments.push_back(kPortArgument);
+    if (setting.scope == Scope::Port) made.arguments.push_back(portArgument(setting, command));
     std::string example =
         fmt::format("qvs {} sw1{}", command.words, setting.scope == Scope::Port ? " port0" : "");
     Shape &shape = made.shape;
@@ -184,7 +198,7 @@ Option optionFor(const Member &member, std::deque<std::string> &texts) {
             .need = member.required ? Need::Always : Need::Never,
             .choices = choicesOf(member),
             .open = true,
-            .list = member.list && !choicesOf(member).empty()};
+            .list = member.list};
 }
 
 std::span<const Command> settingRows(std::initializer_list<const Setting *> settings) {
@@ -203,6 +217,7 @@ std::span<const Command> settingRows(std::initializer_list<const Setting *> sett
         const Run set = writes(setSetting, touchesSubject);
         add("set", config::refers(*setting) ? looking(set) : set);
         rows.back().check = checkValue;
+        rows.back().agrees = requireValue;
         if (setting->clear != nullptr) add("clear", writes(clearSettings, touchesSubject));
     }
     return rows;

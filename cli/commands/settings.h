@@ -20,6 +20,8 @@ Option optionFor(const config::Member &member, std::deque<std::string> &texts);
 
 // What the rows do with their subject, a setting.
 void getSetting(const Arguments &arguments, Output &out);
+// Throws a usage failure when set is given nothing to store.
+void requireValue(const Arguments &arguments);
 void setSetting(const Arguments &arguments, Output &out);
 void clearSettings(const Arguments &arguments, Output &out);
 

@@ -32,11 +32,12 @@ HeapBuffer fetchSpf(std::string_view subject, Arguments... arguments) {
     return answer;
 }
 
+constexpr RecordKind kSpfPort{"spf-port", "entry", "port"};
+
 void list(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
     auto ask = [&] { return fetchSpf<SPFHYP_GetPortsList>(named(alias), alias.c_str()); };
-    printList(arguments, out, boundedList(ask, SPFHYP_PORT_ENTRY_SIZE, "ports"),
-              {"spf-port", "entry", "port"});
+    printList(arguments, out, boundedList(ask, SPFHYP_PORT_ENTRY_SIZE, "ports"), kSpfPort);
 }
 
 void switchStats(const Arguments &arguments, Output &out) {
@@ -72,9 +73,12 @@ const char *sentName(const Arguments &arguments) {
     return DVS_SwitchId(sw);
 }
 
+void checkMac(std::string_view, const std::string &text) {
+    if (!parseMac(text)) fail(Exit::Usage, "{} is no MAC address, like 02:00:00:00:00:01", inQuotes(text));
+}
+
 void plumb(const Arguments &arguments, Output &out) {
     const std::string &mac = arguments.text("MAC");
-    if (!parseMac(mac)) fail(Exit::Usage, "{} is no MAC address, like 02:00:00:00:00:01", inQuotes(mac));
     require(
         call<SPFHYP_PlumbSpfPort>(sentName(arguments), arguments.text("PORT").c_str(), nullptr, mac.c_str()),
         named(arguments));
@@ -100,7 +104,8 @@ const Command kRows[] = {
      .more = kListOptions,
      .details = "The entries are the kernel's own, 8 bytes each.",
      .example = "qvs spf list sw1",
-     .run = reads(list)},
+     .run = reads(list),
+     .agrees = choosesFrom<kSpfPort>},
     {.words = "spf stats switch",
      .summary = "show the data path's statistics of a switch",
      .arguments = {kSwitchArgument},
@@ -121,7 +126,11 @@ const Command kRows[] = {
      .run = reads(portStats<SPFHYP_GetSVMPortStats, SPFHYP_SVM_STATS_SIZE, kServiceStats>)},
     {.words = "spf plumb",
      .summary = "plumb a port into the data path",
-     .arguments = {kSwitchArgument, kPortArgument, {"MAC", "address of the port, like 02:00:00:00:00:01"}},
+     .arguments = {kSwitchArgument,
+                   kPortArgument,
+                   {.name = "MAC",
+                    .summary = "address of the port, like 02:00:00:00:00:01",
+                    .check = checkMac}},
      .example = "qvs spf plumb sw1 port1 02:00:00:00:01:01",
      .run = lasting(writes(plumb, touchedPort))},
     {.words = "spf unplumb",

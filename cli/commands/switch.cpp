@@ -151,9 +151,8 @@ std::string aliasOfPortset(const std::string &portset) {
 }
 
 void find(const Arguments &arguments, Output &out) {
-    bool byAlias = oneGiven(arguments, {"--portset", "--alias"}) == "--alias";
     const std::string alias =
-        byAlias ? arguments.text("--alias") : aliasOfPortset(arguments.text("--portset"));
+        arguments.given("--alias") ? arguments.text("--alias") : aliasOfPortset(arguments.text("--portset"));
     SwitchView sw(findSwitch(alias));
     std::optional<std::string> fromKernel = kernelId(alias);
     Record record(out);
@@ -189,14 +188,35 @@ void refreshNuma(const Arguments &arguments, Output &out) {
 const Command kRows[] = {
     {.words = "switch create",
      .summary = "create a switch, its uplinks uplink0, uplink1... and its ports port0, port1...",
-     .arguments = {{"ALIAS", "name of the new switch, at most 80 bytes"}},
-     .options = {{"--id", "ID", "identifier, at most 63 bytes (made from the alias)"},
-                 {"--portset", "NAME", "name of the data path on this host, at most 127 bytes (the alias)"},
-                 {"--version", "N", "version of the switch (105)"},
+     .arguments = {{.name = "ALIAS",
+                    .summary = "name of the new switch, at most 80 bytes",
+                    .kind = Kind::Name,
+                    .check = checkFits<kAliasLimit>}},
+     .options = {{.name = "--id",
+                  .value = "ID",
+                  .summary = "identifier, at most 63 bytes (made from the alias)",
+                  .check = checkFits<kSwitchIdLimit>},
+                 {.name = "--portset",
+                  .value = "NAME",
+                  .summary = "name of the data path on this host, at most 127 bytes (the alias)",
+                  .check = checkFits<kPortsetLimit>},
+                 {.name = "--version",
+                  .value = "N",
+                  .summary = "version of the switch (105)",
+                  .check = checkNumber<0, UINT32_MAX>},
                  {"--opaque", nullptr, "its ports are managed from outside"},
-                 {"--max-ports", "N", "port capacity, at most 2147483647 (128)"},
-                 {"--uplinks", "N", "uplinks to create (0)"},
-                 {"--ports", "N", "ports to create (0)"},
+                 {.name = "--max-ports",
+                  .value = "N",
+                  .summary = "port capacity, at most 2147483647 (128)",
+                  .check = checkNumber<0, kMostMaxPorts>},
+                 {.name = "--uplinks",
+                  .value = "N",
+                  .summary = "uplinks to create (0)",
+                  .check = checkNumber<0, UINT32_MAX>},
+                 {.name = "--ports",
+                  .value = "N",
+                  .summary = "ports to create (0)",
+                  .check = checkNumber<0, UINT32_MAX>},
                  kMayExist},
      .details = "A switch that exists is left as it is by --may-exist, and compared in what is given. One "
                 "that is half "

@@ -5,6 +5,7 @@
 #include <qvs/mesh_public.h>
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string_view>
 
@@ -12,6 +13,8 @@
 #include "tool/command.h"
 
 namespace qvs::cli {
+
+inline constexpr uint32_t kMostMaxPorts = std::numeric_limits<int32_t>::max();
 
 // What is known about a switch from the snapshot.
 struct SwitchView {

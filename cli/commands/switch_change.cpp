@@ -3,7 +3,6 @@
 #include <qvs/qvs.h>
 
 #include <algorithm>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,8 +17,6 @@
 
 namespace qvs::cli {
 namespace {
-
-constexpr uint32_t kMostMaxPorts = std::numeric_limits<int32_t>::max();
 
 // Throws when an attribute that was given is not the one the switch has.
 void requireSame(const SwitchView &sw, const Arguments &arguments, const std::string &alias) {
@@ -190,11 +187,8 @@ bool destroyAlias(const std::string &alias) {
 void createSwitch(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("ALIAS");
     const std::string portset = arguments.given("--portset") ? arguments.text("--portset") : alias;
-    requireFits(kAliasLimit, alias);
-    requireFits(kPortsetLimit, portset);
-    if (arguments.given("--id")) requireFits(kSwitchIdLimit, arguments.text("--id"));
     uint32_t version = arguments.number("--version", QVS_SWITCH_VERSION_DEFAULT);
-    uint32_t maxPorts = arguments.number("--max-ports", 0, 0, kMostMaxPorts);
+    uint32_t maxPorts = arguments.number("--max-ports", 0);
     auto nowThere = [&] { return isThere(arguments, alias); };
     bool there = isInTheMaking(arguments, alias) ? comesTrue(nowThere, kLooksAtOthers) : nowThere();
     if (!there) {

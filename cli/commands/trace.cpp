@@ -26,26 +26,23 @@ std::vector<std::string> touchedEnabled(const Arguments &arguments) {
 
 // Checks an address as the library does, which accepts groups of one digit. The library does not report which
 // of two addresses is invalid.
-const std::string &address(const Arguments &arguments, std::string_view name) {
-    const std::string &text = arguments.text(name);
+void checkAddress(std::string_view name, const std::string &text) {
     MacAddress mac{};
     int length = 0;
     int groups = std::sscanf(text.c_str(), "%2hhx:%2hhx:%2hhx:%2hhx:%2hhx:%2hhx%n", &mac[0], &mac[1], &mac[2],
                              &mac[3], &mac[4], &mac[5], &length);
     if (groups != 6 || static_cast<size_t>(length) != text.size())
         fail(Exit::Usage, "{}: {} is not a MAC address", name, inQuotes(text));
-    return text;
 }
 
 void start(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
     const std::string &port = arguments.text("PORT");
-    const std::string &source = address(arguments, "SOURCE");
-    const std::string &destination = address(arguments, "DESTINATION");
+    const std::string &source = arguments.text("SOURCE");
+    const std::string &destination = arguments.text("DESTINATION");
     uint32_t word1 = arguments.number("--word1", 0);
     uint32_t word2 = arguments.number("--word2", 0);
     uint32_t half = arguments.number("--short", 0);
-    if (half > UINT16_MAX) fail(Exit::Usage, "--short: {} is not a number of 16 bits", half);
     uint64_t value1 = wideNumber(arguments, "--value1");
     uint64_t value2 = wideNumber(arguments, "--value2");
     requireFits(kPortIdLimit, port);
@@ -91,11 +88,15 @@ void getTelemetry(const Arguments &arguments, Output &out) {
                 recordIn(config, TFHYP_INT_CONFIG_SIZE));
 }
 
-void setTelemetry(const Arguments &arguments, Output &out) {
-    const std::string &text = arguments.text("CONFIG");
-    std::optional<std::vector<uint8_t>> config = parseHex(text);
+void checkConfig(std::string_view name, const std::string &text) {
+    const std::optional<std::vector<uint8_t>> config = parseHex(text);
     if (!config || config->size() != TFHYP_INT_CONFIG_SIZE)
-        fail(Exit::Usage, "CONFIG: {} is not {} bytes in hexadecimal", inQuotes(text), TFHYP_INT_CONFIG_SIZE);
+        fail(Exit::Usage, "{}: {} is not {} bytes in hexadecimal", name, inQuotes(text),
+             TFHYP_INT_CONFIG_SIZE);
+}
+
+void setTelemetry(const Arguments &arguments, Output &out) {
+    const std::optional<std::vector<uint8_t>> config = parseHex(arguments.text("CONFIG"));
     HeapBuffer held = readTelemetry();
     bool same = std::equal(config->begin(), config->end(), recordIn(held, TFHYP_INT_CONFIG_SIZE).begin());
     if (!same) require(call<TFHYP_SetINTConfig>(config->data()), "telemetry");
@@ -107,11 +108,22 @@ const Command kTraceRows[] = {
      .summary = "have the kernel trace a flow through a port",
      .arguments = {kSwitchArgument,
                    kPortArgument,
-                   {"SOURCE", "MAC address that the flow comes from"},
-                   {"DESTINATION", "MAC address that it goes to"}},
-     .options = {{"--word1", "N", "first word for the kernel, 32 bits (0)"},
-                 {"--word2", "N", "second word, 32 bits (0)"},
-                 {"--short", "N", "short word, 16 bits (0)"},
+                   {.name = "SOURCE",
+                    .summary = "MAC address that the flow comes from",
+                    .check = checkAddress},
+                   {.name = "DESTINATION", .summary = "MAC address that it goes to", .check = checkAddress}},
+     .options = {{.name = "--word1",
+                  .value = "N",
+                  .summary = "first word for the kernel, 32 bits (0)",
+                  .check = checkNumber<0, UINT32_MAX>},
+                 {.name = "--word2",
+                  .value = "N",
+                  .summary = "second word, 32 bits (0)",
+                  .check = checkNumber<0, UINT32_MAX>},
+                 {.name = "--short",
+                  .value = "N",
+                  .summary = "short word, 16 bits (0)",
+                  .check = checkNumber<0, UINT16_MAX>},
                  {"--value1", "N", "first value, 64 bits (0)"},
                  {"--value2", "N", "second value, 64 bits (0)"}},
      .details = "What the words and values mean is the kernel's.",
@@ -149,7 +161,7 @@ const Command kTelemetryRows[] = {
      .run = reads(getTelemetry, touchesNothing)},
     {.words = "int set",
      .summary = "write the telemetry configuration",
-     .arguments = {{"CONFIG", "6 bytes in hexadecimal"}},
+     .arguments = {{.name = "CONFIG", .summary = "6 bytes in hexadecimal", .check = checkConfig}},
      .example = "qvs int set 01:00:00:00:00:0a",
      .run = writes(setTelemetry, touchesNothing)},
 };

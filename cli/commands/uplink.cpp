@@ -72,17 +72,22 @@ std::vector<Uplink> readUplinks(const std::string &alias, std::string *broken) {
     return uplinks;
 }
 
-const std::vector<std::string> &uplinkArguments(const Arguments &arguments, const Limit &limit) {
-    const std::vector<std::string> &uplinks = arguments.all("UPLINK");
+namespace {
+
+// Refuses names that are given twice or are too long.
+template <const Limit &limit>
+void requireUplinksOnce(const Arguments &arguments) {
     std::unordered_set<std::string_view> seen;
-    for (const std::string &uplink : uplinks) {
+    for (const std::string &uplink : arguments.all("UPLINK")) {
         requireFits(limit, uplink);
         if (!seen.insert(uplink).second) fail(Exit::Usage, "uplink {}: given twice", inQuotes(uplink));
     }
-    return uplinks;
 }
 
-namespace {
+void requireUplinksToSet(const Arguments &arguments) {
+    oneGiven(arguments, {"UPLINK", "--count"});
+    requireUplinksOnce<kUplinkLimit>(arguments);
+}
 
 // The port identifier that the kernel has behind a NIC.
 std::string kernelPortOf(const std::string &nic, std::string_view subject) {
@@ -104,11 +109,12 @@ std::optional<std::string_view> unlessEmpty(std::string_view text) {
     return text;
 }
 
+constexpr RecordKind kUplinkEntry{"uplink", "entry", "uplink"};
+
 void listKernel(const Arguments &arguments, const std::string &portset, const std::string &alias,
                 Output &out) {
     auto ask = [&] { return fetched<VSHYP_GetUplinks>(named(alias), portset.c_str()); };
-    printList(arguments, out, boundedList(ask, VSHYP_UPLINK_ENTRY_SIZE, "uplinks"),
-              {"uplink", "entry", "uplink"});
+    printList(arguments, out, boundedList(ask, VSHYP_UPLINK_ENTRY_SIZE, "uplinks"), kUplinkEntry);
 }
 
 void list(const Arguments &arguments, Output &out) {
@@ -175,7 +181,7 @@ namespace {
 // up; a link that is down may still be up administratively, so taking it down is always asked of the kernel.
 void setLinks(const Arguments &arguments, Output &out, bool up) {
     const std::string &alias = arguments.text("SWITCH");
-    const std::vector<std::string> &uplinks = uplinkArguments(arguments, kLinkUplinkLimit);
+    const std::vector<std::string> &uplinks = arguments.all("UPLINK");
     findVswitch(alias);
     std::string portset = portsetOf(alias);
 
@@ -223,30 +229,37 @@ const Command kRows[] = {
                 "ports are a "
                 "failure behind the uplinks that are whole; qvs switch repair mends them.",
      .example = "qvs uplink list sw1",
-     .run = reads(list)},
+     .run = reads(list),
+     .agrees = choosesFrom<kUplinkEntry>},
     {.words = "uplink add",
      .summary = "add uplinks to a switch",
      .arguments = {kSwitchArgument,
-                   {"UPLINK", "name of a new uplink and its port, at most 47 bytes", Kind::Word, false,
+                   {"UPLINK", "name of a new uplink and its port, at most 47 bytes", Kind::Name, false,
                     true}},
      .options = {kMayExist},
      .details = kAddDetails,
      .example = "qvs uplink add sw1 uplink2 --may-exist",
-     .run = writes(addUplinks)},
+     .run = writes(addUplinks),
+     .agrees = requireUplinksOnce<kUplinkLimit>},
     {.words = "uplink remove",
      .summary = "remove uplinks and their ports from a switch",
      .arguments = {kSwitchArgument, kUplinks},
      .options = {kIfExists, kStrict},
      .details = "Removing is not undone when it fails half way; uplink list then says what is left.",
      .example = "qvs uplink remove sw1 uplink2",
-     .run = writes(removeUplinks)},
+     .run = writes(removeUplinks),
+     .agrees = requireUplinksOnce<kUplinkLimit>},
     {.words = "uplink set",
      .summary = "give a switch without uplinks all of them at once",
      .arguments = {kSwitchArgument,
-                   {"UPLINK", "name of a new uplink and its port, at most 47 bytes", Kind::Word, true, true}},
-     .options = {{"--count", "N", "this many, called uplink0, uplink1..."}},
+                   {"UPLINK", "name of a new uplink and its port, at most 47 bytes", Kind::Name, true, true}},
+     .options = {{.name = "--count",
+                  .value = "N",
+                  .summary = "this many, called uplink0, uplink1...",
+                  .check = checkNumber<0, UINT32_MAX>}},
      .example = "qvs uplink set sw1 left right",
-     .run = writes(setUplinks)},
+     .run = writes(setUplinks),
+     .agrees = requireUplinksToSet},
     {.words = "uplink clear",
      .summary = "forget the uplinks of a switch and leave their ports as ordinary ones",
      .arguments = {kSwitchArgument},
@@ -261,13 +274,15 @@ const Command kRows[] = {
      .arguments = {kSwitchArgument, kUplinks},
      .details = kLinkDetails,
      .example = "qvs uplink up sw1 uplink0",
-     .run = lasting(writes(takeUp))},
+     .run = lasting(writes(takeUp)),
+     .agrees = requireUplinksOnce<kLinkUplinkLimit>},
     {.words = "uplink down",
      .summary = "disable uplinks",
      .arguments = {kSwitchArgument, kUplinks},
      .details = kLinkDetails,
      .example = "qvs uplink down sw1 uplink0",
-     .run = lasting(writes(takeDown))},
+     .run = lasting(writes(takeDown)),
+     .agrees = requireUplinksOnce<kLinkUplinkLimit>},
 };
 
 }  // namespace

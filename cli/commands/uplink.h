@@ -16,9 +16,6 @@ namespace qvs::cli {
 // consistent. May load the snapshot again.
 std::vector<Uplink> readUplinks(const std::string &alias, std::string *broken = nullptr);
 
-// The uplinks that are given. Throws for a name that is given twice or is too long.
-const std::vector<std::string> &uplinkArguments(const Arguments &arguments, const Limit &limit);
-
 // Warns, or with `strict` fails, when these uplinks have the only links of their switch and are about to lose
 // them. An uplink is given by its name, its port or its NIC.
 void checkLinksLeft(const std::string &alias, const std::vector<std::string> &taken, bool strict);

@@ -37,8 +37,7 @@ std::string hintFor(HYP_ReturnStatus status, uint32_t maxPorts, const std::strin
 
 // The names of the uplinks: those given, or uplink0, uplink1 and so on.
 std::vector<std::string> wantedUplinks(const Arguments &arguments) {
-    if (oneGiven(arguments, {"UPLINK", "--count"}) == "UPLINK")
-        return uplinkArguments(arguments, kUplinkLimit);
+    if (arguments.given("UPLINK")) return arguments.all("UPLINK");
     uint32_t count = arguments.number("--count", 0);
     std::vector<std::string> names;
     // No switch has room for more, and the comparison needs one name more than any has.
@@ -66,7 +65,7 @@ bool hasLists(const std::string &alias) {
 
 void addUplinks(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
-    const std::vector<std::string> &wanted = uplinkArguments(arguments, kUplinkLimit);
+    const std::vector<std::string> &wanted = arguments.all("UPLINK");
     findVswitch(alias);
     std::vector<Uplink> uplinks = readUplinks(alias);
     DVSSwitch *sw = findVswitch(alias);
@@ -96,7 +95,7 @@ void addUplinks(const Arguments &arguments, Output &out) {
 
 void removeUplinks(const Arguments &arguments, Output &out) {
     const std::string &alias = arguments.text("SWITCH");
-    const std::vector<std::string> &wanted = uplinkArguments(arguments, kUplinkLimit);
+    const std::vector<std::string> &wanted = arguments.all("UPLINK");
     findVswitch(alias);
     std::vector<Uplink> uplinks = readUplinks(alias);
 

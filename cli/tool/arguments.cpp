@@ -15,6 +15,7 @@
 #include "tool/run.h"
 #include "tool/suggest.h"
 #include "tool/terminal.h"
+#include "tool/values.h"
 
 namespace qvs::cli {
 
@@ -45,11 +46,7 @@ const char *Arguments::orNull(std::string_view name) const {
 }
 
 uint32_t Arguments::number(std::string_view name, uint32_t absent, uint32_t least, uint32_t most) const {
-    if (!given(name)) return absent;
-    std::optional<uint32_t> value = parseNumber(text(name));
-    if (!value || *value < least || *value > most)
-        fail(Exit::Usage, "{}: {} is not a number from {} to {}", name, inQuotes(text(name)), least, most);
-    return *value;
+    return given(name) ? numberIn(name, text(name), least, most) : absent;
 }
 
 void Arguments::add(std::string_view name, std::vector<std::string> values) {
@@ -68,6 +65,7 @@ struct Slot {
     const char *name = nullptr;
     Kind kind = Kind::Word;
     Choices choices = {};
+    Check check = nullptr;
     CLI::Option *option = nullptr;
     std::vector<std::string> values = {};
     bool flag = false;
@@ -95,8 +93,11 @@ void configure(Slot &slot, bool repeated) {
 }
 
 void addArgument(CLI::App &app, std::deque<Slot> &slots, const Argument &argument) {
-    Slot &slot = slots.emplace_back(Slot{
-        .name = argument.name, .kind = argument.kind, .choices = argument.choices, .open = argument.open});
+    Slot &slot = slots.emplace_back(Slot{.name = argument.name,
+                                         .kind = argument.kind,
+                                         .choices = argument.choices,
+                                         .check = argument.check,
+                                         .open = argument.open});
     slot.option = app.add_option(argument.name, slot.values);
     configure(slot, argument.repeated);
     slot.option->required(!argument.optional);
@@ -104,8 +105,11 @@ void addArgument(CLI::App &app, std::deque<Slot> &slots, const Argument &argumen
 }
 
 void addOption(CLI::App &app, std::deque<Slot> &slots, const Option &option) {
-    Slot &slot = slots.emplace_back(
-        Slot{.name = option.name, .kind = option.kind, .choices = option.choices, .open = option.open});
+    Slot &slot = slots.emplace_back(Slot{.name = option.name,
+                                         .kind = option.kind,
+                                         .choices = option.choices,
+                                         .check = option.check,
+                                         .open = option.open});
     if (option.value == nullptr) {
         slot.option = app.add_flag(option.name, slot.flag);
         slot.option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
@@ -212,20 +216,36 @@ void requireGood(const Command &command, const Slot &slot) {
         // A variable that is not set gives an empty name.
         if (value.empty() && (directory || file))
             fail(Exit::Usage, "{}: the name of a {} is empty", slot.name, directory ? "directory" : "file");
+        if (slot.check != nullptr) slot.check(slot.name, value);
         if (command.check != nullptr) command.check(command, slot.name, value);
     }
 }
 
+// Refuses a call with none or several of the options of a choice.
+void requireChosen(const std::vector<Option> &options, const Arguments &arguments) {
+    std::vector<const char *> choice;
+    for (const Option &option : options) {
+        if (option.need == Need::Choice) {
+            choice.push_back(option.name);
+        } else if (!choice.empty()) {
+            break;
+        }
+    }
+    if (!choice.empty()) (void)oneGiven(arguments, choice);
+}
+
 // Refuses a call that lacks an option that it needs, or has options that exclude each other.
 void requireConsistent(const Command &command, const Arguments &arguments) {
-    for (const Option &option : optionsOf(command)) {
+    const std::vector<Option> options = optionsOf(command);
+    requireChosen(options, arguments);
+    for (const Option &option : options) {
         const bool given = arguments.given(option.name);
         if (option.need == Need::Always && !given)
             failUsage(command, fmt::format("{} is needed", option.name));
         if (given && option.excludes != nullptr && arguments.given(option.excludes))
             fail(Exit::Usage, "{} and {} exclude each other", option.name, option.excludes);
-        // The command checks the bounds.
-        const bool isNumber = option.value != nullptr && option.value == std::string_view("N");
+        const bool isNumber =
+            option.value != nullptr && option.value == std::string_view("N") && option.check == nullptr;
         if (given && isNumber && command.check == nullptr && !parseWideNumber(arguments.text(option.name)))
             fail(Exit::Usage, "{}: {} is not a number of 0 or more", option.name,
                  inQuotes(arguments.text(option.name)));
@@ -304,6 +324,10 @@ Arguments parseArguments(const Command &command, std::span<const std::string> wo
     for (Slot &slot : slots) {
         if (slot.option->count() == 0 || (slot.values.empty() && !slot.flag)) continue;
         std::for_each(slot.values.begin(), slot.values.end(), unguard);
+        // A backslash that begins no escape stands for itself.
+        if (isName(slot.kind))
+            for (std::string &value : slot.values)
+                value = parseShown(value).value_or(value);
         requireGood(command, slot);
         arguments.add(slot.name, std::move(slot.values));
     }
@@ -313,6 +337,7 @@ Arguments parseArguments(const Command &command, std::span<const std::string> wo
         arguments.add(verbatim->name, {words.begin() + static_cast<long>(own.size()) + 1, words.end()});
     }
     requireConsistent(command, arguments);
+    if (command.agrees != nullptr) command.agrees(arguments);
     return arguments;
 }
 

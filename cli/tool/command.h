@@ -19,10 +19,33 @@ class Output;
 
 // What a word names, so that completion can offer names. The parser refuses an empty name of a file,
 // directory or lab. A lab is a file, or the name of an installed lab.
-enum class Kind { Word, Switch, Port, Uplink, Session, Checkpoint, Command, File, Directory, Program, Lab };
+// A Name is that of a new object.
+enum class Kind {
+    Word,
+    Name,
+    Switch,
+    Port,
+    Uplink,
+    Session,
+    Checkpoint,
+    Command,
+    File,
+    Directory,
+    Program,
+    Lab
+};
+// Whether a value names an object of the host. It may be typed as it is shown, with escapes.
+constexpr bool isName(Kind kind) {
+    return kind == Kind::Name || kind == Kind::Switch || kind == Kind::Port || kind == Kind::Uplink ||
+           kind == Kind::Session;
+}
 
 // The words that an argument or a value may be. Completion offers them.
 using Choices = std::span<const char *const>;
+
+// Throws a usage failure when an argument or option cannot have this value. Runs before the host is looked
+// for, once for each value.
+using Check = void (*)(std::string_view name, const std::string &value);
 
 struct Argument {
     const char *name;
@@ -33,10 +56,11 @@ struct Argument {
     bool verbatim = false;  // takes all words behind --, unchanged; only the sole argument of a row
     Choices choices = {};
     bool open = false;  // the command itself refuses words that are no choice
+    Check check = nullptr;
 };
 
 // Whether an option is required: never, always, or as one of a choice. A choice is a group of adjacent
-// options of which the command requires one.
+// options of which exactly one is required; a command has one at most.
 enum class Need { Never, Always, Choice };
 
 struct Option {
@@ -52,6 +76,7 @@ struct Option {
     bool list = false;  // the value is a list with commas; each item may be one of the choices
     // An option without which this one has no meaning. Ignored in commands that do not have that option.
     const char *needs = nullptr;
+    Check check = nullptr;
 };
 
 // Reads and Writes need a host; Local commands run anywhere.
@@ -143,6 +168,9 @@ struct Command {
     // Throws a usage failure when an argument or option cannot have this value. Runs before the host is
     // looked for. Null: the command checks all values itself.
     void (*check)(const Command &, std::string_view name, const std::string &value) = nullptr;
+    // Throws a usage failure when the arguments and options do not go together. Runs before the host is
+    // looked for, behind the checks of the values.
+    void (*agrees)(const Arguments &) = nullptr;
 };
 Shape shapeOf(const Command &command);
 

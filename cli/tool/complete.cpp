@@ -97,19 +97,31 @@ std::vector<std::string> sourceWords(const NameSource &source, const Line &line)
     return words;
 }
 
-// Runs the command that prints the names of a kind. Offers none when it fails, as without a host.
-void offerNames(const Line &line, Kind kind, Output &out) {
-    for (const NameSource &source : program().names) {
-        if (source.kind != kind) continue;
-        const std::vector<std::string> words = sourceWords(source, line);
-        if (words.empty()) return;
-        out.flush();
-        try {
-            execute(parseCall(words));
-        } catch (const Failure &) {
-            return;
-        }
+// The names of a kind, as the command prints them. None when it fails, as without a host.
+std::vector<std::string> namesOf(const Line &line, Kind kind) {
+    const auto source = std::ranges::find(program().names, kind, &NameSource::kind);
+    if (source == program().names.end()) return {};
+    const std::vector<std::string> words = sourceWords(*source, line);
+    if (words.empty()) return {};
+    Output printed(false);
+    printed.keep();
+    try {
+        runCall(parseCall(words), printed);
+    } catch (const Failure &) {
+        return {};
     }
+    std::vector<std::string> names;
+    std::string_view text(printed.buffer().data(), printed.buffer().size());
+    while (!text.empty()) {
+        names.emplace_back(text.substr(0, text.find('\n')));
+        text.remove_prefix(std::min(names.back().size() + 1, text.size()));
+    }
+    return names;
+}
+
+void offerNames(const Line &line, Kind kind, Output &out) {
+    for (const std::string &name : namesOf(line, kind))
+        out.write(fmt::format("{}\n", name));
 }
 
 const char *filesOf(Kind kind) {
@@ -137,15 +149,17 @@ void offerValues(const Line &line, Kind kind, Choices choices, Output &out) {
     offerNames(line, kind, out);
 }
 
-// Offers the list as it is typed up to its last item, with each choice that is not in it yet as that item.
-void offerItems(std::string_view list, Choices choices, Output &out) {
+// Offers the list as it is typed up to its last item, with each choice or name that is not in it yet as that
+// item.
+void offerItems(const Line &line, std::string_view list, const Option &option, Output &out) {
     out.write("-\n");
     const size_t comma = list.rfind(',');
     const std::string_view before = comma == std::string_view::npos ? "" : list.substr(0, comma + 1);
     const std::vector<std::string> given = splitList(before);
-    for (const char *choice : choices) {
-        if (std::ranges::find(given, choice) == given.end())
-            offer(out, fmt::format("{}{}", before, choice), "");
+    std::vector<std::string> items = namesOf(line, option.kind);
+    items.insert(items.begin(), option.choices.begin(), option.choices.end());
+    for (const std::string &item : items) {
+        if (std::ranges::find(given, item) == given.end()) offer(out, fmt::format("{}{}", before, item), "");
     }
 }
 
@@ -200,7 +214,7 @@ void offerNext(std::span<const std::string> words, Output &out) {
     if (!valued && !line.behind && current.starts_with("--") && equals != std::string::npos)
         valued = optionNamed(line.command, current.substr(0, equals));
     if (valued && valued->list)
-        return offerItems(line.unfinished ? current : current.substr(equals + 1), valued->choices, out);
+        return offerItems(line, line.unfinished ? current : current.substr(equals + 1), *valued, out);
     if (valued) return offerValues(line, valued->kind, valued->choices, out);
     if (!line.behind && current.starts_with("-")) return offerOptions(line, out);
     if (line.command != nullptr) return offerArgument(line, out);

@@ -83,9 +83,11 @@ bool hasWord(std::string_view text, std::string_view letters) {
 }
 
 // What a search looks at, in small letters. The options that many commands share are found by their names
-// alone.
-std::string searchedText(const Command &command) {
+// alone. The details and the example are searched when nothing else was found.
+std::string searchedText(const Command &command, bool inDetails) {
     const Shape shape = shapeOf(command);
+    if (inDetails)
+        return lower(fmt::format("{} {}", shape.details == nullptr ? "" : shape.details, shape.example));
     std::string text = fmt::format("{} {}", command.words, shape.summary);
     for (const Option &option : shape.options)
         text += fmt::format(" {} {}", option.name, option.summary);
@@ -284,14 +286,17 @@ std::string nounHelp(std::span<const std::string> asked) {
 std::string searchHelp(std::span<const std::string> asked) {
     const std::vector<std::string> meanings =
         asked.size() == 1 ? meaningsOf(lower(asked.front())) : std::vector<std::string>();
-    return pickedHelp([&](const Command &command) {
-        if (std::ranges::any_of(meanings,
-                                [&](std::string_view each) { return beginsWith(command, splitWords(each)); }))
-            return true;
-        const std::string text = searchedText(command);
-        return std::ranges::all_of(asked,
-                                   [&](const std::string &word) { return hasWord(text, lower(word)); });
-    });
+    const auto search = [&](bool inDetails) {
+        return pickedHelp([&](const Command &command) {
+            const auto isMeant = [&](std::string_view each) { return beginsWith(command, splitWords(each)); };
+            if (std::ranges::any_of(meanings, isMeant)) return true;
+            const std::string text = searchedText(command, inDetails);
+            return std::ranges::all_of(asked,
+                                       [&](const std::string &word) { return hasWord(text, lower(word)); });
+        });
+    };
+    const std::string found = search(false);
+    return found.empty() ? search(true) : found;
 }
 
 std::string commandHelp(const Command &command) {

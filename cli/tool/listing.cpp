@@ -11,10 +11,6 @@
 namespace qvs::cli {
 namespace {
 
-void put(fmt::memory_buffer &out, std::string_view text) {
-    out.append(text);
-}
-
 // The least width to which a column is cut, and a column of numbers, which are not cut themselves.
 constexpr size_t kLeastColumn = 6;
 constexpr size_t kLeastNumbers = 5;

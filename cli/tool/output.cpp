@@ -20,10 +20,6 @@ namespace {
 
 constexpr size_t kDrainAt = size_t{64} * 1024;
 
-void put(fmt::memory_buffer &out, std::string_view text) {
-    out.append(text);
-}
-
 void writeAll(int fd, std::string_view bytes, std::string_view what) {
     while (!bytes.empty()) {
         ssize_t written = ::write(fd, bytes.data(), bytes.size());
@@ -53,7 +49,7 @@ void Output::write(Bytes bytes) {
 }
 
 void Output::drain() {
-    if (buffer_.size() >= kDrainAt) flush();
+    if (buffer_.size() >= kDrainAt && !keeps_) flush();
 }
 
 void Output::flush() {

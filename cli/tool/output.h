@@ -31,8 +31,9 @@ class Output {
     fmt::memory_buffer &buffer() { return buffer_; }
     void write(std::string_view text);
     void write(Bytes bytes);
-    // Writes the buffer out when it is large.
+    // Writes the buffer out when it is large, unless all of it is to be kept.
     void drain();
+    void keep() { keeps_ = true; }
     void flush();
 
     // The exit status when the command does not fail.
@@ -42,6 +43,7 @@ class Output {
   private:
     bool json_;
     bool wide_;
+    bool keeps_ = false;
     int exitCode_ = 0;
     fmt::memory_buffer buffer_;
 };
@@ -60,6 +62,10 @@ inline Flag linkState(bool up) {
 struct Words {
     std::vector<std::string_view> words;
 };
+
+inline void put(fmt::memory_buffer &out, std::string_view text) {
+    out.append(text);
+}
 
 void appendJson(fmt::memory_buffer &out, std::string_view text);
 void appendJson(fmt::memory_buffer &out, uint32_t number);

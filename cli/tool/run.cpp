@@ -108,14 +108,18 @@ Call parseCall(std::vector<std::string> words) {
     return call;
 }
 
+void runCall(const Call &call, Output &out) {
+    if (program().run != nullptr) {
+        program().run(call, out);
+    } else {
+        call.command->run(call.arguments, out);
+    }
+}
+
 int execute(const Call &call) {
     Output out(call.arguments.given("--json"), call.arguments.given("--wide"));
     try {
-        if (program().run != nullptr) {
-            program().run(call, out);
-        } else {
-            call.command->run(call.arguments, out);
-        }
+        runCall(call, out);
     } catch (const Failure &) {
         // Output of the command comes before the message of the failure.
         out.flush();

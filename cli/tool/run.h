@@ -22,6 +22,9 @@ Call parseCall(std::vector<std::string> words);
 // Parses the words behind the words of the command. Throws a usage failure.
 Arguments parseArguments(const Command &command, std::span<const std::string> words);
 
+// Runs a call and leaves its output in `out`. Throws Failure.
+void runCall(const Call &call, Output &out);
+
 // Runs a call, writes its output and returns the exit code. Throws Failure.
 int execute(const Call &call);
 

@@ -119,6 +119,7 @@ Fit fitOf(const Command &command, const Option &option, std::string_view word) {
         return std::find(choices.begin(), choices.end(), word) != choices.end() ? Fit::Certain : Fit::None;
     }
     try {
+        if (option.check != nullptr) option.check(option.name, std::string(word));
         if (command.check != nullptr) command.check(command, option.name, std::string(word));
     } catch (const Failure &) {
         return Fit::None;
@@ -126,6 +127,7 @@ Fit fitOf(const Command &command, const Option &option, std::string_view word) {
     const bool number = parseWideNumber(word).has_value();
     switch (option.kind) {
         case Kind::Word:
+        case Kind::Name:
             return number && contains(numeric, option.value) ? Fit::Possible : Fit::None;
         case Kind::File:
         case Kind::Directory:

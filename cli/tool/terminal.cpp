@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tool/terminal.h"
 
-#include <clocale>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <cwchar>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -35,42 +33,6 @@ std::optional<size_t> columnsSet() {
     return std::max(columns, kLeastColumns);
 }
 
-// The number of bytes of the first character of a text.
-size_t lengthOfFirst(std::string_view text) {
-    size_t length = 1;
-    while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xc0) == 0x80)
-        length++;
-    return length;
-}
-
-// wcwidth() knows the width of characters only in a Unicode locale.
-class UnicodeLocale {
-  public:
-    UnicodeLocale() : locale_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {
-        if (locale_ != nullptr) before_ = uselocale(locale_);
-    }
-    ~UnicodeLocale() {
-        if (locale_ == nullptr) return;
-        uselocale(before_);
-        freelocale(locale_);
-    }
-    UnicodeLocale(const UnicodeLocale &) = delete;
-    UnicodeLocale &operator=(const UnicodeLocale &) = delete;
-
-    size_t columnsOf(std::string_view character) const {
-        if (character.size() == 1 || locale_ == nullptr) return 1;
-        wchar_t wide = 0;
-        std::mbstate_t state{};
-        if (std::mbrtowc(&wide, character.data(), character.size(), &state) != character.size()) return 1;
-        const int columns = wcwidth(wide);
-        return columns < 0 ? 1 : static_cast<size_t>(columns);
-    }
-
-  private:
-    locale_t locale_;
-    locale_t before_ = nullptr;
-};
-
 // The columns of the terminal behind a file descriptor, if there is one.
 std::optional<size_t> columnsBehind(int file) {
     if (isatty(file) != 1) return std::nullopt;
@@ -78,10 +40,6 @@ std::optional<size_t> columnsBehind(int file) {
     struct winsize size {};
     if (ioctl(file, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualColumns;
     return std::max<size_t>(size.ws_col, kLeastColumns);
-}
-
-bool isAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 }  // namespace
@@ -108,31 +66,6 @@ bool showsBold() {
     const char *type = std::getenv("TERM");
     return isatty(STDOUT_FILENO) == 1 && (refused == nullptr || *refused == '\0') &&
            (type == nullptr || std::string_view(type) != "dumb");
-}
-
-size_t columnsOf(std::string_view text) {
-    if (isAscii(text)) return text.size();
-    const UnicodeLocale locale;
-    size_t columns = 0;
-    while (!text.empty()) {
-        const size_t length = lengthOfFirst(text);
-        columns += locale.columnsOf(text.substr(0, length));
-        text.remove_prefix(length);
-    }
-    return columns;
-}
-
-std::string cutTo(std::string_view text, size_t columns) {
-    if (columnsOf(text) <= columns) return std::string(text);
-    const UnicodeLocale locale;
-    size_t taken = 0;
-    for (size_t used = 0; taken < text.size();) {
-        const size_t length = lengthOfFirst(text.substr(taken));
-        used += locale.columnsOf(text.substr(taken, length));
-        if (used >= columns) break;
-        taken += length;
-    }
-    return std::string(text.substr(0, taken)) + "…";
 }
 
 void appendWrapped(std::string &out, std::string_view text, size_t at, size_t indent, size_t most) {

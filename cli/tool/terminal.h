@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// The width of the terminal and of text, and how text is cut and wrapped to fit it.
+// The width of the terminal, and how text is wrapped to fit it.
 #pragma once
 
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "base/columns.h"
 
 namespace qvs::cli {
 
@@ -21,12 +23,6 @@ size_t messageColumns();
 
 // Whether standard output is a terminal that may show bold text.
 bool showsBold();
-
-// The columns of a text: none for combining characters, two for wide ones.
-size_t columnsOf(std::string_view text);
-
-// Returns the text, or its first characters and "…" when it has more columns.
-std::string cutTo(std::string_view text, size_t columns);
 
 // Appends words that are separated by blanks, the first at the column `at`. Breaks lines between words so
 // that they fit `most` columns, and begins each new line at the column `indent`. Keeps the line breaks of the

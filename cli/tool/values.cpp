@@ -25,6 +25,17 @@ std::string nameOf(Names names, uint32_t number) {
     return number < names.size() ? names[number] : fmt::to_string(number);
 }
 
+uint32_t numberIn(std::string_view name, const std::string &text, uint32_t least, uint32_t most) {
+    const std::optional<uint32_t> value = parseNumber(text);
+    if (!value || *value < least || *value > most)
+        fail(Exit::Usage, "{}: {} is not a number from {} to {}", name, inQuotes(text), least, most);
+    return *value;
+}
+
+void checkHex(std::string_view name, const std::string &text) {
+    if (!parseHex(text)) fail(Exit::Usage, "{}: {} is not a row of pairs of digits", name, inQuotes(text));
+}
+
 uint64_t wideNumber(const Arguments &arguments, std::string_view name) {
     if (!arguments.given(name)) return 0;
     const std::string &text = arguments.text(name);
@@ -44,7 +55,7 @@ std::vector<std::string> splitList(std::string_view text) {
     }
 }
 
-std::string_view oneGiven(const Arguments &arguments, std::initializer_list<const char *> names) {
+std::string_view oneGiven(const Arguments &arguments, const std::vector<const char *> &names) {
     std::string_view found;
     for (const char *name : names) {
         if (!arguments.given(name)) continue;
@@ -79,12 +90,8 @@ std::vector<uint8_t> readFile(const std::string &path, size_t most, bool (*enoug
 
 std::vector<uint8_t> bytesGiven(const Arguments &arguments, const char *argument) {
     if (oneGiven(arguments, {argument, "--file"}) == "--file") return readFile(arguments.text("--file"));
-    std::optional<std::vector<uint8_t>> bytes = parseHex(arguments.text(argument));
-    if (!bytes) {
-        fail(Exit::Usage, "{}: {} is not a row of pairs of digits", argument,
-             inQuotes(arguments.text(argument)));
-    }
-    return *bytes;
+    checkHex(argument, arguments.text(argument));
+    return *parseHex(arguments.text(argument));
 }
 
 }  // namespace qvs::cli

@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <cwchar>
 
+#include "base/columns.h"
 #include "base/natural.h"
 #include "base/quantity.h"
 
@@ -156,42 +156,10 @@ std::vector<const Port *> chosenPorts(const Sample &sample, const Choice &choice
     return ports;
 }
 
-size_t columnsOf(std::string_view text) {
-    if (std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; })) return text.size();
-    size_t columns = 0;
-    std::mbstate_t state{};
-    while (!text.empty()) {
-        wchar_t wide = 0;
-        const size_t length = std::mbrtowc(&wide, text.data(), text.size(), &state);
-        if (length == 0 || length > text.size()) {
-            // No character of this locale.
-            state = {};
-            columns++;
-            text.remove_prefix(1);
-            continue;
-        }
-        const int width = wcwidth(wide);
-        columns += width < 0 ? 1 : static_cast<size_t>(width);
-        text.remove_prefix(length);
-    }
-    return columns;
-}
-
 std::string fitted(std::string_view text, size_t columns, bool right) {
-    std::string cut(text);
-    size_t width = columnsOf(cut);
-    if (width > columns) {
-        const bool isUnicode = MB_CUR_MAX > 1;
-        while (!cut.empty() && columnsOf(cut) + 1 > columns) {
-            // A character of several bytes goes as a whole.
-            while (!cut.empty() && (static_cast<unsigned char>(cut.back()) & 0xc0) == 0x80)
-                cut.pop_back();
-            if (!cut.empty()) cut.pop_back();
-        }
-        if (columns > 0) cut += isUnicode ? "…" : "~";
-        width = columnsOf(cut);
-    }
-    const std::string blanks(columns - std::min(width, columns), ' ');
+    // Without room there is no room for the mark of a cut either.
+    const std::string cut = columns == 0 ? "" : cutTo(text, columns, MB_CUR_MAX > 1 ? "…" : "~");
+    const std::string blanks(columns - std::min(columnsOf(cut), columns), ' ');
     return right ? blanks + cut : cut + blanks;
 }
 

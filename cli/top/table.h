@@ -26,8 +26,6 @@ std::string_view nameOf(Sort sort);
 // The ports that are shown, in their order.
 std::vector<const Port *> chosenPorts(const Sample &sample, const Choice &choice);
 
-// The columns of a text on a terminal: none for combining characters, two for wide ones.
-size_t columnsOf(std::string_view text);
 // The text in exactly so many columns: cut with "~" at its end, or padded.
 std::string fitted(std::string_view text, size_t columns, bool right = false);
 

@@ -11,10 +11,6 @@
 namespace qvs::cli {
 namespace {
 
-void put(fmt::memory_buffer &out, std::string_view text) {
-    out.append(text);
-}
-
 // The members of one object.
 class Object {
   public:

@@ -32,9 +32,12 @@ void list(const Arguments &arguments, Output &out) {
             names.add(nic.name);
         return names.finish();
     }
+    // A kernel that stores no speeds has none to show.
+    const bool hasSpeeds =
+        std::ranges::any_of(nics, [](const BoundNic &nic) { return nic.uplink->speedMbps.has_value(); });
     Listing listing(out, {{"nic", "NIC"},
                           {"linkUp", "LINK"},
-                          {"speedMbps", "MBIT/S"},
+                          {"speedMbps", hasSpeeds ? "MBIT/S" : nullptr},
                           {"switch", "SWITCH"},
                           {"uplink", "UPLINK"},
                           {"port", "PORT"}});
@@ -53,7 +56,7 @@ const Command kRows[] = {
      .options = {kNames},
      .details =
          "A NIC that no uplink is bound to is not known to the switches. MBIT/S is the speed in megabits "
-         "per second, where the kernel stores it.",
+         "per second; it is left out when the kernel stores none.",
      .example = "qvs nic list",
      .run = reads(list)},
 };

@@ -103,15 +103,9 @@ constexpr PortColumn kPortColumns[] = {
      [](const SwitchFacts &, const PortFacts &port) { return Cell{&port.policies}; }},
 };
 
-std::vector<const PortColumn *> columnsGiven(const Arguments &arguments, bool json) {
+std::vector<const PortColumn *> parseColumns(const std::string &text) {
     std::vector<const PortColumn *> columns;
-    if (!arguments.given("--columns")) {
-        for (const PortColumn &column : kPortColumns)
-            if (column.usual == Usual::Everywhere || column.usual == (json ? Usual::InJson : Usual::InText))
-                columns.push_back(&column);
-        return columns;
-    }
-    for (const std::string &name : splitList(arguments.text("--columns"))) {
+    for (const std::string &name : splitList(text)) {
         const auto *column = std::ranges::find(kPortColumns, name, &PortColumn::name);
         std::string names;
         for (const PortColumn &each : kPortColumns)
@@ -123,6 +117,19 @@ std::vector<const PortColumn *> columnsGiven(const Arguments &arguments, bool js
         columns.push_back(column);
     }
     if (columns.empty()) fail(Exit::Usage, "--columns: is empty");
+    return columns;
+}
+
+void checkColumns(std::string_view, const std::string &text) {
+    (void)parseColumns(text);
+}
+
+std::vector<const PortColumn *> columnsGiven(const Arguments &arguments, bool json) {
+    if (arguments.given("--columns")) return parseColumns(arguments.text("--columns"));
+    std::vector<const PortColumn *> columns;
+    for (const PortColumn &column : kPortColumns)
+        if (column.usual == Usual::Everywhere || column.usual == (json ? Usual::InJson : Usual::InText))
+            columns.push_back(&column);
     return columns;
 }
 
@@ -142,7 +149,15 @@ const Option kColumnsOption{.name = "--columns",
                             .excludes = kKernelOption,
                             .choices = kColumnNames,
                             .open = true,
-                            .list = true};
+                            .list = true,
+                            .check = checkColumns};
+
+const Option kVlanOption{
+    .name = "--vlan",
+    .value = "N",
+    .summary = "the ports in this VLAN, and those whose trunk carries it, without uplinks",
+    .excludes = kKernelOption,
+    .check = checkNumber<1, QVS_VLAN_MAX>};
 
 void listPorts(DVSSwitch *sw, const Arguments &arguments, Output &out) {
     const std::vector<const PortColumn *> columns = columnsGiven(arguments, out.json());
@@ -150,9 +165,17 @@ void listPorts(DVSSwitch *sw, const Arguments &arguments, Output &out) {
     if (std::ranges::any_of(columns, [](const PortColumn *column) { return column->cell == ofUplink; }))
         askCarriers(arguments, facts);
     std::vector<const PortFacts *> ports;
+    const bool all = !arguments.given(kVlanOption.name);
+    const uint32_t vlan = arguments.number(kVlanOption.name, 0);
     for (const PortFacts &port : facts.ports)
-        ports.push_back(&port);
+        if (all || (!port.uplink && carriesVlan(port.vlanPolicy, vlan))) ports.push_back(&port);
     std::ranges::sort(ports, {}, &PortFacts::index);
+    if (arguments.given(kNames.name)) {
+        NameList names(out);
+        for (const PortFacts *port : ports)
+            names.add(port->id);
+        return names.finish();
+    }
 
     std::vector<Column> headings;
     headings.reserve(columns.size());

@@ -13,6 +13,7 @@ namespace qvs::cli {
 // The ports of a switch, in the columns that --columns chooses.
 void listPorts(DVSSwitch *sw, const Arguments &arguments, Output &out);
 extern const Option kColumnsOption;
+extern const Option kVlanOption;
 
 // All settings of a port: what holds, and whether it is stored.
 void addSettings(Record &record, Output &out, const std::string &alias, DVSPort *port);

@@ -215,8 +215,6 @@ void watch(const Arguments &arguments, Output &out) {
 }
 
 void stats(const Arguments &arguments, Output &out) {
-    if (arguments.given("--interval") && !arguments.given("--watch"))
-        fail(Exit::Usage, "--interval requires --watch");
     if (arguments.given("--watch")) return watch(arguments, out);
     const std::vector<SwitchFacts> all = gather(arguments);
     const std::vector<Row> rows = rowsOf(arguments, all);
@@ -231,7 +229,7 @@ const Command kRows[] = {
      .arguments = {{"SWITCH", "alias of a switch; all switches without one", Kind::Switch, true},
                    {"PORT", "identifier of a port; all ports without one", Kind::Port, true}},
      .options = {{"--watch", nullptr, "show them again and again, with their growth per second"},
-                 {"--interval", "SECONDS", "look at the host so often; a fraction is allowed (1)"}},
+                 intervalOption("look at the host so often; a fraction is allowed (1)", "--watch")},
      .details =
          "Of one port, all sixteen counters are shown; of several, the sums over unicast, multicast and "
          "broadcast, and what was dropped. JSON has all counters of each port; with --watch, a line for each "

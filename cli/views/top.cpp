@@ -20,6 +20,7 @@
 #include "access/pace.h"
 #include "config/library/host.h"
 #include "tool/output.h"
+#include "tool/values.h"
 #include "top/sample.h"
 #include "views/nouns.h"
 #include "views/port_words.h"
@@ -82,7 +83,7 @@ void printOnce(const Arguments &arguments, Output &out, std::chrono::millisecond
     std::ranges::stable_sort(sample.ports, std::ranges::greater(), &top::Port::total);
     if (!arguments.given("--all"))
         std::erase_if(sample.ports, [](const top::Port &port) { return port.idle(); });
-    const size_t most = arguments.number("--limit", UINT32_MAX, 1);
+    const size_t most = arguments.number("--limit", UINT32_MAX);
     // Of a narrow terminal the names and the bits have the most.
     Listing listing(out, {{"switch", arguments.given("SWITCH") ? nullptr : "SWITCH"},
                           {"port", "PORT"},
@@ -237,16 +238,17 @@ void sleepUntil(std::chrono::steady_clock::time_point time) {
     }
 }
 
+void requireScreen(const Arguments &arguments) {
+    if (arguments.given("--once")) return;
+    if (arguments.given("--json")) fail(Exit::Usage, "--json needs --once");
+    if (isatty(STDIN_FILENO) != 1 || isatty(STDOUT_FILENO) != 1)
+        fail(Exit::Usage, "the screen needs a terminal; 'qvs top --once' prints text");
+}
+
 void run(const Arguments &arguments, Output &out) {
     const std::chrono::milliseconds time = intervalGiven(arguments, kInterval);
-    const bool once = arguments.given("--once");
-    if (!once && out.json()) fail(Exit::Usage, "--json requires --once");
-    for (const char *option : {"--limit", "--all"})
-        if (!once && arguments.given(option)) fail(Exit::Usage, "{} requires --once", option);
-    if (!once && (isatty(STDIN_FILENO) != 1 || isatty(STDOUT_FILENO) != 1))
-        fail(Exit::Usage, "the screen needs a terminal; 'qvs top --once' prints text");
     if (arguments.given("SWITCH")) findSwitch(arguments.text("SWITCH"));
-    if (once) return printOnce(arguments, out, time);
+    if (arguments.given("--once")) return printOnce(arguments, out, time);
     feed(arguments, time);
 }
 
@@ -254,17 +256,25 @@ const Command kRows[] = {
     {.words = "top",
      .summary = "watch the ports with the most traffic",
      .arguments = {{"SWITCH", "alias of the only switch to watch", Kind::Switch, true}},
-     .options = {{"--interval", "SECONDS", "look at the host so often; a fraction is allowed (1)"},
+     .options = {intervalOption("look at the host so often; a fraction is allowed (1)"),
                  {"--once", nullptr, "print the rates between two looks as text, and end"},
-                 {"--all", nullptr, "with --once, print the ports without traffic, too"},
-                 {"--limit", "N", "with --once, print at most N ports"}},
+                 {.name = "--all",
+                  .value = nullptr,
+                  .summary = "print the ports without traffic, too",
+                  .needs = "--once"},
+                 {.name = "--limit",
+                  .value = "N",
+                  .summary = "print at most N ports",
+                  .needs = "--once",
+                  .check = checkNumber<1, UINT32_MAX>}},
      .details =
          "The ports with the most bits per second come first. The key h on the screen shows what other keys "
          "do: they choose the order, filter the ports, pause and leave. When the host ends, the last line "
          "says so, and the screen goes on when it is back. Rates are known from the second look on, and not "
          "for a port of which a counter was set back.",
      .example = "qvs top --once --limit 5",
-     .run = reads(run)},
+     .run = reads(run),
+     .agrees = requireScreen},
 };
 
 }  // namespace

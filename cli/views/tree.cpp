@@ -30,18 +30,6 @@ bool showsUnicode() {
     return false;
 }
 
-// Colours take no room. Texts that are safe to show have no other escape sequences.
-size_t characters(std::string_view text) {
-    size_t count = 0;
-    bool inEscape = false;
-    for (const char c : text) {
-        inEscape = inEscape || c == '\x1b';
-        if (!inEscape && (static_cast<unsigned char>(c) & 0xc0) != 0x80) count++;
-        if (c == 'm') inEscape = false;
-    }
-    return count;
-}
-
 void print(Output &out, const Strokes &strokes, const Branch &branch, const std::string &indent) {
     for (const Branch &each : branch.branches) {
         const bool last = &each == &branch.branches.back();
@@ -65,7 +53,7 @@ std::vector<std::string> aligned(const std::vector<std::vector<std::string>> &ro
     for (const auto &row : rows) {
         widths.resize(std::max(widths.size(), row.size()));
         for (size_t i = 0; i < row.size(); i++)
-            widths[i] = std::max(widths[i], characters(row[i]));
+            widths[i] = std::max(widths[i], columnsOf(row[i]));
     }
     std::vector<std::string> lines;
     for (const auto &row : rows) {
@@ -73,7 +61,7 @@ std::vector<std::string> aligned(const std::vector<std::vector<std::string>> &ro
         for (size_t i = 0; i < row.size(); i++) {
             line += row[i];
             // A column that is empty in all rows takes no room.
-            if (widths[i] > 0) line.append(widths[i] - characters(row[i]) + 2, ' ');
+            if (widths[i] > 0) line.append(widths[i] - columnsOf(row[i]) + 2, ' ');
         }
         line.erase(line.find_last_not_of(' ') + 1);
     }

@@ -71,7 +71,9 @@ std::string machineName() {
     return shown(name.data());
 }
 
-void requireName(const std::string &name) {
+}  // namespace
+
+void requireCheckpointName(const std::string &name) {
     const auto allowed = [](char c) {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.' ||
                c == '_' || c == '-';
@@ -84,6 +86,8 @@ void requireName(const std::string &name) {
          "not begin with '.'",
          inQuotes(name), kMostName);
 }
+
+namespace {
 
 std::string about(const std::string &name) {
     return "checkpoint " + inQuotes(name);
@@ -142,21 +146,21 @@ std::string checkpointDirectory() {
 }
 
 void Checkpoints::save(const std::string &name, std::string document, uint32_t switches, bool replace) const {
-    requireName(name);
+    requireCheckpointName(name);
     const Checkpoint checkpoint{utcTime(), machineName(), switches, std::move(document)};
     if (!directory_.write(name, checkpointText(checkpoint), replace))
         fail(Exit::Differs, "{}: it exists already; --replace overwrites it", about(name));
 }
 
 Checkpoint Checkpoints::load(const std::string &name) const {
-    requireName(name);
+    requireCheckpointName(name);
     const std::optional<std::string> text = directory_.read(name);
     if (!text) fail(Exit::NotFound, "{}: there is none of this name", about(name));
     return checkpointOf(about(name), *text);
 }
 
 void Checkpoints::remove(const std::string &name) const {
-    requireName(name);
+    requireCheckpointName(name);
     if (!directory_.remove(name)) fail(Exit::NotFound, "{}: there is none of this name", about(name));
 }
 

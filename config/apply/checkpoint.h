@@ -27,6 +27,9 @@ Checkpoint checkpointOf(std::string_view subject, std::string_view text);
 // Returns the default directory of checkpoints.
 std::string checkpointDirectory();
 
+// Throws a usage failure for a text that cannot be the name of a checkpoint.
+void requireCheckpointName(const std::string &name);
+
 class Checkpoints {
   public:
     // `create` makes the directory. Throws Failure when others may write to it.

@@ -11,13 +11,10 @@
 #include <cstring>
 
 #include "config/library/call.h"
-#include "config/library/lock.h"
 #include "config/library/snapshot.h"
 
 namespace qvs {
 namespace {
-
-constexpr uint64_t kSecond = 1'000'000'000;
 
 // What qvs-host tells the programs that it starts is there even when the host is not any more.
 const char *noHost() {
@@ -51,17 +48,6 @@ void requireDevice(int error, bool absent, std::string_view before) {
                                               std::strerror(error), remedy(error))};
 }
 
-// The first snapshot was loaded before main. When a host that does not answer has used up the time there,
-// little is left for asking again.
-HYP_ReturnStatus loadInTheTimeLeft() {
-    const uint32_t whole = patience();
-    const uint64_t spent = snapshotTime == 0 ? 0 : (bootTime() - snapshotTime) / kSecond;
-    if (spent > 0) setPatience(spent < whole ? whole - static_cast<uint32_t>(spent) : 1);
-    const HYP_ReturnStatus status = loadSnapshot();
-    if (spent > 0) setPatience(whole);
-    return status;
-}
-
 }  // namespace
 
 int openError(const char *path) {
@@ -87,9 +73,9 @@ void requireState(HYP_ReturnStatus status) {
 void requireHost() {
     static bool found = false;
     if (found) return;
-    // An empty snapshot is an empty host, no host, or a host whose state could not be loaded. Loaded again,
-    // it says which.
-    if (snapshotEmpty()) requireState(loadInTheTimeLeft());
+    // An empty snapshot is one that is not loaded yet, an empty host, no host, or a host whose state could
+    // not be loaded. Loading it says which.
+    if (snapshotEmpty()) requireState(loadSnapshot());
     requireDevice(openError(kSwitchDevice), snapshotEmpty(), "");
     found = true;
 }

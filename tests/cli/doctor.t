@@ -6,7 +6,7 @@ On a host with all that qvs needs, every check is ok.
 
 Each check fails once, and says how to correct it.
 
-  $ doctor() { qvs doctor "$@" | grep -v '^ok'; echo ${PIPESTATUS[0]}; }; qvs-host fault add 'device open "/dev/vswitch"' --errno EACCES; doctor; qvs-host fault add 'device open "/dev/vswitch"' --errno EIO; doctor; qvs-host fault add 'device open "*kcp"' --errno ENOENT; doctor; qvs-host fault add StateGet --nth 2 --status 0xbad0001; doctor
+  $ doctor() { qvs doctor "$@" | grep -v '^ok'; echo ${PIPESTATUS[0]}; }; qvs-host fault add 'device open "/dev/vswitch"' --errno EACCES; doctor; qvs-host fault add 'device open "/dev/vswitch"' --errno EIO; doctor; qvs-host fault add 'device open "*kcp"' --errno ENOENT; doctor; qvs-host fault add StateGet --status 0xbad0001; doctor
   failed   device /dev/vswitch: Permission denied; it is needed by nearly all commands. Run qvs as root, or as the user who owns the host.
   1
   failed   device /dev/vswitch: Input/output error; it is needed by nearly all commands. See the log of the host, or wait longer with --timeout SECONDS.

@@ -25,7 +25,7 @@ Records by the fields of a layout file. The lab's MAC addresses stand for all li
   $ sh on 'qvs mac table sw1 --sort size; qvs mac table sw1 --where vlan; qvs mac table sw1 --limit x; qvs mac table sw1 --sort mac --raw -; qvs port list sw1 --sort port; qvs uplink list sw1 --raw x; qvs mac stats sw1 --port p0 --sort port'
   qvs: --sort: no field is called 'size'; the fields are mac, kind, vlan, port, age, portId
   qvs: --where: 'vlan' is not a field and a value, like vlan=10
-  qvs: --limit: 'x' is not a number of 0 or more
+  qvs: --limit: 'x' is not a number from 0 to 4294967295
   qvs: --sort and --raw exclude each other
   qvs: --sort needs --kernel
   qvs: --raw needs --kernel
@@ -52,7 +52,9 @@ A file is named by the option or the environment. Without one, bytes are shown, 
   {"index":2,"entry":"AwAABAEAAAA=","fields":null}
   ]
   qvs: --sort needs a layout: no layout file is named; name one with --layout or in the variable QVS_LAYOUT
-  qvs: --limit needs a layout: QVS_LAYOUT: file 'nix': No such file or directory
+  qvs: warning: the kernel's records are shown as bytes: QVS_LAYOUT: file 'nix': No such file or directory
+  INDEX  ENTRY
+  0      0100000401000000
   qvs: file 'nix': No such file or directory
   ? 1
   $ sh on 'printf "mac security sw1\nmac host get\n" >commands; QVS_LAYOUT= qvs batch commands; QVS_LAYOUT=nix qvs mac security sw1 --raw - | wc -c; QVS_LAYOUT=nix qvs mac security sw1 --layout "$QVS_LAYOUT" | head -n 2'
@@ -105,12 +107,15 @@ makes their last field ask for more bytes than there are.
   qvs: the kernel's records are shown as bytes: layout 'bad.json': record mac-entry has 87 bytes, but the kernel's has 86; name the layout file of this kernel
   INDEX  ENTRY
   0      02000000000202000000000002000004220100007031
-  qvs: --limit needs a layout: layout 'bad.json': record mac-entry has 87 bytes, but the kernel's has 86; name the layout file of this kernel
+  qvs: the kernel's records are shown as bytes: layout 'bad.json': record mac-entry has 87 bytes, but the kernel's has 86; name the layout file of this kernel
+  INDEX  ENTRY
+  0      0200000000010100000000000100000400000000703000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000
   qvs: the kernel's records are shown as bytes: layout 'bad.json': there is no record mac-entry
   INDEX  ENTRY
   0      02000000000202000000000002000004220100007031
-  qvs: --limit needs a layout: layout 'bad.json': there is no record mac-entry
-  ? 2
+  qvs: the kernel's records are shown as bytes: layout 'bad.json': there is no record mac-entry
+  INDEX  ENTRY
+  0      0200000000010100000000000100000400000000703000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000
   $ printf '%s\n' '"bytes", "used": "port"' '"u32", "count": "port"' '"group", "count": "port", "stride": 60, "fields": [{"at": 58, "name": "end", "type": "u16"}]' '"group", "until": "port", "fields": [{"at": 0, "name": "rest", "type": "bytes", "used": "vlan"}]' '"address", "length": 48, "family": "kind"' >types
   $ sh on 'while read -r type; do sed "s/\"name\": \"portId\", \"type\": \"text\", \"length\": 48, \"about\": \"port identifier\"/\"name\": \"portId\", \"type\": $type/" "$QVS_LAYOUT" >odd.json; qvs mac table sw1 --limit 1 --layout odd.json --json | cut -d , -f 3-; done <types'
   [

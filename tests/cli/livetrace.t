@@ -6,7 +6,7 @@ Sessions are listed with their definition, of which 28 bytes fit.
   $ qvs livetrace list --raw - | bytes
   0:030100000001000004706f727430 57:03 62:0102 89:0200000002000004706f727431 177:0300000001000004706f727430 233:2800000030303030303030303030303030303030303030303030303030303030 (705 bytes)
   $ qvs livetrace create sw1 nix  => [3] qvs: switch 'sw1': port 'nix': live trace: Not found (0xbad0003)
-  $ qvs livetrace create sw1 port0 --hex 0  => [2] qvs: --hex: '0' is not hexadecimal
+  $ qvs livetrace create sw1 port0 --hex 0  => [2] qvs: --hex: '0' is not a row of pairs of digits
   $ grep 'ioctl.*CreateSession' ../trace | sed 's/input=.0:[0-9a-f]*/input=[.../'
   device ioctl "/dev/livetrace" 0x0 CreateSession in=115 out=0 input=[... 64:706f727430 113:0102] -> 0
   device ioctl "/dev/livetrace" 0x0 CreateSession in=112 out=0 input=[... 64:706f727431] -> 0
@@ -18,7 +18,7 @@ Counts by action.
   $ qvs livetrace counts 3 --raw - | bytes
   0:030000000300000001000000010000041503 24:9602 32:030002000000020000040d03 50:bd04 58:030003000000010000040404 76:5101 84:03 (86 bytes)
   $ qvs livetrace counts 200 --raw - | bytes  => 4:c8 (8 bytes)
-  $ qvs livetrace counts 256  => [2] qvs: ACTION: 256 is not a number of 8 bits
+  $ qvs livetrace counts 256  => [2] qvs: ACTION: '256' is not a number from 0 to 255
   $ qvs-host fault add 'livetrace*GetCountActionData' --errno EIO && qvs livetrace counts 0  => [1] qvs: live-trace action 0: Input/output error
 
 What was found on a port, and in all.

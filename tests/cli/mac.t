@@ -26,7 +26,7 @@ entries are left out.
   ]
   $ sh on 'qvs mac table sw1 --selector 3; qvs mac table sw1 --selector 256; qvs mac table sw1 --team --port p0; qvs mac table sw1 --port nix; qvs mac table nix'
   qvs: switch 'sw1': Failure (0xbad0001)
-  qvs: --selector: 256 does not fit a byte
+  qvs: --selector: '256' is not a number from 0 to 255
   qvs: --team and --port exclude each other
   qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
   qvs: switch 'nix': Not found (0xbad0003)
@@ -130,7 +130,7 @@ Addresses that are too old go, and do not come back.
   (8 bytes)
   $ sh on 'qvs mac host set; qvs mac host set --second 65536; qvs mac host set --first 0x10000000000000000'
   qvs: at least one of --first and --second is needed
-  qvs: --second: 65536, at most 65535 fits
+  qvs: --second: '65536' is not a number from 0 to 65535
   qvs: --first: '0x10000000000000000' is not a number of 0 or more
 
 With the switch its entries go, and a new one has none; the same for a port.
@@ -150,3 +150,10 @@ Labs that make no sense.
   qvs-host: the lab bad.json cannot be used: lab.macEntries[0]: "mac" exceeds the address limit of the port or the switch
   qvs-host: the lab bad.json cannot be used: lab.macEntries[0]: "mac" results in an address that is not unicast
   qvs-host: the lab bad.json cannot be used: lab.macEntries[1]: "kind" is none of "learnt", "static"
+
+An address is found by itself, or by its first bytes.
+
+  $ qvs switch create find --ports 1 >/dev/null; qvs mac add find 02:00:00:00:00:07 --port port0 >/dev/null; qvs mac add find 02:00:00:00:00:08 --port port0 >/dev/null; qvs mac table find --mac 02:00:00:00:00:07 --json | jq -c ".[].fields.mac"; qvs mac table find --mac 02:00 --json | jq length; qvs mac table find --mac 03 --json
+  "02:00:00:00:00:07"
+  2
+  []

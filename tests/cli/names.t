@@ -83,8 +83,8 @@ Too long for the record: refused before anything is done.
 Numbers have 32 bits.
 
   $ qvs port add 'a b' n --connect-id 4294967296  => [2] qvs: --connect-id: '4294967296' is not a number from 0 to 4294967295
-  $ qvs port add 'a b' n --connect-id -1  => [2] qvs: --connect-id: '-1' is not a number of 0 or more
-  $ qvs port add 'a b' n --connect-id 1x  => [2] qvs: --connect-id: '1x' is not a number of 0 or more
+  $ qvs port add 'a b' n --connect-id -1  => [2] qvs: --connect-id: '-1' is not a number from 0 to 4294967295
+  $ qvs port add 'a b' n --connect-id 1x  => [2] qvs: --connect-id: '1x' is not a number from 0 to 4294967295
   $ qvs port add 'a b' n --connect-id 0xffffffff && qvs port show 'a b' n --json | cut -c 1-78
   a b/n: changed
   {"switch":"a b","port":"n","alias":"n","state":"live","connectId":4294967295,"
@@ -129,3 +129,28 @@ A table fits a terminal; numbers are never cut, and no character is.
   short                            67108885  free   -       1           -     -
   $ COLUMNS=20 qvs port list tabelle | awk '{ print length }' | sort -n | tail -n 1
   86
+
+A name may be typed as it is shown. What a terminal does not show, or shows in another order, is escaped.
+
+  $ qvs switch create esc >/dev/null; qvs port add esc $'a\tb' 'c\x5cd' 'e\\f' 'g\h' $'pay\u202efdp' $'x\u200by' $'\ufeffz' '日本'
+  esc/a\tb: changed
+  esc/c\\d: changed
+  esc/e\\f: changed
+  esc/g\\h: changed
+  esc/pay\xe2\x80\xaefdp: changed
+  esc/x\xe2\x80\x8by: changed
+  esc/\xef\xbb\xbfz: changed
+  esc/日本: changed
+  $ qvs port list esc --names | while IFS= read -r port; do qvs port show esc "$port" --json | jq -ac .port; done
+  "a\tb"
+  "c\\d"
+  "e\\f"
+  "g\\h"
+  "pay\u202efdp"
+  "x\u200by"
+  "\ufeffz"
+  "\u65e5\u672c"
+  $ qvs port remove esc 'a\tb' 'pay\xe2\x80\xaefdp' && qvs port list esc --names | wc -l
+  esc/a\tb: changed
+  esc/pay\xe2\x80\xaefdp: changed
+  6

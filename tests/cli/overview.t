@@ -254,7 +254,7 @@ Counters, and their growth: a busy port grows with every look, and what was set 
   {"switch":"sw1","port":"web","pktsInUnicast":1077,"bytesInUnicast":1134,"pktsInMulticast":1347,"bytesInMulticast":162,"pktsInBroadcast":1335,"bytesInBroadcast":126,"pktsOutUnicast":1035,"bytesOutUnicast":1914,"pktsOutMulticast":618,"bytesOutMulticast":2805,"pktsOutBroadcast":2562,"bytesOutBroadcast":1503,"pktsInDropped":216,"pktsOutDropped":2310,"pktsInException":696,"pktsOutException":2211}
   ]
   qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
-  qvs: --interval requires --watch
+  qvs: --interval needs --watch
   qvs: --interval: 'x' is not a number of seconds from 0.01 to 3600
   ? 2
   $ sh on 'timeout 5 qvs port stats sw1 web --watch --interval 0.05 --json | head -n 3 | jq -c "[.pktsInUnicast, .bytesOutUnicast, (.perSecond | if . then (.pktsInUnicast | . > 0 and . < 50000) else . end)]"'
@@ -305,7 +305,7 @@ One word for a state everywhere; names stay whole on a narrow terminal, and port
   PORT                                STATE  IN b/s  OUT b/s
   a-port-with-a-name-of-thirty-three  free   0       0
   sw1/a-port-with-a-name-of-thirty-three: changed
-  qvs: --all requires --once
+  qvs: --all needs --once
   ? 2
 
 The ports with the most traffic, between two looks. The screen is for terminals.
@@ -316,10 +316,10 @@ The ports with the most traffic, between two looks. The screen is for terminals.
   ["web","web.eth0","trunk 1-100,200, priority 3","up",true,true]
   $ sh on 'for words in "" --json "--once --interval 0" "--once --limit 0" "--limit 3" "nix --once"; do qvs top $words; done; qvs-host fault add StateGet --status 0xbad0040 --nth 2 >log; qvs top --once --interval 0.1'
   qvs: the screen needs a terminal; 'qvs top --once' prints text
-  qvs: --json requires --once
+  qvs: --json needs --once
   qvs: --interval: '0' is not a number of seconds from 0.01 to 3600
   qvs: --limit: '0' is not a number from 1 to 4294967295
-  qvs: --limit requires --once
+  qvs: --limit needs --once
   qvs: switch 'nix': Not found (0xbad0003)
   qvs: the host does not answer: switch state: No connection (0xbad0040)
   ? 6

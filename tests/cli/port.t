@@ -74,3 +74,22 @@ Removed; uplinks stay.
   db
   vm
   new
+
+The ports of a VLAN, and one setting for several ports: all of them are checked before the first is changed.
+
+  $ qvs switch create vl --uplinks 1 >/dev/null; qvs port add vl a b c d >/dev/null; qvs port vlan set vl a b --id 10; qvs port vlan set vl c --trunk 9-11,20; qvs port list vl --vlan 10 --columns port,vlan; qvs port list vl --vlan 20 --names
+  vl/a: changed
+  vl/b: changed
+  vl/c: changed
+  PORT  VLAN
+  a     10
+  b     10
+  c     trunk 9-11,20
+  c
+  $ qvs port vlan set vl a none --id 20; qvs port vlan set vl a a --id 20; qvs port vlan get vl a | grep ^id
+  qvs: switch 'vl': port 'none': Not found (0xbad0003)
+  qvs: port 'a': given twice
+  id:        10
+  $ qvs port vlan set vl $(qvs port list vl --vlan 10 --names | head -n 2) --id 20 --json; printf 'port vlan set vl a d --id 30\nport vlan get vl d --json\n' | qvs batch - | tail -n 1 | jq .id
+  {"switch":"vl","changed":true,"ports":[{"port":"a","changed":true},{"port":"b","changed":true}]}
+  30

@@ -140,6 +140,7 @@ Ports of the SPF data path.
   sw1/p2: changed
   PORT  FLAGS
   $ sh on 'qvs --trace spf stats gvm sw1 uplink0 2>&1 | sed "s/, [0-9]* us//"'
+  qvs: DVSLoadConfig() -> 0x0 (Success)
   qvs: VSDVS_DvPortIDToPortID("sw1", "uplink0", ...) -> 0x0 (Success)
   qvs: SPFHYP_GetGVMPortStats(67108868) -> null, 0xbad0003 (Not found)
   qvs: switch 'sw1': port 'uplink0': Not found (0xbad0003)

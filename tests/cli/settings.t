@@ -328,7 +328,7 @@ Nothing is stored of what is refused.
   qvs: --private: 'yes' is not on or off
   2
   qvs: --id requires N
-  qvs: usage: qvs port vlan set SWITCH PORT [--id N] [--private STATE] [--trunk VLANS,...] [--priority N] [--reset] [--strict]
+  qvs: usage: qvs port vlan set SWITCH PORT... [--id N] [--private STATE] [--trunk VLANS,...] [--priority N] [--reset] [--strict]
   2
   $ sh no pvlan set sw1; sh no pvlan set sw1 100:101; sh no pvlan set sw1 100:101:island; sh no pvlan set sw1 1:2:3:4; sh no pvlan set sw1 --empty 1:2:isolated
   qvs: either PRIMARY:SECONDARY:TYPE or --empty is required
@@ -463,14 +463,14 @@ A sink port is a flag of the filter.
 Help and completion.
 
   $ qvs port vlan set --help
-  usage: qvs port vlan set SWITCH PORT [--id N] [--private STATE] [--trunk VLANS,...] [--priority N] [--reset] [--strict]
+  usage: qvs port vlan set SWITCH PORT... [--id N] [--private STATE] [--trunk VLANS,...] [--priority N] [--reset] [--strict]
   
     change the VLANs of a port
     A member that is not given keeps its value. A trunk without ranges is one of all VLANs. clear stores a policy without VLANs when the port has a policy, and changes nothing otherwise.
   
   arguments:
     SWITCH  alias of the switch
-    PORT    identifier of the port
+    PORT    identifiers of the ports; all are checked before the first is changed
   
   options:
     --id N             VLAN of the port; 0 for none: 0 to 4094 (0)

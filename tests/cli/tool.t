@@ -21,7 +21,7 @@ Usage.
   qvs: PORT is required
   qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
   qvs: unexpected argument: 'more'
-  qvs: usage: qvs port list SWITCH [--names] [--columns NAME,...] [--kernel] [--raw FILE] [--layout FILE] [--where FIELD=VALUE]... [--sort FIELD] [--reverse] [--limit N]
+  qvs: usage: qvs port list SWITCH [--names] [--columns NAME,...] [--vlan N] [--kernel] [--raw FILE] [--layout FILE] [--where FIELD=VALUE]... [--sort FIELD] [--reverse] [--limit N]
   qvs: --connect-id: given twice
   qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
   2 2 2 2 2 2 2
@@ -84,7 +84,7 @@ Help, manual and completion come from the table.
   print the names alone, one a line
   .PP
   A NIC that no uplink is bound to is not known to the switches. MBIT/S is the
-  speed in megabits per second, where the kernel stores it.
+  speed in megabits per second; it is left out when the kernel stores none.
   .PP
   Example: qvs nic list
   .SH SEE ALSO
@@ -210,3 +210,43 @@ The launcher's own words.
   qvs-host: NIC pnic4: NICs can be added only to an empty host
   sw1/p0: changed
   qvs-host: the host's log: warning fault: cannot apply the lab: NIC pnic4: NICs can be added only to an empty host
+
+A wrong value, and values that do not go together, are said before the host is looked for.
+
+  $ while IFS= read -r words; do qvs $words 2>&1 </dev/null | head -n 1; done <<<$'top --once --interval x\nmonitor --interval 0\nport stats sw1 --interval 3\nspf plumb sw1 p0 zz\ntrace start sw1 p0 zz 02:00:00:00:00:01\nmac table sw1 --mac zz\nmac table sw1 --vlan 5000\nmac table sw1 --where x\nmac table sw1 --sort vlan\nmac table sw1 --team --port p\nmac add sw1 02\nmac add sw1 02 --port p --number 3\ncheckpoint save a/b\ncheckpoint rollback a\nteaming set sw1\nmcast list set sw1\napply\napply x\nbfd sessions --flags 4\nbfd log-level set 2\nlivetrace counts 300\nrtm op 1\noptions get 70000\nprop set sw1 k --hex xyz\nprop get sw1 k --host --port p\nport add sw1 p p\nport add sw1 p q --external-id x\nport list sw1 --columns x\nport list sw1 --vlan 0\nuplink set sw1\nuplink add sw1 a a\nmcast stats sw1 zz\nmirror add sw1 s --type x\nswitch find\nswitch create sw1 --max-ports 4294967295\nbatch --timeout 0 x'
+  qvs: --interval: 'x' is not a number of seconds from 0.01 to 3600
+  qvs: --interval: '0' is not a number of seconds from 0.01 to 3600
+  qvs: --interval needs --watch
+  qvs: 'zz' is no MAC address, like 02:00:00:00:00:01
+  qvs: SOURCE: 'zz' is not a MAC address
+  qvs: --mac: 'zz' is not a MAC address, like 02:00:00:00:00:01, or the beginning of one
+  qvs: --vlan: '5000' is not a number from 0 to 4094
+  qvs: --where: 'x' is not a field and a value, like vlan=10
+  qvs: --sort needs a layout: no layout file is named; name one with --layout or in the variable QVS_LAYOUT
+  qvs: --team and --port exclude each other
+  qvs: one of --port, --number is needed
+  qvs: --port and --number exclude each other
+  qvs: 'a/b' is no name of a checkpoint: it is made of 1 to 200 letters, digits, '.', '_' and '-', and does not begin with '.'
+  qvs: nobody can be asked without a terminal; --yes applies the document without asking
+  qvs: at least one of --balance, --active, --standby, --link-state, --beacon, --notify, --rolling, --best-effort, --shotgun, --reset is required
+  qvs: either MAC or --empty is required
+  qvs: FILE or --recover is needed
+  qvs: nobody can be asked without a terminal; --yes applies the document without asking
+  qvs: --flags: 4 is not a byte with bit 0 or bit 1 set
+  qvs: LEVEL: 2 is none of 0, 1, 3, 5
+  qvs: ACTION: '300' is not a number from 0 to 255
+  qvs: one of BLOCK, --file is needed
+  qvs: ID: '70000' is not a number from 0 to 65535
+  qvs: --hex: 'xyz' is not a row of pairs of digits
+  qvs: --host and --port exclude each other
+  qvs: port 'p': given twice
+  qvs: --external-id names one interface, so it takes one port
+  qvs: --columns: 'x' is none of port, number, state, in-use, link, client, connect-id, alias, external-id, uplink, blocked, vlan, policies
+  qvs: --vlan: '0' is not a number from 1 to 4094
+  qvs: one of UPLINK, --count is needed
+  qvs: uplink 'a': given twice
+  qvs: 'zz' is no IPv4 or IPv6 address
+  qvs: --type: 'x' is not mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src or logical-span
+  qvs: one of --portset, --alias is needed
+  qvs: --max-ports: '4294967295' is not a number from 0 to 2147483647
+  qvs: --timeout: '0' is not a number from 1 to 86400

@@ -13,7 +13,7 @@ Requests are kept by the kernel until they are cleared; all values arrive.
   $ for more in '02-00-00-00-00-01 02:00:00:00:00:02' '02:00:00:00:00:01 02:00:00:00:00' '0:0:0:0:0:1 0:0:0:0:0:2 --short 65536' '0:0:0:0:0:1 0:0:0:0:0:2 --value1 18446744073709551616'; do qvs trace start sw1 port0 $more; done
   qvs: SOURCE: '02-00-00-00-00-01' is not a MAC address
   qvs: DESTINATION: '02:00:00:00:00' is not a MAC address
-  qvs: --short: 65536 is not a number of 16 bits
+  qvs: --short: '65536' is not a number from 0 to 65535
   qvs: --value1: '18446744073709551616' is not a number of 0 or more
   ? 2
   $ grep -c 'ioctl.*CreateRequest' ../trace  => 4

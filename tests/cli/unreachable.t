@@ -44,5 +44,16 @@ How long it may take is for the user to say.
   qvs: --timeout: 'x' is not a number from 1 to 86400
   qvs: --timeout requires SECONDS
   usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
-  $ qvs-host fault add PortAdd --delay 400; qvs --timeout 7 port add sw1 late >log & sleep 0.2; tr '\0' '\n' </proc/$!/environ | grep ^QVS_HOST_TIMEOUT; wait  => QVS_HOST_TIMEOUT=7
+  $ pid=$(tr -dc 0-9 <../state/lock); kill -STOP $pid; timeout 4 qvs --timeout 2 switch list 2>/dev/null; echo $?; kill -CONT $pid  => 6
   $ qvs --timeout 5 switch list --names --timeout=6  => [2] qvs: --timeout: given twice | qvs: usage: qvs switch list [--names] [--kernel]
+
+What needs no host does not wait for one that is stopped.
+
+  $ pid=$(tr -dc 0-9 <../state/lock); kill -STOP $pid; while read -r words; do QVS_HOST_TIMEOUT=5 timeout 2 qvs $words >log 2>&1; echo "$? $(head -n 1 log | cut -c1-50)"; done <<<$'help\n--version\nswich\nmtu set sw1 1\nport list --help\ncomplete -- sw\nstatus 0xbad0003'; kill -CONT $pid
+  0 usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
+  0 qvs 1.0.0
+  2 qvs: no such command: 'swich'; did you mean 'switc
+  2 qvs: MTU: 1 is below 1280
+  0 usage: qvs port list SWITCH [--names] [--columns N
+  0 -
+  0 0xbad0003: Not found

@@ -12,19 +12,19 @@ A wrong word is answered with the right one, whether there is a host or not.
   qvs: no such command: mtu 'modify'; did you mean 'mtu set'? 'qvs help mtu' lists them
   qvs: no such command: 'ls'; did you mean 'switch list', 'switch show' or 'switch info'? 'qvs help' lists them
   qvs: no such command: 'rm'; did you mean 'port remove'? 'qvs help' lists them
-  qvs: no such command: 'vlan'; did you mean 'port vlan' or 'topology'? 'qvs help' lists them
+  qvs: no such command: 'vlan'; did you mean 'port vlan', 'port list' or 'topology'? 'qvs help' lists them
   qvs: no such command: 'bonds'; did you mean 'teaming'? 'qvs help' lists them
   qvs: no such command: 'lldp'; did you mean 'discovery'? 'qvs help' lists them
   qvs: no such command: 'xyzzy'; 'qvs help' lists them
-  qvs: no such command: 'vlans'; did you mean 'port vlan' or 'topology'? 'qvs help' lists them
+  qvs: no such command: 'vlans'; did you mean 'port vlan', 'port list' or 'topology'? 'qvs help' lists them
   qvs: no such command: 'trunk'; did you mean 'port vlan set'? 'qvs help' lists them
   qvs: no such command: 'lacp'; did you mean 'uplink list'? 'qvs help' lists them
-  qvs: no such command: 'undo'; did you mean 'checkpoint'? 'qvs help' lists them
+  qvs: no such command: 'undo'; did you mean 'checkpoint' or 'apply'? 'qvs help' lists them
   qvs: no such command: 'watch'; did you mean 'monitor'? 'qvs help' lists them
-  qvs: no such command: 'changes'; did you mean 'monitor'? 'qvs help' lists them
+  qvs: no such command: 'changes'; did you mean 'monitor', 'checkpoint diff' or 'diff'? 'qvs help' lists them
   qvs: no such command: 'counters'; did you mean 'top' or 'port stats'? 'qvs help' lists them
   qvs: no such command: 'prometheus'; did you mean 'metrics'? 'qvs help' lists them
-  qvs: no such command: 'why'; did you mean 'show' or 'doctor'? 'qvs help' lists them
+  qvs: no such command: 'why'; did you mean 'show', 'port show' or 'doctor'? 'qvs help' lists them
   qvs: no such command: 'version'; did you mean '--version'? 'qvs help' lists them
   qvs: no such command: 'ls'; did you mean 'show'? 'qvs help' lists them
   qvs: no such command: 'rm'; 'qvs help' lists them
@@ -76,7 +76,7 @@ A wrong value is refused before the host is looked for.
   2
   qvs: --names and --kernel exclude each other
   2
-  qvs: --ports: 'abc' is not a number of 0 or more
+  qvs: --ports: 'abc' is not a number from 0 to 4294967295
   2
   qvs: --format: 'htlm' is none of text, dot, svg, html
   2
@@ -98,9 +98,10 @@ On a terminal, a usage error is broken to its width.
   $ script -qec 'stty cols 60; qvs port list sw1 --columns; qvs mtu set sw1 high' /dev/null | tr -d '\r'
   qvs: --columns requires NAME,...
   qvs: usage: qvs port list SWITCH [--names]
-  qvs:            [--columns NAME,...] [--kernel] [--raw FILE]
-  qvs:            [--layout FILE] [--where FIELD=VALUE]...
-  qvs:            [--sort FIELD] [--reverse] [--limit N]
+  qvs:            [--columns NAME,...] [--vlan N] [--kernel]
+  qvs:            [--raw FILE] [--layout FILE]
+  qvs:            [--where FIELD=VALUE]... [--sort FIELD]
+  qvs:            [--reverse] [--limit N]
   qvs: MTU: 'high' is not a number 1280 to 9000
 
 The help of the whole tool fits on a screen of 80 by 50 with every noun, and no line of help is too long.
@@ -156,3 +157,18 @@ The help of the whole tool fits on a screen of 80 by 50 with every noun, and no 
   
   $ qvs manual --names | while read -r noun; do qvs manual $noun; done >pages; test $(grep -c '^Example: ' pages) = $(grep -c '^.SS ' pages) && echo each
   each
+
+The words of the tasks of a day lead to the commands, also those that stand in details and examples alone.
+
+  $ for word in who move locate bandwidth scrape audit carries tap safely disable node-exporter; do echo "$word:" $(qvs help $word | grep -o '^  qvs [a-z-]* *[a-z-]*' | cut -c7- | tr '\n' ','); done
+  who: show show,switch find,port list,mirror add,mac table,mcast filters,mcast stats,options set,metrics print,
+  move: port vlan,checkpoint save,
+  locate: mac table,
+  bandwidth: top watch,port stats,
+  scrape: metrics list,metrics print,
+  audit: diff compare,checkpoint diff,monitor print,
+  carries: port list,port show,uplink list,
+  tap: mirror list,mirror show,mirror add,mirror remove,mirror set,mirror clear,mirror runtime,mirror runtime,mirror runtime,mirror runtime,
+  safely: apply make,batch run,checkpoint save,checkpoint list,checkpoint show,checkpoint diff,checkpoint rollback,checkpoint remove,
+  disable: port block,port unblock,uplink up,uplink down,mirror add,trace disable,
+  node-exporter: metrics print,

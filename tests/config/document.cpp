@@ -238,7 +238,7 @@ TEST(Documents, NamesAreQuoted) {
         {"\xff\n", "'\\xff\\n'"},
         {"\xc3\xa4", "'\xc3\xa4'"},
         {"\xef\xbf\xbd", "'\\xef\\xbf\\xbd'"},
-        {"\xe2\x80\xa8", "\"\\u2028\""},
+        {"\xe2\x80\xa8", "'\\xe2\\x80\\xa8'"},
         {"<<", "'<<'"},
         {"{a}", "'{a}'"},
         {"a,b", "'a,b'"},
