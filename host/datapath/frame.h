@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -33,6 +34,17 @@ struct Frame {
     std::span<const uint8_t> bytes;
     Offload offload{};
 };
+
+// Does the work that a frame left: fills in the checksum, and cuts it into segments whose packets are no
+// longer than `mtu`. Each complete frame goes to `sink`. Returns false if the offload does not fit the frame;
+// nothing is sent then.
+[[nodiscard]] bool complete(const Frame &frame, size_t mtu,
+                            const std::function<void(std::span<const uint8_t>)> &sink);
+
+// The length of the longest packet, behind the Ethernet header and its tags, as which a frame leaves;
+// kBadOffload if the offload does not fit the frame.
+constexpr size_t kBadOffload = SIZE_MAX;
+[[nodiscard]] size_t longestPacket(const Frame &frame, size_t etherHeader);
 
 inline bool isGroup(MacAddress address) {
     return (address >> 40 & 1) != 0;

@@ -19,7 +19,7 @@ namespace qvs::datapath {
 // Milliseconds of a clock that never goes back.
 using Time = uint64_t;
 
-// What a switch asks of its surroundings.
+// What a switch asks of its surroundings. The functions must not call the same switch.
 struct Surroundings {
     // Sends a frame out of a port. Returns false if the receiver does not read, and the frame is dropped.
     std::function<bool(uint32_t port, const Frame &frame)> send;
@@ -39,12 +39,15 @@ class Switch {
     void configure(std::unique_ptr<policy::SwitchT> policy, Time now);
     // A frame arrives from a port.
     void receive(uint32_t port, const Frame &frame, Time now);
-    // The link of an attachment changed.
+    // The link of an attachment changed. A port has carrier until the first call says otherwise.
     void setCarrier(uint32_t port, bool up, Time now);
-    // The adapter of a client changed its address.
+    // The adapter of a client changed its address. 0 restores the one that it was given.
     void setAddress(uint32_t port, MacAddress address, Time now);
+    // An attachment asks for all frames. It gets them if the policy of the port permits promiscuous mode.
+    void setPromiscuous(uint32_t port, bool asked, Time now);
     // Does what time brings: addresses expire, memberships expire, reverse ARP is repeated. Returns when it
-    // wants to be called again.
+    // wants to be called again, at most a second from now. Each other function may bring that forward: after
+    // configure, setCarrier and setAddress, call it at once.
     Time tick(Time now);
 
   private:
