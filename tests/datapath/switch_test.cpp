@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: Apache-2.0
+// Mirror sessions, multicast, and policies that change while frames flow.
+#include "datapath/network.h"
+#include "datapath/rules.h"
+
+namespace qvs::test {
+namespace {
+
+std::string session(const std::string &policies) {
+    return "mirrors: [{slot: 101, destinations: [{port: 3}], " + policies + "}],";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    mirror, Rules,
+    testing::Values(Case{"sent and received frames",
+                         session("sources_in: [1], sources_out: [2]"),
+                         {"1" + kVlan10, "2" + kVlan10, "3", "8"},
+                         "1: 1>2 -> 2 3 3 \n 2: 2>1 -> 1 \n 8: e>2[10] -> 2 3 \n 8: e>1[10] -> 1 \n 1: 1>* "
+                         "-> 2 3 3 8[10] \n"
+                         "count 101 copies 5 copy-bytes 300 \n 3: 3>1 -> 8 \n 1: 1>2[11] ->"},
+                    Case{"tags",
+                         session("sources_in: [1], keep_vlan: true, encapsulated: true, encap_vlan: 99"),
+                         {"1" + kVlan10, "3", "8"},
+                         "1: 1>e -> 3[99][10] 8[10]"},
+                    Case{"every third frame",
+                         session("sources_in: [1], sampling: 3"),
+                         {"1", "3", "8"},
+                         "1: 1>e -> 3 8 \n 1: 1>e -> 8 \n 1: 1>e -> 8 \n 1: 1>e -> 3 8"},
+                    Case{"destination by itself",
+                         session("sources_in: [1], no_output: true, no_input: true"),
+                         {"1", "2", "3", "8"},
+                         "1: 1>2 -> 2 3 \n 2: 2>3 -> \n 2: 2>* -> 1 8 \n 3: 3>1 -> \n count 3 mirror 1"},
+                    Case{"source uplink",
+                         session("sources_in: [8], sources_out: [8]"),
+                         {"1", "3", "8"},
+                         "8: e>1 -> 1 3 \n 1: 1>e -> 3 8 \n 1: 1>3 -> 3"},
+                    Case{"VLANs from outside",
+                         session("type: RemoteDestination, vlans_in: [50]"),
+                         {"1", "3", "8"},
+                         "8: e>f[50] -> 3 \n 8: e>f[51] -> \n 1: 1>e -> 8"},
+                    Case{"to an uplink",
+                         "mirrors: [{slot: 101, type: RemoteSource, encapsulated: true, encap_vlan: 60, "
+                         "sources_in: [1], destinations: [{port: 8}]}],",
+                         {"1", "2", "8"},
+                         "1: 1>2 -> 2 8[60] \n down 8 -> \n 1: 1>2 -> 2 \n count 101 copies 1 not-copied 1"},
+                    Case{"to an address",
+                         "mirrors: [{slot: 101, type: LogicalSpan, sources_in: [1], "
+                         "destinations: [{address: [2, 0, 0, 0, 0, 3]}]}],",
+                         {"1", "2", "3", "8"},
+                         "1: 1>2 -> 2 3"}),
+    nameOf);
+
+const std::string kList = "has_multicast_list: true, multicast_list: [";
+const std::string kGroupM = "groups: [{address: [239, 1, 1, 1], slot: 102}]";
+
+// IGMP: reports of the second version, a leave, a general query, and a report of the third version.
+#define QVS_IGMP(destination, body) \
+    "hex " destination              \
+    "0800"                          \
+    "4600002000000000010200000a000001" body " -> "
+#define QVS_JOIN QVS_IGMP("01005e010101020000000001", "ef010101940400001600f9fdef010101")
+#define QVS_LEAVE QVS_IGMP("01005e000002020000000001", "e0000002940400001700f8fdef010101")
+#define QVS_QUERY QVS_IGMP("01005e000001020000000065", "e0000001940400001100eeff00000000")
+#define QVS_ONLY_FROM_10_0_0_9                         \
+    "hex 01005e0000160200000000010800"                 \
+    "4600002c00000000010200000a000001e000001694040000" \
+    "220000000000000103000001ef0101010a000009 -> "
+
+INSTANTIATE_TEST_SUITE_P(
+    multicast, Rules,
+    testing::Values(
+        Case{"lists",
+             kList + "\"01:00:5e:00:00:fb\"],",
+             {"1", "2" + kList + "\"01:00:5e:01:01:01\"]", "3" + kGroupM,
+              "4filter: {multicast: true, addresses: [\"01:00:5e:01:01:01\"]}",
+              "5filter: {all_multicast: true}", "6" + kList + "]", "8"},
+             "1: 1>m -> 2 3 4 5 8 \n 8: e>m -> 2 3 4 5 \n 8: e>n -> 1 2 3 4 5 6 \n count 102 matched 2 \n 8: "
+             "e>* -> 1 2 3 4 5 6"},
+        Case{"snooping",
+             "multicast: Snooping,",
+             {"1", "2", "3", "4" + kGroupM, "8"},
+             "8: e>m -> 4 \n 1: " QVS_JOIN
+             "8 \n events +239@1 \n 8: e>m -> 1 4 \n 2: 2>m -> 1 4 8 \n 8: e>n -> 1 2 3 4 \n"
+             "1: " QVS_LEAVE "8 \n 8: e>m -> 1 4 \n at 1999 -> \n 8: e>m -> 1 4 \n at 2600 -> \n 8: e>m -> 4 "
+             "\n events -239@1 \n"
+             "count 100 reports 1 leaves 1 queries 0"},
+        Case{"membership expires",
+             "multicast: Snooping,",
+             {"1", "2", "8"},
+             "1: " QVS_JOIN "8 \n at 300000 -> \n 8: e>m -> 1 \n 8: " QVS_QUERY
+             "1 2 \n at 310000 -> \n 8: e>m -> \n"
+             "count 100 queries 1"},
+        Case{"router on this switch",
+             "multicast: Snooping,",
+             {"1", "2", "3", "8"},
+             "2: " QVS_QUERY "1 3 8 \n 1: " QVS_JOIN "2 8 \n 3: 3>m -> 1 2 8 \n 8: e>m -> 1 2"},
+        Case{"sources",
+             "multicast: Snooping,",
+             {"1", "2groups: [{address: [239, 1, 1, 1], sources: [{address: [10, 0, 0, 9]}], slot: 102}]",
+              "8"},
+             "1: " QVS_ONLY_FROM_10_0_0_9 "8 \n 8: e>m -> \n count 102 filtered 1 \n 1: " QVS_JOIN
+             "8 \n 8: e>m -> 1"}),
+    nameOf);
+
+// The policies of one port change, and nothing else is disturbed.
+TEST(Policies, change) {
+    Case value = {"", "", {"1" + kVlan10 + ", " + kLearning, "2" + kVlan10, "8"}, ""};
+    Network network;
+    network.configure(policyOf(jsonOf(value)));
+    EXPECT_EQ(network.run("1: a>2 -> 2 \n mac 2 c -> \n down 8 -> \n events +a@1/10"), "");
+    value.ports[1] = "2vlan: {id: 11}";
+    value.ports.push_back("3" + kVlan10);
+    network.configure(policyOf(jsonOf(value)));
+    EXPECT_EQ(network.run("events \n 3: 3>a -> 1 \n 3: 3>c -> \n 3: 3>e -> \n count 3 no-uplink 2"), "");
+    value.ports[0] = "1" + kVlan10;
+    network.configure(policyOf(jsonOf(value)));
+    EXPECT_EQ(network.run("events -a@1/10 \n 3: 3>a ->"), "");
+}
+
+// What a session for a remote address sends: a probe first, and the copy to everybody until it is answered.
+TEST(Policies, encapsulatedMirror) {
+    Network network;
+    network.configure(policyOf(jsonOf({"",
+                                       "mirrors: [{slot: 101, type: EncapsulatedSource, sources_in: [1], "
+                                       "destinations: [{address: [192, 0, 2, 7]}]}],",
+                                       {"1", "8"},
+                                       ""})));
+    std::vector<Sent> sent = network.receive(1, frameOf("1>e"), 0);
+    ASSERT_EQ(sent.size(), 3u);
+    EXPECT_EQ(sent[0].bytes,
+              (Bytes{0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 2, 16, 0, 0, 0, 7, 8, 6, 0, 1, 8, 0,   6, 4, 0,
+                     1,    2,    16,   0,    0,    0,    7, 0,  0, 0, 0, 0, 0, 0, 0, 0, 0, 192, 0, 2, 7}));
+    Bytes head = {0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 2,  16,   0,    0,   0,   7, 8, 0,   0x45, 0, 0,
+                  96,   0,    0,    0,    0,    64,   47, 0x0d, 0x63, 169, 254, 1, 7, 192, 0,    2, 7,
+                  0x10, 0,    0x88, 0xbe, 0,    0,    0,  0,    0x10, 0,   0,   1, 0, 0,   0,    0};
+    const Bytes frame = frameOf("1>e");
+    head.insert(head.end(), frame.begin(), frame.end());
+    EXPECT_EQ(sent[1].bytes, head);
+    EXPECT_EQ(sent[2].bytes, frame);
+    EXPECT_EQ(network.run("8: hex 0210000000070200000000ee08060001080006040002"
+                          "0200000000ee"
+                          "c0000207"
+                          "021000000007"
+                          "00000000 ->"),
+              "");
+    sent = network.receive(1, frame, 10);
+    ASSERT_EQ(sent.size(), 2u);
+    EXPECT_EQ(Bytes(sent[0].bytes.begin(), sent[0].bytes.begin() + 6), (Bytes{2, 0, 0, 0, 0, 0xee}));
+    EXPECT_EQ(sent[0].bytes[41], 1) << "the sequence number";
+}
+
+TEST(Policies, snapLength) {
+    Network network;
+    network.configure(
+        policyOf(jsonOf({"", session("snap_length: 20, sources_in: [1]"), {"1", "3", "8"}, ""})));
+    const std::vector<Sent> sent = network.receive(1, frameOf("1>e"), 0);
+    ASSERT_EQ(sent.size(), 2u);
+    const Bytes frame = frameOf("1>e");
+    EXPECT_EQ(sent[0], (Sent{3, Bytes(frame.begin(), frame.begin() + 20)}));
+    EXPECT_EQ(network.run("count 101 cut 1 copy-bytes 20"), "");
+}
+
+}  // namespace
+}  // namespace qvs::test
