@@ -47,7 +47,7 @@ std::array<uint8_t, kShortest> frameTo(std::array<uint8_t, 6> destination, bool 
     return bytes;
 }
 
-void forward(benchmark::State &state, bool trunk, std::array<uint8_t, 6> destination) {
+void datapath(benchmark::State &state, bool trunk, std::array<uint8_t, 6> destination) {
     const auto slots = std::make_unique<qvs::datapath::Slot[]>(2048);
     uint64_t sent = 0;
     Switch engine({[&sent](uint32_t, const Frame &) { return ++sent != 0; }, {}, {}, slots.get()});
@@ -62,7 +62,7 @@ void forward(benchmark::State &state, bool trunk, std::array<uint8_t, 6> destina
 
 }  // namespace
 
-BENCHMARK_CAPTURE(forward, unicast, false, macOf(2))->Arg(2)->Arg(1000);
-BENCHMARK_CAPTURE(forward, tag, true, macOf(2))->Arg(2)->Arg(1000);
-BENCHMARK_CAPTURE(forward, broadcast, false, {0xff, 0xff, 0xff, 0xff, 0xff, 0xff})->Arg(2)->Arg(1000);
+BENCHMARK_CAPTURE(datapath, unicast, false, macOf(2))->Arg(2)->Arg(1000);
+BENCHMARK_CAPTURE(datapath, tag, true, macOf(2))->Arg(2)->Arg(1000);
+BENCHMARK_CAPTURE(datapath, broadcast, false, {0xff, 0xff, 0xff, 0xff, 0xff, 0xff})->Arg(2)->Arg(1000);
 BENCHMARK_MAIN();

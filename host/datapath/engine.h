@@ -224,6 +224,8 @@ class Engine {
     static void keepMirrorState(MirrorSession &session, const std::vector<MirrorSession> &former);
     void mirrorIn(const Port &from, Passage &passage);
     void mirrorOut(const Port &to, Passage &passage);
+    void mirrorBy(const std::vector<uint32_t> &sessions, Passage &passage);
+    void mirrorRemote(std::vector<uint16_t> policy::MirrorSessionT::*vlans, Passage &passage);
     void mirror(MirrorSession &session, Passage &passage);
     void sendCopy(MirrorSession &session, Port &to, const Frame &frame);
 

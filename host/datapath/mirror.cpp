@@ -78,22 +78,24 @@ void Engine::keepMirrorState(MirrorSession &session, const std::vector<MirrorSes
 }
 
 void Engine::mirrorIn(const Port &from, Passage &passage) {
-    for (const uint32_t index : from.mirrorIn)
-        mirror(sessions_[index], passage);
-    if (!from.uplink || !remoteIn_[passage.vlan]) return;
-    for (MirrorSession &session : sessions_)
-        if (session.policy->type == MirrorType::RemoteDestination &&
-            containsVlan(session.policy->vlansIn, passage.vlan))
-            mirror(session, passage);
+    mirrorBy(from.mirrorIn, passage);
+    if (from.uplink && remoteIn_[passage.vlan]) mirrorRemote(&policy::MirrorSessionT::vlansIn, passage);
 }
 
 void Engine::mirrorOut(const Port &to, Passage &passage) {
-    for (const uint32_t index : to.mirrorOut)
+    mirrorBy(to.mirrorOut, passage);
+    if (to.uplink && remoteOut_[passage.vlan]) mirrorRemote(&policy::MirrorSessionT::vlansOut, passage);
+}
+
+void Engine::mirrorBy(const std::vector<uint32_t> &sessions, Passage &passage) {
+    for (const uint32_t index : sessions)
         mirror(sessions_[index], passage);
-    if (!to.uplink || !remoteOut_[passage.vlan]) return;
+}
+
+void Engine::mirrorRemote(std::vector<uint16_t> policy::MirrorSessionT::*vlans, Passage &passage) {
     for (MirrorSession &session : sessions_)
         if (session.policy->type == MirrorType::RemoteDestination &&
-            containsVlan(session.policy->vlansOut, passage.vlan))
+            containsVlan(session.policy->*vlans, passage.vlan))
             mirror(session, passage);
 }
 

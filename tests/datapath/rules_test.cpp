@@ -15,7 +15,7 @@ std::string jsonOf(const Case &value) {
         const std::string digit = port.substr(0, 1);
         const bool isUplink = digit >= "8";
         text += "{number: " + digit + ", slot: " + digit + ", ";
-        if (port.find("link: ") == std::string::npos) text += "link: true, ";
+        if (!port.substr(1).starts_with("link: ")) text += "link: true, ";
         if (isUplink)
             text += "uplink: true, vlan: {trunk: true, ranges: [{first: 1, last: 4094}]}, ";
         else if (port.find("anonymous") == std::string::npos)
