@@ -104,6 +104,7 @@ pid_t startDaemon(const std::string &program, const HostOptions &options) {
     if (options.maxStateMib != 0) {
         words.insert(words.end(), {"--max-state-mib", std::to_string(options.maxStateMib)});
     }
+    if (options.network) words.emplace_back("--network");
     if (options.whileLeased) words.emplace_back("--while-leased");
     if (options.isPrivate) words.emplace_back("--private");
 
@@ -184,6 +185,7 @@ Host::Host(const std::string &program, const HostOptions &options)
     if (daemon_ != 0) return;
     if (!options.lab.empty())
         control(socket_, {{"op", "seed"}, {"lab", readJson(options.lab)}}, kChangesWithin);
+    if (options.network) control(socket_, {{"op", "network"}, {"enabled", true}}, kChangesWithin);
     if (!options.trace.empty()) control(socket_, {{"op", "trace.file"}, {"path", options.trace}});
     if (options.maxStateMib != 0) {
         complain("{} is served already: --max-state-mib has no effect", qvs::shown(options.directory));

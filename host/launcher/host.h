@@ -20,6 +20,7 @@ struct HostOptions {
     std::string trace;
     unsigned maxStateMib = 0;
     bool whileLeased = false;
+    bool network = false;
     bool isPrivate = false;  // whether the daemon removes the directory when it ends
 };
 

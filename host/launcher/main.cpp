@@ -58,6 +58,7 @@ HostOptions hostOptions(const Arguments &arguments) {
     options.directory = pathGiven(arguments, "--state");
     if (arguments.given("--lab")) options.lab = absolute(findLab(arguments.text("--lab")));
     options.trace = pathGiven(arguments, "--trace");
+    options.network = arguments.given("--network");
     options.maxStateMib = arguments.number("--max-state-mib", 0, 1);
     return options;
 }
@@ -145,6 +146,8 @@ constexpr Option kLab{"--lab", "LAB",
 constexpr Option kTrace{"--trace", "FILE", "append a line for each request to FILE before it is answered",
                         Kind::File};
 constexpr Option kMaxState{"--max-state-mib", "N", "limit the size of the state, to try a full disk"};
+constexpr Option kNetwork{"--network", nullptr,
+                          "start the data path, so that frames flow between attachments"};
 constexpr Option kRunning{"--state", "DIR", "directory of the host (default: the host that this runs on)",
                           Kind::Directory};
 
@@ -161,7 +164,7 @@ const Command kHostRows[] = {
                     .kind = Kind::Program,
                     .repeated = true,
                     .verbatim = true}},
-     .options = {kState, kLab, kTrace, kMaxState},
+     .options = {kState, kLab, kTrace, kMaxState, kNetwork},
      .details = "Starts a host, or joins the one that serves DIR, runs COMMAND on it and exits with its "
                 "status. A host that run started ends with the last command on it.",
      .example = "qvs-host run -- qvs switch create sw1",
@@ -169,7 +172,7 @@ const Command kHostRows[] = {
      .run = local(run)},
     {.words = "shell",
      .summary = "open a shell on a host",
-     .options = {kState, kLab, kTrace, kMaxState},
+     .options = {kState, kLab, kTrace, kMaxState, kNetwork},
      .details = "Runs $SHELL as run does. The prompt begins with the name of the state directory.",
      .example = "qvs-host shell --state lab",
      .json = false,
@@ -180,7 +183,8 @@ const Command kHostRows[] = {
                   cli::Need::Always},
                  kLab,
                  kTrace,
-                 kMaxState},
+                 kMaxState,
+                 kNetwork},
      .example = "qvs-host start --state lab",
      .json = false,
      .run = local(start)},
@@ -191,7 +195,7 @@ const Command kHostRows[] = {
      .json = false,
      .run = local(stop)},
     {.words = "status",
-     .summary = "show what a host holds: switches, NICs, faults",
+     .summary = "show what a host holds: switches, NICs, its network, faults",
      .options = {kRunning},
      .example = "qvs-host status --state lab --json",
      .run = local(status)},

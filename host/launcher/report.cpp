@@ -56,6 +56,30 @@ void printSwitch(cli::Output &out, const json &sw) {
           text(sw, "portset"), text(sw, "id"), uplinks.empty() ? "-" : uplinks);
 }
 
+// One line for each attachment, and what the host stores without an effect on frames.
+void printNetwork(cli::Output &out, const json &network) {
+    if (!network.value("enabled", false)) {
+        print(out, "network off\n");
+        return;
+    }
+    const bool runs = !network["process"].is_null();
+    print(out, "network on, data path {}, restarts {}\n",
+          runs ? "pid " + text(network, "process") : "is not running", text(network, "restarts"));
+    for (const json &attachment : network["attachments"]) {
+        std::string files;
+        for (const char *member : {"path", "peer"})
+            if (attachment.contains(member)) files += ' ' + text(attachment, member);
+        const std::string problem = text(attachment, "problem");
+        print(out, "  {} {} ({}): {}{}, carrier {}{}\n", text(attachment, "switch"), text(attachment, "port"),
+              text(attachment, "client"), text(attachment, "kind"), files, text(attachment, "carrier"),
+              problem.empty() ? "" : "; " + problem);
+    }
+    std::string names;
+    for (const json &name : network["notCarriedOut"])
+        names += (names.empty() ? "" : ", ") + name.get<std::string>();
+    print(out, "  not carried out: {}\n", names);
+}
+
 }  // namespace
 
 void printFaults(cli::Output &out, const json &faults) {
@@ -109,6 +133,7 @@ void printStatus(cli::Output &out, const json &status) {
               text(nic, "link"), text(nic, "admin"), text(nic, "speedMbps"), text(nic, "mtu"),
               text(nic, "mac"), text(nic, "port"));
     }
+    printNetwork(out, status["network"]);
     print(out, "faults {}\n", status["faults"].size());
     printFaults(out, status["faults"]);
 }

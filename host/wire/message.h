@@ -54,6 +54,8 @@ class Reader {
     uint64_t u64() { return number<uint64_t>(); }
     std::string_view text() { return take(u32()); }
 
+    // Returns true if a field was missing.
+    bool failed() const { return !good_; }
     // Returns true if no field was missing and nothing follows the last one.
     bool complete() const { return good_ && rest_.empty(); }
 

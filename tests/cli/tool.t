@@ -165,6 +165,7 @@ An installed lab is found by its name, and the prompt of a shell names the host.
   NICs 2
     pnic0: link up, admin up, 10000 Mb/s, MTU 1500, 02:00:00:00:00:00, port -
     pnic1: link down, admin up, 1000 Mb/s, MTU 1500, 02:00:00:00:00:01, port -
+  network off
   faults 0
   $ echo '{}' >rack; qvs-host run --lab rack -- qvs switch list --names; rm rack; mkdir rack; qvs-host run --lab rack -- qvs switch list --names
   storage

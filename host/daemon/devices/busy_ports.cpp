@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// Busy ports, which labs define. Their statistics, sixteen u64 counters, grow with every read. Other ports
-// keep the stored statistics.
+// Busy ports, which labs define. Their statistics, sixteen u64 counters, grow with every read. The statistics
+// of ports with an attachment grow by what the data path counts. Other ports keep the stored statistics.
 #include "daemon/devices/busy_ports.h"
 
+#include <array>
 #include <cstring>
 
 #include "daemon/devices/device_request.h"
 #include "daemon/devices/record_table.h"
+#include "datapath/shared.h"
 
 namespace qvs::kernel {
 
@@ -49,18 +51,55 @@ constexpr LabMember kLab[] = {{kMember, applyBusy}};
 
 }  // namespace
 
-void lookAt(Model &model, Port &port) {
-    if (!model.tables.rows(kBusy).contains(port.number)) return;
+namespace {
+
+using Growth = std::array<uint64_t, kStatistics / sizeof(uint64_t)>;
+
+// Adds the growth to the statistics of a port, in memory.
+void grow(Model &model, Port &port, const Growth &growth) {
     const Property *statistics = port.properties.find(kStatisticsKey);
-    if (statistics == nullptr || statistics->value.size() != kStatistics) return;
-    std::string value = statistics->value;
-    CounterRow counters = model.counters.read("port " + kPortKey.write(port.number));
-    for (size_t at = 0; at < value.size(); at += sizeof(uint64_t)) {
-        const uint64_t grown = u64At(value, at) + counters.nextStep();
-        std::memcpy(value.data() + at, &grown, sizeof grown);
+    std::string value = statistics == nullptr ? std::string(kStatistics, '\0') : statistics->value;
+    const uint32_t type = statistics == nullptr ? kRuntime : statistics->type;
+    for (size_t i = 0; i < growth.size(); ++i) {
+        const uint64_t grown = u64At(value, i * sizeof(uint64_t)) + growth[i];
+        std::memcpy(value.data() + i * sizeof grown, &grown, sizeof grown);
     }
-    port.set(model.inventory.properties.intern({kStatisticsKey, value, statistics->type}));
+    port.set(model.inventory.properties.intern({kStatisticsKey, value, type}));
     model.changes.properties(port);
+}
+
+// Adds what the data path has counted since the last look, so that counters that a client stored continue.
+void lookAtNetwork(Model &model, Port &port, datapath::Slot &slot) {
+    Growth growth{};
+    bool grown = false;
+    for (uint32_t i = 0; i < growth.size(); ++i) {
+        const uint64_t now = slot.values[i].load(std::memory_order_relaxed);
+        growth[i] = now - port.counted[i];
+        grown = grown || growth[i] != 0;
+        port.counted[i] = now;
+    }
+    if (grown) grow(model, port, growth);
+}
+
+bool hasStatistics(const Port &port) {
+    const Property *statistics = port.properties.find(kStatisticsKey);
+    return statistics != nullptr && statistics->value.size() == kStatistics;
+}
+
+}  // namespace
+
+void lookAt(Model &model, Port &port) {
+    const bool attached = model.facts.attached.contains(port.number);
+    if (attached && (hasStatistics(port) || port.properties.find(kStatisticsKey) == nullptr)) {
+        if (datapath::Slot *slot = model.facts.slotOf(portSlot(port.number)))
+            return lookAtNetwork(model, port, *slot);
+    }
+    if (!model.tables.rows(kBusy).contains(port.number) || !hasStatistics(port)) return;
+    CounterRow counters = model.counters.read("port " + kPortKey.write(port.number));
+    Growth growth{};
+    for (uint64_t &step : growth)
+        step = counters.nextStep();
+    grow(model, port, growth);
 }
 
 void lookAt(Model &model, const Place &place, std::string_view key) {
@@ -69,8 +108,12 @@ void lookAt(Model &model, const Place &place, std::string_view key) {
 }
 
 void lookAtAll(Model &model) {
-    for (Port *port : busyPorts(model))
-        lookAt(model, *port);
+    for (Port *port : busyPorts(model)) {
+        if (!model.facts.attached.contains(port->number)) lookAt(model, *port);
+    }
+    for (const uint32_t number : model.facts.attached) {
+        if (Port *port = model.inventory.findPort(number)) lookAt(model, *port);
+    }
 }
 
 constexpr DevicePart kBusyPorts = {.lab = kLab, .tables = kTables};

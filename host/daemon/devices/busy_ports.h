@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Busy ports, whose statistics grow with every read.
+// Busy ports, whose statistics grow with every read, and ports whose frames the data path counts.
 #pragma once
 
 #include <string_view>

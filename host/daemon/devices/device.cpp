@@ -11,7 +11,7 @@ std::span<const Device> devices() {
         {"/dev/vswitch",
          kNaturalFrame,
          {&kVswitchInventory, &kVswitchMac, &kVswitchLearning, &kVswitchOptions, &kVswitchMulticast,
-          &kVswitchMcastFilters, &kVswitchMirror, &kVswitchTeaming, &kBusyPorts}},
+          &kVswitchMcastFilters, &kVswitchMirror, &kVswitchTeaming, &kBusyPorts, &kAttachmentTables}},
         {"/dev/ipfix", kNaturalFrame, {&kIpfix}},
         {"/dev/traceflow", kPackedFrame, {&kTraceflow}},
         {"/dev/livetrace", kPackedFrame, {&kLivetrace}},

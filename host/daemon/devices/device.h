@@ -113,6 +113,7 @@ extern const DevicePart kVswitchMcastFilters;
 extern const DevicePart kVswitchMirror;
 extern const DevicePart kVswitchTeaming;
 extern const DevicePart kBusyPorts;
+extern const DevicePart kAttachmentTables;
 extern const DevicePart kIpfix;
 extern const DevicePart kSpf;
 extern const DevicePart kTraceflow;

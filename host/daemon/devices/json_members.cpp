@@ -56,6 +56,13 @@ std::optional<size_t> Members::maybeChoice(const char *name, std::span<const cha
     return static_cast<size_t>(found - words.begin());
 }
 
+std::optional<bool> Members::maybeFlag(const char *name) {
+    const json *value = any(name);
+    if (value == nullptr) return std::nullopt;
+    if (!value->is_boolean()) fail(name, "is neither true nor false");
+    return value->get<bool>();
+}
+
 std::optional<std::string> Members::maybeBytes(const char *name) {
     const auto given = maybeText(name);
     if (!given) return std::nullopt;

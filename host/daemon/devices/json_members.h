@@ -35,6 +35,8 @@ class Members {
     std::optional<uint32_t> maybeNumber(const char *name, uint32_t least = 0, uint32_t most = UINT32_MAX);
     // Returns the place of a text among these words.
     std::optional<size_t> maybeChoice(const char *name, std::span<const char *const> words);
+    // Returns true or false.
+    std::optional<bool> maybeFlag(const char *name);
     // Returns the bytes that a text of hexadecimal digits stands for.
     std::optional<std::string> maybeBytes(const char *name);
     // Returns an address like "02:00:00:00:00:01".

@@ -228,17 +228,10 @@ constexpr LabList kLabLists[] = {
     {"containers", &kContainers, addContainers},
 };
 
-uint8_t flagOf(Members &members, const char *name, bool absent) {
-    const nlohmann::json *value = members.any(name);
-    if (value == nullptr) return absent;
-    if (!value->is_boolean()) members.fail(name, "is neither true nor false");
-    return value->get<bool>();
-}
-
 void readStatus(Members &members, Model &model) {
     Record status(3);
-    status.put(0, flagOf(members, "running", true))
-        .put(1, flagOf(members, "connected", false))
+    status.put(0, static_cast<uint8_t>(members.maybeFlag("running").value_or(true)))
+        .put(1, static_cast<uint8_t>(members.maybeFlag("connected").value_or(false)))
         .put(2, uint8_t{1});
     model.tables.set(kStatus, status.take());
 }

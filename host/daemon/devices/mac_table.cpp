@@ -165,11 +165,23 @@ MacTable::MacTable(Model &model) : model_(model), now_(learningClock(model)) {
         entries_.emplace_hint(entries_.end(), key, entry);
         count(entry, 1);
     }
+    addLearnt();
     if (gone.empty()) return;
     try {
         model.tables.clearRows(kTable, gone);
     } catch (const StoreError &) {
         // Reading must work on a full disk. The next read tries again.
+    }
+}
+
+// Adds the addresses that the data path has learnt. It removes those that expire. Stored entries prevail.
+void MacTable::addLearnt() {
+    for (const auto &[address, learnt] : model_.facts.learnt) {
+        const Port *port = model_.inventory.findPort(learnt.port);
+        if (port == nullptr) continue;
+        const MacEntry entry = {port, true, learnt.since};
+        if (entries_.emplace(MacKey{address.address, address.vlan, port->owner->row}, entry).second)
+            count(entry, 1);
     }
 }
 
@@ -222,6 +234,8 @@ bool MacTable::remove(uint64_t address, uint16_t vlan, const Port &port) {
     const auto known = entries_.find(key);
     if (known == entries_.end() || known->second.port != &port) return false;
     model_.tables.clearRow(kTable, key);
+    if (port.owner->portset != nullptr)
+        model_.facts.learnt.erase({address, vlan, port.owner->portset->number});
     count(known->second, -1);
     entries_.erase(known);
     return true;

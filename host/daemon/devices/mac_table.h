@@ -88,6 +88,7 @@ class MacTable {
     bool remove(uint64_t address, uint16_t vlan, const Port &port);
 
   private:
+    void addLearnt();
     bool expired(const MacEntry &entry) const;
     void count(const MacEntry &entry, int change);
 

@@ -7,8 +7,10 @@
 // Records in layouts/emulated.json: those from uplink to switch-alias.
 #include <cerrno>
 
+#include "daemon/devices/attachments.h"
 #include "daemon/devices/busy_ports.h"
 #include "daemon/devices/device_request.h"
+#include "daemon/devices/network_counters.h"
 
 namespace qvs::kernel {
 
@@ -85,25 +87,14 @@ uint16_t vlanOf(const Port &port) {
     return (flagsAndId & kTrunk) != 0 ? uint16_t{0} : static_cast<uint16_t>(flagsAndId >> 16);
 }
 
-// Returns the address of the NIC of a bound uplink. The address of a port with a client is derived from its
-// number.
-std::string macOf(const Port &port) {
-    if (port.nic != nullptr) return {port.nic->mac.begin(), port.nic->mac.end()};
-    if (!port.inUse()) return std::string(6, '\0');
-    std::string mac = "\x02\x01";
-    for (int shift = 24; shift >= 0; shift -= 8)
-        mac += static_cast<char>(port.number >> shift);
-    return mac;
-}
-
-Record portInfo(const Port &port) {
+Record portInfo(const Model &model, const Port &port) {
     constexpr size_t kCounters = 128;
     Record info(kPortInfo);
     info.put(0, port.number)
         .put(4, port.flags())
         .text(8, kPortIdField, port.id)
         .text(56, 128, port.clientName());
-    info.bytes(184, macOf(port)).put(190, vlanOf(port));
+    info.bytes(184, macOf(model, port)).put(190, vlanOf(port));
     if (const Property *counters = port.properties.find(kStatisticsKey)) {
         info.bytes(192, std::string_view(counters->value).substr(0, kCounters));
     }
@@ -117,16 +108,23 @@ Result getSwitchPortInfo(const Call &call, const Portset &portset) {
     const std::vector<Port *> ports = portsOf(portset);
     for (Port *port : ports)
         lookAt(call.model, *port);
-    return countedList(call, 0, kPortInfo, ports, [](const Port *port) { return portInfo(*port); });
+    return countedList(call, 0, kPortInfo, ports,
+                       [&](const Port *port) { return portInfo(call.model, *port); });
 }
 
 Result getPortInfo(const Call &call, Port &port) {
     lookAt(call.model, port);
-    return {0, portInfo(port).take()};
+    return {0, portInfo(call.model, port).take()};
 }
 
-// The uplinks that have a link are assigned by port number.
+// Returns the uplink by which frames of the port leave. Without the network, or before the port has sent a
+// frame, the uplinks that have a link are assigned by port number.
 Result getTeamUplinkHint(const Call &call, Port &port) {
+    if (const uint64_t number = slotValue(call.model, portSlot(port.number), datapath::kUplinkNow)) {
+        const Port *uplink = call.model.inventory.findPort(static_cast<uint32_t>(number));
+        if (uplink != nullptr && uplink->nic != nullptr)
+            return {0, Record(kNicField).text(0, kNicField, uplink->nic->name).take()};
+    }
     std::vector<const Nic *> nics = call.model.inventory.boundNics(*port.owner);
     std::erase_if(nics, [](const Nic *nic) { return !nic->up(); });
     Record hint(kNicField);

@@ -13,6 +13,7 @@
 
 #include "daemon/devices/device_request.h"
 #include "daemon/devices/mac_table.h"
+#include "daemon/devices/network_counters.h"
 
 namespace qvs::kernel {
 
@@ -29,6 +30,9 @@ constexpr size_t kProps = 10;
 
 // --- learning ---
 
+// The data path counts addresses that were learnt, expired, moved and refused. The counters behind them stay
+// 0.
+
 uint32_t limitBehind(const Model &model, const Port &port) {
     return macLimitOf(model, port).value_or(macLimitOf(*port.owner));
 }
@@ -36,6 +40,13 @@ uint32_t limitBehind(const Model &model, const Port &port) {
 Record statsOf(const Call &call, const MacTable &table, const Port &port) {
     Record record(kLearningStats);
     record.put(0, port.number).put(4, table.countBehind(port).all).put(8, limitBehind(call.model, port));
+    const std::string slot = portSlot(port.number);
+    if (hasSlot(call.model, slot)) {
+        const auto value = [&](uint32_t number) { return slotValue(call.model, slot, number); };
+        return putCounters(record, 12,
+                           {value(datapath::kLearnt), value(datapath::kExpired), value(datapath::kMoved),
+                            value(dropValue(datapath::Drop::LearningLimit))});
+    }
     return record.counters(12, call.model.counters.read(fmt::format("mac learning {}", port.number)));
 }
 
@@ -74,6 +85,13 @@ Result getSwitchMacLearningInfo(const Call &call, const Portset &portset) {
     info.put(0, agingOf(call.model, *sw)).put(8, macLimitOf(*sw)).put(12, count.all);
     info.put(16, count.learnt).put(20, count.all - count.learnt);
     info.put(24, static_cast<uint32_t>(learning)).put(28, uint32_t{learningFlags(*sw)});
+    if (hasSlot(call.model, switchSlot(portset.number))) {
+        const auto sum = [&](uint32_t number) { return sumOf(call.model, *sw, Which::AllPorts, {number}); };
+        putCounters(info, 32,
+                    {sum(datapath::kLearnt), sum(datapath::kExpired), sum(datapath::kMoved),
+                     sum(dropValue(datapath::Drop::LearningLimit))});
+        return {0, info.take()};
+    }
     return {0, info.counters(32, call.model.counters.read("mac learning " + sw->id)).take()};
 }
 

@@ -13,6 +13,8 @@
 #include <fmt/format.h>
 
 #include "daemon/devices/device_request.h"
+#include "daemon/devices/multicast_groups.h"
+#include "daemon/devices/network_counters.h"
 #include "daemon/devices/record_table.h"
 #include "daemon/model/text.h"
 #include "wire/fault.h"
@@ -94,6 +96,21 @@ struct Group {
 };
 using Groups = std::map<std::string, Group>;
 
+// Adds the groups that the data path saw the port join. A port counts once for a group.
+void addSnooped(const Model &model, const Port &port, uint32_t type, Groups *groups) {
+    const auto &joined = model.facts.joined;
+    for (auto row = joined.lower_bound({port.number, {}}); row != joined.end() && row->first == port.number;
+         ++row) {
+        const std::string &bytes = row->second;
+        if (bytes.size() != addressSize(type)) continue;
+        Group &group = (*groups)[bytes];
+        if (!model.tables.rows(kJoined).contains({port.number, {static_cast<Type>(type), bytes}}))
+            ++group.ports;
+        group.everybody = true;
+        group.sources.clear();
+    }
+}
+
 void addGroups(const Model &model, const Port &port, uint32_t type, Groups *groups) {
     const auto &rows = model.tables.rows(kJoined);
     const Membership begin = {port.number, {static_cast<Type>(type), {}}};
@@ -107,17 +124,19 @@ void addGroups(const Model &model, const Port &port, uint32_t type, Groups *grou
             group.sources.insert(row->second.substr(at, addressSize(type)));
         if (group.everybody) group.sources.clear();
     }
+    addSnooped(model, port, type, groups);
 }
 
 // Adds the groups of all ports of a switch. It visits the rows, because most ports have joined no group.
 void addGroupsOfSwitch(const Model &model, const Switch &sw, uint32_t type, Groups *groups) {
-    const Port *last = nullptr;
-    for (const auto &[key, sources] : model.tables.rows(kJoined)) {
-        if (last != nullptr && last->number == key.port) continue;
-        const Port *port = model.inventory.findPort(key.port);
-        if (port == nullptr || port->owner != &sw) continue;
-        addGroups(model, *port, type, groups);
-        last = port;
+    std::set<uint32_t> numbers;
+    for (const auto &[key, sources] : model.tables.rows(kJoined))
+        numbers.insert(key.port);
+    for (const auto &[number, group] : model.facts.joined)
+        numbers.insert(number);
+    for (const uint32_t number : numbers) {
+        const Port *port = model.inventory.findPort(number);
+        if (port != nullptr && port->owner == &sw) addGroups(model, *port, type, groups);
     }
 }
 
@@ -156,6 +175,20 @@ Result getSwitchMcastFilters(const Call &call) {
     });
 }
 
+// Sums what the data path counted for the group, at one port or at all ports (0) of a switch.
+void putGroup(const Model &model, const Portset &portset, uint32_t number, const std::string &group,
+              Record *head) {
+    uint64_t frames = 0;
+    uint64_t filtered = 0;
+    for (const auto &[port, entity] : portset.owner->ports) {
+        if (number != 0 && number != port) continue;
+        const std::string slot = groupSlot(port, hexDigits(group));
+        frames += slotValue(model, slot, datapath::kGroupPackets);
+        filtered += slotValue(model, slot, datapath::kGroupFiltered);
+    }
+    head->put(0, frames).put(8, filtered);
+}
+
 Result getMcastFilterStats(const Call &call) {
     const uint32_t type = u32At(call.input, kTypeAt);
     if (type == Mac) return failure(EINVAL);
@@ -176,7 +209,12 @@ Result getMcastFilterStats(const Call &call) {
     const size_t room = headOnly ? sources.size() : (call.outLength - kStatsHead) / size;
     const size_t count = std::min(room, sources.size());
     Record head(kStatsHead);
-    head.put(0, counters.next()).put(8, counters.next()).put(16, uint32_t{!sources.empty()});
+    if (hasSlot(call.model, switchSlot(portset.number))) {
+        putGroup(call.model, portset, number, address, &head);
+    } else {
+        head.put(0, counters.next()).put(8, counters.next());
+    }
+    head.put(16, uint32_t{!sources.empty()});
     head.put(20, static_cast<uint32_t>(count)).put(24, found->second.ports);
     Result result;
     result.output = head.take();
@@ -235,6 +273,13 @@ void applyFilters(Members &lab, Model &model) {
 constexpr LabMember kLab[] = {{kMember, applyFilters}};
 
 }  // namespace
+
+void forEachGroup(const Model &model, const Port &port, const VisitGroup &visit) {
+    const auto &rows = model.tables.rows(kJoined);
+    for (auto row = rows.lower_bound({port.number, {}}); row != rows.end() && row->first.port == port.number;
+         ++row)
+        visit(row->first.group.bytes, row->second);
+}
 
 constexpr DevicePart kVswitchMcastFilters = {.commands = kCommands, .lab = kLab, .tables = kTables};
 

@@ -10,6 +10,7 @@
 
 #include "daemon/devices/device_request.h"
 #include "daemon/devices/mirror_sessions.h"
+#include "daemon/devices/network_counters.h"
 
 namespace qvs::kernel {
 
@@ -20,30 +21,13 @@ constexpr size_t kDestination = 4;
 constexpr size_t kSessionStats = 121;
 constexpr size_t kAgentStats = 76;
 
-// Returns the session identifiers of a switch without repetitions, in the stored order.
-std::vector<std::string_view> sessionIds(const Switch &sw) {
-    std::vector<std::string_view> ids;
-    std::set<std::string_view> seen;
-    forEachMirrorSession(sw, [&](const MirrorSession &session) {
-        if (seen.insert(session.id).second) ids.push_back(session.id);
-    });
-    return ids;
-}
-
-// Returns the port that has this identifier or is bound to the NIC of this name.
-const Port *findByName(const Model &model, const Switch &sw, std::string_view name) {
-    const Port *served = model.inventory.findServedBy(sw, name);
-    return served != nullptr ? served : sw.port(name);
-}
-
 // Returns the numbers of the ports that have a link and are destinations of enabled sessions.
 std::vector<uint32_t> activeDestinations(const Model &model, const Switch &sw) {
-    constexpr size_t kNameAt = 4;
     std::set<uint32_t> numbers;
     forEachMirrorSession(sw, [&](const MirrorSession &session) {
         if (session.disabled || !session.namesPorts) return;
         for (size_t at = 0; at < session.destinations.size(); at += kMirrorEntity) {
-            const auto name = textAt(session.destinations, at + kNameAt, kPortIdField);
+            const auto name = textAt(session.destinations, at + kMirrorValueAt, kPortIdField);
             const Port *port = findByName(model, sw, name);
             if (port != nullptr && port->linkUp()) numbers.insert(port->number);
         }
@@ -60,9 +44,21 @@ Result getPromiscSessionActiveDsts(const Call &call, const Portset &portset) {
 
 Result getSessionIds(const Call &call, const Portset &portset) {
     std::vector<std::string_view> ids;
-    if (portset.owner != nullptr) ids = sessionIds(*portset.owner);
+    if (portset.owner != nullptr) ids = mirrorSessionIds(*portset.owner);
     return countedList(call, 0, kSessionWidth, ids,
                        [](std::string_view id) { return Record(kSessionWidth).bytes(0, id); });
+}
+
+// The data path counts mirrored frames, their bytes, frames that were cut and frames that no destination
+// took. The other counters stay 0.
+void putSession(const Model &model, const std::string &slot, Record *stats) {
+    constexpr size_t kSentAt = 64;
+    constexpr size_t kNoDestinationAt = 96;
+    putCounters(
+        *stats, kSentAt,
+        {slotValue(model, slot, datapath::kMirroredPackets), slotValue(model, slot, datapath::kMirroredBytes),
+         slotValue(model, slot, datapath::kMirrorTruncated)});
+    stats->put(kNoDestinationAt, slotValue(model, slot, datapath::kMirrorDropped));
 }
 
 // The counters of a session are zero if it is disabled in all lists.
@@ -84,7 +80,10 @@ Result getSessionStats(const Call &call, const Portset &portset) {
     if (!found) return failure(ENOENT);
     Record stats(kSessionStats);
     stats.bytes(0, id).put(kActiveAt, static_cast<uint8_t>(active));
-    if (active) {
+    const std::string slot = mirrorSlot(portset.number, id);
+    if (active && hasSlot(call.model, slot)) {
+        putSession(call.model, slot, &stats);
+    } else if (active) {
         const std::string object = "mirror session " + portset.name + "/" + std::string(id);
         stats.counters(kCountersAt, call.model.counters.read(object), kActiveAt);
     }
@@ -94,12 +93,23 @@ Result getSessionStats(const Call &call, const Portset &portset) {
 // This request has no input, because one agent serves the sessions of all switches.
 Result getAgentStats(const Call &call) {
     constexpr size_t kCountersAt = 4;
+    constexpr size_t kTakenAt = 12;
     size_t sessions = 0;
+    uint64_t frames = 0;
+    uint64_t bytes = 0;
     for (const auto &[number, portset] : call.model.inventory.portsets()) {
-        if (portset->owner != nullptr) sessions += sessionIds(*portset->owner).size();
+        if (portset->owner == nullptr) continue;
+        for (const std::string_view id : mirrorSessionIds(*portset->owner)) {
+            ++sessions;
+            frames += slotValue(call.model, mirrorSlot(number, id), datapath::kMirroredPackets);
+            bytes += slotValue(call.model, mirrorSlot(number, id), datapath::kMirroredBytes);
+        }
     }
     Record stats(kAgentStats);
     stats.put(0, static_cast<uint32_t>(sessions));
+    // What is taken is sent at once.
+    if (call.model.facts.memory != nullptr)
+        return {0, putCounters(stats, kTakenAt, {frames, bytes, frames, bytes}).take()};
     return {0, stats.counters(kCountersAt, call.model.counters.read("mirror agent")).take()};
 }
 

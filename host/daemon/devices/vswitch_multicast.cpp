@@ -3,25 +3,23 @@
 // bytes).
 
 #include "daemon/devices/device_request.h"
+#include "daemon/devices/multicast_groups.h"
 
 namespace qvs::kernel {
 
-namespace {
-
-enum FilterMode : uint32_t { Legacy = 0, Snooping = 1 };
-
-// The last version whose default mode is legacy filtering.
-constexpr uint32_t kLastLegacyVersion = 106;
-
 FilterMode filterModeOf(const Switch &sw) {
+    // The last version whose default mode is legacy filtering.
+    constexpr uint32_t kLastLegacyVersion = 106;
     const std::string_view stored = sw.global.text("com.quillon.vswitch.multicastFilter");
-    if (stored == "legacyFiltering") return Legacy;
-    if (stored == "snooping") return Snooping;
-    return sw.version <= kLastLegacyVersion ? Legacy : Snooping;
+    if (stored == "legacyFiltering") return FilterMode::Legacy;
+    if (stored == "snooping") return FilterMode::Snooping;
+    return sw.version <= kLastLegacyVersion ? FilterMode::Legacy : FilterMode::Snooping;
 }
 
+namespace {
+
 Result getMcastFilterMode(const Call &, const Portset &portset) {
-    const uint32_t mode = portset.owner == nullptr ? Legacy : filterModeOf(*portset.owner);
+    const FilterMode mode = portset.owner == nullptr ? FilterMode::Legacy : filterModeOf(*portset.owner);
     return {0, Record(sizeof mode).put(0, mode).take()};
 }
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "daemon/devices/device_request.h"
+#include "daemon/devices/network_counters.h"
 
 namespace qvs::kernel {
 
@@ -18,8 +19,32 @@ constexpr size_t kServicePortStats = 48;
 constexpr size_t kPolicyName = 136;
 constexpr size_t kPolicyEntry = 2748;
 
-template <const auto &kind, size_t size>
+Record rarpOf(const Model &model, const Portset &portset) {
+    const auto value = [&](uint32_t number) { return slotValue(model, switchSlot(portset.number), number); };
+    Record record(kRarpStats);
+    return putCounters(record, 0, {value(datapath::kReverseArpSent), value(datapath::kReverseArpFailed)});
+}
+
+// Frames that leave the switch are "out" of it by an uplink.
+Record teamingOf(const Model &model, const Portset &portset) {
+    using namespace datapath;
+    const auto value = [&](uint32_t number) { return slotValue(model, switchSlot(portset.number), number); };
+    Record record(kServicePortStats);
+    if (portset.owner == nullptr) return record;
+    const auto sum = [&](Which which, std::initializer_list<uint32_t> values) {
+        return sumOf(model, *portset.owner, which, values);
+    };
+    return putCounters(record, 0,
+                       {value(kFailovers), value(kFailbacks),
+                        sum(Which::Uplinks, {kPacketsOutUnicast, kPacketsOutMulticast, kPacketsOutBroadcast}),
+                        sum(Which::Uplinks, {kBytesOutUnicast, kBytesOutMulticast, kBytesOutBroadcast}),
+                        sum(Which::Uplinks, {kPacketsInUnicast, kPacketsInMulticast, kPacketsInBroadcast}),
+                        sum(Which::AllPorts, {dropValue(Drop::NoUplink)})});
+}
+
+template <const auto &kind, size_t size, auto count>
 Result statistics(const Call &call, const Portset &portset) {
+    if (hasSlot(call.model, switchSlot(portset.number))) return {0, count(call.model, portset).take()};
     return {0, Record(size).counters(0, call.model.counters.read(kind + portset.name)).take()};
 }
 
@@ -55,9 +80,10 @@ Result getPolicyTable(const Call &call, const Portset &portset) {
 }
 
 constexpr Command kCommands[] = {
-    {0x1001, SwitchRequest::kSize, "GetRARPStats", on<requestedPortset, statistics<kRarp, kRarpStats>>},
+    {0x1001, SwitchRequest::kSize, "GetRARPStats",
+     on<requestedPortset, statistics<kRarp, kRarpStats, rarpOf>>},
     {0x1002, SwitchRequest::kSize, "GetServicePortTeamingStats",
-     on<requestedPortset, statistics<kServicePort, kServicePortStats>>},
+     on<requestedPortset, statistics<kServicePort, kServicePortStats, teamingOf>>},
     {0x1024, SwitchRequest::kSize, "GetPortLSTeamingPolicyName", on<requestedPortNumber, getPortPolicyName>},
     {0x1025, SwitchRequest::kSize, "GetLSTeamingPolicyTable", on<requestedPortset, getPolicyTable>},
 };

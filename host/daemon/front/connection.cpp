@@ -164,9 +164,18 @@ void Connection::serveState(Kind kind, std::string payload) {
         self->carriedOut(effect);
         changeValue(effect, &answer);
         if (kernel.trace.active()) kernel.trace.write(line + describe(answer));
-        self->replyState(answer, request->asFile);
-        kernel.snapshot.dropOutdated();
+        self->settle([self, answer = std::move(answer), request] {
+            self->replyState(answer, request->asFile);
+            self->kernel().snapshot.dropOutdated();
+        });
     });
+}
+
+// All requests pass here: of the state library, of devices, of the shell and of the control interface.
+void Connection::settle(std::function<void()> reply) {
+    const uint64_t generation = server_.network().publish();
+    if (generation == 0) return reply();
+    server_.network().wait(generation, [self = self(), reply = std::move(reply)] { self->guarded(reply); });
 }
 
 void Connection::replyState(const StateAnswer &answer, bool asFile) {
@@ -205,10 +214,12 @@ void Connection::serveShell(const std::string &payload) {
         carriedOut(effect);
         effect.change(&result.out, wire::kMaxRequest);
         kernel().trace.write(fmt::format("{} -> exit {}", line, result.exitCode));
-        send(wire::Writer(Kind::Reply)
-                 .u32(static_cast<uint32_t>(result.exitCode))
-                 .text(result.out)
-                 .text(result.err));
+        settle([this, self, result] {
+            send(wire::Writer(Kind::Reply)
+                     .u32(static_cast<uint32_t>(result.exitCode))
+                     .text(result.out)
+                     .text(result.err));
+        });
     });
 }
 
@@ -226,7 +237,7 @@ void Connection::serveControl(const std::string &payload) {
     const ControlAnswer answer = runControl(text, server_);
     wire::Writer message(Kind::Reply);
     message.text(answer.json);
-    if (!answer.stops) return send(std::move(message));
+    if (!answer.stops) return settle([self = self(), message] { self->send(message); });
     send(std::move(message), [self = self()] {
         self->server_.keepUntilExit(self);
         self->server_.stop();

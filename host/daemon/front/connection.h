@@ -43,6 +43,8 @@ class Connection : public Channel {
     // Ends the process if a fault requires it after the request. Call it when the request was executed.
     void carriedOut(const Effect &effect);
     bool watched() const;
+    // Calls `reply` when the next frame obeys what the request changed.
+    void settle(std::function<void()> reply);
 
     void serveState(Kind kind, std::string payload);
     void replyState(const StateAnswer &answer, bool asFile);

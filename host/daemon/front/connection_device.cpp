@@ -87,12 +87,13 @@ void Connection::perform(const std::shared_ptr<Ioctl> &ioctl) {
             result = callDevice(*ioctl->command, {kernel().model, ioctl->number, ioctl->input, room});
         }
         carriedOut(effect);
-        if (result.error != 0) return finishIoctl(*ioctl, result.error);
+        if (result.error != 0)
+            return settle([this, self, ioctl, error = result.error] { finishIoctl(*ioctl, error); });
         effect.change(&result.output, room);
         if (result.output.size() > room) result.output.resize(room);
         ioctl->output = std::move(result.output);
         dialogue_ += ioctl->output.capacity();
-        deliver(ioctl, 0);
+        settle([this, self, ioctl] { deliver(ioctl, 0); });
     });
 }
 

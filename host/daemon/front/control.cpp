@@ -7,7 +7,9 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "daemon/devices/json_members.h"
+#include "daemon/devices/attachments.h"
+#include "daemon/devices/device_request.h"
+#include "daemon/devices/mirror_sessions.h"
 #include "daemon/front/lab.h"
 #include "daemon/model/text.h"
 #include "wire/json.h"
@@ -72,6 +74,7 @@ json status(Members &, Server &server) {
                    {"portsets", portsets},
                    {"nics", nics},
                    {"faults", kernel.faults.list()}};
+    answer["network"] = server.network().describe();
     for (const DevicePart *part : deviceParts()) {
         if (part->describe != nullptr) part->describe(model, &answer);
     }
@@ -120,6 +123,46 @@ json clearFaults(Members &members, Server &server) {
     return json::object();
 }
 
+// Returns the port that a request names by its identifier or, for an uplink, by its NIC.
+Port &attachedPort(Members &members, Model &model) {
+    const Switch &sw = switchOf(members, model);
+    const std::string name = members.text("port");
+    const Port *port = findByName(model, sw, name);
+    if (port == nullptr) members.fail("port", "is neither a port nor a NIC of the switch: " + name);
+    return *model.inventory.findPort(port->number);
+}
+
+json attach(Members &members, Server &server) {
+    Model &model = server.kernel().model;
+    Port &port = attachedPort(members, model);
+    const Attachment attachment = readAttachment(members);
+    const auto mac = members.maybeMac("mac");
+    members.finish();
+    if (mac && port.nic != nullptr)
+        members.fail("mac", "cannot be given for an uplink, which has the address of its NIC");
+    Transaction transaction(model.store);
+    if (mac) setClientMac(model, port, *mac);
+    if (attachPort(model, port, attachment) != Status::Ok)
+        members.fail("name", "is not a valid name of a client: " + attachment.name);
+    transaction.commit();
+    return json::object();
+}
+
+json detach(Members &members, Server &server) {
+    Model &model = server.kernel().model;
+    Port &port = attachedPort(members, model);
+    members.finish();
+    if (detachPort(model, port) == Status::NotFound) members.fail("port", "has no attachment");
+    return json::object();
+}
+
+json network(Members &members, Server &server) {
+    const bool enabled = members.maybeFlag("enabled").value_or(true);
+    members.finish();
+    enableNetwork(server.kernel().model, enabled);
+    return json::object();
+}
+
 constexpr struct {
     std::string_view name;
     json (*run)(Members &members, Server &server);
@@ -128,6 +171,8 @@ constexpr struct {
     {"stop", nothing},          {"seed", seed},
     {"trace.file", traceFile},  {"fault.add", addFault},
     {"fault.list", listFaults}, {"fault.clear", clearFaults},
+    {"attach", attach},         {"detach", detach},
+    {"network", network},
 };
 
 json perform(const json &request, Server &server, bool *stops) {

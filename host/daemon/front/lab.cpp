@@ -15,7 +15,6 @@ namespace {
 constexpr uint32_t kDefaultMaxPorts = 128;
 constexpr uint32_t kDefaultVersion = 105;
 constexpr uint32_t kPolicy = 8;
-constexpr uint32_t kRuntime = 32;
 
 constexpr std::pair<Status, const char *> kReasons[] = {
     {Status::NotFound, "not found"},
@@ -75,6 +74,8 @@ class Laboratory {
             setUpSwitch(part);
         for (const auto &client : lab.clients)
             attach(client);
+        if (lab.nics) attachNics(*lab.nics);
+        if (lab.network) enableNetwork(model_, *lab.network);
         if (lab.seed) model_.seedCounters(*lab.seed);
         Members members(lab.devices, "lab");
         for (const DevicePart *part : deviceParts()) {
@@ -189,6 +190,14 @@ class Laboratory {
         Port *port = sw->port(client.port);
         if (port == nullptr) fail("port " + client.port, Status::NotFound);
         require(model_.dataPaths.setClient(*port, client.name, client.link), "port " + client.port);
+        if (client.mac) setClientMac(model_, *port, *client.mac);
+        if (client.attachment) require(attachPort(model_, *port, *client.attachment), "port " + client.port);
+    }
+
+    void attachNics(const std::vector<Lab::NicPart> &parts) {
+        for (const Lab::NicPart &part : parts) {
+            if (part.attachment) attachNic(model_, *model_.inventory.findNic(part.name), *part.attachment);
+        }
     }
 
     void set(const std::string &id, Scope scope, const char *key, const std::string &value) {

@@ -11,6 +11,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "daemon/devices/attachments.h"
 #include "daemon/devices/device.h"
 #include "daemon/model/model.h"
 
@@ -29,12 +30,15 @@ struct Lab {
         std::optional<uint32_t> speedMbps;
         std::optional<uint32_t> mtu;
         std::optional<std::array<uint8_t, 6>> mac;
+        std::optional<Attachment> attachment;
     };
     struct Client {
         std::string sw;
         std::string port;
         std::string name;
         bool link = true;
+        std::optional<std::array<uint8_t, 6>> mac;
+        std::optional<Attachment> attachment;
     };
     struct PropertyPart {
         Scope scope = Scope::Global;
@@ -58,6 +62,7 @@ struct Lab {
     std::optional<std::vector<NicPart>> nics;
     std::vector<SwitchPart> switches;
     std::vector<Client> clients;
+    std::optional<bool> network;
     std::optional<uint32_t> seed;                       // of the counters
     nlohmann::json devices = nlohmann::json::object();  // the members that devices read
 };

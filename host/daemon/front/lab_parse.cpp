@@ -26,6 +26,15 @@ std::optional<bool> linkState(Members &members) {
     return state ? std::optional(*state == 1) : std::nullopt;
 }
 
+std::optional<Attachment> attachmentOf(Members &members) {
+    const auto given = members.maybeText("attach");
+    if (!given) return std::nullopt;
+    const auto attachment = parseAttachment(*given);
+    if (!attachment)
+        members.fail("attach", "is not an attachment, such as namespace or stream:FILE: " + *given);
+    return attachment;
+}
+
 Lab::NicPart parseNic(Members &members) {
     Lab::NicPart nic;
     nic.name = nameOf(members, "name", kMaxNicName);
@@ -33,6 +42,7 @@ Lab::NicPart parseNic(Members &members) {
     nic.speedMbps = members.maybeNumber("speedMbps");
     nic.mtu = members.maybeNumber("mtu", kMinMtu, kMaxMtu);
     nic.mac = members.maybeMac("mac");
+    nic.attachment = attachmentOf(members);
     return nic;
 }
 
@@ -42,6 +52,9 @@ Lab::Client parseClient(Members &members) {
     client.port = members.text("port");
     client.name = members.text("name");
     client.link = linkState(members).value_or(true);
+    client.mac = members.maybeMac("mac");
+    client.attachment = attachmentOf(members);
+    if (client.attachment && client.name.empty()) members.fail("attach", "needs the name of a client");
     return client;
 }
 
@@ -84,6 +97,7 @@ Lab parseLab(const json &value) try {
     members.each("pnics", [&](Members &part) { lab.nics->push_back(parseNic(part)); });
     members.each("switches", [&](Members &part) { lab.switches.push_back(parseSwitch(part)); });
     members.each("clients", [&](Members &part) { lab.clients.push_back(parseClient(part)); });
+    lab.network = members.maybeFlag("network");
     lab.seed = members.maybeNumber("seed");
     for (const DevicePart *part : deviceParts()) {
         for (const LabMember &member : part->lab) {

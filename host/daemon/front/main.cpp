@@ -21,6 +21,7 @@
 #include <spdlog/spdlog.h>
 #include <CLI/CLI.hpp>
 
+#include "daemon/devices/attachments.h"
 #include "daemon/front/server.h"
 #include "daemon/model/state_directory.h"
 #include "wire/escape.h"
@@ -50,6 +51,8 @@ struct Options {
     int readyDescriptor = -1;
     bool whileLeased = false;
     bool isPrivate = false;
+    bool network = false;
+    std::string switchd;
 };
 
 // Reports why the daemon does not start, with its exit code.
@@ -119,6 +122,7 @@ std::unique_ptr<Kernel> makeKernel(const Options &options) {
     auto kernel = std::make_unique<Kernel>(options.directory + "/hypercore.db");
     kernel->store.limitTo(options.maxStateMib);
     if (!options.lab.empty()) applyLabFile(options.lab, *kernel);
+    if (options.network) enableNetwork(kernel->model, true);
     if (options.trace.empty()) return kernel;
     if (const auto problem = kernel->trace.openFile(options.trace))
         throw StartError(fmt::format("cannot open the trace {}: {}", options.trace, *problem));
@@ -199,6 +203,19 @@ void serve(asio::io_context &io) {
     }
 }
 
+// The data path is installed where the daemon is.
+std::string dataPathProgram(const std::string &given) {
+    if (!given.empty()) return given;
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "qvs-switchd";
+}
+
+// Attachments are open before the first command runs on the host. The host serves without them, too.
+void startNetwork(asio::io_context &io, Network &network) {
+    if (network.publish() == 0) return;
+    while (network.settling() && !io.stopped())
+        io.run_one();
+}
+
 void run(const Options &options) {
     prepareDirectory(options.directory);
     const int lock = takeLock(options.directory);
@@ -215,16 +232,19 @@ void run(const Options &options) {
 
     Kernel &kernel = *whole;
     asio::io_context io(1);
-    Server server(io, kernel, listener, {options.directory, options.whileLeased});
+    Server server(io, kernel, listener,
+                  {options.directory, options.whileLeased, dataPathProgram(options.switchd)});
     asio::signal_set signals(io, SIGTERM, SIGINT);
     signals.async_wait([&](const asio::error_code &error, int) {
         if (!error) server.stop();
     });
     spdlog::info("serving {} as process {}: {} switches, {} ports", options.directory, getpid(),
                  kernel.model.inventory.switches().size(), kernel.model.inventory.portCount());
+    startNetwork(io, server.network());
     if (report(options.readyDescriptor, "R")) serve(io);
 
     spdlog::info("ending");
+    server.network().stop();
     unlink(socketPath.c_str());
     kernel.store.close();
     if (options.isPrivate) std::filesystem::remove_all(options.directory);
@@ -246,6 +266,8 @@ int main(int argc, char **argv) {
     app.add_option("--ready-fd", options.readyDescriptor, "Where to say that the daemon serves");
     app.add_flag("--while-leased", options.whileLeased, "End with the last lease");
     app.add_flag("--private", options.isPrivate, "Remove the directory at the end");
+    app.add_flag("--network", options.network, "Enable the network");
+    app.add_option("--switchd", options.switchd, "The program of the data path");
     CLI11_PARSE(app, argc, argv);
 
     signal(SIGPIPE, SIG_IGN);

@@ -33,7 +33,8 @@ Server::Server(asio::io_context &io, Kernel &kernel, int listener, Options optio
       kernel_(kernel),
       options_(std::move(options)),
       acceptor_(io, Protocol(), listener),
-      timer_(io) {
+      timer_(io),
+      network_(io, kernel.model, {options_.directory, options_.switchd}) {
     if (options_.whileLeased) {
         // The daemon must not stay if the launcher ended before it took its lease.
         timer_.expires_after(kFirstLeaseWithin);

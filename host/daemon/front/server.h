@@ -15,6 +15,7 @@
 #include <asio/steady_timer.hpp>
 
 #include "daemon/front/kernel.h"
+#include "daemon/network/network.h"
 
 namespace qvs::kernel {
 
@@ -26,12 +27,15 @@ class Server {
         std::string directory;
         // The daemon ends with the last lease, or if there is no lease soon after the start.
         bool whileLeased = false;
+        // The program of the data path.
+        std::string switchd;
     };
 
     // Serves clients of a listening socket.
     Server(asio::io_context &io, Kernel &kernel, int listener, Options options);
 
     Kernel &kernel() { return kernel_; }
+    Network &network() { return network_; }
     asio::io_context &io() { return io_; }
     const Options &options() const { return options_; }
     size_t leases() const { return leases_; }
@@ -72,6 +76,7 @@ class Server {
     size_t held_ = 0;
     uint64_t moments_ = 0;
     std::vector<std::shared_ptr<Channel>> lasting_;
+    Network network_;
 };
 
 }  // namespace qvs::kernel

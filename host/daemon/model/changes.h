@@ -2,6 +2,7 @@
 // Records what changed, so that data derived from the model can be updated.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -18,14 +19,17 @@ class Changes {
     // differs.
     uint64_t generation() const { return generation_; }
 
+    // Those who update derived data, each at its own times.
+    enum class Reader { Snapshot, Network };
+
     // The changes since the last call of `take`: properties of these objects, or anything.
     struct Touched {
         bool anything = true;
         std::vector<const Switch *> switches;
         std::vector<const Port *> ports;
     };
-    Touched take() {
-        return std::exchange(touched_, Touched{.anything = false, .switches = {}, .ports = {}});
+    Touched take(Reader reader) {
+        return std::exchange(of(reader), Touched{.anything = false, .switches = {}, .ports = {}});
     }
 
     // Records a change of anything.
@@ -34,22 +38,29 @@ class Changes {
         touched_ = {};
     }
     // Record a change of the properties of one object.
-    void properties(const Switch &sw) { touch(&touched_.switches, &sw); }
-    void properties(const Port &port) { touch(&touched_.ports, &port); }
+    void properties(const Switch &sw) { touch(&Touched::switches, &sw); }
+    void properties(const Port &port) { touch(&Touched::ports, &port); }
 
   private:
+    static constexpr size_t kReaders = 2;
+
+    Touched &of(Reader reader) { return touched_[static_cast<size_t>(reader)]; }
+
     template <typename Entity>
-    void touch(std::vector<const Entity *> *touched, const Entity *entity) {
+    void touch(std::vector<const Entity *> Touched::*list, const Entity *entity) {
         constexpr size_t kFew = 16;
         ++generation_;
-        if (!touched_.anything) touched->push_back(entity);
-        // With this many objects, updating everything is as fast as updating each one.
-        if (touched_.switches.size() + touched_.ports.size() > kFew + inventory_.portCount() / 4) all();
+        for (Touched &touched : touched_) {
+            if (!touched.anything) (touched.*list).push_back(entity);
+            // With this many objects, updating everything is as fast as updating each one.
+            if (touched.switches.size() + touched.ports.size() > kFew + inventory_.portCount() / 4)
+                touched = {};
+        }
     }
 
     const Inventory &inventory_;
     uint64_t generation_ = 0;
-    Touched touched_;
+    std::array<Touched, kReaders> touched_;
 };
 
 }  // namespace qvs::kernel

@@ -2,6 +2,7 @@
 // The rows of all tables of the devices, in memory and in the store.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string_view>
@@ -19,6 +20,8 @@ class DeviceTables {
         : store_(store), tables_(std::move(tables)) {}
     // Reads all rows from the store again.
     void load();
+    // Returns a number that grows with every change of a row.
+    uint64_t generation() const { return generation_; }
 
     template <typename Key, typename Value>
     const std::map<Key, Value> &rows(const Table<Key, Value> &table) const {
@@ -33,6 +36,7 @@ class DeviceTables {
         store_.change(kSetDeviceValue, std::string_view(setting.name()), std::string_view(setting.key()),
                       std::string_view(setting.valueBytes(value)));
         stored(setting).value = value;
+        ++generation_;
     }
     template <typename Key, typename Value>
     void setRow(const Table<Key, Value> &table, const std::type_identity_t<Key> &key,
@@ -53,6 +57,7 @@ class DeviceTables {
         transaction.commit();
         for (const auto &[key, value] : changed)
             stored(table).rows.insert_or_assign(key, value);
+        ++generation_;
     }
     template <typename Key, typename Value>
     void clearRows(const Table<Key, Value> &table, const std::type_identity_t<std::vector<Key>> &keys) {
@@ -63,6 +68,7 @@ class DeviceTables {
         transaction.commit();
         for (const Key &key : keys)
             stored(table).rows.erase(key);
+        ++generation_;
     }
 
   private:
@@ -73,6 +79,7 @@ class DeviceTables {
 
     Store &store_;
     std::vector<const AnyTable *> tables_;
+    uint64_t generation_ = 0;
     std::map<std::string_view, std::unique_ptr<AnyRows>> rows_;
 };
 

@@ -55,12 +55,15 @@ struct Nic {
     std::string name;
     bool link = true;
     bool admin = true;
+    bool carrier = true;  // of its attachment; not stored
     uint32_t speedMbps = 10000;
     uint32_t mtu = kDefaultMtu;
     std::array<uint8_t, 6> mac{};
     Port *port = nullptr;  // the uplink port it is bound to
 
-    bool up() const { return link && admin; }
+    // The link as labs and clients want it, and as it is.
+    bool wanted() const { return link && admin; }
+    bool up() const { return wanted() && carrier; }
 };
 
 struct Portset {
@@ -83,15 +86,17 @@ struct Port {
     bool blocked = false;     // the value of the block property
     std::string client;
     bool clientLink = false;
+    bool carrier = true;  // of the attachment of the client; not stored
     StatusFrom statusFrom = StatusFrom::Kernel;
     bool changed = false;  // whether the port has rows in port_properties
     const Nic *nic = nullptr;
+    std::array<uint64_t, 16> counted{};  // counters of the data path that the statistics contain
     mutable uint32_t snapshotIndex = 0;  // its index in the snapshot
 
     void set(PropertyRef property);
     void clear(std::string_view key);
     bool inUse() const { return nic != nullptr || !client.empty(); }
-    bool linkUp() const { return nic != nullptr ? nic->up() : !client.empty() && clientLink; }
+    bool linkUp() const { return nic != nullptr ? nic->up() : !client.empty() && clientLink && carrier; }
     std::string_view clientName() const { return nic != nullptr ? nic->name : client; }
     uint32_t flags() const;
     // Returns the value of the status property that the kernel provides. The kernel's value is not in

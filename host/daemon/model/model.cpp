@@ -62,6 +62,7 @@ void Model::seedCounters(uint32_t seed) {
 
 void DeviceTables::load() {
     rows_.clear();
+    ++generation_;
     for (const AnyTable *table : tables_)
         rows_.emplace(table->name(), table->noRows());
     store_.each(kAllDeviceValues, [this](const Row &row) {

@@ -9,6 +9,7 @@
 #include "daemon/model/counters.h"
 #include "daemon/model/data_paths.h"
 #include "daemon/model/device_tables.h"
+#include "daemon/model/facts.h"
 #include "daemon/model/inventory.h"
 #include "daemon/model/properties.h"
 #include "daemon/model/store.h"
@@ -37,6 +38,7 @@ struct Model : private wire::Noncopyable {
     Properties properties{store, inventory, uplinks, changes};
     DeviceTables tables;
     Counters counters;
+    Facts facts;
 };
 
 // Reads switches, ports, portsets and NICs from the store into an empty inventory.

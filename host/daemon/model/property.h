@@ -18,6 +18,7 @@ namespace qvs::kernel {
 // Bits of a property's type.
 constexpr uint32_t kVolatile = 4;
 constexpr uint32_t kConfig = 16;
+constexpr uint32_t kRuntime = 32;
 
 struct PropertyView {
     std::string_view key;

@@ -193,7 +193,7 @@ const Blob &Snapshot::get() {
 }
 
 bool Snapshot::update() {
-    const Changes::Touched touched = model_.changes.take();
+    const Changes::Touched touched = model_.changes.take(Changes::Reader::Snapshot);
     if (builder_ != nullptr && !touched.anything && builder_->replace(touched)) return true;
     builder_ = std::make_unique<Builder>(model_, generation_);
     if (builder_->addAll()) return true;

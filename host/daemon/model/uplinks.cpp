@@ -107,6 +107,34 @@ Status Uplinks::setNic(Nic &nic, const Nic &to) {
     return Status::Ok;
 }
 
+// A status that a client has set is replaced by that of the kernel. Only that is stored, not each flap.
+void Uplinks::flipped(Port &port) {
+    if (port.statusFrom == Port::StatusFrom::Client) {
+        Transaction transaction(store_);
+        storeStatusReturn(store_, port);
+        transaction.commit();
+    }
+    port.returnStatus();
+}
+
+void Uplinks::setCarrier(Nic &nic, bool carrier) {
+    if (nic.carrier == carrier) return;
+    const bool before = nic.up();
+    nic.carrier = carrier;
+    if (nic.up() == before) return;
+    if (nic.port != nullptr) flipped(*nic.port);
+    changes_.all();
+}
+
+void Uplinks::setCarrier(Port &port, bool carrier) {
+    if (port.carrier == carrier) return;
+    const bool before = port.linkUp();
+    port.carrier = carrier;
+    if (port.linkUp() == before) return;
+    flipped(port);
+    changes_.properties(port);
+}
+
 Status Uplinks::addNic(const Nic &nic) {
     if (!isNodeName(nic.name, kMaxNicName) || !isMtu(nic.mtu)) return Status::BadParameter;
     if (inventory_.findNic(nic.name) != nullptr) return Status::Exists;

@@ -34,6 +34,9 @@ class Uplinks {
     // Changes the attributes of a NIC, except its name and its binding.
     Status setNic(Nic &nic, const Nic &to);
     Status addNic(const Nic &nic);
+    // Change the carrier of the attachment of a NIC or of a client. Only memory changes.
+    void setCarrier(Nic &nic, bool carrier);
+    void setCarrier(Port &port, bool carrier);
     // Removes all NICs. The host must not have bound uplinks.
     void clearNics();
 
@@ -42,6 +45,7 @@ class Uplinks {
 
     Bindings plan(const Switch &sw, const std::vector<std::string> &uplinks, const FindNumber &find) const;
     void storeNic(const Nic &nic, const Nic &to, uint32_t port);
+    void flipped(Port &port);
 
     Store &store_;
     Inventory &inventory_;
