@@ -38,10 +38,16 @@ wire::Writer message(datapath::Kind kind) {
 }  // namespace
 
 Network::Network(asio::io_context &io, Model &model, Options options)
-    : io_(io), model_(model), options_(std::move(options)), timer_(io) {}
+    : model_(model),
+      options_(std::move(options)),
+      process_(io, options_.program,
+               {[this] { processStarted(); },
+                [this](uint32_t kind, std::string_view payload, int file) { received(kind, payload, file); },
+                [this] { processEnded(); }}),
+      timer_(io) {}
 
 Network::~Network() {
-    process_.reset();
+    process_.stop();
     for (const auto &[name, file] : kept_)
         close(file);
 }
@@ -49,31 +55,28 @@ Network::~Network() {
 uint64_t Network::publish() {
     if (changes_ == model_.changes.generation() && tables_ == model_.tables.generation()) return 0;
     if (!hasNetwork(model_)) {
-        if (process_ != nullptr) end();
+        if (on_) end();
         changes_ = model_.changes.generation();
         tables_ = model_.tables.generation();
         return 0;
     }
-    if (process_ == nullptr) {
+    if (!on_) {
         begin();
         return generation_;
     }
     // A process that is not there gets everything when it starts.
-    return process_->running() ? sendChanges() : 0;
+    return process_.running() ? sendChanges() : 0;
 }
 
 void Network::begin() {
     slots_ = std::make_unique<Slots>(model_.facts);
-    process_ = std::make_unique<Process>(io_, options_.program,
-                                         Process::Events{[this] { processStarted(); },
-                                                         [this](uint32_t kind, std::string_view payload,
-                                                                int file) { received(kind, payload, file); },
-                                                         [this] { processEnded(); }});
-    process_->start();
+    on_ = true;
+    process_.start();
 }
 
 void Network::end() {
-    process_.reset();
+    on_ = false;
+    process_.stop();
     processEnded();
     for (const auto &[name, file] : std::exchange(kept_, {}))
         close(file);
@@ -86,13 +89,13 @@ void Network::end() {
 }
 
 void Network::stop() {
-    if (process_ != nullptr) process_->stop();
+    process_.stop();
 }
 
 void Network::processStarted() {
-    process_->send(message(datapath::Kind::Start).text(options_.directory).bytes(), slots_->file());
+    process_.send(message(datapath::Kind::Start).text(options_.directory).bytes(), slots_->file());
     for (const auto &[name, file] : kept_)
-        process_->send(message(datapath::Kind::Kept).text(name).bytes(), file);
+        process_.send(message(datapath::Kind::Kept).text(name).bytes(), file);
     whole_ = true;
     sendChanges();
 }
@@ -234,7 +237,7 @@ void Network::send(policy::ConfigurationT *configuration) {
     policy::FinishConfigurationBuffer(builder, policy::Configuration::Pack(builder, configuration));
     const std::string_view bytes(reinterpret_cast<const char *>(builder.GetBufferPointer()),
                                  builder.GetSize());
-    process_->send(message(datapath::Kind::Configure).text(bytes).bytes());
+    process_.send(message(datapath::Kind::Configure).text(bytes).bytes());
     generation_ = configuration->generation;
     const auto limit = whole_ ? kBeginsWithin : kAnswersWithin;
     const auto earliest = owed_.empty() ? steady_clock::time_point() : owed_.back().until;
@@ -268,8 +271,7 @@ void Network::watch() {
     timer_.expires_at(owed_.front().until);
     timer_.async_wait([this](const asio::error_code &error) {
         if (error || owed_.empty() || owed_.front().until > steady_clock::now()) return;
-        process_->kill(
-            fmt::format("it did not carry out configuration {} in time", owed_.front().generation));
+        process_.kill(fmt::format("it did not carry out configuration {} in time", owed_.front().generation));
     });
 }
 

@@ -85,11 +85,11 @@ class Network : private wire::Noncopyable {
     void answer(uint64_t generation);
     void watch();
 
-    asio::io_context &io_;
     Model &model_;
     Options options_;
     std::unique_ptr<Slots> slots_;
-    std::unique_ptr<Process> process_;
+    Process process_;
+    bool on_ = false;
 
     // The changes that are known.
     uint64_t changes_ = UINT64_MAX;

@@ -49,7 +49,7 @@ void Network::received(uint32_t kind, std::string_view payload, int file) {
             break;
     }
     if (file >= 0) close(file);
-    if (!valid) process_->kill(fmt::format("it sent an invalid message of kind {}", kind));
+    if (!valid) process_.kill(fmt::format("it sent an invalid message of kind {}", kind));
 }
 
 bool Network::inForce(wire::Reader reader) {
@@ -146,10 +146,10 @@ bool Network::joined(wire::Reader reader) {
 }
 
 json Network::describe() const {
-    json answer = {{"enabled", process_ != nullptr}};
-    if (process_ == nullptr) return answer;
-    answer["process"] = process_->running() ? json(process_->pid()) : json();
-    answer["restarts"] = process_->restarts();
+    json answer = {{"enabled", on_}};
+    if (!on_) return answer;
+    answer["process"] = process_.running() ? json(process_.pid()) : json();
+    answer["restarts"] = process_.restarts();
     answer["notCarriedOut"] = kNotCarriedOut;
     json &list = answer["attachments"] = json::array();
     forEachAttachment(model_, [&](const Port &port, const Attachment &attachment) {

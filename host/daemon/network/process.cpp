@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <thread>
 #include <utility>
@@ -50,8 +51,7 @@ constexpr int kCannotRun = 127;
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     // The parent may have ended before.
     if (getppid() == parent) execl(program, program, nullptr);
-    const char *reason = std::strerror(errno);
-    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, reason, std::strlen(reason));
+    dprintf(STDERR_FILENO, "cannot run %s: %s\n", program, std::strerror(errno));
     _exit(kCannotRun);
 }
 
@@ -119,12 +119,13 @@ void Process::send(std::string_view message, int file) {
 }
 
 void Process::readLog() {
-    log_.async_read_some(asio::buffer(piece_), [this](const asio::error_code &error, size_t size) {
-        if (error) return;
-        logged_.append(piece_, size);
-        logLines(false);
-        readLog();
-    });
+    log_.async_read_some(asio::buffer(piece_),
+                         [this, process = pid_](const asio::error_code &error, size_t size) {
+                             if (error || process != pid_) return;
+                             logged_.append(piece_, size);
+                             logLines(false);
+                             readLog();
+                         });
 }
 
 void Process::drainLog() {
