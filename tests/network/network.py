@@ -64,6 +64,8 @@ def host(lab, *words):
     eventually((STATE / "socket").exists)
     # The daemon listens before it serves.
     Client("state").call(2)
+    if "network" in lab:
+        last(1)
     try:
         yield daemon
     finally:

@@ -101,7 +101,7 @@ def only_where_wanted():
         assert [(a["port"], a["kind"], a["name"]) for a in status()["attachments"]] == [("u1", "tap", "tap7")]
         request(op="attach", switch="sw1", port="p2", kind="namespace")
         assert len(status()["attachments"]) == 2
-        qvs("port", "delete", "sw1", "p2")
+        qvs("port", "remove", "sw1", "p2")
         assert len(status()["attachments"]) == 1 and not any(
             a["port"] == FIRST + 1 for a in configurations()[-1]["attachments"])
 

@@ -84,7 +84,8 @@ def main():
         if kind == START:
             state = payload[4:].decode()
             memory = mmap.mmap(waiting.pop(), SLOT << 17)
-            pathlib.Path(state, "process").write_text(str(os.getpid()))
+            pathlib.Path(state, "process.new").write_text(str(os.getpid()))
+            os.rename(f"{state}/process.new", f"{state}/process")
             count = len(list(pathlib.Path(state).glob("configuration.*")))
         elif kind == KEPT:
             pathlib.Path(state, "returned").write_bytes(payload[4:] + b" " + os.pread(waiting.pop(), 99, 0))
