@@ -186,11 +186,11 @@ The launcher's own words.
   qvs-host 1.1.0
   usage: qvs-host COMMAND [ARGUMENT...] [OPTION...]
   qvs-host: unexpected argument: 'true'; COMMAND goes behind --
-  qvs-host: usage: qvs-host run [--state DIR] [--lab LAB] [--trace FILE] [--max-state-mib N] -- COMMAND...
+  qvs-host: usage: qvs-host run [--state DIR] [--lab LAB] [--trace FILE] [--max-state-mib N] [--network] -- COMMAND...
   qvs-host: no such option: '--stat'; did you mean '--state'?
-  qvs-host: usage: qvs-host run [--state DIR] [--lab LAB] [--trace FILE] [--max-state-mib N] -- COMMAND...
+  qvs-host: usage: qvs-host run [--state DIR] [--lab LAB] [--trace FILE] [--max-state-mib N] [--network] -- COMMAND...
   qvs-host: --state is needed
-  qvs-host: usage: qvs-host start --state DIR [--lab LAB] [--trace FILE] [--max-state-mib N]
+  qvs-host: usage: qvs-host start --state DIR [--lab LAB] [--trace FILE] [--max-state-mib N] [--network]
   qvs-host: no such command: fault 'nix'; 'qvs-host help fault' lists them
   qvs-host: qvs-host stop has no JSON; call it without --json
   ? 2

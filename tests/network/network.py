@@ -57,13 +57,19 @@ def log():
     return (STATE / "log").read_text()
 
 
+def serves():
+    try:
+        Client("state").call(2)
+    except OSError:
+        return False
+    return True
+
+
 @contextlib.contextmanager
 def host(lab, *words):
     pathlib.Path("lab.json").write_text(json.dumps(lab))
     daemon = subprocess.Popen([HOSTD, "--state", STATE, "--lab", "lab.json", "--switchd", HERE / "switchd.py", *words])
-    eventually((STATE / "socket").exists)
-    # The daemon listens before it serves.
-    Client("state").call(2)
+    eventually(serves)
     if "network" in lab:
         last(1)
     try:

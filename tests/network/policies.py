@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Stored bytes of policies, and what the data path gets for them. A malformed record has the safe default."""
-from network import FIRST, configurations, host, lab
+import random
+
+from hostile import PROP_SET, Client, number, text
+from network import FIRST, IDENTIFIER, configurations, host, lab, status
 
 
 def name(text, width):
@@ -151,4 +154,26 @@ def main():
          "name": "pnic1", "mac": {"bytes": [2, 0, 0, 0, 0, 1]}}], configuration["attachments"]
 
 
+def survives():
+    """Whatever is stored in place of a record, the host and its data path go on."""
+    chance = random.Random(7)
+    scopes = {"global": 0, "host": 1}
+    records = [(scopes[scope], "", key, value) for scope, key, value in SWITCH]
+    records += [(2, port, key, value) for port, (properties, _) in PORTS.items() for key, value in properties]
+    with host(lab(12)):
+        client = Client("state")
+        for _ in range(600):
+            scope, port, key, value = chance.choice(records)
+            record = bytearray.fromhex(value)
+            for _ in range(chance.randrange(4)):
+                record[chance.randrange(min(len(record), 260))] = chance.choice([0, 1, 2, 127, 255])
+            if chance.random() < 0.3:
+                record = record[:chance.randrange(len(record))]
+            answer = client.call(PROP_SET, bytes([scope]) + text(IDENTIFIER) + text(port)
+                                 + text("com.quillon.vswitch." + key) + text(bytes(record)) + number(8))
+            assert answer == number(0), (key, record.hex())
+        assert status()["restarts"] == 0
+
+
 main()
+survives()

@@ -36,7 +36,7 @@ json describeSwitch(const Model &model, const Switch &sw) {
 
 json describeNic(const Nic &nic) {
     return {{"name", nic.name},
-            {"link", nic.link ? "up" : "down"},
+            {"link", nic.link && nic.carrier ? "up" : "down"},
             {"admin", nic.admin ? "up" : "down"},
             {"speedMbps", nic.speedMbps},
             {"mtu", nic.mtu},

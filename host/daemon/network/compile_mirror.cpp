@@ -9,11 +9,15 @@ namespace qvs::kernel {
 
 namespace {
 
+// What a client can store is larger than any switch needs. Compiling the rest would delay all requests.
+constexpr size_t kMostSessions = 256;
+constexpr size_t kMostEntities = 1024;
 constexpr size_t kValue = kMirrorEntity - kMirrorValueAt;
 
 template <typename Visit>
 void eachValue(std::string_view entities, const Visit &visit) {
-    for (size_t at = 0; at + kMirrorEntity <= entities.size(); at += kMirrorEntity)
+    entities = entities.substr(0, kMostEntities * kMirrorEntity);
+    for (size_t at = 0; at < entities.size(); at += kMirrorEntity)
         visit(entities.substr(at + kMirrorValueAt, kValue));
 }
 
@@ -99,6 +103,7 @@ std::vector<std::unique_ptr<policy::MirrorSessionT>> compileMirrors(const Model 
         auto known = std::find_if(sessions.begin(), sessions.end(),
                                   [&](const auto &session) { return session->id == stored.id; });
         if (known == sessions.end()) {
+            if (sessions.size() == kMostSessions) return;
             sessions.push_back(headOf(stored, slots.of(mirrorSlot(sw.portset->number, stored.id))));
             known = sessions.end() - 1;
         }

@@ -21,9 +21,11 @@ const Port *portNamed(const Model &model, const Switch &sw, std::string_view nam
 // A map of another size is empty. Entries of unknown types are isolated, the narrowest type.
 std::vector<std::unique_ptr<policy::PrivateVlanT>> compilePrivateVlans(const Switch &sw) {
     constexpr size_t kEntry = 8;
+    constexpr size_t kMost = 4096;  // there are no more VLANs
     std::vector<std::unique_ptr<policy::PrivateVlanT>> map;
     const Property *stored = sw.global.find("com.quillon.vswitch.pvlanMap");
-    if (stored == nullptr || stored->value.size() % kEntry != 0) return map;
+    if (stored == nullptr || stored->value.size() % kEntry != 0 || stored->value.size() > kMost * kEntry)
+        return map;
     for (size_t at = 0; at < stored->value.size(); at += kEntry) {
         auto &entry = map.emplace_back(std::make_unique<policy::PrivateVlanT>());
         entry->primary = u16At(stored->value, at);
