@@ -124,7 +124,9 @@ bool Pipe::readSome() {
     incoming_.resize(known + static_cast<size_t>(std::max<ssize_t>(received, 0)));
     if (received < 0 && isLater()) return false;
     if (received <= 0) {
-        fail(received == 0 ? "it closed its socket" : std::strerror(errno));
+        // A reset is the end of a process that left messages unread.
+        const bool ended = received == 0 || errno == ECONNRESET;
+        fail(ended ? "it closed its socket" : std::strerror(errno));
         return false;
     }
     if (incoming_.size() < sizeof(wire::Head)) return true;
