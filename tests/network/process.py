@@ -63,10 +63,10 @@ def comes_back():
             assert words in log(), (words, log())
         assert "data path: last words" in log()
         eventually(lambda: (STATE / "returned").read_bytes() == b"kept kept")
-        os.kill(pid(), signal.SIGKILL)
-        first = pid()
-        eventually(lambda: pid() != first)
-        whole = configurations()[-1]
+        first, count = pid(), len(configurations())
+        os.kill(first, signal.SIGKILL)
+        whole = last(count + 1)
+        assert pid() != first
         expected["generation"] = whole["generation"]
         expected["switches"][0]["ports"][0]["vlan"] = {"id": 13}
         expected["switches"][0]["ports"][1]["vlan"] = {"id": 99}
