@@ -24,8 +24,9 @@ struct EndpointEvents {
     std::function<void(const Frame &frame)> received;
     // The carrier changed. A problem is the reason why there is none, in words for the user.
     std::function<void(bool up, const std::string &problem)> carrier;
-    // The adapter of the client has this address from now on.
-    std::function<void(MacAddress address)> address;
+    // The adapter of the client has this address from now on (0: the one that it was given), and asks for all
+    // frames or not. Endpoints that cannot know this do not tell it; they ask.
+    std::function<void(MacAddress address, bool promiscuous)> adapter;
 };
 
 class Endpoint : private wire::Noncopyable {
