@@ -15,6 +15,7 @@
 #include "launcher/host.h"
 #include "launcher/layout.h"
 #include "launcher/manual.h"
+#include "launcher/network.h"
 #include "launcher/report.h"
 #include "launcher/run.h"
 #include "launcher/shell.h"
@@ -25,6 +26,20 @@
 
 namespace qvs::launcher {
 
+std::string absolute(const std::string &path) {
+    if (path.empty()) return path;
+    std::string whole = std::filesystem::absolute(path).lexically_normal();
+    if (whole.size() > 1 && whole.back() == '/') whole.pop_back();
+    return whole;
+}
+
+std::string socketOf(const cli::Arguments &arguments) {
+    if (arguments.given("--state")) return wire::socketFile(absolute(arguments.text("--state")));
+    const char *socket = getenv(wire::kSocketVariable);
+    if (socket != nullptr && socket[0] != '\0') return socket;
+    throw Error("no host is named; give --state DIR, or run the command on a host", qvs::Exit::Usage);
+}
+
 namespace {
 
 using cli::Arguments;
@@ -34,13 +49,6 @@ using cli::local;
 using cli::Option;
 using cli::Output;
 using nlohmann::json;
-
-std::string absolute(const std::string &path) {
-    if (path.empty()) return path;
-    std::string whole = std::filesystem::absolute(path).lexically_normal();
-    if (whole.size() > 1 && whole.back() == '/') whole.pop_back();
-    return whole;
-}
 
 std::string pathGiven(const Arguments &arguments, std::string_view option) {
     return arguments.given(option) ? absolute(arguments.text(option)) : "";
@@ -61,14 +69,6 @@ HostOptions hostOptions(const Arguments &arguments) {
     options.network = arguments.given("--network");
     options.maxStateMib = arguments.number("--max-state-mib", 0, 1);
     return options;
-}
-
-// Returns the socket of the host that a command applies to.
-std::string socketOf(const Arguments &arguments) {
-    if (arguments.given("--state")) return wire::socketFile(absolute(arguments.text("--state")));
-    const char *socket = getenv(wire::kSocketVariable);
-    if (socket != nullptr && socket[0] != '\0') return socket;
-    throw Error("no host is named; give --state DIR, or run the command on a host", qvs::Exit::Usage);
 }
 
 void run(const Arguments &arguments, Output &out) {
@@ -148,11 +148,10 @@ constexpr Option kTrace{"--trace", "FILE", "append a line for each request to FI
 constexpr Option kMaxState{"--max-state-mib", "N", "limit the size of the state, to try a full disk"};
 constexpr Option kNetwork{"--network", nullptr,
                           "start the data path, so that frames flow between attachments"};
-constexpr Option kRunning{"--state", "DIR", "directory of the host (default: the host that this runs on)",
-                          Kind::Directory};
 
 constexpr cli::Topic kTopics[] = {
     {"Hosts", "run shell start stop status reset labs"},
+    {"Network", "attach detach enter send expect"},
     {"Requests", "trace fault"},
 };
 
@@ -272,6 +271,7 @@ namespace qvs::cli {
 const Program &program() {
     static const Noun nouns[] = {
         {"host", "hosts and what runs on them", launcher::kHostRows},
+        {"network", "frames, and what is attached to ports", launcher::kNetworkCommands},
         {"fault", "requests that are to fail", launcher::kFaultRows},
         {"tool", "the tool itself", kToolCommands},
     };
