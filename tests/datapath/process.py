@@ -1,0 +1,407 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Frames through the process of the data path by each kind of attachment, and what must not disturb it.
+
+Each function is a case in a directory of its own; the first failure ends the test.
+"""
+import os
+import pathlib
+import resource
+import socket
+import struct
+import subprocess
+import sys
+import time
+
+sys.dont_write_bytecode = True
+from switchd import (BIN, CONFIGURE, PROGRAM, WAIT, Process, Session, compiled, expect, frame, port, switch,  # noqa: E402
+                     text)
+
+# Of shared.h.
+DROPPED_BUSY = 21 + 11
+
+
+def sessions():
+    with Process() as path:
+        path.configure(switch(port(1), port(2), port(3)))
+        one, two = path.client(1), path.client(2)
+        watch_in, watch_out = path.session("watch", "", "vm1", "in"), path.session("watch", "sw1", "port2", "out")
+        for each in watch_in, watch_out:
+            expect("watching", each.answer(), b"ok")
+        one.send(frame(2, 1))
+        for name, each in {"receiver": two, "in": watch_in, "out": watch_out}.items():
+            expect(name, each.next(), frame(2, 1))
+        one.send(b"")  # ends a session
+        expect("end", one.answer(), b"")
+        for words, problem in {
+            ("attach", "sw1", "port9"): b"switch sw1 has no port or client port9",
+            ("attach", "", "port9"): b"no switch has a port or client port9",
+            ("enter", "vm1"): b"no client of this host is attached to a network namespace; attach one first",
+            ("attach",): b"the request is none of attach, watch and enter",
+            ("x" * 100_000,): b"the request is none of attach, watch and enter",
+        }.items():
+            refused = path.session(*words)
+            expect(words, refused.answer(), problem)
+            expect("closed", refused.answer(), b"")
+        # A port that is removed takes its sessions along.
+        path.configure(switch(port(1), port(3)))
+        expect("removed", two.answer(), b"")
+
+
+def two_switches():
+    with Process() as path:
+        path.configure(switch(port(1)), switch({**port(2), "id": "port1"}, number=2, name="sw2"))
+        expect("ambiguous", path.session("attach", "", "port1").answer(),
+               b"port port1 is on the switches sw1 and sw2; name one with --switch")
+        expect("named", path.session("attach", "sw2", "port1").answer(), b"ok")
+
+
+def malformed_configuration():
+    with Process() as path:
+        path.configure(switch(port(1), port(2)))
+        for bad in b"", b"\0" * 8, b"x" * 1000, os.urandom(5000):
+            path.send(CONFIGURE, text(bad))
+        path.send(CONFIGURE, b"\xff" * 4)
+        path.send(999, text("x"))
+        one, two = path.client(1), path.client(2)
+        one.send(frame(2, 1))
+        expect("old configuration", two.next(), frame(2, 1))
+        path.configure(switch(port(1), port(2)))
+        expect("logged", path.logged().count("is malformed and was not applied"), 4)
+
+
+def changed_port():
+    with Process() as path:
+        path.configure(switch(port(1), port(2), port(3)))
+        two, three = path.client(2), path.client(3)
+        path.generation += 1
+        changed = {"generation": path.generation, "changed_ports": [{"portset": 1, "policy": port(3, blocked=True)},
+                                                                    {"portset": 77, "policy": port(9)}]}
+        path.send(CONFIGURE, text(compiled(changed)))
+        path.wait_in_force()
+        path.client(1).send(frame(None, 1))
+        expect("unchanged port", two.next(), frame(None, 1))
+        expect("blocked port", three.next(), None)
+
+
+class Stream(Session):
+    def __init__(self, path):
+        super().__init__(path, socket.SOCK_STREAM)
+
+    def send(self, data):
+        self.socket.sendall(struct.pack(">I", len(data)) + data)
+
+    def next(self):
+        size = struct.unpack(">I", self.socket.recv(4, socket.MSG_WAITALL))[0]
+        return self.socket.recv(size, socket.MSG_WAITALL)
+
+
+def stream():
+    with Process() as path:
+        attachment = {"port": 1, "kind": "Stream", "path": "vm1.socket"}
+        path.configure(switch(port(1), port(2)), attachments=[attachment])
+        path.wait_carrier(1, (False, ""))
+        two = path.client(2)
+        client = Stream(path.directory / "vm1.socket")
+        path.wait_carrier(1, (True, ""))
+        expect("another client", Stream(path.directory / "vm1.socket").socket.recv(1), b"")
+        for piece in struct.pack(">I", 60), frame(2, 1)[:20], frame(2, 1)[20:] + struct.pack(">I", 60)[:2], \
+                struct.pack(">I", 60)[2:] + frame(2, 1):
+            client.socket.sendall(piece)
+            time.sleep(0.02)
+        for _ in range(2):
+            expect("frame in pieces", two.next(), frame(2, 1))
+        two.send(frame(1, 2))
+        expect("frame back", client.next(), frame(1, 2))
+        client.socket.sendall(b"GET / HTTP/1.1\r\n")
+        path.wait_carrier(1, (False, ""))
+        expect("logged", "sent a frame of 1195725856 bytes and is disconnected" in path.logged(), True)
+        again = Stream(path.directory / "vm1.socket")
+        path.wait_carrier(1, (True, ""))
+        # The same attachment stays as it is; another one replaces it.
+        path.configure(switch(port(1), port(2)), attachments=[attachment])
+        again.send(frame(2, 1, b"again"))
+        expect("second client", two.next(), frame(2, 1, b"again"))
+        path.configure(switch(port(1), port(2)), attachments=[])
+        expect("detached", again.socket.recv(1), b"")
+        expect("file", (path.directory / "vm1.socket").exists(), False)
+
+
+def datagram():
+    with Process() as path:
+        path.configure(switch(port(1), port(2)),
+                       attachments=[{"port": 1, "kind": "Datagram", "path": "here", "peer": "there"}])
+        two = path.client(2)
+        two.send(frame(1, 2))  # nobody listens yet
+        peer = Session.__new__(Session)
+        peer.socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        peer.socket.bind(str(path.directory / "there"))
+        peer.socket.sendto(frame(2, 1), str(path.directory / "here"))
+        expect("datagram in", two.next(), frame(2, 1))
+        two.send(frame(1, 2, b"second"))
+        expect("datagram out", peer.next(), frame(1, 2, b"second"))
+
+
+def pcap(*frames, magic=0xa1b2c3d4, link=1, order="<"):
+    head = struct.pack(order + "IHHiIII", magic, 2, 4, 0, 0, 65535, link)
+    return head + b"".join(struct.pack(order + "IIII", 1, 2, len(each), len(each)) + each for each in frames)
+
+
+def capture():
+    frames = [frame(2, 1, bytes([i])) for i in range(100)]
+    with Process() as path:
+        (path.directory / "in").write_bytes(pcap(*frames, order=">"))
+        path.configure(switch(port(1), port(2)), attachments=[{"port": 2, "kind": "Capture", "peer": "out"}])
+        path.configure(switch(port(1), port(2)), attachments=[{"port": 2, "kind": "Capture", "peer": "out"},
+                                                              {"port": 1, "kind": "Capture", "path": "in"}])
+        deadline = time.monotonic() + WAIT
+        out, size = path.directory / "out", 24 + 100 * (16 + 60)
+        while out.stat().st_size < size and time.monotonic() < deadline:
+            time.sleep(0.01)
+        expect("size", out.stat().st_size, size)
+        found = out.read_bytes()
+        expect("head", found[:24], struct.pack("<IHHiIII", 0xa1b2c3d4, 2, 4, 0, 0, 262144, 1))
+        expect("frames", [found[24 + i * 76 + 16:][:60] for i in range(100)], frames)
+
+
+# What each file or name of an attachment is reported with.
+PROBLEMS = {
+    "pcap short": ({"kind": "Capture", "path": "file"}, b"abc", "is shorter than the head of a capture file"),
+    "pcap other": ({"kind": "Capture", "path": "file"}, b"x" * 99, "is not a capture file in the pcap format"),
+    "pcapng": ({"kind": "Capture", "path": "file"}, b"\x0a\x0d\x0d\x0a" * 9,
+               'is in the pcapng format; convert it with "editcap -F pcap"'),
+    "pcap link": ({"kind": "Capture", "path": "file"}, pcap(link=113), "does not hold Ethernet frames"),
+    "pcap cut": ({"kind": "Capture", "path": "file"}, pcap(frame(2, 1))[:-5], "ends in the middle of frame 1"),
+    "pcap length": ({"kind": "Capture", "path": "file"}, pcap() + b"\xff" * 16,
+                    "is damaged: frame 1 would have 4294967295 bytes"),
+    "pcap snapped": ({"kind": "Capture", "path": "file"}, pcap() + struct.pack("<IIII", 0, 0, 14, 60) + b"x" * 14,
+                     "has 14 of the 60 bytes of frame 1; capture whole frames (tcpdump -s 0)"),
+    "pcap absent": ({"kind": "Capture", "path": "nosuch"}, None, "No such file or directory"),
+    "pcap directory": ({"kind": "Capture", "path": "."}, None, "is not a regular file; name a capture file"),
+    "pcap overwritten": ({"kind": "Capture", "peer": "file"}, b"my thesis",
+                         "is not a capture file that can be continued; remove it, or name another one"),
+    "stream file": ({"kind": "Stream", "path": "file"}, b"my thesis",
+                    "is there and is no socket; remove it, or name another path"),
+    "stream served": ({"kind": "Stream", "path": "frames"}, None,
+                      "another process serves"),
+    "stream long": ({"kind": "Stream", "path": "x" * 120}, None,
+                    "the path is longer than the 107 bytes a socket may have; name a shorter one"),
+    "stream nowhere": ({"kind": "Stream", "path": "a/b"}, None, "No such file or directory"),
+    "datagram long": ({"kind": "Datagram", "path": "a", "peer": "x" * 120}, None, "name a shorter one"),
+    "host itself": ({"kind": "Host", "name": "nic0", "peer": "wire-nic0"}, None, "is both ends of the wire"),
+    "tap long": ({"kind": "Tap", "name": "x" * 16}, None, ""),
+    "namespace without name": ({"kind": "Namespace"}, None, "the attachment names no namespace"),
+}
+
+
+def problems():
+    with Process() as path:
+        for name, (attachment, contents, problem) in PROBLEMS.items():
+            (path.directory / "file").unlink(missing_ok=True)
+            if contents is not None:
+                (path.directory / "file").write_bytes(contents)
+            path.configure(switch(port(1)), attachments=[])
+            path.carriers.clear()
+            path.configure(switch(port(1)), attachments=[{"port": 1, **attachment}])
+            deadline = time.monotonic() + 1
+            while path.carriers.get(1, (True, ""))[0] and path.receive(deadline):
+                pass
+            up, found = path.carriers.get(1, (None, "no carrier was told"))
+            expect(f"{name}: carrier", up, False)
+            if problem not in found or not found:
+                raise AssertionError(f"{name}: {found}")
+            if contents is not None:
+                expect(f"{name}: file", (path.directory / "file").read_bytes(), contents)
+
+
+def slow_clients():
+    """Clients that do not read lose frames, and delay neither others nor the kernel."""
+    with Process() as path:
+        path.configure(switch(port(1), port(2), port(3), port(4)),
+                       attachments=[{"port": 4, "kind": "Stream", "path": "vm4.socket"}])
+        one, _, three = path.client(1), path.client(2), path.client(3)
+        _lazy = Stream(path.directory / "vm4.socket")
+        path.wait_carrier(4, (True, ""))
+        began = time.monotonic()
+        for i in range(3000):
+            one.send(frame(None, 1, struct.pack("<I", i) + b"x" * 1000))
+            expect("reader", three.next()[14:18], struct.pack("<I", i))
+        path.configure(switch(port(1), port(2), port(3), port(4)))
+        if time.monotonic() - began > 20:
+            raise AssertionError("slow clients delay others")
+        for slow in 2, 4:
+            if path.counter(slow, DROPPED_BUSY) == 0:
+                raise AssertionError(f"port{slow} lost no frames")
+        expect("reader lost", path.counter(3, DROPPED_BUSY), 0)
+
+
+def lazy_kernel():
+    """A kernel that does not read delays no frames, and finds the current state when it reads again."""
+    with Process() as path:
+        learning = {"learning": {"enabled": True, "limit": 100000}}
+        path.configure(switch(port(1, **learning), port(2)))
+        one, two = path.client(1), path.client(2)
+        for i in range(20000):
+            one.send(b"\xff" * 6 + struct.pack(">HI", 0x0600, i) + b"\x88\xb5" + b"x" * 46)
+            if i % 100 == 99:
+                for _ in range(100):
+                    two.next()
+        deadline = time.monotonic() + WAIT
+        while len(path.learnt) < 20000 and path.receive(deadline):
+            pass
+        expect("learnt", len(path.learnt), 20000)
+
+
+def many_sessions():
+    soft, hard = resource.getrlimit(resource.RLIMIT_NOFILE)
+    resource.setrlimit(resource.RLIMIT_NOFILE, (min(hard, 4096), hard))
+    with Process() as path:
+        path.configure(switch(*[port(n) for n in range(1, 11)]))
+        clients = [path.client(i % 10 + 1) for i in range(1000)]
+        clients[0].send(frame(None, 1))
+        expect("received", sum(each.next() == frame(None, 1) for each in clients[1:1000:10]), 100)
+        for each in clients:
+            each.close()
+        expect("afterwards", path.session("attach", "sw1", "port1").answer(), b"ok")
+    with Process("small", limit=40) as path:
+        path.configure(switch(port(1)))
+        sessions = [path.session("attach", "sw1", "port1") for _ in range(60)]
+        expect("no descriptors", sessions[-1].answer(), b"the data path has no more descriptors; end some sessions")
+        for each in sessions:
+            each.close()
+        path.configure(switch(port(1)))
+        expect("afterwards", path.session("attach", "sw1", "port1").answer(), b"ok")
+    resource.setrlimit(resource.RLIMIT_NOFILE, (soft, hard))
+
+
+def two_hosts():
+    """One wire between two hosts, whichever comes first, and after each of them came back."""
+    def start(name, other):
+        path = Process(name)
+        path.configure(switch(port(1), port(2, uplink=True)),
+                       attachments=[{"port": 2, "kind": "Host", "name": "nic0",
+                                     "peer": str(pathlib.Path(other).absolute() / "wire-nic0")}])
+        return path
+    hosts = {"b": start("b", "a")}
+    for name, other in ("a", "b"), ("b", "a"), ("a", "b"):
+        if name in hosts:
+            hosts[name].kill()
+        hosts[name] = start(name, other)
+        for each in hosts.values():
+            each.wait_carrier(2, (True, ""))
+        mine, theirs = hosts[name].client(1), hosts[other].client(1)
+        mine.send(frame(None, 1, name.encode()))
+        expect(f"from {name}", theirs.next(), frame(None, 1, name.encode()))
+    for each in hosts.values():
+        each.stop()
+
+
+def enter(path, client, *command, **options):
+    return subprocess.run([BIN / "qvs-host", "enter", "--state", path.directory, client, "--", *command],
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False, **options)
+
+
+ECHO = """
+import socket, sys
+peer = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+peer.bind(("10.9.0.2", 7)); print("ready", flush=True)
+while True: data, sender = peer.recvfrom(70000); peer.sendto(data, sender)
+"""
+ASK = """
+import socket, sys
+own = socket.socket(socket.AF_INET, socket.SOCK_DGRAM); own.settimeout(5)
+own.sendto(b"x" * int(sys.argv[1]), ("10.9.0.2", 7)); print(len(own.recv(70000)))
+"""
+
+
+def asked(path, size):
+    return enter(path, "vm1", sys.executable, "-c", ASK, str(size)).stdout.strip()
+
+
+def namespaces():
+    attachments = [{"port": n, "kind": "Namespace", "name": f"vm{n}", "mac": {"bytes": [2, 0, 0, 0, 0, n]}}
+                   for n in (1, 2)]
+    with Process() as path:
+        path.configure(switch(port(1), port(2), port(3)), attachments=attachments)
+        if "forbids network namespaces" in path.carriers[1][1]:
+            print("process: skipped namespaces:", path.carriers[1][1])
+            return
+        for n in (1, 2):
+            path.wait_carrier(n, (True, ""))
+            expect("address", enter(path, f"vm{n}", "ip", "address", "add", f"10.9.0.{n}/24", "dev", "eth0").stdout, "")
+        if os.path.isdir("/sys/class/net"):
+            expect("/sys", enter(path, "vm1", "ls", "/sys/class/net").stdout.split(), ["eth0", "lo"])
+        unknown = enter(path, "vm9", "true")
+        expect("unknown client", (unknown.returncode, unknown.stdout),
+               (125, "qvs-host: no client has the network namespace vm9; there are: vm1, vm2\n"))
+        echo = subprocess.Popen([BIN / "qvs-host", "enter", "--state", path.directory, "vm2", "--", sys.executable,
+                                 "-c", ECHO], stdout=subprocess.PIPE)
+        try:
+            echo.stdout.readline()
+            for size in 10, 40000:
+                expect("through the switch", asked(path, size), str(size))
+            # A tag that the kernel takes out of a frame is in it again.
+            watch = path.session("watch", "sw1", "port1", "in")
+            expect("watching", watch.answer(), b"ok")
+            enter(path, "vm1", "sh", "-c", "ip link add link eth0 name v5 type vlan id 5 && ip link set v5 up && "
+                                           "ip address add 10.8.0.1/24 dev v5 && ip neigh add 10.8.0.2 dev v5 "
+                                           "lladdr 02:00:00:00:00:09 && exec 3>/dev/udp/10.8.0.2/9 ; true")
+            enter(path, "vm1", sys.executable, "-c", "import socket; socket.socket(socket.AF_INET, socket.SOCK_DGRAM)"
+                                                     ".sendto(b'tagged', ('10.8.0.2', 9))")
+            tags = []
+            while (data := watch.next()) is not None:
+                if data[:6] == b"\2\0\0\0\0\x09":
+                    tags.append(data[12:18].hex())
+            expect("tag", tags, ["810000050800"])
+            expect("carrier", enter(path, "vm1", "ip", "link", "set", "eth0", "down").stdout, "")
+            path.wait_carrier(1, (False, ""))
+            enter(path, "vm1", "ip", "link", "set", "eth0", "up")
+            path.wait_carrier(1, (True, ""))
+            # The namespaces, their addresses and what runs in them outlive the data path.
+            path.kill()
+            with Process(kept=list(path.kept.items()), memory=path.memory) as again:
+                again.configure(switch(port(1), port(2)), attachments=attachments)
+                for n in (1, 2):
+                    again.wait_carrier(n, (True, ""))
+                expect("after a restart", asked(again, 10), "10")
+                again.configure(switch(port(1), port(2)), attachments=attachments[1:])
+                expect("detached", enter(again, "vm1", "true").stdout,
+                       "qvs-host: no client has the network namespace vm1; there are: vm2\n")
+                again.wait_carrier(2, (True, ""))
+                expect("kept", sorted(again.kept), sorted({*path.kept} - {"client vm1"}))
+        finally:
+            echo.kill()
+            echo.wait()
+
+
+def kernel_ends():
+    """The data path refuses a start without the kernel, and memory in which it could not count."""
+    expect("without a kernel", subprocess.run([PROGRAM], stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                              check=False).returncode, 2)
+    small = os.memfd_create("small")
+    path = Process(memory=small, memory_size=4096)
+    expect("small memory", path.process.wait(WAIT), 1)
+    expect("logged", path.logged(), "warning data path: the memory of the counters cannot be used: it is absent or "
+                                    "shorter than its slots\n")
+
+
+CASES = [sessions, two_switches, malformed_configuration, changed_port, stream, datagram, capture, problems,
+         slow_clients, lazy_kernel, many_sessions, two_hosts, namespaces, kernel_ends]
+
+
+def main():
+    wanted = sys.argv[1:]
+    top = pathlib.Path.cwd()
+    for case in CASES:
+        if wanted and case.__name__ not in wanted:
+            continue
+        directory = top / case.__name__
+        directory.mkdir()
+        os.chdir(directory)
+        try:
+            case()
+        except BaseException:
+            print(f"process: {case.__name__} failed", file=sys.stderr)
+            raise
+
+
+main()
