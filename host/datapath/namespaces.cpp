@@ -105,22 +105,36 @@ void Namespaces::open(const std::string &client, const NamespaceRequest &request
                 "the namespace {} is attached already; detach it first, or name another one", client));
     }
     if (!worker_) start();
+    // An attachment that changed keeps its interface, with all its addresses.
+    const auto closing = closing_.find(request.port);
+    if (closing != closing_.end() && closing->second == client) closing_.erase(closing);
+    removeClosed();
     ports_[request.port] = client;
     send({request, client, std::move(opened)});
 }
 
 void Namespaces::close(uint32_t port) {
-    ports_.erase(port);
+    const auto found = ports_.find(port);
+    if (found == ports_.end()) return;
+    closing_[port] = found->second;
+    ports_.erase(found);
     for (auto *queue : {&waiting_, &pending_}) {
         for (Pending &each : *queue) {
             if (each.request.port == port) each.opened = nullptr;
         }
     }
-    if (!worker_) return;
-    NamespaceRequest request;
-    request.port = port;
-    request.open = false;
-    send({request, {}, {}});
+    loop_.later([this] { removeClosed(); });
+}
+
+void Namespaces::removeClosed() {
+    for (const auto &[port, client] : closing_) {
+        if (!worker_) break;
+        NamespaceRequest request;
+        request.port = port;
+        request.open = false;
+        send({request, {}, {}});
+    }
+    closing_.clear();
 }
 
 // One request is under way at a time, because the namespace that one makes is what the next one needs.

@@ -60,6 +60,7 @@ class Namespaces : private wire::Noncopyable {
     };
 
     void start();
+    void removeClosed();
     void ended(const std::string &problem);
     void send(Pending pending);
     void sendNext();
@@ -75,7 +76,8 @@ class Namespaces : private wire::Noncopyable {
     File user_;
     File base_;
     std::map<std::string, Client> clients_;
-    std::map<uint32_t, std::string> ports_;  // clients by port
+    std::map<uint32_t, std::string> ports_;    // clients by port
+    std::map<uint32_t, std::string> closing_;  // those whose interfaces are removed at the end of the turn
     std::deque<Pending> waiting_;
     std::deque<Pending> pending_;  // what the worker is at
 };
