@@ -34,9 +34,10 @@ enum class Kind : uint32_t {
 };
 
 // Clients that exchange frames connect to this file of the state directory, with SOCK_SEQPACKET. The first
-// message is a request: "attach SWITCH PORT", "watch SWITCH PORT" or "enter NAME", with words separated by
-// single NULs; the answer is "ok", or the reason why not. Afterwards each message is a frame. The answer to
-// "enter" carries the descriptors of the user namespace and the network namespace instead.
+// message is a request: "attach SWITCH PORT", "watch SWITCH PORT [in|out]" or "enter NAME", with words
+// separated by single NULs. An empty SWITCH stands for the only one that has the port. The answer is "ok", or
+// the reason why not. Afterwards each message is a frame. The answer to "enter" carries the descriptors of
+// the user namespace, if there is one, and of the network namespace instead.
 constexpr char kFramesFile[] = "frames";
 
 }  // namespace qvs::datapath

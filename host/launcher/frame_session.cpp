@@ -39,8 +39,8 @@ FrameSession::FrameSession(const std::string &hostSocket, std::initializer_list<
     : buffer_(kLongestMessage) {
     connect(std::filesystem::path(hostSocket).parent_path() / datapath::kFramesFile);
     const std::string text = joined(request);
-    if (::send(socket_, text.data(), text.size(), MSG_NOSIGNAL) < 0)
-        throw Error(fmt::format("the data path ended: {}", strerror(errno)));
+    // A data path that has too many sessions answers without having read the request.
+    static_cast<void>(::send(socket_, text.data(), text.size(), MSG_NOSIGNAL));
     readAnswer();
 }
 
@@ -72,7 +72,9 @@ void FrameSession::readAnswer() {
     message.msg_iovlen = 1;
     message.msg_control = control;
     message.msg_controllen = sizeof control;
-    const ssize_t received = recvmsg(socket_, &message, MSG_CMSG_CLOEXEC);
+    ssize_t received = recvmsg(socket_, &message, MSG_CMSG_CLOEXEC);
+    // This comes in front of the answer if the request was not read.
+    if (received < 0 && errno == ECONNRESET) received = recvmsg(socket_, &message, MSG_CMSG_CLOEXEC);
     if (received <= 0) throw Error("the data path closed the session");
     const cmsghdr *beside = CMSG_FIRSTHDR(&message);
     if (beside != nullptr && beside->cmsg_type == SCM_RIGHTS) {
