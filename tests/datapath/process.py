@@ -130,8 +130,10 @@ def datagram():
     with Process() as path:
         path.configure(switch(port(1), port(2)),
                        attachments=[{"port": 1, "kind": "Datagram", "path": "here", "peer": "there"}])
-        two = path.client(2)
-        two.send(frame(1, 2))  # nobody listens yet
+        two, watch = path.client(2), path.session("watch", "sw1", "port1", "out")
+        expect("watching", watch.answer(), b"ok")
+        two.send(frame(1, 2))
+        expect("nobody listens yet", watch.next(), frame(1, 2))
         peer = Session.__new__(Session)
         peer.socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
         peer.socket.bind(str(path.directory / "there"))
@@ -289,8 +291,9 @@ def two_hosts():
         for each in hosts.values():
             each.wait_carrier(2, (True, ""))
         mine, theirs = hosts[name].client(1), hosts[other].client(1)
-        mine.send(frame(None, 1, name.encode()))
-        expect(f"from {name}", theirs.next(), frame(None, 1, name.encode()))
+        sent = frame(None, 11 if name == "a" else 12)
+        mine.send(sent)
+        expect(f"from {name}", theirs.next(), sent)
     for each in hosts.values():
         each.stop()
 
@@ -310,6 +313,12 @@ ASK = """
 import socket, sys
 own = socket.socket(socket.AF_INET, socket.SOCK_DGRAM); own.settimeout(5)
 own.sendto(b"x" * int(sys.argv[1]), ("10.9.0.2", 7)); print(len(own.recv(70000)))
+"""
+
+
+RAW = """
+import socket, sys
+raw = socket.socket(socket.AF_PACKET, socket.SOCK_RAW); raw.bind(("eth0", 0)); raw.send(bytes.fromhex(sys.argv[1]))
 """
 
 
@@ -342,20 +351,22 @@ def namespaces():
             # A tag that the kernel takes out of a frame is in it again.
             watch = path.session("watch", "sw1", "port1", "in")
             expect("watching", watch.answer(), b"ok")
-            enter(path, "vm1", "sh", "-c", "ip link add link eth0 name v5 type vlan id 5 && ip link set v5 up && "
-                                           "ip address add 10.8.0.1/24 dev v5 && ip neigh add 10.8.0.2 dev v5 "
-                                           "lladdr 02:00:00:00:00:09 && exec 3>/dev/udp/10.8.0.2/9 ; true")
-            enter(path, "vm1", sys.executable, "-c", "import socket; socket.socket(socket.AF_INET, socket.SOCK_DGRAM)"
-                                                     ".sendto(b'tagged', ('10.8.0.2', 9))")
-            tags = []
+            tagged = frame(9, 1, b"", 0x8100)[:14] + bytes.fromhex("a00588b5") + b"tagged".ljust(46)
+            enter(path, "vm1", sys.executable, "-c", RAW, tagged.hex())
+            found = []
             while (data := watch.next()) is not None:
-                if data[:6] == b"\2\0\0\0\0\x09":
-                    tags.append(data[12:18].hex())
-            expect("tag", tags, ["810000050800"])
+                found += [data] if data[:6] == tagged[:6] else []
+            expect("tag", found, [tagged])
             expect("carrier", enter(path, "vm1", "ip", "link", "set", "eth0", "down").stdout, "")
             path.wait_carrier(1, (False, ""))
             enter(path, "vm1", "ip", "link", "set", "eth0", "up")
             path.wait_carrier(1, (True, ""))
+            # An attachment that changes keeps its interface.
+            attachments[0]["mtu"] = 9000
+            path.configure(switch(port(1), port(2), mtu=9000), attachments=attachments)
+            path.wait_carrier(1, (True, ""))
+            expect("changed", asked(path, 10), "10")
+            expect("MTU", enter(path, "vm1", "cat", "/sys/class/net/eth0/mtu").stdout, "9000\n")
             # The namespaces, their addresses and what runs in them outlive the data path.
             path.kill()
             with Process(kept=list(path.kept.items()), memory=path.memory) as again:

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Runs the data path in the place of the emulated kernel, and speaks its messages."""
 import array
+import contextlib
 import json
 import os
 import pathlib
@@ -36,8 +37,8 @@ def port(number, **policies):
             "mac": {"bytes": [2, 0, 0, 0, 0, number]}, **policies}
 
 
-def switch(*ports, number=1, name="sw1"):
-    return {"number": number, "name": name, "slot": 100, "ports": list(ports)}
+def switch(*ports, number=1, name="sw1", **policies):
+    return {"number": number, "name": name, "slot": 100, "ports": list(ports), **policies}
 
 
 def frame(to, sender, payload=b"payload", kind=0x88b5):
@@ -173,10 +174,14 @@ class Session:
                 time.sleep(0.01)
 
     def request(self, *words):
-        self.socket.send(b"\0".join(word if isinstance(word, bytes) else word.encode() for word in words))
+        with contextlib.suppress(BrokenPipeError, ConnectionResetError):
+            self.socket.send("\0".join(words).encode())
 
     def answer(self):
-        return self.socket.recv(1 << 17)
+        try:
+            return self.socket.recv(1 << 17)
+        except ConnectionResetError:  # the peer closed without having read everything
+            return self.socket.recv(1 << 17)
 
     def send(self, data):
         self.socket.send(data)
