@@ -134,6 +134,12 @@ std::string describe(std::span<const uint8_t> frame) {
     return text + fmt::format(", type 0x{:04x}, {} bytes", numberAt(frame, type), frame.size());
 }
 
+// Whether a frame is from the address that --from names, if it does.
+bool isWanted(std::span<const uint8_t> frame, const std::optional<qvs::MacAddress> &from) {
+    return !from ||
+           (frame.size() >= kShortestFrame && std::equal(from->begin(), from->end(), frame.begin() + 6));
+}
+
 // A command that runs while frames are expected.
 class Companion : private wire::Noncopyable {
   public:
@@ -162,6 +168,13 @@ void expect(const Arguments &arguments, Output &out) try {
     const bool none = arguments.given("--none");
     const uint32_t count = none ? 1 : arguments.number("--count", 1, 1);
     const std::chrono::seconds timeout(arguments.number("--timeout", none ? 1 : 5, 1, 86'400));
+    std::optional<qvs::MacAddress> from;
+    if (arguments.given("--from")) {
+        from = qvs::parseMac(arguments.text("--from"));
+        if (!from)
+            qvs::fail(qvs::Exit::Usage, "--from: {} is not an address such as 02:00:00:00:00:01",
+                      qvs::inQuotes(arguments.text("--from")));
+    }
     std::optional<datapath::CaptureWriter> capture;
     if (arguments.given("--pcap")) capture.emplace(arguments.text("--pcap"));
     FrameSession session(socketOf(arguments), {"attach", switchGiven(arguments), arguments.text("PORT")});
@@ -171,6 +184,7 @@ void expect(const Arguments &arguments, Output &out) try {
     while (came < count) {
         const auto frame = session.receive(deadline);
         if (!frame) break;
+        if (!isWanted(*frame, from)) continue;
         ++came;
         out.write(describe(*frame) + "\n");
         out.flush();
@@ -275,6 +289,7 @@ const cli::Command kRows[] = {
                  kSwitch,
                  {.name = "--count", .value = "N", .summary = "how many frames (1)", .excludes = "--none"},
                  {"--none", nullptr, "succeed if no frame comes"},
+                 {"--from", "ADDRESS", "ignore the frames of other senders"},
                  {"--timeout", "SECONDS", "how long to wait (5; 1 with --none)"},
                  {"--pcap", "FILE", "append the frames to a capture file", Kind::File}},
      .details = "Exits with 0 if the frames came, and with 1 if not.",

@@ -6,6 +6,7 @@ Each function is a case in a directory of its own; the first failure ends the te
 import os
 import pathlib
 import resource
+import shutil
 import socket
 import struct
 import subprocess
@@ -329,6 +330,9 @@ def asked(path, size):
 def namespaces():
     attachments = [{"port": n, "kind": "Namespace", "name": f"vm{n}", "mac": {"bytes": [2, 0, 0, 0, 0, n]}}
                    for n in (1, 2)]
+    if shutil.which("ip") is None:
+        print("process: skipped namespaces: ip (Debian: iproute2) is not installed")
+        return
     with Process() as path:
         path.configure(switch(port(1), port(2), port(3)), attachments=attachments)
         if "forbids network namespaces" in path.carriers[1][1]:
