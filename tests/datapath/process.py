@@ -299,6 +299,46 @@ def two_hosts():
         each.stop()
 
 
+def host(path, *words):
+    done = subprocess.run([BIN / "qvs-host", words[0], "--state", path.directory, *words[1:]],
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+    return done.returncode, done.stdout.replace(str(path.directory), "STATE")
+
+
+def by_hand():
+    """The commands that send frames and wait for them."""
+    one = "ffffffffffff 020000000001 8100a005 0806 0001"
+    line = "02:00:00:00:00:01 > ff:ff:ff:ff:ff:ff, VLAN 5 priority 5, type 0x0806, 20 bytes\n"
+    trunk = {"vlan": {"trunk": True, "ranges": [{"first": 0, "last": 4094}]}}
+    with Process() as path:
+        path.configure(switch(port(1, **trunk), port(2, **trunk), port(3, blocked=True)))
+        pathlib.Path("two").write_bytes(pcap(frame(2, 1), frame(None, 5)))
+        send = [BIN / "qvs-host", "send", "--state", path.directory]
+        two = ["02:00:00:00:00:01 > 02:00:00:00:00:02, type 0x88b5, 60 bytes\n",
+               "02:00:00:00:00:05 > ff:ff:ff:ff:ff:ff, type 0x88b5, 60 bytes\n"]
+        for words, found in {
+            ("expect", "port2", "--", *send, "port1", "--hex", one): (0, line),
+            ("expect", "vm2", "--count", "3", "--switch", "sw1", "--", *send, "port1", "--hex", one, "--count", "3"):
+                (0, line * 3),
+            ("expect", "port2", "--count", "2", "--pcap", "got", "--", *send, "vm1", "--pcap", "two"):
+                (0, "".join(two)),
+            ("expect", "port2", "--from", "02:00:00:00:00:05", "--", *send, "port1", "--pcap", "two"): (0, two[1]),
+            ("expect", "port3", "--none", "--", *send, "port1", "--hex", one): (0, ""),
+            ("expect", "port2", "--none", "--", *send, "port1", "--hex", one):
+                (1, line + "qvs-host: a frame came to port2, and none was expected\n"),
+            ("expect", "port2", "--timeout", "1", "--", "true"):
+                (1, "qvs-host: 0 of 1 frames came to port2 within 1 s\n"),
+            ("expect", "port2", "--", "false"): (125, "qvs-host: the command failed\n"),
+            ("send", "port9", "--hex", one): (125, "qvs-host: no switch has a port or client port9\n"),
+            ("send", "port1", "--pcap", "/dev/null"):
+                (125, "qvs-host: /dev/null is not a regular file; name a capture file\n"),
+        }.items():
+            expect(words, host(path, *words), found)
+        expect("capture file", [len(pathlib.Path("got").read_bytes())], [24 + 2 * 76])
+    expect("without data path", host(path, "send", "port1", "--hex", one),
+           (125, "qvs-host: no data path serves STATE/frames (Connection refused); run the host with --network\n"))
+
+
 def enter(path, client, *command, **options):
     return subprocess.run([BIN / "qvs-host", "enter", "--state", path.directory, client, "--", *command],
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False, **options)
@@ -400,7 +440,7 @@ def kernel_ends():
 
 
 CASES = [sessions, two_switches, malformed_configuration, changed_port, stream, datagram, capture, problems,
-         slow_clients, lazy_kernel, many_sessions, two_hosts, namespaces, kernel_ends]
+         slow_clients, lazy_kernel, many_sessions, two_hosts, by_hand, namespaces, kernel_ends]
 
 
 def main():
