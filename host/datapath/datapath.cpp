@@ -63,14 +63,18 @@ void DataPath::endOfTurn() {
         loop_.cancel(tickTimer_);
         if (!switches_.empty()) tickTimer_ = loop_.at(tickAt_, [] {});
     }
-    if (!unanswered_.empty() && std::all_of(ports_.begin(), ports_.end(), [](const auto &port) {
-            return !port.second.endpoint || port.second.endpoint->settled();
-        })) {
+    if (!unanswered_.empty() && (loop_.now() >= answerBy_ || attachmentsSettled())) {
         for (const uint64_t generation : unanswered_)
             kernel_.inForce(generation);
         unanswered_.clear();
     }
     kernel_.flush();
+}
+
+bool DataPath::attachmentsSettled() const {
+    return std::all_of(ports_.begin(), ports_.end(), [](const auto &port) {
+        return !port.second.endpoint || port.second.endpoint->settled();
+    });
 }
 
 Switch *DataPath::switchOf(const Attached &attached) {

@@ -84,6 +84,7 @@ class DataPath : private wire::Noncopyable {
     void open(uint32_t port, Attached &attached);
     void changeCarrier(uint32_t port, bool up, const std::string &problem);
     void countGuests(uint32_t port);
+    [[nodiscard]] bool attachmentsSettled() const;
     bool send(uint32_t port, const Frame &frame);
     [[nodiscard]] Switch *switchOf(const Attached &attached);
     void tellSwitch(uint32_t port, const Attached &attached);
@@ -96,6 +97,7 @@ class DataPath : private wire::Noncopyable {
     std::map<uint32_t, Owner> switches_;
     std::unordered_map<uint32_t, Attached> ports_;
     std::vector<uint64_t> unanswered_;  // generations
+    Time answerBy_ = 0;
     Time tickAt_ = 0;
     uint64_t tickTimer_ = 0;
 };

@@ -193,6 +193,8 @@ void Namespaces::answer(const NamespaceAnswer &head, const std::string &problem,
     pending_.pop_front();
     OpenedNamespace opened;
     opened.problem = problem;
+    if (problem.empty() && files.size() != 3)
+        opened.problem = "the data path has no more descriptors; raise the limit of open files (ulimit -n)";
     if (files.size() == 3) {
         opened.frames = std::move(files[0]);
         opened.links = std::move(files[1]);

@@ -375,6 +375,8 @@ def namespaces():
         return
     with Process() as path:
         path.configure(switch(port(1), port(2), port(3)), attachments=attachments)
+        while 1 not in path.carriers and path.receive(time.monotonic() + WAIT):
+            pass
         if "forbids network namespaces" in path.carriers[1][1]:
             print("process: skipped namespaces:", path.carriers[1][1])
             return
