@@ -112,7 +112,9 @@ void Loop::run(const Action &endOfTurn) {
         now_ = clockNow();
         for (int i = 0; i < count && running_; ++i) {
             const epoll_event &event = events[static_cast<size_t>(i)];
-            const auto found = watches_.find(event.data.u64);
+            // The structure is packed, so that no reference can be bound to its members.
+            const uint64_t number = event.data.u64;
+            const auto found = watches_.find(number);
             // An earlier handler of this turn can have closed the file.
             if (found == watches_.end()) continue;
             const std::shared_ptr<Watch> kept = found->second;

@@ -9,6 +9,7 @@ import select
 import socket
 import struct
 import subprocess
+import sys
 import time
 
 START, KEPT, CONFIGURE, IN_FORCE, KEEP, CARRIER, LEARNT, JOINED = 100, 101, 102, 110, 111, 112, 113, 114
@@ -194,3 +195,32 @@ class Session:
 
     def close(self):
         self.socket.close()
+
+
+class Stream(Session):
+    def __init__(self, path):
+        super().__init__(path, socket.SOCK_STREAM)
+
+    def send(self, data):
+        self.socket.sendall(struct.pack(">I", len(data)) + data)
+
+    def next(self):
+        size = struct.unpack(">I", self.socket.recv(4, socket.MSG_WAITALL))[0]
+        return self.socket.recv(size, socket.MSG_WAITALL)
+
+
+def run_cases(*cases):
+    """Runs each function in a directory of its own, or those that the command line names. The first failure ends the
+    test."""
+    top = pathlib.Path.cwd()
+    for case in cases:
+        if sys.argv[1:] and case.__name__ not in sys.argv[1:]:
+            continue
+        directory = top / case.__name__
+        directory.mkdir()
+        os.chdir(directory)
+        try:
+            case()
+        except BaseException:
+            print(f"{case.__name__} failed", file=sys.stderr)
+            raise
