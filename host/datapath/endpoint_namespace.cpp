@@ -2,7 +2,6 @@
 // Attachments to network namespaces.
 #include <sys/epoll.h>
 
-#include "datapath/address.h"
 #include "datapath/endpoints.h"
 #include "datapath/loop.h"
 #include "datapath/namespaces.h"

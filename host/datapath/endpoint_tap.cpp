@@ -76,7 +76,7 @@ class TapEndpoint : public Endpoint {
         ifreq request = requestFor(attachment.name);
         if (const MacAddress mac = macOf(attachment); mac != 0) {
             request.ifr_hwaddr.sa_family = ARPHRD_ETHER;
-            memcpy(request.ifr_hwaddr.sa_data, bytesOf(mac).data(), 6);
+            writeMac(reinterpret_cast<uint8_t *>(request.ifr_hwaddr.sa_data), mac);
             ioctl(socket.get(), SIOCSIFHWADDR, &request);
         }
         request = requestFor(attachment.name);

@@ -4,9 +4,9 @@
 
 #include <sys/un.h>
 
-#include "datapath/address.h"
 #include "datapath/endpoint.h"
 #include "datapath/file.h"
+#include "datapath/packet.h"
 
 #include <policy_generated.h>
 
@@ -27,7 +27,7 @@ std::unique_ptr<Endpoint> openHost(const policy::AttachmentT &attachment, const 
 
 // The address that an attachment gives, or 0.
 inline MacAddress macOf(const policy::AttachmentT &attachment) {
-    return attachment.mac ? addressAt(attachment.mac->bytes()->data()) : 0;
+    return attachment.mac ? readMac(attachment.mac->bytes()->data()) : 0;
 }
 
 // The whole name of a file of an attachment. Throws if there is none; `what` says which one it is.

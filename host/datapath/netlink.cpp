@@ -12,7 +12,7 @@
 #include <cstring>
 #include <system_error>
 
-#include "datapath/address.h"
+#include "datapath/packet.h"
 
 namespace qvs::datapath {
 
@@ -88,8 +88,9 @@ ifinfomsg subject(int index) {
 
 void addValues(std::string &message, const Link &link) {
     if (link.address != 0) {
-        const auto bytes = bytesOf(link.address);
-        attribute(message, IFLA_ADDRESS, bytes.data(), bytes.size());
+        uint8_t bytes[6];
+        writeMac(bytes, link.address);
+        attribute(message, IFLA_ADDRESS, bytes, sizeof bytes);
     }
     if (link.mtu != 0) attribute(message, IFLA_MTU, link.mtu);
 }
@@ -111,7 +112,7 @@ std::optional<Link> linkOf(const nlmsghdr *message) {
             const auto *text = static_cast<const char *>(RTA_DATA(at));
             link.name.assign(text, strnlen(text, size));
         }
-        if (at->rta_type == IFLA_ADDRESS && size == 6) link.address = addressAt(data);
+        if (at->rta_type == IFLA_ADDRESS && size == 6) link.address = readMac(data);
         if (at->rta_type == IFLA_MTU && size == 4) memcpy(&link.mtu, data, 4);
         if (at->rta_type == IFLA_PROMISCUITY && size == 4) {
             uint32_t users = 0;
