@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: Apache-2.0
+// Attachments to the NIC of another emulated host: a wire. Each end has a file; the end whose file has the
+// lesser name listens at it, and the other one connects, again and again until it succeeds.
+#include <sys/epoll.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include <fmt/format.h>
+
+#include "datapath/process/batch.h"
+#include "datapath/process/endpoints.h"
+#include "datapath/process/loop.h"
+
+namespace qvs::datapath {
+
+namespace {
+
+constexpr Time kFirstRetry = 50;
+constexpr Time kLastRetry = 2000;
+
+// The same file has one name, whichever way it is named.
+std::string canonical(const std::string &path) {
+    std::error_code ignored;
+    const std::filesystem::path whole(path);
+    const auto directory = std::filesystem::weakly_canonical(whole.parent_path(), ignored);
+    return (ignored ? whole : directory / whole.filename()).string();
+}
+
+class HostEndpoint : public Endpoint {
+  public:
+    HostEndpoint(const policy::AttachmentT &attachment, const EndpointContext &context, EndpointEvents events)
+        : loop_(context.loop),
+          events_(std::move(events)),
+          path_(
+              pathOf(attachment.path.empty() ? "wire-" + attachment.name : attachment.path, context, "wire")),
+          peer_(pathOf(attachment.peer, context, "wire of the other host")) {
+        if (canonical(path_) == canonical(peer_))
+            throw AttachmentError(
+                fmt::format("{} is both ends of the wire; name a NIC of another host", peer_));
+        events_.carrier(false, "");
+        proceed();
+    }
+
+    ~HostEndpoint() override {
+        loop_.cancel(timer_);
+        close(wire_);
+        if (listener_) unlink(path_.c_str());
+        close(listener_);
+    }
+
+    bool send(const Frame &frame) override {
+        if (!wire_) return true;
+        Offload offload = frame.offload;
+        iovec parts[2] = {{&offload, sizeof offload},
+                          {const_cast<uint8_t *>(frame.bytes.data()), frame.bytes.size()}};
+        msghdr message{};
+        message.msg_iov = parts;
+        message.msg_iovlen = 2;
+        return sendmsg(wire_.get(), &message, MSG_DONTWAIT | MSG_NOSIGNAL) >= 0 ||
+               (errno != EAGAIN && errno != ENOBUFS);
+    }
+    bool takesOffloads() const override { return true; }
+
+  private:
+    void close(File &file) {
+        if (file) loop_.forget(file.get());
+        file.reset(-1);
+    }
+
+    // Directories can appear and change, so that each attempt looks anew who listens.
+    void proceed() {
+        timer_ = 0;
+        try {
+            if (canonical(path_) < canonical(peer_)) {
+                if (!listener_) listen();
+                return;
+            }
+            close(listener_);
+            if (File wire = connectTo(peer_, SOCK_SEQPACKET)) return connected(std::move(wire));
+        } catch (const AttachmentError &error) {
+            events_.carrier(false, error.what());
+        }
+        retry();
+    }
+
+    void retry() {
+        timer_ = loop_.at(loop_.now() + wait_, [this] { proceed(); });
+        wait_ = std::min(wait_ * 2, kLastRetry);
+    }
+
+    void listen() {
+        listener_ = serveAt(path_, SOCK_SEQPACKET);
+        loop_.watch(listener_.get(), EPOLLIN, [this](uint32_t) {
+            File wire(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+            // The other end has one connection; if it makes another, the old one is dead.
+            if (wire) connected(std::move(wire));
+        });
+    }
+
+    void connected(File wire) {
+        close(wire_);
+        wire_ = std::move(wire);
+        wait_ = kFirstRetry;
+        loop_.watch(wire_.get(), EPOLLIN, [this](uint32_t) { receive(); });
+        events_.carrier(true, "");
+    }
+
+    void receive() {
+        for (size_t i = 0; i < kBatch; ++i) {
+            Offload offload;
+            iovec parts[2] = {{&offload, sizeof offload}, {batchBuffer(0), kLongestFrame}};
+            msghdr message{};
+            message.msg_iov = parts;
+            message.msg_iovlen = 2;
+            const ssize_t received = recvmsg(wire_.get(), &message, MSG_DONTWAIT);
+            if (received < 0 && (errno == EAGAIN || errno == EINTR)) return;
+            if (received <= 0) {
+                close(wire_);
+                events_.carrier(false, "");
+                if (!listener_) retry();
+                return;
+            }
+            if (received <= static_cast<ssize_t>(sizeof offload)) continue;
+            offload.flags &= 1;
+            events_.received({{batchBuffer(0), static_cast<size_t>(received) - sizeof offload}, offload});
+        }
+    }
+
+    Loop &loop_;
+    EndpointEvents events_;
+    std::string path_;
+    std::string peer_;
+    File listener_;
+    File wire_;
+    uint64_t timer_ = 0;
+    Time wait_ = kFirstRetry;
+};
+
+}  // namespace
+
+std::unique_ptr<Endpoint> openHost(const policy::AttachmentT &attachment, const EndpointContext &context,
+                                   EndpointEvents events) {
+    return std::make_unique<HostEndpoint>(attachment, context, std::move(events));
+}
+
+}  // namespace qvs::datapath
