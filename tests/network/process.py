@@ -63,10 +63,12 @@ def comes_back():
             assert words in log(), (words, log())
         assert "data path: last words" in log()
         eventually(lambda: (STATE / "returned").read_bytes() == b"kept kept")
+        # The answers tell that the new data path has everything.
+        assert [set_vlan(vlan, "p2")[0] for vlan in (98, 99)] == [0, 0]
         first, count = pid(), len(configurations())
         os.kill(first, signal.SIGKILL)
+        eventually(lambda: pid() != first)
         whole = last(count + 1)
-        assert pid() != first
         expected["generation"] = whole["generation"]
         expected["switches"][0]["ports"][0]["vlan"] = {"id": 13}
         expected["switches"][0]["ports"][1]["vlan"] = {"id": 99}
