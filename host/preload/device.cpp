@@ -118,7 +118,7 @@ int connectDevice(const char *socket, int device, int flags) {
     }
     uint32_t error = 0;
     const bool answered = nameDevice(connection, device) &&
-                          sendOpen(connection, wire::kDevicePaths[device]) &&
+                          sendOpen(connection, wire::kDevices[device].path) &&
                           receiveOpened(connection, &error);
     if (answered && error == 0) return connection;
     const int reason = answered ? static_cast<int>(error) : errno == ETIMEDOUT ? ETIMEDOUT : EIO;
@@ -158,8 +158,8 @@ int indexOf(const char *path) {
     // The second letter rules out nearly every path.
     if (path == nullptr || path[0] != '/' || (path[1] != 'd' && path[1] != 'c')) return -1;
     int device = 0;
-    for (const char *candidate : wire::kDevicePaths) {
-        if (strcmp(path, candidate) == 0) return device;
+    for (const wire::DeviceNode &candidate : wire::kDevices) {
+        if (strcmp(path, candidate.path) == 0) return device;
         ++device;
     }
     return -1;
@@ -195,15 +195,11 @@ int controlDevice(int descriptor, unsigned long request, uint64_t argument) {
         return fail(ETIMEDOUT);
     }
     if (!belongsHere(name) && !separate(descriptor, name)) return failLost();
-    struct __attribute__((packed)) {
-        uint32_t request;
-        uint64_t argument;
-    } call = {static_cast<uint32_t>(request), argument};
-    Head head = {sizeof call, static_cast<uint32_t>(Kind::DeviceIoctl)};
-    iovec parts[] = {{&head, sizeof head}, {&call, sizeof call}};
     int result = -1;
     int error = 0;
-    if (!sendAll(descriptor, parts, 2) || !converse(descriptor, &result, &error)) {
+    const wire::FrameLayout &layout = wire::kDevices[name.device - '0'].frame;
+    if (!sendRequest(descriptor, layout, static_cast<uint32_t>(request), argument) ||
+        !converse(descriptor, &result, &error)) {
         const int reason = errno;
         if (reason == ETIMEDOUT && daemonOf(descriptor, &daemon, &path)) qvsHostSilence.begin(path);
         // The rest of this dialogue must not be read as the start of the next one.

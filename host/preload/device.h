@@ -8,7 +8,7 @@
 namespace qvs::preload {
 
 // Return the device that a path names, or the device that a descriptor from openDevice stands for, as an
-// index of wire::kDevicePaths. Return -1 for anything else. A path names a device only in a process that has
+// index of wire::kDevices. Return -1 for anything else. A path names a device only in a process that has
 // a host. Another process can have opened the descriptor.
 int deviceOf(const char *path);
 int deviceOf(int descriptor);

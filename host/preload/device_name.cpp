@@ -74,7 +74,7 @@ bool readName(int descriptor, DeviceName *name) {
     memcpy(static_cast<void *>(name), &own, sizeof *name);
     const int device = name->device - '0';
     return memcmp(name->mark, kDeviceMark, sizeof kDeviceMark) == 0 && device >= 0 &&
-           device < static_cast<int>(std::size(wire::kDevicePaths));
+           device < static_cast<int>(std::size(wire::kDevices));
 }
 
 bool belongsHere(const DeviceName &name) {

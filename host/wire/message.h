@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "wire/protocol.h"
 
@@ -31,6 +32,11 @@ class Writer {
         const auto length = static_cast<uint32_t>(buffer_.size() - sizeof(Head));
         std::memcpy(buffer_.data() + offsetof(Head, length), &length, sizeof length);
         return buffer_;
+    }
+    // Returns the message without copying it. The writer is then of no further use.
+    std::string take() {
+        bytes();
+        return std::move(buffer_);
     }
 
   private:

@@ -7,6 +7,7 @@
 // otherwise.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace qvs::wire {
@@ -45,11 +46,16 @@ enum class Kind : uint32_t {
 
     // Interposer. Each connection is one open device. Closing the connection closes the device.
     DeviceOpen = 30,  // {text path} -> {u32 errno}
-    DeviceIoctl =
-        31,  // {u32 request, u64 argument} -> any number of CopyIn and CopyOut, then {i32 result, u32 errno}
+    // {u32 request, u64 argument} -> any number of CopyIn and CopyOut, then {i32 result, u32 errno}.
+    // A client that adds {bytes frame, bytes input} saves the CopyIns for them. Either is empty if the client
+    // could not or did not read it. Its answer can be a LastCopyOut.
+    DeviceIoctl = 31,
     CopyIn = 32,   // daemon to client: {u64 address, u32 length}; answered by Copied with the bytes
     CopyOut = 33,  // daemon to client: {u64 address, bytes data}; answered by Copied without bytes
     Copied = 34,   // client to daemon: {u32 errno, bytes data}
+    // Daemon to client: {u64 address, bytes data}. Ends a request with success, or with EFAULT if the client
+    // cannot write the data.
+    LastCopyOut = 35,
 
     // Emulated shell: {u32 argc, argc * text} -> {u32 exit code, bytes standard output, bytes standard error}
     Shell = 40,
@@ -74,16 +80,38 @@ constexpr char kTimeoutVariable[] = "QVS_HOST_TIMEOUT";
 // The entry that the interposer adds to an environment without the variables of the host.
 constexpr char kLostEntry[] = "QVS_HOST_LOST=1";
 
-// The paths of the devices of the emulated kernel.
-constexpr const char *kDevicePaths[] = {
-    "/dev/vswitch",
-    "/dev/ipfix",
-    "/dev/traceflow",
-    "/dev/livetrace",
-    "/crate/devices/char/hypdriver/rtm",
-    "/crate/devices/char/hypdriver/tarn_bfd",
-    "/crate/devices/char/hypdriver/kcp",
-    "/crate/devices/char/hypdriver/tarn-spf",
+// The offsets of the fields of a frame, which is the argument of a device request: u32 lengths and u64
+// addresses. A frame without input has kNone for them.
+struct FrameLayout {
+    static constexpr size_t kNone = SIZE_MAX;
+    size_t size = 0;
+    size_t inLength = kNone;
+    size_t inAddress = kNone;
+    size_t outLength = 0;
+    size_t outAddress = 0;
+};
+
+constexpr FrameLayout kNaturalFrame = {
+    .size = 24, .inLength = 0, .inAddress = 8, .outLength = 4, .outAddress = 16};
+constexpr FrameLayout kPackedFrame = {
+    .size = 24, .inLength = 0, .inAddress = 4, .outLength = 12, .outAddress = 16};
+constexpr FrameLayout kOutputFrame = {.size = 16, .outLength = 4, .outAddress = 8};
+constexpr size_t kMaxFrame = 24;
+
+// A device of the emulated kernel.
+struct DeviceNode {
+    const char *path;
+    FrameLayout frame;
+};
+constexpr DeviceNode kDevices[] = {
+    {"/dev/vswitch", kNaturalFrame},
+    {"/dev/ipfix", kNaturalFrame},
+    {"/dev/traceflow", kPackedFrame},
+    {"/dev/livetrace", kPackedFrame},
+    {"/crate/devices/char/hypdriver/rtm", kNaturalFrame},
+    {"/crate/devices/char/hypdriver/tarn_bfd", kPackedFrame},
+    {"/crate/devices/char/hypdriver/kcp", kOutputFrame},
+    {"/crate/devices/char/hypdriver/tarn-spf", kNaturalFrame},
 };
 
 }  // namespace qvs::wire

@@ -92,6 +92,7 @@ TEST_F(Interposer, OpensTheDevicesAndNothingElse) {
 TEST_F(Interposer, AnswersWithTheKernelsErrno) {
     const std::string known = request("net1");
     const std::string unknown = request("net2");
+    const std::string large = field("net1", 5000);
     const void *nowhere = reinterpret_cast<void *>(1);
     static const char readOnly[8] = {};
     char output[8];
@@ -108,6 +109,8 @@ TEST_F(Interposer, AnswersWithTheKernelsErrno) {
         {"input nowhere", kGetUplinks, {268, 8, nowhere, output}, EFAULT},
         {"output nowhere", kGetUplinks, {268, 8, known.data(), const_cast<void *>(nowhere)}, EFAULT},
         {"output read-only", kGetUplinks, {268, 8, known.data(), const_cast<char *>(readOnly)}, EFAULT},
+        {"large input", kGetUplinks, {5000, 8, large.data(), output}, 0},
+        {"large input nowhere", kGetUplinks, {5000, 8, nowhere, output}, EFAULT},
         {"no room", kGetUplinks, {268, 0, known.data(), nullptr}, 0},
     };
     for (const auto &[what, command, frame, error] : cases) {
@@ -246,7 +249,8 @@ TEST_F(Interposer, ShowsTheDevicesAndTheShellToWhoLooks) {
         {"eaccess", [](const char *path, int mode) { return eaccess(path, mode); }},
     };
     std::set<dev_t> numbers;
-    for (const char *path : wire::kDevicePaths) {
+    for (const wire::DeviceNode &node : wire::kDevices) {
+        const char *path = node.path;
         for (const auto &[name, mode] : looks)
             EXPECT_EQ(mode(path), mode_t{S_IFCHR | 0600}) << name << " " << path;
         for (const auto &[name, allowed] : questions)

@@ -107,12 +107,15 @@ void lookAt(Model &model, const Place &place, std::string_view key) {
     if (Port *port = model.inventory.findPort(place.switchId, place.portId)) lookAt(model, *port);
 }
 
-void lookAtAll(Model &model) {
+void lookAtAll(Model &model, const Switch *of) {
+    const auto wanted = [of](const Port *port) {
+        return port != nullptr && (of == nullptr || port->owner == of);
+    };
     for (Port *port : busyPorts(model)) {
-        if (!model.facts.attached.contains(port->number)) lookAt(model, *port);
+        if (wanted(port) && !model.facts.attached.contains(port->number)) lookAt(model, *port);
     }
     for (const uint32_t number : model.facts.attached) {
-        if (Port *port = model.inventory.findPort(number)) lookAt(model, *port);
+        if (Port *port = model.inventory.findPort(number); wanted(port)) lookAt(model, *port);
     }
 }
 

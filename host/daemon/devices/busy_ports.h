@@ -8,9 +8,10 @@
 
 namespace qvs::kernel {
 
-// Update the statistics of a port, of the port at a place, or of all ports. Call them before reading.
+// Update the statistics of a port, of the port at a place, and of all ports or those of a switch. Call them
+// before reading.
 void lookAt(Model &model, Port &port);
 void lookAt(Model &model, const Place &place, std::string_view key);
-void lookAtAll(Model &model);
+void lookAtAll(Model &model, const Switch *of = nullptr);
 
 }  // namespace qvs::kernel

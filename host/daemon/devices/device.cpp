@@ -8,19 +8,18 @@ namespace qvs::kernel {
 
 std::span<const Device> devices() {
     static const Device kDevices[] = {
-        {"/dev/vswitch",
-         kNaturalFrame,
+        {wire::kDevices[0],
          {&kVswitchInventory, &kVswitchMac, &kVswitchLearning, &kVswitchOptions, &kVswitchMulticast,
           &kVswitchMcastFilters, &kVswitchMirror, &kVswitchTeaming, &kBusyPorts, &kAttachmentTables}},
-        {"/dev/ipfix", kNaturalFrame, {&kIpfix}},
-        {"/dev/traceflow", kPackedFrame, {&kTraceflow}},
-        {"/dev/livetrace", kPackedFrame, {&kLivetrace}},
-        {"/crate/devices/char/hypdriver/rtm", kNaturalFrame, {&kRouteTable}},
-        {"/crate/devices/char/hypdriver/tarn_bfd", kPackedFrame, {&kBfd}},
-        {"/crate/devices/char/hypdriver/kcp", kOutputFrame, {&kKcp}},
-        {"/crate/devices/char/hypdriver/tarn-spf", kNaturalFrame, {&kSpf}},
+        {wire::kDevices[1], {&kIpfix}},
+        {wire::kDevices[2], {&kTraceflow}},
+        {wire::kDevices[3], {&kLivetrace}},
+        {wire::kDevices[4], {&kRouteTable}},
+        {wire::kDevices[5], {&kBfd}},
+        {wire::kDevices[6], {&kKcp}},
+        {wire::kDevices[7], {&kSpf}},
     };
-    static_assert(std::size(kDevices) == std::size(wire::kDevicePaths));
+    static_assert(std::size(kDevices) == std::size(wire::kDevices));
     return kDevices;
 }
 
@@ -56,9 +55,9 @@ const Command *Device::find(uint32_t number) const {
     return nullptr;
 }
 
-Frame readFrame(const FrameLayout &layout, std::string_view bytes) {
+Frame readFrame(const wire::FrameLayout &layout, std::string_view bytes) {
     Frame frame;
-    if (layout.inLength != FrameLayout::kNone) {
+    if (layout.inLength != wire::FrameLayout::kNone) {
         frame.inLength = u32At(bytes, layout.inLength);
         frame.inAddress = u64At(bytes, layout.inAddress);
     }

@@ -5,15 +5,18 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <nlohmann/json_fwd.hpp>
 
 #include "daemon/model/bytes.h"
 #include "daemon/model/model.h"
+#include "wire/protocol.h"
 
 namespace qvs::kernel {
 
@@ -29,6 +32,9 @@ struct Call {
 struct [[nodiscard]] Result {
     int error = 0;
     std::string output;
+    // Appends more output, and returns false if that was the last of it. It is called while the answer is
+    // sent, between other requests. Can be empty.
+    std::function<bool(std::string *output)> more = {};
 };
 
 struct Command {
@@ -41,30 +47,13 @@ struct Command {
     Result (*handle)(const Call &call) = nullptr;
 };
 
-// The offsets of the fields of a frame: u32 lengths and u64 addresses. A frame without input has kNone for
-// them.
-struct FrameLayout {
-    static constexpr size_t kNone = SIZE_MAX;
-    size_t size = 0;
-    size_t inLength = kNone;
-    size_t inAddress = kNone;
-    size_t outLength = 0;
-    size_t outAddress = 0;
-};
-
-constexpr FrameLayout kNaturalFrame = {
-    .size = 24, .inLength = 0, .inAddress = 8, .outLength = 4, .outAddress = 16};
-constexpr FrameLayout kPackedFrame = {
-    .size = 24, .inLength = 0, .inAddress = 4, .outLength = 12, .outAddress = 16};
-constexpr FrameLayout kOutputFrame = {.size = 16, .outLength = 4, .outAddress = 8};
-
 struct Frame {
     uint32_t inLength = 0;
     uint64_t inAddress = 0;
     uint32_t outLength = 0;
     uint64_t outAddress = 0;
 };
-Frame readFrame(const FrameLayout &layout, std::string_view bytes);
+Frame readFrame(const wire::FrameLayout &layout, std::string_view bytes);
 
 class Members;
 
@@ -86,9 +75,7 @@ struct DevicePart {
     void (*describe)(const Model &model, nlohmann::json *status) = nullptr;
 };
 
-struct Device {
-    const char *path = nullptr;
-    FrameLayout frame;
+struct Device : wire::DeviceNode {
     std::vector<const DevicePart *> parts;
 
     const Command *find(uint32_t number) const;
@@ -125,20 +112,28 @@ inline Result failure(int error) {
     return {error, {}};
 }
 
-// Returns a counted list: u32 count, u32 second word, entries. A client that has room only for the two words
-// gets the number of all entries. Other clients get as many entries as fit, and their number.
+// A counted list: u32 count, u32 second word, entries. A client that has room only for the two words gets the
+// number of all entries. Other clients get as many entries as fit, and their number.
+struct ListHead {
+    std::string bytes;
+    size_t entries = 0;  // that follow
+
+    ListHead(const Call &call, uint32_t second, size_t entrySize, size_t all) {
+        constexpr size_t kSize = 8;
+        const bool countOnly = call.outLength <= kSize;
+        if (!countOnly) entries = std::min((call.outLength - kSize) / entrySize, all);
+        const auto count = static_cast<uint32_t>(countOnly ? all : entries);
+        bytes = Record(kSize).put(0, count).put(4, second).take();
+    }
+};
+
 template <typename Entries, typename Fill>
 Result countedList(const Call &call, uint32_t second, size_t entrySize, const Entries &entries,
                    const Fill &fill) {
-    constexpr size_t kHeader = 8;
-    const bool countOnly = call.outLength <= kHeader;
-    const size_t room = countOnly ? 0 : (call.outLength - kHeader) / entrySize;
-    const size_t count = countOnly ? entries.size() : std::min(room, entries.size());
-    Result result;
-    result.output = Record(kHeader).put(0, static_cast<uint32_t>(count)).put(4, second).take();
-    if (countOnly) return result;
-    result.output.reserve(kHeader + count * entrySize);
-    for (size_t i = 0; i < count; ++i)
+    ListHead head(call, second, entrySize, entries.size());
+    Result result{0, std::move(head.bytes)};
+    result.output.reserve(result.output.size() + head.entries * entrySize);
+    for (size_t i = 0; i < head.entries; ++i)
         result.output += fill(entries[i]).view();
     return result;
 }

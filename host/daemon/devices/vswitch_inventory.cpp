@@ -104,12 +104,30 @@ Record portInfo(const Model &model, const Port &port) {
     return info;
 }
 
+// The records of a large switch take long to fill in, so they are made in pieces. A port that is removed in
+// the meantime is missing.
 Result getSwitchPortInfo(const Call &call, const Portset &portset) {
-    const std::vector<Port *> ports = portsOf(portset);
-    for (Port *port : ports)
-        lookAt(call.model, *port);
-    return countedList(call, 0, kPortInfo, ports,
-                       [&](const Port *port) { return portInfo(call.model, *port); });
+    constexpr size_t kPiece = 512;
+    if (portset.owner == nullptr) return {0, ListHead(call, 0, kPortInfo, 0).bytes};
+    lookAtAll(call.model, portset.owner);
+    const auto &ports = portset.owner->ports;
+    const ListHead head(call, 0, kPortInfo, ports.size());
+    std::vector<uint32_t> numbers;
+    numbers.reserve(head.entries);
+    for (auto port = ports.begin(); numbers.size() < head.entries; ++port)
+        numbers.push_back(port->first);
+    const Model &model = call.model;
+    const auto more = [&model, numbers = std::move(numbers),
+                       next = size_t{0}](std::string *output) mutable {
+        const size_t end = std::min(numbers.size(), next + kPiece);
+        output->reserve(output->size() + (end - next) * kPortInfo);
+        for (; next < end; ++next) {
+            if (const Port *port = model.inventory.findPort(numbers[next]))
+                *output += portInfo(model, *port).view();
+        }
+        return next < numbers.size();
+    };
+    return {0, head.bytes, more};
 }
 
 Result getPortInfo(const Call &call, Port &port) {

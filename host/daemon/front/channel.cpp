@@ -94,11 +94,11 @@ void Channel::drop(std::string_view reason) {
 }
 
 void Channel::send(wire::Writer message, std::function<void()> then) {
-    sendParts(std::string(message.bytes()), {}, std::move(then));
+    sendParts(message.take(), {}, std::move(then));
 }
 
 void Channel::sendWith(wire::Writer message, Blob tail) {
-    std::string start(message.bytes());
+    std::string start = message.take();
     // The length in the head includes the blob.
     const auto length = static_cast<uint32_t>(start.size() - sizeof(wire::Head) + tail.bytes.size());
     std::memcpy(start.data() + offsetof(wire::Head, length), &length, sizeof length);

@@ -60,9 +60,9 @@ class Connection : public Channel {
     void fetchInput(const std::shared_ptr<Ioctl> &ioctl);
     void perform(const std::shared_ptr<Ioctl> &ioctl);
     Result callDevice(const Command &command, const Call &call);
-    void deliver(const std::shared_ptr<Ioctl> &ioctl, size_t sent);
+    void deliver(const std::shared_ptr<Ioctl> &ioctl);
     void finishIoctl(const Ioctl &ioctl, int error);
-    void copyIn(uint64_t address, uint32_t length, Copied then);
+    void copyIn(uint64_t address, uint32_t length, std::string_view early, Copied then);
     void copyOut(uint64_t address, std::string_view data, Copied then);
 
     Kernel &kernel() const { return server_.kernel(); }

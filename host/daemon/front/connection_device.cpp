@@ -15,16 +15,35 @@ namespace {
 // No request has an input of this length.
 constexpr uint32_t kMaxInput = 16u << 20;
 constexpr size_t kCopyPiece = 1u << 20;
+// The size of a request without frame and input.
+constexpr size_t kBareRequest = sizeof(uint32_t) + sizeof(uint64_t);
+
+void appendMore(std::function<bool(std::string *output)> *more, std::string *output) {
+    if (!(*more)(output)) *more = {};
+}
+
+wire::Writer copyOutMessage(wire::Kind kind, uint64_t address, std::string_view data) {
+    wire::Writer message(kind);
+    message.u64(address).text(data);
+    return message;
+}
 
 }  // namespace
 
 struct Connection::Ioctl {
     uint32_t number = 0;
     const Command *command = nullptr;
+    // Whether the client sent what it read of its memory, and its input, which is empty if it was not read.
+    bool looked = false;
+    std::string early;
     Frame frame;
     std::string line;  // of the trace; extended while the request is read
     std::string input;
+    // The part of the output that is not sent is `output` from `sent`, followed by `more`.
     std::string output;
+    size_t sent = 0;
+    std::function<bool(std::string *output)> more;
+    uint64_t target = 0;  // the address of what is sent next
 };
 
 void Connection::serveOpen(const std::string &payload) {
@@ -47,13 +66,16 @@ void Connection::serveIoctl(const std::string &payload) {
     auto ioctl = std::make_shared<Ioctl>();
     ioctl->number = reader.u32();
     const uint64_t argument = reader.u64();
+    ioctl->looked = payload.size() > kBareRequest;
+    const std::string_view frame = ioctl->looked ? reader.text() : std::string_view();
+    if (ioctl->looked) ioctl->early = reader.text();
     if (!reader.complete() || device_ == nullptr) return drop("a malformed device request");
     ioctl->command = device_->find(ioctl->number);
     ioctl->line = fmt::format("device ioctl {} {:#x} {}", quote(device_->path), ioctl->number,
                               ioctl->command == nullptr ? "?" : ioctl->command->name);
     if (ioctl->command == nullptr) return perform(ioctl);
     const auto size = static_cast<uint32_t>(device_->frame.size);
-    copyIn(argument, size, [this, self = self(), ioctl](int error, std::string_view bytes) {
+    copyIn(argument, size, frame, [this, self = self(), ioctl](int error, std::string_view bytes) {
         if (error != 0) return finishIoctl(*ioctl, error);
         ioctl->frame = readFrame(device_->frame, bytes);
         ioctl->line += fmt::format(" in={} out={}", ioctl->frame.inLength, ioctl->frame.outLength);
@@ -64,13 +86,14 @@ void Connection::serveIoctl(const std::string &payload) {
 void Connection::fetchInput(const std::shared_ptr<Ioctl> &ioctl) {
     const Frame &frame = ioctl->frame;
     if (frame.inLength > kMaxInput) return finishIoctl(*ioctl, EINVAL);
-    copyIn(frame.inAddress, frame.inLength, [this, self = self(), ioctl](int error, std::string_view bytes) {
+    const auto then = [this, self = self(), ioctl](int error, std::string_view bytes) {
         if (error != 0) return finishIoctl(*ioctl, error);
         ioctl->input = bytes;
         dialogue_ = bytes.size();
         if (watched()) ioctl->line += fmt::format(" input=[{}]", hexRuns(bytes));
         perform(ioctl);
-    });
+    };
+    copyIn(frame.inAddress, frame.inLength, ioctl->early, then);
 }
 
 void Connection::perform(const std::shared_ptr<Ioctl> &ioctl) {
@@ -89,11 +112,18 @@ void Connection::perform(const std::shared_ptr<Ioctl> &ioctl) {
         carriedOut(effect);
         if (result.error != 0)
             return settle([this, self, ioctl, error = result.error] { finishIoctl(*ioctl, error); });
-        effect.change(&result.output, room);
+        if (result.more) appendMore(&result.more, &result.output);
+        if (effect.changesOutput()) {
+            while (result.more)
+                appendMore(&result.more, &result.output);
+            effect.change(&result.output, room);
+        }
         if (result.output.size() > room) result.output.resize(room);
         ioctl->output = std::move(result.output);
+        ioctl->more = std::move(result.more);
+        ioctl->target = ioctl->frame.outAddress;
         dialogue_ += ioctl->output.capacity();
-        settle([this, self, ioctl] { deliver(ioctl, 0); });
+        settle([this, self, ioctl] { deliver(ioctl); });
     });
 }
 
@@ -106,15 +136,27 @@ Result Connection::callDevice(const Command &command, const Call &call) try {
 
 // Sends a large answer in pieces, so that neither side copies it whole and other clients are served in
 // between.
-void Connection::deliver(const std::shared_ptr<Ioctl> &ioctl, size_t sent) {
-    const std::string_view rest = std::string_view(ioctl->output).substr(sent);
-    if (rest.empty()) return finishIoctl(*ioctl, 0);
-    const std::string_view piece = rest.substr(0, kCopyPiece);
-    copyOut(ioctl->frame.outAddress + sent, piece,
-            [this, self = self(), ioctl, end = sent + piece.size()](int error, std::string_view) {
-                if (error != 0) return finishIoctl(*ioctl, error);
-                deliver(ioctl, end);
-            });
+void Connection::deliver(const std::shared_ptr<Ioctl> &ioctl) {
+    while (ioctl->sent == ioctl->output.size() && ioctl->more) {
+        ioctl->output.clear();
+        ioctl->sent = 0;
+        appendMore(&ioctl->more, &ioctl->output);
+    }
+    const std::string_view piece = std::string_view(ioctl->output).substr(ioctl->sent, kCopyPiece);
+    if (piece.empty()) return finishIoctl(*ioctl, 0);
+    const uint64_t target = ioctl->target;
+    ioctl->sent += piece.size();
+    ioctl->target += piece.size();
+    const bool isLast = ioctl->sent == ioctl->output.size() && !ioctl->more;
+    // A trace shows whether the client could write the answer, so it must be asked.
+    if (ioctl->looked && isLast && !kernel().trace.active()) {
+        dialogue_ = 0;
+        return send(copyOutMessage(Kind::LastCopyOut, target, piece));
+    }
+    copyOut(target, piece, [this, self = self(), ioctl](int error, std::string_view) {
+        if (error != 0) return finishIoctl(*ioctl, error);
+        deliver(ioctl);
+    });
 }
 
 void Connection::finishIoctl(const Ioctl &ioctl, int error) {
@@ -123,8 +165,9 @@ void Connection::finishIoctl(const Ioctl &ioctl, int error) {
     send(wire::Writer(Kind::Reply).i32(error == 0 ? 0 : -1).u32(static_cast<uint32_t>(error)));
 }
 
-void Connection::copyIn(uint64_t address, uint32_t length, Copied then) {
-    if (length == 0) return then(0, {});
+// `early` are the bytes if the client sent them with the request, or else empty.
+void Connection::copyIn(uint64_t address, uint32_t length, std::string_view early, Copied then) {
+    if (early.size() == length) return then(0, early);
     copied_ = std::move(then);
     copiedLength_ = length;
     send(wire::Writer(Kind::CopyIn).u64(address).u32(length));
@@ -133,9 +176,7 @@ void Connection::copyIn(uint64_t address, uint32_t length, Copied then) {
 void Connection::copyOut(uint64_t address, std::string_view data, Copied then) {
     copied_ = std::move(then);
     copiedLength_ = 0;
-    wire::Writer message(Kind::CopyOut);
-    message.u64(address).text(data);
-    send(std::move(message));
+    send(copyOutMessage(Kind::CopyOut, address, data));
 }
 
 }  // namespace qvs::kernel
