@@ -12,7 +12,9 @@ namespace qvs::mesh {
 // to a page takes longer than copying its contents.
 inline void *allocateBlock(size_t size) {
     constexpr size_t kLargePage = 2 << 20;
-    if (size < 2 * kLargePage) return std::malloc(size);
+    // The smallest block for which preparing a whole large page takes less time than its small ones.
+    constexpr size_t kLargeBlock = 512 << 10;
+    if (size < kLargeBlock) return std::malloc(size);
     const size_t whole = (size + kLargePage - 1) / kLargePage * kLargePage;
     void *block = std::aligned_alloc(kLargePage, whole);
     if (block != nullptr) madvise(block, whole, MADV_HUGEPAGE);
