@@ -41,8 +41,9 @@ void advise(char *text, int32_t size, int advice) {
 }
 
 bool grow(NetDVSDumpCtx *ctx) {
-    if (ctx->capacity > std::numeric_limits<int32_t>::max() / 2) return false;
-    const int32_t capacity = ctx->capacity * 2;
+    constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
+    if (ctx->capacity == kMost) return false;
+    const int32_t capacity = ctx->capacity > kMost / 2 ? kMost : ctx->capacity * 2;
     auto *text = static_cast<char *>(std::realloc(ctx->text, static_cast<size_t>(capacity)));
     if (text == nullptr) return false;
     ctx->text = text;

@@ -25,7 +25,7 @@ constexpr int32_t kDumpInitialCapacity = 4096;
 constexpr size_t kDumpPieceSize = 4095;  // a longer piece is truncated
 
 // Returns the address where a piece of at most this length may be written: the end of the text, or null if
-// memory runs out and the piece is lost. The text grows at most once, by doubling.
+// memory runs out and the piece is lost. The text grows at most once, by doubling up to 2^31 - 1 bytes.
 char *dumpReserve(NetDVSDumpCtx *ctx, size_t length);
 inline void dumpCommit(NetDVSDumpCtx *ctx, char *end) {
     ctx->length = static_cast<int32_t>(end - ctx->text);
