@@ -249,6 +249,8 @@ void run(const Options &options) {
     kernel.store.close();
     if (options.isPrivate) std::filesystem::remove_all(options.directory);
     close(lock);
+    // The end of the process frees the memory faster. The pointer shows that it is not lost.
+    [[maybe_unused]] static Kernel *const kept = whole.release();
 }
 
 }  // namespace
