@@ -85,6 +85,8 @@ bool Snapshot::read(const uint8_t *blob, uint32_t length) {
     ports_ = entries(state->ports());
     portsById_ = scalars(state->portsById());
     switches_ = entries(state->switches());
+    switchesById_ = scalars(state->switchesById());
+    aliases_ = entries(state->aliases());
     return true;
 }
 
@@ -98,8 +100,13 @@ bool Snapshot::consistent() const {
         return terminated(sw.id()) && sw.className() < bytes_.size() && within(sw.globals(), lists_.size()) &&
                within(sw.hosts(), lists_.size()) && within(sw.ports(), ports_.size());
     };
+    const auto goodAlias = [this](const Alias &alias) {
+        return uint64_t{alias.text()} + alias.length() <= bytes_.size() && alias.owner() < switches_.size();
+    };
     return (bytes_.empty() || bytes_.back() == 0) && portsById_.size() == ports_.size() &&
-           allBelow(lists_, properties_.size()) && allBelow(portsById_, ports_.size()) &&
+           switchesById_.size() == switches_.size() && allBelow(lists_, properties_.size()) &&
+           allBelow(portsById_, ports_.size()) && allBelow(switchesById_, switches_.size()) &&
+           std::all_of(aliases_.begin(), aliases_.end(), goodAlias) &&
            std::all_of(properties_.begin(), properties_.end(), goodProperty) &&
            std::all_of(ports_.begin(), ports_.end(), goodPort) &&
            std::all_of(switches_.begin(), switches_.end(), goodSwitch);
@@ -113,30 +120,31 @@ std::span<const uint32_t> Snapshot::list(const Range &range) const {
     return lists_.subspan(range.first(), range.count());
 }
 
-const Switch *Snapshot::findSwitch(const char *id) const {
-    const auto found = std::find_if(switches_.begin(), switches_.end(),
-                                    [id](const Switch &sw) { return compare(sw.id(), id) == 0; });
-    return found == switches_.end() ? nullptr : &*found;
+template <typename Entry>
+const Entry *Snapshot::findById(std::span<const uint32_t> order, std::span<const Entry> entries,
+                                const char *id) const {
+    const auto found = std::partition_point(
+        order.begin(), order.end(), [&](uint32_t index) { return compare(entries[index].id(), id) < 0; });
+    if (found == order.end() || compare(entries[*found].id(), id) != 0) return nullptr;
+    return &entries[*found];
 }
 
-// The alias is the value of its property up to a NUL, or the whole value if it has none.
+const Switch *Snapshot::findSwitch(const char *id) const {
+    return findById(switchesById_, switches_, id);
+}
+
+// Several switches can have one alias. The first of them is found.
 const Switch *Snapshot::findAlias(std::string_view alias) const {
-    for (const Switch &sw : switches_) {
-        const Property *stored = findProperty(sw.globals(), kAliasKey);
-        if (stored == nullptr) continue;
-        const char *value = text(stored->value());
-        if (std::string_view(value, strnlen(value, stored->length())) == alias) return &sw;
-    }
-    return nullptr;
+    const auto textOf = [this](const Alias &entry) {
+        return std::string_view(text(entry.text()), entry.length());
+    };
+    const auto found = std::partition_point(aliases_.begin(), aliases_.end(),
+                                            [&](const Alias &entry) { return textOf(entry) < alias; });
+    return found == aliases_.end() || textOf(*found) != alias ? nullptr : &switches_[found->owner()];
 }
 
 const Port *Snapshot::findPort(const Switch &sw, const char *id) const {
-    const auto order = portsById_.subspan(sw.ports().first(), sw.ports().count());
-    const auto found = std::partition_point(order.begin(), order.end(), [this, id](uint32_t index) {
-        return compare(ports_[index].id(), id) < 0;
-    });
-    if (found == order.end() || compare(ports_[*found].id(), id) != 0) return nullptr;
-    return &ports_[*found];
+    return findById(portsById_.subspan(sw.ports().first(), sw.ports().count()), ports_, id);
 }
 
 const Property *Snapshot::findProperty(const Range &range, std::string_view key) const {

@@ -42,6 +42,9 @@ class Snapshot {
     const Property *ownProperty(const void *handle) const;
 
   private:
+    template <typename Entry>
+    const Entry *findById(std::span<const uint32_t> order, std::span<const Entry> entries,
+                          const char *id) const;
     bool read(const uint8_t *blob, uint32_t length);
     bool consistent() const;
 
@@ -53,6 +56,8 @@ class Snapshot {
     std::span<const Port> ports_;
     std::span<const uint32_t> portsById_;
     std::span<const Switch> switches_;
+    std::span<const uint32_t> switchesById_;
+    std::span<const Alias> aliases_;
 };
 
 }  // namespace qvs::mesh

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -23,11 +24,16 @@ class SnapshotWriter {
     void addSwitch(std::string_view id, std::string_view className, uint32_t maxPorts, uint32_t version,
                    std::span<const uint32_t> globals, std::span<const uint32_t> hosts);
     void addPort(std::string_view id, uint32_t state, std::span<const uint32_t> properties);
+    // Adds a port to a switch before the port with this index, or removes the port. The indices of the ports
+    // behind it change. Each takes as long as copying a part of all ports. Call them after `finish`.
+    void insertPort(uint32_t sw, uint32_t index, std::string_view id, uint32_t state,
+                    std::span<const uint32_t> properties);
+    void removePort(uint32_t sw, uint32_t index);
     // Replace the properties of a switch or port, which have indices from 0. The old lists stay in the blob.
     void replaceSwitch(uint32_t index, std::span<const uint32_t> globals, std::span<const uint32_t> hosts);
     void replacePort(uint32_t index, std::span<const uint32_t> properties);
     uint32_t switchCount() const { return static_cast<uint32_t>(switches_.size()); }
-    uint32_t portCount() const { return static_cast<uint32_t>(ports_.size()); }
+    const Range &ports(uint32_t sw) { return switches_[sw].mutable_ports(); }
 
     // Returns the blob. More can be added afterwards for the next blob.
     flatbuffers::DetachedBuffer finish();
@@ -40,6 +46,11 @@ class SnapshotWriter {
     uint32_t append(std::string_view value);
     uint32_t text(std::string_view value);
     Range list(std::span<const uint32_t> properties);
+    void resize(uint32_t sw, uint32_t added);
+    std::vector<uint32_t>::iterator placeById(const Range &range, const Port &port);
+    std::optional<Alias> aliasOf(uint32_t sw) const;
+    std::string_view text(const Alias &alias) const;
+    void indexSwitches();
     static size_t commonBeginning(std::span<const Port> ports);
     std::vector<uint32_t> portOrder() const;
     size_t size() const;
@@ -50,6 +61,9 @@ class SnapshotWriter {
     std::vector<Port> ports_;
     std::vector<uint32_t> portsById_;  // the ports of the last blob in the order of their identifiers
     std::vector<Switch> switches_;
+    std::vector<uint32_t> switchesById_;
+    std::vector<Alias> aliases_;
+    bool indexedSwitches_ = false;
     std::unordered_map<std::string, uint32_t, TextHash, std::equal_to<>> texts_;
 };
 

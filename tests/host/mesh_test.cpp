@@ -141,6 +141,43 @@ TEST(MeshSnapshot, HoldsWhatTheBlobSays) {
     EXPECT_STATUS(DVSState_GlobalPropLookup("id-3", kAliasKey, &data), 0xbad0003);
 }
 
+// The first switch with an alias is found, whatever the order of aliases and identifiers.
+TEST(MeshSnapshot, FindsSwitchesByAliasAndIdentifier) {
+    mesh::SnapshotWriter writer;
+    const char *const switches[][2] = {{"m", "same"},  {"z", "b"}, {"a", "same"}, {"b", "a"},
+                                       {"c", nullptr}, {"d", ""},  {"e", "sam"}};
+    for (const auto &[id, alias] : switches) {
+        std::vector<uint32_t> globals;
+        if (alias != nullptr) globals.push_back(writer.property(kAliasKey, text(alias), 16));
+        globals.push_back(writer.property("k", id, 16));
+        writer.addSwitch(id, "vswitch", 8, 105, globals, {});
+    }
+    const auto reload = [&writer] {
+        const flatbuffers::DetachedBuffer blob = writer.finish();
+        return load(bytesAt(blob.data(), blob.size()));
+    };
+    const auto found = [](const char *alias) {
+        const char *id = DVS_SwitchId(DVSState_SwitchFindByAlias(alias));
+        return std::string(id == nullptr ? "-" : id);
+    };
+    ASSERT_STATUS(reload(), 0);
+    EXPECT_EQ(found("same") + found("a") + found("b") + found("") + found("sam") + found("sa") + found("z"),
+              "mbzde--");
+    for (const auto &[id, alias] : switches) {
+        DVSData *data = nullptr;
+        EXPECT_STATUS(DVSState_GlobalPropLookup(id, "k", &data), 0) << id;
+        const void *value = nullptr;
+        const uint32_t length = DVSData_Data(data, &value);
+        EXPECT_BYTES(bytesAt(value, length), id);
+    }
+    DVSData *data = nullptr;
+    EXPECT_STATUS(DVSState_GlobalPropLookup("aa", "k", &data), 0xbad0003);
+
+    writer.replaceSwitch(0, {{writer.property(kAliasKey, "new", 16)}}, {});
+    ASSERT_STATUS(reload(), 0);
+    EXPECT_EQ(found("same") + found("new") + found("sam"), "ame");
+}
+
 TEST(MeshSnapshot, EndsAWalkWhenACallbackAnswersOrReloads) {
     ASSERT_STATUS(load(sampleBlob()), 0);
     static int visits;

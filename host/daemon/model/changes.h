@@ -22,14 +22,21 @@ class Changes {
     // Those who update derived data, each at its own times.
     enum class Reader { Snapshot, Network };
 
-    // The changes since the last call of `take`: properties of these objects, or anything.
+    // A port that was added or removed.
+    struct Moved {
+        const Switch *owner;
+        uint32_t number;
+    };
+    // The changes since the last call of `take`: properties of these objects, ports, or anything.
     struct Touched {
         bool anything = true;
         std::vector<const Switch *> switches;
         std::vector<const Port *> ports;
+        std::vector<Moved> moved;
     };
     Touched take(Reader reader) {
-        return std::exchange(of(reader), Touched{.anything = false, .switches = {}, .ports = {}});
+        return std::exchange(of(reader),
+                             Touched{.anything = false, .switches = {}, .ports = {}, .moved = {}});
     }
 
     // Records a change of anything.
@@ -40,6 +47,18 @@ class Changes {
     // Record a change of the properties of one object.
     void properties(const Switch &sw) { touch(&Touched::switches, &sw); }
     void properties(const Port &port) { touch(&Touched::ports, &port); }
+
+    // Records that a port was added, or that it will be removed.
+    void moved(const Port &port) {
+        // Each takes much longer than a change of properties.
+        constexpr size_t kFew = 16;
+        ++generation_;
+        for (Touched &touched : touched_) {
+            std::erase(touched.ports, &port);
+            if (!touched.anything) touched.moved.push_back({port.owner, port.number});
+            if (touched.moved.size() > kFew) touched = {};
+        }
+    }
 
   private:
     static constexpr size_t kReaders = 2;

@@ -137,7 +137,7 @@ Status DataPaths::addPort(std::string_view switchId, std::string_view portId,
         if (property.key != kPortStatusKey) port.set(inventory_.properties.intern(property));
     }
     uplinks_.apply(bindings);
-    changes_.all();
+    moved(port, bindings);
     return Status::Ok;
 }
 
@@ -155,9 +155,18 @@ Status DataPaths::removePort(std::string_view switchId, std::string_view portId)
     transaction.commit();
 
     uplinks_.apply(bindings);
+    moved(*port, bindings);
     inventory_.erase(*port);
-    changes_.all();
     return Status::Ok;
+}
+
+// Records that a port was added, or that it will be removed. Bindings concern other ports, too.
+void DataPaths::moved(const Port &port, const Bindings &bindings) {
+    if (bindings.empty()) {
+        changes_.moved(port);
+    } else {
+        changes_.all();
+    }
 }
 
 Status DataPaths::setClient(Port &port, std::string_view name, bool link) {

@@ -36,6 +36,7 @@ class DataPaths {
 
   private:
     void bind(Switch &sw, Portset &portset, bool associated);
+    void moved(const Port &port, const Bindings &bindings);
     void removeStored(const Port &port);
 
     Store &store_;

@@ -6,6 +6,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -41,16 +42,17 @@ class Snapshot::Builder {
         return true;
     }
 
-    // Replaces the properties of these objects. Returns false if so many bytes are unused that everything
-    // must be built again.
+    // Updates these objects. Returns false if so many bytes are unused that everything must be built again.
     bool replace(const Changes::Touched &touched) {
         for (const Switch *sw : touched.switches) {
             const auto [globals, hosts] = switchLists(*sw);
             writer_.replaceSwitch(sw->snapshotIndex, globals, hosts);
         }
+        for (const Changes::Moved &moved : touched.moved)
+            move(*moved.owner, moved.number);
         for (const Port *port : touched.ports) {
             const HealthCheck check(model_.inventory, *port->owner);
-            writer_.replacePort(port->snapshotIndex, portList(*port, check));
+            writer_.replacePort(placeOf(*port->owner, port->number), portList(*port, check));
         }
         return size_ < kMaxBytes && size_ - usefulSize_ <= usefulSize_ / 4 + kAlwaysTolerated;
     }
@@ -75,9 +77,39 @@ class Snapshot::Builder {
         for (size_t i = 0; i < ports.size(); ++i) {
             const Port *port = ports[i];
             fetchAhead(ports, i);
-            port->snapshotIndex = writer_.portCount();
+            numbers_.push_back(port->number);
             size_ += kPortSize;
             writer_.addPort(port->id, kLive, portList(*port, check));
+        }
+    }
+
+    // Returns the index of the port with this number, or of the one before which it would be.
+    uint32_t placeOf(const Switch &sw, uint32_t number) {
+        const qvs::mesh::Range &range = writer_.ports(sw.snapshotIndex);
+        const auto first = numbers_.begin() + range.first();
+        const auto place = std::lower_bound(first, first + range.count(), number);
+        return static_cast<uint32_t>(place - numbers_.begin());
+    }
+
+    // Adds a port that is new to the blob, or removes one that no longer exists.
+    void move(const Switch &sw, uint32_t number) {
+        const uint32_t place = placeOf(sw, number);
+        const qvs::mesh::Range &range = writer_.ports(sw.snapshotIndex);
+        const bool known = place < range.first() + range.count() && numbers_[place] == number;
+        const auto found = sw.ports.find(number);
+        if (found == sw.ports.end() && known) {
+            // Its bytes are no longer useful. Their number is not known.
+            usefulSize_ -= usefulSize_ / numbers_.size();
+            writer_.removePort(sw.snapshotIndex, place);
+            numbers_.erase(numbers_.begin() + place);
+        } else if (found != sw.ports.end() && !known) {
+            const uint64_t before = size_;
+            const Port &port = *found->second;
+            writer_.insertPort(sw.snapshotIndex, place, port.id, kLive,
+                               portList(port, HealthCheck(model_.inventory, sw)));
+            numbers_.insert(numbers_.begin() + place, number);
+            size_ += kPortSize;
+            usefulSize_ += size_ - before;
         }
     }
 
@@ -145,6 +177,7 @@ class Snapshot::Builder {
     uint64_t size_ = 0;
     uint64_t usefulSize_ = 0;
     Names portNames_;
+    std::vector<uint32_t> numbers_;  // of the ports in the blob
 };
 
 namespace {

@@ -114,7 +114,7 @@ uint64_t Network::sendChanges() {
     configuration.generation = generation_ + 1;
     configuration.whole = whole_;
     const Changes::Touched touched = model_.changes.take(Changes::Reader::Network);
-    if (whole_ || touched.anything || tables_ != model_.tables.generation()) {
+    if (whole_ || touched.anything || !touched.moved.empty() || tables_ != model_.tables.generation()) {
         compileAll(&configuration);
     } else {
         compileTouched(touched, &configuration);
