@@ -370,6 +370,10 @@ TEST(Snapshot, IsAfterSmallChangesAsBuiltAnew) {
         [&] { return global("a", "com.quillon.common.vlanmtucheck.deploy", hex("01 0a000000")); },
         [&] { return port("a", "p0", "com.quillon.vswitch.port.vlan", hex("0000 0600 0000 0000")); },
         [&] { return DVSHYP_PortDataClear("b", "q", "k"); },
+        [&] { return addPort("a", "p9") | addPort("a", "p5") | port("a", "p5", "k", "1"); },
+        [&] { return addPort("b", "a") | addPort("a", "p6") | DVSHYP_PortRemove("a", "p6"); },
+        [&] { return port("a", "p1", "k", "1") | DVSHYP_PortRemove("a", "p1"); },
+        [&] { return DVSHYP_PortRemove("a", "p9") | DVSHYP_PortRemove("b", "q") | addPort("b", "q"); },
         [&] { return DVSHYP_GlobalPropClear("a", "k"); },
         [&] { return global("a", "com.quillon.common.alias", text("c")); },
     };
@@ -383,6 +387,35 @@ TEST(Snapshot, IsAfterSmallChangesAsBuiltAnew) {
         EXPECT_EQ(after, hostState(true)) << "change " << &change - changes;
         before = after;
     }
+}
+
+// So many that they are found in a table that grew, and listed in several pieces.
+TEST(Device, FindsAndListsManyPorts) {
+    resetHost();
+    ASSERT_EQ(treesh({"-e", "set", "/net/create", "ps", "900", "vswitch"}).exitCode, 0);
+    std::string ports;
+    for (int i = 0; i < 900; ++i)
+        ports += (i == 0 ? "\"p" : ",\"p") + std::to_string(i) + '"';
+    seed(R"({"switches":[{"alias":"a","id":"a","portset":"ps","ports":[)" + ports + "]}]}");
+    std::string expected, listed;
+    for (int i = 0; i < 900; i += 3)
+        ASSERT_STATUS(DVSHYP_PortRemove("a", ("p" + std::to_string(i)).c_str()), 0);
+    for (int i = 0; i < 900; ++i) {
+        const std::string name = "p" + std::to_string(i);
+        ASSERT_STATUS(DVSHYP_PortDataSet("a", name.c_str(), "k", "1", 1, 8), i % 3 == 0 ? 0xbad0003u : 0u);
+        if (i % 3 != 0) expected += name + " ";
+    }
+    RawDevice device;
+    device.input = field("ps", 268);
+    ASSERT_EQ(device.ioctl(0x1013, 8 + 1458 * 1000), 0);
+    EXPECT_BYTES(device.output.substr(0, 8), u32(600) + u32(0));
+    for (size_t at = 8; at < device.output.size(); at += 1458)
+        listed += device.output.substr(at + 8, 48).c_str() + std::string(" ");
+    EXPECT_EQ(listed, expected);
+    // A smaller area gets the first ones.
+    ASSERT_EQ(device.ioctl(0x1013, 8 + 1458 * 600 - 1), 0);
+    EXPECT_BYTES(device.output.substr(0, 8), u32(599) + u32(0));
+    EXPECT_EQ(device.output.size(), 8u + 1458 * 599);
 }
 
 TEST(Device, JudgesFramesAndAddresses) {

@@ -50,8 +50,7 @@ void Switch::setUplinks(std::vector<std::string> names) {
 }
 
 Port *Switch::port(std::string_view portId) const {
-    const auto found = portsById.find(portId);
-    return found == portsById.end() ? nullptr : found->second;
+    return portsById.find(portId);
 }
 
 }  // namespace qvs::kernel

@@ -9,10 +9,10 @@
 #include <memory_resource>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
+#include "daemon/model/port_index.h"
 #include "daemon/model/property.h"
 #include "wire/protocol.h"
 
@@ -91,7 +91,6 @@ struct Port {
     bool changed = false;  // whether the port has rows in port_properties
     const Nic *nic = nullptr;
     std::array<uint64_t, 16> counted{};  // counters of the data path that the statistics contain
-    mutable uint32_t snapshotIndex = 0;  // its index in the snapshot
 
     void set(PropertyRef property);
     void clear(std::string_view key);
@@ -117,11 +116,11 @@ struct Switch {
     Portset *portset = nullptr;                   // while associated
     std::pmr::unsynchronized_pool_resource pool;  // keeps the nodes of `ports` close together in memory
     std::pmr::map<uint32_t, std::unique_ptr<Port>> ports{&pool};  // by number, which is the order of creation
-    std::unordered_map<std::string_view, Port *> portsById;
+    PortIndex portsById;
     // The entries of the uplink list, in order and for lookup.
     std::vector<std::string> uplinks;
     std::unordered_set<std::string> uplinkSet;
-    mutable uint32_t snapshotIndex = 0;
+    mutable uint32_t snapshotIndex = 0;  // its index in the snapshot
 
     void setUplinks(std::vector<std::string> names);
     Port *port(std::string_view portId) const;

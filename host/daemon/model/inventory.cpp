@@ -110,14 +110,14 @@ Port &Inventory::insertPort(Switch &sw, uint32_t number, std::string_view id) {
     port->owner = &sw;
     port->id = id;
     ports_.emplace(number, port.get());
-    sw.portsById.emplace(port->id, port.get());
+    sw.portsById.insert(*port);
     keepFrom(number + 1);
     return *sw.ports.emplace_hint(sw.ports.end(), number, std::move(port))->second;
 }
 
 void Inventory::erase(Port &port) {
     ports_.erase(port.number);
-    port.owner->portsById.erase(port.id);
+    port.owner->portsById.erase(port);
     port.owner->ports.erase(uint32_t{port.number});
 }
 

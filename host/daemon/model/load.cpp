@@ -87,10 +87,19 @@ class Loader {
         Port &port = inventory_.insertPort(*owner_, number, row.bytes(2));
         port.client = row.text(3);
         port.clientLink = row.integer(4) != 0;
-        const bool whole = unpackStored(row.bytes(5), [&](const PropertyView &property) {
-            if (property.key != kPortStatusKey) port.set(inventory_.properties.intern(property));
-        });
-        if (!whole) refuseDamaged(store_, fmt::format("the properties of port {:#x} are damaged", number));
+        // Most ports are created with the same properties as the one before.
+        if (row.bytes(5) != packed_) {
+            packed_ = row.bytes(5);
+            unpacked_.clear();
+            const bool whole = unpackStored(packed_, [&](const PropertyView &property) {
+                if (property.key != kPortStatusKey)
+                    unpacked_.push_back(inventory_.properties.intern(property));
+            });
+            if (!whole)
+                refuseDamaged(store_, fmt::format("the properties of port {:#x} are damaged", number));
+        }
+        for (const PropertyRef &property : unpacked_)
+            port.set(property);
     }
 
     void changePortProperty(const Row &row) {
@@ -126,7 +135,10 @@ class Loader {
 
     Store &store_;
     Inventory &inventory_;
-    Switch *owner_ = nullptr;  // the owner of the last port
+    // Of the last port: its owner, and the properties that it was created with.
+    Switch *owner_ = nullptr;
+    std::string packed_;
+    std::vector<PropertyRef> unpacked_;
 };
 
 }  // namespace
