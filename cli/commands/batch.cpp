@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <set>
 #include <span>
 #include <sstream>
@@ -109,32 +110,50 @@ std::vector<Line> readLines(std::istream &in, bool json) {
 class Touched {
   public:
     bool overlaps(const Call &call) const {
-        if (paths_.empty()) return false;
-        std::set<std::string> looks = pathsOf(call);
-        if (call.command->run.looksAtSwitch) looks.insert(touchedPath({call.arguments.text("SWITCH")}));
-        for (const std::string &path : looks) {
-            auto below = paths_.lower_bound(path);
-            if (below != paths_.end() && below->starts_with(path)) return true;
-            for (size_t i = 0; i < path.size(); i++) {
-                if ((i == 0 || path[i - 1] == '\0') && paths_.contains(path.substr(0, i))) return true;
-            }
-        }
-        return false;
+        if (overlaps(all_, pathsOf(call))) return true;
+        return call.command->run.looksAtSwitch &&
+               overlaps(wide_, {touchedPath({call.arguments.text("SWITCH")})});
     }
     void add(const Call &call) {
-        if (call.command->run.access == Access::Writes) paths_.merge(pathsOf(call));
+        if (call.command->run.access != Access::Writes) return;
+        std::set<std::string> paths = pathsOf(call);
+        std::ranges::copy_if(paths, std::inserter(wide_, wide_.end()), std::not_fn(isOfPort));
+        all_.merge(paths);
     }
-    void forget() { paths_.clear(); }
+    void forget() {
+        all_.clear();
+        wide_.clear();
+    }
 
   private:
-    static std::set<std::string> pathsOf(const Call &call) {
+    using Paths = std::set<std::string>;
+
+    static Paths pathsOf(const Call &call) {
         const Touches touches = call.command->run.touches;
         if (touches == nullptr) return {touchedPath({})};
         std::vector<std::string> paths = touches(call.arguments);
         return {paths.begin(), paths.end()};
     }
+    // Whether the path names a property of one port, which nothing else in the switch refers to: a switch,
+    // the word, a port and a key.
+    static bool isOfPort(const std::string &path) {
+        return std::ranges::count(path, '\0') > 3 && path.compare(path.find('\0'), kPort.size(), kPort) == 0;
+    }
+    static bool overlaps(const Paths &touched, const Paths &looks) {
+        for (const std::string &path : looks) {
+            auto below = touched.lower_bound(path);
+            if (below != touched.end() && below->starts_with(path)) return true;
+            for (size_t i = 0; i < path.size(); i++) {
+                if ((i == 0 || path[i - 1] == '\0') && touched.contains(path.substr(0, i))) return true;
+            }
+        }
+        return false;
+    }
 
-    std::set<std::string> paths_;
+    static constexpr std::string_view kPort{"\0port", 6};
+
+    Paths all_;
+    Paths wide_;  // without the properties of single ports
 };
 
 // Runs the lines. The failure of a line goes to `failed`, which throws it, or returns to continue with the
