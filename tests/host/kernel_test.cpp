@@ -396,7 +396,7 @@ TEST(Device, FindsAndListsManyPorts) {
     std::string ports;
     for (int i = 0; i < 900; ++i)
         ports += (i == 0 ? "\"p" : ",\"p") + std::to_string(i) + '"';
-    seed(R"({"switches":[{"alias":"a","id":"a","portset":"ps","ports":[)" + ports + "]}]}");
+    seed(R"({"switches":[{"alias":"a","id":"a","portset":"ps","maxPorts":900,"ports":[)" + ports + "]}]}");
     std::string expected, listed;
     for (int i = 0; i < 900; i += 3)
         ASSERT_STATUS(DVSHYP_PortRemove("a", ("p" + std::to_string(i)).c_str()), 0);
