@@ -44,6 +44,14 @@ function(qvs_search_path target path)
     set_target_properties(${target} PROPERTIES INSTALL_RPATH ${path} BUILD_WITH_INSTALL_RPATH ON)
 endfunction()
 
+# Links the C++ runtime into a program or library. Most of the start of a small program is the time in which the loader
+# looks up the symbols of the shared runtime. A sanitizer needs the shared one.
+function(qvs_static_runtime target)
+    if(NOT QVS_SANITIZE)
+        target_link_options(${target} PRIVATE -static-libstdc++ -static-libgcc)
+    endif()
+endfunction()
+
 # Builds with the second compiler precompile the large headers of other projects, which saves time. Builds with GCC do
 # not, so that they detect missing includes.
 function(qvs_precompile target)
