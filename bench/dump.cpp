@@ -6,6 +6,7 @@
 #include <malloc.h>
 #include <qvs/mesh_public.h>
 #include <qvs/qvs.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -271,11 +272,18 @@ void snprintfLines(benchmark::State &state) {
     measure(state, dumpWithSnprintf);
 }
 
+// Into memory of the size and with the pages of the dump's.
 void copy(benchmark::State &state) {
     const std::string &text = textOf(state);
     measure(state, [&] {
-        const size_t size = text.size() + 1;
-        return Text(static_cast<char *>(memcpy(malloc(size), text.c_str(), size)), free);
+        size_t size = 4096;
+        while (size <= text.size())
+            size *= 2;
+        auto *memory = static_cast<char *>(malloc(size));
+        const auto page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+        const uintptr_t offset = reinterpret_cast<uintptr_t>(memory) & (page - 1);
+        if (size >= size_t{4} << 20) madvise(memory - offset, size + offset, MADV_HUGEPAGE);
+        return Text(static_cast<char *>(memcpy(memory, text.c_str(), text.size() + 1)), free);
     });
 }
 
