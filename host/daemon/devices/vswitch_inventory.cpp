@@ -23,6 +23,7 @@ constexpr size_t kLinkStateAt = 208;
 constexpr size_t kUplinkEntry = 36;
 constexpr size_t kSwitchInfo = 220;
 constexpr size_t kPortInfo = 1458;
+constexpr size_t kPortsAtOnce = 512;
 constexpr size_t kLagTable = 35588;
 constexpr size_t kAliasEntry = 81;
 
@@ -107,27 +108,27 @@ Record portInfo(const Model &model, const Port &port) {
 // The records of a large switch take long to fill in, so they are made in pieces. A port that is removed in
 // the meantime is missing.
 Result getSwitchPortInfo(const Call &call, const Portset &portset) {
-    constexpr size_t kPiece = 512;
     if (portset.owner == nullptr) return {0, ListHead(call, 0, kPortInfo, 0).bytes};
     lookAtAll(call.model, portset.owner);
-    const auto &ports = portset.owner->ports;
-    const ListHead head(call, 0, kPortInfo, ports.size());
-    std::vector<uint32_t> numbers;
-    numbers.reserve(head.entries);
-    for (auto port = ports.begin(); numbers.size() < head.entries; ++port)
-        numbers.push_back(port->first);
-    const Model &model = call.model;
-    const auto more = [&model, numbers = std::move(numbers),
-                       next = size_t{0}](std::string *output) mutable {
-        const size_t end = std::min(numbers.size(), next + kPiece);
-        output->reserve(output->size() + (end - next) * kPortInfo);
-        for (; next < end; ++next) {
-            if (const Port *port = model.inventory.findPort(numbers[next]))
-                *output += portInfo(model, *port).view();
+    ListHead head(call, 0, kPortInfo, portset.owner->ports.size());
+    if (head.entries == 0) return {0, std::move(head.bytes)};
+    const auto more = [&model = call.model, row = portset.owner->row, left = head.entries,
+                       next = uint32_t{0}](std::string *output) mutable {
+        const auto &switches = model.inventory.switches();
+        const auto sw = switches.find(row);
+        if (sw == switches.end()) return false;
+        const auto &ports = sw->second->ports;
+        size_t room = std::min(left, kPortsAtOnce);
+        left -= room;
+        output->reserve(output->size() + room * kPortInfo);
+        auto port = ports.lower_bound(next);
+        for (; room != 0 && port != ports.end(); ++port, --room) {
+            *output += portInfo(model, *port->second).view();
+            next = port->first + 1;
         }
-        return next < numbers.size();
+        return left != 0 && port != ports.end();
     };
-    return {0, head.bytes, more};
+    return {0, std::move(head.bytes), more};
 }
 
 Result getPortInfo(const Call &call, Port &port) {

@@ -180,7 +180,7 @@ Status DataPaths::setClient(Port &port, std::string_view name, bool link) {
     port.client = name;
     port.clientLink = link;
     port.returnStatus();
-    changes_.all();
+    changes_.properties(port);
     return Status::Ok;
 }
 
