@@ -128,6 +128,27 @@ const Argument *verbatimOf(const Shape &shape) {
     return is ? &shape.arguments.front() : nullptr;
 }
 
+// The parser of one command. CLI11 forgets the words before when it parses again.
+struct Parser {
+    const Command &command;
+    CLI::App app;
+    std::deque<Slot> slots;
+    const Shape shape;
+    const Argument *verbatim;
+
+    explicit Parser(const Command &of) : command(of), shape(shapeOf(of)), verbatim(verbatimOf(shape)) {
+        app.set_help_flag("-h,--help");
+        for (const Argument &argument : shape.arguments) {
+            if (&argument != verbatim) addArgument(app, slots, argument);
+        }
+        for (const Option &option : optionsOf(command))
+            addOption(app, slots, option);
+        for (const Option *option : commonOptions()) {
+            if (option != &kHelp) addOption(app, slots, *option);
+        }
+    }
+};
+
 [[noreturn]] void failUsage(const Command &command, std::string_view message) {
     fail(Exit::Usage, "{}\n{}", message, wrappedUsage(command, messageColumns()));
 }
@@ -289,19 +310,12 @@ bool takes(const Command &command, const Option &common) {
 }
 
 Arguments parseArguments(const Command &command, std::span<const std::string> words) {
-    CLI::App app;
-    app.set_help_flag("-h,--help");
-    std::deque<Slot> slots;
-    const Shape shape = shapeOf(command);
-    const Argument *verbatim = verbatimOf(shape);
-    for (const Argument &argument : shape.arguments) {
-        if (&argument != verbatim) addArgument(app, slots, argument);
-    }
-    for (const Option &option : optionsOf(command))
-        addOption(app, slots, option);
-    for (const Option *option : commonOptions()) {
-        if (option != &kHelp) addOption(app, slots, *option);
-    }
+    // A batch parses many lines of one command, and making a parser takes most of the time of parsing.
+    static std::optional<Parser> parser;
+    if (!parser || &parser->command != &command) parser.emplace(command);
+    CLI::App &app = parser->app;
+    std::deque<Slot> &slots = parser->slots;
+    const Argument *verbatim = parser->verbatim;
 
     std::span<const std::string> own = words;
     if (verbatim != nullptr) {

@@ -22,6 +22,7 @@ const Command *findCommand(std::span<const std::string> words, size_t &taken) {
     size_t known = 0;  // the number of words that some command begins with
     for (const Noun &noun : program().nouns) {
         for (const Command &command : noun.commands) {
+            if (!std::string_view(command.words).starts_with(words.front())) continue;
             std::vector<std::string_view> own = wordsOf(command);
             auto differs = std::mismatch(own.begin(), own.end(), words.begin(), words.end()).first;
             taken = static_cast<size_t>(differs - own.begin());
