@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <mutex>
 #include <new>
+#include <string>
+#include <utility>
 
 #include "state_library/block.h"
 #include "wire/client.h"
@@ -26,6 +28,7 @@ struct Link {
     pid_t owner = 0;
     dev_t device = 0;
     ino_t inode = 0;
+    std::string *spare = nullptr;  // the memory of the last message
 };
 constinit Link link;
 
@@ -181,16 +184,40 @@ HYP_ReturnStatus exchange(wire::Writer &message, void **bytes, uint32_t *length)
     return HYP_NO_MEMORY;
 }
 
+void keepMemory(wire::Writer &message) {
+    constexpr size_t kMost = 1 << 20;
+    std::string used = message.take();
+    const std::lock_guard<std::mutex> lock(link.mutex);
+    if (link.spare == nullptr) link.spare = new (std::nothrow) std::string;
+    if (link.spare != nullptr && used.capacity() <= kMost && used.capacity() > link.spare->capacity())
+        link.spare->swap(used);
+}
+
 }  // namespace
 
+wire::Writer messageOf(wire::Kind kind) {
+    constexpr size_t kUsual = 16 << 10;
+    std::string memory;
+    {
+        const std::lock_guard<std::mutex> lock(link.mutex);
+        if (link.spare != nullptr) memory.swap(*link.spare);
+    }
+    memory.reserve(kUsual);
+    return wire::Writer(kind, std::move(memory));
+}
+
 HYP_ReturnStatus request(wire::Writer &message) {
-    return exchange(message, nullptr, nullptr);
+    return requestBytes(message, nullptr, nullptr);
 }
 
 HYP_ReturnStatus requestBytes(wire::Writer &message, void **bytes, uint32_t *length) {
-    *bytes = nullptr;
-    *length = 0;
-    return exchange(message, bytes, length);
+    if (bytes != nullptr) {
+        *bytes = nullptr;
+        *length = 0;
+    }
+    const HYP_ReturnStatus status = exchange(message, bytes, length);
+    keepMemory(message);
+    return status;
 }
 
 HYP_ReturnStatus requestState(void **bytes, uint32_t *length) {

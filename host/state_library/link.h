@@ -15,6 +15,10 @@ constexpr HYP_ReturnStatus kNoConnection = 0xbad0040u;  // there is no kernel, o
 constexpr HYP_ReturnStatus kNoAccess = 0xbad005au;
 constexpr HYP_ReturnStatus kNotPermitted = 0xbad005bu;
 
+// Returns an empty message with the memory of the last one. A change that consists of several requests thus
+// does not run out of memory between them.
+[[nodiscard]] wire::Writer messageOf(wire::Kind kind);
+
 // Sends a request and waits for its reply, at most for wire::hostTimeout. Only one thread at a time sends a
 // request. After kTimeout, all requests fail with it at once until the kernel answers again. Returns the
 // status of the kernel, one of the statuses above, HYP_NO_MEMORY, or HYP_FAILURE for an invalid reply.

@@ -7,6 +7,7 @@
 
 #include "state_library/link.h"
 
+using qvs::mesh::messageOf;
 using qvs::mesh::request;
 using qvs::mesh::requestBytes;
 using qvs::mesh::requestState;
@@ -25,7 +26,7 @@ struct Place {
 
     bool complete() const { return switchId != nullptr && portId != nullptr && key != nullptr; }
     Writer message(Kind kind) const {
-        Writer message(kind);
+        Writer message = messageOf(kind);
         message.u8(static_cast<uint8_t>(scope)).text(switchId).text(portId).text(key);
         return message;
     }
@@ -79,7 +80,7 @@ HYP_ReturnStatus clear(const Place &place) {
 HYP_ReturnStatus onSwitch(Kind kind, const char *switchId) {
     if (switchId == nullptr) return HYP_BAD_PARAM;
     return guarded([&] {
-        Writer message(kind);
+        Writer message = messageOf(kind);
         return request(message.text(switchId));
     });
 }
@@ -135,7 +136,7 @@ HYP_ReturnStatus DVSHYP_SwitchAdd(const char *switchId, const char *className, u
                                   uint32_t version) {
     if (switchId == nullptr || className == nullptr) return HYP_BAD_PARAM;
     return guarded([&] {
-        Writer message(Kind::SwitchAdd);
+        Writer message = messageOf(Kind::SwitchAdd);
         return request(message.text(switchId).text(className).u32(maxPorts).u32(version));
     });
 }
@@ -157,7 +158,7 @@ HYP_ReturnStatus DVSHYP_PortAdd(const char *switchId, const char *portId, const 
     if (switchId == nullptr || portId == nullptr || properties == nullptr) return HYP_BAD_PARAM;
     if (tooLarge(length)) return HYP_LIMIT_EXCEEDED;
     return guarded([&] {
-        Writer message(Kind::PortAdd);
+        Writer message = messageOf(Kind::PortAdd);
         return request(message.text(switchId).text(portId).text(view(properties, length)));
     });
 }
@@ -165,7 +166,7 @@ HYP_ReturnStatus DVSHYP_PortAdd(const char *switchId, const char *portId, const 
 HYP_ReturnStatus DVSHYP_PortRemove(const char *switchId, const char *portId) {
     if (switchId == nullptr || portId == nullptr) return HYP_BAD_PARAM;
     return guarded([&] {
-        Writer message(Kind::PortRemove);
+        Writer message = messageOf(Kind::PortRemove);
         return request(message.text(switchId).text(portId));
     });
 }

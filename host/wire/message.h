@@ -14,7 +14,9 @@ namespace qvs::wire {
 // Builds a message. Fields are appended, and `bytes()` returns the message to send.
 class Writer {
   public:
-    explicit Writer(Kind kind) : buffer_(sizeof(Head), '\0') {
+    // `memory` is used again for the message.
+    explicit Writer(Kind kind, std::string memory = {}) : buffer_(std::move(memory)) {
+        buffer_.assign(sizeof(Head), '\0');
         const auto value = static_cast<uint32_t>(kind);
         std::memcpy(buffer_.data() + offsetof(Head, kind), &value, sizeof value);
     }
