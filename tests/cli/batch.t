@@ -34,3 +34,19 @@ Ports that have nothing to do with one another are added without loading the sta
 
   $ for i in $(seq 50); do echo "port add sw1 p$i"; done >many
   $ before=$(grep -c StateGet ../trace); qvs batch many | wc -l; echo $(($(grep -c StateGet ../trace) - before))  => 50 | 1
+
+A line sees the uplinks, private VLANs and ports that the lines before it made. A policy of another port is nothing that
+it looks at, so the snapshot is not loaded for it.
+
+  $ qvs switch create refs --ports 3 --uplinks 1
+  refs: changed
+  $ printf '%s\n' 'uplink add refs u9' 'port teaming set refs port0 --active u9' >refers
+  $ printf '%s\n' 'pvlan set refs 100:200:isolated' 'port vlan set refs port1 --id 200 --private on' >>refers
+  $ qvs batch refers
+  refs/u9: changed
+  refs/port0: changed
+  refs: changed
+  refs/port1: changed
+  $ for port in port0 port1 port2; do echo "port vlan set refs $port --id 7 --private off --trace"; done >vlans
+  $ qvs batch vlans 2>&1 | grep -cE 'DVSLoadConfig|VSDVS_SetPortVLANPolicy'
+  3
