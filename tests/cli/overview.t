@@ -261,7 +261,7 @@ Counters, and their growth: a busy port grows with every look, and what was set 
   [359,638,null]
   [718,1276,true]
   [1077,1914,true]
-  $ sh on 'lines() { until [ "$(wc -l <log)" -ge "$1" ]; do sleep 0.05; done; }; timeout 20 qvs port stats sw1 web --watch --interval 0.1 --json >log & lines 3; qvs prop set sw1 com.quillon.common.port.statistics --port web --hex $(printf "0%.0s" $(seq 256)) >set; lines $(($(wc -l <log) + 3)); kill $!; jq -s -c "[.[0].perSecond, (map(.perSecond != null) | any), (.[1:] | map(select(.perSecond == null)) | length)]" log'
+  $ sh on 'lines() { until [ "$(wc -l <log)" -ge "$1" ]; do sleep 0.05; done; }; : >log; timeout 20 qvs port stats sw1 web --watch --interval 0.1 --json >log & lines 3; qvs prop set sw1 com.quillon.common.port.statistics --port web --hex $(printf "0%.0s" $(seq 256)) >set; lines $(($(wc -l <log) + 3)); kill $!; jq -s -c "[.[0].perSecond, (map(.perSecond != null) | any), (.[1:] | map(select(.perSecond == null)) | length)]" log'
   [null,true,1]
   $ sh on 'timeout 20 qvs port stats sw1 --watch --interval 0.1 | grep --line-buffered web | head -n 2 | tr -s " " | sed "s/ [0-9][0-9.]*k\{0,1\}/ N/g"; qvs nic list; qvs nic list --names --json'
   web - - - - - -
