@@ -64,6 +64,13 @@ std::string textIn(const json &object, const char *member, const std::string &wh
     return it->get<std::string>();
 }
 
+bool flagIn(const json &object, const char *member, const std::string &where) {
+    const auto it = object.find(member);
+    if (it == object.end()) return false;
+    if (!it->is_boolean()) failAt(where, "\"{}\" is neither true nor false", member);
+    return it->get<bool>();
+}
+
 size_t sizeIn(const json &object, const char *member, const std::string &where) {
     const auto it = object.find(member);
     if (it == object.end()) return 0;
@@ -175,6 +182,7 @@ class Builder {
         field.used = reference(item, "used", where);
         field.family = reference(item, "family", where);
         field.until = reference(item, "until", where);
+        field.isSpare = flagIn(item, "spare", where);
         field.isArray = item.contains("count") || item.contains("until");
         if (item.contains("count") && item["count"].is_string()) {
             field.countOf = reference(item, "count", where);

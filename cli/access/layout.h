@@ -26,6 +26,7 @@ struct LayoutField {
     Type type = Type::Number;
     bool isMac = false;  // an address without a family
     bool isArray = false;
+    bool isSpare = false;  // left out of tables that are too wide for the terminal
     size_t at = 0;
     size_t length = 0;    // of one value, or of the room for it; 0 when the record tells
     size_t stride = 0;    // of a group; 0 when an entry ends with its last field

@@ -160,8 +160,15 @@ std::string labelOf(const LayoutField &field) {
     return label;
 }
 
+// Nothing when the label names the unit already: "frames sent".
 std::string unitOf(const LayoutField &field) {
-    return field.unit.empty() ? "" : fmt::format(" ({})", shown(field.unit));
+    const bool isNamed = (" " + labelOf(field) + " ").find(" " + field.unit + " ") != std::string::npos;
+    return isNamed ? "" : shown(field.unit);
+}
+
+std::string labelWithUnit(const LayoutField &field) {
+    const std::string unit = unitOf(field);
+    return unit.empty() ? labelOf(field) : fmt::format("{} ({})", labelOf(field), unit);
 }
 
 // The one group whose entries are rows.
@@ -172,16 +179,22 @@ const LayoutField *groupIn(const LayoutFields &fields) {
     return it != fields.end() ? &*it : nullptr;
 }
 
-void addHeadings(const LayoutFields &fields, const LayoutField *group, std::vector<std::string> &headings) {
+struct Heading {
+    std::string text;
+    std::string unit;
+    bool isSpare;
+};
+
+void addHeadings(const LayoutFields &fields, const LayoutField *group, std::vector<Heading> &headings) {
     for (const LayoutField &field : fields) {
         if (&field == group) {
             addHeadings(group->fields, nullptr, headings);
             continue;
         }
-        std::string heading = labelOf(field);
-        std::transform(heading.begin(), heading.end(), heading.begin(),
+        std::string text = labelOf(field);
+        std::transform(text.begin(), text.end(), text.begin(),
                        [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-        headings.push_back(heading + unitOf(field));
+        headings.push_back({text, unitOf(field), field.isSpare});
     }
 }
 
@@ -201,12 +214,12 @@ void addCells(const FieldValues &record, const LayoutField *group, const FieldVa
 
 void printTable(Output &out, const LayoutFields &fields, const std::vector<FieldValues> &records) {
     const LayoutField *group = groupIn(fields);
-    std::vector<std::string> headings;
+    std::vector<Heading> headings;
     addHeadings(fields, group, headings);
     std::vector<Column> columns;
     columns.reserve(headings.size());
-    for (const std::string &heading : headings)
-        columns.push_back({nullptr, heading.c_str()});
+    for (const Heading &heading : headings)
+        columns.push_back({nullptr, heading.text.c_str(), heading.isSpare, heading.unit.c_str()});
     Listing listing(out, columns);
     std::vector<FieldValue> cells;
     auto addRow = [&](const FieldValues &record, const FieldValues *entry) {
@@ -306,7 +319,7 @@ void addFields(Record &shown, const FieldValues &record, const LayoutField *with
     for (size_t i = 0; i < record.values.size(); i++) {
         const LayoutField &field = (*record.fields)[i];
         if (&field == without) continue;
-        shown.field(field.name.c_str(), (labelOf(field) + unitOf(field)).c_str(), record.values[i]);
+        shown.field(field.name.c_str(), labelWithUnit(field).c_str(), record.values[i]);
     }
 }
 

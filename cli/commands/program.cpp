@@ -13,6 +13,7 @@
 #include "commands/settings.h"
 #include "config/apply/recover.h"
 #include "config/library/host.h"
+#include "config/library/limits.h"
 #include "config/library/lock.h"
 #include "config/library/snapshot.h"
 #include "config/settings/families.h"
@@ -81,7 +82,7 @@ constexpr Option kOptions[] = {
 
 constexpr NameSource kNameSources[] = {
     {Kind::Switch, "switch list --names"},
-    {Kind::Port, "port list --names $switch"},
+    {Kind::Port, "port list --names $switch", &kPortIdLimit},
     {Kind::Uplink, "uplink list --names $switch"},
     {Kind::Session, "mirror list --names $--port $switch"},
     {Kind::Checkpoint, "checkpoint list --names $--dir"},
@@ -90,10 +91,21 @@ constexpr NameSource kNameSources[] = {
 constexpr Topic kTopics[] = {
     {"What runs", "show top topology monitor metrics"},
     {"Switches", "switch port uplink nic mtu pvlan"},
-    {"Policies", "teaming ls-teaming mac-learning mcast mirror health discovery"},
-    {"Tables and sessions of the kernel", "mac ipfix spf bfd kcp rarp trace int livetrace"},
-    {"Configuration", "export diff apply checkpoint batch prop"},
+    {"Policies", "teaming ls-teaming mac-learning mcast rcf mirror health discovery"},
+    {"Learning on this host", "learn-static static-mac-allow overlay-cache"},
+    {"Configuration", "export diff apply confirm checkpoint batch prop schema"},
+    {"Tables and sessions of the kernel", "mac ipfix spf bfd kcp rarp trace int livetrace options rtm"},
     {"This host", "status dump doctor"},
+};
+
+constexpr Noun kParts[] = {
+    {"confirm", "keep what apply changed", {}},
+    {"diff", "what apply would change", {}},
+    {"learn-static", "static addresses are learned", {}},
+    {"overlay-cache", "addresses are cached for overlays", {}},
+    {"static-mac-allow", "static addresses are accepted", {}},
+    {"rcf", "the receive filter", {}},
+    {"schema", "the schema of documents", {}},
 };
 
 constexpr OtherName kOtherNames[] = {
@@ -178,49 +190,49 @@ std::span<const Noun> nouns() {
         {"switch", "distributed switches", kSwitchCommands},
         {"port", "ports of a switch", kPortCommands},
         {"port stats", "the counters of ports", kPortStatsCommands},
-        {"uplink", "uplinks of a switch and their links", kUplinkCommands},
+        {"uplink", "uplinks and their links", kUplinkCommands},
         {"nic", "physical NICs of uplinks", kNicCommands},
         {"mtu", "the MTU of a switch", settingRows({&kMtu})},
-        {"mirror", "mirror sessions of a port, or of the uplinks of this host", kMirrorCommands},
+        {"mirror", "mirror sessions of ports and uplinks", kMirrorCommands},
         {"mirror runtime", "mirror sessions as the kernel runs them", kMirrorRuntimeCommands},
         {"pvlan", "the private VLANs of a switch", settingRows({&kPrivateVlans})},
         {"port vlan", "the VLANs of a port", settingRows({&kVlan, &kNestedVlan})},
         {"port security", "what a port may do and receive", settingRows({&kSecurity, &kFilter})},
         {"port sink", "ports that receive frames for unknown destinations", kSinkCommands},
-        {"teaming", "how a switch and its ports spread traffic over the uplinks",
+        {"teaming", "how traffic is spread over the uplinks",
          settingRows({&kTeaming, &kPortTeaming, &kTeamingOverride, &kTxUplink})},
-        {"rarp", "what the kernel counted when it moved ports between uplinks", kTeamingStatsCommands},
-        {"ls-teaming", "teaming policies of logical switches", settingRows({&kLsTeaming, &kPortLsTeaming})},
-        {"mac-learning", "how MAC addresses are learned",
+        {"rarp", "counters of moves between uplinks", kTeamingStatsCommands},
+        {"ls-teaming", "teaming of logical switches", settingRows({&kLsTeaming, &kPortLsTeaming})},
+        {"mac-learning", "MAC address learning",
          settingRows({&kMacLearning, &kPortMacLearning, &kLearnStatic, &kOverlayCache, &kStaticMacAllow})},
-        {"mac", "the MAC tables of the running switch, and how it learns", kMacCommands},
-        {"mcast", "multicast filtering and the receive filter",
+        {"mac", "MAC tables and learning", kMacCommands},
+        {"mcast", "multicast filtering",
          settingRows({&kMulticastMode, &kMulticastAddresses, &kPortMulticastAddresses, &kRcf})},
         {"mcast filters", "the multicast groups that the kernel lets in", kMulticastFilterCommands},
         {"health", "checks of teaming, VLANs and MTU", settingRows({&kTeamCheck, &kVlanMtuCheck})},
         {"health result", "what the checks have found", kHealthCommands},
-        {"discovery", "the discovery protocol of a switch", settingRows({&kDiscovery})},
+        {"discovery", "the discovery protocol", settingRows({&kDiscovery})},
         {"port ipfix", "flow sampling of a port", settingRows({&kIpfix})},
-        {"ipfix", "what the kernel counted when it sampled flows", kIpfixStatsCommands},
-        {"spf", "the ports of the SPF data path", kSpfCommands},
+        {"ipfix", "counters of flow sampling", kIpfixStatsCommands},
+        {"spf", "ports of the SPF data path", kSpfCommands},
         {"bfd", "forwarding detection between tunnel ends", kBfdCommands},
-        {"kcp", "lists and status of the kernel control plane", kKcpCommands},
+        {"kcp", "the kernel control plane", kKcpCommands},
         {"trace", "tracing of flows", kTraceCommands},
         {"int", "in-band network telemetry", kTelemetryCommands},
         {"livetrace", "live-trace sessions", kLivetraceCommands},
-        {"options", "options of the switch module", kOptionsCommands},
+        {"options", "switch module options", kOptionsCommands},
         {"rtm", "the route-table module", kRouteTableCommands},
-        {"prop", "stored properties of a switch, this host's part of it, and its ports", kPropCommands},
-        {"export", "the configuration of the host as a document", kDocumentCommands},
+        {"prop", "stored properties of switches and ports", kPropCommands},
+        {"export", "the host as a document", kDocumentCommands},
         {"dump", "the whole state as text", kDumpCommands},
-        {"status", "explain an error code of the library", kStatusCommands},
-        {"apply", "make the host match a document", kApplyCommands},
-        {"doctor", "what this machine has and lacks", kDoctorCommands},
+        {"status", "explain an error code", kStatusCommands},
+        {"apply", "carry out a document", kApplyCommands},
+        {"doctor", "problems of this machine", kDoctorCommands},
         {"batch", "many commands in one run", kBatchCommands},
-        {"checkpoint", "save and restore the configuration", kCheckpointCommands},
+        {"checkpoint", "save and restore the host", kCheckpointCommands},
         {"monitor", "changes as they happen", kMonitorCommands},
-        {"metrics", "measurements for monitoring systems", kMetricsCommands},
-        {"topology", "a picture of what is connected to what", kTopologyCommands},
+        {"metrics", "measurements for Prometheus", kMetricsCommands},
+        {"topology", "a picture of the wiring", kTopologyCommands},
         {"tool", "the tool itself", kToolCommands},
     };
     return table;
@@ -243,6 +255,7 @@ const Program &program() {
         .failed = 1,
         .topics = kTopics,
         .otherNames = kOtherNames,
+        .parts = kParts,
         .hasPagesOfNouns = true,
         .run = runOnHost,
     };

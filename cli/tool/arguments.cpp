@@ -71,7 +71,14 @@ struct Slot {
     bool flag = false;
     bool repeated = false;
     bool open = false;
+    const Limit *limit = nullptr;  // of a name
 };
+
+// What names of this kind have to fit into, or null.
+const Limit *limitOf(Kind kind) {
+    const auto source = std::ranges::find(program().names, kind, &NameSource::kind);
+    return source == program().names.end() ? nullptr : source->limit;
+}
 
 // CLI11 splits a word such as "[a,b]" into a list, and takes the next word as the value of "--name=". A guard
 // at the end of such words prevents both. unguard() removes it from the values.
@@ -97,7 +104,8 @@ void addArgument(CLI::App &app, std::deque<Slot> &slots, const Argument &argumen
                                          .kind = argument.kind,
                                          .choices = argument.choices,
                                          .check = argument.check,
-                                         .open = argument.open});
+                                         .open = argument.open,
+                                         .limit = limitOf(argument.kind)});
     slot.option = app.add_option(argument.name, slot.values);
     configure(slot, argument.repeated);
     slot.option->required(!argument.optional);
@@ -109,7 +117,8 @@ void addOption(CLI::App &app, std::deque<Slot> &slots, const Option &option) {
                                          .kind = option.kind,
                                          .choices = option.choices,
                                          .check = option.check,
-                                         .open = option.open});
+                                         .open = option.open,
+                                         .limit = option.list ? nullptr : limitOf(option.kind)});
     if (option.value == nullptr) {
         slot.option = app.add_flag(option.name, slot.flag);
         slot.option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
@@ -237,6 +246,7 @@ void requireGood(const Command &command, const Slot &slot) {
         // A variable that is not set gives an empty name.
         if (value.empty() && (directory || file))
             fail(Exit::Usage, "{}: the name of a {} is empty", slot.name, directory ? "directory" : "file");
+        if (slot.limit != nullptr) requireFits(*slot.limit, value);
         if (slot.check != nullptr) slot.check(slot.name, value);
         if (command.check != nullptr) command.check(command, slot.name, value);
     }

@@ -18,18 +18,17 @@ namespace {
 using Lines = std::vector<std::pair<std::string, std::string>>;
 
 // Appends two columns. If the left text is longer than half a line, the right one begins on the next line.
-void appendAligned(std::string &out, const Lines &lines) {
+void appendAligned(std::string &out, const Lines &lines, size_t most = proseColumns()) {
     constexpr size_t kIndent = 2;
-    const size_t most = proseColumns() / 2;
     size_t widest = 0;
     for (const auto &[left, right] : lines)
-        if (left.size() + 2 * kIndent <= most) widest = std::max(widest, left.size());
+        if (left.size() + 2 * kIndent <= most / 2) widest = std::max(widest, left.size());
     const size_t column = widest == 0 ? 4 * kIndent : widest + 2 * kIndent;
     for (const auto &[left, right] : lines) {
         out += std::string(kIndent, ' ') + left;
         const size_t at = kIndent + left.size();
         out += at + kIndent > column ? "\n" + std::string(column, ' ') : std::string(column - at, ' ');
-        appendWrapped(out, right, column, column);
+        appendWrapped(out, right, column, column, most);
         out += "\n";
     }
 }
@@ -148,6 +147,8 @@ std::vector<Option> optionsOf(const Command &command) {
 
 std::string summaryOf(std::string_view beginning) {
     std::string group;
+    const auto part = std::ranges::find(program().parts, beginning, &Noun::name);
+    if (part != program().parts.end()) return part->summary;
     for (const Noun &noun : program().nouns) {
         if (noun.name == beginning) return noun.summary;
         for (const Command &command : noun.commands) {
@@ -222,24 +223,73 @@ std::string usageLine(const Command &command) {
     return line;
 }
 
+namespace {
+
+// The columns of a screen on which the short help stands in two columns, and the lines that fit on any.
+constexpr size_t kScreenColumns = 80;
+constexpr size_t kScreenLines = 24;
+constexpr size_t kGap = 2;
+
+std::vector<std::string_view> linesOf(std::string_view text) {
+    std::vector<std::string_view> lines;
+    for (; !text.empty(); text.remove_prefix(text.find('\n') + 1))
+        lines.push_back(text.substr(0, text.find('\n')));
+    return lines;
+}
+
+// The topics of the short help, each with its nouns. Nouns without a topic come last.
+std::vector<std::string> topicTexts(size_t columns) {
+    std::vector<std::string> texts;
+    std::vector<std::string_view> rest = wordsBehind({});
+    const auto add = [&](const char *title, const std::vector<std::string_view> &nouns) {
+        Lines lines;
+        for (const std::string_view noun : nouns)
+            lines.emplace_back(noun, summaryOf(noun));
+        appendAligned(texts.emplace_back(fmt::format("{}:\n", title)), lines, columns);
+    };
+    for (const Topic &topic : program().topics) {
+        std::vector<std::string_view> nouns = splitWords(topic.nouns);
+        std::erase_if(nouns, [&](std::string_view noun) { return std::erase(rest, noun) == 0; });
+        add(topic.title, nouns);
+    }
+    if (!rest.empty()) add("The tool", rest);
+    return texts;
+}
+
+// Places the first topics beside the others, so that both columns are about as high.
+std::string besides(const std::vector<std::string> &topics, size_t columns) {
+    const std::string whole = fmt::format("{}", fmt::join(topics, ""));
+    const size_t half = (linesOf(whole).size() + 1) / 2;
+    std::string text;
+    size_t taken = 0;
+    while (taken < topics.size() && linesOf(text).size() + linesOf(topics[taken]).size() / 2 <= half)
+        text += topics[taken++];
+    const std::vector<std::string_view> left = linesOf(text);
+    const std::vector<std::string_view> right = linesOf(std::string_view(whole).substr(text.size()));
+    std::string result;
+    for (size_t i = 0; i < std::max(left.size(), right.size()); i++) {
+        std::string line(i < left.size() ? left[i] : "");
+        if (i < right.size()) line.append(columns + kGap - line.size(), ' ').append(right[i]);
+        result += line + "\n";
+    }
+    return result;
+}
+
+}  // namespace
+
 std::string programHelp() {
     if (program().topics.empty()) return wholeHelp();
-    std::string text = fmt::format("usage: {} {}\n", program().name, program().usage);
-    std::vector<std::string_view> rest = wordsBehind({});
-    for (const Topic &topic : program().topics) {
-        Lines lines;
-        for (const std::string_view noun : splitWords(topic.nouns)) {
-            if (std::erase(rest, noun) > 0) lines.emplace_back(noun, summaryOf(noun));
-        }
-        text += fmt::format("{}:\n", topic.title);
-        appendAligned(text, lines);
+    const size_t columns = std::min(proseColumns(), kScreenColumns);
+    std::string topics = fmt::format("{}", fmt::join(topicTexts(columns), ""));
+    if (linesOf(topics).size() > kScreenLines && columns == kScreenColumns) {
+        const size_t half = (columns - kGap) / 2;
+        topics = besides(topicTexts(half), half);
     }
-    text += "More: ";
-    appendWrapped(text, fmt::format("{}", fmt::join(rest, " ")), sizeof "More: " - 1, 2);
-    return text + fmt::format(
-                      "\n\n{0} help NOUN lists the verbs of a noun, {0} help all every command.\n"
-                      "{0} help WORD searches; {0} COMMAND --help says more about a command.\n",
-                      program().name);
+    return fmt::format(
+        "usage: {0} {1}\n{2}\n"
+        "{0} help NOUN lists the verbs of a noun, {0} help all every command.\n"
+        "{0} help WORD searches; {0} COMMAND --help says more about a command.\n",
+        program().name, program().usage, topics);
 }
 
 std::string wholeHelp() {

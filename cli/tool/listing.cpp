@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Tables: the widths of their columns, and how they are made to fit a terminal.
 #include <algorithm>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,13 +17,15 @@ constexpr size_t kLeastColumn = 6;
 constexpr size_t kLeastNumbers = 5;
 constexpr size_t kBetweenColumns = 2;
 
+size_t wholeOf(const std::vector<size_t> &widths) {
+    return std::accumulate(widths.begin(), widths.end(), (widths.size() - 1) * kBetweenColumns);
+}
+
 // Makes a row fit. Leaves out spare columns from the last one on, by giving them no width. Then reduces the
 // widest column that may be cut, until the row fits or no column can be reduced further.
 void narrow(std::vector<size_t> &widths, const std::vector<bool> &spare, const std::vector<size_t> &least,
             size_t most) {
-    size_t whole = (widths.size() - 1) * kBetweenColumns;
-    for (const size_t width : widths)
-        whole += width;
+    size_t whole = wholeOf(widths);
     for (size_t i = widths.size(); i-- > 0 && whole > most;) {
         if (!spare[i]) continue;
         whole -= widths[i] + kBetweenColumns;
@@ -50,6 +53,8 @@ Listing::Listing(Output &out, std::vector<Column> columns) : out_(out), columns_
     for (const Column &column : columns_) {
         if (column.heading == nullptr) continue;
         put(cells_, column.heading);
+        bare_.push_back(std::string_view(column.heading).size());
+        if (*column.unit != '\0') fmt::format_to(std::back_inserter(cells_), " ({})", column.unit);
         endCell();
     }
 }
@@ -79,11 +84,13 @@ void Listing::endCell() {
 
 std::string_view Listing::cellAt(size_t index) const {
     const size_t begin = index == 0 ? 0 : ends_[index - 1];
+    if (isBare_ && index < bare_.size()) return {cells_.data() + begin, bare_[index]};
     return {cells_.data() + begin, ends_[index] - begin};
 }
 
-// Numbers keep their width, since a cut number would be a different number. Their headings may be cut.
-std::vector<size_t> Listing::widths(size_t columns) const {
+// Numbers keep their width, since a cut number would be a different number. Their headings may be cut, after
+// all units have been left out.
+std::vector<size_t> Listing::widths(size_t columns) {
     std::vector<size_t> widths(columns, 0);
     std::vector<size_t> least(columns, kLeastNumbers);
     std::vector<bool> hasText(columns, false);
@@ -98,7 +105,8 @@ std::vector<size_t> Listing::widths(size_t columns) const {
     for (size_t i = 0; i < columns; i++)
         if (hasText[i]) least[i] = kLeastColumn;
     const std::optional<size_t> most = out_.wide() ? std::nullopt : terminalColumns();
-    if (!most) return widths;
+    if (!most || wholeOf(widths) <= *most) return widths;
+    if (!std::exchange(isBare_, true)) return this->widths(columns);
     std::vector<bool> spare;
     for (const Column &column : columns_)
         if (column.heading != nullptr) spare.push_back(column.spare);

@@ -95,9 +95,10 @@ void appendText(fmt::memory_buffer &out, const std::optional<Value> &value) {
 }
 
 struct Column {
-    const char *key;      // in JSON; null for a column of text only, which cannot be the first
-    const char *heading;  // in text; null for a column of JSON only
-    bool spare = false;   // left out on a terminal that is too narrow for all columns
+    const char *key;        // in JSON; null for a column of text only, which cannot be the first
+    const char *heading;    // in text; null for a column of JSON only
+    bool spare = false;     // left out on a terminal that is too narrow for all columns
+    const char *unit = "";  // behind the heading, unless the terminal is too narrow
 };
 
 // A table with headings, or an array of objects in JSON. JSON is written row by row. Text is written at the
@@ -139,13 +140,15 @@ class Listing {
     void appendKey(size_t column);
     void endCell();
     std::string_view cellAt(size_t index) const;
-    std::vector<size_t> widths(size_t columns) const;
+    std::vector<size_t> widths(size_t columns);
 
     Output &out_;
     std::vector<Column> columns_;
     bool first_ = true;
     fmt::memory_buffer cells_;  // the text of all cells
     std::vector<size_t> ends_;  // the end of each cell in it
+    std::vector<size_t> bare_;  // the length of each heading without its unit
+    bool isBare_ = false;       // whether units are left out
 };
 
 // A list of names: one a line, or an array in JSON.

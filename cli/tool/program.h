@@ -6,6 +6,7 @@
 #include <span>
 #include <string_view>
 
+#include "base/text.h"
 #include "tool/command.h"
 
 namespace qvs::cli {
@@ -24,13 +25,15 @@ struct Section {
 };
 
 // A command that prints the names of one kind, one a line, for completion. $switch stands for the switch on
-// the command line, and $--port for the option --port and its value, if it is there.
+// the command line, and $--port for the option --port and its value, if it is there. With a limit, a name of
+// this kind that does not fit is refused before the command runs.
 struct NameSource {
     Kind kind;
     const char *words;
+    const Limit *limit = nullptr;
 };
 
-// A group of nouns in the short help. Nouns without a topic are listed there without a summary.
+// A group of nouns in the short help. Nouns without a topic are listed behind all topics.
 struct Topic {
     const char *title;
     const char *nouns;
@@ -57,6 +60,8 @@ struct Program {
     int failed;                         // the exit status for Exit::Failed
     std::span<const Topic> topics = {};
     std::span<const OtherName> otherNames = {};
+    // Nouns whose commands stand with those of another noun, with summaries of their own.
+    std::span<const Noun> parts = {};
     // Whether each noun has a manual page of its own.
     bool hasPagesOfNouns = false;
     // Runs the command of a call, with the work of the program before and after it. Null: runs only the

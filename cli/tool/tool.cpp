@@ -65,7 +65,7 @@ constexpr const char *kShells[] = {"bash", "zsh", "fish"};
 
 const Command kRows[] = {
     {.words = "help",
-     .summary = "print the help of the tool, a noun or a command, or search it",
+     .summary = "print or search the help",
      .arguments = {{.name = "NOUN",
                     .summary = "the noun, a word to look for, or all for every command",
                     .kind = Kind::Command,
@@ -80,7 +80,7 @@ const Command kRows[] = {
      .json = false,
      .run = local(help)},
     {.words = "completion",
-     .summary = "print the completion of a shell",
+     .summary = "print completion for a shell",
      .arguments = {{.name = "SHELL", .summary = "bash, zsh or fish", .choices = kShells}},
      .details = "An installation has the completion of each shell in place. To try one without: source "
                 "<(% completion bash) in bash and zsh, % completion fish | source in fish.",
@@ -88,7 +88,7 @@ const Command kRows[] = {
      .json = false,
      .run = local(completion)},
     {.words = "complete",
-     .summary = "print what the last of some words may become",
+     .summary = "print possible next words",
      .arguments = {{.name = "WORD",
                     .summary = "the words of a command line behind the program, the last one unfinished",
                     .repeated = true,

@@ -32,6 +32,23 @@ Records by the fields of a layout file. The lab's MAC addresses stand for all li
   qvs: --sort needs a list, and this is a single record
   ? 2
 
+A table that is wider than the terminal loses its units, then its spare columns; --wide keeps all.
+
+  $ jq '.bfd = {sessions: [{local: "192.0.2.1", remote: "198.51.100.255", interface: "tunnel0"}, {local: "2001:db8::1", remote: "2001:db8::2", state: "down"}]}' lab.json >wide.json
+  $ for words in "80 bfd sessions" "80 bfd sessions --wide" "100 bfd sessions" "48 bfd sessions" "80 kcp uplinks" "80 mac stats sw1"; do rm -rf wide; COLUMNS=${words%% *} NO_COLOR=1 qvs-host run --state wide --lab wide.json -- script -qec "qvs ${words#* }" /dev/null | tr -d "\r" | grep -A 1 "^[A-Z]"; done
+  NUMBER  STATE  LOCAL        REMOTE          INTERFACE  SENT  RECEIVED
+  1       up     192.0.2.1    198.51.100.255  tunnel0    1018  864
+  NUMBER  REMOTE NUMBER  STATE  REASON                    FAMILY  MULTIPLIER (packets)  INTERVAL (microseconds)  DETECTION TIME (microseconds)  LOCAL        REMOTE          INTERFACE  SENT (packets)  RECEIVED (packets)
+  1       2147483649     up     none                      IPv4    3                     300000                   900000                         192.0.2.1    198.51.100.255  tunnel0    1018            864
+  NUMBER  REMOTE NUMBER  STATE  LOCAL        REMOTE          INTERFACE  SENT  RECEIVED
+  1       2147483649     up     192.0.2.1    198.51.100.255  tunnel0    1018  864
+  NUMB…  STATE  LOCAL   REMOTE  INTER…  SENT  RECE…
+  1      up     192.0…  198.5…  tunne…  1018  864
+  NIC    PORT      LINK  SPEED  MTU   MAC                PORT ID
+  pnic0  67108867  up    10000  1500  02:00:00:00:00:00  uplink0
+  PORT      ADDRESSES  LIMIT  LEARNT  AGED  MOVED  REFUSED  FLOODED
+  67108865  1          65536  447     363   1444   404      1180
+
 A file is named by the option or the environment. Without one, bytes are shown, and a remark in text.
 
   $ sh on 'QVS_LAYOUT= qvs mac security sw1; QVS_LAYOUT= qvs mac security sw1 --json; QVS_LAYOUT=nix qvs mac security sw1 --json; QVS_LAYOUT= qvs mac security sw1 --sort port; QVS_LAYOUT=nix qvs mac security sw1 --limit 1; qvs mac security sw1 --layout nix'

@@ -1,6 +1,6 @@
 Sessions are listed with their definition, of which 28 bytes fit.
 
-  $ qvs switch create sw1 --ports 2; qvs livetrace list --raw - | bytes; qvs livetrace counts 1  => sw1: changed | (705 bytes) | SESSION  PORT  PACKETS (packets)  BYTES (bytes)  ACTION
+  $ qvs switch create sw1 --ports 2; qvs livetrace list --raw - | bytes; qvs livetrace counts 1  => sw1: changed | (705 bytes) | SESSION  PORT  PACKETS  BYTES  ACTION
   $ qvs livetrace create sw1 port0 --hex '00 01 02' && qvs livetrace create sw1 port1 --json  => sw1/port0: changed | {"switch":"sw1","port":"port1","changed":true}
   $ printf '%040d' 7 >definition && qvs livetrace create sw1 port0 --file definition  => sw1/port0: changed
   $ qvs livetrace list --raw - | bytes
@@ -24,10 +24,10 @@ Counts by action.
 What was found on a port, and in all.
 
   $ qvs livetrace port sw1 port0 && qvs livetrace port sw1 port0 --json
-  port:               67108865
-  packets (packets):  673
-  bytes (bytes):      711
-  sessions:           2
+  port:      67108865
+  packets:   673
+  bytes:     711
+  sessions:  2
   {"data":"AQAABHgEAAAAAAAARAUAAAAAAAAC","fields":{"port":67108865,"packets":1144,"bytes":1348,"sessions":2}}
   $ qvs livetrace stats --raw - | head -c 16 | bytes; qvs livetrace stats --json
   0:03000000080000002701 (16 bytes)

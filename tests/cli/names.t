@@ -61,6 +61,12 @@ Too long for the record: refused before anything is done.
   ? 2
   $ x() { printf 'x%.0s' $(seq "$1"); }; qvs port add 'a b' ok "$(x 48)"  => [2] qvs: port identifier 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 bytes, at most 47 fit
   $ x() { printf 'x%.0s' $(seq "$1"); }; qvs uplink add 'a b' ok "$(x 48)"  => [2] qvs: uplink name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 48 bytes, at most 47 fit
+  $ x() { printf 'x%.0s' $(seq "$1"); }; for words in "port show sw $(x 48)" "port block sw ok $(x 48)" "mac table sw --port $(x 48)" "mirror list sw --port $(x 48)" 'port show sw ""'; do eval "env -u LD_PRELOAD qvs $words" 2>&1 | sed 's/xx*/X/'; done
+  qvs: port identifier 'X': 48 bytes, at most 47 fit
+  qvs: port identifier 'X': 48 bytes, at most 47 fit
+  qvs: port identifier 'X': 48 bytes, at most 47 fit
+  qvs: port identifier 'X': 48 bytes, at most 47 fit
+  qvs: port identifier: may not be empty
   $ x() { printf 'x%.0s' $(seq "$1"); }; qvs uplink down 'a b' "$(x 32)"  => [2] qvs: uplink name in a link request 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 32 bytes, at most 31 fit
   $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch info "$(x 128)"
   qvs: portset name 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx': 128 bytes, at most 127 fit

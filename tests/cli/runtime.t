@@ -80,21 +80,21 @@ Multicast groups of a port, and of all ports together.
   {"group":"239.1.1.255","addresses":[],"stats":"HwMAAAAAAABdBAAAAAAAAAAAAAAAAAAAAgAAAA==","fields":{"framesIn":799,"framesDropped":1117,"forSources":"no","sources":0,"ports":2,"addresses":[]}}
   group:  239.1.1.255
   statistics:
-    frames in (frames):       1226
-    frames dropped (frames):  1140
-    for sources:              yes
-    sources:                  2
-    ports:                    1
-    addresses:                192.0.2.8 192.0.2.9
+    frames in:       1226
+    frames dropped:  1140
+    for sources:     yes
+    sources:         2
+    ports:           1
+    addresses:       192.0.2.8 192.0.2.9
   28
   group:  ff02::fb
   statistics:
-    frames in (frames):       1045
-    frames dropped (frames):  1756
-    for sources:              yes
-    sources:                  1
-    ports:                    1
-    addresses:                2001:db8::7
+    frames in:       1045
+    frames dropped:  1756
+    for sources:     yes
+    sources:         1
+    ports:           1
+    addresses:       2001:db8::7
   qvs: switch 'sw1': group '239.1.1.253': Not found (0xbad0003)
   qvs: '01:00:5e:00:00:fb' is no IPv4 or IPv6 address
   ? 2

@@ -101,7 +101,7 @@ A usage wraps to fit 80 columns. A backslash joins lines of the source, of at mo
   ports of a switch
   --
   \fBqvs\-export(1)\fR
-  the configuration of the host as a document
+  the host as a document
   qvs: there is no manual page about 'prot'; did you mean 'port' or 'prop'?
   ? 2
   $ qvs manual --markdown | sed -n '/### qvs switch destroy/,/Example/p'

@@ -188,6 +188,8 @@ def check_small_page():
                       "shownHits": True, "details": ["Port " + HOSTILE, "switch sw1", "port " + HOSTILE], "after": 0,
                       "zoom": True, "colours": [light, dark, light], "linked": ["db", "probe", "web"]})
     browse("vlan 100 eth0", {"found": "2 matches", "hits": ["db", "web"]})
+    browse("sw1 vlan 100 web.eth0", {"found": "1 match", "hits": ["web"]})
+    browse("sw2 web.eth0", {"found": "nothing found", "hits": []})
 
 
 def check_large_page():

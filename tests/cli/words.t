@@ -104,28 +104,28 @@ On a terminal, a usage error is broken to its width.
   qvs:            [--reverse] [--limit N]
   qvs: MTU: 'high' is not a number 1280 to 9000
 
-The help of the whole tool fits on a screen of 80 by 50 with every noun, and no line of help is too long.
+The help of the whole tool fits on a screen of 80 by 40 with every noun, and no line of help is too long.
 
-  $ COLUMNS=80 qvs help | awk 'length > 80 { print } END { print NR < 50 }'  => 1
+  $ for columns in 80 200 ""; do COLUMNS=$columns qvs help | awk 'length > 80 { print } END { print NR <= 40 }'; done  => 1 | 1 | 1
   $ COLUMNS=80 qvs-host help | awk 'length > 80 { print } END { print NR < 24 }'  => 1
   $ qvs help | sed -n '1p; /^  port /p'
   usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
-    port    ports of a switch
+    port    ports of a switch                            switches and ports
   $ qvs help | tail -n 2
   qvs help NOUN lists the verbs of a noun, qvs help all every command.
   qvs help WORD searches; qvs COMMAND --help says more about a command.
-  $ qvs help all | sed -n 's/^  qvs \([a-z-]*\).*/\1/p' | sort -u | while read -r noun; do qvs help | grep -q -e "^  $noun  " -e "^More:.* $noun" || echo "$noun is missing"; done
+  $ qvs help all | sed -n 's/^  qvs \([a-z-]*\).*/\1/p' | sort -u | while read -r noun; do qvs help | grep -Eq "(^|  )  $noun(  |$)" || echo "$noun is missing"; done
   $ qvs help vlan | grep '^qvs'
   qvs port: ports of a switch
-  qvs mirror: mirror sessions of a port, or of the uplinks of this host
+  qvs mirror: mirror sessions of ports and uplinks
   qvs pvlan: the private VLANs of a switch
   qvs port vlan: the VLANs of a port
-  qvs mac: the MAC tables of the running switch, and how it learns
+  qvs mac: MAC tables and learning
   qvs health: checks of teaming, VLANs and MTU
   qvs health result: what the checks have found
-  qvs export: the configuration of the host as a document
-  qvs apply: make the host match a document
-  qvs topology: a picture of what is connected to what
+  qvs export: the host as a document
+  qvs apply: carry out a document
+  qvs topology: a picture of the wiring
   $ qvs help PRIVATE vlan | grep -c '^  qvs'
   5
   $ qvs help rm | grep -c information
