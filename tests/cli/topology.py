@@ -189,6 +189,7 @@ def check_small_page():
                       "zoom": True, "colours": [light, dark, light], "linked": ["db", "probe", "web"]})
     browse("vlan 100 eth0", {"found": "2 matches", "hits": ["db", "web"]})
     browse("sw1 vlan 100 web.eth0", {"found": "1 match", "hits": ["web"]})
+    browse("vlan 10", {"found": "nothing found"})
     browse("sw2 web.eth0", {"found": "nothing found", "hits": []})
 
 
