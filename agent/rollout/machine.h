@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+// What agents and the coordinator decide, without input and output. tests/agent/model.py searches the same decisions in
+// all schedules of a small fleet.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "agent/rollout/records.h"
+
+namespace qvs::fleet {
+
+// What an agent keeps on its disk.
+struct Memory {
+    uint64_t applied = 0;  // the revision that the host has
+    uint64_t trying = 0;   // the one that it changes to, or 0
+    uint32_t attempts = 0;  // of that, for those that ended the agent
+    struct Refusal {
+        std::string step;
+        std::string reason;
+    };
+    std::map<uint64_t, Refusal> refused;
+};
+
+// An agent that was killed so often while it tried a revision refuses it.
+inline constexpr uint32_t kMostAttempts = 3;
+
+// The revision that the host shall have. `wave` is that of the host in the plan of the revision; nothing for a host that
+// joined later, which belongs to the last wave. A drained host keeps what it has.
+uint64_t goalOf(const Head &head, const Manifest &manifest, std::optional<uint32_t> wave, const Memory &memory,
+                bool drained);
+
+// What the coordinator sees of a fleet. Hosts whose lease has ended have no status.
+struct View {
+    Head head;
+    Manifest manifest;
+    std::map<std::string, uint32_t, std::less<>> plan;  // the wave of each host
+    std::map<std::string, Status, std::less<>> statuses;
+    std::set<std::string, std::less<>> drained;
+};
+
+// The next head, or nothing while the rollout waits or has ended.
+std::optional<Head> decide(const View &view);
+
+// What the open waves wait for, for people: "waits for h3, h7".
+struct Progress {
+    size_t hosts = 0;  // of the open waves
+    size_t done = 0;
+    std::set<std::string> waiting;
+    std::set<std::string> away;
+    std::set<std::string> failed;
+};
+Progress progressOf(const View &view);
+
+}  // namespace qvs::fleet

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: Apache-2.0
+// The distributed store of a fleet: keys with values and revisions, transactions, leases and watches. This one is
+// etcd, by its JSON gateway, version 3.4 or later.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "agent/store/http.h"
+
+namespace qvs::fleet {
+
+// Keys and values are bytes. Revisions count the changes of the whole store.
+struct Entry {
+    std::string key;
+    std::string value;
+    uint64_t created = 0;   // the revision that created the key; 0 of a key that does not exist
+    uint64_t modified = 0;  // the revision of the value
+    uint64_t lease = 0;     // the key ends with it; 0: it stays
+};
+
+// A key, or all keys with a beginning.
+struct Keys {
+    std::string key;
+    bool prefix = false;
+};
+
+struct Found {
+    std::vector<Entry> entries;  // by key
+    uint64_t revision = 0;       // of the store at that moment
+
+    const Entry *find(std::string_view key) const;
+};
+
+// Holds when the key has this revision; 0 when it does not exist.
+struct Comparison {
+    enum class What { Created, Modified };
+    std::string key;
+    What what = What::Modified;
+    uint64_t revision = 0;
+};
+
+struct Put {
+    std::string key;
+    std::string value;
+    uint64_t lease = 0;
+};
+
+// All comparisons hold and everything is done, or nothing is.
+struct Transaction {
+    std::vector<Comparison> comparisons;
+    std::vector<Put> puts;
+    std::vector<Keys> removals;
+};
+// The store refuses transactions with more operations, and requests that are longer.
+inline constexpr size_t kMostOperations = 128;
+inline constexpr size_t kMostRequestBytes = size_t{1} << 20;
+
+struct Event {
+    bool removed = false;
+    Entry entry;  // without a value when it was removed
+};
+
+// Every function throws Failure: NoAnswer when no endpoint answers within its limit, so that trying again later
+// may help; Failed or Usage when the store refuses the request. A request that was interrupted may have been carried
+// out, and is sent again to the next endpoint: a caller who learns that a comparison does not hold reads what is
+// there, which may be what it has written.
+class Store {
+  public:
+    explicit Store(Access access);
+    ~Store();
+    Store(const Store &) = delete;
+    Store &operator=(const Store &) = delete;
+
+    Found range(const Keys &keys);
+    // Whether the comparisons hold.
+    [[nodiscard]] bool commit(const Transaction &transaction);
+    uint64_t grant(uint32_t seconds);
+    // Whether the lease still exists.
+    [[nodiscard]] bool keepAlive(uint64_t lease);
+    void revoke(uint64_t lease);
+
+    // The endpoint of the next request. It changes when one does not answer.
+    const std::string &endpoint() const;
+    // The number of requests so far.
+    uint64_t requests() const { return requests_; }
+
+  private:
+    friend class Watch;
+    struct Impl;
+    std::string call(const char *path, const std::string &body);
+    const std::string &token();
+    void authenticate();
+
+    std::unique_ptr<Impl> impl_;
+    uint64_t requests_ = 0;
+};
+
+// Follows keys from a revision on. When it ends, for whatever reason (the connection, an endpoint that was given up, a
+// compaction of the store), the caller reads the keys again and watches from there.
+class Watch {
+  public:
+    explicit Watch(Store &store);
+    ~Watch();
+    void follow(const Keys &keys, uint64_t from);
+
+    // Waits for events, for one of the descriptors, or for the end of the time.
+    struct News {
+        std::vector<Event> events;
+        std::string ended;  // why the watch is over
+    };
+    News wait(std::span<pollfd> others, std::chrono::milliseconds most);
+
+  private:
+    Store &store_;
+    Streams streams_;
+    std::string endpoint_;
+};
+
+}  // namespace qvs::fleet
