@@ -15,8 +15,9 @@ namespace qvs::fleet {
 // What an agent keeps on its disk.
 struct Memory {
     uint64_t applied = 0;  // the revision that the host has
-    uint64_t trying = 0;   // the one that it changes to, or 0
-    uint32_t attempts = 0;  // of that, for those that ended the agent
+    uint64_t trying = 0;  // the one that it changes to, or 0
+    uint64_t tried = 0;    // the last one that it changed to, and how often
+    uint32_t attempts = 0;
     struct Refusal {
         std::string step;
         std::string reason;

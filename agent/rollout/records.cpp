@@ -224,6 +224,10 @@ Labels readLabels(std::string_view text) {
     return labels;
 }
 
+std::optional<uint32_t> parseWave(std::string_view text) {
+    return parseNumber(text);
+}
+
 std::string timeNow() {
     const std::time_t now = std::time(nullptr);
     std::tm parts{};

@@ -114,6 +114,9 @@ Status readStatus(std::string_view text);
 Result readResult(std::string_view text);
 Labels readLabels(std::string_view text);
 
+// The number under plan/HOST; nothing for what is none.
+std::optional<uint32_t> parseWave(std::string_view text);
+
 // The present time in UTC: "2026-11-22T10:00:00Z".
 std::string timeNow();
 

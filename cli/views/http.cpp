@@ -139,7 +139,7 @@ void refuse(Status status, bool headOnly, std::string_view why) {
 
 }  // namespace
 
-void answerRequest(const Resource &resource) {
+void answerRequest(std::span<const Resource> resources) {
     std::string head;
     Status status = kOk;
     if (!readHead(head, status)) return;
@@ -148,16 +148,17 @@ void answerRequest(const Resource &resource) {
         status = parseLine(std::string_view(head).substr(0, head.find('\n')), request);
     const bool headOnly = request.method == "HEAD";
     if (status.code == kOk.code && request.method != "GET" && !headOnly) status = kNotAllowed;
-    if (status.code == kOk.code && request.path != resource.path) status = kNotFound;
+    const auto resource = std::ranges::find(resources, request.path, &Resource::path);
+    if (status.code == kOk.code && resource == resources.end()) status = kNotFound;
     if (status.code != kOk.code) return refuse(status, headOnly, {});
     fmt::memory_buffer content;
     try {
-        resource.content(content);
+        resource->content(content);
     } catch (const Failure &failure) {
         warn("{}", failure.message);
         return refuse(kUnavailable, headOnly, failure.message);
     }
-    respond(kOk, resource.contentType, {content.data(), content.size()}, headOnly);
+    respond(kOk, resource->contentType, {content.data(), content.size()}, headOnly);
 }
 
 }  // namespace qvs::cli

@@ -5,9 +5,13 @@
 #include <fmt/format.h>
 
 #include <functional>
+#include <span>
 #include <string_view>
 
 namespace qvs::cli {
+
+// The type of metrics in the text format.
+inline constexpr const char *kMetricsType = "text/plain; version=0.0.4; charset=utf-8";
 
 // What a resource answers with.
 struct Resource {
@@ -17,8 +21,8 @@ struct Resource {
     std::function<void(fmt::memory_buffer &)> content;
 };
 
-// Reads one request, answers GET and HEAD of the resource and refuses the rest. A client that sends or reads
+// Reads one request, answers GET and HEAD of the resources and refuses the rest. A client that sends or reads
 // too slowly is dropped.
-void answerRequest(const Resource &resource);
+void answerRequest(std::span<const Resource> resources);
 
 }  // namespace qvs::cli

@@ -20,7 +20,6 @@ namespace qvs::cli {
 namespace {
 
 constexpr const char *kPath = "/metrics";
-constexpr const char *kContentType = "text/plain; version=0.0.4; charset=utf-8";
 
 void metrics(const Arguments &arguments, Output &out) {
     const PortChoice ports = arguments.given("--ports")
@@ -34,7 +33,10 @@ void metrics(const Arguments &arguments, Output &out) {
         failures = scrape(arguments, ports, exposition);
         exposition.appendTo(text);
     };
-    if (arguments.given("--http")) return answerRequest({kPath, kContentType, page});
+    if (arguments.given("--http")) {
+        const Resource resource{kPath, kMetricsType, page};
+        return answerRequest({&resource, 1});
+    }
     fmt::memory_buffer own;
     fmt::memory_buffer &text = arguments.given("--output") ? own : out.buffer();
     page(text);

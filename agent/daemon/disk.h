@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the agent keeps in its directory: its memory, and the configuration of the revisions that matter.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "agent/rollout/machine.h"
+#include "config/document/document.h"
+#include "config/library/directory.h"
+
+namespace qvs::fleet {
+
+class Disk {
+  public:
+    explicit Disk(const std::string &directory);
+
+    const Memory &memory() const { return memory_; }
+    // The memory is one file, which is replaced as a whole: it alone says which revision the host has.
+    void keep(const Memory &memory);
+
+    void keepDocument(uint64_t revision, const config::Document &document);
+    // An empty document when there is none.
+    config::Document document(uint64_t revision) const;
+    // Removes the documents of all other revisions.
+    void removeOthers();
+
+  private:
+    PrivateDirectory directory_;
+    Memory memory_;
+};
+
+}  // namespace qvs::fleet

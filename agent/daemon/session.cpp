@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the agent knows of the store, what it reports there, and what it does as the coordinator.
+#include <algorithm>
+
+#include "agent/daemon/agent.h"
+#include "agent/daemon/log.h"
+#include "base/failure.h"
+
+namespace qvs::fleet {
+
+using namespace std::chrono_literals;
+
+// Reads what there is, and watches from there.
+void Agent::connect() {
+    if (lease_ == 0) lease_ = store_.grant(settings_.leaseSeconds);
+    keepAliveAt_ = {};
+    keepAlive();
+    const Found found = store_.range({settings_.keys.head()});
+    headModified_ = 0;
+    head_ = {};
+    if (!found.entries.empty()) {
+        head_ = readHead(found.entries.front().value);
+        headModified_ = found.entries.front().modified;
+    }
+    readManifest();
+    drained_.clear();
+    if (!store_.range({settings_.keys.drain(settings_.host)}).entries.empty()) drained_[settings_.host] = true;
+    const std::string labels = writeLabels(settings_.labels);
+    const Found registered = store_.range({settings_.keys.host(settings_.host)});
+    if (registered.entries.empty() || registered.entries.front().value != labels)
+        if (!store_.commit({{}, {{settings_.keys.host(settings_.host), labels}}, {}})) return;
+    const Found coordinator = store_.range({settings_.keys.coordinator()});
+    coordinator_ = coordinator.entries.empty() ? 0 : coordinator.entries.front().created;
+    // After a restart of the watch the key may be this agent's own.
+    leads_ = !coordinator.entries.empty() && coordinator.entries.front().lease == lease_;
+    stale_ = leads_;
+    watch_ = std::make_unique<Watch>(store_);
+    watch_->follow({settings_.keys.head()}, found.revision + 1);
+    watch_->follow({leads_ ? settings_.keys.drains() : settings_.keys.drain(settings_.host), leads_},
+                   found.revision + 1);
+    if (settings_.coordinate) watch_->follow({settings_.keys.coordinator()}, found.revision + 1);
+    if (leads_) watch_->follow({settings_.keys.statuses(), true}, found.revision + 1);
+    if (!numbers_.storeAnswers) log(Level::Info, "the store answers: {}", store_.endpoint());
+    numbers_.storeAnswers = true;
+    backOff_ = 0ms;
+    reported_.clear();
+    changed();
+}
+
+void Agent::keepAlive() {
+    const Time now = Clock::now();
+    if (lease_ == 0 || now < keepAliveAt_ || (!watch_ && keepAliveAt_ != Time())) return;
+    if (!store_.keepAlive(lease_)) {
+        lease_ = 0;
+        leads_ = false;
+        fail(Exit::NoAnswer, "the lease of this host has ended");
+    }
+    keepAliveAt_ = now + std::chrono::milliseconds(settings_.leaseSeconds * 1000 / 3);
+}
+
+// The revision that is published, and the wave of this host in it.
+void Agent::readManifest() {
+    if (head_.revision == 0 || manifests_.contains(head_.revision)) return;
+    const Found found = store_.range({settings_.keys.revision(head_.revision)});
+    if (found.entries.empty()) fail(Exit::NoAnswer, "the store has no revision {}", head_.revision);
+    const Manifest manifest = fleet::readManifest(found.entries.front().value);
+    const Found plan = store_.range({settings_.keys.plan(manifest.plan) + settings_.host});
+    wave_.reset();
+    if (!plan.entries.empty()) {
+        const auto wave = parseWave(plan.entries.front().value);
+        if (wave) wave_ = *wave;
+    }
+    manifests_.clear();
+    manifests_[head_.revision] = manifest;
+}
+
+void Agent::take(const Event &event) {
+    const KeyNames &keys = settings_.keys;
+    const std::string &key = event.entry.key;
+    if (key == keys.head()) {
+        head_ = event.removed ? Head() : readHead(event.entry.value);
+        headModified_ = event.removed ? 0 : event.entry.modified;
+        view_.head = head_;
+        if (view_.manifest.revision != head_.revision) stale_ = leads_;
+        // So that not all hosts of a large fleet read it at the same moment.
+        pursueAt_ = Clock::now() + std::chrono::milliseconds(std::uniform_int_distribution<int64_t>(
+                                       0, int64_t{settings_.windowSeconds} * 1000)(random_));
+        pursued_ = head_.revision;
+        changed();
+    } else if (key == keys.coordinator()) {
+        coordinator_ = event.removed ? 0 : event.entry.created;
+        leads_ = leads_ && !event.removed && event.entry.lease == lease_;
+        standAt_ = Clock::now() + std::chrono::milliseconds(std::uniform_int_distribution<int>(0, 500)(random_));
+    } else if (key.starts_with(keys.drains())) {
+        const std::string host = key.substr(keys.drains().size());
+        event.removed ? (void)drained_.erase(host) : (void)(drained_[host] = true);
+        event.removed ? (void)view_.drained.erase(host) : (void)view_.drained.insert(host);
+    } else if (key.starts_with(keys.statuses())) {
+        const std::string host = key.substr(keys.statuses().size());
+        view_.statuses.erase(host);
+        if (!event.removed) view_.statuses[host] = readStatus(event.entry.value);
+    }
+}
+
+std::string Agent::statusText() {
+    status_.time.clear();
+    const std::string text = write(status_);
+    status_.time = timeNow();
+    return text;
+}
+
+void Agent::report() {
+    changed();
+    const std::string text = statusText();
+    if (text == reported_) return;
+    if (!store_.commit({{}, {{settings_.keys.status(settings_.host), write(status_), lease_}}, {}})) return;
+    reported_ = text;
+}
+
+// Stands for election when nobody coordinates.
+void Agent::stand() {
+    if (!settings_.coordinate || coordinator_ != 0 || Clock::now() < standAt_) return;
+    standAt_ = Clock::now() + 1s;
+    const std::string key = settings_.keys.coordinator();
+    if (!store_.commit({{{key, Comparison::What::Created, 0}}, {{key, settings_.host, lease_}}, {}})) return;
+    log(Level::Info, "coordinates rollouts");
+    // What a coordinator follows begins with a reading of all of it.
+    connect();
+}
+
+void Agent::lead() {
+    if (!leads_) return;
+    if (stale_ && head_.isUnderWay()) {
+        readManifest();
+        const KeyNames &keys = settings_.keys;
+        view_ = {};
+        view_.head = head_;
+        if (const auto manifest = manifests_.find(head_.revision); manifest != manifests_.end())
+            view_.manifest = manifest->second;
+        const std::string plan = keys.plan(view_.manifest.plan);
+        for (const Entry &entry : store_.range({plan, true}).entries)
+            view_.plan[entry.key.substr(plan.size())] = parseWave(entry.value).value_or(0);
+        for (const Entry &entry : store_.range({keys.statuses(), true}).entries)
+            view_.statuses[entry.key.substr(keys.statuses().size())] = readStatus(entry.value);
+        for (const Entry &entry : store_.range({keys.drains(), true}).entries)
+            view_.drained.insert(entry.key.substr(keys.drains().size()));
+        stale_ = false;
+    }
+    if (!head_.isUnderWay()) return;
+    if (const auto next = decide(view_)) publish(*next);
+}
+
+// Both comparisons together make a decision hold only for the rollout that was looked at, and only while this agent
+// coordinates.
+void Agent::publish(const Head &next) {
+    const KeyNames &keys = settings_.keys;
+    Transaction transaction;
+    transaction.comparisons = {{keys.head(), Comparison::What::Modified, headModified_},
+                               {keys.coordinator(), Comparison::What::Created, coordinator_}};
+    transaction.puts = {{keys.head(), write(next)}};
+    if (!next.isUnderWay())
+        transaction.puts.push_back({keys.result(next.revision), write(Result{next.state, next.reason, timeNow()})});
+    if (!store_.commit(transaction)) {
+        log(Level::Info, "revision {}: something else was decided", next.revision);
+        return connect();
+    }
+    log(Level::Info, "revision {}: {}, wave {}{}{}", next.revision, wordOf(next.state), next.wave,
+        next.reason.empty() ? "" : ": ", next.reason);
+    // The event of this change brings the same; until then, nothing is decided again.
+    view_.head = next;
+    view_.head.state = State::Done;
+}
+
+}  // namespace qvs::fleet

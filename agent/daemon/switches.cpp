@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "agent/daemon/switches.h"
+
+#include <qvs/keys.h>
+
+#include "base/failure.h"
+#include "config/apply/apply.h"
+#include "config/document/merge.h"
+#include "config/document/references.h"
+#include "config/library/host.h"
+#include "config/library/snapshot.h"
+
+namespace qvs::fleet {
+namespace {
+
+using config::Change;
+using config::Document;
+
+std::string lineOf(const Change &change) {
+    if (change.kind == Change::Kind::Removed) return "- " + change.path();
+    if (change.kind == Change::Kind::Added)
+        return "+ " + change.path() + (change.afterText.empty() ? "" : ": " + change.afterText);
+    return fmt::format("~ {}: {} -> {}", change.path(), change.beforeText, change.afterText);
+}
+
+}  // namespace
+
+bool undoPending() {
+    requireState(loadSnapshot());
+    if (config::pendingJournal() == config::Pending::Nothing) return false;
+    config::requireRestored(config::recover());
+    return true;
+}
+
+bool change(const Document &before, const Document &wanted, bool prune, uint32_t confirmSeconds) {
+    requireState(loadSnapshot());
+    std::vector<std::string> warnings;
+    const Document now = config::documentOfHost(wanted, false, warnings);
+    const config::Findings findings = config::checkOnHost(now, wanted, prune, false, "");
+    if (!findings.errors.empty()) fail(Exit::Usage, "{}", messageOf(findings.errors.front()));
+    Document target = wanted;
+    if (!prune) {
+        Document both = before;
+        config::overlay(both, wanted);
+        target = config::documentOfHost(both, false, warnings);
+        config::subtract(target, before);
+        config::overlay(target, wanted);
+    }
+    config::ApplyOptions options;
+    options.prune = true;
+    options.keepsSwitches = true;
+    options.confirmSeconds = confirmSeconds;
+    // What others change between this moment and the lock is not removed.
+    const std::vector<Change> agreed = compare(config::documentOfHost(target, false, warnings), target, true);
+    options.agreed = &agreed;
+    const config::ApplyResult result = config::applyDocument(target, options);
+    config::requireRestored(result.undone);
+    if (result.outcome == config::ApplyResult::Outcome::Undone) fail(Exit::Failed, "{}", result.problem);
+    return result.outcome == config::ApplyResult::Outcome::Applied;
+}
+
+bool confirmChange() {
+    try {
+        return config::confirm();
+    } catch (const Failure &failure) {
+        if (failure.exit != Exit::Failed) throw;
+        return false;
+    }
+}
+
+std::vector<std::string> differencesFrom(const Document &wanted) {
+    requireState(loadSnapshot());
+    std::vector<std::string> warnings;
+    std::vector<std::string> lines;
+    for (const Change &change : compare(config::documentOfHost(wanted, false, warnings), wanted, false))
+        lines.push_back(lineOf(change));
+    return lines;
+}
+
+std::map<std::string, bool> uplinks() {
+    requireState(loadSnapshot());
+    std::map<std::string, bool> links;
+    forEachSwitch([&](DVSSwitch *sw) {
+        const std::string alias(findText({Scope::Global, sw, nullptr}, QVS_KEY_ALIAS).value_or(""));
+        for (const std::string_view id : uplinkPorts(sw))
+            if (DVSPort *port = lookUpPort(sw, std::string(id)))
+                links[fmt::format("{}/{}", alias, id)] = portStatus(port).linkUp;
+        return true;
+    });
+    return links;
+}
+
+}  // namespace qvs::fleet
