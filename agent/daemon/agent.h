@@ -10,7 +10,7 @@
 #include <string>
 
 #include "agent/daemon/disk.h"
-#include "agent/daemon/settings.h"
+#include "agent/settings/settings.h"
 #include "agent/daemon/web.h"
 #include "agent/rollout/machine.h"
 #include "agent/store/store.h"

@@ -2,7 +2,7 @@
 // qvs-agent: makes this host a member of a fleet.
 #include "agent/daemon/agent.h"
 #include "agent/daemon/log.h"
-#include "agent/daemon/settings.h"
+#include "agent/settings/settings.h"
 #include "tool/output.h"
 #include "tool/program.h"
 #include "tool/run.h"
@@ -15,7 +15,7 @@ using cli::Command;
 using cli::Output;
 
 void run(const Arguments &arguments, Output &) {
-    Settings settings = readSettings(arguments);
+    Settings settings = readSettings(arguments, kAgentFile);
     logsJson = settings.jsonLog;
     Agent(std::move(settings)).run();
 }
@@ -28,7 +28,7 @@ std::span<const Command> rows() {
     static const Command table[] = {
         {.words = "run",
          .summary = "follow the fleet until SIGTERM or SIGINT",
-         .more = settingOptions(),
+         .more = agentOptions(),
          .details = "Options win over the file. With Type=notify, the service manager is told when the agent is "
                     "ready, and that it is alive. Messages go to standard error.",
          .example = "qvs-agent run --endpoints http://127.0.0.1:2379 --labels rack=a",
@@ -56,7 +56,7 @@ constexpr cli::Passage kExitCodes[] = {
     {.text = "wrong usage, or a wrong setting", .term = "2"},
 };
 constexpr cli::Passage kFiles[] = {
-    {.text = "the settings", .term = kConfigFile},
+    {.text = "the settings", .term = kAgentFile.path},
     {.text = "what the agent remembers: the revision of the host, and those that it has refused",
      .term = "/var/lib/qvs/agent"},
 };

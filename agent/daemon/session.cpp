@@ -4,6 +4,7 @@
 
 #include "agent/daemon/agent.h"
 #include "agent/daemon/log.h"
+#include "agent/rollout/view.h"
 #include "base/failure.h"
 
 namespace qvs::fleet {
@@ -77,10 +78,10 @@ void Agent::readManifest() {
 void Agent::take(const Event &event) {
     const KeyNames &keys = settings_.keys;
     const std::string &key = event.entry.key;
+    fleet::take(view_, keys, event);
     if (key == keys.head()) {
         head_ = event.removed ? Head() : readHead(event.entry.value);
         headModified_ = event.removed ? 0 : event.entry.modified;
-        view_.head = head_;
         if (view_.manifest.revision != head_.revision) stale_ = leads_;
         // So that not all hosts of a large fleet read it at the same moment.
         pursueAt_ = Clock::now() + std::chrono::milliseconds(std::uniform_int_distribution<int64_t>(
@@ -94,11 +95,6 @@ void Agent::take(const Event &event) {
     } else if (key.starts_with(keys.drains())) {
         const std::string host = key.substr(keys.drains().size());
         event.removed ? (void)drained_.erase(host) : (void)(drained_[host] = true);
-        event.removed ? (void)view_.drained.erase(host) : (void)view_.drained.insert(host);
-    } else if (key.starts_with(keys.statuses())) {
-        const std::string host = key.substr(keys.statuses().size());
-        view_.statuses.erase(host);
-        if (!event.removed) view_.statuses[host] = readStatus(event.entry.value);
     }
 }
 
@@ -131,19 +127,7 @@ void Agent::stand() {
 void Agent::lead() {
     if (!leads_) return;
     if (stale_ && head_.isUnderWay()) {
-        readManifest();
-        const KeyNames &keys = settings_.keys;
-        view_ = {};
-        view_.head = head_;
-        if (const auto manifest = manifests_.find(head_.revision); manifest != manifests_.end())
-            view_.manifest = manifest->second;
-        const std::string plan = keys.plan(view_.manifest.plan);
-        for (const Entry &entry : store_.range({plan, true}).entries)
-            view_.plan[entry.key.substr(plan.size())] = parseWave(entry.value).value_or(0);
-        for (const Entry &entry : store_.range({keys.statuses(), true}).entries)
-            view_.statuses[entry.key.substr(keys.statuses().size())] = readStatus(entry.value);
-        for (const Entry &entry : store_.range({keys.drains(), true}).entries)
-            view_.drained.insert(entry.key.substr(keys.drains().size()));
+        view_ = readView(store_, settings_.keys);
         stale_ = false;
     }
     if (!head_.isUnderWay()) return;

@@ -3,6 +3,7 @@
 
 #include <qvs/keys.h>
 
+#include "access/changes.h"
 #include "base/failure.h"
 #include "config/apply/apply.h"
 #include "config/document/merge.h"
@@ -15,13 +16,6 @@ namespace {
 
 using config::Change;
 using config::Document;
-
-std::string lineOf(const Change &change) {
-    if (change.kind == Change::Kind::Removed) return "- " + change.path();
-    if (change.kind == Change::Kind::Added)
-        return "+ " + change.path() + (change.afterText.empty() ? "" : ": " + change.afterText);
-    return fmt::format("~ {}: {} -> {}", change.path(), change.beforeText, change.afterText);
-}
 
 }  // namespace
 
@@ -73,7 +67,7 @@ std::vector<std::string> differencesFrom(const Document &wanted) {
     std::vector<std::string> warnings;
     std::vector<std::string> lines;
     for (const Change &change : compare(config::documentOfHost(wanted, false, warnings), wanted, false))
-        lines.push_back(lineOf(change));
+        lines.push_back(cli::lineOf(change));
     return lines;
 }
 

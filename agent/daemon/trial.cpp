@@ -62,7 +62,7 @@ config::Document Agent::fetch(const Manifest &manifest) {
         const std::string &text = found.entries.front().value;
         if (digestOf(text) != of.digest) fail(Exit::Failed, "the document {} was changed in the store", of.digest);
         std::vector<config::Problem> problems;
-        FleetFile file = readFile(text, of.name, of.name, problems);
+        FleetFile file = readFleetFile(text, of.name, of.name, problems);
         if (!problems.empty()) fail(Exit::Failed, "{}", messageOf(problems.front()));
         return std::move(file.document);
     });

@@ -81,7 +81,7 @@ class HeadReader {
 
 }  // namespace
 
-FleetFile readFile(std::string_view text, std::string_view origin, std::string_view name,
+FleetFile readFleetFile(std::string_view text, std::string_view origin, std::string_view name,
                    std::vector<config::Problem> &problems) {
     FleetFile file;
     file.of.name = name;

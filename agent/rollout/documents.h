@@ -20,7 +20,7 @@ struct FleetFile {
     std::string text;  // as it is stored: with blank lines for those of the head
     config::Document document;
 };
-FleetFile readFile(std::string_view text, std::string_view origin, std::string_view name,
+FleetFile readFleetFile(std::string_view text, std::string_view origin, std::string_view name,
                    std::vector<config::Problem> &problems);
 
 // Whether a document is for a host.

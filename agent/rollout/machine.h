@@ -36,6 +36,9 @@ uint64_t goalOf(const Head &head, const Manifest &manifest, std::optional<uint32
 // What the coordinator sees of a fleet. Hosts whose lease has ended have no status.
 struct View {
     Head head;
+    uint64_t headModified = 0;  // the revision of the store that has written it; 0: there is none
+    uint64_t read = 0;          // that of the store when the view was read
+    std::string coordinator;    // the host that coordinates; empty: none does
     Manifest manifest;
     std::map<std::string, uint32_t, std::less<>> plan;  // the wave of each host
     std::map<std::string, Status, std::less<>> statuses;

@@ -49,15 +49,6 @@ std::string shortened(std::string text) {
     return text;
 }
 
-std::string lineOf(const Change &change) {
-    std::string line = fmt::format("{} {}", change.conflict ? '!' : lookOf(change).mark, change.path());
-    const std::string &one = change.beforeText.empty() ? change.afterText : change.beforeText;
-    if (!one.empty()) line += ": " + shortened(one);
-    if (change.kind == Change::Kind::Changed) line += " -> " + shortened(change.afterText);
-    if (change.conflict) line += " (an existing switch cannot change it)";
-    return line;
-}
-
 bool inColour(const Output &out) {
     const char *noColour = std::getenv("NO_COLOR");
     return out.terminal() && (noColour == nullptr || *noColour == '\0');
@@ -93,8 +84,13 @@ void appendMembers(fmt::memory_buffer &out, std::optional<std::string_view> path
 
 }  // namespace
 
-void appendChange(fmt::memory_buffer &out, const Change &change) {
-    out.append(lineOf(change));
+std::string lineOf(const Change &change) {
+    std::string line = fmt::format("{} {}", change.conflict ? '!' : lookOf(change).mark, change.path());
+    const std::string &one = change.beforeText.empty() ? change.afterText : change.beforeText;
+    if (!one.empty()) line += ": " + shortened(one);
+    if (change.kind == Change::Kind::Changed) line += " -> " + shortened(change.afterText);
+    if (change.conflict) line += " (an existing switch cannot change it)";
+    return line;
 }
 
 void appendChangeMembers(fmt::memory_buffer &out, const Change &change) {

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -14,7 +15,7 @@ namespace qvs::cli {
 class Output;
 
 // "+ PATH: NEW", "- PATH: OLD", "~ PATH: OLD -> NEW".
-void appendChange(fmt::memory_buffer &out, const config::Change &change);
+std::string lineOf(const config::Change &change);
 // The members "path", "change", "before" and "after" of a JSON object. Without a change, "change" is the
 // word, and the others are null.
 void appendChangeMembers(fmt::memory_buffer &out, const config::Change &change);

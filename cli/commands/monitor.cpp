@@ -43,7 +43,7 @@ void printHost(Output &out, std::string_view word, std::string_view text) {
 
 void print(Output &out, const Change &change) {
     printLine(
-        out, [&](fmt::memory_buffer &buffer) { appendChange(buffer, change); },
+        out, [&](fmt::memory_buffer &buffer) { buffer.append(lineOf(change)); },
         [&](fmt::memory_buffer &buffer) { appendChangeMembers(buffer, change); });
 }
 

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "agent/daemon/settings.h"
+#include "agent/settings/settings.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <deque>
 #include <iterator>
 
@@ -49,19 +50,42 @@ constexpr Member kMembers[] = {
     {.name = "log", .summary = "how messages are written", .type = Type::Word, .words = kLogs, .fallback = "text"},
 };
 
+// Those of the store stand together.
+constexpr std::span<const Member> kStoreMembers(kMembers + 2, 8);
+static_assert(std::string_view(kStoreMembers.front().name) == "endpoints");
+static_assert(std::string_view(kStoreMembers.back().name) == "requestLimit");
+
 constexpr const char *kConfigOption = "--config";
 
+std::vector<cli::Option> optionsOf(std::span<const Member> members) {
+    static std::deque<std::string> names;
+    std::vector<cli::Option> made = {{.name = kConfigOption,
+                                      .value = "FILE",
+                                      .summary = "read the settings from FILE",
+                                      .kind = cli::Kind::File}};
+    for (const Member &member : members) {
+        names.push_back(optionOf(member));
+        cli::Option option{.name = names.back().c_str(), .value = "VALUE", .summary = member.summary};
+        option.repeated = member.list;
+        made.push_back(option);
+    }
+    return made;
+}
+
 // The value of a member that is not given. A list has its fallback as its only item.
-Value fallbackOf(const Member &member) {
+Value valueWithout(const Member &member) {
     if (!member.list) return config::fallbackOf(member);
     config::List list;
     if (*member.fallback != '\0') list.emplace_back(member.fallback);
     return list;
 }
 
-void readConfigFile(const cli::Arguments &arguments, Value &values) {
-    const bool named = arguments.given(kConfigOption);
-    const std::string path = named ? arguments.text(kConfigOption) : kConfigFile;
+void readConfigFile(const cli::Arguments &arguments, const ConfigFile &file, Value &values) {
+    const char *variable = std::getenv(file.variable);
+    const bool named = arguments.given(kConfigOption) || variable != nullptr;
+    const std::string path = arguments.given(kConfigOption) ? arguments.text(kConfigOption)
+                             : variable != nullptr          ? variable
+                                                            : file.path;
     if (!named && access(path.c_str(), F_OK) != 0) return;
     const std::vector<uint8_t> bytes = cli::readFile(path);
     std::vector<config::Problem> problems;
@@ -77,9 +101,10 @@ void readConfigFile(const cli::Arguments &arguments, Value &values) {
     if (!message.empty()) throw Failure{Exit::Usage, message};
 }
 
-void readOptions(const cli::Arguments &arguments, Value &values) {
+void readOptions(const cli::Arguments &arguments, std::span<const cli::Option> known, Value &values) {
     for (const Member &member : kMembers) {
         const std::string option = optionOf(member);
+        if (std::ranges::none_of(known, [&](const cli::Option &one) { return option == one.name; })) continue;
         if (!arguments.given(option)) continue;
         config::List list;
         for (const std::string &text : arguments.all(option)) {
@@ -116,30 +141,22 @@ Labels labelsOf(const Value &list) {
 
 }  // namespace
 
-std::span<const cli::Option> settingOptions() {
-    static const std::vector<cli::Option> options = [] {
-        static std::deque<std::string> names;
-        std::vector<cli::Option> made = {{.name = kConfigOption,
-                                          .value = "FILE",
-                                          .summary = "read the settings from FILE (/etc/qvs/agent.yaml, if it is there)",
-                                          .kind = cli::Kind::File}};
-        for (const Member &member : kMembers) {
-            names.push_back(optionOf(member));
-            cli::Option option{.name = names.back().c_str(), .value = "VALUE", .summary = member.summary};
-            option.repeated = member.list;
-            made.push_back(option);
-        }
-        return made;
-    }();
+std::span<const cli::Option> agentOptions() {
+    static const std::vector<cli::Option> options = optionsOf(kMembers);
     return options;
 }
 
-Settings readSettings(const cli::Arguments &arguments) {
+std::span<const cli::Option> storeOptions() {
+    static const std::vector<cli::Option> options = optionsOf(kStoreMembers);
+    return options;
+}
+
+Settings readSettings(const cli::Arguments &arguments, const ConfigFile &file) {
     Value values{config::Members{}};
-    readConfigFile(arguments, values);
-    readOptions(arguments, values);
+    readConfigFile(arguments, file, values);
+    readOptions(arguments, file.path == kAgentFile.path ? agentOptions() : storeOptions(), values);
     for (const Member &member : kMembers)
-        if (values[member.name].absent()) values.set(member.name, fallbackOf(member));
+        if (values[member.name].absent()) values.set(member.name, valueWithout(member));
     const auto number = [&](const char *name) { return static_cast<uint32_t>(values[name].number()); };
     const auto text = [&](const char *name) { return values[name].absent() ? std::string() : values[name].text(); };
     Settings settings;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The settings of qvs-agent: from a file in YAML, and from options, which win.
+// The settings of qvs-agent and qvs-fleet: from a file in YAML, and from options, which win.
 #pragma once
 
 #include <cstdint>
@@ -31,13 +31,20 @@ struct Settings {
     bool jsonLog = false;
 };
 
-inline constexpr const char *kConfigFile = "/etc/qvs/agent.yaml";
+// The file that --config names, or the variable, or this one if it is there.
+struct ConfigFile {
+    const char *path;
+    const char *variable;
+};
+inline constexpr ConfigFile kAgentFile{"/etc/qvs/agent.yaml", "QVS_AGENT"};
+inline constexpr ConfigFile kFleetFile{"/etc/qvs/fleet.yaml", "QVS_FLEET"};
 
-// One option for each setting, and --config.
-std::span<const cli::Option> settingOptions();
+// One option for each setting, and --config; only those of the store have a meaning for both programs.
+std::span<const cli::Option> agentOptions();
+std::span<const cli::Option> storeOptions();
 
 // Reads the file and the options. Throws a usage failure that lists all problems.
-Settings readSettings(const cli::Arguments &arguments);
+Settings readSettings(const cli::Arguments &arguments, const ConfigFile &file);
 
 // The file with all settings, their meaning and their defaults as comments.
 std::string exampleFile();
