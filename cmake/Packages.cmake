@@ -76,6 +76,11 @@ qvs_package(tool qvs admin "libqvs1@"
     "qvs shows and changes the distributed virtual switches of a hypervisor
 host, declares them in a document, and undoes changes that fail.")
 set(CPACK_DEBIAN_TOOL_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/qvs/postrm)
+qvs_package(agent qvs-agent admin "libqvs1@"
+    "one configuration for the virtual switches of many hosts"
+    "qvs-agent follows the configuration that qvs fleet publishes in a
+distributed store, carries it out on this host, and undoes what fails.")
+set(CPACK_DEBIAN_AGENT_PACKAGE_RECOMMENDS "qvs")
 qvs_package(host qvs-host utils "libmesh-public-reference@"
     "emulated hypervisor host for libqvs"
     "qvs-host runs programs that use libqvs on an emulated hypervisor host: a

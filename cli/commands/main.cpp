@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <ctime>
 
+#include "commands/fleet.h"
 #include "config/library/snapshot.h"
 #include "tool/run.h"
 
@@ -72,5 +73,6 @@ void showHost() {
 int main(int argc, char **argv) {
     showHost();
     std::signal(SIGPIPE, SIG_IGN);
+    if (qvs::cli::namesFleet(argc, argv)) return qvs::cli::startFleet(argv);
     return qvs::cli::run(argc, argv);
 }

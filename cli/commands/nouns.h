@@ -31,6 +31,7 @@ extern const std::span<const Command> kApplyCommands;
 extern const std::span<const Command> kDoctorCommands;
 extern const std::span<const Command> kBatchCommands;
 extern const std::span<const Command> kCheckpointCommands;
+extern const std::span<const Command> kFleetCommands;
 extern const std::span<const Command> kMonitorCommands;
 
 }  // namespace qvs::cli

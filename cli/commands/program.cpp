@@ -93,7 +93,7 @@ constexpr Topic kTopics[] = {
     {"Switches", "switch port uplink nic mtu pvlan"},
     {"Policies", "teaming ls-teaming mac-learning mcast rcf mirror health discovery"},
     {"Learning on this host", "learn-static static-mac-allow overlay-cache"},
-    {"Configuration", "export diff apply confirm checkpoint batch prop schema"},
+    {"Configuration", "export diff apply confirm checkpoint batch prop schema fleet"},
     {"Tables and sessions of the kernel", "mac ipfix spf bfd kcp rarp trace int livetrace options rtm"},
     {"This host", "status dump doctor"},
 };
@@ -232,6 +232,7 @@ std::span<const Noun> nouns() {
         {"checkpoint", "save and restore the host", kCheckpointCommands},
         {"monitor", "changes as they happen", kMonitorCommands},
         {"metrics", "measurements for Prometheus", kMetricsCommands},
+        {"fleet", "one configuration for many hosts", kFleetCommands},
         {"topology", "a picture of the wiring", kTopologyCommands},
         {"tool", "the tool itself", kToolCommands},
     };
