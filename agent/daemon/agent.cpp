@@ -25,7 +25,10 @@ constexpr size_t kMostDifferences = 20;
 }  // namespace
 
 Agent::Agent(Settings settings)
-    : settings_(std::move(settings)), disk_(settings_.directory), web_(settings_.listen), store_(settings_.access) {
+    : settings_(std::move(settings)),
+      disk_(settings_.directory),
+      web_(settings_.listen),
+      store_(settings_.access) {
     sigset_t watched;
     sigemptyset(&watched);
     for (const int signal : {SIGTERM, SIGINT, SIGCHLD})
@@ -49,7 +52,8 @@ uint64_t Agent::goal() const {
 }
 
 void Agent::run() {
-    log(Level::Info, "host {}: revision {}, store {}", settings_.host, disk_.memory().applied, store_.endpoint());
+    log(Level::Info, "host {}: revision {}, store {}", settings_.host, disk_.memory().applied,
+        store_.endpoint());
     notify("READY=1");
     while (!ending_) {
         try {
@@ -98,8 +102,14 @@ void Agent::ping() {
     notify("WATCHDOG=1");
 }
 
-// What the run before has left: a change that was not confirmed is undone, and one that was confirmed and not noted
-// is noted.
+// Something may be left to undo, at the next turn.
+void Agent::unsettle() {
+    settled_ = false;
+    compareAt_ = {};
+}
+
+// What the run before has left: a change that was not confirmed is undone, and one that was confirmed and not
+// noted is noted.
 void Agent::settle() {
     compareAt_ = Clock::now() + 1s;
     try {
@@ -121,10 +131,11 @@ void Agent::settle() {
         disk_.removeOthers();
         settled_ = true;
         compareAt_ = {};
+        hostProblem_.clear();
         changed();
     } catch (const Failure &failure) {
-        if (numbers_.problem != failure.message) log(Level::Warning, "{}", failure.message);
-        numbers_.problem = failure.message;
+        if (hostProblem_ != failure.message) log(Level::Warning, "{}", failure.message);
+        hostProblem_ = failure.message;
     }
 }
 
@@ -134,16 +145,18 @@ void Agent::compareWithRevision() {
     try {
         differences = differencesFrom(document_);
         if (!differences.empty() && settings_.enforce && !drained_.contains(settings_.host)) {
-            log(Level::Warning, "undoes {} differences, the first: {}", differences.size(), differences.front());
+            log(Level::Warning, "undoes {} differences, the first: {}", differences.size(),
+                differences.front());
             change({}, document_, false, 0);
             numbers_.corrections++;
             differences = differencesFrom(document_);
         }
     } catch (const Failure &failure) {
-        if (numbers_.problem != failure.message) log(Level::Warning, "{}", failure.message);
-        numbers_.problem = failure.message;
+        if (hostProblem_ != failure.message) log(Level::Warning, "{}", failure.message);
+        hostProblem_ = failure.message;
         return;
     }
+    hostProblem_.clear();
     if (differences.size() != status_.drift)
         log(Level::Warning, "the host differs from revision {} in {} places", disk_.memory().applied,
             differences.size());
@@ -171,7 +184,7 @@ void Agent::changed() {
     numbers_.drift = status_.drift;
     numbers_.requests = store_.requests();
     numbers_.coordinates = leads_;
-    numbers_.problem.clear();
+    numbers_.problem = hostProblem_;
     if (!numbers_.storeAnswers) numbers_.problem = "the store does not answer";
     if (status_.refused != 0) numbers_.problem = fmt::format("{}: {}", status_.step, status_.reason);
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The agent of a host: follows the store, makes the host match, reports, and coordinates rollouts when it is elected.
+// The agent of a host: follows the store, makes the host match, reports, and coordinates rollouts when it is
+// elected.
 #pragma once
 
 #include <chrono>
@@ -10,9 +11,9 @@
 #include <string>
 
 #include "agent/daemon/disk.h"
-#include "agent/settings/settings.h"
 #include "agent/daemon/web.h"
 #include "agent/rollout/machine.h"
+#include "agent/settings/settings.h"
 #include "agent/store/store.h"
 
 namespace qvs::fleet {
@@ -32,6 +33,7 @@ class Agent {
     // --- agent.cpp: the loop ---
     void turn();
     void settle();
+    void unsettle();
     void wait();
     void lose(const std::string &reason);
     void compareWithRevision();
@@ -45,6 +47,7 @@ class Agent {
     void readManifest();
     void take(const Event &event);
     void keepAlive();
+    void renew();
     void report();
     std::string statusText();
     void stand();
@@ -88,6 +91,7 @@ class Agent {
     Status status_;
     std::string reported_;
     Numbers numbers_;
+    std::string hostProblem_;    // why the switches cannot be read or changed
     config::Document document_;  // of the revision that the host has
     Time phase_;
     uint64_t pursued_ = 0;

@@ -34,7 +34,8 @@ std::string runCheck(std::vector<std::string> words, std::chrono::seconds limit,
     posix_spawnattr_setsigdefault(&attributes, &all);
     // A group of its own, so that what it starts ends with it.
     posix_spawnattr_setpgroup(&attributes, 0);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
+    posix_spawnattr_setflags(&attributes,
+                             POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
@@ -55,7 +56,8 @@ std::string runCheck(std::vector<std::string> words, std::chrono::seconds limit,
         meanwhile();
         std::this_thread::sleep_for(kStep);
     }
-    if (WIFSIGNALED(status)) return fmt::format("{} was ended by {}", inQuotes(words[0]), strsignal(WTERMSIG(status)));
+    if (WIFSIGNALED(status))
+        return fmt::format("{} was ended by {}", inQuotes(words[0]), strsignal(WTERMSIG(status)));
     if (WEXITSTATUS(status) != 0)
         return fmt::format("{} has the exit status {}", inQuotes(words[0]), WEXITSTATUS(status));
     return {};

@@ -32,7 +32,8 @@ Disk::Disk(const std::string &directory) : directory_(directory, true, {.file = 
         object.at("tried").get_to(memory_.tried);
         object.at("attempts").get_to(memory_.attempts);
         for (const auto &[revision, refusal] : object.at("refused").items())
-            memory_.refused[parseWideNumber(revision).value_or(0)] = {refusal.at("step"), refusal.at("reason")};
+            memory_.refused[parseWideNumber(revision).value_or(0)] = {refusal.at("step"),
+                                                                      refusal.at("reason")};
     } catch (const json::exception &) {
         fail(Exit::Failed, "{}/{} is damaged; move it away, and the host takes the published revision again",
              shown(directory), kMemory);

@@ -29,8 +29,9 @@ std::span<const Command> rows() {
         {.words = "run",
          .summary = "follow the fleet until SIGTERM or SIGINT",
          .more = agentOptions(),
-         .details = "Options win over the file. With Type=notify, the service manager is told when the agent is "
-                    "ready, and that it is alive. Messages go to standard error.",
+         .details =
+             "Options win over the file. With Type=notify, the service manager is told when the agent is "
+             "ready, and that it is alive. Messages go to standard error.",
          .example = "qvs-agent run --endpoints http://127.0.0.1:2379 --labels rack=a",
          .json = false,
          .run = cli::local(run)},
@@ -44,10 +45,13 @@ std::span<const Command> rows() {
 }
 
 constexpr cli::Passage kDescription[] = {
-    {"qvs-agent makes the virtual switches of this host what a fleet of hosts shall have. It follows the published "
-     "revision in a distributed store, carries it out when its turn comes, checks the result, and undoes what "
+    {"qvs-agent makes the virtual switches of this host what a fleet of hosts shall have. It follows the "
+     "published "
+     "revision in a distributed store, carries it out when its turn comes, checks the result, and undoes "
+     "what "
      "fails."},
-    {"qvs fleet publishes revisions and shows how far they are. On an emulated host, qvs-host run -- qvs-agent run "
+    {"qvs fleet publishes revisions and shows how far they are. On an emulated host, qvs-host run -- "
+     "qvs-agent run "
      "starts an agent."},
 };
 constexpr cli::Passage kExitCodes[] = {

@@ -13,9 +13,11 @@ using namespace std::chrono_literals;
 
 // Reads what there is, and watches from there.
 void Agent::connect() {
-    if (lease_ == 0) lease_ = store_.grant(settings_.leaseSeconds);
-    keepAliveAt_ = {};
-    keepAlive();
+    if (lease_ == 0) {
+        lease_ = store_.grant(settings_.leaseSeconds);
+    } else {
+        renew();
+    }
     const Found found = store_.range({settings_.keys.head()});
     headModified_ = 0;
     head_ = {};
@@ -25,7 +27,8 @@ void Agent::connect() {
     }
     readManifest();
     drained_.clear();
-    if (!store_.range({settings_.keys.drain(settings_.host)}).entries.empty()) drained_[settings_.host] = true;
+    if (!store_.range({settings_.keys.drain(settings_.host)}).entries.empty())
+        drained_[settings_.host] = true;
     const std::string labels = writeLabels(settings_.labels);
     const Found registered = store_.range({settings_.keys.host(settings_.host)});
     if (registered.entries.empty() || registered.entries.front().value != labels)
@@ -49,8 +52,11 @@ void Agent::connect() {
 }
 
 void Agent::keepAlive() {
+    if (watch_ && lease_ != 0 && Clock::now() >= keepAliveAt_) renew();
+}
+
+void Agent::renew() {
     const Time now = Clock::now();
-    if (lease_ == 0 || now < keepAliveAt_ || (!watch_ && keepAliveAt_ != Time())) return;
     if (!store_.keepAlive(lease_)) {
         lease_ = 0;
         leads_ = false;
@@ -91,7 +97,8 @@ void Agent::take(const Event &event) {
     } else if (key == keys.coordinator()) {
         coordinator_ = event.removed ? 0 : event.entry.created;
         leads_ = leads_ && !event.removed && event.entry.lease == lease_;
-        standAt_ = Clock::now() + std::chrono::milliseconds(std::uniform_int_distribution<int>(0, 500)(random_));
+        standAt_ =
+            Clock::now() + std::chrono::milliseconds(std::uniform_int_distribution<int>(0, 500)(random_));
     } else if (key.starts_with(keys.drains())) {
         const std::string host = key.substr(keys.drains().size());
         event.removed ? (void)drained_.erase(host) : (void)(drained_[host] = true);
@@ -134,8 +141,8 @@ void Agent::lead() {
     if (const auto next = decide(view_)) publish(*next);
 }
 
-// Both comparisons together make a decision hold only for the rollout that was looked at, and only while this agent
-// coordinates.
+// Both comparisons together make a decision hold only for the rollout that was looked at, and only while this
+// agent coordinates.
 void Agent::publish(const Head &next) {
     const KeyNames &keys = settings_.keys;
     Transaction transaction;
@@ -143,7 +150,8 @@ void Agent::publish(const Head &next) {
                                {keys.coordinator(), Comparison::What::Created, coordinator_}};
     transaction.puts = {{keys.head(), write(next)}};
     if (!next.isUnderWay())
-        transaction.puts.push_back({keys.result(next.revision), write(Result{next.state, next.reason, timeNow()})});
+        transaction.puts.push_back(
+            {keys.result(next.revision), write(Result{next.state, next.reason, timeNow()})});
     if (!store_.commit(transaction)) {
         log(Level::Info, "revision {}: something else was decided", next.revision);
         return connect();

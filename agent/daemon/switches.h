@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The switches of this host, as the agent changes them: with a journal, until the change is confirmed or undone.
+// The switches of this host, as the agent changes them: with a journal, until the change is confirmed or
+// undone.
 #pragma once
 
 #include <cstdint>
@@ -16,10 +17,11 @@ namespace qvs::fleet {
 // Undoes what an earlier run has left, or what waits to be confirmed. Returns whether there was something.
 bool undoPending();
 
-// Makes the host match a document, until it is confirmed. What only the document from before names is removed:
-// settings and properties, and with `prune` all that the document does not name. Returns whether anything was changed;
-// only then there is something to confirm.
-bool change(const config::Document &before, const config::Document &wanted, bool prune, uint32_t confirmSeconds);
+// Makes the host match a document, until it is confirmed. What only the document from before names is
+// removed: settings and properties, and with `prune` all that the document does not name. Returns whether
+// anything was changed; only then there is something to confirm.
+bool change(const config::Document &before, const config::Document &wanted, bool prune,
+            uint32_t confirmSeconds);
 
 // Whether the change is kept. It is not when its time was over, and it was undone.
 bool confirmChange();

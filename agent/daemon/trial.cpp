@@ -60,7 +60,8 @@ config::Document Agent::fetch(const Manifest &manifest) {
         const Found found = store_.range({settings_.keys.document(of.digest)});
         if (found.entries.empty()) fail(Exit::Failed, "the store does not have the document {}", of.digest);
         const std::string &text = found.entries.front().value;
-        if (digestOf(text) != of.digest) fail(Exit::Failed, "the document {} was changed in the store", of.digest);
+        if (digestOf(text) != of.digest)
+            fail(Exit::Failed, "the document {} was changed in the store", of.digest);
         std::vector<config::Problem> problems;
         FleetFile file = readFleetFile(text, of.name, of.name, problems);
         if (!problems.empty()) fail(Exit::Failed, "{}", messageOf(problems.front()));
@@ -85,7 +86,11 @@ bool Agent::attempt(uint64_t revision, const config::Document &wanted, bool prun
         if (failure.exit == Exit::Failed || failure.exit == Exit::Usage || failure.exit == Exit::NotFound)
             return refuse(revision, "apply", failure.message), true;
         log(Level::Warning, "revision {} waits: {}", revision, failure.message);
-        settled_ = false;
+        // This is no attempt that has ended the agent.
+        memory.trying = 0;
+        memory.attempts = 0;
+        disk_.keep(memory);
+        unsettle();
         return false;
     }
     measure("apply");
@@ -96,7 +101,7 @@ bool Agent::attempt(uint64_t revision, const config::Document &wanted, bool prun
     if (problem.empty() && !agree(revision, until, problem)) {
         if (problem.empty()) {
             log(Level::Info, "revision {} was withdrawn, and is undone", revision);
-            settled_ = false;
+            unsettle();
             return true;
         }
         step = "store";
@@ -104,10 +109,11 @@ bool Agent::attempt(uint64_t revision, const config::Document &wanted, bool prun
     if (!problem.empty()) return refuse(revision, step, problem), true;
     try {
         if (pending && !confirmChange())
-            return refuse(revision, "confirm", "the time to confirm was over, and the change was undone"), true;
+            return refuse(revision, "confirm", "the time to confirm was over, and the change was undone"),
+                   true;
     } catch (const Failure &failure) {
         log(Level::Warning, "revision {}: {}", revision, failure.message);
-        settled_ = false;
+        unsettle();
         return false;
     }
     measure("confirm");
@@ -147,12 +153,13 @@ std::string Agent::checkHost(const std::map<std::string, bool> &before, std::str
     return runCheck(settings_.check, std::chrono::seconds(settings_.checkSeconds), meanwhile);
 }
 
-// Writes the status to the store, in a transaction that holds only while this revision is still wanted here. Returns
-// false, without a problem, when it is not.
+// Writes the status to the store, in a transaction that holds only while this revision is still wanted here.
+// Returns false, without a problem, when it is not.
 bool Agent::agree(uint64_t revision, Time until, std::string &problem) {
     status_.trying = revision;
     do {
         ping();
+        problem.clear();
         try {
             if (lease_ == 0) lease_ = store_.grant(settings_.leaseSeconds);
             status_.time = timeNow();
@@ -177,7 +184,8 @@ bool Agent::agree(uint64_t revision, Time until, std::string &problem) {
     return false;
 }
 
-// Remembers first, so that a revision that was refused is not tried again whatever happens next, and then undoes.
+// Remembers first, so that a revision that was refused is not tried again whatever happens next, and then
+// undoes.
 void Agent::refuse(uint64_t revision, const std::string &step, const std::string &reason) {
     log(Level::Error, "refuses revision {}: {}: {}", revision, step, reason);
     Memory memory = disk_.memory();
@@ -185,8 +193,7 @@ void Agent::refuse(uint64_t revision, const std::string &step, const std::string
     if (memory.refused.size() > kMostRefusals) memory.refused.erase(memory.refused.begin());
     disk_.keep(memory);
     numbers_.failures++;
-    settled_ = false;
-    compareAt_ = {};
+    unsettle();
     settle();
 }
 

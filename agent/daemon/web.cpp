@@ -35,18 +35,20 @@ void appendMetrics(fmt::memory_buffer &page, const Numbers &numbers) {
         {"qvs_agent_applies_total", "counter", "Revisions that were carried out.", numbers.applies},
         {"qvs_agent_failures_total", "counter", "Revisions that were refused.", numbers.failures},
         {"qvs_agent_drift", "gauge", "Differences between the host and its revision.", numbers.drift},
-        {"qvs_agent_corrections_total", "counter", "Times that such differences were undone.", numbers.corrections},
+        {"qvs_agent_corrections_total", "counter", "Times that such differences were undone.",
+         numbers.corrections},
         {"qvs_agent_store_up", "gauge", "Whether the store answers.", numbers.storeAnswers ? 1u : 0u},
         {"qvs_agent_store_requests_total", "counter", "Requests to the store.", numbers.requests},
-        {"qvs_agent_coordinator", "gauge", "Whether this agent coordinates rollouts.", numbers.coordinates ? 1u : 0u},
+        {"qvs_agent_coordinator", "gauge", "Whether this agent coordinates rollouts.",
+         numbers.coordinates ? 1u : 0u},
     };
     for (const Row &row : rows)
-        fmt::format_to(std::back_inserter(page), "# HELP {0} {1}\n# TYPE {0} {2}\n{0} {3}\n", row.name, row.help,
-                       row.type, row.value);
+        fmt::format_to(std::back_inserter(page), "# HELP {0} {1}\n# TYPE {0} {2}\n{0} {3}\n", row.name,
+                       row.help, row.type, row.value);
     constexpr const char *kPhase = "qvs_agent_phase_seconds";
     if (numbers.seconds.empty()) return;
-    fmt::format_to(std::back_inserter(page), "# HELP {0} Time of each phase of the last change.\n# TYPE {0} gauge\n",
-                   kPhase);
+    fmt::format_to(std::back_inserter(page),
+                   "# HELP {0} Time of each phase of the last change.\n# TYPE {0} gauge\n", kPhase);
     for (const auto &[phase, seconds] : numbers.seconds)
         fmt::format_to(std::back_inserter(page), "{}{{phase=\"{}\"}} {:.6f}\n", kPhase, phase, seconds);
 }
@@ -60,7 +62,8 @@ Web::Web(const std::string &listen) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     if (!port || *port > 65535 || inet_pton(AF_INET, listen.substr(0, colon).c_str(), &address.sin_addr) != 1)
-        fail(Exit::Usage, "listen: {} is not ADDRESS:PORT, such as 127.0.0.1:9476, or none", inQuotes(listen));
+        fail(Exit::Usage, "listen: {} is not ADDRESS:PORT, such as 127.0.0.1:9476, or none",
+             inQuotes(listen));
     address.sin_port = htons(static_cast<uint16_t>(*port));
     descriptor_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     const int on = 1;

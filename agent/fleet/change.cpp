@@ -31,7 +31,8 @@ std::vector<FleetFile> readFiles(const Arguments &arguments) {
         FleetFile file = readFleetFile(text, path, std::filesystem::path(path).stem().string(), problems);
         const auto [other, isNew] = seen.emplace(std::pair(file.of.kind, file.of.name), path);
         if (!isNew && file.of.kind != Kind::Switch)
-            problems.push_back({path, 1, 1, "", fmt::format("{} is already for {}", other->second, file.of.name)});
+            problems.push_back(
+                {path, 1, 1, "", fmt::format("{} is already for {}", other->second, file.of.name)});
         files.push_back(std::move(file));
     }
     std::string message;
@@ -41,14 +42,15 @@ std::vector<FleetFile> readFiles(const Arguments &arguments) {
     return files;
 }
 
-// Two groups, or two documents for all hosts, must not want different things of one host: which of them won would be a
-// matter of their order.
+// Two groups, or two documents for all hosts, must not want different things of one host: which of them won
+// would be a matter of their order.
 void requireAgreement(const Fleet &fleet, const std::vector<FleetFile> &files) {
     for (size_t one = 0; one < files.size(); one++)
         for (size_t other = one + 1; other < files.size(); other++) {
             if (files[one].of.kind != files[other].of.kind || files[one].of.kind == Kind::Host) continue;
             const auto shared = std::ranges::find_if(fleet.hosts(), [&](const auto &host) {
-                return isFor(files[one].of, host.first, host.second) && isFor(files[other].of, host.first, host.second);
+                return isFor(files[one].of, host.first, host.second) &&
+                       isFor(files[other].of, host.first, host.second);
             });
             if (shared == fleet.hosts().end()) continue;
             const auto paths = config::disagreements(files[one].document, files[other].document);
@@ -94,8 +96,9 @@ void stop(const Arguments &arguments, Output &out) {
             head.reason = "stopped by an operator";
             Transaction transaction;
             transaction.comparisons = {{keys.head(), Comparison::What::Modified, fleet.view().headModified}};
-            transaction.puts = {{keys.head(), write(head)},
-                                {keys.result(head.revision), write(Result{head.state, head.reason, timeNow()})}};
+            transaction.puts = {
+                {keys.head(), write(head)},
+                {keys.result(head.revision), write(Result{head.state, head.reason, timeNow()})}};
             if (!fleet.store().commit(transaction)) {
                 fleet.read();
                 continue;
@@ -125,11 +128,13 @@ const Command kRows[] = {
      .summary = "publish documents as the next revision of the fleet, and roll it out",
      .arguments = {{"FILE", "a document; all of them are the new revision", cli::Kind::File, false, true}},
      .more = kRolloutOptions,
-     .details = "A revision consists of the documents that are given, and of no others. A document is for all "
-                "hosts, or begins with 'group: NAME' and 'labels: {NAME: VALUE}', or with 'host: NAME'. Where "
-                "several are for a host, the host's own wins over those of groups, and these win over those for "
-                "all hosts. The coordinating agent goes on with the rollout when this command is interrupted. The exit "
-                "status is 1 when a rollout was stopped or taken back.",
+     .details =
+         "A revision consists of the documents that are given, and of no others. A document is for all "
+         "hosts, or begins with 'group: NAME' and 'labels: {NAME: VALUE}', or with 'host: NAME'. Where "
+         "several are for a host, the host's own wins over those of groups, and these win over those for "
+         "all hosts. The coordinating agent goes on with the rollout when this command is interrupted. The "
+         "exit "
+         "status is 1 when a rollout was stopped or taken back.",
      .example = "qvs fleet apply fleet/*.yaml --canary 1 --batch 10 --rollback-on-failure",
      .run = cli::local(apply)},
     {.words = "rollback",

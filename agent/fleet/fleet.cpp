@@ -2,6 +2,7 @@
 #include "agent/fleet/fleet.h"
 
 #include <algorithm>
+#include <thread>
 
 #include "access/changes.h"
 #include "base/failure.h"
@@ -29,21 +30,40 @@ bool Fleet::await() {
     const Watch::News news = watch_->wait({}, std::chrono::seconds(1));
     for (const Event &event : news.events)
         take(view_, keys(), event);
-    if (!news.ended.empty() || view_.head.revision != revision) read();
+    // A member that has stopped sends nothing, and does not say so.
+    constexpr int kMostIdle = 5;
+    idle_ = news.events.empty() ? idle_ + 1 : 0;
+    if (!news.ended.empty() || view_.head.revision != revision || idle_ >= kMostIdle) readAgain();
     return !news.events.empty() || !news.ended.empty();
+}
+
+// The same while the store elects another leader.
+void Fleet::readAgain() {
+    constexpr int kMost = 30;
+    idle_ = 0;
+    for (int attempt = 0;; attempt++) {
+        try {
+            return read();
+        } catch (const Failure &failure) {
+            if (failure.exit != Exit::NoAnswer || attempt == kMost) throw;
+        }
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+    }
 }
 
 const Labels &Fleet::labelsOf(const std::string &host) const {
     const auto found = hosts_.find(host);
-    if (found == hosts_.end()) fail(Exit::NotFound, "host {}: the fleet has none of this name", inQuotes(host));
+    if (found == hosts_.end())
+        fail(Exit::NotFound, "host {}: the fleet has none of this name", inQuotes(host));
     return found->second;
 }
 
 Manifest Fleet::revision(uint64_t number) {
     if (number == 0) return {};
     const auto found = revisions_.find(number);
-    return found != revisions_.end() ? found->second
-                                     : revisions_.emplace(number, readRevision(store_, keys(), number)).first->second;
+    return found != revisions_.end()
+               ? found->second
+               : revisions_.emplace(number, readRevision(store_, keys(), number)).first->second;
 }
 
 config::Document Fleet::document(const DocumentOf &of) {
@@ -68,7 +88,8 @@ std::vector<HostsPlan> plansFor(Fleet &fleet, const std::vector<std::string> &ho
     std::map<std::string, HostsPlan> plans;  // by what they are made of
     for (const std::string &host : hosts) {
         const auto status = fleet.view().statuses.find(host);
-        const uint64_t has = status == fleet.view().statuses.end() ? fleet.view().head.base : status->second.revision;
+        const uint64_t has =
+            status == fleet.view().statuses.end() ? fleet.view().head.base : status->second.revision;
         const std::vector<DocumentOf> before = fleet.revision(has).documents;
         std::string key;
         for (const auto *list : {&before, &documents}) {

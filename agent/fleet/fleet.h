@@ -40,6 +40,8 @@ class Fleet {
     config::Document composedFor(const std::string &host, uint64_t revision);
 
   private:
+    void readAgain();
+
     Settings settings_;
     Store store_;
     View view_;
@@ -47,6 +49,7 @@ class Fleet {
     std::map<uint64_t, Manifest> revisions_;
     std::map<std::string, config::Document> documents_;
     std::unique_ptr<Watch> watch_;
+    int idle_ = 0;  // waits without an event
 };
 
 // Hosts with the same differences.

@@ -12,7 +12,8 @@ namespace qvs::fleet {
 namespace {
 
 constexpr cli::Passage kDescription[] = {
-    {"qvs fleet publishes the configuration of virtual switches for many hosts as numbered revisions, and shows how "
+    {"qvs fleet publishes the configuration of virtual switches for many hosts as numbered revisions, and "
+     "shows how "
      "far they are. On each host, qvs-agent carries them out. Both meet in a distributed store."},
     {"The options of the store may stand in a file in YAML: the one that --config names, or the variable "
      "QVS_FLEET, or /etc/qvs/fleet.yaml. 'qvs-agent config' prints such a file with all settings."},

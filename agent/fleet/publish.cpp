@@ -42,14 +42,16 @@ Waves wavesOf(const Fleet &fleet, const View &view, const Arguments &arguments) 
     for (size_t at = 0; at < hosts.size();) {
         const size_t most = at == 0 && canary != 0 ? canary : batch == 0 ? hosts.size() : batch;
         const size_t end = std::min(hosts.size(), at + most);
-        waves.emplace_back(hosts.begin() + static_cast<ptrdiff_t>(at), hosts.begin() + static_cast<ptrdiff_t>(end));
+        waves.emplace_back(hosts.begin() + static_cast<ptrdiff_t>(at),
+                           hosts.begin() + static_cast<ptrdiff_t>(end));
         at = end;
     }
     if (waves.empty()) waves.emplace_back();
     return waves;
 }
 
-// Writes in as few transactions as the store allows. What is there already is the same, because its key is a digest.
+// Writes in as few transactions as the store allows. What is there already is the same, because its key is a
+// digest.
 void putAll(Store &store, const std::vector<Put> &puts) {
     Transaction transaction;
     size_t bytes = 0;
@@ -60,7 +62,8 @@ void putAll(Store &store, const std::vector<Put> &puts) {
     };
     for (const Put &put : puts) {
         const size_t size = put.key.size() + put.value.size();
-        if (size > kMostRequestBytes) fail(Exit::Usage, "a document has more than {} bytes", kMostRequestBytes);
+        if (size > kMostRequestBytes)
+            fail(Exit::Usage, "a document has more than {} bytes", kMostRequestBytes);
         if (bytes + size > kMostRequestBytes || transaction.puts.size() + 1 > kMostOperations) send();
         transaction.puts.push_back(put);
         bytes += size;
@@ -90,7 +93,8 @@ void announce(Fleet &fleet, const Manifest &manifest) {
 
 void requireIdle(const Head &head) {
     if (head.isUnderWay())
-        fail(Exit::Locked, "revision {} is being rolled out; wait for its end, or end it with 'qvs fleet stop'",
+        fail(Exit::Locked,
+             "revision {} is being rolled out; wait for its end, or end it with 'qvs fleet stop'",
              head.revision);
 }
 
@@ -119,7 +123,8 @@ void followRollout(Fleet &fleet, uint64_t revision, Output &out) {
     cli::Record record(out);
     record.field("revision", "revision", head.revision);
     record.field("state", "state", std::string_view(wordOf(head.state)));
-    record.field("reason", "reason", head.reason.empty() ? std::nullopt : std::optional<std::string_view>(head.reason));
+    record.field("reason", "reason",
+                 head.reason.empty() ? std::nullopt : std::optional<std::string_view>(head.reason));
     record.finish();
     if (head.state != State::Done) out.exitWith(static_cast<int>(Exit::Failed));
 }
@@ -131,8 +136,8 @@ const std::span<const Option> kRolloutOptions = kOptions;
 std::string progressLine(const View &view) {
     const Progress progress = progressOf(view);
     std::string line = fmt::format("revision {}: {}, wave {} of {}: {} of {} hosts", view.head.revision,
-                                   wordOf(view.head.state), view.head.wave + 1, std::max(view.manifest.waves, 1u),
-                                   progress.done, progress.hosts);
+                                   wordOf(view.head.state), view.head.wave + 1,
+                                   std::max(view.manifest.waves, 1u), progress.done, progress.hosts);
     const auto add = [&](const char *what, const std::set<std::string> &hosts) {
         if (!hosts.empty()) line += fmt::format(", {} {}", what, listed({hosts.begin(), hosts.end()}));
     };

@@ -9,8 +9,8 @@ namespace qvs::fleet {
 // How a revision is rolled out.
 extern const std::span<const cli::Option> kRolloutOptions;
 
-// Publishes these documents as the next revision, with the options of the command, and follows it to its end. `texts` are
-// those that the store may not have yet, by digest.
+// Publishes these documents as the next revision, with the options of the command, and follows it to its end.
+// `texts` are those that the store may not have yet, by digest.
 void publish(Fleet &fleet, Manifest manifest, const std::map<std::string, std::string> &texts,
              const cli::Arguments &arguments, cli::Output &out);
 

@@ -77,14 +77,16 @@ void hosts(const Arguments &arguments, Output &out) {
         std::vector<std::string> pairs;
         for (const auto &[name, value] : labels)
             pairs.push_back(name + '=' + value);
-        const std::string problem =
-            status == nullptr || status->refused == 0 ? "" : fmt::format("{}: {}", status->step, status->reason);
+        const std::string problem = status == nullptr || status->refused == 0
+                                        ? ""
+                                        : fmt::format("{}: {}", status->step, status->reason);
         const char *state = view.drained.contains(host) ? "drained"
                             : status == nullptr         ? "away"
                             : status->refused != 0      ? "refused"
                                                         : "up";
         const cli::Words differences =
-            status == nullptr ? cli::Words{} : cli::Words{{status->differences.begin(), status->differences.end()}};
+            status == nullptr ? cli::Words{}
+                              : cli::Words{{status->differences.begin(), status->differences.end()}};
         listing.row(std::string_view(host), std::string_view(state),
                     status == nullptr ? std::nullopt : std::optional(status->revision),
                     status == nullptr ? std::nullopt : std::optional(status->drift),
@@ -116,8 +118,8 @@ void history(const Arguments &arguments, Output &out) {
         const State state = ended ? result->second.state : fleet.view().head.state;
         listing.row(manifest.revision, std::string_view(manifest.time), std::string_view(manifest.author),
                     std::string_view(wordOf(state)), manifest.waves,
-                    manifest.copies == 0 ? std::nullopt : std::optional(manifest.copies), orNothing(manifest.message),
-                    ended ? orNothing(result->second.reason) : std::nullopt);
+                    manifest.copies == 0 ? std::nullopt : std::optional(manifest.copies),
+                    orNothing(manifest.message), ended ? orNothing(result->second.reason) : std::nullopt);
     }
     listing.finish();
 }
@@ -166,8 +168,9 @@ const Command kRows[] = {
     {.words = "diff",
      .summary = "show what hosts lack of the published revision, and what was changed on them by hand",
      .arguments = {{"HOST", "name of the host; all without", cli::Kind::Word, true}},
-     .details = "The exit status is 4 when there is a difference. The JSON has the changes by hand in the list "
-                "of hosts.",
+     .details =
+         "The exit status is 4 when there is a difference. The JSON has the changes by hand in the list "
+         "of hosts.",
      .example = "qvs fleet diff h7",
      .run = cli::local(diff)},
 };

@@ -20,7 +20,8 @@ using config::Node;
 using config::Path;
 using config::Type;
 
-constexpr Member kNameMember{.name = "name", .summary = "a name", .type = Type::Text, .least = 1, .most = 253};
+constexpr Member kNameMember{
+    .name = "name", .summary = "a name", .type = Type::Text, .least = 1, .most = 253};
 
 // Replaces lines, from 1, by blank ones, so that the places of all others stay the same.
 void blank(std::string &text, size_t from, size_t behind) {
@@ -64,11 +65,13 @@ class HeadReader {
 
   private:
     void takeName(const Node &key, const Node &value, const Path &path, DocumentOf &of) {
-        if (of.kind != DocumentOf::Kind::Switch) values_.report(key, path, "a document has one group or one host");
+        if (of.kind != DocumentOf::Kind::Switch)
+            values_.report(key, path, "a document has one group or one host");
         of.kind = key.text == "group" ? DocumentOf::Kind::Group : DocumentOf::Kind::Host;
         of.name = values_.readName(kNameMember, value, path).value_or("");
         if (!of.name.empty() && !isName(of.name))
-            values_.report(value, path, inQuotes(of.name) + " is no name of letters, digits, dots and dashes");
+            values_.report(value, path,
+                           inQuotes(of.name) + " is no name of letters, digits, dots and dashes");
     }
     void takeLabels(const Node &node, const Path &path, DocumentOf &of) {
         values_.forEachEntry(node, path, false, [&](const Node &key, const Node &value, const Path &here) {
@@ -82,7 +85,7 @@ class HeadReader {
 }  // namespace
 
 FleetFile readFleetFile(std::string_view text, std::string_view origin, std::string_view name,
-                   std::vector<config::Problem> &problems) {
+                        std::vector<config::Problem> &problems) {
     FleetFile file;
     file.of.name = name;
     file.text = text;
@@ -111,13 +114,15 @@ bool isFor(const DocumentOf &document, std::string_view host, const Labels &labe
     });
 }
 
-config::Document composed(const std::vector<DocumentOf> &documents, std::string_view host, const Labels &labels,
+config::Document composed(const std::vector<DocumentOf> &documents, std::string_view host,
+                          const Labels &labels,
                           const std::function<config::Document(const DocumentOf &)> &read) {
     using Kind = DocumentOf::Kind;
     config::Document whole;
     for (const Kind kind : std::array{Kind::Switch, Kind::Group, Kind::Host})
         for (const DocumentOf &document : documents)
-            if (document.kind == kind && isFor(document, host, labels)) config::overlay(whole, read(document));
+            if (document.kind == kind && isFor(document, host, labels))
+                config::overlay(whole, read(document));
     return whole;
 }
 

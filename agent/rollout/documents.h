@@ -13,22 +13,23 @@
 
 namespace qvs::fleet {
 
-// A file of a fleet is a document of qvs apply that may begin with `group: NAME` and `labels: {...}`, or with `host:
-// NAME`. Without them, it is for all hosts.
+// A file of a fleet is a document of qvs apply that may begin with `group: NAME` and `labels: {...}`, or with
+// `host: NAME`. Without them, it is for all hosts.
 struct FleetFile {
     DocumentOf of;
     std::string text;  // as it is stored: with blank lines for those of the head
     config::Document document;
 };
 FleetFile readFleetFile(std::string_view text, std::string_view origin, std::string_view name,
-                   std::vector<config::Problem> &problems);
+                        std::vector<config::Problem> &problems);
 
 // Whether a document is for a host.
 bool isFor(const DocumentOf &document, std::string_view host, const Labels &labels);
 
-// The configuration of a host: the documents for all hosts, then those of its groups, then its own. What comes later
-// wins, setting by setting. `read` returns the document of a digest.
-config::Document composed(const std::vector<DocumentOf> &documents, std::string_view host, const Labels &labels,
+// The configuration of a host: the documents for all hosts, then those of its groups, then its own. What
+// comes later wins, setting by setting. `read` returns the document of a digest.
+config::Document composed(const std::vector<DocumentOf> &documents, std::string_view host,
+                          const Labels &labels,
                           const std::function<config::Document(const DocumentOf &)> &read);
 
 }  // namespace qvs::fleet

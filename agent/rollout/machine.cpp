@@ -14,10 +14,11 @@ uint32_t lastWave(const Manifest &manifest) {
 
 }  // namespace
 
-uint64_t goalOf(const Head &head, const Manifest &manifest, std::optional<uint32_t> wave, const Memory &memory,
-                bool drained) {
+uint64_t goalOf(const Head &head, const Manifest &manifest, std::optional<uint32_t> wave,
+                const Memory &memory, bool drained) {
     if (drained || head.revision == 0) return memory.applied;
-    // A host that was away catches up with what the fleet has, and one that is ahead stays there until its wave.
+    // A host that was away catches up with what the fleet has, and one that is ahead stays there until its
+    // wave.
     uint64_t wanted = std::max(memory.applied, head.base);
     if (head.state == State::RollingBack || head.state == State::RolledBack) {
         if (memory.applied == head.revision) wanted = head.base;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What agents and the coordinator decide, without input and output. tests/agent/model.py searches the same decisions in
-// all schedules of a small fleet.
+// What agents and the coordinator decide, without input and output. tests/agent/model.py searches the same
+// decisions in all schedules of a small fleet.
 #pragma once
 
 #include <map>
@@ -15,7 +15,7 @@ namespace qvs::fleet {
 // What an agent keeps on its disk.
 struct Memory {
     uint64_t applied = 0;  // the revision that the host has
-    uint64_t trying = 0;  // the one that it changes to, or 0
+    uint64_t trying = 0;   // the one that it changes to, or 0
     uint64_t tried = 0;    // the last one that it changed to, and how often
     uint32_t attempts = 0;
     struct Refusal {
@@ -28,10 +28,10 @@ struct Memory {
 // An agent that was killed so often while it tried a revision refuses it.
 inline constexpr uint32_t kMostAttempts = 3;
 
-// The revision that the host shall have. `wave` is that of the host in the plan of the revision; nothing for a host that
-// joined later, which belongs to the last wave. A drained host keeps what it has.
-uint64_t goalOf(const Head &head, const Manifest &manifest, std::optional<uint32_t> wave, const Memory &memory,
-                bool drained);
+// The revision that the host shall have. `wave` is that of the host in the plan of the revision; nothing for
+// a host that joined later, which belongs to the last wave. A drained host keeps what it has.
+uint64_t goalOf(const Head &head, const Manifest &manifest, std::optional<uint32_t> wave,
+                const Memory &memory, bool drained);
 
 // What the coordinator sees of a fleet. Hosts whose lease has ended have no status.
 struct View {

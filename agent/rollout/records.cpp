@@ -21,7 +21,8 @@ constexpr std::array kKinds = {"switch", "group", "host"};
 // A record as a JSON object. A member that is absent has its default, one of another type is refused.
 class Reader {
   public:
-    Reader(std::string_view text, const char *what) : what_(what), object_(json::parse(text, nullptr, false)) {
+    Reader(std::string_view text, const char *what)
+        : what_(what), object_(json::parse(text, nullptr, false)) {
         if (!object_.is_object()) refuse("it is not a JSON object");
     }
     Reader(json object, const char *what) : what_(what), object_(std::move(object)) {
@@ -94,10 +95,11 @@ std::string KeyNames::result(uint64_t number) const {
 
 bool isName(std::string_view name) {
     constexpr size_t kMost = 253;
-    return !name.empty() && name.size() <= kMost && name.front() != '.' && std::ranges::all_of(name, [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.' || c == '-' ||
-               c == '_';
-    });
+    return !name.empty() && name.size() <= kMost && name.front() != '.' &&
+           std::ranges::all_of(name, [](char c) {
+               return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                      c == '.' || c == '-' || c == '_';
+           });
 }
 
 const char *wordOf(State state) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a fleet keeps in its store: the keys below a prefix, and the records under them, which are JSON. docs/fleet.md
-// describes them for other programs.
+// What a fleet keeps in its store: the keys below a prefix, and the records under them, which are JSON.
+// docs/fleet.md describes them for other programs.
 #pragma once
 
 #include <cstdint>
@@ -71,7 +71,7 @@ struct Manifest {
     std::string author;
     std::string time;  // in UTC
     std::vector<DocumentOf> documents;
-    std::string plan;     // the digest of the waves
+    std::string plan;  // the digest of the waves
     uint32_t waves = 1;
     uint32_t unavailable = 0;  // how many hosts may be away when a wave is over
     bool rollsBack = false;
@@ -87,7 +87,7 @@ struct Status {
     uint64_t refused = 0;  // the published revision, if the host has refused it
     std::string step;      // that failed
     std::string reason;
-    uint32_t drift = 0;  // differences between the host and its revision
+    uint32_t drift = 0;                    // differences between the host and its revision
     std::vector<std::string> differences;  // the first of them
     std::string time;
     std::string version;

@@ -27,27 +27,106 @@ using config::Value;
 constexpr const char *kLogs[] = {"text", "json"};
 
 constexpr Member kMembers[] = {
-    {.name = "host", .summary = "the name of this host in the fleet (the name of the machine)", .type = Type::Text, .most = 253},
-    {.name = "labels", .summary = "labels of this host, as NAME=VALUE, which groups choose hosts by", .type = Type::Text, .list = true, .fallback = ""},
-    {.name = "endpoints", .summary = "the members of the store", .type = Type::Text, .list = true, .fallback = "http://127.0.0.1:2379"},
-    {.name = "prefix", .summary = "the beginning of all keys of the fleet", .type = Type::Text, .fallback = kDefaultPrefix},
-    {.name = "caFile", .summary = "certificates of the authorities that may sign those of the store", .type = Type::Text, .fallback = ""},
-    {.name = "certificateFile", .summary = "the certificate of this client", .type = Type::Text, .fallback = ""},
+    {.name = "host",
+     .summary = "the name of this host in the fleet (the name of the machine)",
+     .type = Type::Text,
+     .most = 253},
+    {.name = "labels",
+     .summary = "labels of this host, as NAME=VALUE, which groups choose hosts by",
+     .type = Type::Text,
+     .list = true,
+     .fallback = ""},
+    {.name = "endpoints",
+     .summary = "the members of the store",
+     .type = Type::Text,
+     .list = true,
+     .fallback = "http://127.0.0.1:2379"},
+    {.name = "prefix",
+     .summary = "the beginning of all keys of the fleet",
+     .type = Type::Text,
+     .fallback = kDefaultPrefix},
+    {.name = "caFile",
+     .summary = "certificates of the authorities that may sign those of the store",
+     .type = Type::Text,
+     .fallback = ""},
+    {.name = "certificateFile",
+     .summary = "the certificate of this client",
+     .type = Type::Text,
+     .fallback = ""},
     {.name = "keyFile", .summary = "the key of that certificate", .type = Type::Text, .fallback = ""},
     {.name = "user", .summary = "the user of the store", .type = Type::Text, .fallback = ""},
-    {.name = "passwordFile", .summary = "the file with the user's password, which only its owner may read", .type = Type::Text, .fallback = ""},
-    {.name = "requestLimit", .summary = "how long a member of the store may take for an answer", .type = Type::Number, .least = 1, .most = 60, .unit = "seconds", .fallback = "5"},
-    {.name = "directory", .summary = "where the agent keeps its state", .type = Type::Text, .least = 1, .fallback = "/var/lib/qvs/agent"},
-    {.name = "lease", .summary = "how long a host counts as there when it is not heard of", .type = Type::Number, .least = 2, .most = 3600, .unit = "seconds", .fallback = "30"},
-    {.name = "window", .summary = "hosts fetch a revision at a random moment within this time", .type = Type::Number, .most = 3600, .unit = "seconds", .fallback = "2"},
-    {.name = "confirm", .summary = "a change is undone unless all checks succeed within this time", .type = Type::Number, .least = 1, .most = 3600, .unit = "seconds", .fallback = "60"},
-    {.name = "check", .summary = "a program and its words, which must succeed after each change; no shell runs it", .type = Type::Text, .list = true, .fallback = ""},
-    {.name = "checkLimit", .summary = "how long that program may take", .type = Type::Number, .least = 1, .most = 3600, .unit = "seconds", .fallback = "30"},
-    {.name = "drift", .summary = "how often the host is compared with its revision", .type = Type::Number, .least = 1, .most = 86400, .unit = "seconds", .fallback = "10"},
-    {.name = "enforce", .summary = "whether changes by others are undone; otherwise they are only reported", .type = Type::Boolean, .fallback = "off"},
-    {.name = "coordinate", .summary = "whether this agent may coordinate rollouts", .type = Type::Boolean, .fallback = "on"},
-    {.name = "listen", .summary = "address and port of /metrics and /health, or none", .type = Type::Text, .fallback = "127.0.0.1:9476"},
-    {.name = "log", .summary = "how messages are written", .type = Type::Word, .words = kLogs, .fallback = "text"},
+    {.name = "passwordFile",
+     .summary = "the file with the user's password, which only its owner may read",
+     .type = Type::Text,
+     .fallback = ""},
+    {.name = "requestLimit",
+     .summary = "how long a member of the store may take for an answer",
+     .type = Type::Number,
+     .least = 1,
+     .most = 60,
+     .unit = "seconds",
+     .fallback = "5"},
+    {.name = "directory",
+     .summary = "where the agent keeps its state",
+     .type = Type::Text,
+     .least = 1,
+     .fallback = "/var/lib/qvs/agent"},
+    {.name = "lease",
+     .summary = "how long a host counts as there when it is not heard of",
+     .type = Type::Number,
+     .least = 2,
+     .most = 3600,
+     .unit = "seconds",
+     .fallback = "30"},
+    {.name = "window",
+     .summary = "hosts fetch a revision at a random moment within this time",
+     .type = Type::Number,
+     .most = 3600,
+     .unit = "seconds",
+     .fallback = "2"},
+    {.name = "confirm",
+     .summary = "a change is undone unless all checks succeed within this time",
+     .type = Type::Number,
+     .least = 1,
+     .most = 3600,
+     .unit = "seconds",
+     .fallback = "60"},
+    {.name = "check",
+     .summary = "a program and its words, which must succeed after each change; no shell runs it",
+     .type = Type::Text,
+     .list = true,
+     .fallback = ""},
+    {.name = "checkLimit",
+     .summary = "how long that program may take",
+     .type = Type::Number,
+     .least = 1,
+     .most = 3600,
+     .unit = "seconds",
+     .fallback = "30"},
+    {.name = "drift",
+     .summary = "how often the host is compared with its revision",
+     .type = Type::Number,
+     .least = 1,
+     .most = 86400,
+     .unit = "seconds",
+     .fallback = "10"},
+    {.name = "enforce",
+     .summary = "whether changes by others are undone; otherwise they are only reported",
+     .type = Type::Boolean,
+     .fallback = "off"},
+    {.name = "coordinate",
+     .summary = "whether this agent may coordinate rollouts",
+     .type = Type::Boolean,
+     .fallback = "on"},
+    {.name = "listen",
+     .summary = "address and port of /metrics and /health, or none",
+     .type = Type::Text,
+     .fallback = "127.0.0.1:9476"},
+    {.name = "log",
+     .summary = "how messages are written",
+     .type = Type::Word,
+     .words = kLogs,
+     .fallback = "text"},
 };
 
 // Those of the store stand together.
@@ -133,7 +212,8 @@ Labels labelsOf(const Value &list) {
     Labels labels;
     for (const std::string &text : textsOf(list)) {
         const size_t equals = text.find('=');
-        if (equals == 0 || equals == std::string::npos) fail(Exit::Usage, "labels: {} is not NAME=VALUE", inQuotes(text));
+        if (equals == 0 || equals == std::string::npos)
+            fail(Exit::Usage, "labels: {} is not NAME=VALUE", inQuotes(text));
         labels[text.substr(0, equals)] = text.substr(equals + 1);
     }
     return labels;
@@ -158,14 +238,21 @@ Settings readSettings(const cli::Arguments &arguments, const ConfigFile &file) {
     for (const Member &member : kMembers)
         if (values[member.name].absent()) values.set(member.name, valueWithout(member));
     const auto number = [&](const char *name) { return static_cast<uint32_t>(values[name].number()); };
-    const auto text = [&](const char *name) { return values[name].absent() ? std::string() : values[name].text(); };
+    const auto text = [&](const char *name) {
+        return values[name].absent() ? std::string() : values[name].text();
+    };
     Settings settings;
     settings.host = text("host").empty() ? machineName() : text("host");
     if (!isName(settings.host))
         fail(Exit::Usage, "host: {} is no name of letters, digits, dots and dashes", inQuotes(settings.host));
     settings.labels = labelsOf(values["labels"]);
-    settings.access = {textsOf(values["endpoints"]), text("caFile"), text("certificateFile"), text("keyFile"),
-                       text("user"), text("passwordFile"), std::chrono::seconds(number("requestLimit"))};
+    settings.access = {textsOf(values["endpoints"]),
+                       text("caFile"),
+                       text("certificateFile"),
+                       text("keyFile"),
+                       text("user"),
+                       text("passwordFile"),
+                       std::chrono::seconds(number("requestLimit"))};
     settings.keys.prefix = text("prefix");
     settings.directory = text("directory");
     settings.leaseSeconds = number("lease");
@@ -182,7 +269,8 @@ Settings readSettings(const cli::Arguments &arguments, const ConfigFile &file) {
 }
 
 std::string exampleFile() {
-    std::string text = "# The settings of qvs-agent. A line without # in front replaces the default, which it shows.\n";
+    std::string text =
+        "# The settings of qvs-agent. A line without # in front replaces the default, which it shows.\n";
     for (const Member &member : kMembers) {
         text += fmt::format("\n# {}{}{}.\n", member.summary, member.unit != nullptr ? ", in " : "",
                             member.unit != nullptr ? member.unit : "");

@@ -64,7 +64,8 @@ void mix(State &state, std::string_view block) {
 }  // namespace
 
 std::string digestOf(std::string_view text) {
-    State state = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a, 0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+    State state = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
+                   0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
     const uint64_t bits = uint64_t{text.size()} * 8;
     for (; text.size() >= kBlock; text.remove_prefix(kBlock))
         mix(state, text.substr(0, kBlock));

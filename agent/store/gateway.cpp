@@ -37,6 +37,11 @@ std::string textIn(const json &object, const char *member) {
     return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
+bool flagIn(const json &object, const char *member) {
+    const auto found = object.find(member);
+    return found != object.end() && found->is_boolean() && found->get<bool>();
+}
+
 // The object of this name; an empty one when it is left out.
 const json &objectIn(const json &object, const char *member) {
     static const json empty = json::object();
@@ -125,7 +130,7 @@ Found readRange(std::string_view answer) {
 }
 
 bool readSucceeded(std::string_view answer) {
-    return parsed(answer).value("succeeded", false);
+    return flagIn(parsed(answer), "succeeded");
 }
 
 uint64_t readLease(std::string_view answer) {
@@ -157,7 +162,7 @@ std::string readWatch(std::string_view line, std::vector<Event> &events) {
             events.push_back({textIn(event, "type") == "DELETE", readEntry(objectIn(event, "kv"))});
     if (const uint64_t compacted = numberIn(result, "compact_revision"); compacted != 0)
         return fmt::format("the store was compacted up to revision {}", compacted);
-    if (result.value("canceled", false)) {
+    if (flagIn(result, "canceled")) {
         const std::string reason = textIn(result, "cancel_reason");
         return reason.empty() ? "the store has ended the watch" : shown(reason);
     }
@@ -177,7 +182,8 @@ Refusal readRefusal(long status, std::string_view answer) {
     refusal.message = shown(textIn(object, "message"));
     if (refusal.message.empty()) refusal.message = shown(textIn(object, "error"));
     const uint64_t code = numberIn(object, "code");
-    if (code == kUnauthenticated || refusal.message.find("revision of auth store is old") != std::string::npos) {
+    if (code == kUnauthenticated ||
+        refusal.message.find("revision of auth store is old") != std::string::npos) {
         refusal.kind = Refusal::Kind::TokenExpired;
     } else if (code == kUnavailable || code == kDeadlineExceeded || status >= 502) {
         refusal.kind = Refusal::Kind::Unavailable;

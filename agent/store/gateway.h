@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The texts of the JSON gateway of etcd. It writes 64-bit numbers as texts, leaves out what is zero, false or empty,
-// and has keys and values in base64.
+// The texts of the JSON gateway of etcd. It writes 64-bit numbers as texts, leaves out what is zero, false or
+// empty, and has keys and values in base64.
 #pragma once
 
 #include <optional>

@@ -81,8 +81,8 @@ size_t take(const char *data, size_t, size_t size, void *to) {
 
 // TLS takes more memory than all the rest of an agent, which one that does not use it need not have.
 void initialise(const Access &access) {
-    const bool secure = std::ranges::any_of(
-        access.endpoints, [](const std::string &url) { return url.starts_with("https:"); });
+    const bool secure = std::ranges::any_of(access.endpoints,
+                                            [](const std::string &url) { return url.starts_with("https:"); });
     if (curl_global_init(secure ? CURL_GLOBAL_SSL : CURL_GLOBAL_NOTHING) != CURLE_OK)
         fail(Exit::Failed, "libcurl does not start");
 }
@@ -164,7 +164,8 @@ void Streams::open(const std::string &url, std::string body, const std::string &
     multi_->streams.push_back(std::move(stream));
 }
 
-std::string Streams::wait(std::span<pollfd> others, std::chrono::milliseconds most, std::vector<Line> &lines) {
+std::string Streams::wait(std::span<pollfd> others, std::chrono::milliseconds most,
+                          std::vector<Line> &lines) {
     std::vector<curl_waitfd> extra;
     for (const pollfd &other : others)
         extra.push_back({other.fd, CURL_WAIT_POLLIN, 0});

@@ -20,7 +20,7 @@ struct Access {
     std::string certificateFile;         // of this client
     std::string keyFile;
     std::string user;
-    std::string passwordFile;  // its first line
+    std::string passwordFile;               // its first line
     std::chrono::milliseconds limit{5000};  // for a request at one endpoint
 };
 

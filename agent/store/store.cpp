@@ -40,10 +40,12 @@ struct Store::Impl {
 };
 
 Store::Store(Access access) {
-    if (access.endpoints.empty()) fail(Exit::Usage, "the store needs an endpoint, such as http://127.0.0.1:2379");
+    if (access.endpoints.empty())
+        fail(Exit::Usage, "the store needs an endpoint, such as http://127.0.0.1:2379");
     for (std::string &endpoint : access.endpoints) {
         if (!endpoint.starts_with("http://") && !endpoint.starts_with("https://"))
-            fail(Exit::Usage, "{} is no endpoint; write http://HOST:PORT or https://HOST:PORT", inQuotes(endpoint));
+            fail(Exit::Usage, "{} is no endpoint; write http://HOST:PORT or https://HOST:PORT",
+                 inQuotes(endpoint));
         while (endpoint.ends_with('/'))
             endpoint.pop_back();
     }
@@ -61,8 +63,9 @@ const std::string &Store::endpoint() const {
 void Store::authenticate() {
     const Access &access = impl_->access;
     impl_->token.clear();
-    const Answer answer = impl_->http.post(endpoint() + "/v3/auth/authenticate",
-                                           authenticationRequest(access.user, readPassword(access.passwordFile)), "");
+    const Answer answer =
+        impl_->http.post(endpoint() + "/v3/auth/authenticate",
+                         authenticationRequest(access.user, readPassword(access.passwordFile)), "");
     if (answer.status == 200) {
         impl_->token = readToken(answer.body);
         return;

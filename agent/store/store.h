@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The distributed store of a fleet: keys with values and revisions, transactions, leases and watches. This one is
-// etcd, by its JSON gateway, version 3.4 or later.
+// The distributed store of a fleet: keys with values and revisions, transactions, leases and watches. This
+// one is etcd, by its JSON gateway, version 3.4 or later.
 #pragma once
 
 #include <cstdint>
@@ -67,10 +67,10 @@ struct Event {
     Entry entry;  // without a value when it was removed
 };
 
-// Every function throws Failure: NoAnswer when no endpoint answers within its limit, so that trying again later
-// may help; Failed or Usage when the store refuses the request. A request that was interrupted may have been carried
-// out, and is sent again to the next endpoint: a caller who learns that a comparison does not hold reads what is
-// there, which may be what it has written.
+// Every function throws Failure: NoAnswer when no endpoint answers within its limit, so that trying again
+// later may help; Failed or Usage when the store refuses the request. A request that was interrupted may have
+// been carried out, and is sent again to the next endpoint: a caller who learns that a comparison does not
+// hold reads what is there, which may be what it has written.
 class Store {
   public:
     explicit Store(Access access);
@@ -102,8 +102,8 @@ class Store {
     uint64_t requests_ = 0;
 };
 
-// Follows keys from a revision on. When it ends, for whatever reason (the connection, an endpoint that was given up, a
-// compaction of the store), the caller reads the keys again and watches from there.
+// Follows keys from a revision on. When it ends, for whatever reason (the connection, an endpoint that was
+// given up, a compaction of the store), the caller reads the keys again and watches from there.
 class Watch {
   public:
     explicit Watch(Store &store);

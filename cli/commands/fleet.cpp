@@ -25,8 +25,9 @@ const Command kRows[] = {
     {.words = "fleet",
      .summary = "one configuration for the switches of many hosts",
      .arguments = {{"COMMAND", "a command of qvs-fleet with its words", Kind::Word, true, true}},
-     .details = "'qvs fleet help' lists its commands: apply, status, hosts, diff, history, rollback, stop, drain. "
-                "The package qvs-agent contains them.",
+     .details =
+         "'qvs fleet help' lists its commands: apply, status, hosts, diff, history, rollback, stop, drain. "
+         "The package qvs-agent contains them.",
      .example = "qvs fleet status",
      .run = local(refuse)},
 };

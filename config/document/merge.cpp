@@ -77,7 +77,8 @@ void subtract(Document &from, const Document &what) {
         removeNamed(sw.global, other->global, Scope::Global);
         removeNamed(sw.host, other->host, Scope::Host);
         for (PortEntry &port : sw.ports)
-            if (const PortEntry *named = other->findPort(port.id)) removeNamed(port.part, named->part, Scope::Port);
+            if (const PortEntry *named = other->findPort(port.id))
+                removeNamed(port.part, named->part, Scope::Port);
     }
 }
 

@@ -48,9 +48,22 @@ class Etcd {
         const std::string peer = "http://127.0.0.1:" + std::to_string(freePort());
         char directory[] = "/tmp/qvs-etcd.XXXXXX";
         directory_ = mkdtemp(directory);
-        words_ = {"etcd", "--data-dir", directory_, "--listen-client-urls", url_, "--advertise-client-urls", url_,
-                  "--listen-peer-urls", peer, "--initial-advertise-peer-urls", peer, "--initial-cluster",
-                  "default=" + peer, "--log-level", "error", "--unsafe-no-fsync"};
+        words_ = {"etcd",
+                  "--data-dir",
+                  directory_,
+                  "--listen-client-urls",
+                  url_,
+                  "--advertise-client-urls",
+                  url_,
+                  "--listen-peer-urls",
+                  peer,
+                  "--initial-advertise-peer-urls",
+                  peer,
+                  "--initial-cluster",
+                  "default=" + peer,
+                  "--log-level",
+                  "error",
+                  "--unsafe-no-fsync"};
         words_.insert(words_.end(), options.begin(), options.end());
         start();
     }
@@ -84,8 +97,7 @@ class Etcd {
     }
     // Runs etcdctl with these words. Returns whether it succeeds.
     bool control(const std::string &words) const {
-        return std::system(("ETCDCTL_API=3 etcdctl --endpoints " + url_ + " " + words +
-                            " >/dev/null 2>&1")
+        return std::system(("ETCDCTL_API=3 etcdctl --endpoints " + url_ + " " + words + " >/dev/null 2>&1")
                                .c_str()) == 0;
     }
 

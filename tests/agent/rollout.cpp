@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What agents and the coordinator decide, record by record; the model searches their schedules. And the documents of
-// a host.
+// What agents and the coordinator decide, record by record; the model searches their schedules. And the
+// documents of a host.
 #include <gtest/gtest.h>
 
 #include "agent/rollout/documents.h"
@@ -19,8 +19,10 @@ namespace config = qvs::config;
 TEST(Digest, KnownAnswers) {
     EXPECT_EQ(digestOf(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
     EXPECT_EQ(digestOf("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-    EXPECT_EQ(digestOf(std::string(55, 'a')), "9f4390f8d30c2dd92ec9f095b65e2b9ae9b0a925a5258e241c9f1e910f734318");
-    EXPECT_EQ(digestOf(std::string(56, 'a')), "b35439a4ac6f0948b6d6f9e3c6af0f5f590ce20f1bde7090ef7970686ec6738a");
+    EXPECT_EQ(digestOf(std::string(55, 'a')),
+              "9f4390f8d30c2dd92ec9f095b65e2b9ae9b0a925a5258e241c9f1e910f734318");
+    EXPECT_EQ(digestOf(std::string(56, 'a')),
+              "b35439a4ac6f0948b6d6f9e3c6af0f5f590ce20f1bde7090ef7970686ec6738a");
     EXPECT_EQ(digestOf(std::string(1'000'000, 'a')),
               "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
 }
@@ -43,7 +45,13 @@ TEST(Agent, Goals) {
         {"it catches up with the fleet before its wave", {5, 4, 0, State::Running, ""}, 1, 2, 0, false, 4},
         {"one that joined later is in the last wave", {5, 4, 1, State::Running, ""}, {}, 4, 0, false, 4},
         {"one that joined later, last wave", {5, 4, 2, State::Running, ""}, {}, 0, 0, false, 5},
-        {"a rollout that was stopped stays open as far as it was", {5, 4, 1, State::Stopped, ""}, 1, 4, 0, false, 5},
+        {"a rollout that was stopped stays open as far as it was",
+         {5, 4, 1, State::Stopped, ""},
+         1,
+         4,
+         0,
+         false,
+         5},
         {"a rollout that was stopped opens nothing more", {5, 4, 1, State::Stopped, ""}, 2, 4, 0, false, 4},
         {"taken back", {5, 4, 1, State::RollingBack, ""}, 0, 5, 0, false, 4},
         {"taken back where it never was", {5, 4, 1, State::RolledBack, ""}, 1, 4, 0, false, 4},
@@ -100,7 +108,8 @@ TEST(Coordinator, Decisions) {
         {"the canary is away, and may be", viewOf(first, "a- b4 c4", 1), second},
         {"the canary is drained", viewOf(first, "a~4 b4 c4"), second},
         {"the canary refuses", viewOf(first, "a!5 b4 c4"), Head{5, 4, 0, State::Stopped, "a: check: no"}},
-        {"one refuses, one is away", viewOf(second, "a5 b!5 c-", 1), Head{5, 4, 1, State::Stopped, "b: check: no"}},
+        {"one refuses, one is away", viewOf(second, "a5 b!5 c-", 1),
+         Head{5, 4, 1, State::Stopped, "b: check: no"}},
         {"it is taken back", viewOf(second, "a5 b!5 c4", 0, true), back},
         {"not all have gone back", viewOf(back, "a5 b4 c4"), {}},
         {"all have gone back", viewOf(back, "a4 b4 c-"), Head{5, 4, 1, State::RolledBack, "b: check: no"}},
@@ -109,7 +118,8 @@ TEST(Coordinator, Decisions) {
         {"one that joined is not done", viewOf(second, "a5 b5 c5 d0"), {}},
         {"one that joined does not keep the canary waiting", viewOf(first, "a5 b4 c4 d0"), second},
         {"nothing is decided about a rollout that was stopped",
-         viewOf({5, 4, 0, State::Stopped, ""}, "a5 b5 c5"), {}},
+         viewOf({5, 4, 0, State::Stopped, ""}, "a5 b5 c5"),
+         {}},
     };
     for (auto &one : cases)
         EXPECT_EQ(decide(one.view), one.next) << one.what;
@@ -136,16 +146,18 @@ TEST(Records, SurviveAndAreRefused) {
 
 TEST(Documents, HeadsOfFiles) {
     std::vector<config::Problem> problems;
-    const FleetFile file = readFleetFile("# rack a\ngroup: a\nlabels: {rack: a,\n  row: \"1\"}\nswitches: {sw1: {mtu: 5}}\n",
-                                         "f", "name", problems);
+    const FleetFile file =
+        readFleetFile("# rack a\ngroup: a\nlabels: {rack: a,\n  row: \"1\"}\nswitches: {sw1: {mtu: 5}}\n",
+                      "f", "name", problems);
     EXPECT_EQ(file.of.name, "a");
     EXPECT_EQ(file.of.labels, (Labels{{"rack", "a"}, {"row", "1"}}));
     ASSERT_EQ(problems.size(), 1u);
     EXPECT_EQ(messageOf(problems[0]), "f:5:23: switches.sw1.mtu: 5 is below 1280");
     EXPECT_TRUE(isFor(file.of, "h", {{"rack", "a"}, {"row", "1"}, {"more", "x"}}));
     EXPECT_FALSE(isFor(file.of, "h", {{"rack", "a"}}));
-    for (const char *text : {"group: a\nswitches: {}\n", "labels: {a: b}\nswitches: {}\n", "host: a/b\nswitches: {}\n",
-                             "{host: a, switches: {}}", "host: a\ngroup: b\nlabels: {c: d}\nswitches: {}\n"}) {
+    for (const char *text :
+         {"group: a\nswitches: {}\n", "labels: {a: b}\nswitches: {}\n", "host: a/b\nswitches: {}\n",
+          "{host: a, switches: {}}", "host: a\ngroup: b\nlabels: {c: d}\nswitches: {}\n"}) {
         problems.clear();
         readFleetFile(text, "f", "name", problems);
         EXPECT_FALSE(problems.empty()) << text;
@@ -168,20 +180,27 @@ TEST(Documents, LaterOnesWinSettingBySetting) {
                                                {DocumentOf::Kind::Group, "g", {{"r", "a"}}, "group"},
                                                {DocumentOf::Kind::Switch, "s", {}, "all"}};
     const auto read = [&](const DocumentOf &of) { return documentOf(texts.at(of.digest)); };
-    EXPECT_EQ(composed(documents, "h1", {{"r", "a"}}, read),
-              documentOf("switches: {sw1: {mtu: 9000, ports: {db: {vlan: {id: 1}}, web: {vlan: {id: 20}, properties: "
-                         "{com.example.x: YQ==}}}}, sw2: {}}"));
+    EXPECT_EQ(
+        composed(documents, "h1", {{"r", "a"}}, read),
+        documentOf(
+            "switches: {sw1: {mtu: 9000, ports: {db: {vlan: {id: 1}}, web: {vlan: {id: 20}, properties: "
+            "{com.example.x: YQ==}}}}, sw2: {}}"));
     EXPECT_EQ(composed(documents, "h2", {}, read), documentOf(texts.at("all")));
 }
 
 TEST(Documents, WhatIsTakenOut) {
-    config::Document document =
-        documentOf("switches: {sw1: {mtu: 9000, ports: {web: {vlan: {id: 10}, security: {promiscuous: allow}}}}}");
-    config::subtract(document, documentOf("switches: {sw1: {mtu: 1500, ports: {web: {vlan: {id: 7}}, gone: {}}}, sw9: {}}"));
+    config::Document document = documentOf(
+        "switches: {sw1: {mtu: 9000, ports: {web: {vlan: {id: 10}, security: {promiscuous: allow}}}}}");
+    config::subtract(
+        document,
+        documentOf("switches: {sw1: {mtu: 1500, ports: {web: {vlan: {id: 7}}, gone: {}}}, sw9: {}}"));
     EXPECT_EQ(document, documentOf("switches: {sw1: {ports: {web: {security: {promiscuous: allow}}}}}"));
-    EXPECT_EQ(config::disagreements(documentOf("switches: {sw1: {mtu: 9000}}"), documentOf("switches: {sw1: {mtu: 1500}}")),
+    EXPECT_EQ(config::disagreements(documentOf("switches: {sw1: {mtu: 9000}}"),
+                                    documentOf("switches: {sw1: {mtu: 1500}}")),
               (std::vector<std::string>{"switches.sw1.mtu"}));
-    EXPECT_TRUE(config::disagreements(documentOf("switches: {sw1: {mtu: 9000}}"), documentOf("switches: {sw1: {}}")).empty());
+    EXPECT_TRUE(
+        config::disagreements(documentOf("switches: {sw1: {mtu: 9000}}"), documentOf("switches: {sw1: {}}"))
+            .empty());
 }
 
 }  // namespace

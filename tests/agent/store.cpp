@@ -46,7 +46,8 @@ TEST(Gateway, WhatIsLeftOutIsZeroOrFalse) {
 }
 
 TEST(Gateway, Garbage) {
-    for (const char *text : {"", "[]", "{", "<html>", R"({"header":{"revision":"x"}})", R"({"kvs":[{"key":"!"}]})"})
+    for (const char *text :
+         {"", "[]", "{", "<html>", R"({"header":{"revision":"x"}})", R"({"kvs":[{"key":"!"}]})"})
         EXPECT_THROW(readRange(text), qvs::Failure) << text;
 }
 
@@ -56,7 +57,8 @@ TEST(Gateway, EndsOfWatches) {
         const char *why;
     } cases[] = {
         {R"({"result":{"header":{"revision":"5"},"created":true}})", ""},
-        {R"({"result":{"canceled":true,"compact_revision":"9"}})", "the store was compacted up to revision 9"},
+        {R"({"result":{"canceled":true,"compact_revision":"9"}})",
+         "the store was compacted up to revision 9"},
         {R"({"result":{"canceled":true,"cancel_reason":"no"}})", "no"},
         {R"({"error":{"grpc_code":16,"message":"invalid auth token"}})", "invalid auth token"},
         {R"({"error":"denied","code":7})", "denied"},
@@ -166,10 +168,10 @@ TEST(Store, EndpointsThatDoNotAnswerAreLeft) {
 TEST(Store, TokensAreRenewedAndRolesHold) {
     NEEDS_ETCD();
     const Etcd etcd({"--auth-token-ttl", "1"});
-    for (const char *words : {"user add root:r", "user grant-role root root", "role add agent",
-                              "role grant-permission agent read f/ --prefix", "user add h1:secret",
-                              "role grant-permission agent readwrite f/status/h1", "user grant-role h1 agent",
-                              "auth enable"})
+    for (const char *words :
+         {"user add root:r", "user grant-role root root", "role add agent",
+          "role grant-permission agent read f/ --prefix", "user add h1:secret",
+          "role grant-permission agent readwrite f/status/h1", "user grant-role h1 agent", "auth enable"})
         ASSERT_TRUE(etcd.control(words)) << words;
     ASSERT_EQ(mkdir("private", 0700), 0);
     std::ofstream("private/password") << "secret\n";
@@ -179,7 +181,9 @@ TEST(Store, TokensAreRenewedAndRolesHold) {
     access.passwordFile = "private/password";
     Store store(access);
     EXPECT_TRUE(store.commit({{}, {{"f/status/h1", "ok"}}, {}}));
-    EXPECT_NE(failureOf([&] { (void)store.commit({{}, {{"f/head", "1"}}, {}}); }).find("permission denied"),
+    EXPECT_NE(failureOf([&] {
+                  (void)store.commit({{}, {{"f/head", "1"}}, {}});
+              }).find("permission denied"),
               std::string::npos);
     std::this_thread::sleep_for(3s);
     EXPECT_EQ(store.range({"f/", true}).entries.size(), 1u);
