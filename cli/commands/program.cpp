@@ -232,7 +232,7 @@ std::span<const Noun> nouns() {
         {"checkpoint", "save and restore the host", kCheckpointCommands},
         {"monitor", "changes as they happen", kMonitorCommands},
         {"metrics", "measurements for Prometheus", kMetricsCommands},
-        {"fleet", "one configuration for many hosts", kFleetCommands},
+        {"fleet", "one configuration for many hosts", kFleetCommands, true},
         {"topology", "a picture of the wiring", kTopologyCommands},
         {"tool", "the tool itself", kToolCommands},
     };

@@ -190,6 +190,7 @@ struct Noun {
     const char *name;
     const char *summary;
     std::span<const Command> commands;
+    bool isProgram = false;  // a program of its own, which has the manual page
 };
 
 // The commands that every program has: help, completion and manual.

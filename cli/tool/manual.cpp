@@ -159,6 +159,7 @@ std::vector<std::string_view> nounsWithPages() {
     std::vector<std::string_view> found;
     if (!program().hasPagesOfNouns) return found;
     for (const Noun &noun : program().nouns) {
+        if (noun.isProgram) continue;
         for (const Command &command : noun.commands) {
             const std::string_view word = firstWord(command.words);
             if (std::find(found.begin(), found.end(), word) == found.end()) found.push_back(word);

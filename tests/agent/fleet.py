@@ -110,7 +110,7 @@ def absence(fleet):
     equal(fleet.run("drain", "c").stdout, "c: unchanged\n", "drain again")
     b.kill()
     until(lambda: fleet.hosts()["b"]["state"] == "away", "b is away")
-    rollout = subprocess.Popen(["qvs", "fleet", "apply", "wanted.yaml"], stdout=subprocess.DEVNULL,
+    rollout = subprocess.Popen(["qvs-fleet", "apply", "wanted.yaml"], stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL) if pathlib.Path("wanted.yaml").write_text(wanted(40)) else None
     until(lambda: vlan(a) == 40, "a has the revision")
     equal(fleet.apply(wanted(41)).returncode, 7, "a second rollout at once")
