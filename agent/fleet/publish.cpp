@@ -123,8 +123,9 @@ void followRollout(Fleet &fleet, uint64_t revision, Output &out) {
     cli::Record record(out);
     record.field("revision", "revision", head.revision);
     record.field("state", "state", std::string_view(wordOf(head.state)));
-    record.field("reason", "reason",
-                 head.reason.empty() ? std::nullopt : std::optional<std::string_view>(head.reason));
+    if (out.json() || !head.reason.empty())
+        record.field("reason", "reason",
+                     head.reason.empty() ? std::nullopt : std::optional<std::string_view>(head.reason));
     record.finish();
     if (head.state != State::Done) out.exitWith(static_cast<int>(Exit::Failed));
 }

@@ -38,7 +38,7 @@ def waves_and_failures(fleet):
     a, b, c = fleet.members
     equal(fleet.run("status").returncode, 0, "status of an empty fleet")
     done = fleet.apply(wanted(10), "--canary", "1", "--batch", "1", "--message", "first")
-    equal((done.returncode, done.stdout.splitlines()[-2:]), (0, ["revision:  1", "state:     done"]), "first revision")
+    equal((done.returncode, "state:     done" in done.stdout.splitlines()), (0, True), "first revision")
     equal([vlan(one) for one in fleet.members], [10] * 3, "VLANs of the first revision")
 
     # The check of b refuses VLAN 20: what a has is taken back, what b has is undone, and c never had it.
@@ -86,7 +86,7 @@ def documents(fleet):
     # What a revision no longer names is cleared; what nobody named stays.
     a.qvs("port", "add", "sw1", "own")
     equal(fleet.apply("switches: {sw1: {}}").returncode, 0, "an empty revision")
-    equal([vlan(one) for one in fleet.members], [0] * 3, "VLANs that no revision names")
+    equal([vlan(one) for one in fleet.members], [None] * 3, "VLANs that no revision names")
     equal("own" in a.qvs("port", "list", "sw1", "--names").split(), True, "a port of others")
     equal(fleet.apply(wanted(10)).returncode, 0, "back")
 
@@ -110,7 +110,7 @@ def absence(fleet):
     equal(fleet.run("drain", "c").stdout, "c: unchanged\n", "drain again")
     b.kill()
     until(lambda: fleet.hosts()["b"]["state"] == "away", "b is away")
-    rollout = subprocess.Popen(["qvs-fleet", "apply", "wanted.yaml"], stdout=subprocess.DEVNULL,
+    rollout = subprocess.Popen(["qvs", "fleet", "apply", "wanted.yaml"], stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL) if pathlib.Path("wanted.yaml").write_text(wanted(40)) else None
     until(lambda: vlan(a) == 40, "a has the revision")
     equal(fleet.apply(wanted(41)).returncode, 7, "a second rollout at once")

@@ -137,7 +137,7 @@ class Fleet:
         return member
 
     def run(self, *words):
-        return subprocess.run(["qvs-fleet", *words], capture_output=True, text=True)
+        return subprocess.run(["qvs", "fleet", *words], capture_output=True, text=True)
 
     def json(self, *words):
         return json.loads(self.run(*words, "--json").stdout or "null")
