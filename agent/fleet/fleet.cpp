@@ -114,7 +114,9 @@ std::string listed(const std::vector<std::string> &names) {
     std::string text;
     for (size_t i = 0; i < std::min(names.size(), kMost); i++)
         text += (i == 0 ? "" : ", ") + names[i];
-    if (names.size() > kMost) text += fmt::format(" and {} others", names.size() - kMost);
+    // One more takes no more room than the words for it.
+    if (names.size() == kMost + 1) text += ", " + names.back();
+    if (names.size() > kMost + 1) text += fmt::format(" and {} others", names.size() - kMost);
     return text;
 }
 

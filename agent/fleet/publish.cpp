@@ -100,20 +100,25 @@ void requireIdle(const Head &head) {
 
 void followRollout(Fleet &fleet, uint64_t revision, Output &out) {
     const bool terminal = isatty(STDERR_FILENO) == 1;
+    using Clock = std::chrono::steady_clock;
     std::string last;
+    std::string lastStep;
+    Clock::time_point next;
     uint32_t alone = 0;  // seconds without a coordinator
     fleet.read();
     while (fleet.view().head.revision == revision && fleet.view().head.isUnderWay()) {
         const std::string line = progressLine(fleet.view());
-        if (line != last) {
-            if (terminal) {
-                fmt::print(stderr, "\r\033[K{}", line);
-                std::fflush(stderr);
-            } else {
-                cli::complain("{}", line);
-            }
+        // In a log, every host would have a line.
+        const std::string step = line.substr(0, line.find(": ", line.find(": ") + 1));
+        if (terminal && line != last) {
+            fmt::print(stderr, "\r\033[K{}", line);
+            std::fflush(stderr);
+        } else if (!terminal && (step != lastStep || Clock::now() >= next)) {
+            cli::complain("{}", line);
+            next = Clock::now() + std::chrono::seconds(2);
         }
         last = line;
+        lastStep = step;
         if (!fleet.await() && fleet.view().coordinator.empty() && ++alone == 5)
             warn("no agent coordinates; start one with 'coordinate: on'");
     }
