@@ -64,6 +64,7 @@ Help, manual and completion come from the table.
   \fBqvs\fR \fINOUN\fR \fIVERB\fR [\fIARGUMENT\fR...] [\fIOPTION\fR...]
   $ qvs help all | grep -c '^  --'  => 5
   $ pages() { qvs manual --names | while read -r noun; do qvs manual $noun; done; }; pages >pages; qvs help all | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; grep -qF "${command//-/\\-}" pages || echo "$command"; done
+  fleet
   $ qvs manual nic
   .TH QVS\-NIC 1 2026-11-22 "qvs 1.1.0" "User Commands"
   .SH NAME
