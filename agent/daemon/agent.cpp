@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <exception>
 
 #include "agent/daemon/log.h"
 #include "agent/daemon/switches.h"
@@ -60,6 +61,8 @@ void Agent::run() {
             turn();
         } catch (const Failure &failure) {
             lose(failure.message);
+        } catch (const std::exception &error) {
+            lose(error.what());
         }
     }
     log(Level::Info, "ends");

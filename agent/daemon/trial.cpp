@@ -188,12 +188,13 @@ bool Agent::agree(uint64_t revision, Time until, std::string &problem) {
 // undoes.
 void Agent::refuse(uint64_t revision, const std::string &step, const std::string &reason) {
     log(Level::Error, "refuses revision {}: {}: {}", revision, step, reason);
+    // Should the disk be full, the next turn undoes.
+    unsettle();
     Memory memory = disk_.memory();
     memory.refused[revision] = {step, reason};
     if (memory.refused.size() > kMostRefusals) memory.refused.erase(memory.refused.begin());
     disk_.keep(memory);
     numbers_.failures++;
-    unsettle();
     settle();
 }
 

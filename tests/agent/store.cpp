@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cstdlib>
 #include <fstream>
 
 #include "agent/etcd.h"
@@ -187,6 +188,28 @@ TEST(Store, TokensAreRenewedAndRolesHold) {
               std::string::npos);
     std::this_thread::sleep_for(3s);
     EXPECT_EQ(store.range({"f/", true}).entries.size(), 1u);
+}
+
+TEST(Store, TlsVerifiesBothSides) {
+    NEEDS_ETCD();
+    // One certificate is the authority, the server's and the client's.
+    ASSERT_EQ(std::system(
+                  "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -keyout key "
+                  "-out certificate -days 2 -subj /CN=store -addext subjectAltName=IP:127.0.0.1 2>/dev/null"),
+              0);
+    const Etcd etcd({"--cert-file", "certificate", "--key-file", "key", "--client-cert-auth",
+                     "--trusted-ca-file", "certificate"},
+                    "https");
+    const auto attempt = [&](const char *ca, const char *certificate, const char *key) {
+        Access access = accessTo(etcd.url());
+        access.caFile = ca;
+        access.certificateFile = certificate;
+        access.keyFile = key;
+        return failureOf([&] { Store(access).range({"k"}); });
+    };
+    EXPECT_EQ(attempt("certificate", "certificate", "key"), "no failure");
+    EXPECT_NE(attempt("", "certificate", "key").find("certificate"), std::string::npos);
+    EXPECT_NE(attempt("certificate", "", "").find("the store does not answer"), std::string::npos);
 }
 
 }  // namespace
