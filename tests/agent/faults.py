@@ -163,9 +163,13 @@ def main():
                     except (AssertionError, OSError, IndexError, json.JSONDecodeError, StopIteration):
                         pass  # what the other fault has ended cannot be met by this one
             for repair in repairs:
-                repair()
+                try:
+                    repair()
+                except (OSError, subprocess.CalledProcessError):
+                    pass  # the other repair has started it
             until(lambda: check(fleet, wanted, refused), f"revision {revision} is whole everywhere", 60)
             states[fleet.json("status")["state"]] += 1
+            print(f"{sum(counts.values())} faults, {sum(states.values())} rollouts", flush=True)
     print(f"{sum(counts.values())} faults: {dict(sorted(counts.items()))}")
     print(f"{sum(states.values())} rollouts: {dict(states)}")
     return 0
