@@ -4,6 +4,7 @@
 import json
 import os
 import pathlib
+import re
 import signal
 import subprocess
 import sys
@@ -32,6 +33,24 @@ def equal(found, expected, what):
 def state(fleet):
     status = fleet.json("status")
     return status["revision"], status["state"]
+
+
+def settings(_):
+    pathlib.Path("bad.yaml").write_text("endpoints: [http://x]\nlease: 1\nenforc: yes\n")
+    example = subprocess.run(["qvs-agent", "config"], capture_output=True, text=True).stdout
+    # Every line of the example is a setting with its default.
+    pathlib.Path("example.yaml").write_text(re.sub(r"^#(\w+:)", r"\1", example, flags=re.M))
+    for words, message in (
+            (["--config", "bad.yaml"], "qvs-agent: bad.yaml:2:8: lease: 1 is below 2\n"
+                                       "qvs-agent: bad.yaml:3:1: enforc: no such member; did you mean 'enforce'?\n"),
+            (["--listen", "nope"], "qvs-agent: listen: 'nope' is not ADDRESS:PORT, such as 127.0.0.1:9476, or none\n"),
+            (["--labels", "x"], "qvs-agent: labels: 'x' is not NAME=VALUE\n"),
+            (["--host", "a/b"], "qvs-agent: host: 'a/b' is no name of letters, digits, dots and dashes\n"),
+            (["--config", "example.yaml", "--listen", "none", "--endpoints", "ftp://x"],
+             "qvs-agent: 'ftp://x' is no endpoint; write http://HOST:PORT or https://HOST:PORT\n")):
+        run = subprocess.run(["qvs-agent", "run", *words, "--directory", f"{os.getcwd()}/unused"], capture_output=True,
+                             text=True)
+        equal((run.returncode, run.stderr), (2, message), words)
 
 
 def waves_and_failures(fleet):
@@ -175,7 +194,7 @@ def main():
         fleet.add("b", check=refusing)
         fleet.add("c", check=check)
         until(lambda: len(fleet.hosts()) == 3, "three hosts register")
-        for part in (waves_and_failures, documents, drift, absence, crashes):
+        for part in (settings, waves_and_failures, documents, drift, absence, crashes):
             begin = time.monotonic()
             part(fleet)
             print(f"{part.__name__}: {time.monotonic() - begin:.1f} s")
