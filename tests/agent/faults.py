@@ -160,7 +160,7 @@ def main():
                     try:
                         repairs.append(fault(fleet, chance))
                         counts[fault.__name__] += 1
-                    except (AssertionError, OSError, IndexError, json.JSONDecodeError, StopIteration):
+                    except (AssertionError, OSError, LookupError, ValueError, StopIteration):
                         pass  # what the other fault has ended cannot be met by this one
             for repair in repairs:
                 try:
