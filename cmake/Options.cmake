@@ -52,6 +52,12 @@ function(qvs_static_runtime target)
     endif()
 endfunction()
 
+# Compiles a target for size. Programs that wait for the kernel, for files and for the network gain nothing from longer
+# code.
+function(qvs_small target)
+    target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Debug>>:-Os>)
+endfunction()
+
 # Builds with the second compiler precompile the large headers of other projects, which saves time. Builds with GCC do
 # not, so that they detect missing includes.
 function(qvs_precompile target)
