@@ -292,6 +292,29 @@ void requireConsistent(const Command &command, const Arguments &arguments) {
     refuse(kWide, "tables");
 }
 
+// A number at the end of the names of objects is probably the value of an option that is missing.
+std::string numberMeant(const Command &command, const Arguments &arguments) {
+    for (const Option &option : optionsOf(command))
+        if (option.value != nullptr && arguments.given(option.name)) return {};
+    for (const Argument &argument : shapeOf(command).arguments) {
+        if (!argument.repeated || !isName(argument.kind) || !arguments.given(argument.name)) continue;
+        const std::vector<std::string> &names = arguments.all(argument.name);
+        if (names.size() > 1 && parseWideNumber(names.back()))
+            return didYouMean(optionsFor(command, arguments, names.back()));
+    }
+    return {};
+}
+
+void requireAgreement(const Command &command, const Arguments &arguments) {
+    if (command.agrees == nullptr) return;
+    try {
+        command.agrees(arguments);
+    } catch (Failure &failure) {
+        failure.message += numberMeant(command, arguments);
+        throw;
+    }
+}
+
 }  // namespace
 
 std::span<const Option *const> commonOptions() {
@@ -361,7 +384,7 @@ Arguments parseArguments(const Command &command, std::span<const std::string> wo
         arguments.add(verbatim->name, {words.begin() + static_cast<long>(own.size()) + 1, words.end()});
     }
     requireConsistent(command, arguments);
-    if (command.agrees != nullptr) command.agrees(arguments);
+    requireAgreement(command, arguments);
     return arguments;
 }
 

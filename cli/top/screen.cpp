@@ -50,8 +50,9 @@ constexpr std::string_view kHelp[] = {
     "  Screen     space  pause, or go on     ^L  draw anew",
     "  Leave      q, or ^C",
     "",
-    "  b/s: bits per second, p/s: packets per second, DROP/s: dropped packets per second.",
-    "  k, M, G: thousands, millions, thousand millions. -: not known before the second look.",
+    "  Units      b/s: bits per second, p/s: packets per second, DROP/s: dropped p/s",
+    "             k, M, G: thousands, millions, thousand millions",
+    "             -: not known before the second look",
     "",
     "  Any key goes back.",
 };

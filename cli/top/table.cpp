@@ -64,15 +64,15 @@ std::string orDash(const std::string &text) {
 
 constexpr size_t kRate = 8;
 const Column kColumns[] = {
-    {"PORT", 8, 47, 9, false, [](const Port &port) { return port.id; }, Sort::Name},
-    {"SWITCH", 6, 30, 4, false, [](const Port &port) { return port.owner; }, Sort::Name},
-    {"CLIENT", 6, 40, 5, false, [](const Port &port) { return orDash(port.client); }, Sort::Name},
+    {"PORT", 12, 47, 9, false, [](const Port &port) { return port.id; }, Sort::Name},
+    {"SWITCH", 8, 30, 4, false, [](const Port &port) { return port.owner; }, Sort::Name},
+    {"CLIENT", 8, 40, 5, false, [](const Port &port) { return orDash(port.client); }, Sort::Name},
     {"VLAN", 4, 20, 2, false, [](const Port &port) { return orDash(port.vlan); }, Sort::Name},
-    {"STATE", 5, 7, 3, false, [](const Port &port) { return port.state; }, Sort::Name},
+    {"STATE", 7, 7, 3, false, [](const Port &port) { return port.state; }, Sort::Name},
     {"IN b/s", kRate, kRate, 8, true, rateText<BitsIn>, Sort::BitsIn},
     {"OUT b/s", kRate, kRate, 8, true, rateText<BitsOut>, Sort::BitsOut},
-    {"IN p/s", kRate, kRate, 6, true, rateText<PacketsIn>, Sort::PacketsIn},
-    {"OUT p/s", kRate, kRate, 6, true, rateText<PacketsOut>, Sort::PacketsOut},
+    {"IN p/s", kRate, kRate, 1, true, rateText<PacketsIn>, Sort::PacketsIn},
+    {"OUT p/s", kRate, kRate, 1, true, rateText<PacketsOut>, Sort::PacketsOut},
     {"DROP/s", kRate, kRate, 7, true, rateText<Dropped>, Sort::Dropped},
 };
 constexpr size_t kGap = 1;
@@ -89,12 +89,11 @@ size_t widthOf(const std::vector<Placed> &placed) {
     return width;
 }
 
-int worthOf(const Placed &placed) {
-    return placed.column->worth;
-}
-
-// As wide as what is in them, then narrower, then fewer.
-std::vector<Placed> place(const std::vector<const Port *> &ports, size_t columns) {
+// As wide as what is in them, then narrower, then fewer. The column of the order stays.
+std::vector<Placed> place(const std::vector<const Port *> &ports, size_t columns, Sort sort) {
+    const auto worthOf = [sort](const Placed &placed) {
+        return placed.column->worth + (placed.column->sort == sort && sort != Sort::Name ? 10 : 0);
+    };
     std::vector<Placed> placed;
     for (const Column &column : kColumns) {
         size_t width = std::max(column.least, column.heading.size());
@@ -111,8 +110,8 @@ std::vector<Placed> place(const std::vector<const Port *> &ports, size_t columns
         for (const Placed &each : placed)
             spare += each.width - std::min(each.width, each.column->least);
         if (spare < over) {
-            const int least = std::ranges::min_element(placed, {}, worthOf)->column->worth;
-            std::erase_if(placed, [&](const Placed &each) { return each.column->worth == least; });
+            const int least = worthOf(*std::ranges::min_element(placed, {}, worthOf));
+            std::erase_if(placed, [&](const Placed &each) { return worthOf(each) == least; });
             continue;
         }
         // The widest gives way.
@@ -169,7 +168,7 @@ Lines tableOf(const std::vector<const Port *> &ports, size_t first, size_t count
     const std::vector<const Port *> shown(begin,
                                           begin + static_cast<long>(std::min(count, ports.size() - first)));
     // Of all ports, so that rows that come into view move no column.
-    const std::vector<Placed> placed = place(ports, columns);
+    const std::vector<Placed> placed = place(ports, columns, sort);
     auto line = [&](auto text) {
         std::string made;
         for (const Placed &each : placed) {
@@ -200,7 +199,7 @@ std::string sumsOf(const std::vector<const Port *> &ports) {
     for (const Port *port : ports)
         for (size_t i = 0; port->rates && i < sums.size(); i++)
             sums[i] += (*port->rates)[i];
-    return fmt::format("{}: in {}bit/s, {}packets/s; out {}bit/s, {}packets/s; dropped {}packets/s", count,
+    return fmt::format("{}: in {}bit/s, {}p/s; out {}bit/s, {}p/s; dropped {}p/s", count,
                        withUnit(sums[BitsIn]), withUnit(sums[PacketsIn]), withUnit(sums[BitsOut]),
                        withUnit(sums[PacketsOut]), withUnit(sums[Dropped]));
 }

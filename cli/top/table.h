@@ -37,7 +37,7 @@ struct Lines {
 // no room are left out, the less important first.
 Lines tableOf(const std::vector<const Port *> &ports, size_t first, size_t count, size_t columns, Sort sort);
 
-// "64 ports: in 12.5 Mbit/s, 3.1 kpackets/s; ..."
+// "64 ports: in 12.5 Mbit/s, 3.1 kp/s; ..."
 std::string sumsOf(const std::vector<const Port *> &ports);
 
 }  // namespace qvs::top

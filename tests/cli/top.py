@@ -147,6 +147,8 @@ def screens():
     terminal.wait("large again", lambda d: "seven.eth0" in "".join(d) and "CLIENT" in d[2])
     terminal.resize(12, 44)
     terminal.wait("small: the rates stay", lambda d: "IN b/s" in d[2] and "DROP/s" in d[2] and "CLIENT" not in d[2])
+    terminal.press("p")
+    terminal.wait("small: the column of the order stays", lambda d: "*IN p/s" in d[2] and "OUT p/s" not in d[2])
     terminal.press("q")
     terminal.end("q")
 

@@ -29,7 +29,7 @@ A wrong word is answered with the right one, whether there is a host or not.
   qvs: no such command: 'ls'; did you mean 'show'? 'qvs help' lists them
   qvs: no such command: 'rm'; 'qvs help' lists them
   qvs: no such command: 'get'; did you mean 'mtu get', 'pvlan get' or 'port vlan get'? 'qvs help' lists them
-  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs <<<$'--jsno switch list\nport list sw1 --tiemout 3\nswitch create sw1 --max 4\nswitch create sw1 --may-exists\nswitch show sw1 100\nuplink add sw1 u0 --connect 5\nmirror list sw1 p0\nmirror list sw1 p0 --port p1\nport list sw1 p0 p1\nmac-learning set sw1 100\nteaming set sw1 source-mac\nteaming set sw1 uplink0\nmcast filters sw1 ipv4\nmcast filters sw1 --type ipv5\nswitch list --timeout\nswitch list --json=yes\nport show sw1\nport vlan set sw1 p0 --vlan 5\nmirror add sw1 s --to p0\nswitch list --vlan 5'
+  $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs <<<$'--jsno switch list\nport list sw1 --tiemout 3\nswitch create sw1 --max 4\nswitch create sw1 --may-exists\nswitch show sw1 100\nuplink add sw1 u0 --connect 5\nmirror list sw1 p0\nmirror list sw1 p0 --port p1\nport list sw1 p0 p1\nmac-learning set sw1 100\nteaming set sw1 source-mac\nteaming set sw1 uplink0\nmcast filters sw1 ipv4\nmcast filters sw1 --type ipv5\nswitch list --timeout\nswitch list --json=yes\nport show sw1\nport vlan set sw1 p0 --vlan 5\nmirror add sw1 s --to p0\nport vlan set sw1 p0 100\nport vlan set sw1 p0 p1\nswitch list --vlan 5'
   qvs: no such option: '--jsno'; did you mean '--json'?
   qvs: no such option: '--tiemout'; did you mean '--timeout'?
   qvs: no such option: '--max'; did you mean '--max-ports'?
@@ -49,6 +49,8 @@ A wrong word is answered with the right one, whether there is a host or not.
   qvs: PORT is required
   qvs: no such option: '--vlan'; did you mean '--id'?
   qvs: no such option: '--to'; did you mean '--destinations'?
+  qvs: at least one of --id, --private, --trunk, --priority, --reset is required; did you mean '--id 100'?
+  qvs: at least one of --id, --private, --trunk, --priority, --reset is required
   qvs: no such option: '--vlan'
   $ suggest() { while IFS= read -r words; do $1 $words; done 2>&1 | grep -v 'usage:'; }; suggest qvs-host <<<$'ls\nexec true\nfault rm\nfault ls\nstat\nrun -- \nstart --stat x\nfault add x --kill soon\nrun --lab rak -- true'
   qvs-host: no such command: 'ls'; did you mean 'status'? 'qvs-host help' lists them
