@@ -16,6 +16,7 @@
 #include "config/library/lock.h"
 #include "config/library/snapshot.h"
 #include "tool/output.h"
+#include "tool/terminal.h"
 
 namespace qvs::cli {
 namespace {
@@ -38,7 +39,11 @@ class Report {
         const std::string_view result = kResults[static_cast<size_t>(finding.result)];
         failed_ = failed_ || finding.result == Result::Failed;
         if (out_.json()) return listing_.row(check, result, std::string_view(finding.message));
-        out_.write(fmt::format("{:7}  {}: {}\n", result, check, shown(finding.message)));
+        std::string line = fmt::format("{:7}  ", result);
+        const size_t at = line.size();
+        appendWrapped(line, fmt::format("{}: {}", check, shown(finding.message)), at, at,
+                      terminalColumns().value_or(SIZE_MAX));
+        out_.write(line + "\n");
         out_.flush();
     }
     void finish() {

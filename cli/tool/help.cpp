@@ -285,11 +285,13 @@ std::string programHelp() {
         const size_t half = (columns - kGap) / 2;
         topics = besides(topicTexts(half), half);
     }
-    return fmt::format(
-        "usage: {0} {1}\n{2}\n"
-        "{0} help NOUN lists the verbs of a noun, {0} help all every command.\n"
-        "{0} help WORD searches; {0} COMMAND --help says more about a command.\n",
-        program().name, program().usage, topics);
+    std::string text = "usage: ";
+    appendWrapped(text, fmt::format("{} {}", program().name, program().usage), text.size(), text.size());
+    return text + fmt::format(
+                      "\n{1}\n"
+                      "{0} help NOUN lists the verbs of a noun, {0} help all every command.\n"
+                      "{0} help WORD searches; {0} COMMAND --help says more about a command.\n",
+                      program().name, topics);
 }
 
 std::string wholeHelp() {

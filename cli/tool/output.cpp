@@ -188,11 +188,19 @@ void Record::appendLines(fmt::memory_buffer &out, std::string_view indent) const
     size_t widest = 0;
     for (const std::string &label : labels_)
         widest = std::max(widest, columnsOf(label));
+    const size_t most = out_.wide() ? SIZE_MAX : terminalColumns().value_or(SIZE_MAX);
     size_t begin = 0;
     for (size_t i = 0; i < labels_.size(); i++) {
         std::string_view value(text_.data() + begin, ends_[i] - begin);
         begin = ends_[i];
-        fmt::format_to(std::back_inserter(out), "{}{:{}}  {}\n", indent, labels_[i] + ":", widest + 1, value);
+        std::string line = fmt::format("{}{:{}}  ", indent, labels_[i] + ":", widest + 1);
+        const size_t at = columnsOf(line);
+        if (columnsOf(value) > most - std::min(at, most)) {
+            appendWrapped(line, value, at, 2 * at < most ? at : indent.size() + 2, most);
+        } else {
+            line += value;
+        }
+        put(out, line + "\n");
     }
 }
 

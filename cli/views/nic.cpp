@@ -40,7 +40,7 @@ void list(const Arguments &arguments, Output &out) {
                           {"speedMbps", hasSpeeds ? "MBIT/S" : nullptr},
                           {"switch", "SWITCH"},
                           {"uplink", "UPLINK"},
-                          {"port", "PORT"}});
+                          {"port", "PORT", true}});
     for (const auto &[name, facts, uplink] : nics) {
         std::optional<Flag> link;
         if (uplink->linkUp) link = linkState(*uplink->linkUp);

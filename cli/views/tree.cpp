@@ -2,6 +2,7 @@
 #include "views/tree.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <string_view>
 
@@ -30,14 +31,37 @@ bool showsUnicode() {
     return false;
 }
 
+// Writes a text in as many lines as the terminal needs. Lines behind the first begin with `further`.
+void writeLines(Output &out, std::string_view first, const std::string &further, std::string_view text) {
+    out.write(first);
+    const size_t most = out.wide() ? SIZE_MAX : terminalColumns().value_or(SIZE_MAX);
+    const size_t before = columnsOf(further);
+    if (before + columnsOf(text) <= most || before >= most) {
+        out.write(text);
+        return out.write("\n");
+    }
+    std::string wrapped;
+    appendWrapped(wrapped, text, 0, 0, most - before);
+    std::string_view rest = wrapped;
+    for (bool begins = true; !rest.empty(); begins = false) {
+        std::string_view line = rest.substr(0, rest.find('\n'));
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        // Blanks that aligned a column would begin and end lines.
+        const size_t start = line.find_first_not_of(' ');
+        if (start == std::string_view::npos) continue;
+        line = line.substr(start, line.find_last_not_of(' ') + 1 - start);
+        if (!begins) out.write(further);
+        out.write(line);
+        out.write("\n");
+    }
+}
+
 void print(Output &out, const Strokes &strokes, const Branch &branch, const std::string &indent) {
     for (const Branch &each : branch.branches) {
         const bool last = &each == &branch.branches.back();
-        out.write(indent);
-        out.write(last ? strokes.last : strokes.between);
-        out.write(each.text);
-        out.write("\n");
-        print(out, strokes, each, indent + std::string(last ? "   " : strokes.past));
+        const std::string below = indent + std::string(last ? "   " : strokes.past);
+        writeLines(out, indent + std::string(last ? strokes.last : strokes.between), below + "  ", each.text);
+        print(out, strokes, each, below);
     }
 }
 
@@ -69,8 +93,7 @@ std::vector<std::string> aligned(const std::vector<std::vector<std::string>> &ro
 }
 
 void printTree(Output &out, const Branch &root) {
-    out.write(root.text);
-    out.write("\n");
+    writeLines(out, "", "  ", root.text);
     print(out, out.terminal() && showsUnicode() ? kLines : kPlain, root, "");
 }
 

@@ -308,6 +308,33 @@ One word for a state everywhere; names stay whole on a narrow terminal, and port
   qvs: --all needs --once
   ? 2
 
+What is no table breaks between words on a narrow terminal, and not at all with --wide.
+
+  $ sh on 'for words in "show sw1" "show sw1 --wide" "port show sw1 p11" "doctor"; do COLUMNS=44 NO_COLOR=1 LC_ALL=C script -qec "qvs $words" /dev/null | tr -d "\r" | grep -E -A 1 "^sw1:|- (db|web)|mac-learning:|state: *loads"; done' 2>&1 | grep -v warning
+  sw1: MTU 1500, 6 ports (2 in use), 2
+    uplinks (1 up), room for 128
+  --
+  |  `- mac-learning: aging 300 seconds
+  |- private VLANs
+  --
+     |- db                 VLAN trunk all
+     |    db\t0     down
+  --
+     |- web                VLAN trunk
+     |    1-100,200, priority 3  web.eth0  up
+  sw1: MTU 1500, 6 ports (2 in use), 2 uplinks (1 up), room for 128
+  |- policies
+  |  `- mac-learning: aging 300 seconds
+  |- private VLANs
+  --
+     |- db                 VLAN trunk all                    db\t0     down  security: 2 bytes that its members cannot express
+     |- web                VLAN trunk 1-100,200, priority 3  web.eth0  up    teaming: the default of a switch
+     |- p9, p12 (2 ports)                                              free
+    mac-learning:      learning off, flooding
+                       off, limit 4096, limit
+  ok       switch state: loads; switches: 3
+  ok       shell /bin/treesh: can be executed
+
 The ports with the most traffic, between two looks. The screen is for terminals.
 
   $ sh on 'qvs top --once --interval 0.1 --limit 2 | tr -s " " | sed "s/ [0-9][0-9.]*k\{0,1\}/ N/g; s/p[0-9]*/P/"; qvs top sw1 --once --interval 0.1 --json | jq -c ".[0] | [.port, .client, .vlan, .state, (.bitsIn > 0), (.dropped > 0)]"'
