@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// qvs-agent: makes this host a member of a fleet.
+// The commands of qvs-agent, which makes this host a member of a fleet.
 #include "agent/daemon/agent.h"
 #include "agent/daemon/log.h"
+#include "agent/programs.h"
 #include "agent/settings/settings.h"
 #include "tool/output.h"
-#include "tool/program.h"
 #include "tool/run.h"
 
 namespace qvs::fleet {
@@ -67,16 +67,13 @@ constexpr cli::Passage kFiles[] = {
 constexpr cli::Section kSections[] = {{"Exit status", kExitCodes}, {"Files", kFiles}};
 
 }  // namespace
-}  // namespace qvs::fleet
 
-namespace qvs::cli {
-
-const Program &program() {
-    static const Noun nouns[] = {
-        {"agent", "the agent of this host", fleet::rows()},
-        {"tool", "the tool itself", kToolCommands},
+const cli::Program &agentProgram() {
+    static const cli::Noun nouns[] = {
+        {"agent", "the agent of this host", rows()},
+        {"tool", "the tool itself", cli::kToolCommands},
     };
-    static const Program self = {
+    static const cli::Program self = {
         .name = "qvs-agent",
         .version = QVS_VERSION,
         .date = QVS_DATE,
@@ -85,15 +82,11 @@ const Program &program() {
         .nouns = nouns,
         .options = {},
         .names = {},
-        .description = fleet::kDescription,
-        .sections = fleet::kSections,
+        .description = kDescription,
+        .sections = kSections,
         .failed = 1,
     };
     return self;
 }
 
-}  // namespace qvs::cli
-
-int main(int argc, char **argv) {
-    return qvs::cli::run(argc, argv);
-}
+}  // namespace qvs::fleet

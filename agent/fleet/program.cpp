@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// qvs-fleet: publishes revisions of the switches of many hosts. `qvs fleet` starts it.
-#include <csignal>
-#include <cstdlib>
-
+// The commands of qvs-fleet, which publishes revisions of the switches of many hosts. `qvs fleet` starts it.
 #include "agent/fleet/fleet.h"
-#include "tool/failure.h"
-#include "tool/program.h"
+#include "agent/programs.h"
 #include "tool/run.h"
 
 namespace qvs::fleet {
@@ -31,36 +27,27 @@ constexpr cli::Passage kSeeAlso[] = {{"qvs(1), qvs-agent(1), qvs-document(5)"}};
 constexpr cli::Section kSections[] = {{"Exit status", kExitCodes}, {"See also", kSeeAlso}};
 
 }  // namespace
-}  // namespace qvs::fleet
 
-namespace qvs::cli {
-
-const Program &program() {
-    static const Noun nouns[] = {
-        {"change", "publish revisions", fleet::kChangeCommands},
-        {"view", "see what is there", fleet::kViewCommands},
-        {"tool", "the tool itself", kToolCommands},
+const cli::Program &fleetProgram() {
+    static const cli::Noun nouns[] = {
+        {"change", "publish revisions", kChangeCommands},
+        {"view", "see what is there", kViewCommands},
+        {"tool", "the tool itself", cli::kToolCommands},
     };
-    static const Program self = {
+    static const cli::Program self = {
         .name = "qvs-fleet",
         .version = QVS_VERSION,
         .date = QVS_DATE,
         .summary = "one configuration for the virtual switches of many hosts",
         .usage = "COMMAND [ARGUMENT...] [OPTION...]",
         .nouns = nouns,
-        .options = fleet::storeOptions(),
+        .options = storeOptions(),
         .names = {},
-        .description = fleet::kDescription,
-        .sections = fleet::kSections,
+        .description = kDescription,
+        .sections = kSections,
         .failed = 1,
     };
     return self;
 }
 
-}  // namespace qvs::cli
-
-int main(int argc, char **argv) {
-    std::signal(SIGPIPE, SIG_IGN);
-    qvs::onWarning = [](std::string_view text) { qvs::cli::complainLines(text); };
-    return qvs::cli::run(argc, argv);
-}
+}  // namespace qvs::fleet
