@@ -109,7 +109,7 @@ On a terminal, a usage error is broken to its width.
 The help of the whole tool fits on a screen of 80 by 40 with every noun, and no line of help is too long.
 
   $ for columns in 80 200 ""; do COLUMNS=$columns qvs help | awk 'length > 80 { print } END { print NR <= 40 }'; done  => 1 | 1 | 1
-  $ COLUMNS=80 qvs-host help | awk 'length > 80 { print } END { print NR < 24 }'  => 1
+  $ COLUMNS=80 qvs-host help | awk 'length > 80 { print } END { print NR <= 40 }'  => 1
   $ qvs help | sed -n '1p; /^  port /p'
   usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
     port    ports of a switch                            switches and ports
