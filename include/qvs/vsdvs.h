@@ -295,7 +295,8 @@ QVS_API HYP_ReturnStatus VSDVS_GetMTU(const char *alias, int *mtu);
  *   mtu  1280 to 9000 bytes
  *
  * If a step fails, the function restores the old value in reverse order. It does not restore the NIC that
- * failed. It ignores a failure to store the second of the two properties.
+ * failed. It ignores a failure to store the second of the two properties. A list of NICs that the shell
+ * cannot print is an empty one.
  *
  * HYP_BAD_PARAM, with nothing done: mtu is out of range (checked before the alias is resolved), or the shell
  * would interpret the stored portset name. HYP_FAILURE: the old MTU cannot be read, a shell command failed,

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "support/alloc_fault.h"
+#include "support/records.h"
 #include "support/test.h"
 
 namespace qvs::test {
@@ -24,10 +25,6 @@ const uint32_t kMask = 7;
 const uint8_t kOn[5] = {2, 1, 0, 0, 0};
 uint32_t word;
 int number;
-
-std::string sessions(const char *id) {
-    return u32(0xfacebeef) + u32(2) + u32(1) + u32(0) + u32(0) + field(id, 232);
-}
 
 // Where a getter puts its answer, as whatever type it wants.
 struct Out {
@@ -88,59 +85,10 @@ constexpr Whole filterMode = [](Record r) {
     return r.c_str() == std::string("snooping") || r.c_str() == std::string("legacyFiltering");
 };
 
-// A key is written with the letter of its scope in front, and without "com.quillon.vswitch." or, if it is
-// another family's, without "com.quillon.".
-struct Stored {
-    const char *key;
-    std::string value;
-};
-const Stored kRecords[] = {
-    {"g pvlanMap", zeros(16)},
-    {"g teaming", std::string(2616, '\x01')},
-    {"g logicalswitch.teaming", u32(1) + zeros(8)},
-    {"g multicastFilter", text("snooping")},
-    {"g rcf.INSNType", text("ebpf")},
-    {"g etherswitch.cdp", hex("0102")},
-    {"g common.teamcheck.deploy", hex("0102030405")},
-    {"g mesh.teamcheck.param", hex("07")},
-    {"g common.vlanmtucheck.deploy", hex("0102030405")},
-    {"g mesh.vlanmtucheck.param", std::string(512, '\x02')},
-    {"h uplinkMirrorSessions", sessions("old")},
-    {"h macLearning", hex("0102030405060708")},
-    {"h macLearning.learnStatic", text("true")},
-    {"h macLearning.overlay.cache", text("true")},
-    {"h macLearning.staticMACAllow", text("true")},
-    {"h mcast.user.addresses", hex("03") + zeros(18)},
-    {"p port.mirrorSessions", sessions("old")},
-    {"p port.vlan", hex("0100 0000 0000 0300") + zeros(12)},
-    {"p port.priority", u32(0)},
-    {"p port.vlanNestedTag", u32(1)},
-    {"p port.security", u32(5)},
-    {"p port.extraEthFRP", u32(3) + zeros(196)},
-    {"p port.teaming.policy", std::string(2616, '\x01')},
-    {"p port.teaming.override", text(std::string(80, 'n'))},
-    {"p port.logicalswitch.teaming", std::string(136, 'n')},
-    {"p port.txUplink", text("always")},
-    {"p port.macManagement", hex("0102030405060708090a0b")},
-    {"p port.mcast.user.addresses.override", hex("1a") + zeros(26 * 6)},  // more than can be set
-    {"p common.port.volatile.vlanchkresult", u16(2) + u16(1) + zeros(12)},
-    {"p common.port.volatile.mtuchkresult", u16(0) + u16(2) + zeros(8)},
-    {"p net.ipfix.port", zeros(14) + u16(5) + zeros(168) + "obsID"},
-};
-
-std::string keyOf(const std::string &key) {
-    static const std::regex others(". (common|etherswitch|mesh|net)\\..*");
-    return (std::regex_match(key, others) ? "com.quillon." : "com.quillon.vswitch.") + key.substr(2);
-}
 std::optional<std::string> stored(const std::string &key) {
     if (key[0] == 'g') return globalProp("id", keyOf(key).c_str());
     if (key[0] == 'h') return hostProp("id", keyOf(key).c_str());
     return portProp("id", kPort0, keyOf(key).c_str());
-}
-uint32_t store(const std::string &key, const std::string &value) {
-    if (key[0] == 'g') return setGlobalProp("id", keyOf(key).c_str(), value);
-    if (key[0] == 'h') return setHostProp("id", keyOf(key).c_str(), value);
-    return setPortProp("id", kPort0, keyOf(key).c_str(), value);
 }
 void clear(const std::string &key) {
     if (key[0] == 'g') DVSHYP_GlobalPropClear("id", keyOf(key).c_str());
@@ -367,7 +315,7 @@ class Operation : public testing::Test {
         for (const auto &[key, value] : kRecords) {
             if (asks.find(key + 2) == std::string::npos) continue;
             if (present) {
-                ASSERT_STATUS(qvs::test::store(key, value), 0) << key;
+                ASSERT_STATUS(storeRecord(key, value), 0) << key;
             } else {
                 clear(key);
             }
@@ -474,7 +422,7 @@ TEST_F(Operation, HandsOutWholeRecordsOnly) {
         ASSERT_TRUE(getter.whole(found->value)) << key;
         for (const std::string &record : variants(found->value)) {
             SCOPED_TRACE(key + ": " + toHex(record));
-            ASSERT_STATUS(qvs::test::store(key, record), 0);
+            ASSERT_STATUS(storeRecord(key, record), 0);
             const bool whole = getter.whole(record);
             EXPECT_STATUS(run(getter.call), whole ? 0 : 0xbad0001);
             if (!whole) {
@@ -487,16 +435,6 @@ TEST_F(Operation, HandsOutWholeRecordsOnly) {
             }
             if (HasFailure()) return;
         }
-    }
-}
-
-TEST_F(Operation, FailuresOfTheStateLibraryLeaveTheBuffer) {
-    for (const Getter &getter : kGetters) {
-        SCOPED_TRACE(getter.asks);
-        addFault("state ", R"("status":"0xbad0004")");
-        // A type that cannot be read is type 0.
-        EXPECT_STATUS(run(getter.call), getter.call == fromSwitch<VSDVS_GetRCFType> ? 0 : 0xbad0004);
-        expectLeft(getter.clears);
     }
 }
 
@@ -527,7 +465,7 @@ TEST_F(Operation, ValuesAreComparedAsTheyAreStored) {
         {fromPort<VSDVS_IsSinkPortEnabled>, "p port.extraEthFRP", u32(0x10000) + zeros(196), "01 ee"},
     };
     for (const auto &[get, key, value, answer] : rows) {
-        ASSERT_STATUS(qvs::test::store(key, value), 0);
+        ASSERT_STATUS(storeRecord(key, value), 0);
         EXPECT_STATUS(run(get), 0);
         const std::string expected = hex(answer);
         EXPECT_BYTES(buffer_.substr(0, expected.size()), expected) << key << " " << value;
@@ -574,7 +512,7 @@ TEST_F(Operation, WhatIsRefusedAsksNobody) {
     }
     EXPECT_EQ(takeTrace(), "");
     // Newer switches keep their filter mode elsewhere.
-    ASSERT_STATUS(qvs::test::store("g common.version", u32(107)), 0);
+    ASSERT_STATUS(storeRecord("g common.version", u32(107)), 0);
     EXPECT_STATUS(VSDVS_SetMcastFilterMode("sw1", 1), 0xbad0020);
     EXPECT_EQ(stored("g multicastFilter"), std::nullopt);
 }
@@ -584,7 +522,7 @@ TEST_F(Operation, SinkPortsLiveInTheFilter) {
     const std::string record = u32(3) + u16(1) + hex("01005e000001") + zeros(31 * 6 + 2);
     EXPECT_STATUS(VSDVS_ConfigureSinkPort("sw1", "port0", 0), 0);
     EXPECT_BYTES(*stored(kFilter), zeros(200));
-    ASSERT_STATUS(qvs::test::store(kFilter, record), 0);
+    ASSERT_STATUS(storeRecord(kFilter, record), 0);
     EXPECT_STATUS(VSDVS_ConfigureSinkPort("sw1", "port0", 8), 0);
     EXPECT_BYTES(*stored(kFilter), u32(0x10003) + record.substr(4));
     EXPECT_STATUS(VSDVS_ConfigureSinkPort("sw1", "port0", 0), 0);

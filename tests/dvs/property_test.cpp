@@ -163,22 +163,5 @@ TEST_F(Property, SwitchThatCannotBeNamedIsRefusedWithoutARequest) {
     }
 }
 
-TEST_F(Property, StatusOfTheStateLibraryIsReturnedAsItIs) {
-    for (const auto &scope : kScopes) {
-        SCOPED_TRACE(scope.name);
-        char data[4] = {'x', 'x', 'x', 'x'};
-        VSDVS_PropBuffer buffer = {4, data};
-        ASSERT_STATUS(scope.set(kById, "abc", 3), 0);
-        for (const std::string &line : {scope.getLine(), scope.setLine(), scope.clearLine()}) {
-            addFault(line, R"("status":"0xbad00d7")");
-        }
-        EXPECT_STATUS(scope.get(kById, &buffer), 0xbad00d7);
-        EXPECT_BYTES(bytesAt(data, 4), "xxxx");
-        EXPECT_STATUS(scope.set(kById, "new", 3), 0xbad00d7);
-        EXPECT_STATUS(scope.clear(kById), 0xbad00d7);
-        EXPECT_EQ(scope.stored(), "abc");
-    }
-}
-
 }  // namespace
 }  // namespace qvs::test

@@ -210,36 +210,6 @@ TEST_F(SingleFailures, BfdArguments) {
 #endif
 }
 
-// Whatever changes something tells of the device's refusal by its status.
-TEST_F(SingleFailures, Changes) {
-    const struct {
-        const char *name;
-        uint32_t (*call)();
-    } rows[] = {
-        {"SetUplinkAdminLinkState", [] { return VSHYP_SetUplinkAdminLinkState("ps1", "pnic0", 0); }},
-        {"RefreshDevNUMAInfo", [] { return VSHYP_RefreshDevNUMAInfo("ps1"); }},
-        {"SetPortMACTable", [] { return VSHYP_SetPortMACTable("sw1", "port0", 0, kNothing); }},
-        {"ClearPortMACTable", [] { return VSHYP_ClearPortMACTable("sw1", nullptr, 1, kNothing); }},
-        {"SetGlobalMACLearningProps", [] { return VSHYP_SetGlobalMACLearningProps(kNothing); }},
-        {"SetRuntimeOptions", [] { return VSHYP_SetRuntimeOptions(kNoWords); }},
-        {"RTMOp", [] { return VSHYP_RTMOp(kNoWords, 1); }},
-        {"RTMModOp", [] { return VSHYP_RTMModOp(kNoWords, 1); }},
-        {"RTMPortOp", [] { return VSHYP_RTMPortOp(1, 2, 3); }},
-        {"CreateRequest", [] { return TFHYP_CreateRequest("sw1", "port0", kNoMac, kNoMac, 0, 0, 0, 0, 0); }},
-        {"ClearTraceflowConfig", [] { return TFHYP_ClearTraceflowConfig("sw1"); }},
-        {"CreateSession", [] { return LIVETRACEHYP_CreateSession("sw1", "port0", kNothing, 1); }},
-        {"PlumbSpfPort", [] { return SPFHYP_PlumbSpfPort("ps1", "port0", nullptr, kNoMac); }},
-        {"UnPlumbSpfPort", [] { return SPFHYP_UnPlumbSpfPort("ps1", "port0"); }},
-    };
-    for (const auto &[name, call] : rows) {
-        SCOPED_TRACE(name);
-        for (const char *step : {"device open", "device ioctl"}) {
-            addFault(step, R"("errno":"EBUSY")");
-            EXPECT_STATUS(call(), 0xbad0004);
-        }
-    }
-}
-
 // The kernel's word is reduced to 0 or 1.
 TEST_F(SingleFailures, LinkStates) {
     for (const auto get : {VSHYP_GetUplinkLinkState, VSHYP_GetUplinkLACPLinkState}) {

@@ -21,6 +21,7 @@ std::atomic<bool> armed = false;
 std::atomic<int> countdown = 0;
 std::atomic<bool> fromThenOn = false;
 std::atomic<int> calls = 0;
+std::atomic<long> blocks = 0;  // that the program has allocated and not freed
 
 int findLibrary(dl_phdr_info *info, size_t, void *library) {
     const char *slash = std::strrchr(info->dlpi_name, '/');
@@ -47,6 +48,11 @@ int findLibrary(dl_phdr_info *info, size_t, void *library) {
     return true;
 }
 
+[[maybe_unused]] void *counted(void *block) {
+    if (block != nullptr) ++blocks;
+    return block;
+}
+
 }  // namespace
 
 AllocFault::AllocFault(int nth, Mode mode, const char *library) {
@@ -67,11 +73,16 @@ int AllocFault::seen() const {
     return calls;
 }
 
+long liveBlocks() {
+    return blocks;
+}
+
 }  // namespace qvs::test
 
 #ifndef QVS_TEST_SANITIZED
 
 using qvs::test::allocationFails;
+using qvs::test::counted;
 
 extern "C" {
 
@@ -79,16 +90,25 @@ void *__libc_malloc(size_t size);
 void *__libc_calloc(size_t count, size_t size);
 void *__libc_realloc(void *block, size_t size);
 
+void __libc_free(void *block);
+
 __attribute__((visibility("default"))) void *malloc(size_t size) noexcept {
-    return allocationFails(__builtin_return_address(0)) ? nullptr : __libc_malloc(size);
+    return counted(allocationFails(__builtin_return_address(0)) ? nullptr : __libc_malloc(size));
 }
 
 __attribute__((visibility("default"))) void *calloc(size_t count, size_t size) noexcept {
-    return allocationFails(__builtin_return_address(0)) ? nullptr : __libc_calloc(count, size);
+    return counted(allocationFails(__builtin_return_address(0)) ? nullptr : __libc_calloc(count, size));
 }
 
 __attribute__((visibility("default"))) void *realloc(void *block, size_t size) noexcept {
-    return allocationFails(__builtin_return_address(0)) ? nullptr : __libc_realloc(block, size);
+    if (allocationFails(__builtin_return_address(0))) return nullptr;
+    void *moved = __libc_realloc(block, size);
+    return block == nullptr ? counted(moved) : moved;
+}
+
+__attribute__((visibility("default"))) void free(void *block) noexcept {
+    if (block != nullptr) --qvs::test::blocks;
+    __libc_free(block);
 }
 
 }  // extern "C"

@@ -21,6 +21,10 @@ class AllocFault {
     int seen() const;
 };
 
+// Blocks that the program, with its libraries, has allocated and not freed; 0 where allocations are the
+// sanitizer's.
+long liveBlocks();
+
 // Allocations belong to the sanitizer where there is one.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define QVS_TEST_SANITIZED 1
