@@ -11,42 +11,19 @@
 #include <string_view>
 #include <vector>
 
+#include "input.h"
 #include "qvs/keys.h"
 #include "qvs/qvs.h"
 #include "state_library/snapshot_writer.h"
 
 namespace {
 
+using qvs::fuzz::Bytes;
+using qvs::fuzz::require;
+
 #define QVS_KEY_ONLY(key, scope, propType) key,
 constexpr const char *kKeys[] = {QVS_KEYS(QVS_KEY_ONLY)};
 #undef QVS_KEY_ONLY
-
-// The input taken apart from the front; what is missing is zero.
-class Bytes {
-  public:
-    Bytes(const uint8_t *data, size_t size) : data_(data), size_(size) {}
-    bool empty() const { return size_ == 0; }
-    uint8_t u8() {
-        if (size_ == 0) return 0;
-        --size_;
-        return *data_++;
-    }
-    std::string_view take(size_t length) {
-        if (length > size_) length = size_;
-        const std::string_view bytes(reinterpret_cast<const char *>(data_), length);
-        data_ += length;
-        size_ -= length;
-        return bytes;
-    }
-
-  private:
-    const uint8_t *data_;
-    size_t size_;
-};
-
-void require(bool condition) {
-    if (!condition) std::abort();
-}
 
 }  // namespace
 

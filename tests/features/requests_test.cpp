@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "features/runtime_host.h"
+#include "support/frame.h"
 #include "support/test.h"
 
 namespace qvs::test {
@@ -34,33 +35,13 @@ alignas(8) char area[256];
 uint32_t *const word = reinterpret_cast<uint32_t *>(area);
 void *block = nullptr;
 
-// The lengths and addresses in a frame, which lie where the device has them.
-struct Frame {
-    uint32_t inLength = 0, outLength = 0;
-    uint64_t inAddress = 0, outAddress = 0;
-
-    Frame(const std::string &path, const void *bytes) {
-        const bool packed = path == kBfd || path == kTraceflow || path == kLivetrace;
-        const auto at = [&](size_t offset, auto &field) {
-            std::memcpy(&field, static_cast<const char *>(bytes) + offset, sizeof field);
-        };
-        if (path == kKcp) {
-            uint32_t reserved = 0;
-            at(0, reserved), at(4, outLength), at(8, outAddress);
-            EXPECT_EQ(reserved, 0u);
-        } else {
-            at(0, inLength), at(packed ? 4 : 8, inAddress);
-            at(packed ? 12 : 4, outLength), at(16, outAddress);
-        }
-    }
-};
-
 class Requests : public RuntimeHost {
   protected:
     void SetUp() override {
         RuntimeHost::SetUp();
         calls().onIoctl = [this](unsigned long, const void *argument) {
             const Frame frame(device_, argument);
+            EXPECT_EQ(frame.reserved, 0u);
             EXPECT_EQ(frame.inLength == 0, frame.inAddress == 0);
             EXPECT_EQ(frame.outLength == 0, frame.outAddress == 0);
         };

@@ -7,18 +7,10 @@
 #include <cstdint>
 #include <string>
 
+#include "support/frame.h"
 #include "support/intercept.h"
 
 namespace qvs::test {
-
-constexpr char kSwitchDevice[] = "/dev/vswitch";
-constexpr char kRouteTable[] = "/crate/devices/char/hypdriver/rtm";
-constexpr char kBfd[] = "/crate/devices/char/hypdriver/tarn_bfd";
-constexpr char kKcp[] = "/crate/devices/char/hypdriver/kcp";
-constexpr char kSpf[] = "/crate/devices/char/hypdriver/tarn-spf";
-constexpr char kTraceflow[] = "/dev/traceflow";
-constexpr char kLivetrace[] = "/dev/livetrace";
-constexpr char kIpfix[] = "/dev/ipfix";
 
 // Switch "sw1", identifier "id", portset "ps1": port0 (number 0x4000001) and the uplinks uplink0 (2) and
 // uplink1 (3) on pnic0 and pnic1. Switch "two" with its portset of that name: ports a (4) and b (5).

@@ -33,12 +33,6 @@
 
 namespace qvs::kernel {
 
-void logStoreFailure(const Store &store, const StoreError &error) {
-    const bool wanted = store.limited() && error.full();
-    spdlog::log(wanted ? spdlog::level::info : spdlog::level::warn, "a change was not stored: {}",
-                error.what());
-}
-
 namespace {
 
 constexpr int kFailed = 1;
