@@ -25,17 +25,9 @@ for when in before middle after; do
 done
 expect 'ports in all' "$acknowledged" 997
 
-# At any moment.
-for round in 1 2 3; do
-    daemon=$(pid)
-    (sleep 0.0$round && kill -9 "$daemon") &
-    acknowledged=$("$QVS_PORTS" create sw "$acknowledged" 100000)
-    wait
-    start
-    total=$("$QVS_PORTS" check sw "$acknowledged") || fail "round $round: $total ports of $acknowledged"
-    [ "$total" -le $((acknowledged + 1)) ] || fail "round $round: $total ports after $acknowledged"
-    acknowledged=$total
-done
+# At any moment, with many clients.
+"$QVS_HISTORY" state "${QVS_KILLS:-20}"
+expect 'after the kills' "$("$QVS_PORTS" check sw "$acknowledged")" "$acknowledged"
 
 # One daemon for one directory.
 ! message=$(qvs-host start --state state 2>&1) || fail 'a second daemon started'
