@@ -15,7 +15,6 @@ namespace {
 constexpr uint32_t kNoStatus = 0xffffffff;
 
 constexpr uint32_t kNoWords[64] = {};
-constexpr const void *kNothing = kNoWords;
 constexpr char kNoMac[] = "0:0:0:0:0:0";
 
 class SingleFailures : public RuntimeHost {};
