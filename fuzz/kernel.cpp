@@ -112,7 +112,7 @@ void loadSnapshot() {
 using namespace qvs::fuzz;
 
 uint32_t DVSHYP_StateGet(void **buffer, uint32_t *length) {
-    static const auto blob = writer().finish();
+    const auto blob = writer().finish();
     return give({reinterpret_cast<const char *>(blob.data()), blob.size()}, buffer, length);
 }
 void DVSHYP_DataFree(void *value) {
