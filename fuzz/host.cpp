@@ -59,7 +59,7 @@ int listener() {
 struct Host {
     asio::io_context io;
     Kernel kernel{directory() + "/hypercore.db"};
-    Server server{io, kernel, listener(), {directory(), false}};
+    Server server{io, kernel, listener(), {directory(), false, {}}};
 
     ~Host() { std::filesystem::remove_all(directory()); }
     void run() {
