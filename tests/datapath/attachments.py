@@ -152,6 +152,10 @@ def two_hosts():
         sent = frame(None, 11 if name == "a" else 12)
         mine.send(sent)
         expect(f"from {name}", theirs.next(), sent)
+    # A NIC that is taken down takes the link from the other one.
+    for link in False, True:
+        hosts["b"].configure(switch(port(1), port(2, uplink=True, link=link)))
+        hosts["a"].wait_carrier(2, (link, ""))
     for each in hosts.values():
         each.stop()
 

@@ -65,6 +65,7 @@ class DataPath : private wire::Noncopyable {
         std::string id;
         std::string client;
         size_t mtu = 1500;
+        bool link = true;  // as the kernel wants it
         std::unique_ptr<policy::AttachmentT> attachment;
         std::unique_ptr<Endpoint> endpoint;
         std::optional<bool> carrier;  // none until the attachment says it

@@ -121,6 +121,8 @@ void DataPath::learnPorts(Owner &owner) {
         attached.id = port->id;
         attached.client = port->client;
         attached.mtu = policy.mtu;
+        attached.link = port->link;
+        if (attached.endpoint) attached.endpoint->setLink(attached.link);
     }
     std::vector<uint32_t> gone;
     std::set_difference(owner.ports.begin(), owner.ports.end(), ports.begin(), ports.end(),
@@ -208,6 +210,7 @@ void DataPath::open(uint32_t port, Attached &attached) {
     };
     try {
         attached.endpoint = openEndpoint(*attached.attachment, context, std::move(events));
+        attached.endpoint->setLink(attached.link);
     } catch (const std::exception &error) {
         changeCarrier(port, false, error.what());
     }

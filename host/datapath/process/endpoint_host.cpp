@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Attachments to the NIC of another emulated host: a wire. Each end has a file; the end whose file has the
-// lesser name listens at it, and the other one connects, again and again until it succeeds.
+// lesser name listens at it, and the other one connects, again and again until it succeeds. A message is a
+// frame behind its offload. A message of one byte is the link of the NIC at the other end: without it, the
+// wire has no carrier.
 #include <sys/epoll.h>
 #include <sys/socket.h>
 
@@ -62,6 +64,11 @@ class HostEndpoint : public Endpoint {
                (errno != EAGAIN && errno != ENOBUFS);
     }
     bool takesOffloads() const override { return true; }
+    void setLink(bool up) override {
+        if (up == link_) return;
+        link_ = up;
+        tellLink();
+    }
 
   private:
     void close(File &file) {
@@ -104,7 +111,19 @@ class HostEndpoint : public Endpoint {
         wire_ = std::move(wire);
         wait_ = kFirstRetry;
         loop_.watch(wire_.get(), EPOLLIN, [this](uint32_t) { receive(); });
-        events_.carrier(true, "");
+        tellLink();
+    }
+
+    // Where the message finds no room, the wire is made anew: it begins with the link.
+    void tellLink() {
+        const uint8_t link = link_ ? 1 : 0;
+        if (wire_ && ::send(wire_.get(), &link, sizeof link, MSG_DONTWAIT | MSG_NOSIGNAL) < 0) lost();
+    }
+
+    void lost() {
+        close(wire_);
+        events_.carrier(false, "");
+        if (!listener_ && timer_ == 0) retry();
     }
 
     void receive() {
@@ -117,11 +136,10 @@ class HostEndpoint : public Endpoint {
             const ssize_t received = recvmsg(wire_.get(), &message, MSG_DONTWAIT);
             if (received < 0 && (errno == EAGAIN || errno == EINTR)) return;
             if (received <= 0) {
-                close(wire_);
-                events_.carrier(false, "");
-                if (!listener_) retry();
-                return;
+                return lost();
             }
+            // The first byte of an offload has the place of the link.
+            if (received == 1) events_.carrier(offload.flags != 0, "");
             if (received <= static_cast<ssize_t>(sizeof offload)) continue;
             offload.flags &= 1;
             events_.received({{batchBuffer(0), static_cast<size_t>(received) - sizeof offload}, offload});
@@ -134,6 +152,7 @@ class HostEndpoint : public Endpoint {
     std::string peer_;
     File listener_;
     File wire_;
+    bool link_ = true;
     uint64_t timer_ = 0;
     Time wait_ = kFirstRetry;
 };
