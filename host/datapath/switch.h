@@ -45,6 +45,8 @@ class Switch {
     void setAddress(uint32_t port, MacAddress address, Time now);
     // An attachment asks for all frames. It gets them if the policy of the port permits promiscuous mode.
     void setPromiscuous(uint32_t port, bool asked, Time now);
+    // Forgets an address that was learnt behind a port.
+    void forget(uint32_t port, MacAddress address, uint16_t vlan, Time now);
     // Does what time brings: addresses expire, memberships expire, reverse ARP is repeated. Returns when it
     // wants to be called again, at most a second from now. Each other function may bring that forward: after
     // configure, setCarrier and setAddress, call it at once.

@@ -55,13 +55,6 @@ Bytes packetTo(char group, size_t length) {
     return packet;
 }
 
-std::string hexBytes(const std::string &text) {
-    std::string bytes;
-    for (size_t at = 0; at + 1 < text.size(); at += 2)
-        bytes.push_back(static_cast<char>(std::stoi(text.substr(at, 2), nullptr, 16)));
-    return bytes;
-}
-
 // "[10][5.0]" for the tags of a frame, and what is left of it without them.
 std::string tagsOf(const Bytes &bytes, Bytes &rest) {
     std::string tags;
@@ -110,6 +103,13 @@ std::string trimmed(const std::string &text) {
 }
 
 }  // namespace
+
+Bytes bytesOf(const std::string &hex) {
+    Bytes bytes;
+    for (size_t at = 0; at + 1 < hex.size(); at += 2)
+        bytes.push_back(static_cast<uint8_t>(std::stoi(hex.substr(at, 2), nullptr, 16)));
+    return bytes;
+}
 
 std::unique_ptr<policy::SwitchT> policyOf(const std::string &json) {
     static const std::regex mac("\"(..):(..):(..):(..):(..):(..)\"");
@@ -195,8 +195,7 @@ std::string Network::checkFrame(const std::string &line, const std::string &expe
     const std::string text = trimmed(line.substr(colon + 1));
     Bytes bytes;
     if (text.starts_with("hex ")) {
-        const std::string raw = hexBytes(text.substr(4));
-        bytes.assign(raw.begin(), raw.end());
+        bytes = bytesOf(text.substr(4));
     } else {
         bytes = frameOf(text);
     }
@@ -232,6 +231,10 @@ std::string Network::check(const std::string &line) {
         setBusy(number);
     } else if (verb == "asks") {
         switch_.setPromiscuous(number, true, now_);
+    } else if (verb == "forget") {
+        char name = 0;
+        words >> name;
+        switch_.forget(number, macOfName(name), 0, now_);
     } else if (verb == "mac") {
         char name = 0;
         words >> name;

@@ -27,6 +27,9 @@ struct Sent {
 // The policies of a switch from JSON, in which MAC addresses are texts.
 std::unique_ptr<policy::SwitchT> policyOf(const std::string &json);
 
+// Bytes from hexadecimal digits.
+Bytes bytesOf(const std::string &hex);
+
 // A frame from text: "SOURCE>DESTINATION [PRIORITY.VLAN].. (LENGTH)". A name is a letter or digit, or "*" for
 // broadcast, "m" for the IPv4 group 239.1.1.1, "n" for 224.0.0.9 and "s" for 01:80:c2:00:00:03. A frame to m
 // or n is an IP packet. LENGTH is that of the payload.
@@ -51,6 +54,7 @@ class Network {
     // Carries out lines, and says on which line something else happened than it tells. The words of a line:
     //   PORT: FRAME -> PORT[TAG].. ...   a frame arrives, and leaves by these ports with these tags
     //   up PORT, down PORT               the carrier of a port changes
+    //   forget PORT NAME                 a client removes an address from the table, in VLAN 0
     //   mac PORT NAME                    the adapter of a port takes an address; "-" for the given one
     //   at MS -> ...                     the time; what is sent then
     //   count SLOT NAME VALUE ..         counters

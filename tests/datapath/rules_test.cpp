@@ -205,6 +205,11 @@ INSTANTIATE_TEST_SUITE_P(
             "static_macs: [{address: \"02:00:00:00:00:61\", vlan: 10, port: 1}],",
             {"1" + kVlan10, "2" + kVlan10, "3" + kVlan10 + ", " + kLearning, "8"},
             "2: 2>a -> 1 \n 8: e>a[10] -> 1 \n 3: a>2 -> 2 \n 2: 2>a -> 1 \n 8: a>2[10] -> \n 8: e>a[11] ->"},
+        Case{"an address that is removed",
+             "static_macs: [{address: \"02:00:00:00:00:62\", port: 1}],",
+             {"1" + kLearning, "2", "8"},
+             "1: a>2 -> 2 \n forget 2 a -> \n forget 1 b -> \n forget 1 c -> \n 2: 2>a -> 1 \n 2: 2>b -> 1 \n"
+             "events +a@1/0 \n forget 1 a -> \n events -a@1/0 \n 2: 2>a -> 8 \n 1: a>2 -> 2 \n 2: 2>a -> 1"},
         Case{"learnt addresses that stay",
              "aging: 1, learn_static: true,",
              {"1" + kLearning, "2", "8"},

@@ -67,6 +67,23 @@ const std::string kGroupM = "groups: [{address: [239, 1, 1, 1], slot: 102}]";
     "4600002c00000000010200000a000001e000001694040000" \
     "220000000000000103000001ef0101010a000009 -> "
 
+// MLD for ff05::1:3: a report of the second version, a leave, a query, and a packet to the group.
+#define QVS_MLD(destination, body) "hex 3333000000" destination "02000000000186dd60000000" body " -> "
+#define QVS_FROM_LINK "fe800000000000000000000000000001ff0200000000000000000000000000"
+#define QVS_GROUP6 "ff050000000000000000000000010003"
+#define QVS_JOIN6 \
+    QVS_MLD("16", "00240001" QVS_FROM_LINK "163a000502000001008f0070030000000104000000" QVS_GROUP6)
+#define QVS_LEAVE6 QVS_MLD("02", "00200001" QVS_FROM_LINK "023a0005020000010084007f1c00000000" QVS_GROUP6)
+#define QVS_QUERY6 \
+    QVS_MLD("01",  \
+            "00200001" QVS_FROM_LINK "013a00050200000100820059172710000000000000000000000000000000000000")
+#define QVS_TO_GROUP6  \
+    "hex 333300010003" \
+    "0200000000ee"     \
+    "86dd"             \
+    "6000000000081140" \
+    "fe800000000000000000000000000009" QVS_GROUP6 "0007000700080000 -> "
+
 INSTANTIATE_TEST_SUITE_P(
     multicast, Rules,
     testing::Values(
@@ -95,6 +112,21 @@ INSTANTIATE_TEST_SUITE_P(
              "multicast: Snooping,",
              {"1", "2", "3", "8"},
              "2: " QVS_QUERY "1 3 8 \n 1: " QVS_JOIN "2 8 \n 3: 3>m -> 1 2 8 \n 8: e>m -> 1 2"},
+        Case{"snooping of the second family",
+             "multicast: Snooping,",
+             {"1", "2", "8"},
+             "8: " QVS_TO_GROUP6 "\n 1: " QVS_JOIN6 "8 \n events +255@1 \n 8: " QVS_TO_GROUP6
+             "1 \n 2: " QVS_QUERY6 "1 8 \n 1: " QVS_LEAVE6
+             "2 8 \n at 2600 -> \n events -255@1 \n 8: " QVS_TO_GROUP6
+             "2 \n count 100 reports 1 leaves 1 queries 1"},
+        Case{"list of the second family",
+             kList + "\"33:33:00:01:00:03\"],",
+             {"1", "2" + kList + "\"33:33:00:01:00:04\"]", "8"},
+             "8: " QVS_TO_GROUP6 "1"},
+        Case{"group in another VLAN",
+             "multicast: Snooping,",
+             {"1" + kVlan10, "2vlan: {id: 11}", "3", "8"},
+             "1: " QVS_JOIN "8[10] \n 8: e>m[11] -> \n 8: e>m -> \n 8: e>m[10] -> 1 \n 2: 2>m -> 8[11]"},
         Case{"sources",
              "multicast: Snooping,",
              {"1", "2groups: [{address: [239, 1, 1, 1], sources: [{address: [10, 0, 0, 9]}], slot: 102}]",
@@ -148,6 +180,70 @@ TEST(Policies, encapsulatedMirror) {
     ASSERT_EQ(sent.size(), 2u);
     EXPECT_EQ(Bytes(sent[0].bytes.begin(), sent[0].bytes.begin() + 6), (Bytes{2, 0, 0, 0, 0, 0xee}));
     EXPECT_EQ(sent[0].bytes[41], 1) << "the sequence number";
+}
+
+// The same for IPv6: a neighbour solicitation, and a header without a checksum.
+TEST(Policies, encapsulatedMirrorOverIpv6) {
+    Network network;
+    network.configure(policyOf(jsonOf({"",
+                                       "mirrors: [{slot: 101, type: EncapsulatedSource, sources_in: [1], "
+                                       "destinations: [{address: [32, 1, 13, 184, 0, 0, 0, 0, 0, 0, 0, 0, 0, "
+                                       "0, 0, 7]}]}],",
+                                       {"1", "8"},
+                                       ""})));
+    const std::vector<Sent> sent = network.receive(1, frameOf("1>e"), 0);
+    ASSERT_EQ(sent.size(), 3u);
+    EXPECT_EQ(sent[0].bytes, bytesOf("3333ff000007"
+                                     "021000000007"
+                                     "86dd"
+                                     "6000000000203aff"
+                                     "fe80000000000000001000fffe000007"
+                                     "ff0200000000000000000001ff000007"
+                                     "87004c2900000000"
+                                     "20010db8000000000000000000000007"
+                                     "0101021000000007"));
+    Bytes copy = bytesOf(
+        "ffffffffffff"
+        "021000000007"
+        "86dd"
+        "60000000004c2f40"
+        "fe80000000000000001000fffe000007"
+        "20010db8000000000000000000000007"
+        "100088be00000000"
+        "1000000100000000");
+    const Bytes frame = frameOf("1>e");
+    copy.insert(copy.end(), frame.begin(), frame.end());
+    EXPECT_EQ(sent[1].bytes, copy);
+    EXPECT_EQ(
+        network.run("8: hex 0210000000070200000000ee86dd6000000000203aff20010db8000000000000000000000007"
+                    "fe80000000000000001000fffe0000078800b99d6000000020010db8000000000000000000000007"
+                    "02010200000000ee ->"),
+        "");
+    const std::vector<Sent> later = network.receive(1, frame, 10);
+    ASSERT_EQ(later.size(), 2u);
+    EXPECT_EQ(Bytes(later[0].bytes.begin(), later[0].bytes.begin() + 6), bytesOf("0200000000ee"));
+}
+
+// The adapter asks for its own IP address, which it does not know, from the uplink that it uses now.
+TEST(Policies, reverseArp) {
+    Network network;
+    network.configure(policyOf(jsonOf(
+        {"", "teaming: {active: [8, 9], balance: Explicit, notify: true},", {"1" + kVlan10, "8", "9"}, ""})));
+    network.engine().setCarrier(8, false, 0);
+    const std::vector<Sent> sent = network.takeSent();
+    ASSERT_EQ(sent.size(), 1u);
+    Bytes frame = bytesOf(
+        "ffffffffffff"
+        "020000000001"
+        "8100000a"
+        "8035"
+        "0001080006040003"
+        "020000000001"
+        "00000000"
+        "020000000001"
+        "00000000");
+    frame.resize(64);
+    EXPECT_EQ(sent[0], (Sent{9, frame}));
 }
 
 TEST(Policies, snapLength) {

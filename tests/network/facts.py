@@ -36,6 +36,13 @@ def main():
             shown = qvs(*words)
             assert all(text in shown for text in texts), (words, shown)
         assert "02:00:00:00:00:cc" not in qvs("mac", "table", "sw1")
+        # The data path is told of an address that a client removes.
+        (STATE / "tell").write_text("")
+        qvs("mac", "remove", "sw1", "0200000000bb 0200 6400", "--port", "p1")
+        assert configurations()[-1]["forgotten"] == [
+            {"port": P1, "address": {"bytes": [2, 0, 0, 0, 0, 0xbb]}, "vlan": 100}], configurations()[-1]
+        assert "02:00:00:00:00:bb" not in qvs("mac", "table", "sw1")
+        (STATE / "tell").write_text(f"learnt {first['number']} 1 0x0200000000bb 100 {P1}")
         # What a client stores continues from there, and so does what a new data path counts.
         request(op="seed", lab={"switches": [{"alias": "sw1", "properties": [
             {"scope": "port", "port": "p1", "key": "com.quillon.common.port.statistics", "hex": "64" + "00" * 127}]}]})

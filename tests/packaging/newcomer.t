@@ -23,6 +23,9 @@ The path of a newcomer on a minimal system where the packages have just been ins
   $ qvs-host run --state lab -- qvs export >sw1.yaml; qvs-host run -- sh -c 'qvs apply sw1.yaml --yes | tail -n 1; qvs diff sw1.yaml && echo the same'
   sw1/uplink1: changed
   the same
+  $ qvs-host run --network -- sh -c 'qvs switch create sw1 --ports 2; qvs-host expect port1 -- qvs-host send port0 --hex ffffffffffff02000000000188b50001'
+  sw1: changed
+  02:00:00:00:00:01 > ff:ff:ff:ff:ff:ff, type 0x88b5, 16 bytes
 
 Programs in C, C++, Go and Python.
 

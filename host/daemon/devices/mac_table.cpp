@@ -234,8 +234,10 @@ bool MacTable::remove(uint64_t address, uint16_t vlan, const Port &port) {
     const auto known = entries_.find(key);
     if (known == entries_.end() || known->second.port != &port) return false;
     model_.tables.clearRow(kTable, key);
-    if (port.owner->portset != nullptr)
-        model_.facts.learnt.erase({address, vlan, port.owner->portset->number});
+    if (port.owner->portset != nullptr) {
+        const Facts::Address learnt = {address, vlan, port.owner->portset->number};
+        if (model_.facts.learnt.erase(learnt) != 0) model_.facts.forgotten.emplace_back(learnt, port.number);
+    }
     count(known->second, -1);
     entries_.erase(known);
     return true;

@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -54,6 +55,8 @@ struct Facts {
     SlotMap slots;
     std::set<uint32_t> attached;  // the numbers of ports that have an attachment
     std::map<Address, Learnt> learnt;
+    // What clients removed from `learnt`, with the ports. The data path is told of them.
+    std::vector<std::pair<Address, uint32_t>> forgotten;
     std::set<std::pair<uint32_t, std::string>> joined;  // ports, and the groups that they joined
 
     // Returns the slot of an object, or null.

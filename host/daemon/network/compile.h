@@ -49,6 +49,12 @@ bool compileMulticastList(const Property *stored, std::vector<policy::Mac> *list
 // name.
 const Port *portNamed(const Model &model, const Switch &sw, std::string_view name);
 
+inline policy::Mac macFrom(uint64_t address) {
+    std::array<uint8_t, 6> bytes{};
+    for (size_t i = bytes.size(); i-- != 0; address >>= 8)
+        bytes[i] = static_cast<uint8_t>(address);
+    return policy::Mac(flatbuffers::span<const uint8_t, 6>(bytes));
+}
 inline policy::Mac macFrom(std::string_view bytes) {
     uint8_t copy[6] = {};
     std::memcpy(copy, bytes.data(), std::min(bytes.size(), sizeof copy));

@@ -100,10 +100,7 @@ StaticMacs compileStaticMacs(Model &model) {
     for (const auto &[key, entry] : table.entries()) {
         if (entry.learnt || entry.port->owner->portset == nullptr) continue;
         policy::StaticMacT &mac = macs[entry.port->owner->portset->number].emplace_back();
-        std::string bytes;
-        for (int shift = 40; shift >= 0; shift -= 8)
-            bytes += static_cast<char>(key.address >> shift);
-        mac.address = std::make_unique<policy::Mac>(macFrom(bytes));
+        mac.address = std::make_unique<policy::Mac>(macFrom(key.address));
         mac.vlan = key.vlan;
         mac.port = entry.port->number;
     }

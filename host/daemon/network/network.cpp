@@ -53,7 +53,9 @@ Network::~Network() {
 }
 
 uint64_t Network::publish() {
-    if (changes_ == model_.changes.generation() && tables_ == model_.tables.generation()) return 0;
+    if (changes_ == model_.changes.generation() && tables_ == model_.tables.generation() &&
+        model_.facts.forgotten.empty())
+        return 0;
     if (!hasNetwork(model_)) {
         if (on_) end();
         changes_ = model_.changes.generation();
@@ -102,6 +104,7 @@ void Network::processStarted() {
 
 void Network::processEnded() {
     model_.facts.learnt.clear();
+    model_.facts.forgotten.clear();
     model_.facts.joined.clear();
     owed_.clear();
     timer_.cancel();
@@ -119,11 +122,17 @@ uint64_t Network::sendChanges() {
     } else {
         compileTouched(touched, &configuration);
     }
+    for (const auto &[learnt, port] : std::exchange(model_.facts.forgotten, {})) {
+        auto &forgotten = configuration.forgotten.emplace_back(std::make_unique<policy::ForgottenMacT>());
+        forgotten->port = port;
+        forgotten->address = std::make_unique<policy::Mac>(macFrom(learnt.address));
+        forgotten->vlan = learnt.vlan;
+    }
     changes_ = model_.changes.generation();
     tables_ = model_.tables.generation();
     const bool empty = !configuration.whole && configuration.switches.empty() &&
                        configuration.changedPorts.empty() && configuration.removed.empty() &&
-                       !configuration.attachmentsGiven;
+                       !configuration.attachmentsGiven && configuration.forgotten.empty();
     if (empty) return 0;
     send(&configuration);
     return generation_;

@@ -157,6 +157,7 @@ class Engine {
     void setCarrier(uint32_t number, bool up, Time now);
     void setAddress(uint32_t number, MacAddress address, Time now);
     void setPromiscuous(uint32_t number, bool asked);
+    void forget(uint32_t port, MacAddress address, uint16_t vlan, Time now);
     [[nodiscard]] Time tick(Time now);
 
   private:
@@ -196,6 +197,7 @@ class Engine {
     [[nodiscard]] bool ownsStatic(const Port &port, const Passage &passage);
     [[nodiscard]] bool isAdapterHere(const Passage &passage, bool &always) const;
     void forget(const LearntAddress &entry);
+    void remove(LearntAddress entry);
     void expireAddresses();
     void restoreAddresses(const AddressTable &before, const std::vector<Port> &old);
 

@@ -65,9 +65,7 @@ bool Engine::isReflection(Passage &passage) {
     const LearntAddress *entry = table_.find(passage.source, passage.filing, now_);
     if (entry == nullptr) return false;
     if (!entry->permanent && now_ - entry->seen >= kReflectionTime) {
-        const LearntAddress gone = *entry;
-        table_.remove(gone.address, gone.filing);
-        forget(gone);
+        remove(*entry);
         return false;
     }
     passage.owner = entry->port;
@@ -84,6 +82,17 @@ void Engine::forget(const LearntAddress &entry) {
     --learnt_;
     if (surroundings_.learnt)
         surroundings_.learnt(entry.address, entry.vlan, ports_[entry.port].number, false);
+}
+
+void Engine::remove(LearntAddress entry) {
+    table_.remove(entry.address, entry.filing);
+    forget(entry);
+}
+
+void Engine::forget(uint32_t port, MacAddress address, uint16_t vlan, Time now) {
+    now_ = now;
+    const LearntAddress *entry = vlan < kVlans ? table_.find(address, filing_[vlan], now_) : nullptr;
+    if (entry != nullptr && !entry->permanent && ports_[entry->port].number == port) remove(*entry);
 }
 
 void Engine::expireAddresses() {

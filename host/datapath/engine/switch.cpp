@@ -34,6 +34,10 @@ void Switch::setPromiscuous(uint32_t port, bool asked, Time) {
     state_->setPromiscuous(port, asked);
 }
 
+void Switch::forget(uint32_t port, MacAddress address, uint16_t vlan, Time now) {
+    state_->forget(port, address, vlan, now);
+}
+
 Time Switch::tick(Time now) {
     return state_->tick(now);
 }

@@ -77,6 +77,7 @@ class DataPath : private wire::Noncopyable {
 
     void replaceSwitch(std::unique_ptr<policy::SwitchT> policy);
     void changePort(const policy::ChangedPort &changed, std::set<uint32_t> *named);
+    void forget(const policy::ForgottenMac &forgotten);
     void learnPorts(Owner &owner);
     void removeSwitch(uint32_t number);
     void removePort(uint32_t port);

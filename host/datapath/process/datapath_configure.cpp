@@ -2,6 +2,7 @@
 // Applies configurations: replaces switches, opens and closes endpoints.
 #include <algorithm>
 
+#include "datapath/packet.h"
 #include "datapath/process/datapath.h"
 #include "datapath/process/log.h"
 
@@ -62,6 +63,10 @@ void DataPath::configure(std::string_view bytes) {
         learnPorts(owner);
         owner.forwarding->configure(std::make_unique<policy::SwitchT>(*owner.policy), loop_.now());
     }
+    if (configuration.forgotten() != nullptr) {
+        for (const policy::ForgottenMac *each : *configuration.forgotten())
+            forget(*each);
+    }
     if (configuration.attachmentsGiven()) attach(configuration);
     for (const uint32_t number : named) {
         for (const uint32_t port : switches_[number].ports) {
@@ -106,6 +111,14 @@ void DataPath::changePort(const policy::ChangedPort &changed, std::set<uint32_t>
         ports.push_back(std::move(port));
     else
         *place = std::move(port);
+}
+
+void DataPath::forget(const policy::ForgottenMac &forgotten) {
+    const auto found = ports_.find(forgotten.port());
+    if (found == ports_.end() || forgotten.address() == nullptr) return;
+    if (Switch *const forwarding = switchOf(found->second))
+        forwarding->forget(forgotten.port(), readMac(forgotten.address()->bytes()->data()), forgotten.vlan(),
+                           loop_.now());
 }
 
 // Takes notice of the ports of a switch that were added or changed, and removes those that are gone.
