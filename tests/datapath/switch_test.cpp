@@ -112,14 +112,14 @@ INSTANTIATE_TEST_SUITE_P(
              "multicast: Snooping,",
              {"1", "2", "3", "8"},
              "2: " QVS_QUERY "1 3 8 \n 1: " QVS_JOIN "2 8 \n 3: 3>m -> 1 2 8 \n 8: e>m -> 1 2"},
-        Case{"snooping of the second family",
+        Case{"snooping of IPv6",
              "multicast: Snooping,",
              {"1", "2", "8"},
              "8: " QVS_TO_GROUP6 "\n 1: " QVS_JOIN6 "8 \n events +255@1 \n 8: " QVS_TO_GROUP6
              "1 \n 2: " QVS_QUERY6 "1 8 \n 1: " QVS_LEAVE6
              "2 8 \n at 2600 -> \n events -255@1 \n 8: " QVS_TO_GROUP6
              "2 \n count 100 reports 1 leaves 1 queries 1"},
-        Case{"list of the second family",
+        Case{"list of IPv6 groups",
              kList + "\"33:33:00:01:00:03\"],",
              {"1", "2" + kList + "\"33:33:00:01:00:04\"]", "8"},
              "8: " QVS_TO_GROUP6 "1"},
