@@ -36,7 +36,8 @@ class Endpoint : private wire::Noncopyable {
     virtual bool send(const Frame &frame) = 0;
     // Whether the endpoint takes frames with an offload that is not done.
     virtual bool takesOffloads() const { return false; }
-    // The kernel takes the link of the port down, or up again. Endpoints that can show it to the other end do.
+    // The kernel takes the link of the port down, or up again. Endpoints that can show it to the other end
+    // do.
     virtual void setLink(bool /*up*/) {}
     // Whether the endpoint has said if it can be opened.
     virtual bool settled() const { return true; }
