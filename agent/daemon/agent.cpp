@@ -59,6 +59,9 @@ void Agent::run() {
     while (!ending_) {
         try {
             turn();
+        } catch (const DiskFailure &failure) {
+            log(Level::Error, "{}", failure.message);
+            unsettle();
         } catch (const Failure &failure) {
             lose(failure.message);
         } catch (const std::exception &error) {
@@ -174,6 +177,7 @@ void Agent::changed() {
     const Memory &memory = disk_.memory();
     status_.revision = memory.applied;
     status_.trying = memory.trying;
+    status_.problem = hostProblem_.empty() ? disk_.problem() : hostProblem_;
     status_.refused = 0;
     status_.step.clear();
     status_.reason.clear();
@@ -187,7 +191,7 @@ void Agent::changed() {
     numbers_.drift = status_.drift;
     numbers_.requests = store_.requests();
     numbers_.coordinates = leads_;
-    numbers_.problem = hostProblem_;
+    numbers_.problem = status_.problem;
     if (!numbers_.storeAnswers) numbers_.problem = "the store does not answer";
     if (status_.refused != 0) numbers_.problem = fmt::format("{}: {}", status_.step, status_.reason);
 }

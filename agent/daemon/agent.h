@@ -58,6 +58,7 @@ class Agent {
     void pursue();
     config::Document fetch(const Manifest &manifest);
     bool attempt(uint64_t revision, const config::Document &wanted, bool prune);
+    bool postpone(uint64_t revision, const std::string &reason);
     std::string checkHost(const std::map<std::string, bool> &before, std::string &step);
     bool agree(uint64_t revision, Time until, std::string &problem);
     void refuse(uint64_t revision, const std::string &step, const std::string &reason);

@@ -3,7 +3,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "base/failure.h"
 #include "base/text.h"
 #include "config/document/reader.h"
 #include "config/document/write.h"
@@ -40,6 +39,16 @@ Disk::Disk(const std::string &directory) : directory_(directory, true, {.file = 
     }
 }
 
+void Disk::write(const std::string &name, const std::string &text) {
+    try {
+        directory_.write(name, text, true);
+        problem_.clear();
+    } catch (const Failure &failure) {
+        problem_ = failure.message;
+        throw DiskFailure{failure};
+    }
+}
+
 void Disk::keep(const Memory &memory) {
     json refused = json::object();
     for (const auto &[revision, refusal] : memory.refused)
@@ -50,13 +59,12 @@ void Disk::keep(const Memory &memory) {
                          {"attempts", memory.attempts},
                          {"refused", refused}};
     const std::string text = object.dump(-1, ' ', false, json::error_handler_t::replace);
-    if (!directory_.write(kMemory, text, true)) fail(Exit::Failed, "{} cannot be written", kMemory);
+    write(kMemory, text);
     memory_ = memory;
 }
 
 void Disk::keepDocument(uint64_t revision, const config::Document &document) {
-    if (!directory_.write(nameOf(revision), config::writeYaml(document), true))
-        fail(Exit::Failed, "{} cannot be written", nameOf(revision));
+    write(nameOf(revision), config::writeYaml(document));
 }
 
 config::Document Disk::document(uint64_t revision) const {

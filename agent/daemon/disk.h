@@ -6,10 +6,14 @@
 #include <string>
 
 #include "agent/rollout/machine.h"
+#include "base/failure.h"
 #include "config/document/document.h"
 #include "config/library/directory.h"
 
 namespace qvs::fleet {
+
+// The disk is full, or broken. The session with the store is not to blame.
+struct DiskFailure : Failure {};
 
 class Disk {
   public:
@@ -24,10 +28,15 @@ class Disk {
     config::Document document(uint64_t revision) const;
     // Removes the documents of all other revisions.
     void removeOthers();
+    // Why the last write failed; empty when it did not.
+    const std::string &problem() const { return problem_; }
 
   private:
+    void write(const std::string &name, const std::string &text);
+
     PrivateDirectory directory_;
     Memory memory_;
+    std::string problem_;
 };
 
 }  // namespace qvs::fleet

@@ -85,19 +85,20 @@ bool Agent::attempt(uint64_t revision, const config::Document &wanted, bool prun
     } catch (const Failure &failure) {
         if (failure.exit == Exit::Failed || failure.exit == Exit::Usage || failure.exit == Exit::NotFound)
             return refuse(revision, "apply", failure.message), true;
-        log(Level::Warning, "revision {} waits: {}", revision, failure.message);
-        // This is no attempt that has ended the agent.
-        memory.trying = 0;
-        memory.attempts = 0;
-        disk_.keep(memory);
-        unsettle();
-        return false;
+        return postpone(revision, failure.message);
     }
     measure("apply");
     const Time until = Clock::now() + std::chrono::milliseconds(settings_.confirmSeconds * 900);
     std::string step;
     std::string problem = checkHost(before, step);
     measure("check");
+    // A host that was lost meanwhile is no fault of the revision, whatever the check says, and neither is one
+    // that looks well because the check did not look at the switches.
+    try {
+        (void)uplinks();
+    } catch (const Failure &failure) {
+        return postpone(revision, failure.message);
+    }
     if (problem.empty() && !agree(revision, until, problem)) {
         if (problem.empty()) {
             log(Level::Info, "revision {} was withdrawn, and is undone", revision);
@@ -120,6 +121,19 @@ bool Agent::attempt(uint64_t revision, const config::Document &wanted, bool prun
     document_ = wanted;
     finish(revision);
     return true;
+}
+
+// Undoes what was begun, and tries it again when the host answers. This is no attempt that has ended the
+// agent.
+bool Agent::postpone(uint64_t revision, const std::string &reason) {
+    log(Level::Warning, "revision {} waits: {}", revision, reason);
+    // Should the disk be full, the next turn undoes all the same.
+    unsettle();
+    Memory memory = disk_.memory();
+    memory.trying = 0;
+    memory.attempts = 0;
+    disk_.keep(memory);
+    return false;
 }
 
 // Why the host may not stay like this, and the step that found it. Empty when it may.

@@ -77,11 +77,14 @@ void hosts(const Arguments &arguments, Output &out) {
         std::vector<std::string> pairs;
         for (const auto &[name, value] : labels)
             pairs.push_back(name + '=' + value);
-        const std::string problem = status == nullptr || status->refused == 0
-                                        ? ""
-                                        : fmt::format("{}: {}", status->step, status->reason);
+        const std::string problem = status == nullptr          ? ""
+                                    : !status->problem.empty() ? status->problem
+                                    : status->refused != 0
+                                        ? fmt::format("{}: {}", status->step, status->reason)
+                                        : "";
         const char *state = view.drained.contains(host) ? "drained"
                             : status == nullptr         ? "away"
+                            : !status->problem.empty()  ? "failing"
                             : status->refused != 0      ? "refused"
                                                         : "up";
         const cli::Words differences =
@@ -158,7 +161,9 @@ const Command kRows[] = {
      .run = cli::local(status)},
     {.words = "hosts",
      .summary = "list the hosts with their revision, their labels, and what differs on them",
-     .details = "A host is away when its agent was not heard of for the time of its lease.",
+     .details =
+         "A host is away when its agent was not heard of for the time of its lease. It is failing when "
+         "its agent cannot read or change the switches, or cannot write to its disk.",
      .example = "qvs fleet hosts",
      .run = cli::local(hosts)},
     {.words = "history",

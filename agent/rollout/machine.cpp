@@ -48,6 +48,9 @@ Progress progressOf(const View &view) {
             progress.failed.insert(host);
         } else if (status->second.revision == view.head.revision) {
             progress.done++;
+        } else if (!status->second.problem.empty()) {
+            // Its agent is there, its switches are not.
+            progress.away.insert(host);
         } else {
             progress.waiting.insert(host);
         }

@@ -180,6 +180,7 @@ std::string write(const Status &status) {
                    {"refused", status.refused},
                    {"step", status.step},
                    {"reason", status.reason},
+                   {"problem", status.problem},
                    {"drift", status.drift},
                    {"differences", status.differences},
                    {"time", status.time},
@@ -195,6 +196,7 @@ Status readStatus(std::string_view text) {
     reader.number("refused", status.refused);
     reader.member("step", status.step);
     reader.member("reason", status.reason);
+    reader.member("problem", status.problem);
     reader.number("drift", status.drift);
     reader.member("differences", status.differences);
     reader.member("time", status.time);

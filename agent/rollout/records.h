@@ -87,6 +87,7 @@ struct Status {
     uint64_t refused = 0;  // the published revision, if the host has refused it
     std::string step;      // that failed
     std::string reason;
+    std::string problem;                   // why the agent cannot do its work; empty: it can
     uint32_t drift = 0;                    // differences between the host and its revision
     std::vector<std::string> differences;  // the first of them
     std::string time;

@@ -27,7 +27,7 @@ def until(condition, what, seconds=30):
         if found:
             return found
         if time.monotonic() > end:
-            raise AssertionError(f"not within {seconds} s: {what}")
+            raise AssertionError(f"not within {seconds} s: {what() if callable(what) else what}")
         time.sleep(0.05)
 
 
@@ -74,30 +74,40 @@ class Store:
 class Member:
     """A host with its agent."""
 
-    def __init__(self, name, urls, **settings):
+    def __init__(self, name, urls, environment=None, **settings):
         self.name = name
+        self.environment = dict(os.environ, **(environment or {}))
         self.port = free_port()
         self.config = pathlib.Path(f"{name}.yaml")
         self.settings = {"host": name, "directory": f"{os.getcwd()}/{name}-agent", "window": 0, "lease": 3, "drift": 1,
                          "confirm": 10, "requestLimit": 1, "listen": f"127.0.0.1:{self.port}", "endpoints": urls,
                          **settings}
         self.process = None
-        subprocess.run(["qvs-host", "start", "--state", name], check=True, **QUIET)
         self.start()
 
+    def start_host(self):
+        """A host that `qvs-host run` starts would end with the agent."""
+        subprocess.run(["qvs-host", "start", "--state", self.name], **QUIET)
+
     def start(self, **settings):
+        self.start_host()
         self.settings.update(settings)
         self.config.write_text("# of a test\n" + json.dumps(self.settings))
         with open(f"{self.name}.log", "a") as log:
             self.process = subprocess.Popen(
                 ["qvs-host", "run", "--state", self.name, "--", "qvs-agent", "run", "--config", str(self.config)],
-                stderr=log)
+                stderr=log, env=self.environment)
 
     def agent(self):
         """The number of the agent's process."""
         children = until(pathlib.Path(f"/proc/{self.process.pid}/task/{self.process.pid}/children").read_text,
                          "the agent runs")
         return int(children.split()[0])
+
+    def host(self):
+        """The number of the host's process."""
+        status = subprocess.run(["qvs-host", "status", "--state", self.name, "--json"], capture_output=True)
+        return json.loads(status.stdout)["pid"]
 
     def kill(self, number=signal.SIGKILL):
         os.kill(self.agent(), number)
@@ -131,8 +141,8 @@ class Fleet:
         pathlib.Path("fleet.yaml").write_text(json.dumps({"endpoints": self.store.urls}))
         os.environ["QVS_FLEET"] = "fleet.yaml"
 
-    def add(self, name, **settings):
-        member = Member(name, self.store.urls, **settings)
+    def add(self, name, urls=None, **settings):
+        member = Member(name, urls or self.store.urls, **settings)
         self.members.append(member)
         return member
 
