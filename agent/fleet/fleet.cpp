@@ -83,6 +83,16 @@ config::Document Fleet::composedFor(const std::string &host, uint64_t revision) 
     return composedFor(host, this->revision(revision).documents);
 }
 
+// A host that was away may have a revision that the store has no more.
+static std::vector<DocumentOf> documentsThatMayBeGone(Fleet &fleet, uint64_t revision) {
+    try {
+        return fleet.revision(revision).documents;
+    } catch (const Failure &failure) {
+        if (failure.exit != Exit::NotFound) throw;
+        return {};
+    }
+}
+
 std::vector<HostsPlan> plansFor(Fleet &fleet, const std::vector<std::string> &hosts,
                                 const std::vector<DocumentOf> &documents) {
     std::map<std::string, HostsPlan> plans;  // by what they are made of
@@ -90,7 +100,7 @@ std::vector<HostsPlan> plansFor(Fleet &fleet, const std::vector<std::string> &ho
         const auto status = fleet.view().statuses.find(host);
         const uint64_t has =
             status == fleet.view().statuses.end() ? fleet.view().head.base : status->second.revision;
-        const std::vector<DocumentOf> before = fleet.revision(has).documents;
+        const std::vector<DocumentOf> before = documentsThatMayBeGone(fleet, has);
         std::string key;
         for (const auto *list : {&before, &documents}) {
             for (const DocumentOf &document : *list)

@@ -25,6 +25,7 @@ constexpr Option kOptions[] = {
     {"--max-unavailable", "N", "go on when at most N hosts of the open waves are away (0)"},
     {"--rollback-on-failure", nullptr, "take the revision back from all hosts when one refuses it"},
     {"--prune", nullptr, "remove ports and settings of these switches that no document names"},
+    {"--keep", "N", "keep the newest N revisions, and those that hosts have (100)"},
     {"--message", "TEXT", "what the revision is for, for the history"},
     {"--detach", nullptr, "do not wait for the end of the rollout"},
 };
@@ -160,6 +161,7 @@ void publish(Fleet &fleet, Manifest manifest, const std::map<std::string, std::s
     std::vector<std::string> hosts;
     for (const auto &wave : waves)
         hosts.insert(hosts.end(), wave.begin(), wave.end());
+    const uint32_t keep = arguments.number("--keep", 100, 1, 100'000);
     const bool dry = arguments.given("--dry-run");
     if (dry || !out.json()) print(plansFor(fleet, hosts, manifest.documents), out);
     if (dry) return;
@@ -187,6 +189,11 @@ void publish(Fleet &fleet, Manifest manifest, const std::map<std::string, std::s
     putAll(fleet.store(), puts);
     announce(fleet, manifest);
     out.flush();
+    try {
+        removeOld(fleet, keep);
+    } catch (const Failure &failure) {
+        warn("old revisions stay in the store: {}", failure.message);
+    }
     if (!arguments.given("--detach")) return followRollout(fleet, manifest.revision, out);
     cli::Record record(out);
     record.field("revision", "revision", manifest.revision);

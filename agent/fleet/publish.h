@@ -14,6 +14,10 @@ extern const std::span<const cli::Option> kRolloutOptions;
 void publish(Fleet &fleet, Manifest manifest, const std::map<std::string, std::string> &texts,
              const cli::Arguments &arguments, cli::Output &out);
 
+// Removes all but the newest revisions from the store while a rollout is under way. Those that hosts have
+// stay, and everything stays while a host is away. What is not removed now is removed with the next revision.
+void removeOld(Fleet &fleet, uint32_t keep);
+
 // "revision 3: running, wave 2 of 4: 5 of 8 hosts, waits for h3"
 std::string progressLine(const View &view);
 

@@ -185,6 +185,55 @@ def crashes(fleet):
     equal(fleet.hosts()["a"]["problem"].split(":")[0], "store", "the step of a")
 
 
+def lost_host(fleet):
+    a = fleet.members[0]
+    equal(fleet.run("rollback", str(fleet.json("status")["base"])).returncode, 0, "back")
+    before = vlan(a)
+    # The host ends while its change is checked, by a command that does not look at the switches.
+    pathlib.Path("slow").touch()
+    fleet.apply(wanted(80), "--canary", "1", "--detach")
+    until(lambda: vlan(a) == 80, "a tries")
+    subprocess.run(["qvs-host", "stop", "--state", "a"], check=True)
+    pathlib.Path("slow").unlink()
+    until(lambda: fleet.hosts()["a"]["state"] == "failing", "the status says that a is lost")
+    host = fleet.hosts()["a"]
+    equal((host["problem"].splitlines()[0], host["revision"]),
+          ("no hypercore on this machine: the emulated host that this shell belongs to has ended",
+           fleet.json("status")["base"]), "the problem of a")
+    equal(fleet.json("status")["away"], ["a"], "hosts that the rollout waits for")
+    equal(a.get("/health").splitlines()[-1].startswith("no hypercore"), True, "health of a")
+    a.start_host()
+    until(lambda: state(fleet)[1] == "done", "the rollout goes on", 60)
+    equal((before, [vlan(one) for one in fleet.members]), (60, [80] * 4), "VLANs with the host back")
+
+
+def old_revisions(fleet):
+    a = fleet.members[0]
+    first = fleet.json("status")["revision"]
+    revisions = lambda: [one["revision"] - first for one in fleet.json("history")]  # noqa: E731
+    fleet.apply(wanted(81))
+    equal(revisions(), list(range(1 - first, 2)), "revisions before")
+    # A drained host keeps revision 1 in the store; what else is behind the newest two goes.
+    fleet.run("drain", "a")
+    fleet.apply(wanted(82))
+    fleet.apply(wanted(83), "--keep", "2")
+    equal(revisions(), [1, 2, 3], "revisions that are kept")
+    documents = fleet.store.control("get", "/qvs/v1/documents/", "--prefix", "--keys-only").stdout.split()
+    equal(len(documents), 3, "documents that are kept")
+    # Nobody knows what a host has that is away.
+    fleet.run("drain", "a", "--undo")
+    until(lambda: vlan(a) == 83, "a catches up")
+    a.kill()
+    until(lambda: fleet.hosts()["a"]["state"] == "away", "a is away")
+    fleet.apply(wanted(84), "--keep", "1", "--max-unavailable", "1")
+    equal(revisions(), [1, 2, 3, 4], "revisions while a host is away")
+    a.start()
+    until(lambda: vlan(a) == 84, "a is back")
+    fleet.apply(wanted(85), "--keep", "1")
+    equal(revisions(), [4, 5], "the newest, and the one before it, to which the hosts may go back")
+    equal([vlan(one) for one in fleet.members], [85] * 4, "VLANs without old revisions")
+
+
 def main():
     with Fleet() as fleet:
         # b refuses VLAN 20, and is slow when it shall be.
@@ -194,7 +243,7 @@ def main():
         fleet.add("b", check=refusing)
         fleet.add("c", check=check)
         until(lambda: len(fleet.hosts()) == 3, "three hosts register")
-        for part in (settings, waves_and_failures, documents, drift, absence, crashes):
+        for part in (settings, waves_and_failures, documents, drift, absence, crashes, lost_host, old_revisions):
             begin = time.monotonic()
             part(fleet)
             print(f"{part.__name__}: {time.monotonic() - begin:.1f} s")
