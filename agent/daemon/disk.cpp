@@ -41,7 +41,7 @@ Disk::Disk(const std::string &directory) : directory_(directory, true, {.file = 
 
 void Disk::write(const std::string &name, const std::string &text) {
     try {
-        directory_.write(name, text, true);
+        (void)directory_.write(name, text, true);
         problem_.clear();
     } catch (const Failure &failure) {
         problem_ = failure.message;
