@@ -94,6 +94,7 @@ void Agent::turn() {
     if (!watch_ && now >= connectAt_) connect();
     keepAlive();
     if (settled_ && watch_) pursue();
+    if (settled_) lookForChanges();
     if (settled_ && Clock::now() >= compareAt_) compareWithRevision();
     if (watch_) {
         stand();
@@ -143,6 +144,15 @@ void Agent::settle() {
         if (hostProblem_ != failure.message) log(Level::Warning, "{}", failure.message);
         hostProblem_ = failure.message;
     }
+}
+
+// The comparison reads documents and builds others. While nobody changes anything, a look at the state is
+// enough.
+void Agent::lookForChanges() {
+    const std::optional<uint64_t> now = stateSum();
+    if (now == compared_) return;
+    compared_ = now;
+    compareAt_ = {};
 }
 
 void Agent::compareWithRevision() {

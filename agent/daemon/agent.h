@@ -39,6 +39,7 @@ class Agent {
     void compareWithRevision();
     void changed();
     void ping();
+    void lookForChanges();
     std::optional<std::string> takeSignals();
 
     // --- session.cpp: what is known of the store ---
@@ -100,6 +101,7 @@ class Agent {
     Time connectAt_{};
     Time keepAliveAt_{};
     Time compareAt_{};
+    std::optional<uint64_t> compared_;  // the state of the switches when they were compared
     Time standAt_{};
     std::chrono::milliseconds backOff_{};
 };

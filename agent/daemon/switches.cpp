@@ -3,11 +3,16 @@
 
 #include <qvs/keys.h>
 
+#include <cstdlib>
+#include <memory>
+
 #include "access/changes.h"
 #include "base/failure.h"
 #include "config/apply/apply.h"
 #include "config/document/merge.h"
 #include "config/document/references.h"
+#include "config/library/call.h"
+#include "config/library/hash.h"
 #include "config/library/host.h"
 #include "config/library/snapshot.h"
 
@@ -60,6 +65,14 @@ bool confirmChange() {
         if (failure.exit != Exit::Failed) throw;
         return false;
     }
+}
+
+std::optional<uint64_t> stateSum() {
+    void *bytes = nullptr;
+    uint32_t length = 0;
+    if (call<DVSHYP_StateGet>(&bytes, &length) != HYP_OK) return std::nullopt;
+    const std::unique_ptr<void, void (*)(void *)> owner(bytes, std::free);
+    return hashOf({static_cast<const char *>(bytes), length});
 }
 
 std::vector<std::string> differencesFrom(const Document &wanted) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,10 @@ bool change(const config::Document &before, const config::Document &wanted, bool
 
 // Whether the change is kept. It is not when its time was over, and it was undone.
 bool confirmChange();
+
+// A number for the present state, which another state hardly has; nothing when the host does not answer.
+// Costs a copy of the state.
+std::optional<uint64_t> stateSum();
 
 // The differences between the host and a document, as lines of qvs diff.
 std::vector<std::string> differencesFrom(const config::Document &wanted);
