@@ -310,7 +310,7 @@ def main():
                 print(f"{sum(counts.values())} faults, {sum(states.values())} rollouts", flush=True)
     finally:
         for name in NAMES:
-            subprocess.run(["umount", f"{name}-agent"], **QUIET)
+            subprocess.run(["umount", "--lazy", f"{name}-agent"], **QUIET)
     print(f"{sum(counts.values())} faults: {dict(sorted(counts.items()))}")
     print(f"{sum(states.values())} rollouts: {dict(states)}")
     return 0
