@@ -82,8 +82,7 @@ void Agent::lose(const std::string &reason) {
     if (watch_ || backOff_ == 0ms || numbers_.storeAnswers) log(Level::Warning, "{}", reason);
     numbers_.storeAnswers = false;
     watch_.reset();
-    // With a short lease, one who asked for news of lost hosts within seconds does not wait longer for their
-    // return.
+    // A short lease reports a lost host soon. It should come back as soon.
     const std::chrono::milliseconds most(settings_.leaseSeconds * 1000 / 2);
     backOff_ = std::clamp(2 * backOff_, 100ms, std::min(kMostBackOff, most));
     connectAt_ = Clock::now() + std::chrono::milliseconds(std::uniform_int_distribution<int64_t>(

@@ -50,6 +50,7 @@ class Agent {
     void keepAlive();
     void renew();
     void report();
+    [[nodiscard]] bool writeStatus(std::vector<Comparison> comparisons);
     std::string statusText();
     void stand();
     void lead();
@@ -92,6 +93,7 @@ class Agent {
 
     Status status_;
     std::string reported_;
+    uint64_t statusModified_ = 0;  // the revision of the store that has the last status; 0: none has
     Numbers numbers_;
     std::string hostProblem_;    // why the switches cannot be read or changed
     config::Document document_;  // of the revision that the host has

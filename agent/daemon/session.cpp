@@ -48,6 +48,8 @@ void Agent::connect() {
     numbers_.storeAnswers = true;
     backOff_ = 0ms;
     reported_.clear();
+    const Found status = store_.range({settings_.keys.status(settings_.host)});
+    statusModified_ = status.entries.empty() ? 0 : status.entries.front().modified;
     changed();
 }
 
@@ -96,6 +98,8 @@ void Agent::take(const Event &event) {
         changed();
     } else if (key == keys.coordinator()) {
         coordinator_ = event.removed ? 0 : event.entry.created;
+        if (!leads_ && !event.removed && event.entry.lease == lease_)
+            fail(Exit::NoAnswer, "a late request has made this agent the coordinator");
         leads_ = leads_ && !event.removed && event.entry.lease == lease_;
         standAt_ =
             Clock::now() + std::chrono::milliseconds(std::uniform_int_distribution<int>(0, 500)(random_));
@@ -116,8 +120,21 @@ void Agent::report() {
     changed();
     const std::string text = statusText();
     if (text == reported_) return;
-    if (!store_.commit({{}, {{settings_.keys.status(settings_.host), write(status_), lease_}}, {}})) return;
-    reported_ = text;
+    if (writeStatus({})) reported_ = text;
+}
+
+// A request may be late, and arrive behind those that were sent after it. Each therefore names the status
+// that it replaces. When it is another one, it is found out which, for the next attempt.
+bool Agent::writeStatus(std::vector<Comparison> comparisons) {
+    const std::string key = settings_.keys.status(settings_.host);
+    comparisons.push_back({key, Comparison::What::Modified, statusModified_});
+    if (store_.commit({std::move(comparisons), {{key, write(status_), lease_}}, {}})) {
+        statusModified_ = store_.committed();
+        return true;
+    }
+    const Found found = store_.range({key});
+    statusModified_ = found.entries.empty() ? 0 : found.entries.front().modified;
+    return false;
 }
 
 // Stands for election when nobody coordinates.

@@ -177,9 +177,7 @@ bool Agent::agree(uint64_t revision, Time until, std::string &problem) {
         try {
             if (lease_ == 0) lease_ = store_.grant(settings_.leaseSeconds);
             status_.time = timeNow();
-            if (store_.commit({{{settings_.keys.head(), Comparison::What::Modified, headModified_}},
-                               {{settings_.keys.status(settings_.host), write(status_), lease_}},
-                               {}}))
+            if (writeStatus({{settings_.keys.head(), Comparison::What::Modified, headModified_}}))
                 return true;
             const Found found = store_.range({settings_.keys.head()});
             if (found.entries.empty()) return false;

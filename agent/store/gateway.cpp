@@ -129,8 +129,9 @@ Found readRange(std::string_view answer) {
     return found;
 }
 
-bool readSucceeded(std::string_view answer) {
-    return flagIn(parsed(answer), "succeeded");
+uint64_t readCommitted(std::string_view answer) {
+    const json object = parsed(answer);
+    return flagIn(object, "succeeded") ? numberIn(objectIn(object, "header"), "revision") : 0;
 }
 
 uint64_t readLease(std::string_view answer) {

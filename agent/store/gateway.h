@@ -20,7 +20,8 @@ std::string authenticationRequest(std::string_view user, std::string_view passwo
 
 // Each throws Failure (NoAnswer) for what is no answer of the gateway.
 Found readRange(std::string_view answer);
-bool readSucceeded(std::string_view answer);
+// The revision of the store that a transaction has made; 0 when its comparisons did not hold.
+uint64_t readCommitted(std::string_view answer);
 uint64_t readLease(std::string_view answer);
 // Whether a keep-alive has found its lease.
 bool readAlive(std::string_view answer);

@@ -113,7 +113,9 @@ Found Store::range(const Keys &keys) {
 }
 
 bool Store::commit(const Transaction &transaction) {
-    return readSucceeded(call("/v3/kv/txn", transactionRequest(transaction)));
+    const uint64_t revision = readCommitted(call("/v3/kv/txn", transactionRequest(transaction)));
+    if (revision != 0) committed_ = revision;
+    return revision != 0;
 }
 
 uint64_t Store::grant(uint32_t seconds) {

@@ -81,6 +81,9 @@ class Store {
     Found range(const Keys &keys);
     // Whether the comparisons hold.
     [[nodiscard]] bool commit(const Transaction &transaction);
+    // The revision that the last transaction has made whose comparisons held: that of the keys that it has
+    // written.
+    uint64_t committed() const { return committed_; }
     uint64_t grant(uint32_t seconds);
     // Whether the lease still exists.
     [[nodiscard]] bool keepAlive(uint64_t lease);
@@ -100,6 +103,7 @@ class Store {
 
     std::unique_ptr<Impl> impl_;
     uint64_t requests_ = 0;
+    uint64_t committed_ = 0;
 };
 
 // Follows keys from a revision on. When it ends, for whatever reason (the connection, an endpoint that was

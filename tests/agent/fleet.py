@@ -31,7 +31,7 @@ def equal(found, expected, what):
 
 
 def state(fleet):
-    status = fleet.json("status")
+    status = until(lambda: fleet.json("status"), "the store answers")
     return status["revision"], status["state"]
 
 
@@ -181,7 +181,7 @@ def crashes(fleet):
     pathlib.Path("slow").unlink()
     until(lambda: vlan(a) == 60, "a goes back")
     fleet.store.start(0)
-    until(lambda: state(fleet) == (fleet.json("status")["revision"], "stopped"), "the rollout is stopped", 60)
+    until(lambda: state(fleet)[1] == "stopped", "the rollout is stopped", 60)
     equal(fleet.hosts()["a"]["problem"].split(":")[0], "store", "the step of a")
 
 

@@ -38,8 +38,8 @@ std::string failureOf(const std::function<void()> &body) {
 }
 
 TEST(Gateway, WhatIsLeftOutIsZeroOrFalse) {
-    EXPECT_FALSE(readSucceeded(R"({"header":{"revision":"7"}})"));
-    EXPECT_TRUE(readSucceeded(R"({"succeeded":true})"));
+    EXPECT_EQ(readCommitted(R"({"header":{"revision":"7"}})"), 0u);
+    EXPECT_EQ(readCommitted(R"({"header":{"revision":"7"},"succeeded":true})"), 7u);
     EXPECT_EQ(readRange(R"({"header":{"revision":"18446744073709551615"}})").revision, 18446744073709551615u);
     EXPECT_EQ(readRange(R"({"kvs":[{"key":"YQ=="}]})").entries.at(0).modified, 0u);
     EXPECT_FALSE(readAlive(R"({"result":{"header":{},"ID":"5"}})"));
