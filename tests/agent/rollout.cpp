@@ -68,7 +68,8 @@ TEST(Agent, Goals) {
     }
 }
 
-// Hosts as "a5 b4 c!5 d-": their revision, a refused one, or away; canary a, then b and c.
+// Hosts as "a5 b4 c!5 d-": their revision, a refused one, away or without
+// switches (d?4); canary a, then b and c.
 View viewOf(const Head &head, std::string_view hosts, uint32_t unavailable = 0, bool rollsBack = false) {
     View view;
     view.head = head;
@@ -87,6 +88,7 @@ View viewOf(const Head &head, std::string_view hosts, uint32_t unavailable = 0, 
             status.step = "check";
             status.reason = "no";
         }
+        if (word[1] == '?') status.problem = "the host does not answer";
         if (word[1] == '~') view.drained.insert(word.substr(0, 1));
         view.statuses[word.substr(0, 1)] = status;
     }
@@ -106,6 +108,9 @@ TEST(Coordinator, Decisions) {
         {"the canary is done", viewOf(first, "a5 b4 c4"), second},
         {"the canary is away", viewOf(first, "a- b4 c4"), {}},
         {"the canary is away, and may be", viewOf(first, "a- b4 c4", 1), second},
+        {"the canary's switches do not answer", viewOf(first, "a?4 b4 c4"), {}},
+        {"the canary's switches do not answer, and may do so", viewOf(first, "a?4 b4 c4", 1), second},
+        {"the canary's switches do not answer any more", viewOf(first, "a?5 b4 c4"), second},
         {"the canary is drained", viewOf(first, "a~4 b4 c4"), second},
         {"the canary refuses", viewOf(first, "a!5 b4 c4"), Head{5, 4, 0, State::Stopped, "a: check: no"}},
         {"one refuses, one is away", viewOf(second, "a5 b!5 c-", 1),
