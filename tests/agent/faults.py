@@ -311,8 +311,8 @@ def main():
     finally:
         for name in NAMES:
             subprocess.run(["umount", "--lazy", f"{name}-agent"], **QUIET)
-    print(f"{sum(counts.values())} faults: {dict(sorted(counts.items()))}")
-    print(f"{sum(states.values())} rollouts: {dict(states)}")
+        print(f"{sum(counts.values())} faults: {dict(sorted(counts.items()))}")
+        print(f"{sum(states.values())} rollouts: {dict(states)}")
     return 0
 
 
