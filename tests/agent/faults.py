@@ -9,6 +9,7 @@ remembers, that its status tells, and that the state of the rollout allows. No r
 """
 import argparse
 import collections
+import contextlib
 import json
 import os
 import pathlib
@@ -161,7 +162,13 @@ def stop_store(fleet, chance):
     for process in processes:
         os.kill(process, signal.SIGSTOP)
     time.sleep(chance.choice((0.2, 4)))
-    return lambda: [os.kill(process, signal.SIGCONT) for process in processes]
+
+    def go_on():
+        for process in processes:
+            # One that the other fault has killed keeps none of them stopped.
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(process, signal.SIGCONT)
+    return go_on
 
 
 def cut_network(fleet, chance):
