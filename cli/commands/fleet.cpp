@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // qvs fleet: a program of its own, so that qvs does not load what only a fleet needs.
-#include "commands/fleet.h"
 
 #include <unistd.h>
 

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <ctime>
 
-#include "commands/fleet.h"
+#include "commands/nouns.h"
 #include "config/library/snapshot.h"
 #include "tool/run.h"
 

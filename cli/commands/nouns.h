@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The rows of each noun of qvs, by file.
+// The rows of each noun of qvs, by file, and the noun that is a program of its own.
 #pragma once
 
 #include "tool/command.h"
@@ -33,5 +33,10 @@ extern const std::span<const Command> kBatchCommands;
 extern const std::span<const Command> kCheckpointCommands;
 extern const std::span<const Command> kFleetCommands;
 extern const std::span<const Command> kMonitorCommands;
+
+// Tells whether the words of a command line begin with "fleet".
+bool namesFleet(int argc, char **argv);
+// Replaces this program by qvs-fleet, with the words behind "fleet". Returns the exit status when that fails.
+int startFleet(char **argv);
 
 }  // namespace qvs::cli
