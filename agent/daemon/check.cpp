@@ -20,6 +20,7 @@ std::string runCheck(std::vector<std::string> words, std::chrono::seconds limit,
     using Clock = std::chrono::steady_clock;
     constexpr std::chrono::milliseconds kStep(50);
     std::vector<char *> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string &word : words)
         pointers.push_back(word.data());
     pointers.push_back(nullptr);

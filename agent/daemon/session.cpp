@@ -111,7 +111,7 @@ void Agent::take(const Event &event) {
 
 std::string Agent::statusText() {
     status_.time.clear();
-    const std::string text = write(status_);
+    std::string text = write(status_);
     status_.time = timeNow();
     return text;
 }

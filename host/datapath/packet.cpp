@@ -13,7 +13,7 @@ constexpr size_t kIpv6Header = 40;
 bool readIpv4(Bytes frame, size_t offset, IpHeader &header) {
     if (frame.size() < offset + kIpv4Header) return false;
     const uint8_t *at = frame.data() + offset;
-    const size_t length = (at[0] & 0xfu) * 4u;
+    const size_t length = size_t{at[0] & 0xfu} * 4;
     const size_t total = read16(at + 2);
     if (at[0] >> 4 != 4 || length < kIpv4Header || total < length || frame.size() < offset + total)
         return false;
@@ -33,7 +33,7 @@ bool readIpv6(Bytes frame, size_t offset, IpHeader &header) {
     if (end < header.payload + 8) return false;
     const uint8_t *options = frame.data() + header.payload;
     header.protocol = options[0];
-    header.payload += (options[1] + 1u) * 8u;
+    header.payload += (options[1] + size_t{1}) * 8;
     return header.payload <= end;
 }
 

@@ -68,7 +68,7 @@ void fillIp(uint8_t *packet, bool isVersion4, size_t length, size_t number) {
     write16(packet + 2, static_cast<uint32_t>(length));
     write16(packet + 4, static_cast<uint32_t>(read16(packet + 4) + number));
     write16(packet + 10, 0);
-    write16(packet + 10, foldSum(addToSum(0, {packet, (packet[0] & 0xfu) * 4u})));
+    write16(packet + 10, foldSum(addToSum(0, {packet, size_t{packet[0] & 0xfu} * 4})));
 }
 
 void fillTcp(std::vector<uint8_t> &bytes, const Segments &parts) {

@@ -9,6 +9,7 @@ namespace {
 
 std::vector<MacAddress> sortedAddresses(const std::vector<policy::Mac> &list) {
     std::vector<MacAddress> addresses;
+    addresses.reserve(list.size());
     for (const policy::Mac &mac : list)
         addresses.push_back(macOf(mac));
     std::sort(addresses.begin(), addresses.end());

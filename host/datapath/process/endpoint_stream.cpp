@@ -22,9 +22,9 @@ namespace {
 
 constexpr size_t kLength = 4;
 // What waits for a client that reads slowly, before frames are lost.
-constexpr size_t kMostUnsent = 256 * 1024;
+constexpr size_t kMostUnsent = size_t{256} << 10;
 // What is read in one turn.
-constexpr size_t kMostRead = 256 * 1024;
+constexpr size_t kMostRead = size_t{256} << 10;
 
 class StreamEndpoint : public Endpoint {
   public:

@@ -16,7 +16,7 @@ namespace qvs::datapath {
 
 namespace {
 
-constexpr size_t kMostRead = 256 * 1024;
+constexpr size_t kMostRead = size_t{256} << 10;
 constexpr size_t kFactsPerMessage = 1000;
 // Facts of so many addresses or groups wait for the kernel; newer ones are lost.
 constexpr size_t kMostFacts = 1u << 18;

@@ -19,7 +19,7 @@ namespace qvs::datapath {
 namespace {
 
 // Netlink messages are small; a link with all its attributes has about two KiB.
-constexpr size_t kBuffer = 32 * 1024;
+constexpr size_t kBuffer = size_t{32} << 10;
 
 [[noreturn]] void fail(const char *doing, int reason) {
     throw std::system_error(reason, std::generic_category(), doing);
