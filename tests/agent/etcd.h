@@ -88,7 +88,11 @@ class Etcd {
         for (int i = 0; i < 200 && !answers(port_); i++)
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
-    void signal(int number) const { kill(process_, number); }
+    // SIGSTOP has stopped all threads when this returns; until then, they could answer a request.
+    void signal(int number) const {
+        kill(process_, number);
+        if (number == SIGSTOP) waitpid(process_, nullptr, WUNTRACED);
+    }
     void stop() {
         if (process_ == 0) return;
         signal(SIGKILL);
