@@ -15,6 +15,7 @@
 
 #include "agent/rollout/records.h"
 #include "config/document/quoting.h"
+#include "config/library/clock.h"
 
 namespace qvs::fleet {
 
@@ -28,12 +29,12 @@ void logLine(Level level, std::string_view text) {
     const Words &words = kLevels[static_cast<size_t>(level)];
     std::string line;
     if (logsJson) {
-        line = fmt::format("{{\"time\":\"{}\",\"level\":\"{}\",\"message\":{}}}\n", timeNow(), words.name,
+        line = fmt::format("{{\"time\":\"{}\",\"level\":\"{}\",\"message\":{}}}\n", utcTime(), words.name,
                            config::quotedForJson(text));
     } else if (std::getenv("JOURNAL_STREAM") != nullptr) {
         line = fmt::format("<{}>{}\n", words.number, text);
     } else {
-        line = fmt::format("{} {}: {}\n", timeNow(), words.name, text);
+        line = fmt::format("{} {}: {}\n", utcTime(), words.name, text);
     }
     // A log that nobody reads is no reason to stop.
     if (::write(STDERR_FILENO, line.data(), line.size()) < 0) return;

@@ -6,6 +6,7 @@
 #include "agent/daemon/log.h"
 #include "agent/rollout/view.h"
 #include "base/failure.h"
+#include "config/library/clock.h"
 
 namespace qvs::fleet {
 
@@ -112,7 +113,7 @@ void Agent::take(const Event &event) {
 std::string Agent::statusText() {
     status_.time.clear();
     std::string text = write(status_);
-    status_.time = timeNow();
+    status_.time = utcTime();
     return text;
 }
 
@@ -168,7 +169,7 @@ void Agent::publish(const Head &next) {
     transaction.puts = {{keys.head(), write(next)}};
     if (!next.isUnderWay())
         transaction.puts.push_back(
-            {keys.result(next.revision), write(Result{next.state, next.reason, timeNow()})});
+            {keys.result(next.revision), write(Result{next.state, next.reason, utcTime()})});
     if (!store_.commit(transaction)) {
         log(Level::Info, "revision {}: something else was decided", next.revision);
         return connect();

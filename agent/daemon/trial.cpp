@@ -10,6 +10,7 @@
 #include "agent/rollout/documents.h"
 #include "agent/store/digest.h"
 #include "base/failure.h"
+#include "config/library/clock.h"
 
 namespace qvs::fleet {
 namespace {
@@ -176,7 +177,7 @@ bool Agent::agree(uint64_t revision, Time until, std::string &problem) {
         problem.clear();
         try {
             if (lease_ == 0) lease_ = store_.grant(settings_.leaseSeconds);
-            status_.time = timeNow();
+            status_.time = utcTime();
             if (writeStatus({{settings_.keys.head(), Comparison::What::Modified, headModified_}}))
                 return true;
             const Found found = store_.range({settings_.keys.head()});

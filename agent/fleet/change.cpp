@@ -10,6 +10,7 @@
 #include "base/text.h"
 #include "config/document/merge.h"
 #include "config/document/reader.h"
+#include "config/library/clock.h"
 #include "tool/values.h"
 
 namespace qvs::fleet {
@@ -98,7 +99,7 @@ void stop(const Arguments &arguments, Output &out) {
             transaction.comparisons = {{keys.head(), Comparison::What::Modified, fleet.view().headModified}};
             transaction.puts = {
                 {keys.head(), write(head)},
-                {keys.result(head.revision), write(Result{head.state, head.reason, timeNow()})}};
+                {keys.result(head.revision), write(Result{head.state, head.reason, utcTime()})}};
             if (!fleet.store().commit(transaction)) {
                 fleet.read();
                 continue;
@@ -117,7 +118,7 @@ void drain(const Arguments &arguments, Output &out) {
     const bool undo = arguments.given("--undo");
     Transaction transaction;
     transaction.comparisons = {{key, Comparison::What::Created, 0}};
-    if (!undo) transaction.puts = {{key, timeNow()}};
+    if (!undo) transaction.puts = {{key, utcTime()}};
     const bool absent = fleet.store().commit(transaction);
     if (undo && !absent) (void)fleet.store().commit({{}, {}, {{key}}});
     cli::reportChange(out, host, {{"host", host}}, undo != absent);

@@ -9,6 +9,7 @@
 
 #include "agent/store/digest.h"
 #include "base/failure.h"
+#include "config/library/clock.h"
 #include "tool/failure.h"
 
 namespace qvs::fleet {
@@ -169,7 +170,7 @@ void publish(Fleet &fleet, Manifest manifest, const std::map<std::string, std::s
     manifest.revision = view.head.revision + 1;
     manifest.message = arguments.given("--message") ? arguments.text("--message") : "";
     manifest.author = userName();
-    manifest.time = timeNow();
+    manifest.time = utcTime();
     manifest.waves = static_cast<uint32_t>(waves.size());
     manifest.unavailable = arguments.number("--max-unavailable", 0);
     manifest.rollsBack = arguments.given("--rollback-on-failure");

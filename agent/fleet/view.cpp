@@ -5,6 +5,7 @@
 #include "agent/fleet/fleet.h"
 #include "agent/fleet/publish.h"
 #include "base/failure.h"
+#include "config/library/clock.h"
 
 namespace qvs::fleet {
 namespace {
@@ -53,7 +54,7 @@ void status(const Arguments &arguments, Output &out) {
     for (std::string last;;) {
         const std::string line = progressLine(fleet.view());
         if (line != last && out.json()) printStatus(fleet, fleet.view(), out);
-        if (line != last && !out.json()) out.write(fmt::format("{} {}\n", timeNow(), line));
+        if (line != last && !out.json()) out.write(fmt::format("{} {}\n", utcTime(), line));
         last = line;
         out.flush();
         fleet.await();

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <array>
-#include <ctime>
-#include <iterator>
+#include <concepts>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "base/failure.h"
@@ -18,6 +18,63 @@ using nlohmann::json;
 constexpr std::array kStates = {"running", "stopped", "done", "rollingBack", "rolledBack"};
 constexpr std::array kKinds = {"switch", "group", "host"};
 
+template <typename Type, typename Record>
+concept Is = std::same_as<std::remove_const_t<Type>, Record>;
+
+// The names of the members of each record, for reading and for writing.
+void eachMember(Is<Head> auto &head, auto &&each) {
+    each("revision", head.revision);
+    each("base", head.base);
+    each("wave", head.wave);
+    each("state", head.state);
+    each("reason", head.reason);
+}
+
+void eachMember(Is<DocumentOf> auto &document, auto &&each) {
+    each("kind", document.kind);
+    each("name", document.name);
+    each("labels", document.labels);
+    each("digest", document.digest);
+}
+
+void eachMember(Is<Manifest> auto &manifest, auto &&each) {
+    each("revision", manifest.revision);
+    each("message", manifest.message);
+    each("author", manifest.author);
+    each("time", manifest.time);
+    each("documents", manifest.documents);
+    each("plan", manifest.plan);
+    each("waves", manifest.waves);
+    each("maxUnavailable", manifest.unavailable);
+    each("rollbackOnFailure", manifest.rollsBack);
+    each("prune", manifest.prunes);
+    each("copies", manifest.copies);
+}
+
+void eachMember(Is<Status> auto &status, auto &&each) {
+    each("host", status.host);
+    each("revision", status.revision);
+    each("trying", status.trying);
+    each("refused", status.refused);
+    each("step", status.step);
+    each("reason", status.reason);
+    each("problem", status.problem);
+    each("drift", status.drift);
+    each("differences", status.differences);
+    each("time", status.time);
+    each("version", status.version);
+}
+
+void eachMember(Is<Result> auto &result, auto &&each) {
+    each("state", result.state);
+    each("reason", result.reason);
+    each("time", result.time);
+}
+
+void eachMember(Is<Labels> auto &labels, auto &&each) {
+    each("labels", labels);
+}
+
 // A record as a JSON object. A member that is absent has its default, one of another type is refused.
 class Reader {
   public:
@@ -29,6 +86,23 @@ class Reader {
         if (!object_.is_object()) refuse("a part is not a JSON object");
     }
 
+    // Reads a member of a record, as its type is written.
+    template <typename Value>
+    void operator()(const char *name, Value &value) const {
+        if constexpr (std::is_same_v<Value, State>) {
+            word(name, kStates, value);
+        } else if constexpr (std::is_same_v<Value, DocumentOf::Kind>) {
+            word(name, kKinds, value);
+        } else if constexpr (std::is_same_v<Value, std::vector<DocumentOf>>) {
+            documents(name, value);
+        } else if constexpr (std::is_unsigned_v<Value> && !std::is_same_v<Value, bool>) {
+            number(name, value);
+        } else {
+            member(name, value);
+        }
+    }
+
+  private:
     template <typename Value>
     void member(const char *name, Value &value) const {
         const auto found = object_.find(name);
@@ -55,31 +129,61 @@ class Reader {
         if (found == words.end()) refuse(fmt::format("the member {} is {}", name, inQuotes(text)));
         value = static_cast<Word>(found - words.begin());
     }
-    const json *list(const char *name) const {
+    void documents(const char *name, std::vector<DocumentOf> &documents) const {
         const auto found = object_.find(name);
-        if (found == object_.end()) return nullptr;
+        if (found == object_.end()) return;
         if (!found->is_array()) refuse(fmt::format("the member {} is no list", name));
-        return &*found;
+        for (const json &one : *found)
+            eachMember(documents.emplace_back(), Reader(one, what_));
     }
     [[noreturn]] void refuse(std::string_view reason) const {
         fail(Exit::Failed, "the store has a {} that cannot be read: {}", what_, reason);
     }
 
-  private:
     const char *what_;
     json object_;
 };
 
-json labelsOf(const Labels &labels) {
-    json made = json::object();
-    for (const auto &[name, value] : labels)
-        made[name] = value;
-    return made;
+// A record as it is written, member by member.
+class Writer {
+  public:
+    template <typename Value>
+    void operator()(const char *name, const Value &value) {
+        if constexpr (std::is_same_v<Value, State>) {
+            object_[name] = wordOf(value);
+        } else if constexpr (std::is_same_v<Value, DocumentOf::Kind>) {
+            object_[name] = kKinds[static_cast<size_t>(value)];
+        } else if constexpr (std::is_same_v<Value, std::vector<DocumentOf>>) {
+            json &list = object_[name] = json::array();
+            for (const DocumentOf &one : value) {
+                Writer part;
+                eachMember(one, part);
+                if (one.labels.empty()) part.object_.erase("labels");
+                list.push_back(std::move(part.object_));
+            }
+        } else {
+            object_[name] = value;
+        }
+    }
+    // Texts of documents and hosts may have bytes that are not UTF-8.
+    std::string text() const { return object_.dump(-1, ' ', false, json::error_handler_t::replace); }
+
+  private:
+    json object_ = json::object();
+};
+
+template <typename Record>
+std::string written(const Record &record) {
+    Writer writer;
+    eachMember(record, writer);
+    return writer.text();
 }
 
-// Texts of documents and hosts may have bytes that are not UTF-8.
-std::string dumped(const json &object) {
-    return object.dump(-1, ' ', false, json::error_handler_t::replace);
+template <typename Record>
+Record readRecord(std::string_view text, const char *what) {
+    Record record;
+    eachMember(record, Reader(text, what));
+    return record;
 }
 
 }  // namespace
@@ -107,138 +211,47 @@ const char *wordOf(State state) {
 }
 
 std::string write(const Head &head) {
-    return dumped({{"revision", head.revision},
-                   {"base", head.base},
-                   {"wave", head.wave},
-                   {"state", wordOf(head.state)},
-                   {"reason", head.reason}});
+    return written(head);
 }
 
 Head readHead(std::string_view text) {
-    const Reader reader(text, "head");
-    Head head;
-    reader.number("revision", head.revision);
-    reader.number("base", head.base);
-    reader.number("wave", head.wave);
-    reader.word("state", kStates, head.state);
-    reader.member("reason", head.reason);
-    return head;
+    return readRecord<Head>(text, "head");
 }
 
 std::string write(const Manifest &manifest) {
-    json documents = json::array();
-    for (const DocumentOf &document : manifest.documents) {
-        json one = {{"kind", kKinds[static_cast<size_t>(document.kind)]},
-                    {"name", document.name},
-                    {"digest", document.digest}};
-        if (!document.labels.empty()) one["labels"] = labelsOf(document.labels);
-        documents.push_back(one);
-    }
-    return dumped({{"revision", manifest.revision},
-                   {"message", manifest.message},
-                   {"author", manifest.author},
-                   {"time", manifest.time},
-                   {"documents", documents},
-                   {"plan", manifest.plan},
-                   {"waves", manifest.waves},
-                   {"maxUnavailable", manifest.unavailable},
-                   {"rollbackOnFailure", manifest.rollsBack},
-                   {"prune", manifest.prunes},
-                   {"copies", manifest.copies}});
+    return written(manifest);
 }
 
 Manifest readManifest(std::string_view text) {
-    const Reader reader(text, "revision");
-    Manifest manifest;
-    reader.number("revision", manifest.revision);
-    reader.member("message", manifest.message);
-    reader.member("author", manifest.author);
-    reader.member("time", manifest.time);
-    if (const json *documents = reader.list("documents"))
-        for (const json &one : *documents) {
-            const Reader part(one, "revision");
-            DocumentOf document;
-            part.word("kind", kKinds, document.kind);
-            part.member("name", document.name);
-            part.member("labels", document.labels);
-            part.member("digest", document.digest);
-            manifest.documents.push_back(std::move(document));
-        }
-    reader.member("plan", manifest.plan);
-    reader.number("waves", manifest.waves);
-    reader.number("maxUnavailable", manifest.unavailable);
-    reader.member("rollbackOnFailure", manifest.rollsBack);
-    reader.member("prune", manifest.prunes);
-    reader.number("copies", manifest.copies);
-    return manifest;
+    return readRecord<Manifest>(text, "revision");
 }
 
 std::string write(const Status &status) {
-    return dumped({{"host", status.host},
-                   {"revision", status.revision},
-                   {"trying", status.trying},
-                   {"refused", status.refused},
-                   {"step", status.step},
-                   {"reason", status.reason},
-                   {"problem", status.problem},
-                   {"drift", status.drift},
-                   {"differences", status.differences},
-                   {"time", status.time},
-                   {"version", status.version}});
+    return written(status);
 }
 
 Status readStatus(std::string_view text) {
-    const Reader reader(text, "status");
-    Status status;
-    reader.member("host", status.host);
-    reader.number("revision", status.revision);
-    reader.number("trying", status.trying);
-    reader.number("refused", status.refused);
-    reader.member("step", status.step);
-    reader.member("reason", status.reason);
-    reader.member("problem", status.problem);
-    reader.number("drift", status.drift);
-    reader.member("differences", status.differences);
-    reader.member("time", status.time);
-    reader.member("version", status.version);
-    return status;
+    return readRecord<Status>(text, "status");
 }
 
 std::string write(const Result &result) {
-    return dumped({{"state", wordOf(result.state)}, {"reason", result.reason}, {"time", result.time}});
+    return written(result);
 }
 
 Result readResult(std::string_view text) {
-    const Reader reader(text, "result");
-    Result result;
-    reader.word("state", kStates, result.state);
-    reader.member("reason", result.reason);
-    reader.member("time", result.time);
-    return result;
+    return readRecord<Result>(text, "result");
 }
 
 std::string writeLabels(const Labels &labels) {
-    return dumped({{"labels", labelsOf(labels)}});
+    return written(labels);
 }
 
 Labels readLabels(std::string_view text) {
-    const Reader reader(text, "host");
-    Labels labels;
-    reader.member("labels", labels);
-    return labels;
+    return readRecord<Labels>(text, "host");
 }
 
 std::optional<uint32_t> parseWave(std::string_view text) {
     return parseNumber(text);
-}
-
-std::string timeNow() {
-    const std::time_t now = std::time(nullptr);
-    std::tm parts{};
-    gmtime_r(&now, &parts);
-    std::array<char, 32> text{};
-    std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
-    return text.data();
 }
 
 }  // namespace qvs::fleet

@@ -118,7 +118,4 @@ Labels readLabels(std::string_view text);
 // The number under plan/HOST; nothing for what is none.
 std::optional<uint32_t> parseWave(std::string_view text);
 
-// The present time in UTC: "2026-11-22T10:00:00Z".
-std::string timeNow();
-
 }  // namespace qvs::fleet
