@@ -69,3 +69,22 @@ function(qvs_precompile target)
         target_precompile_headers(${target} PRIVATE ${ARGN})
     endif()
 endfunction()
+
+# qvs_flatbuffers(NAME OPTION...): the interface library qvs_NAME_schema with NAME_generated.h, made from NAME.fbs of the
+# directory.
+function(qvs_flatbuffers name)
+    find_package(FlatBuffers CONFIG REQUIRED)
+    set(generated ${CMAKE_CURRENT_BINARY_DIR}/generated)
+    add_custom_command(
+        OUTPUT ${generated}/${name}_generated.h
+        COMMAND flatbuffers::flatc --cpp --scoped-enums --cpp-field-case-style lower ${ARGN} -o ${generated}
+                ${CMAKE_CURRENT_SOURCE_DIR}/${name}.fbs
+        DEPENDS ${name}.fbs
+        COMMENT "Generating ${name}_generated.h"
+        VERBATIM)
+    add_custom_target(qvs_${name}_header DEPENDS ${generated}/${name}_generated.h)
+    add_library(qvs_${name}_schema INTERFACE)
+    target_include_directories(qvs_${name}_schema INTERFACE ${PROJECT_SOURCE_DIR}/host)
+    target_include_directories(qvs_${name}_schema SYSTEM INTERFACE ${generated})
+    add_dependencies(qvs_${name}_schema qvs_${name}_header)
+endfunction()
