@@ -19,11 +19,11 @@ namespace qvs::launcher {
 
 namespace {
 
-void enterNamespaces(const std::vector<int> &files) {
+void enterNamespaces(const std::vector<wire::File> &files) {
     // In front of the network namespace comes the user namespace that owns it, if there is one.
     for (size_t i = 0; i < files.size(); ++i) {
         const bool isUser = i + 1 < files.size();
-        if (setns(files[i], isUser ? CLONE_NEWUSER : CLONE_NEWNET) == 0) continue;
+        if (setns(files[i].get(), isUser ? CLONE_NEWUSER : CLONE_NEWNET) == 0) continue;
         throw Error(
             fmt::format("cannot enter the {} namespace: {}", isUser ? "user" : "network", strerror(errno)));
     }

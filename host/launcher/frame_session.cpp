@@ -15,6 +15,7 @@
 
 #include "datapath/protocol.h"
 #include "launcher/error.h"
+#include "wire/descriptors.h"
 #include "wire/host_files.h"
 #include "wire/stream.h"
 
@@ -45,8 +46,6 @@ FrameSession::FrameSession(const std::string &hostSocket, std::initializer_list<
 }
 
 FrameSession::~FrameSession() {
-    for (const int file : files_)
-        close(file);
     if (socket_ >= 0) close(socket_);
 }
 
@@ -65,22 +64,13 @@ void FrameSession::connect(const std::string &path) {
 void FrameSession::readAnswer() {
     pollfd wait = {socket_, POLLIN, 0};
     if (poll(&wait, 1, wire::hostTimeout()) == 0) throw Error("the data path does not answer");
-    iovec part = {buffer_.data(), buffer_.size()};
-    alignas(cmsghdr) char control[CMSG_SPACE(4 * sizeof(int))];
-    msghdr message = {};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    message.msg_control = control;
-    message.msg_controllen = sizeof control;
-    ssize_t received = recvmsg(socket_, &message, MSG_CMSG_CLOEXEC);
+    const auto read = [this] {
+        return wire::receiveWith(socket_, buffer_.data(), buffer_.size(), files_, 0);
+    };
+    ssize_t received = read();
     // This comes in front of the answer if the request was not read.
-    if (received < 0 && errno == ECONNRESET) received = recvmsg(socket_, &message, MSG_CMSG_CLOEXEC);
+    if (received < 0 && errno == ECONNRESET) received = read();
     if (received <= 0) throw Error("the data path closed the session");
-    const cmsghdr *beside = CMSG_FIRSTHDR(&message);
-    if (beside != nullptr && beside->cmsg_type == SCM_RIGHTS) {
-        files_.resize((beside->cmsg_len - CMSG_LEN(0)) / sizeof(int));
-        memcpy(files_.data(), CMSG_DATA(beside), files_.size() * sizeof(int));
-    }
     const std::string answer(buffer_.begin(), buffer_.begin() + received);
     if (answer != "ok") throw Error(answer);
 }

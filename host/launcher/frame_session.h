@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "wire/file.h"
 #include "wire/noncopyable.h"
 
 namespace qvs::launcher {
@@ -23,7 +24,7 @@ class FrameSession : private wire::Noncopyable {
     ~FrameSession();
 
     // The descriptors that came with the answer.
-    const std::vector<int> &files() const { return files_; }
+    const std::vector<wire::File> &files() const { return files_; }
     void send(std::span<const uint8_t> frame);
     // Waits until the data path has taken all frames that were sent.
     void finish();
@@ -35,7 +36,7 @@ class FrameSession : private wire::Noncopyable {
     void readAnswer();
 
     int socket_ = -1;
-    std::vector<int> files_;
+    std::vector<wire::File> files_;
     std::vector<uint8_t> buffer_;
 };
 

@@ -14,6 +14,7 @@
 #include <asio/write.hpp>
 
 #include "daemon/front/server.h"
+#include "wire/descriptors.h"
 
 namespace qvs::kernel {
 
@@ -131,21 +132,8 @@ void Channel::sendParts(std::string message, Blob tail, std::function<void()> th
 
 bool Channel::sendAtOnce(wire::Writer &message, int file) {
     const std::string_view bytes = message.bytes();
-    iovec part = {const_cast<char *>(bytes.data()), bytes.size()};
-    alignas(cmsghdr) char control[CMSG_SPACE(sizeof file)] = {};
-    msghdr header = {};
-    header.msg_iov = &part;
-    header.msg_iovlen = 1;
-    if (file >= 0) {
-        header.msg_control = control;
-        header.msg_controllen = sizeof control;
-        cmsghdr *beside = CMSG_FIRSTHDR(&header);
-        beside->cmsg_level = SOL_SOCKET;
-        beside->cmsg_type = SCM_RIGHTS;
-        beside->cmsg_len = CMSG_LEN(sizeof file);
-        std::memcpy(CMSG_DATA(beside), &file, sizeof file);
-    }
-    const ssize_t sent = sendmsg(socket_.native_handle(), &header, MSG_NOSIGNAL | MSG_DONTWAIT);
+    const ssize_t sent = wire::sendWith(socket_.native_handle(), bytes.data(), bytes.size(),
+                                        {&file, file >= 0 ? size_t{1} : 0}, MSG_DONTWAIT);
     return sent == static_cast<ssize_t>(bytes.size());
 }
 

@@ -10,6 +10,9 @@
 #include <cerrno>
 #include <cstring>
 #include <utility>
+#include <vector>
+
+#include "wire/descriptors.h"
 
 namespace qvs::kernel {
 
@@ -25,49 +28,6 @@ wire::Head headOf(std::string_view bytes) {
 
 bool isLater() {
     return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
-}
-
-ssize_t sendBytes(int socket, std::string_view bytes, int file) {
-    iovec part = {const_cast<char *>(bytes.data()), bytes.size()};
-    msghdr message{};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    alignas(cmsghdr) char control[CMSG_SPACE(sizeof file)] = {};
-    if (file >= 0) {
-        message.msg_control = control;
-        message.msg_controllen = sizeof control;
-        cmsghdr *head = CMSG_FIRSTHDR(&message);
-        head->cmsg_level = SOL_SOCKET;
-        head->cmsg_type = SCM_RIGHTS;
-        head->cmsg_len = CMSG_LEN(sizeof file);
-        std::memcpy(CMSG_DATA(head), &file, sizeof file);
-    }
-    return sendmsg(socket, &message, MSG_NOSIGNAL | MSG_DONTWAIT);
-}
-
-// Receives a descriptor into `*file`, and closes all others.
-ssize_t receiveBytes(int socket, char *bytes, size_t size, int *file) {
-    constexpr size_t kMost = 8;
-    iovec part = {bytes, size};
-    msghdr message{};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    alignas(cmsghdr) char control[CMSG_SPACE(kMost * sizeof *file)] = {};
-    message.msg_control = control;
-    message.msg_controllen = sizeof control;
-    const ssize_t received = recvmsg(socket, &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
-    if (received < 0) return received;
-    for (cmsghdr *head = CMSG_FIRSTHDR(&message); head != nullptr; head = CMSG_NXTHDR(&message, head)) {
-        if (head->cmsg_level != SOL_SOCKET || head->cmsg_type != SCM_RIGHTS) continue;
-        const size_t count = (head->cmsg_len - CMSG_LEN(0)) / sizeof(int);
-        for (size_t i = 0; i < count; ++i) {
-            int given = -1;
-            std::memcpy(&given, CMSG_DATA(head) + i * sizeof given, sizeof given);
-            if (*file >= 0) ::close(*file);
-            *file = given;
-        }
-    }
-    return received;
 }
 
 }  // namespace
@@ -119,8 +79,14 @@ bool Pipe::readSome() {
     size_t wanted = sizeof(wire::Head);
     if (known >= wanted) wanted += headOf(incoming_).length;
     incoming_.resize(wanted);
-    const ssize_t received =
-        receiveBytes(socket_.native_handle(), incoming_.data() + known, wanted - known, &file_);
+    std::vector<wire::File> files;
+    const ssize_t received = wire::receiveWith(socket_.native_handle(), incoming_.data() + known,
+                                               wanted - known, files, MSG_DONTWAIT);
+    // A message has at most one descriptor. All others are closed.
+    for (wire::File &file : files) {
+        if (file_ >= 0) ::close(file_);
+        file_ = file.release();
+    }
     incoming_.resize(known + static_cast<size_t>(std::max<ssize_t>(received, 0)));
     if (received < 0 && isLater()) return false;
     if (received <= 0) {
@@ -150,9 +116,10 @@ void Pipe::send(std::string_view message, int file) {
 void Pipe::flush() {
     while (!outgoing_.empty()) {
         Outgoing &next = outgoing_.front();
-        const ssize_t sent =
-            sendBytes(socket_.native_handle(), std::string_view(next.bytes).substr(next.sent),
-                      next.sent == 0 ? next.file : -1);
+        const bool carries = next.sent == 0 && next.file >= 0;
+        const ssize_t sent = wire::sendWith(socket_.native_handle(), next.bytes.data() + next.sent,
+                                            next.bytes.size() - next.sent,
+                                            {&next.file, carries ? size_t{1} : 0}, MSG_DONTWAIT);
         if (sent < 0 && isLater()) return waitToWrite();
         // The end of the socket is noticed when it is read.
         if (sent < 0) return;

@@ -38,7 +38,7 @@ DataPath::~DataPath() {
     munmap(slots_, kMemory);
 }
 
-bool DataPath::start(const std::string &directory, const File &memory) {
+bool DataPath::start(const std::string &directory, const wire::File &memory) {
     struct stat status {};
     // Memory that ends early would kill the process when it counts.
     const bool whole =

@@ -40,7 +40,7 @@ class DataPath : private wire::Noncopyable {
 
     // Takes the state directory, and the memory with the counters. Returns false if the memory cannot be
     // used.
-    [[nodiscard]] bool start(const std::string &directory, const File &memory);
+    [[nodiscard]] bool start(const std::string &directory, const wire::File &memory);
     // Applies a configuration. One that is malformed is logged, and changes nothing.
     void configure(std::string_view bytes);
     // Does what time brings, and answers configurations whose attachments are settled.

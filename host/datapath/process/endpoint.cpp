@@ -54,17 +54,17 @@ namespace {
 
 }  // namespace
 
-File connectTo(const std::string &path, int type) {
+wire::File connectTo(const std::string &path, int type) {
     sockaddr_un address;
     if (!wire::socketAddress(path.c_str(), &address)) return {};
-    File connection(socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    wire::File connection(socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (connection &&
         connect(connection.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
         connection.reset(-1);
     return connection;
 }
 
-File serveAt(const std::string &path, int type) {
+wire::File serveAt(const std::string &path, int type) {
     sockaddr_un address;
     if (!wire::socketAddress(path.c_str(), &address)) failAt(path);
     struct stat status {};
@@ -77,7 +77,7 @@ File serveAt(const std::string &path, int type) {
                 fmt::format("another process serves {}; end it, or name another path", path));
         unlink(path.c_str());
     }
-    File listener(socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    wire::File listener(socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!listener || bind(listener.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
         failAt(path);
     if (type != SOCK_DGRAM && listen(listener.get(), SOMAXCONN) != 0) failAt(path);

@@ -54,7 +54,7 @@ class DatagramEndpoint : public Endpoint {
     EndpointEvents events_;
     std::string path_;
     sockaddr_un peer_{};
-    File socket_;
+    wire::File socket_;
 };
 
 }  // namespace

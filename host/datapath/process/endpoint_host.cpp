@@ -71,7 +71,7 @@ class HostEndpoint : public Endpoint {
     }
 
   private:
-    void close(File &file) {
+    void close(wire::File &file) {
         if (file) loop_.forget(file.get());
         file.reset(-1);
     }
@@ -85,7 +85,7 @@ class HostEndpoint : public Endpoint {
                 return;
             }
             close(listener_);
-            if (File wire = connectTo(peer_, SOCK_SEQPACKET)) return connected(std::move(wire));
+            if (wire::File wire = connectTo(peer_, SOCK_SEQPACKET)) return connected(std::move(wire));
         } catch (const AttachmentError &error) {
             events_.carrier(false, error.what());
         }
@@ -100,13 +100,13 @@ class HostEndpoint : public Endpoint {
     void listen() {
         listener_ = serveAt(path_, SOCK_SEQPACKET);
         loop_.watch(listener_.get(), EPOLLIN, [this](uint32_t) {
-            File wire(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+            wire::File wire(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
             // The other end has one connection; if it makes another, the old one is dead.
             if (wire) connected(std::move(wire));
         });
     }
 
-    void connected(File wire) {
+    void connected(wire::File wire) {
         close(wire_);
         wire_ = std::move(wire);
         wait_ = kFirstRetry;
@@ -150,8 +150,8 @@ class HostEndpoint : public Endpoint {
     EndpointEvents events_;
     std::string path_;
     std::string peer_;
-    File listener_;
-    File wire_;
+    wire::File listener_;
+    wire::File wire_;
     bool link_ = true;
     uint64_t timer_ = 0;
     Time wait_ = kFirstRetry;

@@ -29,7 +29,7 @@ class NamespaceEndpoint : public Endpoint {
     }
 
     ~NamespaceEndpoint() override {
-        for (const File *file : {&frames_, &links_}) {
+        for (const wire::File *file : {&frames_, &links_}) {
             if (*file) loop_.forget(file->get());
         }
         namespaces_.close(port_);
@@ -68,8 +68,8 @@ class NamespaceEndpoint : public Endpoint {
     uint32_t port_;
     int index_ = 0;
     bool settled_ = false;
-    File frames_;
-    File links_;
+    wire::File frames_;
+    wire::File links_;
 };
 
 }  // namespace

@@ -73,7 +73,7 @@ class StreamEndpoint : public Endpoint {
 
   private:
     void accept() {
-        File client(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        wire::File client(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
         // A port has one client; another one sees its connection end.
         if (!client || client_) return;
         client_ = std::move(client);
@@ -128,8 +128,8 @@ class StreamEndpoint : public Endpoint {
     Loop &loop_;
     EndpointEvents events_;
     std::string path_;
-    File listener_;
-    File client_;
+    wire::File listener_;
+    wire::File client_;
     std::vector<uint8_t> unsent_;
     std::vector<uint8_t> unread_;
 };

@@ -72,7 +72,7 @@ class TapEndpoint : public Endpoint {
 
     // Who may only use an interface that root made cannot change it. Root has set it up then.
     static void setUp(const policy::AttachmentT &attachment) {
-        const File socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+        const wire::File socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
         ifreq request = requestFor(attachment.name);
         if (const MacAddress mac = macOf(attachment); mac != 0) {
             request.ifr_hwaddr.sa_family = ARPHRD_ETHER;
@@ -101,7 +101,7 @@ class TapEndpoint : public Endpoint {
 
     Loop &loop_;
     EndpointEvents events_;
-    File file_;
+    wire::File file_;
 };
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 #include "datapath/packet.h"
 #include "datapath/process/endpoint.h"
-#include "datapath/process/file.h"
+#include "wire/file.h"
 
 #include <policy_generated.h>
 
@@ -37,8 +37,8 @@ std::string pathOf(const std::string &path, const EndpointContext &context, cons
 std::string tooLong(const std::string &path);
 // Opens a socket of a type at a path, and removes the file of a socket that nobody serves. Throws
 // AttachmentError.
-File serveAt(const std::string &path, int type);
+wire::File serveAt(const std::string &path, int type);
 // Connects a new socket. Returns none and sets errno if that fails.
-File connectTo(const std::string &path, int type);
+wire::File connectTo(const std::string &path, int type);
 
 }  // namespace qvs::datapath

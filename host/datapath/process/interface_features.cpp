@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-#include "datapath/process/file.h"
+#include "wire/file.h"
 
 namespace qvs::datapath {
 
@@ -62,7 +62,7 @@ struct WithArray {
 }  // namespace
 
 void disableUnusualOffloads(const char *interface) {
-    const File socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const wire::File socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     WithArray<ethtool_sset_info> sets(sizeof(uint32_t));
     sets->cmd = ETHTOOL_GSSET_INFO;
     sets->sset_mask = 1ull << ETH_SS_FEATURES;

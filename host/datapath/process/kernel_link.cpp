@@ -8,9 +8,9 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "datapath/process/descriptors.h"
 #include "datapath/process/log.h"
 #include "datapath/process/loop.h"
+#include "wire/descriptors.h"
 
 namespace qvs::datapath {
 
@@ -27,7 +27,7 @@ wire::Writer message(Kind kind) {
 
 }  // namespace
 
-KernelLink::KernelLink(Loop &loop, File socket, KernelRequests requests)
+KernelLink::KernelLink(Loop &loop, wire::File socket, KernelRequests requests)
     : loop_(loop), socket_(std::move(socket)), requests_(std::move(requests)) {
     fcntl(socket_.get(), F_SETFD, FD_CLOEXEC);
     loop_.watch(socket_.get(), EPOLLIN, [this](uint32_t events) {
@@ -43,12 +43,12 @@ KernelLink::~KernelLink() {
 void KernelLink::receive() {
     const size_t before = unread_.size();
     unread_.resize(before + kMostRead);
-    std::vector<File> files;
+    std::vector<wire::File> files;
     const ssize_t received =
-        receiveWith(socket_.get(), unread_.data() + before, kMostRead, files, MSG_DONTWAIT);
+        wire::receiveWith(socket_.get(), unread_.data() + before, kMostRead, files, MSG_DONTWAIT);
     const int reason = errno;
     unread_.resize(before + static_cast<size_t>(std::max<ssize_t>(received, 0)));
-    for (File &file : files)
+    for (wire::File &file : files)
         files_.push_back(std::move(file));
     if (received < 0 && (reason == EAGAIN || reason == EINTR)) return;
     if (received <= 0) return loop_.stop();
@@ -91,14 +91,14 @@ void KernelLink::perform(Kind kind, std::string_view payload) {
     }
 }
 
-File KernelLink::nextFile() {
+wire::File KernelLink::nextFile() {
     if (files_.empty()) return {};
-    File file = std::move(files_.front());
+    wire::File file = std::move(files_.front());
     files_.pop_front();
     return file;
 }
 
-void KernelLink::queue(wire::Writer &message, File file) {
+void KernelLink::queue(wire::Writer &message, wire::File file) {
     unsent_.push_back({std::string(message.bytes()), 0, std::move(file)});
 }
 
@@ -111,7 +111,7 @@ void KernelLink::inForce(uint64_t generation) {
 
 void KernelLink::keep(const std::string &name, int file) {
     wire::Writer request = message(Kind::Keep);
-    queue(request.text(name), File(file < 0 ? -1 : fcntl(file, F_DUPFD_CLOEXEC, 0)));
+    queue(request.text(name), wire::File(file < 0 ? -1 : fcntl(file, F_DUPFD_CLOEXEC, 0)));
 }
 
 void KernelLink::carrier(uint32_t port, bool up, const std::string &problem) {
@@ -164,8 +164,9 @@ bool KernelLink::sendFront() {
     Message &next = unsent_.front();
     const int file = next.file.get();
     const bool withFile = file >= 0 && next.sent == 0;
-    const ssize_t sent = sendWith(socket_.get(), next.bytes.data() + next.sent, next.bytes.size() - next.sent,
-                                  std::span<const int>(&file, withFile ? 1 : 0), MSG_DONTWAIT);
+    const ssize_t sent =
+        wire::sendWith(socket_.get(), next.bytes.data() + next.sent, next.bytes.size() - next.sent,
+                       std::span<const int>(&file, withFile ? 1 : 0), MSG_DONTWAIT);
     if (sent < 0) return errno == EINTR;
     next.sent += static_cast<size_t>(sent);
     if (next.sent == next.bytes.size()) unsent_.pop_front();

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "datapath/frame.h"
-#include "datapath/process/file.h"
 #include "datapath/protocol.h"
+#include "wire/file.h"
 #include "wire/message.h"
 
 namespace qvs::datapath {
@@ -21,14 +21,14 @@ class Loop;
 
 // What the kernel asks for.
 struct KernelRequests {
-    std::function<void(const std::string &directory, File memory)> start;
-    std::function<void(const std::string &name, File file)> kept;
+    std::function<void(const std::string &directory, wire::File memory)> start;
+    std::function<void(const std::string &name, wire::File file)> kept;
     std::function<void(std::string_view configuration)> configure;
 };
 
 class KernelLink : private wire::Noncopyable {
   public:
-    KernelLink(Loop &loop, File socket, KernelRequests requests);
+    KernelLink(Loop &loop, wire::File socket, KernelRequests requests);
     ~KernelLink();
 
     // Messages of protocol.h.
@@ -45,7 +45,7 @@ class KernelLink : private wire::Noncopyable {
     struct Message {
         std::string bytes;
         size_t sent = 0;
-        File file;
+        wire::File file;
     };
     struct Change {
         bool here;
@@ -55,18 +55,18 @@ class KernelLink : private wire::Noncopyable {
     void receive();
     [[nodiscard]] bool take(size_t *at);
     void perform(Kind kind, std::string_view payload);
-    File nextFile();
-    void queue(wire::Writer &message, File file = {});
+    wire::File nextFile();
+    void queue(wire::Writer &message, wire::File file = {});
     void queueCarriers();
     void queueFacts();
     // Returns false if the socket takes no more.
     [[nodiscard]] bool sendFront();
 
     Loop &loop_;
-    File socket_;
+    wire::File socket_;
     KernelRequests requests_;
     std::string unread_;
-    std::deque<File> files_;
+    std::deque<wire::File> files_;
     std::deque<Message> unsent_;
     bool waits_ = false;  // for the kernel to read
     std::map<uint32_t, std::pair<bool, std::string>> carriers_;

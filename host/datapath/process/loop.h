@@ -10,8 +10,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "datapath/process/file.h"
 #include "datapath/switch.h"
+#include "wire/file.h"
 
 namespace qvs::datapath {
 
@@ -51,7 +51,7 @@ class Loop : private wire::Noncopyable {
     void runLater();
     int timeout() const;
 
-    File epoll_;
+    wire::File epoll_;
     bool running_ = true;
     Time now_ = 0;
     uint64_t last_ = 0;

@@ -25,11 +25,14 @@ namespace {
 // The parts refer to each other: facts go to the kernel, and its requests to the parts.
 class Process {
   public:
-    explicit Process(File kernel)
-        : kernel_(loop_, std::move(kernel),
-                  {[this](const std::string &directory, const File &memory) { start(directory, memory); },
-                   [this](const std::string &name, File file) { namespaces_.restore(name, std::move(file)); },
-                   [this](std::string_view configuration) { dataPath_.configure(configuration); }}),
+    explicit Process(wire::File kernel)
+        : kernel_(
+              loop_, std::move(kernel),
+              {[this](const std::string &directory, const wire::File &memory) { start(directory, memory); },
+               [this](const std::string &name, wire::File file) {
+                   namespaces_.restore(name, std::move(file));
+               },
+               [this](std::string_view configuration) { dataPath_.configure(configuration); }}),
           namespaces_(loop_, [this](const std::string &name, int file) { kernel_.keep(name, file); }),
           dataPath_(loop_, kernel_, namespaces_),
           sessions_(loop_, dataPath_, namespaces_) {}
@@ -40,7 +43,7 @@ class Process {
     }
 
   private:
-    void start(const std::string &directory, const File &memory) {
+    void start(const std::string &directory, const wire::File &memory) {
         try {
             failed_ = !dataPath_.start(directory, memory);
             if (!failed_) sessions_.listen(directory);
@@ -95,7 +98,7 @@ int main(int argc, char **argv) {
     }
     prepare();
     try {
-        return Process(File(kernel)).run();
+        return Process(qvs::wire::File(kernel)).run();
     } catch (const std::exception &error) {
         warn("the data path ends: {}", error.what());
         return 1;

@@ -16,10 +16,10 @@
 
 #include <fmt/format.h>
 
-#include "datapath/process/descriptors.h"
 #include "datapath/process/interface_features.h"
 #include "datapath/process/netlink.h"
 #include "datapath/process/packet_socket.h"
+#include "wire/descriptors.h"
 
 namespace qvs::datapath {
 
@@ -28,7 +28,7 @@ namespace {
 constexpr char kClientInterface[] = "eth0";
 
 bool writeText(const char *path, const std::string &text) {
-    const File file(open(path, O_WRONLY | O_CLOEXEC));
+    const wire::File file(open(path, O_WRONLY | O_CLOEXEC));
     return file && write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
 }
 
@@ -38,8 +38,8 @@ int numberIn(const char *path, int absent) {
     return file >> number ? number : absent;
 }
 
-File currentNamespace(const char *kind) {
-    return File(open(fmt::format("/proc/self/ns/{}", kind).c_str(), O_RDONLY | O_CLOEXEC));
+wire::File currentNamespace(const char *kind) {
+    return wire::File(open(fmt::format("/proc/self/ns/{}", kind).c_str(), O_RDONLY | O_CLOEXEC));
 }
 
 // Names the setting that forbids namespaces, and how to allow them.
@@ -104,7 +104,7 @@ class Worker {
         for (const char *which : {"all", "default"})
             writeText(fmt::format("/proc/sys/net/ipv6/conf/{}/disable_ipv6", which).c_str(), "1");
         links_.emplace();
-        const File userFile = hasUser ? currentNamespace("user") : File();
+        const wire::File userFile = hasUser ? currentNamespace("user") : wire::File();
         if (hasUser)
             reply({}, "", {userFile.get(), base_.get()});
         else
@@ -114,13 +114,13 @@ class Worker {
     [[noreturn]] void serve() {
         for (;;) {
             NamespaceRequest request;
-            std::vector<File> files;
-            const ssize_t received = receiveWith(socket_, &request, sizeof request, files, 0);
+            std::vector<wire::File> files;
+            const ssize_t received = wire::receiveWith(socket_, &request, sizeof request, files, 0);
             if (received < 0 && errno == EINTR) continue;
             if (received != static_cast<ssize_t>(sizeof request)) _exit(0);
             try {
                 if (request.open)
-                    openPort(request, files.empty() ? File() : std::move(files.front()));
+                    openPort(request, files.empty() ? wire::File() : std::move(files.front()));
                 else
                     closePort(request.port);
             } catch (const std::system_error &error) {
@@ -137,7 +137,8 @@ class Worker {
                std::initializer_list<int> files) const {
         std::string message(reinterpret_cast<const char *>(&answer), sizeof answer);
         message += problem;
-        if (sendWith(socket_, message.data(), message.size(), {files.begin(), files.size()}, 0) < 0) _exit(1);
+        if (wire::sendWith(socket_, message.data(), message.size(), {files.begin(), files.size()}, 0) < 0)
+            _exit(1);
     }
 
     void returnToBase() const {
@@ -149,7 +150,7 @@ class Worker {
         reply({}, "", {});
     }
 
-    void openPort(const NamespaceRequest &request, File client) {
+    void openPort(const NamespaceRequest &request, wire::File client) {
         if (client) {
             enter(client.get(), CLONE_NEWNET);
         } else {
@@ -181,7 +182,7 @@ class Worker {
         there->up = there->up || !isPair;
         there->mtu = request.mtu;
         there->address = request.restored && isPair ? 0 : request.address;
-        const File notices = watchLinks();
+        const wire::File notices = watchLinks();
         links.change(*there);
         if (auto loopback = links.find("lo")) {
             loopback->up = true;
@@ -193,7 +194,7 @@ class Worker {
         const auto state = links.find(kClientInterface);
         returnToBase();
 
-        const File frames = openPacketSocket(here->index);
+        const wire::File frames = openPacketSocket(here->index);
         here->up = true;
         here->mtu = request.mtu;
         here->address = 0;
@@ -207,7 +208,7 @@ class Worker {
     }
 
     int socket_;
-    File base_;
+    wire::File base_;
     std::optional<Netlink> links_;  // of the switch's ends
 };
 
@@ -223,7 +224,7 @@ void runNamespaceWorker(int socket, int user, int base) {
         const NamespaceAnswer answer;
         std::string message(reinterpret_cast<const char *>(&answer), sizeof answer);
         message += error.what();
-        sendWith(socket, message.data(), message.size(), {}, 0);
+        wire::sendWith(socket, message.data(), message.size(), {}, 0);
         _exit(1);
     }
 }

@@ -12,9 +12,9 @@
 #include <csignal>
 #include <cstring>
 
-#include "datapath/process/descriptors.h"
 #include "datapath/process/log.h"
 #include "datapath/process/loop.h"
+#include "wire/descriptors.h"
 
 namespace qvs::datapath {
 
@@ -50,7 +50,7 @@ Namespaces::~Namespaces() {
     if (worker_) loop_.forget(worker_.get());
 }
 
-void Namespaces::restore(const std::string &name, File file) {
+void Namespaces::restore(const std::string &name, wire::File file) {
     if (name == kUserName) {
         user_ = std::move(file);
     } else if (name == kBaseName) {
@@ -64,8 +64,8 @@ void Namespaces::start() {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
         throw AttachmentError(fmt::format("cannot make a socket: {}", strerror(errno)));
-    worker_ = File(ends[0]);
-    const File other(ends[1]);
+    worker_ = wire::File(ends[0]);
+    const wire::File other(ends[1]);
     process_ = fork();
     if (process_ == 0) {
         signal(SIGTERM, SIG_DFL);
@@ -153,14 +153,14 @@ void Namespaces::sendNext() {
         files.push_back(found->second.file.get());
         next.request.restored = found->second.restored;
     }
-    if (sendWith(worker_.get(), &next.request, sizeof next.request, files, 0) < 0)
+    if (wire::sendWith(worker_.get(), &next.request, sizeof next.request, files, 0) < 0)
         warn("the process that makes namespaces does not listen: {}", strerror(errno));
 }
 
 void Namespaces::receive() {
     char buffer[4096];
-    std::vector<File> files;
-    const ssize_t received = receiveWith(worker_.get(), buffer, sizeof buffer, files, MSG_DONTWAIT);
+    std::vector<wire::File> files;
+    const ssize_t received = wire::receiveWith(worker_.get(), buffer, sizeof buffer, files, MSG_DONTWAIT);
     if (received < 0 && (errno == EAGAIN || errno == EINTR)) return;
     NamespaceAnswer head;
     if (received < static_cast<ssize_t>(sizeof head))
@@ -176,7 +176,7 @@ void Namespaces::receive() {
     sendNext();
 }
 
-void Namespaces::learnBase(std::vector<File> &files) {
+void Namespaces::learnBase(std::vector<wire::File> &files) {
     based_ = true;
     // Those that were restored are kept already.
     if (base_ || files.empty()) return;
@@ -187,7 +187,8 @@ void Namespaces::learnBase(std::vector<File> &files) {
     keep_(kUserName, user_.get());
 }
 
-void Namespaces::answer(const NamespaceAnswer &head, const std::string &problem, std::vector<File> &files) {
+void Namespaces::answer(const NamespaceAnswer &head, const std::string &problem,
+                        std::vector<wire::File> &files) {
     if (pending_.empty()) return;
     const Pending asked = std::move(pending_.front());
     pending_.pop_front();

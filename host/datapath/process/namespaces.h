@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "datapath/process/endpoint.h"
-#include "datapath/process/file.h"
 #include "datapath/process/namespace_worker.h"
+#include "wire/file.h"
 
 namespace qvs::datapath {
 
@@ -20,8 +20,8 @@ class Loop;
 // The interface of a client and the sockets behind it, or why there is none.
 struct OpenedNamespace {
     std::string problem;
-    File frames;  // AF_PACKET socket on the switch's end
-    File links;   // notifications of the client's interface
+    wire::File frames;  // AF_PACKET socket on the switch's end
+    wire::File links;   // notifications of the client's interface
     NamespaceAnswer client;
 };
 
@@ -32,7 +32,7 @@ class Namespaces : private wire::Noncopyable {
     ~Namespaces();
 
     // Takes a descriptor that the kernel kept of an earlier data path.
-    void restore(const std::string &name, File file);
+    void restore(const std::string &name, wire::File file);
 
     using Opened = std::function<void(OpenedNamespace opened)>;
     // Connects the namespace of a client to a port, and makes it if there is none. Throws AttachmentError.
@@ -55,7 +55,7 @@ class Namespaces : private wire::Noncopyable {
     };
 
     struct Client {
-        File file;
+        wire::File file;
         bool restored = false;  // by the kernel, from an earlier data path
     };
 
@@ -65,16 +65,16 @@ class Namespaces : private wire::Noncopyable {
     void send(Pending pending);
     void sendNext();
     void receive();
-    void learnBase(std::vector<File> &files);
-    void answer(const NamespaceAnswer &head, const std::string &problem, std::vector<File> &files);
+    void learnBase(std::vector<wire::File> &files);
+    void answer(const NamespaceAnswer &head, const std::string &problem, std::vector<wire::File> &files);
 
     Loop &loop_;
     std::function<void(const std::string &name, int file)> keep_;
-    File worker_;
+    wire::File worker_;
     int process_ = 0;
     bool based_ = false;  // the worker has told of its own namespaces
-    File user_;
-    File base_;
+    wire::File user_;
+    wire::File base_;
     std::map<std::string, Client> clients_;
     std::map<uint32_t, std::string> ports_;    // clients by port
     std::map<uint32_t, std::string> closing_;  // those whose interfaces are removed at the end of the turn

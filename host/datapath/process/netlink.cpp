@@ -25,8 +25,8 @@ constexpr size_t kBuffer = size_t{32} << 10;
     throw std::system_error(reason, std::generic_category(), doing);
 }
 
-File openSocket(int flags, uint32_t groups) {
-    File socket(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | flags, NETLINK_ROUTE));
+wire::File openSocket(int flags, uint32_t groups) {
+    wire::File socket(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | flags, NETLINK_ROUTE));
     sockaddr_nl address{};
     address.nl_family = AF_NETLINK;
     address.nl_groups = groups;
@@ -208,7 +208,7 @@ void Netlink::change(const Link &link) {
     call(message, "cannot change a network interface", [](const nlmsghdr *) {});
 }
 
-File watchLinks() {
+wire::File watchLinks() {
     return openSocket(SOCK_NONBLOCK, RTMGRP_LINK);
 }
 

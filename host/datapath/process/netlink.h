@@ -9,7 +9,7 @@
 #include <string>
 
 #include "datapath/frame.h"
-#include "datapath/process/file.h"
+#include "wire/file.h"
 
 namespace qvs::datapath {
 
@@ -40,12 +40,12 @@ class Netlink {
   private:
     void call(std::string &message, const char *doing, const std::function<void(const nlmsghdr *)> &answer);
 
-    File socket_;
+    wire::File socket_;
     uint32_t sequence_ = 0;
 };
 
 // A non-blocking socket that is notified of changed links of the current network namespace.
-File watchLinks();
+wire::File watchLinks();
 // Reads the notifications that wait on such a socket.
 void readLinks(int socket, const std::function<void(const Link &link)> &changed);
 

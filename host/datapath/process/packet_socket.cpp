@@ -54,9 +54,9 @@ std::span<const uint8_t> withTag(uint8_t *frame, size_t size, const tpacket_auxd
 
 }  // namespace
 
-File openPacketSocket(int index) {
+wire::File openPacketSocket(int index) {
     // Protocol 0 receives nothing until the socket is bound.
-    File socket(::socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    wire::File socket(::socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!socket) throw std::system_error(errno, std::generic_category(), "cannot open a packet socket");
     for (const int name : {PACKET_VNET_HDR, PACKET_AUXDATA, PACKET_IGNORE_OUTGOING})
         option(socket.get(), name);

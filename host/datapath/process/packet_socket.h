@@ -3,12 +3,12 @@
 #pragma once
 
 #include "datapath/process/endpoint.h"
-#include "datapath/process/file.h"
+#include "wire/file.h"
 
 namespace qvs::datapath {
 
 // Opens a socket for all frames of an interface of the current namespace. Throws std::system_error.
-File openPacketSocket(int index);
+wire::File openPacketSocket(int index);
 
 // Receives some frames that wait on such a socket, and passes them on.
 void receivePackets(int socket, const std::function<void(const Frame &frame)> &received);

@@ -10,10 +10,10 @@
 #include <cstring>
 
 #include "datapath/process/batch.h"
-#include "datapath/process/descriptors.h"
 #include "datapath/process/endpoints.h"
 #include "datapath/process/log.h"
 #include "datapath/protocol.h"
+#include "wire/descriptors.h"
 
 namespace qvs::datapath {
 
@@ -45,7 +45,7 @@ std::string list(const std::vector<std::string> &names) {
 
 class Session : public Guest {
   public:
-    Session(Sessions &all, File socket) : all_(all), socket_(std::move(socket)) {
+    Session(Sessions &all, wire::File socket) : all_(all), socket_(std::move(socket)) {
         all_.loop_.watch(socket_.get(), EPOLLIN, [this](uint32_t) { receive(); });
     }
 
@@ -87,7 +87,7 @@ class Session : public Guest {
     }
 
     void answer(const std::string &text, std::span<const int> files = {}) {
-        if (sendWith(socket_.get(), text.data(), text.size(), files, MSG_DONTWAIT) < 0) end();
+        if (wire::sendWith(socket_.get(), text.data(), text.size(), files, MSG_DONTWAIT) < 0) end();
     }
 
     // Carries out the request, which is the first message.
@@ -132,7 +132,7 @@ class Session : public Guest {
     }
 
     Sessions &all_;
-    File socket_;
+    wire::File socket_;
     bool asked_ = false;
     bool ended_ = false;
     uint32_t port_ = 0;
@@ -158,7 +158,7 @@ void Sessions::listen(const std::string &directory) {
 
 void Sessions::accept() {
     for (int i = 0; i < kMostAccepted; ++i) {
-        File socket(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        wire::File socket(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
         if (!socket && (errno == EMFILE || errno == ENFILE)) return refuseOne();
         if (!socket) return;
         ucred peer{};
@@ -174,8 +174,8 @@ void Sessions::accept() {
 void Sessions::refuseOne() {
     constexpr std::string_view kText = "the data path has no more descriptors; end some sessions";
     reserve_.reset(-1);
-    File socket(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-    if (socket) sendWith(socket.get(), kText.data(), kText.size(), {}, MSG_DONTWAIT);
+    wire::File socket(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    if (socket) wire::sendWith(socket.get(), kText.data(), kText.size(), {}, MSG_DONTWAIT);
     socket.reset(-1);
     reserve_.reset(open("/dev/null", O_RDONLY | O_CLOEXEC));
 }

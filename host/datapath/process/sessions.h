@@ -7,7 +7,7 @@
 #include <string>
 
 #include "datapath/process/datapath.h"
-#include "datapath/process/file.h"
+#include "wire/file.h"
 
 namespace qvs::datapath {
 
@@ -31,8 +31,8 @@ class Sessions : private wire::Noncopyable {
     Loop &loop_;
     DataPath &dataPath_;
     Namespaces &namespaces_;
-    File listener_;
-    File reserve_;  // given up to refuse a client when there are no more descriptors
+    wire::File listener_;
+    wire::File reserve_;  // given up to refuse a client when there are no more descriptors
     std::map<int, std::unique_ptr<Session>> sessions_;
 };
 

@@ -8,9 +8,9 @@
 
 #include "wire/noncopyable.h"
 
-namespace qvs::datapath {
+namespace qvs::wire {
 
-class File : private wire::Noncopyable {
+class File : private Noncopyable {
   public:
     File() = default;
     explicit File(int descriptor) : descriptor_(descriptor) {}
@@ -33,4 +33,4 @@ class File : private wire::Noncopyable {
     int descriptor_ = -1;
 };
 
-}  // namespace qvs::datapath
+}  // namespace qvs::wire

@@ -8,11 +8,11 @@
 #include <span>
 #include <vector>
 
-#include "datapath/process/file.h"
+#include "wire/file.h"
 
-namespace qvs::datapath {
+namespace qvs::wire {
 
-constexpr size_t kMostDescriptors = 4;
+constexpr size_t kMostDescriptors = 8;
 
 // Both behave as sendmsg and recvmsg with one buffer.
 inline ssize_t sendWith(int socket, const void *data, size_t size, std::span<const int> files, int flags) {
@@ -55,4 +55,4 @@ inline ssize_t receiveWith(int socket, void *data, size_t size, std::vector<File
     return received;
 }
 
-}  // namespace qvs::datapath
+}  // namespace qvs::wire
