@@ -23,7 +23,7 @@ namespace qvs::launcher {
 
 namespace {
 
-constexpr size_t kLongestMessage = 128 * 1024;
+constexpr size_t kLongestMessage = size_t{128} << 10;
 
 std::string joined(std::initializer_list<std::string_view> words) {
     std::string text;

@@ -29,7 +29,7 @@ std::optional<bool> linkState(Members &members) {
 std::optional<Attachment> attachmentOf(Members &members) {
     const auto given = members.maybeText("attach");
     if (!given) return std::nullopt;
-    const auto attachment = parseAttachment(*given);
+    auto attachment = parseAttachment(*given);
     if (!attachment)
         members.fail("attach", "is not an attachment, such as namespace or stream:FILE: " + *given);
     return attachment;
