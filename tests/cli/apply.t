@@ -32,9 +32,6 @@ A document is carried out as a whole, and a second time changes nothing.
   qvs: doc.yaml:5:24: switches.sw1.ports.web.vlan.id: 5000 is beyond 4094
   qvs: doc.yaml:6:11: switches.sw1.ports.db: is a single value, not a mapping
   ? 2
-  $ qvs apply --yes
-  qvs: FILE or --recover is needed
-  ? 2
 
 On a terminal it asks, and changes nothing without a yes.
 

@@ -10,7 +10,6 @@ into the third byte.
   0:02000000c5220000010000000100008003000103e0930400a0bb0d 32:c0000201 48:c63364ff 64:74756e6e656c30 96:8d04 104:5a07 136:020000000200008003000103e0930400a0bb0d 160:c0000201 176:c63365 192:74756e6e656c30 224:bf07 232:2805 (1139336 bytes)
   $ qvs bfd sessions --flags 2 --json >json && head -c 60 json && wc -c <json
   {"sessions":"AQAAAMUiAAADAAAAAAAAAAEBAgVAQg8AQEtMAAAAAAAgAQ21519420
-  $ for flags in 4 259; do qvs bfd sessions --flags $flags; done  => [2] qvs: --flags: 4 is not a byte with bit 0 or bit 1 set | qvs: --flags: 259 is not a byte with bit 0 or bit 1 set
   $ grep -o 'GetSessions.*' ../trace
   GetSessions in=1 out=1139336 input=[0:03] -> 0
   GetSessions in=1 out=1139336 input=[0:82] -> 0
@@ -22,7 +21,6 @@ The log level. What is not a level is not asked for; a lab that is applied again
   $ qvs bfd log-level get  => 3
   $ qvs bfd log-level set 5 --json && qvs bfd log-level set 5  => {"changed":true} | log level: unchanged
   $ qvs bfd log-level get --json  => {"logLevel":5}
-  $ qvs bfd log-level set 2  => [2] qvs: LEVEL: 2 is none of 0, 1, 3, 5
   $ qvs-host run --state ../state --lab lab -- qvs bfd log-level get  => 3
   $ qvs-host status --json | tr -d ' \n' | grep -o '"bfd":{[^}]*}'  => "bfd":{"logLevel":3,"sessions":3}
 

@@ -22,9 +22,8 @@ Records by the fields of a layout file. The lab's MAC addresses stand for all li
   NIC    PORT
   pnic0  67108867
   MAC  KIND  VLAN  PORT  AGE (seconds)  PORT ID
-  $ sh on 'qvs mac table sw1 --sort size; qvs mac table sw1 --where vlan; qvs mac table sw1 --limit x; qvs mac table sw1 --sort mac --raw -; qvs port list sw1 --sort port; qvs uplink list sw1 --raw x; qvs mac stats sw1 --port p0 --sort port'
+  $ sh on 'qvs mac table sw1 --sort size; qvs mac table sw1 --limit x; qvs mac table sw1 --sort mac --raw -; qvs port list sw1 --sort port; qvs uplink list sw1 --raw x; qvs mac stats sw1 --port p0 --sort port'
   qvs: --sort: no field is called 'size'; the fields are mac, kind, vlan, port, age, portId
-  qvs: --where: 'vlan' is not a field and a value, like vlan=10
   qvs: --limit: 'x' is not a number from 0 to 4294967295
   qvs: --sort and --raw exclude each other
   qvs: --sort needs --kernel

@@ -18,7 +18,6 @@ Counts by action.
   $ qvs livetrace counts 3 --raw - | bytes
   0:030000000300000001000000010000041503 24:9602 32:030002000000020000040d03 50:bd04 58:030003000000010000040404 76:5101 84:03 (86 bytes)
   $ qvs livetrace counts 200 --raw - | bytes  => 4:c8 (8 bytes)
-  $ qvs livetrace counts 256  => [2] qvs: ACTION: '256' is not a number from 0 to 255
   $ qvs-host fault add 'livetrace*GetCountActionData' --errno EIO && qvs livetrace counts 0  => [1] qvs: live-trace action 0: Input/output error
 
 What was found on a port, and in all.

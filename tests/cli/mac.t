@@ -24,10 +24,9 @@ entries are left out.
   [
   {"index":0,"entry":"AgAAAAABAQAAAAAAAQAABAAAAABwMAAAAAAAAAAA
   ]
-  $ sh on 'qvs mac table sw1 --selector 3; qvs mac table sw1 --selector 256; qvs mac table sw1 --team --port p0; qvs mac table sw1 --port nix; qvs mac table nix'
+  $ sh on 'qvs mac table sw1 --selector 3; qvs mac table sw1 --selector 256; qvs mac table sw1 --port nix; qvs mac table nix'
   qvs: switch 'sw1': Failure (0xbad0001)
   qvs: --selector: '256' is not a number from 0 to 255
-  qvs: --team and --port exclude each other
   qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
   qvs: switch 'nix': Not found (0xbad0003)
 
@@ -61,14 +60,9 @@ An address is behind one port of a switch, and another switch may have it too.
   $ sh on 'qvs mac remove sw1 02:00:00:00:00:02 --port p0; qvs mac add sw2 02:00:00:00:00:02 --number 67108866'
   qvs: switch 'sw1': port 'p0': Not found (0xbad0003)
   qvs: switch 'sw2': Not found (0xbad0003)
-  $ sh on 'qvs mac add sw1 01:00:5e:00:00:01 --port p0; qvs mac add sw1 000000000000 --port p0; qvs mac add sw1 0200000000030300 --port p0; qvs mac add sw1 0200000000030000ff0f --port p0'
-  qvs: switch 'sw1': port 'p0': Failure (0xbad0001)
-  qvs: switch 'sw1': port 'p0': Failure (0xbad0001)
-  qvs: switch 'sw1': port 'p0': Failure (0xbad0001)
-  qvs: switch 'sw1': port 'p0': Failure (0xbad0001)
-  $ sh on 'qvs mac add sw1 02:00:00:00:00:03; qvs mac add sw1 02 --port p0 --number 1; qvs mac add sw1 2 --port p0; qvs mac add sw1 '$(printf '00%.0s' $(seq 87))' --port p0'
-  qvs: one of --port, --number is needed
-  qvs: --port and --number exclude each other
+  $ sh on 'for entry in 01:00:5e:00:00:01 000000000000 0200000000030300 0200000000030000ff0f; do qvs mac add sw1 $entry --port p0; done' | uniq -c
+        4 qvs: switch 'sw1': port 'p0': Failure (0xbad0001)
+  $ sh on 'qvs mac add sw1 2 --port p0; qvs mac add sw1 '$(printf '00%.0s' $(seq 87))' --port p0'
   qvs: ENTRY: '2' is not a row of pairs of digits
   qvs: ENTRY: 87 bytes, 1 to 86 fit
 

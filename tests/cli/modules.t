@@ -3,7 +3,7 @@ Options of the switch module: a block with its length in front, and the module's
   $ cat >lab.json <<<'{"options": [{"id": 7, "hex": "01000000"}, {"id": 3, "hex": "ff"}]}'
   $ qvs-host run --state rack --lab lab.json -- qvs options get --raw - | bytes  => 0:1100000003000100ff0700040001 (4096 bytes)
   $ cat >on <<<'qvs-host run --state rack --trace trace $LAB -- sh -c "$1" 2>&1 | sed "s/lab .*bad/lab bad/"'
-  $ sh on 'qvs options get 7 3 --raw - | bytes; qvs options get 3 9; qvs options get 65536'  => 0:1100000003000100ff0700040001 (4096 bytes) | qvs: runtime options: Not found (0xbad0003) | qvs: ID: '65536' is not a number from 0 to 65535
+  $ sh on 'qvs options get 7 3 --raw - | bytes; qvs options get 3 9'  => 0:1100000003000100ff0700040001 (4096 bytes) | qvs: runtime options: Not found (0xbad0003)
   $ sh on 'qvs options set "0300 0000 0900 0200 abcd"; qvs options get --json | cut -c 1-40; qvs options get 9 --raw nine; qvs options set "0900 0000" --json'
   host: changed
   {"options":"EgAAAAcABAABAAAACQACAKvNAAAA

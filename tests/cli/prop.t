@@ -53,9 +53,11 @@ By identifier, without the snapshot.
 
 Bad values change nothing.
 
-  $ qvs prop set sw1 k; qvs prop set sw1 k v --hex 00  => [2] qvs: one of VALUE, --text, --hex, --file is needed | qvs: VALUE and --hex exclude each other
-  $ for hex in 012 0g; do qvs prop set sw1 k --hex $hex; done  => [2] qvs: --hex: '012' is not a row of pairs of digits | qvs: --hex: '0g' is not a row of pairs of digits
-  $ for more in --runtime '--host --port port0'; do qvs prop set sw1 k v $more; done  => [2] qvs: --runtime is for host properties: add --host | qvs: --host and --port exclude each other
+  $ qvs prop set sw1 k; qvs prop set sw1 k v --hex 00; qvs prop set sw1 k v --runtime
+  qvs: one of VALUE, --text, --hex, --file is needed
+  qvs: VALUE and --hex exclude each other
+  qvs: --runtime is for host properties: add --host
+  ? 2
   $ qvs prop set sw1 '' v  => [2] qvs: key: may not be empty
   $ for file in nix . /dev/zero; do qvs prop set sw1 k --file $file; done; for more in "" x; do { head -c 33554432 /dev/zero; printf "$more"; } | qvs prop set sw1 most --file -; done; qvs prop clear sw1 most
   qvs: file 'nix': No such file or directory

@@ -76,7 +76,7 @@ Multicast groups of a port, and of all ports together.
   0:03 8:ef0101fe 24:01000000ef0101ff 44:02000000ef0102 64:01 (68 bytes)
   qvs: switch 'sw1': Failure (0xbad0001)
   (0 bytes)
-  $ sh on 'qvs mcast stats sw1 239.1.1.255 --json; qvs mcast stats sw1 239.1.1.255 --port p1; qvs mcast stats sw1 239.1.1.255 --port p0 --raw - | wc -c; qvs mcast stats sw1 ff02::fb; qvs mcast stats sw1 239.1.1.253; qvs mcast stats sw1 01:00:5e:00:00:fb'
+  $ sh on 'qvs mcast stats sw1 239.1.1.255 --json; qvs mcast stats sw1 239.1.1.255 --port p1; qvs mcast stats sw1 239.1.1.255 --port p0 --raw - | wc -c; qvs mcast stats sw1 ff02::fb; qvs mcast stats sw1 239.1.1.253'
   {"group":"239.1.1.255","addresses":[],"stats":"HwMAAAAAAABdBAAAAAAAAAAAAAAAAAAAAgAAAA==","fields":{"framesIn":799,"framesDropped":1117,"forSources":"no","sources":0,"ports":2,"addresses":[]}}
   group:  239.1.1.255
   statistics:
@@ -96,8 +96,7 @@ Multicast groups of a port, and of all ports together.
     ports:           1
     addresses:       2001:db8::7
   qvs: switch 'sw1': group '239.1.1.253': Not found (0xbad0003)
-  qvs: '01:00:5e:00:00:fb' is no IPv4 or IPv6 address
-  ? 2
+  ? 3
   $ sh on 'qvs port remove sw1 p1; qvs mcast filters sw1 | wc -l'  => qvs: warning: switch 'sw1': port 'p1': is removed while 'web' uses it | qvs: warning: switch 'sw1': p1 is removed, but still named by: port 'p0': mirror sessions | sw1/p1: changed | 4
 
 Flows are counted where they are sampled.

@@ -1,241 +1,83 @@
   $ qvs switch create sw1 --uplinks 2 --ports 2  => sw1: changed
 
-Every setting: what holds while nothing is stored, a change that is told once, what is stored, and two clears.
+Every setting: what holds while nothing is stored; then a change that is told once, what is stored, two clears, and what is stored then. The
+MTU has a transcript of its own.
 
-  $ cat >try <<<'at="sw1${3:+ $3}"; for words in "get $at --json" "set $at $2" "set $at $2" "get $at --json" "clear $at" "clear $at"; do qvs $1 $words; done; qvs $1 get $at --stored; echo $?'
-  $ qvs mtu get sw1 --json; qvs mtu set sw1 1400; qvs mtu set sw1 1400; qvs mtu get sw1 --json; qvs mtu clear sw1 2>&1 | head -n 1
-  {"switch":"sw1","mtu":1500,"stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","mtu":1400,"stored":true}
-  sw1: changed
+  $ cat >try <<<'at="sw1${3:+ $3}"; qvs $1 get $at --json; echo $(for words in "set $at $2" "set $at $2" "get $at --json" "clear $at" "clear $at" "get $at --stored"; do qvs $1 $words; done 2>&1; echo $?)'
   $ sh try pvlan '100:101:isolated 100:100:promiscuous 0x64:4094:community'
   {"switch":"sw1","privateVlans":null,"stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","privateVlans":[{"primary":100,"secondary":101,"type":"isolated"},{"primary":100,"secondary":100,"type":"promiscuous"},{"primary":100,"secondary":4094,"type":"community"}],"stored":true}
-  sw1: changed
-  sw1: unchanged
-  qvs: switch 'sw1': private VLANs: Not found (0xbad0003)
-  3
+  sw1: changed sw1: unchanged {"switch":"sw1","privateVlans":[{"primary":100,"secondary":101,"type":"isolated"},{"primary":100,"secondary":100,"type":"promiscuous"},{"primary":100,"secondary":4094,"type":"community"}],"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': private VLANs: Not found (0xbad0003) 3
   $ sh try 'port vlan' '--id 100 --trunk 1-100,200,0x12c --priority 0' port0
   {"switch":"sw1","port":"port0","id":0,"private":false,"trunk":null,"priority":null,"stored":true}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  {"switch":"sw1","port":"port0","id":100,"private":false,"trunk":["1-100","200","300"],"priority":0,"stored":true}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  switch:    sw1
-  port:      port0
-  id:        0
-  private:   off
-  trunk:     -
-  priority:  -
-  stored:    yes
-  0
+  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","id":100,"private":false,"trunk":["1-100","200","300"],"priority":0,"stored":true} sw1/port0: changed sw1/port0: unchanged switch: sw1 port: port0 id: 0 private: off trunk: - priority: - stored: yes 0
   $ sh try 'port nested-vlan' on port0
   {"switch":"sw1","port":"port0","enabled":false,"stored":false}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  {"switch":"sw1","port":"port0","enabled":true,"stored":true}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  qvs: switch 'sw1': port 'port0': nested VLAN tagging: Not found (0xbad0003)
-  3
+  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","enabled":true,"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': nested VLAN tagging: Not found (0xbad0003) 3
   $ sh try 'port security' '--forged deny --mac-change deny' port0
   {"switch":"sw1","port":"port0","promiscuous":"deny","macChange":"allow","forged":"allow","stored":false}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  {"switch":"sw1","port":"port0","promiscuous":"deny","macChange":"deny","forged":"deny","stored":true}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  qvs: switch 'sw1': port 'port0': security: Not found (0xbad0003)
-  3
+  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","promiscuous":"deny","macChange":"deny","forged":"deny","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': security: Not found (0xbad0003) 3
   $ sh try 'port filter' '--flags use-ladrf,multicast,unicast --addresses 01:00:5e:00:00:FB,33:33:00:00:00:01' port0
   {"switch":"sw1","port":"port0","flags":null,"addresses":null,"stored":false}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  {"switch":"sw1","port":"port0","flags":["unicast","multicast","use-ladrf"],"addresses":["01:00:5e:00:00:fb","33:33:00:00:00:01"],"stored":true}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  qvs: switch 'sw1': port 'port0': receive filter: Not found (0xbad0003)
-  3
+  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","flags":["unicast","multicast","use-ladrf"],"addresses":["01:00:5e:00:00:fb","33:33:00:00:00:01"],"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': receive filter: Not found (0xbad0003) 3
   $ sh try teaming '--active uplink1,uplink0 --balance source-mac --link-state on --best-effort on'
   {"switch":"sw1","balance":null,"active":null,"standby":null,"linkState":null,"beacon":null,"notify":null,"rolling":null,"bestEffort":null,"shotgun":null,"stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","balance":"source-mac","active":["uplink1","uplink0"],"standby":[],"linkState":true,"beacon":false,"notify":false,"rolling":false,"bestEffort":true,"shotgun":false,"stored":true}
-  sw1: changed
-  sw1: unchanged
-  qvs: switch 'sw1': teaming policy: Not found (0xbad0003)
-  3
+  sw1: changed sw1: unchanged {"switch":"sw1","balance":"source-mac","active":["uplink1","uplink0"],"standby":[],"linkState":true,"beacon":false,"notify":false,"rolling":false,"bestEffort":true,"shotgun":false,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': teaming policy: Not found (0xbad0003) 3
   $ sh try 'port teaming' '--active uplink1 --standby uplink0 --balance explicit --notify on' port0
   {"switch":"sw1","port":"port0","balance":null,"active":null,"standby":null,"linkState":null,"beacon":null,"notify":null,"rolling":null,"bestEffort":null,"shotgun":null,"stored":false}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  {"switch":"sw1","port":"port0","balance":"explicit","active":["uplink1"],"standby":["uplink0"],"linkState":false,"beacon":false,"notify":true,"rolling":false,"bestEffort":false,"shotgun":false,"stored":true}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  qvs: switch 'sw1': port 'port0': teaming policy: Not found (0xbad0003)
-  3
+  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","balance":"explicit","active":["uplink1"],"standby":["uplink0"],"linkState":false,"beacon":false,"notify":true,"rolling":false,"bestEffort":false,"shotgun":false,"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': teaming policy: Not found (0xbad0003) 3
   $ sh try 'port teaming-override' gold port0
   {"switch":"sw1","port":"port0","override":null,"stored":false}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  {"switch":"sw1","port":"port0","override":"gold","stored":true}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  qvs: switch 'sw1': port 'port0': teaming override: Not found (0xbad0003)
-  3
+  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","override":"gold","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': teaming override: Not found (0xbad0003) 3
   $ sh try 'port tx-uplink' always port0
   {"switch":"sw1","port":"port0","mode":null,"stored":false}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  {"switch":"sw1","port":"port0","mode":"always","stored":true}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  qvs: switch 'sw1': port 'port0': transmit uplink mode: Not found (0xbad0003)
-  3
-  $ printf 'a%.0s' $(seq 5496) >entries; sh try ls-teaming '--file entries' | sed 's/YWFhYWFh[^"]*/.../g'
-  qvs: switch 'sw1': logical-switch teaming table: Not found (0xbad0003)
+  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","mode":"always","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': transmit uplink mode: Not found (0xbad0003) 3
+  $ printf 'a%.0s' $(seq 5496) >entries; sh try ls-teaming '--file entries' 2>/dev/null | sed 's/YWFhYWFh[^"]*/.../g'
   {"switch":"sw1","policies":null,"stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","policies":["...","..."],"stored":true}
-  sw1: changed
-  sw1: unchanged
-  3
+  sw1: changed sw1: unchanged {"switch":"sw1","policies":["...","..."],"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': logical-switch teaming table: Not found (0xbad0003) 3
   $ sh try 'port ls-teaming' silver port0
   {"switch":"sw1","port":"port0","policy":null,"stored":false}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  {"switch":"sw1","port":"port0","policy":"silver","stored":true}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  qvs: switch 'sw1': port 'port0': logical-switch teaming choice: Not found (0xbad0003)
-  3
+  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","policy":"silver","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': logical-switch teaming choice: Not found (0xbad0003) 3
   $ sh try mac-learning '--aging 300 --limit 1'
   {"switch":"sw1","aging":600,"limit":65536,"stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","aging":300,"limit":1,"stored":true}
-  sw1: changed
-  sw1: unchanged
-  qvs: switch 'sw1': MAC learning: Not found (0xbad0003)
-  3
+  sw1: changed sw1: unchanged {"switch":"sw1","aging":300,"limit":1,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': MAC learning: Not found (0xbad0003) 3
   $ sh try 'port mac-learning' '--learning on --limit 16 --limit-policy deny' port0
   {"switch":"sw1","port":"port0","learning":false,"flooding":false,"limit":4096,"limitPolicy":"allow","stored":false}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  {"switch":"sw1","port":"port0","learning":true,"flooding":false,"limit":16,"limitPolicy":"deny","stored":true}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  qvs: switch 'sw1': port 'port0': MAC learning: Not found (0xbad0003)
-  3
+  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","learning":true,"flooding":false,"limit":16,"limitPolicy":"deny","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': MAC learning: Not found (0xbad0003) 3
   $ for noun in learn-static overlay-cache static-mac-allow; do sh try $noun on; done
   {"switch":"sw1","enabled":false,"stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","enabled":true,"stored":true}
-  sw1: changed
-  sw1: unchanged
-  qvs: switch 'sw1': learning of static addresses: Not found (0xbad0003)
-  3
+  sw1: changed sw1: unchanged {"switch":"sw1","enabled":true,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': learning of static addresses: Not found (0xbad0003) 3
   {"switch":"sw1","enabled":false,"stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","enabled":true,"stored":true}
-  sw1: changed
-  sw1: unchanged
-  qvs: switch 'sw1': caching for the overlay: Not found (0xbad0003)
-  3
+  sw1: changed sw1: unchanged {"switch":"sw1","enabled":true,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': caching for the overlay: Not found (0xbad0003) 3
   {"switch":"sw1","enabled":false,"stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","enabled":true,"stored":true}
-  sw1: changed
-  sw1: unchanged
-  qvs: switch 'sw1': acceptance of static addresses: Not found (0xbad0003)
-  3
+  sw1: changed sw1: unchanged {"switch":"sw1","enabled":true,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': acceptance of static addresses: Not found (0xbad0003) 3
   $ sh try 'mcast mode' snooping
   {"switch":"sw1","mode":"legacy","stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","mode":"snooping","stored":true}
-  sw1: changed
-  sw1: unchanged
-  qvs: switch 'sw1': multicast filter mode: Not found (0xbad0003)
-  3
+  sw1: changed sw1: unchanged {"switch":"sw1","mode":"snooping","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': multicast filter mode: Not found (0xbad0003) 3
   $ sh try 'mcast list' '01:00:5e:00:00:fb 33:33:00:00:00:FB'
   {"switch":"sw1","addresses":null,"stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","addresses":["01:00:5e:00:00:fb","33:33:00:00:00:fb"],"stored":true}
-  sw1: changed
-  sw1: unchanged
-  qvs: switch 'sw1': multicast addresses: Not found (0xbad0003)
-  3
+  sw1: changed sw1: unchanged {"switch":"sw1","addresses":["01:00:5e:00:00:fb","33:33:00:00:00:fb"],"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': multicast addresses: Not found (0xbad0003) 3
   $ sh try 'port mcast' --empty port0
   {"switch":"sw1","port":"port0","addresses":null,"stored":false}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  {"switch":"sw1","port":"port0","addresses":[],"stored":true}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  qvs: switch 'sw1': port 'port0': multicast addresses: Not found (0xbad0003)
-  3
+  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","addresses":[],"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': multicast addresses: Not found (0xbad0003) 3
   $ sh try rcf ebpf
   {"switch":"sw1","type":"cbpf","stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","type":"ebpf","stored":true}
-  sw1: changed
-  sw1: unchanged
-  qvs: switch 'sw1': receive filter type: Not found (0xbad0003)
-  3
+  sw1: changed sw1: unchanged {"switch":"sw1","type":"ebpf","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': receive filter type: Not found (0xbad0003) 3
   $ sh try 'health team' '--interval 5 --expected ip-hash'
   {"switch":"sw1","interval":null,"expected":null,"stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","interval":5,"expected":"ip-hash","stored":true}
-  sw1: changed
-  sw1: unchanged
-  qvs: switch 'sw1': team check: Not found (0xbad0003)
-  3
+  sw1: changed sw1: unchanged {"switch":"sw1","interval":5,"expected":"ip-hash","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': team check: Not found (0xbad0003) 3
   $ printf 'p%.0s' $(seq 512) >param; sh try 'health vlan-mtu' '--interval 1 --parameter param' | sed 's/cHBwcHBw[^"]*/.../g'
-  qvs: switch 'sw1': VLAN and MTU check: Not found (0xbad0003)
   {"switch":"sw1","interval":null,"parameter":null,"stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","interval":1,"parameter":"...","stored":true}
-  sw1: changed
-  sw1: unchanged
-  3
+  sw1: changed sw1: unchanged {"switch":"sw1","interval":1,"parameter":"...","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': VLAN and MTU check: Not found (0xbad0003) 3
   $ sh try discovery '--operation both --protocol lldp'
   {"switch":"sw1","protocol":"cdp","operation":"down","stored":false}
-  sw1: changed
-  sw1: unchanged
-  {"switch":"sw1","protocol":"lldp","operation":"both","stored":true}
-  sw1: changed
-  sw1: unchanged
-  qvs: switch 'sw1': discovery: Not found (0xbad0003)
-  3
+  sw1: changed sw1: unchanged {"switch":"sw1","protocol":"lldp","operation":"both","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': discovery: Not found (0xbad0003) 3
   $ sh try 'port ipfix' '--idle 30 --active 60 --rate 100 --internal-only on --vnic-only on --obs-domain 7 --source 192.0.2.1 --obs-id host-3 --collectors 192.0.2.9:4739,[2001:db8::9]:65535' port0
   {"switch":"sw1","port":"port0","idle":null,"active":null,"rate":null,"internalOnly":null,"vnicOnly":null,"obsDomain":null,"source":null,"obsId":null,"collectors":null,"stored":false}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  {"switch":"sw1","port":"port0","idle":30,"active":60,"rate":100,"internalOnly":true,"vnicOnly":true,"obsDomain":7,"source":"192.0.2.1","obsId":"host-3","collectors":["192.0.2.9:4739","[2001:db8::9]:65535"],"stored":true}
-  sw1/port0: changed
-  sw1/port0: unchanged
-  qvs: switch 'sw1': port 'port0': flow sampling: Not found (0xbad0003)
-  3
+  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","idle":30,"active":60,"rate":100,"internalOnly":true,"vnicOnly":true,"obsDomain":7,"source":"192.0.2.1","obsId":"host-3","collectors":["192.0.2.9:4739","[2001:db8::9]:65535"],"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': flow sampling: Not found (0xbad0003) 3
 
 What is not given is kept; a member goes with none, all of them start anew with --reset.
 
-  $ qvs port vlan set sw1 port0 --id 5 --trunk all; qvs port vlan set sw1 port0 --priority 3; qvs port vlan set sw1 port0 --trunk none; qvs port vlan get sw1 port0
-  sw1/port0: changed
-  sw1/port0: changed
-  sw1/port0: changed
+  $ for more in '--id 5 --trunk all' '--priority 3' '--trunk none'; do qvs port vlan set sw1 port0 $more >log; done; qvs port vlan get sw1 port0
   switch:    sw1
   port:      port0
   id:        5
@@ -243,15 +85,10 @@ What is not given is kept; a member goes with none, all of them start anew with 
   trunk:     -
   priority:  3
   stored:    yes
-  $ qvs port vlan set sw1 port0 --priority none; qvs port vlan get sw1 port0 --json; qvs port vlan set sw1 port0 --reset --priority 7; qvs port vlan get sw1 port0 --json
-  sw1/port0: changed
+  $ for more in '--priority none' '--reset --priority 7'; do qvs port vlan set sw1 port0 $more >log; qvs port vlan get sw1 port0 --json; done
   {"switch":"sw1","port":"port0","id":5,"private":false,"trunk":null,"priority":null,"stored":true}
-  sw1/port0: changed
   {"switch":"sw1","port":"port0","id":0,"private":false,"trunk":null,"priority":7,"stored":true}
-  $ qvs teaming set sw1 --active uplink0; qvs teaming set sw1 --standby uplink1; qvs teaming set sw1 --active ''; qvs teaming get sw1 --stored
-  sw1: changed
-  sw1: changed
-  sw1: changed
+  $ for more in '--active uplink0' '--standby uplink1' '--active ""'; do eval "qvs teaming set sw1 $more" >log; done; qvs teaming get sw1 --stored
   switch:       sw1
   balance:      source-port
   active:       -
@@ -263,19 +100,9 @@ What is not given is kept; a member goes with none, all of them start anew with 
   best effort:  off
   shotgun:      off
   stored:       yes
-  $ qvs teaming set sw1 --reset; qvs teaming get sw1 --json; qvs discovery set sw1 --operation listen; qvs discovery set sw1 --operation down; qvs discovery get sw1
-  sw1: changed
+  $ for words in 'teaming set sw1 --reset' 'discovery set sw1 --operation listen' 'discovery set sw1 --operation down' 'health team set sw1 --interval 5' 'health team set sw1 --expected other' 'health team set sw1 --interval none'; do qvs $words >log; done; qvs teaming get sw1 --json; qvs discovery get sw1 --json; qvs health team get sw1
   {"switch":"sw1","balance":"source-port","active":[],"standby":[],"linkState":false,"beacon":false,"notify":false,"rolling":false,"bestEffort":false,"shotgun":false,"stored":true}
-  sw1: changed
-  sw1: changed
-  switch:     sw1
-  protocol:   cdp
-  operation:  down
-  stored:     no
-  $ qvs health team set sw1 --interval 5; qvs health team set sw1 --expected other; qvs health team set sw1 --interval none; qvs health team get sw1
-  sw1: changed
-  sw1: changed
-  sw1: changed
+  {"switch":"sw1","protocol":"cdp","operation":"down","stored":false}
   switch:            sw1
   interval minutes:  -
   expected:          other
@@ -313,88 +140,45 @@ Bytes that no member has stay; a record that the members cannot express is left 
 
 Nothing is stored of what is refused.
 
-  $ cat >no <<<'qvs "$@"; echo $?'
-  $ sh no port vlan set sw1 port0; sh no port vlan set sw1 port0 --id 4095; sh no port vlan set sw1 port0 --trunk 5-3; sh no port vlan set sw1 port0 --trunk ''; sh no port vlan set sw1 port0 --reset --private on; sh no port vlan set sw1 port0 --private yes; sh no port vlan set sw1 port0 --id
-  qvs: at least one of --id, --private, --trunk, --priority, --reset is required
-  2
-  qvs: --id: 4095 is beyond 4094
-  2
+  $ each 'port vlan set sw1 port0 --trunk 5-3' 'port vlan set sw1 port0 --trunk ""' 'port vlan set sw1 port0 --reset --private on' 'port vlan set sw1 port0 --private yes' 'pvlan set sw1' 'pvlan set sw1 100:101:island' 'pvlan set sw1 1:2:3:4' 'pvlan set sw1 --empty 1:2:isolated'
   qvs: --trunk: the range '5-3' runs backwards
-  2
   qvs: --trunk: is empty; to remove the member, give 'none'
-  2
   qvs: switch 'sw1': port 'port0': VLAN policy: private requires id
-  2
   qvs: --private: 'yes' is not on or off
-  2
-  qvs: --id requires N
-  qvs: usage: qvs port vlan set SWITCH PORT... [--id N] [--private STATE] [--trunk VLANS,...] [--priority N] [--reset] [--strict]
-  2
-  $ sh no pvlan set sw1; sh no pvlan set sw1 100:101; sh no pvlan set sw1 100:101:island; sh no pvlan set sw1 1:2:3:4; sh no pvlan set sw1 --empty 1:2:isolated
   qvs: either PRIMARY:SECONDARY:TYPE or --empty is required
-  2
-  qvs: PRIMARY:SECONDARY:TYPE: '100:101' is not PRIMARY:SECONDARY:TYPE
-  2
   qvs: PRIMARY:SECONDARY:TYPE: 'island' is not promiscuous, isolated or community
-  2
   qvs: PRIMARY:SECONDARY:TYPE: '3:4' is not promiscuous, isolated or community
-  2
   qvs: either PRIMARY:SECONDARY:TYPE or --empty is required
-  2
-  $ sh no teaming set sw1 --active "$(seq -s, 33)"; sh no teaming set sw1 --reset --active a,b --standby a; sh no teaming set sw1 --reset --active a,,b; sh no teaming set sw1 --reset --balance best
+  exit 2 2 2 2 2 2 2 2
+  $ each "teaming set sw1 --active $(seq -s, 33)" 'teaming set sw1 --reset --active a,b --standby a' 'teaming set sw1 --reset --active a,,b' "mcast list set sw1 $(printf '01:00:5e:00:00:%02x ' $(seq 26))" 'mcast list set sw1 01:00:5e' 'port filter set sw1 port0 --addresses 01:00:5e:00:00:01' 'rcf set sw1 jit' 'port nested-vlan set sw1 port0 yes'
   qvs: --active: 33 entries, at most 32 fit
-  2
   qvs: switch 'sw1': teaming policy: uplink 'a' is given twice
-  2
   qvs: --active: is empty
-  2
-  qvs: --balance: 'best' is not none, source-ip, source-mac, source-port, explicit or port-load
-  2
-  $ sh no mcast list set sw1 $(printf '01:00:5e:00:00:%02x ' $(seq 26)); sh no mcast list set sw1 01:00:5e; sh no port filter set sw1 port0 --addresses 01:00:5e:00:00:01; sh no rcf set sw1 jit; sh no mtu set sw1 9001; sh no port nested-vlan set sw1 port0 yes
   qvs: MAC: 26 entries, at most 25 fit
-  2
   qvs: MAC: '01:00:5e' is not a MAC address such as 02:00:00:00:00:01
-  2
   qvs: switch 'sw1': port 'port0': receive filter: addresses require the flag multicast
-  2
   qvs: TYPE: 'jit' is not cbpf or ebpf
-  2
-  qvs: MTU: 9001 is beyond 9000
-  2
   qvs: STATE: 'yes' is not on or off
-  2
-  $ head -c 511 param >short; for file in short /dev/zero nowhere; do sh no health vlan-mtu set sw1 --parameter $file; done; sh no ls-teaming set sw1 --file short; sh no port ipfix set sw1 port0 --collectors 192.0.2.9; sh no port teaming-override set sw1 port0 ''; sh no port teaming-override set sw1 port0 $(printf 'n%.0s' $(seq 81))
+  exit 2 2 2 2 2 2 2 2
+  $ head -c 511 param >short; each 'health vlan-mtu set sw1 --parameter short' 'health vlan-mtu set sw1 --parameter /dev/zero' 'health vlan-mtu set sw1 --parameter nowhere' 'ls-teaming set sw1 --file short' 'port ipfix set sw1 port0 --collectors 192.0.2.9' 'port teaming-override set sw1 port0 ""' "port teaming-override set sw1 port0 $(printf 'n%.0s' $(seq 81))"
   qvs: --parameter: file 'short' has 511 bytes, not 512 bytes
-  2
   qvs: file '/dev/zero': more than 512 bytes, which is all that fits
-  2
   qvs: file 'nowhere': No such file or directory
-  1
   qvs: --file: file 'short' has 511 bytes, but each entry has 2748
-  2
   qvs: --collectors: '192.0.2.9' is not IPV4:PORT or [IPV6]:PORT
-  2
   qvs: OVERRIDE: is empty
-  2
   qvs: OVERRIDE: has 81 bytes, at most 80 fit
-  2
+  exit 2 2 1 2 2 2 2
   $ qvs port vlan get sw1 port0 --json; qvs port teaming-override get sw1 port0 --json
   {"switch":"sw1","port":"port0","id":0,"private":false,"trunk":null,"priority":7,"stored":true}
   {"switch":"sw1","port":"port0","override":null,"stored":false}
 
 Bytes alone, a switch by its identifier, what runs.
 
-  $ qvs ls-teaming set sw1 --file entries; qvs ls-teaming get sw1 --raw - | cmp - entries; qvs ls-teaming get sw1 | grep -v '^  '; qvs health vlan-mtu set sw1 --parameter param; qvs health vlan-mtu get sw1 --raw - | cmp - param; qvs health vlan-mtu get sw1
-  sw1: changed
-  switch:    sw1
+  $ qvs ls-teaming set sw1 --file entries >log; qvs ls-teaming get sw1 --raw - | cmp - entries; qvs ls-teaming get sw1 | grep '^[pe]'; qvs health vlan-mtu set sw1 --parameter param >log; qvs health vlan-mtu get sw1 --raw - | cmp - param; qvs health vlan-mtu get sw1 | tail -n +4
   policies:  2
-  stored:    yes
   entry 0 (2748 bytes):
   entry 1 (2748 bytes):
-  sw1: changed
-  switch:            sw1
-  interval minutes:  -
-  stored:            yes
   parameter (512 bytes):
     0000 70 70 70 70 70 70 70 70 70 70 70 70 70 70 70 70
     *
@@ -405,10 +189,7 @@ Bytes alone, a switch by its identifier, what runs.
   stored:       yes
   qvs: switch 'nowhere': logical-switch teaming table: Not found (0xbad0003)
   ? 3
-  $ qvs mcast mode get sw1 --kernel; qvs mcast mode get sw1 --kernel --stored; qvs switch create new --version 107; qvs mcast mode set new legacy
-  switch:  sw1
-  mode:    legacy
-  stored:  no
+  $ qvs mcast mode get sw1 --kernel --stored; qvs switch create new --version 107; qvs mcast mode set new legacy
   qvs: --stored and --kernel exclude each other
   new: changed
   qvs: switch 'new': multicast filter mode: Not supported (0xbad0020); switches of version 107 and later have it elsewhere
@@ -448,12 +229,10 @@ What refers to something that is not there is stored with a warning, and not wit
 
 A sink port is a flag of the filter.
 
-  $ qvs port sink get sw1 port0 --json; qvs port sink set sw1 port0 on; qvs port sink set sw1 port0 on; qvs port sink get sw1 port0; qvs port filter get sw1 port0 --json; qvs port filter set sw1 port0 --flags broadcast; qvs port sink get sw1 port0 --json
+  $ qvs port sink get sw1 port0 --json; qvs port sink set sw1 port0 on; qvs port sink set sw1 port0 on; qvs port sink get sw1 port0 | tail -n 2; qvs port filter get sw1 port0 --json; qvs port filter set sw1 port0 --flags broadcast; qvs port sink get sw1 port0 --json
   {"switch":"sw1","port":"port0","enabled":false,"stored":false}
   sw1/port0: changed
   sw1/port0: unchanged
-  switch:   sw1
-  port:     port0
   enabled:  on
   stored:   yes
   {"switch":"sw1","port":"port0","flags":["sink"],"addresses":[],"stored":true}
@@ -462,35 +241,14 @@ A sink port is a flag of the filter.
 
 Help and completion.
 
-  $ qvs port vlan set --help
-  usage: qvs port vlan set SWITCH PORT... [--id N] [--private STATE] [--trunk VLANS,...] [--priority N] [--reset] [--strict]
-  
-    change the VLANs of a port
-    A member that is not given keeps its value. A trunk without ranges is one of all VLANs. clear stores a policy without VLANs when the port has a policy, and changes nothing otherwise.
-  
-  arguments:
-    SWITCH  alias of the switch
-    PORT    identifiers of the ports; all are checked before the first is changed
-  
-  options:
+  $ qvs port vlan set --help | sed -n '/--id N  /,/--strict  /p'
     --id N             VLAN of the port; 0 for none: 0 to 4094 (0)
     --private STATE    whether the id is that of a private VLAN: on or off (off)
     --trunk VLANS,...  VLANs that the guest tags itself: VLAN ids or ranges, 0 to 4094, or all, or none
     --priority N       priority of the tag: 0 to 7, or none
     --reset            start from the default, not from what is stored
     --strict           fail, instead of warn, when something is missing that is referred to
-    --json             print JSON
-    --wide             do not cut tables to the width of the terminal
-    --trace            print each library call, its status and its time to standard error
-    --timeout SECONDS  wait so long for the host to answer, and for other runs that change the same (10)
-    --help             print the help of the command
-  
-  example:
-    qvs port vlan set sw1 port0 --trunk 1-100,200
-  $ qvs pvlan set --help | head -n 3; qvs help port nested-vlan; qvs port vlan nix
-  usage: qvs pvlan set SWITCH [PRIMARY:SECONDARY:TYPE...] [--empty] [--strict]
-  
-    store the private VLANs of a switch
+  $ qvs help port nested-vlan; qvs port vlan nix
   qvs port vlan: the VLANs of a port
   
     qvs port nested-vlan get    show whether a port may nest VLAN tags

@@ -52,7 +52,6 @@ Created with uplinks and ports, listed and shown.
   $ qvs switch find --portset data23 --json  => {"alias":"sw2","id":"id-2","kernelId":"id-2","portset":"data2"}
   $ qvs switch find --alias sw1 --json  => {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","kernelId":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","portset":"sw1"}
   $ qvs switch find --portset nix  => [3] qvs: portset 'nix': Not found (0xbad0003)
-  $ qvs switch find; qvs switch find --alias sw1 --portset sw1  => [2] qvs: one of --portset, --alias is needed | qvs: --portset and --alias exclude each other
   $ qvs switch lag-table sw1 --raw - | wc -c  => 35588
   $ qvs switch refresh-numa sw1  => sw1: changed
 

@@ -12,25 +12,19 @@ Usage.
   $ qvs --version  => qvs 1.1.0
   $ qvs 2>&1 | head -n 1; qvs >/dev/null 2>&1  => [2] usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
   $ qvs switch 2>&1 | head -n 1  => qvs switch: distributed switches
-  $ codes=; for words in nix 'switch nix' '--nix switch list' 'switch list --nix' 'port add sw1' 'port list sw1 more' 'port add sw1 p --connect-id 1 --connect-id 2'; do qvs $words; codes="$codes $?"; done; echo $codes
+  $ each nix 'switch nix' '--nix switch list' 'port list sw1 more' 'port add sw1 p --connect-id 1 --connect-id 2' 'dump --json' 'switch show sw1 --raw file --json' 'port list sw1 --names --kernel' 'completion ksh'
   qvs: no such command: 'nix'; did you mean 'nic'? 'qvs help' lists them
   qvs: no such command: switch 'nix'; 'qvs help switch' lists them
   qvs: no such option: '--nix'
-  qvs: no such option: '--nix'
-  qvs: usage: qvs switch list [--names] [--kernel]
-  qvs: PORT is required
-  qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
   qvs: unexpected argument: 'more'
   qvs: usage: qvs port list SWITCH [--names] [--columns NAME,...] [--vlan N] [--kernel] [--raw FILE] [--layout FILE] [--where FIELD=VALUE]... [--sort FIELD] [--reverse] [--limit N]
   qvs: --connect-id: given twice
   qvs: usage: qvs port add SWITCH PORT... [--connect-id N] [--external-id ID] [--may-exist]
-  2 2 2 2 2 2 2
-  $ codes=; for words in 'dump --json' 'switch show sw1 --raw file --json' 'port list sw1 --names --kernel' 'completion ksh'; do qvs $words; codes="$codes $?"; done; echo $codes
   qvs: qvs dump has no JSON; call it without --json
   qvs: --raw and --json exclude each other
   qvs: --names and --kernel exclude each other
   qvs: SHELL: 'ksh' is none of bash, zsh, fish
-  2 2 2 2
+  exit 2 2 2 2 2 2 2 2 2
 
 Help, manual and completion come from the table.
 
@@ -53,8 +47,7 @@ Help, manual and completion come from the table.
   
   example:
     qvs switch destroy sw1 --if-exists
-  $ qvs help switch destroy | cmp - <(qvs switch destroy -h)
-  $ qvs switch --help | sed -n 3p
+  $ qvs help switch destroy | cmp - <(qvs switch destroy -h); qvs switch --help | sed -n 3p
     qvs switch create        create a switch, its uplinks uplink0, uplink1... and its ports port0, port1...
   $ qvs manual | sed -n '1,5p'
   .TH QVS 1 2026-11-22 "qvs 1.1.0" "User Commands"
@@ -65,10 +58,7 @@ Help, manual and completion come from the table.
   $ qvs help all | grep -c '^  --'  => 5
   $ pages() { qvs manual --names | while read -r noun; do qvs manual $noun; done; }; pages >pages; qvs help all | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; grep -qF "${command//-/\\-}" pages || echo "$command"; done
   fleet
-  $ qvs manual nic
-  .TH QVS\-NIC 1 2026-11-22 "qvs 1.1.0" "User Commands"
-  .SH NAME
-  qvs\-nic \- physical NICs of uplinks
+  $ qvs manual nic | tail -n +4
   .SH SYNOPSIS
   .nf
   qvs nic list [\-\-names]
@@ -97,15 +87,12 @@ A usage wraps to fit 80 columns. A backslash joins lines of the source, of at mo
   [\-\-by\-id] [\-\-hex]
   \&    [\-\-raw \fIFILE\fR]
   qvs prop set \fISWITCH\fR \fIKEY\fR [\fIVALUE\fR] [\-\-host] [\-\-port \
-  $ qvs manual | grep -A 1 -F 'port(1)'; qvs manual prot
+  $ qvs manual | grep -A 1 -F 'qvs\-port(1)'; qvs manual prot
   \fBqvs\-port(1)\fR
   ports of a switch
-  --
-  \fBqvs\-export(1)\fR
-  the host as a document
   qvs: there is no manual page about 'prot'; did you mean 'port' or 'prop'?
   ? 2
-  $ qvs manual --markdown | sed -n '/### qvs switch destroy/,/Example/p'
+  $ qvs manual --markdown | sed -n '/### qvs switch destroy/,/if-exists`:/p'
   ### qvs switch destroy
   
   destroy a switch with its ports and its portset.
@@ -114,10 +101,6 @@ A usage wraps to fit 80 columns. A backslash joins lines of the source, of at mo
   
   - `SWITCH`: alias of the switch
   - `--if-exists`: succeed when it is not there
-  
-  What a change that was killed or not undone left of a switch is removed as well. SWITCH is then its alias, the identifier of a switch without alias, or the name of a portset without switch.
-  
-  Example: `qvs switch destroy sw1 --if-exists`
   $ qvs help >/dev/full  => [1] qvs: standard output: No space left on device
 
 The completion offers nouns, verbs, options and names, and runs nothing.
@@ -215,40 +198,51 @@ The launcher's own words.
 
 A wrong value, and values that do not go together, are said before the host is looked for.
 
-  $ while IFS= read -r words; do qvs $words 2>&1 </dev/null | head -n 1; done <<<$'top --once --interval x\nmonitor --interval 0\nport stats sw1 --interval 3\nspf plumb sw1 p0 zz\ntrace start sw1 p0 zz 02:00:00:00:00:01\nmac table sw1 --mac zz\nmac table sw1 --vlan 5000\nmac table sw1 --where x\nmac table sw1 --sort vlan\nmac table sw1 --team --port p\nmac add sw1 02\nmac add sw1 02 --port p --number 3\ncheckpoint save a/b\ncheckpoint rollback a\nteaming set sw1\nmcast list set sw1\napply\napply x\nbfd sessions --flags 4\nbfd log-level set 2\nlivetrace counts 300\nrtm op 1\noptions get 70000\nprop set sw1 k --hex xyz\nprop get sw1 k --host --port p\nport add sw1 p p\nport add sw1 p q --external-id x\nport list sw1 --columns x\nport list sw1 --vlan 0\nuplink set sw1\nuplink add sw1 a a\nmcast stats sw1 zz\nmirror add sw1 s --type x\nswitch find\nswitch create sw1 --max-ports 4294967295\nbatch --timeout 0 x'
-  qvs: --interval: 'x' is not a number of seconds from 0.01 to 3600
-  qvs: --interval: '0' is not a number of seconds from 0.01 to 3600
-  qvs: --interval needs --watch
-  qvs: 'zz' is no MAC address, like 02:00:00:00:00:01
-  qvs: SOURCE: 'zz' is not a MAC address
-  qvs: --mac: 'zz' is not a MAC address, like 02:00:00:00:00:01, or the beginning of one
-  qvs: --vlan: '5000' is not a number from 0 to 4094
-  qvs: --where: 'x' is not a field and a value, like vlan=10
-  qvs: --sort needs a layout: no layout file is named; name one with --layout or in the variable QVS_LAYOUT
-  qvs: --team and --port exclude each other
-  qvs: one of --port, --number is needed
-  qvs: --port and --number exclude each other
-  qvs: 'a/b' is no name of a checkpoint: it is made of 1 to 200 letters, digits, '.', '_' and '-', and does not begin with '.'
-  qvs: nobody can be asked without a terminal; --yes applies the document without asking
-  qvs: at least one of --balance, --active, --standby, --link-state, --beacon, --notify, --rolling, --best-effort, --shotgun, --reset is required
-  qvs: either MAC or --empty is required
-  qvs: FILE or --recover is needed
-  qvs: nobody can be asked without a terminal; --yes applies the document without asking
-  qvs: --flags: 4 is not a byte with bit 0 or bit 1 set
-  qvs: LEVEL: 2 is none of 0, 1, 3, 5
-  qvs: ACTION: '300' is not a number from 0 to 255
-  qvs: one of BLOCK, --file is needed
-  qvs: ID: '70000' is not a number from 0 to 65535
-  qvs: --hex: 'xyz' is not a row of pairs of digits
-  qvs: --host and --port exclude each other
-  qvs: port 'p': given twice
-  qvs: --external-id names one interface, so it takes one port
-  qvs: --columns: 'x' is none of port, number, state, in-use, link, client, connect-id, alias, external-id, uplink, blocked, vlan, policies
-  qvs: --vlan: '0' is not a number from 1 to 4094
-  qvs: one of UPLINK, --count is needed
-  qvs: uplink 'a': given twice
-  qvs: 'zz' is no IPv4 or IPv6 address
-  qvs: --type: 'x' is not mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src or logical-span
-  qvs: one of --portset, --alias is needed
-  qvs: --max-ports: '4294967295' is not a number from 0 to 2147483647
-  qvs: --timeout: '0' is not a number from 1 to 86400
+  $ while IFS= read -r words; do qvs $words >out 2>&1 </dev/null; echo $? $(head -n 1 out); done <<<$'top --once --interval x\nmonitor --interval 0\nport stats sw1 --interval 3\nspf plumb sw1 p0 zz\ntrace start sw1 p0 zz 02:00:00:00:00:01\nmac table sw1 --mac zz\nmac table sw1 --vlan 5000\nmac table sw1 --where x\nmac table sw1 --sort vlan\nmac table sw1 --team --port p\nmac add sw1 02\nmac add sw1 02 --port p --number 3\ncheckpoint save a/b\ncheckpoint rollback a\nteaming set sw1\nmcast list set sw1\napply\napply x\nbfd sessions --flags 4\nbfd sessions --flags 259\nbfd log-level set 2\nlivetrace counts 256\nrtm op 1\noptions get 65536\nprop set sw1 k --hex 012\nprop set sw1 k --hex 0g\nprop get sw1 k --host --port p\nport add sw1 p p\nport add sw1 p q --external-id x\nport list sw1 --columns x\nport list sw1 --columns port,port\nport list sw1 --vlan 0\nuplink set sw1\nuplink set sw1 right --count 1\nuplink add sw1 a a\nmcast stats sw1 01:00:5e:00:00:fb\nmirror add sw1 s --type x\nswitch find\nswitch find --alias sw1 --portset sw1\nswitch create sw1 --max-ports 4294967295\nbatch --timeout 0 x\nteaming set sw1 --balance nix\nport vlan set sw1 p0 --id 4095\npvlan set sw1 1:2\nswitch list --names --kernel\ntopology --format htlm\nport list s --limit 1'
+  2 qvs: --interval: 'x' is not a number of seconds from 0.01 to 3600
+  2 qvs: --interval: '0' is not a number of seconds from 0.01 to 3600
+  2 qvs: --interval needs --watch
+  2 qvs: 'zz' is no MAC address, like 02:00:00:00:00:01
+  2 qvs: SOURCE: 'zz' is not a MAC address
+  2 qvs: --mac: 'zz' is not a MAC address, like 02:00:00:00:00:01, or the beginning of one
+  2 qvs: --vlan: '5000' is not a number from 0 to 4094
+  2 qvs: --where: 'x' is not a field and a value, like vlan=10
+  2 qvs: --sort needs a layout: no layout file is named; name one with --layout or in the variable QVS_LAYOUT
+  2 qvs: --team and --port exclude each other
+  2 qvs: one of --port, --number is needed
+  2 qvs: --port and --number exclude each other
+  2 qvs: 'a/b' is no name of a checkpoint: it is made of 1 to 200 letters, digits, '.', '_' and '-', and does not begin with '.'
+  2 qvs: nobody can be asked without a terminal; --yes applies the document without asking
+  2 qvs: at least one of --balance, --active, --standby, --link-state, --beacon, --notify, --rolling, --best-effort, --shotgun, --reset is required
+  2 qvs: either MAC or --empty is required
+  2 qvs: FILE or --recover is needed
+  2 qvs: nobody can be asked without a terminal; --yes applies the document without asking
+  2 qvs: --flags: 4 is not a byte with bit 0 or bit 1 set
+  2 qvs: --flags: 259 is not a byte with bit 0 or bit 1 set
+  2 qvs: LEVEL: 2 is none of 0, 1, 3, 5
+  2 qvs: ACTION: '256' is not a number from 0 to 255
+  2 qvs: one of BLOCK, --file is needed
+  2 qvs: ID: '65536' is not a number from 0 to 65535
+  2 qvs: --hex: '012' is not a row of pairs of digits
+  2 qvs: --hex: '0g' is not a row of pairs of digits
+  2 qvs: --host and --port exclude each other
+  2 qvs: port 'p': given twice
+  2 qvs: --external-id names one interface, so it takes one port
+  2 qvs: --columns: 'x' is none of port, number, state, in-use, link, client, connect-id, alias, external-id, uplink, blocked, vlan, policies
+  2 qvs: --columns: 'port' is given twice
+  2 qvs: --vlan: '0' is not a number from 1 to 4094
+  2 qvs: one of UPLINK, --count is needed
+  2 qvs: UPLINK and --count exclude each other
+  2 qvs: uplink 'a': given twice
+  2 qvs: '01:00:5e:00:00:fb' is no IPv4 or IPv6 address
+  2 qvs: --type: 'x' is not mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src or logical-span
+  2 qvs: one of --portset, --alias is needed
+  2 qvs: --portset and --alias exclude each other
+  2 qvs: --max-ports: '4294967295' is not a number from 0 to 2147483647
+  2 qvs: --timeout: '0' is not a number from 1 to 86400
+  2 qvs: --balance: 'nix' is not none, source-ip, source-mac, source-port, explicit or port-load
+  2 qvs: --id: 4095 is beyond 4094
+  2 qvs: PRIMARY:SECONDARY:TYPE: '1:2' is not PRIMARY:SECONDARY:TYPE
+  2 qvs: --names and --kernel exclude each other
+  2 qvs: --format: 'htlm' is none of text, dot, svg, html
+  2 qvs: --limit needs --kernel

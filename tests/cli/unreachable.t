@@ -39,8 +39,7 @@ A daemon that is stopped: no change is called unchanged, and the wait is as long
 
 How long it may take is for the user to say.
 
-  $ for words in '--timeout 0 switch list' 'switch list --timeout x' 'switch list --timeout' '--timeout'; do qvs $words 2>&1 | head -n 1; done
-  qvs: --timeout: '0' is not a number from 1 to 86400
+  $ for words in 'switch list --timeout x' 'switch list --timeout' '--timeout'; do qvs $words 2>&1 | head -n 1; done
   qvs: --timeout: 'x' is not a number from 1 to 86400
   qvs: --timeout requires SECONDS
   usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]

@@ -31,7 +31,6 @@ Links: changed is what the link shows; taking down is asked of the kernel each t
   $ qvs uplink remove sw1 left nix --if-exists  => sw1/left: changed | sw1/nix: unchanged
   $ qvs uplink set sw1 right uplink0  => [4] qvs: switch 'sw1': has other uplinks; remove them with 'qvs uplink remove' first
   $ qvs uplink set sw1 uplink0 right  => sw1: unchanged
-  $ qvs uplink set sw1; qvs uplink set sw1 right --count 1  => [2] qvs: one of UPLINK, --count is needed | qvs: UPLINK and --count exclude each other
   $ qvs uplink remove sw1 uplink0 right --json  => qvs: warning: switch 'sw1': no uplink with a link remains | {"switch":"sw1","changed":true,"uplinks":[{"uplink":"uplink0","changed":true},{"uplink":"right","changed":true}]}
   $ qvs uplink list sw1 --json  => []
   $ qvs uplink set sw1 b a && qvs uplink list sw1 --names  => sw1: changed | b | a
