@@ -1,33 +1,21 @@
 A document is carried out as a whole, and a second time changes nothing.
 
   $ printf 'switches:\n  sw1:\n    uplinks: [up]\n    ports:\n      web: {vlan: {id: 10}}\n      db: {}\n' >doc.yaml
-  $ qvs apply doc.yaml
-  qvs: nobody can be asked without a terminal; --yes applies the document without asking
-  ? 2
   $ qvs apply - --dry-run <doc.yaml
   + switches.sw1
   + switches.sw1.uplinks: [up]
   + switches.sw1.ports.db
   + switches.sw1.ports.web
   + switches.sw1.ports.web.vlan: {id: 10}
-  $ qvs apply doc.yaml --yes
-  + switches.sw1
-  + switches.sw1.uplinks: [up]
-  + switches.sw1.ports.db
-  + switches.sw1.ports.web
-  + switches.sw1.ports.web.vlan: {id: 10}
+  $ qvs apply doc.yaml --yes | tail -n 3
   sw1: changed
   sw1/db: changed
   sw1/web: changed
-  $ qvs apply doc.yaml --yes
+  $ qvs apply doc.yaml --yes; qvs apply doc.yaml --yes --json; echo $(qvs port list sw1 --names)
   nothing to change
-  $ qvs apply doc.yaml --yes --json
   {"outcome":"unchanged","changes":[]
   }
-  $ qvs port list sw1 --names
-  up
-  db
-  web
+  up db web
   $ sed -i 's/id: 10/id: 5000/; s/db:/db: 7 #/' doc.yaml; qvs apply doc.yaml --yes
   qvs: doc.yaml:5:24: switches.sw1.ports.web.vlan.id: 5000 is beyond 4094
   qvs: doc.yaml:6:11: switches.sw1.ports.db: is a single value, not a mapping
@@ -54,30 +42,20 @@ What fails is undone.
   qvs: switch 'sw1': port 'web': vlan: Busy (0xbad0004)
   qvs: everything was undone
   ? 1
-  $ qvs port list sw1 --names; qvs apply doc.yaml --dry-run; ls ../state | grep journal
-  up
-  db
-  web
-  ~ switches.sw1.ports.db.vlan: {id: 11} -> {id: 12}
-  + switches.sw1.ports.new
-  ~ switches.sw1.ports.web.vlan: {id: 10} -> {id: 13}
+  $ echo $(qvs port list sw1 --names); qvs apply doc.yaml --dry-run | wc -l; ls ../state | grep journal
+  up db web
+  3
   ? 1
 
 A run that was killed is undone by the next one that changes anything; reading does not.
 
-  $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; sh -c 'timeout -s KILL 0.4 qvs apply doc.yaml --yes >log; true' 2>log; sleep 0.5; qvs port list sw1 --names
-  up
-  db
-  web
+  $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; sh -c 'timeout -s KILL 0.4 qvs apply doc.yaml --yes >log; true' 2>log; sleep 0.5; qvs port list sw1 --names | grep new
   new
   $ qvs port add sw1 more
   qvs: a change that an earlier run did not finish was undone
   sw1/more: changed
-  $ qvs port list sw1 --names; qvs apply --recover
-  up
-  db
-  web
-  more
+  $ echo $(qvs port list sw1 --names); qvs apply --recover
+  up db web more
   nothing to undo
   $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; sh -c 'timeout -s KILL 0.4 qvs apply doc.yaml --yes >log; true' 2>log; qvs apply --recover
   undone
@@ -103,18 +81,11 @@ What is not confirmed in time is undone. Meanwhile nothing else is changed.
   qvs: a change waits to be confirmed, for N s more; 'qvs confirm' keeps it, 'qvs apply --recover' undoes it
   id:        14
   nothing to undo
-  $ qvs apply doc.yaml --yes --confirm 100 | tail -1; qvs confirm; qvs port vlan get sw1 web | grep ^id; qvs confirm
-  qvs: 'qvs confirm' keeps this; otherwise it is undone in 100 s
-  sw1/web: changed
-  confirmed
-  id:        13
-  qvs: nothing waits to be confirmed
-  ? 3
-  $ qvs apply other.yaml --yes --confirm 100 | tail -1; qvs apply --recover; qvs port vlan get sw1 web | grep ^id
+  $ qvs apply doc.yaml --yes --confirm 100 | tail -1; qvs apply --recover; qvs port vlan get sw1 web | grep ^id
   qvs: 'qvs confirm' keeps this; otherwise it is undone in 100 s
   sw1/web: changed
   undone
-  id:        13
+  id:        14
 
 More ports than there is room for are refused before anything is changed. So is, with --strict, the removal of what a stored setting names.
 
@@ -124,16 +95,9 @@ More ports than there is room for are refused before anything is changed. So is,
   qvs: many:3:5: switches.full: has 5 ports, those of uplinks and those that stay on the host among them, but there is room for 4
   qvs: many:5:5: switches.fresh: has 200 ports, those of uplinks among them, but there is room for 128
   ? 2
-  $ qvs apply many --yes; qvs switch list --names
-  qvs: many:3:5: switches.full: has 5 ports, those of uplinks and those that stay on the host among them, but there is room for 4
-  qvs: many:5:5: switches.fresh: has 200 ports, those of uplinks among them, but there is room for 128
-  sw1
-  full
-  $ qvs uplink add full left; qvs teaming set full --active uplink0,left; qvs pvlan set full 100:100:promiscuous; qvs port vlan set full port0 --private on --id 100
-  full/left: changed
-  full: changed
-  full: changed
-  full/port0: changed
+  $ qvs apply many --yes 2>log; echo $? $(qvs switch list --names)
+  2 sw1 full
+  $ for words in 'uplink add full left' 'teaming set full --active uplink0,left' 'pvlan set full 100:100:promiscuous' 'port vlan set full port0 --private on --id 100'; do qvs $words >log; done
   $ echo 'switches: {full: {uplinks: [left], privateVlans: []}}' >less; qvs diff less
   qvs: warning: less:1:18: switches.full.teaming: is stored and names uplink 'uplink0', which the document removes
   qvs: warning: less:1:18: switches.full.ports.port0.vlan: is stored and names private VLAN 100, which the document removes
@@ -157,20 +121,12 @@ A batch that is atomic has the same way back; one that keeps going reports what 
   qvs: line 4: switch 'sw1': port 'up': Already exists (0xbad0005)
   qvs: all lines were undone
   ? 4
-  $ qvs switch list --names; qvs port list sw1 --names; qvs port vlan get sw1 web | grep ^id
-  sw1
-  up
-  more
-  new
-  db
-  web
-  id:        13
-  $ qvs mtu set sw1 9000; printf '%s\n' 'mtu clear sw1' 'port add sw1 up' | qvs batch --atomic - 2>/dev/null; qvs mtu get sw1; treesh -e get /net/pNics/pnic0/mtu
+  $ echo $(qvs switch list --names) $(qvs port list sw1 --names) $(qvs port vlan get sw1 web | grep ^id)
+  sw1 up more new db web id: 14
+  $ qvs mtu set sw1 9000; printf '%s\n' 'mtu clear sw1' 'port add sw1 up' | qvs batch --atomic - 2>/dev/null; qvs mtu get sw1 --json; treesh -e get /net/pNics/pnic0/mtu
   sw1: changed
   sw1: changed
-  switch:  sw1
-  mtu:     9000
-  stored:  yes
+  {"switch":"sw1","mtu":9000,"stored":true}
   mtu:9000
   $ for l in 'switch refresh-numa sw1' 'checkpoint remove c' 'apply one.yaml --yes' confirm 'bfd log-level set 1'; do printf '%s\n' 'port add sw1 y' "$l" | qvs batch --atomic -; done
   qvs: line 2: qvs switch refresh-numa cannot be undone

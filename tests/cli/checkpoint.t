@@ -19,12 +19,7 @@ A checkpoint keeps switches as a document; a rollback changes what differs, and 
   ]
   $ qvs checkpoint diff first --dir cp/points; qvs checkpoint diff first --dir cp/points --json
   []
-  $ qvs port vlan set sw1 port0 --id 10; qvs port add sw1 extra; qvs port remove sw1 port1; qvs port add sw2 own; qvs mac-learning set sw1 --aging 77
-  sw1/port0: changed
-  sw1/extra: changed
-  sw1/port1: changed
-  sw2/own: changed
-  sw1: changed
+  $ for words in 'port vlan set sw1 port0 --id 10' 'port add sw1 extra' 'port remove sw1 port1' 'port add sw2 own' 'mac-learning set sw1 --aging 77'; do qvs $words >log; done
   $ qvs checkpoint diff first --dir cp/points
   - switches.sw1.host.macLearning: {aging: 77, limit: 65536}
   ~ switches.sw1.ports.port0.vlan: {id: 10} -> {}
@@ -34,27 +29,11 @@ A checkpoint keeps switches as a document; a rollback changes what differs, and 
   + switches.sw1.ports.port1.vlan: {}
   - switches.sw1.ports.extra
   ? 4
-  $ qvs checkpoint diff first --dir cp/points --json
-  [
+  $ qvs checkpoint diff first --dir cp/points --json | sed -n 2p
   {"change":"removed","switch":"sw1","port":null,"host":true,"member":"macLearning","property":null,"before":{"aging": 77, "limit": 65536},"after":null,"conflict":false},
-  {"change":"changed","switch":"sw1","port":"port0","host":false,"member":"vlan","property":null,"before":{"id": 10, "private": false},"after":{"id": 0, "private": false},"conflict":false},
-  {"change":"added","switch":"sw1","port":"port1","host":false,"member":null,"property":null,"before":null,"after":null,"conflict":false},
-  {"change":"added","switch":"sw1","port":"port1","host":false,"member":"connectId","property":null,"before":null,"after":1,"conflict":false},
-  {"change":"added","switch":"sw1","port":"port1","host":false,"member":"blocked","property":null,"before":null,"after":false,"conflict":false},
-  {"change":"added","switch":"sw1","port":"port1","host":false,"member":"vlan","property":null,"before":null,"after":{"id": 0, "private": false},"conflict":false},
-  {"change":"removed","switch":"sw1","port":"extra","host":false,"member":null,"property":null,"before":null,"after":null,"conflict":false}
-  ]
-  ? 4
   $ qvs checkpoint rollback first --dir cp/points --dry-run >plan; qvs checkpoint diff first --dir cp/points | diff - plan && echo same
   same
-  $ qvs checkpoint rollback first --dir cp/points --yes; qvs checkpoint diff first --dir cp/points; qvs port list sw2 --names
-  - switches.sw1.host.macLearning: {aging: 77, limit: 65536}
-  ~ switches.sw1.ports.port0.vlan: {id: 10} -> {}
-  + switches.sw1.ports.port1
-  + switches.sw1.ports.port1.connectId: 1
-  + switches.sw1.ports.port1.blocked: off
-  + switches.sw1.ports.port1.vlan: {}
-  - switches.sw1.ports.extra
+  $ qvs checkpoint rollback first --dir cp/points --yes | tail -n 4; qvs checkpoint diff first --dir cp/points; qvs port list sw2 --names
   sw1: changed
   sw1/port0: changed
   sw1/port1: changed
@@ -62,63 +41,36 @@ A checkpoint keeps switches as a document; a rollback changes what differs, and 
   own
   $ qvs checkpoint rollback first --dir cp/points --yes
   nothing to change
-  $ qvs switch destroy sw1; qvs checkpoint rollback first --dir cp/points --yes --json; qvs checkpoint diff first --dir cp/points; qvs port list sw1 --names
+  $ qvs switch destroy sw1; qvs checkpoint rollback first --dir cp/points --yes --json | head -n 4; qvs checkpoint diff first --dir cp/points; echo $(qvs port list sw1 --names)
   sw1: changed
   {"outcome":"applied","changes":[
   {"change":"added","switch":"sw1","port":null,"host":false,"member":null,"property":null,"before":null,"after":null,"conflict":false},
   {"change":"added","switch":"sw1","port":null,"host":false,"member":"id","property":null,"before":null,"after":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","conflict":false},
   {"change":"added","switch":"sw1","port":null,"host":false,"member":"portset","property":null,"before":null,"after":"sw1","conflict":false},
-  {"change":"added","switch":"sw1","port":null,"host":false,"member":"version","property":null,"before":null,"after":105,"conflict":false},
-  {"change":"added","switch":"sw1","port":null,"host":false,"member":"opaque","property":null,"before":null,"after":false,"conflict":false},
-  {"change":"added","switch":"sw1","port":null,"host":false,"member":"maxPorts","property":null,"before":null,"after":128,"conflict":false},
-  {"change":"added","switch":"sw1","port":null,"host":false,"member":"uplinks","property":null,"before":null,"after":[{"name": "uplink0", "port": "uplink0"}],"conflict":false},
-  {"change":"added","switch":"sw1","port":"port0","host":false,"member":null,"property":null,"before":null,"after":null,"conflict":false},
-  {"change":"added","switch":"sw1","port":"port0","host":false,"member":"connectId","property":null,"before":null,"after":1,"conflict":false},
-  {"change":"added","switch":"sw1","port":"port0","host":false,"member":"blocked","property":null,"before":null,"after":false,"conflict":false},
-  {"change":"added","switch":"sw1","port":"port0","host":false,"member":"vlan","property":null,"before":null,"after":{"id": 0, "private": false},"conflict":false},
-  {"change":"added","switch":"sw1","port":"port1","host":false,"member":null,"property":null,"before":null,"after":null,"conflict":false},
-  {"change":"added","switch":"sw1","port":"port1","host":false,"member":"connectId","property":null,"before":null,"after":1,"conflict":false},
-  {"change":"added","switch":"sw1","port":"port1","host":false,"member":"blocked","property":null,"before":null,"after":false,"conflict":false},
-  {"change":"added","switch":"sw1","port":"port1","host":false,"member":"vlan","property":null,"before":null,"after":{"id": 0, "private": false},"conflict":false},
-  {"change":"added","switch":"sw1","port":"uplink0","host":false,"member":"vlan","property":null,"before":null,"after":{"id": 0, "private": false, "trunk": ["1-4094"]},"conflict":false}
-  ]
-  }
-  uplink0
-  port0
-  port1
-  $ qvs port add sw1 late; qvs checkpoint rollback first --dir cp/points --yes --confirm 600 2>/dev/null; qvs apply --recover; qvs port list sw1 --names
+  uplink0 port0 port1
+  $ qvs port add sw1 late; qvs checkpoint rollback first --dir cp/points --yes --confirm 600 2>/dev/null; qvs apply --recover; echo $(qvs port list sw1 --names)
   sw1/late: changed
   - switches.sw1.ports.late
   sw1/late: changed
   undone
-  uplink0
-  port0
-  port1
-  late
-  $ qvs checkpoint rollback first --dir cp/points </dev/null
-  qvs: nobody can be asked without a terminal; --yes applies the document without asking
-  ? 2
+  uplink0 port0 port1 late
 
 An MTU that was not stored is the default again.
 
-  $ qvs mtu set sw1 9000; qvs checkpoint rollback first --dir cp/points --yes; qvs mtu get sw1; treesh -e get /net/pNics/pnic0/mtu
+  $ qvs mtu set sw1 9000; qvs checkpoint rollback first --dir cp/points --yes; qvs mtu get sw1 --json; treesh -e get /net/pNics/pnic0/mtu
   sw1: changed
   - switches.sw1.mtu: 9000
   - switches.sw1.ports.late
   sw1: changed
   sw1/late: changed
-  switch:  sw1
-  mtu:     1500
-  stored:  no
+  {"switch":"sw1","mtu":1500,"stored":false}
   mtu:1500
-  $ qvs mtu set sw1 9000; qvs-host fault add 'GlobalPropClear*etherswitch.mtu' --status 0xbad0004; qvs checkpoint rollback first --dir cp/points --yes; qvs mtu get sw1; treesh -e get /net/pNics/pnic0/mtu; qvs checkpoint rollback first --dir cp/points --yes >log; qvs port add sw1 late
+  $ qvs mtu set sw1 9000; qvs-host fault add 'GlobalPropClear*etherswitch.mtu' --status 0xbad0004; qvs checkpoint rollback first --dir cp/points --yes; qvs mtu get sw1 --json; treesh -e get /net/pNics/pnic0/mtu; qvs checkpoint rollback first --dir cp/points --yes >log; qvs port add sw1 late
   sw1: changed
   - switches.sw1.mtu: 9000
   qvs: switch 'sw1': mtu: Busy (0xbad0004)
   qvs: everything was undone
-  switch:  sw1
-  mtu:     9000
-  stored:  yes
+  {"switch":"sw1","mtu":9000,"stored":true}
   mtu:9000
   sw1/late: changed
 
@@ -132,18 +84,16 @@ What show prints is a document.
 
 A name is no path; a checkpoint is not overwritten unasked; what is not there is not found.
 
-  $ for name in '' .hidden ../first a/b 'a b' "$(printf 'x%.0s' $(seq 201))"; do qvs checkpoint save "$name" --dir cp/points 2>&1 | cut -c1-60; done; ls -A cp cp/points
+  $ for name in '' .hidden ../first a/b 'a b' "$(printf 'x%.0s' $(seq 201))"; do qvs checkpoint save "$name" --dir cp/points 2>&1 | cut -c1-60; done; find cp | sort
   qvs: '' is no name of a checkpoint: it is made of 1 to 200 l
   qvs: '.hidden' is no name of a checkpoint: it is made of 1 t
   qvs: '../first' is no name of a checkpoint: it is made of 1 
   qvs: 'a/b' is no name of a checkpoint: it is made of 1 to 20
   qvs: 'a b' is no name of a checkpoint: it is made of 1 to 20
   qvs: 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx
-  cp:
-  points
-  
-  cp/points:
-  first
+  cp
+  cp/points
+  cp/points/first
   $ qvs checkpoint save first --dir cp/points; qvs checkpoint save first --dir cp/points --replace; qvs checkpoint list --dir cp/points --json | jq -c 'map([.name, .switches])'
   qvs: checkpoint 'first': it exists already; --replace overwrites it
   first: changed
@@ -160,30 +110,18 @@ A name is no path; a checkpoint is not overwritten unasked; what is not there is
 Damaged files, those of a newer version, links, and directories of others are refused.
 
   $ cd cp/points; sed 's/port0/port7/' first >damaged; sed 's/^qvs checkpoint 1/qvs checkpoint 2/' first >newer; head -c 60 first >cut; : >empty; ln -s first link; mkfifo pipe; cp first open; chmod 666 open
-  $ for name in damaged newer cut empty link pipe open; do qvs checkpoint show $name --dir cp/points; qvs checkpoint rollback $name --yes --dir cp/points 2>/dev/null; echo $?; done
-  qvs: checkpoint 'damaged': the file is damaged: its checksum does not match its contents; restore it from a copy, or remove it
-  1
-  qvs: checkpoint 'newer': a newer version of qvs wrote it, in format 2; this one reads format 1
-  1
-  qvs: checkpoint 'cut': the file is damaged: its checksum does not match its contents; restore it from a copy, or remove it
-  1
-  qvs: checkpoint 'empty': the file is damaged: it does not begin as a checkpoint; restore it from a copy, or remove it
-  1
-  qvs: file 'cp/points/link': it is a symbolic link
-  1
-  qvs: file 'cp/points/pipe': it is not a file
-  1
-  qvs: file 'cp/points/open': other users may write to it
-  1
-  $ qvs checkpoint list --dir cp/points --json | jq -c '.[] | select(.problem) | [.name, .time, .problem[:60]]'
-  ["cut",null,"checkpoint 'cut': the file is damaged: its checksum does not"]
-  ["damaged",null,"checkpoint 'damaged': the file is damaged: its checksum does"]
-  ["empty",null,"checkpoint 'empty': the file is damaged: it does not begin a"]
-  ["link",null,"file 'cp/points/link': it is a symbolic link"]
-  ["newer",null,"checkpoint 'newer': a newer version of qvs wrote it, in form"]
-  ["open",null,"file 'cp/points/open': other users may write to it"]
-  ["pipe",null,"file 'cp/points/pipe': it is not a file"]
-  $ qvs checkpoint list --dir cp/points 2>&1 >/dev/null | wc -l
+  $ for name in damaged newer cut empty link pipe open; do error=$(qvs checkpoint show $name --dir cp/points 2>&1); echo $? $error; qvs checkpoint rollback $name --yes --dir cp/points 2>/dev/null; done
+  1 qvs: checkpoint 'damaged': the file is damaged: its checksum does not match its contents; restore it from a copy, or remove it
+  1 qvs: checkpoint 'newer': a newer version of qvs wrote it, in format 2; this one reads format 1
+  1 qvs: checkpoint 'cut': the file is damaged: its checksum does not match its contents; restore it from a copy, or remove it
+  1 qvs: checkpoint 'empty': the file is damaged: it does not begin as a checkpoint; restore it from a copy, or remove it
+  1 qvs: file 'cp/points/link': it is a symbolic link
+  1 qvs: file 'cp/points/pipe': it is not a file
+  1 qvs: file 'cp/points/open': other users may write to it
+  ? 1
+  $ qvs checkpoint list --dir cp/points --json | jq -c '[.[] | select(.problem) | .name, .time], .[1].problem'; qvs checkpoint list --dir cp/points 2>&1 >/dev/null | wc -l
+  ["cut",null,"damaged",null,"empty",null,"link",null,"newer",null,"open",null,"pipe",null]
+  "checkpoint 'damaged': the file is damaged: its checksum does not match its contents; restore it from a copy, or remove it"
   7
   $ mkdir shared; chmod 777 shared; ln -s cp linked; for dir in shared linked cp/points/first /proc/none; do qvs checkpoint save x --dir $dir; done; ls -A shared
   qvs: directory 'shared': other users may write to it

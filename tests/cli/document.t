@@ -12,22 +12,8 @@ Export and compare.
       opaque: off
       maxPorts: 128
       uplinks: []
-  $ qvs export sw2 --json
-  {
-    "switches": {
-      "sw2": {
-        "id": "73 77 32 00 00 00 00 00-00 00 00 00 00 00 00 00",
-        "portset": "sw2",
-        "version": 105,
-        "opaque": false,
-        "maxPorts": 128,
-        "uplinks": []
-      }
-    }
-  }
-  $ qvs export sw9
-  qvs: switch 'sw9': Not found (0xbad0003)
-  ? 3
+  $ qvs export sw2 --json | jq -c .
+  {"switches":{"sw2":{"id":"73 77 32 00 00 00 00 00-00 00 00 00 00 00 00 00","portset":"sw2","version":105,"opaque":false,"maxPorts":128,"uplinks":[]}}}
   $ qvs export >all.yaml; qvs diff all.yaml; qvs export --json >all.json; qvs diff all.json --prune; qvs diff - --json <all.json
   []
   $ qvs export sw2 sw1 sw2 | cmp - all.yaml
@@ -48,18 +34,8 @@ Export and compare.
   {"change":"changed","switch":"sw1","port":"port0","host":false,"member":"vlan","property":null,"before":{"id": 0, "private": false},"after":{"id": 5, "private": false},"conflict":false}
   ]
   ? 4
-  $ qvs diff wanted --switch sw2
-  qvs: switch 'sw2': the document has no such switch
-  ? 3
-  $ qvs diff wanted --prune
-  + switches.sw1.mtu: 9000
-  + switches.sw1.ports.new
-  ~ switches.sw1.ports.port0.connectId: 1 -> 2
-  ~ switches.sw1.ports.port0.vlan: {} -> {id: 5}
-  + switches.sw3
-  + switches.sw3.uplinks: [u]
+  $ qvs diff wanted --prune | tail -n 1
   - switches.sw2
-  ? 4
   $ echo 'switches: {sw1: {id: other, version: 1, portset: p, opaque: on, maxPorts: 7}}' | qvs diff -
   ! switches.sw1.id: 73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00 -> other (an existing switch cannot change it)
   ! switches.sw1.portset: sw1 -> p (an existing switch cannot change it)
@@ -99,27 +75,22 @@ Bad documents.
   qvs: many:3:9: switches.sw2.mtuu: no such member; did you mean 'mtu'?
   qvs: many:4:19: switches.sw7.maxPorts: 0 is below 1
   ? 2
-  $ for file in none .; do qvs diff $file; done
+  $ each 'export sw9' 'diff wanted --switch sw2' 'diff none' 'diff .' 'diff wanted --switch' 'schema --json'; head -c 67108865 /dev/zero | qvs diff -
+  qvs: switch 'sw9': Not found (0xbad0003)
+  qvs: switch 'sw2': the document has no such switch
   qvs: file 'none': No such file or directory
   qvs: file '.': Is a directory
-  ? 1
-  $ head -c 67108865 /dev/zero | qvs diff -
-  qvs: file '-': more than 67108864 bytes, which is all that fits
-  ? 2
-  $ qvs diff wanted --switch
   qvs: --switch requires SWITCH
   qvs: usage: qvs diff FILE [--prune] [--switch SWITCH]... [--strict]
-  ? 2
-  $ qvs schema --json
   qvs: qvs schema has no JSON; call it without --json
+  exit 3 3 1 1 2 2
+  qvs: file '-': more than 67108864 bytes, which is all that fits
   ? 2
-  $ qvs schema | jq -c '.["$defs"].switch.properties.mtu'; qvs schema | jq '[.["$defs"] | .switch, .host, .port | .properties[] | select(.title) | .description | endswith(". Since qvs 1.0.")] | all, length'
+  $ qvs schema | jq -c '.["$defs"] | .switch.properties.mtu, .port.properties.vlan.properties.id, ([.switch, .host, .port | .properties[] | select(.title) | .description | endswith(". Since qvs 1.0.")] | all, length)'
   {"title":"MTU","description":"The MTU of a switch: of its NICs, its portset and its properties, in bytes. Since qvs 1.0.","type":"integer","minimum":1280,"maximum":9000,"default":1500}
+  {"description":"VLAN of the port; 0 for none.","type":"integer","minimum":0,"maximum":4094,"default":0}
   true
   27
-  $ qvs schema | jq -c '.["$defs"].port.properties.vlan.properties.id, .["$defs"].host.properties.macLearning.properties.aging'
-  {"description":"VLAN of the port; 0 for none.","type":"integer","minimum":0,"maximum":4094,"default":0}
-  {"description":"Time after which a learned address expires, in seconds.","type":"integer","minimum":0,"maximum":1000000,"default":600}
 
 The text of a difference has the length of a long property, and JSON its value.
 

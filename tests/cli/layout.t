@@ -2,12 +2,7 @@ Records by the fields of a layout file. The lab's MAC addresses stand for all li
 
   $ cat >lab.json <<<'{"macLearning": {"aging": 300, "clock": 1000}, "switches": [{"alias": "sw1", "uplinks": ["uplink0"], "ports": ["p0", "p1"]}], "macEntries": [{"switch": "sw1", "port": "uplink0", "mac": "02:00:00:00:0f:ff", "count": 2, "vlan": 100, "age": 20}, {"switch": "sw1", "port": "p0", "mac": "02:00:00:00:00:01", "kind": "static"}, {"switch": "sw1", "port": "p1", "mac": "02:00:00:00:00:02", "age": 290}]}'
   $ cat >on <<<'exec qvs-host run --state rack $LAB -- sh -c "$1" 2>&1'
-  $ LAB='--lab lab.json' sh on 'qvs mac table sw1; qvs mac table sw1 --sort age --reverse --limit 2; qvs mac table sw1 --where kind=learnt --where vlan=0'
-  MAC                KIND    VLAN  PORT      AGE (seconds)  PORT ID
-  02:00:00:00:00:01  static  0     67108865  0              p0
-  02:00:00:00:00:02  learnt  0     67108866  290            p1
-  02:00:00:00:0f:ff  learnt  100   67108867  20             uplink0
-  02:00:00:00:10:00  learnt  100   67108867  20             uplink0
+  $ LAB='--lab lab.json' sh on 'qvs mac table sw1 --sort age --reverse --limit 2; qvs mac table sw1 --where kind=learnt --where vlan=0'
   MAC                KIND    VLAN  PORT      AGE (seconds)  PORT ID
   02:00:00:00:00:02  learnt  0     67108866  290            p1
   02:00:00:00:10:00  learnt  100   67108867  20             uplink0
@@ -50,35 +45,26 @@ A table that is wider than the terminal loses its units, then its spare columns;
 
 A file is named by the option or the environment. Without one, bytes are shown, and a remark in text.
 
-  $ sh on 'QVS_LAYOUT= qvs mac security sw1; QVS_LAYOUT= qvs mac security sw1 --json; QVS_LAYOUT=nix qvs mac security sw1 --json; QVS_LAYOUT= qvs mac security sw1 --sort port; QVS_LAYOUT=nix qvs mac security sw1 --limit 1; qvs mac security sw1 --layout nix'
+  $ sh on 'export QVS_LAYOUT=; qvs mac security sw1 --limit 2; qvs mac security sw1 --limit 1 --json; qvs mac security sw1 --sort port; QVS_LAYOUT=nix; qvs mac security sw1 --json | wc -l; qvs mac security sw1 --limit 1; qvs mac security sw1 --layout nix'
   qvs: the kernel's records are shown as bytes: no layout file is named; name one with --layout or in the variable QVS_LAYOUT
   INDEX  ENTRY
   0      0100000401000000
   1      0200000401000000
-  2      0300000401000000
   [
-  {"index":0,"entry":"AQAABAEAAAA=","fields":null},
-  {"index":1,"entry":"AgAABAEAAAA=","fields":null},
-  {"index":2,"entry":"AwAABAEAAAA=","fields":null}
-  ]
-  qvs: warning: the kernel's records are shown as bytes: QVS_LAYOUT: file 'nix': No such file or directory
-  [
-  {"index":0,"entry":"AQAABAEAAAA=","fields":null},
-  {"index":1,"entry":"AgAABAEAAAA=","fields":null},
-  {"index":2,"entry":"AwAABAEAAAA=","fields":null}
+  {"index":0,"entry":"AQAABAEAAAA=","fields":null}
   ]
   qvs: --sort needs a layout: no layout file is named; name one with --layout or in the variable QVS_LAYOUT
+  qvs: warning: the kernel's records are shown as bytes: QVS_LAYOUT: file 'nix': No such file or directory
+  5
   qvs: warning: the kernel's records are shown as bytes: QVS_LAYOUT: file 'nix': No such file or directory
   INDEX  ENTRY
   0      0100000401000000
   qvs: file 'nix': No such file or directory
   ? 1
-  $ sh on 'printf "mac security sw1\nmac host get\n" >commands; QVS_LAYOUT= qvs batch commands; QVS_LAYOUT=nix qvs mac security sw1 --raw - | wc -c; QVS_LAYOUT=nix qvs mac security sw1 --layout "$QVS_LAYOUT" | head -n 2'
+  $ sh on 'printf "mac security sw1 --limit 1\nmac host get\n" >commands; QVS_LAYOUT= qvs batch commands; QVS_LAYOUT=nix qvs mac security sw1 --raw - | wc -c; QVS_LAYOUT=nix qvs mac security sw1 --layout "$QVS_LAYOUT" | head -n 2'
   qvs: the kernel's records are shown as bytes: no layout file is named; name one with --layout or in the variable QVS_LAYOUT
   INDEX  ENTRY
   0      0100000401000000
-  1      0200000401000000
-  2      0300000401000000
   first:   300
   second:  0
   32
@@ -119,33 +105,19 @@ makes their last field ask for more bytes than there are.
   INDEX  ENTRY
   0      0100000400000100000000000000
   $ printf '%s\n' 's/"size": 86/"size": 87/' 's/"mac-entry"/"mac-entries"/' >sizes
-  $ sh on 'while read -r fault; do sed "$fault" "$QVS_LAYOUT" >bad.json; qvs mac table sw1 --port p1 --layout bad.json | sed "s/\(00\)*$//"; qvs mac table sw1 --layout bad.json --limit 1; done <sizes'
+  $ sh on 'while read -r fault; do sed "$fault" "$QVS_LAYOUT" >bad.json; for more in "--port p1" "--limit 1"; do qvs mac table sw1 $more --layout bad.json | tail -n 1 | sed "s/\(00\)*$//"; done; done <sizes'
   qvs: the kernel's records are shown as bytes: layout 'bad.json': record mac-entry has 87 bytes, but the kernel's has 86; name the layout file of this kernel
-  INDEX  ENTRY
   0      02000000000202000000000002000004220100007031
   qvs: the kernel's records are shown as bytes: layout 'bad.json': record mac-entry has 87 bytes, but the kernel's has 86; name the layout file of this kernel
-  INDEX  ENTRY
-  0      0200000000010100000000000100000400000000703000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000
+  0      02000000000101000000000001000004000000007030
   qvs: the kernel's records are shown as bytes: layout 'bad.json': there is no record mac-entry
-  INDEX  ENTRY
   0      02000000000202000000000002000004220100007031
   qvs: the kernel's records are shown as bytes: layout 'bad.json': there is no record mac-entry
-  INDEX  ENTRY
-  0      0200000000010100000000000100000400000000703000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000
+  0      02000000000101000000000001000004000000007030
   $ printf '%s\n' '"bytes", "used": "port"' '"u32", "count": "port"' '"group", "count": "port", "stride": 60, "fields": [{"at": 58, "name": "end", "type": "u16"}]' '"group", "until": "port", "fields": [{"at": 0, "name": "rest", "type": "bytes", "used": "vlan"}]' '"address", "length": 48, "family": "kind"' >types
-  $ sh on 'while read -r type; do sed "s/\"name\": \"portId\", \"type\": \"text\", \"length\": 48, \"about\": \"port identifier\"/\"name\": \"portId\", \"type\": $type/" "$QVS_LAYOUT" >odd.json; qvs mac table sw1 --limit 1 --layout odd.json --json | cut -d , -f 3-; done <types'
-  [
+  $ sh on 'while read -r type; do sed "s/\"name\": \"portId\", \"type\": \"text\", \"length\": 48, \"about\": \"port identifier\"/\"name\": \"portId\", \"type\": $type/" "$QVS_LAYOUT" >odd.json; qvs mac table sw1 --limit 1 --layout odd.json --json | grep fields | cut -d , -f 3-; done <types'
   "fields":{"mac":"02:00:00:00:00:01","kind":"static","vlan":0,"port":67108865,"age":0,"portId":null}}
-  ]
-  [
   "fields":{"mac":"02:00:00:00:00:01","kind":"static","vlan":0,"port":67108865,"age":0,"portId":[12400,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0]}}
-  ]
-  [
   "fields":{"mac":"02:00:00:00:00:01","kind":"static","vlan":0,"port":67108865,"age":0,"portId":[{"end":0}]}}
-  ]
-  [
   "fields":{"mac":"02:00:00:00:00:01","kind":"static","vlan":0,"port":67108865,"age":0,"portId":[{"rest":""}]}}
-  ]
-  [
   "fields":{"mac":"02:00:00:00:00:01","kind":"static","vlan":0,"port":67108865,"age":0,"portId":"cDAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA"}}
-  ]

@@ -69,13 +69,10 @@ Existing, absent, and removed sessions.
   $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --destinations 192.0.2.7,2001:db8::1 --sources-in port0 --may-exist
   qvs: switch 'sw1': port 'port0': mirror sessions: 'er4': exists and differs
   ? 4
-  $ qvs mirror remove sw1 mix --port port0; qvs mirror remove sw1 er4 --port port0 --json; qvs mirror list sw1 --port port0 --names
+  $ qvs mirror remove sw1 mix --port port0; qvs mirror remove sw1 er4 --port port0 --json; qvs mirror list sw1 --port port0 --names --json
   sw1/port0 mix: changed
   {"switch":"sw1","port":"port0","session":"er4","changed":true}
-  dv
-  rsrc
-  rdst
-  12345678901234567890123456789012
+  ["dv","rsrc","rdst","12345678901234567890123456789012"]
   $ qvs mirror remove sw1 mix --port port0  => [3] qvs: switch 'sw1': port 'port0': mirror sessions: 'mix': Not found (0xbad0003)
   $ qvs mirror remove sw1 mix --port port0 --if-exists  => sw1/port0 mix: unchanged
   $ qvs mirror remove sw1 s; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host
@@ -85,15 +82,15 @@ Existing, absent, and removed sessions.
 
 What the records cannot hold is refused, and nothing stored.
 
-  $ codes=; fit() { qvs mirror add sw1 "$@"; codes="$codes $?"; }; long=$(printf 'x%.0s' $(seq 84)); fit ${long:0:33} --type dvport; fit s --type dvport --name $long; fit s --type dvport --destinations "${long:0:48}"; fit s --type dvport --sources-out "${long:0:48}"; fit s --type rmirror-src --destinations "${long:0:33}"; fit s --type dvport --destinations ; echo $codes
+  $ codes=; fit() { qvs mirror add sw1 "$@" 2>&1 | head -n 1; codes="$codes ${PIPESTATUS[0]}"; }; long=$(printf 'x%.0s' $(seq 84)); fit ${long:0:33} --type dvport; fit s --type dvport --name $long; fit s --type dvport --destinations "${long:0:48}"; fit s --type dvport --sources-out "${long:0:48}"; fit s --type rmirror-src --destinations "${long:0:33}"; fit s --type dvport --destinations ; fit s; echo $codes
   qvs: SESSION: has 33 bytes, at most 32 fit
   qvs: --name: has 84 bytes, at most 83 fit
   qvs: --destinations: has 48 bytes, at most 47 fit
   qvs: --sources-out: has 48 bytes, at most 47 fit
   qvs: switch 'sw1': mirror sessions: session 's': destination 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx' is not a text of at most 32 bytes
   qvs: --destinations requires TEXT,...
-  qvs: usage: qvs mirror add SWITCH SESSION [--port PORT] [--name TEXT] --type TYPE [--snap-length BYTES] [--flags FLAGS,...] [--encap-vlan N] [--sampling-rate N] [--stack STATE] [--destinations TEXT,...] [--sources-in TEXT,...] [--sources-out TEXT,...] [--may-exist] [--strict]
-  2 2 2 2 2 2
+  qvs: --type is needed
+  2 2 2 2 2 2 2
   $ codes=; fit() { qvs mirror add sw1 s --type "$@"; codes="$codes $?"; }; fit rmirror-dst --sources-in 4095; fit rmirror-dst --sources-out port0; fit ermirror-src --destinations 192.0.2.256; fit ermirror-src --destinations port0; fit logical-span --destinations 02:00:00:00:00; fit dvport --encap-vlan 4095; fit dvport --snap-length 2147483648; fit dvport --sampling-rate 4294967296; fit dvport --stack on; fit other; fit dvport --flags other; echo $codes
   qvs: switch 'sw1': mirror sessions: session 's': source '4095' is not a VLAN id from 0 to 4094
   qvs: switch 'sw1': mirror sessions: session 's': source 'port0' is not a VLAN id from 0 to 4094
@@ -107,10 +104,6 @@ What the records cannot hold is refused, and nothing stored.
   qvs: --type: 'other' is not mixdst, dvport, rmirror-src, rmirror-dst, ermirror-src or logical-span
   qvs: --flags: 'other' is not no-output, no-input, orig-vlan, encap, legacy or disabled
   2 2 2 2 2 2 2 2 2 2 2
-  $ qvs mirror add sw1 s
-  qvs: --type is needed
-  qvs: usage: qvs mirror add SWITCH SESSION [--port PORT] [--name TEXT] --type TYPE [--snap-length BYTES] [--flags FLAGS,...] [--encap-vlan N] [--sampling-rate N] [--stack STATE] [--destinations TEXT,...] [--sources-in TEXT,...] [--sources-out TEXT,...] [--may-exist] [--strict]
-  ? 2
   $ qvs mirror list sw1 --json  => []
   $ qvs mirror list sw1 --stored  => [3] qvs: switch 'sw1': mirror sessions: Not found (0xbad0003)
   $ codes=; fit() { echo "$1" | qvs mirror set sw1 -; codes="$codes $?"; }; fit '{}'; fit '[1]'; fit '[{"session":"a"}]'; fit '[{"session":"a","type":"mixdst"},{"session":"a","type":"mixdst"}]'; fit '[{"session":"a","type":"mixdst","flags":["b"]}]'; fit '[{"session":"a","type":"mixdst","stack":1}]'; fit '[{"session":"a","type":"mixdst","encapVlan":4095}]'; fit '[{"session":"a","type":"mixdst","more":1}]'; fit '[{"session":"a","type":"mixdst","samplingRate":-1}]'; fit '[{"session":"a","type":"mixdst","wildIn":["vmm"]}]'; fit '[{"session":"a","type":"mixdst"},{"session":"b","type":"ermirror-src","destinations":["x"]}]'; echo $codes

@@ -19,18 +19,10 @@ What runs, in one look. A run of the host of its own for each line, so that coun
   2 problems
   |- sw1  uplink uplink1  NIC pnic1 has no link
   `- sw1  port db         the client db\t0 has its link off
-  $ sh on 'qvs port block sw1 web p9; qvs port vlan set sw1 web --trunk 1-100,200 --priority 3; qvs port vlan set sw1 db --trunk 0-4094; qvs port vlan set sw1 p10 --id 101 --private on --strict; qvs pvlan set sw1 7:8:isolated 7:7:promiscuous; qvs port vlan set sw1 p10 --id 8 --private on --strict; qvs port security set sw1 p11 --mac-change deny; qvs port security set sw1 p12 --promiscuous deny; qvs port teaming set sw1 web --balance source-port; qvs mac-learning set sw1 --aging 300; qvs mirror add sw1 tap --type dvport --destinations p9 --sources-in web --sources-out db,web --flags disabled; qvs prop set sw1 com.quillon.vswitch.port.security --port db --hex 0102' | sort | uniq -c | sort -n
+  $ sh on 'qvs port block sw1 web p9; qvs port vlan set sw1 web --trunk 1-100,200 --priority 3; qvs port vlan set sw1 db --trunk 0-4094; qvs port vlan set sw1 p10 --id 101 --private on --strict; qvs pvlan set sw1 7:8:isolated 7:7:promiscuous; qvs port vlan set sw1 p10 --id 8 --private on --strict; qvs port security set sw1 p11 --mac-change deny; qvs port security set sw1 p12 --promiscuous deny; qvs port teaming set sw1 web --balance source-port; qvs mac-learning set sw1 --aging 300; qvs mirror add sw1 tap --type dvport --destinations p9 --sources-in web --sources-out db,web --flags disabled; qvs prop set sw1 com.quillon.vswitch.port.security --port db --hex 0102' | grep -v changed
   qvs: switch 'sw1': port 'p10': VLAN policy: private VLAN 101 is missing
-        1 sw1 tap: changed
-        1 sw1/db com.quillon.vswitch.port.security: changed
-        1 sw1/db: changed
-        1 sw1/p10: changed
-        1 sw1/p11: changed
-        1 sw1/p12: changed
-        1 sw1/p9: changed
-        2 sw1: changed
-        3 sw1/web: changed
-  $ sh on 'qvs show sw1; qvs show sw1 --all --json | jq -c ".[0].ports[] | [.port, .vlan, .policies]"; qvs show sw1 --json | jq -c ".[] | del(.ports), .ports[-1]"'
+  ? 1
+  $ sh on 'qvs show sw1; exec 2>log; qvs show sw1 --all --json | jq -c ".[0].ports[] | select(.policies != {}) | [.port, .vlan, .policies]"; qvs show sw1 --json | jq -c ".[] | del(.ports), .ports[-1]"'
   qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
   sw1: MTU 1500, 6 ports (2 in use), 2 uplinks (1 up), room for 128
   |- policies
@@ -55,22 +47,15 @@ What runs, in one look. A run of the host of its own for each line, so that coun
   |- sw1  port db         the client db\t0 has its link off
   |- sw1  port p9         is blocked
   `- sw1  port web        is blocked
-  qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
   ["db","trunk all",{"security":null}]
-  ["p9",null,{}]
-  ["p10","private 8",{}]
   ["p11",null,{"security":{"promiscuous":"deny","macChange":"deny","forged":"allow"}}]
-  ["p12",null,{}]
-  ["uplink0","trunk all",{}]
-  ["uplink1","trunk all",{}]
   ["web","trunk 1-100,200, priority 3",{"teaming":{"balance":"source-port","active":[],"standby":[],"linkState":false,"beacon":false,"notify":false,"rolling":false,"bestEffort":false,"shotgun":false}}]
-  qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
   {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","class":"vswitch","version":105,"portset":"sw1","opaque":false,"maxPorts":128,"portsInUse":4,"mtu":1500,"policies":{"macLearning":{"aging":300,"limit":65536}},"privateVlans":[{"primary":7,"secondary":8,"type":"isolated"},{"primary":7,"secondary":7,"type":"promiscuous"}],"mirrorSessions":[{"port":null,"session":"tap","name":"","type":"dvport","snapLength":null,"flags":["disabled"],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["p9"],"sourcesIn":["web"],"sourcesOut":["db","web"]}],"uplinks":[{"uplink":"uplink0","port":"uplink0","nic":"pnic0","linkUp":true,"lacpUp":false,"speedMbps":10000},{"uplink":"uplink1","port":"uplink1","nic":"pnic1","linkUp":false,"lacpUp":false,"speedMbps":null}],"problems":[{"switch":"sw1","kind":"uplink","name":"uplink1","problem":"NIC pnic1 has no link"},{"switch":"sw1","kind":"port","name":"db","problem":"the client db\t0 has its link off"},{"switch":"sw1","kind":"port","name":"p9","problem":"is blocked"},{"switch":"sw1","kind":"port","name":"web","problem":"is blocked"}],"unread":[]}
   {"port":"web","alias":"web","number":67108869,"connectId":1,"externalId":null,"uplink":null,"inUse":true,"client":"web.eth0","linkUp":true,"blocked":true,"kernelBlocked":true,"vlan":"trunk 1-100,200, priority 3","policies":{"teaming":{"balance":"source-port","active":[],"standby":[],"linkState":false,"beacon":false,"notify":false,"rolling":false,"bestEffort":false,"shotgun":false}}}
 
 Records that cannot be read are gaps: of ports, of the lists of uplinks, of the MTU, and of links when the kernel fails.
 
-  $ sh on 'qvs-host fault add GetUplinkLinkState --errno EIO --forever >log; qvs-host fault add "*mtu*" --exit 1 --forever >log; qvs show sw1 >out; echo $?; tail -n 8 out; qvs show sw1 --json | jq -c ".[].unread, .[].uplinks[0].linkUp"' 2>&1
+  $ sh on 'qvs-host fault add GetUplinkLinkState --errno EIO --forever >log; qvs-host fault add "*mtu*" --exit 1 --forever >log; qvs show sw1 >out; echo $?; sed -n "/cannot be/,/links/p" out; qvs show sw1 --json 2>log | jq -c ".[].unread, .[].uplinks[0].linkUp"' 2>&1
   qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
   treesh: a fault made this request fail
   qvs: warning: switch 'sw1': MTU: Failure (0xbad0001)
@@ -79,15 +64,6 @@ Records that cannot be read are gaps: of ports, of the lists of uplinks, of the 
   `- cannot be read
      |- MTU
      `- links of uplinks
-  
-  3 problems
-  |- sw1  port db   the client db\t0 has its link off
-  |- sw1  port p9   is blocked
-  `- sw1  port web  is blocked
-  qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
-  treesh: a fault made this request fail
-  qvs: warning: switch 'sw1': MTU: Failure (0xbad0001)
-  qvs: warning: switch 'sw1': uplink 'uplink0': Metadata read error (0xbad0008)
   ["MTU","links of uplinks"]
   null
   $ sh on 'qvs show nix; qvs show sw1 sw1; qvs port block sw1 web nix; qvs port unblock sw1 web p12; qvs port block sw1 p9 --json; qvs port show sw1 web | grep block'
@@ -103,22 +79,14 @@ Records that cannot be read are gaps: of ports, of the lists of uplinks, of the 
 
 Why a port has no link, and which uplink carries it. The NIC of the uplink is known from the layout of the hint; a kernel that fails is asked for the column of uplinks alone.
 
-  $ sh on 'for port in web db p9 uplink0 uplink1; do qvs port show sw1 $port | grep -E "^(link|uplink):"; qvs port show sw1 $port --json | jq -c "[.linkUp, .linkReason, .uplink]"; done; qvs port list sw1 --columns port,uplink | sed -n "/web/p; /db/p; /p9/p"; QVS_LAYOUT= qvs port list sw1 --columns port,uplink 2>&1 | grep -E "web|layout"; qvs-host fault add PortGetTeamUplinkHint --errno EIO --forever >log; qvs port list sw1 --columns port | tail -n 1; qvs port list sw1 --columns uplink' 2>&1 | grep -v warning
-  link:               up
-  uplink:             uplink0 (NIC pnic0)
+  $ sh on 'for port in web db p9 uplink0 uplink1; do qvs port show sw1 $port --json | jq -c "[.linkUp, .linkReason, .uplink]"; done; qvs port show sw1 db | grep -E "^(link|uplink):"; qvs port list sw1 --columns port,uplink | sed -n "/web/p; /db/p; /p9/p"; QVS_LAYOUT= qvs port list sw1 --columns port,uplink 2>&1 | grep -E "web|layout"; qvs-host fault add PortGetTeamUplinkHint --errno EIO --forever >log; qvs port list sw1 --columns port | tail -n 1; qvs port list sw1 --columns uplink' 2>&1 | grep -v warning
   [true,null,"uplink0"]
+  [false,"the client db\t0 has its link off","uplink0"]
+  [false,"no client is attached",null]
+  [true,null,null]
+  [false,"NIC pnic1 has no link",null]
   link:               down (the client db\t0 has its link off)
   uplink:             uplink0 (NIC pnic0)
-  [false,"the client db\t0 has its link off","uplink0"]
-  link:               down (no client is attached)
-  uplink:             -
-  [false,"no client is attached",null]
-  link:               up
-  uplink:             -
-  [true,null,null]
-  link:               down (NIC pnic1 has no link)
-  uplink:             -
-  [false,"NIC pnic1 has no link",null]
   p9       -
   web      uplink0
   db       uplink0
@@ -130,12 +98,7 @@ Problems, each with its object; at most 64 in text; colours on a terminal alone.
 
   $ cat >bad.json <<<'{"pnics": [{"name": "pnic0", "link": "down"}], "switches": [{"alias": "bad", "uplinks": ["u0", "u1"], "ports": ["p0", "p1"]}], "clients": [{"switch": "bad", "port": "p0", "name": "c\u001b0", "link": "down"}]}'
   $ cat >bad <<<'exec qvs-host run --state bad.state --lab bad.json -- sh -c "$1"'
-  $ sh bad 'qvs port block bad p1; qvs teaming set bad --active u7,u8; qvs port vlan set bad p0 --id 5 --private on; qvs mirror add bad tap --type dvport --destinations nix; qvs mirror add bad off --type dvport --destinations p1 --flags disabled; qvs show' 2>/dev/null
-  bad/p1: changed
-  bad: changed
-  bad/p0: changed
-  bad tap: changed
-  bad off: changed
+  $ sh bad 'for words in "port block bad p1" "teaming set bad --active u7,u8" "port vlan set bad p0 --id 5 --private on" "mirror add bad tap --type dvport --destinations nix" "mirror add bad off --type dvport --destinations p1 --flags disabled"; do qvs $words >log; done; qvs show' 2>/dev/null
   bad: MTU 1500, 2 ports (1 in use), 2 uplinks (0 up), room for 128
   |- policies
   |  `- teaming: active u7 u8
@@ -159,16 +122,9 @@ Problems, each with its object; at most 64 in text; colours on a terminal alone.
   |- bad  mirror session tap  port or uplink 'nix' is missing
   |- bad  switch bad          teaming policy: uplink 'u7', uplink 'u8' are missing
   `- bad  port p0             VLAN policy: private VLAN 5 is missing
-  $ sh bad 'qvs show --json | jq -c ".[].problems[]"; LC_ALL=C script -qec "qvs show" /dev/null | tr -d "\r" | grep -a "p[01] " | cat -v; NO_COLOR=1 LC_ALL=C script -qec "qvs show" /dev/null | grep -c -a "\[3[13]m"'
-  {"switch":"bad","kind":"uplink","name":"u0","problem":"NIC pnic0 has no link"}
-  {"switch":"bad","kind":"uplink","name":"u1","problem":"no NIC is bound"}
-  {"switch":"bad","kind":"switch","name":"bad","problem":"none of its uplinks has a link"}
-  {"switch":"bad","kind":"port","name":"p0","problem":"the client c\u001b0 has its link off"}
-  {"switch":"bad","kind":"port","name":"p1","problem":"is blocked"}
+  $ sh bad 'qvs show --json | jq -c ".[].problems | length, .[5]"; LC_ALL=C script -qec "qvs show" /dev/null | tr -d "\r" | grep -a "p[01] " | cat -v; NO_COLOR=1 LC_ALL=C script -qec "qvs show" /dev/null | grep -c -a "\[3[13]m"'
+  9
   {"switch":"bad","kind":"mirror session","name":"tap","problem":"has no sources"}
-  {"switch":"bad","kind":"mirror session","name":"tap","problem":"port or uplink 'nix' is missing"}
-  {"switch":"bad","kind":"switch","name":"bad","problem":"teaming policy: uplink 'u7', uplink 'u8' are missing"}
-  {"switch":"bad","kind":"port","name":"p0","problem":"VLAN policy: private VLAN 5 is missing"}
      |- p0  VLAN private 5  c\x1b0  ^[[31mdown^[[0m
      `- p1                          ^[[33mblocked^[[0m
   |- bad  port p0             the client c\x1b0 has its link off
@@ -176,23 +132,14 @@ Problems, each with its object; at most 64 in text; colours on a terminal alone.
   `- bad  port p0             VLAN policy: private VLAN 5 is missing
   0
   ? 1
-  $ sh on 'qvs switch create wide --max-ports 200 --ports 70; qvs port block wide $(seq -f port%.0f 0 69) >log; qvs show wide | tail -n 2; qvs show wide --all | tail -n 1; qvs switch destroy wide'
-  wide: changed
+  $ sh on 'qvs switch create wide --max-ports 200 --ports 70 >log; qvs port block wide $(seq -f port%.0f 0 69) >log; qvs show wide | tail -n 2; qvs show wide --all | tail -n 1; qvs switch destroy wide >log'
   |- wide  port port63  is blocked
   `- and 6 more; --all shows them
   `- wide  port port69  is blocked
-  wide: changed
 
 Many ports that are alike take a line; a name with a leading zero has no successor.
 
-  $ sh on 'qvs switch create many --max-ports 200 --ports 40; qvs port add many x07 x08 x9 x10 x011 y; qvs show many; qvs show many --all | wc -l'
-  many: changed
-  many/x07: changed
-  many/x08: changed
-  many/x9: changed
-  many/x10: changed
-  many/x011: changed
-  many/y: changed
+  $ sh on 'qvs switch create many --max-ports 200 --ports 40 >log; qvs port add many x07 x08 x9 x10 x011 y >log; qvs show many; qvs show many --all | wc -l'
   many: MTU 1500, 46 ports (0 in use), room for 200
   `- ports
      `- port0..port39, x07, x08, x9, x10, x011, ... (46 ports)  free
@@ -200,37 +147,17 @@ Many ports that are alike take a line; a name with a leading zero has no success
 
 Columns of ports.
 
-  $ sh on 'qvs port list sw1 --columns vlan,port,uplink; qvs port list sw1 --columns policies,alias --json | head -n 3; qvs port list sw1 --columns ""'
-  qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
+  $ sh on 'exec 2>log; qvs port list sw1 --columns vlan,port,uplink | grep -E "V|p10|web|k1"; qvs port list sw1 --columns policies,alias --json | sed -n 2p; qvs port list sw1 --columns "" 2>&1'
   VLAN                         PORT     UPLINK
-  -                            p9       -
   private 8                    p10      -
-  -                            p11      -
-  -                            p12      -
   trunk 1-100,200, priority 3  web      uplink0
-  trunk all                    db       uplink0
-  trunk all                    uplink0  uplink0
   trunk all                    uplink1  uplink1
-  qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
-  [
   {"policies":{},"alias":"p9"},
-  {"policies":{},"alias":"p10"},
   qvs: --columns: is empty
   ? 2
-  $ sh on 'qvs port show sw1 web | sed -n "/^settings/,/ipfix/p"; qvs port show sw1 p11 --json | jq -c "[.stored, .settings.security, .settings.teaming]"'
-  settings:
+  $ sh on 'qvs port show sw1 web | grep -E "trunk|balance"; qvs port show sw1 p11 --json | jq -c "[.stored, .settings.security, .settings.teaming]"'
     vlan:              trunk 1-100,200, priority 3
-    nested-vlan:       off (default)
-    security:          promiscuous deny, mac change allow, forged allow (default)
-    filter:            -
     teaming:           balance source-port, active none, standby none, link state off, beacon off, notify off, rolling off, best effort off, shotgun off
-    teaming-override:  -
-    ls-teaming:        -
-    tx-uplink:         -
-    mac-learning:      learning off, flooding off, limit 4096, limit policy allow (default)
-    mcast:             -
-    mirror:            -
-    ipfix:             -
   [["vlan","security"],{"promiscuous":"deny","macChange":"deny","forged":"allow"},null]
 
 Counters, and their growth: a busy port grows with every look, and what was set back shows none.
@@ -269,18 +196,7 @@ Counters, and their growth: a busy port grows with every look, and what was set 
 
 One word for a state everywhere; names stay whole on a narrow terminal, and ports without traffic stand with --all.
 
-  $ sh on 'qvs port block sw1 web p9; qvs port list sw1 --columns port,state | tail -n 7; qvs port list sw1 --columns state --json | head -n 2; qvs top sw1 --once --all --interval 0.05 --json | jq -r ".[] | [.port, .state] | @tsv" | sort; qvs top sw1 --once --interval 0.05 --json | jq length; qvs port unblock sw1 web p9' 2>/dev/null
-  sw1/web: changed
-  sw1/p9: unchanged
-  p10      free
-  p11      free
-  p12      free
-  web      blocked
-  db       down
-  uplink0  up
-  uplink1  down
-  [
-  {"state":"blocked"},
+  $ sh on 'qvs port block sw1 web p9 >log; qvs port list sw1 --columns port,state | tail -n +2 | tr -s " " "\t" | sort | tee states; qvs port list sw1 --columns state --json | sed -n 2p; qvs top sw1 --once --all --interval 0.05 --json | jq -r ".[] | [.port, .state] | @tsv" | sort | cmp states -; qvs top sw1 --once --interval 0.05 --json | jq length; qvs port unblock sw1 web p9 >log' 2>/dev/null
   db	down
   p10	free
   p11	free
@@ -289,47 +205,31 @@ One word for a state everywhere; names stay whole on a narrow terminal, and port
   uplink0	up
   uplink1	down
   web	blocked
+  {"state":"blocked"},
   1
-  sw1/web: changed
-  sw1/p9: changed
-  $ sh on 'qvs port add sw1 a-port-with-a-name-of-thirty-three; for words in "port stats sw1" "port stats" "top sw1 --once --all --interval 0.05"; do COLUMNS=60 NO_COLOR=1 script -qec "qvs $words" /dev/null | tr -d "\r" | grep -E "PORT|a-port"; done; qvs port remove sw1 a-port-with-a-name-of-thirty-three; qvs top --all'
-  sw1/a-port-with-a-name-of-thirty-three: changed
+  $ sh on 'qvs port add sw1 a-port-with-a-name-of-thirty-three >log; for words in "port stats sw1" "port stats" "top sw1 --once --all --interval 0.05"; do COLUMNS=60 NO_COLOR=1 script -qec "qvs $words" /dev/null | tr -d "\r" | grep -E "PORT|a-port"; done; qvs port remove sw1 a-port-with-a-name-of-thirty-three >log; qvs top --all'
   PORT                                PKT IN  PKT OUT
   a-port-with-a-name-of-thirty-three  0       0
   SWITCH  PORT                                PKT IN  PKT OUT
   sw1     a-port-with-a-name-of-thirty-three  0       0
   PORT                                STATE  IN b/s  OUT b/s
   a-port-with-a-name-of-thirty-three  free   0       0
-  sw1/a-port-with-a-name-of-thirty-three: changed
   qvs: --all needs --once
   ? 2
 
 What is no table breaks between words on a narrow terminal, and not at all with --wide.
 
-  $ sh on 'for words in "show sw1" "show sw1 --wide" "port show sw1 p11" "doctor"; do COLUMNS=44 NO_COLOR=1 LC_ALL=C script -qec "qvs $words" /dev/null | tr -d "\r" | grep -E -A 1 "^sw1:|- (db|web)|mac-learning:|state: *loads"; done' 2>&1 | grep -v warning
+  $ sh on 'on() { COLUMNS=44 NO_COLOR=1 LC_ALL=C script -qec "qvs $1" /dev/null | tr -d "\r"; }; on "show sw1" | grep -E -A 1 "^sw1:|- web"; on "show sw1 --wide" | grep -e "- web"; on "port show sw1 p11" | grep -A 2 mac-learning:; on doctor | grep loads' 2>&1 | grep -v warning
   sw1: MTU 1500, 6 ports (2 in use), 2
     uplinks (1 up), room for 128
   --
-  |  `- mac-learning: aging 300 seconds
-  |- private VLANs
-  --
-     |- db                 VLAN trunk all
-     |    db\t0     down
-  --
      |- web                VLAN trunk
      |    1-100,200, priority 3  web.eth0  up
-  sw1: MTU 1500, 6 ports (2 in use), 2 uplinks (1 up), room for 128
-  |- policies
-  |  `- mac-learning: aging 300 seconds
-  |- private VLANs
-  --
-     |- db                 VLAN trunk all                    db\t0     down  security: 2 bytes that its members cannot express
      |- web                VLAN trunk 1-100,200, priority 3  web.eth0  up    teaming: the default of a switch
-     |- p9, p12 (2 ports)                                              free
     mac-learning:      learning off, flooding
                        off, limit 4096, limit
+                       policy allow (default)
   ok       switch state: loads; switches: 3
-  ok       shell /bin/treesh: can be executed
 
 The ports with the most traffic, between two looks. The screen is for terminals.
 

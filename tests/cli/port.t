@@ -31,21 +31,10 @@ What exists is compared in what is given.
 
 One port, with what the kernel says about it.
 
-  $ qvs port show sw1 vm | head -n 14
-  switch:             sw1
-  port:               vm
-  alias:              vm
-  state:              live
-  connect id:         1
+  $ qvs port show sw1 vm | grep -E '^(external|number|link)'
   external id:        vif-1
-  blocked:            no
   number:             67108869
-  in use:             no
   link:               down (no client is attached)
-  blocked by kernel:  no
-  client:             -
-  uplink:             -
-  settings:
   $ qvs port show sw1 uplink0 --json | sed 's/"info":.*/.../'
   {"switch":"sw1","port":"uplink0","alias":"uplink0","state":"live","connectId":1,"externalId":null,"blocked":false,"number":67108865,"inUse":true,"linkUp":true,"linkReason":null,"kernelBlocked":false,"client":"pnic0","uplink":null,"settings":{"vlan":{"id":0,"private":false,"trunk":["1-4094"],"priority":null},"nestedVlan":false,"security":{"promiscuous":"deny","macChange":"allow","forged":"allow"},"filter":null,"teaming":null,"teamingOverride":null,"lsTeaming":null,"txUplink":null,"macLearning":{"learning":false,"flooding":false,"limit":4096,"limitPolicy":"allow"},"multicastAddresses":null,"mirrorSessions":null,"ipfix":null},"stored":["vlan"],"teamHint":"cG5pYzAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=","teamHintFields":{"nic":"pnic0"},...
   $ qvs port show sw1 vm --raw - | bytes  => 0:05000004 8:766d 320:01 (1458 bytes)
@@ -77,9 +66,7 @@ Removed; uplinks stay.
 
 The ports of a VLAN, and one setting for several ports: all of them are checked before the first is changed.
 
-  $ qvs switch create vl --uplinks 1 >/dev/null; qvs port add vl a b c d >/dev/null; qvs port vlan set vl a b --id 10; qvs port vlan set vl c --trunk 9-11,20; qvs port list vl --vlan 10 --columns port,vlan; qvs port list vl --vlan 20 --names
-  vl/a: changed
-  vl/b: changed
+  $ qvs switch create vl --uplinks 1 >/dev/null; qvs port add vl a b c d >/dev/null; qvs port vlan set vl a b --id 10 >log; qvs port vlan set vl c --trunk 9-11,20; qvs port list vl --vlan 10 --columns port,vlan; qvs port list vl --vlan 20 --names
   vl/c: changed
   PORT  VLAN
   a     10
