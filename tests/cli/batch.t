@@ -38,8 +38,7 @@ Ports that have nothing to do with one another are added without loading the sta
 A line sees the uplinks, private VLANs and ports that the lines before it made. A policy of another port is nothing that
 it looks at, so the snapshot is not loaded for it.
 
-  $ qvs switch create refs --ports 3 --uplinks 1
-  refs: changed
+  $ qvs switch create refs --ports 3 --uplinks 1 >log
   $ printf '%s\n' 'uplink add refs u9' 'port teaming set refs port0 --active u9' >refers
   $ printf '%s\n' 'pvlan set refs 100:200:isolated' 'port vlan set refs port1 --id 200 --private on' >>refers
   $ qvs batch refers

@@ -5,22 +5,17 @@ Standard output that cannot be written is a failure; a reader that has gone ends
   $ qvs port list sw1 >&-  => [1] qvs: standard output: Bad file descriptor
   $ { qvs port list sw1 --kernel; echo "? $?" >status; } | true; cat status  => ? 141
   $ qvs prop get sw1 com.quillon.common.alias --raw /dev/full  => [1] qvs: file '/dev/full': No space left on device
-  $ qvs port add sw1 late >/dev/full; qvs port list sw1 --names
+  $ qvs port add sw1 late >/dev/full; echo $(qvs port list sw1 --names)
   qvs: standard output: No space left on device
-  uplink0
-  port0
-  port1
-  late
+  uplink0 port0 port1 late
 
 Standard error that cannot be written changes nothing.
 
-  $ for closed in '>&-' '>/dev/full'; do sh -c "qvs port show sw1 nix 2$closed"; echo "? $?"; sh -c "qvs --trace port add sw1 quiet 2$closed"; qvs port remove sw1 quiet; done
+  $ for closed in '>&-' '>/dev/full'; do sh -c "qvs port show sw1 nix 2$closed"; echo "? $?"; echo $(sh -c "qvs --trace port add sw1 quiet 2$closed"; qvs port remove sw1 quiet); done
   ? 3
-  sw1/quiet: changed
-  sw1/quiet: changed
+  sw1/quiet: changed sw1/quiet: changed
   ? 3
-  sw1/quiet: changed
-  sw1/quiet: changed
+  sw1/quiet: changed sw1/quiet: changed
 
 Each library call is traced.
 
@@ -44,13 +39,8 @@ What was done before a failure is reported, and the failure after it.
   {"switch":"sw1","changed":true,"ports":[{"port":"d","changed":true}]}
   qvs: switch 'sw1': port 'e': Out of memory (0xbad0014)
   ? 1
-  $ qvs port list sw1 --names
-  uplink0
-  port0
-  port1
-  late
-  a
-  d
+  $ echo $(qvs port list sw1 --names)
+  uplink0 port0 port1 late a d
 
 A dump is escaped on a terminal alone.
 

@@ -51,11 +51,8 @@ A value that a client stores stands in their place until it is cleared; with the
   qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001); the bytes that are stored as com.quillon.common.port.volatile.vlanchkresult are not a result; 'qvs prop clear sw1 com.quillon.common.port.volatile.vlanchkresult --port port0' removes them
   qvs: switch 'sw1': port 'port0': check result: Failure (0xbad0001); the bytes that are stored as com.quillon.common.port.volatile.vlanchkresult are not a result; 'qvs prop clear sw1 com.quillon.common.port.volatile.vlanchkresult --port port0' removes them
   sw1/port0 com.quillon.common.port.volatile.vlanchkresult: changed
-  $ for hex in 0100000000000000 01000000000001000100 0000000000; do qvs prop set sw1 com.quillon.vswitch.port.vlan --hex $hex --port port0 >/dev/null; qvs health result sw1 port0; done
-  qvs: switch 'sw1': port 'port0': check result: Not found (0xbad0003)
-  qvs: switch 'sw1': port 'port0': check result: Not found (0xbad0003)
-  qvs: switch 'sw1': port 'port0': check result: Not found (0xbad0003)
-  ? 3
+  $ for hex in 0100000000000000 01000000000001000100 0000000000; do qvs prop set sw1 com.quillon.vswitch.port.vlan --hex $hex --port port0 >/dev/null; qvs health result sw1 port0; done 2>&1 | uniq -c
+        3 qvs: switch 'sw1': port 'port0': check result: Not found (0xbad0003)
   $ qvs port vlan clear sw1 port0; qvs health result sw1 port0; qvs health vlan-mtu clear sw1; qvs health result sw1 port1; qvs prop list sw1 --all | grep -c vlanmtucheck
   sw1/port0: changed
   qvs: switch 'sw1': port 'port0': check result: Not found (0xbad0003)

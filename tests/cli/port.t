@@ -5,17 +5,10 @@ Added several at a time, all checked first.
   $ qvs port add sw1 web db --connect-id 7  => sw1/web: changed | sw1/db: changed
   $ qvs port add sw1 new web  => [4] qvs: switch 'sw1': port 'web': Already exists (0xbad0005)
   $ qvs port add sw1 vm --external-id vif-1 --json  => {"switch":"sw1","changed":true,"ports":[{"port":"vm","changed":true}]}
-  $ qvs port list sw1
-  PORT     NUMBER    STATE  CLIENT  CONNECT ID  VLAN       POLICIES
-  uplink0  67108865  up     pnic0   1           trunk all  -
-  port0    67108866  free   -       1           -          -
-  web      67108867  free   -       7           -          -
-  db       67108868  free   -       7           -          -
-  vm       67108869  free   -       1           -          -
-  $ qvs port list sw1 --json | head -n 3
-  [
+  $ qvs port list sw1 --json | sed -n '2,4p'
   {"port":"uplink0","number":67108865,"inUse":true,"linkUp":true,"client":"pnic0","connectId":1,"blocked":false,"vlan":"trunk all","policies":{}},
   {"port":"port0","number":67108866,"inUse":false,"linkUp":false,"client":null,"connectId":1,"blocked":false,"vlan":null,"policies":{}},
+  {"port":"web","number":67108867,"inUse":false,"linkUp":false,"client":null,"connectId":7,"blocked":false,"vlan":null,"policies":{}},
 
 What exists is compared in what is given.
 
@@ -57,12 +50,8 @@ Removed; uplinks stay.
   $ qvs port remove sw1 web nix  => [3] qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
   $ qvs port remove sw1 web uplink0  => [1] qvs: switch 'sw1': port 'uplink0': carries an uplink; remove that with 'qvs uplink remove'
   $ qvs port remove sw1 web nix --if-exists  => sw1/web: changed | sw1/nix: unchanged
-  $ qvs port list sw1 --names
-  uplink0
-  port0
-  db
-  vm
-  new
+  $ echo $(qvs port list sw1 --names)
+  uplink0 port0 db vm new
 
 The ports of a VLAN, and one setting for several ports: all of them are checked before the first is changed.
 

@@ -28,16 +28,10 @@ Unchanged is the same value and the same class.
   SCOPE  PORT  KEY                              CLASS    LENGTH  VALUE
   host   -     bytes                            RUNTIME  4       01020aff
   host   -     com.quillon.common.host.portset  CONFIG   4       sw1
-  $ qvs prop list sw1 --port port0
-  SCOPE  PORT   KEY                                      CLASS     LENGTH  VALUE
-  port   port0  com.quillon.common.port.alias            CONFIG    6       port0
-  port   port0  com.quillon.common.port.block            CONFIG    6       false
-  port   port0  com.quillon.common.port.connectid        CONFIG    4       01000000
-  port   port0  com.quillon.common.port.statistics       RUNTIME   128     0000000000000000000000000000000000000000000000000000000000000000...
+  $ qvs prop list sw1 --port port0 | grep -e vlan -e raw; qvs prop list sw1 --all | wc -l
   port   port0  com.quillon.vswitch.port.vlan            CONFIG    8       0000000000000000
   port   port0  raw                                      CONFIG    6       6e6f204e554c
-  port   port0  com.quillon.common.port.volatile.status  VOLATILE  21      000000000000000000000000000000000100000400
-  $ qvs prop list sw1 --all | wc -l  => 16
+  16
 
 By identifier, without the snapshot.
 

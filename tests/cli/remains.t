@@ -51,10 +51,9 @@ The same with destroying one that is whole.
 Uplinks: a port that was added and not listed, one that was removed and is still listed, a name without an entry.
 
   $ qvs switch create b --uplinks 2 --ports 1  => b: changed
-  $ for fault in GlobalPropSet PortRemove; do qvs-host fault add $fault --status 0xbad0014; done; qvs uplink add b new; qvs uplink list b --names
+  $ for fault in GlobalPropSet PortRemove; do qvs-host fault add $fault --status 0xbad0014; done; qvs uplink add b new; echo $(qvs uplink list b --names)
   qvs: switch 'b': uplink 'new': Out of memory (0xbad0014)
-  uplink0
-  uplink1
+  uplink0 uplink1
   $ qvs-host fault add GlobalPropSet --status 0xbad0014; qvs uplink remove b uplink0
   qvs: switch 'b': uplink 'uplink0': Out of memory (0xbad0014); uplink 'uplink0' has no port; 'qvs switch repair b' mends that
   ? 1
@@ -77,14 +76,11 @@ Uplinks: a port that was added and not listed, one that was removed and is still
   {"kind":"uplinks","switch":"b","name":"b","defect":"uplink 'uplink0' has no port","action":"drop the entry","changed":true},
   {"kind":"port","switch":"b","name":"new","defect":"made for an uplink, but carries none","action":"remove","changed":true}
   ]
-  $ qvs switch repair; qvs switch list; qvs uplink list b; qvs port list b --names
-  KIND  SWITCH  NAME  DEFECT  ACTION  CHANGED
+  $ qvs switch repair --json; qvs switch list; echo $(qvs uplink list b --names; qvs port list b --names)
+  []
   ALIAS  ID                                               CLASS    VERSION  PORTS  UPLINKS  PORTSET
   b      62 00 00 00 00 00 00 00-00 00 00 00 00 00 00 00  vswitch  105      2      1        b
-  UPLINK   PORT     LINK  LACP  NIC    KERNEL PORT
-  uplink1  uplink1  up    down  pnic1  uplink1
-  uplink1
-  port0
+  uplink1 uplink1 port0
   $ qvs-host fault add HostPropSet --status 0xbad0014; qvs uplink add b u3 >log 2>&1; qvs uplink add b u3; qvs-host fault add HostPropSet --status 0xbad0014; qvs uplink remove b uplink1
   b/u3: changed
   qvs: switch 'b': uplink 'uplink1': Out of memory (0xbad0014); uplink 'uplink1' has no port; 'qvs switch repair b' mends that
@@ -94,16 +90,11 @@ Uplinks: a port that was added and not listed, one that was removed and is still
 
 What is in use or was changed is nobody's remains, and neither are the ports of another class of switch.
 
-  $ qvs uplink add b u4 u5; qvs port vlan set b u5 --trunk 1-20; qvs uplink clear b; qvs switch repair; qvs port list b --names
-  b/u4: changed
-  b/u5: changed
-  b/u5: changed
-  b: changed
+  $ qvs uplink add b u4 u5 >log; qvs port vlan set b u5 --trunk 1-20 >log; qvs uplink clear b >log; qvs switch repair; echo $(qvs port list b --names)
   KIND  SWITCH  NAME  DEFECT                                ACTION  CHANGED
   port  b       u3    made for an uplink, but carries none  remove  yes
   port  b       u4    made for an uplink, but carries none  remove  yes
-  port0
-  u5
+  port0 u5
 
 A repair of all; nothing is left, and the second run finds nothing.
 
@@ -118,14 +109,12 @@ A repair of all; nothing is left, and the second run finds nothing.
 
 A kernel that does not say which data paths it has.
 
-  $ qvs-host fault add GetSwitches --forever --errno EBUSY; for command in list 'create b --may-exist' repair; do qvs switch $command; echo "? $?"; done; qvs-host fault clear
+  $ qvs-host fault add GetSwitches --forever --errno EBUSY; each 'switch list' 'switch create b --may-exist' 'switch repair' 2>&1 | uniq; qvs-host fault clear
   qvs: warning: switches of the kernel: Failure (0xbad0001); what is half made in the kernel does not show
   ALIAS  ID                                               CLASS    VERSION  PORTS  UPLINKS  PORTSET
   b      62 00 00 00 00 00 00 00-00 00 00 00 00 00 00 00  vswitch  105      2      0        b
-  ? 0
   qvs: warning: switches of the kernel: Failure (0xbad0001); what is half made in the kernel does not show
   b: unchanged
-  ? 0
   qvs: warning: switches of the kernel: Failure (0xbad0001); what is half made in the kernel does not show
   qvs: nothing was repaired
-  ? 1
+  exit 0 0 1
