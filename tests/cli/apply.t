@@ -7,30 +7,17 @@ A document is carried out as a whole, and a second time changes nothing.
   + switches.sw1.ports.db
   + switches.sw1.ports.web
   + switches.sw1.ports.web.vlan: {id: 10}
-  $ qvs apply doc.yaml --yes | tail -n 3
-  sw1: changed
-  sw1/db: changed
-  sw1/web: changed
-  $ qvs apply doc.yaml --yes; qvs apply doc.yaml --yes --json; echo $(qvs port list sw1 --names)
-  nothing to change
-  {"outcome":"unchanged","changes":[]
-  }
-  up db web
-  $ sed -i 's/id: 10/id: 5000/; s/db:/db: 7 #/' doc.yaml; qvs apply doc.yaml --yes
-  qvs: doc.yaml:5:24: switches.sw1.ports.web.vlan.id: 5000 is beyond 4094
-  qvs: doc.yaml:6:11: switches.sw1.ports.db: is a single value, not a mapping
-  ? 2
+  $ qvs apply doc.yaml --yes | tail -n 3  => sw1: changed | sw1/db: changed | sw1/web: changed
+  $ qvs apply doc.yaml --yes; qvs apply doc.yaml --yes --json; echo $(qvs port list sw1 --names)  => nothing to change | {"outcome":"unchanged","changes":[] | } | up db web
+  $ sed -i 's/id: 10/id: 5000/; s/db:/db: 7 #/' doc.yaml; qvs apply doc.yaml --yes  => [2] qvs: doc.yaml:5:24: switches.sw1.ports.web.vlan.id: 5000 is beyond 4094 | qvs: doc.yaml:6:11: switches.sw1.ports.db: is a single value, not a mapping
 
 On a terminal it asks, and changes nothing without a yes.
 
   $ printf 'switches: {sw1: {ports: {db: {vlan: {id: 11}}}}}' >doc.yaml
-  $ (sleep 0.5; echo n) | script -qec 'qvs apply doc.yaml' log >asked; grep -c '\[y/N\]' asked; qvs apply doc.yaml --dry-run
-  1
-  ~ switches.sw1.ports.db.vlan: {} -> {id: 11}
+  $ (sleep 0.5; echo n) | script -qec 'qvs apply doc.yaml' log >asked; grep -c '\[y/N\]' asked; qvs apply doc.yaml --dry-run  => 1 | ~ switches.sw1.ports.db.vlan: {} -> {id: 11}
   $ (sleep 0.5; echo n) | script -qec 'qvs apply doc.yaml; echo "? $?"' log | tr -d '\r' | grep -o '? [0-9]$'
   ? 8
-  $ (sleep 0.5; echo y) | script -qec 'qvs apply doc.yaml; echo "? $?"' log | grep -o 'db: changed'
-  db: changed
+  $ (sleep 0.5; echo y) | script -qec 'qvs apply doc.yaml; echo "? $?"' log | grep -o 'db: changed'  => db: changed
 
 What fails is undone.
 
@@ -42,26 +29,15 @@ What fails is undone.
   qvs: switch 'sw1': port 'web': vlan: Busy (0xbad0004)
   qvs: everything was undone
   ? 1
-  $ echo $(qvs port list sw1 --names); qvs apply doc.yaml --dry-run | wc -l; ls ../state | grep journal
-  up db web
-  3
-  ? 1
+  $ echo $(qvs port list sw1 --names); qvs apply doc.yaml --dry-run | wc -l; ls ../state | grep journal  => [1] up db web | 3
 
 A run that was killed is undone by the next one that changes anything; reading does not.
 
-  $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; sh -c 'timeout -s KILL 0.4 qvs apply doc.yaml --yes >log; true' 2>log; sleep 0.5; qvs port list sw1 --names | grep new
-  new
-  $ qvs port add sw1 more
-  qvs: a change that an earlier run did not finish was undone
-  sw1/more: changed
-  $ echo $(qvs port list sw1 --names); qvs apply --recover
-  up db web more
-  nothing to undo
-  $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; sh -c 'timeout -s KILL 0.4 qvs apply doc.yaml --yes >log; true' 2>log; qvs apply --recover
-  undone
-  $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; timeout -s TERM 0.4 qvs apply doc.yaml --yes 2>&1 | grep -v '^[+~]'
-  qvs: SIGTERM came in before the end
-  qvs: everything was undone
+  $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; sh -c 'timeout -s KILL 0.4 qvs apply doc.yaml --yes >log; true' 2>log; sleep 0.5; qvs port list sw1 --names | grep new  => new
+  $ qvs port add sw1 more  => qvs: a change that an earlier run did not finish was undone | sw1/more: changed
+  $ echo $(qvs port list sw1 --names); qvs apply --recover  => up db web more | nothing to undo
+  $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; sh -c 'timeout -s KILL 0.4 qvs apply doc.yaml --yes >log; true' 2>log; qvs apply --recover  => undone
+  $ qvs-host fault add 'PortDataSet*"web"*port.vlan' --delay 700; timeout -s TERM 0.4 qvs apply doc.yaml --yes 2>&1 | grep -v '^[+~]'  => qvs: SIGTERM came in before the end | qvs: everything was undone
 
 Of two at once the second waits, or is refused.
 
@@ -72,31 +48,23 @@ Of two at once the second waits, or is refused.
 
 What is not confirmed in time is undone. Meanwhile nothing else is changed.
 
-  $ qvs confirm
-  qvs: nothing waits to be confirmed
-  ? 3
+  $ qvs confirm  => [3] qvs: nothing waits to be confirmed
   $ qvs apply doc.yaml --yes --confirm 2 | tail -1; qvs port add sw1 x 2>&1 | sed 's/for [0-9]* s/for N s/'; sleep 2.5; qvs port vlan get sw1 web | grep ^id; qvs apply --recover
   qvs: 'qvs confirm' keeps this; otherwise it is undone in 2 s
   sw1/web: changed
   qvs: a change waits to be confirmed, for N s more; 'qvs confirm' keeps it, 'qvs apply --recover' undoes it
   id:        14
   nothing to undo
-  $ qvs apply doc.yaml --yes --confirm 100 | tail -1; qvs apply --recover; qvs port vlan get sw1 web | grep ^id
-  qvs: 'qvs confirm' keeps this; otherwise it is undone in 100 s
-  sw1/web: changed
-  undone
-  id:        14
+  $ qvs apply doc.yaml --yes --confirm 100 | tail -1; qvs apply --recover; qvs port vlan get sw1 web | grep ^id  => qvs: 'qvs confirm' keeps this; otherwise it is undone in 100 s | sw1/web: changed | undone | id:        14
 
 More ports than there is room for are refused before anything is changed. So is, with --strict, the removal of what a stored setting names.
 
-  $ qvs switch create full --max-ports 4 --ports 1 --uplinks 1; printf 'switches:\n  full:\n    ports: {a: , b: , c: }\n  fresh:\n    ports:\n' >many; for i in $(seq 200); do echo "      p$i:"; done >>many
-  full: changed
+  $ qvs switch create full --max-ports 4 --ports 1 --uplinks 1; printf 'switches:\n  full:\n    ports: {a: , b: , c: }\n  fresh:\n    ports:\n' >many; for i in $(seq 200); do echo "      p$i:"; done >>many  => full: changed
   $ qvs diff many
   qvs: many:3:5: switches.full: has 5 ports, those of uplinks and those that stay on the host among them, but there is room for 4
   qvs: many:5:5: switches.fresh: has 200 ports, those of uplinks among them, but there is room for 128
   ? 2
-  $ qvs apply many --yes 2>log; echo $? $(qvs switch list --names)
-  2 sw1 full
+  $ qvs apply many --yes 2>log; echo $? $(qvs switch list --names)  => 2 sw1 full
   $ for words in 'uplink add full left' 'teaming set full --active uplink0,left' 'pvlan set full 100:100:promiscuous' 'port vlan set full port0 --private on --id 100'; do qvs $words >log; done
   $ echo 'switches: {full: {uplinks: [left], privateVlans: []}}' >less; qvs diff less
   qvs: warning: less:1:18: switches.full.teaming: is stored and names uplink 'uplink0', which the document removes
@@ -121,8 +89,7 @@ A batch that is atomic has the same way back; one that keeps going reports what 
   qvs: line 4: switch 'sw1': port 'up': Already exists (0xbad0005)
   qvs: all lines were undone
   ? 4
-  $ echo $(qvs switch list --names) $(qvs port list sw1 --names) $(qvs port vlan get sw1 web | grep ^id)
-  sw1 up more new db web id: 14
+  $ echo $(qvs switch list --names) $(qvs port list sw1 --names) $(qvs port vlan get sw1 web | grep ^id)  => sw1 up more new db web id: 14
   $ qvs mtu set sw1 9000; printf '%s\n' 'mtu clear sw1' 'port add sw1 up' | qvs batch --atomic - 2>/dev/null; qvs mtu get sw1 --json; treesh -e get /net/pNics/pnic0/mtu
   sw1: changed
   sw1: changed
@@ -135,11 +102,5 @@ A batch that is atomic has the same way back; one that keeps going reports what 
   qvs: line 2: qvs confirm cannot be undone
   qvs: line 2: qvs bfd log-level set cannot be undone
   ? 2
-  $ printf '%s\n' 'port add sw1 y' 'port add sw1 y' 'port add sw1 z' | qvs batch --keep-going -
-  sw1/y: changed
-  qvs: line 2: switch 'sw1': port 'y': Already exists (0xbad0005)
-  sw1/z: changed
-  ? 1
-  $ printf '%s\n' 'port remove sw1 y' 'port remove sw1 z' | qvs batch --atomic -
-  sw1/y: changed
-  sw1/z: changed
+  $ printf '%s\n' 'port add sw1 y' 'port add sw1 y' 'port add sw1 z' | qvs batch --keep-going -  => [1] sw1/y: changed | qvs: line 2: switch 'sw1': port 'y': Already exists (0xbad0005) | sw1/z: changed
+  $ printf '%s\n' 'port remove sw1 y' 'port remove sw1 z' | qvs batch --atomic -  => sw1/y: changed | sw1/z: changed

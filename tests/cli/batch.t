@@ -41,11 +41,6 @@ it looks at, so the snapshot is not loaded for it.
   $ qvs switch create refs --ports 3 --uplinks 1 >log
   $ printf '%s\n' 'uplink add refs u9' 'port teaming set refs port0 --active u9' >refers
   $ printf '%s\n' 'pvlan set refs 100:200:isolated' 'port vlan set refs port1 --id 200 --private on' >>refers
-  $ qvs batch refers
-  refs/u9: changed
-  refs/port0: changed
-  refs: changed
-  refs/port1: changed
+  $ qvs batch refers  => refs/u9: changed | refs/port0: changed | refs: changed | refs/port1: changed
   $ for port in port0 port1 port2; do echo "port vlan set refs $port --id 7 --private off --trace"; done >vlans
-  $ qvs batch vlans 2>&1 | grep -cE 'DVSLoadConfig|VSDVS_SetPortVLANPolicy'
-  3
+  $ qvs batch vlans 2>&1 | grep -cE 'DVSLoadConfig|VSDVS_SetPortVLANPolicy'  => 3

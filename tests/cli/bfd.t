@@ -4,17 +4,11 @@ into the third byte.
   $ echo '{"seed": 7, "bfd": {"logLevel": 3, "sessions": [{"local": "192.0.2.1", "remote": "198.51.100.255", "interface": "tunnel0", "count": 2}, {"local": "2001:db8::1", "remote": "2001:db8::2", "state": "down", "multiplier": 5, "intervalMs": 1000}]}}' >lab
   $ qvs-host run --state ../state --lab lab -- qvs bfd sessions --raw - | bytes
   0:03000000c5220000010000000100008003000103e0930400a0bb0d 32:c0000201 48:c63364ff 64:74756e6e656c30 96:f502 104:f703 136:020000000200008003000103e0930400a0bb0d 160:c0000201 176:c63365 192:74756e6e656c30 224:9f04 232:5903 264:03 272:0101020540420f00404b4c 288:20010db8 303:0120010db8 319:02 352:fa02 (1139336 bytes)
-  $ qvs bfd sessions --flags 0x82 --raw - | bytes
-  0:01000000c522000003 16:0101020540420f00404b4c 32:20010db8 47:0120010db8 63:02 96:4705 (1139336 bytes)
+  $ qvs bfd sessions --flags 0x82 --raw - | bytes  => 0:01000000c522000003 16:0101020540420f00404b4c 32:20010db8 47:0120010db8 63:02 96:4705 (1139336 bytes)
   $ qvs bfd sessions --flags 1 --raw table; bytes <table
   0:02000000c5220000010000000100008003000103e0930400a0bb0d 32:c0000201 48:c63364ff 64:74756e6e656c30 96:8d04 104:5a07 136:020000000200008003000103e0930400a0bb0d 160:c0000201 176:c63365 192:74756e6e656c30 224:bf07 232:2805 (1139336 bytes)
-  $ qvs bfd sessions --flags 2 --json >json && head -c 60 json && wc -c <json
-  {"sessions":"AQAAAMUiAAADAAAAAAAAAAEBAgVAQg8AQEtMAAAAAAAgAQ21519420
-  $ grep -o 'GetSessions.*' ../trace
-  GetSessions in=1 out=1139336 input=[0:03] -> 0
-  GetSessions in=1 out=1139336 input=[0:82] -> 0
-  GetSessions in=1 out=1139336 input=[0:01] -> 0
-  GetSessions in=1 out=1139336 input=[0:02] -> 0
+  $ qvs bfd sessions --flags 2 --json >json && head -c 60 json && wc -c <json  => {"sessions":"AQAAAMUiAAADAAAAAAAAAAEBAgVAQg8AQEtMAAAAAAAgAQ21519420
+  $ grep -o 'GetSessions.*' ../trace  => GetSessions in=1 out=1139336 input=[0:03] -> 0 | GetSessions in=1 out=1139336 input=[0:82] -> 0 | GetSessions in=1 out=1139336 input=[0:01] -> 0 | GetSessions in=1 out=1139336 input=[0:02] -> 0
 
 The log level. What is not a level is not asked for; a lab that is applied again sets its own.
 

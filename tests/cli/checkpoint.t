@@ -2,23 +2,14 @@ A checkpoint keeps switches as a document; a rollback changes what differs, and 
 
   $ umask 0; qvs switch create sw1 --ports 2 --uplinks 1; qvs switch create sw2; qvs checkpoint save first sw1 --dir cp/points  => sw1: changed | sw2: changed | first: changed
   $ stat -c '%a %F' cp cp/points cp/points/first; ls -A cp/points  => 700 directory | 700 directory | 600 regular file | first
-  $ qvs checkpoint save here sw2; ls "${QVS_HOST_SOCKET%/*}/checkpoints"; qvs checkpoint remove here
-  here: changed
-  here
-  here: changed
+  $ qvs checkpoint save here sw2; ls "${QVS_HOST_SOCKET%/*}/checkpoints"; qvs checkpoint remove here  => here: changed | here | here: changed
   $ sed -n 1,2p cp/points/first | sed 's/: .*/: .../'; python3 -c 'import zlib; t = open("cp/points/first", "rb").read().split(b"\n", 2); print(t[1].decode() == "checksum: %08x" % zlib.crc32(t[0] + b"\n" + t[2]))'
   qvs checkpoint 1
   checksum: ...
   True
-  $ qvs checkpoint list --dir cp/points | sed 's/20[0-9T:-]*Z/TIME/; s/TIME  [^ ]*/TIME  HOST/' | tr -s ' '
-  NAME TIME HOST HOST SWITCHES
-  first TIME HOST 1
-  $ qvs checkpoint list --dir cp/points --json | sed 's/20[0-9T:-]*Z/TIME/; s/"host":"[^"]*"/"host":"HOST"/; s/"bytes":[0-9]*/"bytes":N/'
-  [
-  {"name":"first","time":"TIME","host":"HOST","switches":1,"bytes":N,"problem":null}
-  ]
-  $ qvs checkpoint diff first --dir cp/points; qvs checkpoint diff first --dir cp/points --json
-  []
+  $ qvs checkpoint list --dir cp/points | sed 's/20[0-9T:-]*Z/TIME/; s/TIME  [^ ]*/TIME  HOST/' | tr -s ' '  => NAME TIME HOST HOST SWITCHES | first TIME HOST 1
+  $ qvs checkpoint list --dir cp/points --json | sed 's/20[0-9T:-]*Z/TIME/; s/"host":"[^"]*"/"host":"HOST"/; s/"bytes":[0-9]*/"bytes":N/'  => [ | {"name":"first","time":"TIME","host":"HOST","switches":1,"bytes":N,"problem":null} | ]
+  $ qvs checkpoint diff first --dir cp/points; qvs checkpoint diff first --dir cp/points --json  => []
   $ for words in 'port vlan set sw1 port0 --id 10' 'port add sw1 extra' 'port remove sw1 port1' 'port add sw2 own' 'mac-learning set sw1 --aging 77'; do qvs $words >log; done
   $ qvs checkpoint diff first --dir cp/points
   - switches.sw1.host.macLearning: {aging: 77, limit: 65536}
@@ -29,18 +20,15 @@ A checkpoint keeps switches as a document; a rollback changes what differs, and 
   + switches.sw1.ports.port1.vlan: {}
   - switches.sw1.ports.extra
   ? 4
-  $ qvs checkpoint diff first --dir cp/points --json | sed -n 2p
-  {"change":"removed","switch":"sw1","port":null,"host":true,"member":"macLearning","property":null,"before":{"aging": 77, "limit": 65536},"after":null,"conflict":false},
-  $ qvs checkpoint rollback first --dir cp/points --dry-run >plan; qvs checkpoint diff first --dir cp/points | diff - plan && echo same
-  same
+  $ qvs checkpoint diff first --dir cp/points --json | sed -n 2p  => {"change":"removed","switch":"sw1","port":null,"host":true,"member":"macLearning","property":null,"before":{"aging": 77, "limit": 65536},"after":null,"conflict":false},
+  $ qvs checkpoint rollback first --dir cp/points --dry-run >plan; qvs checkpoint diff first --dir cp/points | diff - plan && echo same  => same
   $ qvs checkpoint rollback first --dir cp/points --yes | tail -n 4; qvs checkpoint diff first --dir cp/points; qvs port list sw2 --names
   sw1: changed
   sw1/port0: changed
   sw1/port1: changed
   sw1/extra: changed
   own
-  $ qvs checkpoint rollback first --dir cp/points --yes
-  nothing to change
+  $ qvs checkpoint rollback first --dir cp/points --yes  => nothing to change
   $ qvs switch destroy sw1; qvs checkpoint rollback first --dir cp/points --yes --json | head -n 4; qvs checkpoint diff first --dir cp/points; echo $(qvs port list sw1 --names)
   sw1: changed
   {"outcome":"applied","changes":[
@@ -79,8 +67,7 @@ What show prints is a document.
   $ qvs checkpoint show first --dir cp/points >doc.yaml; sed -n 1p doc.yaml | sed 's/20[0-9T:-]*Z/TIME/; s/host .*/host HOST/'; qvs apply --dry-run --prune --switch sw1 doc.yaml
   # checkpoint first, TIME, host HOST
   - switches.sw1.ports.late
-  $ qvs checkpoint show first --dir cp/points --json | jq -c '[keys_unsorted, .name, .switches, .document.switches.sw1.uplinks]'
-  [["name","time","host","switches","bytes","document"],"first",1,["uplink0"]]
+  $ qvs checkpoint show first --dir cp/points --json | jq -c '[keys_unsorted, .name, .switches, .document.switches.sw1.uplinks]'  => [["name","time","host","switches","bytes","document"],"first",1,["uplink0"]]
 
 A name is no path; a checkpoint is not overwritten unasked; what is not there is not found.
 
@@ -128,7 +115,4 @@ Damaged files, those of a newer version, links, and directories of others are re
   qvs: directory 'linked': Not a directory
   qvs: directory 'cp/points/first': Not a directory
   qvs: directory '/proc/none': No such file or directory
-  $ ln -sf /etc/passwd cp/points/first; qvs checkpoint save first --dir cp/points --replace; stat -c %F cp/points/first; qvs checkpoint remove first --dir cp/points
-  first: changed
-  regular file
-  first: changed
+  $ ln -sf /etc/passwd cp/points/first; qvs checkpoint save first --dir cp/points --replace; stat -c %F cp/points/first; qvs checkpoint remove first --dir cp/points  => first: changed | regular file | first: changed

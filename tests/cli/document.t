@@ -12,10 +12,8 @@ Export and compare.
       opaque: off
       maxPorts: 128
       uplinks: []
-  $ qvs export sw2 --json | jq -c .
-  {"switches":{"sw2":{"id":"73 77 32 00 00 00 00 00-00 00 00 00 00 00 00 00","portset":"sw2","version":105,"opaque":false,"maxPorts":128,"uplinks":[]}}}
-  $ qvs export >all.yaml; qvs diff all.yaml; qvs export --json >all.json; qvs diff all.json --prune; qvs diff - --json <all.json
-  []
+  $ qvs export sw2 --json | jq -c .  => {"switches":{"sw2":{"id":"73 77 32 00 00 00 00 00-00 00 00 00 00 00 00 00","portset":"sw2","version":105,"opaque":false,"maxPorts":128,"uplinks":[]}}}
+  $ qvs export >all.yaml; qvs diff all.yaml; qvs export --json >all.json; qvs diff all.json --prune; qvs diff - --json <all.json  => []
   $ qvs export sw2 sw1 sw2 | cmp - all.yaml
   $ echo 'switches: {sw1: {mtu: 9000, ports: {port0: {connectId: 2, vlan: {id: 5}}, new: }}, sw3: {uplinks: [u]}}' >wanted
   $ qvs diff wanted
@@ -34,8 +32,7 @@ Export and compare.
   {"change":"changed","switch":"sw1","port":"port0","host":false,"member":"vlan","property":null,"before":{"id": 0, "private": false},"after":{"id": 5, "private": false},"conflict":false}
   ]
   ? 4
-  $ qvs diff wanted --prune | tail -n 1
-  - switches.sw2
+  $ qvs diff wanted --prune | tail -n 1  => - switches.sw2
   $ echo 'switches: {sw1: {id: other, version: 1, portset: p, opaque: on, maxPorts: 7}}' | qvs diff -
   ! switches.sw1.id: 73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00 -> other (an existing switch cannot change it)
   ! switches.sw1.portset: sw1 -> p (an existing switch cannot change it)
@@ -47,11 +44,8 @@ Export and compare.
 A property is stored over a setting, and the other way round.
 
   $ qvs prop set sw1 com.quillon.vswitch.port.vlan --hex 01 --port port0  => sw1/port0 com.quillon.vswitch.port.vlan: changed
-  $ qvs export sw1 2>&1 >/dev/null
-  qvs: warning: switch 'sw1': port 'port0': the members of vlan cannot express the bytes of 'com.quillon.vswitch.port.vlan', which stay a property
-  $ echo 'switches: {sw1: {ports: {port0: {vlan: {id: 5}}}}}' | qvs diff - 2>/dev/null
-  ~ switches.sw1.ports.port0.vlan: {class: 16, value: AQ==} -> {id: 5}
-  ? 4
+  $ qvs export sw1 2>&1 >/dev/null  => qvs: warning: switch 'sw1': port 'port0': the members of vlan cannot express the bytes of 'com.quillon.vswitch.port.vlan', which stay a property
+  $ echo 'switches: {sw1: {ports: {port0: {vlan: {id: 5}}}}}' | qvs diff - 2>/dev/null  => [4] ~ switches.sw1.ports.port0.vlan: {class: 16, value: AQ==} -> {id: 5}
 
 Switches of other classes are left out.
 

@@ -5,9 +5,7 @@ Standard output that cannot be written is a failure; a reader that has gone ends
   $ qvs port list sw1 >&-  => [1] qvs: standard output: Bad file descriptor
   $ { qvs port list sw1 --kernel; echo "? $?" >status; } | true; cat status  => ? 141
   $ qvs prop get sw1 com.quillon.common.alias --raw /dev/full  => [1] qvs: file '/dev/full': No space left on device
-  $ qvs port add sw1 late >/dev/full; echo $(qvs port list sw1 --names)
-  qvs: standard output: No space left on device
-  uplink0 port0 port1 late
+  $ qvs port add sw1 late >/dev/full; echo $(qvs port list sw1 --names)  => qvs: standard output: No space left on device | uplink0 port0 port1 late
 
 Standard error that cannot be written changes nothing.
 
@@ -35,12 +33,8 @@ Each library call is traced.
 What was done before a failure is reported, and the failure after it.
 
   $ qvs-host fault add 'PortAdd*"b"' --status 0xbad0014; qvs port add sw1 a b c  => [1] sw1/a: changed | qvs: switch 'sw1': port 'b': Out of memory (0xbad0014)
-  $ qvs-host fault add 'PortAdd*"e"' --status 0xbad0014; qvs port add sw1 d e f --json
-  {"switch":"sw1","changed":true,"ports":[{"port":"d","changed":true}]}
-  qvs: switch 'sw1': port 'e': Out of memory (0xbad0014)
-  ? 1
-  $ echo $(qvs port list sw1 --names)
-  uplink0 port0 port1 late a d
+  $ qvs-host fault add 'PortAdd*"e"' --status 0xbad0014; qvs port add sw1 d e f --json  => [1] {"switch":"sw1","changed":true,"ports":[{"port":"d","changed":true}]} | qvs: switch 'sw1': port 'e': Out of memory (0xbad0014)
+  $ echo $(qvs port list sw1 --names)  => uplink0 port0 port1 late a d
 
 A dump is escaped on a terminal alone.
 
@@ -75,9 +69,7 @@ A host whose state cannot be loaded is not an empty host.
 A kernel that answers nonsense is no missing kernel. A host that has ended is named, and the next one takes its socket over; a full disk
 changes nothing.
 
-  $ qvs-host fault add 'device ioctl' --forever --output 0:ffffffff; qvs spf list sw1; qvs livetrace counts 1; qvs-host fault clear
-  qvs: switch 'sw1': Out of memory (0xbad0014)
-  qvs: live-trace action 1: no answer
+  $ qvs-host fault add 'device ioctl' --forever --output 0:ffffffff; qvs spf list sw1; qvs livetrace counts 1; qvs-host fault clear  => qvs: switch 'sw1': Out of memory (0xbad0014) | qvs: live-trace action 1: no answer
   $ qvs-host run --state gone -- sh -c 'kill -9 $(cat gone/lock); qvs switch list; echo $?' 2>&1 | grep -v qvs-host; [ -S gone/socket ] && echo its socket is left
   qvs: no hypercore on this machine: the emulated host that this shell belongs to has ended
   5

@@ -2,11 +2,7 @@
 
 What the kernel finds: the VLANs of ports whose policy names some, and the MTUs, good and bad.
 
-  $ qvs port vlan set sw1 port0 --id 100; qvs port vlan set sw1 port1 --trunk 1-100,200; qvs health result sw1 port0
-  sw1/port0: changed
-  sw1/port1: changed
-  qvs: switch 'sw1': port 'port0': check result: Not found (0xbad0003)
-  ? 3
+  $ qvs port vlan set sw1 port0 --id 100; qvs port vlan set sw1 port1 --trunk 1-100,200; qvs health result sw1 port0  => [3] sw1/port0: changed | sw1/port1: changed | qvs: switch 'sw1': port 'port0': check result: Not found (0xbad0003)
   $ qvs health vlan-mtu set sw1 --interval 1; qvs prop get sw1 com.quillon.common.vlanmtucheck.deploy  => sw1: changed | 0101000000
   $ for port in port0 port2; do qvs health result sw1 $port; done; qvs health result sw1 port1 --json
   switch:             sw1

@@ -43,9 +43,7 @@ The sources of a group, and records without an end of their texts.
   qvs: warning: the kernel counts 3 addresses, but handed over 2
   "224.1.2.3" "10.0.0.1" "10.0.0.2" "10.0.0.1" "10.0.0.2" 
   $ cat >texts <<<'qvs-host fault add "device ioctl" --forever --output 0:$(printf "ff%.0s" $(seq 4096)) >log; for words in "switch show sw1" "switch find --alias sw1" "switch info sw1" "uplink list sw1" "port show sw1 p0" "port list sw1" "port ls-teaming get sw1 p0 --kernel" "mirror runtime agent" "bfd sessions" "livetrace list" "options get" "kcp status" "int get"; do qvs $words --json >answer 2>error; echo -n "$? "; head -n 1 error; done; qvs port ls-teaming get sw1 p0 --kernel | wc -c'
-  $ qvs-host run --lab lab.json -- bash texts
-  0 0 0 3 qvs: switch 'sw1': Not found (0xbad0003)
-  0 0 0 0 0 0 0 0 0 591
+  $ qvs-host run --lab lab.json -- bash texts  => 0 0 0 3 qvs: switch 'sw1': Not found (0xbad0003) | 0 0 0 0 0 0 0 0 0 591
 
 An entry of zeros at the end of a list is an entry when the kernel counts it once more.
 

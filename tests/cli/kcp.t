@@ -22,10 +22,7 @@ A lab fills the other lists. An interface has the link of its port; the containe
   0:01000000010000000100000068797030 140:0203 (11445 bytes)
   0:0100000001000000010000006879706e696330 140:0203 (1112 bytes)
   0:02 8:08 16:1400090000000300000014 (28 bytes)
-  $ qvs kcp containers
-  NUMBER  INTERFACES  VLAN
-  8       0           20
-  9       3           20
+  $ qvs kcp containers  => NUMBER  INTERFACES  VLAN | 8       0           20 | 9       3           20
   $ qvs kcp status --json  => {"status":"AAEB","fields":{"running":"no","connected":"yes","version":1}}
 
 What is on a port goes with it. A lab that is applied again gives the same lists.

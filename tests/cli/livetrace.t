@@ -3,8 +3,7 @@ Sessions are listed with their definition, of which 28 bytes fit.
   $ qvs switch create sw1 --ports 2; qvs livetrace list --raw - | bytes; qvs livetrace counts 1  => sw1: changed | (705 bytes) | SESSION  PORT  PACKETS  BYTES  ACTION
   $ qvs livetrace create sw1 port0 --hex '00 01 02' && qvs livetrace create sw1 port1 --json  => sw1/port0: changed | {"switch":"sw1","port":"port1","changed":true}
   $ printf '%040d' 7 >definition && qvs livetrace create sw1 port0 --file definition  => sw1/port0: changed
-  $ qvs livetrace list --raw - | bytes
-  0:030100000001000004706f727430 57:03 62:0102 89:0200000002000004706f727431 177:0300000001000004706f727430 233:2800000030303030303030303030303030303030303030303030303030303030 (705 bytes)
+  $ qvs livetrace list --raw - | bytes  => 0:030100000001000004706f727430 57:03 62:0102 89:0200000002000004706f727431 177:0300000001000004706f727430 233:2800000030303030303030303030303030303030303030303030303030303030 (705 bytes)
   $ qvs livetrace create sw1 nix  => [3] qvs: switch 'sw1': port 'nix': live trace: Not found (0xbad0003)
   $ qvs livetrace create sw1 port0 --hex 0  => [2] qvs: --hex: '0' is not a row of pairs of digits
   $ grep 'ioctl.*CreateSession' ../trace | sed 's/input=.0:[0-9a-f]*/input=[.../'
@@ -15,8 +14,7 @@ Sessions are listed with their definition, of which 28 bytes fit.
 
 Counts by action.
 
-  $ qvs livetrace counts 3 --raw - | bytes
-  0:030000000300000001000000010000041503 24:9602 32:030002000000020000040d03 50:bd04 58:030003000000010000040404 76:5101 84:03 (86 bytes)
+  $ qvs livetrace counts 3 --raw - | bytes  => 0:030000000300000001000000010000041503 24:9602 32:030002000000020000040d03 50:bd04 58:030003000000010000040404 76:5101 84:03 (86 bytes)
   $ qvs livetrace counts 200 --raw - | bytes  => 4:c8 (8 bytes)
   $ qvs-host fault add 'livetrace*GetCountActionData' --errno EIO && qvs livetrace counts 0  => [1] qvs: live-trace action 0: Input/output error
 

@@ -1,10 +1,7 @@
 Eight processes at a time add uplinks and mirror sessions; nothing that was acknowledged is lost.
 
   $ qvs switch create sw1 --max-ports 500  => sw1: changed
-  $ for p in $(seq 8); do for i in 1 2 3; do qvs uplink add sw1 u$p-$i; qvs mirror add sw1 m$p-$i --type dvport; done & done | grep -c ': changed'; for noun in uplink mirror; do qvs $noun list sw1 --names | wc -l; done
-  48
-  24
-  24
+  $ for p in $(seq 8); do for i in 1 2 3; do qvs uplink add sw1 u$p-$i; qvs mirror add sw1 m$p-$i --type dvport; done & done | grep -c ': changed'; for noun in uplink mirror; do qvs $noun list sw1 --names | wc -l; done  => 48 | 24 | 24
 
 A second run waits until the first is whole, and then sees what it did.
 

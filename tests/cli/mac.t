@@ -16,14 +16,8 @@ entries are left out.
   0:02 8:02 13:0101 20:01000004 28:7030 94:02 99:0202 106:01000004220100007030 (180 bytes)
   (8 bytes)
   []
-  $ sh on 'sh table sw1 --selector 1; sh table sw1 --team --selector 1; sh table sw1 --port p0 --selector 2'
-  0:01 8:02 13:0101 20:01000004 28:7030 (94 bytes)
-  (8 bytes)
-  0:01 8:02 13:0202 20:01000004220100007030 (94 bytes)
-  $ LAB='--lab lab.json' sh on 'qvs mac table sw1 --selector 1 --json' | cut -c 1-60
-  [
-  {"index":0,"entry":"AgAAAAABAQAAAAAAAQAABAAAAABwMAAAAAAAAAAA
-  ]
+  $ sh on 'sh table sw1 --selector 1; sh table sw1 --team --selector 1; sh table sw1 --port p0 --selector 2'  => 0:01 8:02 13:0101 20:01000004 28:7030 (94 bytes) | (8 bytes) | 0:01 8:02 13:0202 20:01000004220100007030 (94 bytes)
+  $ LAB='--lab lab.json' sh on 'qvs mac table sw1 --selector 1 --json' | cut -c 1-60  => [ | {"index":0,"entry":"AgAAAAABAQAAAAAAAQAABAAAAABwMAAAAAAAAAAA | ]
   $ sh on 'qvs mac table sw1 --selector 3; qvs mac table sw1 --selector 256; qvs mac table sw1 --port nix; qvs mac table nix'
   qvs: switch 'sw1': Failure (0xbad0001)
   qvs: --selector: '256' is not a number from 0 to 255
@@ -40,10 +34,7 @@ An entry goes to a port by its identifier or its number.
   sw1/67108866: changed
   qvs: switch 'sw1': port 'p1': Not found (0xbad0003)
   {"switch":"sw1","port":"p1","changed":true}
-  $ sh on 'qvs mac remove sw1 02:00:00:00:00:09 --number 67108866; qvs mac remove sw1 02:00:00:00:00:09 --port p1 --if-exists; sh table sw1 --port p1'
-  qvs: switch 'sw1': Not found (0xbad0003)
-  sw1/p1: unchanged
-  (8 bytes)
+  $ sh on 'qvs mac remove sw1 02:00:00:00:00:09 --number 67108866; qvs mac remove sw1 02:00:00:00:00:09 --port p1 --if-exists; sh table sw1 --port p1'  => qvs: switch 'sw1': Not found (0xbad0003) | sw1/p1: unchanged | (8 bytes)
   $ sh on 'qvs mac remove sw1 020000000009 --port nix --if-exists; qvs mac remove sw1 020000000009 --number 9 --if-exists; qvs mac remove sw1 020000000009 --number 67108866 --if-exists'
   qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
   qvs: switch 'sw1': port number 9: Not found (0xbad0003)
@@ -57,14 +48,9 @@ An address is behind one port of a switch, and another switch may have it too.
   0:01 8:02 13:0101 20:01000004 28:7030 (94 bytes)
   0:01 8:02 13:0201 20:02000004 28:7031 (94 bytes)
   0:01 8:02 13:0201 20:04000004 28:7030 (94 bytes)
-  $ sh on 'qvs mac remove sw1 02:00:00:00:00:02 --port p0; qvs mac add sw2 02:00:00:00:00:02 --number 67108866'
-  qvs: switch 'sw1': port 'p0': Not found (0xbad0003)
-  qvs: switch 'sw2': Not found (0xbad0003)
-  $ sh on 'for entry in 01:00:5e:00:00:01 000000000000 0200000000030300 0200000000030000ff0f; do qvs mac add sw1 $entry --port p0; done' | uniq -c
-        4 qvs: switch 'sw1': port 'p0': Failure (0xbad0001)
-  $ sh on 'qvs mac add sw1 2 --port p0; qvs mac add sw1 '$(printf '00%.0s' $(seq 87))' --port p0'
-  qvs: ENTRY: '2' is not a row of pairs of digits
-  qvs: ENTRY: 87 bytes, 1 to 86 fit
+  $ sh on 'qvs mac remove sw1 02:00:00:00:00:02 --port p0; qvs mac add sw2 02:00:00:00:00:02 --number 67108866'  => qvs: switch 'sw1': port 'p0': Not found (0xbad0003) | qvs: switch 'sw2': Not found (0xbad0003)
+  $ sh on 'for entry in 01:00:5e:00:00:01 000000000000 0200000000030300 0200000000030000ff0f; do qvs mac add sw1 $entry --port p0; done' | uniq -c  =>       4 qvs: switch 'sw1': port 'p0': Failure (0xbad0001)
+  $ sh on 'qvs mac add sw1 2 --port p0; qvs mac add sw1 '$(printf '00%.0s' $(seq 87))' --port p0'  => qvs: ENTRY: '2' is not a row of pairs of digits | qvs: ENTRY: 87 bytes, 1 to 86 fit
 
 Static contexts hold the static addresses of a port, 59 to a record.
 

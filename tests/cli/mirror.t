@@ -2,11 +2,8 @@
 
 Sessions of every type, on a port.
 
-  $ qvs mirror list sw1 --port port0; qvs mirror list sw1 --port port0 --json
-  SESSION  NAME  TYPE  FLAGS  DESTINATIONS  INGRESS  EGRESS
-  []
-  $ qvs mirror add sw1 mix --port port0 --type mixdst --destinations uplink0,port1 --sources-in port0 --sources-out port0,port2 --flags no-input,disabled --sampling-rate 10
-  sw1/port0 mix: changed
+  $ qvs mirror list sw1 --port port0; qvs mirror list sw1 --port port0 --json  => SESSION  NAME  TYPE  FLAGS  DESTINATIONS  INGRESS  EGRESS | []
+  $ qvs mirror add sw1 mix --port port0 --type mixdst --destinations uplink0,port1 --sources-in port0 --sources-out port0,port2 --flags no-input,disabled --sampling-rate 10  => sw1/port0 mix: changed
   $ qvs mirror add sw1 dv --port port0 --type dvport --name "to the probe" --snap-length 96 --destinations port1 --sources-in port0 --json  => {"switch":"sw1","port":"port0","session":"dv","changed":true}
   $ qvs mirror add sw1 rsrc --port port0 --type rmirror-src --encap-vlan 4094 --destinations 12345678901234567890123456789012 --sources-in port0  => sw1/port0 rsrc: changed
   $ qvs mirror add sw1 rdst --port port0 --type rmirror-dst --destinations port1 --sources-in 100,0x65 --sources-out 0  => sw1/port0 rdst: changed
@@ -40,9 +37,7 @@ The list is given back byte by byte, and moved to the uplinks.
   sw1/port0: changed
   {"switch":"sw1","port":"port0","changed":true}
   $ qvs prop get sw1 com.quillon.vswitch.port.mirrorSessions --port port0 --raw - | cmp before -
-  $ qvs mirror set sw1 all; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host --raw - | cmp before -; qvs prop list sw1 --host --json | grep -c '"class":\["POLICY"\]'
-  sw1: changed
-  1
+  $ qvs mirror set sw1 all; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host --raw - | cmp before -; qvs prop list sw1 --host --json | grep -c '"class":\["POLICY"\]'  => sw1: changed | 1
 
 The bytes of one session with one entity of each group.
 
@@ -56,19 +51,14 @@ Existing, absent, and removed sessions.
 
   $ qvs mirror add sw1 rdst --port port0 --type dvport  => [4] qvs: switch 'sw1': port 'port0': mirror sessions: 'rdst': Already exists (0xbad0005)
   $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --stack on --destinations 192.0.2.7,2001:db8::1 --sources-in port0 --may-exist  => sw1/port0 er4: unchanged
-  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --destinations 192.0.2.7,2001:db8::1 --sources-in port0 --may-exist
-  qvs: switch 'sw1': port 'port0': mirror sessions: 'er4': exists and differs
-  ? 4
+  $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --destinations 192.0.2.7,2001:db8::1 --sources-in port0 --may-exist  => [4] qvs: switch 'sw1': port 'port0': mirror sessions: 'er4': exists and differs
   $ qvs mirror remove sw1 mix --port port0; qvs mirror remove sw1 er4 --port port0 --json; qvs mirror list sw1 --port port0 --names --json
   sw1/port0 mix: changed
   {"switch":"sw1","port":"port0","session":"er4","changed":true}
   ["dv","rsrc","rdst","12345678901234567890123456789012"]
   $ qvs mirror remove sw1 mix --port port0  => [3] qvs: switch 'sw1': port 'port0': mirror sessions: 'mix': Not found (0xbad0003)
   $ qvs mirror remove sw1 mix --port port0 --if-exists  => sw1/port0 mix: unchanged
-  $ qvs mirror remove sw1 s; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host
-  sw1 s: changed
-  qvs: switch 'sw1': host property 'com.quillon.vswitch.uplinkMirrorSessions': Not found (0xbad0003)
-  ? 3
+  $ qvs mirror remove sw1 s; qvs prop get sw1 com.quillon.vswitch.uplinkMirrorSessions --host  => [3] sw1 s: changed | qvs: switch 'sw1': host property 'com.quillon.vswitch.uplinkMirrorSessions': Not found (0xbad0003)
 
 What the records cannot hold is refused, and nothing stored.
 

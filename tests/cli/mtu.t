@@ -25,7 +25,5 @@ Clearing goes back to the default everywhere.
 
 A step that fails leaves the old value.
 
-  $ qvs-host fault add 'set /net/pNics/pnic2/mtu 9000' --exit 1; qvs mtu set sw1 9000; qvs-host fault clear
-  treesh: a fault made this request fail
-  qvs: switch 'sw1': MTU: Failure (0xbad0001)
+  $ qvs-host fault add 'set /net/pNics/pnic2/mtu 9000' --exit 1; qvs mtu set sw1 9000; qvs-host fault clear  => treesh: a fault made this request fail | qvs: switch 'sw1': MTU: Failure (0xbad0001)
   $ qvs mtu get sw1; for nic in 0 1 2; do treesh -e get /net/pNics/pnic$nic/mtu; done  => switch:  sw1 | mtu:     1280 | stored:  yes | mtu:1280 | mtu:1280 | mtu:1280

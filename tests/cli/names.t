@@ -19,11 +19,7 @@ Names that a shell, a terminal or a parser would interpret are names like any ot
   {"port":"�é","number":67108872,"inUse":false,"linkUp":false,"client":null,"connectId":1,"blocked":false,"vlan":null,"policies":{}},
   $ qvs port remove 'a b' $'tab\tnew\nline\x1b[31m' '[a,b]' -- -dash  => a b/tab\tnew\nline\x1b[31m: changed | a b/[a,b]: changed | a b/-dash: changed
   $ qvs port remove 'a b' $'tab\tnew\nline\x1b[31m'  => [3] qvs: switch 'a b': port 'tab\tnew\nline\x1b[31m': Not found (0xbad0003)
-  $ qvs uplink set 'a b' 'c d' '*' && qvs uplink list 'a b'
-  a b: changed
-  UPLINK  PORT  LINK  LACP  NIC    KERNEL PORT
-  c d     c d   up    down  pnic0  c d
-  *       *     up    down  pnic1  *
+  $ qvs uplink set 'a b' 'c d' '*' && qvs uplink list 'a b'  => a b: changed | UPLINK  PORT  LINK  LACP  NIC    KERNEL PORT | c d     c d   up    down  pnic0  c d | *       *     up    down  pnic1  *
   $ qvs prop set 'a b' '$k' '`touch x`' --port "it's"; qvs prop get 'a b' '$k' --port "it's"  => a b/it's $k: changed | `touch x`
   $ qvs dump 'a b' | grep -F 'touch x' | head -n 2
   	port $(touch x):
@@ -64,9 +60,7 @@ Too long for the record: refused before anything is done.
   $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch create "$(x 80)" --id "$(x 63)" --portset "$(x 127)" && qvs switch destroy "$(x 80)"
   xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed
   xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed
-  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs port add 'a b' "$(x 47)" && qvs port remove 'a b' "$(x 47)"
-  a b/xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed
-  a b/xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs port add 'a b' "$(x 47)" && qvs port remove 'a b' "$(x 47)"  => a b/xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed | a b/xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed
   $ qvs port list 'a b' --names | grep -c ok  => [1] 0
 
 Numbers have 32 bits.
@@ -74,9 +68,7 @@ Numbers have 32 bits.
   $ qvs port add 'a b' n --connect-id 4294967296  => [2] qvs: --connect-id: '4294967296' is not a number from 0 to 4294967295
   $ qvs port add 'a b' n --connect-id -1  => [2] qvs: --connect-id: '-1' is not a number from 0 to 4294967295
   $ qvs port add 'a b' n --connect-id 1x  => [2] qvs: --connect-id: '1x' is not a number from 0 to 4294967295
-  $ qvs port add 'a b' n --connect-id 0xffffffff && qvs port show 'a b' n --json | cut -c 1-78
-  a b/n: changed
-  {"switch":"a b","port":"n","alias":"n","state":"live","connectId":4294967295,"
+  $ qvs port add 'a b' n --connect-id 0xffffffff && qvs port show 'a b' n --json | cut -c 1-78  => a b/n: changed | {"switch":"a b","port":"n","alias":"n","state":"live","connectId":4294967295,"
 
 UTF-8 has no surrogates and no longer form of a byte.
 
@@ -96,8 +88,7 @@ The completion quotes names, and runs nothing.
 A table fits a terminal; numbers are never cut, and no character is.
 
   $ qvs switch create tabelle >/dev/null; qvs port add tabelle 交換機の入口ポート $'e\u0301te\u0301-de\u0301ja\u0300-vu' a-port-with-a-name-that-is-long short >/dev/null
-  $ on() { COLUMNS=$1 script -qec "$2" /dev/null | tr -d '\r' | cat -v | sed 's/M-bM-^@M-&/…/'; }; on 200 'qvs port list tabelle' | head -n 1
-  ^[[1mPORT                             NUMBER    STATE  CLIENT  CONNECT ID  VLAN  POLICIES^[[0m
+  $ on() { COLUMNS=$1 script -qec "$2" /dev/null | tr -d '\r' | cat -v | sed 's/M-bM-^@M-&/…/'; }; on 200 'qvs port list tabelle' | head -n 1  => ^[[1mPORT                             NUMBER    STATE  CLIENT  CONNECT ID  VLAN  POLICIES^[[0m
   $ COLUMNS=60 NO_COLOR=1 script -qec 'qvs port list tabelle' /dev/null | tr -d '\r'
   PORT                           STATE  CLIENT  VLAN  POLICIES
   交換機の入口ポート             free   -       -     -
@@ -107,8 +98,7 @@ A table fits a terminal; numbers are never cut, and no character is.
   $ COLUMNS=60 NO_COLOR=1 script -qec 'qvs port list tabelle --wide' /dev/null | tr -d '\r' | head -n 2
   PORT                             NUMBER    STATE  CLIENT  CONNECT ID  VLAN  POLICIES
   交換機の入口ポート               67108882  free   -       1           -     -
-  $ COLUMNS=20 qvs port list tabelle | awk '{ print length }' | sort -n | tail -n 1
-  86
+  $ COLUMNS=20 qvs port list tabelle | awk '{ print length }' | sort -n | tail -n 1  => 86
 
 A name may be typed as it is shown. What a terminal does not show, or shows in another order, is escaped.
 
@@ -130,7 +120,4 @@ A name may be typed as it is shown. What a terminal does not show, or shows in a
   "x\u200by"
   "\ufeffz"
   "\u65e5\u672c"
-  $ qvs port remove esc 'a\tb' 'pay\xe2\x80\xaefdp' && qvs port list esc --names | wc -l
-  esc/a\tb: changed
-  esc/pay\xe2\x80\xaefdp: changed
-  6
+  $ qvs port remove esc 'a\tb' 'pay\xe2\x80\xaefdp' && qvs port list esc --names | wc -l  => esc/a\tb: changed | esc/pay\xe2\x80\xaefdp: changed | 6

@@ -219,8 +219,7 @@ What is no table breaks between words on a narrow terminal, and not at all with 
 
 The ports with the most traffic, between two looks. The screen is for terminals.
 
-  $ sh on 'qvs top sw1 --once --interval 0.1 --json | jq -c ".[0] | [.port, .client, .vlan, .state, (.bitsIn > 0), (.dropped > 0)]"'
-  ["web","web.eth0","trunk 1-100,200, priority 3","up",true,true]
+  $ sh on 'qvs top sw1 --once --interval 0.1 --json | jq -c ".[0] | [.port, .client, .vlan, .state, (.bitsIn > 0), (.dropped > 0)]"'  => ["web","web.eth0","trunk 1-100,200, priority 3","up",true,true]
   $ sh on 'for words in "" --json "--once --interval 0" "--once --limit 0" "--limit 3" "nix --once"; do qvs top $words; done; qvs-host fault add StateGet --status 0xbad0040 --nth 2 >log; qvs top --once --interval 0.1'
   qvs: the screen needs a terminal; 'qvs top --once' prints text
   qvs: --json needs --once

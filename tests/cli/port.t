@@ -24,19 +24,14 @@ What exists is compared in what is given.
 
 One port, with what the kernel says about it.
 
-  $ qvs port show sw1 vm | grep -E '^(external|number|link)'
-  external id:        vif-1
-  number:             67108869
-  link:               down (no client is attached)
+  $ qvs port show sw1 vm | grep -E '^(external|number|link)'  => external id:        vif-1 | number:             67108869 | link:               down (no client is attached)
   $ qvs port show sw1 uplink0 --json | sed 's/"info":.*/.../'
   {"switch":"sw1","port":"uplink0","alias":"uplink0","state":"live","connectId":1,"externalId":null,"blocked":false,"number":67108865,"inUse":true,"linkUp":true,"linkReason":null,"kernelBlocked":false,"client":"pnic0","uplink":null,"settings":{"vlan":{"id":0,"private":false,"trunk":["1-4094"],"priority":null},"nestedVlan":false,"security":{"promiscuous":"deny","macChange":"allow","forged":"allow"},"filter":null,"teaming":null,"teamingOverride":null,"lsTeaming":null,"txUplink":null,"macLearning":{"learning":false,"flooding":false,"limit":4096,"limitPolicy":"allow"},"multicastAddresses":null,"mirrorSessions":null,"ipfix":null},"stored":["vlan"],"teamHint":"cG5pYzAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=","teamHintFields":{"nic":"pnic0"},...
   $ qvs port show sw1 vm --raw - | bytes  => 0:05000004 8:766d 320:01 (1458 bytes)
   $ qvs port number sw1 db  => 67108868
   $ qvs port number "73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00" db --by-id --json  => {"switch":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","port":"db","number":67108868}
   $ qvs port show sw1 nix  => [3] qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
-  $ qvs port list sw1 --kernel --json | cut -c 1-40 | sed -n '2p; 6p'
-  {"index":0,"info":"AQAABAMAAAB1cGxpbmswA
-  {"index":4,"info":"BQAABAAAAAB2bQAAAAAAA
+  $ qvs port list sw1 --kernel --json | cut -c 1-40 | sed -n '2p; 6p'  => {"index":0,"info":"AQAABAMAAAB1cGxpbmswA | {"index":4,"info":"BQAABAAAAAB2bQAAAAAAA
 
 A listing asks the kernel for the state, sees that the device is there, and asks nothing else, however many ports there are.
 
@@ -50,8 +45,7 @@ Removed; uplinks stay.
   $ qvs port remove sw1 web nix  => [3] qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
   $ qvs port remove sw1 web uplink0  => [1] qvs: switch 'sw1': port 'uplink0': carries an uplink; remove that with 'qvs uplink remove'
   $ qvs port remove sw1 web nix --if-exists  => sw1/web: changed | sw1/nix: unchanged
-  $ echo $(qvs port list sw1 --names)
-  uplink0 port0 db vm new
+  $ echo $(qvs port list sw1 --names)  => uplink0 port0 db vm new
 
 The ports of a VLAN, and one setting for several ports: all of them are checked before the first is changed.
 
@@ -62,10 +56,7 @@ The ports of a VLAN, and one setting for several ports: all of them are checked 
   b     10
   c     trunk 9-11,20
   c
-  $ qvs port vlan set vl a none --id 20; qvs port vlan set vl a a --id 20; qvs port vlan get vl a | grep ^id
-  qvs: switch 'vl': port 'none': Not found (0xbad0003)
-  qvs: port 'a': given twice
-  id:        10
+  $ qvs port vlan set vl a none --id 20; qvs port vlan set vl a a --id 20; qvs port vlan get vl a | grep ^id  => qvs: switch 'vl': port 'none': Not found (0xbad0003) | qvs: port 'a': given twice | id:        10
   $ qvs port vlan set vl $(qvs port list vl --vlan 10 --names | head -n 2) --id 20 --json; printf 'port vlan set vl a d --id 30\nport vlan get vl d --json\n' | qvs batch - | tail -n 1 | jq .id
   {"switch":"vl","changed":true,"ports":[{"port":"a","changed":true},{"port":"b","changed":true}]}
   30

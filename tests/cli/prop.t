@@ -11,12 +11,8 @@ Values as text, digits and files, in the three scopes.
   $ qvs prop get sw1 bytes --host  => 01020aff
   $ printf 'no NUL' >file; qvs prop set sw1 raw --file file --port port0 --json  => {"switch":"sw1","scope":"port","port":"port0","key":"raw","changed":true}
   $ qvs prop get sw1 raw --port port0  => 6e6f204e554c
-  $ head -c 100000 /dev/urandom >big; qvs prop set sw1 big --file - <big; qvs prop get sw1 big --raw back; cmp big back; qvs prop clear sw1 big
-  sw1 big: changed
-  sw1 big: changed
-  $ qvs prop set sw1 empty --hex '' && qvs prop get sw1 empty --json
-  sw1 empty: changed
-  {"switch":"sw1","scope":"global","port":null,"key":"empty","class":["CONFIG"],"length":0,"text":null,"value":""}
+  $ head -c 100000 /dev/urandom >big; qvs prop set sw1 big --file - <big; qvs prop get sw1 big --raw back; cmp big back; qvs prop clear sw1 big  => sw1 big: changed | sw1 big: changed
+  $ qvs prop set sw1 empty --hex '' && qvs prop get sw1 empty --json  => sw1 empty: changed | {"switch":"sw1","scope":"global","port":null,"key":"empty","class":["CONFIG"],"length":0,"text":null,"value":""}
   $ qvs prop set sw1 text '' && qvs prop get sw1 text --hex  => sw1 text: changed | 00
 
 Unchanged is the same value and the same class.
@@ -47,11 +43,7 @@ By identifier, without the snapshot.
 
 Bad values change nothing.
 
-  $ qvs prop set sw1 k; qvs prop set sw1 k v --hex 00; qvs prop set sw1 k v --runtime
-  qvs: one of VALUE, --text, --hex, --file is needed
-  qvs: VALUE and --hex exclude each other
-  qvs: --runtime is for host properties: add --host
-  ? 2
+  $ qvs prop set sw1 k; qvs prop set sw1 k v --hex 00; qvs prop set sw1 k v --runtime  => [2] qvs: one of VALUE, --text, --hex, --file is needed | qvs: VALUE and --hex exclude each other | qvs: --runtime is for host properties: add --host
   $ qvs prop set sw1 '' v  => [2] qvs: key: may not be empty
   $ for file in nix . /dev/zero; do qvs prop set sw1 k --file $file; done; for more in "" x; do { head -c 33554432 /dev/zero; printf "$more"; } | qvs prop set sw1 most --file -; done; qvs prop clear sw1 most
   qvs: file 'nix': No such file or directory

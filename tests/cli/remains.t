@@ -51,17 +51,9 @@ The same with destroying one that is whole.
 Uplinks: a port that was added and not listed, one that was removed and is still listed, a name without an entry.
 
   $ qvs switch create b --uplinks 2 --ports 1  => b: changed
-  $ for fault in GlobalPropSet PortRemove; do qvs-host fault add $fault --status 0xbad0014; done; qvs uplink add b new; echo $(qvs uplink list b --names)
-  qvs: switch 'b': uplink 'new': Out of memory (0xbad0014)
-  uplink0 uplink1
-  $ qvs-host fault add GlobalPropSet --status 0xbad0014; qvs uplink remove b uplink0
-  qvs: switch 'b': uplink 'uplink0': Out of memory (0xbad0014); uplink 'uplink0' has no port; 'qvs switch repair b' mends that
-  ? 1
-  $ qvs uplink list b
-  UPLINK   PORT     LINK  LACP  NIC    KERNEL PORT
-  uplink1  uplink1  up    down  pnic1  uplink1
-  qvs: switch 'b': uplink 'uplink0' has no port; 'qvs switch repair b' mends that
-  ? 1
+  $ for fault in GlobalPropSet PortRemove; do qvs-host fault add $fault --status 0xbad0014; done; qvs uplink add b new; echo $(qvs uplink list b --names)  => qvs: switch 'b': uplink 'new': Out of memory (0xbad0014) | uplink0 uplink1
+  $ qvs-host fault add GlobalPropSet --status 0xbad0014; qvs uplink remove b uplink0  => [1] qvs: switch 'b': uplink 'uplink0': Out of memory (0xbad0014); uplink 'uplink0' has no port; 'qvs switch repair b' mends that
+  $ qvs uplink list b  => [1] UPLINK   PORT     LINK  LACP  NIC    KERNEL PORT | uplink1  uplink1  up    down  pnic1  uplink1 | qvs: switch 'b': uplink 'uplink0' has no port; 'qvs switch repair b' mends that
   $ qvs uplink list b --names --json  => [1] ["uplink1"] | qvs: switch 'b': uplink 'uplink0' has no port; 'qvs switch repair b' mends that
   $ qvs uplink add b more --may-exist  => [1] qvs: switch 'b': uplink 'uplink0' has no port; 'qvs switch repair b' mends that
   $ qvs switch list

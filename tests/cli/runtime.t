@@ -11,11 +11,7 @@ was changed before has survived a restart, and counters begin anew; within a lin
 
 Mirror sessions are those that are stored: a disabled one is idle, and destinations count while they have a link.
 
-  $ sh on 'qvs mirror runtime ids sw1; qvs mirror runtime destinations sw1; qvs mirror runtime stats sw1 cap'
-  SESSION
-  PORT
-  qvs: switch 'sw1': mirror session 'cap': Not found (0xbad0003)
-  ? 3
+  $ sh on 'qvs mirror runtime ids sw1; qvs mirror runtime destinations sw1; qvs mirror runtime stats sw1 cap'  => [3] SESSION | PORT | qvs: switch 'sw1': mirror session 'cap': Not found (0xbad0003)
   $ sh on 'qvs mirror add sw1 cap --type dvport --destinations p1,p2,pnic0 --port p0; qvs mirror add sw1 cap --type dvport --destinations p1 --port p2; qvs mirror add sw1 a-name-of-thirty-two-characters- --type dvport --destinations p0 --flags disabled'
   qvs: warning: switch 'sw1': port 'p0': mirror sessions: port or uplink 'pnic0' is missing
   sw1/p0 cap: changed
@@ -43,9 +39,7 @@ Mirror sessions are those that are stored: a disabled one is idle, and destinati
 Logical-switch teaming as stored; a table that counts more than it holds is cut.
 
   $ sh on 'qvs ls-teaming get sw1 --kernel --json; qvs port ls-teaming get sw1 p0 --kernel'  => [3] {"switch":"sw1","policies":[],"stored":false} | qvs: switch 'sw1': port 'p0': logical-switch teaming choice: Not found (0xbad0003)
-  $ sh on 'head -c 5496 /dev/zero | tr "\000" x >table; qvs ls-teaming set sw1 --file table; qvs port ls-teaming set sw1 p0 storage'
-  sw1: changed
-  sw1/p0: changed
+  $ sh on 'head -c 5496 /dev/zero | tr "\000" x >table; qvs ls-teaming set sw1 --file table; qvs port ls-teaming set sw1 p0 storage'  => sw1: changed | sw1/p0: changed
   $ sh on 'qvs ls-teaming get sw1 --kernel --raw - | cmp - table && qvs ls-teaming get sw1 --kernel | grep entry; qvs port ls-teaming get sw1 p0 --kernel --json'
   entry 0 (2748 bytes):
   entry 1 (2748 bytes):
@@ -134,10 +128,7 @@ Ports of the SPF data path.
   0:01000004 8:0401 16:3b04 24:1b04 32:fa02 40:bb 48:78 56:9b 64:d001 72:e9 80:9105 88:6b04 96:7903 104:d505 112:e402 120:cf 128:92 136:4905 144:e001 152:4804 160:02 168:fa02 176:8c02 184:ae03 192:2407 200:d504 208:e401 216:fd 224:9e05 232:6a01 240:f305 248:2c03 (256 bytes)
   qvs: switch 'sw1': port 'p0': Not found (0xbad0003)
   ? 3
-  $ sh on 'qvs port remove sw1 p2; qvs spf list sw1'
-  qvs: warning: switch 'sw1': p2 is removed, but still named by: port 'p0': mirror sessions
-  sw1/p2: changed
-  PORT  FLAGS
+  $ sh on 'qvs port remove sw1 p2; qvs spf list sw1'  => qvs: warning: switch 'sw1': p2 is removed, but still named by: port 'p0': mirror sessions | sw1/p2: changed | PORT  FLAGS
   $ sh on 'qvs --trace spf stats gvm sw1 uplink0 2>&1 | sed "s/, [0-9]* us//"'
   qvs: DVSLoadConfig() -> 0x0 (Success)
   qvs: VSDVS_DvPortIDToPortID("sw1", "uplink0", ...) -> 0x0 (Success)
@@ -147,20 +138,15 @@ Ports of the SPF data path.
 The statistics of a busy port grow whenever they are looked at, all others stay; one that comes to rest keeps what it has.
 
   $ cat >look <<<'for i in 1 2; do echo $(qvs prop get sw1 com.quillon.common.port.statistics --port p0 --raw - | od -An -tu8 -N 16; qvs dump sw1 | grep -m 2 sInUnicast); done'
-  $ sh on 'sh ./look; qvs port show sw1 p0 --raw - | od -An -tu8 -j 192 -N 16'
-  180 2895 pktsInUnicast = 240 bytesInUnicast = 3860
-  420 6755 pktsInUnicast = 480 bytesInUnicast = 7720
-                    600                 9650
-  $ sh on 'qvs prop get sw1 com.quillon.common.port.statistics --port uplink0 --raw - | od -An -tu8 -N 16'
-                      0                    0
+  $ sh on 'sh ./look; qvs port show sw1 p0 --raw - | od -An -tu8 -j 192 -N 16'  => 180 2895 pktsInUnicast = 240 bytesInUnicast = 3860 | 420 6755 pktsInUnicast = 480 bytesInUnicast = 7720 |                   600                 9650
+  $ sh on 'qvs prop get sw1 com.quillon.common.port.statistics --port uplink0 --raw - | od -An -tu8 -N 16'  =>                     0                    0
   $ cat >rest.json <<<'{"busy": []}'
   $ sh on 'sh ./look; qvs-host fault add "*PortDataGet*port.statistics*" --lab rest.json; sh ./look'
   180 2895 pktsInUnicast = 240 bytesInUnicast = 3860
   420 6755 pktsInUnicast = 480 bytesInUnicast = 7720
   540 8685 pktsInUnicast = 540 bytesInUnicast = 8685
   540 8685 pktsInUnicast = 540 bytesInUnicast = 8685
-  $ sh on 'qvs prop get sw1 com.quillon.common.port.statistics --port p0 --raw - | od -An -tu8 -N 16'
-                    540                 8685
+  $ sh on 'qvs prop get sw1 com.quillon.common.port.statistics --port p0 --raw - | od -An -tu8 -N 16'  =>                   540                 8685
 
 A lab that makes no sense is refused.
 

@@ -1,79 +1,54 @@
   $ qvs switch create sw1 --uplinks 2 --ports 2  => sw1: changed
 
-Every setting: what holds while nothing is stored; then a change that is told once, what is stored, two clears, and what is stored then. The
-MTU has a transcript of its own.
+A row for every setting but the MTU, which has a transcript of its own: what holds while nothing is stored; a change, which is told once;
+what is stored then; two clears; what is stored in the end, and the exit status of asking for it.
 
-  $ cat >try <<<'at="sw1${3:+ $3}"; qvs $1 get $at --json; echo $(for words in "set $at $2" "set $at $2" "get $at --json" "clear $at" "clear $at" "get $at --stored"; do qvs $1 $words; done 2>&1; echo $?)'
+  $ cat >try <<<'at="sw1${3:+ $3}"; echo $(for words in "get $at --json" "set $at $2" "set $at $2" "get $at --json" "clear $at" "clear $at" "get $at --stored"; do qvs $1 $words; done 2>&1; echo $?)'
   $ sh try pvlan '100:101:isolated 100:100:promiscuous 0x64:4094:community'
-  {"switch":"sw1","privateVlans":null,"stored":false}
-  sw1: changed sw1: unchanged {"switch":"sw1","privateVlans":[{"primary":100,"secondary":101,"type":"isolated"},{"primary":100,"secondary":100,"type":"promiscuous"},{"primary":100,"secondary":4094,"type":"community"}],"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': private VLANs: Not found (0xbad0003) 3
+  {"switch":"sw1","privateVlans":null,"stored":false} sw1: changed sw1: unchanged {"switch":"sw1","privateVlans":[{"primary":100,"secondary":101,"type":"isolated"},{"primary":100,"secondary":100,"type":"promiscuous"},{"primary":100,"secondary":4094,"type":"community"}],"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': private VLANs: Not found (0xbad0003) 3
   $ sh try 'port vlan' '--id 100 --trunk 1-100,200,0x12c --priority 0' port0
-  {"switch":"sw1","port":"port0","id":0,"private":false,"trunk":null,"priority":null,"stored":true}
-  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","id":100,"private":false,"trunk":["1-100","200","300"],"priority":0,"stored":true} sw1/port0: changed sw1/port0: unchanged switch: sw1 port: port0 id: 0 private: off trunk: - priority: - stored: yes 0
+  {"switch":"sw1","port":"port0","id":0,"private":false,"trunk":null,"priority":null,"stored":true} sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","id":100,"private":false,"trunk":["1-100","200","300"],"priority":0,"stored":true} sw1/port0: changed sw1/port0: unchanged switch: sw1 port: port0 id: 0 private: off trunk: - priority: - stored: yes 0
   $ sh try 'port nested-vlan' on port0
-  {"switch":"sw1","port":"port0","enabled":false,"stored":false}
-  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","enabled":true,"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': nested VLAN tagging: Not found (0xbad0003) 3
+  {"switch":"sw1","port":"port0","enabled":false,"stored":false} sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","enabled":true,"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': nested VLAN tagging: Not found (0xbad0003) 3
   $ sh try 'port security' '--forged deny --mac-change deny' port0
-  {"switch":"sw1","port":"port0","promiscuous":"deny","macChange":"allow","forged":"allow","stored":false}
-  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","promiscuous":"deny","macChange":"deny","forged":"deny","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': security: Not found (0xbad0003) 3
+  {"switch":"sw1","port":"port0","promiscuous":"deny","macChange":"allow","forged":"allow","stored":false} sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","promiscuous":"deny","macChange":"deny","forged":"deny","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': security: Not found (0xbad0003) 3
   $ sh try 'port filter' '--flags use-ladrf,multicast,unicast --addresses 01:00:5e:00:00:FB,33:33:00:00:00:01' port0
-  {"switch":"sw1","port":"port0","flags":null,"addresses":null,"stored":false}
-  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","flags":["unicast","multicast","use-ladrf"],"addresses":["01:00:5e:00:00:fb","33:33:00:00:00:01"],"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': receive filter: Not found (0xbad0003) 3
+  {"switch":"sw1","port":"port0","flags":null,"addresses":null,"stored":false} sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","flags":["unicast","multicast","use-ladrf"],"addresses":["01:00:5e:00:00:fb","33:33:00:00:00:01"],"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': receive filter: Not found (0xbad0003) 3
   $ sh try teaming '--active uplink1,uplink0 --balance source-mac --link-state on --best-effort on'
-  {"switch":"sw1","balance":null,"active":null,"standby":null,"linkState":null,"beacon":null,"notify":null,"rolling":null,"bestEffort":null,"shotgun":null,"stored":false}
-  sw1: changed sw1: unchanged {"switch":"sw1","balance":"source-mac","active":["uplink1","uplink0"],"standby":[],"linkState":true,"beacon":false,"notify":false,"rolling":false,"bestEffort":true,"shotgun":false,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': teaming policy: Not found (0xbad0003) 3
+  {"switch":"sw1","balance":null,"active":null,"standby":null,"linkState":null,"beacon":null,"notify":null,"rolling":null,"bestEffort":null,"shotgun":null,"stored":false} sw1: changed sw1: unchanged {"switch":"sw1","balance":"source-mac","active":["uplink1","uplink0"],"standby":[],"linkState":true,"beacon":false,"notify":false,"rolling":false,"bestEffort":true,"shotgun":false,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': teaming policy: Not found (0xbad0003) 3
   $ sh try 'port teaming' '--active uplink1 --standby uplink0 --balance explicit --notify on' port0
-  {"switch":"sw1","port":"port0","balance":null,"active":null,"standby":null,"linkState":null,"beacon":null,"notify":null,"rolling":null,"bestEffort":null,"shotgun":null,"stored":false}
-  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","balance":"explicit","active":["uplink1"],"standby":["uplink0"],"linkState":false,"beacon":false,"notify":true,"rolling":false,"bestEffort":false,"shotgun":false,"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': teaming policy: Not found (0xbad0003) 3
+  {"switch":"sw1","port":"port0","balance":null,"active":null,"standby":null,"linkState":null,"beacon":null,"notify":null,"rolling":null,"bestEffort":null,"shotgun":null,"stored":false} sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","balance":"explicit","active":["uplink1"],"standby":["uplink0"],"linkState":false,"beacon":false,"notify":true,"rolling":false,"bestEffort":false,"shotgun":false,"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': teaming policy: Not found (0xbad0003) 3
   $ sh try 'port teaming-override' gold port0
-  {"switch":"sw1","port":"port0","override":null,"stored":false}
-  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","override":"gold","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': teaming override: Not found (0xbad0003) 3
+  {"switch":"sw1","port":"port0","override":null,"stored":false} sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","override":"gold","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': teaming override: Not found (0xbad0003) 3
   $ sh try 'port tx-uplink' always port0
-  {"switch":"sw1","port":"port0","mode":null,"stored":false}
-  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","mode":"always","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': transmit uplink mode: Not found (0xbad0003) 3
-  $ printf 'a%.0s' $(seq 5496) >entries; sh try ls-teaming '--file entries' 2>/dev/null | sed 's/YWFhYWFh[^"]*/.../g'
-  {"switch":"sw1","policies":null,"stored":false}
-  sw1: changed sw1: unchanged {"switch":"sw1","policies":["...","..."],"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': logical-switch teaming table: Not found (0xbad0003) 3
+  {"switch":"sw1","port":"port0","mode":null,"stored":false} sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","mode":"always","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': transmit uplink mode: Not found (0xbad0003) 3
+  $ printf 'a%.0s' $(seq 5496) >entries; sh try ls-teaming '--file entries' | sed 's/YWFhYWFh[^"]*/.../g'
+  {"switch":"sw1","policies":null,"stored":false} sw1: changed sw1: unchanged {"switch":"sw1","policies":["...","..."],"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': logical-switch teaming table: Not found (0xbad0003) 3
   $ sh try 'port ls-teaming' silver port0
-  {"switch":"sw1","port":"port0","policy":null,"stored":false}
-  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","policy":"silver","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': logical-switch teaming choice: Not found (0xbad0003) 3
+  {"switch":"sw1","port":"port0","policy":null,"stored":false} sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","policy":"silver","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': logical-switch teaming choice: Not found (0xbad0003) 3
   $ sh try mac-learning '--aging 300 --limit 1'
-  {"switch":"sw1","aging":600,"limit":65536,"stored":false}
-  sw1: changed sw1: unchanged {"switch":"sw1","aging":300,"limit":1,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': MAC learning: Not found (0xbad0003) 3
+  {"switch":"sw1","aging":600,"limit":65536,"stored":false} sw1: changed sw1: unchanged {"switch":"sw1","aging":300,"limit":1,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': MAC learning: Not found (0xbad0003) 3
   $ sh try 'port mac-learning' '--learning on --limit 16 --limit-policy deny' port0
-  {"switch":"sw1","port":"port0","learning":false,"flooding":false,"limit":4096,"limitPolicy":"allow","stored":false}
-  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","learning":true,"flooding":false,"limit":16,"limitPolicy":"deny","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': MAC learning: Not found (0xbad0003) 3
+  {"switch":"sw1","port":"port0","learning":false,"flooding":false,"limit":4096,"limitPolicy":"allow","stored":false} sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","learning":true,"flooding":false,"limit":16,"limitPolicy":"deny","stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': MAC learning: Not found (0xbad0003) 3
   $ for noun in learn-static overlay-cache static-mac-allow; do sh try $noun on; done
-  {"switch":"sw1","enabled":false,"stored":false}
-  sw1: changed sw1: unchanged {"switch":"sw1","enabled":true,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': learning of static addresses: Not found (0xbad0003) 3
-  {"switch":"sw1","enabled":false,"stored":false}
-  sw1: changed sw1: unchanged {"switch":"sw1","enabled":true,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': caching for the overlay: Not found (0xbad0003) 3
-  {"switch":"sw1","enabled":false,"stored":false}
-  sw1: changed sw1: unchanged {"switch":"sw1","enabled":true,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': acceptance of static addresses: Not found (0xbad0003) 3
+  {"switch":"sw1","enabled":false,"stored":false} sw1: changed sw1: unchanged {"switch":"sw1","enabled":true,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': learning of static addresses: Not found (0xbad0003) 3
+  {"switch":"sw1","enabled":false,"stored":false} sw1: changed sw1: unchanged {"switch":"sw1","enabled":true,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': caching for the overlay: Not found (0xbad0003) 3
+  {"switch":"sw1","enabled":false,"stored":false} sw1: changed sw1: unchanged {"switch":"sw1","enabled":true,"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': acceptance of static addresses: Not found (0xbad0003) 3
   $ sh try 'mcast mode' snooping
-  {"switch":"sw1","mode":"legacy","stored":false}
-  sw1: changed sw1: unchanged {"switch":"sw1","mode":"snooping","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': multicast filter mode: Not found (0xbad0003) 3
+  {"switch":"sw1","mode":"legacy","stored":false} sw1: changed sw1: unchanged {"switch":"sw1","mode":"snooping","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': multicast filter mode: Not found (0xbad0003) 3
   $ sh try 'mcast list' '01:00:5e:00:00:fb 33:33:00:00:00:FB'
-  {"switch":"sw1","addresses":null,"stored":false}
-  sw1: changed sw1: unchanged {"switch":"sw1","addresses":["01:00:5e:00:00:fb","33:33:00:00:00:fb"],"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': multicast addresses: Not found (0xbad0003) 3
+  {"switch":"sw1","addresses":null,"stored":false} sw1: changed sw1: unchanged {"switch":"sw1","addresses":["01:00:5e:00:00:fb","33:33:00:00:00:fb"],"stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': multicast addresses: Not found (0xbad0003) 3
   $ sh try 'port mcast' --empty port0
-  {"switch":"sw1","port":"port0","addresses":null,"stored":false}
-  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","addresses":[],"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': multicast addresses: Not found (0xbad0003) 3
-  $ sh try rcf ebpf
-  {"switch":"sw1","type":"cbpf","stored":false}
-  sw1: changed sw1: unchanged {"switch":"sw1","type":"ebpf","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': receive filter type: Not found (0xbad0003) 3
+  {"switch":"sw1","port":"port0","addresses":null,"stored":false} sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","addresses":[],"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': multicast addresses: Not found (0xbad0003) 3
+  $ sh try rcf ebpf  => {"switch":"sw1","type":"cbpf","stored":false} sw1: changed sw1: unchanged {"switch":"sw1","type":"ebpf","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': receive filter type: Not found (0xbad0003) 3
   $ sh try 'health team' '--interval 5 --expected ip-hash'
-  {"switch":"sw1","interval":null,"expected":null,"stored":false}
-  sw1: changed sw1: unchanged {"switch":"sw1","interval":5,"expected":"ip-hash","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': team check: Not found (0xbad0003) 3
+  {"switch":"sw1","interval":null,"expected":null,"stored":false} sw1: changed sw1: unchanged {"switch":"sw1","interval":5,"expected":"ip-hash","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': team check: Not found (0xbad0003) 3
   $ printf 'p%.0s' $(seq 512) >param; sh try 'health vlan-mtu' '--interval 1 --parameter param' | sed 's/cHBwcHBw[^"]*/.../g'
-  {"switch":"sw1","interval":null,"parameter":null,"stored":false}
-  sw1: changed sw1: unchanged {"switch":"sw1","interval":1,"parameter":"...","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': VLAN and MTU check: Not found (0xbad0003) 3
+  {"switch":"sw1","interval":null,"parameter":null,"stored":false} sw1: changed sw1: unchanged {"switch":"sw1","interval":1,"parameter":"...","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': VLAN and MTU check: Not found (0xbad0003) 3
   $ sh try discovery '--operation both --protocol lldp'
-  {"switch":"sw1","protocol":"cdp","operation":"down","stored":false}
-  sw1: changed sw1: unchanged {"switch":"sw1","protocol":"lldp","operation":"both","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': discovery: Not found (0xbad0003) 3
+  {"switch":"sw1","protocol":"cdp","operation":"down","stored":false} sw1: changed sw1: unchanged {"switch":"sw1","protocol":"lldp","operation":"both","stored":true} sw1: changed sw1: unchanged qvs: switch 'sw1': discovery: Not found (0xbad0003) 3
   $ sh try 'port ipfix' '--idle 30 --active 60 --rate 100 --internal-only on --vnic-only on --obs-domain 7 --source 192.0.2.1 --obs-id host-3 --collectors 192.0.2.9:4739,[2001:db8::9]:65535' port0
-  {"switch":"sw1","port":"port0","idle":null,"active":null,"rate":null,"internalOnly":null,"vnicOnly":null,"obsDomain":null,"source":null,"obsId":null,"collectors":null,"stored":false}
-  sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","idle":30,"active":60,"rate":100,"internalOnly":true,"vnicOnly":true,"obsDomain":7,"source":"192.0.2.1","obsId":"host-3","collectors":["192.0.2.9:4739","[2001:db8::9]:65535"],"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': flow sampling: Not found (0xbad0003) 3
+  {"switch":"sw1","port":"port0","idle":null,"active":null,"rate":null,"internalOnly":null,"vnicOnly":null,"obsDomain":null,"source":null,"obsId":null,"collectors":null,"stored":false} sw1/port0: changed sw1/port0: unchanged {"switch":"sw1","port":"port0","idle":30,"active":60,"rate":100,"internalOnly":true,"vnicOnly":true,"obsDomain":7,"source":"192.0.2.1","obsId":"host-3","collectors":["192.0.2.9:4739","[2001:db8::9]:65535"],"stored":true} sw1/port0: changed sw1/port0: unchanged qvs: switch 'sw1': port 'port0': flow sampling: Not found (0xbad0003) 3
 
 What is not given is kept; a member goes with none, all of them start anew with --reset.
 
@@ -124,9 +99,7 @@ Bytes that no member has stay; a record that the members cannot express is left 
   qvs: switch 'sw1': MAC learning: the members cannot express the 8 bytes that are stored as com.quillon.vswitch.macLearning; 'qvs mac-learning set' with --reset replaces them
   ffffff0001000000
   {"switch":"sw1","aging":16777215,"limit":1,"stored":true}
-  $ qvs mac-learning set sw1 --reset --limit 9; qvs prop get sw1 com.quillon.vswitch.macLearning --host
-  sw1: changed
-  5802000009000000
+  $ qvs mac-learning set sw1 --reset --limit 9; qvs prop get sw1 com.quillon.vswitch.macLearning --host  => sw1: changed | 5802000009000000
   $ qvs prop set sw1 com.quillon.vswitch.port.vlan --hex 0000000000000200010001 --port port1; qvs port vlan get sw1 port1
   sw1/port1 com.quillon.vswitch.port.vlan: changed
   qvs: switch 'sw1': port 'port1': VLAN policy: Failure (0xbad0001); the 11 bytes that are stored as com.quillon.vswitch.port.vlan are not such a record; 'qvs prop clear sw1 com.quillon.vswitch.port.vlan --port port1' removes them
@@ -223,9 +196,7 @@ What refers to something that is not there is stored with a warning, and not wit
   qvs: warning: switch 'sw1': private VLAN 7, 8 is removed, but still named by: port 'port0': VLAN policy
   sw1: changed
   sw1: changed
-  $ printf '%s\n' 'uplink add sw1 late' 'teaming set sw1 --reset --active late --strict' | qvs batch -
-  sw1/late: changed
-  sw1: changed
+  $ printf '%s\n' 'uplink add sw1 late' 'teaming set sw1 --reset --active late --strict' | qvs batch -  => sw1/late: changed | sw1: changed
 
 A sink port is a flag of the filter.
 

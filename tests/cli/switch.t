@@ -38,17 +38,10 @@ Created with uplinks and ports, listed and shown.
   kernel information:
   $ qvs switch show sw2 --json
   {"alias":"sw2","id":"id-2","class":"vswitch","version":99,"maxPorts":7,"ports":0,"uplinks":0,"portset":"data2","opaque":true,"info":"AgAAAAcAAAAAAAAAAAAAANwFAABjAAAAaWQtMgAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAGRhdGEyAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA==","fields":{"portsetNumber":2,"maxPorts":7,"ports":0,"uplinks":0,"mtu":1500,"version":99,"switchId":"id-2","portset":"data2"}}
-  $ qvs switch show sw2 --raw block; bytes <block
-  0:0200000007 16:dc0500006300000069642d32 88:6461746132 (220 bytes)
+  $ qvs switch show sw2 --raw block; bytes <block  => 0:0200000007 16:dc0500006300000069642d32 88:6461746132 (220 bytes)
   $ qvs switch info data2 --raw - | cmp - block
-  $ qvs switch info data2 --json | head -c 30; qvs switch info nix
-  {"portset":"data2","info":"AgAqvs: portset 'nix': Not found (0xbad0003)
-  ? 3
-  $ qvs switch find --portset data2
-  alias:      sw2
-  id:         id-2
-  kernel id:  id-2
-  portset:    data2
+  $ qvs switch info data2 --json | head -c 30; qvs switch info nix  => [3] {"portset":"data2","info":"AgAqvs: portset 'nix': Not found (0xbad0003)
+  $ qvs switch find --portset data2  => alias:      sw2 | id:         id-2 | kernel id:  id-2 | portset:    data2
   $ qvs switch find --portset data23 --json  => {"alias":"sw2","id":"id-2","kernelId":"id-2","portset":"data2"}
   $ qvs switch find --alias sw1 --json  => {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","kernelId":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","portset":"sw1"}
   $ qvs switch find --portset nix  => [3] qvs: portset 'nix': Not found (0xbad0003)
@@ -113,9 +106,5 @@ Four at a time agree on what one of them did; a signal waits until a switch is w
 
 A switch whose ports are in use is destroyed with a warning.
 
-  $ qvs-host run --lab rack -- qvs switch destroy tenants
-  qvs: warning: switch 'tenants': is destroyed while 3 of its ports are in use: 'db0', 'web0', 'web1'
-  tenants: changed
-  $ qvs-host run --lab pod -- qvs switch destroy tenants
-  qvs: warning: switch 'tenants': is destroyed while 14 of its ports are in use: 'vm0', 'vm1', 'vm2', ...
-  tenants: changed
+  $ qvs-host run --lab rack -- qvs switch destroy tenants  => qvs: warning: switch 'tenants': is destroyed while 3 of its ports are in use: 'db0', 'web0', 'web1' | tenants: changed
+  $ qvs-host run --lab pod -- qvs switch destroy tenants  => qvs: warning: switch 'tenants': is destroyed while 14 of its ports are in use: 'vm0', 'vm1', 'vm2', ... | tenants: changed

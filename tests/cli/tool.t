@@ -47,8 +47,7 @@ Help, manual and completion come from the table.
   
   example:
     qvs switch destroy sw1 --if-exists
-  $ qvs help switch destroy | cmp - <(qvs switch destroy -h); qvs switch --help | sed -n 3p
-    qvs switch create        create a switch, its uplinks uplink0, uplink1... and its ports port0, port1...
+  $ qvs help switch destroy | cmp - <(qvs switch destroy -h); qvs switch --help | sed -n 3p  =>   qvs switch create        create a switch, its uplinks uplink0, uplink1... and its ports port0, port1...
   $ qvs manual | sed -n '1,5p'
   .TH QVS 1 2026-11-22 "qvs 1.1.0" "User Commands"
   .SH NAME
@@ -87,11 +86,7 @@ A usage wraps to fit 80 columns. A backslash joins lines of the source, of at mo
   [\-\-by\-id] [\-\-hex]
   \&    [\-\-raw \fIFILE\fR]
   qvs prop set \fISWITCH\fR \fIKEY\fR [\fIVALUE\fR] [\-\-host] [\-\-port \
-  $ qvs manual | grep -A 1 -F 'qvs\-port(1)'; qvs manual prot
-  \fBqvs\-port(1)\fR
-  ports of a switch
-  qvs: there is no manual page about 'prot'; did you mean 'port' or 'prop'?
-  ? 2
+  $ qvs manual | grep -A 1 -F 'qvs\-port(1)'; qvs manual prot  => [2] \fBqvs\-port(1)\fR | ports of a switch | qvs: there is no manual page about 'prot'; did you mean 'port' or 'prop'?
   $ qvs manual --markdown | sed -n '/### qvs switch destroy/,/if-exists`:/p'
   ### qvs switch destroy
   
@@ -139,8 +134,7 @@ A fault that makes no sense is a wrong usage.
   qvs-host: the fault has no effect; give at least one of --errno, --status, --exit, --delay, --kill, --output, --truncate and --lab
   qvs-host: MATCH: is empty; * matches every request
   ? 2
-  $ qvs-host run -- sh -c 'qvs-host fault add ls --output 0:7065 --output 2:74 --truncate 4; treesh -e ls /; qvs-host fault list'
-  pet/  1: "ls" --nth 1 --count 1 --truncate 4 --output 0:7065 --output 2:74; matched 1, fired 1
+  $ qvs-host run -- sh -c 'qvs-host fault add ls --output 0:7065 --output 2:74 --truncate 4; treesh -e ls /; qvs-host fault list'  => pet/  1: "ls" --nth 1 --count 1 --truncate 4 --output 0:7065 --output 2:74; matched 1, fired 1
 
 An installed lab is found by its name, and the prompt of a shell names the host.
 
@@ -151,14 +145,9 @@ An installed lab is found by its name, and the prompt of a shell names the host.
     pnic1: link down, admin up, 1000 Mb/s, MTU 1500, 02:00:00:00:00:01, port -
   network off
   faults 0
-  $ echo '{}' >rack; qvs-host run --lab rack -- qvs switch list --names; rm rack; mkdir rack; qvs-host run --lab rack -- qvs switch list --names
-  storage
-  tenants
-  $ echo exit | SHELL=/bin/bash HOME=. script -qec 'qvs-host shell --state my-lab' /dev/null | grep -ao '(qvs-host[^)]*)' | head -n 1
-  (qvs-host my-lab)
-  $ echo exit | SHELL=/bin/sh HOME=. script -qec "qvs-host shell --state 'd\$(touch x)'" /dev/null | grep -ao '(qvs-host[^)]*)' | head -n 1; test -e x || echo nothing ran
-  (qvs-host d??touch?x?)
-  nothing ran
+  $ echo '{}' >rack; qvs-host run --lab rack -- qvs switch list --names; rm rack; mkdir rack; qvs-host run --lab rack -- qvs switch list --names  => storage | tenants
+  $ echo exit | SHELL=/bin/bash HOME=. script -qec 'qvs-host shell --state my-lab' /dev/null | grep -ao '(qvs-host[^)]*)' | head -n 1  => (qvs-host my-lab)
+  $ echo exit | SHELL=/bin/sh HOME=. script -qec "qvs-host shell --state 'd\$(touch x)'" /dev/null | grep -ao '(qvs-host[^)]*)' | head -n 1; test -e x || echo nothing ran  => (qvs-host d??touch?x?) | nothing ran
 
 The launcher's own words.
 

@@ -8,8 +8,7 @@ A host that does not answer is no empty host, and no missing one, whether it has
   6 qvs: the host does not answer: /dev/vswitch: Connection timed out; --timeout SECONDS waits longer
   6 qvs: the host does not answer: /dev/vswitch: Too many open files
   $ qvs switch create sw1  => sw1: changed
-  $ for error in EPERM EACCES EBUSY EIO ETIMEDOUT EMFILE; do qvs-host fault add 'device open' --forever --errno $error; qvs switch destroy sw1 --if-exists 2>/dev/null; echo $?; qvs-host fault clear; done | uniq -c | sed 's/^ *//'
-  6 6
+  $ for error in EPERM EACCES EBUSY EIO ETIMEDOUT EMFILE; do qvs-host fault add 'device open' --forever --errno $error; qvs switch destroy sw1 --if-exists 2>/dev/null; echo $?; qvs-host fault clear; done | uniq -c | sed 's/^ *//'  => 6 6
 
 The state that cannot be loaded, and a host that stops answering in the middle of a run.
 
@@ -17,12 +16,8 @@ The state that cannot be loaded, and a host that stops answering in the middle o
   6 qvs: the host does not answer: switch state: Failure (0xbad0001)
   6 qvs: the host does not answer: switch state: Timeout (0xbad0021); --timeout SECONDS waits longer
   6 qvs: the host does not answer: switch state: Operation not permitted (0xbad005b)
-  $ qvs-host fault add 'device open' --nth 2 --errno EBUSY --forever; qvs switch show sw1; qvs-host fault clear
-  qvs: switch 'sw1': Busy (0xbad0004)
-  qvs: the host does not answer: /dev/vswitch: Device or resource busy
-  $ qvs-host fault add 'device open' --nth 2 --errno ENOENT --forever; qvs uplink list sw1; echo $?; qvs-host fault clear
-  qvs: no hypercore on this machine: the emulated host that this shell belongs to has ended
-  5
+  $ qvs-host fault add 'device open' --nth 2 --errno EBUSY --forever; qvs switch show sw1; qvs-host fault clear  => qvs: switch 'sw1': Busy (0xbad0004) | qvs: the host does not answer: /dev/vswitch: Device or resource busy
+  $ qvs-host fault add 'device open' --nth 2 --errno ENOENT --forever; qvs uplink list sw1; echo $?; qvs-host fault clear  => qvs: no hypercore on this machine: the emulated host that this shell belongs to has ended | 5
   $ qvs-host run -- sh -c 'for error in ENOENT ENXIO ENODEV; do qvs-host fault add "device open" --forever --errno $error; qvs switch list 2>/dev/null; echo $?; qvs-host fault clear; done'  => 5 | 5 | 5
 
 A socket without permission: that of another user, or one that lost its bits.
@@ -33,9 +28,7 @@ A socket without permission: that of another user, or one that lost its bits.
 
 A daemon that is stopped: no change is called unchanged, and the wait is as long as the user says.
 
-  $ pid=$(tr -dc 0-9 <../state/lock); kill -STOP $pid; qvs switch destroy sw1 --if-exists --timeout 1; echo $?; kill -CONT $pid
-  qvs: the host does not answer: switch state: Timeout (0xbad0021); --timeout SECONDS waits longer
-  6
+  $ pid=$(tr -dc 0-9 <../state/lock); kill -STOP $pid; qvs switch destroy sw1 --if-exists --timeout 1; echo $?; kill -CONT $pid  => qvs: the host does not answer: switch state: Timeout (0xbad0021); --timeout SECONDS waits longer | 6
 
 How long it may take is for the user to say.
 

@@ -69,19 +69,14 @@ On a terminal, a usage error is broken to its width.
   qvs: usage: qvs mirror add SWITCH SESSION [--port PORT]
   qvs:            [--name TEXT] --type TYPE
   qvs:            [--snap-length BYTES] [--flags FLAGS,...]
-  $ script -qec 'stty cols 60; qvs mtu set sw1 high' /dev/null | tr -d '\r'
-  qvs: MTU: 'high' is not a number 1280 to 9000
+  $ script -qec 'stty cols 60; qvs mtu set sw1 high' /dev/null | tr -d '\r'  => qvs: MTU: 'high' is not a number 1280 to 9000
 
 The help of the whole tool fits on a screen of 80 by 40 with every noun, and no line of help is too long.
 
   $ for columns in 80 200 ""; do COLUMNS=$columns qvs help | awk 'length > 80 { print } END { print NR <= 40 }'; done  => 1 | 1 | 1
   $ COLUMNS=80 qvs-host help | awk 'length > 80 { print } END { print NR <= 40 }'  => 1
-  $ qvs help | sed -n '1p; /^  port /p'
-  usage: qvs NOUN VERB [ARGUMENT...] [OPTION...]
-    port    ports of a switch                            switches and ports
-  $ qvs help | tail -n 2
-  qvs help NOUN lists the verbs of a noun, qvs help all every command.
-  qvs help WORD searches; qvs COMMAND --help says more about a command.
+  $ qvs help | sed -n '1p; /^  port /p'  => usage: qvs NOUN VERB [ARGUMENT...] [OPTION...] |   port    ports of a switch                            switches and ports
+  $ qvs help | tail -n 2  => qvs help NOUN lists the verbs of a noun, qvs help all every command. | qvs help WORD searches; qvs COMMAND --help says more about a command.
   $ qvs help all | sed -n 's/^  qvs \([a-z-]*\).*/\1/p' | sort -u | while read -r noun; do qvs help | grep -Eq "(^|  )  $noun(  |$)" || echo "$noun is missing"; done
   $ qvs help vlan | grep '^qvs' | cut -d : -f 1 | paste -sd,; qvs help PRIVATE vlan | grep -c '^  qvs'; qvs help rm | grep -c information; qvs help undo | grep -c '^  qvs checkpoint '
   qvs port,qvs mirror,qvs pvlan,qvs port vlan,qvs mac,qvs health,qvs health result,qvs export,qvs apply,qvs topology
@@ -91,10 +86,7 @@ The help of the whole tool fits on a screen of 80 by 40 with every noun, and no 
   $ qvs help svg | tail -n +3; qvs help lacp | tail -n +3
     qvs topology  draw what is connected to what: NICs, uplinks, switches, ports, mirror sessions, private VLANs
     qvs uplink list  list the uplinks of a switch with their ports, links and NICs
-  $ each 'help nothing such' 'help swich'
-  qvs: nothing about 'nothing such' was found; 'qvs help' lists the commands
-  qvs: nothing about 'swich' was found; did you mean 'switch'? 'qvs help' lists the commands
-  exit 2 2
+  $ each 'help nothing such' 'help swich'  => qvs: nothing about 'nothing such' was found; 'qvs help' lists the commands | qvs: nothing about 'swich' was found; did you mean 'switch'? 'qvs help' lists the commands | exit 2 2
   $ for columns in 72 200; do COLUMNS=$columns qvs help teaming set | head -n -1 | awk -v most=$columns 'length > most && length > widest { widest = length } length > longest { longest = length } END { print longest, widest + 0 }'; done
   72 0
   99 0
@@ -107,8 +99,7 @@ The help of the whole tool fits on a screen of 80 by 40 with every noun, and no 
     identifier of a switch without alias, or the name of a
     portset without switch.
   
-  $ qvs manual --names | while read -r noun; do qvs manual $noun; done >pages; test $(grep -c '^Example: ' pages) = $(grep -c '^.SS ' pages) && echo each
-  each
+  $ qvs manual --names | while read -r noun; do qvs manual $noun; done >pages; test $(grep -c '^Example: ' pages) = $(grep -c '^.SS ' pages) && echo each  => each
 
 The words of the tasks of a day lead to the commands, also those that stand in details and examples alone.
 
