@@ -73,7 +73,7 @@ How a switch learns: what is stored for it goes before the properties of the hos
   sw1: changed
   0:28 8:070000000400000002000000020000000100000001 (32 bytes)
   0:03 8:0100000407 22:0200000402 34:0103030000040700000002 (50 bytes)
-  $ sh on 'qvs mac add sw1 02:00:00:00:02:01 --port p1; qvs mac add sw1 02:00:00:00:02:02 --port p1; qvs mac add sw1 02:00:00:00:02:01 --port p1; qvs mac add sw1 020000000203 --port p0; qvs mac add sw1 020000000204 --port p0; qvs mac add sw1 020000000205 --port p0'
+  $ sh on 'for entry in "201 --port p1" "202 --port p1" "201 --port p1" "203 --port p0" "204 --port p0" "205 --port p0"; do qvs mac add sw1 020000000$entry; done'
   sw1/p1: changed
   qvs: switch 'sw1': port 'p1': No free pointer blocks (deprecated) (0xbad001a)
   sw1/p1: unchanged

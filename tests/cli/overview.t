@@ -22,7 +22,7 @@ What runs, in one look. A run of the host of its own for each line, so that coun
   $ sh on 'qvs port block sw1 web p9; qvs port vlan set sw1 web --trunk 1-100,200 --priority 3; qvs port vlan set sw1 db --trunk 0-4094; qvs port vlan set sw1 p10 --id 101 --private on --strict; qvs pvlan set sw1 7:8:isolated 7:7:promiscuous; qvs port vlan set sw1 p10 --id 8 --private on --strict; qvs port security set sw1 p11 --mac-change deny; qvs port security set sw1 p12 --promiscuous deny; qvs port teaming set sw1 web --balance source-port; qvs mac-learning set sw1 --aging 300; qvs mirror add sw1 tap --type dvport --destinations p9 --sources-in web --sources-out db,web --flags disabled; qvs prop set sw1 com.quillon.vswitch.port.security --port db --hex 0102' | grep -v changed
   qvs: switch 'sw1': port 'p10': VLAN policy: private VLAN 101 is missing
   ? 1
-  $ sh on 'qvs show sw1; exec 2>log; qvs show sw1 --all --json | jq -c ".[0].ports[] | select(.policies != {}) | [.port, .vlan, .policies]"; qvs show sw1 --json | jq -c ".[] | del(.ports), .ports[-1]"'
+  $ sh on 'qvs show sw1 | sed -n "1,/p12/p"; exec 2>log; qvs show sw1 --all --json | jq -c ".[0].ports[] | select(.policies != {}) | [.port, .vlan, .policies]"; qvs show sw1 --json | jq -c ".[] | del(.ports), .ports[-1]"'
   qvs: warning: switch 'sw1': port 'db': security: 2 bytes that its members cannot express
   sw1: MTU 1500, 6 ports (2 in use), 2 uplinks (1 up), room for 128
   |- policies
@@ -41,12 +41,6 @@ What runs, in one look. A run of the host of its own for each line, so that coun
      |- p10  VLAN private 8                              free
      |- p11                                              free     security: mac change deny
      `- p12                                              free
-  
-  4 problems
-  |- sw1  uplink uplink1  NIC pnic1 has no link
-  |- sw1  port db         the client db\t0 has its link off
-  |- sw1  port p9         is blocked
-  `- sw1  port web        is blocked
   ["db","trunk all",{"security":null}]
   ["p11",null,{"security":{"promiscuous":"deny","macChange":"deny","forged":"allow"}}]
   ["web","trunk 1-100,200, priority 3",{"teaming":{"balance":"source-port","active":[],"standby":[],"linkState":false,"beacon":false,"notify":false,"rolling":false,"bestEffort":false,"shotgun":false}}]
@@ -98,20 +92,13 @@ Problems, each with its object; at most 64 in text; colours on a terminal alone.
 
   $ cat >bad.json <<<'{"pnics": [{"name": "pnic0", "link": "down"}], "switches": [{"alias": "bad", "uplinks": ["u0", "u1"], "ports": ["p0", "p1"]}], "clients": [{"switch": "bad", "port": "p0", "name": "c\u001b0", "link": "down"}]}'
   $ cat >bad <<<'exec qvs-host run --state bad.state --lab bad.json -- sh -c "$1"'
-  $ sh bad 'for words in "port block bad p1" "teaming set bad --active u7,u8" "port vlan set bad p0 --id 5 --private on" "mirror add bad tap --type dvport --destinations nix" "mirror add bad off --type dvport --destinations p1 --flags disabled"; do qvs $words >log; done; qvs show' 2>/dev/null
-  bad: MTU 1500, 2 ports (1 in use), 2 uplinks (0 up), room for 128
-  |- policies
-  |  `- teaming: active u7 u8
+  $ sh bad 'for words in "port block bad p1" "teaming set bad --active u7,u8" "port vlan set bad p0 --id 5 --private on" "mirror add bad tap --type dvport --destinations nix" "mirror add bad off --type dvport --destinations p1 --flags disabled"; do qvs $words >log; done; qvs show | sed -n "/mirror sessions/,/u1/p; /problems/,\$p"' 2>/dev/null
   |- mirror sessions
   |  |- tap  dvport  of uplinks            to nix
   |  `- off  dvport  of uplinks  disabled  to p1
   |- uplinks
   |  |- u0  pnic0  down
   |  `- u1         down
-  `- ports
-     |- p0  VLAN private 5  c\x1b0  down
-     `- p1                          blocked
-  
   9 problems
   |- bad  uplink u0           NIC pnic0 has no link
   |- bad  uplink u1           no NIC is bound
@@ -122,14 +109,11 @@ Problems, each with its object; at most 64 in text; colours on a terminal alone.
   |- bad  mirror session tap  port or uplink 'nix' is missing
   |- bad  switch bad          teaming policy: uplink 'u7', uplink 'u8' are missing
   `- bad  port p0             VLAN policy: private VLAN 5 is missing
-  $ sh bad 'qvs show --json | jq -c ".[].problems | length, .[5]"; LC_ALL=C script -qec "qvs show" /dev/null | tr -d "\r" | grep -a "p[01] " | cat -v; NO_COLOR=1 LC_ALL=C script -qec "qvs show" /dev/null | grep -c -a "\[3[13]m"'
+  $ sh bad 'qvs show --json | jq -c ".[].problems | length, .[5]"; LC_ALL=C script -qec "qvs show" /dev/null | tr -d "\r" | grep -a "p[01] .*\[3" | cat -v; NO_COLOR=1 LC_ALL=C script -qec "qvs show" /dev/null | grep -c -a "\[3[13]m"'
   9
   {"switch":"bad","kind":"mirror session","name":"tap","problem":"has no sources"}
      |- p0  VLAN private 5  c\x1b0  ^[[31mdown^[[0m
      `- p1                          ^[[33mblocked^[[0m
-  |- bad  port p0             the client c\x1b0 has its link off
-  |- bad  port p1             is blocked
-  `- bad  port p0             VLAN policy: private VLAN 5 is missing
   0
   ? 1
   $ sh on 'qvs switch create wide --max-ports 200 --ports 70 >log; qvs port block wide $(seq -f port%.0f 0 69) >log; qvs show wide | tail -n 2; qvs show wide --all | tail -n 1; qvs switch destroy wide >log'
@@ -182,20 +166,14 @@ Counters, and their growth: what was set back shows none. The page operations.md
 
 One word for a state everywhere; names stay whole on a narrow terminal, and ports without traffic stand with --all.
 
-  $ sh on 'qvs port block sw1 web p9 >log; qvs port list sw1 --columns port,state | tail -n +2 | tr -s " " "\t" | sort | tee states; qvs port list sw1 --columns state --json | sed -n 2p; qvs top sw1 --once --all --interval 0.05 --json | jq -r ".[] | [.port, .state] | @tsv" | sort | cmp states -; qvs top sw1 --once --interval 0.05 --json | jq length; qvs port unblock sw1 web p9 >log' 2>/dev/null
+  $ sh on 'qvs port block sw1 web p9 >log; qvs port list sw1 --columns port,state | tail -n +2 | tr -s " " "\t" | sort | tee states | grep -E "web|db|p10|k0"; qvs port list sw1 --columns state --json | sed -n 2p; qvs top sw1 --once --all --interval 0.05 --json | jq -r ".[] | [.port, .state] | @tsv" | sort | cmp states -; qvs top sw1 --once --interval 0.05 --json | jq length; qvs port unblock sw1 web p9 >log' 2>/dev/null
   db	down
   p10	free
-  p11	free
-  p12	free
-  p9	blocked
   uplink0	up
-  uplink1	down
   web	blocked
   {"state":"blocked"},
   1
-  $ sh on 'qvs port add sw1 a-port-with-a-name-of-thirty-three >log; for words in "port stats sw1" "port stats" "top sw1 --once --all --interval 0.05"; do COLUMNS=60 NO_COLOR=1 script -qec "qvs $words" /dev/null | tr -d "\r" | grep -E "PORT|a-port"; done; qvs port remove sw1 a-port-with-a-name-of-thirty-three >log; qvs top --all'
-  PORT                                PKT IN  PKT OUT
-  a-port-with-a-name-of-thirty-three  0       0
+  $ sh on 'qvs port add sw1 a-port-with-a-name-of-thirty-three >log; for words in "port stats" "top sw1 --once --all --interval 0.05"; do COLUMNS=60 NO_COLOR=1 script -qec "qvs $words" /dev/null | tr -d "\r" | grep -E "PORT|a-port"; done; qvs port remove sw1 a-port-with-a-name-of-thirty-three >log; qvs top --all'
   SWITCH  PORT                                PKT IN  PKT OUT
   sw1     a-port-with-a-name-of-thirty-three  0       0
   PORT                                STATE  IN b/s  OUT b/s

@@ -1,40 +1,34 @@
 What changes that were cut short leave behind. `cut` lets the faults strike one step of creating a switch, and the undoing after it; then
 it tells what the list says, what creating the switch again says, what a repair would do, and what destroying it says.
 
-  $ cat >cut <<<'for fault; do qvs-host fault add "$fault" --forever --status 0xbad0014 --exit 1 >log; done; qvs switch create a --uplinks 1 >log 2>&1; qvs-host fault clear; qvs switch list --json | grep -o "\"remains.*"; error=$(qvs switch create a --may-exist 2>&1); echo "$? $error"; qvs switch repair --dry-run | tail -n +2; echo $(qvs switch destroy "${name:-a}"; qvs switch list --json; treesh -e ls /net/portsets)'
+  $ cat >cut <<<'for fault; do qvs-host fault add "$fault" --forever --status 0xbad0014 --exit 1 >log; done; qvs switch create a --uplinks 1 >log 2>&1; qvs-host fault clear; left=$(qvs switch list --json | grep -o "\"remains.*"); error=$(qvs switch create a --may-exist 2>&1); echo "$? $error" $left; qvs switch repair --dry-run | tail -n +2; echo $(qvs switch destroy "${name:-a}"; qvs switch list --json; treesh -e ls /net/portsets)'
   $ bash cut SwitchAdd 'shell*destroy'
   4 qvs: switch 'a': portset 'a' exists in the kernel; name another with --portset, or remove it with 'qvs switch destroy a' if nothing needs it
   portset  -       a     belongs to no switch  remove  no
   a: changed []
   $ name='61 00 00 00 00 00 00 00-00 00 00 00 00 00 00 00' bash cut 'GlobalPropSet*alias' SwitchRemove
-  "remains":["no alias","no portset name"]}
-  4 qvs: switch 'a': Already exists (0xbad0005); a half-made switch without alias may have the identifier; 'qvs switch repair' removes it
+  4 qvs: switch 'a': Already exists (0xbad0005); a half-made switch without alias may have the identifier; 'qvs switch repair' removes it "remains":["no alias","no portset name"]}
   switch  -       61 00 00 00 00 00 00 00-00 00 00 00 00 00 00 00  no alias, no portset name  remove  no
   61 00 00 00 00 00 00 00-00 00 00 00 00 00 00 00: changed []
   $ bash cut 'HostPropSet*host.portset' SwitchRemove
-  "remains":["no portset name"]}
-  4 qvs: switch 'a': exists, but is half made: no portset name; 'qvs switch destroy a' removes it
+  4 qvs: switch 'a': exists, but is half made: no portset name; 'qvs switch destroy a' removes it "remains":["no portset name"]}
   switch  a       61 00 00 00 00 00 00 00-00 00 00 00 00 00 00 00  no portset name  remove  no
   a: changed []
   $ bash cut SwitchAssociate SwitchRemove
-  "remains":["no portset 'a'"]}
-  4 qvs: switch 'a': exists, but is half made: no portset 'a'; 'qvs switch destroy a' removes it
+  4 qvs: switch 'a': exists, but is half made: no portset 'a'; 'qvs switch destroy a' removes it "remains":["no portset 'a'"]}
   switch  a       61 00 00 00 00 00 00 00-00 00 00 00 00 00 00 00  no portset 'a'  remove  no
   a: changed []
   $ bash cut SwitchAssociate SwitchRemove 'shell*destroy'
-  "remains":["not associated with its portset"]}
-  4 qvs: switch 'a': exists, but is half made: not associated with its portset; 'qvs switch destroy a' removes it
+  4 qvs: switch 'a': exists, but is half made: not associated with its portset; 'qvs switch destroy a' removes it "remains":["not associated with its portset"]}
   switch  a       61 00 00 00 00 00 00 00-00 00 00 00 00 00 00 00  not associated with its portset  remove  no
   a: changed []
   $ bash cut 'HostPropSet*uplinkPorts' SwitchRemove SwitchDissociate 'shell*destroy' GlobalPropClear PortRemove
-  "remains":["uplink 'uplink0' has no entry for its port","port 'uplink0' was made for an uplink and carries none"]}
-  4 qvs: switch 'a': exists, but is half made: uplink 'uplink0' has no entry for its port, port 'uplink0' was made for an uplink and carries none; 'qvs switch repair a' mends that
+  4 qvs: switch 'a': exists, but is half made: uplink 'uplink0' has no entry for its port, port 'uplink0' was made for an uplink and carries none; 'qvs switch repair a' mends that "remains":["uplink 'uplink0' has no entry for its port","port 'uplink0' was made for an uplink and carries none"]}
   uplinks  a       a        uplink 'uplink0' has no entry for its port  drop the entry  no
   port     a       uplink0  made for an uplink, but carries none        remove          no
   a: changed []
   $ bash cut 'GlobalPropSet*uplinkPorts' SwitchRemove SwitchDissociate 'shell*destroy' PortRemove
-  "remains":["port 'uplink0' was made for an uplink and carries none"]}
-  4 qvs: switch 'a': exists, but is half made: port 'uplink0' was made for an uplink and carries none; 'qvs switch repair a' mends that
+  4 qvs: switch 'a': exists, but is half made: port 'uplink0' was made for an uplink and carries none; 'qvs switch repair a' mends that "remains":["port 'uplink0' was made for an uplink and carries none"]}
   port  a       uplink0  made for an uplink, but carries none  remove  no
   a: changed []
 

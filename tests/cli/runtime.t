@@ -12,28 +12,19 @@ was changed before has survived a restart, and counters begin anew; within a lin
 Mirror sessions are those that are stored: a disabled one is idle, and destinations count while they have a link.
 
   $ sh on 'qvs mirror runtime ids sw1; qvs mirror runtime destinations sw1; qvs mirror runtime stats sw1 cap'  => [3] SESSION | PORT | qvs: switch 'sw1': mirror session 'cap': Not found (0xbad0003)
-  $ sh on 'qvs mirror add sw1 cap --type dvport --destinations p1,p2,pnic0 --port p0; qvs mirror add sw1 cap --type dvport --destinations p1 --port p2; qvs mirror add sw1 a-name-of-thirty-two-characters- --type dvport --destinations p0 --flags disabled'
+  $ sh on 'for words in "cap --type dvport --destinations p1,p2,pnic0 --port p0" "cap --type dvport --destinations p1 --port p2" "a-name-of-thirty-two-characters- --type dvport --destinations p0 --flags disabled"; do qvs mirror add sw1 $words >log; done'
   qvs: warning: switch 'sw1': port 'p0': mirror sessions: port or uplink 'pnic0' is missing
-  sw1/p0 cap: changed
-  sw1/p2 cap: changed
-  sw1 a-name-of-thirty-two-characters-: changed
-  $ sh on 'qvs mirror runtime ids sw1 --json; qvs mirror runtime destinations sw1 --raw - | bytes'
-  [
-  {"session":"a-name-of-thirty-two-characters-"},
-  {"session":"cap"}
-  ]
+  $ sh on 'echo $(qvs mirror runtime ids sw1 --json); qvs mirror runtime destinations sw1 --raw - | bytes'
+  [ {"session":"a-name-of-thirty-two-characters-"}, {"session":"cap"} ]
   0:02 8:0200000404000004 (16 bytes)
   $ sh on 'for i in 1 2; do qvs mirror runtime stats sw1 cap --raw - | bytes; done; qvs mirror runtime stats sw1 a-name-of-thirty-two-characters- --raw - | bytes'
   0:636170 32:a203 40:e903 48:e801 56:da03 64:6302 72:9105 80:e903 88:bc04 96:4601 104:8101 112:e401 120:01 (121 bytes)
   0:636170 32:4706 40:f805 48:6203 56:2107 64:b103 72:3c09 80:7306 88:fb07 96:5b02 104:bd02 112:b203 120:01 (121 bytes)
   0:612d6e616d652d6f662d7468697274792d74776f2d636861726163746572732d (121 bytes)
-  $ sh on 'qvs mirror runtime agent --raw - | head -c 16 | bytes; qvs mirror runtime agent --json; qvs mirror clear sw1; qvs mirror clear sw1 --port p2; qvs uplink down sw1 uplink0; qvs mirror runtime destinations sw1 --raw - | bytes'
+  $ sh on 'qvs mirror runtime agent --raw - | head -c 16 | bytes; qvs mirror runtime agent --json; qvs mirror clear sw1 >log; qvs mirror clear sw1 --port p2 >log; qvs uplink down sw1 uplink0 >log; qvs mirror runtime destinations sw1 --raw - | bytes'
   0:02000000a806 12:0904 (16 bytes)
   {"stats":"AgAAAFAKAAAAAAAABwcAAAAAAADvCAAAAAAAAIIAAAAAAAAA8wAAAAAAAAAbAgAAAAAAAO8AAAAAAAAAbAgAAAAAAACPAAAAAAAAAA==","fields":{"sessions":2,"wakeups":2640,"framesTaken":1799,"bytesTaken":2287,"framesSent":130,"bytesSent":243,"droppedNoMemory":539,"droppedNoRoute":239,"droppedNoUplink":2156,"droppedNoAddress":143}}
-  sw1: changed
-  sw1/p2: changed
   qvs: warning: switch 'sw1': no uplink with a link remains
-  sw1/uplink0: changed
   0:01 8:02000004 (12 bytes)
 
 Logical-switch teaming as stored; a table that counts more than it holds is cut.
@@ -52,25 +43,21 @@ Logical-switch teaming as stored; a table that counts more than it holds is cut.
 Multicast groups of a port, and of all ports together.
 
   $ sh on 'qvs mcast mode get sw1; qvs mcast mode set sw1 snooping; qvs mcast mode get sw1 --kernel'  => switch:  sw1 | mode:    legacy | stored:  no | sw1: changed | switch:  sw1 | mode:    snooping | stored:  yes
-  $ sh on 'qvs mcast filters sw1; qvs mcast filters sw1 --port p0 --type ipv4 --json; qvs mcast filters sw1 --port uplink0 --json'
+  $ sh on 'qvs mcast filters sw1; qvs mcast filters sw1 --port p0 --type ipv4 --json | grep -c group; qvs mcast filters sw1 --port uplink0 --json'
   TYPE  GROUP
   mac   01:00:5e:00:00:fb
   ipv4  239.1.1.254
   ipv4  239.1.1.255
   ipv4  239.1.2.0
   ipv6  ff02::fb
-  [
-  {"type":"ipv4","group":"239.1.1.254"},
-  {"type":"ipv4","group":"239.1.1.255"},
-  {"type":"ipv4","group":"239.1.2.0"}
-  ]
+  3
   []
   $ sh on 'for value in 0 2 1; do qvs mcast switch-filters sw1 --value $value --raw - | bytes; done'
   0:01 8:01005e0000fb 24:01 (28 bytes)
   0:03 8:ef0101fe 24:01000000ef0101ff 44:02000000ef0102 64:01 (68 bytes)
   qvs: switch 'sw1': Failure (0xbad0001)
   (0 bytes)
-  $ sh on 'qvs mcast stats sw1 239.1.1.255 --json; qvs mcast stats sw1 239.1.1.255 --port p1; qvs mcast stats sw1 239.1.1.255 --port p0 --raw - | wc -c; qvs mcast stats sw1 ff02::fb; qvs mcast stats sw1 239.1.1.253'
+  $ sh on 'qvs mcast stats sw1 239.1.1.255 --json; qvs mcast stats sw1 239.1.1.255 --port p1; qvs mcast stats sw1 239.1.1.255 --port p0 --raw - | wc -c; qvs mcast stats sw1 ff02::fb | tail -n 1; qvs mcast stats sw1 239.1.1.253'
   {"group":"239.1.1.255","addresses":[],"stats":"HwMAAAAAAABdBAAAAAAAAAAAAAAAAAAAAgAAAA==","fields":{"framesIn":799,"framesDropped":1117,"forSources":"no","sources":0,"ports":2,"addresses":[]}}
   group:  239.1.1.255
   statistics:
@@ -81,13 +68,6 @@ Multicast groups of a port, and of all ports together.
     ports:           1
     addresses:       192.0.2.8 192.0.2.9
   28
-  group:  ff02::fb
-  statistics:
-    frames in:       1045
-    frames dropped:  1756
-    for sources:     yes
-    sources:         1
-    ports:           1
     addresses:       2001:db8::7
   qvs: switch 'sw1': group '239.1.1.253': Not found (0xbad0003)
   ? 3
