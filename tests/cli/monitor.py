@@ -9,13 +9,10 @@ import signal
 import subprocess
 import sys
 
+sys.dont_write_bytecode = True
+from checks import expect, failures, report  # noqa: E402
+
 PATIENCE = 20
-failures = []
-
-
-def expect(what, found, wanted):
-    if found != wanted:
-        failures.append(f"{what}:\n  found  {found}\n  wanted {wanted}")
 
 
 def host(*words):
@@ -105,12 +102,10 @@ def main():
     unread.process.stdout.close()
     expect("closed pipe", unread.process.wait(PATIENCE), 128 + signal.SIGPIPE)
 
-    for failure in failures:
-        print(f"monitor: {failure}")
-    return 1 if failures else 0
+    report()
 
 
 try:
-    sys.exit(main())
+    main()
 finally:
     host("stop")

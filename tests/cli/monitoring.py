@@ -18,10 +18,12 @@ import urllib.error
 import urllib.parse
 import urllib.request
 
+sys.dont_write_bytecode = True
+from checks import failures, report  # noqa: E402
+
 PATIENCE = 30
 source = pathlib.Path(os.environ["QVS_SOURCE"])
 dashboard = json.loads((source / "share/grafana/qvs.json").read_text())
-failures = []
 
 
 def skip(why):
@@ -150,6 +152,4 @@ if "--prometheus" in sys.argv:
 else:
     check_names()
     check_units()
-for failure in failures:
-    print(f"monitoring: {failure}")
-sys.exit(1 if failures else 0)
+report()

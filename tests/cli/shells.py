@@ -10,6 +10,9 @@ import subprocess
 import sys
 import time
 
+sys.dont_write_bytecode = True
+from checks import expect, report  # noqa: E402
+
 BIN = os.environ["QVS_BIN"]
 SHARE = os.path.dirname(BIN) + "/share"
 HOSTILE = "a b'$(touch x)"
@@ -120,24 +123,19 @@ def main():
         if not shutil.which(name):
             sys.exit(f"{name} is not installed; scripts/setup installs it")
     shells = {"bash": bash, "fish": fish, "zsh": Zsh()}
-    wrong = 0
     for shell, complete in shells.items():
         for typed, expected in COMPLETED:
-            found = complete(typed)
-            if found != expected:
-                wrong += 1
-                print(f"{shell}: {typed!r} became {found!r} instead of {expected!r}")
+            expect(f"{shell}: {typed!r}", complete(typed), expected)
     # A name of the host is quoted and runs nothing.
     subprocess.run(["qvs", "port", "add", "sw1", HOSTILE], check=True, stdout=subprocess.DEVNULL)
     for shell, complete in shells.items():
         found = complete("qvs port show sw1 a")
-        if not found.startswith("qvs port show sw1 a") or len(found) < len("qvs port show sw1 ") + len(HOSTILE):
-            wrong += 1
-            print(f"{shell}: a name became {found!r}")
+        whole = found.startswith("qvs port show sw1 a") and len(found) >= len("qvs port show sw1 ") + len(HOSTILE)
+        expect(f"{shell}: a name in {found!r}", whole, True)
     shells["zsh"].end()
     if os.path.exists("x"):
         sys.exit("a name was run as a command")
-    sys.exit(1 if wrong else 0)
+    report()
 
 
 if "QVS_HOST_SOCKET" not in os.environ:

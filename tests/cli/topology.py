@@ -14,12 +14,13 @@ import subprocess
 import sys
 import xml.etree.ElementTree
 
-PATIENCE = 120
+sys.dont_write_bytecode = True
+from checks import expect, failures, report, run  # noqa: E402
+
 HOSTILE = '</script><script>alert(1)</script><!--'
 QUOTES = 'a"b\\N<b>&amp;]]>\x01'
 VLAN = "com.quillon.vswitch.port.vlan"
 MANY = 998
-failures = []
 TEXT = r"""sw1
 |- NIC pnic0 -- uplink0: up, 100 Gbit/s
 |- no NIC -- uplink1: down
@@ -37,15 +38,6 @@ TEXT = r"""sw1
 
 sw2
 """
-
-
-def expect(what, found, wanted):
-    if found != wanted:
-        failures.append(f"{what}:\n  found  {found}\n  wanted {wanted}")
-
-
-def run(*words, **more):
-    return subprocess.run(words, capture_output=True, text=True, timeout=PATIENCE, **more)
 
 
 def write_labs():
@@ -212,6 +204,4 @@ else:
     for name in ("small", "large") if browser else ("drawings",):
         status |= subprocess.run(["qvs-host", "run", "--lab", CHECKS[name][0], "--", sys.executable, __file__, "--run", name]).returncode
     sys.exit(status)
-for failure in failures:
-    print(f"topology: {failure}")
-sys.exit(1 if failures else 0)
+report()

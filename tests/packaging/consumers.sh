@@ -68,7 +68,12 @@ switches.sw2
 switches.sw2.ports.a 
 switches.sw2.ports.a.vlan {id: 5}' ] || fail "the wrapper for C++ prints $(cat out)"
 
-qvs-host run -- python3 "$source/packaging/program.py"
+# Another language needs the soname alone.
+PYTHONPATH=$prefix/lib/python3/dist-packages qvs-host run -- python3 -B -c '
+import qvs
+with qvs.Snapshot() as host:
+    print(host.create_switch("py", ports=1).port("port0").number)' >out
+[ "$(cat out)" = 67108865 ] || fail "the Python module prints $(cat out)"
 
 # Without a host the library still loads, and every call says so at once.
 if LD_LIBRARY_PATH=$prefix/lib timeout 10 ./program 2>out; then
