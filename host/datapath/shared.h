@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 namespace qvs::datapath {
 
@@ -38,6 +39,12 @@ enum class Drop : uint8_t {
     Count,
 };
 
+// The names of the reasons in docs/datapath.md.
+constexpr const char *kDropNames[] = {"Blocked",     "Malformed",    "TooLong",        "Vlan",
+                                      "PrivateVlan", "ForgedSource", "ChangedAddress", "LearningLimit",
+                                      "NoUplink",    "Reflected",    "MirrorInput",    "Busy"};
+static_assert(std::size(kDropNames) == static_cast<size_t>(Drop::Count));
+
 // The values of a port.
 enum PortValue : uint32_t {
     // The sixteen counters of a port, in the order of its statistics. "In" is what the port sends into the
@@ -64,7 +71,8 @@ enum PortValue : uint32_t {
     kMoved,        // addresses that moved to this port
     kExpired,      // addresses that expired
     kDropped,      // the first of Drop::Count values
-    kPortValues = kDropped + static_cast<uint32_t>(Drop::Count),
+    kFlooded = kDropped + static_cast<uint32_t>(Drop::Count),  // frames for unknown destinations, received
+    kPortValues,
 };
 static_assert(kPortValues <= kSlotValues);
 
@@ -77,6 +85,8 @@ enum SwitchValue : uint32_t {
     kSnoopedReports,
     kSnoopedLeaves,
     kSnoopedQueries,
+    kLookups,  // of destinations of unicast frames in the table of learnt addresses
+    kMisses,
     kSwitchValues,
 };
 
@@ -84,8 +94,16 @@ enum SwitchValue : uint32_t {
 enum SessionValue : uint32_t {
     kMirroredPackets,
     kMirroredBytes,
-    kMirrorDropped,
+    kMirrorDropped,  // no destination, no uplink, or an offload that does not fit
     kMirrorTruncated,
+    kMirrorTakenIn,  // frames that sources sent, before sampling
+    kMirrorTakenInBytes,
+    kMirrorTakenOut,  // frames that sources received
+    kMirrorTakenOutBytes,
+    kMirrorBusy,     // the destination does not read
+    kMirrorNoLink,   // the destination is blocked or has no link
+    kMirrorSkipped,  // by sampling
+    kMirrorNoUplink,
     kSessionValues,
 };
 

@@ -11,8 +11,9 @@
 #include "datapath/shared.h"
 
 namespace qvs::policy {
-struct SwitchT;  // of policy.fbs
-}
+struct PortT;  // of policy.fbs
+struct SwitchT;
+}  // namespace qvs::policy
 
 namespace qvs::datapath {
 
@@ -37,6 +38,9 @@ class Switch {
 
     // Replaces the policies. What was learnt stays, as far as the new policies allow it.
     void configure(std::unique_ptr<policy::SwitchT> policy, Time now);
+    // Replaces the policies of one port that exists. Returns false, and changes nothing, if the change
+    // touches more than the port; the switch is to be configured as a whole then.
+    [[nodiscard]] bool changePort(std::unique_ptr<policy::PortT> policy, Time now);
     // A frame arrives from a port.
     void receive(uint32_t port, const Frame &frame, Time now);
     // The link of an attachment changed. A port has carrier until the first call says otherwise.

@@ -151,7 +151,7 @@ constexpr Option kNetwork{"--network", nullptr,
 
 constexpr cli::Topic kTopics[] = {
     {"Hosts", "run shell start stop status reset labs"},
-    {"Network", "attach detach enter send expect"},
+    {"Network", "attach detach enter send expect drops"},
     {"Requests", "trace fault"},
 };
 

@@ -71,6 +71,24 @@ void detach(const Arguments &arguments, Output &) {
             {{"op", "detach"}, {"switch", arguments.text("SWITCH")}, {"port", arguments.text("PORT")}});
 }
 
+void drops(const Arguments &arguments, Output &out) {
+    json request = {{"op", "drops"}};
+    if (arguments.given("SWITCH")) request["switch"] = arguments.text("SWITCH");
+    if (arguments.given("PORT")) request["port"] = arguments.text("PORT");
+    const json answer = control(socketOf(arguments), request);
+    cli::Listing list(out, {{"switch", "SWITCH"},
+                            {"port", "PORT"},
+                            {"client", "CLIENT"},
+                            {"reason", "REASON"},
+                            {"frames", "FRAMES"}});
+    for (const json &each : answer["drops"]) {
+        const auto text = [&each](const char *member) { return each.value(member, ""); };
+        list.row(text("switch"), text("port"), text("client"), text("reason"),
+                 each.value("frames", uint64_t{0}));
+    }
+    list.finish();
+}
+
 void enter(const Arguments &arguments, Output &) {
     const std::string &client = arguments.text("NAME");
     std::vector<std::string> command = arguments.all("COMMAND");
@@ -244,6 +262,15 @@ const cli::Command kRows[] = {
      .example = "qvs-host detach sw1 port1",
      .json = false,
      .run = local(detach)},
+    {.words = "drops",
+     .summary = "show why ports dropped frames, and how many",
+     .arguments = {{.name = "SWITCH", .summary = "name of the switch (default: all)", .optional = true},
+                   {.name = "PORT", .summary = kPort.summary, .optional = true}},
+     .options = {kRunning},
+     .details = "A line for each reason for which a port dropped frames since the network was started. "
+                "docs/datapath.md explains the reasons.",
+     .example = "qvs-host drops sw1 port1 --json",
+     .run = local(drops)},
     {.words = "enter",
      .summary = "run a command, or a shell, in the network namespace of a client",
      .arguments = {{"NAME", "name of the namespace"},

@@ -93,6 +93,8 @@ const std::map<std::string, uint32_t> &counterNames() {
         {"mirror", 31},    {"busy", 32},      {"arp-sent", 0},    {"arp-failed", 1},   {"failovers", 2},
         {"failbacks", 3},  {"reports", 4},    {"leaves", 5},      {"queries", 6},      {"copies", 0},
         {"copy-bytes", 1}, {"not-copied", 2}, {"cut", 3},         {"matched", 0},      {"filtered", 2},
+        {"flooded", 33},   {"taken-in", 4},   {"taken-out", 6},   {"no-link", 9},      {"skipped", 10},
+        {"lookups", 7},    {"misses", 8},
     };
     return names;
 }

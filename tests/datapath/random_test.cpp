@@ -27,11 +27,11 @@ class Draw {
     }
 
     std::unique_ptr<policy::SwitchT> policies();
+    std::unique_ptr<policy::PortT> port(uint32_t number);
     Bytes frame(uint32_t port);
     uint64_t address() { return macOfName(of({'1', '2', '3', '4', '5', '6', '7', 'a', 'b', 'e'})); }
 
   private:
-    std::unique_ptr<policy::PortT> port(uint32_t number);
     std::unique_ptr<policy::VlanT> vlan();
     std::unique_ptr<policy::TeamingT> teaming();
     std::unique_ptr<policy::MirrorSessionT> mirror();
@@ -267,6 +267,38 @@ void compare(uint64_t seed) {
         ASSERT_EQ(text, "") << "seed " << seed << ", frame " << count << " from port " << port << ", "
                             << bytes.size() << " bytes: " << hexOf(bytes);
     }
+}
+
+// A port that changes alone is what it is after the whole switch was configured again.
+TEST(Random, changedPorts) {
+    int alone = 0;
+    for (uint64_t seed = 0; seed < 300; ++seed) {
+        Draw draw(seed);
+        const auto policies = draw.policies();
+        Network whole;
+        Network single;
+        for (Network *network : {&whole, &single})
+            network->configure(std::make_unique<policy::SwitchT>(*policies));
+        for (uint64_t now = 0; now < 100; ++now) {
+            if (draw.once(10)) {
+                const auto changed = draw.port(1 + draw.below(kClients));
+                *policies->ports[changed->number - 1] = *changed;
+                whole.configure(std::make_unique<policy::SwitchT>(*policies), now);
+                if (single.engine().changePort(std::make_unique<policy::PortT>(*changed), now))
+                    ++alone;
+                else
+                    single.configure(std::make_unique<policy::SwitchT>(*policies), now);
+            }
+            const uint32_t port = 1 + draw.below(9);
+            const Bytes bytes = draw.frame(port);
+            ASSERT_EQ(whole.receive(port, bytes, now), single.receive(port, bytes, now))
+                << "seed " << seed << ", frame " << now << " from port " << port << ": " << hexOf(bytes);
+        }
+        for (uint32_t value = 0; value < datapath::kPortValues; ++value)
+            for (uint32_t port = 1; port <= kUplinks[1]; ++port)
+                ASSERT_EQ(whole.value(port, value), single.value(port, value)) << seed << " " << value;
+    }
+    EXPECT_GT(alone, 300);
 }
 
 // 120,000 frames, or QVS_RUNS times 200.

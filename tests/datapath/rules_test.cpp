@@ -113,8 +113,9 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"address change",
              "",
              {"1security: {mac_change: false}", "2", "8"},
-             "mac 1 a -> \n 1: a>2 -> \n 1: 1>2 -> \n 2: 2>a -> \n 2: 2>* -> 8 \n 8: e>a -> \n 8: e>m -> 2 \n"
-             "count 1 changed 6 in-dropped 2 out-dropped 4 \n mac 1 - -> \n 1: 1>2 -> 2 \n 2: 2>1 -> 1"},
+             "mac 1 a -> \n 1: a>2 -> \n 1: a>* -> \n 1: a>m -> \n 1: 1>2 -> \n 2: 2>a -> \n 2: 2>* -> 8 \n "
+             "8: e>a -> \n 8: e>m -> 2 \n"
+             "count 1 changed 8 in-dropped 4 out-dropped 4 \n mac 1 - -> \n 1: 1>2 -> 2 \n 2: 2>1 -> 1"},
         Case{"permitted address change",
              "",
              {"1security: {forged_transmits: false}", "2", "8"},
@@ -199,7 +200,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"flooding",
              "",
              {"1learning: {enabled: true, flooding: true}", "2", "3learning: {flooding: true}", "8"},
-             "2: 2>e -> 1 8 \n 8: e>f -> 1 \n 2: 2>3 -> 3"},
+             "2: 2>e -> 1 8 \n 8: e>f -> 1 \n 2: 2>3 -> 3 \n count 1 flooded 2 \n count 100 lookups 2 misses "
+             "2"},
         Case{
             "static",
             "static_macs: [{address: \"02:00:00:00:00:61\", vlan: 10, port: 1}],",
@@ -277,6 +279,52 @@ INSTANTIATE_TEST_SUITE_P(
              kPair + "balance: Explicit, notify: true},",
              {"1" + kTrunk + ", " + kLearning, "8", "9"},
              "1: a>e[15] -> 8[15] \n down 8 -> 9[10] 9[15]"}),
+    nameOf);
+
+// Frames of the switch itself, behind the source address: a mark, and the uplink that sent it.
+#define QVS_BEACON(source, uplink) "hex ffffffffffff" source "88b6717673620000000" uplink " -> \n"
+#define QVS_BEACON_OF(uplink) QVS_BEACON("021000000007", uplink)
+
+const std::string kBeacons = kPair + "balance: Explicit, check_beacon: true, ";
+
+INSTANTIATE_TEST_SUITE_P(
+    beacon, Rules,
+    testing::Values(
+        Case{
+            "a silent uplink",
+            kBeacons + "},",
+            {"1", "8", "9"},
+            "at 1 -> 8 9 \n 8: " QVS_BEACON_OF("9") "at 1000 -> \n at 1001 -> 8 9 \n 9: " QVS_BEACON_OF(
+                "8") "1: 1>e -> 8 \n 8: e>* -> 1 \n at 3001 -> 8 9 \n 1: 1>e -> 9 \n 1: 1>* -> 9 \n 8: e>* "
+                     "-> \n"
+                     "9: e>* -> 1 \n count 100 failovers 1 \n 8: " QVS_BEACON_OF("8") "8: " QVS_BEACON(
+                         "021000000008",
+                         "9") "1: 1>e -> 9 \n 8: " QVS_BEACON_OF("9") "1: 1>e -> 8 \n count 100 failbacks 1"},
+        Case{"no uplink hears another one",
+             kBeacons + "},",
+             {"1", "2", "8", "9"},
+             "at 1 -> 8 9 \n 1: 1>e -> 8 \n at 3000 -> 8 9 \n 1: 1>e -> \n 1: 1>* -> 2 \n count 1 no-uplink "
+             "1 \n"
+             "8: " QVS_BEACON_OF("9") "1: 1>e -> 8"},
+        Case{"best effort",
+             kBeacons + "best_effort: true},",
+             {"1", "8", "9"},
+             "at 1 -> 8 9 \n at 3000 -> 8 9 \n 1: 1>e -> 8 \n 9: " QVS_BEACON_OF("8") "1: 1>e -> 9"},
+        Case{"shotgun",
+             kBeacons + "shotgun: true},",
+             {"1" + kVlan10, "8", "9"},
+             "at 1 -> 8 9 \n at 3000 -> 8 9 \n 1: 1>e -> 8[10] 9[10] \n 1: 1>* -> 8[10] 9[10] \n"
+             "9: " QVS_BEACON_OF("8") "1: 1>e -> 9[10]"},
+        Case{"a link that comes back",
+             kBeacons + "},",
+             {"1", "8", "9"},
+             "down 8 -> \n at 1 -> 9 \n 1: 1>e -> 9 \n at 2500 -> 9 \n up 8 -> \n 1: 1>e -> 8 \n at 3500 -> "
+             "8 9 \n"
+             "1: 1>e -> 8"},
+        Case{"one uplink",
+             "teaming: {active: [8], check_beacon: true},",
+             {"1", "8", "9"},
+             "at 5000 -> \n 1: 1>e -> 8"}),
     nameOf);
 
 }  // namespace

@@ -26,7 +26,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"every third frame",
              session("sources_in: [1], sampling: 3"),
              {"1", "3", "8"},
-             "1: 1>e -> 3 8 \n 1: 1>e -> 8 \n 1: 1>e -> 8 \n 1: 1>e -> 3 8"},
+             "1: 1>e -> 3 8 \n 1: 1>e -> 8 \n 1: 1>e -> 8 \n 1: 1>e -> 3 8 \n count 101 taken-in 4 skipped 2 "
+             "copies 2"},
         Case{"destination by itself",
              session("sources_in: [1], no_output: true, no_input: true"),
              {"1", "2", "3", "8"},
@@ -43,7 +44,7 @@ INSTANTIATE_TEST_SUITE_P(
              "mirrors: [{slot: 101, type: RemoteSource, encapsulated: true, encap_vlan: 60, "
              "sources_in: [1], destinations: [{port: 8}]}],",
              {"1", "2", "8"},
-             "1: 1>2 -> 2 8[60] \n down 8 -> \n 1: 1>2 -> 2 \n count 101 copies 1 not-copied 1"},
+             "1: 1>2 -> 2 8[60] \n down 8 -> \n 1: 1>2 -> 2 \n count 101 copies 1 no-link 1"},
         Case{"to an address",
              "mirrors: [{slot: 101, type: LogicalSpan, sources_in: [1], "
              "destinations: [{address: [2, 0, 0, 0, 0, 3]}]}],",

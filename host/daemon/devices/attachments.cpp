@@ -200,9 +200,21 @@ std::string adapterMac(const Model &model, const Port &port) {
     if (port.nic != nullptr) return std::string(bytesOf(port.nic->mac));
     const auto &given = model.tables.rows(kMacs);
     if (const auto found = given.find(port.number); found != given.end()) return found->second;
+    if (hasNetwork(model)) return hostMac(model, port.number);
     std::string mac = "\x02\x01";
     for (int shift = 24; shift >= 0; shift -= 8)
         mac += static_cast<char>(port.number >> shift);
+    return mac;
+}
+
+std::string hostMac(const Model &model, uint32_t number) {
+    // FNV-1a of the identity and of what the last two bytes leave out.
+    uint32_t hash = 0x811c9dc5;
+    for (const char byte : model.identity + static_cast<char>(number >> 24) + static_cast<char>(number >> 16))
+        hash = (hash ^ static_cast<uint8_t>(byte)) * 0x01000193;
+    std::string mac = "\x02";
+    for (const uint32_t byte : {hash >> 16, hash >> 8, hash, number >> 8, number})
+        mac += static_cast<char>(byte);
     return mac;
 }
 

@@ -53,8 +53,11 @@ bool hasNetwork(const Model &model);
 void enableNetwork(Model &model, bool enabled);
 
 // Returns the address of the adapter of a port: that of its NIC, the one that was given to its client, or one
-// that is derived from the number of the port.
+// that is derived from the number of the port. On a host with a network, it differs from those of other
+// hosts.
 std::string adapterMac(const Model &model, const Port &port);
+// Returns an address for the number of a port or portset of this host.
+std::string hostMac(const Model &model, uint32_t number);
 // Returns the same address, or 0 for a port without a client.
 std::string macOf(const Model &model, const Port &port);
 void setClientMac(Model &model, const Port &port, const std::array<uint8_t, 6> &mac);

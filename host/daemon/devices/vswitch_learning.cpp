@@ -30,9 +30,6 @@ constexpr size_t kProps = 10;
 
 // --- learning ---
 
-// The data path counts addresses that were learnt, expired, moved and refused. The counters behind them stay
-// 0.
-
 uint32_t limitBehind(const Model &model, const Port &port) {
     return macLimitOf(model, port).value_or(macLimitOf(*port.owner));
 }
@@ -45,7 +42,7 @@ Record statsOf(const Call &call, const MacTable &table, const Port &port) {
         const auto value = [&](uint32_t number) { return slotValue(call.model, slot, number); };
         return putCounters(record, 12,
                            {value(datapath::kLearnt), value(datapath::kExpired), value(datapath::kMoved),
-                            value(dropValue(datapath::Drop::LearningLimit))});
+                            value(dropValue(datapath::Drop::LearningLimit)), value(datapath::kFlooded)});
     }
     return record.counters(12, call.model.counters.read(fmt::format("mac learning {}", port.number)));
 }
@@ -85,11 +82,14 @@ Result getSwitchMacLearningInfo(const Call &call, const Portset &portset) {
     info.put(0, agingOf(call.model, *sw)).put(8, macLimitOf(*sw)).put(12, count.all);
     info.put(16, count.learnt).put(20, count.all - count.learnt);
     info.put(24, static_cast<uint32_t>(learning)).put(28, uint32_t{learningFlags(*sw)});
-    if (hasSlot(call.model, switchSlot(portset.number))) {
+    const std::string slot = switchSlot(portset.number);
+    if (hasSlot(call.model, slot)) {
         const auto sum = [&](uint32_t number) { return sumOf(call.model, *sw, Which::AllPorts, {number}); };
         putCounters(info, 32,
                     {sum(datapath::kLearnt), sum(datapath::kExpired), sum(datapath::kMoved),
-                     sum(dropValue(datapath::Drop::LearningLimit))});
+                     sum(dropValue(datapath::Drop::LearningLimit)), sum(datapath::kFlooded),
+                     slotValue(call.model, slot, datapath::kLookups),
+                     slotValue(call.model, slot, datapath::kMisses)});
         return {0, info.take()};
     }
     return {0, info.counters(32, call.model.counters.read("mac learning " + sw->id)).take()};

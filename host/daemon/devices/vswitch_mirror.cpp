@@ -49,16 +49,16 @@ Result getSessionIds(const Call &call, const Portset &portset) {
                        [](std::string_view id) { return Record(kSessionWidth).bytes(0, id); });
 }
 
-// The data path counts mirrored frames, their bytes, frames that were cut and frames that no destination
-// took. The other counters stay 0.
-void putSession(const Model &model, const std::string &slot, Record *stats) {
-    constexpr size_t kSentAt = 64;
-    constexpr size_t kNoDestinationAt = 96;
-    putCounters(
-        *stats, kSentAt,
-        {slotValue(model, slot, datapath::kMirroredPackets), slotValue(model, slot, datapath::kMirroredBytes),
-         slotValue(model, slot, datapath::kMirrorTruncated)});
-    stats->put(kNoDestinationAt, slotValue(model, slot, datapath::kMirrorDropped));
+// A frame for which the receiver has no room counts as one for which there was no memory. A copy that no
+// uplink could carry has no link.
+void putSession(const Model &model, const std::string &slot, size_t at, Record *stats) {
+    using namespace datapath;
+    const auto value = [&](uint32_t number) { return slotValue(model, slot, number); };
+    putCounters(*stats, at,
+                {value(kMirrorTakenIn), value(kMirrorTakenInBytes), value(kMirrorTakenOut),
+                 value(kMirrorTakenOutBytes), value(kMirroredPackets), value(kMirroredBytes),
+                 value(kMirrorTruncated), value(kMirrorBusy), value(kMirrorDropped),
+                 value(kMirrorNoLink) + value(kMirrorNoUplink), value(kMirrorSkipped)});
 }
 
 // The counters of a session are zero if it is disabled in all lists.
@@ -82,7 +82,7 @@ Result getSessionStats(const Call &call, const Portset &portset) {
     stats.bytes(0, id).put(kActiveAt, static_cast<uint8_t>(active));
     const std::string slot = mirrorSlot(portset.number, id);
     if (active && hasSlot(call.model, slot)) {
-        putSession(call.model, slot, &stats);
+        putSession(call.model, slot, kCountersAt, &stats);
     } else if (active) {
         const std::string object = "mirror session " + portset.name + "/" + std::string(id);
         stats.counters(kCountersAt, call.model.counters.read(object), kActiveAt);
@@ -94,22 +94,35 @@ Result getSessionStats(const Call &call, const Portset &portset) {
 Result getAgentStats(const Call &call) {
     constexpr size_t kCountersAt = 4;
     constexpr size_t kTakenAt = 12;
+    using namespace datapath;
     size_t sessions = 0;
-    uint64_t frames = 0;
-    uint64_t bytes = 0;
+    uint64_t taken = 0;
+    uint64_t takenBytes = 0;
+    uint64_t sent = 0;
+    uint64_t sentBytes = 0;
+    uint64_t busy = 0;
+    uint64_t noUplink = 0;
     for (const auto &[number, portset] : call.model.inventory.portsets()) {
         if (portset->owner == nullptr) continue;
         for (const std::string_view id : mirrorSessionIds(*portset->owner)) {
             ++sessions;
-            frames += slotValue(call.model, mirrorSlot(number, id), datapath::kMirroredPackets);
-            bytes += slotValue(call.model, mirrorSlot(number, id), datapath::kMirroredBytes);
+            const std::string slot = mirrorSlot(number, id);
+            const auto value = [&](uint32_t which) { return slotValue(call.model, slot, which); };
+            taken += value(kMirrorTakenIn) + value(kMirrorTakenOut);
+            takenBytes += value(kMirrorTakenInBytes) + value(kMirrorTakenOutBytes);
+            sent += value(kMirroredPackets);
+            sentBytes += value(kMirroredBytes);
+            busy += value(kMirrorBusy);
+            noUplink += value(kMirrorNoUplink);
         }
     }
     Record stats(kAgentStats);
     stats.put(0, static_cast<uint32_t>(sessions));
-    // What is taken is sent at once.
+    // What is taken is sent at once, without a wakeup, to addresses that are not routed.
     if (call.model.facts.memory != nullptr)
-        return {0, putCounters(stats, kTakenAt, {frames, bytes, frames, bytes}).take()};
+        return {
+            0,
+            putCounters(stats, kTakenAt, {taken, takenBytes, sent, sentBytes, busy, 0, noUplink, 0}).take()};
     return {0, stats.counters(kCountersAt, call.model.counters.read("mirror agent")).take()};
 }
 

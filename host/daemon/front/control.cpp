@@ -10,6 +10,7 @@
 #include "daemon/devices/attachments.h"
 #include "daemon/devices/device_request.h"
 #include "daemon/devices/mirror_sessions.h"
+#include "daemon/devices/network_counters.h"
 #include "daemon/front/lab.h"
 #include "daemon/model/text.h"
 #include "wire/json.h"
@@ -156,6 +157,36 @@ json detach(Members &members, Server &server) {
     return json::object();
 }
 
+// Lists the reasons for which ports dropped frames, of all switches or of one, or of one of its ports.
+json drops(Members &members, Server &server) {
+    Model &model = server.kernel().model;
+    const Port *only = nullptr;
+    const Switch *of = nullptr;
+    if (members.any("port") != nullptr) {
+        only = &attachedPort(members, model);
+    } else if (members.any("switch") != nullptr) {
+        of = &switchOf(members, model);
+    }
+    members.finish();
+    json list = json::array();
+    for (const auto &[row, sw] : model.inventory.switches()) {
+        for (const auto &[number, port] : sw->ports) {
+            if ((only != nullptr && only != port.get()) || (of != nullptr && of != sw.get())) continue;
+            for (size_t reason = 0; reason < std::size(datapath::kDropNames); ++reason) {
+                const auto frames =
+                    slotValue(model, portSlot(number), dropValue(static_cast<datapath::Drop>(reason)));
+                if (frames == 0) continue;
+                list.push_back({{"switch", sw->alias()},
+                                {"port", port->id},
+                                {"client", port->clientName()},
+                                {"reason", datapath::kDropNames[reason]},
+                                {"frames", frames}});
+            }
+        }
+    }
+    return {{"drops", list}};
+}
+
 json network(Members &members, Server &server) {
     const bool enabled = members.maybeFlag("enabled").value_or(true);
     members.finish();
@@ -172,7 +203,7 @@ constexpr struct {
     {"trace.file", traceFile},  {"fault.add", addFault},
     {"fault.list", listFaults}, {"fault.clear", clearFaults},
     {"attach", attach},         {"detach", detach},
-    {"network", network},
+    {"network", network},       {"drops", drops},
 };
 
 json perform(const json &request, Server &server, bool *stops) {

@@ -115,6 +115,7 @@ void applyLabFile(const std::string &path, Kernel &kernel) {
 std::unique_ptr<Kernel> makeKernel(const Options &options) {
     auto kernel = std::make_unique<Kernel>(options.directory + "/hypercore.db");
     kernel->store.limitTo(options.maxStateMib);
+    kernel->model.identity = identityOf(options.directory);
     if (!options.lab.empty()) applyLabFile(options.lab, *kernel);
     if (options.network) enableNetwork(kernel->model, true);
     if (options.trace.empty()) return kernel;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "daemon/model/changes.h"
@@ -31,6 +32,7 @@ struct Model : private wire::Noncopyable {
     void seedCounters(uint32_t seed);
 
     Store &store;
+    std::string identity;  // differs between hosts, and not between the starts of one
     Inventory inventory;
     Changes changes{inventory};
     Uplinks uplinks{store, inventory, changes};

@@ -54,6 +54,12 @@ void prepareDirectory(const std::string &directory) {
     }
 }
 
+std::string identityOf(const std::string &directory) {
+    std::error_code failure;
+    const std::filesystem::path path = std::filesystem::weakly_canonical(directory, failure);
+    return failure ? directory : path.string();
+}
+
 int openOwnFile(const std::string &path, int flags) {
     const int file =
         open(path.c_str(), flags | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0666);

@@ -10,6 +10,9 @@ namespace qvs::kernel {
 // write to it, because others could place files there that the daemon opens.
 void prepareDirectory(const std::string &directory);
 
+// Returns the path of the directory without links, which tells hosts apart.
+std::string identityOf(const std::string &directory);
+
 // Opens or creates a file in the directory. Throws unless it is a regular file of this user. Symbolic links
 // are refused.
 int openOwnFile(const std::string &path, int flags);

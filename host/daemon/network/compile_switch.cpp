@@ -114,6 +114,7 @@ std::unique_ptr<policy::SwitchT> compileSwitch(const Model &model, const Switch 
     compiled->name = sw.alias();
     compiled->slot = slots.of(switchSlot(sw.portset->number));
     compiled->mtu = sw.portset->mtu;
+    compiled->mac = std::make_unique<policy::Mac>(macFrom(hostMac(model, sw.portset->number)));
     compiled->aging = static_cast<uint32_t>(std::min<uint64_t>(agingOf(model, sw), UINT32_MAX));
     compiled->macLimit = macLimitOf(sw);
     compiled->learnStatic = (learningFlags(sw) & kLearnStatic) != 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Policies become what the engine looks up for each frame.
 #include <algorithm>
+#include <utility>
 
 #include "datapath/engine/engine.h"
 
@@ -39,6 +40,7 @@ void Engine::configure(std::unique_ptr<policy::SwitchT> policy, Time now) {
     compilePrivateVlans();
     compilePorts(former);
     compileTeams();
+    compileBeacons();
     for (const Port &old : former)
         if (Port *port = find(old.number))
             port->keepsUplink = sameTeaming(*old.policy, *formerPolicy, *port->policy, *policy_);
@@ -46,6 +48,37 @@ void Engine::configure(std::unique_ptr<policy::SwitchT> policy, Time now) {
     compileMirrors();
     compileGroups(former);
     chooseUplinks(false);
+}
+
+// Uplinks, teams, groups, learnt addresses and sessions to an address connect a port with others.
+bool Engine::concernsOthers(const Port &port, const policy::PortT &policy) const {
+    const policy::PortT &former = *port.policy;
+    return port.uplink || policy.uplink || former.teaming || policy.teaming || !former.groups.empty() ||
+           !policy.groups.empty() || port.learnt != 0 || policy.slot != former.slot ||
+           std::any_of(policy_->mirrors.begin(), policy_->mirrors.end(),
+                       [](const auto &session) { return session->type == policy::MirrorType::LogicalSpan; });
+}
+
+bool Engine::changePort(std::unique_ptr<policy::PortT> policy, Time now) {
+    Port *port = find(policy->number);
+    if (port == nullptr || concernsOthers(*port, *policy)) return false;
+    now_ = now;
+    const auto place = std::find_if(policy_->ports.begin(), policy_->ports.end(),
+                                    [&](const auto &each) { return each.get() == port->policy; });
+    const std::unique_ptr<policy::PortT> formerPolicy = std::exchange(*place, std::move(policy));
+    adapters_.remove(port->address, port->index);
+    std::erase(promiscuous_, port->index);
+    std::erase(unknown_, port->index);
+    const Port former = std::exchange(*port, {});
+    keepState(*port, former);
+    port->index = former.index;
+    port->mirrorOnly = former.mirrorOnly;
+    port->mirrorSilent = former.mirrorSilent;
+    port->mirrorIn = former.mirrorIn;
+    port->mirrorOut = former.mirrorOut;
+    compilePort(*port, **place);
+    chooseUplinks(false);
+    return true;
 }
 
 Port *Engine::find(uint32_t number) {
@@ -96,6 +129,8 @@ void Engine::keepState(Port &port, const Port &former) {
     port.changedTo = former.changedTo;
     port.lastUplink = former.lastUplink;
     port.routerUntil = former.routerUntil;
+    port.heard = former.heard;
+    port.silent = former.silent;
 }
 
 void Engine::compilePort(Port &port, const policy::PortT &policy) {
@@ -185,6 +220,9 @@ void Engine::setCarrier(uint32_t number, bool up, Time now) {
     if (port == nullptr || port->carrier == up) return;
     port->carrier = up;
     updateState(*port);
+    // An uplink that comes up has some time to hear the others.
+    port->heard = now_;
+    port->silent = false;
     if (port->uplink) chooseUplinks(true);
 }
 
@@ -211,7 +249,7 @@ Time Engine::tick(Time now) {
     now_ = now;
     expireAddresses();
     expireMembers();
-    return std::min(now + kLongest, repeatAnnouncements());
+    return std::min({now + kLongest, sendBeacons(), repeatAnnouncements()});
 }
 
 }  // namespace qvs::datapath

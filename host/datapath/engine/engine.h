@@ -30,6 +30,8 @@ struct Port {
     uint32_t lastUplink = 0;       // number of the last uplink that carried its frames
     bool keepsUplink = true;       // its teaming policy is the one under which it chose that uplink
     Time routerUntil = 0;          // multicast queries came from this port
+    Time heard = 0;                // a beacon of another uplink arrived, or the uplink came up
+    bool silent = false;           // no beacon arrived for a while
 
     uint32_t index = 0;
     const policy::PortT *policy = nullptr;
@@ -73,6 +75,10 @@ struct Team {
     bool checkLink = true;
     bool rolling = false;
     bool notify = true;
+    bool checkBeacon = false;
+    bool bestEffort = false;
+    bool shotgun = false;
+    bool deaf = false;                 // no uplink hears another one, so that beacons tell nothing
     std::vector<uint32_t> candidates;  // those between which frames are distributed now
 };
 
@@ -154,6 +160,7 @@ class Engine {
     explicit Engine(Surroundings surroundings);
 
     void configure(std::unique_ptr<policy::SwitchT> policy, Time now);
+    [[nodiscard]] bool changePort(std::unique_ptr<policy::PortT> policy, Time now);
     void receive(uint32_t number, const Frame &frame, Time now);
     void setCarrier(uint32_t number, bool up, Time now);
     void setAddress(uint32_t number, MacAddress address, Time now);
@@ -168,6 +175,7 @@ class Engine {
     void compilePrivateVlans();
     void compilePorts(const std::vector<Port> &former);
     static void keepState(Port &port, const Port &former);
+    [[nodiscard]] bool concernsOthers(const Port &port, const policy::PortT &policy) const;
     void compilePort(Port &port, const policy::PortT &policy);
     void compileVlan(Port &port);
     void compileFilter(Port &port);
@@ -210,6 +218,7 @@ class Engine {
     [[nodiscard]] static bool sameTeaming(const policy::PortT &formerPort, const policy::SwitchT &former,
                                           const policy::PortT &port, const policy::SwitchT &policy);
     [[nodiscard]] bool usable(const Team &team, uint32_t uplink) const;
+    [[nodiscard]] bool reachable(const Team &team, uint32_t uplink) const;
     void updateTeam(Team &team) const;
     void chooseUplinks(bool linkChanged);
     [[nodiscard]] uint32_t choose(const Port &port) const;
@@ -220,6 +229,11 @@ class Engine {
     void sendReverseArp(const Announcement &announcement);
     [[nodiscard]] Time repeatAnnouncements();
 
+    // beacon.cpp
+    void compileBeacons();
+    [[nodiscard]] Time sendBeacons();
+    [[nodiscard]] bool takesBeacon(const Passage &passage);
+
     // mirror.cpp
     void compileMirrors();
     void compileMirrorSources(const MirrorSession &session);
@@ -227,9 +241,9 @@ class Engine {
     static void keepMirrorState(MirrorSession &session, const std::vector<MirrorSession> &former);
     void mirrorIn(const Port &from, Passage &passage);
     void mirrorOut(const Port &to, Passage &passage);
-    void mirrorBy(const std::vector<uint32_t> &sessions, Passage &passage);
-    void mirrorRemote(std::vector<uint16_t> policy::MirrorSessionT::*vlans, Passage &passage);
-    void mirror(MirrorSession &session, Passage &passage);
+    void mirrorBy(const std::vector<uint32_t> &sessions, Passage &passage, bool sent);
+    void mirrorRemote(std::vector<uint16_t> policy::MirrorSessionT::*vlans, Passage &passage, bool sent);
+    void mirror(MirrorSession &session, Passage &passage, bool sent);
     void sendCopy(MirrorSession &session, Port &to, const Frame &frame);
 
     // mirror_remote.cpp
@@ -273,6 +287,8 @@ class Engine {
 
     std::vector<Team> teams_;
     std::vector<Announcement> announcements_;
+    std::vector<uint32_t> beaconing_;  // uplinks that send beacons
+    Time beaconAt_ = 0;
     std::vector<MirrorSession> sessions_;
     VlanSet remoteIn_;
     VlanSet remoteOut_;

@@ -35,7 +35,7 @@ void Engine::receive(uint32_t number, const Frame &frame, Time now) {
         add(*from->slot, kPacketsInException);
         return;
     }
-    if (encapsulates_ && answersProbe(passage)) return;
+    if ((encapsulates_ && answersProbe(passage)) || takesBeacon(passage)) return;
     if (isGroup(passage.destination))
         forwardGroup(*from, passage);
     else
@@ -129,6 +129,8 @@ bool Engine::deliverToOwner(const Port &from, Passage &passage) {
             known = true;
     if (known) return true;
     const LearntAddress *entry = table_.find(passage.destination, passage.filing, now_);
+    add(*slot_, kLookups);
+    if (entry == nullptr) add(*slot_, kMisses);
     return entry != nullptr && offerUnicast(from, ports_[entry->port], passage);
 }
 
@@ -151,7 +153,7 @@ void Engine::deliverExtra(const Port &from, Passage &passage, bool known) {
             Port &to = ports_[index];
             if (index == from.index || !to.carries[passage.vlan]) continue;
             if (from.uplink && to.current != from.index) continue;
-            if (to.got != passage.id) deliver(to, passage);
+            if (to.got != passage.id && deliver(to, passage) && &ports == &unknown_) add(*to.slot, kFlooded);
         }
     };
     deliverTo(promiscuous_);
@@ -175,6 +177,12 @@ void Engine::forwardGroup(Port &from, Passage &passage) {
 }
 
 void Engine::sendByUplink(Port &from, Passage &passage) {
+    const Team &team = teams_[from.team];
+    if (team.deaf && team.shotgun) {
+        for (const uint32_t index : team.candidates)
+            if (ports_[index].carries[passage.vlan]) deliver(ports_[index], passage);
+        return;
+    }
     const uint32_t index = uplinkFor(from, passage);
     if (index == kNone)
         passage.stranded = true;

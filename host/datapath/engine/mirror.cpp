@@ -78,31 +78,36 @@ void Engine::keepMirrorState(MirrorSession &session, const std::vector<MirrorSes
 }
 
 void Engine::mirrorIn(const Port &from, Passage &passage) {
-    mirrorBy(from.mirrorIn, passage);
-    if (from.uplink && remoteIn_[passage.vlan]) mirrorRemote(&policy::MirrorSessionT::vlansIn, passage);
+    mirrorBy(from.mirrorIn, passage, true);
+    if (from.uplink && remoteIn_[passage.vlan]) mirrorRemote(&policy::MirrorSessionT::vlansIn, passage, true);
 }
 
 void Engine::mirrorOut(const Port &to, Passage &passage) {
-    mirrorBy(to.mirrorOut, passage);
-    if (to.uplink && remoteOut_[passage.vlan]) mirrorRemote(&policy::MirrorSessionT::vlansOut, passage);
+    mirrorBy(to.mirrorOut, passage, false);
+    if (to.uplink && remoteOut_[passage.vlan])
+        mirrorRemote(&policy::MirrorSessionT::vlansOut, passage, false);
 }
 
-void Engine::mirrorBy(const std::vector<uint32_t> &sessions, Passage &passage) {
+void Engine::mirrorBy(const std::vector<uint32_t> &sessions, Passage &passage, bool sent) {
     for (const uint32_t index : sessions)
-        mirror(sessions_[index], passage);
+        mirror(sessions_[index], passage, sent);
 }
 
-void Engine::mirrorRemote(std::vector<uint16_t> policy::MirrorSessionT::*vlans, Passage &passage) {
+void Engine::mirrorRemote(std::vector<uint16_t> policy::MirrorSessionT::*vlans, Passage &passage, bool sent) {
     for (MirrorSession &session : sessions_)
         if (session.policy->type == MirrorType::RemoteDestination &&
             containsVlan(session.policy->*vlans, passage.vlan))
-            mirror(session, passage);
+            mirror(session, passage, sent);
 }
 
 // The copy starts from the frame without the tag of its VLAN, which is put back if the session keeps it.
-void Engine::mirror(MirrorSession &session, Passage &passage) {
+void Engine::mirror(MirrorSession &session, Passage &passage, bool sent) {
     const policy::MirrorSessionT &policy = *session.policy;
-    if (policy.sampling > 1 && session.seen++ % policy.sampling != 0) return;
+    add(*session.slot, sent ? kMirrorTakenIn : kMirrorTakenOut);
+    add(*session.slot, sent ? kMirrorTakenInBytes : kMirrorTakenOutBytes, passage.frame->bytes.size());
+    if (policy.sampling > 1 && session.seen++ % policy.sampling != 0)
+        return add(*session.slot, kMirrorSkipped);
+    if (session.ports.empty() && session.targets.empty()) return add(*session.slot, kMirrorDropped);
     const Frame &plain = form(passage, false);
     const size_t size = plain.bytes.size();
     const size_t snap = policy.snapLength <= 0
@@ -143,7 +148,7 @@ void Engine::sendCopy(MirrorSession &session, Port &to, const Frame &frame) {
     const bool sent = to.up && surroundings_.send(to.number, frame);
     if (!sent) {
         drop(to, to.up ? Drop::Busy : Drop::Blocked, false);
-        add(*session.slot, kMirrorDropped);
+        add(*session.slot, to.up ? kMirrorBusy : kMirrorNoLink);
         return;
     }
     countOut(to, readMac(frame.bytes.data()), frame.bytes.size());

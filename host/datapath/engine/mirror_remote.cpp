@@ -129,16 +129,16 @@ Bytes answeredAddress(const Passage &passage, MacAddress &hardware) {
 
 }  // namespace
 
-// Locally administered, and different for each switch of the host.
+// Without an address, one that is different for each switch of the host.
 MacAddress Engine::switchAddress() const {
-    return 0x021000000000 | policy_->number;
+    return policy_->mac != nullptr ? macOf(*policy_->mac) : 0x021000000000 | policy_->number;
 }
 
 void Engine::encapsulate(MirrorSession &session, MirrorTarget &target, Bytes frame, const Passage &passage,
                          bool cut) {
     const uint32_t uplink = teams_.front().candidates.empty() ? kNone : teams_.front().candidates.front();
     if (uplink == kNone) {
-        add(*session.slot, kMirrorDropped);
+        add(*session.slot, kMirrorNoUplink);
         return;
     }
     const policy::MirrorSessionT &policy = *session.policy;

@@ -18,6 +18,10 @@ void Switch::configure(std::unique_ptr<policy::SwitchT> policy, Time now) {
     state_->configure(std::move(policy), now);
 }
 
+bool Switch::changePort(std::unique_ptr<policy::PortT> policy, Time now) {
+    return state_->changePort(std::move(policy), now);
+}
+
 void Switch::receive(uint32_t port, const Frame &frame, Time now) {
     state_->receive(port, frame, now);
 }

@@ -38,7 +38,7 @@ bool same(const policy::TeamingT *left, const policy::TeamingT *right) {
     if (left == nullptr || right == nullptr) return left == right;
     return left->balance == right->balance && left->active == right->active &&
            left->standby == right->standby && left->rolling == right->rolling &&
-           left->checkLink == right->checkLink;
+           left->checkLink == right->checkLink && left->checkBeacon == right->checkBeacon;
 }
 
 }  // namespace
@@ -73,6 +73,8 @@ void Engine::addTeam(const policy::TeamingT *policy) {
     team.checkLink = policy->checkLink;
     team.rolling = policy->rolling;
     team.notify = policy->notify;
+    team.bestEffort = policy->bestEffort;
+    team.shotgun = policy->shotgun;
     const auto resolve = [this](const std::vector<uint32_t> &numbers, std::vector<uint32_t> &indexes) {
         for (const uint32_t number : numbers) {
             const Port *port = find(number);
@@ -81,15 +83,27 @@ void Engine::addTeam(const policy::TeamingT *policy) {
     };
     resolve(policy->active, team.active);
     resolve(policy->standby, team.standby);
+    // A single uplink hears nobody.
+    team.checkBeacon = policy->checkBeacon && team.active.size() + team.standby.size() > 1;
+}
+
+// Whether the uplink can be used as far as its link tells.
+bool Engine::reachable(const Team &team, uint32_t uplink) const {
+    return team.checkLink ? ports_[uplink].up : !ports_[uplink].policy->blocked;
 }
 
 bool Engine::usable(const Team &team, uint32_t uplink) const {
-    return team.checkLink ? ports_[uplink].up : !ports_[uplink].policy->blocked;
+    if (!reachable(team, uplink)) return false;
+    if (!team.checkBeacon || !ports_[uplink].silent) return true;
+    return team.deaf && (team.bestEffort || team.shotgun);
 }
 
 // All active uplinks that can be used, or else the first such standby uplink.
 void Engine::updateTeam(Team &team) const {
     team.candidates.clear();
+    const auto hears = [&](uint32_t uplink) { return reachable(team, uplink) && !ports_[uplink].silent; };
+    team.deaf = team.checkBeacon && std::none_of(team.active.begin(), team.active.end(), hears) &&
+                std::none_of(team.standby.begin(), team.standby.end(), hears);
     if (team.balance == Balance::Drop) return;
     for (const uint32_t uplink : team.active)
         if (usable(team, uplink)) team.candidates.push_back(uplink);

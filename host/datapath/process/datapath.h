@@ -79,6 +79,7 @@ class DataPath : private wire::Noncopyable {
     void changePort(const policy::ChangedPort &changed, std::set<uint32_t> *named);
     void forget(const policy::ForgottenMac &forgotten);
     void learnPorts(Owner &owner);
+    Attached &learnPort(const policy::SwitchT &policy, const policy::PortT &port);
     void removeSwitch(uint32_t number);
     void removePort(uint32_t port);
     void attach(const policy::Configuration &configuration);

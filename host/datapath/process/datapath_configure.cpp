@@ -102,15 +102,38 @@ void DataPath::replaceSwitch(std::unique_ptr<policy::SwitchT> policy) {
 void DataPath::changePort(const policy::ChangedPort &changed, std::set<uint32_t> *named) {
     const auto found = switches_.find(changed.portset());
     if (found == switches_.end() || changed.policy() == nullptr) return;
-    named->insert(changed.portset());
     std::unique_ptr<policy::PortT> port(changed.policy()->UnPack());
-    auto &ports = found->second.policy->ports;
+    Owner &owner = found->second;
+    auto &ports = owner.policy->ports;
     const auto place = std::find_if(ports.begin(), ports.end(),
                                     [&](const auto &each) { return each->number == port->number; });
+    // The switch applies the change alone, unless it is configured as a whole anyway.
+    const bool alone = place != ports.end() && !named->contains(changed.portset()) &&
+                       owner.forwarding->changePort(std::make_unique<policy::PortT>(*port), loop_.now());
+    if (alone) {
+        Attached &attached = learnPort(*owner.policy, *port);
+        if (attached.attachment) tellSwitch(port->number, attached);
+    } else {
+        named->insert(changed.portset());
+    }
     if (place == ports.end())
         ports.push_back(std::move(port));
     else
         *place = std::move(port);
+}
+
+// Takes notice of a port.
+DataPath::Attached &DataPath::learnPort(const policy::SwitchT &policy, const policy::PortT &port) {
+    Attached &attached = ports_[port.number];
+    if (attached.owner != 0 && attached.owner != policy.number)
+        switches_[attached.owner].ports.erase(port.number);
+    attached.owner = policy.number;
+    attached.id = port.id;
+    attached.client = port.client;
+    attached.mtu = policy.mtu;
+    attached.link = port.link;
+    if (attached.endpoint) attached.endpoint->setLink(attached.link);
+    return attached;
 }
 
 void DataPath::forget(const policy::ForgottenMac &forgotten) {
@@ -127,15 +150,7 @@ void DataPath::learnPorts(Owner &owner) {
     std::set<uint32_t> ports;
     for (const auto &port : policy.ports) {
         ports.insert(port->number);
-        Attached &attached = ports_[port->number];
-        if (attached.owner != 0 && attached.owner != policy.number)
-            switches_[attached.owner].ports.erase(port->number);
-        attached.owner = policy.number;
-        attached.id = port->id;
-        attached.client = port->client;
-        attached.mtu = policy.mtu;
-        attached.link = port->link;
-        if (attached.endpoint) attached.endpoint->setLink(attached.link);
+        learnPort(policy, *port);
     }
     std::vector<uint32_t> gone;
     std::set_difference(owner.ports.begin(), owner.ports.end(), ports.begin(), ports.end(),
