@@ -115,4 +115,27 @@ enum GroupValue : uint32_t {
     kGroupValues,
 };
 
+// The values of the flow export of a port, in the order of its statistics.
+enum ExportValue : uint32_t {
+    kFlowsBegun,
+    kFlowsIdle,    // ended after the idle timeout
+    kFlowsActive,  // ended after the active timeout
+    kFlowsForced,  // ended because the policy changed
+    kFlowsNow,     // in the table: the one value that also falls
+    kFramesSeen,
+    kBytesSeen,
+    kFramesSampled,
+    kBytesSampled,
+    kFramesWithoutFlow,
+    kRecordsSent,
+    kTemplatesSent,
+    kMessagesSent,
+    kMessageBytesSent,
+    kNoPacket,        // sampled frames that contain no IP packet
+    kTableFull,       // sampled frames for which the table had no room
+    kRecordsNotSent,  // records that a collector did not get
+    kExportValues = kNoPacket + 9,
+};
+static_assert(kExportValues <= kSlotValues);
+
 }  // namespace qvs::datapath

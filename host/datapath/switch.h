@@ -13,6 +13,8 @@
 namespace qvs::policy {
 struct PortT;  // of policy.fbs
 struct SwitchT;
+struct IpfixT;
+struct CollectorT;
 }  // namespace qvs::policy
 
 namespace qvs::datapath {
@@ -29,6 +31,13 @@ struct Surroundings {
     // Tells that a port joined a group (true) or left it (false).
     std::function<void(uint32_t port, std::span<const uint8_t> group, bool joined)> joined;
     Slot *slots = nullptr;
+    // Sends a message of flow records to a collector. Fills in its sequence number. Returns false if it was
+    // not sent.
+    std::function<bool(const policy::IpfixT &policy, const policy::CollectorT &collector,
+                       std::span<uint8_t> message, uint32_t records)>
+        report = nullptr;
+    // Returns what the clock showed at time 0, in milliseconds since 1970.
+    std::function<uint64_t()> epoch = nullptr;
 };
 
 class Switch {

@@ -85,16 +85,36 @@ std::string textOf(const std::vector<Sent> &sent) {
 // The values of a slot by name.
 const std::map<std::string, uint32_t> &counterNames() {
     static const std::map<std::string, uint32_t> names = {
-        {"in", 0},         {"in-bytes", 1},   {"in-group", 2},    {"in-all", 4},       {"out", 6},
-        {"out-group", 8},  {"out-all", 10},   {"in-dropped", 12}, {"out-dropped", 13}, {"exception", 14},
-        {"uplink", 16},    {"moves", 17},     {"learnt", 18},     {"moved", 19},       {"expired", 20},
-        {"blocked", 21},   {"malformed", 22}, {"long", 23},       {"vlan", 24},        {"private", 25},
-        {"forged", 26},    {"changed", 27},   {"limit", 28},      {"no-uplink", 29},   {"reflected", 30},
-        {"mirror", 31},    {"busy", 32},      {"arp-sent", 0},    {"arp-failed", 1},   {"failovers", 2},
-        {"failbacks", 3},  {"reports", 4},    {"leaves", 5},      {"queries", 6},      {"copies", 0},
-        {"copy-bytes", 1}, {"not-copied", 2}, {"cut", 3},         {"matched", 0},      {"filtered", 2},
-        {"flooded", 33},   {"taken-in", 4},   {"taken-out", 6},   {"no-link", 9},      {"skipped", 10},
-        {"lookups", 7},    {"misses", 8},
+        {"in", 0},           {"in-bytes", 1},
+        {"in-group", 2},     {"in-all", 4},
+        {"out", 6},          {"out-group", 8},
+        {"out-all", 10},     {"in-dropped", 12},
+        {"out-dropped", 13}, {"exception", 14},
+        {"uplink", 16},      {"moves", 17},
+        {"learnt", 18},      {"moved", 19},
+        {"expired", 20},     {"blocked", 21},
+        {"malformed", 22},   {"long", 23},
+        {"vlan", 24},        {"private", 25},
+        {"forged", 26},      {"changed", 27},
+        {"limit", 28},       {"no-uplink", 29},
+        {"reflected", 30},   {"mirror", 31},
+        {"busy", 32},        {"arp-sent", 0},
+        {"arp-failed", 1},   {"failovers", 2},
+        {"failbacks", 3},    {"reports", 4},
+        {"leaves", 5},       {"queries", 6},
+        {"copies", 0},       {"copy-bytes", 1},
+        {"not-copied", 2},   {"cut", 3},
+        {"matched", 0},      {"filtered", 2},
+        {"flooded", 33},     {"taken-in", 4},
+        {"taken-out", 6},    {"no-link", 9},
+        {"skipped", 10},     {"lookups", 7},
+        {"misses", 8},       {"begun", 0},
+        {"idle", 1},         {"active", 2},
+        {"flows", 4},        {"seen", 5},
+        {"sampled", 7},      {"without-flow", 9},
+        {"records", 10},     {"templates", 11},
+        {"messages", 12},    {"message-bytes", 13},
+        {"no-packet", 14},   {"not-sent", 16},
     };
     return names;
 }
@@ -180,7 +200,14 @@ Network::Network()
                    events_ +=
                        (joined ? "+" : "-") + std::to_string(group[0]) + "@" + std::to_string(port) + " ";
                },
-               slots_.get()}) {}
+               slots_.get(),
+               [this](const policy::IpfixT &policy, const policy::CollectorT &, std::span<uint8_t> message,
+                      uint32_t) {
+                   if (policy.domainName == "refused") return false;
+                   reports_.emplace_back(message.begin(), message.end());
+                   return true;
+               },
+               [] { return uint64_t{1'700'000'000'000}; }}) {}
 
 std::vector<Sent> Network::receive(uint32_t port, const Bytes &bytes, uint64_t now,
                                    datapath::Offload offload) {

@@ -47,6 +47,8 @@ class Network {
     std::vector<Sent> receive(uint32_t port, const Bytes &bytes, uint64_t now,
                               datapath::Offload offload = {});
     std::vector<Sent> takeSent() { return std::move(sent_); }
+    // Messages of flow records. A collector of a policy with the name "refused" takes none.
+    std::vector<Bytes> takeReports() { return std::move(reports_); }
     std::string takeEvents() { return std::move(events_); }
     datapath::Switch &engine() { return switch_; }
     void setBusy(uint32_t port) { busy_ = port; }
@@ -69,6 +71,7 @@ class Network {
     std::unique_ptr<datapath::Slot[]> slots_ = std::make_unique<datapath::Slot[]>(256);
     std::vector<Sent> sent_;
     std::string events_;
+    std::vector<Bytes> reports_;
     uint32_t busy_ = 0;
     uint64_t now_ = 0;
     datapath::Switch switch_;

@@ -12,6 +12,11 @@
 
 namespace qvs::kernel {
 
+// The slot of the flows of a port.
+inline std::string ipfixSlot(uint32_t port) {
+    return fmt::format("ipfix {}", port);
+}
+
 // Returns a value of an object, or 0 if it has no slot.
 inline uint64_t slotValue(const Model &model, std::string_view object, uint32_t value) {
     const datapath::Slot *slot = model.facts.slotOf(object);

@@ -44,6 +44,7 @@ std::vector<std::unique_ptr<policy::GroupT>> compileGroups(const Model &model, c
                                                            Slots &slots);
 // Compiles a list of addresses of multicast groups. Returns false if none is stored.
 bool compileMulticastList(const Property *stored, std::vector<policy::Mac> *list);
+std::unique_ptr<policy::IpfixT> compileIpfix(const Port &port, Slots &slots);
 
 // Returns the port of a switch that has this identifier, or this NIC or client. Returns null for an unknown
 // name.

@@ -133,6 +133,7 @@ std::unique_ptr<policy::PortT> compilePort(const Model &model, const Port &port,
     compiled->hasMulticastList =
         compileMulticastList(port.properties.find("com.quillon.vswitch.port.mcast.user.addresses.override"),
                              &compiled->multicastList);
+    compiled->ipfix = compileIpfix(port, slots);
     return compiled;
 }
 

@@ -39,6 +39,7 @@ void Engine::configure(std::unique_ptr<policy::SwitchT> policy, Time now) {
     slot_ = slotAt(policy_->slot);
     compilePrivateVlans();
     compilePorts(former);
+    endMeters(former);
     compileTeams();
     compileBeacons();
     for (const Port &old : former)
@@ -120,6 +121,7 @@ void Engine::compilePorts(const std::vector<Port> &former) {
         const auto found = formerByNumber.find(entry->number);
         if (found != formerByNumber.end()) keepState(port, *found->second);
         compilePort(port, *entry);
+        compileMeter(port, *entry, found != formerByNumber.end() ? found->second : nullptr);
     }
 }
 
@@ -249,6 +251,7 @@ Time Engine::tick(Time now) {
     now_ = now;
     expireAddresses();
     expireMembers();
+    expireFlows();
     return std::min({now + kLongest, sendBeacons(), repeatAnnouncements()});
 }
 

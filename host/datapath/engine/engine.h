@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "datapath/engine/addresses.h"
+#include "datapath/export/meter.h"
 #include "datapath/packet.h"
 #include "datapath/switch.h"
 #include "policy_generated.h"
@@ -66,6 +67,8 @@ struct Port {
     bool mirrorSilent = false;       // a mirror destination that may not send
     std::vector<uint32_t> mirrorIn;  // sessions
     std::vector<uint32_t> mirrorOut;
+
+    std::shared_ptr<Meter> meter;  // null: flows are not reported
 };
 
 struct Team {
@@ -118,6 +121,8 @@ struct Passage {
     size_t body = kAddresses;      // where the type stands
     size_t packet = 0;             // length of the longest packet
     size_t attempts = 0;           // receivers that it was sent to
+    uint32_t to = 0;               // number of the last port that received it
+    bool left = false;             // by an uplink
     std::optional<Frame> plain;    // without tag
     std::optional<Frame> tagForm;  // with tag
 };
@@ -252,6 +257,14 @@ class Engine {
     void sendOwn(Port &uplink, Bytes bytes);
     [[nodiscard]] bool answersProbe(const Passage &passage);
     [[nodiscard]] MacAddress switchAddress() const;
+
+    // metering.cpp
+    void compileMeter(Port &port, const policy::PortT &policy, const Port *former);
+    void endMeters(const std::vector<Port> &former);
+    void meterIn(Port &from, const Passage &passage);
+    void meterOut(Port &to, const Passage &passage);
+    void expireFlows();
+    void report(Meter &meter, bool all);
 
     // multicast.cpp
     void compileGroups(const std::vector<Port> &former);

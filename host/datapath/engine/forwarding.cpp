@@ -40,6 +40,7 @@ void Engine::receive(uint32_t number, const Frame &frame, Time now) {
         forwardGroup(*from, passage);
     else
         forwardUnicast(*from, passage);
+    if (from->meter != nullptr) meterIn(*from, passage);
 }
 
 std::optional<Drop> Engine::admit(Port &from, Passage &passage) {
@@ -213,6 +214,9 @@ bool Engine::deliver(Port &to, Passage &passage) {
     }
     countOut(to, passage.destination, frame.bytes.size());
     mirrorOut(to, passage);
+    passage.to = to.number;
+    passage.left = passage.left || to.uplink;
+    if (to.meter != nullptr) meterOut(to, passage);
     return true;
 }
 

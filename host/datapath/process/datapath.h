@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "datapath/process/endpoint.h"
+#include "datapath/process/exporter.h"
 #include "datapath/process/kernel_link.h"
 #include "datapath/process/loop.h"
 #include "datapath/process/namespaces.h"
@@ -97,6 +98,7 @@ class DataPath : private wire::Noncopyable {
     Namespaces &namespaces_;
     std::string directory_;
     Slot *slots_ = nullptr;
+    Exporter exporter_;
     std::map<uint32_t, Owner> switches_;
     std::unordered_map<uint32_t, Attached> ports_;
     std::vector<uint64_t> unanswered_;  // generations

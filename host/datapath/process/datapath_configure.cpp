@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Applies configurations: replaces switches, opens and closes endpoints.
 #include <algorithm>
+#include <chrono>
 
 #include "datapath/packet.h"
 #include "datapath/process/datapath.h"
@@ -23,6 +24,12 @@ bool isSame(const policy::AttachmentT &one, const policy::AttachmentT &other) {
     return one.kind == other.kind && one.path == other.path && one.peer == other.peer &&
            one.name == other.name && mac(one) == mac(other) && one.mtu == other.mtu &&
            one.noOffloads == other.noOffloads;
+}
+
+uint64_t unixTime() {
+    using std::chrono::system_clock;
+    const auto since = system_clock::now().time_since_epoch();
+    return static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(since).count());
 }
 
 }  // namespace
@@ -95,6 +102,11 @@ void DataPath::replaceSwitch(std::unique_ptr<policy::SwitchT> policy) {
             kernel_.joined(port, group, joined);
         };
         surroundings.slots = slots_;
+        surroundings.report = [this](const policy::IpfixT &ipfix, const policy::CollectorT &collector,
+                                     std::span<uint8_t> message, uint32_t records) {
+            return exporter_.send(ipfix, collector, message, records);
+        };
+        surroundings.epoch = [this] { return unixTime() - loop_.now(); };
         owner.forwarding = std::make_unique<Switch>(std::move(surroundings));
     }
 }
@@ -165,6 +177,9 @@ void DataPath::removeSwitch(uint32_t number) {
     if (found == switches_.end()) return;
     for (const uint32_t port : found->second.ports)
         removePort(port);
+    // A switch without ports has told what it has to tell.
+    if (found->second.forwarding)
+        found->second.forwarding->configure(std::make_unique<policy::SwitchT>(), loop_.now());
     switches_.erase(found);
 }
 

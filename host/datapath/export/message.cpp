@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+// Messages consist of a header of 16 bytes and of sets: u16 number, u16 length, their records.
+#include "datapath/export/message.h"
+
+namespace qvs::datapath {
+namespace {
+
+constexpr size_t kHeader = 16;
+constexpr uint16_t kVersion = 10;
+
+}  // namespace
+
+Message::Message(uint32_t domain) : bytes_(kHeader) {
+    write16(bytes_.data(), kVersion);
+    write32(bytes_.data() + 12, domain);
+}
+
+void Message::set(uint16_t number) {
+    if (number == number_) return;
+    endSet();
+    number_ = number;
+    setAt_ = bytes_.size();
+    put(number, 2);
+    put(0, 2);
+}
+
+void Message::endSet() {
+    if (number_ != 0) write16(bytes_.data() + setAt_ + 2, static_cast<uint32_t>(bytes_.size() - setAt_));
+}
+
+void Message::put(uint64_t value, size_t width) {
+    while (width-- != 0)
+        bytes_.push_back(static_cast<uint8_t>(value >> 8 * width));
+}
+
+void Message::put(Bytes bytes) {
+    bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+}
+
+std::span<uint8_t> Message::finish(uint32_t exportTime) {
+    endSet();
+    write16(bytes_.data() + 2, static_cast<uint32_t>(bytes_.size()));
+    write32(bytes_.data() + 4, exportTime);
+    return bytes_;
+}
+
+}  // namespace qvs::datapath
