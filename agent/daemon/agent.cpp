@@ -46,10 +46,10 @@ Agent::~Agent() {
     close(signals_);
 }
 
-uint64_t Agent::goal() const {
+uint64_t Agent::wanted() const {
     const auto manifest = manifests_.find(head_.revision);
     if (manifest == manifests_.end()) return disk_.memory().applied;
-    return goalOf(head_, manifest->second, wave_, disk_.memory(), drained_.contains(settings_.host));
+    return wantedOf(head_, manifest->second, wave_, disk_.memory(), drained_.contains(settings_.host));
 }
 
 void Agent::run() {
@@ -159,6 +159,7 @@ void Agent::lookForChanges() {
 
 void Agent::compareWithRevision() {
     compareAt_ = Clock::now() + std::chrono::seconds(settings_.driftSeconds);
+    disk_.probe();
     std::vector<std::string> differences;
     try {
         differences = differencesFrom(document_);
@@ -190,14 +191,11 @@ void Agent::changed() {
     status_.revision = memory.applied;
     status_.trying = memory.trying;
     status_.problem = hostProblem_.empty() ? disk_.problem() : hostProblem_;
-    status_.refused = 0;
-    status_.step.clear();
-    status_.reason.clear();
-    if (const auto refusal = memory.refused.find(head_.revision); refusal != memory.refused.end()) {
-        status_.refused = head_.revision;
-        status_.step = refusal->second.step;
-        status_.reason = refusal->second.reason;
-    }
+    status_.refused = refusalOf(wanted(), head_, memory);
+    const Memory::Refusal refusal =
+        status_.refused == 0 ? Memory::Refusal() : memory.refused.at(status_.refused);
+    status_.step = refusal.step;
+    status_.reason = refusal.reason;
     numbers_.goal = head_.revision;
     numbers_.revision = memory.applied;
     numbers_.drift = status_.drift;

@@ -67,7 +67,7 @@ class Agent {
     void finish(uint64_t revision);
     void measure(const char *phase);
 
-    uint64_t goal() const;
+    uint64_t wanted() const;
 
     Settings settings_;
     Disk disk_;

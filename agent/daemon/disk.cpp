@@ -13,6 +13,7 @@ namespace {
 using nlohmann::json;
 
 constexpr const char *kMemory = "memory.json";
+constexpr const char *kProbe = "probe";
 constexpr std::string_view kDocument = "revision-";
 
 std::string nameOf(uint64_t revision) {
@@ -45,7 +46,18 @@ void Disk::write(const std::string &name, const std::string &text) {
         problem_.clear();
     } catch (const Failure &failure) {
         problem_ = failure.message;
+        needed_ = text.size();
         throw DiskFailure{failure};
+    }
+}
+
+void Disk::probe() {
+    if (problem_.empty()) return;
+    try {
+        write(kProbe, std::string(needed_, ' '));
+        directory_.remove(kProbe);
+    } catch (const Failure &) {
+        // There is still a problem.
     }
 }
 

@@ -30,6 +30,8 @@ class Disk {
     void removeOthers();
     // Why the last write failed; empty when it did not.
     const std::string &problem() const { return problem_; }
+    // Finds out whether there is room now for what could not be written. Nothing may be there to write again.
+    void probe();
 
   private:
     void write(const std::string &name, const std::string &text);
@@ -37,6 +39,7 @@ class Disk {
     PrivateDirectory directory_;
     Memory memory_;
     std::string problem_;
+    size_t needed_ = 0;  // the bytes that could not be written
 };
 
 }  // namespace qvs::fleet

@@ -6,6 +6,7 @@
 #include "agent/daemon/log.h"
 #include "agent/rollout/view.h"
 #include "base/failure.h"
+#include "base/text.h"
 #include "config/library/clock.h"
 
 namespace qvs::fleet {
@@ -175,7 +176,7 @@ void Agent::publish(const Head &next) {
         return connect();
     }
     log(Level::Info, "revision {}: {}, wave {}{}{}", next.revision, wordOf(next.state), next.wave,
-        next.reason.empty() ? "" : ": ", next.reason);
+        next.reason.empty() ? "" : ": ", shown(next.reason));
     // The event of this change brings the same; until then, nothing is decided again.
     view_.head = next;
     view_.head.state = State::Done;

@@ -8,7 +8,6 @@
 #include "agent/daemon/log.h"
 #include "agent/daemon/switches.h"
 #include "agent/rollout/documents.h"
-#include "agent/store/digest.h"
 #include "base/failure.h"
 #include "config/library/clock.h"
 
@@ -33,7 +32,7 @@ void Agent::pursue() {
     if (Clock::now() < pursueAt_) return;
     readManifest();
     pursued_ = 0;
-    const uint64_t wanted = goal();
+    const uint64_t wanted = goalOf(this->wanted(), disk_.memory());
     if (wanted == disk_.memory().applied) return;
     pursued_ = wanted;
     pursueAt_ = Clock::now() + 1s;
@@ -55,19 +54,10 @@ void Agent::pursue() {
     if (attempt(wanted, document, manifest.prunes)) pursued_ = 0;
 }
 
-// The document of this host. What comes from the store is checked like a file.
+// The document of this host.
 config::Document Agent::fetch(const Manifest &manifest) {
-    return composed(manifest.documents, settings_.host, settings_.labels, [&](const DocumentOf &of) {
-        const Found found = store_.range({settings_.keys.document(of.digest)});
-        if (found.entries.empty()) fail(Exit::Failed, "the store does not have the document {}", of.digest);
-        const std::string &text = found.entries.front().value;
-        if (digestOf(text) != of.digest)
-            fail(Exit::Failed, "the document {} was changed in the store", of.digest);
-        std::vector<config::Problem> problems;
-        FleetFile file = readFleetFile(text, of.name, of.name, problems);
-        if (!problems.empty()) fail(Exit::Failed, "{}", messageOf(problems.front()));
-        return std::move(file.document);
-    });
+    return composed(manifest.documents, settings_.host, settings_.labels,
+                    [&](const DocumentOf &of) { return readDocumentOf(store_, settings_.keys, of); });
 }
 
 // Returns false when it is to be tried again.
@@ -184,7 +174,7 @@ bool Agent::agree(uint64_t revision, Time until, std::string &problem) {
             if (found.entries.empty()) return false;
             head_ = readHead(found.entries.front().value);
             headModified_ = found.entries.front().modified;
-            if (goal() != revision) return false;
+            if (goalOf(wanted(), disk_.memory()) != revision) return false;
             continue;
         } catch (const Failure &failure) {
             problem = failure.message;

@@ -19,8 +19,16 @@ void Fleet::read() {
     watch_.reset();
     view_ = readView(store_, keys());
     hosts_.clear();
-    for (const Entry &entry : store_.range({keys().hosts(), true}).entries)
-        hosts_[entry.key.substr(keys().hosts().size())] = readLabels(entry.value);
+    for (const Entry &entry : store_.range({keys().hosts(), true}).entries) {
+        const std::string host = entry.key.substr(keys().hosts().size());
+        try {
+            hosts_[host] = readLabels(entry.value);
+        } catch (const Failure &failure) {
+            // A host that was taken over can write anything here. It belongs to no group.
+            hosts_[host] = {};
+            warn("host {}: {}", shown(host), shown(failure.message));
+        }
+    }
     watch_ = std::make_unique<Watch>(store_);
     follow(*watch_, keys(), view_);
 }
@@ -68,11 +76,7 @@ Manifest Fleet::revision(uint64_t number) {
 
 config::Document Fleet::document(const DocumentOf &of) {
     if (const auto found = documents_.find(of.digest); found != documents_.end()) return found->second;
-    const Found found = store_.range({keys().document(of.digest)});
-    if (found.entries.empty()) fail(Exit::Failed, "the store does not have the document {}", of.digest);
-    std::vector<config::Problem> problems;
-    FleetFile file = readFleetFile(found.entries.front().value, of.name, of.name, problems);
-    return documents_[of.digest] = std::move(file.document);
+    return documents_[of.digest] = readDocumentOf(store_, keys(), of);
 }
 
 config::Document Fleet::composedFor(const std::string &host, const std::vector<DocumentOf> &documents) {
@@ -93,6 +97,18 @@ static std::vector<DocumentOf> documentsThatMayBeGone(Fleet &fleet, uint64_t rev
     }
 }
 
+// A document that was changed in the store must not keep operators from publishing another one.
+static config::Document documentBefore(Fleet &fleet, const std::string &host,
+                                       const std::vector<DocumentOf> &documents) {
+    try {
+        return fleet.composedFor(host, documents);
+    } catch (const Failure &failure) {
+        if (failure.exit != Exit::Failed) throw;
+        warn("host {}: {}", host, failure.message);
+        return {};
+    }
+}
+
 std::vector<HostsPlan> plansFor(Fleet &fleet, const std::vector<std::string> &hosts,
                                 const std::vector<DocumentOf> &documents) {
     std::map<std::string, HostsPlan> plans;  // by what they are made of
@@ -109,7 +125,8 @@ std::vector<HostsPlan> plansFor(Fleet &fleet, const std::vector<std::string> &ho
         }
         HostsPlan &plan = plans[key];
         if (plan.hosts.empty())
-            plan.changes = compare(fleet.composedFor(host, before), fleet.composedFor(host, documents), true);
+            plan.changes =
+                compare(documentBefore(fleet, host, before), fleet.composedFor(host, documents), true);
         plan.hosts.push_back(host);
     }
     std::vector<HostsPlan> made;

@@ -182,6 +182,7 @@ void publish(Fleet &fleet, Manifest manifest, const std::map<std::string, std::s
             plan += fmt::format("{} {}\n", i, host);
     manifest.plan = digestOf(plan);
     std::vector<Put> puts;
+    puts.reserve(texts.size() + hosts.size());
     for (const auto &[digest, text] : texts)
         puts.push_back({fleet.keys().document(digest), text});
     for (size_t i = 0; i < waves.size(); i++)

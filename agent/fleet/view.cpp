@@ -5,6 +5,7 @@
 #include "agent/fleet/fleet.h"
 #include "agent/fleet/publish.h"
 #include "base/failure.h"
+#include "base/text.h"
 #include "config/library/clock.h"
 
 namespace qvs::fleet {
@@ -77,7 +78,7 @@ void hosts(const Arguments &arguments, Output &out) {
         const Status *status = found == view.statuses.end() ? nullptr : &found->second;
         std::vector<std::string> pairs;
         for (const auto &[name, value] : labels)
-            pairs.push_back(name + '=' + value);
+            pairs.push_back(fmt::format("{}={}", name, value));
         const std::string problem = status == nullptr          ? ""
                                     : !status->problem.empty() ? status->problem
                                     : status->refused != 0
@@ -149,7 +150,7 @@ void diff(const Arguments &arguments, Output &out) {
         if (out.json()) continue;
         out.write(fmt::format("{} was changed by hand; to undo that:\n", host));
         for (const std::string &line : status->second.differences)
-            out.write(line + '\n');
+            out.write(shown(line) + '\n');
     }
     if (!plans.empty() || drifts) out.exitWith(static_cast<int>(Exit::Differs));
 }

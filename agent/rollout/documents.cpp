@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "agent/store/digest.h"
+#include "base/failure.h"
 #include "base/text.h"
 #include "config/document/merge.h"
 #include "config/document/reader.h"
@@ -97,6 +98,18 @@ FleetFile readFleetFile(std::string_view text, std::string_view origin, std::str
     file.document = config::readDocument(file.text, origin, problems);
     file.of.digest = digestOf(file.text);
     return file;
+}
+
+config::Document readDocumentOf(Store &store, const KeyNames &keys, const DocumentOf &of) {
+    const Found found = store.range({keys.document(of.digest)});
+    if (found.entries.empty()) fail(Exit::Failed, "the store does not have the document {}", of.digest);
+    const std::string &text = found.entries.front().value;
+    if (digestOf(text) != of.digest)
+        fail(Exit::Failed, "the document {} was changed in the store", of.digest);
+    std::vector<config::Problem> problems;
+    FleetFile file = readFleetFile(text, of.name, of.name, problems);
+    if (!problems.empty()) fail(Exit::Failed, "{}", messageOf(problems.front()));
+    return std::move(file.document);
 }
 
 bool isFor(const DocumentOf &document, std::string_view host, const Labels &labels) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "agent/rollout/records.h"
+#include "agent/store/store.h"
 #include "config/document/document.h"
 #include "config/document/problem.h"
 
@@ -22,6 +23,10 @@ struct FleetFile {
 };
 FleetFile readFleetFile(std::string_view text, std::string_view origin, std::string_view name,
                         std::vector<config::Problem> &problems);
+
+// A document from the store, which is checked like a file, and against the digest in the revision. Throws
+// Failure.
+config::Document readDocumentOf(Store &store, const KeyNames &keys, const DocumentOf &of);
 
 // Whether a document is for a host.
 bool isFor(const DocumentOf &document, std::string_view host, const Labels &labels);

@@ -8,14 +8,17 @@
 namespace qvs::fleet {
 namespace {
 
+// All agents read it, and any host may have written it.
+constexpr size_t kMostReason = 1000;
+
 uint32_t lastWave(const Manifest &manifest) {
     return manifest.waves == 0 ? 0 : manifest.waves - 1;
 }
 
 }  // namespace
 
-uint64_t goalOf(const Head &head, const Manifest &manifest, std::optional<uint32_t> wave,
-                const Memory &memory, bool drained) {
+uint64_t wantedOf(const Head &head, const Manifest &manifest, std::optional<uint32_t> wave,
+                  const Memory &memory, bool drained) {
     if (drained || head.revision == 0) return memory.applied;
     // A host that was away catches up with what the fleet has, and one that is ahead stays there until its
     // wave.
@@ -26,8 +29,17 @@ uint64_t goalOf(const Head &head, const Manifest &manifest, std::optional<uint32
         wanted = head.revision;
     }
     // There are no documents before the first revision.
-    if (wanted == 0 || memory.refused.contains(wanted)) return memory.applied;
-    return wanted;
+    return wanted == 0 ? memory.applied : wanted;
+}
+
+uint64_t goalOf(uint64_t wanted, const Memory &memory) {
+    return memory.refused.contains(wanted) ? memory.applied : wanted;
+}
+
+uint64_t refusalOf(uint64_t wanted, const Head &head, const Memory &memory) {
+    for (const uint64_t revision : {wanted, head.revision})
+        if (revision != memory.applied && memory.refused.contains(revision)) return revision;
+    return 0;
 }
 
 Progress progressOf(const View &view) {
@@ -42,14 +54,13 @@ Progress progressOf(const View &view) {
         if (view.drained.contains(host)) continue;
         progress.hosts++;
         const auto status = view.statuses.find(host);
-        if (status == view.statuses.end()) {
-            progress.away.insert(host);
-        } else if (status->second.refused == view.head.revision) {
+        const bool known = status != view.statuses.end();
+        if (known && status->second.refused == view.head.revision) {
             progress.failed.insert(host);
-        } else if (status->second.revision == view.head.revision) {
+        } else if (known && status->second.revision == view.head.revision) {
             progress.done++;
-        } else if (!status->second.problem.empty()) {
-            // Its agent is there, its switches are not.
+        } else if (!known || !status->second.problem.empty()) {
+            // Its agent is away, or is there without its switches.
             progress.away.insert(host);
         } else {
             progress.waiting.insert(host);
@@ -62,7 +73,7 @@ std::optional<Head> decide(const View &view) {
     Head next = view.head;
     if (view.head.state == State::RollingBack) {
         const bool left = std::ranges::any_of(view.statuses, [&](const auto &entry) {
-            // One that cannot go back stays, which its status tells.
+            // One that has refused to go back stays.
             return entry.second.revision == view.head.revision && entry.second.refused != view.head.base &&
                    !view.drained.contains(entry.first);
         });
@@ -75,7 +86,7 @@ std::optional<Head> decide(const View &view) {
     if (!progress.failed.empty()) {
         const std::string &host = *progress.failed.begin();
         const Status &status = view.statuses.find(host)->second;
-        next.reason = fmt::format("{}: {}: {}", host, status.step, status.reason);
+        next.reason = fmt::format("{}: {}: {}", host, status.step, status.reason).substr(0, kMostReason);
         // Before the first revision there is nothing to go back to.
         next.state = view.manifest.rollsBack && view.head.base != 0 ? State::RollingBack : State::Stopped;
         return next;

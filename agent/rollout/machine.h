@@ -28,10 +28,17 @@ struct Memory {
 // An agent that was killed so often while it tried a revision refuses it.
 inline constexpr uint32_t kMostAttempts = 3;
 
-// The revision that the host shall have. `wave` is that of the host in the plan of the revision; nothing for
-// a host that joined later, which belongs to the last wave. A drained host keeps what it has.
-uint64_t goalOf(const Head &head, const Manifest &manifest, std::optional<uint32_t> wave,
-                const Memory &memory, bool drained);
+// The revision that the fleet wants on the host. `wave` is that of the host in the plan of the revision;
+// nothing for a host that joined later, which belongs to the last wave. A drained host keeps what it has.
+uint64_t wantedOf(const Head &head, const Manifest &manifest, std::optional<uint32_t> wave,
+                  const Memory &memory, bool drained);
+
+// The revision that the host shall have: what it has refused is never tried again.
+uint64_t goalOf(uint64_t wanted, const Memory &memory);
+
+// The refusal that the host reports: of what is wanted now, else of the published revision. 0: none. Nobody
+// waits for a host that has refused to go back.
+uint64_t refusalOf(uint64_t wanted, const Head &head, const Memory &memory);
 
 // What the coordinator sees of a fleet. Hosts whose lease has ended have no status.
 struct View {

@@ -84,7 +84,7 @@ struct Status {
     std::string host;
     uint64_t revision = 0;  // what the host has; 0: nothing of the fleet yet
     uint64_t trying = 0;
-    uint64_t refused = 0;  // the published revision, if the host has refused it
+    uint64_t refused = 0;  // the wanted or published revision, if the host has refused it
     std::string step;      // that failed
     std::string reason;
     std::string problem;                   // why the agent cannot do its work; empty: it can

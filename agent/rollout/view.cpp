@@ -10,6 +10,18 @@ std::string behind(const std::string &key, const std::string &prefix) {
     return key.substr(prefix.size());
 }
 
+// A host that was taken over can write anything into its status. That keeps only this host from taking part.
+Status statusOrProblem(const std::string &host, std::string_view text) {
+    try {
+        return readStatus(text);
+    } catch (const Failure &failure) {
+        Status status;
+        status.host = host;
+        status.problem = failure.message;
+        return status;
+    }
+}
+
 }  // namespace
 
 View readView(Store &store, const KeyNames &keys) {
@@ -53,7 +65,7 @@ void take(View &view, const KeyNames &keys, const Event &event) {
         if (event.removed) {
             view.statuses.erase(host);
         } else {
-            view.statuses[host] = readStatus(entry.value);
+            view.statuses[host] = statusOrProblem(host, entry.value);
         }
     }
 }

@@ -9,7 +9,7 @@ namespace qvs::fleet {
 
 View readView(Store &store, const KeyNames &keys);
 
-// A head with another revision needs another reading.
+// A head with another revision needs another reading. A status that cannot be read is one with a problem.
 void take(View &view, const KeyNames &keys, const Event &event);
 
 // Follows all that `take` understands from the moment when the view was read.

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""faults [--faults N] [--seed N]: rollouts while agents, hosts and members of the store are killed and stopped, networks
+"""faults [--faults N] [--seed N] [--hosts N]: rollouts while agents, hosts and members of the store are killed and stopped, networks
 are cut and slow, disks are full and clocks are moved.
 
 Each round publishes a revision or two at once, some of which one host refuses, and meanwhile does something at random
@@ -23,7 +23,6 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from links import Links  # noqa: E402
 from members import Fleet, until, QUIET  # noqa: E402
 
-NAMES = "abcde"
 PORTS = [f"p{i}" for i in range(6)]
 # Refuses the VLANs that end with the digit 9, and fails without a host.
 CHECK = ["sh", "-c", "sleep 0.05; found=$(qvs port vlan get sw1 p5) && ! printf '%s\\n' \"$found\" | grep -q '^id:.*9$'"]
@@ -39,9 +38,11 @@ def settings_of(name, vlan):
 class Rollouts:
     """What operators publish, and what became of it."""
 
-    def __init__(self, fleet, chance):
+    def __init__(self, fleet, chance, counts):
         self.fleet = fleet
         self.chance = chance
+        self.counts = counts
+        self.names = [member.name for member in fleet.members]
         self.number = 0
         self.acknowledged = {}  # revision: message
         self.seen = {}
@@ -51,13 +52,13 @@ class Rollouts:
         self.number += 1
         vlan = 10 + (self.number * 10) % 4000 + self.chance.randrange(8)
         # The first revision is complete, so that there is one to go back to.
-        bad = self.chance.choice(NAMES) if self.number > 1 and self.chance.random() < 0.2 else ""
+        bad = self.chance.choice(self.names) if self.number > 1 and self.chance.random() < 0.2 else ""
         files = [pathlib.Path("all%d.yaml" % (self.number % 2))]
         files[0].write_text(settings_of("", vlan))
         if bad:
             files.append(pathlib.Path("bad%d.yaml" % (self.number % 2)))
             files[1].write_text(f"host: {bad}\n" + settings_of(bad, vlan - vlan % 10 + 9))
-        options = ["--batch", str(self.chance.randrange(1, 6)), "--keep", str(KEPT)]
+        options = ["--batch", str(self.chance.randrange(1, len(self.names) + 1)), "--keep", str(KEPT)]
         options += self.chance.choice(([], ["--rollback-on-failure"]))
         message = f"{vlan} {bad}"
         return message, ["qvs", "fleet", "apply", *map(str, files), *options, "--message", message, "--detach", "--json"]
@@ -76,6 +77,7 @@ class Rollouts:
                 if revision in self.acknowledged:
                     raise AssertionError(f"revision {revision} was acknowledged twice")
                 self.acknowledged[revision] = message
+                self.counts["document_that_one_host_refuses"] += not message.endswith(" ")
         return len(self.acknowledged) - before
 
     def read(self):
@@ -251,8 +253,8 @@ def wrong(fleet, rollouts):
     return None
 
 
-def add_hosts(fleet):
-    for name in NAMES:
+def add_hosts(fleet, names):
+    for name in names:
         disk = pathlib.Path(f"{name}-agent")
         disk.mkdir(mode=0o700)
         if fill_disk in FAULTS and subprocess.run(
@@ -269,7 +271,7 @@ def add_hosts(fleet):
             print("without moved clocks: faketime is not installed, or the programs are sanitized")
         links = Links(fleet.store.urls)
         fleet.add(name, urls=links.urls, environment=environment, check=CHECK, requestLimit=1).links = links
-    until(lambda: len(fleet.hosts()) == len(NAMES), "the hosts register")
+    until(lambda: len(fleet.hosts()) == len(names), "the hosts register")
 
 
 def meet(fleet, chance, counts):
@@ -292,16 +294,18 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--faults", type=int, default=20)
     parser.add_argument("--seed", type=int, default=None)
+    parser.add_argument("--hosts", type=int, default=5)
     arguments = parser.parse_args()
     seed = arguments.seed if arguments.seed is not None else random.randrange(10**6)
     print(f"seed {seed}")
+    names = [f"h{i}" for i in range(arguments.hosts)]
     chance = random.Random(seed)
     counts = collections.Counter()
     states = collections.Counter()
     try:
         with Fleet(members=3) as fleet:
-            add_hosts(fleet)
-            rollouts = Rollouts(fleet, chance)
+            add_hosts(fleet, names)
+            rollouts = Rollouts(fleet, chance, counts)
             while sum(counts.values()) < arguments.faults:
                 at_once = 2 if rollouts.number and chance.random() < 0.3 else 1
                 if not rollouts.publish(at_once):
@@ -316,7 +320,7 @@ def main():
                 states[fleet.json("status")["state"]] += 1
                 print(f"{sum(counts.values())} faults, {sum(states.values())} rollouts", flush=True)
     finally:
-        for name in NAMES:
+        for name in names:
             subprocess.run(["umount", "--lazy", f"{name}-agent"], **QUIET)
         print(f"{sum(counts.values())} faults: {dict(sorted(counts.items()))}")
         print(f"{sum(states.values())} rollouts: {dict(states)}")

@@ -23,7 +23,7 @@ HALF = -1
 GONE = None  # the status of a host whose lease has ended
 
 LAST = 1
-FRESH = Host(0, None, 0, None, frozenset(), "idle", (0, 0))
+FRESH = Host(0, None, 0, None, frozenset(), "idle", (0, None))
 
 
 class Violation(Exception):
@@ -46,22 +46,23 @@ class Model:
 
     # --- what agents decide ---
 
+    def wanted(self, head, index, host):
+        """The revision that the fleet wants on a host."""
+        if head.state in ("rollingBack", "rolledBack"):
+            return head.base if host.applied == head.revision else max(host.applied, head.base)
+        return head.revision if self.waves[index] <= head.wave else max(host.applied, head.base)
+
     def goal(self, head, index, host):
         """The revision that a host should have."""
-        if head.state in ("rollingBack", "rolledBack"):
-            wanted = head.base if host.applied == head.revision else max(host.applied, head.base)
-        elif self.waves[index] <= head.wave:
-            wanted = head.revision
-        else:
-            wanted = max(host.applied, head.base)
-        if self.has("refusal") and wanted in host.refused:
-            return host.applied
-        return wanted
+        wanted = self.wanted(head, index, host)
+        return host.applied if self.has("refusal") and wanted in host.refused else wanted
 
-    @staticmethod
-    def truth(head, host):
-        """The status that a host reports: the revision that it has, and whether it refused the published one."""
-        return (host.applied, head.revision if head.revision in host.refused else 0)
+    def truth(self, head, index, host):
+        """The status that a host reports: the revision that it has, and what it has refused: the one that is wanted now,
+        or the published one."""
+        wanted = self.wanted(head, index, host) if self.has("report") else head.revision
+        refused = (one for one in (wanted, head.revision) if one in host.refused and one != host.applied)
+        return (host.applied, next(refused, None))
 
     def host_steps(self, head, index, host):
         phase, trying = host.phase, host.trying
@@ -69,8 +70,8 @@ class Model:
             wanted = self.goal(head, index, host)
             if wanted != host.applied:
                 yield host._replace(config=HALF, journal=host.config, trying=wanted, phase="changing")
-            if host.status != self.truth(head, host):
-                yield host._replace(status=self.truth(head, host))
+            if host.status != self.truth(head, index, host):
+                yield host._replace(status=self.truth(head, index, host))
         elif phase == "changing":
             yield host._replace(config=trying, phase="trial")
         elif phase == "trial":
@@ -114,7 +115,7 @@ class Model:
         """The next head, or None while there is nothing to do."""
         statuses = [host.status for host in hosts]
         if head.state == "rollingBack":
-            if any(status and status[0] == head.revision for status in statuses):
+            if any(status and status[0] == head.revision and status[1] != head.base for status in statuses):
                 return None
             return head._replace(state="rolledBack", ended=head.ended | {head.revision})
         if head.state != "running":
@@ -196,9 +197,15 @@ class Model:
             operators = tuple(sorted(operators, key=repr))
         return head, (first, *rest), plans, holder, operators
 
-    @staticmethod
-    def check(state):
-        for host in state[1]:
+    def is_settled(self, head, index, host):
+        return (host.phase == "idle" and host.status == self.truth(head, index, host)
+                and self.goal(head, index, host) == host.applied)
+
+    def check(self, state):
+        head, hosts = state[:2]
+        if head.state in ("running", "rollingBack") and all(self.is_settled(head, *one) for one in enumerate(hosts)):
+            require(self.decision(head, hosts) is not None, "a rollout waits, and nobody will do anything")
+        for host in hosts:
             if host.config == HALF:
                 require(host.journal is not None, "a host is between two revisions, and nothing can undo that")
             if host.phase == "idle":
@@ -225,7 +232,7 @@ class Model:
         return len(seen), ends
 
 
-SAFEGUARDS = ("journal", "comparison", "refusal", "order", "missing", "transaction", "publication")
+SAFEGUARDS = ("journal", "comparison", "refusal", "order", "missing", "transaction", "publication", "report")
 
 
 def main():
@@ -237,7 +244,7 @@ def main():
         print(f"{len(waves)} hosts, rollback {rolls_back}: {count} states, no violation")
     for safeguard in SAFEGUARDS:
         try:
-            Model(False, without=safeguard).search()
+            Model(safeguard == "report", (0, 1) if safeguard == "report" else most, safeguard).search()
         except Violation as violation:
             print(f"without {safeguard}: {violation}")
         else:

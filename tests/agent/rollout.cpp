@@ -5,6 +5,7 @@
 
 #include "agent/rollout/documents.h"
 #include "agent/rollout/machine.h"
+#include "agent/rollout/view.h"
 #include "agent/store/digest.h"
 #include "base/failure.h"
 #include "config/document/merge.h"
@@ -57,6 +58,7 @@ TEST(Agent, Goals) {
         {"taken back where it never was", {5, 4, 1, State::RolledBack, ""}, 1, 4, 0, false, 4},
         {"taken back, and it was away", {5, 4, 1, State::RolledBack, ""}, 0, 3, 0, false, 4},
         {"refused", {5, 4, 1, State::Running, ""}, 0, 4, 5, false, 4},
+        {"refused to go back", {5, 4, 1, State::RollingBack, ""}, 0, 5, 4, false, 5},
         {"drained", {5, 4, 1, State::Running, ""}, 0, 4, 0, true, 4},
         {"nothing to go back to", {1, 0, 1, State::RollingBack, ""}, 0, 1, 0, false, 1},
     };
@@ -64,12 +66,14 @@ TEST(Agent, Goals) {
         Memory memory;
         memory.applied = one.applied;
         if (one.refused != 0) memory.refused[one.refused] = {"check", "no"};
-        EXPECT_EQ(goalOf(one.head, manifest, one.wave, memory, one.drained), one.goal) << one.what;
+        const uint64_t wanted = wantedOf(one.head, manifest, one.wave, memory, one.drained);
+        EXPECT_EQ(goalOf(wanted, memory), one.goal) << one.what;
+        EXPECT_EQ(refusalOf(wanted, one.head, memory), one.refused) << one.what;
     }
 }
 
-// Hosts as "a5 b4 c!5 d-": their revision, a refused one, away or without
-// switches (d?4); canary a, then b and c.
+// Hosts as "a5 b4 c!5 d-": their revision, a refused one, away, without switches (d?4) or not willing to go
+// back (d^5); canary a, then b and c.
 View viewOf(const Head &head, std::string_view hosts, uint32_t unavailable = 0, bool rollsBack = false) {
     View view;
     view.head = head;
@@ -88,6 +92,7 @@ View viewOf(const Head &head, std::string_view hosts, uint32_t unavailable = 0, 
             status.step = "check";
             status.reason = "no";
         }
+        if (word[1] == '^') status.refused = head.base;
         if (word[1] == '?') status.problem = "the host does not answer";
         if (word[1] == '~') view.drained.insert(word.substr(0, 1));
         view.statuses[word.substr(0, 1)] = status;
@@ -118,6 +123,7 @@ TEST(Coordinator, Decisions) {
         {"it is taken back", viewOf(second, "a5 b!5 c4", 0, true), back},
         {"not all have gone back", viewOf(back, "a5 b4 c4"), {}},
         {"all have gone back", viewOf(back, "a4 b4 c-"), Head{5, 4, 1, State::RolledBack, "b: check: no"}},
+        {"one cannot go back", viewOf(back, "a^5 b4 c4"), Head{5, 4, 1, State::RolledBack, "b: check: no"}},
         {"two are away", viewOf(second, "a5 b- c-", 1), {}},
         {"all are done", viewOf(second, "a5 b5 c5"), Head{5, 5, 1, State::Done, ""}},
         {"one that joined is not done", viewOf(second, "a5 b5 c5 d0"), {}},
@@ -130,6 +136,17 @@ TEST(Coordinator, Decisions) {
         EXPECT_EQ(decide(one.view), one.next) << one.what;
     View nothingBefore = viewOf({1, 0, 0, State::Running, ""}, "a!1", 0, true);
     EXPECT_EQ(decide(nothingBefore)->state, State::Stopped);
+}
+
+TEST(Coordinator, AStatusThatCannotBeReadKeepsOnlyItsHost) {
+    View view = viewOf({5, 4, 0, State::Running, ""}, "a5 b4 c4", 1);
+    take(view, {}, {false, {"/qvs/v1/status/a", R"({"revision":"x"})"}});
+    EXPECT_EQ(view.statuses["a"].problem,
+              "the store has a status that cannot be read: the member revision is no number in its bounds");
+    EXPECT_EQ(progressOf(view).away, std::set<std::string>{"a"});
+    view.statuses["a"].refused = 5;
+    view.statuses["a"].reason = std::string(size_t{1} << 20, 'x');
+    EXPECT_EQ(decide(view)->reason.size(), 1000u);
 }
 
 TEST(Records, SurviveAndAreRefused) {
