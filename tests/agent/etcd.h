@@ -48,22 +48,12 @@ class Etcd {
         const std::string peer = "http://127.0.0.1:" + std::to_string(freePort());
         char directory[] = "/tmp/qvs-etcd.XXXXXX";
         directory_ = mkdtemp(directory);
-        words_ = {"etcd",
-                  "--data-dir",
-                  directory_,
-                  "--listen-client-urls",
-                  url_,
-                  "--advertise-client-urls",
-                  url_,
-                  "--listen-peer-urls",
-                  peer,
-                  "--initial-advertise-peer-urls",
-                  peer,
-                  "--initial-cluster",
-                  "default=" + peer,
-                  "--log-level",
-                  "error",
-                  "--unsafe-no-fsync"};
+        words_ = {"etcd", "--log-level=error", "--unsafe-no-fsync", "--data-dir=" + directory_};
+        for (const char *whose : {"--listen-client-urls=", "--advertise-client-urls="})
+            words_.push_back(whose + url_);
+        for (const char *whose :
+             {"--listen-peer-urls=", "--initial-advertise-peer-urls=", "--initial-cluster=default="})
+            words_.push_back(whose + peer);
         words_.insert(words_.end(), options.begin(), options.end());
         start();
     }
@@ -83,7 +73,11 @@ class Etcd {
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", 1, 0);
         posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", 1, 0);
-        posix_spawnp(&process_, "etcd", &actions, nullptr, pointers(words_).data(), environ);
+        std::vector<char *> pointers;
+        for (std::string &word : words_)
+            pointers.push_back(word.data());
+        pointers.push_back(nullptr);
+        posix_spawnp(&process_, "etcd", &actions, nullptr, pointers.data(), environ);
         posix_spawn_file_actions_destroy(&actions);
         for (int i = 0; i < 200 && !answers(port_); i++)
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
@@ -106,14 +100,6 @@ class Etcd {
     }
 
   private:
-    static std::vector<char *> pointers(std::vector<std::string> &words) {
-        std::vector<char *> made;
-        for (std::string &word : words)
-            made.push_back(word.data());
-        made.push_back(nullptr);
-        return made;
-    }
-
     int port_ = 0;
     pid_t process_ = 0;
     std::string url_;

@@ -46,14 +46,8 @@ TEST(Agent, Goals) {
         {"it catches up with the fleet before its wave", {5, 4, 0, State::Running, ""}, 1, 2, 0, false, 4},
         {"one that joined later is in the last wave", {5, 4, 1, State::Running, ""}, {}, 4, 0, false, 4},
         {"one that joined later, last wave", {5, 4, 2, State::Running, ""}, {}, 0, 0, false, 5},
-        {"a rollout that was stopped stays open as far as it was",
-         {5, 4, 1, State::Stopped, ""},
-         1,
-         4,
-         0,
-         false,
-         5},
-        {"a rollout that was stopped opens nothing more", {5, 4, 1, State::Stopped, ""}, 2, 4, 0, false, 4},
+        {"stopped: what was open stays open", {5, 4, 1, State::Stopped, ""}, 1, 4, 0, false, 5},
+        {"stopped: nothing more is opened", {5, 4, 1, State::Stopped, ""}, 2, 4, 0, false, 4},
         {"taken back", {5, 4, 1, State::RollingBack, ""}, 0, 5, 0, false, 4},
         {"taken back where it never was", {5, 4, 1, State::RolledBack, ""}, 1, 4, 0, false, 4},
         {"taken back, and it was away", {5, 4, 1, State::RolledBack, ""}, 0, 3, 0, false, 4},
@@ -128,9 +122,7 @@ TEST(Coordinator, Decisions) {
         {"all are done", viewOf(second, "a5 b5 c5"), Head{5, 5, 1, State::Done, ""}},
         {"one that joined is not done", viewOf(second, "a5 b5 c5 d0"), {}},
         {"one that joined does not keep the canary waiting", viewOf(first, "a5 b4 c4 d0"), second},
-        {"nothing is decided about a rollout that was stopped",
-         viewOf({5, 4, 0, State::Stopped, ""}, "a5 b5 c5"),
-         {}},
+        {"nothing is decided when stopped", viewOf({5, 4, 0, State::Stopped, ""}, "a5 b5 c5"), {}},
     };
     for (auto &one : cases)
         EXPECT_EQ(decide(one.view), one.next) << one.what;

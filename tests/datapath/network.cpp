@@ -28,30 +28,11 @@ void putMac(Bytes &bytes, uint64_t mac) {
 }
 
 Bytes packetTo(char group, size_t length) {
-    Bytes packet(length);
-    const auto high = static_cast<uint8_t>(length >> 8);
-    const bool isM = group == 'm';
-    const uint8_t head[] = {0x45,
-                            0,
-                            high,
-                            static_cast<uint8_t>(length),
-                            0,
-                            0,
-                            0,
-                            0,
-                            64,
-                            17,
-                            0,
-                            0,
-                            10,
-                            0,
-                            0,
-                            1,
-                            static_cast<uint8_t>(isM ? 239 : 224),
-                            isM,
-                            isM,
-                            static_cast<uint8_t>(isM ? 1 : 9)};
-    std::copy(std::begin(head), std::end(head), packet.begin());
+    Bytes packet = bytesOf(std::string("450000000000000040110000") + "0a000001" +
+                           (group == 'm' ? "ef010101" : "e0000009"));
+    packet[2] = static_cast<uint8_t>(length >> 8);
+    packet[3] = static_cast<uint8_t>(length);
+    packet.resize(length);
     return packet;
 }
 
@@ -131,6 +112,14 @@ Bytes bytesOf(const std::string &hex) {
     for (size_t at = 0; at + 1 < hex.size(); at += 2)
         bytes.push_back(static_cast<uint8_t>(std::stoi(hex.substr(at, 2), nullptr, 16)));
     return bytes;
+}
+
+std::string hexOf(std::span<const uint8_t> bytes) {
+    std::string text;
+    for (const uint8_t byte : bytes)
+        for (const int digit : {byte >> 4, byte & 0xf})
+            text += "0123456789abcdef"[digit];
+    return text;
 }
 
 std::unique_ptr<policy::SwitchT> policyOf(const std::string &json) {

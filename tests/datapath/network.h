@@ -4,6 +4,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,9 @@ struct Sent {
 // The policies of a switch from JSON, in which MAC addresses are texts.
 std::unique_ptr<policy::SwitchT> policyOf(const std::string &json);
 
-// Bytes from hexadecimal digits.
+// Bytes from hexadecimal digits, and back.
 Bytes bytesOf(const std::string &hex);
+std::string hexOf(std::span<const uint8_t> bytes);
 
 // A frame from text: "SOURCE>DESTINATION [PRIORITY.VLAN].. (LENGTH)". A name is a letter or digit, or "*" for
 // broadcast, "m" for the IPv4 group 239.1.1.1, "n" for 224.0.0.9 and "s" for 01:80:c2:00:00:03. A frame to m

@@ -10,28 +10,11 @@ namespace {
 using datapath::Frame;
 using datapath::Offload;
 
-Bytes fromHex(const std::string &text) {
-    Bytes bytes;
-    for (size_t at = 0; at + 1 < text.size(); at += 2)
-        bytes.push_back(static_cast<uint8_t>(std::stoi(text.substr(at, 2), nullptr, 16)));
-    return bytes;
-}
-
-std::string toHex(std::span<const uint8_t> bytes) {
-    std::string text;
-    for (const uint8_t byte : bytes) {
-        constexpr char kDigits[] = "0123456789abcdef";
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 0xf];
-    }
-    return text;
-}
-
 std::vector<std::string> completed(const std::string &frame, Offload offload, size_t mtu = 1500) {
-    const Bytes bytes = fromHex(frame);
+    const Bytes bytes = bytesOf(frame);
     std::vector<std::string> texts;
     if (!datapath::complete({bytes, offload}, mtu,
-                            [&](std::span<const uint8_t> part) { texts.push_back(toHex(part)); }))
+                            [&](std::span<const uint8_t> part) { texts.push_back(hexOf(part)); }))
         texts.emplace_back("refused");
     return texts;
 }
@@ -74,10 +57,7 @@ const std::vector<Sum> kSums = {
 struct Split {
     const char *name;
     std::string frame;
-    uint8_t kind;
-    uint16_t header;
-    uint16_t start;
-    uint16_t size;
+    Offload offload;
     size_t mtu;
     std::vector<std::string> segments;
 };
@@ -86,10 +66,7 @@ const std::vector<Split> kSplits = {
     {"TCP in IPv4",
      kMacs + "08004500003c12344000400614860a0000010a00000203e80050fffffff80000004d509901f41431000030313233343"
              "5363738393a3b3c3d3e3f40414243",
-     1,
-     54,
-     34,
-     8,
+     Offload{1, 1, 54, 8, 34, 16},
      1500,
      {kMacs + "08004500003012344000400614920a0000010a00000203e80050fffffff80000004d509001f4c80700003031323334"
               "353637",
@@ -100,10 +77,7 @@ const std::vector<Split> kSplits = {
     {"TCP in IPv6, with congestion notification",
      kMacs + "86dd6000000000280640fe800000000000000000000000000001fe80000000000000000000000000000203e80050000"
              "000640000004d501801f4fd320000303132333435363738393a3b3c3d3e3f40414243",
-     132,
-     74,
-     54,
-     15,
+     Offload{1, 132, 74, 15, 54, 16},
      1500,
      {kMacs + "86dd6000000000230640fe800000000000000000000000000001fe80000000000000000000000000000203e8005000"
               "0000640000004d501001f4f2610000303132333435363738393a3b3c3d3e",
@@ -112,10 +86,7 @@ const std::vector<Split> kSplits = {
     {"segments for a small MTU",
      kMacs + "08004500003c12344000400614860a0000010a00000203e80050000000640000004d501001f41431000030313233343"
              "5363738393a3b3c3d3e3f40414243",
-     1,
-     54,
-     34,
-     18,
+     Offload{1, 1, 54, 18, 34, 16},
      52,
      {kMacs + "080045000034123440004006148e0a0000010a00000203e80050000000640000004d501001f455a400003031323334"
               "35363738393a3b",
@@ -132,10 +103,7 @@ TEST(Offload, checksums) {
 
 TEST(Offload, segments) {
     for (const Split &split : kSplits)
-        EXPECT_EQ(
-            completed(split.frame, {1, split.kind, split.header, split.size, split.start, 16}, split.mtu),
-            split.segments)
-            << split.name;
+        EXPECT_EQ(completed(split.frame, split.offload, split.mtu), split.segments) << split.name;
 }
 
 TEST(Offload, refuses) {
@@ -162,7 +130,7 @@ TEST(Offload, travelsThroughASwitch) {
         "{mtu: 50, ports: [{number: 1, slot: 1, link: true, vlan: {id: 10}, mac: \"02:00:00:00:00:01\"},"
         "{number: 8, slot: 8, link: true, uplink: true, mtu: 48, vlan: {trunk: true, ranges: [{first: 1, "
         "last: 9}, {first: 10, last: 10}]}}]}"));
-    const Bytes bytes = fromHex(kSplits[0].frame);
+    const Bytes bytes = bytesOf(kSplits[0].frame);
     const std::vector<Sent> sent = network.receive(1, bytes, 0, {1, 1, 54, 8, 34, 16});
     ASSERT_EQ(sent.size(), 1u);
     EXPECT_EQ(sent[0].port, 8u);

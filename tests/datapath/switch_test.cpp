@@ -151,14 +151,15 @@ TEST(Policies, change) {
     EXPECT_EQ(network.run("events -a@1/10 \n 3: 3>a ->"), "");
 }
 
+std::string mirrorTo(const std::string &address) {
+    const std::string type = "mirrors: [{slot: 101, type: EncapsulatedSource, sources_in: [1], ";
+    return jsonOf({"", type + "destinations: [{address: [" + address + "]}]}],", {"1", "8"}, ""});
+}
+
 // What a session for a remote address sends: a probe first, and the copy to everybody until it is answered.
 TEST(Policies, encapsulatedMirror) {
     Network network;
-    network.configure(policyOf(jsonOf({"",
-                                       "mirrors: [{slot: 101, type: EncapsulatedSource, sources_in: [1], "
-                                       "destinations: [{address: [192, 0, 2, 7]}]}],",
-                                       {"1", "8"},
-                                       ""})));
+    network.configure(policyOf(mirrorTo("192, 0, 2, 7")));
     std::vector<Sent> sent = network.receive(1, frameOf("1>e"), 0);
     ASSERT_EQ(sent.size(), 3u);
     EXPECT_EQ(sent[0].bytes,
@@ -186,12 +187,7 @@ TEST(Policies, encapsulatedMirror) {
 // The same for IPv6: a neighbour solicitation, and a header without a checksum.
 TEST(Policies, encapsulatedMirrorOverIpv6) {
     Network network;
-    network.configure(policyOf(jsonOf({"",
-                                       "mirrors: [{slot: 101, type: EncapsulatedSource, sources_in: [1], "
-                                       "destinations: [{address: [32, 1, 13, 184, 0, 0, 0, 0, 0, 0, 0, 0, 0, "
-                                       "0, 0, 7]}]}],",
-                                       {"1", "8"},
-                                       ""})));
+    network.configure(policyOf(mirrorTo("32, 1, 13, 184, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 7")));
     const std::vector<Sent> sent = network.receive(1, frameOf("1>e"), 0);
     ASSERT_EQ(sent.size(), 3u);
     EXPECT_EQ(sent[0].bytes, bytesOf("3333ff000007"
