@@ -44,7 +44,3 @@ A count that is too high is not believed; the kernel's failures are told from an
 
   $ qvs-host fault add 'kcp*GetContainerCount' --errno EIO && qvs kcp containers  => [1] qvs: kernel control plane: containers: Input/output error
   $ qvs-host fault add 'kcp*GetStatus' --errno EIO && qvs kcp status  => [1] qvs: kernel control plane: status: Input/output error
-  $ bad() { echo "$1" >bad; qvs-host run --state ../state --lab bad -- true; }; bad '{"kcp": {"interfaces": [{"name": "x", "switch": "sw1", "port": "nix"}]}}'; bad '{"kcp": {"containers": [{"count": 10001}]}}'
-  qvs-host: lab.kcp.interfaces[0]: "port" is not a port of the switch: nix
-  qvs-host: lab.kcp.containers[0]: "count" exceeds the free room in the table
-  ? 125

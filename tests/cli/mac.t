@@ -123,13 +123,6 @@ With the switch its entries go, and a new one has none; the same for a port.
   sw2: changed
   (8 bytes)
 
-Labs that make no sense.
-
-  $ bad() { sed "$1" lab.json >bad.json; LAB='--lab bad.json' sh on true; }; bad 's/"vlan": 100/"vlan": 4095/'; bad 's/"count": 2/"count": 70000/'; bad 's/02:00:00:00:0f:ff/fe:ff:ff:ff:ff:ff/'; bad 's/"kind": "static"/"kind": "kept"/'
-  qvs-host: the lab bad.json cannot be used: lab.macEntries[0]: "vlan" is not a number from 0 to 4094
-  qvs-host: the lab bad.json cannot be used: lab.macEntries[0]: "mac" exceeds the address limit of the port or the switch
-  qvs-host: the lab bad.json cannot be used: lab.macEntries[0]: "mac" results in an address that is not unicast
-  qvs-host: the lab bad.json cannot be used: lab.macEntries[1]: "kind" is none of "learnt", "static"
 
 An address is found by itself, or by its first bytes.
 

@@ -23,7 +23,6 @@ Options of the switch module: a block with its length in front, and the module's
   RuntimeOptions in=0 out=4096 input=[] -> 0
   RuntimeOptions in=14 out=0 input=[0:0e 4:03 8:09 10:02 12:abcd] -> 0
   $ LAB='--lab lab.json' sh on 'qvs options set "0100 0000"; qvs options get --raw - | bytes'  => host: unchanged | 0:1700000003000100ff070004000100000009000200abcd (4096 bytes)
-  $ sed 's/7/65536/' lab.json >bad.json; LAB='--lab bad.json' sh on true  => qvs-host: the lab bad.json cannot be used: lab.options[0]: "id" is not a number from 0 to 65535
 
 Operations on the route table are kept as they came.
 

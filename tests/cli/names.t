@@ -102,22 +102,14 @@ A table fits a terminal; numbers are never cut, and no character is.
 
 A name may be typed as it is shown. What a terminal does not show, or shows in another order, is escaped.
 
-  $ qvs switch create esc >/dev/null; qvs port add esc $'a\tb' 'c\x5cd' 'e\\f' 'g\h' $'pay\u202efdp' $'x\u200by' $'\ufeffz' '日本'
-  esc/a\tb: changed
-  esc/c\\d: changed
-  esc/e\\f: changed
-  esc/g\\h: changed
-  esc/pay\xe2\x80\xaefdp: changed
-  esc/x\xe2\x80\x8by: changed
-  esc/\xef\xbb\xbfz: changed
-  esc/日本: changed
-  $ qvs port list esc --names | while IFS= read -r port; do qvs port show esc "$port" --json | jq -ac .port; done
-  "a\tb"
-  "c\\d"
-  "e\\f"
-  "g\\h"
-  "pay\u202efdp"
-  "x\u200by"
-  "\ufeffz"
-  "\u65e5\u672c"
+  $ qvs switch create esc >/dev/null; qvs port add esc $'a\tb' 'c\x5cd' 'e\\f' 'g\h' $'pay\u202efdp' $'x\u200by' $'\ufeffz' '日本' >../acks
+  $ qvs port list esc --names | while IFS= read -r port; do qvs port show esc "$port" --json | jq -ac .port; done | paste -d ' ' ../acks -
+  esc/a\tb: changed "a\tb"
+  esc/c\\d: changed "c\\d"
+  esc/e\\f: changed "e\\f"
+  esc/g\\h: changed "g\\h"
+  esc/pay\xe2\x80\xaefdp: changed "pay\u202efdp"
+  esc/x\xe2\x80\x8by: changed "x\u200by"
+  esc/\xef\xbb\xbfz: changed "\ufeffz"
+  esc/日本: changed "\u65e5\u672c"
   $ qvs port remove esc 'a\tb' 'pay\xe2\x80\xaefdp' && qvs port list esc --names | wc -l  => esc/a\tb: changed | esc/pay\xe2\x80\xaefdp: changed | 6

@@ -128,9 +128,3 @@ The statistics of a busy port grow whenever they are looked at, all others stay;
   540 8685 pktsInUnicast = 540 bytesInUnicast = 8685
   $ sh on 'qvs prop get sw1 com.quillon.common.port.statistics --port p0 --raw - | od -An -tu8 -N 16'  =>                   540                 8685
 
-A lab that makes no sense is refused.
-
-  $ bad() { echo "$1" >bad.json; LAB='--lab bad.json' sh on true 2>&1 | sed 's/.*used: //'; }; bad '{"busy": [{"switch": "sw1", "port": "p9"}]}'; bad '{"mcastFilters": [{"switch": "sw1", "port": "p0", "group": "192.0.2.1"}]}'; bad '{"spfPorts": [{"switch": "sw1", "port": "p0", "mac": "01:00:00:00:00:01"}]}'
-  lab.busy[0]: "port" is not a port of the switch: p9
-  lab.mcastFilters[0]: "group" is not a multicast group
-  lab.spfPorts[0]: "mac" is not a unicast address

@@ -210,7 +210,7 @@ A sink port is a flag of the filter.
   sw1/port0: changed
   {"switch":"sw1","port":"port0","enabled":false,"stored":true}
 
-Help and completion.
+Help.
 
   $ qvs port vlan set --help | sed -n '/--id N  /,/--strict  /p'
     --id N             VLAN of the port; 0 for none: 0 to 4094 (0)
@@ -227,8 +227,3 @@ Help and completion.
     qvs port nested-vlan clear  clear the stored nested VLAN tagging of a port
   qvs: no such command: port vlan 'nix'; 'qvs help port vlan' lists them
   ? 2
-  $ complete_() { COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _qvs; echo "${COMPREPLY[@]}"; }; . <(qvs completion bash); complete_ qvs port vlan ''; complete_ qvs port vlan set sw1 p --t; complete_ qvs port vlan get sw1 port; complete_ qvs mirror list sw1 --port port
-  get set clear
-  --trunk --trace --timeout
-  port0
-  port0

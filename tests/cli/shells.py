@@ -30,6 +30,8 @@ COMPLETED = [
     ("qvs switch create --may", "qvs switch create --may-exist"),
     ("qvs port list sw", "qvs port list sw1"),
     ("qvs port show sw1 por", "qvs port show sw1 port0"),
+    ("qvs mirror list sw1 --port por", "qvs mirror list sw1 --port port0"),
+    ("qvs port vlan c", "qvs port vlan clear"),
     ("qvs uplink down sw1 upl", "qvs uplink down sw1 uplink0"),
     ("qvs mcast filters sw1 --type i", "qvs mcast filters sw1 --type ipv"),
     ("qvs teaming set sw1 --balance source-p", "qvs teaming set sw1 --balance source-port"),

@@ -57,11 +57,7 @@ Help, manual and completion come from the table.
   $ qvs help all | grep -c '^  --'  => 5
   $ pages() { qvs manual --names | while read -r noun; do qvs manual $noun; done; }; pages >pages; qvs help all | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; grep -qF "${command//-/\\-}" pages || echo "$command"; done
   fleet
-  $ qvs manual nic | tail -n +4
-  .SH SYNOPSIS
-  .nf
-  qvs nic list [\-\-names]
-  .fi
+  $ qvs manual nic | sed -n '/^.SH COMMANDS/,$p'
   .SH COMMANDS
   .SS "qvs nic list"
   list the physical NICs that uplinks are bound to, with their links.
@@ -107,14 +103,29 @@ The completion offers nouns, verbs, options and names, and runs nothing.
   --trace --timeout --help
   bash zsh fish
 
-A lab that counts too far is refused.
+A lab that makes no sense is refused.
 
   $ cat >bad <<<'while read -r member; do echo "{\"switches\": [{\"alias\": \"sw1\", \"ports\": [\"p0\"]}], $member}" >lab.json; qvs-host run --lab lab.json -- true 2>&1 | sed "s/.*used: lab.//"; done'
-  $ sed 's/"IN"/"switch": "sw1", "port": "p0"/g' <<<'"mcastFilters": [{"IN", "group": "239.255.255.255", "count": 2}]@"mcastFilters": [{"IN", "group": "ff05::", "count": 65537}]@"mcastFilters": [{"IN", "group": "01:ff:ff:ff:ff:ff", "count": 2}]' | tr @ '\n' | sh bad
+  $ sed 's/"IN"/"switch": "sw1", "port": "p0"/g' <<<'"busy": [{"switch": "sw1", "port": "p9"}]@"mcastFilters": [{"IN", "group": "192.0.2.1"}]@"spfPorts": [{"IN", "mac": "01:00:00:00:00:01"}]@"macEntries": [{"IN", "mac": "02:00:00:00:00:01", "vlan": 4095}]@"macEntries": [{"IN", "mac": "02:00:00:00:00:01", "count": 70000}]@"macEntries": [{"IN", "mac": "fe:ff:ff:ff:ff:ff", "count": 2}]@"macEntries": [{"IN", "mac": "02:00:00:00:00:01", "kind": "kept"}]@"kcp": {"interfaces": [{"name": "x", "switch": "sw1", "port": "nix"}]}@"mcastFilters": [{"IN", "group": "239.255.255.255", "count": 2}]@"mcastFilters": [{"IN", "group": "ff05::", "count": 65537}]@"mcastFilters": [{"IN", "group": "01:ff:ff:ff:ff:ff", "count": 2}]' | tr @ '\n' | sh bad
+  busy[0]: "port" is not a port of the switch: p9
+  mcastFilters[0]: "group" is not a multicast group
+  spfPorts[0]: "mac" is not a unicast address
+  macEntries[0]: "vlan" is not a number from 0 to 4094
+  macEntries[0]: "mac" exceeds the address limit of the port or the switch
+  macEntries[0]: "mac" results in an address that is not unicast
+  macEntries[0]: "kind" is none of "learnt", "static"
+  kcp.interfaces[0]: "port" is not a port of the switch: nix
   mcastFilters[0]: "count" exceeds the last multicast group
   mcastFilters[0]: "count" exceeds the free room in the table
   mcastFilters[0]: "count" exceeds the last multicast group
-  $ tr @ '\n' <<<'"bfd": {"sessions": [{"local": "192.0.2.1", "remote": "255.255.255.255", "count": 2}]}@"kcp": {"interfaces": [{"name": "x", "mac": "00:ff:ff:ff:ff:ff", "count": 2}]}@"kcp": {"interfaces": [{"name": "x", "vlan": 4095}]}@"kcp": {"containers": [{"number": 4294967295, "count": 2}]}@"kcp": {"containers": [{"number": 4294967295}]}' | sh bad
+  $ tr @ '\n' <<<'"bfd": {"logLevel": 2}@"bfd": {"sessions": [{"local": "192.0.2.1", "remote": "::1"}]}@"bfd": {"sessions": [{"local": "192.0.2.1", "remote": "192.0.2.2", "count": 8902}]}@"bfd": {"sessions": [{"local": "x", "remote": "192.0.2.2"}]}@"bfd": {"sessions": [{"local": "192.0.2.1", "remote": "192.0.2.2", "state": "off"}]}@"kcp": {"containers": [{"count": 10001}]}@"options": [{"id": 65536, "hex": "00"}]@"bfd": {"sessions": [{"local": "192.0.2.1", "remote": "255.255.255.255", "count": 2}]}@"kcp": {"interfaces": [{"name": "x", "mac": "00:ff:ff:ff:ff:ff", "count": 2}]}@"kcp": {"interfaces": [{"name": "x", "vlan": 4095}]}@"kcp": {"containers": [{"number": 4294967295, "count": 2}]}@"kcp": {"containers": [{"number": 4294967295}]}' | sh bad
+  bfd: "logLevel" is none of 0, 1, 3 and 5
+  bfd.sessions[0]: "remote" is of another family than "local"
+  bfd.sessions[0]: "count" exceeds the free room in the table
+  bfd.sessions[0]: "local" is not an IP address
+  bfd.sessions[0]: "state" is none of "admin-down", "down", "init", "up"
+  kcp.containers[0]: "count" exceeds the free room in the table
+  options[0]: "id" is not a number from 0 to 65535
   bfd.sessions[0]: "count" exceeds the last address
   kcp.interfaces[0]: "mac" results in a multicast address
   kcp.interfaces[0]: "vlan" is not a number from 0 to 4094
