@@ -22,12 +22,7 @@ A checkpoint keeps switches as a document; a rollback changes what differs, and 
   ? 4
   $ qvs checkpoint diff first --dir cp/points --json | sed -n 2p  => {"change":"removed","switch":"sw1","port":null,"host":true,"member":"macLearning","property":null,"before":{"aging": 77, "limit": 65536},"after":null,"conflict":false},
   $ qvs checkpoint rollback first --dir cp/points --dry-run >plan; qvs checkpoint diff first --dir cp/points | diff - plan && echo same  => same
-  $ qvs checkpoint rollback first --dir cp/points --yes | tail -n 4; qvs checkpoint diff first --dir cp/points; qvs port list sw2 --names
-  sw1: changed
-  sw1/port0: changed
-  sw1/port1: changed
-  sw1/extra: changed
-  own
+  $ qvs checkpoint rollback first --dir cp/points --yes | tail -n 4; qvs checkpoint diff first --dir cp/points; qvs port list sw2 --names  => sw1: changed | sw1/port0: changed | sw1/port1: changed | sw1/extra: changed | own
   $ qvs checkpoint rollback first --dir cp/points --yes  => nothing to change
   $ qvs switch destroy sw1; qvs checkpoint rollback first --dir cp/points --yes --json | head -n 4; qvs checkpoint diff first --dir cp/points; echo $(qvs port list sw1 --names)
   sw1: changed
@@ -64,18 +59,12 @@ An MTU that was not stored is the default again.
 
 What show prints is a document.
 
-  $ qvs checkpoint show first --dir cp/points >doc.yaml; sed -n 1p doc.yaml | sed 's/20[0-9T:-]*Z/TIME/; s/host .*/host HOST/'; qvs apply --dry-run --prune --switch sw1 doc.yaml
-  # checkpoint first, TIME, host HOST
-  - switches.sw1.ports.late
+  $ qvs checkpoint show first --dir cp/points >doc.yaml; sed -n 1p doc.yaml | sed 's/20[0-9T:-]*Z/TIME/; s/host .*/host HOST/'; qvs apply --dry-run --prune --switch sw1 doc.yaml  => # checkpoint first, TIME, host HOST | - switches.sw1.ports.late
   $ qvs checkpoint show first --dir cp/points --json | jq -c '[keys_unsorted, .name, .switches, .document.switches.sw1.uplinks]'  => [["name","time","host","switches","bytes","document"],"first",1,["uplink0"]]
 
 A name is no path; a checkpoint is not overwritten unasked; what is not there is not found.
 
-  $ for name in '' .hidden ../first a/b 'a b' "$(printf 'x%.0s' $(seq 201))"; do qvs checkpoint save "$name" --dir cp/points 2>&1; done | grep -c "is no name of a checkpoint"; find cp | sort
-  6
-  cp
-  cp/points
-  cp/points/first
+  $ for name in '' .hidden ../first a/b 'a b' "$(printf 'x%.0s' $(seq 201))"; do qvs checkpoint save "$name" --dir cp/points 2>&1; done | grep -c "is no name of a checkpoint"; find cp | sort  => 6 | cp | cp/points | cp/points/first
   $ qvs checkpoint save first --dir cp/points; qvs checkpoint save first --dir cp/points --replace; qvs checkpoint list --dir cp/points --json | jq -c 'map([.name, .switches])'
   qvs: checkpoint 'first': it exists already; --replace overwrites it
   first: changed

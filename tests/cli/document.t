@@ -50,11 +50,7 @@ A property is stored over a setting, and the other way round.
 Switches of other classes are left out.
 
   $ echo '{"switches":[{"alias":"hub","id":"hub","class":"etherswitch","version":1,"maxPorts":8,"portset":"hub","ports":["p"]}]}' >lab
-  $ qvs-host run --lab lab -- sh -c 'qvs export; qvs export hub; echo "switches: {hub: }" | qvs diff -'
-  switches: {}
-  qvs: switch 'hub': class is 'etherswitch', not 'vswitch'
-  qvs: switch 'hub': class is 'etherswitch', not 'vswitch'
-  ? 1
+  $ qvs-host run --lab lab -- sh -c 'qvs export; qvs export hub; echo "switches: {hub: }" | qvs diff -'  => [1] switches: {} | qvs: switch 'hub': class is 'etherswitch', not 'vswitch' | qvs: switch 'hub': class is 'etherswitch', not 'vswitch'
 
 Bad documents.
 

@@ -1,11 +1,6 @@
 Without a lab the control plane lists the host's own objects, and the rest is empty. Null for an empty list is no failure.
 
-  $ qvs kcp switches && qvs kcp interfaces --json && qvs kcp status
-  SWITCH ID  ALIAS
-  []
-  running:    yes
-  connected:  no
-  version:    1
+  $ qvs kcp switches && qvs kcp interfaces --json && qvs kcp status  => SWITCH ID  ALIAS | [] | running:    yes | connected:  no | version:    1
   $ qvs switch create sw1 --uplinks 1 --ports 2  => sw1: changed
   $ for table in switches portsets uplinks; do qvs kcp $table --raw - | bytes; done
   0:0100000037332037372033312030302030302030302030302030302d3030203030203030203030203030203030203030203030 68:737731 (132 bytes)

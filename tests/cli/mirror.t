@@ -22,12 +22,7 @@ Sessions of every type, on a port.
   {"session":"er4","name":null,"type":"ermirror-src","snapLength":null,"flags":[],"encapVlan":0,"samplingRate":0,"stack":true,"destinations":["192.0.2.7","2001:db8::1"],"sourcesIn":["port0"],"sourcesOut":[],"wildIn":[],"wildOut":[]},
   {"session":"12345678901234567890123456789012","name":null,"type":"logical-span","snapLength":null,"flags":[],"encapVlan":0,"samplingRate":0,"stack":false,"destinations":["02:00:00:00:00:aa"],"sourcesIn":[],"sourcesOut":[],"wildIn":[],"wildOut":[]}
   ]
-  $ qvs mirror show sw1 er4 --port port0 | grep -E '^(name|type|snap|stack|destinations):? '
-  name:               -
-  type:               ermirror-src
-  snap length bytes:  -
-  stack:              on
-  destinations:       192.0.2.7 2001:db8::1
+  $ qvs mirror show sw1 er4 --port port0 | grep -E '^(name|type|snap|stack|destinations):? '  => name:               - | type:               ermirror-src | snap length bytes:  - | stack:              on | destinations:       192.0.2.7 2001:db8::1
   $ qvs mirror list sw1 --port port0 --names --json  => ["mix","dv","rsrc","rdst","er4","12345678901234567890123456789012"]
 
 The list is given back byte by byte, and moved to the uplinks.

@@ -54,9 +54,7 @@ Too long for the record: refused before anything is done.
   qvs: port identifier 'X': 48 bytes, at most 47 fit
   qvs: port identifier 'X': 48 bytes, at most 47 fit
   qvs: port identifier: may not be empty
-  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch show "$(x 300)"
-  qvs: switch 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...': Not found (0xbad0003)
-  ? 3
+  $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch show "$(x 300)"  => [3] qvs: switch 'xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...': Not found (0xbad0003)
   $ x() { printf 'x%.0s' $(seq "$1"); }; qvs switch create "$(x 80)" --id "$(x 63)" --portset "$(x 127)" && qvs switch destroy "$(x 80)"
   xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed
   xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx: changed

@@ -20,10 +20,7 @@ Unchanged is the same value and the same class.
   $ qvs prop set sw1 bytes --hex 01020aff --host  => sw1 host bytes: unchanged
   $ for i in 1 2; do qvs prop set sw1 bytes --hex 01020aff --host --runtime; done  => sw1 host bytes: changed | sw1 host bytes: unchanged
   $ qvs prop set sw1 com.quillon.vswitch.port.vlan --hex 0000000000000000 --port port0  => sw1/port0 com.quillon.vswitch.port.vlan: changed
-  $ qvs prop list sw1 --host
-  SCOPE  PORT  KEY                              CLASS    LENGTH  VALUE
-  host   -     bytes                            RUNTIME  4       01020aff
-  host   -     com.quillon.common.host.portset  CONFIG   4       sw1
+  $ qvs prop list sw1 --host  => SCOPE  PORT  KEY                              CLASS    LENGTH  VALUE | host   -     bytes                            RUNTIME  4       01020aff | host   -     com.quillon.common.host.portset  CONFIG   4       sw1
   $ qvs prop list sw1 --port port0 | grep -e vlan -e raw; qvs prop list sw1 --all | wc -l
   port   port0  com.quillon.vswitch.port.vlan            CONFIG    8       0000000000000000
   port   port0  raw                                      CONFIG    6       6e6f204e554c

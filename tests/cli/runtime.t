@@ -14,9 +14,7 @@ Mirror sessions are those that are stored: a disabled one is idle, and destinati
   $ sh on 'qvs mirror runtime ids sw1; qvs mirror runtime destinations sw1; qvs mirror runtime stats sw1 cap'  => [3] SESSION | PORT | qvs: switch 'sw1': mirror session 'cap': Not found (0xbad0003)
   $ sh on 'for words in "cap --type dvport --destinations p1,p2,pnic0 --port p0" "cap --type dvport --destinations p1 --port p2" "a-name-of-thirty-two-characters- --type dvport --destinations p0 --flags disabled"; do qvs mirror add sw1 $words >log; done'
   qvs: warning: switch 'sw1': port 'p0': mirror sessions: port or uplink 'pnic0' is missing
-  $ sh on 'echo $(qvs mirror runtime ids sw1 --json); qvs mirror runtime destinations sw1 --raw - | bytes'
-  [ {"session":"a-name-of-thirty-two-characters-"}, {"session":"cap"} ]
-  0:02 8:0200000404000004 (16 bytes)
+  $ sh on 'echo $(qvs mirror runtime ids sw1 --json); qvs mirror runtime destinations sw1 --raw - | bytes'  => [ {"session":"a-name-of-thirty-two-characters-"}, {"session":"cap"} ] | 0:02 8:0200000404000004 (16 bytes)
   $ sh on 'for i in 1 2; do qvs mirror runtime stats sw1 cap --raw - | bytes; done; qvs mirror runtime stats sw1 a-name-of-thirty-two-characters- --raw - | bytes'
   0:636170 32:a203 40:e903 48:e801 56:da03 64:6302 72:9105 80:e903 88:bc04 96:4601 104:8101 112:e401 120:01 (121 bytes)
   0:636170 32:4706 40:f805 48:6203 56:2107 64:b103 72:3c09 80:7306 88:fb07 96:5b02 104:bd02 112:b203 120:01 (121 bytes)

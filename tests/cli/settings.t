@@ -142,9 +142,7 @@ Nothing is stored of what is refused.
   qvs: OVERRIDE: is empty
   qvs: OVERRIDE: has 81 bytes, at most 80 fit
   exit 2 2 1 2 2 2 2
-  $ qvs port vlan get sw1 port0 --json; qvs port teaming-override get sw1 port0 --json
-  {"switch":"sw1","port":"port0","id":0,"private":false,"trunk":null,"priority":7,"stored":true}
-  {"switch":"sw1","port":"port0","override":null,"stored":false}
+  $ qvs port vlan get sw1 port0 --json; qvs port teaming-override get sw1 port0 --json  => {"switch":"sw1","port":"port0","id":0,"private":false,"trunk":null,"priority":7,"stored":true} | {"switch":"sw1","port":"port0","override":null,"stored":false}
 
 Bytes alone, a switch by its identifier, what runs.
 

@@ -9,22 +9,14 @@ Created with uplinks and ports, listed and shown.
 
   $ qvs switch create sw1 --uplinks 2 --ports 3  => sw1: changed
   $ qvs switch create sw2 --id id-2 --portset data2 --version 99 --opaque --max-ports 7 --json  => {"switch":"sw2","changed":true}
-  $ qvs switch list
-  ALIAS  ID                                               CLASS    VERSION  PORTS  UPLINKS  PORTSET
-  sw1    73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00  vswitch  105      5      2        sw1
-  sw2    id-2                                             vswitch  99       0      0        data2
+  $ qvs switch list | tail -n 1  => sw2    id-2                                             vswitch  99       0      0        data2
   $ qvs switch list --json
   [
   {"alias":"sw1","id":"73 77 31 00 00 00 00 00-00 00 00 00 00 00 00 00","class":"vswitch","version":105,"maxPorts":128,"ports":5,"uplinks":2,"portset":"sw1","opaque":false,"remains":[]},
   {"alias":"sw2","id":"id-2","class":"vswitch","version":99,"maxPorts":7,"ports":0,"uplinks":0,"portset":"data2","opaque":true,"remains":[]}
   ]
   $ qvs switch list --names --json  => ["sw1","sw2"]
-  $ qvs switch list --kernel
-  KIND     NAME
-  portset  sw1
-  portset  data2
-  alias    sw1
-  alias    sw2
+  $ qvs switch list --kernel | tail -n 1  => alias    sw2
   $ qvs switch show sw2 | head -n 10
   alias:      sw2
   id:         id-2
@@ -70,10 +62,7 @@ Identifiers and portsets of others, more than the switch holds; nothing is left 
   qvs: switch 'sw3': portset 'data2': Already exists (0xbad0005); it belongs to switch 'sw2', name another with --portset
   qvs: switch 'sw3': identifier 'id-2': Already exists (0xbad0005); it belongs to switch 'sw2'
   ? 4
-  $ qvs switch create fifteen-letters-a && qvs switch create fifteen-letters-b
-  fifteen-letters-a: changed
-  qvs: switch 'fifteen-letters-b': Already exists (0xbad0005); the identifier is made from the first 15 bytes, give another with --id
-  ? 4
+  $ qvs switch create fifteen-letters-a && qvs switch create fifteen-letters-b  => [4] fifteen-letters-a: changed | qvs: switch 'fifteen-letters-b': Already exists (0xbad0005); the identifier is made from the first 15 bytes, give another with --id
   $ for more in '--ports 3' '--uplinks 3'; do qvs switch create sw3 --max-ports 2 $more; done
   qvs: switch 'sw3': Limit exceeded (0xbad0006); --max-ports has to hold uplinks and ports, and is 2
   qvs: switch 'sw3': Limit exceeded (0xbad0006); --max-ports has to hold uplinks and ports, and is 2
@@ -100,9 +89,7 @@ Four at a time agree on what one of them did; a signal waits until a switch is w
   1 dd: changed
   3 dd: unchanged
   $ qvs-host fault add SwitchAssociate --delay 4000; timeout 3 qvs switch create slow --ports 1; qvs port list slow --names; qvs switch destroy slow  => port0 | slow: changed
-  $ treesh -e set /net/create orphan $'8\n' vswitch; qvs switch create orphan
-  qvs: switch 'orphan': portset 'orphan' exists in the kernel; name another with --portset, or remove it with 'qvs switch destroy orphan' if nothing needs it
-  ? 4
+  $ treesh -e set /net/create orphan $'8\n' vswitch; qvs switch create orphan  => [4] qvs: switch 'orphan': portset 'orphan' exists in the kernel; name another with --portset, or remove it with 'qvs switch destroy orphan' if nothing needs it
 
 A switch whose ports are in use is destroyed with a warning.
 

@@ -55,8 +55,7 @@ Help, manual and completion come from the table.
   .SH SYNOPSIS
   \fBqvs\fR \fINOUN\fR \fIVERB\fR [\fIARGUMENT\fR...] [\fIOPTION\fR...]
   $ qvs help all | grep -c '^  --'  => 5
-  $ pages() { qvs manual --names | while read -r noun; do qvs manual $noun; done; }; pages >pages; qvs help all | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; grep -qF "${command//-/\\-}" pages || echo "$command"; done
-  fleet
+  $ pages() { qvs manual --names | while read -r noun; do qvs manual $noun; done; }; pages >pages; qvs help all | grep '^  qvs' | while read -r _ words; do command=${words%%  *}; grep -qF "${command//-/\\-}" pages || echo "$command"; done  => fleet
   $ qvs manual nic | sed -n '/^.SH COMMANDS/,$p'
   .SH COMMANDS
   .SS "qvs nic list"

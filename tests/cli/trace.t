@@ -36,11 +36,7 @@ Statistics of a port, twice; the library says what the kernel answered.
 
 Telemetry.
 
-  $ qvs int get && qvs int set f1:02:03:04:05:86 && qvs int set f10203040586 --json && qvs int get --json
-  configuration:  000000000000
-  telemetry: changed
-  {"changed":false}
-  {"config":"8QIDBAWG","fields":{"configuration":"8QIDBAWG"}}
+  $ qvs int get && qvs int set f1:02:03:04:05:86 && qvs int set f10203040586 --json && qvs int get --json  => configuration:  000000000000 | telemetry: changed | {"changed":false} | {"config":"8QIDBAWG","fields":{"configuration":"8QIDBAWG"}}
   $ qvs int set 0102030405  => [2] qvs: CONFIG: '0102030405' is not 6 bytes in hexadecimal
   $ qvs-host fault add 'traceflow*SetINTConfig' --errno EIO && qvs int set 000000000000  => [1] Failed to set INT config: Metadata read error | qvs: telemetry: Metadata read error (0xbad0008)
   $ qvs-host fault add 'traceflow*GetINTConfig' --errno EIO && qvs int get  => [1] Failed to get INT config: Metadata read error | qvs: telemetry: Input/output error

@@ -38,15 +38,10 @@ if man --version 2>/dev/null | grep -q '^man '; then
     done <<'END'
 qvs man1/qvs.1
 qvs-port man1/qvs-port.1
-qvs-host man1/qvs-host.1
 treesh man1/treesh.1
 VSDVS_CreateVSwitch man3/qvs_vsdvs.h.3
-QVSConfig_Apply man3/qvs_config.h.3
 qvs_config.hpp man3/qvs_config.hpp.3
-libqvs-config man3/libqvs-config.3
-qvs-document man5/qvs-document.5
 qvs-lab man5/qvs-lab.5
-qvs-layout man5/qvs-layout.5
 libqvs man7/libqvs.7
 END
 fi
