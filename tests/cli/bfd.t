@@ -25,10 +25,7 @@ Statistics differ from one look to the next.
 Failures have the reason of the request.
 
   $ qvs-host fault add 'tarn_bfd*GetSessions' --errno ENOMEM && qvs bfd sessions  => [1] qvs: BFD sessions: Cannot allocate memory
-  $ qvs-host fault add 'tarn_bfd*GetLogLevel' --errno EPERM && qvs --trace bfd log-level get 2>&1 | sed 's/, [0-9]* us/, N us/'
-  qvs: DVSLoadConfig() -> 0x0 (Success), N us
-  qvs: BFD_GetLogLevel() -> 4294967295, N us
-  qvs: BFD log level: Operation not permitted
+  $ qvs-host fault add 'tarn_bfd*GetLogLevel' --errno EPERM && qvs --trace bfd log-level get 2>&1 | sed 's/, [0-9]* us/, N us/' | tail -n 2  => qvs: BFD_GetLogLevel() -> 4294967295, N us | qvs: BFD log level: Operation not permitted
   $ qvs-host fault add 'tarn_bfd*SetLogLevel' --errno EIO && qvs bfd log-level set 1  => [1] qvs: BFD log level: Input/output error
   $ qvs-host fault add 'open*tarn_bfd' --errno ENOENT && qvs bfd stats  => [3] qvs: BFD statistics: No such file or directory
 

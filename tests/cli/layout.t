@@ -8,10 +8,8 @@ Records by the fields of a layout file. The lab's MAC addresses stand for all li
   02:00:00:00:10:00  learnt  100   67108867  20             uplink0
   MAC                KIND    VLAN  PORT      AGE (seconds)  PORT ID
   02:00:00:00:00:02  learnt  0     67108866  290            p1
-  $ sh on 'qvs mac table sw1 --vlan 100 --sort mac --limit 1 --json; qvs mac table sw1 --vlan 7; qvs mac table sw1 --vlan 7 --json; qvs uplink list sw1 --kernel --where port=67108867; qvs mac table sw1 --port p1 --limit 0'
-  [
+  $ sh on 'qvs mac table sw1 --vlan 100 --sort mac --limit 1 --json | grep fields; qvs mac table sw1 --vlan 7; qvs mac table sw1 --vlan 7 --json; qvs uplink list sw1 --kernel --where port=67108867; qvs mac table sw1 --port p1 --limit 0'
   {"index":2,"entry":"AgAAAA//AgBkAAAAAwAABBQAAAB1cGxpbmswAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA=","fields":{"mac":"02:00:00:00:0f:ff","kind":"learnt","vlan":100,"port":67108867,"age":20,"portId":"uplink0"}}
-  ]
   MAC  KIND  VLAN  PORT  AGE (seconds)  PORT ID
   []
   NIC    PORT

@@ -9,10 +9,6 @@ Sessions of every type, on a port.
   $ qvs mirror add sw1 rdst --port port0 --type rmirror-dst --destinations port1 --sources-in 100,0x65 --sources-out 0  => sw1/port0 rdst: changed
   $ qvs mirror add sw1 er4 --port port0 --type ermirror-src --stack on --destinations 192.0.2.7,2001:DB8:0:0::1 --sources-in port0  => sw1/port0 er4: changed
   $ qvs mirror add sw1 12345678901234567890123456789012 --port port0 --type logical-span --destinations 02:00:00:00:00:AA  => sw1/port0 12345678901234567890123456789012: changed
-  $ qvs mirror list sw1 --port port0 | head -n 3
-  SESSION                           NAME          TYPE          FLAGS              DESTINATIONS                      INGRESS  EGRESS
-  mix                               -             mixdst        no-input disabled  uplink0 port1                     port0    port0 port2
-  dv                                to the probe  dvport        -                  port1                             port0    -
   $ qvs mirror list sw1 --port port0 --json
   [
   {"session":"mix","name":null,"type":"mixdst","snapLength":null,"flags":["no-input","disabled"],"encapVlan":0,"samplingRate":10,"stack":false,"destinations":["uplink0","port1"],"sourcesIn":["port0"],"sourcesOut":["port0","port2"],"wildIn":[],"wildOut":[]},

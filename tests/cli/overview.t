@@ -133,10 +133,8 @@ Columns of ports.
 
 Counters, and their growth: what was set back shows none. The page operations.md shows the tables.
 
-  $ sh on 'qvs port stats sw1 web --json; qvs port stats sw1 nix' 2>&1
-  [
+  $ sh on 'qvs port stats sw1 web --json | grep web; qvs port stats sw1 nix' 2>&1
   {"switch":"sw1","port":"web","pktsInUnicast":359,"bytesInUnicast":378,"pktsInMulticast":449,"bytesInMulticast":54,"pktsInBroadcast":445,"bytesInBroadcast":42,"pktsOutUnicast":345,"bytesOutUnicast":638,"pktsOutMulticast":206,"bytesOutMulticast":935,"pktsOutBroadcast":854,"bytesOutBroadcast":501,"pktsInDropped":72,"pktsOutDropped":770,"pktsInException":232,"pktsOutException":737}
-  ]
   qvs: switch 'sw1': port 'nix': Not found (0xbad0003)
   ? 3
   $ sh on 'timeout 5 qvs port stats sw1 web --watch --interval 0.05 --json | head -n 3 | jq -c "[.pktsInUnicast, .bytesOutUnicast, (.perSecond | if . then (.pktsInUnicast | . > 0 and . < 50000) else . end)]"'
@@ -145,12 +143,10 @@ Counters, and their growth: what was set back shows none. The page operations.md
   [1077,1914,true]
   $ sh on 'lines() { until [ "$(wc -l <log)" -ge "$1" ]; do sleep 0.05; done; }; : >log; timeout 20 qvs port stats sw1 web --watch --interval 0.1 --json >log & lines 3; qvs prop set sw1 com.quillon.common.port.statistics --port web --hex $(printf "0%.0s" $(seq 256)) >set; lines $(($(wc -l <log) + 3)); kill $!; jq -s -c "[.[0].perSecond, (map(.perSecond != null) | any), (.[1:] | map(select(.perSecond == null)) | length)]" log'
   [null,true,1]
-  $ sh on 'timeout 20 qvs port stats sw1 --watch --interval 0.1 | grep --line-buffered web | head -n 2 | tr -s " " | sed "s/ [0-9][0-9.]*k\{0,1\}/ N/g"; qvs nic list; qvs nic list --names --json'
+  $ sh on 'timeout 20 qvs port stats sw1 --watch --interval 0.1 | grep --line-buffered web | head -n 2 | tr -s " " | sed "s/ [0-9][0-9.]*k\{0,1\}/ N/g"; qvs nic list | sed -n 2p; qvs nic list --names --json'
   web - - - - - -
   web N N N N N N
-  NIC    LINK  MBIT/S  SWITCH  UPLINK   PORT
   pnic0  up    10000   sw1     uplink0  uplink0
-  pnic1  down  -       sw1     uplink1  uplink1
   ["pnic0","pnic1"]
 
 One word for a state everywhere; names stay whole on a narrow terminal, and ports without traffic stand with --all.
@@ -187,10 +183,9 @@ What is no table breaks between words on a narrow terminal, and not at all with 
 The ports with the most traffic, between two looks. The screen is for terminals.
 
   $ sh on 'qvs top sw1 --once --interval 0.1 --json | jq -c ".[0] | [.port, .client, .vlan, .state, (.bitsIn > 0), (.dropped > 0)]"'  => ["web","web.eth0","trunk 1-100,200, priority 3","up",true,true]
-  $ sh on 'for words in "" --json "--once --interval 0" "--once --limit 0" "--limit 3" "nix --once"; do qvs top $words; done; qvs-host fault add StateGet --status 0xbad0040 --nth 2 >log; qvs top --once --interval 0.1'
+  $ sh on 'for words in "" --json "--once --limit 0" "--limit 3" "nix --once"; do qvs top $words; done; qvs-host fault add StateGet --status 0xbad0040 --nth 2 >log; qvs top --once --interval 0.1'
   qvs: the screen needs a terminal; 'qvs top --once' prints text
   qvs: --json needs --once
-  qvs: --interval: '0' is not a number of seconds from 0.01 to 3600
   qvs: --limit: '0' is not a number from 1 to 4294967295
   qvs: --limit needs --once
   qvs: switch 'nix': Not found (0xbad0003)

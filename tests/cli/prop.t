@@ -40,7 +40,7 @@ By identifier, without the snapshot.
 
 Bad values change nothing.
 
-  $ qvs prop set sw1 k; qvs prop set sw1 k v --hex 00; qvs prop set sw1 k v --runtime  => [2] qvs: one of VALUE, --text, --hex, --file is needed | qvs: VALUE and --hex exclude each other | qvs: --runtime is for host properties: add --host
+  $ each 'prop set sw1 k' 'prop set sw1 k v --hex 00' 'prop set sw1 k v --runtime'  => qvs: one of VALUE, --text, --hex, --file is needed | qvs: VALUE and --hex exclude each other | qvs: --runtime is for host properties: add --host | exit 2 2 2
   $ qvs prop set sw1 '' v  => [2] qvs: key: may not be empty
   $ for file in nix . /dev/zero; do qvs prop set sw1 k --file $file; done; for more in "" x; do { head -c 33554432 /dev/zero; printf "$more"; } | qvs prop set sw1 most --file -; done; qvs prop clear sw1 most
   qvs: file 'nix': No such file or directory

@@ -48,9 +48,7 @@ apt install --no-install-recommends "$packages"/*.deb
 files >/tmp/upgraded
 cmp /tmp/with /tmp/upgraded || fail "an upgrade leaves other files than an installation"
 ldconfig -p | grep -q 'libqvs\.so\.1 ' || fail "the dynamic linker does not know libqvs"
-for page in man1/qvs.1 man1/qvs-port.1 man1/qvs-host.1 man1/treesh.1 man3/qvs_vsdvs.h.3 \
-    man3/VSDVS_CreateVSwitch.3 man3/libqvs-config.3 man3/QVSConfig_Apply.3 man5/qvs-document.5 man5/qvs-lab.5 \
-    man5/qvs-layout.5 man7/libqvs.7; do
+for page in man1/qvs-port.1 man1/treesh.1 man3/VSDVS_CreateVSwitch.3 man3/libqvs-config.3 man5/qvs-lab.5 man7/libqvs.7; do
     gzip -t "/usr/share/man/$page.gz" || fail "no manual page $page"
 done
 zcat /usr/share/man/man?/* | grep -oE '/usr/share/doc/qvs/[^\\]*' | sort -u >/tmp/named
