@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 #include "base/text.h"
 #include "tool/failure.h"
+#include "tool/values.h"
 
 namespace qvs::cli {
 namespace {
@@ -68,10 +70,15 @@ Value readJson(const Member &member, const Json &json, const std::string &path) 
 
 }  // namespace
 
-Value parseJson(const Member &member, const std::string &what, std::string_view text) {
+Value valueOfFile(const Member &member, const char *what, const std::string &path) {
+    const std::vector<uint8_t> text = readFile(path);
     const Json json = Json::parse(text, nullptr, false);
-    if (json.is_discarded()) fail(Exit::Usage, "{}: are not JSON", what);
-    return readJson(member, json, what);
+    if (json.is_discarded()) fail(Exit::Usage, "file {}: {}: are not JSON", inQuotes(path), what);
+    try {
+        return readJson(member, json, what);
+    } catch (const Failure &failure) {
+        fail(failure.exit, "file {}: {}", inQuotes(path), failure.message);
+    }
 }
 
 }  // namespace qvs::cli

@@ -3,14 +3,14 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "config/settings/member.h"
 #include "config/settings/value.h"
 
 namespace qvs::cli {
 
-// Reads the value of a member. Throws a usage failure about `what` when the member cannot have this value.
-config::Value parseJson(const config::Member &member, const std::string &what, std::string_view text);
+// Reads the value of a member from a file, or from standard input for "-". Throws a usage failure about
+// `what` in the file when the member cannot have this value.
+config::Value valueOfFile(const config::Member &member, const char *what, const std::string &path);
 
 }  // namespace qvs::cli

@@ -2,12 +2,12 @@
 // qvs mac: the MAC tables of the running switch, and how it learns.
 #include <qvs/qvs.h>
 
-#include <algorithm>
 #include <array>
 #include <string>
 
 #include "access/library.h"
 #include "access/opaque.h"
+#include "commands/mac.h"
 #include "commands/nouns.h"
 #include "config/library/snapshot.h"
 #include "tool/failure.h"
@@ -16,12 +16,6 @@
 
 namespace qvs::cli {
 namespace {
-
-// The port's identifier, or null when the command is about the switch.
-const char *portOf(const Arguments &arguments) {
-    if (arguments.given("--port")) requireFits(kPortIdLimit, arguments.text("--port"));
-    return arguments.orNull("--port");
-}
 
 // --- tables ---
 
@@ -40,7 +34,7 @@ void checkAddress(std::string_view name, const std::string &text) {
 
 void table(const Arguments &arguments, Output &out) {
     const char *alias = arguments.text("SWITCH").c_str();
-    const char *port = portOf(arguments);
+    const char *port = macPort(arguments);
     const bool team = arguments.given("--team");
     const auto selector = static_cast<uint8_t>(arguments.number("--selector", 0));
 
@@ -56,7 +50,7 @@ void table(const Arguments &arguments, Output &out) {
 
 void contexts(const Arguments &arguments, Output &out) {
     const char *alias = arguments.text("SWITCH").c_str();
-    const char *port = portOf(arguments);
+    const char *port = macPort(arguments);
     const std::string subject = named(arguments);
     auto ask = [&] {
         if (port == nullptr) return fetched<VSHYP_GetStaticLectx>(subject, alias);
@@ -64,78 +58,6 @@ void contexts(const Arguments &arguments, Output &out) {
     };
     printList(arguments, out, boundedList(ask, VSHYP_STATIC_LECTX_SIZE, "static learning contexts"),
               kStaticContext);
-}
-
-// --- changes ---
-
-void checkEntry(std::string_view name, const std::string &text) {
-    checkHex(name, text);
-    const size_t bytes = parseHex(text)->size();
-    if (bytes == 0 || bytes > VSHYP_MAC_ENTRY_SIZE)
-        fail(Exit::Usage, "{}: {} bytes, 1 to {} fit", name, bytes, VSHYP_MAC_ENTRY_SIZE);
-}
-
-template <auto Change>
-HYP_ReturnStatus changeEntry(const Arguments &arguments) {
-    const char *port = portOf(arguments);
-    uint32_t number = arguments.number("--number", 0);
-    std::vector<uint8_t> entry = *parseHex(arguments.text("ENTRY"));
-    entry.resize(VSHYP_MAC_ENTRY_SIZE);
-    return call<Change>(arguments.text("SWITCH").c_str(), port, number, entry.data());
-}
-
-void report(const Arguments &arguments, Output &out, bool changed) {
-    const std::string &alias = arguments.text("SWITCH");
-    const std::string &port = arguments.text(arguments.given("--port") ? "--port" : "--number");
-    reportPort(out, alias, port, changed);
-}
-
-// The addresses behind a port that is given by its identifier.
-KernelList portTable(const Arguments &arguments) {
-    auto ask = [&] {
-        return fetched<VSHYP_GetPortMACTable>(named(arguments), arguments.text("SWITCH").c_str(),
-                                              portOf(arguments), uint8_t{0});
-    };
-    return boundedList(ask, VSHYP_MAC_ENTRY_SIZE, "MAC entries");
-}
-
-// The kernel does not answer whether an entry is new, so that the table is read before and after.
-void add(const Arguments &arguments, Output &out) {
-    const bool byName = arguments.given("--port");
-    const KernelList before = byName ? portTable(arguments) : KernelList{};
-    require(changeEntry<VSHYP_SetPortMACTable>(arguments), named(arguments));
-    if (!byName) return report(arguments, out, true);
-    const KernelList after = portTable(arguments);
-    const Bytes was = before.bytes();
-    const Bytes is = after.bytes();
-    report(arguments, out, !std::equal(was.begin(), was.end(), is.begin(), is.end()));
-}
-
-// The kernel answers the same for a port and for an entry that does not exist.
-void requirePort(const Arguments &arguments) {
-    if (arguments.given("--port")) {
-        portTable(arguments);
-        return;
-    }
-    const uint32_t number = arguments.number("--number", 0);
-    bool found = false;
-    forEachPort(findVswitch(arguments.text("SWITCH")), [&](DVSPort *port) {
-        found = portStatus(port).number == number;
-        return !found;
-    });
-    if (!found)
-        throw libraryFailure(fmt::format("{}: port number {}", named(arguments), number), HYP_NOT_FOUND);
-}
-
-void remove(const Arguments &arguments, Output &out) {
-    HYP_ReturnStatus status = changeEntry<VSHYP_ClearPortMACTable>(arguments);
-    bool absent = status == HYP_NOT_FOUND && arguments.given("--if-exists");
-    if (absent) {
-        requirePort(arguments);
-    } else {
-        require(status, named(arguments));
-    }
-    report(arguments, out, !absent);
 }
 
 // --- learning ---
@@ -160,7 +82,7 @@ void ports(const Arguments &arguments, Output &out) {
 }
 
 void stats(const Arguments &arguments, Output &out) {
-    const char *port = portOf(arguments);
+    const char *port = macPort(arguments);
     if (port == nullptr)
         return listOf<VSHYP_GetSwitchMACLearningStats>(arguments, out, VSHYP_MAC_LEARNING_STATS_SIZE, "ports",
                                                        kLearningStats);
@@ -222,7 +144,7 @@ std::vector<std::string> touchesTables(const Arguments &arguments) {
 
 constexpr Option kPortOption{"--port", "PORT", "of this port instead of the switch", Kind::Port};
 constexpr Argument kEntry{
-    .name = "ENTRY", .summary = "the entry's bytes as pairs of hexadecimal digits", .check = checkEntry};
+    .name = "ENTRY", .summary = "the entry's bytes as pairs of hexadecimal digits", .check = checkMacEntry};
 constexpr Option kAtPort{"--port", "PORT", "identifier of the port", Kind::Port, false, Need::Choice};
 constexpr Option kAtNumber{"--number", "N",   "the kernel's number of the port",
                            Kind::Word, false, Need::Choice};
@@ -263,14 +185,14 @@ const Command kRows[] = {
      .options = {kAtPort, kAtNumber},
      .details = kEntryDetails,
      .example = "qvs mac add sw1 02:00:00:00:00:07 --port port0",
-     .run = lasting(writes(add, touchesTables))},
+     .run = lasting(writes(addMacEntry, touchesTables))},
     {.words = "mac remove",
      .summary = "remove an entry from a port's MAC table",
      .arguments = {kSwitchArgument, kEntry},
      .options = {kAtPort, kAtNumber, kIfExists},
      .details = kEntryDetails,
      .example = "qvs mac remove sw1 02:00:00:00:00:07 --port port0",
-     .run = lasting(writes(remove, touchesTables))},
+     .run = lasting(writes(removeMacEntry, touchesTables))},
     {.words = "mac static",
      .summary = "list the static learning contexts of a switch",
      .arguments = {kSwitchArgument},

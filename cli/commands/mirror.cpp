@@ -10,13 +10,12 @@
 #include "access/library.h"
 #include "access/setting.h"
 #include "access/setting_json.h"
+#include "access/setting_names.h"
 #include "access/setting_value.h"
 #include "commands/nouns.h"
-#include "commands/setting_names.h"
 #include "commands/settings.h"
 #include "tool/failure.h"
 #include "tool/output.h"
-#include "tool/values.h"
 
 namespace qvs::cli {
 namespace {
@@ -73,20 +72,18 @@ void report(Output &out, const Target &target, const std::string *id, bool chang
 
 // Reads the sessions. libqvs translates lists of the older form.
 List readSessions(const Setting &setting, const Target &target) {
-    const std::optional<Value> sessions = setting.read(target);
-    return sessions ? sessions->list() : List{};
+    return setting.read(target).value_or(List{}).list();
 }
 
 const Value *findSession(const List &sessions, const std::string &id) {
-    auto found =
-        std::ranges::find_if(sessions, [&](const Value &each) { return each["session"].text() == id; });
+    const auto found =
+        std::ranges::find(sessions, id, [](const Value &each) { return each["session"].text(); });
     return found == sessions.end() ? nullptr : &*found;
 }
 
 // A member of a session as it is shown: an empty name is none.
 MemberValue shownMember(const Member &member, const Value &session) {
-    static const Value none;
-    static const Value noMask = List{};
+    static const Value none, noMask = List{};
     const Value &value = session[member.name];
     if (member.name == std::string_view("name") && value.text().empty()) return {member, none};
     return {member, value.absent() && member.list ? noMask : value};
@@ -213,19 +210,9 @@ void remove(const Arguments &arguments, Output &out) {
     report(out, target, &id, !absent);
 }
 
-Value sessionsOfFile(const std::string &path, const Setting &setting) {
-    const std::vector<uint8_t> text = readFile(path);
-    try {
-        return parseJson(setting.members[0], setting.content,
-                         {reinterpret_cast<const char *>(text.data()), text.size()});
-    } catch (const Failure &failure) {
-        fail(failure.exit, "file {}: {}", inQuotes(path), failure.message);
-    }
-}
-
 void set(const Arguments &arguments, Output &out) {
     const Setting &setting = settingOf(arguments);
-    const Value given = sessionsOfFile(arguments.text("FILE"), setting);
+    const Value given = valueOfFile(setting.members[0], setting.content, arguments.text("FILE"));
     const Target target = targetOf(setting, arguments);
     const Value sessions = checked(setting, target, given, arguments);
     report(out, target, nullptr, storeSetting(setting, target, sessions));

@@ -13,7 +13,6 @@ extern const std::span<const Command> kMirrorCommands;
 extern const std::span<const Command> kMacCommands;
 extern const std::span<const Command> kSinkCommands;
 extern const std::span<const Command> kHealthCommands;
-extern const std::span<const Command> kMirrorRuntimeCommands;
 extern const std::span<const Command> kMulticastFilterCommands;
 extern const std::span<const Command> kSpfCommands;
 extern const std::span<const Command> kBfdCommands;

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "access/setting.h"
+#include "access/setting_names.h"
 #include "access/setting_value.h"
-#include "commands/setting_names.h"
 #include "commands/settings.h"
 #include "tool/failure.h"
 #include "tool/output.h"

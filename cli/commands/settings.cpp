@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "access/setting.h"
+#include "access/setting_names.h"
 #include "access/setting_value.h"
-#include "commands/setting_names.h"
 #include "config/settings/references.h"
 #include "tool/values.h"
 

@@ -10,6 +10,7 @@ extern const std::span<const Command> kShowCommands;
 extern const std::span<const Command> kPortStatsCommands;
 extern const std::span<const Command> kNicCommands;
 extern const std::span<const Command> kTopCommands;
+extern const std::span<const Command> kMirrorRuntimeCommands;
 extern const std::span<const Command> kTeamingStatsCommands;
 extern const std::span<const Command> kIpfixStatsCommands;
 extern const std::span<const Command> kMetricsCommands;

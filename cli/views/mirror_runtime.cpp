@@ -7,10 +7,10 @@
 
 #include "access/library.h"
 #include "access/opaque.h"
-#include "commands/nouns.h"
 #include "config/library/snapshot.h"
 #include "tool/output.h"
 #include "tool/values.h"
+#include "views/nouns.h"
 
 namespace qvs::cli {
 namespace {
