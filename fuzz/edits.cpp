@@ -8,37 +8,16 @@
 #include "kernel.h"
 #include "qvs/keys.h"
 #include "qvs/qvs.h"
-#include "support/bytes.h"
+#include "support/mirror.h"
 
 namespace {
 
 using namespace qvs::fuzz;
-using qvs::test::field;
+using qvs::test::encode;
+using qvs::test::Session;
 using qvs::test::u32;
-using qvs::test::zeros;
 
-struct Session {
-    std::string id;
-    uint8_t groups[3];  // numbers of entities
-    char mark;          // in each of the entities
-    bool operator==(const Session &) const = default;
-};
 using Sessions = std::vector<Session>;
-
-// Both the list of a caller and the one that is stored.
-std::string encode(const Sessions &sessions) {
-    std::string head, entities;
-    uint32_t first = 0;
-    for (const auto &[id, groups, mark] : sessions) {
-        const uint32_t count = groups[0] + groups[1] + groups[2];
-        head += field(id, 32) + zeros(184) + u32(groups[0]) + u32(groups[1]) + u32(groups[2]) + u32(first);
-        for (uint32_t i = 0; i < count; ++i)
-            entities += u32(i) + field(std::string(1, mark), 48);
-        first += count;
-    }
-    return u32(VSDVS_MIRROR_MAGIC) + u32(2) + u32(static_cast<uint32_t>(sessions.size())) + u32(first) +
-           u32(0) + head + entities;
-}
 
 std::string nameOf(uint8_t byte) {
     return std::string(1 + byte % 3, static_cast<char>('a' + byte / 3 % 4));
@@ -64,9 +43,12 @@ class Mirrors {
             bool clash = false;
             for (Session &session : more) {
                 session.id = nameOf(input.u8());
-                for (uint8_t &group : session.groups)
-                    group = input.u8() % 4;
-                session.mark = static_cast<char>(input.u8());
+                for (auto *group : {&session.dst, &session.in, &session.out})
+                    group->resize(input.u8() % 4);
+                const std::string mark(1, static_cast<char>(input.u8()));
+                for (auto *group : {&session.dst, &session.in, &session.out})
+                    for (std::string &entity : *group)
+                        entity = mark + std::to_string(&entity - group->data());
                 clash = clash || std::any_of(stored_.begin(), stored_.end(),
                                              [&](const Session &other) { return other.id == session.id; });
             }

@@ -67,96 +67,28 @@ TEST(Switch, StoredWithEverythingGiven) {
                   "portset ps.1\n");
 }
 
-// The requests of creating "sw1" with two uplinks and two ports, in order. Each line stands for itself and
-// for what undoes it when the line after it fails.
-constexpr const char *kCreation[] = {
-    R"(shell treesh -e set /net/create sw1 "128\n" vswitch)",
-    R"(state SwitchAdd switch="id" class="vswitch" maxPorts=128 version=105)",
-    R"(state GlobalPropSet switch="id" key="com.quillon.common.alias" length=4 type=16)",
-    R"(state GlobalPropSet switch="id" key="com.quillon.common.version" length=4 type=16)",
-    R"(state GlobalPropSet switch="id" key="com.quillon.common.opaqueDvs" length=6 type=16)",
-    R"(state HostPropSet switch="id" key="com.quillon.common.host.portset" length=4 type=16)",
-    R"(state SwitchAssociate switch="id")",
-    R"(state PortAdd switch="id" port="uplink0" length=*)",
-    R"(state PortAdd switch="id" port="uplink1" length=*)",
-    R"(state GlobalPropSet switch="id" key="com.quillon.common.uplinkPorts" length=166 type=16)",
-    R"(state HostPropSet switch="id" key="com.quillon.common.host.uplinkPorts" length=100 type=16)",
-    R"(state PortAdd switch="id" port="port0" length=*)",
-    R"(state PortAdd switch="id" port="port1" length=*)",
-};
-
-constexpr const char *kDestroyPortset = "shell treesh -e set /net/portsets/sw1/destroy destroy";
-constexpr const char *kRemoveSwitch = R"(state SwitchRemove switch="id")";
-constexpr const char *kDissociate = R"(state SwitchDissociate switch="id")";
-constexpr const char *kClearNames =
-    R"(state GlobalPropClear switch="id" key="com.quillon.common.uplinkPorts")";
-constexpr const char *kRemoveUplink0 = R"(state PortRemove switch="id" port="uplink0")";
-constexpr const char *kRemoveUplink1 = R"(state PortRemove switch="id" port="uplink1")";
-
-// What follows the failure of each line of kCreation.
-const std::vector<const char *> kUndo[] = {
-    {},
-    {kDestroyPortset},
-    {kRemoveSwitch, kDestroyPortset},
-    {kRemoveSwitch, kDestroyPortset},
-    {kRemoveSwitch, kDestroyPortset},
-    {kRemoveSwitch, kDestroyPortset},
-    {kRemoveSwitch, kDestroyPortset},
-    {kDissociate, kRemoveSwitch, kDestroyPortset},
-    {kRemoveUplink0, kDissociate, kRemoveSwitch, kDestroyPortset},
-    {kRemoveUplink1, kRemoveUplink0, kDissociate, kRemoveSwitch, kDestroyPortset},
-    {kClearNames, kRemoveUplink1, kRemoveUplink0, kDissociate, kRemoveSwitch, kDestroyPortset},
-    {kDissociate, kRemoveSwitch, kDestroyPortset},
-    {kDissociate, kRemoveSwitch, kDestroyPortset},
-};
-static_assert(std::size(kCreation) == std::size(kUndo));
-
 uint32_t create() {
     return VSDVS_CreateVSwitch("sw1", "id", nullptr, 105, 0, 0, 2, 2);
 }
 
-// The trace without answers.
-std::vector<std::string> requests() {
-    const std::string trace = maskLengths(takeTrace(), "PortAdd");
-    std::vector<std::string> lines;
-    for (size_t begin = 0, end; (end = trace.find('\n', begin)) != std::string::npos; begin = end + 1) {
-        lines.push_back(trace.substr(begin, trace.find(" -> ", begin) - begin));
-    }
-    return lines;
-}
-
-TEST(Switch, EachFailingStepIsUndone) {
-    ASSERT_STATUS(VSDVS_CreateVSwitch("bystander", nullptr, nullptr, 105, 0, 0, 1, 1), 0);
-    const std::string before = hostState();
-    for (size_t step = 0; step < std::size(kCreation); ++step) {
-        for (const int count : {1, kFromThenOn}) {
-            SCOPED_TRACE(std::string(kCreation[step]) + (count == 1 ? "" : ", from then on"));
-            const bool shell = step == 0;
-            if (shell) {
-                addFault("shell", R"("exit":1)", 1, count);
-            } else {
-                addFault("state ", R"("status":"0xbad00d7")", static_cast<int>(step), count);
-                if (count == kFromThenOn) addFault("shell", R"("exit":1)", 2, count);
-            }
-            clearTrace();
-            EXPECT_STATUS(create(), shell ? 0xbad0001 : 0xbad00d7);
-
-            std::vector<std::string> expected(kCreation, kCreation + step + 1);
-            expected.insert(expected.end(), kUndo[step].begin(), kUndo[step].end());
-            EXPECT_EQ(requests(), expected);
-            if (count == 1) {
-                EXPECT_EQ(hostState(), before);
-            } else {
-                resetHost();
-                ASSERT_STATUS(VSDVS_CreateVSwitch("bystander", nullptr, nullptr, 105, 0, 0, 1, 1), 0);
-            }
-        }
-    }
-    // And without a fault all of it happens, in this order.
-    clearFaults();
+TEST(Switch, StoredInThisOrder) {
     clearTrace();
     EXPECT_STATUS(create(), 0);
-    EXPECT_EQ(requests(), std::vector<std::string>(std::begin(kCreation), std::end(kCreation)));
+    EXPECT_EQ(maskLengths(takeTrace(), "PortAdd"),
+              R"(shell treesh -e set /net/create sw1 "128\n" vswitch -> exit 0
+state SwitchAdd switch="id" class="vswitch" maxPorts=128 version=105 -> 0x0
+state GlobalPropSet switch="id" key="com.quillon.common.alias" length=4 type=16 -> 0x0
+state GlobalPropSet switch="id" key="com.quillon.common.version" length=4 type=16 -> 0x0
+state GlobalPropSet switch="id" key="com.quillon.common.opaqueDvs" length=6 type=16 -> 0x0
+state HostPropSet switch="id" key="com.quillon.common.host.portset" length=4 type=16 -> 0x0
+state SwitchAssociate switch="id" -> 0x0
+state PortAdd switch="id" port="uplink0" length=* -> 0x0
+state PortAdd switch="id" port="uplink1" length=* -> 0x0
+state GlobalPropSet switch="id" key="com.quillon.common.uplinkPorts" length=166 type=16 -> 0x0
+state HostPropSet switch="id" key="com.quillon.common.host.uplinkPorts" length=100 type=16 -> 0x0
+state PortAdd switch="id" port="port0" length=* -> 0x0
+state PortAdd switch="id" port="port1" length=* -> 0x0
+)");
 }
 
 TEST(Switch, EveryResultOfTheShellButZeroIsAFailure) {
@@ -267,16 +199,13 @@ TEST(Switch, PortsetNamesThatWork) {
 }
 
 TEST(Switch, DestroyingStopsAtTheFirstFailure) {
-    constexpr const char *kSteps[] = {kDissociate, kRemoveSwitch, kDestroyPortset};
-    for (size_t step = 0; step < std::size(kSteps); ++step) {
-        SCOPED_TRACE(kSteps[step]);
-        resetHost();
-        ASSERT_STATUS(create(), 0);
-        ASSERT_STATUS(DVSLoadConfig(), 0);
-        addFault(kSteps[step], step < 2 ? R"("status":"0xbad00d7")" : R"("exit":1)");
+    ASSERT_STATUS(create(), 0);
+    ASSERT_STATUS(DVSLoadConfig(), 0);
+    for (const char *step : {"SwitchDissociate", "SwitchRemove"}) {
+        addFault(step, R"("status":"0xbad00d7")");
         clearTrace();
-        EXPECT_STATUS(VSDVS_DestroyVSwitch("sw1"), step < 2 ? 0xbad00d7 : 0xbad0001);
-        EXPECT_EQ(requests(), std::vector<std::string>(kSteps, kSteps + step + 1));
+        EXPECT_STATUS(VSDVS_DestroyVSwitch("sw1"), 0xbad00d7);
+        EXPECT_TRUE(takeTrace().ends_with(" -> 0xbad00d7\n")) << step;
     }
 }
 
@@ -292,18 +221,13 @@ TEST(Switch, DestroyingFromItsNames) {
     EXPECT_EQ(calls().commands[0], "/bin/treesh -e set /net/portsets/ps1/destroy destroy 2> /dev/null");
     EXPECT_EQ(hostState(), before);
 
-    // A switch of another class, and a stored name that nobody made through this library.
-    ASSERT_STATUS(DVSHYP_SwitchAdd("hub", "etherswitch", 8, 105), 0);
-    ASSERT_STATUS(DVSHYP_GlobalPropSet("hub", "com.quillon.common.alias", "hub", 4, 16), 0);
+    // A stored name that nobody made through this library.
     ASSERT_STATUS(DVSHYP_SwitchAdd("bad", "vswitch", 8, 105), 0);
     ASSERT_STATUS(DVSHYP_GlobalPropSet("bad", "com.quillon.common.alias", "bad", 4, 16), 0);
     ASSERT_STATUS(DVSHYP_HostPropSet("bad", "com.quillon.common.host.portset", "a;b", 4, 16), 0);
     ASSERT_STATUS(DVSLoadConfig(), 0);
     clearTrace();
-    EXPECT_STATUS(VSDVS_DestroyVSwitch("hub"), 0xbad0007);
     EXPECT_STATUS(VSDVS_DestroyVSwitch("bad"), 0xbad0007);
-    EXPECT_STATUS(VSDVS_DestroyVSwitch("sw9"), 0xbad0003);
-    EXPECT_STATUS(VSDVS_DestroyVSwitch(nullptr), 0xbad0007);
     EXPECT_EQ(takeTrace(), "");
 }
 
@@ -368,24 +292,8 @@ TEST_F(Port, OpaquePortThatCannotBeMarkedIsRemovedAgain) {
     EXPECT_STATUS(VSDVS_AddOpaqueDVPort("sw1", "p1", "ext"), 0xbad00d7);
 }
 
-TEST_F(Port, FailuresArePassedOn) {
-    struct {
-        const char *name;
-        uint32_t actual, expected;
-    } const rows[] = {
-        {"unknown alias", VSDVS_AddDVPort("sw9", "p1", 1), 0xbad0003},
-        {"unknown alias, opaque", VSDVS_AddOpaqueDVPort("sw9", "p1", "x"), 0xbad0003},
-        {"unknown alias, removing", VSDVS_RemoveDVPort("sw9", "p1"), 0xbad0003},
-        {"null port", VSDVS_AddDVPort("sw1", nullptr, 1), 0xbad0007},
-        {"null external identifier", VSDVS_AddOpaqueDVPort("sw1", "p1", nullptr), 0xbad0007},
-        {"null port, removing", VSDVS_RemoveDVPort("sw1", nullptr), 0xbad0007},
-        {"port identifier of 48 characters", VSDVS_AddDVPort("sw1", std::string(48, 'p').c_str(), 1),
-         0xbad0007},
-    };
-    for (const auto &[name, actual, expected] : rows) {
-        SCOPED_TRACE(name);
-        EXPECT_STATUS(actual, expected);
-    }
+TEST_F(Port, TheKernelJudgesNamesAndRoom) {
+    EXPECT_STATUS(VSDVS_AddDVPort("sw1", std::string(48, 'p').c_str(), 1), 0xbad0007);
     EXPECT_EQ(hostState(), empty_);
     for (const char *port : {"p1", "p2", "p3", "p4"})
         EXPECT_STATUS(VSDVS_AddDVPort("sw1", port, 1), 0);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The algebra of mirror session lists: appending and removing, against an obvious way of computing the
 // result.
+#include "support/mirror.h"
 #include "support/test.h"
 
 namespace qvs::test {
@@ -8,32 +9,6 @@ namespace {
 
 constexpr char kPortKey[] = "com.quillon.vswitch.port.mirrorSessions";
 constexpr char kHostKey[] = "com.quillon.vswitch.uplinkMirrorSessions";
-
-// A session with its entities beside it: destinations, sources in, sources out.
-struct Session {
-    std::string id;
-    std::vector<std::string> dst, in, out;
-};
-
-// The list as its layout has it, computed anew from whole sessions.
-std::string encode(const std::vector<Session> &sessions, uint32_t magic = 0xfacebeef, uint32_t reserved = 0) {
-    std::string head, entities;
-    uint32_t count = 0;
-    for (const Session &s : sessions) {
-        head += field(s.id.substr(0, 32), 32) + field("name of " + s.id, 84) + u32(1) + u32(0xffffffff) +
-                zeros(88) + zeros(4);
-        head += u32(static_cast<uint32_t>(s.dst.size())) + u32(static_cast<uint32_t>(s.in.size())) +
-                u32(static_cast<uint32_t>(s.out.size())) + u32(count);
-        for (const auto *group : {&s.dst, &s.in, &s.out}) {
-            for (const std::string &name : *group) {
-                entities += u32(0x77) + field(name, 48);
-                ++count;
-            }
-        }
-    }
-    return u32(magic) + u32(2) + u32(static_cast<uint32_t>(sessions.size())) + u32(count) + u32(reserved) +
-           head + entities;
-}
 
 const Session kA = {"a", {"a1", "a2"}, {"a3"}, {}};
 const Session kB = {"b", {"b1"}, {}, {"b2", "b3", "b4"}};
@@ -79,22 +54,6 @@ TEST_F(Mirror, AppendAndRemoveEqualTheListMadeAnew) {
     EXPECT_EQ(port(), "nothing");
 }
 
-TEST_F(Mirror, TheUplinksListIsTheHosts) {
-    const std::string list = encode({kA});
-    for (const char *place : {static_cast<const char *>(nullptr), ""}) {
-        clearTrace();
-        EXPECT_STATUS(VSDVS_SetDVMirrorSessions("sw1", place, list.data()), 0);
-        EXPECT_EQ(takeTrace(), "state HostPropSet switch=\"id\" key=\"" + std::string(kHostKey) +
-                                   "\" length=408 type=8 -> 0x0\n");
-        EXPECT_STATUS(VSDVS_AppendDVMirrorSessions("sw1", place, encode({kB}).data()), 0);
-        EXPECT_BYTES(*hostProp("id", kHostKey), encode({kA, kB}));
-        EXPECT_STATUS(VSDVS_ClearDVMirrorSessions("sw1", place), 0);
-        EXPECT_EQ(hostProp("id", kHostKey), std::nullopt);
-    }
-    EXPECT_STATUS(VSDVS_SetDVMirrorSessions("sw1", "port0", encode({}).data()), 0);
-    EXPECT_BYTES(port(), encode({}));
-}
-
 TEST_F(Mirror, RefusalsLeaveTheListAsItWas) {
     const std::string stored = encode({kA, kD}) + "behind the counts";
     put(stored);
@@ -116,6 +75,9 @@ TEST_F(Mirror, RefusalsLeaveTheListAsItWas) {
         EXPECT_BYTES(port(), stored);
         EXPECT_STATUS(VSDVS_SetDVMirrorSessions("sw1", nullptr, row.list.data()), row.set);
     }
+    // Without a port, and with an empty one, the list is that of the host.
+    EXPECT_STATUS(VSDVS_AppendDVMirrorSessions("sw1", "", encode({kC}).data()), 0);
+    EXPECT_BYTES(*hostProp("id", kHostKey), encode({kB, {std::string(32, 'd') + "e", {}, {}, {}}, kC}));
     // New sessions are not compared with one another, and no prefix is equal.
     EXPECT_STATUS(VSDVS_AppendDVMirrorSessions("sw1", "port0", encode({{"aa", {}, {}, {}}, kB, kB}).data()),
                   0);

@@ -48,37 +48,12 @@ TEST_F(Mtu, IsSetOnNicsThenPortsetThenProperties) {
 }
 
 TEST_F(Mtu, PutsBackLastFirstWhatWasSet) {
-    const std::string nics = nic(0, 1600) + nic(1, 1600) + nic(2, 1600) + nic(3, 1600);
-    const std::string allBack = back(3) + back(2) + back(1) + back(0);
-    struct {
-        const char *match;
-        const char *action;
-        uint32_t status;
-        std::string trace;
-    } const rows[] = {
-        {"get /net", R"("exit":1)", 0xbad0001, get(" -> exit 1\n")},
-        {"pnic0/mtu 1600", R"("exit":1)", 0xbad0001, get() + list() + nic(0, 1600, " -> exit 1\n")},
-        {"pnic2/mtu 1600", R"("exit":1)", 0xbad0001,
-         get() + list() + nic(0, 1600) + nic(1, 1600) + nic(2, 1600, " -> exit 1\n") + back(1) + back(0)},
-        {"sw1/mtu 1600", R"("exit":1)", 0xbad0001,
-         get() + list() + nics + portset(1600, " -> exit 1\n") + allBack},
-        {"vswitch.mtu", R"("status":"0xbad0014")", 0xbad0014,
-         get() + list() + nics + portset(1600) + property("vswitch", " -> 0xbad0014\n") + portset(1500) +
-             allBack},
-    };
-    const std::string before = hostState();
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.match);
-        clearTrace();
-        addFault(row.match, row.action);
-        EXPECT_STATUS(VSDVS_SetMTU("sw1", 1600), row.status);
-        EXPECT_EQ(takeTrace(), row.trace);
-        clearFaults();
-        int mtu = 0;
-        EXPECT_STATUS(VSDVS_GetMTU("sw1", &mtu), 0);
-        EXPECT_EQ(mtu, 1500);
-        EXPECT_EQ(hostState(), before);
-    }
+    const std::string before = hostState(), nics = nic(0, 1600) + nic(1, 1600) + nic(2, 1600) + nic(3, 1600);
+    addFault("vswitch.mtu", R"("status":"0xbad0014")");
+    EXPECT_STATUS(VSDVS_SetMTU("sw1", 1600), 0xbad0014);
+    EXPECT_EQ(takeTrace(), get() + list() + nics + portset(1600) + property("vswitch", " -> 0xbad0014\n") +
+                               portset(1500) + back(3) + back(2) + back(1) + back(0));
+    EXPECT_EQ(hostState(), before);
 }
 
 TEST_F(Mtu, UsesTheUplinksThatAreListed) {

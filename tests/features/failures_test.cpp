@@ -2,8 +2,6 @@
 // What single requests leave behind and print when they fail, or when the kernel answers nonsense.
 #include <cerrno>
 #include <cstdlib>
-#include <tuple>
-#include <utility>
 
 #include "features/runtime_host.h"
 #include "support/alloc_fault.h"
@@ -14,7 +12,6 @@ namespace {
 
 constexpr uint32_t kNoStatus = 0xffffffff;
 
-constexpr uint32_t kNoWords[64] = {};
 constexpr char kNoMac[] = "0:0:0:0:0:0";
 
 class SingleFailures : public RuntimeHost {};
@@ -58,12 +55,6 @@ TEST_F(SingleFailures, BuffersOfTheCaller) {
         SCOPED_TRACE(name);
         alignas(8) char buffer[256];
         const std::string before = (left == Cleared ? zeros(size) : std::string(size, '\xee')) + '\xee';
-        for (const char *step : {"device open", "device ioctl"}) {
-            std::memset(buffer, 0xee, sizeof buffer);
-            addFault(step, R"("errno":"EBUSY")");
-            EXPECT_STATUS(call(buffer), 0xbad0004);
-            EXPECT_BYTES(bytesAt(buffer, size + 1), before);
-        }
         // A kernel that fails half way through its answer leaves no part of it.
         std::memset(buffer, 0xee, sizeof buffer);
         patchAnswer("", 0, std::string(300, '\xa5'));
@@ -258,87 +249,10 @@ TEST_F(SingleFailures, BlocksWithAStatus) {
     EXPECT_EQ(takeTrace(), "");
 }
 
-// Each pointer that is given is refused when it is null instead, before an alias is looked at. The status is
-// that of all arguments as they are; where it is 0 they are not tried.
-template <typename... Parameters>
-void refuses(const char *name, uint32_t (*call)(Parameters...), uint32_t status,
-             std::type_identity_t<Parameters>... given) {
-    SCOPED_TRACE(name);
-    if (status != 0) {
-        EXPECT_STATUS(call(given...), status);
-    }
-    const auto withNull = [&](auto index) {
-        auto arguments = std::make_tuple(given...);
-        auto &argument = std::get<index>(arguments);
-        if constexpr (std::is_pointer_v<std::remove_reference_t<decltype(argument)>>) {
-            if (std::exchange(argument, nullptr) == nullptr) return;
-            SCOPED_TRACE(index + 1);
-            EXPECT_STATUS(std::apply(call, arguments), 0xbad0007);
-        }
-    };
-    [&]<size_t... i>(std::index_sequence<i...>) {
-        (withNull(std::integral_constant<size_t, i>()), ...);
-    }
-    (std::index_sequence_for<Parameters...>());
-}
-
 TEST_F(SingleFailures, ArgumentsThatReachNoDevice) {
-    const uint8_t bytes[128] = {};
     alignas(8) char buffer[256];
-    auto *const word = reinterpret_cast<uint32_t *>(buffer);
     char untouched;
     void *p = &untouched;
-    refuses("GetUplinks", VSHYP_GetUplinks, 0, "ps1", &p);
-    refuses("GetLAGTable", VSHYP_GetLAGTable, 0, "ps1", &p);
-    refuses("GetSwitchInfo", VSHYP_GetSwitchInfo, 0xbad0003, "ps1", &p);
-    refuses("GetSwitchPortInfo", VSHYP_GetSwitchPortInfo, 0xbad0003, "ps1", &p);
-    refuses("DVSAliasToSwitchId", VSHYP_DVSAliasToSwitchId, 0, "sw1", buffer);
-    refuses("GetUplinkLinkState", VSHYP_GetUplinkLinkState, 0, "ps1", "pnic0", word);
-    refuses("GetUplinkLACPLinkState", VSHYP_GetUplinkLACPLinkState, 0, "ps1", "pnic0", word);
-    refuses("SetUplinkAdminLinkState", VSHYP_SetUplinkAdminLinkState, 0, "ps1", "pnic0", 1);
-    refuses("GetVSInfo", VSHYP_GetVSInfo, 0, "ps1", buffer);
-    refuses("PortGetTeamUplinkHint", VSHYP_PortGetTeamUplinkHint, 0, 1, buffer);
-    refuses("GetUplinkDVPortID", VSHYP_GetUplinkDVPortID, 0, "pnic0", buffer);
-    refuses("RefreshDevNUMAInfo", VSHYP_RefreshDevNUMAInfo, 0, "ps1");
-    refuses("GetSwitches", VSHYP_GetSwitches, 0, 0, &p);
-    refuses("GetMACTable", VSHYP_GetMACTable, 0xbad0003, "sw9", 0, &p);
-    refuses("GetTeamMACTable", VSHYP_GetTeamMACTable, 0xbad0003, "sw9", 0, &p);
-    refuses("GetPortMACTable", VSHYP_GetPortMACTable, 0xbad0003, "sw9", nullptr, 0, &p);
-    refuses("GetStaticLectx", VSHYP_GetStaticLectx, 0xbad0003, "sw9", &p);
-    refuses("GetPortStaticLectx", VSHYP_GetPortStaticLectx, 0xbad0003, "sw9", nullptr, &p);
-    refuses("GetMACLearningAllPorts", VSHYP_GetMACLearningAllPorts, 0xbad0003, "sw9", &p);
-    refuses("GetSwitchMACLearningStats", VSHYP_GetSwitchMACLearningStats, 0xbad0003, "sw9", &p);
-    refuses("GetL2Security", VSHYP_GetL2Security, 0xbad0003, "sw9", &p);
-    refuses("GetPortMACLearningStats", VSHYP_GetPortMACLearningStats, 0xbad0003, nullptr, "sw9", buffer);
-    refuses("GetSwitchMACLearningInfo", VSHYP_GetSwitchMACLearningInfo, 0, "ps1", buffer);
-    refuses("GetGlobalMACLearningProps", VSHYP_GetGlobalMACLearningProps, 0, buffer);
-    refuses("SetGlobalMACLearningProps", VSHYP_SetGlobalMACLearningProps, 0, bytes);
-    refuses("SetPortMACTable", VSHYP_SetPortMACTable, 0xbad0003, "sw9", nullptr, 1, bytes);
-    refuses("ClearPortMACTable", VSHYP_ClearPortMACTable, 0xbad0003, "sw9", nullptr, 1, bytes);
-    refuses("GetRARPStats", VSHYP_GetRARPStats, 0, "ps1", buffer);
-    refuses("GetServicePortTeamingStats", VSHYP_GetServicePortTeamingStats, 0, "ps1", buffer);
-    refuses("SetRuntimeOptions", VSHYP_SetRuntimeOptions, 0, kNoWords);
-    refuses("GetPromiscSessionActiveDsts", VSHYP_GetPromiscSessionActiveDsts, 0xbad0003, "sw9", &p);
-    refuses("GetDVMirrorSessionIDs", VSHYP_GetDVMirrorSessionIDs, 0xbad0003, "sw9", &p);
-    refuses("GetDVMirrorSessionStats", VSHYP_GetDVMirrorSessionStats, 0xbad0003, "sw9", "one", buffer);
-    refuses("GetDVMirrorAgentWorldStats", VSHYP_GetDVMirrorAgentWorldStats, 0, buffer);
-    refuses("GetMcastFilterMode", VSHYP_GetMcastFilterMode, 0, "ps1", word);
-    refuses("GetMcastFilters", VSHYP_GetMcastFilters, 0, "ps1", 0, 0, &p);
-    refuses("GetMcastFilterStats", VSHYP_GetMcastFilterStats, 0, "ps1", 0, 2, bytes, &p);
-    refuses("GetPortLSTeamingPolicyName", VSHYP_GetPortLSTeamingPolicyName, 0, 1, buffer);
-    refuses("GetLSTeamingPolicyTable", VSHYP_GetLSTeamingPolicyTable, 0xbad0003, "sw9", &p);
-    refuses("CreateRequest", TFHYP_CreateRequest, 0xbad0003, "sw9", "port0", "nonsense", kNoMac, 0, 0, 0, 0,
-            0);
-    refuses("SetTraceflowConfig", TFHYP_SetTraceflowConfig, 0xbad0003, "sw9", 1);
-    refuses("ClearTraceflowConfig", TFHYP_ClearTraceflowConfig, 0xbad0003, "sw9");
-    refuses("SetINTConfig", TFHYP_SetINTConfig, 0, bytes);
-    refuses("CreateSession", LIVETRACEHYP_CreateSession, 0xbad0003, "sw9", "port0", bytes, 0);
-    refuses("GetIpfixStats", IPFIXHYP_GetIpfixStats, 0xbad0003, "sw9", buffer);
-    refuses("GetIpfixGranularStats", IPFIXHYP_GetIpfixGranularStats, 0xbad0003, "sw9", "port0", buffer);
-    // Arguments that are looked at one after the other, or that are not what they must be.
-    EXPECT_STATUS(VSHYP_GetPortInfo(nullptr, "port0", &p), 0xbad0007);
-    EXPECT_STATUS(VSHYP_GetPortInfo("sw1", nullptr, &p), 0xbad0007);
-    EXPECT_STATUS(VSHYP_GetPortInfo("sw9", "port0", &p), 0xbad0003);
     EXPECT_STATUS(VSHYP_GetPortMACLearningStats("sw1", "port0", buffer), 0xbad0003);
     for (const char *mac : {"00-1b-2c-03-04-05", "0:1:2:3:4"}) {
         EXPECT_STATUS(TFHYP_CreateRequest("sw1", "port0", mac, kNoMac, 0, 0, 0, 0, 0), 0xbad0007) << mac;

@@ -3,17 +3,15 @@
 #include <sstream>
 
 #include "features/runtime_host.h"
+#include "support/mirror.h"
 #include "support/test.h"
 
 namespace qvs::test {
 namespace {
 
-// The sessions "one" and "two"; the first one mirrors to port0 and to uplink0.
+// The first session mirrors to port0 and to uplink0.
 std::string mirrorSessions() {
-    const std::string head = u32(0xfacebeef) + u32(2) + u32(2) + u32(2) + u32(0);
-    const std::string one = field("one", 116) + u32(1) + zeros(96) + u32(2) + zeros(12);
-    const std::string two = field("two", 116) + u32(1) + zeros(108) + u32(2);
-    return head + one + two + u32(0) + field("port0", 48) + u32(0) + field("uplink0", 48);
+    return encode({{"one", {"port0", "uplink0"}}, {"two"}});
 }
 
 std::string lab() {

@@ -7,7 +7,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
+#include <utility>
 
 #include "support/records.h"
 #include "support/test.h"
@@ -25,15 +27,10 @@ struct Out {
     operator T *() const {
         return reinterpret_cast<T *>(area);
     }
-    operator void **() const {
-        return pointers[0] == nullptr && !used ? (used = true, &pointers[0]) : &pointers[1];
-    }
+    operator void **() const { return &pointers[second = !second]; }
     operator char **() const { return reinterpret_cast<char **>(&pointers[0]); }
-    operator VSDVS_PropBuffer *() const {
-        valueBuffer = {8, area};
-        return &valueBuffer;
-    }
-    static inline bool used = false;
+    operator VSDVS_PropBuffer *() const { return &valueBuffer; }
+    static inline bool second = false;
 };
 constexpr Out out;
 
@@ -50,7 +47,7 @@ template <typename Result, typename Call>
 uint32_t statusOf(const char *name, Call call) {
     std::memset(area, 0xee, sizeof area);
     pointers[0] = pointers[1] = nullptr;
-    Out::used = false;
+    valueBuffer = {8, area};
     uint32_t status = 0;
     if constexpr (std::is_void_v<Result>) {
         call();
@@ -71,13 +68,48 @@ uint32_t statusOf(const char *name, Call call) {
     return status;
 }
 
-#define ROW(name, ...) \
-    {                  \
-#name, [] { \
-            const auto call = [] { return name(__VA_ARGS__); }; \
-            return statusOf<decltype(call())>(#name, call); \
-        }          \
+// The same call with another value of one argument: null for a pointer, a name that no switch has, and the
+// one of a switch of another class.
+template <typename Argument, typename Call>
+void addRefusals(Function &row, size_t index, Argument given, Call callWith) {
+    const auto add = [&](const char *what, Argument other) {
+        row.refusals.push_back(
+            {"argument " + std::to_string(index + 1) + " " + what, [=] { return callWith(other); }});
+    };
+    if constexpr (std::is_pointer_v<Argument>) {
+        if (given != nullptr) add("null", nullptr);
     }
+    if constexpr (std::is_same_v<Argument, const char *>) {
+        if (given == nullptr || std::strcmp(given, "sw1") != 0) return;
+        add("sw9", "sw9");
+        add("hub", "hub");
+    }
+}
+
+template <typename Result, typename... Arguments>
+Function row(const char *name, Result (*function)(Arguments...), std::type_identity_t<Arguments>... given) {
+    const auto call = [=](const std::tuple<Arguments...> &arguments) {
+        return statusOf<Result>(name, [&] { return std::apply(function, arguments); });
+    };
+    const std::tuple<Arguments...> all(given...);
+    Function result = {name, [=] { return call(all); }, {}};
+    [&]<size_t... i>(std::index_sequence<i...>) {
+        (addRefusals(result, i, std::get<i>(all),
+                     [=](auto other) {
+                         auto changed = all;
+                         std::get<i>(changed) = other;
+                         return call(changed);
+                     }),
+         ...);
+    }
+    (std::index_sequence_for<Arguments...>());
+    return result;
+}
+Function row(const char *name, void (*report)(const char *, ...), const char *text) {
+    return {name, [=] { return report(text), 0; }, {}};
+}
+
+#define ROW(name, ...) row(#name, name __VA_OPT__(, ) __VA_ARGS__)
 
 constexpr char kKey[] = "com.example.key";
 constexpr char kMac[] = "0:1b:2c:3:4:5";

@@ -12,10 +12,15 @@ namespace qvs::test {
 // What a function that returns no status gives instead of a pointer.
 constexpr uint32_t kNull = 0xffffffff;
 
+struct Refusal {
+    std::string what;  // "argument 1 null"
+    std::function<uint32_t()> call;
+};
 struct Function {
     const char *name;
     // Calls the function and releases what it gives. Returns its status, 0 for a pointer, or kNull.
     std::function<uint32_t()> call;
+    std::vector<Refusal> refusals;  // calls with an argument that the function refuses
 };
 extern const std::vector<Function> kFunctions;
 

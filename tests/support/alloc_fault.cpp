@@ -19,7 +19,7 @@ uintptr_t textEnd = 0;
 
 std::atomic<bool> armed = false;
 std::atomic<int> countdown = 0;
-std::atomic<bool> fromThenOn = false;
+std::atomic<int> failing = 1;  // so many of them; 0 for all
 std::atomic<int> calls = 0;
 std::atomic<long> blocks = 0;  // that the program has allocated and not freed
 
@@ -43,7 +43,7 @@ int findLibrary(dl_phdr_info *info, size_t, void *library) {
     if (address < textBegin || address >= textEnd) return false;
     ++calls;
     const int left = --countdown;
-    if (left > 0 || (left < 0 && !fromThenOn)) return false;
+    if (left > 0 || (failing != 0 && left <= -failing)) return false;
     errno = ENOMEM;
     return true;
 }
@@ -55,13 +55,13 @@ int findLibrary(dl_phdr_info *info, size_t, void *library) {
 
 }  // namespace
 
-AllocFault::AllocFault(int nth, Mode mode, const char *library) {
+AllocFault::AllocFault(int nth, int count, const char *library) {
     textBegin = textEnd = 0;
     dl_iterate_phdr(findLibrary, const_cast<char *>(library));
     EXPECT_NE(textEnd, 0u) << library << " is not loaded";
     calls = 0;
     countdown = nth == 0 ? 1 << 30 : nth;
-    fromThenOn = mode == kFromThenOn;
+    failing = count;
     armed = true;
 }
 

@@ -9,10 +9,9 @@ namespace qvs::test {
 
 class AllocFault {
   public:
-    enum Mode { kOnce, kFromThenOn };
-
-    // The nth allocation from now on fails, the first being 1; 0 only counts.
-    explicit AllocFault(int nth, Mode mode = kOnce, const char *library = "libqvs.so");
+    // The nth allocation from now on fails, the first being 1, and `count` - 1 more (0: all that follow). An
+    // nth of 0 only counts.
+    explicit AllocFault(int nth, int count = 1, const char *library = "libqvs.so");
     AllocFault(const AllocFault &) = delete;
     AllocFault &operator=(const AllocFault &) = delete;
     ~AllocFault();

@@ -5,12 +5,13 @@
 #include <regex>
 #include <string>
 
+#include "support/mirror.h"
 #include "support/test.h"
 
 namespace qvs::test {
 
 inline std::string sessions(const char *id) {
-    return u32(0xfacebeef) + u32(2) + u32(1) + u32(0) + u32(0) + field(id, 232);
+    return encode({{id}});
 }
 
 // A key is written with the letter of its scope in front, and without "com.quillon.vswitch." or, if it is
