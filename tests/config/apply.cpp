@@ -13,7 +13,7 @@
 #include <functional>
 #include <iterator>
 
-#include "config/document/reader.h"
+#include "config/documents.h"
 #include "config/library/snapshot.h"
 #include "support/host.h"
 
@@ -55,14 +55,6 @@ switches:
     ports: {q: {vlan: {id: 8}}}
 )";
 
-Document documentOf(const char *text) {
-    std::vector<config::Problem> problems;
-    Document document = config::readDocument(text, "test", problems);
-    for (const config::Problem &problem : problems)
-        ADD_FAILURE() << messageOf(problem);
-    return document;
-}
-
 ApplyResult applyText(const char *text) {
     ApplyOptions options;
     options.prune = true;
@@ -84,24 +76,12 @@ bool hasJournal() {
     return lstat(journal().c_str(), &found) == 0;
 }
 
-// What applying comes to when a request fails: the outcome, or the message of what was thrown before anything
-// was changed.
-std::string attempt() {
-    try {
-        switch (const ApplyResult result = applyText(kWanted); result.outcome) {
-            case Outcome::Unchanged:
-                return "unchanged";
-            case Outcome::Applied:
-                return "applied";
-            case Outcome::Undone:
-                return "undone";
-            case Outcome::NotUndone:
-                return "not undone";
-        }
-    } catch (const Failure &failure) {
-        return "refused";
-    }
-    return "?";
+// The change that waits for its confirmation.
+void applyAndWait(uint32_t seconds = 60) {
+    ApplyOptions options;
+    options.prune = true;
+    options.confirmSeconds = seconds;
+    ASSERT_EQ(config::applyDocument(documentOf(kWanted), options).outcome, Outcome::Applied);
 }
 
 TEST(Apply, SecondChangesNothing) {
@@ -130,43 +110,38 @@ struct Way {
 };
 constexpr Way kWays[] = {{"state ", R"("status":"0xbad00d7")"}, {"shell ", R"("exit":1)"}};
 
-// One request fails, each in turn.
-TEST(Apply, UndoesWhateverFailsOnce) {
+// One request fails, each in turn, or all from then on until the host is healed.
+TEST(Apply, UndoesWhateverFails) {
     const std::string start = stateAfter(kStart);
     for (const Way &way : kWays) {
-        for (int nth = 1;; nth++) {
-            ASSERT_LT(nth, 500);
-            SCOPED_TRACE(std::string(way.match) + std::to_string(nth));
-            addFault(way.match, way.action, nth);
-            const std::string outcome = attempt();
-            ASSERT_FALSE(hasJournal());
-            if (outcome == "applied") break;
-            ASSERT_TRUE(outcome == "undone" || outcome == "refused") << outcome;
-            ASSERT_EQ(hostState(), start);
+        for (const int count : {1, kFromThenOn}) {
+            for (int nth = 1;; nth++) {
+                ASSERT_LT(nth, 500);
+                SCOPED_TRACE(std::string(way.match) + std::to_string(nth) +
+                             (count == 1 ? "" : ", from then on"));
+                addFault(way.match, way.action, nth, count);
+                Outcome outcome = Outcome::Undone;
+                try {
+                    outcome = applyText(kWanted).outcome;
+                } catch (const Failure &) {
+                    // Refused before anything was changed.
+                }
+                if (outcome == Outcome::Applied) break;
+                clearFaults();
+                if (count == kFromThenOn && outcome == Outcome::NotUndone) {
+                    ASSERT_TRUE(hasJournal());
+                    const config::Restored restored = config::recover();
+                    ASSERT_TRUE(restored.complete()) << restored.left[0] << restored.problem;
+                } else {
+                    ASSERT_EQ(outcome, Outcome::Undone);
+                }
+                ASSERT_FALSE(hasJournal());
+                ASSERT_EQ(hostState(), start);
+            }
+            EXPECT_FALSE(hasJournal());
+            EXPECT_EQ(hostState(), stateAfter(kWanted));
+            ASSERT_EQ(stateAfter(kStart), start);
         }
-        EXPECT_EQ(hostState(), stateAfter(kWanted));
-        ASSERT_EQ(stateAfter(kStart), start);
-    }
-}
-
-// From one request on all fail, until the host is healed.
-TEST(Apply, UndoesOnTheHealedHost) {
-    const std::string start = stateAfter(kStart);
-    for (const Way &way : kWays) {
-        for (int nth = 1;; nth++) {
-            ASSERT_LT(nth, 500);
-            SCOPED_TRACE(std::string(way.match) + std::to_string(nth));
-            addFault(way.match, way.action, nth, kFromThenOn);
-            const std::string outcome = attempt();
-            ASSERT_EQ(hasJournal(), outcome == "not undone") << outcome;
-            if (outcome == "applied") break;
-            clearFaults();
-            const config::Restored restored = config::recover();
-            ASSERT_TRUE(restored.complete()) << restored.left[0] << restored.problem;
-            ASSERT_FALSE(hasJournal());
-            ASSERT_EQ(hostState(), start);
-        }
-        ASSERT_EQ(stateAfter(kStart), start);
     }
 }
 
@@ -175,11 +150,10 @@ TEST(Apply, SaysWhatIsLeft) {
     addFault("PortDataSet*com.example.z", R"("status":"0xbad0004")");
     addFault("PortRemove", R"("status":"0xbad0004")", 1, kFromThenOn);
     addFault("PortDataClear", R"("status":"0xbad0004")", 1, kFromThenOn);
-    ApplyOptions options;
     const ApplyResult result = config::applyDocument(
         documentOf("switches: {sw1: {ports: {a: {properties: {com.example.y: AA==}}, b: {properties: "
                    "{com.example.z: AA==}}}}}"),
-        options);
+        {});
     EXPECT_EQ(result.outcome, Outcome::NotUndone);
     EXPECT_EQ(result.problem, "switch 'sw1': port 'b': com.example.z: Busy (0xbad0004)");
     const std::vector<std::string> left = {"switch 'sw1': port 'a': property 'com.example.y' is still stored",
@@ -226,15 +200,12 @@ TEST(Apply, RefusesWhatCannotBe) {
 
 TEST(Confirm, KeepsOrUndoes) {
     const std::string start = stateAfter(kStart);
-    ApplyOptions options;
-    options.prune = true;
-    options.confirmSeconds = 60;
     EXPECT_FALSE(config::confirm());
     for (const bool confirmed : {false, true}) {
-        ASSERT_EQ(config::applyDocument(documentOf(kWanted), options).outcome, Outcome::Applied);
+        applyAndWait();
         EXPECT_EQ(config::pendingJournal(), config::Pending::Waits);
         EXPECT_TRUE(config::recover(config::Recover::NotWhatWaits).complete());
-        EXPECT_THROW(config::applyDocument(documentOf(kStart), options), Failure);
+        EXPECT_THROW(applyText(kStart), Failure);
         if (confirmed) {
             EXPECT_TRUE(config::confirm());
         } else {
@@ -248,9 +219,7 @@ TEST(Confirm, KeepsOrUndoes) {
 
 TEST(Confirm, ComesTooLate) {
     const std::string start = stateAfter(kStart);
-    ApplyOptions options;
-    options.confirmSeconds = 1;
-    ASSERT_EQ(config::applyDocument(documentOf(kWanted), options).outcome, Outcome::Applied);
+    applyAndWait(1);
     sleep(2);
     EXPECT_EQ(config::pendingJournal(), config::Pending::Expired);
     EXPECT_THROW(config::confirm(), Failure);
@@ -311,9 +280,7 @@ TEST(Journal, KeepsItsFormat) {
 
 TEST(Journal, IsForItsOwnerAlone) {
     stateAfter(kStart);
-    ApplyOptions options;
-    options.confirmSeconds = 60;
-    ASSERT_EQ(config::applyDocument(documentOf(kWanted), options).outcome, Outcome::Applied);
+    applyAndWait();
     struct stat found;
     ASSERT_EQ(stat(journal().c_str(), &found), 0);
     EXPECT_EQ(found.st_mode, S_IFREG | 0600u);
@@ -323,9 +290,7 @@ TEST(Journal, IsForItsOwnerAlone) {
 
 TEST(Journal, IsNotTrustedWhenItIsNoJournal) {
     stateAfter(kStart);
-    ApplyOptions options;
-    options.confirmSeconds = 60;
-    ASSERT_EQ(config::applyDocument(documentOf(kWanted), options).outcome, Outcome::Applied);
+    applyAndWait();
     const std::string text = contents();
     const std::string state = hostState();
 

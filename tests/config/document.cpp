@@ -61,14 +61,14 @@ const ProblemRow kProblems[] = {
     {"- switches\n", "f:1:1: is a list, not a mapping"},
     {"switches: 1\n", "f:1:11: switches: is a single value, not a mapping"},
     {"switches: {a: {}, a: {}}\n", "f:1:19: switches.a: is given twice"},
-    {"switches:\n  a: {mtu: 1500, mtu: 1, host: , host: {x: 1}, properties: {k: AA==, k: '*'}}\n"
+    {"switches:\n  a: {mtu: 1500, mtu: 1279, host: , host: {x: 1}, properties: {k: AA==, k: '*'}}\n"
      "  a: {ports: {p: {}, p: {vlan: {id: 1, id: 5000}}, '\\x70': {x: 1}}, uplinks: [], uplinks: 1}\n",
      "f:2:18: switches.a.mtu: is given twice\n"
-     "f:2:23: switches.a.mtu: 1 is below 1280\n"
-     "f:2:34: switches.a.host: is given twice\n"
-     "f:2:41: switches.a.host.x: no such member\n"
-     "f:2:70: switches.a.properties.k: is given twice\n"
-     "f:2:73: switches.a.properties.k: is not base64\n"
+     "f:2:23: switches.a.mtu: 1279 is below 1280\n"
+     "f:2:37: switches.a.host: is given twice\n"
+     "f:2:44: switches.a.host.x: no such member\n"
+     "f:2:73: switches.a.properties.k: is given twice\n"
+     "f:2:76: switches.a.properties.k: is not base64\n"
      "f:3:3: switches.a: is given twice\n"
      "f:3:22: switches.a.ports.p: is given twice\n"
      "f:3:40: switches.a.ports.p.vlan.id: is given twice\n"
@@ -132,6 +132,33 @@ const ProblemRow kProblems[] = {
      "f:1:77: switches.a.ports.p.filter.flags[0]: 'snik' is not unicast, multicast, allmulti, broadcast, "
      "promisc, use-ladrf or sink; did you mean 'sink'?\n"
      "f:1:95: switches.a.ports.p.txUplink: 'x' is not normal or always"},
+    {R"(switches:
+  a:
+    teaming: {active: [a], standby: [b, a]}
+    host:
+      mirrorSessions: [{session: s, type: mixdst}, {session: s, type: dvport}]
+      multicastAddresses: ['1']
+    ports:
+      p: {filter: {addresses: ['01:00:5e:00:00:01']}, ipfix: {source: 10.0.0, collectors: ['10.0.0.1:65536']}}
+      q: {mirrorSessions: [{session: s, type: dvport, stack: on}]}
+      r: {mirrorSessions: [{session: s, type: ermirror-src, destinations: [port0]}]}
+      s: {mirrorSessions: [{session: s, type: rmirror-dst, sourcesOut: ['4095']}]}
+      t: {mirrorSessions: [{session: s, type: rmirror-src, destinations: ['123456789012345678901234567890123']}]}
+)",
+     "f:3:14: switches.a.teaming: uplink 'a' is given twice\n"
+     "f:5:23: switches.a.host.mirrorSessions: session 's' is given twice\n"
+     "f:6:28: switches.a.host.multicastAddresses[0]: '1' is not a MAC address such as 02:00:00:00:00:01\n"
+     "f:8:19: switches.a.ports.p.filter: addresses require the flag multicast\n"
+     "f:8:71: switches.a.ports.p.ipfix.source: '10.0.0' is not an IPv4 address\n"
+     "f:8:92: switches.a.ports.p.ipfix.collectors[0]: '10.0.0.1:65536' is not IPV4:PORT or [IPV6]:PORT\n"
+     "f:9:27: switches.a.ports.q.mirrorSessions: session 's': stack requires the type ermirror-src\n"
+     "f:10:27: switches.a.ports.r.mirrorSessions: session 's': destination 'port0' is not an IPv4 or IPv6 "
+     "address\n"
+     "f:11:27: switches.a.ports.s.mirrorSessions: session 's': source '4095' is not a VLAN id from 0 to "
+     "4094\n"
+     "f:12:27: switches.a.ports.t.mirrorSessions: session 's': destination "
+     "'123456789012345678901234567890123' is "
+     "not a text of at most 32 bytes"},
     // Properties.
     {"switches: {a: {properties: {k: '*', '': AA==, l: {class: 4, value: AA==}, m: {value: AA==}}}}\n",
      "f:1:32: switches.a.properties.k: is not base64\n"
@@ -156,6 +183,11 @@ TEST(Documents, SizeIsBounded) {
     EXPECT_EQ(problemsOf(deep), "f:1:74: nested more than 64 deep");
     EXPECT_EQ(problemsOf(std::string(config::kMostDocumentBytes + 1, ' ')),
               "f: has 67108865 bytes, at most 67108864 are read");
+    std::string addresses = "switches: {a: {host: {multicastAddresses: [";
+    for (int i = 0; i < 26; i++)
+        addresses += "'02:00:00:00:00:01', ";
+    EXPECT_EQ(problemsOf(addresses + "]}}}"),
+              "f:1:43: switches.a.host.multicastAddresses: has 26 items, at most 25 fit");
     // Not a problem a line, of a text that is no document.
     std::string text = "switches:\n";
     for (int i = 0; i < 3000; i++)
@@ -253,16 +285,6 @@ TEST(Documents, NamesAreQuoted) {
 }
 
 Document drawDocument(Random &random) {
-    const auto drawPart = [&](config::Part &part, Scope scope) {
-        for (const config::Setting *setting : config::settings())
-            if (setting->scope == scope && drawChance(random, 3))
-                part.settings.push_back({setting, drawValue(*setting, random)});
-        for (uint64_t i = drawNumber(random, 0, 2); i > 0; i--)
-            part.properties.push_back({std::to_string(i) + drawText(random, 0, 60),
-                                       drawChance(random, 2) ? 16u : 24u,
-                                       config::Blob(drawNumber(random, 0, 90), 'x')});
-        std::ranges::sort(part.properties, {}, &config::RawProperty::key);
-    };
     Document document;
     for (uint64_t i = drawNumber(random, 0, 2); i > 0; i--) {
         config::SwitchEntry &entry = document.switches.emplace_back();
@@ -274,8 +296,8 @@ Document drawDocument(Random &random) {
         if (drawChance(random, 2)) entry.maxPorts = static_cast<uint32_t>(drawNumber(random, 9, INT32_MAX));
         if (drawChance(random, 2))
             entry.uplinks = {{"u", "u"}, {drawText(random, 2, 80), drawText(random, 2, 47)}};
-        drawPart(entry.global, Scope::Global);
-        drawPart(entry.host, Scope::Host);
+        drawPart(entry.global, Scope::Global, random);
+        drawPart(entry.host, Scope::Host, random);
         for (uint64_t j = drawNumber(random, 0, 3); j > 0; j--) {
             config::PortEntry &port = entry.ports.emplace_back();
             port.id = drawText(random, 1, 40) + std::to_string(j);
@@ -283,7 +305,7 @@ Document drawDocument(Random &random) {
                 port.connectId = static_cast<uint32_t>(drawNumber(random, 0, UINT32_MAX));
             if (drawChance(random, 2)) port.externalId = drawText(random, 0, 200);
             if (drawChance(random, 2)) port.blocked = drawChance(random, 2);
-            drawPart(port.part, Scope::Port);
+            drawPart(port.part, Scope::Port, random);
         }
         std::ranges::sort(entry.ports, {}, &config::PortEntry::id);
     }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "config/document/document.h"
 #include "config/settings/setting.h"
 
 namespace qvs::test {
@@ -160,6 +161,17 @@ inline config::Value drawValue(const config::Setting &setting, Random &random) {
         value = completed(setting, value);
         if (problemOf(setting, value).empty()) return value;
     }
+}
+
+// Some of the settings of a scope, and properties with any keys.
+inline void drawPart(config::Part &part, Scope scope, Random &random) {
+    for (const config::Setting *setting : config::settings())
+        if (setting->scope == scope && drawChance(random, 3))
+            part.settings.push_back({setting, drawValue(*setting, random)});
+    for (uint64_t i = drawNumber(random, 0, 2); i > 0; i--)
+        part.properties.push_back({fmt::format("com.example.{}{}", 3 - i, drawText(random, 0, 40)),
+                                   drawChance(random, 2) ? 16u : 24u,
+                                   config::Blob(drawNumber(random, 0, 90), 'x')});
 }
 
 }  // namespace qvs::test

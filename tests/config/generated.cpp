@@ -23,15 +23,6 @@ using config::ApplyResult;
 using config::Document;
 using Outcome = config::ApplyResult::Outcome;
 
-void drawPart(config::Part &part, Scope scope, Random &random) {
-    for (const config::Setting *setting : config::settings())
-        if (setting->scope == scope && drawChance(random, 3))
-            part.settings.push_back({setting, drawValue(*setting, random)});
-    for (uint64_t i = drawNumber(random, 0, 2); i > 0; i--)
-        part.properties.push_back({"com.example." + std::to_string(3 - i), drawChance(random, 2) ? 16u : 24u,
-                                   config::Blob(drawNumber(random, 0, 90), 'x')});
-}
-
 // Names and identities come back in each document, so that one is a change of the other.
 Document drawHost(Random &random) {
     Document document;

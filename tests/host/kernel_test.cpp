@@ -517,20 +517,6 @@ device open "/dev/nothing" -> ENOENT
 )");
 }
 
-TEST(Trace, IsFollowedLive) {
-    Client follower;
-    Writer follow(Kind::TraceFollow);
-    std::string payload;
-    ASSERT_TRUE(follower.connectToHost() && follower.call(follow, &payload));
-    treesh({"-e", "ls", "/net"});
-    DVSHYP_SwitchRemove("x");
-    for (const char *line :
-         {"shell treesh -e ls /net -> exit 0", "state SwitchRemove switch=\"x\" -> 0xbad0003"}) {
-        ASSERT_TRUE(follower.receive(Kind::TraceLine, &payload));
-        EXPECT_EQ(Reader(payload).text(), line);
-    }
-}
-
 TEST(Faults, CountPatchCutDelayAndChangeTheLab) {
     ASSERT_STATUS(DVSHYP_SwitchAdd("id", "vswitch", 8, 105), 0);
     ASSERT_STATUS(DVSHYP_GlobalPropSet("id", "k", "value", 5, 16), 0);
