@@ -62,6 +62,10 @@ __attribute__((visibility("default"))) int close(int descriptor) {
     return result;
 }
 
+// The libraries' own calls are found before there are threads. A thread that waits for another one to find a
+// call gets EAGAIN in errno, and a child that is made meanwhile waits for ever.
+[[maybe_unused]] static const int prepared = ioctl(-1, 0) + close(-1);
+
 uint32_t DVS_PortState(const DVSPort *port) {
     static const auto real = next(&DVS_PortState, "DVS_PortState");
     if (calls().portStates.empty()) return real(port);
