@@ -179,10 +179,13 @@ Refusal readRefusal(long status, std::string_view answer) {
     if (!object.is_object())
         return {status >= 500 ? Refusal::Kind::Unavailable : Refusal::Kind::Refused,
                 fmt::format("HTTP status {}", status)};
+    // An answer that would be a stream has the error in an object, with another name of the code.
+    const json &ofStream = objectIn(object, "error");
+    const json &error = ofStream.empty() ? object : ofStream;
     Refusal refusal;
-    refusal.message = shown(textIn(object, "message"));
-    if (refusal.message.empty()) refusal.message = shown(textIn(object, "error"));
-    const uint64_t code = numberIn(object, "code");
+    refusal.message = shown(textIn(error, "message"));
+    if (refusal.message.empty()) refusal.message = shown(textIn(error, "error"));
+    const uint64_t code = numberIn(error, error.contains("grpc_code") ? "grpc_code" : "code");
     if (code == kUnauthenticated ||
         refusal.message.find("revision of auth store is old") != std::string::npos) {
         refusal.kind = Refusal::Kind::TokenExpired;

@@ -82,6 +82,8 @@ TEST(Gateway, Refusals) {
         {401, R"({"error":"etcdserver: invalid auth token","code":16})", Kind::TokenExpired},
         {400, R"({"message":"etcdserver: revision of auth store is old","code":3})", Kind::TokenExpired},
         {403, R"({"message":"etcdserver: permission denied","code":7})", Kind::Refused},
+        {401, R"({"error":{"grpc_code":16,"http_code":401,"message":"etcdserver: invalid auth token"}})",
+         Kind::TokenExpired},
         {404, "not found", Kind::Refused},
     };
     for (const auto &one : cases)
