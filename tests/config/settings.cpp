@@ -350,6 +350,7 @@ const AlienRow kAliens[] = {
     {"port/ipfix", {changed(kIpfix, 14, 1) + zeros(1)}, Fate::Refused},
     // Bytes that libqvs or a reader passes over.
     {"privateVlans", {hex("6400 6500 02 000001")}, Fate::Compared},
+    {"privateVlans", {std::string()}, Fate::Compared},  // an empty list is stored as nothing
     {"port/vlan", {hex("0800 0a00 0000 0000")}, Fate::Compared},
     {"port/vlan", {hex("0400 0a00 0000 0000")}, Fate::Compared},
     {"port/vlan", {hex("0000 0a00 0000 0000"), hex("03000000")}, Fate::Compared},
