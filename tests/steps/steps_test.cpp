@@ -123,7 +123,8 @@ class Steps : public RuntimeHost {
     void SetUp() override {
         resetHost();
         RuntimeHost::SetUp();
-        seed(records());
+        static const std::string kLab = records();
+        seed(kLab);
         ASSERT_STATUS(VSDVS_CreateVSwitch("none", "none", nullptr, 105, 0, 0, 0, 0), 0);
         ASSERT_STATUS(VSHYP_SetRuntimeOptions(reinterpret_cast<const uint32_t *>(kOptions.data())), 0);
         ASSERT_STATUS(DVSLoadConfig(), 0);

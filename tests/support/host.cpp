@@ -12,10 +12,10 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <set>
+#include <sstream>
 
 #include "support/bytes.h"
 #include "support/intercept.h"
@@ -29,9 +29,12 @@ using nlohmann::json;
 // Where in the trace file the lines begin that no test has taken.
 size_t tracePosition = 0;
 
-std::string traceFile() {
+std::string newLines() {
     std::ifstream file("trace", std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    file.seekg(static_cast<std::streamoff>(tracePosition));
+    std::ostringstream lines;
+    lines << file.rdbuf();
+    return lines.str();
 }
 
 size_t linesThatStart(std::string_view trace, std::string_view start, std::string_view end) {
@@ -43,18 +46,20 @@ size_t linesThatStart(std::string_view trace, std::string_view start, std::strin
     return count;
 }
 
-// The kernel hears of a close when it gets to it, so the trace is complete when every device is closed again.
-std::string completeTrace() {
+// Takes the new lines of the trace. The kernel hears of a close when it gets to it, so the trace is complete
+// when every device is closed again.
+std::string takeLines() {
     control(R"({"op":"status"})");
     for (int tries = 0; tries < 2000; ++tries) {
-        std::string trace = traceFile();
+        std::string trace = newLines();
         if (linesThatStart(trace, "device open", "-> 0") == linesThatStart(trace, "device close", "")) {
+            tracePosition += trace.size();
             return trace;
         }
         usleep(1000);
     }
     ADD_FAILURE() << "a device is still open";
-    return traceFile();
+    return {};
 }
 
 template <typename Get, typename... Where>
@@ -150,15 +155,12 @@ void resetHost() {
 }
 
 std::string takeTrace() {
-    const std::string trace = completeTrace();
-    const size_t begin = std::min(tracePosition, trace.size());
-    tracePosition = trace.size();
     static const std::regex close("device close [^\n]*\n");
-    return std::regex_replace(trace.substr(begin), close, "");
+    return std::regex_replace(takeLines(), close, "");
 }
 
 void clearTrace() {
-    takeTrace();
+    takeLines();
 }
 
 std::string maskLengths(std::string_view trace, std::string_view operation) {
