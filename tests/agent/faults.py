@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""faults [--faults N] [--seed N] [--hosts N]: rollouts while agents, hosts and members of the store are killed and stopped, networks
-are cut and slow, disks are full and clocks are moved.
+"""faults [--faults N] [--seed N] [--hosts N]: rollouts while agents, hosts and members of the store are killed and
+stopped, networks are cut and slow, disks are full and clocks are moved.
 
 Each round publishes a revision or two at once, some of which one host refuses, and meanwhile does something at random
 moments. Then everything runs again, and each host must have exactly one whole revision: the one that its agent
@@ -239,6 +239,10 @@ def wrong(fleet, rollouts):
         revision = host["revision"]
         if memory["trying"] or memory["applied"] != revision:
             return f"host {member.name}: {host}, on disk {memory}"
+        allowed = {"done": revision == status["revision"],
+                   "rolledBack": revision != status["revision"] or host["state"] == "refused"}
+        if not allowed.get(status["state"], revision >= status["base"]):
+            return f"host {member.name}: {host}, but {status}"
         vlan = rollouts.vlan(revision)
         if vlan and rollouts.refuses(revision, member.name):
             raise AssertionError(f"{member.name} has a revision that its check refuses")
