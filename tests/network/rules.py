@@ -8,16 +8,18 @@ import os
 import pathlib
 import re
 import select
+import signal
 import socket
 import struct
 import subprocess
 import sys
 import time
 
-from hostile import Client
+from hostile import Client, eventually
 from policy_table import ELSEWHERE, ROWS
 
 STATE = pathlib.Path("state").absolute()
+LAYOUT = f"{os.environ.get('QVS_SOURCE')}/layouts/emulated.json"
 NUMBERS = {"web": 1, "db": 2, "app": 3, "a": 0x61, "b": 0x62, "bad": 0xbad, "net": 0xee, "net1": 0xee, "out": 0xff}
 PORTS = {"web": "web", "db": "db", "app": "app", "net": "pnic0", "net1": "pnic1"}
 GROUPS = {"all": b"\xff" * 6, "group": bytes.fromhex("01005e010101")}
@@ -26,8 +28,9 @@ IGMP = {"JOIN": "01005e010101 {} 0800 4600002000000000010200000a000001ef01010194
         "LEAVE": "01005e000002 {} 0800 4600002000000000010200000a000001e0000002940400001700f8fdef010101",
         "QUERY": "01005e000001 {} 0800 4600002000000000010200000a000001e0000001940400001100eeff00000000"}
 LAB = {"network": True, "pnics": [{"name": "pnic0"}, {"name": "pnic1"}],
-       "clients": [{"switch": "sw1", "port": name, "name": name, "mac": f"02:00:00:00:00:0{NUMBERS[name]}"}
-                   for name in ("web", "db", "app")],
+       # Frames of a port count while it has an attachment.
+       "clients": [{"switch": "sw1", "port": name, "name": name, "mac": f"02:00:00:00:00:0{NUMBERS[name]}",
+                    "attach": f"capture:,{name}.pcap"} for name in ("web", "db", "app")],
        "switches": [{"alias": "sw1", "version": 106, "uplinks": ["u0", "u1"], "ports": ["web", "db", "app"]}]}
 BASE = ["teaming set sw1 --active u0,u1 --balance explicit --link-state on", "mcast mode set sw1 legacy"]
 
@@ -85,7 +88,8 @@ def tags_of(data):
 def qvs(*commands):
     script = "; ".join(f"qvs {words} || exit" for words in commands)
     done = subprocess.run(["qvs-host", "run", "--state", STATE, "--", "sh", "-c", script], timeout=60, check=False,
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                          env={**os.environ, "QVS_LAYOUT": LAYOUT})
     assert done.returncode == 0, (commands, done.stdout)
     return done.stdout
 
@@ -132,8 +136,11 @@ def is_complete(row):
                 found = re.match(r"\w+(?:=\w+)?>(\w+)[^:]*:(.*)", step)
                 if not found or CLASS_OF.get(found[1], "unicast") != kind:
                     continue
-                results.add("web" in re.split(r"[ \[]", found[2]) if direction == "receives" else found[2].strip())
-            wanted = results >= {True, False} if direction == "receives" else len(results) > 1
+                results.add(found[2].strip() if direction == "sends" or row.policy.startswith("mirror")
+                            else "web" in re.split(r"[ \[]", found[2]))
+            # What a session copies does not show in the frames for its source.
+            strict = direction == "receives" and not row.policy.startswith("mirror")
+            wanted = results >= {True, False} if strict else len(results) > 1
             if not wanted:
                 problems.append(f"{row.policy}: {direction} lacks {kind} frames that arrive or that do not")
     return problems
@@ -147,10 +154,7 @@ def request(**members):
 
 def check(row):
     """What is different from the row, as texts."""
-    request(op="reset")
-    request(op="seed", lab=LAB)
-    qvs(*BASE, *row.setup)
-    receivers = {name: Session(port) for name, port in PORTS.items()}
+    receivers = begin(*row.setup)
     problems = [problem for step in row.sends + row.receives if (problem := perform(step, receivers))]
     for session in receivers.values():
         session.finish()
@@ -160,11 +164,75 @@ def check(row):
     if counts != wanted:
         problems.append(f"drops: {counts}, not {wanted}")
     for words, text in row.tables:
-        shown = qvs(words)
+        shown = re.sub(r" \(\w+\)(?=:)", "", " ".join(qvs(words).split()))
         text = re.sub("PORT (.*)", lambda found: qvs(f"port number sw1 {found[1]}").strip(), text)
         if text not in shown:
             problems.append(f"{words} lacks {text!r}:\n{shown}")
     return problems
+
+
+def begin(*commands):
+    request(op="reset")
+    request(op="seed", lab=LAB)
+    qvs(*BASE, *commands)
+    return {name: Session(port) for name, port in PORTS.items()}
+
+
+def malformed():
+    """Frames of impossible forms are dropped with a reason, and disturb nobody."""
+    receivers = begin()
+    process = request(op="status")["network"]["process"]
+    one, head = Session("web"), mac("db") + mac("web")
+    bad = [head[:1], head, head + b"\x08", head + b"\x81\x00", head + b"\x81\x00\0\0", mac("db") + mac("all") + b"xx"]
+    long = [head + b"\x88\xb5" + b"x" * size for size in (1501, 60000, 65522)]
+    tags = [head + b"\x81\x00\0\7" * count + b"\x88\xb5xx" for count in (2, 50)]
+    packets = [mac("group") + mac("web") + b"\x08\x00" + bytes([first]) + b"\xff" * size
+               for first in (0x45, 0x4f, 0x40, 0x65) for size in (0, 3, 19, 40)]
+    for data in bad + long + tags + packets:
+        one.socket.send(data)
+    one.finish()
+    for session in receivers.values():
+        session.taken()
+    assert perform("web>db: db", receivers) is None
+    assert request(op="status")["network"]["process"] == process
+    listed = json.loads(host("drops", "--state", STATE, "sw1", "web", "--json"))
+    assert listed == [{"switch": "sw1", "port": "web", "client": "web", "reason": reason, "frames": len(frames)}
+                      for reason, frames in (("Malformed", bad), ("TooLong", long), ("Vlan", tags))], listed
+    assert host("drops", "--state", STATE).split()[:10] == [
+        "SWITCH", "PORT", "CLIENT", "REASON", "FRAMES", "sw1", "web", "web", "Malformed", "6"]
+
+
+def killed():
+    """A data path that is killed comes back with its policies, and requests are answered all the time."""
+    begin("port vlan set sw1 web db --id 10")
+    first = request(op="status")["network"]["process"]
+    os.kill(first, signal.SIGKILL)
+    began = time.monotonic()
+    qvs("port vlan set sw1 app --id 10")
+    assert time.monotonic() - began < 3
+    eventually(lambda: request(op="status")["network"]["process"] not in (None, first))
+    qvs("port vlan set sw1 app --id 11", "port vlan set sw1 app --id 10")
+    receivers = {name: Session(port) for name, port in PORTS.items()}
+    for step in "web>all: app db net[10]", "web>db[10]:":
+        assert perform(step, receivers) is None, perform(step, receivers)
+
+
+def addresses():
+    """Ports without a given address differ between hosts, and keep theirs when the host starts again."""
+    def start(state):
+        host("start", "--state", state, "--network")
+        done = subprocess.run(["qvs-host", "run", "--state", state, "--", "sh", "-c",
+                               "qvs switch create sw1 >/dev/null; qvs port add sw1 p1 p2 >/dev/null; "
+                               "for port in p1 p2; do qvs-host attach --state $0 sw1 $port capture --peer $port.pcap; "
+                               "qvs port show sw1 $port; done", state],
+                              capture_output=True, text=True, timeout=60, check=True,
+                              env={**os.environ, "QVS_LAYOUT": LAYOUT})
+        host("stop", "--state", state)
+        return re.findall(r"mac: +(\S*:\S*)", done.stdout)
+
+    one, other = start("one"), start("other")
+    assert len(set(one + other)) == 4 and all(address.startswith("02:") for address in one + other), (one, other)
+    assert start("one") == one
 
 
 def cell(steps):
@@ -172,8 +240,10 @@ def cell(steps):
     shown = {True: [], False: []}
     for step in steps:
         found = re.match(r"(\w+(?:=\w+)?>[^:]*):(.*)", step)
-        if found and f"`{found[1]}`" not in shown[bool(found[2].strip())]:
-            shown[bool(found[2].strip())].append(f"`{found[1]}`")
+        if found:
+            receivers = found[2].strip()
+            text = f"`{found[1]} → {receivers}`" if receivers else f"`{found[1]}`"
+            shown[bool(receivers)] += [text] if text not in shown[bool(receivers)] else []
     return shown
 
 
@@ -198,8 +268,11 @@ def main():
     host("start", "--state", STATE, "--network")
     try:
         problems += [f"{row.policy}: {problem}" for row in ROWS for problem in check(row)]
+        malformed()
+        killed()
     finally:
         host("stop", "--state", STATE)
+    addresses()
     if problems:
         sys.exit("\n".join(problems))
     return None
