@@ -151,6 +151,22 @@ TEST(Policies, change) {
     EXPECT_EQ(network.run("events -a@1/10 \n 3: 3>a ->"), "");
 }
 
+// What a port shares with others needs the whole switch.
+TEST(Policies, changeOfMoreThanAPort) {
+    Network network;
+    const auto change = [&network](const std::string &port) {
+        auto policy = policyOf(jsonOf({"", "", {port}, ""}));
+        return network.engine().changePort(std::move(policy->ports[0]), 0);
+    };
+    network.configure(policyOf(jsonOf({"", "", {"1", "2teaming: {active: [8]}", "3ipfix: {}", "8"}, ""})));
+    for (const char *port : {"1teaming: {active: [8]}", "1ipfix: {}", "1groups: [{address: [239, 1, 1, 1]}]",
+                             "2", "3", "4", "8"})
+        EXPECT_FALSE(change(port)) << port;
+    EXPECT_EQ(network.run("1: 1>e -> 8"), "");
+    EXPECT_TRUE(change("1" + kVlan10));
+    EXPECT_EQ(network.run("1: 1>e -> 8[10]"), "");
+}
+
 std::string mirrorTo(const std::string &address) {
     const std::string type = "mirrors: [{slot: 101, type: EncapsulatedSource, sources_in: [1], ";
     return jsonOf({"", type + "destinations: [{address: [" + address + "]}]}],", {"1", "8"}, ""});

@@ -45,17 +45,22 @@ void Engine::configure(std::unique_ptr<policy::SwitchT> policy, Time now) {
     for (const Port &old : former)
         if (Port *port = find(old.number))
             port->keepsUplink = sameTeaming(*old.policy, *formerPolicy, *port->policy, *policy_);
+    const bool linkChanged = std::any_of(former.begin(), former.end(), [this](const Port &old) {
+        const Port *port = old.uplink ? find(old.number) : nullptr;
+        return port != nullptr && port->up != old.up;
+    });
     restoreAddresses(formerTable, former);
     compileMirrors();
     compileGroups(former);
-    chooseUplinks(false);
+    chooseUplinks(linkChanged);
 }
 
-// Uplinks, teams, groups, learnt addresses and sessions to an address connect a port with others.
+// Uplinks, teams, groups, flows, learnt addresses and sessions to an address connect a port with others.
 bool Engine::concernsOthers(const Port &port, const policy::PortT &policy) const {
     const policy::PortT &former = *port.policy;
     return port.uplink || policy.uplink || former.teaming || policy.teaming || !former.groups.empty() ||
-           !policy.groups.empty() || port.learnt != 0 || policy.slot != former.slot ||
+           !policy.groups.empty() || former.ipfix || policy.ipfix || port.learnt != 0 ||
+           policy.slot != former.slot ||
            std::any_of(policy_->mirrors.begin(), policy_->mirrors.end(),
                        [](const auto &session) { return session->type == policy::MirrorType::LogicalSpan; });
 }
