@@ -2,8 +2,6 @@
 // Text on its way in and out: names shown safely, numbers and bytes read strictly, lengths checked.
 #pragma once
 
-#include <fmt/format.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -12,6 +10,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "base/format.h"
 
 namespace qvs {
 

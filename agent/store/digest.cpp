@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "agent/store/digest.h"
 
-#include <fmt/format.h>
-
 #include <array>
 #include <bit>
 #include <cstdint>
 #include <iterator>
+
+#include "base/format.h"
 
 namespace qvs::fleet {
 namespace {

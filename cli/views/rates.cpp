@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "views/rates.h"
 
-#include <fmt/format.h>
-
 #include <iterator>
 #include <string_view>
 
+#include "base/format.h"
 #include "base/quantity.h"
 
 namespace qvs::cli {
