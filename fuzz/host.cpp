@@ -11,7 +11,6 @@
 #include <stdexcept>
 #include <string>
 
-#include <spdlog/spdlog.h>
 #include <asio/io_context.hpp>
 
 #include "daemon/front/connection.h"
@@ -69,7 +68,6 @@ struct Host {
 };
 
 Host &host() {
-    spdlog::set_level(spdlog::level::off);
     static Host instance;
     return instance;
 }

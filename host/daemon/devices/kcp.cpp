@@ -191,7 +191,7 @@ void addInterfaces(Members &members, Model &model, const RecordTable &table) {
     const std::string name = members.text("name");
     const bool many = members.has("count");
     const uint32_t count = countOf(members, roomIn(model, table));
-    if (name.size() + fmt::formatted_size("{}", count) > kMaxName) members.fail("name", "is too long");
+    if (name.size() + std::to_string(count).size() > kMaxName) members.fail("name", "is too long");
     const auto first = members.maybeMac("mac").value_or(std::array<uint8_t, 6>{2, 3, 0, 0, 0, 0});
     Record head(kNameAt);
     head.put(kVlanAt, vlanOf(members));

@@ -9,11 +9,11 @@
 #include <utility>
 
 #include <fmt/format.h>
-#include <spdlog/spdlog.h>
 #include <asio/buffer.hpp>
 #include <asio/write.hpp>
 
 #include "daemon/front/server.h"
+#include "daemon/model/log.h"
 #include "wire/descriptors.h"
 
 namespace qvs::kernel {
@@ -79,13 +79,13 @@ void Channel::receiveMore() {
 
 void Channel::end() {
     if (received_.size() != taken_)
-        spdlog::info("the client closed the connection in the middle of a message");
+        logLine(Level::Info, "the client closed the connection in the middle of a message");
     server_.weigh(shared_from_this(), 0);
     ended();
 }
 
 void Channel::drop(std::string_view reason) {
-    spdlog::info("connection closed: {}", reason);
+    logLine(Level::Info, "connection closed: {}", reason);
     received_.clear();
     taken_ = 0;
     // The socket is closed first, so that nothing else can be taken for an answer.

@@ -5,11 +5,12 @@
 #include <csignal>
 
 #include <fmt/format.h>
-#include <spdlog/spdlog.h>
 
 #include "daemon/front/control.h"
 #include "daemon/front/state_requests.h"
+#include "daemon/model/log.h"
 #include "daemon/model/text.h"
+#include "daemon/network/network.h"
 
 namespace qvs::kernel {
 
@@ -32,7 +33,7 @@ std::shared_ptr<Connection> Connection::self() {
 
 bool Connection::answerFailure(const std::exception &error, bool between) {
     const Kind kind = std::exchange(request_, Kind::Reply);
-    spdlog::error("a request of kind {} failed: {}", static_cast<uint32_t>(kind), error.what());
+    logLine(Level::Error, "a request of kind {} failed: {}", static_cast<uint32_t>(kind), error.what());
     copied_ = {};
     if (!between) return false;
     wire::Writer reply(Kind::Reply);
@@ -143,7 +144,7 @@ void Connection::begin(const Effect &effect) {
         try {
             applyLab(*lab, kernel().model, kernel().store);
         } catch (const std::exception &error) {
-            spdlog::warn("fault: cannot apply the lab: {}", error.what());
+            logLine(Level::Warning, "fault: cannot apply the lab: {}", error.what());
         }
     }
     kernel().store.dieAtCommit(effect.kill == Effect::Kill::Middle);

@@ -3,7 +3,6 @@
 #include <cerrno>
 
 #include <fmt/format.h>
-#include <spdlog/spdlog.h>
 
 #include "daemon/front/connection.h"
 #include "daemon/model/text.h"

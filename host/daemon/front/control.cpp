@@ -13,6 +13,7 @@
 #include "daemon/devices/network_counters.h"
 #include "daemon/front/lab.h"
 #include "daemon/model/text.h"
+#include "daemon/network/network.h"
 #include "wire/json.h"
 
 namespace qvs::kernel {

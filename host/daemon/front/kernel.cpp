@@ -2,14 +2,13 @@
 // What the parts of the emulated kernel say of a change that could not be stored.
 #include "daemon/front/kernel.h"
 
-#include <spdlog/spdlog.h>
+#include "daemon/model/log.h"
 
 namespace qvs::kernel {
 
 void logStoreFailure(const Store &store, const StoreError &error) {
     const bool wanted = store.limited() && error.full();
-    spdlog::log(wanted ? spdlog::level::info : spdlog::level::warn, "a change was not stored: {}",
-                error.what());
+    logLine(wanted ? Level::Info : Level::Warning, "a change was not stored: {}", error.what());
 }
 
 }  // namespace qvs::kernel

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // qvs-hostd: the emulated kernel. It serves one state directory.
 #include <fcntl.h>
+#include <getopt.h>
 #include <malloc.h>
 #include <sys/file.h>
 #include <sys/resource.h>
@@ -10,20 +11,19 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 
 #include <fmt/format.h>
-#include <spdlog/details/null_mutex.h>
-#include <spdlog/sinks/base_sink.h>
-#include <spdlog/spdlog.h>
-#include <CLI/CLI.hpp>
 
 #include "daemon/devices/attachments.h"
 #include "daemon/front/server.h"
+#include "daemon/model/log.h"
 #include "daemon/model/state_directory.h"
+#include "daemon/network/network.h"
 #include "wire/escape.h"
 #include "wire/host_files.h"
 #include "wire/json.h"
@@ -48,6 +48,59 @@ struct Options {
     bool network = false;
     std::string switchd;
 };
+
+// The options are those of the launcher, which starts the daemon.
+bool readOptions(int count, char **words, Options *options) {
+    enum { State, Lab, Trace, MaxState, Ready, WhileLeased, Private, WithNetwork, Switchd };
+    static constexpr option kOptions[] = {
+        {"state", required_argument, nullptr, State},
+        {"lab", required_argument, nullptr, Lab},
+        {"trace", required_argument, nullptr, Trace},
+        {"max-state-mib", required_argument, nullptr, MaxState},
+        {"ready-fd", required_argument, nullptr, Ready},
+        {"while-leased", no_argument, nullptr, WhileLeased},
+        {"private", no_argument, nullptr, Private},
+        {"network", no_argument, nullptr, WithNetwork},
+        {"switchd", required_argument, nullptr, Switchd},
+        {},
+    };
+    for (int found = 0; (found = getopt_long(count, words, "", kOptions, nullptr)) != -1;) {
+        switch (found) {
+            case State:
+                options->directory = optarg;
+                break;
+            case Lab:
+                options->lab = optarg;
+                break;
+            case Trace:
+                options->trace = optarg;
+                break;
+            case MaxState:
+                options->maxStateMib = static_cast<uint32_t>(std::strtoul(optarg, nullptr, 10));
+                break;
+            case Ready:
+                options->readyDescriptor = static_cast<int>(std::strtol(optarg, nullptr, 10));
+                break;
+            case WhileLeased:
+                options->whileLeased = true;
+                break;
+            case Private:
+                options->isPrivate = true;
+                break;
+            case WithNetwork:
+                options->network = true;
+                break;
+            case Switchd:
+                options->switchd = optarg;
+                break;
+            default:
+                return false;
+        }
+    }
+    if (optind == count && !options->directory.empty()) return true;
+    std::fputs("qvs-hostd: this program is started by qvs-host, with --state DIR\n", stderr);
+    return false;
+}
 
 // Reports why the daemon does not start, with its exit code.
 class StartError : public std::runtime_error {
@@ -124,24 +177,6 @@ std::unique_ptr<Kernel> makeKernel(const Options &options) {
     return kernel;
 }
 
-// Writes the log. Control characters are escaped, so that each message is one line.
-class LogFile : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
-  public:
-    explicit LogFile(int file) : file_(file) {}
-
-  protected:
-    void sink_it_(const spdlog::details::log_msg &message) override {
-        const auto level = spdlog::level::to_string_view(message.level);
-        const std::string line = fmt::format("{} {}\n", std::string_view(level.data(), level.size()),
-                                             wire::escaped({message.payload.data(), message.payload.size()}));
-        [[maybe_unused]] const ssize_t written = write(file_, line.data(), line.size());
-    }
-    void flush_() override {}
-
-  private:
-    int file_;
-};
-
 // Opens the log. It is also the standard output and standard error of a daemon that a launcher started.
 void openLog(const std::string &path, bool isStarted) {
     const int file = openOwnFile(path, O_WRONLY | O_APPEND);
@@ -149,9 +184,7 @@ void openLog(const std::string &path, bool isStarted) {
         dup2(file, STDOUT_FILENO);
         dup2(file, STDERR_FILENO);
     }
-    auto logger = std::make_shared<spdlog::logger>("hostd", std::make_shared<LogFile>(file));
-    logger->flush_on(spdlog::level::info);
-    spdlog::set_default_logger(std::move(logger));
+    logTo(file);
 }
 
 // Raises the limit of descriptors, because each client needs one.
@@ -193,7 +226,7 @@ void serve(asio::io_context &io) {
             io.run();
             return;
         } catch (const std::exception &error) {
-            spdlog::error("the host failed: {}", error.what());
+            logLine(Level::Error, "the host failed: {}", error.what());
         }
     }
 }
@@ -233,12 +266,12 @@ void run(const Options &options) {
     signals.async_wait([&](const asio::error_code &error, int) {
         if (!error) server.stop();
     });
-    spdlog::info("serving {} as process {}: {} switches, {} ports", options.directory, getpid(),
-                 kernel.model.inventory.switches().size(), kernel.model.inventory.portCount());
+    logLine(Level::Info, "serving {} as process {}: {} switches, {} ports", options.directory, getpid(),
+            kernel.model.inventory.switches().size(), kernel.model.inventory.portCount());
     startNetwork(io, server.network());
     if (report(options.readyDescriptor, "R")) serve(io);
 
-    spdlog::info("ending");
+    logLine(Level::Info, "ending");
     server.network().stop();
     unlink(socketPath.c_str());
     kernel.store.close();
@@ -255,17 +288,7 @@ void run(const Options &options) {
 int main(int argc, char **argv) {
     using namespace qvs::kernel;
     Options options;
-    CLI::App app("The emulated kernel of qvs-host; started by it.", "qvs-hostd");
-    app.add_option("--state", options.directory, "The directory that holds the state")->required();
-    app.add_option("--lab", options.lab, "A lab to apply at the start");
-    app.add_option("--trace", options.trace, "A file to append the trace to");
-    app.add_option("--max-state-mib", options.maxStateMib, "Cap on the size of the database");
-    app.add_option("--ready-fd", options.readyDescriptor, "Where to say that the daemon serves");
-    app.add_flag("--while-leased", options.whileLeased, "End with the last lease");
-    app.add_flag("--private", options.isPrivate, "Remove the directory at the end");
-    app.add_flag("--network", options.network, "Enable the network");
-    app.add_option("--switchd", options.switchd, "The program of the data path");
-    CLI11_PARSE(app, argc, argv);
+    if (!readOptions(argc, argv, &options)) return kFailed;
 
     signal(SIGPIPE, SIG_IGN);
     // Other users must not be able to write the files of the host.

@@ -9,11 +9,12 @@
 #include <algorithm>
 
 #include <fmt/format.h>
-#include <spdlog/spdlog.h>
 #include <asio/posix/stream_descriptor.hpp>
 #include <asio/post.hpp>
 
 #include "daemon/front/connection.h"
+#include "daemon/model/log.h"
+#include "daemon/network/network.h"
 
 namespace qvs::kernel {
 
@@ -34,7 +35,8 @@ Server::Server(asio::io_context &io, Kernel &kernel, int listener, Options optio
       options_(std::move(options)),
       acceptor_(io, Protocol(), listener),
       timer_(io),
-      network_(io, kernel.model, {options_.directory, options_.switchd}) {
+      network_(std::make_unique<Network>(io, kernel.model,
+                                         Network::Options{options_.directory, options_.switchd})) {
     if (options_.whileLeased) {
         // The daemon must not stay if the launcher ended before it took its lease.
         timer_.expires_after(kFirstLeaseWithin);
@@ -47,6 +49,8 @@ Server::Server(asio::io_context &io, Kernel &kernel, int listener, Options optio
     accept();
 }
 
+Server::~Server() = default;
+
 std::chrono::seconds Server::uptime() const {
     return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - started_);
 }
@@ -57,7 +61,7 @@ void Server::accept() {
             if (mayConnect(socket)) std::make_shared<Connection>(std::move(socket), *this)->start();
             accept();
         } else if (acceptor_.is_open()) {
-            spdlog::warn("cannot accept a connection: {}", error.message());
+            logLine(Level::Warning, "cannot accept a connection: {}", error.message());
             timer_.expires_after(kAcceptAgainAfter);
             timer_.async_wait([this](const asio::error_code &) { accept(); });
         }
@@ -70,8 +74,8 @@ bool Server::mayConnect(Protocol::socket &socket) const {
     socklen_t size = sizeof peer;
     const bool known = getsockopt(socket.native_handle(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
     if (known && (peer.uid == 0 || peer.uid == geteuid())) return true;
-    spdlog::info("connection closed: the client belongs to user {}, the host to user {}", peer.uid,
-                 geteuid());
+    logLine(Level::Info, "connection closed: the client belongs to user {}, the host to user {}", peer.uid,
+            geteuid());
     return false;
 }
 

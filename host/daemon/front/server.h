@@ -15,11 +15,11 @@
 #include <asio/steady_timer.hpp>
 
 #include "daemon/front/kernel.h"
-#include "daemon/network/network.h"
 
 namespace qvs::kernel {
 
 class Channel;
+class Network;
 
 class Server {
   public:
@@ -33,9 +33,10 @@ class Server {
 
     // Serves clients of a listening socket.
     Server(asio::io_context &io, Kernel &kernel, int listener, Options options);
+    ~Server();
 
     Kernel &kernel() { return kernel_; }
-    Network &network() { return network_; }
+    Network &network() { return *network_; }
     asio::io_context &io() { return io_; }
     const Options &options() const { return options_; }
     size_t leases() const { return leases_; }
@@ -76,7 +77,7 @@ class Server {
     size_t held_ = 0;
     uint64_t moments_ = 0;
     std::vector<std::shared_ptr<Channel>> lasting_;
-    Network network_;
+    std::unique_ptr<Network> network_;
 };
 
 }  // namespace qvs::kernel

@@ -10,7 +10,8 @@
 #include <utility>
 
 #include <fmt/format.h>
-#include <spdlog/spdlog.h>
+
+#include "daemon/model/log.h"
 
 namespace qvs::kernel {
 
@@ -110,7 +111,8 @@ void Trace::flush(const std::string &path) {
             if (!full) continue;
             return waitFor(path, file);
         }
-        if (!file.failing) spdlog::warn("cannot write to the trace {}: {}", path, std::strerror(errno));
+        if (!file.failing)
+            logLine(Level::Warning, "cannot write to the trace {}: {}", path, std::strerror(errno));
         file.failing = true;
         return file.queue.drop();
     }

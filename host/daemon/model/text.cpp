@@ -80,7 +80,7 @@ std::string hexRuns(std::string_view bytes) {
         if (shown[at] == 0) continue;
         if (at == 0 || shown[at - 1] == 0) {
             if (!result.empty()) result += ' ';
-            fmt::format_to(std::back_inserter(result), "{}:", at);
+            (result += std::to_string(at)) += ':';
         }
         appendHex(shown[at], &result);
     }

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include <fmt/format.h>
-#include <spdlog/spdlog.h>
 
 #include "daemon/devices/attachments.h"
 #include "datapath/protocol.h"

@@ -17,7 +17,8 @@
 #include <utility>
 
 #include <fmt/format.h>
-#include <spdlog/spdlog.h>
+
+#include "daemon/model/log.h"
 
 namespace qvs::kernel {
 
@@ -97,7 +98,7 @@ bool Process::spawn() {
     if (child < 0) {
         for (const int file : {sockets[0], log[0]})
             if (file >= 0) close(file);
-        spdlog::error("cannot start the data path: {}", std::strerror(error));
+        logLine(Level::Error, "cannot start the data path: {}", std::strerror(error));
         return false;
     }
     pid_ = child;
@@ -110,7 +111,7 @@ bool Process::spawn() {
                                                 },
                                                 [this](const std::string &reason) { end(reason); }});
     pipe_->start();
-    spdlog::info("the data path is process {}", pid_);
+    logLine(Level::Info, "the data path is process {}", pid_);
     return true;
 }
 
@@ -144,10 +145,11 @@ void Process::logLines(bool all) {
         const std::string line = logged_.substr(0, end);
         logged_.erase(0, end == std::string::npos ? end : end + 1);
         if (line.starts_with(kInfo)) {
-            spdlog::info("{}", line.substr(kInfo.size()));
+            logLine(Level::Info, "{}", line.substr(kInfo.size()));
         } else {
             const bool known = line.starts_with(kWarning);
-            spdlog::warn("{}{}", known ? "" : "data path: ", line.substr(known ? kWarning.size() : 0));
+            logLine(Level::Warning, "{}{}",
+                    known ? "" : "data path: ", line.substr(known ? kWarning.size() : 0));
         }
     }
 }
@@ -182,7 +184,8 @@ void Process::end(std::string_view reason) {
     const int status = reap(kExitsWithin);
     drainLog();
     log_.close();
-    spdlog::warn("the data path (process {}) {}: {}; it is started again", pid, endOf(status), reason);
+    logLine(Level::Warning, "the data path (process {}) {}: {}; it is started again", pid, endOf(status),
+            reason);
     events_.ended();
     startAgain();
 }
@@ -208,7 +211,7 @@ void Process::stop() {
     reap(kEndsWithin);
     drainLog();
     log_.close();
-    spdlog::info("the data path ended");
+    logLine(Level::Info, "the data path ended");
 }
 
 }  // namespace qvs::kernel
