@@ -109,16 +109,22 @@ std::vector<Line> readLines(std::istream &in, bool json) {
 // reads such a path.
 class Touched {
   public:
-    bool overlaps(const Call &call) const {
-        if (overlaps(all_, pathsOf(call))) return true;
+    using Paths = std::vector<std::string>;
+
+    static Paths pathsOf(const Call &call) {
+        const Touches touches = call.command->run.touches;
+        return touches == nullptr ? Paths{touchedPath({})} : touches(call.arguments);
+    }
+    // The paths are those of the call.
+    bool overlaps(const Call &call, const Paths &paths) const {
+        if (overlaps(all_, paths)) return true;
         return call.command->run.looksAtSwitch &&
                overlaps(wide_, {touchedPath({call.arguments.text("SWITCH")})});
     }
-    void add(const Call &call) {
+    void add(const Call &call, Paths paths) {
         if (call.command->run.access != Access::Writes) return;
-        std::set<std::string> paths = pathsOf(call);
         std::ranges::copy_if(paths, std::inserter(wide_, wide_.end()), std::not_fn(isOfPort));
-        all_.merge(paths);
+        std::ranges::move(paths, std::inserter(all_, all_.end()));
     }
     void forget() {
         all_.clear();
@@ -126,21 +132,16 @@ class Touched {
     }
 
   private:
-    using Paths = std::set<std::string>;
+    // A path finds those below it without a copy of its beginning.
+    using PathSet = std::set<std::string, std::less<>>;
 
-    static Paths pathsOf(const Call &call) {
-        const Touches touches = call.command->run.touches;
-        if (touches == nullptr) return {touchedPath({})};
-        std::vector<std::string> paths = touches(call.arguments);
-        return {paths.begin(), paths.end()};
-    }
     // Whether the path names a property of one port, which nothing else in the switch refers to: a switch,
     // the word, a port and a key.
     static bool isOfPort(const std::string &path) {
         return std::ranges::count(path, '\0') > 3 && path.compare(path.find('\0'), kPort.size(), kPort) == 0;
     }
-    static bool overlaps(const Paths &touched, const Paths &looks) {
-        for (const std::string &path : looks) {
+    static bool overlaps(const PathSet &touched, const Paths &looks) {
+        for (const std::string_view path : looks) {
             auto below = touched.lower_bound(path);
             if (below != touched.end() && below->starts_with(path)) return true;
             for (size_t i = 0; i < path.size(); i++) {
@@ -152,8 +153,8 @@ class Touched {
 
     static constexpr std::string_view kPort{"\0port", 6};
 
-    Paths all_;
-    Paths wide_;  // without the properties of single ports
+    PathSet all_;
+    PathSet wide_;  // without the properties of single ports
 };
 
 // Runs the lines. The failure of a line goes to `failed`, which throws it, or returns to continue with the
@@ -163,12 +164,13 @@ void runLines(std::span<const Line> lines, Touched &touched,
     const uint32_t wait = patience();
     for (const Line &line : lines) {
         try {
-            if (line.call.command->run.access != Access::Local && touched.overlaps(line.call)) {
+            Touched::Paths paths = Touched::pathsOf(line.call);
+            if (line.call.command->run.access != Access::Local && touched.overlaps(line.call, paths)) {
                 requireState(loadSnapshot());
                 touched.forget();
             }
             // A change that fails may have been carried out in part.
-            touched.add(line.call);
+            touched.add(line.call, std::move(paths));
             setPatience(wait);
             execute(line.call);
         } catch (Failure &failure) {

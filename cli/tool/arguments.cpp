@@ -143,14 +143,16 @@ struct Parser {
     CLI::App app;
     std::deque<Slot> slots;
     const Shape shape;
+    const std::vector<Option> options;
     const Argument *verbatim;
 
-    explicit Parser(const Command &of) : command(of), shape(shapeOf(of)), verbatim(verbatimOf(shape)) {
+    explicit Parser(const Command &of)
+        : command(of), shape(shapeOf(of)), options(optionsOf(of)), verbatim(verbatimOf(shape)) {
         app.set_help_flag("-h,--help");
         for (const Argument &argument : shape.arguments) {
             if (&argument != verbatim) addArgument(app, slots, argument);
         }
-        for (const Option &option : optionsOf(command))
+        for (const Option &option : options)
             addOption(app, slots, option);
         for (const Option *option : commonOptions()) {
             if (option != &kHelp) addOption(app, slots, *option);
@@ -266,8 +268,8 @@ void requireChosen(const std::vector<Option> &options, const Arguments &argument
 }
 
 // Refuses a call that lacks an option that it needs, or has options that exclude each other.
-void requireConsistent(const Command &command, const Arguments &arguments) {
-    const std::vector<Option> options = optionsOf(command);
+void requireConsistent(const Command &command, const std::vector<Option> &options,
+                       const Arguments &arguments) {
     requireChosen(options, arguments);
     for (const Option &option : options) {
         const bool given = arguments.given(option.name);
@@ -383,7 +385,7 @@ Arguments parseArguments(const Command &command, std::span<const std::string> wo
             failUsage(command, fmt::format("{} is needed behind --", verbatim->name));
         arguments.add(verbatim->name, {words.begin() + static_cast<long>(own.size()) + 1, words.end()});
     }
-    requireConsistent(command, arguments);
+    requireConsistent(command, parser->options, arguments);
     requireAgreement(command, arguments);
     return arguments;
 }

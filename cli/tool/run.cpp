@@ -16,17 +16,32 @@
 namespace qvs::cli {
 namespace {
 
+// The number of words of a command with which other words begin. `whole` tells whether these are all its
+// words. A batch compares each line with most commands, so nothing is copied.
+size_t sharedWords(std::string_view own, std::span<const std::string> words, bool &whole) {
+    size_t shared = 0;
+    whole = false;
+    for (const std::string &word : words) {
+        if (!own.starts_with(word)) break;
+        own.remove_prefix(word.size());
+        if (!own.empty() && own.front() != ' ') break;
+        shared++;
+        whole = own.empty();
+        if (whole) break;
+        own.remove_prefix(1);
+    }
+    return shared;
+}
+
 // The command that the words begin with, and its number of words; null when more words are needed.
 const Command *findCommand(std::span<const std::string> words, size_t &taken) {
     if (words.empty()) return nullptr;
     size_t known = 0;  // the number of words that some command begins with
     for (const Noun &noun : program().nouns) {
         for (const Command &command : noun.commands) {
-            if (!std::string_view(command.words).starts_with(words.front())) continue;
-            std::vector<std::string_view> own = wordsOf(command);
-            auto differs = std::mismatch(own.begin(), own.end(), words.begin(), words.end()).first;
-            taken = static_cast<size_t>(differs - own.begin());
-            if (taken == own.size()) return &command;
+            bool whole = false;
+            taken = sharedWords(command.words, words, whole);
+            if (whole) return &command;
             known = std::max(known, taken);
         }
     }
@@ -51,13 +66,14 @@ std::vector<std::string> takeLeading(std::vector<std::string> &words) {
     while (plain < words.size() && plain < kMostWords) {
         const auto word = words.begin() + static_cast<long>(plain);
         if (*word == "-h") *word = "--help";
-        if (const std::optional<Option> option = commonOption(*word)) {
+        const bool looksLikeOption = word->starts_with("-");
+        if (const std::optional<Option> option = looksLikeOption ? commonOption(*word) : std::nullopt) {
             const bool valued =
                 option->value != nullptr && word->find('=') == std::string::npos && plain + 1 < words.size();
             const auto end = word + (valued ? 2 : 1);
             leading.insert(leading.end(), word, end);
             words.erase(word, end);
-        } else if (word->starts_with("-")) {
+        } else if (looksLikeOption) {
             if (plain == 0)
                 fail(Exit::Usage, "no such option: {}{}", inQuotes(*word),
                      didYouMean(optionsMeant(nullptr, *word)));
