@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <qvs/mesh_public.h>
+#include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -23,6 +24,9 @@
 #include "host/device.h"
 #include "support/bytes.h"
 #include "support/host.h"
+#include "wire/client.h"
+#include "wire/message.h"
+#include "wire/protocol.h"
 #include "wire/stream.h"
 
 namespace qvs::test {
@@ -203,6 +207,41 @@ TEST_F(Unreachable, SaysWhy) {
         EXPECT_EQ(ended, 0) << one.what;
         chmod("state", 0700);
     }
+}
+
+TEST_F(Unreachable, AnswersOthersBeforeItHasWrittenALargeState) {
+    setenv("QVS_HOST_TIMEOUT", "20", 1);
+    const std::string large(20 << 20, 'x');
+    ASSERT_STATUS(DVSHYP_SwitchAdd("73 77", "vswitch", 128, 105), 0);
+    ASSERT_STATUS(DVSHYP_GlobalPropSet("73 77", "k", large.data(), 20 << 20, 8), 0);
+    wire::Client loads;
+    wire::Client asks;
+    ASSERT_TRUE(loads.connectToHost() && asks.connectToHost());
+    wire::Writer state(wire::Kind::StateGet);
+    wire::Writer ping(wire::Kind::Ping);
+    // Both requests have arrived when the daemon goes on.
+    stop();
+    ASSERT_TRUE(loads.send(state.u8(1)) && asks.send(ping));
+    // Tells of the connections in the order in which they were answered.
+    const int answers = epoll_create1(EPOLL_CLOEXEC);
+    for (const wire::Client *client : {&loads, &asks}) {
+        epoll_event readable = {EPOLLIN, {.fd = client->socket()}};
+        ASSERT_EQ(epoll_ctl(answers, EPOLL_CTL_ADD, client->socket(), &readable), 0);
+    }
+    kill(daemon_, SIGCONT);
+    epoll_event first = {};
+    ASSERT_EQ(epoll_wait(answers, &first, 1, 20000), 1);
+    EXPECT_EQ(first.data.fd, asks.socket());
+    close(answers);
+    std::string payload;
+    ASSERT_TRUE(loads.receive(wire::Kind::Reply, &payload));
+    EXPECT_EQ(payload.substr(0, 4), std::string(4, '\0'));
+    const int file = loads.takeFile();
+    struct stat status;
+    ASSERT_EQ(fstat(file, &status), 0);
+    EXPECT_EQ(static_cast<size_t>(status.st_size), wire::Reader(payload.substr(4)).u32());
+    EXPECT_EQ(fcntl(file, F_GET_SEALS), F_SEAL_SEAL | F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE);
+    close(file);
 }
 
 TEST_F(Unreachable, IsWaitedForAsLongAsTheEnvironmentSays) {

@@ -7,7 +7,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include <asio/local/stream_protocol.hpp>
 
@@ -74,10 +73,12 @@ class Channel : public std::enable_shared_from_this<Channel>, private wire::Nonc
   private:
     void receiveMore();
     void answer(const std::exception &error);
+    size_t sendSome(std::string_view bytes);
     void sendParts(std::string message, Blob tail, std::function<void()> then);
     void end();
 
-    std::vector<char> chunk_;
+    // Not initialised: setting it to zeros would be a large part of a short connection.
+    std::unique_ptr<char[]> chunk_;
     std::string received_;
     size_t taken_ = 0;
     std::string sending_;

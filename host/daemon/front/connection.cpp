@@ -5,6 +5,7 @@
 #include <csignal>
 
 #include <fmt/format.h>
+#include <asio/post.hpp>
 
 #include "daemon/front/control.h"
 #include "daemon/front/state_requests.h"
@@ -94,7 +95,8 @@ void Connection::ended() {
     // `copied_` holds a reference to the connection.
     copied_ = {};
     if (device_ != nullptr) {
-        kernel().trace.write(fmt::format("device close {}", quote(device_->path)));
+        if (kernel().trace.active())
+            kernel().trace.write(fmt::format("device close {}", quote(device_->path)));
         device_ = nullptr;
     }
     if (follower_) kernel().trace.unfollow(*std::exchange(follower_, {}));
@@ -166,10 +168,17 @@ void Connection::serveState(Kind kind, std::string payload) {
         changeValue(effect, &answer);
         if (kernel.trace.active()) kernel.trace.write(line + describe(answer));
         self->settle([self, answer = std::move(answer), request] {
-            self->replyState(answer, request->asFile);
-            self->kernel().snapshot.dropOutdated();
+            if (!request->asFile || answer.blob.file == nullptr)
+                return self->replyState(answer, request->asFile);
+            self->prepareFile(answer);
         });
     });
+}
+
+// Other clients are served between the pieces of a file.
+void Connection::prepareFile(const StateAnswer &answer) {
+    if (answer.blob.file->writeSome(answer.blob.bytes)) return replyState(answer, true);
+    asio::post(server_.io(), [self = self(), answer] { self->guarded([&] { self->prepareFile(answer); }); });
 }
 
 // All requests pass here: of the state library, of devices, of the shell and of the control interface.
@@ -184,12 +193,18 @@ void Connection::replyState(const StateAnswer &answer, bool asFile) {
     message.u32(static_cast<uint32_t>(answer.status));
     if (answer.blob.owner == nullptr) {
         if (answer.hasValue) message.text(answer.value);
-        return send(std::move(message));
+        send(std::move(message));
+        return kernel().snapshot.dropOutdated();
     }
     message.u32(static_cast<uint32_t>(answer.blob.bytes.size()));
     // If the client has no room for the short message, it gets the blob itself.
-    if (asFile && answer.blob.file >= 0 && sendAtOnce(message, answer.blob.file)) return next();
-    sendWith(std::move(message), answer.blob);
+    const int file = asFile && answer.blob.file != nullptr ? answer.blob.file->descriptor() : -1;
+    if (file >= 0 && sendAtOnce(message, file)) {
+        next();
+    } else {
+        sendWith(std::move(message), answer.blob);
+    }
+    kernel().snapshot.dropOutdated();
 }
 
 void Connection::serveShell(const std::string &payload) {

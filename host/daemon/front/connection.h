@@ -47,6 +47,7 @@ class Connection : public Channel {
     void settle(std::function<void()> reply);
 
     void serveState(Kind kind, std::string payload);
+    void prepareFile(const StateAnswer &answer);
     void replyState(const StateAnswer &answer, bool asFile);
     void serveShell(const std::string &payload);
     ShellResult runGuarded(const std::vector<std::string> &words);

@@ -36,7 +36,8 @@ struct Connection::Ioctl {
     bool looked = false;
     std::string early;
     Frame frame;
-    std::string line;  // of the trace; extended while the request is read
+    bool watched = false;  // when the request arrived
+    std::string line;      // of the trace; extended while a watched request is read
     std::string input;
     // The part of the output that is not sent is `output` from `sent`, followed by `more`.
     std::string output;
@@ -49,12 +50,12 @@ void Connection::serveOpen(const std::string &payload) {
     wire::Reader reader(payload);
     const std::string path(reader.text());
     if (!reader.complete() || device_ != nullptr) return drop("a malformed open request");
-    const std::string line = fmt::format("device open {}", quote(path));
+    const std::string line = watched() ? fmt::format("device open {}", quote(path)) : std::string();
     underFaults(line, [this, self = self(), path, line](const Effect &effect) {
         const Device *device = findDevice(path);
         const int error = effect.fails() ? effect.errorOr() : device == nullptr ? ENOENT : 0;
         carriedOut(effect);
-        kernel().trace.write(fmt::format("{} -> {}", line, errnoName(error)));
+        if (kernel().trace.active()) kernel().trace.write(fmt::format("{} -> {}", line, errnoName(error)));
         if (error == 0) device_ = device;
         send(wire::Writer(Kind::Reply).u32(static_cast<uint32_t>(error)));
     });
@@ -70,14 +71,18 @@ void Connection::serveIoctl(const std::string &payload) {
     if (ioctl->looked) ioctl->early = reader.text();
     if (!reader.complete() || device_ == nullptr) return drop("a malformed device request");
     ioctl->command = device_->find(ioctl->number);
-    ioctl->line = fmt::format("device ioctl {} {:#x} {}", quote(device_->path), ioctl->number,
-                              ioctl->command == nullptr ? "?" : ioctl->command->name);
+    ioctl->watched = watched();
+    if (ioctl->watched) {
+        ioctl->line = fmt::format("device ioctl {} {:#x} {}", quote(device_->path), ioctl->number,
+                                  ioctl->command == nullptr ? "?" : ioctl->command->name);
+    }
     if (ioctl->command == nullptr) return perform(ioctl);
     const auto size = static_cast<uint32_t>(device_->frame.size);
     copyIn(argument, size, frame, [this, self = self(), ioctl](int error, std::string_view bytes) {
         if (error != 0) return finishIoctl(*ioctl, error);
         ioctl->frame = readFrame(device_->frame, bytes);
-        ioctl->line += fmt::format(" in={} out={}", ioctl->frame.inLength, ioctl->frame.outLength);
+        if (ioctl->watched)
+            ioctl->line += fmt::format(" in={} out={}", ioctl->frame.inLength, ioctl->frame.outLength);
         fetchInput(ioctl);
     });
 }
@@ -89,7 +94,7 @@ void Connection::fetchInput(const std::shared_ptr<Ioctl> &ioctl) {
         if (error != 0) return finishIoctl(*ioctl, error);
         ioctl->input = bytes;
         dialogue_ = bytes.size();
-        if (watched()) ioctl->line += fmt::format(" input=[{}]", hexRuns(bytes));
+        if (ioctl->watched) ioctl->line += fmt::format(" input=[{}]", hexRuns(bytes));
         perform(ioctl);
     };
     copyIn(frame.inAddress, frame.inLength, ioctl->early, then);
@@ -159,7 +164,7 @@ void Connection::deliver(const std::shared_ptr<Ioctl> &ioctl) {
 }
 
 void Connection::finishIoctl(const Ioctl &ioctl, int error) {
-    kernel().trace.write(fmt::format("{} -> {}", ioctl.line, errnoName(error)));
+    if (ioctl.watched) kernel().trace.write(fmt::format("{} -> {}", ioctl.line, errnoName(error)));
     dialogue_ = 0;
     send(wire::Writer(Kind::Reply).i32(error == 0 ? 0 : -1).u32(static_cast<uint32_t>(error)));
 }

@@ -180,36 +180,38 @@ class Snapshot::Builder {
     std::vector<uint32_t> numbers_;  // of the ports in the blob
 };
 
-namespace {
-
-// Returns a sealed file in memory with these bytes, or -1 on failure.
-int sealedFile(std::string_view bytes) {
-    const int file = memfd_create("qvs-state", MFD_CLOEXEC | MFD_ALLOW_SEALING);
-    if (file < 0) return -1;
-    const int seals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE | F_SEAL_SEAL;
-    if (wire::writeAll(file, bytes.data(), bytes.size()) && fcntl(file, F_ADD_SEALS, seals) == 0) return file;
-    close(file);
-    return -1;
+bool BlobFile::writeSome(std::string_view bytes) {
+    constexpr size_t kPiece = 1 << 20;
+    if (state_ == State::Empty) {
+        file_ = memfd_create("qvs-state", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+        state_ = file_ < 0 ? State::Failed : State::Open;
+    }
+    if (state_ != State::Open) return true;
+    const std::string_view piece = bytes.substr(written_, kPiece);
+    if (!wire::writeAll(file_, piece.data(), piece.size())) {
+        fail();
+        return true;
+    }
+    written_ += piece.size();
+    if (written_ != bytes.size()) return false;
+    seal();
+    return true;
 }
 
-struct Stored : private wire::Noncopyable {
-    explicit Stored(flatbuffers::DetachedBuffer &&built) : buffer(std::move(built)) {
-        if (buffer.size() >= kLeastFile) file = sealedFile(bytes());
-    }
-    ~Stored() {
-        if (file >= 0) close(file);
-    }
+void BlobFile::seal() {
+    const int seals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE | F_SEAL_SEAL;
+    if (fcntl(file_, F_ADD_SEALS, seals) != 0) return fail();
+    state_ = State::Sealed;
+}
 
-    std::string_view bytes() const { return {reinterpret_cast<const char *>(buffer.data()), buffer.size()}; }
+void BlobFile::fail() {
+    close();
+    state_ = State::Failed;
+}
 
-    // Smaller blobs fit into the buffer of a socket, which is faster than a file.
-    static constexpr size_t kLeastFile = 64 << 10;
-
-    flatbuffers::DetachedBuffer buffer;
-    int file = -1;
-};
-
-}  // namespace
+void BlobFile::close() {
+    if (file_ >= 0) ::close(std::exchange(file_, -1));
+}
 
 Snapshot::Snapshot(Model &model) : model_(model) {}
 
@@ -220,8 +222,11 @@ const Blob &Snapshot::get() {
     outdated_ = std::exchange(blob_, {});
     generation_ = model_.changes.generation();
     if (!update()) return blob_;
-    const auto stored = std::make_shared<const Stored>(builder_->finish());
-    blob_ = {stored, stored->bytes(), stored->file};
+    // Smaller blobs fit into the buffer of a socket, which is faster than a file.
+    constexpr size_t kLeastFile = 64 << 10;
+    const auto stored = std::make_shared<const flatbuffers::DetachedBuffer>(builder_->finish());
+    const std::string_view bytes(reinterpret_cast<const char *>(stored->data()), stored->size());
+    blob_ = {stored, bytes, bytes.size() < kLeastFile ? nullptr : std::make_shared<BlobFile>()};
     return blob_;
 }
 

@@ -7,15 +7,38 @@
 #include <string_view>
 
 #include "daemon/model/model.h"
+#include "wire/noncopyable.h"
 
 namespace qvs::kernel {
 
-// Bytes with a shared owner, so that they exist as long as a client receives them. A large blob is also a
-// sealed file in memory, which clients can read directly.
+// A sealed file in memory with the bytes of a blob, which clients read directly. It is written in pieces,
+// because other clients would wait for milliseconds while the system allocates its pages.
+class BlobFile : private wire::Noncopyable {
+  public:
+    ~BlobFile() { close(); }
+
+    // Writes the next piece. Returns true when nothing is left to write.
+    bool writeSome(std::string_view bytes);
+    // Returns the descriptor. -1: the file is not complete, or there is none.
+    int descriptor() const { return state_ == State::Sealed ? file_ : -1; }
+
+  private:
+    enum class State { Empty, Open, Sealed, Failed };
+
+    void seal();
+    void fail();
+    void close();
+
+    State state_ = State::Empty;
+    int file_ = -1;
+    size_t written_ = 0;
+};
+
+// Bytes with a shared owner, so that they exist as long as a client receives them.
 struct Blob {
     std::shared_ptr<const void> owner;
     std::string_view bytes;
-    int file = -1;  // owned by `owner`; -1: none
+    std::shared_ptr<BlobFile> file = {};  // of a large blob
 };
 
 class Snapshot {
