@@ -88,3 +88,11 @@ A batch that is atomic has the same way back; one that keeps going reports what 
   ? 2
   $ printf '%s\n' 'port add sw1 y' 'port add sw1 y' 'port add sw1 z' | qvs batch --keep-going -  => [1] sw1/y: changed | qvs: line 2: switch 'sw1': port 'y': Already exists (0xbad0005) | sw1/z: changed
   $ printf '%s\n' 'port remove sw1 y' 'port remove sw1 z' | qvs batch --atomic -  => sw1/y: changed | sw1/z: changed
+
+With --prune, a new port has the VLAN policy of the document, or none.
+
+  $ printf 'switches: {sw1: {ports: {bare: {}, tagged: {vlan: {id: 3}}}}}' | qvs apply - --yes --prune >/dev/null; for port in bare tagged; do qvs port vlan get sw1 $port | grep -E '^(id|stored)'; done
+  id:        -
+  stored:    no
+  id:        3
+  stored:    yes
