@@ -96,3 +96,8 @@ With --prune, a new port has the VLAN policy of the document, or none.
   stored:    no
   id:        3
   stored:    yes
+
+The port of an uplink that the document adds is there for its settings.
+
+  $ printf 'switches: {mirrored: {uplinks: [v1], host: {mirrorSessions: [{session: one, type: dvport, destinations: [v1], sourcesIn: [v1]}]}}}' | qvs apply - --strict --yes 2>&1 | tail -n 1
+  mirrored: changed
