@@ -7,7 +7,7 @@ namespace qvs::test {
 namespace {
 
 std::string sampled(const std::string &members) {
-    return ", ipfix: {slot: 150, domain: 7, idle: 15, active: 60, "
+    return "ipfix: {slot: 150, domain: 7, idle: 15, active: 60, "
            "collectors: [{address: [127, 0, 0, 1], port: 4739}], " +
            members + "}";
 }
@@ -17,7 +17,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Case{"idle and active",
              "",
-             {"1" + kVlan10 + sampled(""), "2", "8"},
+             {"1" + kVlan10 + ", " + sampled(""), "2", "8"},
              "1: 1>m -> 8[10] \n count 150 begun 1 flows 1 \n at 14999 -> \n count 150 flows 1 records 0 \n"
              "at 15000 -> \n count 150 flows 0 idle 1 records 1 messages 1 templates 2 message-bytes 247 \n"
              "1: 1>m -> 8[10] \n at 29000 -> \n 1: 1>m -> 8[10] \n at 43000 -> \n 1: 1>m -> 8[10] \n"
@@ -63,7 +63,7 @@ const std::string kFields =
 
 TEST(Export, message) {
     Network network;
-    const Case value = {"", "", {"1" + kVlan10 + sampled(""), "8"}, ""};
+    const Case value = {"", "", {"1" + kVlan10 + ", " + sampled(""), "8"}, ""};
     network.configure(policyOf(jsonOf(value)));
     network.receive(1, frameOf("1>m"), 1000);
     network.receive(1, frameOf("1>m"), 3000);
