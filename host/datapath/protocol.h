@@ -31,6 +31,16 @@ enum class Kind : uint32_t {
     Learnt = 113,
     // Data path to kernel: {u32 count, count * {u32 port, u8 joined, bytes group}}. Groups found by snooping.
     Joined = 114,
+    // Data path to kernel: {u32 count, count * {u32 port, u8 topic, bytes state}}. What control protocols
+    // found at
+    // a port. No bytes: nothing is known.
+    Told = 115,
+};
+
+// What control protocols tell of.
+enum class Topic : uint8_t {
+    Check,      // 512 bytes with a bit for each VLAN that is carried, u16 MTU
+    Neighbour,  // the parts of an LLDP message
 };
 
 // Clients that exchange frames connect to this file of the state directory, with SOCK_SEQPACKET. The first

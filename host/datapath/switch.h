@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "datapath/frame.h"
+#include "datapath/protocol.h"
 #include "datapath/shared.h"
 
 namespace qvs::policy {
@@ -31,6 +32,8 @@ struct Surroundings {
     // Tells that a port joined a group (true) or left it (false).
     std::function<void(uint32_t port, std::span<const uint8_t> group, bool joined)> joined;
     Slot *slots = nullptr;
+    // Tells what a control protocol found at a port.
+    std::function<void(uint32_t port, Topic topic, std::span<const uint8_t> state)> told = nullptr;
     // Sends a message of flow records to a collector. Fills in its sequence number. Returns false if it was
     // not sent.
     std::function<bool(const policy::IpfixT &policy, const policy::CollectorT &collector,

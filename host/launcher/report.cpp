@@ -74,6 +74,11 @@ void printNetwork(cli::Output &out, const json &network) {
               text(attachment, "client"), text(attachment, "kind"), files, text(attachment, "carrier"),
               problem.empty() ? "" : "; " + problem);
     }
+    for (const json &neighbour : network["neighbours"]) {
+        print(out, "  {} {} ({}): neighbour {}, port {}, system {}\n", text(neighbour, "switch"),
+              text(neighbour, "port"), text(neighbour, "nic"), text(neighbour, "chassis"),
+              text(neighbour, "portId"), text(neighbour, "systemName"));
+    }
     std::string names;
     for (const json &name : network["notCarriedOut"])
         names += (names.empty() ? "" : ", ") + name.get<std::string>();

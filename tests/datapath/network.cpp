@@ -105,6 +105,21 @@ std::string trimmed(const std::string &text) {
     return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(" \t") + 1 - begin);
 }
 
+// "check@8=10,11/1500" for the VLANs and the MTU that were found, "neighbour@8=LENGTH" for the parts of a
+// message.
+std::string told(uint32_t port, datapath::Topic topic, std::span<const uint8_t> state) {
+    const bool isCheck = topic == datapath::Topic::Check;
+    std::string text = (isCheck ? "check@" : "neighbour@") + std::to_string(port) + "=";
+    if (!isCheck) return text + std::to_string(state.size()) + " ";
+    std::string between;
+    for (size_t bit = 0; state.size() == 514 && bit < 4096; ++bit) {
+        if ((state[bit / 8] >> bit % 8 & 1) == 0) continue;
+        text += between + std::to_string(bit);
+        between = ",";
+    }
+    return state.empty() ? text + " " : text + "/" + std::to_string(state[512] | state[513] << 8) + " ";
+}
+
 }  // namespace
 
 Bytes bytesOf(const std::string &hex) {
@@ -190,6 +205,9 @@ Network::Network()
                        (joined ? "+" : "-") + std::to_string(group[0]) + "@" + std::to_string(port) + " ";
                },
                slots_.get(),
+               [this](uint32_t port, datapath::Topic topic, std::span<const uint8_t> state) {
+                   events_ += told(port, topic, state);
+               },
                [this](const policy::IpfixT &policy, const policy::CollectorT &, std::span<uint8_t> message,
                       uint32_t) {
                    if (policy.domainName == "refused") return false;

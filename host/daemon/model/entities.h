@@ -90,6 +90,9 @@ struct Port {
     StatusFrom statusFrom = StatusFrom::Kernel;
     bool changed = false;  // whether the port has rows in port_properties
     const Nic *nic = nullptr;
+    // What the check of VLANs and MTU found at an uplink with an attachment: 512 bytes with a bit for each
+    // VLAN, u16 MTU. One byte: nothing yet. Not stored.
+    std::string checked;
     std::array<uint64_t, 16> counted{};  // counters of the data path that the statistics contain
 
     void set(PropertyRef property);

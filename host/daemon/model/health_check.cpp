@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The emulated check of VLANs and MTU. The network behind the uplinks carries every VLAN and the MTU of the
-// NICs, so the results depend only on the links of the uplinks.
+// The check of VLANs and MTU. The data path finds the results of uplinks with an attachment. The network
+// behind other uplinks carries every VLAN and the MTU of the NIC.
 #include "daemon/model/health_check.h"
 
 #include <algorithm>
@@ -12,14 +12,18 @@ namespace qvs::kernel {
 
 namespace {
 
-struct Range {
-    uint16_t first;
-    uint16_t last;
-};
+using Range = VlanSpan;
 using Ranges = std::vector<Range>;
 
-// Returns the VLANs that a policy names. Its layout is: u16 flags (1: trunk), u16 id, 2 bytes, u16 number of
-// ranges, the ranges.
+constexpr size_t kFoundVlans = 512;  // bytes, in front of the MTU
+
+bool isFound(std::string_view checked) {
+    return checked.size() == kFoundVlans + sizeof(uint16_t);
+}
+
+}  // namespace
+
+// The layout of a policy is: u16 flags (1: trunk), u16 id, 2 bytes, u16 number of ranges, the ranges.
 Ranges vlansOf(std::string_view policy) {
     constexpr size_t kHead = 8;
     constexpr uint16_t kTrunk = 1;
@@ -34,6 +38,29 @@ Ranges vlansOf(std::string_view policy) {
         ranges.push_back({static_cast<uint16_t>(range), static_cast<uint16_t>(range >> 16)});
     }
     return ranges;
+}
+
+bool isDeployed(std::string_view deployment) {
+    constexpr size_t kSize = 5;  // u8 enabled, u32 minutes
+    return deployment.size() == kSize && deployment[0] != 0;
+}
+
+namespace {
+
+// Adds each VLAN of the ranges to those that all uplinks carry, or to the others.
+void divide(const Ranges &ranges, const std::vector<std::string_view> &found, Ranges *good, Ranges *bad) {
+    for (const Range &range : ranges) {
+        Ranges *last = nullptr;
+        for (uint32_t vlan = range.first; vlan <= range.last; ++vlan) {
+            const bool carried = std::all_of(found.begin(), found.end(), [&](std::string_view each) {
+                return vlan < kFoundVlans * 8 && (u8At(each, vlan / 8) >> vlan % 8 & 1) != 0;
+            });
+            Ranges *const list = carried ? good : bad;
+            if (list != last) list->push_back({static_cast<uint16_t>(vlan), 0});
+            list->back().last = static_cast<uint16_t>(vlan);
+            last = list;
+        }
+    }
 }
 
 // Builds a result: u16 number of good ranges, u16 number of bad ranges, the good ranges, the bad ranges.
@@ -62,13 +89,19 @@ std::string packMtus(uint32_t most) {
 }  // namespace
 
 HealthCheck::HealthCheck(const Inventory &inventory, const Switch &sw) {
-    constexpr size_t kDeployment = 5;  // u8 enabled, u32 minutes
     const Property *deployment = sw.global.find(kCheckDeployKey);
-    deployed_ = sw.portset != nullptr && deployment != nullptr && deployment->value.size() == kDeployment &&
-                deployment->value[0] != 0;
+    deployed_ = sw.portset != nullptr && deployment != nullptr && isDeployed(deployment->value);
     if (!deployed_) return;
+    bool first = true;
     for (const Nic *nic : inventory.boundNics(sw)) {
-        if (nic->up()) mtu_ = mtu_ == 0 ? nic->mtu : std::min(mtu_, nic->mtu);
+        if (!nic->up()) continue;
+        const std::string_view checked = nic->port->checked;
+        if (isFound(checked)) found_.push_back(checked);
+        waits_ = waits_ || (!checked.empty() && !isFound(checked));
+        const uint32_t mtu = isFound(checked) ? u16At(checked, kFoundVlans) : nic->mtu;
+        mtu_ = first ? mtu : std::min(mtu_, mtu);
+        first = false;
+        ++links_;
     }
 }
 
@@ -76,7 +109,18 @@ std::optional<HealthCheck::Results> HealthCheck::resultsOf(const Port &port) con
     const Property *policy = deployed_ ? port.properties.find(kPortVlanKey) : nullptr;
     const Ranges vlans = policy == nullptr ? Ranges{} : vlansOf(policy->value);
     if (vlans.empty()) return std::nullopt;
-    return Results{mtu_ != 0 ? packResult(vlans, {}) : packResult({}, vlans), packMtus(mtu_)};
+    Ranges good;
+    Ranges bad;
+    if (port.nic != nullptr && !port.checked.empty()) {
+        // An uplink has its own results.
+        if (!isFound(port.checked)) return std::nullopt;
+        divide(vlans, {port.checked}, &good, &bad);
+        return Results{packResult(good, bad), packMtus(u16At(port.checked, kFoundVlans))};
+    }
+    if (waits_) return std::nullopt;
+    if (links_ == 0) return Results{packResult({}, vlans), packMtus(0)};
+    divide(vlans, found_, &good, &bad);
+    return Results{packResult(found_.empty() ? vlans : good, bad), packMtus(mtu_)};
 }
 
 std::optional<std::string> checkResult(const Inventory &inventory, const Port &port, std::string_view key) {

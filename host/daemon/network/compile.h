@@ -23,7 +23,7 @@ StaticMacs compileStaticMacs(Model &model);
 
 // Compiles a switch that has a portset, without its ports.
 std::unique_ptr<policy::SwitchT> compileSwitch(const Model &model, const Switch &sw, const StaticMacs &macs,
-                                               Slots &slots);
+                                               const std::string &directory, Slots &slots);
 std::unique_ptr<policy::PortT> compilePort(const Model &model, const Port &port, Slots &slots);
 // Compiles the attachments of all ports. Names of files are relative to the directory of the state.
 std::vector<std::unique_ptr<policy::AttachmentT>> compileAttachments(const Model &model,
@@ -44,6 +44,8 @@ std::vector<std::unique_ptr<policy::GroupT>> compileGroups(const Model &model, c
                                                            Slots &slots);
 // Compiles a list of addresses of multicast groups. Returns false if none is stored.
 bool compileMulticastList(const Property *stored, std::vector<policy::Mac> *list);
+// Adds the health check and LLDP. The directory of the state names the host.
+void compileControl(const Switch &sw, const std::string &directory, policy::SwitchT *compiled);
 std::unique_ptr<policy::IpfixT> compileIpfix(const Port &port, Slots &slots);
 
 // Returns the port of a switch that has this identifier, or this NIC or client. Returns null for an unknown

@@ -108,7 +108,7 @@ StaticMacs compileStaticMacs(Model &model) {
 }
 
 std::unique_ptr<policy::SwitchT> compileSwitch(const Model &model, const Switch &sw, const StaticMacs &macs,
-                                               Slots &slots) {
+                                               const std::string &directory, Slots &slots) {
     auto compiled = std::make_unique<policy::SwitchT>();
     compiled->number = sw.portset->number;
     compiled->name = sw.alias();
@@ -130,6 +130,7 @@ std::unique_ptr<policy::SwitchT> compileSwitch(const Model &model, const Switch 
         filterModeOf(sw) == FilterMode::Snooping ? policy::Multicast::Snooping : policy::Multicast::Legacy;
     compiled->hasMulticastList = compileMulticastList(
         sw.host.find("com.quillon.vswitch.mcast.user.addresses"), &compiled->multicastList);
+    compileControl(sw, directory, compiled.get());
     return compiled;
 }
 

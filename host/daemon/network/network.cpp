@@ -85,6 +85,7 @@ void Network::end() {
     carriers_.clear();
     for (const uint32_t number : std::exchange(model_.facts.attached, {})) {
         if (Port *port = model_.inventory.findPort(number)) applyCarrier(*port, true);
+        takeCheck(number, "");
     }
     slots_.reset();
 }
@@ -105,6 +106,7 @@ void Network::processEnded() {
     model_.facts.learnt.clear();
     model_.facts.forgotten.clear();
     model_.facts.joined.clear();
+    neighbours_.clear();
     owed_.clear();
     timer_.cancel();
     answer(generation_);
@@ -169,7 +171,7 @@ void Network::compileAll(policy::ConfigurationT *configuration) {
 
 // Adds the switch, or those of its ports that changed.
 void Network::compileInto(const Switch &sw, policy::ConfigurationT *configuration) {
-    auto head = compileSwitch(model_, sw, macs_, *slots_);
+    auto head = compileSwitch(model_, sw, macs_, options_.directory, *slots_);
     SentSwitch now{packed(*head), {}};
     for (const auto &[number, port] : sw.ports) {
         auto compiled = compilePort(model_, *port, *slots_);
@@ -200,7 +202,8 @@ void Network::compileTouched(const Changes::Touched &touched, policy::Configurat
         // Mirror sessions of the switch can be stored at its ports.
         const Switch &sw = *port->owner;
         if (sw.portset == nullptr || switches.contains(&sw)) continue;
-        if (packed(*compileSwitch(model_, sw, macs_, *slots_)) != sent_[sw.portset->number].head)
+        if (packed(*compileSwitch(model_, sw, macs_, options_.directory, *slots_)) !=
+            sent_[sw.portset->number].head)
             switches.insert(&sw);
     }
     for (const Switch *sw : switches) {

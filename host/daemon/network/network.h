@@ -80,6 +80,8 @@ class Network : private wire::Noncopyable {
     bool carrier(wire::Reader reader);
     bool learnt(wire::Reader reader);
     bool joined(wire::Reader reader);
+    bool told(wire::Reader reader);
+    void takeCheck(uint32_t number, std::string found);
     void applyCarriers();
     void applyCarrier(Port &port, bool up);
     void answer(uint64_t generation);
@@ -106,8 +108,9 @@ class Network : private wire::Noncopyable {
     asio::steady_timer timer_;
     // What was received.
     std::map<std::string, int> kept_;
-    std::map<uint32_t, Carrier> carriers_;  // by port
-    std::set<uint32_t> stored_;             // the ports with a stored attachment
+    std::map<uint32_t, Carrier> carriers_;        // by port
+    std::map<uint32_t, std::string> neighbours_;  // by port, as LLDP tells them
+    std::set<uint32_t> stored_;                   // the ports with a stored attachment
 };
 
 }  // namespace qvs::kernel

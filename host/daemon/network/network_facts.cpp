@@ -11,6 +11,7 @@
 
 #include "daemon/devices/attachments.h"
 #include "daemon/devices/mac_table.h"
+#include "daemon/network/neighbours.h"
 #include "daemon/network/network.h"
 #include "datapath/protocol.h"
 
@@ -21,7 +22,8 @@ namespace {
 using nlohmann::json;
 
 // Policies that are stored and listed, and have no effect on frames.
-constexpr const char *kNotCarriedOut[] = {"SPF", "KCP", "telemetry", "overlay", "logical-switch teaming"};
+constexpr const char *kNotCarriedOut[] = {"SPF", "KCP",  "telemetry", "overlay", "logical-switch teaming",
+                                          "CDP", "LACP", "BFD"};
 
 }  // namespace
 
@@ -44,6 +46,9 @@ void Network::received(uint32_t kind, std::string_view payload, int file) {
             break;
         case Kind::Joined:
             valid = joined(reader);
+            break;
+        case Kind::Told:
+            valid = told(reader);
             break;
         default:
             break;
@@ -100,7 +105,9 @@ void Network::applyCarrier(Port &port, bool up) {
 void Network::applyCarriers() {
     for (const uint32_t number : model_.facts.attached) {
         Port *port = model_.inventory.findPort(number);
-        if (port != nullptr && !stored_.contains(number)) applyCarrier(*port, true);
+        if (port == nullptr || stored_.contains(number)) continue;
+        applyCarrier(*port, true);
+        takeCheck(number, "");
     }
     std::erase_if(model_.facts.attached,
                   [&](uint32_t number) { return model_.inventory.findPort(number) == nullptr; });
@@ -145,6 +152,34 @@ bool Network::joined(wire::Reader reader) {
     return reader.complete();
 }
 
+bool Network::told(wire::Reader reader) {
+    for (uint32_t count = reader.u32(); count != 0; --count) {
+        const uint32_t port = reader.u32();
+        const auto topic = static_cast<datapath::Topic>(reader.u8());
+        std::string state(reader.text());
+        if (reader.failed()) return false;
+        if (topic == datapath::Topic::Check && stored_.contains(port)) {
+            // A round has begun, or has a result.
+            takeCheck(port, state.empty() ? std::string(1, '\0') : std::move(state));
+        } else if (topic == datapath::Topic::Neighbour) {
+            if (state.empty())
+                neighbours_.erase(port);
+            else
+                neighbours_[port] = std::move(state);
+        }
+    }
+    return reader.complete();
+}
+
+// Results are properties of the ports of the switch.
+void Network::takeCheck(uint32_t number, std::string found) {
+    Port *port = model_.inventory.findPort(number);
+    if (port == nullptr || port->checked == found) return;
+    port->checked = std::move(found);
+    for (const auto &[other, each] : port->owner->ports)
+        model_.changes.properties(*each);
+}
+
 json Network::describe() const {
     json answer = {{"enabled", on_}};
     if (!on_) return answer;
@@ -166,6 +201,7 @@ json Network::describe() const {
         if (!attachment.peer.empty()) entry["peer"] = attachment.peer;
         list.push_back(std::move(entry));
     });
+    answer["neighbours"] = describeNeighbours(model_, neighbours_);
     return answer;
 }
 

@@ -53,14 +53,17 @@ void Engine::configure(std::unique_ptr<policy::SwitchT> policy, Time now) {
     compileMirrors();
     compileGroups(former);
     chooseUplinks(linkChanged);
+    compileCheck(*formerPolicy, former);
+    compileLldp(*formerPolicy);
 }
 
-// Uplinks, teams, groups, flows, learnt addresses and sessions to an address connect a port with others.
+// Uplinks, teams, groups, flows, learnt addresses, sessions to an address and the check of VLANs connect a
+// port with others.
 bool Engine::concernsOthers(const Port &port, const policy::PortT &policy) const {
     const policy::PortT &former = *port.policy;
     return port.uplink || policy.uplink || former.teaming || policy.teaming || !former.groups.empty() ||
            !policy.groups.empty() || former.ipfix || policy.ipfix || port.learnt != 0 ||
-           policy.slot != former.slot ||
+           policy.slot != former.slot || policy_->check ||
            std::any_of(policy_->mirrors.begin(), policy_->mirrors.end(),
                        [](const auto &session) { return session->type == policy::MirrorType::LogicalSpan; });
 }
@@ -138,6 +141,7 @@ void Engine::keepState(Port &port, const Port &former) {
     port.routerUntil = former.routerUntil;
     port.heard = former.heard;
     port.silent = former.silent;
+    port.lldpDue = former.lldpDue;
 }
 
 void Engine::compilePort(Port &port, const policy::PortT &policy) {
@@ -230,7 +234,9 @@ void Engine::setCarrier(uint32_t number, bool up, Time now) {
     // An uplink that comes up has some time to hear the others.
     port->heard = now_;
     port->silent = false;
-    if (port->uplink) chooseUplinks(true);
+    if (!port->uplink) return;
+    chooseUplinks(true);
+    beginCheck();
 }
 
 void Engine::setAddress(uint32_t number, MacAddress address, Time now) {
@@ -257,7 +263,7 @@ Time Engine::tick(Time now) {
     expireAddresses();
     expireMembers();
     expireFlows();
-    return std::min({now + kLongest, sendBeacons(), repeatAnnouncements()});
+    return std::min({now + kLongest, sendBeacons(), repeatAnnouncements(), continueControl()});
 }
 
 }  // namespace qvs::datapath

@@ -33,6 +33,7 @@ struct Port {
     Time routerUntil = 0;          // multicast queries came from this port
     Time heard = 0;                // a beacon of another uplink arrived, or the uplink came up
     bool silent = false;           // no beacon arrived for a while
+    Time lldpDue = 0;              // when its uplink advertises the switch again
 
     uint32_t index = 0;
     const policy::PortT *policy = nullptr;
@@ -160,6 +161,25 @@ struct Announcement {
     uint16_t vlan = 0;
 };
 
+constexpr Time kNever = UINT64_MAX;
+
+// The check of VLANs and MTU.
+struct Check {
+    enum class Step : uint8_t { Vlans, Answers, Lengths, Done };
+    struct Found {
+        VlanSet vlans;
+        uint32_t mtu = 0;
+    };
+
+    VlanSet vlans;  // to be checked
+    Time begins = 0;
+    Time until = 0;  // answers arrive
+    Step step = Step::Done;
+    uint32_t next = 0;  // VLAN
+    uint32_t round = 0;
+    std::unordered_map<uint32_t, Found> found;  // by number of the uplink
+};
+
 class Engine {
   public:
     explicit Engine(Surroundings surroundings);
@@ -258,6 +278,28 @@ class Engine {
     [[nodiscard]] bool answersProbe(const Passage &passage);
     [[nodiscard]] MacAddress switchAddress() const;
 
+    // control.cpp
+    void control(Port &from, const Passage &passage);
+    [[nodiscard]] Time continueControl();
+    [[nodiscard]] MacAddress addressOf(const Port &uplink) const;
+    void tell(uint32_t port, Topic topic, Bytes state);
+
+    // control/check.cpp
+    void compileCheck(const policy::SwitchT &former, const std::vector<Port> &formerPorts);
+    void beginCheck();
+    void sendProbe(Port &uplink, uint16_t vlan, uint32_t packet);
+    void sendProbes();
+    void sendLongProbes();
+    [[nodiscard]] Time continueCheck();
+    void tellFound(const Port &uplink);
+    [[nodiscard]] bool isProbe(Port &from, const Passage &passage);
+
+    // control/lldp.cpp
+    void compileLldp(const policy::SwitchT &former);
+    void sendLldp(Port &uplink, MacAddress system, uint16_t lifetime);
+    void receiveLldp(const Port &from, const Passage &passage);
+    [[nodiscard]] Time continueLldp();
+
     // metering.cpp
     void compileMeter(Port &port, const policy::PortT &policy, const Port *former);
     void endMeters(const std::vector<Port> &former);
@@ -307,6 +349,8 @@ class Engine {
     VlanSet remoteOut_;
     bool encapsulates_ = false;
     Groups groups_;
+    Check check_;
+    std::unordered_map<uint32_t, Time> neighbours_;  // until when, by number of the uplink
     uint32_t learnt_ = 0;
     uint64_t lastFrame_ = 0;
     size_t members_ = 0;  // found by snooping

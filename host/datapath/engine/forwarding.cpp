@@ -33,8 +33,10 @@ void Engine::receive(uint32_t number, const Frame &frame, Time now) {
     mirrorIn(*from, passage);
     if (isControl(passage.destination)) {
         add(*from->slot, kPacketsInException);
+        if (from->uplink) control(*from, passage);
         return;
     }
+    if (isProbe(*from, passage)) return;
     if ((encapsulates_ && answersProbe(passage)) || takesBeacon(passage)) return;
     if (isGroup(passage.destination))
         forwardGroup(*from, passage);

@@ -10,7 +10,7 @@ constexpr uint16_t kVersion = 10;
 
 }  // namespace
 
-Message::Message(uint32_t domain) : bytes_(kHeader) {
+Message::Message(uint32_t domain) : ByteWriter(kHeader) {
     write16(bytes_.data(), kVersion);
     write32(bytes_.data() + 12, domain);
 }
@@ -26,15 +26,6 @@ void Message::set(uint16_t number) {
 
 void Message::endSet() {
     if (number_ != 0) write16(bytes_.data() + setAt_ + 2, static_cast<uint32_t>(bytes_.size() - setAt_));
-}
-
-void Message::put(uint64_t value, size_t width) {
-    while (width-- != 0)
-        bytes_.push_back(static_cast<uint8_t>(value >> 8 * width));
-}
-
-void Message::put(Bytes bytes) {
-    bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
 }
 
 std::span<uint8_t> Message::finish(uint32_t exportTime) {

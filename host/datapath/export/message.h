@@ -2,28 +2,22 @@
 // Messages of RFC 7011, of templates and of records.
 #pragma once
 
-#include <vector>
-
-#include "datapath/packet.h"
+#include "datapath/byte_writer.h"
 
 namespace qvs::datapath {
 
-class Message {
+class Message : public ByteWriter {
   public:
     explicit Message(uint32_t domain);
 
     // What follows belongs to the set with this number.
     void set(uint16_t number);
-    void put(uint64_t value, size_t width);
-    void put(Bytes bytes);
-    size_t size() const { return bytes_.size(); }
     // Ends the message. The sequence number, at 8, is left to the sender.
     std::span<uint8_t> finish(uint32_t exportTime);
 
   private:
     void endSet();
 
-    std::vector<uint8_t> bytes_;
     uint16_t number_ = 0;
     size_t setAt_ = 0;
 };

@@ -102,6 +102,9 @@ void DataPath::replaceSwitch(std::unique_ptr<policy::SwitchT> policy) {
             kernel_.joined(port, group, joined);
         };
         surroundings.slots = slots_;
+        surroundings.told = [this](uint32_t port, Topic topic, std::span<const uint8_t> state) {
+            kernel_.told(port, topic, state);
+        };
         surroundings.report = [this](const policy::IpfixT &ipfix, const policy::CollectorT &collector,
                                      std::span<uint8_t> message, uint32_t records) {
             return exporter_.send(ipfix, collector, message, records);

@@ -128,6 +128,10 @@ void KernelLink::joined(uint32_t port, std::span<const uint8_t> group, bool join
     if (joined_.size() < kMostFacts || joined_.contains(key)) joined_[key] = joined;
 }
 
+void KernelLink::told(uint32_t port, Topic topic, std::span<const uint8_t> state) {
+    told_[{port, topic}] = std::string(state.begin(), state.end());
+}
+
 void KernelLink::queueCarriers() {
     for (const auto &[port, state] : carriers_) {
         wire::Writer fact = message(Kind::Carrier);
@@ -156,6 +160,14 @@ void KernelLink::queueFacts() {
         auto each = joined_.begin();
         for (size_t i = 0; i < count; ++i, each = joined_.erase(each))
             facts.u32(each->first.first).u8(each->second ? 1 : 0).text(each->first.second);
+        queue(facts);
+    }
+    if (!told_.empty()) {
+        wire::Writer facts = message(Kind::Told);
+        facts.u32(static_cast<uint32_t>(told_.size()));
+        for (const auto &[place, state] : told_)
+            facts.u32(place.first).u8(static_cast<uint8_t>(place.second)).text(state);
+        told_.clear();
         queue(facts);
     }
 }

@@ -37,6 +37,7 @@ class KernelLink : private wire::Noncopyable {
     void carrier(uint32_t port, bool up, const std::string &problem);
     void learnt(uint32_t number, MacAddress address, uint16_t vlan, uint32_t port, bool here);
     void joined(uint32_t port, std::span<const uint8_t> group, bool joined);
+    void told(uint32_t port, Topic topic, std::span<const uint8_t> state);
 
     // Sends what waits, as far as the kernel reads.
     void flush();
@@ -72,6 +73,7 @@ class KernelLink : private wire::Noncopyable {
     std::map<uint32_t, std::pair<bool, std::string>> carriers_;
     std::map<std::tuple<uint32_t, uint16_t, MacAddress>, Change> learnt_;  // by switch, VLAN, address
     std::map<std::pair<uint32_t, std::string>, bool> joined_;              // by port, group
+    std::map<std::pair<uint32_t, Topic>, std::string> told_;
 };
 
 }  // namespace qvs::datapath
