@@ -49,7 +49,7 @@ bool readLifetime(Bytes parts, uint16_t *lifetime) {
 
 }  // namespace
 
-void Engine::sendLldp(Port &uplink, MacAddress system, uint16_t lifetime) {
+void Engine::sendLldp(Port &uplink, uint16_t lifetime) {
     const policy::PortT &policy = *uplink.policy;
     const std::string_view name =
         std::string_view(policy.client.empty() ? policy.id : policy.client).substr(0, kLongestText);
@@ -57,7 +57,7 @@ void Engine::sendLldp(Port &uplink, MacAddress system, uint16_t lifetime) {
     frame.put(kNearestBridge, 6).put(addressOf(uplink), 6);
     frame.put(kLldpType, 2);
     putHead(frame, Chassis, 7);
-    frame.put(kMacSubtype, 1).put(system, 6);
+    frame.put(kMacSubtype, 1).put(switchAddress(), 6);
     putHead(frame, PortId, 1 + name.size());
     frame.put(kNameSubtype, 1).put(name);
     putHead(frame, Lifetime, 2);
@@ -79,7 +79,7 @@ void Engine::compileLldp(const policy::SwitchT &former) {
     const bool advertises = policy_->discovery != nullptr && policy_->discovery->advertise;
     for (Port &port : ports_) {
         if (!port.uplink) continue;
-        if (advertised && !advertises && port.up) sendLldp(port, switchAddress(), 0);
+        if (advertised && !advertises && port.up) sendLldp(port, 0);
         if (!advertises) port.lldpDue = 0;
     }
     const bool listens = policy_->discovery != nullptr && policy_->discovery->listen;
@@ -111,7 +111,7 @@ Time Engine::continueLldp() {
         }
         if (now_ >= port.lldpDue) {
             port.lldpDue = now_ + kEvery;
-            sendLldp(port, switchAddress(), kLifetime);
+            sendLldp(port, kLifetime);
         }
         next = std::min(next, port.lldpDue);
     }

@@ -296,7 +296,7 @@ class Engine {
 
     // control/lldp.cpp
     void compileLldp(const policy::SwitchT &former);
-    void sendLldp(Port &uplink, MacAddress system, uint16_t lifetime);
+    void sendLldp(Port &uplink, uint16_t lifetime);
     void receiveLldp(const Port &from, const Passage &passage);
     [[nodiscard]] Time continueLldp();
 
