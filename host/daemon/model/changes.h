@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -55,7 +56,7 @@ class Changes {
         ++generation_;
         for (Touched &touched : touched_) {
             std::erase(touched.ports, &port);
-            if (!touched.anything) touched.moved.push_back({port.owner, port.number});
+            note(touched, touched.moved, Moved{port.owner, port.number});
             if (touched.moved.size() > kFew) touched = {};
         }
     }
@@ -65,12 +66,24 @@ class Changes {
 
     Touched &of(Reader reader) { return touched_[static_cast<size_t>(reader)]; }
 
+    // Adds an entry. Without memory for it, anything may have changed: the change itself is done, and must
+    // not fail any more.
+    template <typename Entry>
+    static void note(Touched &touched, std::vector<Entry> &list, const Entry &entry) {
+        if (touched.anything) return;
+        try {
+            list.push_back(entry);
+        } catch (const std::bad_alloc &) {
+            touched = {};
+        }
+    }
+
     template <typename Entity>
     void touch(std::vector<const Entity *> Touched::*list, const Entity *entity) {
         constexpr size_t kFew = 16;
         ++generation_;
         for (Touched &touched : touched_) {
-            if (!touched.anything) (touched.*list).push_back(entity);
+            note(touched, touched.*list, entity);
             // With this many objects, updating everything is as fast as updating each one.
             if (touched.switches.size() + touched.ports.size() > kFew + inventory_.portCount() / 4)
                 touched = {};

@@ -50,6 +50,13 @@ Status Properties::change(const Place &place, std::string_view key, const Proper
     return port == nullptr ? Status::NotFound : changeOfPort(*port, key, property);
 }
 
+// Allocates what the change needs, because nothing may fail once the database has it.
+PropertyRef Properties::prepared(PropertyList &list, const PropertyView *property) {
+    if (property == nullptr) return nullptr;
+    list.reserveOne();
+    return inventory_.properties.intern(*property);
+}
+
 Status Properties::changeOfSwitch(Switch &sw, Scope scope, std::string_view key,
                                   const PropertyView *property) {
     PropertyList &list = sw.properties(scope);
@@ -61,6 +68,7 @@ Status Properties::changeOfSwitch(Switch &sw, Scope scope, std::string_view key,
     if (isUplinks && property != nullptr) uplinks = parseUplinkPorts(property->value);
     Bindings bindings;
     if (isUplinks && sw.portset != nullptr) bindings = uplinks_.plan(sw, uplinks);
+    PropertyRef ready = prepared(list, property);
 
     Transaction transaction(store_);
     if (property != nullptr) {
@@ -74,7 +82,7 @@ Status Properties::changeOfSwitch(Switch &sw, Scope scope, std::string_view key,
 
     if (isAlias) inventory_.eraseAlias(sw);
     if (property != nullptr) {
-        list.set(inventory_.properties.intern(*property));
+        list.set(std::move(ready));
     } else {
         list.clear(key);
     }
@@ -98,6 +106,7 @@ Status Properties::changeOfPort(Port &port, std::string_view key, const Property
     }
 
     const bool isBlock = key == kPortBlockKey;
+    PropertyRef ready = prepared(port.properties, property);
     Transaction transaction(store_);
     if (property != nullptr) {
         store_.run(kSetPortProperty, port.number, key, property->value, property->type);
@@ -110,7 +119,7 @@ Status Properties::changeOfPort(Port &port, std::string_view key, const Property
     port.changed = true;
     if (isStatus) port.statusFrom = Port::StatusFrom::Client;
     if (property != nullptr) {
-        port.set(inventory_.properties.intern(*property));
+        port.set(std::move(ready));
     } else {
         port.clear(key);
     }

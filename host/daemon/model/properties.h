@@ -34,6 +34,7 @@ class Properties {
     const PropertyList *listOf(const Place &place) const;
     // Sets a property, or clears the key if `property` is null.
     Status change(const Place &place, std::string_view key, const PropertyView *property);
+    PropertyRef prepared(PropertyList &list, const PropertyView *property);
     Status changeOfSwitch(Switch &sw, Scope scope, std::string_view key, const PropertyView *property);
     Status changeOfPort(Port &port, std::string_view key, const PropertyView *property);
 

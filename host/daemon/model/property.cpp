@@ -65,6 +65,12 @@ void PropertyList::set(PropertyRef property) {
     }
 }
 
+void PropertyList::reserveOne() {
+    // The list of a port is small, and there are many: the room grows as that of a vector does.
+    if (properties_.size() == properties_.capacity())
+        properties_.reserve(std::max(properties_.size() + 1, 2 * properties_.size()));
+}
+
 void PropertyList::clear(std::string_view key) {
     const auto at = position(key);
     if (at != properties_.end() && (*at)->key == key) properties_.erase(at);

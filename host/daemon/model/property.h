@@ -78,6 +78,8 @@ class PropertyList {
     // Returns a value up to its first NUL, or an empty text if there is no such property.
     std::string_view text(std::string_view key) const;
     void set(PropertyRef property);
+    // Makes room, so that the next `set` does not allocate.
+    void reserveOne();
     void clear(std::string_view key);
 
     auto begin() const { return properties_.begin(); }
