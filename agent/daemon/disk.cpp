@@ -14,6 +14,8 @@ using nlohmann::json;
 
 constexpr const char *kMemory = "memory.json";
 constexpr const char *kProbe = "probe";
+constexpr const char *kFormatMember = "format";
+constexpr uint32_t kFormat = 1;  // also of a memory without the member
 constexpr std::string_view kDocument = "revision-";
 
 std::string nameOf(uint64_t revision) {
@@ -27,6 +29,10 @@ Disk::Disk(const std::string &directory) : directory_(directory, true, {.file = 
     if (!text) return;
     try {
         const json object = json::parse(*text);
+        if (const uint32_t format = object.value(kFormatMember, kFormat); format > kFormat)
+            fail(Exit::Failed,
+                 "{}/{}: a newer version of qvs-agent wrote it, in format {}; this one reads format {}",
+                 shown(directory), kMemory, format, kFormat);
         object.at("applied").get_to(memory_.applied);
         object.at("trying").get_to(memory_.trying);
         object.at("tried").get_to(memory_.tried);
@@ -65,11 +71,8 @@ void Disk::keep(const Memory &memory) {
     json refused = json::object();
     for (const auto &[revision, refusal] : memory.refused)
         refused[fmt::to_string(revision)] = {{"step", refusal.step}, {"reason", refusal.reason}};
-    const json object = {{"applied", memory.applied},
-                         {"trying", memory.trying},
-                         {"tried", memory.tried},
-                         {"attempts", memory.attempts},
-                         {"refused", refused}};
+    const json object = {{kFormatMember, kFormat}, {"applied", memory.applied},   {"trying", memory.trying},
+                         {"tried", memory.tried},  {"attempts", memory.attempts}, {"refused", refused}};
     const std::string text = object.dump(-1, ' ', false, json::error_handler_t::replace);
     write(kMemory, text);
     memory_ = memory;

@@ -44,7 +44,9 @@ void refuseForeign(const std::string &path) {
         throw StoreError("it is a database of another program", false);
     }
     if (bigEndian(60) != kSchemaVersion) {
-        throw StoreError("it was written by another version of this program", false);
+        throw StoreError(fmt::format("it was written by {} version of this program",
+                                     bigEndian(60) > kSchemaVersion ? "a newer" : "another"),
+                         false);
     }
 }
 
