@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <map>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "tool/failure.h"
@@ -234,30 +235,30 @@ class Builder {
     std::vector<std::string> known_;
 };
 
-LayoutFile readLayout(const std::string &path) {
-    LayoutFile file;
-    file.path = path;
-    const std::string where = Builder::inFile(file);
-    // "-" is a file like any other here: a command may read something else from standard input.
-    const std::vector<uint8_t> bytes = readFile(path == "-" ? "./-" : path, kMostFileBytes);
+}  // namespace
+
+std::shared_ptr<const LayoutFile> readLayout(const std::string &path, Bytes text) {
+    auto file = std::make_shared<LayoutFile>();
+    file->path = path;
+    const std::string where = Builder::inFile(*file);
     try {
-        file.content = json::parse(bytes);
+        file->content = json::parse(text.begin(), text.end());
     } catch (const json::parse_error &error) {
         failAt(where, "it is not JSON from byte {} on", error.byte);
     }
-    if (!file.content.is_object()) failAt(where, "it is not an object");
-    const auto format = file.content.find("format");
-    if (format == file.content.end() || *format != kFormat)
+    if (!file->content.is_object()) failAt(where, "it is not an object");
+    const auto format = file->content.find("format");
+    if (format == file->content.end() || *format != kFormat)
         failAt(where, "\"format\" is not {}, the only format that this version reads", kFormat);
     return file;
 }
 
-}  // namespace
-
 const LayoutFile &openLayout(const std::string &path) {
-    static std::map<std::string, LayoutFile> files;
-    const auto it = files.find(path);
-    return it != files.end() ? it->second : files.emplace(path, readLayout(path)).first->second;
+    static std::map<std::string, std::shared_ptr<const LayoutFile>> files;
+    auto &file = files[path];
+    // "-" is a file like any other here: a command may read something else from standard input.
+    if (file == nullptr) file = readLayout(path, readFile(path == "-" ? "./-" : path, kMostFileBytes));
+    return *file;
 }
 
 const RecordLayout *layoutIn(const LayoutFile &file, const std::string &record) {

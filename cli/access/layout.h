@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -81,8 +82,11 @@ void appendText(fmt::memory_buffer &out, const FieldValues &values);
 // Layouts of records in a file. The file is read at the first use. Throws a usage failure when the file, or
 // the layout of the record, is invalid.
 class LayoutFile;
+// The same for the text of a file, which messages name by its path.
+std::shared_ptr<const LayoutFile> readLayout(const std::string &path, Bytes text);
 const LayoutFile &openLayout(const std::string &path);
-// Returns null when the file does not describe the record. The layout lives as long as the program.
+// Returns null when the file does not describe the record. The layout lives as long as the file, which is as
+// long as the program for one that was opened.
 const RecordLayout *layoutIn(const LayoutFile &file, const std::string &record);
 
 }  // namespace qvs::cli
