@@ -48,7 +48,9 @@ class Store:
         until(lambda: self.control("endpoint", "health").returncode == 0, "the store answers")
 
     def start(self, member):
-        self.processes[member] = subprocess.Popen(self.commands[member], **QUIET)
+        # Two faults may have ended the same member, and both start it again.
+        if self.processes[member] is None or self.processes[member].poll() is not None:
+            self.processes[member] = subprocess.Popen(self.commands[member], **QUIET)
 
     def kill(self, member):
         self.processes[member].kill()
