@@ -73,16 +73,16 @@ void Agent::run() {
     try {
         store_.revoke(lease_);
     } catch (const Failure &) {
-        // It ends by itself.
+        // The lease then expires by itself.
     }
 }
 
-// Gives the session up. Everything is read again when the store answers.
+// Ends the session. The next session reads everything again when the store answers.
 void Agent::lose(const std::string &reason) {
     if (watch_ || backOff_ == 0ms || numbers_.storeAnswers) log(Level::Warning, "{}", reason);
     numbers_.storeAnswers = false;
     watch_.reset();
-    // A short lease reports a lost host soon. It should come back as soon.
+    // With a short lease, a lost host is reported soon. The agent therefore also retries soon.
     const std::chrono::milliseconds most(settings_.leaseSeconds * 1000 / 2);
     backOff_ = std::clamp(2 * backOff_, 100ms, std::min(kMostBackOff, most));
     connectAt_ = Clock::now() + std::chrono::milliseconds(std::uniform_int_distribution<int64_t>(
@@ -106,19 +106,19 @@ void Agent::turn() {
     wait();
 }
 
-// Alive: for the service manager.
+// Tells the service manager that the agent is alive.
 void Agent::ping() {
     notify("WATCHDOG=1");
 }
 
-// Something may be left to undo, at the next turn.
+// The next turn undoes what is left of a change.
 void Agent::unsettle() {
     settled_ = false;
     compareAt_ = {};
 }
 
-// What the run before has left: a change that was not confirmed is undone, and one that was confirmed and not
-// noted is noted.
+// Completes what the previous run left: undoes a change that was not confirmed, and records one that was
+// confirmed but not recorded.
 void Agent::settle() {
     compareAt_ = Clock::now() + 1s;
     try {
@@ -148,8 +148,7 @@ void Agent::settle() {
     }
 }
 
-// The comparison reads documents and builds others. While nobody changes anything, a look at the state is
-// enough.
+// Comparing documents is expensive. While the state of the host does not change, its fingerprint is enough.
 void Agent::lookForChanges() {
     const std::optional<uint64_t> now = stateSum();
     if (now == compared_) return;
@@ -185,7 +184,7 @@ void Agent::compareWithRevision() {
     changed();
 }
 
-// Brings status and numbers up to date.
+// Updates the status and the metrics.
 void Agent::changed() {
     const Memory &memory = disk_.memory();
     status_.revision = memory.applied;

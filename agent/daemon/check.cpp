@@ -33,7 +33,7 @@ std::string runCheck(std::vector<std::string> words, std::chrono::seconds limit,
     sigfillset(&all);
     posix_spawnattr_setsigmask(&attributes, &none);
     posix_spawnattr_setsigdefault(&attributes, &all);
-    // A group of its own, so that what it starts ends with it.
+    // The command gets its own process group, so that its children end with it.
     posix_spawnattr_setpgroup(&attributes, 0);
     posix_spawnattr_setflags(&attributes,
                              POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);

@@ -9,8 +9,8 @@
 
 namespace qvs::fleet {
 
-// Runs a program with its words, without a shell and without input, and ends it when it takes too long.
-// `meanwhile` is called several times a second. Returns why the check has failed, or nothing.
+// Runs a program with its arguments, without a shell and without input, and kills it at the time limit. Calls
+// `meanwhile` several times a second. Returns the reason of a failed check, or nothing.
 std::string runCheck(std::vector<std::string> words, std::chrono::seconds limit,
                      const std::function<void()> &meanwhile);
 

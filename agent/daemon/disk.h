@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the agent keeps in its directory: its memory, and the configuration of the revisions that matter.
+// The files in the agent's directory: its state, and the documents of the current revisions.
 #pragma once
 
 #include <optional>
@@ -12,7 +12,7 @@
 
 namespace qvs::fleet {
 
-// The disk is full, or broken. The session with the store is not to blame.
+// A write to the disk failed. The session with the store can continue.
 struct DiskFailure : Failure {};
 
 class Disk {
@@ -20,15 +20,15 @@ class Disk {
     explicit Disk(const std::string &directory);
 
     const Memory &memory() const { return memory_; }
-    // The memory is one file, which is replaced as a whole: it alone says which revision the host has.
+    // The state is one file, which is replaced as a whole. Only this file records the revision of the host.
     void keep(const Memory &memory);
 
     void keepDocument(uint64_t revision, const config::Document &document);
-    // An empty document when there is none.
+    // Returns an empty document if there is none.
     config::Document document(uint64_t revision) const;
     // Removes the documents of all other revisions.
     void removeOthers();
-    // Why the last write failed; empty when it did not.
+    // The reason why the last write failed; empty if it succeeded.
     const std::string &problem() const { return problem_; }
     // Finds out whether there is room now for what could not be written. Nothing may be there to write again.
     void probe();

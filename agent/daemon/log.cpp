@@ -20,7 +20,7 @@
 namespace qvs::fleet {
 
 void logLine(Level level, std::string_view text) {
-    // The journal reads the numbers of syslog in front of a line.
+    // journald reads a syslog priority in front of each line.
     struct Words {
         const char *name;
         int number;
@@ -36,7 +36,7 @@ void logLine(Level level, std::string_view text) {
     } else {
         line = fmt::format("{} {}: {}\n", utcTime(), words.name, text);
     }
-    // A log that nobody reads is no reason to stop.
+    // The agent continues if the log cannot be written.
     if (::write(STDERR_FILENO, line.data(), line.size()) < 0) return;
 }
 

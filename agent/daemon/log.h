@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the agent tells on standard error: a line of text, or of JSON, for each event.
+// The log of the agent on standard error: one line of text or JSON per event.
 #pragma once
 
 #include <fmt/format.h>
@@ -19,7 +19,7 @@ void log(Level level, fmt::format_string<Values...> format, Values &&...values) 
     logLine(level, fmt::format(format, std::forward<Values>(values)...));
 }
 
-// Tells the service manager that the agent is ready or alive ("READY=1", "WATCHDOG=1"), where there is one.
+// Notifies the service manager, if there is one, that the agent is ready or alive ("READY=1", "WATCHDOG=1").
 void notify(std::string_view state);
 
 }  // namespace qvs::fleet

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the agent knows of the store, what it reports there, and what it does as the coordinator.
+// The session of the agent with the store: what it reads and reports, and its work as the coordinator.
 #include <algorithm>
 
 #include "agent/daemon/agent.h"
@@ -13,7 +13,7 @@ namespace qvs::fleet {
 
 using namespace std::chrono_literals;
 
-// Reads what there is, and watches from there.
+// Reads all keys, and watches for later changes.
 void Agent::connect() {
     if (lease_ == 0) {
         lease_ = store_.grant(settings_.leaseSeconds);
@@ -37,7 +37,7 @@ void Agent::connect() {
         if (!store_.commit({{}, {{settings_.keys.host(settings_.host), labels}}, {}})) return;
     const Found coordinator = store_.range({settings_.keys.coordinator()});
     coordinator_ = coordinator.entries.empty() ? 0 : coordinator.entries.front().created;
-    // After a restart of the watch the key may be this agent's own.
+    // After the watch restarts, the event may come from this agent's own write.
     leads_ = !coordinator.entries.empty() && coordinator.entries.front().lease == lease_;
     stale_ = leads_;
     watch_ = std::make_unique<Watch>(store_);
@@ -93,7 +93,7 @@ void Agent::take(const Event &event) {
         head_ = event.removed ? Head() : readHead(event.entry.value);
         headModified_ = event.removed ? 0 : event.entry.modified;
         if (view_.manifest.revision != head_.revision) stale_ = leads_;
-        // So that not all hosts of a large fleet read it at the same moment.
+        // The delay prevents that all hosts of a large fleet read at the same moment.
         pursueAt_ = Clock::now() + std::chrono::milliseconds(std::uniform_int_distribution<int64_t>(
                                        0, int64_t{settings_.windowSeconds} * 1000)(random_));
         pursued_ = head_.revision;
@@ -125,8 +125,8 @@ void Agent::report() {
     if (writeStatus({})) reported_ = text;
 }
 
-// A request may be late, and arrive behind those that were sent after it. Each therefore names the status
-// that it replaces. When it is another one, it is found out which, for the next attempt.
+// A late request can arrive after requests that were sent later. Each request therefore compares the status
+// that it replaces. If the stored status differs, the agent reads it for the next attempt.
 bool Agent::writeStatus(std::vector<Comparison> comparisons) {
     const std::string key = settings_.keys.status(settings_.host);
     comparisons.push_back({key, Comparison::What::Modified, statusModified_});
@@ -139,14 +139,14 @@ bool Agent::writeStatus(std::vector<Comparison> comparisons) {
     return false;
 }
 
-// Stands for election when nobody coordinates.
+// Becomes the coordinator if there is none.
 void Agent::stand() {
     if (!settings_.coordinate || coordinator_ != 0 || Clock::now() < standAt_) return;
     standAt_ = Clock::now() + 1s;
     const std::string key = settings_.keys.coordinator();
     if (!store_.commit({{{key, Comparison::What::Created, 0}}, {{key, settings_.host, lease_}}, {}})) return;
     log(Level::Info, "coordinates rollouts");
-    // What a coordinator follows begins with a reading of all of it.
+    // A coordinator first reads the whole state of the fleet, and then follows its changes.
     connect();
 }
 
@@ -160,8 +160,8 @@ void Agent::lead() {
     if (const auto next = decide(view_)) publish(*next);
 }
 
-// Both comparisons together make a decision hold only for the rollout that was looked at, and only while this
-// agent coordinates.
+// The two comparisons ensure that the decision applies only to this state of the rollout, and only while this
+// agent is the coordinator.
 void Agent::publish(const Head &next) {
     const KeyNames &keys = settings_.keys;
     Transaction transaction;
@@ -177,7 +177,7 @@ void Agent::publish(const Head &next) {
     }
     log(Level::Info, "revision {}: {}, wave {}{}{}", next.revision, wordOf(next.state), next.wave,
         next.reason.empty() ? "" : ": ", shown(next.reason));
-    // The event of this change brings the same; until then, nothing is decided again.
+    // The watch reports this change, too. Until then, the agent makes no further decision.
     view_.head = next;
     view_.head.state = State::Done;
 }

@@ -49,7 +49,7 @@ bool change(const Document &before, const Document &wanted, bool prune, uint32_t
     options.prune = true;
     options.keepsSwitches = true;
     options.confirmSeconds = confirmSeconds;
-    // What others change between this moment and the lock is not removed.
+    // Changes that others make before this run holds the lock are not removed.
     const std::vector<Change> agreed = compare(config::documentOfHost(target, false, warnings), target, true);
     options.agreed = &agreed;
     const config::ApplyResult result = config::applyDocument(target, options);

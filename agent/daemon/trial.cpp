@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// One change of the host: fetched, carried out, checked, agreed with the store, and then confirmed or undone.
+// One change of the host: the agent fetches it, applies it, checks it, reports it to the store, and then
+// confirms or undoes it.
 #include <algorithm>
 #include <thread>
 
@@ -16,7 +17,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// How long links may take to come up again.
+// The time that links have to come up again.
 constexpr auto kTimeForLinks = 5s;
 constexpr size_t kMostRefusals = 100;
 
@@ -60,7 +61,7 @@ config::Document Agent::fetch(const Manifest &manifest) {
                     [&](const DocumentOf &of) { return readDocumentOf(store_, settings_.keys, of); });
 }
 
-// Returns false when it is to be tried again.
+// Returns false if the change is to be retried.
 bool Agent::attempt(uint64_t revision, const config::Document &wanted, bool prune) {
     Memory memory = disk_.memory();
     memory.attempts = memory.tried == revision ? memory.attempts + 1 : 1;
@@ -83,8 +84,8 @@ bool Agent::attempt(uint64_t revision, const config::Document &wanted, bool prun
     std::string step;
     std::string problem = checkHost(before, step);
     measure("check");
-    // A host that was lost meanwhile is no fault of the revision, whatever the check says, and neither is one
-    // that looks well because the check did not look at the switches.
+    // If the host was lost during the change, the revision is neither refused nor confirmed, whatever the
+    // check command returned: it may not have looked at the switches.
     try {
         (void)uplinks();
     } catch (const Failure &failure) {
@@ -114,11 +115,11 @@ bool Agent::attempt(uint64_t revision, const config::Document &wanted, bool prun
     return true;
 }
 
-// Undoes what was begun, and tries it again when the host answers. This is no attempt that has ended the
+// Undoes the change, and retries it when the host answers. This does not count as an attempt that killed the
 // agent.
 bool Agent::postpone(uint64_t revision, const std::string &reason) {
     log(Level::Warning, "revision {} waits: {}", revision, reason);
-    // Should the disk be full, the next turn undoes all the same.
+    // If the disk is full, the next turn undoes the change.
     unsettle();
     Memory memory = disk_.memory();
     memory.trying = 0;
@@ -127,14 +128,14 @@ bool Agent::postpone(uint64_t revision, const std::string &reason) {
     return false;
 }
 
-// Why the host may not stay like this, and the step that found it. Empty when it may.
+// The reason why the change has to be undone, and the step that found it; empty if the change is good.
 std::string Agent::checkHost(const std::map<std::string, bool> &before, std::string &step) {
     const auto meanwhile = [&] {
         ping();
         try {
             keepAlive();
         } catch (const Failure &) {
-            // Whether the store is reached is decided at the end.
+            // The end of the change decides whether the store is reachable.
         }
     };
     step = "uplinks";
@@ -158,8 +159,8 @@ std::string Agent::checkHost(const std::map<std::string, bool> &before, std::str
     return runCheck(settings_.check, std::chrono::seconds(settings_.checkSeconds), meanwhile);
 }
 
-// Writes the status to the store, in a transaction that holds only while this revision is still wanted here.
-// Returns false, without a problem, when it is not.
+// Writes the status to the store, in a transaction that succeeds only while this revision is still the
+// desired one. If it is not, returns false without reporting a problem.
 bool Agent::agree(uint64_t revision, Time until, std::string &problem) {
     status_.trying = revision;
     do {
@@ -178,7 +179,7 @@ bool Agent::agree(uint64_t revision, Time until, std::string &problem) {
             continue;
         } catch (const Failure &failure) {
             problem = failure.message;
-            // One that has ended is not found, and is not granted again by itself.
+            // A lease that has expired is not found, and nothing renews it.
             if (failure.exit != Exit::NoAnswer) lease_ = 0;
         }
         std::this_thread::sleep_for(200ms);
@@ -187,11 +188,10 @@ bool Agent::agree(uint64_t revision, Time until, std::string &problem) {
     return false;
 }
 
-// Remembers first, so that a revision that was refused is not tried again whatever happens next, and then
-// undoes.
+// Records the refusal first, so that this revision is never tried again, and then undoes the change.
 void Agent::refuse(uint64_t revision, const std::string &step, const std::string &reason) {
     log(Level::Error, "refuses revision {}: {}: {}", revision, step, reason);
-    // Should the disk be full, the next turn undoes.
+    // If the disk is full, the next turn undoes the change.
     unsettle();
     Memory memory = disk_.memory();
     memory.refused[revision] = {step, reason};

@@ -34,9 +34,9 @@ class Web {
     Web &operator=(const Web &) = delete;
 
     int descriptor() const { return descriptor_; }
-    // Answers a client that waits, in a process of its own, so that a slow one keeps nobody waiting.
+    // Answers a waiting client in a process of its own, so that a slow client delays nobody.
     void serve(const Numbers &numbers);
-    // Takes note of the processes that have ended.
+    // Reaps the processes that have ended.
     void reap();
 
   private:

@@ -21,7 +21,7 @@ using cli::Command;
 using cli::Output;
 using Kind = DocumentOf::Kind;
 
-// Reads all files. Their problems are told together.
+// Reads all files, and reports the problems of all of them at once.
 std::vector<FleetFile> readFiles(const Arguments &arguments) {
     std::vector<FleetFile> files;
     std::vector<config::Problem> problems;
@@ -43,8 +43,8 @@ std::vector<FleetFile> readFiles(const Arguments &arguments) {
     return files;
 }
 
-// Two groups, or two documents for all hosts, must not want different things of one host: which of them won
-// would be a matter of their order.
+// Two groups, or two documents for all hosts, must not set different values on one host, because the result
+// would depend on their order.
 void requireAgreement(const Fleet &fleet, const std::vector<FleetFile> &files) {
     for (size_t one = 0; one < files.size(); one++)
         for (size_t other = one + 1; other < files.size(); other++) {

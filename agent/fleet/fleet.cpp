@@ -38,14 +38,14 @@ bool Fleet::await() {
     const Watch::News news = watch_->wait({}, std::chrono::seconds(1));
     for (const Event &event : news.events)
         take(view_, keys(), event);
-    // A member that has stopped sends nothing, and does not say so.
+    // A stopped member of the store sends nothing and keeps its connections open.
     constexpr int kMostIdle = 5;
     idle_ = news.events.empty() ? idle_ + 1 : 0;
     if (!news.ended.empty() || view_.head.revision != revision || idle_ >= kMostIdle) readAgain();
     return !news.events.empty() || !news.ended.empty();
 }
 
-// The same while the store elects another leader.
+// The store also refuses requests while it elects another leader.
 void Fleet::readAgain() {
     constexpr int kMost = 30;
     idle_ = 0;
@@ -87,7 +87,7 @@ config::Document Fleet::composedFor(const std::string &host, uint64_t revision) 
     return composedFor(host, this->revision(revision).documents);
 }
 
-// A host that was away may have a revision that the store has no more.
+// A host that was away can have a revision that the store no longer has.
 static std::vector<DocumentOf> documentsThatMayBeGone(Fleet &fleet, uint64_t revision) {
     try {
         return fleet.revision(revision).documents;
@@ -141,7 +141,7 @@ std::string listed(const std::vector<std::string> &names) {
     std::string text;
     for (size_t i = 0; i < std::min(names.size(), kMost); i++)
         text += (i == 0 ? "" : ", ") + names[i];
-    // One more takes no more room than the words for it.
+    // The last name takes no more room than the words that would replace it.
     if (names.size() == kMost + 1) text += ", " + names.back();
     if (names.size() > kMost + 1) text += fmt::format(" and {} others", names.size() - kMost);
     return text;

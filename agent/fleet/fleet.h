@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the verbs share: the store, what is in it, and documents.
+// Shared by all verbs: the store, its contents, and documents.
 #pragma once
 
 #include <map>
@@ -21,21 +21,21 @@ class Fleet {
     const KeyNames &keys() const { return settings_.keys; }
     Store &store() { return store_; }
     View &view() { return view_; }
-    // All hosts that were ever there, with their labels.
+    // All hosts that ever joined, with their labels.
     const std::map<std::string, Labels> &hosts() const { return hosts_; }
-    // Throws Failure (NotFound) for another host.
+    // Throws Failure (NotFound) for an unknown host.
     const Labels &labelsOf(const std::string &host) const;
 
     // Reads everything again.
     void read();
-    // Waits until something changes, or for a second. Returns whether it did.
+    // Waits for a change, at most one second. Returns whether there was one.
     bool await();
 
     Manifest revision(uint64_t number);
-    // The document of a digest, from the store or from what was added.
+    // The document with a digest, from the store or from the added documents.
     config::Document document(const DocumentOf &of);
     void add(const FleetFile &file) { documents_[file.of.digest] = file.document; }
-    // What a host becomes by a revision. Revision 0 is an empty document.
+    // The configuration of a host in a revision. Revision 0 is an empty document.
     config::Document composedFor(const std::string &host, const std::vector<DocumentOf> &documents);
     config::Document composedFor(const std::string &host, uint64_t revision);
 
@@ -57,7 +57,7 @@ struct HostsPlan {
     std::vector<std::string> hosts;
     std::vector<config::Change> changes;
 };
-// What changes on each host that has a document now or then.
+// The differences on each host that has a document in either revision.
 std::vector<HostsPlan> plansFor(Fleet &fleet, const std::vector<std::string> &hosts,
                                 const std::vector<DocumentOf> &documents);
 void print(const std::vector<HostsPlan> &plans, cli::Output &out);

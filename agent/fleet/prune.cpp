@@ -8,7 +8,7 @@
 namespace qvs::fleet {
 namespace {
 
-// The revisions that stay, beside the newest: those that a host has, and those that it may go back to.
+// The revisions to keep besides the newest: those that a host has, and those that it may return to.
 std::set<uint64_t> revisionsInUse(const View &view) {
     std::set<uint64_t> used = {view.head.revision, view.head.base};
     for (const auto &[host, status] : view.statuses)
@@ -16,7 +16,7 @@ std::set<uint64_t> revisionsInUse(const View &view) {
     return used;
 }
 
-// Nobody knows what a host has that is away. One that is drained may have gone for good.
+// The revision of a host that is away is unknown. A drained host is ignored, because it may never return.
 bool someoneIsAway(const Fleet &fleet, const View &view) {
     return std::ranges::any_of(fleet.hosts(), [&](const auto &host) {
         return !view.statuses.contains(host.first) && !view.drained.contains(host.first);
@@ -48,7 +48,7 @@ std::vector<Keys> oldKeys(Fleet &fleet, uint32_t keep) {
         for (const DocumentOf &document : manifest.documents)
             remove(keys.document(document.digest), false);
     }
-    // The revisions come last: when this is interrupted, they still tell what else there is to remove.
+    // Revisions are removed last. After an interruption, they still list what else to remove.
     for (const Manifest &manifest : old) {
         remove(keys.result(manifest.revision), false);
         remove(keys.revision(manifest.revision), false);
@@ -65,8 +65,8 @@ void removeOld(Fleet &fleet, uint32_t keep) {
     const std::vector<Keys> removals = oldKeys(fleet, keep);
     for (size_t at = 0; at < removals.size(); at += kMostOperations) {
         Transaction transaction;
-        // While a rollout is under way, no other revision is published, which could need one of the documents
-        // again. Once the head has changed, the rest is left to the next revision.
+        // During a rollout no other revision can be published that needs one of these documents. If the head
+        // changes, the rest is removed with the next revision.
         transaction.comparisons = {{fleet.keys().head(), Comparison::What::Modified, view.headModified}};
         transaction.removals.assign(
             removals.begin() + static_cast<ptrdiff_t>(at),

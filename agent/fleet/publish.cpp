@@ -31,7 +31,7 @@ constexpr Option kOptions[] = {
     {"--detach", nullptr, "do not wait for the end of the rollout"},
 };
 
-// The names of hosts that take part, wave by wave.
+// The names of the hosts of each wave.
 using Waves = std::vector<std::vector<std::string>>;
 
 Waves wavesOf(const Fleet &fleet, const View &view, const Arguments &arguments) {
@@ -52,7 +52,7 @@ Waves wavesOf(const Fleet &fleet, const View &view, const Arguments &arguments) 
     return waves;
 }
 
-// Writes in as few transactions as the store allows. What is there already is the same, because its key is a
+// Writes in as few transactions as the store allows. An existing document is identical, because its key is a
 // digest.
 void putAll(Store &store, const std::vector<Put> &puts) {
     Transaction transaction;
@@ -78,7 +78,7 @@ std::string userName() {
     return entry == nullptr ? fmt::to_string(getuid()) : entry->pw_name;
 }
 
-// The transaction that makes it the published revision. One of two that are published at once succeeds.
+// The transaction that publishes the revision. If two are published at once, one of them succeeds.
 void announce(Fleet &fleet, const Manifest &manifest) {
     const KeyNames &keys = fleet.keys();
     const Head head{manifest.revision, fleet.view().head.base, 0, State::Running, {}};
@@ -110,7 +110,7 @@ void followRollout(Fleet &fleet, uint64_t revision, Output &out) {
     fleet.read();
     while (fleet.view().head.revision == revision && fleet.view().head.isUnderWay()) {
         const std::string line = progressLine(fleet.view());
-        // In a log, every host would have a line.
+        // Prints no line per host, which would fill a log.
         const std::string step = line.substr(0, line.find(": ", line.find(": ") + 1));
         if (terminal && line != last) {
             fmt::print(stderr, "\r\033[K{}", line);

@@ -24,7 +24,7 @@ using config::Type;
 constexpr Member kNameMember{
     .name = "name", .summary = "a name", .type = Type::Text, .least = 1, .most = 253};
 
-// Replaces lines, from 1, by blank ones, so that the places of all others stay the same.
+// Replaces lines (numbered from 1) by blank lines, so that the other lines keep their numbers.
 void blank(std::string &text, size_t from, size_t behind) {
     size_t line = 1;
     for (char &c : text) {
@@ -40,7 +40,7 @@ class HeadReader {
   public:
     HeadReader(std::string_view origin, std::vector<config::Problem> &problems) : values_(origin, problems) {}
 
-    // Takes the members of the head out of the text.
+    // Removes the members of the head from the text.
     void take(const Node &root, std::string &text, DocumentOf &of) {
         const Path top{};
         for (size_t i = 0; i + 1 < root.items.size(); i += 2) {
@@ -92,7 +92,7 @@ FleetFile readFleetFile(std::string_view text, std::string_view origin, std::str
     file.text = text;
     std::vector<config::Problem> ofTree;
     const auto root = config::parseTree(text, origin, ofTree);
-    // What cannot be parsed is reported below.
+    // Text that cannot be parsed is reported below.
     if (root && ofTree.empty() && root->kind == Node::Kind::Mapping)
         HeadReader(origin, problems).take(*root, file.text, file.of);
     file.document = config::readDocument(file.text, origin, problems);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The documents of a revision: reading them from files, and putting those of a host together.
+// The documents of a revision: reads them from files, and merges those of a host.
 #pragma once
 
 #include <functional>

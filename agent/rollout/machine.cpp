@@ -20,8 +20,7 @@ uint32_t lastWave(const Manifest &manifest) {
 uint64_t wantedOf(const Head &head, const Manifest &manifest, std::optional<uint32_t> wave,
                   const Memory &memory, bool drained) {
     if (drained || head.revision == 0) return memory.applied;
-    // A host that was away catches up with what the fleet has, and one that is ahead stays there until its
-    // wave.
+    // A host that was away catches up with the fleet. A host that is ahead keeps its revision until its wave.
     uint64_t wanted = std::max(memory.applied, head.base);
     if (head.state == State::RollingBack || head.state == State::RolledBack) {
         if (memory.applied == head.revision) wanted = head.base;
@@ -87,7 +86,7 @@ std::optional<Head> decide(const View &view) {
         const std::string &host = *progress.failed.begin();
         const Status &status = view.statuses.find(host)->second;
         next.reason = fmt::format("{}: {}: {}", host, status.step, status.reason).substr(0, kMostReason);
-        // Before the first revision there is nothing to go back to.
+        // Before the first revision there is nothing to return to.
         next.state = view.manifest.rollsBack && view.head.base != 0 ? State::RollingBack : State::Stopped;
         return next;
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What agents and the coordinator decide, without input and output. tests/agent/model.py searches the same
-// decisions in all schedules of a small fleet.
+// The decisions of agents and of the coordinator, without input and output. tests/agent/model.py checks the
+// same decisions in all schedules of a small fleet.
 #pragma once
 
 #include <map>
@@ -25,11 +25,11 @@ struct Memory {
     std::map<uint64_t, Refusal> refused;
 };
 
-// An agent that was killed so often while it tried a revision refuses it.
+// An agent refuses a revision after it was killed this many times while trying it.
 inline constexpr uint32_t kMostAttempts = 3;
 
 // The revision that the fleet wants on the host. `wave` is that of the host in the plan of the revision;
-// nothing for a host that joined later, which belongs to the last wave. A drained host keeps what it has.
+// nothing for a host that joined later, which belongs to the last wave. A drained host keeps its revision.
 uint64_t wantedOf(const Head &head, const Manifest &manifest, std::optional<uint32_t> wave,
                   const Memory &memory, bool drained);
 
@@ -40,7 +40,7 @@ uint64_t goalOf(uint64_t wanted, const Memory &memory);
 // waits for a host that has refused to go back.
 uint64_t refusalOf(uint64_t wanted, const Head &head, const Memory &memory);
 
-// What the coordinator sees of a fleet. Hosts whose lease has ended have no status.
+// The fleet as the coordinator sees it. A host whose lease has expired has no status.
 struct View {
     Head head;
     uint64_t headModified = 0;  // the revision of the store that has written it; 0: there is none
@@ -52,10 +52,10 @@ struct View {
     std::set<std::string, std::less<>> drained;
 };
 
-// The next head, or nothing while the rollout waits or has ended.
+// The next head; nothing while the rollout waits, or after it has ended.
 std::optional<Head> decide(const View &view);
 
-// What the open waves wait for, for people: "waits for h3, h7".
+// A text about what the open waves wait for: "waits for h3, h7".
 struct Progress {
     size_t hosts = 0;  // of the open waves
     size_t done = 0;

@@ -21,7 +21,7 @@ constexpr std::array kKinds = {"switch", "group", "host"};
 template <typename Type, typename Record>
 concept Is = std::same_as<std::remove_const_t<Type>, Record>;
 
-// The names of the members of each record, for reading and for writing.
+// The names of the members of each record, used to read and to write them.
 void eachMember(Is<Head> auto &head, auto &&each) {
     each("revision", head.revision);
     each("base", head.base);
@@ -75,7 +75,7 @@ void eachMember(Is<Labels> auto &labels, auto &&each) {
     each("labels", labels);
 }
 
-// A record as a JSON object. A member that is absent has its default, one of another type is refused.
+// Reads a record from a JSON object. An absent member gets its default. A member of a wrong type is refused.
 class Reader {
   public:
     Reader(std::string_view text, const char *what)
@@ -86,7 +86,7 @@ class Reader {
         if (!object_.is_object()) refuse("a part is not a JSON object");
     }
 
-    // Reads a member of a record, as its type is written.
+    // Reads a member of a record by its type.
     template <typename Value>
     void operator()(const char *name, Value &value) const {
         if constexpr (std::is_same_v<Value, State>) {
@@ -144,7 +144,7 @@ class Reader {
     json object_;
 };
 
-// A record as it is written, member by member.
+// Writes a record, member by member.
 class Writer {
   public:
     template <typename Value>
@@ -165,7 +165,7 @@ class Writer {
             object_[name] = value;
         }
     }
-    // Texts of documents and hosts may have bytes that are not UTF-8.
+    // Texts of documents and hosts can contain bytes that are not UTF-8.
     std::string text() const { return object_.dump(-1, ' ', false, json::error_handler_t::replace); }
 
   private:
@@ -189,7 +189,7 @@ Record readRecord(std::string_view text, const char *what) {
 }  // namespace
 
 std::string KeyNames::revision(uint64_t number) const {
-    // Of equal length, so that ranges come in their order.
+    // Numbers in keys have equal length, so that ranges are ordered.
     return fmt::format("{}{:012}", revisions(), number);
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a fleet keeps in its store: the keys below a prefix, and the records under them, which are JSON.
-// docs/fleet.md describes them for other programs.
+// The data of a fleet in its store: the keys below a prefix, and their records in JSON. docs/fleet.md
+// describes them for other programs.
 #pragma once
 
 #include <cstdint>
@@ -41,7 +41,7 @@ bool isName(std::string_view name);
 enum class State { Running, Stopped, Done, RollingBack, RolledBack };
 const char *wordOf(State state);
 
-// The one record that all agents watch: the revision that the fleet shall have, and how far its rollout is.
+// The one record that all agents watch: the desired revision, and the progress of its rollout.
 struct Head {
     uint64_t revision = 0;
     uint64_t base = 0;  // the last revision that was rolled out to the end; 0: none
@@ -64,7 +64,7 @@ struct DocumentOf {
     std::string digest;
 };
 
-// A revision, which never changes. What one needs for a host: the documents, and its wave under plan/HOST.
+// A revision, which never changes. It names its documents. The wave of a host is under plan/HOST.
 struct Manifest {
     uint64_t revision = 0;
     std::string message;
@@ -79,7 +79,7 @@ struct Manifest {
     uint64_t copies = 0;  // the revision whose documents these are, of a rollback
 };
 
-// What a host reports about itself. The key ends with the lease of its agent.
+// The report of a host about itself. The key expires with the lease of its agent.
 struct Status {
     std::string host;
     uint64_t revision = 0;  // what the host has; 0: nothing of the fleet yet
@@ -103,7 +103,7 @@ struct Result {
     std::string time;
 };
 
-// Each `read` throws Failure for what it does not understand, and accepts members that it does not know.
+// Each `read` throws Failure for invalid records, and ignores unknown members.
 std::string write(const Head &head);
 std::string write(const Manifest &manifest);
 std::string write(const Status &status);
@@ -115,7 +115,7 @@ Status readStatus(std::string_view text);
 Result readResult(std::string_view text);
 Labels readLabels(std::string_view text);
 
-// The number under plan/HOST; nothing for what is none.
+// The number under plan/HOST; nothing if it is not a number.
 std::optional<uint32_t> parseWave(std::string_view text);
 
 }  // namespace qvs::fleet

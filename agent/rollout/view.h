@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reads what the coordinator and operators see of a fleet, and keeps it up to date by the events of a watch.
+// The view of the coordinator and of operators of a fleet. Events of a watch keep it up to date.
 #pragma once
 
 #include "agent/rollout/machine.h"
@@ -9,10 +9,10 @@ namespace qvs::fleet {
 
 View readView(Store &store, const KeyNames &keys);
 
-// A head with another revision needs another reading. A status that cannot be read is one with a problem.
+// A head with another revision requires reading again. A status that cannot be read is one with a problem.
 void take(View &view, const KeyNames &keys, const Event &event);
 
-// Follows all that `take` understands from the moment when the view was read.
+// Watches all keys that `take` understands, from the revision at which the view was read.
 void follow(Watch &watch, const KeyNames &keys, const View &view);
 
 // A revision. Throws Failure (NotFound) when there is none.

@@ -129,7 +129,7 @@ constexpr Member kMembers[] = {
      .fallback = "text"},
 };
 
-// Those of the store stand together.
+// The settings of the store are adjacent.
 constexpr std::span<const Member> kStoreMembers(kMembers + 2, 8);
 static_assert(std::string_view(kStoreMembers.front().name) == "endpoints");
 static_assert(std::string_view(kStoreMembers.back().name) == "requestLimit");
@@ -151,7 +151,7 @@ std::vector<cli::Option> optionsOf(std::span<const Member> members) {
     return made;
 }
 
-// The value of a member that is not given. A list has its fallback as its only item.
+// The value of an absent member. A list gets its default as its only item.
 Value valueWithout(const Member &member) {
     if (!member.list) return config::fallbackOf(member);
     config::List list;

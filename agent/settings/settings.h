@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The settings of qvs-agent and qvs-fleet: from a file in YAML, and from options, which win.
+// The settings of qvs-agent and qvs-fleet, from a YAML file and from options. Options override the file.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +31,7 @@ struct Settings {
     bool jsonLog = false;
 };
 
-// The file that --config names, or the variable, or this one if it is there.
+// The file named by --config, else by the environment variable, else this one if it exists.
 struct ConfigFile {
     const char *path;
     const char *variable;
@@ -39,14 +39,14 @@ struct ConfigFile {
 inline constexpr ConfigFile kAgentFile{"/etc/qvs/agent.yaml", "QVS_AGENT"};
 inline constexpr ConfigFile kFleetFile{"/etc/qvs/fleet.yaml", "QVS_FLEET"};
 
-// One option for each setting, and --config; only those of the store have a meaning for both programs.
+// One option for each setting, and --config. qvs-fleet uses only the settings of the store.
 std::span<const cli::Option> agentOptions();
 std::span<const cli::Option> storeOptions();
 
 // Reads the file and the options. Throws a usage failure that lists all problems.
 Settings readSettings(const cli::Arguments &arguments, const ConfigFile &file);
 
-// The file with all settings, their meaning and their defaults as comments.
+// The text of a configuration file with all settings, with their meaning and defaults in comments.
 std::string exampleFile();
 
 }  // namespace qvs::fleet

@@ -42,7 +42,7 @@ bool flagIn(const json &object, const char *member) {
     return found != object.end() && found->is_boolean() && found->get<bool>();
 }
 
-// The object of this name; an empty one when it is left out.
+// The object of this name; an empty one if it is absent.
 const json &objectIn(const json &object, const char *member) {
     static const json empty = json::object();
     const auto found = object.find(member);
@@ -60,7 +60,7 @@ Entry readEntry(const json &object) {
             numberIn(object, "mod_revision"), numberIn(object, "lease")};
 }
 
-// The first key behind all keys with a beginning; "\0" stands for no end.
+// The first key after all keys with a prefix; "\0" stands for no end.
 std::string behind(std::string prefix) {
     while (!prefix.empty() && prefix.back() == '\xff')
         prefix.pop_back();
@@ -153,7 +153,7 @@ std::string readToken(std::string_view answer) {
 std::string readWatch(std::string_view line, std::vector<Event> &events) {
     const json object = parsed(line);
     if (const auto error = object.find("error"); error != object.end()) {
-        // Behind the first line it is an object; an answer that fails at once has the text alone.
+        // After the first line, the error is an object. In an answer that fails immediately, it is a text.
         const std::string text = error->is_object() ? textIn(*error, "message") : textIn(object, "error");
         return text.empty() ? "the store reports an error" : shown(text);
     }

@@ -13,7 +13,7 @@
 namespace qvs::fleet {
 namespace {
 
-// More in one answer, or in one line of a stream, is no answer of a store.
+// The limit for one answer, or for one line of a stream.
 constexpr size_t kMostBytes = size_t{256} << 20;
 
 struct Easy {
@@ -44,13 +44,13 @@ struct Easy {
         set(CURLOPT_ERRORBUFFER, error.data());
         set(CURLOPT_NOSIGNAL, 1L);
         set(CURLOPT_PROTOCOLS_STR, "http,https");
-        // Variables of the environment do not redirect the fleet.
+        // Proxy variables of the environment are ignored.
         set(CURLOPT_PROXY, "");
         set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(std::max<int64_t>(access.limit.count() / 2, 1)));
         set(CURLOPT_TCP_KEEPALIVE, 1L);
         set(CURLOPT_TCP_KEEPIDLE, 10L);
         set(CURLOPT_TCP_KEEPINTVL, 5L);
-        // A fleet has many agents, each with a buffer.
+        // Each of the many agents of a fleet has this buffer, so it is small.
         set(CURLOPT_BUFFERSIZE, 4096L);
         setFile(CURLOPT_CAINFO, access.caFile);
         setFile(CURLOPT_SSLCERT, access.certificateFile);
@@ -58,7 +58,8 @@ struct Easy {
         set(CURLOPT_POST, 1L);
         curl_slist_free_all(std::exchange(headers, nullptr));
         headers = curl_slist_append(headers, "Content-Type: application/json");
-        // Without this, libcurl asks before it sends a large body, and the gateway does not answer that.
+        // Without this, libcurl sends "Expect: 100-continue" before a large body, which the gateway does not
+        // answer.
         headers = curl_slist_append(headers, "Expect:");
         if (!token.empty()) headers = curl_slist_append(headers, ("Authorization: " + token).c_str());
         set(CURLOPT_HTTPHEADER, headers);
@@ -79,7 +80,7 @@ size_t take(const char *data, size_t, size_t size, void *to) {
     return size;
 }
 
-// TLS takes more memory than all the rest of an agent, which one that does not use it need not have.
+// TLS takes more memory than the rest of the agent. It is only initialised if it is used.
 void initialise(const Access &access) {
     const bool secure = std::ranges::any_of(access.endpoints,
                                             [](const std::string &url) { return url.starts_with("https:"); });
@@ -134,7 +135,7 @@ struct Streams::Multi {
     Multi(const Multi &) = delete;
     Multi &operator=(const Multi &) = delete;
 
-    // Why one of the streams has ended.
+    // The reason why a stream has ended.
     std::string end() {
         int left = 0;
         while (const CURLMsg *message = curl_multi_info_read(handle, &left)) {
@@ -185,7 +186,7 @@ std::string Streams::wait(std::span<pollfd> others, std::chrono::milliseconds mo
         for (size_t end; (end = received.find('\n', begin)) != std::string::npos; begin = end + 1)
             lines.push_back({i, received.substr(begin, end - begin)});
         received.erase(0, begin);
-        // An answer that ends may lack its line end: an error has it or not, by the version of the gateway.
+        // The last line can lack its newline: whether an error has one depends on the version of the gateway.
         if (running < static_cast<int>(multi_->streams.size()) && !received.empty())
             lines.push_back({i, std::exchange(received, {})});
     }

@@ -13,7 +13,7 @@
 
 namespace qvs::fleet {
 
-// How the endpoints are reached. Empty texts are not given.
+// How to reach the endpoints. An empty text means that it is not configured.
 struct Access {
     std::vector<std::string> endpoints;  // "https://store1:2379"
     std::string caFile;                  // instead of the authorities of the system
@@ -37,7 +37,7 @@ class Http {
     Http(const Http &) = delete;
     Http &operator=(const Http &) = delete;
 
-    // Throws Failure (NoAnswer) when there is no whole answer within the limit.
+    // Throws Failure (NoAnswer) if no complete answer arrives within the time limit.
     Answer post(const std::string &url, const std::string &body, const std::string &token);
 
   private:
@@ -46,7 +46,7 @@ class Http {
     const Access &access_;
 };
 
-// Answers that do not end, in lines.
+// Endless answers, line by line.
 class Streams {
   public:
     explicit Streams(const Access &access);
@@ -60,8 +60,8 @@ class Streams {
         size_t stream = 0;  // in the order in which they were opened
         std::string text;
     };
-    // Waits for a line, an end, one of the descriptors or the end of the time. The lines are appended.
-    // Returns why a stream has ended, or nothing.
+    // Waits for a line, for the end of a stream, for one of the descriptors, or until the time limit. Appends
+    // the lines. Returns the reason if a stream has ended, else nothing.
     std::string wait(std::span<pollfd> others, std::chrono::milliseconds most, std::vector<Line> &lines);
 
   private:

@@ -50,7 +50,7 @@ Store::Store(Access access) {
             endpoint.pop_back();
     }
     impl_ = std::make_unique<Impl>(std::move(access));
-    // So that agents that start together do not all use the same member.
+    // A random first member, so that agents that start together do not all use the same one.
     impl_->current = std::random_device()() % impl_->access.endpoints.size();
 }
 
@@ -149,7 +149,7 @@ Watch::News Watch::wait(std::span<pollfd> others, std::chrono::milliseconds most
         news.ended = failure.message;
     }
     if (news.ended.empty()) news.ended = ended;
-    // A member that has stopped answering keeps its connections: the requests beside the watch notice that.
+    // A stopped member keeps its connections open. The other requests detect that, not the watch.
     if (news.ended.empty() && store_.endpoint() != endpoint_) news.ended = "another endpoint is used";
     return news;
 }

@@ -25,7 +25,7 @@ struct Entry {
     uint64_t lease = 0;     // the key ends with it; 0: it stays
 };
 
-// A key, or all keys with a beginning.
+// A key, or all keys with a prefix.
 struct Keys {
     std::string key;
     bool prefix = false;
@@ -52,13 +52,13 @@ struct Put {
     uint64_t lease = 0;
 };
 
-// All comparisons hold and everything is done, or nothing is.
+// Either all comparisons hold and all operations are carried out, or none is.
 struct Transaction {
     std::vector<Comparison> comparisons;
     std::vector<Put> puts;
     std::vector<Keys> removals;
 };
-// The store refuses transactions with more operations, and requests that are longer.
+// The limits of the store for the operations of a transaction, and for the length of a request.
 inline constexpr size_t kMostOperations = 128;
 inline constexpr size_t kMostRequestBytes = size_t{1} << 20;
 
@@ -67,10 +67,10 @@ struct Event {
     Entry entry;  // without a value when it was removed
 };
 
-// Every function throws Failure: NoAnswer when no endpoint answers within its limit, so that trying again
-// later may help; Failed or Usage when the store refuses the request. A request that was interrupted may have
-// been carried out, and is sent again to the next endpoint: a caller who learns that a comparison does not
-// hold reads what is there, which may be what it has written.
+// All functions throw Failure: NoAnswer if no endpoint answers within the time limit, so that a retry can
+// succeed; Failed or Usage if the store refuses the request. An interrupted request is sent again to the next
+// endpoint, although it may have been carried out. If a comparison fails, the caller therefore reads the key,
+// which may contain what it wrote itself.
 class Store {
   public:
     explicit Store(Access access);
@@ -81,15 +81,14 @@ class Store {
     Found range(const Keys &keys);
     // Whether the comparisons hold.
     [[nodiscard]] bool commit(const Transaction &transaction);
-    // The revision that the last transaction has made whose comparisons held: that of the keys that it has
-    // written.
+    // The revision of the last successful transaction, which is that of the keys that it wrote.
     uint64_t committed() const { return committed_; }
     uint64_t grant(uint32_t seconds);
     // Whether the lease still exists.
     [[nodiscard]] bool keepAlive(uint64_t lease);
     void revoke(uint64_t lease);
 
-    // The endpoint of the next request. It changes when one does not answer.
+    // The endpoint of the next request. After a failure, the next endpoint is used.
     const std::string &endpoint() const;
     // The number of requests so far.
     uint64_t requests() const { return requests_; }
@@ -106,15 +105,15 @@ class Store {
     uint64_t committed_ = 0;
 };
 
-// Follows keys from a revision on. When it ends, for whatever reason (the connection, an endpoint that was
-// given up, a compaction of the store), the caller reads the keys again and watches from there.
+// Follows the changes of keys after a revision. When the watch ends (the connection broke, the endpoint
+// changed, the store was compacted), the caller reads the keys again and starts a new watch.
 class Watch {
   public:
     explicit Watch(Store &store);
     ~Watch();
     void follow(const Keys &keys, uint64_t from);
 
-    // Waits for events, for one of the descriptors, or for the end of the time.
+    // Waits for events, for one of the descriptors, or until the time limit.
     struct News {
         std::vector<Event> events;
         std::string ended;  // why the watch is over

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// An Ethernet frame with the work that its sender left to the network: a checksum, or the split into
-// segments.
+// An Ethernet frame with its offload: a checksum that is not computed yet, or segments that are not split
+// yet.
 #pragma once
 
 #include <cstdint>
@@ -16,9 +16,9 @@ constexpr size_t kHeaderSize = 14;
 constexpr size_t kTagSize = 4;
 constexpr MacAddress kBroadcast = 0xffffffffffff;
 
-// Work that is left to do, in the form in which Linux hands it over with a frame (the header of virtio
-// network devices). All zero: the frame is complete. It travels with the frame to an attachment that can do
-// it, or is done before the frame leaves.
+// The offload of a frame in the format of Linux (the header of virtio network devices). All zeros: the frame
+// is complete. The offload stays with the frame if the receiving attachment can carry it out. Otherwise it is
+// carried out before the frame is sent.
 struct Offload {
     uint8_t flags = 0;     // 1: the checksum is to be filled in
     uint8_t segments = 0;  // 1: TCP over IPv4, 4: TCP over IPv6, plus 0x80 with congestion notification
@@ -35,13 +35,13 @@ struct Frame {
     Offload offload{};
 };
 
-// Does the work that a frame left: fills in the checksum, and cuts it into segments whose packets are no
-// longer than `mtu`. Each complete frame goes to `sink`. Returns false if the offload does not fit the frame;
-// nothing is sent then.
+// Carries out the offload of a frame: computes the checksum, and splits the frame into segments whose packets
+// are no longer than `mtu`. Passes each complete frame to `sink`. Returns false, and passes nothing, if the
+// offload does not fit the frame.
 [[nodiscard]] bool complete(const Frame &frame, size_t mtu,
                             const std::function<void(std::span<const uint8_t>)> &sink);
 
-// The length of the longest packet, behind the Ethernet header and its tags, as which a frame leaves;
+// Returns the length of the longest packet of the completed frame, without the Ethernet header and tags, or
 // kBadOffload if the offload does not fit the frame.
 constexpr size_t kBadOffload = SIZE_MAX;
 [[nodiscard]] size_t longestPacket(const Frame &frame, size_t etherHeader);

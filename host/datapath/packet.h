@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Fields of Ethernet frames and of the IP packets in them. Whoever reads has checked the length before.
+// Fields of Ethernet frames and of the IP packets in them. Callers check the length first.
 #pragma once
 
 #include <cstring>

@@ -13,7 +13,7 @@
 
 namespace qvs::datapath {
 
-// What is wrong with a capture file, with its name.
+// An error in a capture file. The message contains the name of the file.
 struct CaptureError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -46,7 +46,7 @@ class CaptureWriter {
   public:
     // Opens a file for writing. Appends to a capture file that is there, and refuses any other file.
     explicit CaptureWriter(std::string path);
-    // Both return false if the disk takes no more; errno tells why.
+    // Both return false after an error, with the reason in errno.
     [[nodiscard]] bool write(std::span<const uint8_t> frame);
     [[nodiscard]] bool flush();
 

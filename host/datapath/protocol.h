@@ -19,12 +19,11 @@ enum class Kind : uint32_t {
 
     // Data path to kernel: {u64 generation}. The next frame obeys the configuration.
     InForce = 110,
-    // Data path to kernel: {text name}, with a descriptor that shall survive the data path. Without a
+    // Data path to kernel: {text name}, with a descriptor to keep beyond the end of the data path. Without a
     // descriptor, the name is forgotten.
     Keep = 111,
-    // Data path to kernel: {u32 port, u8 up, text problem}. The carrier of an attachment changed, or it
-    // cannot
-    // be opened, and why.
+    // Data path to kernel: {u32 port, u8 up, text problem}. The carrier of an attachment changed, or the
+    // attachment cannot be opened for this reason.
     Carrier = 112,
     // Data path to kernel: {u32 count, count * {u32 switch, u8 change, u64 address, u32 vlan, u32 port}}. The
     // change is 1 for an address that was learnt or moved to the port, and 0 for one that is gone.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The memory in which the data path counts and the kernel reads. It is an array of slots. The kernel gives
-// each port, switch, mirror session and joined group a slot, and names it in the configuration. Slot 0 is
-// nobody's.
+// each port, switch, mirror session and joined group a slot, and names it in the configuration. Slot 0
+// belongs to no object.
 #pragma once
 
 #include <atomic>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// One switch of the data path: decides for each frame which ports receive it, and in which form. It knows no
-// sockets and no clock, so that tests run it with frames and times of their own.
+// One switch of the data path. It decides for each frame which ports receive it, and in which form. It uses
+// neither sockets nor a clock, so that tests can supply frames and times.
 #pragma once
 
 #include <cstdint>
@@ -23,13 +23,13 @@ namespace qvs::datapath {
 // Milliseconds of a clock that never goes back.
 using Time = uint64_t;
 
-// What a switch asks of its surroundings. The functions must not call the same switch.
+// The functions that a switch calls. They must not call the same switch.
 struct Surroundings {
     // Sends a frame out of a port. Returns false if the receiver does not read, and the frame is dropped.
     std::function<bool(uint32_t port, const Frame &frame)> send;
-    // Tells that an address was learnt behind a port or moved to it (true), or is gone (false).
+    // Reports that an address was learnt behind a port or moved to it (true), or was removed (false).
     std::function<void(MacAddress address, uint16_t vlan, uint32_t port, bool here)> learnt;
-    // Tells that a port joined a group (true) or left it (false).
+    // Reports that a port joined a group (true) or left it (false).
     std::function<void(uint32_t port, std::span<const uint8_t> group, bool joined)> joined;
     Slot *slots = nullptr;
     // Tells what a control protocol found at a port.
@@ -63,9 +63,9 @@ class Switch {
     void setPromiscuous(uint32_t port, bool asked, Time now);
     // Forgets an address that was learnt behind a port.
     void forget(uint32_t port, MacAddress address, uint16_t vlan, Time now);
-    // Does what time brings: addresses expire, memberships expire, reverse ARP is repeated. Returns when it
-    // wants to be called again, at most a second from now. Each other function may bring that forward: after
-    // configure, setCarrier and setAddress, call it at once.
+    // Expires addresses and memberships, and repeats reverse ARP. Returns the time of the next call, at most
+    // a second from now. Other functions can make an earlier call necessary: call it at once after configure,
+    // setCarrier and setAddress.
     Time tick(Time now);
 
   private:

@@ -29,8 +29,8 @@ void enterNamespaces(const std::vector<wire::File> &files) {
     }
 }
 
-// /sys shows the interfaces of the namespace in which it was mounted. Where it cannot be mounted anew, the
-// command runs all the same.
+// /sys shows the interfaces of the namespace in which it was mounted. If it cannot be mounted again, the
+// command runs without it.
 void showOwnInterfaces() {
     if (unshare(CLONE_NEWNS) != 0) return;
     if (mount("", "/", nullptr, MS_REC | MS_SLAVE, nullptr) != 0) return;

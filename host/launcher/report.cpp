@@ -98,7 +98,8 @@ void printFaults(cli::Output &out, const json &faults) {
 }
 
 void printJson(cli::Output &out, const json &value) {
-    // The JSON library escapes only the control characters below U+0020. Others appear only in texts.
+    // The JSON library escapes only the control characters below U+0020. Other control characters appear only
+    // in texts.
     std::string text;
     const std::string whole = value.dump(2);
     for (size_t at = 0; at < whole.size(); ++at) {

@@ -9,7 +9,7 @@ namespace qvs::kernel {
 
 namespace {
 
-// What a client can store is larger than any switch needs. Compiling the rest would delay all requests.
+// A client can store more sessions than any switch needs. Compiling them all would delay other requests.
 constexpr size_t kMostSessions = 256;
 constexpr size_t kMostEntities = 1024;
 constexpr size_t kValue = kMirrorEntity - kMirrorValueAt;

@@ -18,7 +18,8 @@ const Port *portNamed(const Model &model, const Switch &sw, std::string_view nam
     return found == sw.ports.end() ? nullptr : found->second.get();
 }
 
-// A map of another size is empty. Entries of unknown types are isolated, the narrowest type.
+// A map of a wrong size counts as empty. Entries of unknown types count as isolated, the most restrictive
+// type.
 std::vector<std::unique_ptr<policy::PrivateVlanT>> compilePrivateVlans(const Switch &sw) {
     constexpr size_t kEntry = 8;
     constexpr size_t kMost = 4096;  // there are no more VLANs

@@ -143,7 +143,7 @@ void Network::compileAll(policy::ConfigurationT *configuration) {
     try {
         dropDeadAttachments(model_);
     } catch (const StoreError &) {
-        // They have no effect. The next change tries again.
+        // The policies are not in force. The next change tries again.
     }
     if (whole_) sent_.clear();
     slots_->begin();
@@ -165,7 +165,7 @@ void Network::compileAll(policy::ConfigurationT *configuration) {
         sent = sent_.erase(sent);
     }
     slots_->end(configuration->generation);
-    // Only carriers changed meanwhile, which the data path knows.
+    // Only carriers changed in the meantime, and the data path knows them.
     model_.changes.take(Changes::Reader::Network);
 }
 
@@ -262,7 +262,7 @@ void Network::wait(uint64_t generation, std::function<void()> then) {
     waiting_.emplace(generation, std::move(then));
 }
 
-// Answers those who wait for this generation or an earlier one.
+// Calls the functions that wait for this generation or an earlier one.
 void Network::answer(uint64_t generation) {
     std::vector<std::function<void()>> ready;
     const auto end = waiting_.upper_bound(generation);

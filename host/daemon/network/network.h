@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The network of the host: sends policies to the data path, and takes in what it tells.
+// The network of the host: sends policies to the data path, and receives its facts.
 #pragma once
 
 #include <chrono>
@@ -41,7 +41,7 @@ class Network : private wire::Noncopyable {
     void wait(uint64_t generation, std::function<void()> then);
     // Ends the data path. The stored attachments stay.
     void stop();
-    // Tells whether the data path owes an answer.
+    // Returns true if the data path still has to answer.
     bool settling() const { return !owed_.empty(); }
 
     nlohmann::json describe() const;
@@ -55,7 +55,7 @@ class Network : private wire::Noncopyable {
         bool up = false;
         std::string problem;
     };
-    // What the data path has, as packed bytes.
+    // The configuration of the data path, as packed bytes.
     struct SentSwitch {
         std::string head;
         std::map<uint32_t, std::string> ports;

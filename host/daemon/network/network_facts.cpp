@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Takes in what the data path tells: carriers, addresses, groups, descriptors to keep.
+// Receives the facts of the data path: carriers, addresses, groups, and descriptors to keep.
 #include <unistd.h>
 
 #include <fcntl.h>
@@ -101,7 +101,7 @@ void Network::applyCarrier(Port &port, bool up) {
     }
 }
 
-// Gives all ports the carrier of their attachment. An attachment of which nothing is known has none.
+// Sets the carrier of all ports to that of their attachment. An attachment without a known carrier has none.
 void Network::applyCarriers() {
     for (const uint32_t number : model_.facts.attached) {
         Port *port = model_.inventory.findPort(number);

@@ -64,7 +64,7 @@ void Pipe::waitToRead() {
     socket_.async_wait(asio::socket_base::wait_read,
                        [self = shared_from_this()](const asio::error_code &error) {
                            if (error) return;
-                           // Clients are served in between.
+                           // Clients are served between two messages.
                            for (int i = 0; i < kReadsInARow; ++i) {
                                if (!self->readSome()) break;
                            }

@@ -18,9 +18,9 @@ namespace qvs::kernel {
 class Pipe : public std::enable_shared_from_this<Pipe>, private wire::Noncopyable {
   public:
     struct Events {
-        // A message arrived. The receiver owns the descriptor; -1: none.
+        // Called for each message. The receiver owns the descriptor, which is -1 if there is none.
         std::function<void(uint32_t kind, std::string_view payload, int file)> received;
-        // The other end closed the socket, or sent what is no message. Called once.
+        // Called once, when the other end has closed the socket or has sent an invalid message.
         std::function<void(const std::string &reason)> closed;
     };
 

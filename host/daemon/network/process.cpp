@@ -87,7 +87,7 @@ bool Process::spawn() {
     const pid_t parent = getpid();
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) == 0 &&
         pipe2(log, O_CLOEXEC | O_NONBLOCK) == 0) {
-        // The data path writes as to a file.
+        // The data path writes without non-blocking mode, as to a file.
         fcntl(log[1], F_SETFL, 0);
         child = fork();
     }
@@ -135,7 +135,8 @@ void Process::drainLog() {
     logLines(true);
 }
 
-// Logs complete lines, or everything. A line begins with its level. Others are the last words of a process.
+// Logs the complete lines, or everything. A line of the log begins with its level. Other lines are what a
+// dying process printed.
 void Process::logLines(bool all) {
     constexpr std::string_view kInfo = "info ";
     constexpr std::string_view kWarning = "warning ";

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The shared memory in which the data path counts, and which object counts in which slot.
+// The shared memory with the counters of the data path, and the slot of each object.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Does the work that the sender of a frame left: checksums, and the split into segments.
+// Completes the offloads of a frame: computes checksums, and splits the frame into segments.
 #include <algorithm>
 
 #include "datapath/packet.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Policies become what the engine looks up for each frame.
+// Converts policies to the tables that the engine uses for each frame.
 #include <algorithm>
 #include <utility>
 
@@ -210,7 +210,7 @@ void Engine::compileFilter(Port &port) {
     if (port.promiscuous) promiscuous_.push_back(port.index);
 }
 
-// Files the port under the address that its adapter has now.
+// Enters the port under the current address of its adapter.
 void Engine::useAddress(Port &port) {
     if (port.uplink) return;
     adapters_.remove(port.address, port.index);

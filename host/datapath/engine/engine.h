@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The engine of a switch: its ports as frames meet them, and the steps that a frame takes. Each policy is
-// carried out by the file of its name.
+// The engine of a switch: its ports, and the steps that forward a frame. Each policy is implemented in the
+// file of its name.
 #pragma once
 
 #include <array>
@@ -364,7 +364,7 @@ class Engine {
 
 inline void add(Slot &slot, uint32_t value, uint64_t amount = 1) {
     std::atomic<uint64_t> &counter = slot.values[value];
-    // This process alone writes: a plain addition is enough, and faster than an atomic one.
+    // Only this process writes. A plain addition is therefore enough, and is faster than an atomic one.
     counter.store(counter.load(std::memory_order_relaxed) + amount, std::memory_order_relaxed);
 }
 

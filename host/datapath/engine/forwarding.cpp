@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The way of a frame through the switch: who may send it, in which VLAN it is, and which ports receive it.
+// Forwards frames: checks the sender, determines the VLAN, and selects the ports that receive the frame.
 #include "datapath/engine/engine.h"
 
 namespace qvs::datapath {
@@ -84,7 +84,7 @@ std::optional<Drop> Engine::checkSource(Port &from, const Passage &passage) {
     return Drop::ForgedSource;
 }
 
-// Decides in which VLAN the frame is, and what of it belongs to the client behind the tag.
+// Determines the VLAN of the frame, and which of its tags belong to the client.
 std::optional<Drop> Engine::classify(const Port &from, Passage &passage) const {
     const uint8_t *bytes = passage.frame->bytes.data();
     uint16_t tag = 0;
@@ -149,7 +149,7 @@ bool Engine::offerUnicast(const Port &from, Port &to, Passage &passage) {
     return true;
 }
 
-// Ports that receive more than the frames for their addresses.
+// Delivers to the ports that receive more than the frames for their own addresses.
 void Engine::deliverExtra(const Port &from, Passage &passage, bool known) {
     const auto deliverTo = [&](const std::vector<uint32_t> &ports) {
         for (const uint32_t index : ports) {
@@ -230,7 +230,7 @@ std::optional<Drop> Engine::refuse(const Port &to, const Passage &passage) const
     return std::nullopt;
 }
 
-// The frame with or without the tag of its VLAN; made once for all receivers.
+// The frame with or without the tag of its VLAN, made once for all receivers.
 const Frame &Engine::form(Passage &passage, bool tagged) {
     const Frame &original = *passage.frame;
     const uint16_t tag = passage.priority | passage.vlan;
@@ -259,7 +259,7 @@ void Engine::drop(Port &port, Drop reason, bool sent) {
 
 namespace {
 
-// Counters of unicast, multicast and broadcast stand one behind the other, packets before bytes.
+// The counters of unicast, multicast and broadcast are adjacent, packets before bytes.
 void count(Slot &slot, uint32_t first, MacAddress destination, size_t bytes) {
     const uint32_t kind = destination == kBroadcast ? 4 : isGroup(destination) ? 2 : 0;
     add(slot, first + kind);

@@ -102,7 +102,8 @@ void Engine::expireAddresses() {
     });
 }
 
-// Takes over from an earlier table what the policies still allow, after the static entries of the new ones.
+// Adds the static entries of the new policies, and then the entries of the earlier table that the policies
+// still allow.
 void Engine::restoreAddresses(const AddressTable &before, const std::vector<Port> &old) {
     table_ = AddressTable();
     table_.setAging(policy_->learnStatic ? 0 : Time{policy_->aging} * 1000);

@@ -69,7 +69,7 @@ void Engine::compileMirrorDestination(MirrorSession &session, const policy::Mirr
     }
 }
 
-// What is known of the way to a target does not depend on the policies.
+// The known next hops of targets do not depend on the policies.
 void Engine::keepMirrorState(MirrorSession &session, const std::vector<MirrorSession> &former) {
     for (const MirrorSession &other : former)
         for (const MirrorTarget &known : other.targets)

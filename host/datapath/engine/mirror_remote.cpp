@@ -109,7 +109,7 @@ std::vector<uint8_t> neighbourSolicitation(MacAddress mac, Bytes target,
     return bytes;
 }
 
-// The address of which a frame tells the hardware address, if it answers a probe.
+// The IP address whose hardware address a frame reveals, if the frame answers a probe.
 Bytes answeredAddress(const Passage &passage, MacAddress &hardware) {
     const Bytes bytes = passage.frame->bytes;
     const size_t packet = passage.body + 2;

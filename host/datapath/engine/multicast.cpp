@@ -72,7 +72,7 @@ void Engine::compileGroups(const std::vector<Port> &former) {
         }
 }
 
-// Groups of protocols that work within a network, and have to reach everybody in it.
+// Groups of link-local protocols, which have to reach every port of the network.
 bool Engine::isLinkLocalGroup(const Passage &passage) const {
     constexpr MacAddress kBridgeGroups = 0x0180c2000000;
     if ((passage.destination & ~MacAddress{0xffffff}) == kBridgeGroups) return true;

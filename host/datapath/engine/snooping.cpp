@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Snooping: reads the messages by which clients join and leave groups, and routers ask for them.
+// Snooping: reads the messages with which clients join and leave groups, and the queries of routers.
 #include <algorithm>
 
 #include "datapath/engine/engine.h"
@@ -35,7 +35,7 @@ constexpr MessageType kMessages[] = {
     {kIcmp6, 143, Message::Records, 0, 8},
 };
 
-// What a record of a report does, by its type.
+// The effect of a record of a report, by its type.
 enum Record : uint8_t { kIsInclude = 1, kIsExclude, kToInclude, kToExclude, kAllow, kBlock };
 
 const MessageType *messageOf(const IpHeader &ip, Bytes bytes) {
@@ -149,7 +149,7 @@ void Engine::report(Port &from, uint16_t filing, Bytes group, uint8_t type,
     member->leaves = !member->exclude && member->sources.empty() ? now_ + kLeaving : 0;
 }
 
-// Without a router that asks, nobody reports again, and memberships stay.
+// Without a querier nobody reports again, so memberships do not expire.
 void Engine::expireMembers() {
     if (members_ == 0 || now_ < membersChecked_ + kLeaving / 4) return;
     membersChecked_ = now_;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Teaming: by which uplink the frames of a port leave, and what happens when it fails or comes back.
+// Teaming: selects the uplink of each port, and moves ports when an uplink fails or recovers.
 #include <algorithm>
 
 #include "datapath/engine/engine.h"
@@ -162,8 +162,8 @@ bool Engine::acceptsUnicast(const Port &port, uint32_t uplink) const {
     return port.current == uplink || (team.balance != Balance::Drop && contains(team.active, uplink));
 }
 
-// Tells the physical network, by reverse ARP, that the addresses of these ports are behind another uplink
-// now.
+// Announces to the physical network, by reverse ARP, that the addresses of these ports moved to another
+// uplink.
 void Engine::announceMoves(const std::vector<uint32_t> &ports) {
     std::vector<bool> isMoved(ports_.size());
     for (const uint32_t index : ports) {

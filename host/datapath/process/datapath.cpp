@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The data path between its ports: frames, carriers, guests.
+// Moves frames, carriers and guests between ports and switches.
 #include "datapath/process/datapath.h"
 
 #include <sys/mman.h>
@@ -40,7 +40,7 @@ DataPath::~DataPath() {
 
 bool DataPath::start(const std::string &directory, const wire::File &memory) {
     struct stat status {};
-    // Memory that ends early would kill the process when it counts.
+    // With a shorter memory, counting would kill the process with SIGBUS.
     const bool whole =
         memory && fstat(memory.get(), &status) == 0 && static_cast<size_t>(status.st_size) >= kMemory;
     Slot *const slots = whole ? mapMemory(memory.get()) : nullptr;
@@ -82,7 +82,7 @@ Switch *DataPath::switchOf(const Attached &attached) {
     return found == switches_.end() ? nullptr : found->second.forwarding.get();
 }
 
-// Tells a switch what is known of a port, which the switch may not have had before.
+// Passes to a switch what is known about a port that may be new to it.
 void DataPath::tellSwitch(uint32_t port, const Attached &attached) {
     Switch *const forwarding = switchOf(attached);
     if (forwarding == nullptr) return;

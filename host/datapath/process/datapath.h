@@ -27,7 +27,7 @@ class Guest : private wire::Noncopyable {
     virtual ~Guest() = default;
     // Returns false if the guest does not read, and the frame is lost.
     virtual bool deliver(std::span<const uint8_t> frame) = 0;
-    // The port is gone.
+    // Called when the port is removed.
     virtual void portRemoved() = 0;
 };
 
@@ -44,7 +44,7 @@ class DataPath : private wire::Noncopyable {
     [[nodiscard]] bool start(const std::string &directory, const wire::File &memory);
     // Applies a configuration. One that is malformed is logged, and changes nothing.
     void configure(std::string_view bytes);
-    // Does what time brings, and answers configurations whose attachments are settled.
+    // Runs timers, and answers configurations whose attachments are open or have failed.
     void endOfTurn();
 
     // Finds a port by its identifier or the name of its client; by a switch's name if it is not empty. Throws

@@ -159,7 +159,7 @@ void DataPath::forget(const policy::ForgottenMac &forgotten) {
                            loop_.now());
 }
 
-// Takes notice of the ports of a switch that were added or changed, and removes those that are gone.
+// Updates the ports of a switch: adds new ones, changes existing ones, and removes those that are gone.
 void DataPath::learnPorts(Owner &owner) {
     const policy::SwitchT &policy = *owner.policy;
     std::set<uint32_t> ports;
@@ -198,7 +198,7 @@ void DataPath::removePort(uint32_t port) {
     if (!attached.attachment) ports_.erase(port);
 }
 
-// What could not be opened is tried again: the user may have removed the cause.
+// Retries attachments that could not be opened, because the user may have removed the cause.
 bool DataPath::couldNotOpen(const Attached &attached) {
     const bool opensLater = attached.attachment->kind == policy::AttachmentKind::Namespace;
     return !attached.problem.empty() && (opensLater || !attached.endpoint);
@@ -214,7 +214,7 @@ void DataPath::attach(const policy::Configuration &configuration) {
             if (attachment->kind == policy::AttachmentKind::Namespace) clients.push_back(attachment->name);
         }
     }
-    // What frees names and interfaces goes first.
+    // Removals come first, because they free names and interfaces.
     for (auto each = ports_.begin(); each != ports_.end();) {
         Attached &attached = each->second;
         const auto found = wanted.find(each->first);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// An endpoint is how frames reach a port: one open attachment of policy.fbs.
+// An endpoint is one open attachment of policy.fbs. It passes frames to and from a port.
 #pragma once
 
 #include <functional>
@@ -19,7 +19,7 @@ namespace qvs::datapath {
 class Loop;
 class Namespaces;
 
-// What an endpoint tells the data path. An endpoint is not destroyed while it calls one of these.
+// The events of an endpoint. An endpoint is not destroyed while it calls one of these functions.
 struct EndpointEvents {
     std::function<void(const Frame &frame)> received;
     // The carrier changed. A problem is the reason why there is none, in words for the user.
@@ -48,7 +48,7 @@ struct AttachmentError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// What endpoints need of the process.
+// The services of the process that endpoints use.
 struct EndpointContext {
     Loop &loop;
     Namespaces &namespaces;

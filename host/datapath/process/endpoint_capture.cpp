@@ -74,7 +74,7 @@ class CaptureEndpoint : public Endpoint {
         const std::string problem =
             fmt::format("cannot write the capture file {}: {}", written_, strerror(errno));
         writer_.reset();
-        // A switch that sends a frame must not be told of carriers before it is through.
+        // A switch must not be notified of carriers while it forwards a frame.
         flushing_ = loop_.at(0, [this, problem] { events_.carrier(false, problem); });
         return false;
     }

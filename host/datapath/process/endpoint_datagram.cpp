@@ -37,7 +37,7 @@ class DatagramEndpoint : public Endpoint {
         const ssize_t sent =
             sendto(socket_.get(), frame.bytes.data(), frame.bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL,
                    reinterpret_cast<const sockaddr *>(&peer_), sizeof peer_);
-        // Without a peer there is nobody who could be too slow.
+        // Without a peer, no receiver can be too slow.
         return sent >= 0 || (errno != EAGAIN && errno != ENOBUFS);
     }
 

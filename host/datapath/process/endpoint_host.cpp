@@ -22,7 +22,7 @@ namespace {
 constexpr Time kFirstRetry = 50;
 constexpr Time kLastRetry = 2000;
 
-// The same file has one name, whichever way it is named.
+// Canonical names, so that different paths of one file are equal.
 std::string canonical(const std::string &path) {
     std::error_code ignored;
     const std::filesystem::path whole(path);
@@ -76,7 +76,7 @@ class HostEndpoint : public Endpoint {
         file.reset(-1);
     }
 
-    // Directories can appear and change, so that each attempt looks anew who listens.
+    // Directories can appear and change, so each attempt determines again which end listens.
     void proceed() {
         timer_ = 0;
         try {
@@ -114,7 +114,7 @@ class HostEndpoint : public Endpoint {
         tellLink();
     }
 
-    // Where the message finds no room, the wire is made anew: it begins with the link.
+    // If the message does not fit into the socket, the wire reconnects, which sends the link first.
     void tellLink() {
         const uint8_t link = link_ ? 1 : 0;
         if (wire_ && ::send(wire_.get(), &link, sizeof link, MSG_DONTWAIT | MSG_NOSIGNAL) < 0) lost();

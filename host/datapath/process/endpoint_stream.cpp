@@ -21,9 +21,9 @@ namespace qvs::datapath {
 namespace {
 
 constexpr size_t kLength = 4;
-// What waits for a client that reads slowly, before frames are lost.
+// The limit of the queue for a slow client. Frames beyond it are lost.
 constexpr size_t kMostUnsent = size_t{256} << 10;
-// What is read in one turn.
+// The limit of bytes that one turn reads.
 constexpr size_t kMostRead = size_t{256} << 10;
 
 class StreamEndpoint : public Endpoint {

@@ -70,7 +70,7 @@ class TapEndpoint : public Endpoint {
                         doing, what, strerror(errno), kDevice));
     }
 
-    // Who may only use an interface that root made cannot change it. Root has set it up then.
+    // A user who may only use an interface that root created cannot change it. Root has set it up then.
     static void setUp(const policy::AttachmentT &attachment) {
         const wire::File socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
         ifreq request = requestFor(attachment.name);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What an interface of a client leaves to the network.
+// The offloads of the interface of a client.
 #include "datapath/process/interface_features.h"
 
 #include <linux/ethtool.h>

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// What an interface of a client leaves to the network.
+// The offloads of the interface of a client.
 #pragma once
 
 namespace qvs::datapath {
 
-// Makes an interface of the current namespace leave nothing to the network but checksums and the segments of
-// TCP: frames with other work left to do could not be handed over. Kernels that do not know a feature are
-// fine.
+// Disables all offloads of an interface of the current namespace, except checksums and TCP segmentation:
+// frames with other offloads could not be passed on. Features that the kernel does not know are ignored.
 void disableUnusualOffloads(const char *interface);
 
 }  // namespace qvs::datapath

@@ -18,7 +18,7 @@ namespace {
 
 constexpr size_t kMostRead = size_t{256} << 10;
 constexpr size_t kFactsPerMessage = 1000;
-// Facts of so many addresses or groups wait for the kernel; newer ones are lost.
+// The limit of the facts about addresses or groups that wait for the kernel. Newer ones are lost.
 constexpr size_t kMostFacts = 1u << 18;
 
 wire::Writer message(Kind kind) {
@@ -58,8 +58,8 @@ void KernelLink::receive() {
     unread_.erase(0, at);
 }
 
-// Performs the message that begins at an offset and moves the offset behind it. Returns false if it is not
-// complete.
+// Handles the message that begins at an offset, and moves the offset to the next one. Returns false if the
+// message is not complete.
 bool KernelLink::take(size_t *at) {
     wire::Head head;
     if (unread_.size() - *at < sizeof head) return false;
@@ -102,7 +102,7 @@ void KernelLink::queue(wire::Writer &message, wire::File file) {
     unsent_.push_back({std::string(message.bytes()), 0, std::move(file)});
 }
 
-// What became of the attachments of a configuration goes before the news that it is in force.
+// The results of the attachments of a configuration are sent before the answer that it is in force.
 void KernelLink::inForce(uint64_t generation) {
     queueCarriers();
     wire::Writer answer = message(Kind::InForce);

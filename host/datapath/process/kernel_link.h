@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The socket to the emulated kernel. Nothing waits for the kernel to read: what it must know is coalesced
-// into the current state until it does.
+// The socket to the emulated kernel. Sending never blocks: facts that the kernel has not read yet are merged
+// into the latest state.
 #pragma once
 
 #include <deque>
@@ -39,7 +39,7 @@ class KernelLink : private wire::Noncopyable {
     void joined(uint32_t port, std::span<const uint8_t> group, bool joined);
     void told(uint32_t port, Topic topic, std::span<const uint8_t> state);
 
-    // Sends what waits, as far as the kernel reads.
+    // Sends waiting messages, as far as the socket takes them.
     void flush();
 
   private:
@@ -60,7 +60,7 @@ class KernelLink : private wire::Noncopyable {
     void queue(wire::Writer &message, wire::File file = {});
     void queueCarriers();
     void queueFacts();
-    // Returns false if the socket takes no more.
+    // Returns false if the socket is full.
     [[nodiscard]] bool sendFront();
 
     Loop &loop_;

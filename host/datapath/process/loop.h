@@ -32,7 +32,7 @@ class Loop : private wire::Noncopyable {
     // Calls an action once. 0 as the time means the next turn. Returns a number for `cancel`.
     uint64_t at(Time time, Action action);
     void cancel(uint64_t timer);
-    // Calls an action when the handlers of this turn are through: what a handler must not destroy itself.
+    // Calls an action after the handlers of this turn, to destroy what a handler must not destroy itself.
     void later(Action action) { later_.push_back(std::move(action)); }
 
     // The time of this turn.

@@ -20,7 +20,7 @@ namespace qvs::datapath {
 
 namespace {
 
-// Under these names the kernel keeps descriptors.
+// The names under which the kernel keeps descriptors.
 constexpr char kUserName[] = "user";
 constexpr char kBaseName[] = "net";
 constexpr std::string_view kClientPrefix = "client ";
@@ -80,7 +80,7 @@ void Namespaces::start() {
     loop_.watch(worker_.get(), EPOLLIN, [this](uint32_t) { receive(); });
 }
 
-// Fails whatever the worker was asked for. The next request starts another one.
+// Fails all requests to the worker. The next request starts another worker.
 void Namespaces::ended(const std::string &problem) {
     loop_.forget(worker_.get());
     worker_.reset(-1);
@@ -203,7 +203,7 @@ void Namespaces::answer(const NamespaceAnswer &head, const std::string &problem,
             keep_(keptName(asked.client), files[2].get());
             clients_[asked.client].file = std::move(files[2]);
         }
-        // From now on changes of the address are commands of the user.
+        // Later changes of the address come from the user.
         clients_[asked.client].restored = false;
     }
     opened.client = head;

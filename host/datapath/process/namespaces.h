@@ -17,7 +17,7 @@ namespace qvs::datapath {
 
 class Loop;
 
-// The interface of a client and the sockets behind it, or why there is none.
+// The interface of a client and its sockets, or the reason why there is none.
 struct OpenedNamespace {
     std::string problem;
     wire::File frames;  // AF_PACKET socket on the switch's end
@@ -35,7 +35,8 @@ class Namespaces : private wire::Noncopyable {
     void restore(const std::string &name, wire::File file);
 
     using Opened = std::function<void(OpenedNamespace opened)>;
-    // Connects the namespace of a client to a port, and makes it if there is none. Throws AttachmentError.
+    // Connects the namespace of a client to a port. Creates the namespace if there is none. Throws
+    // AttachmentError.
     void open(const std::string &client, const NamespaceRequest &request, Opened opened);
     // Removes the interface of a port. An answer to `open` that is under way is not delivered.
     void close(uint32_t port);
@@ -43,8 +44,8 @@ class Namespaces : private wire::Noncopyable {
     void retain(const std::vector<std::string> &clients);
 
     std::vector<std::string> names() const;
-    // The descriptors by which one enters the namespace of a client: of the user namespace, if there is one,
-    // and of the network namespace. Empty if there is no such client.
+    // Returns the descriptors with which a process enters the namespace of a client: that of the user
+    // namespace, if there is one, and that of the network namespace. Empty if there is no such client.
     std::vector<int> descriptors(const std::string &client) const;
 
   private:

@@ -32,7 +32,7 @@ class Netlink {
 
     std::optional<Link> find(const std::string &name);
     void remove(int index);
-    // Makes a pair of interfaces. The other end is in another namespace.
+    // Creates a pair of interfaces. The other end is in another namespace.
     void makePair(const Link &here, const Link &there, int otherNamespace);
     // Applies address (unless 0), MTU (unless 0) and `up` of the link with this index.
     void change(const Link &link);

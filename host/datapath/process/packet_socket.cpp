@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The end of a pair of interfaces at which the data path takes and gives frames, with their offloads.
+// The end of a pair of interfaces where the data path receives and sends frames, with their offloads.
 #include "datapath/process/packet_socket.h"
 
 #include <arpa/inet.h>
@@ -27,7 +27,7 @@ void option(int socket, int name) {
         throw std::system_error(errno, std::generic_category(), "cannot set up a packet socket");
 }
 
-// What the kernel says beside a frame, or null.
+// The ancillary data of a frame, or null.
 const tpacket_auxdata *beside(const msghdr &message) {
     for (const cmsghdr *head = CMSG_FIRSTHDR(&message); head != nullptr;
          head = CMSG_NXTHDR(const_cast<msghdr *>(&message), const_cast<cmsghdr *>(head))) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The end of a pair of interfaces at which the data path takes and gives frames, with their offloads.
+// The end of a pair of interfaces where the data path receives and sends frames, with their offloads.
 #pragma once
 
 #include "datapath/process/endpoint.h"

@@ -76,7 +76,7 @@ class Session : public Guest {
         for (size_t i = 0; i < kBatch; ++i) {
             const ssize_t received = recv(socket_.get(), batchBuffer(0), kLongestFrame, MSG_DONTWAIT);
             if (received < 0 && (errno == EAGAIN || errno == EINTR)) return;
-            // A client that ended with frames unread leaves its own frames all the same.
+            // The frames of a client that ended are still read, even if it left frames unread.
             if (received < 0 && errno == ECONNRESET) continue;
             if (received <= 0) return end();
             const auto size = static_cast<size_t>(received);
