@@ -363,10 +363,12 @@ const AlienRow kAliens[] = {
 };
 
 TEST_F(Settings, OtherRecordsAreNotExpressed) {
+    const Setting *former = nullptr;
     for (const AlienRow &row : kAliens) {
         SCOPED_TRACE(std::string(row.setting) + " " + hexOf(row.records).substr(0, 120));
         const Setting &setting = settingOf(row.setting);
-        remove(setting);
+        if (former) remove(*former);
+        former = &setting;
         put(setting, row.records);
         const config::Target target = targetOf(setting);
         const config::StoredView stored = storedOf(setting, target.place);

@@ -208,5 +208,8 @@ ELSEWHERE = [
     ("teaming: beacons, best effort, shotgun", "`beacon/Rules.hold/…`"),
     ("mirror: remote and encapsulated sessions", "`mirror/Rules.hold/…`, `Policies.encapsulatedMirror`"),
     ("multicast: IPv6, senders, memberships that expire", "`multicast/Rules.hold/…`"),
+    ("flow export",
+     "`flows/Rules.hold/…`, `Export.message`, `network.export` with `nfcapd` where it is installed"),
+    ("check of VLANs and MTU, LLDP", "`Control.…`, `network.control` with `tshark` where it is installed"),
     ("checksums and segments", "`Offload.…`"),
 ]

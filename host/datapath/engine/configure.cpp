@@ -86,6 +86,8 @@ bool Engine::changePort(std::unique_ptr<policy::PortT> policy, Time now) {
     port->mirrorIn = former.mirrorIn;
     port->mirrorOut = former.mirrorOut;
     compilePort(*port, **place);
+    std::ranges::sort(promiscuous_);
+    std::ranges::sort(unknown_);
     chooseUplinks(false);
     return true;
 }
