@@ -210,6 +210,7 @@ def hosts():
     terminal.wait("back", lambda d: "the host is gone" not in d[-1] and ": in 0 bit/s" not in d[1])
     terminal.press("q")
     terminal.end("after the host came back")
+    subprocess.run([*control, "stop"], check=True, stdout=subprocess.DEVNULL)
 
 
 def trees():
