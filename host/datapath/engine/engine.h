@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "datapath/engine/addresses.h"
-#include "datapath/export/meter.h"
+#include "datapath/engine/meter.h"
 #include "datapath/packet.h"
 #include "datapath/switch.h"
 #include "policy_generated.h"
@@ -284,7 +284,7 @@ class Engine {
     [[nodiscard]] MacAddress addressOf(const Port &uplink) const;
     void tell(uint32_t port, Topic topic, Bytes state);
 
-    // control/check.cpp
+    // check.cpp
     void compileCheck(const policy::SwitchT &former, const std::vector<Port> &formerPorts);
     void beginCheck();
     void sendProbe(Port &uplink, uint16_t vlan, uint32_t packet);
@@ -294,7 +294,7 @@ class Engine {
     void tellFound(const Port &uplink);
     [[nodiscard]] bool isProbe(Port &from, const Passage &passage);
 
-    // control/lldp.cpp
+    // lldp.cpp
     void compileLldp(const policy::SwitchT &former);
     void sendLldp(Port &uplink, uint16_t lifetime);
     void receiveLldp(const Port &from, const Passage &passage);

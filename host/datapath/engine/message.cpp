@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Messages consist of a header of 16 bytes and of sets: u16 number, u16 length, their records.
-#include "datapath/export/message.h"
+#include "datapath/engine/message.h"
 
 namespace qvs::datapath {
 namespace {

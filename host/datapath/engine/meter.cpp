@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // The table of flows, and the templates by which they are reported.
-#include "datapath/export/meter.h"
+#include "datapath/engine/meter.h"
 
 #include <algorithm>
 
 #include "datapath/engine/engine.h"
-#include "datapath/export/message.h"
+#include "datapath/engine/message.h"
 
 namespace qvs::datapath {
 namespace {
