@@ -62,11 +62,6 @@ function(qvs_small target)
     target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Debug>>:-Os>)
 endfunction()
 
-# Compiles files of such a target for speed: those that a batch runs for each of its lines.
-function(qvs_fast)
-    set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS $<$<NOT:$<CONFIG:Debug>>:-O2>)
-endfunction()
-
 # Builds with the second compiler precompile the large headers of other projects, which saves time. Builds with GCC do
 # not, so that they detect missing includes.
 function(qvs_precompile target)
