@@ -21,7 +21,7 @@ Value valueOf(const Setting &setting, const std::string &text) {
     const char *place = setting.scope == Scope::Global ? ""
                         : setting.scope == Scope::Host ? "host: {"
                                                        : "ports: {p: {";
-    const std::string ends(1 + std::ranges::count(std::string_view(place), '{'), '}');
+    const std::string ends(1 + static_cast<size_t>(std::ranges::count(std::string_view(place), '{')), '}');
     const config::Document document =
         documentOf(std::string("switches: {sw1: {") + place + setting.name + ": " + text + "}" + ends);
     const config::SwitchEntry &entry = document.switches.at(0);

@@ -58,8 +58,9 @@ std::chrono::seconds Server::uptime() const {
 void Server::accept() {
     acceptor_.async_accept([this](const asio::error_code &error, Protocol::socket socket) {
         if (!error) {
-            if (mayConnect(socket)) std::make_shared<Connection>(std::move(socket), *this)->start();
+            // Before this client is served, because an error about it must not end the host for others.
             accept();
+            if (mayConnect(socket)) std::make_shared<Connection>(std::move(socket), *this)->start();
         } else if (acceptor_.is_open()) {
             logLine(Level::Warning, "cannot accept a connection: {}", error.message());
             timer_.expires_after(kAcceptAgainAfter);
