@@ -46,7 +46,7 @@ def main():
     assert len(NAMES) == 200 and len(set(NAMES)) == 200, len(set(NAMES))
     os.mkdir("inside")
     os.chdir("inside")
-    tried = NAMES[::int(os.environ.get("QVS_EVERY", 10))]
+    tried = NAMES[::int(os.environ.get("QVS_EVERY", 40 if os.environ.get("QVS_SANITIZED") else 10))]
     accepted = runs = 0
     for name, path in itertools.product(tried, PATHS):
         if path == PATHS[0]:
