@@ -175,16 +175,17 @@ Refusal readRefusal(long status, std::string_view answer) {
     constexpr uint64_t kDeadlineExceeded = 4;
     constexpr uint64_t kUnavailable = 14;
     constexpr uint64_t kUnauthenticated = 16;
+    const std::string withoutText = fmt::format("HTTP status {}", status);
     const json object = json::parse(answer, nullptr, false);
     if (!object.is_object())
-        return {status >= 500 ? Refusal::Kind::Unavailable : Refusal::Kind::Refused,
-                fmt::format("HTTP status {}", status)};
+        return {status >= 500 ? Refusal::Kind::Unavailable : Refusal::Kind::Refused, withoutText};
     // An answer that would be a stream has the error in an object, with another name of the code.
     const json &ofStream = objectIn(object, "error");
     const json &error = ofStream.empty() ? object : ofStream;
     Refusal refusal;
     refusal.message = shown(textIn(error, "message"));
     if (refusal.message.empty()) refusal.message = shown(textIn(error, "error"));
+    if (refusal.message.empty()) refusal.message = withoutText;
     const uint64_t code = numberIn(error, error.contains("grpc_code") ? "grpc_code" : "code");
     if (code == kUnauthenticated ||
         refusal.message.find("revision of auth store is old") != std::string::npos) {
