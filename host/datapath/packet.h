@@ -12,6 +12,8 @@ using Bytes = std::span<const uint8_t>;
 
 constexpr size_t kAddresses = 12;  // destination and source, in front of tag or type
 constexpr uint16_t kTagType = 0x8100;
+// For local experiments. Frames that switches send to each other have this type, and a mark behind it.
+constexpr uint16_t kLocalType = 0x88b6;
 constexpr uint16_t kIpv4Type = 0x0800;
 constexpr uint16_t kArpType = 0x0806;
 constexpr uint16_t kReverseArpType = 0x8035;

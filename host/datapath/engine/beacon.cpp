@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "datapath/byte_writer.h"
 #include "datapath/engine/engine.h"
 
 namespace qvs::datapath {
@@ -12,9 +13,7 @@ constexpr Time kBeaconEach = 1000;
 constexpr Time kSilence = 3000;  // after the last beacon that was heard
 
 // Behind the Ethernet header: a mark, and the number of the uplink that sent it.
-constexpr uint16_t kBeaconType = 0x88b6;  // for local experiments
 constexpr uint32_t kMark = 0x71767362;
-constexpr size_t kUplinkAt = kHeaderSize + 4;
 constexpr size_t kShortest = 60;
 
 }  // namespace
@@ -39,7 +38,7 @@ void Engine::compileBeacons() {
 
 // Returns when the next ones are due.
 Time Engine::sendBeacons() {
-    if (beaconing_.empty()) return UINT64_MAX;
+    if (beaconing_.empty()) return kNever;
     if (now_ < beaconAt_) return beaconAt_;
     beaconAt_ = now_ + kBeaconEach;
     bool changed = false;
@@ -49,13 +48,9 @@ Time Engine::sendBeacons() {
         changed = changed || silent != uplink.silent;
         uplink.silent = silent;
         if (!uplink.up) continue;
-        std::array<uint8_t, kShortest> bytes{};
-        writeMac(bytes.data(), kBroadcast);
-        writeMac(bytes.data() + 6, switchAddress());
-        write16(bytes.data() + kAddresses, kBeaconType);
-        write32(bytes.data() + kHeaderSize, kMark);
-        write32(bytes.data() + kUplinkAt, number);
-        sendOwn(uplink, bytes);
+        ByteWriter beacon;
+        beacon.put(kBroadcast, 6).put(switchAddress(), 6).put(kLocalType, 2).put(kMark, 4).put(number, 4);
+        sendOwn(uplink, beacon.pad(kShortest).bytes());
     }
     if (changed) chooseUplinks(true);
     return beaconAt_;
@@ -66,7 +61,7 @@ bool Engine::takesBeacon(const Passage &passage) {
     Port &uplink = ports_[passage.from];
     const Bytes bytes = passage.frame->bytes;
     const size_t payload = passage.body + 2;
-    if (passage.type != kBeaconType || !uplink.uplink || bytes.size() < payload + 8 ||
+    if (passage.type != kLocalType || !uplink.uplink || bytes.size() < payload + 8 ||
         read32(bytes.data() + payload) != kMark)
         return false;
     if (passage.source != switchAddress() || read32(bytes.data() + payload + 4) == uplink.number) return true;

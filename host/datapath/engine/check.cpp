@@ -13,7 +13,6 @@
 namespace qvs::datapath {
 namespace {
 
-constexpr uint16_t kProbeType = 0x88b6;
 constexpr MacAddress kProbeGroup = 0x031000000001;
 constexpr uint32_t kMark = 0x51565343;
 constexpr uint8_t kVersion = 1;
@@ -31,7 +30,7 @@ ByteWriter frameOf(MacAddress to, MacAddress from, uint16_t vlan, Bytes body, si
     ByteWriter frame;
     frame.put(to, 6).put(from, 6);
     if (vlan != 0) frame.put(kTagType, 2).put(vlan, 2);
-    frame.put(kProbeType, 2);
+    frame.put(kLocalType, 2);
     const size_t header = frame.size();
     frame.put(body).pad(header + packet);
     return frame;
@@ -151,7 +150,7 @@ void Engine::tellFound(const Port &uplink) {
 
 // Returns whether the frame was a probe or an answer.
 bool Engine::isProbe(Port &from, const Passage &passage) {
-    if (!from.uplink || passage.type != kProbeType) return false;
+    if (!from.uplink || passage.type != kLocalType) return false;
     const Bytes bytes = passage.frame->bytes.subspan(passage.body + 2);
     if (bytes.size() < kProbe || read32(bytes.data()) != kMark || bytes[4] != kVersion) return false;
     const MacAddress asker = readMac(bytes.data() + 6);

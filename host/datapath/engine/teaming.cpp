@@ -223,7 +223,7 @@ Time Engine::repeatAnnouncements() {
     });
     for (const Announcement &announcement : due)
         sendReverseArp(announcement);
-    Time next = UINT64_MAX;
+    Time next = kNever;
     for (const Announcement &announcement : announcements_)
         next = std::min(next, announcement.due);
     return next;
